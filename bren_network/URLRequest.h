@@ -1,0 +1,71 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/Data.h"
+
+namespace bren {
+
+using tarvo::platform::Data;
+
+/// Header fields in the order in which they were given; names compare without case.
+class Headers {
+public:
+    /// One value for the name: whatever stood under it is replaced.
+    void set(std::string_view name, std::string_view value);
+    /// A further value for the name; both go out.
+    void add(std::string_view name, std::string_view value);
+    std::optional<std::string> find(std::string_view name) const;
+    bool empty() const { return fields_.empty(); }
+    auto begin() const { return fields_.begin(); }
+    auto end() const { return fields_.end(); }
+    /// Names alone, for a log line: values may be secrets.
+    std::string names() const;
+
+private:
+    std::vector<std::pair<std::string, std::string>> fields_;
+};
+
+/// Whether a text is a URL that can be requested: http or https with a host.
+bool isValidURL(std::string_view text);
+/// The text itself when it is a URL; otherwise the text with the characters escaped that a URL must not hold.
+std::string encodeURLIfNotValid(std::string_view text);
+/// A URL without query and fragment, fit for a log line.
+std::string withoutQuery(std::string_view url);
+
+/// One request, prepared: what to ask, not how.
+struct URLRequest {
+    std::string url;
+    std::string method = "GET";
+    Headers headers;
+    std::optional<Data> body;
+    /// From the start of the transfer to its end; a transfer that still moves bytes is not cut off by it, one that
+    /// has stood still for so long is.
+    std::chrono::milliseconds timeout{60'000};
+};
+
+/// What the server answered before its body.
+struct URLResponse {
+    int statusCode = 0;
+    /// After redirections.
+    std::string url;
+    Headers headers;
+};
+
+/// Why a request has no answer.
+struct NetworkError {
+    enum class Kind { invalidURL, cannotConnect, timeout, certificate, connectionLost, cancelled, shutDown, file, other };
+    Kind kind = Kind::other;
+    /// Kind and host in words, no query, no header, no body.
+    std::string message;
+    friend bool operator==(const NetworkError&, const NetworkError&) = default;
+};
+
+std::string_view kindName(NetworkError::Kind kind);
+
+}  // namespace bren

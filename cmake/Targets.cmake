@@ -1,0 +1,74 @@
+# One way to declare each kind of target, so that flags, warnings and the precompiled header are the same everywhere.
+
+add_library(tarvo_flags INTERFACE)
+target_compile_options(tarvo_flags INTERFACE -Wall -Wextra -Wpedantic -Woverloaded-virtual)
+if(TARVO_WARNINGS_AS_ERRORS)
+  target_compile_options(tarvo_flags INTERFACE -Werror)
+endif()
+target_compile_options(tarvo_flags INTERFACE "$<$<CONFIG:Debug>:-O0;-g1>")
+target_link_options(tarvo_flags INTERFACE -fuse-ld=lld)
+if(TARVO_SANITIZE)
+  # Frames and line numbers are what a report needs; full debug information doubles the build.
+  target_compile_options(tarvo_flags INTERFACE -fsanitize=${TARVO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(tarvo_flags INTERFACE -fsanitize=${TARVO_SANITIZE})
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  # Without this sloppiness ccache refuses every file that uses a precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${CCACHE_PROGRAM})
+endif()
+
+# The one precompiled header of a configuration: the standard library only.
+add_library(tarvo_pch STATIC ${CMAKE_SOURCE_DIR}/cmake/pch.cpp)
+target_link_libraries(tarvo_pch PRIVATE tarvo_flags)
+target_precompile_headers(tarvo_pch PRIVATE ${CMAKE_SOURCE_DIR}/cmake/pch.h)
+
+function(tarvo_common target)
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include>)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:tarvo_flags>)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_precompile_headers(${target} REUSE_FROM tarvo_pch)
+endfunction()
+
+# tarvo_library(name PUBLIC_LINKS a b PRIVATE_LINKS c d): a static library of all sources below the current folder.
+function(tarvo_library name)
+  cmake_parse_arguments(arg "" "" "PUBLIC_LINKS;PRIVATE_LINKS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  if(NOT sources)
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE ${arg_PUBLIC_LINKS} ${arg_PRIVATE_LINKS})
+    target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include>)
+    return()
+  endif()
+  add_library(${name} STATIC ${sources})
+  tarvo_common(${name})
+  target_link_libraries(${name} PUBLIC ${arg_PUBLIC_LINKS} PRIVATE ${arg_PRIVATE_LINKS})
+endfunction()
+
+# tarvo_program(name SOURCES main.cpp LINKS a b)
+function(tarvo_program name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  tarvo_common(${name})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS})
+endfunction()
+
+# tarvo_test(name FOLDER dir LINKS a b): a GoogleTest binary of all sources of a folder, one ctest entry a binary.
+function(tarvo_test name)
+  cmake_parse_arguments(arg "" "FOLDER" "LINKS;LABELS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
+  tarvo_common(${name})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS} GTest::gmock GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name} --gtest_brief=0)
+  set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 600
+    ENVIRONMENT "TARVO_BIN_DIR=${CMAKE_BINARY_DIR}/bin;TARVO_SOURCE_DIR=${CMAKE_SOURCE_DIR};TARVO_BINARY_DIR=${CMAKE_BINARY_DIR}")
+endfunction()
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)

@@ -1,0 +1,1 @@
+// Carries the precompiled header; it needs one source of its own.

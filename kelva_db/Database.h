@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kelva_db/DatabaseError.h"
+#include "kelva_db/DatabaseValue.h"
+#include "kelva_db/QueryBuilder.h"
+#include "platform/FunctionRef.h"
+#include "platform/Rows.h"
+
+namespace kelva {
+
+using tarvo::Rows;
+using tarvo::RowSource;
+
+enum class OnConflict { none, replace, ignore };
+
+class Connection;
+
+/// The columns and keys of a table that is being created.
+class TableDefinition {
+public:
+    /// Unknown to SQLite are all but its own affinities; the name is written into the statement as it is.
+    enum class ColumnType {
+        int_, int8, int16, int32, int64, uint, uint8, uint16, uint32, uint64, bool_, float_, double_, character, string,
+        date, data, url, integer, real, text, blob
+    };
+    static std::string_view rawText(ColumnType type);
+    static std::optional<ColumnType> fromRawText(std::string_view text);
+
+    void column(std::string_view name, ColumnType type);
+    void primaryKey(std::vector<std::string> columns, OnConflict onConflict = OnConflict::none);
+    void uniqueKey(std::vector<std::string> columns, OnConflict onConflict = OnConflict::none);
+
+private:
+    friend class Database;
+    std::vector<std::string> pieces_;
+};
+
+/// One connection inside a `read`, `write` or `inTransaction` block, and only as long as the block runs. Every
+/// operation throws `DatabaseError`. A block runs statements and never calls out: it waits for no other queue and
+/// begins no other block of the same database from another thread.
+class Database {
+public:
+    /// Runs one or more statements separated by semicolons. Parameters belong to the first one that has placeholders.
+    /// Any number of parameters is accepted, also beyond SQLite's limit for one statement.
+    void execute(std::string_view sql, std::span<const Value> parameters = {});
+    void execute(const QueryInterfaceProtocol& query);
+
+    /// All rows of one statement; an empty result has its column names. Any number of parameters, as above.
+    Rows query(std::string_view sql, std::span<const Value> parameters = {});
+
+    void insert(std::string_view intoTable, const ValueMap& values, OnConflict onConflict = OnConflict::replace);
+    /// Stores all rows in one statement, at the speed of the engine. Rows of one batch may have different columns: a
+    /// column that a row lacks is NULL in it.
+    void insert(std::string_view intoTable, const RowSource& rows, OnConflict onConflict = OnConflict::replace);
+    void insert(std::string_view intoTable, std::span<const ValueMap> rows, OnConflict onConflict = OnConflict::replace);
+
+    void create(std::string_view table, bool temporary, bool ifNotExists,
+                tarvo::platform::FunctionRef<void(TableDefinition&)> block);
+    void drop(std::string_view table, bool ifExists);
+
+    /// Column names of a table in their order, empty when there is no such table. Kept until the schema changes.
+    std::vector<std::string> columnNames(std::string_view table);
+
+    /// Runs a block inside a savepoint: a throw undoes what the block did, and is rethrown.
+    void inSavepoint(tarvo::platform::FunctionRef<void()> block);
+
+    /// Rows changed by the last statement.
+    std::int64_t changes() const;
+
+private:
+    friend class Connection;
+    explicit Database(Connection& connection) : connection_(connection) {}
+    Connection& connection_;
+};
+
+/// A name as SQL takes it: a plain identifier (also qualified by one dot) as it is, any other in double quotes.
+std::string quotedName(std::string_view name);
+/// A value as an SQL literal: texts in single quotes with each quote doubled, a NUL inside a text through a cast blob.
+std::string literal(const Value& value);
+
+}  // namespace kelva

@@ -1,0 +1,140 @@
+#include "platform/Json.h"
+
+#include <simdjson.h>
+
+#include <charconv>
+#include <cmath>
+
+#include "platform/Text.h"
+
+namespace tarvo::platform::json {
+
+namespace {
+
+constexpr std::size_t maximumDepth = 1000;
+
+Value valueOf(simdjson::dom::element element) {
+    using simdjson::dom::element_type;
+    switch (element.type()) {
+        case element_type::ARRAY: {
+            ValueList list;
+            simdjson::dom::array array = element;
+            list.reserve(array.size());
+            for (auto item : array) list.push_back(valueOf(item));
+            return list;
+        }
+        case element_type::OBJECT: {
+            ValueMap map;
+            simdjson::dom::object object = element;
+            map.reserve(object.size());
+            for (auto [key, item] : object) map.set(key, valueOf(item));
+            return map;
+        }
+        case element_type::INT64: return element.get_int64().value_unsafe();
+        case element_type::UINT64: return static_cast<double>(element.get_uint64().value_unsafe());
+        case element_type::DOUBLE: return element.get_double().value_unsafe();
+        case element_type::STRING: return element.get_string().value_unsafe();
+        case element_type::BOOL: return element.get_bool().value_unsafe();
+        case element_type::NULL_VALUE: return {};
+    }
+    return {};
+}
+
+std::optional<Value> parsePadded(std::string_view text) {
+    // A parser keeps its buffers between documents. One that grew for a huge body is let go again.
+    constexpr std::size_t keptCapacity = 32 * 1024 * 1024;
+    thread_local auto parser = std::make_unique<simdjson::dom::parser>();
+    if (parser->max_depth() != maximumDepth && parser->allocate(std::max<std::size_t>(text.size(), 1024), maximumDepth) != simdjson::SUCCESS)
+        return std::nullopt;
+    simdjson::dom::element document;
+    if (parser->parse(text.data(), text.size(), false).get(document) != simdjson::SUCCESS) return std::nullopt;
+    auto value = valueOf(document);
+    if (parser->capacity() > keptCapacity) parser = std::make_unique<simdjson::dom::parser>();
+    return value;
+}
+
+void writeText(std::string& out, std::string_view text) {
+    static constexpr char hex[] = "0123456789abcdef";
+    out += '"';
+    for (char c : text) {
+        switch (c) {
+            case '"': out += "\\\""; break;
+            case '\\': out += "\\\\"; break;
+            case '\n': out += "\\n"; break;
+            case '\r': out += "\\r"; break;
+            case '\t': out += "\\t"; break;
+            default:
+                if (static_cast<unsigned char>(c) < 0x20) {
+                    out += "\\u00";
+                    out += hex[c >> 4];
+                    out += hex[c & 15];
+                } else {
+                    out += c;
+                }
+        }
+    }
+    out += '"';
+}
+
+bool writeReal(std::string& out, double real) {
+    if (!std::isfinite(real)) return false;
+    char buffer[32];
+    auto end = std::to_chars(buffer, buffer + sizeof buffer, real).ptr;
+    std::string_view digits(buffer, static_cast<std::size_t>(end - buffer));
+    out += digits;
+    // A whole real keeps its kind when it is read back.
+    if (digits.find_first_of(".e") == std::string_view::npos) out += ".0";
+    return true;
+}
+
+bool writeValue(std::string& out, const Value& value) {
+    switch (value.kind()) {
+        case ValueKind::null: out += "null"; return true;
+        case ValueKind::boolean: out += *value.asBool() ? "true" : "false"; return true;
+        case ValueKind::integer: out += std::to_string(*value.asInteger()); return true;
+        case ValueKind::real: return writeReal(out, *value.asReal());
+        case ValueKind::text: writeText(out, *value.asText()); return true;
+        case ValueKind::bytes: writeText(out, text::base64(value.asBytes()->bytes)); return true;
+        case ValueKind::list: {
+            out += '[';
+            bool first = true;
+            for (auto& item : *value.asList()) {
+                if (!std::exchange(first, false)) out += ',';
+                if (!writeValue(out, item)) return false;
+            }
+            out += ']';
+            return true;
+        }
+        case ValueKind::map: {
+            out += '{';
+            bool first = true;
+            for (auto& entry : *value.asMap()) {
+                if (!std::exchange(first, false)) out += ',';
+                writeText(out, entry.name);
+                out += ':';
+                if (!writeValue(out, entry.value)) return false;
+            }
+            out += '}';
+            return true;
+        }
+        case ValueKind::object: return false;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::optional<Value> parse(const Data& data) {
+    if (data.empty()) return std::nullopt;
+    return parsePadded(data.view());
+}
+
+std::optional<Value> parse(std::string_view text) { return parse(Data(std::string(text))); }
+
+std::optional<std::string> write(const Value& value) {
+    std::string out;
+    if (!writeValue(out, value)) return std::nullopt;
+    return out;
+}
+
+}  // namespace tarvo::platform::json
