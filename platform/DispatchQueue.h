@@ -13,6 +13,7 @@
 namespace tarvo::platform {
 
 using Work = std::function<void()>;
+class QueueState;
 
 /// A wish to run later. Copies stand for the same wish; dropping all of them does not cancel it.
 class Timer {
@@ -91,9 +92,10 @@ private:
         }
     }
 
-    struct State;
+    friend class MainQueue;
     std::string label_;
-    std::unique_ptr<State> state_;
+    // Shared with the pool, which keeps it until the queue's items have run.
+    std::shared_ptr<QueueState> state_;
 };
 
 /// Marks a stretch of code of a pool thread that waits for something outside (a lock of long standing, a file, a
@@ -135,6 +137,14 @@ protected:
 
 private:
     MainQueue();
+    bool isMainThread() const;
+    Work forPoster(Work work);
+    template <class Loop>
+    auto drive(Loop loop) -> decltype(loop());
+    bool beginDriving();
+    void endDriving();
+    bool runOne();
+
     struct MainState;
     std::unique_ptr<MainState> main_;
 };

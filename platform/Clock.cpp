@@ -1,0 +1,98 @@
+#include "platform/Clock.h"
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+namespace tarvo::platform {
+
+namespace {
+
+// What is set by hand. Never destroyed: the timer thread asks until the process ends.
+struct HandSetClock {
+    std::mutex mutex;
+    bool set = false;
+    Clock::WallTime wall{};
+    Clock::SteadyTime steady{};
+    // What a clock set by hand has run ahead of the system's. Kept after the release, so that time never goes back.
+    Clock::SteadyTime::duration ahead{};
+    std::vector<std::function<void()>> callbacks;
+
+    static HandSetClock& shared() {
+        static auto* clock = new HandSetClock;
+        return *clock;
+    }
+
+    Clock::SteadyTime steadyNow() const { return set ? steady : std::chrono::steady_clock::now() + ahead; }
+
+    template <class Change>
+    void change(Change&& change) {
+        std::vector<std::function<void()>> told;
+        {
+            std::lock_guard lock(mutex);
+            change();
+            told = callbacks;
+        }
+        for (auto& callback : told) callback();
+    }
+};
+
+}  // namespace
+
+Clock::WallTime Clock::now() {
+    auto& clock = HandSetClock::shared();
+    std::lock_guard lock(clock.mutex);
+    if (clock.set) return clock.wall;
+    return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+}
+
+std::int64_t Clock::secondsSince1970() {
+    return std::chrono::floor<std::chrono::seconds>(now()).time_since_epoch().count();
+}
+
+Clock::SteadyTime Clock::steadyNow() {
+    auto& clock = HandSetClock::shared();
+    std::lock_guard lock(clock.mutex);
+    return clock.steadyNow();
+}
+
+void Clock::set(WallTime time) {
+    auto& clock = HandSetClock::shared();
+    clock.change([&] {
+        clock.steady = clock.steadyNow();
+        clock.set = true;
+        clock.wall = time;
+    });
+}
+
+void Clock::advance(std::chrono::milliseconds by) {
+    auto& clock = HandSetClock::shared();
+    clock.change([&] {
+        if (!clock.set || by < by.zero()) return;
+        clock.wall += by;
+        clock.steady += by;
+    });
+}
+
+void Clock::release() {
+    auto& clock = HandSetClock::shared();
+    clock.change([&] {
+        if (!clock.set) return;
+        clock.ahead = std::max(clock.ahead, clock.steady - std::chrono::steady_clock::now());
+        clock.set = false;
+    });
+}
+
+bool Clock::isSet() {
+    auto& clock = HandSetClock::shared();
+    std::lock_guard lock(clock.mutex);
+    return clock.set;
+}
+
+void Clock::onChange(std::function<void()> callback) {
+    auto& clock = HandSetClock::shared();
+    std::lock_guard lock(clock.mutex);
+    clock.callbacks.push_back(std::move(callback));
+}
+
+}  // namespace tarvo::platform

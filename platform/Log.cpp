@@ -1,0 +1,71 @@
+#include "platform/Log.h"
+
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+namespace tarvo::platform {
+
+namespace {
+
+void writeToStandardError(std::string_view line) {
+    std::string whole(line);
+    whole += '\n';
+    std::fwrite(whole.data(), 1, whole.size(), stderr);
+}
+
+// Never destroyed: threads of the pool may log while the process ends.
+struct Sink {
+    std::mutex calling;  // one call at a time
+    std::mutex mutex;    // guards `sink`
+    std::shared_ptr<const LogSink> sink;
+
+    static Sink& shared() {
+        static auto* sink = new Sink;
+        return *sink;
+    }
+};
+
+thread_local bool insideSink = false;
+
+void callSink(Sink& shared, const LogSink& sink, std::string_view line) {
+    std::lock_guard lock(shared.calling);
+    struct Inside {
+        Inside() { insideSink = true; }
+        ~Inside() { insideSink = false; }
+    } inside;
+    try {
+        sink(line);
+    } catch (...) {
+        writeToStandardError("A log sink threw an exception");
+    }
+}
+
+}  // namespace
+
+void log(std::string_view line) {
+    auto& shared = Sink::shared();
+    std::shared_ptr<const LogSink> sink;
+    {
+        std::lock_guard lock(shared.mutex);
+        sink = shared.sink;
+    }
+    // A sink that logs would call itself for ever; its own lines go the default way.
+    if (!sink || insideSink)
+        writeToStandardError(line);
+    else
+        callSink(shared, *sink, line);
+}
+
+LogSink setLogSink(LogSink sink) {
+    auto& shared = Sink::shared();
+    auto next = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
+    {
+        std::lock_guard lock(shared.mutex);
+        next.swap(shared.sink);
+    }
+    return next ? *next : LogSink();
+}
+
+}  // namespace tarvo::platform

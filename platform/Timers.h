@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/DispatchQueue.h"
+
+namespace tarvo::platform {
+
+/// One wish. Whoever moves it away from `pending`, the item on its queue or a canceller, owns the work.
+struct Timer::State {
+    enum class Phase { pending, begun, cancelled };
+
+    State(std::shared_ptr<DispatchQueue> queue, Clock::SteadyTime due, Work work);
+    bool leavePending(Phase phase);
+    bool cancel();
+
+    std::mutex mutex;
+    Phase phase = Phase::pending;
+    Work work;
+    std::shared_ptr<DispatchQueue> queue;  // until it has been handed over or cancelled
+    const Clock::SteadyTime due;
+};
+
+/// The wishes of the process in the order of their times, and the thread that waits for the next one. It follows
+/// `Clock`: while the clock is set by hand only a change of the clock makes timers fire, on the thread that changes it.
+class Timers {
+public:
+    static Timers& shared();
+
+    void add(std::shared_ptr<Timer::State> timer);
+    void remove(Timer::State& timer);
+    void cancelAll();
+    bool anyDue() const;
+
+private:
+    Timers();
+    void serve();
+    void clockChanged();
+    void fireDue();
+    std::shared_ptr<Timer::State> nextDue();
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    std::multimap<Clock::SteadyTime, std::shared_ptr<Timer::State>> waiting_;
+    bool serving_ = false;
+};
+
+}  // namespace tarvo::platform
