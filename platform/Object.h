@@ -12,8 +12,8 @@ public:
 
 protected:
     Object() = default;
-    Object(const Object&) {}
-    Object& operator=(const Object&) { return *this; }
+    Object(const Object&) = default;
+    Object& operator=(const Object&) = default;
 };
 
 /// Typed weak reference to an object from inside its own members. Empty in a constructor, in a destructor and for an

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/Object.h"
+
+namespace tarvo {
+
+/// Limits of a platform; an absent one means no limit.
+class AppPlatformConstantsProtocol : public virtual platform::Object {
+public:
+    virtual std::optional<int> maximumNumberOfThreads() const = 0;
+    virtual std::optional<int> maximumRowsPerOperation() const = 0;
+    virtual std::optional<int> maxParallelSyncOperations() const = 0;
+};
+
+/// A desktop: no limits.
+class OSXPlatformConstants final : public AppPlatformConstantsProtocol {
+public:
+    std::optional<int> maximumNumberOfThreads() const override { return std::nullopt; }
+    std::optional<int> maximumRowsPerOperation() const override { return std::nullopt; }
+    std::optional<int> maxParallelSyncOperations() const override { return std::nullopt; }
+};
+
+}  // namespace tarvo

@@ -1,0 +1,36 @@
+#include "tarvobase/configuration/CommonConfigration.h"
+
+#include "platform/Log.h"
+#include "tarvobase/utils/ProcessState.h"
+
+namespace tarvo {
+
+CommonConfigration& CommonConfigration::sharedInstance() { return ProcessState::current().get<CommonConfigration>(); }
+
+CommonConfigration::CommonConfigration()
+    // A reserved domain, so that a host that forgets to name its server reaches nobody.
+    : dclBD("crm.example"), fieldIdentifier(FieldIdentifier::crmColumnNameIdentifier()) {}
+
+std::optional<std::string> CommonConfigration::getCurrentAccountID() const {
+    if (auto source = currentAccountIDSource.get()) return source();
+    auto signedIn = authentication.get();
+    return signedIn ? signedIn->currentUser() : std::nullopt;
+}
+
+std::string CommonConfigration::voiceFileDirectoryLocation() {
+    if (auto kept = voiceFileDirectory_.get()) return *kept;
+    auto root = localDirectoryLocation.get();
+    if (!root) {
+        platform::reportProgrammingError("voiceFileDirectoryLocation asked for before localDirectoryLocation was set");
+        return "VoiceNotes/";
+    }
+    voiceFileDirectory_ = *root + "/VoiceNotes/";
+    return *voiceFileDirectory_.get();
+}
+
+std::string organisationTableName(std::string_view name) {
+    auto organisation = CommonConfigration::sharedInstance().currentOrgID.get();
+    return organisation.empty() ? std::string(name) : std::string(name) + "_" + organisation;
+}
+
+}  // namespace tarvo

@@ -1,0 +1,234 @@
+#include "tarvobase/database_layer/KelvaDatabasePersistance.h"
+
+#include <algorithm>
+
+#include "kelva_db/KelvaDatabase.h"
+#include "platform/Log.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+
+namespace tarvo {
+
+namespace {
+
+using OpeningFailure = KelvaDatabasePersistance::OpeningFailure;
+
+OpeningFailure failureOf(const kelva::DatabaseError& error) {
+    using Kind = OpeningFailure::Kind;
+    switch (error.kind()) {
+        case kelva::FailureKind::wrongKey: return {Kind::wrongPassphrase, error.what()};
+        case kelva::FailureKind::notEncrypted: return {Kind::notEncrypted, error.what()};
+        case kelva::FailureKind::corrupt: return {Kind::damaged, error.what()};
+        case kelva::FailureKind::cannotOpen:
+        case kelva::FailureKind::readOnly: return {Kind::cannotOpen, error.what()};
+        default: return {Kind::other, error.what()};
+    }
+}
+
+// Parameters are values of records: a log line tells their kinds only.
+std::string kindsOf(std::span<const Value> values) {
+    std::string kinds = "[";
+    for (auto& value : values) kinds.append(kinds.size() > 1 ? ", " : "").append(platform::kindName(value.kind()));
+    return kinds + "]";
+}
+
+kelva::TableDefinition::ColumnType libraryType(TableColumnType type) {
+    return kelva::TableDefinition::fromRawText(rawText(type)).value_or(kelva::TableDefinition::ColumnType::text);
+}
+
+ValueList valuesOf(const ValueMap& map) {
+    ValueList values;
+    for (auto& entry : map) values.push_back(entry.value);
+    return values;
+}
+
+const ValueList& orEmpty(const std::optional<ValueList>& parameters) {
+    static const ValueList none;
+    return parameters ? *parameters : none;
+}
+
+}  // namespace
+
+KelvaDatabasePersistance::KelvaDatabasePersistance(StorageLocation storageLocation) : storageLocation_(std::move(storageLocation)) {}
+KelvaDatabasePersistance::~KelvaDatabasePersistance() = default;
+
+Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::optional<std::string>& passphrase) {
+    std::unique_lock lock(mutex_);
+    if (database_) {
+        platform::log("Already registered database at path: " + databaseName());
+        return false;
+    }
+    try {
+        kelva::Configuration configuration;
+        if (passphrase) configuration.setKey(*passphrase);
+        auto queue = CommonConfigration::sharedInstance().dbQueue.get();
+        if (storageLocation_.isInMemory())
+            database_ = std::make_shared<kelva::DatabaseQueue>(databaseName(), configuration, queue);
+        else
+            database_ = std::make_shared<kelva::DatabasePool>(databaseName(), configuration, queue);
+    } catch (const kelva::DatabaseError& error) {
+        return failureOf(error);
+    } catch (const std::exception& error) {
+        return OpeningFailure{OpeningFailure::Kind::other, error.what()};
+    }
+    platform::log("Registered database at path: " + databaseName());
+    return true;
+}
+
+bool KelvaDatabasePersistance::deregisterDB() {
+    std::shared_ptr<kelva::KelvaDatabase> database;
+    {
+        std::unique_lock lock(mutex_);
+        database.swap(database_);
+    }
+    if (!database) {
+        platform::log("Already deregistered database at path: " + databaseName());
+        return false;
+    }
+    try {
+        database->close();
+    } catch (const std::exception& error) {
+        platform::log(std::string("error while closing the database: ") + error.what());
+    }
+    platform::log("Deregistered database at path: " + databaseName());
+    return true;
+}
+
+std::shared_ptr<kelva::KelvaDatabase> KelvaDatabasePersistance::opened() const {
+    std::shared_lock lock(mutex_);
+    return database_;
+}
+
+template <class Work>
+bool KelvaDatabasePersistance::withDatabase(std::string_view doing, Work&& work) const {
+    auto database = opened();
+    if (!database) {
+        platform::log("error: the database is not open: " + std::string(doing));
+        return false;
+    }
+    try {
+        work(*database);
+        return true;
+    } catch (const std::exception& error) {
+        platform::log("error: " + std::string(doing) + ": " + error.what());
+        return false;
+    }
+}
+
+void KelvaDatabasePersistance::createTable(const std::string& rawQuery) { execute(rawQuery, std::nullopt); }
+
+void KelvaDatabasePersistance::create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+                                      const std::vector<std::string>& primaryKey,
+                                      const std::vector<std::vector<std::string>>& uniqueKeys) {
+    withDatabase("create " + table, [&](kelva::KelvaDatabase& database) {
+        database.write([&](kelva::Database& writer) {
+            writer.create(table, false, true, [&](kelva::TableDefinition& definition) {
+                for (auto& [name, type] : columnDefinitions) definition.column(name, libraryType(type));
+                if (!primaryKey.empty()) definition.primaryKey(primaryKey);
+                for (auto& columns : uniqueKeys) definition.uniqueKey(columns);
+            });
+        });
+    });
+}
+
+void KelvaDatabasePersistance::insertInto(const std::string& tableName, const ValueMap& values) {
+    withDatabase("insert into " + tableName, [&](kelva::KelvaDatabase& database) {
+        database.write([&](kelva::Database& writer) { writer.insert(tableName, values, kelva::OnConflict::replace); });
+    });
+}
+
+void KelvaDatabasePersistance::insertInto(const std::string& tableName, const RowSource& rows) {
+    withDatabase("insert into " + tableName, [&](kelva::KelvaDatabase& database) {
+        database.inTransaction([&](kelva::Database& writer) {
+            writer.insert(tableName, rows, kelva::OnConflict::replace);
+            return kelva::TransactionCompletion::commit;
+        });
+    });
+}
+
+void KelvaDatabasePersistance::update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) {
+    if (!kelva::allConvertible(valuesOf(values)))
+        return platform::log("Could not convert cast values to [String: DatabaseValueConvertible?");
+    auto parameters = criteria.parameters();
+    if (!kelva::allConvertible(parameters))
+        return platform::log("Could not convert criteria values to [DatabaseValueConvertible?");
+    withDatabase("update " + tableName, [&](kelva::KelvaDatabase& database) {
+        database.inTransaction([&](kelva::Database& writer) {
+            writer.execute(kelva::UpdateQuery(tableName).set(values).filter(criteria.sql(), parameters));
+            return kelva::TransactionCompletion::commit;
+        });
+    });
+}
+
+void KelvaDatabasePersistance::update(const std::string& tableName, const std::vector<ValueMap>& values,
+                                      const std::vector<Criteria>& criteria) {
+    if (criteria.size() < values.size())
+        return platform::reportProgrammingError("update of " + tableName + " with fewer criteria than maps");
+    for (std::size_t i = 0; i < values.size(); ++i) update(tableName, values[i], criteria[i]);
+}
+
+std::optional<Rows> KelvaDatabasePersistance::fetchObjects(const std::string& rawQuery, const std::optional<ValueList>& parameters) {
+    auto& bound = orEmpty(parameters);
+    if (!kelva::allConvertible(bound)) {
+        platform::log("Could not convert " + kindsOf(bound) + " to [DatabaseValueConvertible?");
+        return std::nullopt;
+    }
+    std::optional<Rows> rows;
+    withDatabase("fetch", [&](kelva::KelvaDatabase& database) {
+        database.read([&](kelva::Database& reader) { rows = reader.query(rawQuery, bound); });
+    });
+    return rows;
+}
+
+void KelvaDatabasePersistance::dropTable(const std::string& tablename) {
+    withDatabase("drop " + tablename, [&](kelva::KelvaDatabase& database) {
+        database.write([&](kelva::Database& writer) { writer.drop(tablename, true); });
+    });
+}
+
+void KelvaDatabasePersistance::attachDatabase(const std::string& fromPath, const std::string& withName) {
+    bool done = withDatabase("attach", [&](kelva::KelvaDatabase& database) { database.attachDatabase(fromPath, withName); });
+    if (done) platform::log("Attached database `" + fromPath + "` with name `" + withName + "`");
+}
+
+void KelvaDatabasePersistance::detachDatabase(const std::string& named) {
+    bool done = withDatabase("detach", [&](kelva::KelvaDatabase& database) { database.detachDatabase(named); });
+    if (done) platform::log("Detached database having name `" + named + "`");
+}
+
+void KelvaDatabasePersistance::execute(const std::vector<Statement>& queries) {
+    for (auto& query : queries)
+        if (!kelva::allConvertible(orEmpty(query.parameters)))
+            return platform::log("could not convert `" + kindsOf(*query.parameters) + " to [DatabaseValueConvertible]`");
+    withDatabase("execute", [&](kelva::KelvaDatabase& database) {
+        database.inTransaction([&](kelva::Database& writer) {
+            for (auto& query : queries) writer.execute(query.rawQuery, orEmpty(query.parameters));
+            return kelva::TransactionCompletion::commit;
+        });
+    });
+}
+
+std::vector<std::string> KelvaDatabasePersistance::columnNames(const std::string& tableName) {
+    std::vector<std::string> names;
+    withDatabase("columns of " + tableName, [&](kelva::KelvaDatabase& database) {
+        database.read([&](kelva::Database& reader) { names = reader.columnNames(tableName); });
+    });
+    return names;
+}
+
+void KelvaDatabasePersistance::add(std::shared_ptr<kelva::TransactionObserver> transactionObserver) {
+    withDatabase("add observer", [&](kelva::KelvaDatabase& database) { database.add(std::move(transactionObserver)); });
+}
+void KelvaDatabasePersistance::remove(const std::shared_ptr<kelva::TransactionObserver>& transactionObserver) {
+    withDatabase("remove observer", [&](kelva::KelvaDatabase& database) { database.remove(transactionObserver); });
+}
+void KelvaDatabasePersistance::add(std::shared_ptr<kelva::SimpleObserver> simpleObserver) {
+    withDatabase("add observer", [&](kelva::KelvaDatabase& database) { database.add(std::move(simpleObserver)); });
+}
+void KelvaDatabasePersistance::remove(const std::shared_ptr<kelva::SimpleObserver>& simpleObserver) {
+    withDatabase("remove observer", [&](kelva::KelvaDatabase& database) { database.remove(simpleObserver); });
+}
+void KelvaDatabasePersistance::removeAllObserver() {
+    withDatabase("remove observers", [&](kelva::KelvaDatabase& database) { database.removeAllObserver(); });
+}
+
+}  // namespace tarvo

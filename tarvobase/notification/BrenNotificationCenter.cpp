@@ -1,0 +1,64 @@
+#include "tarvobase/notification/BrenNotificationCenter.h"
+
+#include "tarvobase/utils/ProcessState.h"
+
+namespace tarvo {
+
+BrenNotificationCenter& BrenNotificationCenter::shared() { return ProcessState::current().get<BrenNotificationCenter>(); }
+
+BrenNotificationCenter::BrenNotificationCenter()
+    : BrenNotificationCenter(DispatchQueue::serial("nimbra.kelvan.mail.post", DispatchQueue::Quality::background)) {}
+
+BrenNotificationCenter::BrenNotificationCenter(std::shared_ptr<DispatchQueue> postNotificationQueue)
+    : state_(std::make_shared<State>()), postNotificationQueue_(std::move(postNotificationQueue)) {}
+
+void BrenNotificationCenter::addEntry(std::type_index topic, BrenObserver observer) {
+    auto object = observer.observer.lock();
+    if (!object) return;
+    state_->serialQueue->sync([&] { state_->observers[topic][identity(object.get())] = observer; });
+}
+
+void BrenNotificationCenter::removeEntry(std::type_index topic, Identity identity) {
+    state_->serialQueue->sync([&] {
+        auto found = state_->observers.find(topic);
+        if (found != state_->observers.end()) found->second.erase(identity);
+    });
+}
+
+void BrenNotificationCenter::notifyEach(std::type_index topic, bool onMainThread, std::function<void(void*)> callback) {
+    // Locked observers are let go after the queue is left: the last reference may end an object that signs off here.
+    std::vector<std::shared_ptr<platform::Object>> keptAlive;
+    auto call = std::make_shared<const std::function<void(void*)>>(std::move(callback));
+    auto post = [&](Identity identity, const BrenObserver& entry) {
+        auto item = [state = state_, topic, identity, entry, call] {
+            auto observer = entry.observer.lock();
+            if (!observer) return;
+            bool stands = state->serialQueue->sync([&] {
+                auto found = state->observers.find(topic);
+                return found != state->observers.end() && found->second.contains(identity);
+            });
+            if (stands) (*call)(entry.topicAddress);
+        };
+        (onMainThread ? std::static_pointer_cast<DispatchQueue>(MainQueue::shared()) : postNotificationQueue_)
+            ->async(std::move(item));
+    };
+    state_->serialQueue->sync([&] {
+        auto found = state_->observers.find(topic);
+        if (found == state_->observers.end()) return;
+        std::erase_if(found->second, [](auto& entry) { return entry.second.observer.expired(); });
+        for (auto& [identity, entry] : found->second)
+            if (auto alive = entry.observer.lock()) {
+                post(identity, entry);
+                keptAlive.push_back(std::move(alive));
+            }
+    });
+}
+
+std::size_t BrenNotificationCenter::countEntries(std::type_index topic) const {
+    return state_->serialQueue->sync([&]() -> std::size_t {
+        auto found = state_->observers.find(topic);
+        return found == state_->observers.end() ? 0 : found->second.size();
+    });
+}
+
+}  // namespace tarvo

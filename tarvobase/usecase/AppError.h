@@ -1,0 +1,93 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/Value.h"
+#include "tarvobase/usecase/Describe.h"
+
+namespace tarvo {
+
+/// The domain error of use cases that have none of their own.
+struct NoDomainError {
+    static constexpr auto fields() { return describe(); }
+    friend bool operator==(const NoDomainError&, const NoDomainError&) = default;
+};
+
+enum class AppErrorCase { domainError, networkUnavailable, timeout, authenticationFailure, unknownError };
+
+template <>
+struct EnumCases<AppErrorCase> {
+    static constexpr EnumCase<AppErrorCase> cases[] = {{AppErrorCase::domainError, "domainError"},
+                                                       {AppErrorCase::networkUnavailable, "networkUnavailable"},
+                                                       {AppErrorCase::timeout, "timeout"},
+                                                       {AppErrorCase::authenticationFailure, "authenticationFailure"},
+                                                       {AppErrorCase::unknownError, "unknownError"}};
+};
+
+/// What every frame use case reports: a failure of the operation's own kind with its value, or one of the general
+/// ones. `unknownError` is also the answer to a server answer that cannot be parsed.
+template <class DomainError>
+class AppError {
+public:
+    using Case = AppErrorCase;
+
+    static AppError domainError(DomainError error) { return AppError(Case::domainError, std::move(error)); }
+    static AppError networkUnavailable() { return AppError(Case::networkUnavailable); }
+    static AppError timeout() { return AppError(Case::timeout); }
+    static AppError authenticationFailure() { return AppError(Case::authenticationFailure); }
+    static AppError unknownError() { return AppError(Case::unknownError); }
+
+    Case which() const { return case_; }
+    /// The domain error, or null for the other cases.
+    const DomainError* getDomainError() const { return domainError_ ? &*domainError_ : nullptr; }
+
+private:
+    explicit AppError(Case which, std::optional<DomainError> error = std::nullopt)
+        : case_(which), domainError_(std::move(error)) {}
+    Case case_;
+    std::optional<DomainError> domainError_;
+};
+
+/// An `AppError` with what the server said of it.
+template <class DomainError>
+struct ErrorObject {
+    AppError<DomainError> appError;
+    std::string errorCode;
+    std::optional<std::string> errorMsg;
+    std::optional<ValueMap> details;
+
+    const DomainError* getDomainError() const { return appError.getDomainError(); }
+};
+
+/// Error codes of server and transaction failures.
+enum class ErrorCode {
+    crmInvalidData,
+    noPermission,
+    invalidData,
+    mandatoryNotFound,
+    txnDependingTransactionFailed,
+    txnModuleNotFound,
+    txnParsingFailed,
+    txnMaxSyncAttemptReached,
+    txnInvalidTransaction,
+    unknown
+};
+
+template <>
+struct EnumCases<ErrorCode> {
+    static constexpr EnumCase<ErrorCode> cases[] = {
+        {ErrorCode::crmInvalidData, "crmInvalidData", "crmINVALID_DATA"},
+        {ErrorCode::noPermission, "noPermission", "crmNO_PERMISSION"},
+        {ErrorCode::invalidData, "invalidData", "INVALID_DATA"},
+        {ErrorCode::mandatoryNotFound, "mandatoryNotFound", "crmMANDATORY_NOT_FOUND"},
+        {ErrorCode::txnDependingTransactionFailed, "txnDependingTransactionFailed", "txnDEPENDING_TRANSACTION_FAILED"},
+        {ErrorCode::txnModuleNotFound, "txnModuleNotFound", "txnMODULE_NOT_FOUND"},
+        {ErrorCode::txnParsingFailed, "txnParsingFailed", "txnPARSING_FAILED"},
+        {ErrorCode::txnMaxSyncAttemptReached, "txnMaxSyncAttemptReached", "txnMAX_SYNC_ATTEMPT_REACHED"},
+        {ErrorCode::txnInvalidTransaction, "txnInvalidTransaction", "txnINVALID_TRANSACTION"},
+        {ErrorCode::unknown, "unknown", " - "}};
+};
+
+}  // namespace tarvo

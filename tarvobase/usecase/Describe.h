@@ -1,0 +1,102 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+#include <tuple>
+
+namespace tarvo {
+
+/// One described member of a value: its name as callers know it, and where it is.
+template <class Owner, class Member>
+struct Field {
+    std::string_view name;
+    Member Owner::*pointer;
+};
+
+template <class Owner, class Member>
+constexpr Field<Owner, Member> field(std::string_view name, Member Owner::*pointer) {
+    return {name, pointer};
+}
+
+/// The list of a type's members, in the order in which they are shown. A type has one list:
+///
+///     static constexpr auto fields() { return describe(field("moduleNames", &Request::moduleNames)); }
+///
+/// Everything that walks members (the JSON bridge, messages of tests) goes by it. A derived type begins with the
+/// list of its base: `describe(Base::fields(), field(...))`.
+template <class... Fields>
+constexpr auto describe(Fields... fields) {
+    return std::tuple_cat([](auto field) {
+        if constexpr (requires { std::tuple_size<decltype(field)>::value; })
+            return field;
+        else
+            return std::make_tuple(field);
+    }(fields)...);
+}
+
+template <class T>
+concept Described = requires { T::fields(); };
+
+/// Calls `visit(name, member)` for each described member of a value, in order.
+template <Described T, class Visit>
+void forEachField(T& value, Visit&& visit) {
+    std::apply([&](auto... field) { (visit(field.name, value.*(field.pointer)), ...); }, std::remove_const_t<T>::fields());
+}
+
+/// One case of an enumeration: its name, and the raw text that the server or a store knows it by.
+template <class E>
+struct EnumCase {
+    E value;
+    std::string_view name;
+    std::string_view rawText = name;
+};
+
+/// Specialised beside each enumeration with its one table:
+///
+///     template <> struct EnumCases<HTTPMethod> {
+///         static constexpr EnumCase<HTTPMethod> cases[] = {{HTTPMethod::get, "get", "GET"}, ...};
+///     };
+template <class E>
+struct EnumCases;
+
+template <class E>
+concept Enumerated = requires { EnumCases<E>::cases; };
+
+template <Enumerated E>
+constexpr std::string_view caseName(E value) {
+    for (auto& one : EnumCases<E>::cases)
+        if (one.value == value) return one.name;
+    return {};
+}
+
+template <Enumerated E>
+constexpr std::string_view rawText(E value) {
+    for (auto& one : EnumCases<E>::cases)
+        if (one.value == value) return one.rawText;
+    return {};
+}
+
+template <Enumerated E>
+constexpr std::optional<E> fromRawText(std::string_view text) {
+    for (auto& one : EnumCases<E>::cases)
+        if (one.rawText == text) return one.value;
+    return std::nullopt;
+}
+
+template <Enumerated E>
+constexpr std::optional<E> fromCaseName(std::string_view name) {
+    for (auto& one : EnumCases<E>::cases)
+        if (one.name == name) return one.value;
+    return std::nullopt;
+}
+
+/// An enumeration whose raw values are its integers: the case of a raw value, if there is one.
+template <Enumerated E>
+constexpr std::optional<E> fromRawInteger(long long raw) {
+    for (auto& one : EnumCases<E>::cases)
+        if (static_cast<long long>(one.value) == raw) return one.value;
+    return std::nullopt;
+}
+
+}  // namespace tarvo
