@@ -4,15 +4,21 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Object.h"
 
 namespace tarvo::platform {
 
+class OperationQueueState;
+
 /// A piece of work with a state, for an `OperationQueue`. It becomes ready when every operation that it depends on
 /// has finished, also by being cancelled. A synchronous operation finishes when `main` returns; an asynchronous one
-/// (`isAsynchronous`) overrides `start` and tells the end itself through `notifyStateChanged`.
+/// (`isAsynchronous`) overrides `start`, keeps "executing" and "finished" itself behind `isExecuting` and `isFinished`,
+/// and tells of each change through `willChangeValue` and `didChangeValue`, with no lock of its own held.
+///
+/// Safe from any thread. A finished operation lets go of its dependencies and its completion block.
 class Operation : public Object {
 public:
     ~Operation() override;
@@ -25,27 +31,32 @@ public:
     virtual bool isFinished() const;
 
     /// A wish: `main` looks at `isCancelled` itself. An operation cancelled before its start never runs `main` and
-    /// still finishes.
+    /// still finishes; a queue starts it for that without waiting for its dependencies. No effect once it has finished.
     virtual void cancel();
     bool isCancelled() const;
 
     /// Must be called before the operation is given to a queue. A cycle never becomes ready.
     void addDependency(std::shared_ptr<Operation> operation);
     std::vector<std::shared_ptr<Operation>> dependencies() const;
+    /// Whether a queue may start it: every dependency has told that it has finished, or this one is cancelled.
     bool isReady() const;
 
-    /// Runs once, after the operation has finished, on the thread that finished it.
+    /// Runs once, after the operation has finished, on the thread that finished it; at once, on this thread, when it
+    /// has finished already.
     void setCompletionBlock(std::function<void()> block);
 
 protected:
     Operation();
-    /// Told around each change of a key ("isExecuting", "isFinished") by classes that keep their own state.
+    /// Told around each change of a key ("isExecuting", "isFinished") by classes that keep their own state. After the
+    /// change of "isFinished" the base asks `isFinished` and, when it holds, tells the queue and those who wait.
     void willChangeValue(std::string_view key);
     void didChangeValue(std::string_view key);
 
 private:
-    friend class OperationQueue;
+    friend class OperationQueueState;
     struct State;
+    void finishAnyway();
+    void announceFinished();
     std::unique_ptr<State> state_;
 };
 
@@ -60,7 +71,9 @@ private:
 };
 
 /// Starts operations as they become ready, in the order of their arrival, at most so many at a time. Operations run on
-/// the shared pool. Dropping the queue does not cancel what it was given.
+/// the shared pool. Dropping the queue does not cancel what it was given; only what waits in a suspended queue goes
+/// with it, since nobody could resume that. An exception that leaves an operation is reported as a programming error,
+/// and the operation counts as finished.
 class OperationQueue {
 public:
     explicit OperationQueue(std::string name = {});
@@ -69,17 +82,18 @@ public:
     /// 0 means no limit but the pool's.
     void setMaxConcurrentOperationCount(std::size_t count);
     void setSuspended(bool suspended);
+    /// An operation goes to one queue, once; anything else is a programming error and is ignored.
     void addOperation(std::shared_ptr<Operation> operation);
     void addOperation(std::function<void()> block);
     /// Cancels everything that has not finished.
     void cancelAllOperations();
+    /// Operations that have not finished.
     std::size_t operationCount() const;
-    /// Runs the block once everything given before has finished.
+    /// Runs the block once everything given before has finished; what is given later waits for it.
     void addBarrierBlock(std::function<void()> block);
 
 private:
-    struct State;
-    std::shared_ptr<State> state_;
+    std::shared_ptr<OperationQueueState> state_;
 };
 
 }  // namespace tarvo::platform
