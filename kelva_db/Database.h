@@ -29,8 +29,28 @@ class TableDefinition {
 public:
     /// Unknown to SQLite are all but its own affinities; the name is written into the statement as it is.
     enum class ColumnType {
-        int_, int8, int16, int32, int64, uint, uint8, uint16, uint32, uint64, bool_, float_, double_, character, string,
-        date, data, url, integer, real, text, blob
+        int_,
+        int8,
+        int16,
+        int32,
+        int64,
+        uint,
+        uint8,
+        uint16,
+        uint32,
+        uint64,
+        bool_,
+        float_,
+        double_,
+        character,
+        string,
+        date,
+        data,
+        url,
+        integer,
+        real,
+        text,
+        blob
     };
     static std::string_view rawText(ColumnType type);
     static std::optional<ColumnType> fromRawText(std::string_view text);
@@ -61,7 +81,8 @@ public:
     /// Stores all rows in one statement, at the speed of the engine. Rows of one batch may have different columns: a
     /// column that a row lacks is NULL in it.
     void insert(std::string_view intoTable, const RowSource& rows, OnConflict onConflict = OnConflict::replace);
-    void insert(std::string_view intoTable, std::span<const ValueMap> rows, OnConflict onConflict = OnConflict::replace);
+    void insert(std::string_view intoTable, std::span<const ValueMap> rows,
+                OnConflict onConflict = OnConflict::replace);
 
     void create(std::string_view table, bool temporary, bool ifNotExists,
                 tarvo::platform::FunctionRef<void(TableDefinition&)> block);

@@ -22,7 +22,9 @@ public:
     DatabaseValue() = default;
     explicit DatabaseValue(std::int64_t integer) : state_(integer) {}
     explicit DatabaseValue(double real) : state_(real) {}
-    static DatabaseValue text(std::string value) { return DatabaseValue(State(std::in_place_index<3>, std::move(value))); }
+    static DatabaseValue text(std::string value) {
+        return DatabaseValue(State(std::in_place_index<3>, std::move(value)));
+    }
     static DatabaseValue blob(std::string bytes) {
         return DatabaseValue(State(std::in_place_index<4>, tarvo::Bytes{std::move(bytes)}));
     }

@@ -1,0 +1,93 @@
+#include "kelva_db/Database.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "kelva_db/Connection.h"
+#include "kelva_db/Sql.h"
+#include "kelva_db/Sqlite.h"
+#include "platform/Text.h"
+
+namespace kelva {
+
+namespace {
+
+std::string insertWords(std::string_view table, OnConflict onConflict) {
+    std::string words = "INSERT";
+    if (onConflict == OnConflict::replace) words += " OR REPLACE";
+    if (onConflict == OnConflict::ignore) words += " OR IGNORE";
+    return words + " INTO " + quotedName(table);
+}
+
+/// "INSERT ... (a,b) SELECT c0,c1 FROM kelva_rows_16"
+std::string batchStatement(std::string_view table, std::span<const std::string> columns, OnConflict onConflict) {
+    auto rowsTable = ListTables::rowsTableFor(columns.size());
+    std::string names, cells;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        std::string_view separator = i == 0 ? "" : ",";
+        names.append(separator).append(quotedColumn(columns[i]));
+        cells.append(separator).append("c").append(std::to_string(i));
+    }
+    return insertWords(table, onConflict) + " (" + names + ") SELECT " + cells + " FROM " + rowsTable;
+}
+
+/// A statement that fails midway may keep the rows before the failure, so this is looked at before anything is written.
+void requireBindable(const RowSource& rows) {
+    auto columns = rows.columns().size();
+    for (std::size_t row = 0; row < rows.rowCount(); ++row)
+        for (std::size_t column = 0; column < columns; ++column)
+            if (auto cell = rows.cell(row, column); !isBindable(cell)) throwNotBindable(cell);
+}
+
+}  // namespace
+
+void Database::execute(std::string_view sql, std::span<const Value> parameters) {
+    connection_.execute(sql, parameters);
+}
+
+void Database::execute(const QueryInterfaceProtocol& query) { execute(query.sql(), query.parameters()); }
+
+Rows Database::query(std::string_view sql, std::span<const Value> parameters) {
+    return connection_.query(sql, parameters);
+}
+
+void Database::insert(std::string_view intoTable, const ValueMap& values, OnConflict onConflict) {
+    insert(intoTable, std::span(&values, 1), onConflict);
+}
+
+void Database::insert(std::string_view intoTable, std::span<const ValueMap> rows, OnConflict onConflict) {
+    insert(intoTable, tarvo::MapRowSource(rows), onConflict);
+}
+
+void Database::insert(std::string_view intoTable, const RowSource& rows, OnConflict onConflict) {
+    if (rows.rowCount() == 0) return;
+    if (rows.columns().empty()) {
+        auto sql = insertWords(intoTable, onConflict) + " DEFAULT VALUES";
+        for (std::size_t i = 0; i < rows.rowCount(); ++i) execute(sql);
+        return;
+    }
+    requireBindable(rows);
+    connection_.insertBatch(batchStatement(intoTable, rows.columns(), onConflict), rows);
+}
+
+void Database::create(std::string_view table, bool temporary, bool ifNotExists,
+                      tarvo::platform::FunctionRef<void(TableDefinition&)> block) {
+    TableDefinition definition;
+    block(definition);
+    std::string words = temporary ? "CREATE TEMPORARY TABLE " : "CREATE TABLE ";
+    if (ifNotExists) words += "IF NOT EXISTS ";
+    execute(words + quotedName(table) + " (" + tarvo::text::join(definition.pieces_, ", ") + ")");
+}
+
+void Database::drop(std::string_view table, bool ifExists) {
+    execute((ifExists ? "DROP TABLE IF EXISTS " : "DROP TABLE ") + quotedName(table));
+}
+
+std::vector<std::string> Database::columnNames(std::string_view table) { return connection_.columnNames(table); }
+
+void Database::inSavepoint(tarvo::platform::FunctionRef<void()> block) { connection_.inSavepoint(block); }
+
+std::int64_t Database::changes() const { return sqlite3_changes(connection_.handle()); }
+
+}  // namespace kelva
