@@ -1,0 +1,214 @@
+#include "platform/SettingsStore.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "platform/DispatchQueue.h"
+#include "platform/Log.h"
+#include "platform/SettingsJournal.h"
+#include "platform/Text.h"
+
+namespace tarvo::platform {
+
+namespace {
+
+std::string filePath(const std::string& folder, std::string_view suite) {
+    // Escaped, a name with separators stays one file of the folder.
+    return folder + "/" + text::percentEscape(suite) + ".jsonl";
+}
+
+std::string homeFolder() {
+    if (auto home = std::getenv("HOME"); home && *home) return home;
+    auto user = ::getpwuid(::getuid());
+    return user && user->pw_dir ? user->pw_dir : "/";
+}
+
+std::string defaultFolder() {
+    auto configuration = std::getenv("XDG_CONFIG_HOME");
+    auto base = configuration && *configuration == '/' ? std::string(configuration) : homeFolder() + "/.config";
+    return base + "/TarvoBase/settings";
+}
+
+void apply(ValueMap& state, const ValueMap& changes) {
+    for (auto& [key, value] : changes) {
+        if (value.isNull())
+            state.remove(key);
+        else
+            state.set(key, value);
+    }
+}
+
+// Sets an atomic for the length of a scope.
+template <class T>
+class Marked {
+public:
+    Marked(std::atomic<T>& flag, T value) : flag_(flag) { flag_ = value; }
+    ~Marked() { clear(); }
+    Marked(const Marked&) = delete;
+    Marked& operator=(const Marked&) = delete;
+    void clear() { flag_ = T(); }
+
+private:
+    std::atomic<T>& flag_;
+};
+
+}  // namespace
+
+SettingsStore::SettingsStore(std::string folder, std::string_view suite)
+    : path_(filePath(folder, suite)), journal_(std::make_unique<SettingsJournal>(path_)) {}
+
+SettingsStore::~SettingsStore() = default;
+
+// With the file's lock held.
+bool SettingsStore::takeOver() const {
+    auto changes = journal_->readChanges();
+    if (!changes) return false;
+    std::lock_guard lock(stateMutex_);
+    if (changes->fromStart) state_.clear();
+    apply(state_, changes->values);
+    return true;
+}
+
+bool SettingsStore::look() const {
+    std::lock_guard lock(fileMutex_);
+    if (journal_->isCurrent()) return true;
+    SettingsJournal::Lock file(*journal_, false);
+    return file && takeOver();
+}
+
+template <class F>
+auto SettingsStore::read(F&& reader) const {
+    if (!ownsFile_) look();
+    std::lock_guard lock(stateMutex_);
+    return reader(std::as_const(state_));
+}
+
+template <class F>
+bool SettingsStore::write(F&& makeChange) {
+    if (updating_ == std::this_thread::get_id()) {
+        reportProgrammingError("Settings: changed from inside an update of the same suite");
+        return false;
+    }
+    BlockingScope blocking;
+    std::lock_guard lock(fileMutex_);
+    SettingsJournal::Lock file(*journal_, true);
+    if (!file || !takeOver()) return false;
+    Marked owned(ownsFile_, true);
+    // The state changes with both locks held only, so that reading it here needs no further one.
+    ValueMap change;
+    for (auto& [key, value] : makeChange(std::as_const(state_)))
+        if (state_.valueOf(key) != value) change.set(key, value);
+    if (change.empty()) return true;
+    if (!journal_->append(change)) return false;
+    {
+        std::lock_guard stateLock(stateMutex_);
+        apply(state_, change);
+    }
+    owned.clear();
+    journal_->compactWhenLong(state_);
+    return true;
+}
+
+std::optional<Value> SettingsStore::value(std::string_view key) const {
+    return read([&](const ValueMap& state) {
+        auto found = state.find(key);
+        return found ? std::optional(*found) : std::nullopt;
+    });
+}
+
+std::optional<std::string> SettingsStore::string(std::string_view key) const {
+    auto found = value(key);
+    auto text = found ? found->asText() : nullptr;
+    return text ? std::optional(*text) : std::nullopt;
+}
+
+std::optional<std::int64_t> SettingsStore::integer(std::string_view key) const {
+    auto found = value(key);
+    return found ? found->asInteger() : std::nullopt;
+}
+
+std::optional<bool> SettingsStore::boolean(std::string_view key) const {
+    auto found = value(key);
+    return found ? found->asBool() : std::nullopt;
+}
+
+std::optional<ValueList> SettingsStore::list(std::string_view key) const {
+    auto found = value(key);
+    auto list = found ? found->asList() : nullptr;
+    return list ? std::optional(*list) : std::nullopt;
+}
+
+std::optional<ValueMap> SettingsStore::map(std::string_view key) const {
+    auto found = value(key);
+    auto map = found ? found->asMap() : nullptr;
+    return map ? std::optional(*map) : std::nullopt;
+}
+
+std::vector<std::string> SettingsStore::keys() const {
+    return read([](const ValueMap& state) {
+        std::vector<std::string> names;
+        names.reserve(state.size());
+        for (auto& entry : state) names.push_back(entry.name);
+        return names;
+    });
+}
+
+bool SettingsStore::set(std::string_view key, Value value) {
+    return change(ValueMap{{std::string(key), std::move(value)}});
+}
+
+bool SettingsStore::remove(std::string_view key) { return set(key, Value()); }
+
+bool SettingsStore::change(const ValueMap& values) {
+    return write([&](const ValueMap&) -> const ValueMap& { return values; });
+}
+
+bool SettingsStore::removeKeys(FunctionRef<bool(std::string_view)> chosen) {
+    return write([&](const ValueMap& state) {
+        ValueMap change;
+        for (auto& entry : state)
+            if (chosen(entry.name)) change.set(entry.name, Value());
+        return change;
+    });
+}
+
+std::optional<Value> SettingsStore::update(std::string_view key, FunctionRef<Value(const Value&)> next) {
+    std::optional<Value> stored;
+    bool done = write([&](const ValueMap& state) {
+        Marked updating(updating_, std::this_thread::get_id());
+        stored = next(state.valueOf(key));
+        return ValueMap{{std::string(key), *stored}};
+    });
+    return done ? stored : std::nullopt;
+}
+
+bool SettingsStore::synchronise() {
+    if (updating_ == std::this_thread::get_id()) return true;
+    if (!look()) return false;
+    std::lock_guard lock(fileMutex_);
+    return journal_->flush();
+}
+
+SettingsStores::SettingsStores() : folder_(defaultFolder()) {}
+
+void SettingsStores::setFolder(std::string folder) {
+    std::lock_guard lock(mutex_);
+    folder_ = std::move(folder);
+}
+
+std::string SettingsStores::folder() const {
+    std::lock_guard lock(mutex_);
+    return folder_;
+}
+
+std::shared_ptr<SettingsStore> SettingsStores::suite(std::string_view name) {
+    if (name.empty()) name = standardSuite;
+    std::lock_guard lock(mutex_);
+    auto& store = open_[filePath(folder_, name)];
+    if (!store) store = std::make_shared<SettingsStore>(folder_, name);
+    return store;
+}
+
+}  // namespace tarvo::platform
