@@ -1,0 +1,31 @@
+#include "sandbox/CallTable.h"
+
+#include "sandbox/calls/Calls.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+constexpr CallRow rows[] = {
+    {"POST", "getappinitdata", calls::initData},
+    {"POST", "getlumetappinitdata", calls::initData},
+};
+
+}  // namespace
+
+std::span<const CallRow> callTable() { return rows; }
+
+std::optional<CallPath> parseCallPath(std::string_view path) {
+    for (std::string_view servlet : {"crm", "vestra"}) {
+        auto rest = path;
+        if (!rest.starts_with("/")) return std::nullopt;
+        rest.remove_prefix(1);
+        if (!rest.starts_with(servlet)) continue;
+        rest.remove_prefix(servlet.size());
+        if (!rest.starts_with("/v") || rest.size() < 5 || rest[2] < '2' || rest[2] > '5' || rest[3] != '/')
+            return std::nullopt;
+        return CallPath{std::string(servlet), rest[2] - '0', std::string(rest.substr(4))};
+    }
+    return std::nullopt;
+}
+
+}  // namespace tarvo::sandbox

@@ -1,0 +1,91 @@
+#include "sandbox/Control.h"
+
+#include "platform/Json.h"
+#include "sandbox/Envelope.h"
+#include "sandbox/Sandbox.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+constexpr std::int64_t furthestOffset = 100LL * 365 * 24 * 3600 * 1000;
+
+Reply refused(int status, std::string_view message) {
+    return Reply::of(envelope::failure("INVALID_REQUEST", message), status);
+}
+
+Reply done() { return Reply::of(ValueMap{{"done", true}}); }
+
+}  // namespace
+
+Reply Control::handle(const Request& request) {
+    struct Row {
+        std::string_view method, path;
+        Reply (Control::*handle)(const Request&);
+    };
+    static constexpr Row rows[] = {
+        {"POST", "/control/faults", &Control::addFault},
+        {"GET", "/control/faults", &Control::faults},
+        {"DELETE", "/control/faults", &Control::clearFaults},
+        {"GET", "/control/requests", &Control::requests},
+        {"DELETE", "/control/requests", &Control::clearRequests},
+        {"POST", "/control/clock", &Control::setClock},
+        {"GET", "/control/state", &Control::state},
+        {"POST", "/control/stop", &Control::stop},
+    };
+    for (const auto& row : rows)
+        if (row.method == request.method && row.path == request.path) return (this->*row.handle)(request);
+    return refused(404, "There is no such control call.");
+}
+
+Reply Control::addFault(const Request& request) {
+    auto fault = parseFault(json::parse(request.body).value_or(Value()));
+    if (!fault) return refused(400, fault.error());
+    sandbox_.faults_.add(*fault);
+    return done();
+}
+
+Reply Control::faults(const Request&) {
+    ValueList list;
+    for (const auto& fault : sandbox_.faults_.all()) list.push_back(describeFault(fault));
+    return Reply::of(ValueMap{{"faults", std::move(list)}});
+}
+
+Reply Control::clearFaults(const Request&) {
+    sandbox_.faults_.clear();
+    return done();
+}
+
+Reply Control::requests(const Request&) { return Reply::of(ValueMap{{"requests", sandbox_.log_.all()}}); }
+
+Reply Control::clearRequests(const Request&) {
+    sandbox_.log_.clear();
+    return done();
+}
+
+Reply Control::setClock(const Request& request) {
+    auto body = json::parse(request.body).value_or(Value());
+    const auto* map = body.asMap();
+    auto offset = map ? map->valueOf("offsetMilliseconds").asInteger() : std::nullopt;
+    if (!offset || *offset < -furthestOffset || *offset > furthestOffset)
+        return refused(400, "\"offsetMilliseconds\" is a whole number of at most a hundred years.");
+    sandbox_.clock_.setOffset(std::chrono::milliseconds(*offset));
+    return Reply::of(ValueMap{{"servertime", sandbox_.clock_.milliseconds()}});
+}
+
+Reply Control::state(const Request&) {
+    std::lock_guard lock(sandbox_.dataMutex_);
+    const auto& data = sandbox_.data_;
+    return Reply::of(ValueMap{{"servertime", sandbox_.clock_.milliseconds()},
+                              {"requests", sandbox_.log_.total()},
+                              {"accounts", static_cast<std::int64_t>(sandbox_.accounts_.all().size())},
+                              {"modules", static_cast<std::int64_t>(data.modules.size())},
+                              {"users", static_cast<std::int64_t>(data.users.size())},
+                              {"tags", static_cast<std::int64_t>(data.tags.size())}});
+}
+
+Reply Control::stop(const Request&) {
+    sandbox_.onStop_();
+    return done();
+}
+
+}  // namespace tarvo::sandbox

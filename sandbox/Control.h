@@ -1,0 +1,30 @@
+#pragma once
+
+#include "sandbox/Message.h"
+
+namespace tarvo::sandbox {
+
+class Sandbox;
+
+/// The calls below "/control/" that tests and scripts steer the server with. They need no token; the server listens on
+/// loopback alone.
+class Control {
+public:
+    explicit Control(Sandbox& sandbox) : sandbox_(sandbox) {}
+
+    Reply handle(const Request& request);
+
+private:
+    Reply addFault(const Request& request);
+    Reply faults(const Request& request);
+    Reply clearFaults(const Request& request);
+    Reply requests(const Request& request);
+    Reply clearRequests(const Request& request);
+    Reply setClock(const Request& request);
+    Reply state(const Request& request);
+    Reply stop(const Request& request);
+
+    Sandbox& sandbox_;
+};
+
+}  // namespace tarvo::sandbox

@@ -1,0 +1,180 @@
+#include "sandbox/Faults.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/Json.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+constexpr std::pair<std::string_view, FaultKind> names[] = {
+    {"delay", FaultKind::delay},           {"dropBefore", FaultKind::dropBefore},
+    {"dropAfter", FaultKind::dropAfter},   {"truncate", FaultKind::truncate},
+    {"nonJson", FaultKind::nonJson},       {"errorEnvelope", FaultKind::errorEnvelope},
+    {"wrongTypes", FaultKind::wrongTypes}, {"missingBlocks", FaultKind::missingBlocks},
+    {"shortRows", FaultKind::shortRows},   {"repeatBlocks", FaultKind::repeatBlocks},
+};
+
+constexpr std::int64_t longestDelay = 10 * 60 * 1000;
+// Without blocks the level of `wrongTypes` counts from the document; 2 is the result list.
+constexpr int levelOfResult = 2;
+
+std::optional<FaultKind> kindNamed(std::string_view name) {
+    for (const auto& [text, kind] : names)
+        if (text == name) return kind;
+    return std::nullopt;
+}
+
+bool isTouched(const Value& entry, const Fault& fault) {
+    if (fault.blocks.empty()) return true;
+    const auto* map = entry.asMap();
+    const auto* info = map ? map->find("info") : nullptr;
+    const auto* members = info ? info->asMap() : nullptr;
+    const auto* module = members ? members->find("module") : nullptr;
+    const auto* name = module ? module->asText() : nullptr;
+    return name && std::find(fault.blocks.begin(), fault.blocks.end(), *name) != fault.blocks.end();
+}
+
+ValueList* resultOf(Value& answer) {
+    auto* map = answer.mutableMap();
+    auto* response = map ? map->find("response") : nullptr;
+    auto* members = response ? response->mutableMap() : nullptr;
+    auto* result = members ? members->find("result") : nullptr;
+    return result ? result->mutableList() : nullptr;
+}
+
+// The nearest wrong type: a text becomes a number, anything else a text.
+Value wrongType(const Value& value) {
+    if (const auto* text = value.asText()) return static_cast<std::int64_t>(text->size());
+    return json::write(value).value_or("");
+}
+
+void breakTypes(Value& value, int level) {
+    if (level == 0) {
+        value = wrongType(value);
+    } else if (auto* list = value.mutableList()) {
+        for (auto& item : *list) breakTypes(item, level - 1);
+    } else if (auto* map = value.mutableMap()) {
+        std::vector<std::string> keys;
+        for (const auto& entry : *map) keys.push_back(entry.name);
+        for (const auto& key : keys) breakTypes(*map->find(key), level - 1);
+    }
+}
+
+void breakRows(ValueList& result, const Fault& fault, auto&& change) {
+    for (auto& entry : result) {
+        if (!isTouched(entry, fault)) continue;
+        auto* map = entry.mutableMap();
+        auto* data = map ? map->find("data") : nullptr;
+        if (data) change(*data);
+    }
+}
+
+// Rows lie directly in "data", or one level below in its sections.
+void shorten(Value& rows) {
+    auto* list = rows.mutableList();
+    if (!list) return;
+    bool holdsLists = std::any_of(list->begin(), list->end(), [](const Value& item) { return item.asList(); });
+    if (holdsLists)
+        for (auto& item : *list) shorten(item);
+    else
+        list->resize(list->size() / 2);
+}
+
+}  // namespace
+
+std::string_view faultName(FaultKind kind) {
+    for (const auto& [text, known] : names)
+        if (known == kind) return text;
+    return "";
+}
+
+Result<Fault, std::string> parseFault(const Value& json) {
+    using Parsed = Result<Fault, std::string>;
+    const auto* map = json.asMap();
+    if (!map) return Parsed::failure("A fault is a JSON object.");
+    Fault fault;
+    fault.call = map->valueOf("call").textOr("*");
+    auto kind = kindNamed(map->valueOf("fault").textOr(""));
+    if (!kind) return Parsed::failure("Unknown fault.");
+    fault.kind = *kind;
+    fault.times = map->valueOf("times").asInteger();
+    if (fault.times && *fault.times < 1) return Parsed::failure("\"times\" is at least 1.");
+    auto milliseconds = map->valueOf("milliseconds").asInteger().value_or(0);
+    if (milliseconds < 0 || milliseconds > longestDelay) return Parsed::failure("\"milliseconds\" is 0 to 600000.");
+    fault.duration = std::chrono::milliseconds(milliseconds);
+    if (const auto* blocks = map->find("blocks")) {
+        if (!blocks->asList()) return Parsed::failure("\"blocks\" is a list of texts.");
+        for (const auto& block : *blocks->asList()) fault.blocks.push_back(block.textOr(""));
+    }
+    auto level = map->valueOf("level").asInteger().value_or(fault.blocks.empty() ? levelOfResult : 0);
+    if (level < 0 || level > 20) return Parsed::failure("\"level\" is 0 to 20.");
+    fault.level = static_cast<int>(level);
+    auto status = map->valueOf("status").asInteger().value_or(fault.status);
+    if (status < 200 || status > 599) return Parsed::failure("\"status\" is 200 to 599.");
+    fault.status = static_cast<int>(status);
+    fault.code = map->valueOf("code").textOr(fault.code);
+    fault.message = map->valueOf("message").textOr(fault.message);
+    return Parsed::success(std::move(fault));
+}
+
+Value describeFault(const Fault& fault) {
+    ValueList blocks(fault.blocks.begin(), fault.blocks.end());
+    return ValueMap{{"call", fault.call},
+                    {"fault", faultName(fault.kind)},
+                    {"times", fault.times},
+                    {"level", fault.level},
+                    {"milliseconds", static_cast<std::int64_t>(fault.duration.count())},
+                    {"blocks", std::move(blocks)}};
+}
+
+void FaultSwitch::add(Fault fault) {
+    std::lock_guard lock(mutex_);
+    faults_.push_back(std::move(fault));
+}
+
+void FaultSwitch::clear() {
+    std::lock_guard lock(mutex_);
+    faults_.clear();
+}
+
+std::optional<Fault> FaultSwitch::take(std::string_view call) {
+    std::lock_guard lock(mutex_);
+    auto found = std::find_if(faults_.begin(), faults_.end(),
+                              [&](const Fault& fault) { return fault.call == "*" || fault.call == call; });
+    if (found == faults_.end()) return std::nullopt;
+    auto fault = *found;
+    if (found->times && --*found->times == 0) faults_.erase(found);
+    return fault;
+}
+
+std::vector<Fault> FaultSwitch::all() const {
+    std::lock_guard lock(mutex_);
+    return faults_;
+}
+
+void damage(Value& answer, const Fault& fault) {
+    if (fault.kind == FaultKind::wrongTypes && fault.blocks.empty()) return breakTypes(answer, fault.level);
+    auto* result = resultOf(answer);
+    if (!result) return;
+    switch (fault.kind) {
+        case FaultKind::wrongTypes:
+            return breakRows(*result, fault, [&](Value& data) { breakTypes(data, fault.level); });
+        case FaultKind::shortRows:
+            return breakRows(*result, fault, shorten);
+        case FaultKind::missingBlocks:
+            std::erase_if(*result, [&](const Value& entry) { return isTouched(entry, fault); });
+            return;
+        case FaultKind::repeatBlocks: {
+            ValueList twice;
+            for (const auto& entry : *result) twice.insert(twice.end(), isTouched(entry, fault) ? 2 : 1, entry);
+            *result = std::move(twice);
+            return;
+        }
+        default:
+            return;
+    }
+}
+
+}  // namespace tarvo::sandbox

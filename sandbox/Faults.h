@@ -1,0 +1,80 @@
+#pragma once
+
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Result.h"
+#include "sandbox/Message.h"
+
+namespace tarvo::sandbox {
+
+enum class FaultKind {
+    /// Waits before the work.
+    delay,
+    /// Ends the connection without doing the work.
+    dropBefore,
+    /// Does the work, then ends the connection without an answer.
+    dropAfter,
+    /// Sends half of the body under the length of the whole.
+    truncate,
+    /// Answers a page instead of JSON.
+    nonJson,
+    /// Answers that the whole request failed, without doing the work.
+    errorEnvelope,
+    /// Answers values of other types at one level of the answer.
+    wrongTypes,
+    /// Leaves entries out of the result.
+    missingBlocks,
+    /// Cuts every row of the entries to its first half.
+    shortRows,
+    /// Sends every entry twice.
+    repeatBlocks,
+};
+
+/// What goes wrong with a call, and how often.
+struct Fault {
+    /// Name of the call, or "*" for every call.
+    std::string call;
+    FaultKind kind = FaultKind::delay;
+    /// How many calls are still to be hit; nothing until the fault is cleared.
+    std::optional<std::int64_t> times;
+    std::chrono::milliseconds duration{0};
+    /// The entries of the result ("tables", "Leads") that a fault of the answer touches; empty means all.
+    std::vector<std::string> blocks;
+    /// Level of `wrongTypes`, see `breakTypes`.
+    int level = 0;
+    /// Of `errorEnvelope`.
+    int status = 200;
+    std::string code = "INTERNAL_ERROR";
+    std::string message = "The request could not be processed.";
+};
+
+std::string_view faultName(FaultKind kind);
+
+/// Reads a fault from the JSON of a control call; otherwise says what is wrong with it.
+Result<Fault, std::string> parseFault(const Value& json);
+Value describeFault(const Fault& fault);
+
+/// The faults that are set, in order. A call meets the first that names it; one that has used up its times goes, so
+/// that a row of faults is a script. Any thread.
+class FaultSwitch {
+public:
+    void add(Fault fault);
+    void clear();
+    /// The fault that this call meets, counted.
+    std::optional<Fault> take(std::string_view call);
+    std::vector<Fault> all() const;
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<Fault> faults_;
+};
+
+/// Damages an answer as the fault says; kinds that do not touch the content leave it alone.
+void damage(Value& answer, const Fault& fault);
+
+}  // namespace tarvo::sandbox

@@ -1,0 +1,48 @@
+#include "sandbox/RequestLog.h"
+
+#include "platform/Json.h"
+
+namespace tarvo::sandbox {
+
+RequestLog::RequestLog(const std::string& path, bool logValues) : logValues_(logValues) {
+    if (!path.empty()) file_.open(path, std::ios::trunc);
+}
+
+// Names in a list, or a map from name to value; of a name that comes twice the last value stands.
+Value RequestLog::describeParameters(const Request& request) const {
+    ValueMap values;
+    for (const auto& [name, value] : request.parameters)
+        values.set(name, name == "authtoken" ? Value("(hidden)") : Value(value));
+    for (const auto& file : request.files) values.set(file.field, static_cast<std::int64_t>(file.content.size()));
+    if (logValues_) return values;
+    ValueList names;
+    for (const auto& entry : values) names.emplace_back(entry.name);
+    return names;
+}
+
+void RequestLog::add(const LoggedRequest& request) {
+    std::lock_guard lock(mutex_);
+    Value line = ValueMap{{"number", ++total_},       {"receivedAt", request.receivedAt}, {"method", request.method},
+                          {"path", request.path},     {"parameters", request.parameters}, {"account", request.account},
+                          {"status", request.status}, {"fault", request.fault},           {"ms", request.milliseconds}};
+    if (file_) file_ << json::write(line).value_or("") << std::endl;
+    requests_.push_back(std::move(line));
+    if (requests_.size() > kept) requests_.pop_front();
+}
+
+ValueList RequestLog::all() const {
+    std::lock_guard lock(mutex_);
+    return {requests_.begin(), requests_.end()};
+}
+
+void RequestLog::clear() {
+    std::lock_guard lock(mutex_);
+    requests_.clear();
+}
+
+std::int64_t RequestLog::total() const {
+    std::lock_guard lock(mutex_);
+    return total_;
+}
+
+}  // namespace tarvo::sandbox

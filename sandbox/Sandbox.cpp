@@ -1,0 +1,104 @@
+#include "sandbox/Sandbox.h"
+
+#include <algorithm>
+
+#include "platform/Json.h"
+#include "platform/Log.h"
+#include "sandbox/Control.h"
+#include "sandbox/Envelope.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+constexpr const char* jsonType = "application/json;charset=UTF-8";
+
+Answer toAnswer(Reply reply) {
+    if (!reply.contentType.empty())
+        return {reply.status, std::move(reply.bytes), std::move(reply.contentType), Delivery::whole};
+    return {reply.status, json::write(reply.json).value_or("null"), jsonType, Delivery::whole};
+}
+
+Answer failure(int status, std::string_view code, std::string_view message) {
+    return toAnswer(Reply::of(envelope::failure(code, message), status));
+}
+
+Answer noAnswer() { return {0, "", "", Delivery::nothing}; }
+
+const CallRow* findCall(std::string_view method, std::string_view name) {
+    auto table = callTable();
+    auto found = std::find_if(table.begin(), table.end(),
+                              [&](const CallRow& row) { return row.method == method && row.name == name; });
+    return found == table.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+Sandbox::Sandbox(SandboxOptions options, std::function<void()> onStop)
+    : options_(std::move(options)),
+      onStop_(std::move(onStop)),
+      accounts_(options_.accounts),
+      log_(options_.logPath, options_.logValues),
+      data_(options_.seed, accounts_) {}
+
+Answer Sandbox::handle(const Request& request) {
+    if (request.path.starts_with("/control/")) return toAnswer(Control(*this).handle(request));
+    auto begin = platform::Clock::steadyNow();
+    LoggedRequest logged;
+    logged.method = request.method;
+    logged.path = request.path;
+    logged.parameters = log_.describeParameters(request);
+    logged.receivedAt = clock_.milliseconds();
+    auto answer = call(request, logged);
+    logged.status = answer.status;
+    logged.milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(platform::Clock::steadyNow() - begin).count();
+    log_.add(logged);
+    return answer;
+}
+
+Answer Sandbox::call(const Request& request, LoggedRequest& logged) {
+    auto path = parseCallPath(request.path);
+    const auto* row = path ? findCall(request.method, path->name) : nullptr;
+    if (!row) return failure(404, "INVALID_URL_PATTERN", "There is no such call.");
+    const auto* account = accounts_.of(request);
+    if (!account) return failure(401, "AUTHENTICATION_FAILURE", "The token is missing or not valid.");
+    logged.account = account->id;
+
+    auto fault = faults_.take(row->name);
+    if (fault) logged.fault = faultName(fault->kind);
+    if (fault && fault->kind == FaultKind::delay) delay(fault->duration);
+    if (fault && fault->kind == FaultKind::dropBefore) return noAnswer();
+    if (fault && fault->kind == FaultKind::errorEnvelope) return failure(fault->status, fault->code, fault->message);
+    auto answer = work(*row, *path, request, account->id, fault);
+    if (fault && fault->kind == FaultKind::dropAfter) return noAnswer();
+    if (fault && fault->kind == FaultKind::truncate) answer.delivery = Delivery::half;
+    if (fault && fault->kind == FaultKind::nonJson)
+        return {200, "<html><body>Please sign in.</body></html>", "text/html", Delivery::whole};
+    return answer;
+}
+
+Answer Sandbox::work(const CallRow& row, const CallPath& path, const Request& request, const std::string& account,
+                     const std::optional<Fault>& fault) {
+    auto naming = options_.naming.value_or(path.servlet == "crm" ? Naming::column : Naming::api);
+    Reply reply;
+    {
+        std::lock_guard lock(dataMutex_);
+        reply = row.handle({request, account, data_, clock_.milliseconds(), naming, path.version, path.name});
+    }
+    if (fault) damage(reply.json, *fault);
+    return toAnswer(std::move(reply));
+}
+
+// Waits on a condition so that a server that ends does not wait for its own delays.
+void Sandbox::delay(std::chrono::milliseconds duration) {
+    std::unique_lock lock(delayMutex_);
+    delayEnd_.wait_for(lock, duration, [&] { return delaysEnded_; });
+}
+
+void Sandbox::endDelays() {
+    std::lock_guard lock(delayMutex_);
+    delaysEnded_ = true;
+    delayEnd_.notify_all();
+}
+
+}  // namespace tarvo::sandbox

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "sandbox/Accounts.h"
+#include "sandbox/data/Generator.h"
+
+namespace tarvo::sandbox {
+
+struct ModuleData {
+    std::string id;
+    std::string name;
+    std::string singular;
+    std::string plural;
+    std::string apiName;
+    /// The server's "generated_type": "default", "custom", "subform" and so on.
+    std::string type;
+    int position;
+};
+
+struct UserData {
+    std::string id;
+    std::string firstName;
+    std::string lastName;
+    /// The account that this user signs in with; users beyond the accounts have one that nobody holds a token for.
+    std::string account;
+    std::string email;
+    std::string status;
+    std::string role;
+    bool confirmed;
+    std::string profile;
+    std::string profileId;
+    std::string timeZone;
+
+    std::string name() const { return firstName + " " + lastName; }
+};
+
+struct OrganisationData {
+    std::string id;
+    std::string name;
+    bool isDefault;
+};
+
+struct TagData {
+    std::string id;
+    std::string name;
+    std::string module;
+};
+
+/// The content of the server: one organisation with its users, modules and settings, the same for every run with one
+/// seed. The first users belong to the accounts of the command line, in their order. Calls change it; whoever calls in
+/// holds the server's lock.
+class DataSet {
+public:
+    DataSet(std::uint64_t seed, const Accounts& accounts);
+
+    IdSequence ids;
+    std::vector<ModuleData> modules;
+    std::vector<UserData> users;
+    std::vector<OrganisationData> organisations;
+    /// Key and value.
+    std::vector<std::pair<std::string, std::string>> companyInfo;
+    std::vector<TagData> tags;
+
+    /// Null when there is none of that name or API name.
+    const ModuleData* module(std::string_view nameOrApiName) const;
+    const UserData& userOf(std::string_view account) const;
+};
+
+}  // namespace tarvo::sandbox

@@ -1,0 +1,47 @@
+#include "sandbox/data/Modules.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+struct Row {
+    const char *name, *singular, *plural, *apiName, *type;
+};
+
+constexpr Row rows[] = {
+    {"Leads", "Lead", "Leads", "Leads", "default"},
+    {"Contacts", "Contact", "Contacts", "Contacts", "default"},
+    {"Accounts", "Account", "Accounts", "Accounts", "default"},
+    {"Deals", "Deal", "Deals", "Deals", "default"},
+    {"Tasks", "Task", "Tasks", "Tasks", "default"},
+    {"Events", "Meeting", "Meetings", "Events", "default"},
+    {"Calls", "Call", "Calls", "Calls", "default"},
+    {"Activities", "Activity", "Activities", "Activities", "default"},
+    {"Products", "Product", "Products", "Products", "default"},
+    {"PriceBooks", "Price Book", "Price Books", "Price_Books", "default"},
+    {"Quotes", "Quote", "Quotes", "Quotes", "default"},
+    {"Cases", "Case", "Cases", "Cases", "default"},
+    {"Solutions", "Solution", "Solutions", "Solutions", "default"},
+    {"Campaigns", "Campaign", "Campaigns", "Campaigns", "default"},
+    {"Notes", "Note", "Notes", "Notes", "default"},
+    {"Attachments", "Attachment", "Attachments", "Attachments", "default"},
+    {"CustomModule1", "Project", "Projects", "Projects", "custom"},
+    {"CustomModule2", "Café Visit", "Café Visits", "Cafe_Visits", "custom"},
+    // Rows of these live under a record of another module.
+    {"CustomModule3", "Milestone", "Milestones", "Milestones", "subform"},
+    {"EventInvitees", "Participant", "Participants", "Participants", "default"},
+    {"InventoryProducts", "Line Item", "Line Items", "Product_Details", "default"},
+    {"PriceBookPricing", "Price Range", "Price Ranges", "Pricing_Details", "default"},
+    {"CustomerModuleComments", "Comment", "Comments", "Comments", "default"},
+};
+
+}  // namespace
+
+std::vector<ModuleData> makeModules(IdSequence& ids) {
+    std::vector<ModuleData> modules;
+    for (const auto& row : rows)
+        modules.push_back({ids.next(), row.name, row.singular, row.plural, row.apiName, row.type,
+                           static_cast<int>(modules.size()) + 1});
+    return modules;
+}
+
+}  // namespace tarvo::sandbox
