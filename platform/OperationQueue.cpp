@@ -46,7 +46,7 @@ void OperationQueueState::startReady() {
     std::lock_guard lock(mutex);
     auto full = [this] { return limit != 0 && running.size() >= limit; };
     auto barrierRuns = [this] { return !running.empty() && running.front().barrier; };
-    for (std::size_t at = 0; at < waiting.size() && !suspended && !full() && !barrierRuns();) {
+    for (std::size_t at = 0; at < waiting.size() && !suspended && !cancelling && !full() && !barrierRuns();) {
         bool barrier = waiting[at].barrier;
         if (mayStart(waiting[at])) {
             auto entry = std::move(waiting[at]);
@@ -123,10 +123,16 @@ void OperationQueue::cancelAllOperations() {
     std::vector<std::shared_ptr<Operation>> all;
     {
         std::lock_guard lock(state_->mutex);
+        ++state_->cancelling;
         for (auto* entries : {&state_->waiting, &state_->running})
             for (auto& entry : *entries) all.push_back(entry.operation);
     }
     for (auto& operation : all) operation->cancel();
+    {
+        std::lock_guard lock(state_->mutex);
+        --state_->cancelling;
+    }
+    state_->startReady();
 }
 
 std::size_t OperationQueue::operationCount() const {

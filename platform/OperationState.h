@@ -47,6 +47,9 @@ public:
     const std::shared_ptr<DispatchQueue> threads;
     std::size_t limit = 0;
     bool suspended = false;
+    // While everything is being cancelled nothing starts, or the end of one would start the next just before its turn
+    // to be cancelled.
+    int cancelling = 0;
     std::vector<Entry> waiting;  // in the order of arrival
     std::vector<Entry> running;  // handed to the pool and not finished
 

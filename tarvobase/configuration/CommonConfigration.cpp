@@ -1,11 +1,11 @@
 #include "tarvobase/configuration/CommonConfigration.h"
 
 #include "platform/Log.h"
-#include "tarvobase/utils/ProcessState.h"
+#include "platform/ProcessState.h"
 
 namespace tarvo {
 
-CommonConfigration& CommonConfigration::sharedInstance() { return ProcessState::current().get<CommonConfigration>(); }
+CommonConfigration& CommonConfigration::sharedInstance() { return platform::ProcessState::current().get<CommonConfigration>(); }
 
 CommonConfigration::CommonConfigration()
     // A reserved domain, so that a host that forgets to name its server reaches nobody.

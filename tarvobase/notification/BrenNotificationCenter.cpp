@@ -1,10 +1,10 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 
-#include "tarvobase/utils/ProcessState.h"
+#include "platform/ProcessState.h"
 
 namespace tarvo {
 
-BrenNotificationCenter& BrenNotificationCenter::shared() { return ProcessState::current().get<BrenNotificationCenter>(); }
+BrenNotificationCenter& BrenNotificationCenter::shared() { return platform::ProcessState::current().get<BrenNotificationCenter>(); }
 
 BrenNotificationCenter::BrenNotificationCenter()
     : BrenNotificationCenter(DispatchQueue::serial("nimbra.kelvan.mail.post", DispatchQueue::Quality::background)) {}

@@ -6,7 +6,7 @@
 #include <typeindex>
 #include <unordered_map>
 
-namespace tarvo {
+namespace tarvo::platform {
 
 /// Owner of all that exists once a process: configuration, bus, memory tables, caches, kept answers. Each kind is made
 /// when it is first asked for. Tests install a fresh state a case; the program has one from start to end.
@@ -32,4 +32,4 @@ private:
     std::unordered_map<std::type_index, std::shared_ptr<void>> slots_;
 };
 
-}  // namespace tarvo
+}  // namespace tarvo::platform

@@ -1,8 +1,8 @@
-#include "tarvobase/utils/ProcessState.h"
+#include "platform/ProcessState.h"
 
 #include <atomic>
 
-namespace tarvo {
+namespace tarvo::platform {
 
 namespace {
 
@@ -18,4 +18,4 @@ ProcessState& ProcessState::current() { return *held().load(); }
 
 void ProcessState::installFresh() { delete held().exchange(new ProcessState); }
 
-}  // namespace tarvo
+}  // namespace tarvo::platform

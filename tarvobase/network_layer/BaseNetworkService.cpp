@@ -1,0 +1,152 @@
+#include "tarvobase/network_layer/BaseNetworkService.h"
+
+#include "bren_network/BrenNetworkManager.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/value_objects/OrganisationInUserDefaults.h"
+
+namespace tarvo {
+
+namespace {
+
+NetworkError notSent(std::string why) { return {NetworkError::Kind::other, std::move(why)}; }
+
+}  // namespace
+
+BaseNetworkService::BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> withNetworkConstants)
+    : networkConstants(std::move(withNetworkConstants)), orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
+
+const std::shared_ptr<NetworkAdapter>& BaseNetworkService::networkAdapter() {
+    if (!networkAdapter_) {
+        bren::BrenNetworkManager::sharedInstance().setMaximumBufferedKilobytes(100000);
+        networkAdapter_ = std::make_shared<BrenNetworkManagerAdapter>();
+    }
+    return networkAdapter_;
+}
+
+std::string BaseNetworkService::currentUserBrenUID() const {
+    auto authentication = CommonConfigration::sharedInstance().authentication.get();
+    return authentication ? authentication->currentUser().value_or("") : "";
+}
+
+void BaseNetworkService::sendRequest(Request request) { start(Transfer::send, std::move(request)); }
+void BaseNetworkService::downloadRequest(Request request) { start(Transfer::download, std::move(request)); }
+
+void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Request request) {
+    auto completion = completionOf(request);
+    auto prepared = service::getURLRequest(baseUrl, request.method, request.body);
+    if (!prepared) return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
+    give(Transfer::download, {.request = *std::move(prepared),
+                              .params = std::move(request.params),
+                              .priority = request.priority,
+                              .identifier = std::move(request.identifier),
+                              .completionHandler = std::move(completion)});
+}
+
+void BaseNetworkService::start(Transfer transfer, Request request) {
+    auto completion = completionOf(request);
+    auto prepared = service::getURLRequest(baseURL, request.method, request.body);
+    if (!prepared) return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
+    if (!shouldAddAuthtoken)
+        return give(transfer, {.request = *std::move(prepared),
+                               .params = std::move(request.params),
+                               .priority = request.priority,
+                               .identifier = std::move(request.identifier),
+                               .completionHandler = std::move(completion)});
+    request.completionHandler = completion;
+    auto identifier = request.identifier;
+    bool asked = service::withToken(
+        [weak = platform::weakSelf(this), transfer, request = std::move(request)](
+            AuthenticationProtocol&, const std::string& user, const std::optional<std::string>& token) {
+            if (auto self = weak.lock()) self->startWithToken(transfer, request, user, token);
+        });
+    if (!asked) completeUnsent(completion, identifier, notSent("no authentication is configured"));
+}
+
+void BaseNetworkService::startWithToken(Transfer transfer, Request request, const std::string& user,
+                                        const std::optional<std::string>& token) {
+    if (!token) {
+        reportNoToken(user);
+        return completeUnsent(request.completionHandler, request.identifier, notSent("the account has no token"));
+    }
+    auto prepared = url(token, request.method, request.body);
+    if (!prepared)
+        return completeUnsent(request.completionHandler, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
+    if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
+    // Parameters cannot travel in a body that is taken; then they go into the URL.
+    if (request.body && request.params) {
+        service::appendQuery(prepared->request.url, bren::BrenNetworkManager::formattedParamString(*request.params));
+        request.params.reset();
+    }
+    if (auto domain = CommonConfigration::sharedInstance().verticalDomain.get())
+        service::appendQuery(prepared->request.url, bren::BrenNetworkManager::formattedParamString({{"domain", *domain}}));
+    service::logHeaders(prepared->request);
+    give(transfer, {.request = std::move(prepared->request),
+                    .authorization = std::move(prepared->authorization),
+                    .params = std::move(request.params),
+                    .priority = request.priority,
+                    .identifier = std::move(request.identifier),
+                    .completionHandler = std::move(request.completionHandler)});
+}
+
+std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::url(const std::optional<std::string>& authentication,
+                                                                            HTTPMethod method, std::optional<Data> body) const {
+    auto request = service::getURLRequest(baseURL, method, std::move(body));
+    if (!request) return std::nullopt;
+    auto asked = CommonConfigration::sharedInstance().authentication.get();
+    auto type = asked ? asked->authenticationType() : AuthenticationType::oauth;
+    std::optional<std::string> authorization;
+    if (authentication) authorization = service::authorizationText(type, *authentication);
+    return AuthenticatedURL{*std::move(request), std::move(authorization)};
+}
+
+void BaseNetworkService::give(Transfer transfer, NetworkCall call) {
+    if (transfer == Transfer::send) {
+        if (auto listener = delegate.lock()) listener->networkCallGiven(*this);
+        return networkAdapter()->send(std::move(call));
+    }
+    auto weak = platform::weakSelf(this);
+    call.percentHandler = [weak](float part, std::int64_t done, std::int64_t total) {
+        if (auto self = weak.lock()) self->progressPercentHandler(part, done, total);
+    };
+    networkAdapter()->download(std::move(call));
+}
+
+NetworkCompletion BaseNetworkService::completionOf(Request& request) {
+    if (request.completionHandler) return std::move(request.completionHandler);
+    return [weak = platform::weakSelf(this)](Data data, std::optional<URLResponse> response, std::optional<std::string> identifier,
+                                             std::optional<NetworkError> error, int taskNumber) {
+        if (auto self = weak.lock())
+            self->taskCompletionHandler(std::move(data), std::move(response), std::move(identifier), std::move(error), taskNumber);
+    };
+}
+
+void BaseNetworkService::reportNoToken(const std::string& user) {
+    if (auto handler = errorHandler.lock()) handler->noAuthtoken(user);
+}
+
+void BaseNetworkService::progressDataHandler(Data piece, double part) {
+    static_cast<void>(piece);
+    if (auto listener = delegate.lock()) listener->networkCallDownloadProgress(*this, static_cast<float>(part));
+}
+void BaseNetworkService::progressPercentHandler(float part, std::int64_t, std::int64_t) {
+    if (auto listener = delegate.lock()) listener->networkCallDownloadProgress(*this, part);
+}
+
+void BaseNetworkService::upload(NetworkUpload upload) {
+    auto completion = upload.completionHandler;
+    bool asked = service::withToken([weak = platform::weakSelf(this), upload = std::move(upload)](
+                                        AuthenticationProtocol& authentication, const std::string& user,
+                                        const std::optional<std::string>& token) mutable {
+        auto self = weak.lock();
+        if (!self) return;
+        if (!token) {
+            self->reportNoToken(user);
+            return completeUnsent(upload.completionHandler, std::nullopt, notSent("the account has no token"));
+        }
+        service::authorize(upload, authentication.authenticationType(), *token);
+        self->networkAdapter()->upload(std::move(upload));
+    });
+    if (!asked) completeUnsent(completion, std::nullopt, notSent("no authentication is configured"));
+}
+
+}  // namespace tarvo

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/Data.h"
+#include "platform/Json.h"
+#include "platform/Object.h"
+#include "platform/Result.h"
+#include "tarvobase/network_layer/ResultInfo.h"
+
+namespace tarvo {
+
+/// The server's clock of an answer, milliseconds since 1970; 0 when the answer does not tell.
+struct ResponseInfo {
+    std::uint64_t serverTime = 0;
+    std::uint64_t responseTime = 0;
+};
+
+/// One entry of an answer as it came.
+template <class Info>
+struct ParsedResult {
+    Info info;
+    std::optional<ValueList> error;
+    std::optional<ValueList> data;
+};
+
+/// One entry of an answer: its rows, or why there are none.
+template <class T, class Info>
+struct RParsedResult {
+    Result<T, ParserError> data;
+    Info info;
+};
+
+template <class T, class Info>
+struct ParsedResponse {
+    std::vector<Result<RParsedResult<T, Info>, ParserError>> result;
+    ResponseInfo responseInfo;
+};
+
+/// Reads one entry of "result": "error" before "data", and "info" as its type tells.
+struct BaseResultParser {
+    template <class T>
+    static Result<T, ParserError> getKey(std::string_view key, const ValueMap& from) {
+        return parseAs<T>(from, key);
+    }
+
+    template <class Info>
+    static Result<RParsedResult<ValueList, Info>, ParserError> parse(const ValueMap& entry) {
+        using Parsed = RParsedResult<ValueList, Info>;
+        auto infoMap = getKey<ValueMap>("info", entry);
+        if (!infoMap) return infoMap.error();
+        auto info = decodeInfo<Info>(*infoMap);
+        if (!info) return info.error();
+        if (auto error = getKey<ValueList>("error", entry)) return Parsed{ParserError::responseError(*error), *info};
+        auto data = getKey<ValueList>("data", entry);
+        if (!data) return data.error();
+        return Parsed{*std::move(data), *info};
+    }
+};
+
+/// The parts of the envelope that do not depend on the types of an answer.
+struct Envelope {
+    std::vector<Value> entries;  ///< maps all
+    ResponseInfo responseInfo;
+};
+Result<Envelope, ParserError> parseEnvelope(const platform::Data& data);
+
+/// Turns a body into typed entries. Subclasses read the rows of an entry in `parseResult`; one entry's failure leaves
+/// the others usable. Stateless: any thread, several at a time.
+template <class T, class Info>
+class ParserProtocol : public virtual platform::Object {
+public:
+    virtual Result<ParsedResponse<T, Info>, ParserError> parse(const platform::Data& data) {
+        auto envelope = parseEnvelope(data);
+        if (!envelope) return envelope.error();
+        ParsedResponse<T, Info> response;
+        response.responseInfo = envelope->responseInfo;
+        response.result.reserve(envelope->entries.size());
+        for (auto& entry : envelope->entries) response.result.push_back(parseEntry(*entry.asMap()));
+        return response;
+    }
+
+    virtual Result<T, ParserError> parseResult(const ValueList& rows, const Info& info) {
+        static_cast<void>(rows), static_cast<void>(info);
+        return ParserError(ParserError::Case::noData);
+    }
+
+private:
+    Result<RParsedResult<T, Info>, ParserError> parseEntry(const ValueMap& entry) {
+        using Parsed = RParsedResult<T, Info>;
+        auto parsed = BaseResultParser::parse<Info>(entry);
+        if (!parsed) return parsed.error();
+        if (!parsed->data) return Parsed{parsed->data.error(), parsed->info};
+        return Parsed{parseResult(*parsed->data, parsed->info), parsed->info};
+    }
+};
+
+/// Bodies and models that are plain JSON.
+class KelvaBaseParser {
+public:
+    virtual ~KelvaBaseParser() = default;
+    /// The JSON bytes of a value; nothing when it holds what JSON cannot say.
+    std::optional<platform::Data> convert(const Value& object) const;
+    std::optional<platform::Data> encode(const Value& model) const { return convert(model); }
+    /// A body through `read`, which gives nothing for what it cannot use.
+    template <class Read>
+    auto parse(const platform::Data& data, Read&& read) const -> decltype(read(Value())) {
+        auto document = json::parse(data);
+        if (!document) return std::nullopt;
+        return read(*document);
+    }
+};
+
+}  // namespace tarvo

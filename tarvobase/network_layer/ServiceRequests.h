@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "tarvobase/configuration/AuthenticationProtocol.h"
+#include "tarvobase/network_layer/NetworkAdapter.h"
+
+/// What the two bases of network services share: how a request is built, and how a token gets into it.
+namespace tarvo {
+
+/// The organisation that authenticated requests are made for. `value_objects/OrganisationInUserDefaults` is the one of
+/// the settings store.
+class CurrentOrganisationProtocol : public virtual platform::Object {
+public:
+    virtual std::optional<std::string> currentOrganisationID() = 0;
+};
+
+namespace service {
+
+inline constexpr std::string_view HEADER_AUTHORIZATION = "Authorization";
+inline constexpr std::string_view HEADER_VALUE_OAUTHTOKEN = "Nimbra-oauthtoken";
+inline constexpr std::string_view HEADER_APP_BUILDID = "x-app-buildid";
+inline constexpr std::string_view HEADER_ORGID = "X-CRM-ORG";
+inline constexpr std::string_view PARAM_ORGID = "orgid";
+inline constexpr std::string_view PARAM_AUTHTOKEN = "authtoken";
+
+/// The request with the fixed headers and a time-out of 60 seconds; nothing when the text is no URL.
+std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body);
+
+/// Value of the "Authorization" header for a token.
+std::string authorizationText(AuthenticationType type, const std::string& token);
+
+/// Puts build and token of an upload where they belong: into its headers, a plain token into its parameters.
+void authorize(NetworkUpload& upload, AuthenticationType type, const std::string& token);
+
+/// Adds "orgid" when the configuration allows it and there is an organisation. Absent parameters stay absent.
+void addOrganisation(std::optional<ValueMap>& params, CurrentOrganisationProtocol& organisations);
+
+/// Puts "name=value" pairs behind a URL, after "?" or "&" as it needs.
+void appendQuery(std::string& url, const std::string& query);
+
+/// Asks for the current user's token. Calls `work` exactly once, with the user and what was given, or does nothing and
+/// answers false when nobody can be asked.
+bool withToken(std::function<void(AuthenticationProtocol& authentication, const std::string& user,
+                                  const std::optional<std::string>& token)> work);
+
+/// Names of the headers, never their values: one of them is the token.
+void logHeaders(const URLRequest& request);
+
+}  // namespace service
+}  // namespace tarvo

@@ -1,0 +1,109 @@
+#include "tarvobase/network_layer/StaticBaseNetworkService.h"
+
+#include <filesystem>
+
+#include "bren_network/BrenNetworkManager.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/value_objects/OrganisationInUserDefaults.h"
+
+namespace tarvo {
+
+namespace {
+
+NetworkError noURL() { return {NetworkError::Kind::invalidURL, "the text is no URL"}; }
+NetworkError noAuthentication() { return {NetworkError::Kind::other, "no authentication is configured"}; }
+
+}  // namespace
+
+StaticBaseNetworkService::StaticBaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> networkConstants)
+    : networkConstants(std::move(networkConstants)), orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
+
+const std::shared_ptr<NetworkAdapter>& StaticBaseNetworkService::networkAdapter() {
+    if (!networkAdapter_) networkAdapter_ = std::make_shared<BrenNetworkManagerAdapter>();
+    return networkAdapter_;
+}
+
+void StaticBaseNetworkService::sendRequest(Request request) { start(Transfer::send, std::move(request)); }
+void StaticBaseNetworkService::downloadRequest(Request request) { start(Transfer::download, std::move(request)); }
+
+void StaticBaseNetworkService::start(Transfer transfer, Request request) {
+    if (!request.url) request.url = baseURL();
+    if (!shouldAddAuthtoken) return startWithToken(transfer, std::move(request), std::nullopt);
+    auto completion = request.completionHandler;
+    auto identifier = request.identifier;
+    bool asked = service::withToken([weak = platform::weakSelf(this), transfer, request = std::move(request)](
+                                        AuthenticationProtocol&, const std::string&, const std::optional<std::string>& token) {
+        if (auto self = weak.lock()) self->startWithToken(transfer, request, token);
+    });
+    if (!asked) completeUnsent(completion, identifier, noAuthentication());
+}
+
+void StaticBaseNetworkService::startWithToken(Transfer transfer, Request request, const std::optional<std::string>& token) {
+    auto prepared = url(*request.url, token, request.method, request.body);
+    if (!prepared) return completeUnsent(request.completionHandler, request.identifier, noURL());
+    if (token) {
+        if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
+        if (request.body && request.params && !request.params->empty()) {
+            service::appendQuery(prepared->request.url, bren::BrenNetworkManager::formattedParamString(*request.params));
+            request.params.reset();
+        }
+        service::logHeaders(prepared->request);
+    }
+    give(transfer, {.request = std::move(prepared->request),
+                    .authorization = std::move(prepared->authorization),
+                    .params = std::move(request.params),
+                    .priority = request.priority,
+                    .identifier = std::move(request.identifier),
+                    .percentHandler = std::move(request.percentHandler),
+                    .completionHandler = std::move(request.completionHandler)});
+}
+
+std::optional<StaticBaseNetworkService::AuthenticatedURL> StaticBaseNetworkService::url(
+    const std::string& urlRequest, const std::optional<std::string>& authentication, HTTPMethod method,
+    std::optional<Data> body) const {
+    auto request = service::getURLRequest(urlRequest, method, std::move(body));
+    if (!request) return std::nullopt;
+    if (!authentication) return AuthenticatedURL{*std::move(request), std::nullopt};
+    auto asked = CommonConfigration::sharedInstance().authentication.get();
+    if (asked && asked->authenticationType() == AuthenticationType::plain) {
+        service::appendQuery(request->url,
+                             bren::BrenNetworkManager::formattedParamString({{std::string(service::PARAM_AUTHTOKEN), *authentication}}));
+        return AuthenticatedURL{*std::move(request), std::nullopt};
+    }
+    return AuthenticatedURL{*std::move(request), service::authorizationText(AuthenticationType::oauth, *authentication)};
+}
+
+void StaticBaseNetworkService::give(Transfer transfer, NetworkCall call) {
+    if (transfer == Transfer::send)
+        networkAdapter()->send(std::move(call));
+    else
+        networkAdapter()->download(std::move(call));
+}
+
+void StaticBaseNetworkService::uploadRequest(Upload upload) {
+    auto completion = upload.completionHandler;
+    bool asked = service::withToken([weak = platform::weakSelf(this), upload = std::move(upload)](
+                                        AuthenticationProtocol& authentication, const std::string& user,
+                                        const std::optional<std::string>& token) {
+        auto self = weak.lock();
+        if (!self) return;
+        if (!token) {
+            if (auto handler = self->errorHandler.lock()) handler->noAuthtoken(user);
+            return completeUnsent(upload.completionHandler, std::nullopt, {NetworkError::Kind::other, "the account has no token"});
+        }
+        std::optional<ValueMap> params = upload.params;
+        if (upload.shouldAddOrgId) service::addOrganisation(params, *self->orgsPersistance);
+        NetworkUpload file{.url = upload.url.value_or(self->baseURL()),
+                           .params = *std::move(params),
+                           .source = upload.fileURL,
+                           .fileParamName = upload.fileParamName,
+                           .fileName = std::filesystem::path(upload.fileURL).filename().string(),
+                           .percentHandler = upload.percentHandler,
+                           .completionHandler = upload.completionHandler};
+        service::authorize(file, authentication.authenticationType(), *token);
+        self->networkAdapter()->upload(std::move(file));
+    });
+    if (!asked) completeUnsent(completion, std::nullopt, noAuthentication());
+}
+
+}  // namespace tarvo

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/Operation.h"
+#include "tarvobase/network_layer/NetworkConstants.h"
+#include "tarvobase/network_layer/ServiceRequests.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
+
+namespace tarvo {
+
+/// Base of the network services that keep no state: the caller passes the URL and a callback. Every call completes
+/// exactly once on the network queue, also one that could not be sent. Without a token a request still goes out,
+/// without authorization; an upload does not, and `errorHandler` hears `noAuthtoken`.
+class StaticBaseNetworkService : public virtual platform::Object {
+public:
+    explicit StaticBaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
+
+    std::shared_ptr<NetworkConstantsProtocol> networkConstants;
+    platform::OperationQueue networkCallOperationQueue;
+    bool shouldAddAuthtoken = true;
+    std::shared_ptr<CurrentOrganisationProtocol> orgsPersistance;
+    std::weak_ptr<CommonErrorProtocol> errorHandler;
+
+    /// Where a request goes that names no address.
+    virtual std::string baseURL() const { return {}; }
+
+    const std::shared_ptr<NetworkAdapter>& networkAdapter();
+    void setNetworkAdapter(std::shared_ptr<NetworkAdapter> adapter) { networkAdapter_ = std::move(adapter); }
+
+    struct Request {
+        std::optional<ValueMap> params{};
+        std::optional<std::string> url{};  ///< absent means `baseURL`
+        std::optional<Data> body{};
+        std::optional<std::string> identifier{};
+        NTaskPriority priority = NTaskPriority::normal;
+        HTTPMethod method = HTTPMethod::post;
+        bool shouldAddOrgId = false;
+        PercentHandler percentHandler{};
+        NetworkCompletion completionHandler{};
+    };
+    void sendRequest(Request request);
+    void downloadRequest(Request request);
+
+    struct Upload {
+        std::optional<std::string> url{};
+        ValueMap params{};
+        std::string fileURL;  ///< path of the file
+        std::string fileParamName;
+        bool shouldAddOrgId = false;
+        PercentHandler percentHandler{};
+        NetworkCompletion completionHandler{};
+    };
+    void uploadRequest(Upload upload);
+
+    struct AuthenticatedURL {
+        URLRequest request;
+        std::optional<std::string> authorization;
+    };
+    /// The request with a token: in the authorization text, or for a plain token in the URL.
+    std::optional<AuthenticatedURL> url(const std::string& urlRequest, const std::optional<std::string>& authentication,
+                                        HTTPMethod method, std::optional<Data> body) const;
+
+    void send(NetworkCall call) { networkAdapter()->send(std::move(call)); }
+    void upload(NetworkUpload upload) { networkAdapter()->upload(std::move(upload)); }
+    void download(NetworkCall call) { networkAdapter()->download(std::move(call)); }
+
+private:
+    enum class Transfer { send, download };
+    void start(Transfer transfer, Request request);
+    void startWithToken(Transfer transfer, Request request, const std::optional<std::string>& token);
+    void give(Transfer transfer, NetworkCall call);
+
+    std::shared_ptr<NetworkAdapter> networkAdapter_;
+};
+
+}  // namespace tarvo
