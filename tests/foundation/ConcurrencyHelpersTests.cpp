@@ -1,0 +1,275 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <thread>
+
+#include "platform/Log.h"
+#include "tarvobase/utils/AsynchronousOperation.h"
+#include "tarvobase/utils/ConcurrentCallsTracker.h"
+#include "tarvobase/utils/OrderedDictionary.h"
+#include "tarvobase/utils/ReadWriteBox.h"
+#include "tarvobase/utils/Stack.h"
+#include "tarvobase/utils/SynchronizedArray.h"
+#include "tarvobase/utils/SynchronizedDictionary.h"
+
+namespace tarvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// Runs a function on several threads at once and waits for all.
+template <class F>
+void onThreads(int count, F function) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < count; ++t) threads.emplace_back([&function, t] { function(t); });
+    for (auto& thread : threads) thread.join();
+}
+
+TEST(ReadWriteBoxTests, WritesFromManyThreadsAllCount) {
+    ReadWriteBox<std::vector<int>> box;
+    onThreads(4, [&](int t) {
+        for (int i = 0; i < 500; ++i) {
+            auto size = box.write([&](auto& list) {
+                list.push_back(t);
+                return list.size();
+            });
+            // A read that begins after a write sees it.
+            EXPECT_GE(box.read([](auto& list) { return list.size(); }), size);
+        }
+    });
+    EXPECT_EQ(box.value().size(), 2000u);
+}
+
+TEST(ReadWriteBoxTests, ReadsRunSideBySideAndAWriteAlone) {
+    ReadWriteBox<int> box(1);
+    std::latch bothInside(2);
+    onThreads(2, [&](int) { box.read([&](int) { bothInside.arrive_and_wait(); }); });
+
+    std::atomic<int> inside = 0, overlaps = 0;
+    onThreads(4, [&](int t) {
+        for (int i = 0; i < 200; ++i) {
+            if (t % 2) {
+                box.read([&](int) { inside += 2, inside -= 2; });
+            } else {
+                box.write([&](int& value) {
+                    if (inside != 0) ++overlaps;
+                    ++value;
+                });
+            }
+        }
+    });
+    EXPECT_EQ(overlaps, 0);
+    EXPECT_EQ(box.value(), 401);
+}
+
+TEST(ReadWriteBoxTests, WriteFromInsideAReadIsReportedInsteadOfHanging) {
+    std::string reported;
+    auto former = platform::setProgrammingErrorHandler([&](std::string_view what) { reported = what; });
+    ReadWriteBox<int> box(1, "the label");
+    box.read([&](int) { box.write([](int&) {}); });
+    platform::setProgrammingErrorHandler(former);
+    EXPECT_THAT(reported, HasSubstr("the label"));
+}
+
+TEST(ReadWriteBoxTests, LabelsAreToldApart) {
+    ReadWriteBox<int> a, b;
+    EXPECT_THAT(a.label(), testing::StartsWith("com.nimbra.kelvan.readWriteBox"));
+    EXPECT_NE(a.label(), b.label());
+}
+
+TEST(SynchronizedDictionaryTests, AbsentValueIsNoAbsentKey) {
+    SynchronizedDictionary<std::string, int> dictionary;
+    dictionary.addValue("a", 1);
+    dictionary.addValue("a", 2);
+    dictionary.addValue("none", std::nullopt);
+    EXPECT_EQ(dictionary["a"], 2);
+    EXPECT_EQ(dictionary["none"], std::nullopt);
+    EXPECT_TRUE(dictionary.contains("none"));
+    EXPECT_EQ(dictionary["never"], std::nullopt);
+    EXPECT_FALSE(dictionary.contains("never"));
+    EXPECT_EQ(dictionary.removeValue("a"), 2);
+    EXPECT_EQ(dictionary.removeValue("a"), std::nullopt);
+    EXPECT_FALSE(dictionary.contains("a"));
+}
+
+TEST(SynchronizedCollectionsTests, EveryThreadSeesItsEarlierWrites) {
+    SynchronizedDictionary<int, std::string> dictionary;
+    SynchronizedArray<int> array;
+    std::atomic<int> wrong = 0;
+    onThreads(4, [&](int t) {
+        for (int i = 0; i < 300; ++i) {
+            dictionary.addValue(t, std::to_string(i));
+            wrong += dictionary[t] != std::to_string(i);
+            array.append(t);
+            wrong += array[array.count() - 1] == std::nullopt;
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(array.count(), 1200u);
+}
+
+TEST(SynchronizedArrayTests, IndexOutOfRangeChangesNothing) {
+    SynchronizedArray<std::string> array;
+    EXPECT_EQ(array.first(), std::nullopt);
+    EXPECT_EQ(array.removeAtIndex(0), std::nullopt);
+    array.append("a");
+    array.append("b");
+    EXPECT_TRUE(array.set(1, "c"));
+    EXPECT_FALSE(array.set(2, "d"));
+    EXPECT_EQ(array[2], std::nullopt);
+    EXPECT_EQ(array.removeAtIndex(2), std::nullopt);
+    EXPECT_EQ(array.removeAtIndex(0), "a");
+    EXPECT_EQ(array.first(), "c");
+    EXPECT_EQ(array.count(), 1u);
+}
+
+struct Completion : ConcurrentCallsCompletion {
+    explicit Completion(std::vector<std::string>& heard) : heard(heard) {}
+    void allConcurrentCallsCompleted(const std::string& queueId) override { heard.push_back(queueId); }
+    std::vector<std::string>& heard;
+};
+
+TEST(ConcurrentCallsTrackerTests, TellsDelegateThenCallbackAtZeroAndBelow) {
+    std::vector<std::string> heard;
+    auto delegate = std::make_shared<Completion>(heard);
+    auto tracker = ConcurrentCallsTracker::tracker(2, std::nullopt, delegate, [&] { heard.push_back("callback"); });
+    tracker->callCompleted();
+    EXPECT_THAT(heard, ElementsAre());
+    EXPECT_FALSE(tracker->isAllCallsCompleted());
+    tracker->callCompleted();
+    EXPECT_THAT(heard, ElementsAre("ConcurrentCallsTracker", "callback"));
+    delegate.reset();
+    tracker->callCompleted();
+    EXPECT_THAT(heard, ElementsAre("ConcurrentCallsTracker", "callback", "callback"));
+    EXPECT_EQ(tracker->getTotalCount(), -1);
+}
+
+TEST(ConcurrentCallsTrackerTests, CountMovesWithoutTelling) {
+    std::vector<std::string> heard;
+    auto delegate = std::make_shared<Completion>(heard);
+    auto tracker = ConcurrentCallsTracker::tracker(1, "mine", delegate);
+    tracker->increaseTotalCount();
+    tracker->set(0);
+    EXPECT_TRUE(tracker->isAllCallsCompleted());
+    EXPECT_THAT(heard, ElementsAre());
+    tracker->set(1);
+    tracker->callCompleted();
+    EXPECT_THAT(heard, ElementsAre("mine"));
+}
+
+TEST(ConcurrentCallsTrackerTests, RacingCallsNeverMissTheEnd) {
+    for (int round = 0; round < 200; ++round) {
+        std::atomic<int> ends = 0;
+        auto tracker = ConcurrentCallsTracker::tracker(3, std::nullopt, {}, [&] { ++ends; });
+        onThreads(3, [&](int) { tracker->callCompleted(); });
+        ASSERT_GE(ends, 1);
+        ASSERT_EQ(tracker->getTotalCount(), 0);
+    }
+}
+
+struct SlowOperation : AsynchronousOperation {
+    std::function<void()> body;
+    void main() override { body(); }
+};
+
+TEST(AsynchronousOperationTests, CancelledBeforeItsStartNeverRuns) {
+    auto operation = std::make_shared<SlowOperation>();
+    operation->body = [] { FAIL() << "ran"; };
+    operation->cancel();
+    operation->start();
+    EXPECT_TRUE(operation->isFinished());
+    EXPECT_FALSE(operation->isExecuting());
+}
+
+TEST(AsynchronousOperationTests, ExecutesUntilItIsCompleted) {
+    auto operation = std::make_shared<SlowOperation>();
+    int completions = 0;
+    operation->setCompletionBlock([&] { ++completions; });
+    operation->body = [] {};
+    operation->start();
+    EXPECT_TRUE(operation->isExecuting());
+    EXPECT_FALSE(operation->isFinished());
+    EXPECT_EQ(completions, 0);
+    operation->completeOperation();
+    operation->completeOperation();
+    EXPECT_FALSE(operation->isExecuting());
+    EXPECT_TRUE(operation->isFinished());
+    EXPECT_EQ(completions, 1);
+}
+
+TEST(AsynchronousOperationTests, ThrowingMainStillFinishes) {
+    std::string reported;
+    auto former = platform::setProgrammingErrorHandler([&](std::string_view what) { reported = what; });
+    auto operation = std::make_shared<SlowOperation>();
+    operation->body = [] { throw std::runtime_error("no"); };
+    operation->start();
+    platform::setProgrammingErrorHandler(former);
+    EXPECT_TRUE(operation->isFinished());
+    EXPECT_THAT(reported, HasSubstr("exception"));
+}
+
+TEST(AsynchronousOperationTests, QueueGoesOnWhenAnotherThreadCompletes) {
+    platform::OperationQueue queue("one at a time");
+    queue.setMaxConcurrentOperationCount(1);
+    std::atomic<int> executing = 0, most = 0;
+    std::latch all(20);
+    for (int i = 0; i < 20; ++i) {
+        auto operation = std::make_shared<SlowOperation>();
+        operation->body = [&, weak = std::weak_ptr(operation)] {
+            auto now = ++executing;
+            if (now > most) most = now;
+            DispatchQueue::concurrent("elsewhere")->async([&, self = weak.lock()] {
+                --executing;
+                self->completeOperation();
+                all.count_down();
+            });
+        };
+        queue.addOperation(operation);
+    }
+    all.wait();
+    EXPECT_EQ(most, 1);
+}
+
+TEST(StackTests, LastInFirstOut) {
+    Stack<std::string> stack;
+    EXPECT_EQ(stack.pop(), std::nullopt);
+    EXPECT_EQ(stack.peek(), nullptr);
+    stack.push("a");
+    stack.push("b");
+    auto copy = stack;
+    EXPECT_EQ(*stack.peek(), "b");
+    EXPECT_EQ(stack.pop(), "b");
+    EXPECT_EQ(stack.pop(), "a");
+    EXPECT_TRUE(stack.isEmpty());
+    EXPECT_EQ(copy.count(), 2u);
+}
+
+using Ordered = OrderedDictionary<std::string, int>;
+
+TEST(OrderedDictionaryTests, KeepsTheOrderOfFirstInsertion) {
+    Ordered dictionary;
+    for (auto key : {"z", "a", "m"}) dictionary.set(key, 1);
+    dictionary.set("a", 2);
+    EXPECT_THAT(dictionary.keys(), ElementsAre("z", "a", "m"));
+    EXPECT_THAT(dictionary.values(), ElementsAre(1, 2, 1));
+    EXPECT_EQ(dictionary.removeValue("z"), 1);
+    EXPECT_EQ(dictionary.removeValue("z"), std::nullopt);
+    dictionary.set("z", 3);
+    EXPECT_THAT(dictionary.keys(), ElementsAre("a", "m", "z"));
+    EXPECT_EQ(dictionary["q"], std::nullopt);
+    EXPECT_NE(dictionary, Ordered::uniqueKeysWithValues({{"z", 3}, {"a", 2}, {"m", 1}}));
+    EXPECT_EQ(dictionary, Ordered::uniqueKeysWithValues({{"a", 2}, {"m", 1}, {"z", 3}}));
+}
+
+TEST(OrderedDictionaryTests, OfEqualKeysTheFirstStays) {
+    auto dictionary = Ordered::uniqueKeysWithValues({{"b", 1}, {"a", 2}, {"b", 3}});
+    EXPECT_THAT(dictionary.keys(), ElementsAre("b", "a"));
+    EXPECT_EQ(dictionary["b"], 1);
+    EXPECT_EQ(Ordered::uniqueKeysWithValues(std::map<std::string, int>{{"k", 1}}).count(), 1u);
+}
+
+}  // namespace
+}  // namespace tarvo
