@@ -50,7 +50,7 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, const char* const* v
     app.add_option("--account", accounts, "Account and token that may call, ID:TOKEN")
         ->check(CLI::Validator([](std::string& text) { return checkAccount(text); }, "ID:TOKEN"));
     app.add_option("--token", tokens, std::string("Further token of the account ") + defaultAccountId);
-    app.add_option("--seed", arguments.sandbox.seed, "Seed of the data set");
+    app.add_option("--seed", arguments.sandbox.seed, "Seed of the data set")->check(CLI::NonNegativeNumber);
     app.add_option("--identifier", naming, "How fields are named")->check(CLI::IsMember({"servlet", "column", "api"}));
     app.add_option("--host-name", arguments.hostNames, "Further name or address for the certificate")
         ->check(CLI::Validator([](std::string& text) { return isHost(text) ? "" : "\"" + text + "\" is no host name"; },

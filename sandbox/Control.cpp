@@ -47,7 +47,7 @@ Reply Control::addFault(const Request& request) {
 Reply Control::faults(const Request&) {
     ValueList list;
     for (const auto& fault : sandbox_.faults_.all()) list.push_back(describeFault(fault));
-    return Reply::of(ValueMap{{"faults", std::move(list)}});
+    return Reply::of(ValueMap{{"faults", std::move(list)}, {"hits", sandbox_.faults_.hits()}});
 }
 
 Reply Control::clearFaults(const Request&) {

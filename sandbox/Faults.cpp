@@ -144,6 +144,7 @@ std::optional<Fault> FaultSwitch::take(std::string_view call) {
     auto found = std::find_if(faults_.begin(), faults_.end(),
                               [&](const Fault& fault) { return fault.call == "*" || fault.call == call; });
     if (found == faults_.end()) return std::nullopt;
+    ++hits_;
     auto fault = *found;
     if (found->times && --*found->times == 0) faults_.erase(found);
     return fault;
@@ -152,6 +153,11 @@ std::optional<Fault> FaultSwitch::take(std::string_view call) {
 std::vector<Fault> FaultSwitch::all() const {
     std::lock_guard lock(mutex_);
     return faults_;
+}
+
+std::int64_t FaultSwitch::hits() const {
+    std::lock_guard lock(mutex_);
+    return hits_;
 }
 
 void damage(Value& answer, const Fault& fault) {

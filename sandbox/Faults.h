@@ -68,10 +68,13 @@ public:
     /// The fault that this call meets, counted.
     std::optional<Fault> take(std::string_view call);
     std::vector<Fault> all() const;
+    /// How many calls have met a fault.
+    std::int64_t hits() const;
 
 private:
     mutable std::mutex mutex_;
     std::vector<Fault> faults_;
+    std::int64_t hits_ = 0;
 };
 
 /// Damages an answer as the fault says; kinds that do not touch the content leave it alone.

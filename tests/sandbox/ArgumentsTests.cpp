@@ -1,0 +1,50 @@
+#include <gtest/gtest.h>
+
+#include "sandbox/Arguments.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+std::variant<Arguments, EarlyEnd> parse(std::vector<const char*> values) {
+    values.insert(values.begin(), "tarvo-sandbox");
+    return parseArguments(static_cast<int>(values.size()), values.data());
+}
+
+TEST(ArgumentsTests, WrongOnesEndWithOneLine) {
+    std::vector<std::vector<const char*>> rows = {
+        {"--port", "65536"},
+        {"--port", "x"},
+        {"--bogus"},
+        {"word"},
+        {"--account", "onlyid"},
+        {"--account", ":secret"},
+        {"--identifier", "other"},
+        {"--host-name", "a b"},
+        {"--seed", "-1"},
+        {"--state"},
+    };
+    for (const auto& row : rows) {
+        auto parsed = parse(row);
+        auto* end = std::get_if<EarlyEnd>(&parsed);
+        ASSERT_TRUE(end) << row[0];
+        EXPECT_EQ(end->status, 2) << row[0];
+        EXPECT_FALSE(end->text.empty());
+        EXPECT_EQ(end->text.find('\n'), std::string::npos) << end->text;
+        EXPECT_EQ(end->text.find("secret"), std::string::npos) << end->text;
+    }
+}
+
+TEST(ArgumentsTests, AccountsAndTokens) {
+    auto accounts = [](std::vector<const char*> values) {
+        auto arguments = std::get<Arguments>(parse(values));
+        std::string text;
+        for (const auto& account : arguments.sandbox.accounts) text += account.id + "=" + account.token + " ";
+        return text;
+    };
+    EXPECT_EQ(accounts({}), "700100200=sandbox-token ");
+    EXPECT_EQ(accounts({"--account", "1:a:b", "--account", "2:c"}), "1=a:b 2=c ");
+    EXPECT_EQ(accounts({"--token", "t"}), "700100200=t ");
+}
+
+}  // namespace
+}  // namespace tarvo::sandbox

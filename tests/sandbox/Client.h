@@ -1,0 +1,37 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tarvo::sandbox::tests {
+
+struct ClientAnswer {
+    int status;
+    std::string body;
+};
+
+/// A client that trusts one authority alone and checks the name of the host.
+class Client {
+public:
+    Client(const std::string& host, int port, const std::string& authority);
+    ~Client();
+
+    using Form = std::multimap<std::string, std::string>;
+
+    /// Nothing when the connection ended before a whole answer.
+    std::optional<ClientAnswer> post(const std::string& path, const Form& form, const std::string& authorization = "");
+    std::optional<ClientAnswer> postJson(const std::string& path, const std::string& json);
+    std::optional<ClientAnswer> get(const std::string& path);
+    std::optional<ClientAnswer> remove(const std::string& path);
+    /// Bytes of the body that arrived with the last post, whole or not.
+    std::size_t received() const { return received_; }
+
+private:
+    struct Implementation;
+    std::unique_ptr<Implementation> implementation_;
+    std::size_t received_ = 0;
+};
+
+}  // namespace tarvo::sandbox::tests

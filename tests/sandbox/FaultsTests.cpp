@@ -1,0 +1,153 @@
+#include "platform/Text.h"
+#include "sandbox/Envelope.h"
+#include "tests/sandbox/RunningSandbox.h"
+
+namespace tarvo::sandbox::tests {
+namespace {
+
+class FaultsTests : public RunningSandbox {
+protected:
+    ValueList log() { return *at(json(client->get("/control/requests")), "requests").asList(); }
+};
+
+TEST_F(FaultsTests, EachFaultShowsOnTheWire) {
+    auto whole = init()->body.size();
+    struct {
+        const char* fault;
+        bool isAnswered, isJson;
+        int loggedStatus;
+    } rows[] = {
+        {"delay", true, true, 200},        {"dropBefore", false, false, 0},    {"dropAfter", false, false, 0},
+        {"truncate", false, false, 200},   {"nonJson", true, false, 200},      {"errorEnvelope", true, true, 200},
+        {"wrongTypes", true, true, 200},   {"missingBlocks", true, true, 200}, {"shortRows", true, true, 200},
+        {"repeatBlocks", true, true, 200},
+    };
+    for (const auto& row : rows) {
+        setFault(std::string(R"({"call":"getappinitdata","times":1,"fault":")") + row.fault + "\"}");
+        auto answer = init();
+        EXPECT_EQ(answer.has_value(), row.isAnswered) << row.fault;
+        EXPECT_EQ(answer && json::parse(answer->body), row.isJson) << row.fault;
+        auto last = log().back();
+        EXPECT_EQ(at(last, "fault"), Value(row.fault));
+        EXPECT_EQ(at(last, "status"), Value(row.loggedStatus)) << row.fault;
+        if (!answer) {
+            EXPECT_EQ(client->received(), std::string_view(row.fault) == "truncate" ? whole / 2 : 0) << row.fault;
+        }
+        EXPECT_FALSE(block(json(init()), "tables").empty()) << "used up after " << row.fault;
+    }
+}
+
+TEST_F(FaultsTests, DamageTouchesTheNamedBlocksAlone) {
+    setFault(R"({"fault":"missingBlocks","blocks":["settings","activeUsers"],"times":1})");
+    auto answer = json(init());
+    EXPECT_TRUE(blocks(answer, "settings").empty());
+    EXPECT_TRUE(blocks(answer, "activeUsers").empty());
+    EXPECT_FALSE(block(answer, "activeModules").empty());
+
+    setFault(R"({"fault":"wrongTypes","blocks":["activeModules"],"times":1})");
+    answer = json(init());
+    EXPECT_TRUE(blocks(answer, "activeModules").at(0).asText());
+    EXPECT_FALSE(block(answer, "tables").empty());
+
+    setFault(R"({"fault":"wrongTypes","blocks":["activeModules"],"level":2,"times":1})");
+    answer = json(init());
+    EXPECT_TRUE(block(answer, "activeModules").at(0).asList()->at(0).asInteger());
+
+    setFault(R"({"fault":"shortRows","blocks":["activeModules"],"times":1})");
+    EXPECT_EQ(block(json(init()), "activeModules").at(0).asList()->size(), 3u);
+
+    setFault(R"({"fault":"repeatBlocks","blocks":["tables"],"times":1})");
+    answer = json(init());
+    EXPECT_EQ(blocks(answer, "tables").size(), 2u);
+    EXPECT_EQ(blocks(answer, "settings").size(), 1u);
+}
+
+TEST_F(FaultsTests, EveryLevelOfTheAnswerCanHaveWrongTypes) {
+    std::set<std::string> seen{init()->body};
+    for (int level = 0; level <= 7; ++level) {
+        setFault(R"({"fault":"wrongTypes","times":1,"level":)" + std::to_string(level) + "}");
+        auto answer = init();
+        ASSERT_TRUE(answer && json::parse(answer->body)) << level;
+        EXPECT_TRUE(seen.insert(answer->body).second) << level;
+    }
+}
+
+TEST_F(FaultsTests, FaultsLieInARowAndEndByTheirTimes) {
+    setFault(R"({"call":"getappinitdata","fault":"nonJson","times":2})");
+    setFault(R"({"call":"*","fault":"errorEnvelope","code":"LIMIT","message":"later"})");
+    EXPECT_TRUE(json(init()).isNull());
+    EXPECT_TRUE(json(init()).isNull());
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(at(at(json(init()), "error").asList()->at(0), "code"), Value("LIMIT"));
+    ASSERT_EQ(client->remove("/control/faults")->status, 200);
+    EXPECT_FALSE(block(json(init()), "tables").empty());
+}
+
+TEST_F(FaultsTests, WrongControlCallsAreRefused) {
+    for (auto body : {"", "[]", "{}", R"({"fault":"unknown"})", R"({"fault":"delay","milliseconds":-1})",
+                      R"({"fault":"delay","times":0})", R"({"fault":"missingBlocks","blocks":"tables"})"})
+        EXPECT_EQ(client->postJson("/control/faults", body)->status, 400) << body;
+    EXPECT_EQ(client->postJson("/control/clock", R"({"offsetMilliseconds":"60"})")->status, 400);
+    EXPECT_EQ(client->get("/control/other")->status, 404);
+}
+
+TEST_F(FaultsTests, TheClockMovesTheTimesOfAnswers) {
+    auto serverTime = [&] {
+        return at(at(at(json(init()), "response"), "responseInfo"), "responsetime").asInteger().value_or(0);
+    };
+    auto before = serverTime();
+    ASSERT_EQ(client->postJson("/control/clock", R"({"offsetMilliseconds":3600000})")->status, 200);
+    EXPECT_GE(serverTime(), before + 3'600'000);
+    ASSERT_EQ(client->postJson("/control/clock", R"({"offsetMilliseconds":-3600000})")->status, 200);
+    EXPECT_LT(serverTime(), before);
+}
+
+TEST_F(FaultsTests, TheLogHoldsNoTokenAndNoValue) {
+    init();
+    client->post("/crm/v4/getappinitdata?authtoken=other-secret", {{"orgid", "value-of-orgid"}});
+    client->post("/crm/v4/getappinitdata", {{"authtoken", "wrong-secret"}});
+    auto answer = client->get("/control/requests")->body;
+    auto file = files::read(folder + "/requests.log")->text();
+    for (const auto& log : {answer, file})
+        for (auto secret : {token, "other-secret", "wrong-secret", "value-of-orgid"})
+            EXPECT_EQ(log.find(secret), std::string::npos) << log;
+
+    auto requests = log();
+    ASSERT_EQ(requests.size(), 3u);
+    EXPECT_EQ(at(requests[1], "account"), Value("43"));
+    EXPECT_EQ(at(requests[1], "parameters"), Value(ValueList{"authtoken", "orgid"}));
+    EXPECT_EQ(at(requests[2], "status"), Value(401));
+    EXPECT_EQ(client->remove("/control/requests")->status, 200);
+    EXPECT_TRUE(log().empty());
+}
+
+TEST_F(FaultsTests, LargeFormsArriveWhole) {
+    auto answer = client->post("/crm/v4/getappinitdata", {{"authtoken", token}, {"module", std::string(500'000, 'x')}});
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->status, 200);
+}
+
+TEST_F(FaultsTests, AServerThatEndsDoesNotWaitForDelays) {
+    setFault(R"({"fault":"delay","milliseconds":600000})");
+    std::thread waiting([this] {
+        Client other("localhost", port, certificates.authority);
+        other.post("/crm/v4/getappinitdata", {}, token);
+    });
+    // The fault is set, so the request waits in the server from the moment that it has been counted.
+    while (at(json(client->get("/control/faults")), "hits").asInteger().value_or(0) == 0) std::this_thread::yield();
+    EXPECT_FALSE(stopAsked);
+    ASSERT_EQ(client->postJson("/control/stop", "{}")->status, 200);
+    EXPECT_TRUE(stopAsked);
+    sandbox->endDelays();
+    server->stop();
+    waiting.join();
+}
+
+TEST(EnvelopeTests, OlderFormIsAListOfPairs) {
+    auto good = json::write(envelope::olderAnswer({ValueList{"1", "2"}}, 5));
+    EXPECT_EQ(good, R"({"response":[[{"servertime":5,"error":0},[["1","2"]]]]})");
+    auto bad = json::write(envelope::olderFailure(4, "no", 5));
+    EXPECT_EQ(bad, R"({"response":[[{"servertime":5,"error":1},{"code":4,"message":"no"}]]})");
+}
+
+}  // namespace
+}  // namespace tarvo::sandbox::tests
