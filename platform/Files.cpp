@@ -10,6 +10,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/Text.h"
 
 namespace fs = std::filesystem;
 
@@ -185,8 +186,13 @@ std::string makeTemporaryDirectory(std::string_view prefix) {
 std::optional<std::string> pathComponent(std::string_view text) {
     constexpr std::size_t longest = 200;
     if (text.empty() || text.size() > longest || text == "." || text == "..") return std::nullopt;
-    for (unsigned char c : text)
+    if (!text::isValidUtf8(text)) return std::nullopt;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        auto c = static_cast<unsigned char>(text[i]);
         if (c < 0x20 || c == 0x7F || c == '/' || c == '\\') return std::nullopt;
+        // The second block of control characters, U+0080 to U+009F.
+        if (c == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0) return std::nullopt;
+    }
     return std::string(text);
 }
 

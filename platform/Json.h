@@ -17,7 +17,7 @@ std::optional<Value> parse(const Data& data);
 std::optional<Value> parse(std::string_view text);
 
 /// Compact JSON text of a value, maps in their order. Bytes are written as Base64 text. Nothing when the value holds
-/// an object of the program or a real that is not finite, which JSON cannot say.
+/// an object of the program, a real that is not finite, or a text that is no UTF-8, which JSON cannot say.
 std::optional<std::string> write(const Value& value);
 
 }  // namespace tarvo::platform::json

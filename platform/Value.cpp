@@ -64,7 +64,13 @@ namespace {
 // The one holder may change what it holds; everybody else gets a clone.
 template <class T>
 T* ownedByOne(std::shared_ptr<T>& held) {
-    if (held.use_count() != 1) held = std::make_shared<T>(*held);
+    if (held.use_count() != 1) {
+        held = std::make_shared<T>(*held);
+    } else {
+        // Reading the count orders nothing. Taking one more reference and dropping it again makes this thread see that
+        // whoever had the others was through with reading.
+        auto ordered = held;
+    }
     return held.get();
 }
 

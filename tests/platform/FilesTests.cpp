@@ -1,0 +1,112 @@
+#include "platform/Files.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "Support.h"
+
+namespace tarvo::platform::testing {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class FilesTest : public ::testing::Test {
+protected:
+    TemporaryFolder folder;
+    Journal<std::string> lines;
+    LogSink before = setLogSink([this](std::string_view line) { lines.add(std::string(line)); });
+    void TearDown() override { setLogSink(before); }
+
+    static mode_t mode(const std::string& path) {
+        struct stat status {};
+        return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+    }
+    std::size_t entries() const {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder.path()), {}));
+    }
+};
+
+TEST_F(FilesTest, WhatIsWrittenIsReadBackAndNothingElseStays) {
+    auto path = folder.file("settings");
+    for (auto& content : {std::string("first"), std::string(), std::string("\0\xff", 2), std::string(300'000, 'x')}) {
+        ASSERT_TRUE(files::writeAtomically(path, content, true));
+        EXPECT_EQ(files::read(path)->text(), content);
+        EXPECT_EQ(files::size(path), content.size());
+        EXPECT_EQ(mode(path), 0600u);
+        EXPECT_EQ(entries(), 1u);
+    }
+    EXPECT_TRUE(lines.entries().empty());
+}
+
+TEST_F(FilesTest, AReplacedFileKeepsItsMode) {
+    auto path = folder.file("shared");
+    ASSERT_TRUE(files::writeAtomically(path, "a"));
+    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+    ASSERT_TRUE(files::writeAtomically(path, "b"));
+    EXPECT_EQ(mode(path), 0640u);
+}
+
+TEST_F(FilesTest, AFailedWriteLeavesTheOldStateAndIsLoggedWithoutContent) {
+    ASSERT_TRUE(files::createDirectories(folder.file("taken/inside")));
+    for (auto& path : {folder.file("taken"), folder.file("missing/file")}) {
+        EXPECT_FALSE(files::writeAtomically(path, "confidential"));
+        EXPECT_FALSE(files::read(path));
+    }
+    EXPECT_EQ(entries(), 1u);
+    EXPECT_EQ(lines.entries().size(), 4u);
+    for (auto& line : lines.entries()) EXPECT_THAT(line, Not(HasSubstr("confidential")));
+}
+
+TEST_F(FilesTest, FoldersAreMadeWithTheirParentsAndGoWithTheirContent) {
+    auto deep = folder.file("a/b/c");
+    EXPECT_TRUE(files::createDirectories(deep));
+    EXPECT_TRUE(files::createDirectories(deep));
+    EXPECT_EQ(mode(folder.file("a/b")), 0700u);
+    ASSERT_TRUE(files::writeAtomically(deep + "/file", "x"));
+    EXPECT_FALSE(files::createDirectories(deep + "/file/d"));
+    EXPECT_FALSE(files::createDirectories(deep + "/file"));
+    EXPECT_TRUE(files::remove(folder.file("a")));
+    EXPECT_TRUE(files::remove(folder.file("a")));
+    EXPECT_FALSE(files::exists(deep));
+}
+
+TEST_F(FilesTest, CopyAndMoveReplaceTheTarget) {
+    auto from = folder.file("from"), to = folder.file("to"), there = folder.file("there");
+    ASSERT_TRUE(files::writeAtomically(from, "new") && files::writeAtomically(to, "old"));
+    EXPECT_TRUE(files::copy(from, to));
+    EXPECT_EQ(files::read(to)->text(), "new");
+    EXPECT_TRUE(files::move(from, there));
+    EXPECT_FALSE(files::exists(from));
+    EXPECT_EQ(files::read(there)->text(), "new");
+    EXPECT_FALSE(files::move(from, to));
+    EXPECT_FALSE(files::copy(from, to));
+    EXPECT_EQ(files::read(to)->text(), "new");
+    EXPECT_FALSE(files::size(from));
+}
+
+TEST(PathComponent, RefusesWhatCouldLeaveItsFolder) {
+    using namespace std::string_literals;
+    for (auto& good : {"a"s, "report 1.pdf"s, "..."s, ".hidden"s, "\xC3\xBC"s, std::string(200, 'x')})
+        EXPECT_EQ(files::pathComponent(good), good);
+    for (auto& bad : {""s, "."s, ".."s, "../x"s, "a/b"s, "/"s, "a\\b"s, "a\0b"s, "a\nb"s, "\x7F"s, "\xC2\x85"s, "\xFF"s,
+                      std::string(201, 'x')})
+        EXPECT_FALSE(files::pathComponent(bad)) << bad;
+}
+
+TEST(Log, ASinkThatLogsOrThrowsDoesNoHarm) {
+    Journal<std::string> lines;
+    auto before = setLogSink([&](std::string_view line) {
+        lines.add(std::string(line));
+        log("(a sink's own line)");
+        throw 1;
+    });
+    log("one");
+    log("two");
+    setLogSink(before);
+    EXPECT_THAT(lines.entries(), ::testing::ElementsAre("one", "two"));
+}
+
+}  // namespace tarvo::platform::testing

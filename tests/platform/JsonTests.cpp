@@ -1,0 +1,99 @@
+#include "platform/Json.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+
+namespace tarvo::platform::testing {
+
+TEST(Json, Reads) {
+    struct Case {
+        std::string_view text;
+        Value value;
+    };
+    const Case cases[] = {
+        {"null", {}},
+        {"true", true},
+        {" 1 ", 1},
+        {"1.0", 1.0},
+        {"-0.25e2", -25.0},
+        {"\"\"", ""},
+        {"[]", ValueList{}},
+        {"{}", ValueMap{}},
+        {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
+        {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
+        {"9223372036854775808", 9223372036854775808.0},
+        {"18446744073709551615", 18446744073709551615.0},
+        {"18446744073709551616", 18446744073709551616.0},
+        {"-9223372036854775809", -9223372036854775809.0},
+        {"[123456789012345678901234567890, \"123456789012345678901234567890\"]",
+         ValueList{123456789012345678901234567890.0, "123456789012345678901234567890"}},
+        {"{\"a\\\"1\":[\"18446744073709551616\\\\\",18446744073709551616]}",
+         ValueMap{{"a\"1", ValueList{"18446744073709551616\\", 18446744073709551616.0}}}},
+        {R"({"a":1,"b":2,"a":{"c":[null]}})", ValueMap{{"a", ValueMap{{"c", ValueList{nullptr}}}}, {"b", 2}}},
+        {R"("\u00e9\ud83d\ude00\n")", "\xC3\xA9\xF0\x9F\x98\x80\n"},
+    };
+    for (auto& [text, value] : cases) {
+        auto read = json::parse(text);
+        ASSERT_TRUE(read) << text;
+        EXPECT_EQ(*read, value) << text;
+    }
+    EXPECT_EQ(json::parse(R"({"a":1,"b":2,"a":3})")->asMap()->begin()->value, Value(3));
+}
+
+TEST(Json, Refuses) {
+    using namespace std::string_literals;
+    for (auto& text : {""s,
+                       " "s,
+                       "{"s,
+                       "[1,]"s,
+                       "{\"a\"}"s,
+                       "01"s,
+                       "1 2"s,
+                       "tru"s,
+                       "nan"s,
+                       "1e999"s,
+                       "'a'"s,
+                       "\"\x01\""s,
+                       "\"\xFF\""s,
+                       "\"\xC0\xAF\""s,
+                       "\"\xED\xA0\x80\""s,
+                       "\"\\ud800\""s,
+                       "{1:2}"s,
+                       "[18446744073709551616"s,
+                       "-"s,
+                       "1\0"s,
+                       "\"a"s})
+        EXPECT_FALSE(json::parse(text)) << text;
+}
+
+TEST(Json, DepthIsLimitedAndTheNextDocumentIsFine) {
+    auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+    EXPECT_TRUE(json::parse(nested(900)));
+    EXPECT_FALSE(json::parse(nested(1100)));
+    EXPECT_FALSE(json::parse(nested(200'000)));
+    EXPECT_TRUE(json::parse("[1]"));
+}
+
+TEST(Json, WhatIsWrittenReadsBackEqual) {
+    std::string control;
+    for (int c = 0; c < 0x80; ++c) control += static_cast<char>(c);
+    ValueMap map{{"z", ValueList{nullptr, true, -1, 2.0, 0.1, 1e300, 5e-324}}, {control, control}, {"a", ValueMap{}}};
+    auto text = json::write(map);
+    ASSERT_TRUE(text);
+    EXPECT_EQ(json::parse(*text), Value(map));
+    EXPECT_EQ(json::write(ValueMap{{"b", 1}, {"a", ValueList{"x", 1.0}}}), R"({"b":1,"a":["x",1.0]})");
+    EXPECT_EQ(json::write(Bytes{"hi"}), "\"aGk=\"");
+}
+
+TEST(Json, WhatItCannotSayIsRefused) {
+    struct Thing final : ValueObject {
+        std::string_view typeName() const override { return "Thing"; }
+    };
+    Value object = std::shared_ptr<const ValueObject>(std::make_shared<Thing>());
+    for (auto& value : {object, Value(ValueList{object}), Value(std::nan("")), Value(HUGE_VAL), Value("\xFF")})
+        EXPECT_FALSE(json::write(value));
+}
+
+}  // namespace tarvo::platform::testing

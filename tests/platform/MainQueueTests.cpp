@@ -1,0 +1,158 @@
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "Support.h"
+
+namespace tarvo::platform::testing {
+
+using ::testing::ElementsAre;
+
+class MainQueueTest : public ::testing::Test {
+protected:
+    std::shared_ptr<MainQueue> main = MainQueue::shared();
+    Journal<int> journal;
+    void TearDown() override { main->drain(); }
+};
+
+TEST_F(MainQueueTest, RunRunsItemsInOrderUntilStopped) {
+    std::jthread sender([&] {
+        for (int i = 0; i < 100; ++i) main->async([this, i] { journal.add(main->isCurrent() ? i : -1); });
+        main->async([this] { main->stop(); });
+        main->async([this] { journal.add(100); });
+    });
+    main->run();
+    sender.join();
+    ASSERT_EQ(journal.entries().size(), 100u);
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(journal.entries()[static_cast<std::size_t>(i)], i);
+    EXPECT_EQ(main->drain(), 1u);
+    EXPECT_FALSE(main->isCurrent());
+}
+
+TEST_F(MainQueueTest, DrainLeavesWhatItsItemsAdd) {
+    main->async([this] {
+        main->async([this] { journal.add(2); });
+        journal.add(1);
+    });
+    EXPECT_EQ(main->drain(), 1u);
+    EXPECT_THAT(journal.entries(), ElementsAre(1));
+    EXPECT_EQ(main->drain(), 1u);
+    EXPECT_EQ(main->drain(), 0u);
+}
+
+TEST_F(MainQueueTest, RunUntilStopsAtItsConditionOrWhenTheTimeHasPassed) {
+    bool reached = false;
+    main->async([&] { reached = true; });
+    main->async([this] { journal.add(1); });
+    EXPECT_TRUE(main->runUntil([&] { return reached; }, forever));
+    EXPECT_THAT(journal.entries(), ElementsAre());
+    EXPECT_FALSE(main->runUntil([] { return false; }, 1ms));
+    EXPECT_THAT(journal.entries(), ElementsAre(1));
+
+    std::atomic<bool> elsewhere = false;
+    DispatchQueue::serial("other")->async([&] { elsewhere = true; });
+    EXPECT_TRUE(main->runUntil([&] { return elsewhere.load(); }, forever));
+}
+
+TEST_F(MainQueueTest, SyncFromAnotherThreadRunsOnTheMainThread) {
+    main->drain();
+    std::thread::id ranOn;
+    bool caught = false;
+    std::atomic<bool> done = false;
+    std::jthread other([&] {
+        ranOn = main->sync([] { return std::this_thread::get_id(); });
+        try {
+            main->sync([] { throw std::runtime_error("x"); });
+        } catch (const std::runtime_error&) {
+            caught = true;
+        }
+        done = true;
+    });
+    EXPECT_TRUE(main->runUntil([&] { return done.load(); }, forever));
+    EXPECT_EQ(ranOn, std::this_thread::get_id());
+    EXPECT_TRUE(caught);
+}
+
+TEST_F(MainQueueTest, SyncByTheMainThreadRunsAtOnceBetweenItemsAndIsAnErrorInsideOne) {
+    main->drain();
+    CaughtErrors errors;
+    EXPECT_EQ(main->sync([&] { return main->isCurrent() ? 1 : 0; }), 1);
+    EXPECT_EQ(errors.count(), 0u);
+    main->async([this] { main->sync([this] { journal.add(1); }); });
+    main->drain();
+    EXPECT_THAT(journal.entries(), ElementsAre(1));
+    EXPECT_EQ(errors.count(), 1u);
+}
+
+TEST_F(MainQueueTest, RunInsideAnItemIsAnErrorAndReturns) {
+    CaughtErrors errors;
+    main->async([this] { main->run(); });
+    main->drain();
+    EXPECT_EQ(errors.count(), 1u);
+}
+
+TEST_F(MainQueueTest, ACycleThroughTheMainThreadIsReported) {
+    for (int round = 0; round < 50; ++round) {
+        CaughtErrors errors;
+        auto queue = DispatchQueue::serial("held");
+        std::latch bothHold(2);
+        std::atomic<int> through = 0;
+        queue->async([&] {
+            bothHold.arrive_and_wait();
+            main->sync([&] { ++through; });
+        });
+        main->async([&] {
+            bothHold.arrive_and_wait();
+            queue->sync([&] { ++through; });
+        });
+        ASSERT_TRUE(main->runUntil([&] { return through == 2; }, forever));
+        ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
+        EXPECT_EQ(errors.count(), 1u);
+        main->drain();
+    }
+}
+
+// A host's event loop in small: items are collected and one thread runs them.
+class EventLoop {
+public:
+    void post(Work work) {
+        std::lock_guard lock(mutex_);
+        posted_.push_back(std::move(work));
+        changed_.notify_one();
+    }
+    void runUntil(const std::atomic<bool>& done) {
+        while (!done) {
+            std::unique_lock lock(mutex_);
+            changed_.wait_for(lock, 10ms, [&] { return !posted_.empty(); });
+            auto now = std::exchange(posted_, {});
+            lock.unlock();
+            for (auto& work : now) work();
+        }
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<Work> posted_;
+};
+
+TEST_F(MainQueueTest, APosterGetsWhatWaitedAndWhatComes) {
+    EventLoop loop;
+    std::atomic<bool> done = false;
+    main->async([this] { journal.add(main->isCurrent() ? 1 : -1); });
+    main->setPoster([&](Work work) { loop.post(std::move(work)); });
+    main->async([this] { journal.add(main->isCurrent() ? 2 : -2); });
+    std::jthread other([&] {
+        main->sync([this] { journal.add(main->isCurrent() ? 3 : -3); });
+        main->async([this] { throw 1; });
+        main->async([&] { done = true; });
+    });
+    CaughtErrors errors;
+    loop.runUntil(done);
+    other.join();
+    main->setPoster({});
+    EXPECT_THAT(journal.entries(), ElementsAre(1, 2, 3));
+    EXPECT_EQ(errors.count(), 1u);
+}
+
+}  // namespace tarvo::platform::testing

@@ -1,0 +1,170 @@
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "Support.h"
+#include "platform/Clock.h"
+
+namespace tarvo::platform::testing {
+
+using ::testing::ElementsAre;
+
+TEST(Timer, FiresOnItsQueueWithoutAHolder) {
+    auto queue = DispatchQueue::serial("timed");
+    std::latch fired(1);
+    bool onQueue = false;
+    queue->asyncAfter(1ms, [&, weak = std::weak_ptr(queue)] {
+        auto strong = weak.lock();
+        onQueue = strong && strong->isCurrent();
+        fired.count_down();
+    });
+    fired.wait();
+    EXPECT_TRUE(onQueue);
+}
+
+TEST(Timer, CancelAndFireNeverBothHappen) {
+    auto queue = DispatchQueue::serial("timed");
+    std::atomic<int> fired = 0;
+    int cancelled = 0;
+    constexpr int rounds = 2000;
+    for (int i = 0; i < rounds; ++i) {
+        auto timer = queue->asyncAfter(0ms, [&] { ++fired; });
+        if (i % 3 == 0) std::this_thread::yield();
+        bool first = timer.cancel();
+        cancelled += first;
+        EXPECT_FALSE(timer.cancel());
+        EXPECT_FALSE(timer.isPending());
+    }
+    ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
+    EXPECT_EQ(fired + cancelled, rounds);
+}
+
+TEST(Timer, CancelledWhileItsItemStandsInLineDoesNotFire) {
+    auto queue = DispatchQueue::serial("timed");
+    Clock::set(Clock::WallTime{});
+    bool fired = false;
+    queue->sync([&] {
+        auto timer = queue->asyncAfter(1ms, [&] { fired = true; });
+        Clock::advance(1ms);  // hands the item over; it waits behind this one
+        EXPECT_TRUE(timer.isPending());
+        EXPECT_TRUE(timer.cancel());
+    });
+    ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
+    Clock::release();
+    EXPECT_FALSE(fired);
+}
+
+TEST(Timer, CancelLetsGoOfTheWorkAtOnce) {
+    auto held = std::make_shared<int>(1);
+    std::weak_ptr<int> watch = held;
+    auto timer = DispatchQueue::serial("timed")->asyncAfter(1h, [held = std::move(held)] {});
+    EXPECT_FALSE(watch.expired());
+    EXPECT_TRUE(timer.cancel());
+    EXPECT_TRUE(watch.expired());
+    EXPECT_FALSE(Timer().cancel());
+}
+
+TEST(Timer, CancelAllDropsEveryWaitingOne) {
+    auto queue = DispatchQueue::serial("timed");
+    auto first = queue->asyncAfter(1h, [] {});
+    auto second = queue->asyncAfter(std::chrono::milliseconds::max(), [] {});
+    EXPECT_TRUE(first.isPending() && second.isPending());
+    WorkerPool::cancelAllTimers();
+    EXPECT_FALSE(first.isPending() || second.isPending());
+}
+
+class ClockTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        WorkerPool::cancelAllTimers();
+        Clock::release();
+        Clock::setTimeZone(std::nullopt);
+    }
+    std::shared_ptr<DispatchQueue> queue = DispatchQueue::serial("timed");
+    Journal<int> journal;
+    void after(int delay) {
+        queue->asyncAfter(std::chrono::milliseconds(delay), [this, delay] { journal.add(delay); });
+    }
+    std::vector<int> fired() {
+        queue->sync([] {});
+        return journal.entries();
+    }
+};
+
+TEST_F(ClockTest, AStoppedClockFiresTimersByAdvanceAloneAndInOrder) {
+    Clock::set(Clock::WallTime(1'700'000'000'999ms));
+    for (int delay : {30, 10, 20, 10'000}) after(delay);
+    EXPECT_THAT(fired(), ElementsAre());
+    Clock::advance(9ms);
+    EXPECT_THAT(fired(), ElementsAre());
+    Clock::advance(1ms);
+    EXPECT_THAT(fired(), ElementsAre(10));
+    Clock::advance(25ms);
+    EXPECT_THAT(fired(), ElementsAre(10, 20, 30));
+    after(0);
+    EXPECT_THAT(fired(), ElementsAre(10, 20, 30, 0));
+    EXPECT_EQ(Clock::now(), Clock::WallTime(1'700'000'001'034ms));
+    EXPECT_EQ(Clock::secondsSince1970(), 1'700'000'001);
+}
+
+TEST_F(ClockTest, TimersGoOnWithTheSystemAfterTheRelease) {
+    Clock::set(Clock::WallTime{});
+    std::latch fired(1);
+    queue->asyncAfter(1ms, [&] { fired.count_down(); });
+    Clock::release();
+    fired.wait();
+}
+
+TEST_F(ClockTest, SteadyTimeNeverGoesBack) {
+    auto last = Clock::steadyNow();
+    auto notBefore = [&] {
+        auto now = Clock::steadyNow();
+        EXPECT_GE(now, last);
+        last = now;
+    };
+    Clock::set(Clock::WallTime(5s));
+    notBefore();
+    Clock::advance(1h);
+    notBefore();
+    Clock::advance(-2h);
+    notBefore();
+    Clock::set(Clock::WallTime(1s));
+    notBefore();
+    Clock::release();
+    notBefore();
+}
+
+TEST_F(ClockTest, SecondsAreRoundedDownBefore1970) {
+    Clock::set(Clock::WallTime(-1ms));
+    EXPECT_EQ(Clock::secondsSince1970(), -1);
+}
+
+TEST_F(ClockTest, ZoneComesFromTheSettingThenTheEnvironment) {
+    struct Case {
+        const char* variable;
+        const char* zone;
+    };
+    std::string before = std::getenv("TZ") ? std::getenv("TZ") : "";
+    bool had = std::getenv("TZ");
+    for (auto [variable, zone] : {Case{"Asia/Kolkata", "Asia/Kolkata"}, Case{":Europe/Berlin", "Europe/Berlin"},
+                                  Case{"/usr/share/zoneinfo/America/New_York", "America/New_York"}, Case{"", "UTC"}}) {
+        setenv("TZ", variable, 1);
+        EXPECT_EQ(Clock::timeZone(), zone);
+    }
+    Clock::setTimeZone("Asia/Tokyo");
+    EXPECT_EQ(Clock::timeZone(), "Asia/Tokyo");
+    Clock::setTimeZone(std::nullopt);
+    unsetenv("TZ");
+    EXPECT_FALSE(Clock::timeZone().empty());
+    if (had) setenv("TZ", before.c_str(), 1);
+}
+
+TEST(RandomNumbers, UuidsHaveTheUsualFormAndDiffer) {
+    auto uuid = Random::uuid();
+    EXPECT_THAT(uuid, ::testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+    EXPECT_NE(uuid, Random::uuid());
+    EXPECT_EQ(Random::bytes(1000).size(), 1000u);
+    EXPECT_NE(Random::bytes(32), Random::bytes(32));
+}
+
+}  // namespace tarvo::platform::testing
