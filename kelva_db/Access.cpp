@@ -28,7 +28,7 @@ Access* Access::find(const void* owner) {
 
 void Access::read(KelvaDatabase::Block block) const {
     Access inner(owner_, connection_, Kind::reading);
-    Connection::ReadOnly readOnly(connection_);
+    Connection::Writability readOnly(connection_, false);
     block(connection_.database());
 }
 

@@ -134,12 +134,10 @@ namespace {
 class Arguments {
 public:
     Arguments(std::string_view sql, std::span<const Value> parameters, std::size_t limit) : values_(parameters) {
-        // Shorter lists are left to SQLite's own parameters: they cost nothing there.
-        constexpr std::size_t shortestLifted = 16;
         bound_.assign(values_.views().begin(), values_.views().end());
         sql_ = sql;
         if (bound_.size() <= limit) return;
-        lifted_ = liftLists(sql, shortestLifted);
+        lifted_ = liftLists(sql);
         sql_ = lifted_.sql;
         takeLists();
         if (bound_.size() > limit)
@@ -253,12 +251,13 @@ std::vector<std::string> Connection::columnNames(std::string_view table) {
 }
 
 void Connection::runInternal(const char* sql) {
-    struct Internal {
-        bool& flag;
-        ~Internal() { flag = false; }
-    } internal{internal_ = true};
-    std::string_view rest;
-    Execution(*this, sql, rest).runToEnd();
+    // Not through the kept statements, where a text from outside would find it prepared.
+    internal_ = true;
+    auto code = sqlite3_exec(handle(), sql, nullptr, nullptr, nullptr);
+    internal_ = false;
+    if (code == SQLITE_OK) return;
+    noteFailure();
+    throwLastError(handle(), Stage::run);
 }
 
 void Connection::begin(bool immediate) {

@@ -52,14 +52,14 @@ public:
     /// The same when the log has grown large.
     void checkpointWhenLarge() noexcept;
 
-    /// While it lives, statements that write are refused.
-    class ReadOnly {
+    /// Settles, as long as it lives, whether statements that write are accepted or refused.
+    class Writability {
     public:
-        explicit ReadOnly(Connection& connection) : connection_(connection), before_(connection.readOnly_) {
-            connection.readOnly_ = true;
+        Writability(Connection& connection, bool mayWrite) : connection_(connection), before_(connection.readOnly_) {
+            connection.readOnly_ = !mayWrite;
         }
-        ~ReadOnly() { connection_.readOnly_ = before_; }
-        ReadOnly(const ReadOnly&) = delete;
+        ~Writability() { connection_.readOnly_ = before_; }
+        Writability(const Writability&) = delete;
 
     private:
         Connection& connection_;

@@ -145,10 +145,8 @@ bool isPlainHead(const std::string& head) { return head.starts_with("SQLite form
 void FileFormat::applyTo(sqlite3* handle) const {
     if (key.empty()) return runPlain(handle, "PRAGMA page_size = " + std::to_string(pageSize), Stage::open);
     runPlain(handle, "PRAGMA key = \"" + key + "\"", Stage::open);
-    if (cipherGeneration == 3) {
-        // An older library does not know the setting and ignores it.
-        runPlain(handle, "PRAGMA cipher_compatibility = 3", Stage::open);
-    }
+    // A library of the older generation does not know the setting and ignores it.
+    runPlain(handle, "PRAGMA cipher_compatibility = " + std::to_string(cipherGeneration), Stage::open);
     runPlain(handle, "PRAGMA cipher_page_size = " + std::to_string(pageSize), Stage::open);
 }
 

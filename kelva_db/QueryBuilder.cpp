@@ -1,6 +1,7 @@
 #include "kelva_db/QueryBuilder.h"
 
 #include "kelva_db/Database.h"
+#include "kelva_db/Sql.h"
 #include "platform/Text.h"
 
 namespace kelva {
@@ -18,7 +19,7 @@ UpdateQuery& UpdateQuery::filter(std::string sql, ValueList parameters) {
 
 std::string UpdateQuery::sql() const {
     std::vector<std::string> assignments;
-    for (auto& entry : values_) assignments.push_back(quotedName(entry.name) + " = ?");
+    for (auto& entry : values_) assignments.push_back(quotedColumn(entry.name) + " = ?");
     auto sql = "UPDATE " + quotedName(table_) + " SET " + tarvo::text::join(assignments, ", ");
     if (!filters_.empty()) sql += " WHERE " + tarvo::text::join(filters_, " AND ");
     return sql;

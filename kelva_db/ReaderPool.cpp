@@ -72,7 +72,7 @@ void ReaderPool::read(KelvaDatabase::Block block) {
     Loan loan(*this);
     auto& reader = loan.reader();
     Access access(&writer_, reader, Access::Kind::reading);
-    Connection::ReadOnly readOnly(reader);
+    Connection::Writability readOnly(reader, false);
     reader.begin(false);
     try {
         block(reader.database());

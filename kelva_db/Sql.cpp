@@ -110,7 +110,7 @@ std::size_t placeholdersOfList(SqlScanner& scanner) {
 
 }  // namespace
 
-LiftedLists liftLists(std::string_view sql, std::size_t atLeast) {
+LiftedLists liftLists(std::string_view sql) {
     LiftedLists lifted;
     SqlScanner scanner(sql);
     std::size_t parameters = 0;
@@ -121,7 +121,7 @@ LiftedLists liftLists(std::string_view sql, std::size_t atLeast) {
         if (token.kind != SqlToken::Kind::word || !tarvo::text::equalsIgnoringAsciiCase(token.text, "in")) continue;
         auto ahead = scanner;
         auto count = placeholdersOfList(ahead);
-        if (count == 0 || count < atLeast) continue;
+        if (count == 0) continue;
         // The plus takes the affinity from the table's column: as in a list, that of the left side alone counts.
         lifted.sql +=
             " (SELECT +value FROM " + std::string(valuesTableName) + "(" + std::to_string(lifted.lists.size()) + "))";

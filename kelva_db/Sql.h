@@ -47,9 +47,9 @@ struct LiftedLists {
     std::vector<List> lists;
 };
 
-/// Lifts every list of at least `atLeast` plain placeholders. A text with numbered or named parameters stays as it
-/// is, since their order is not the order of the values.
-LiftedLists liftLists(std::string_view sql, std::size_t atLeast);
+/// Lifts every list of plain placeholders. A text with numbered or named parameters stays as it is, since their order
+/// is not the order of the values.
+LiftedLists liftLists(std::string_view sql);
 
 /// The name of the table of values that lifted statements read; see `ListTables`.
 inline constexpr const char* valuesTableName = "kelva_values";

@@ -51,6 +51,7 @@ Connection& Writer::connection() {
 /// Answers whether the transaction was committed. A throw of the block is passed on behind the rollback.
 bool Writer::runTransaction(Connection& connection, KelvaDatabase::TransactionBlock block) {
     Access access(this, connection, Access::Kind::writing);
+    Connection::Writability writable(connection, true);
     try {
         if (block(connection.database()) == TransactionCompletion::commit) {
             connection.commit();
@@ -73,12 +74,12 @@ void Writer::transaction(KelvaDatabase::TransactionBlock block) {
         try {
             committed = runTransaction(writer, block);
         } catch (...) {
-            Connection::ReadOnly readOnly(writer);
+            Connection::Writability readOnly(writer, false);
             tracker_.tellRollback(writer.database());
             throw;
         }
         writer.checkpointWhenLarge();
-        Connection::ReadOnly readOnly(writer);
+        Connection::Writability readOnly(writer, false);
         committed ? tracker_.tellCommit(writer.database()) : tracker_.tellRollback(writer.database());
     });
 }
@@ -95,7 +96,7 @@ void Writer::read(KelvaDatabase::Block block) {
     onQueue([&] {
         auto& reader = connection();
         Access access(this, reader, Access::Kind::reading);
-        Connection::ReadOnly readOnly(reader);
+        Connection::Writability readOnly(reader, false);
         block(reader.database());
     });
 }

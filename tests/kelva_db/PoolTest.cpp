@@ -1,0 +1,138 @@
+#include <barrier>
+#include <latch>
+#include <thread>
+
+#include "tests/kelva_db/DatabaseFixture.h"
+
+namespace kelva::tests {
+
+namespace {
+
+class PoolTest : public testing::Test {
+protected:
+    void SetUp() override {
+        database_.emplace(folder_.file("a.db"), rawConfiguration());
+        database_->write([](Database& writer) { writer.execute("CREATE TABLE t (x INTEGER, y INTEGER)"); });
+    }
+    Folder folder_;
+    std::optional<DatabasePool> database_;
+};
+
+TEST_F(PoolTest, ReadersSeeEveryCommitAndWholeTransactionsOnly) {
+    constexpr int writes = 200, readers = 6;
+    std::atomic<int> committed = 0;
+    std::atomic<bool> wrong = false;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < readers; ++i) {
+        threads.emplace_back([&] {
+            while (committed < writes) {
+                auto before = committed.load();
+                database_->read([&](Database& reader) {
+                    auto x = reader.query("SELECT count(*), count(y) FROM t WHERE x = 1");
+                    auto y = reader.query("SELECT count(*) FROM t WHERE x = 2");
+                    auto seen = *x.cell(0, 0).asInteger();
+                    if (seen < before || seen != *y.cell(0, 0).asInteger()) wrong = true;
+                });
+            }
+        });
+    }
+    for (int i = 0; i < writes; ++i) {
+        database_->write([](Database& writer) {
+            writer.insert("t", ValueMap{{"x", 1}});
+            writer.insert("t", ValueMap{{"x", 2}});
+        });
+        ++committed;
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_FALSE(wrong);
+}
+
+TEST_F(PoolTest, FourReadsRunBesideAWrite) {
+    std::barrier meeting(5);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            database_->read([&](Database& reader) {
+                reader.query("SELECT * FROM t");
+                meeting.arrive_and_wait();
+                meeting.arrive_and_wait();
+                EXPECT_EQ(reader.query("SELECT * FROM t").size(), 0u) << "a block reads one state";
+            });
+        });
+    }
+    meeting.arrive_and_wait();
+    database_->write([](Database& writer) { writer.insert("t", ValueMap{{"x", 1}}); });
+    meeting.arrive_and_wait();
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t"), 1);
+}
+
+TEST_F(PoolTest, WritesOfManyThreadsComeOneAfterTheOther) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int j = 0; j < 50; ++j) {
+                database_->write([](Database& writer) {
+                    auto count = writer.query("SELECT count(*) FROM t").cell(0, 0).asInteger();
+                    writer.insert("t", ValueMap{{"x", *count}});
+                });
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(integer(*database_, "SELECT count(DISTINCT x) FROM t"), 200);
+}
+
+TEST_F(PoolTest, ClosingWaitsForReadsUnderWay) {
+    std::latch reading(1), go(1);
+    std::atomic<bool> finished = false;
+    std::thread reader([&] {
+        database_->read([&](Database& database) {
+            reading.count_down();
+            go.wait();
+            database.query("SELECT * FROM t");
+            finished = true;
+        });
+    });
+    reading.wait();
+    std::thread closer([&] {
+        database_->close();
+        EXPECT_TRUE(finished);
+    });
+    go.count_down();
+    closer.join();
+    reader.join();
+    EXPECT_FALSE(tarvo::files::exists(folder_.file("a.db-wal"))) << "closing leaves the file alone, without a log";
+}
+
+TEST_F(PoolTest, LogStaysBoundedAndTheFileWholeAcrossReopening) {
+    std::string big(200'000, 'x');
+    for (int i = 0; i < 100; ++i)
+        database_->write(
+            [&](Database& writer) { writer.execute("INSERT INTO t (y) VALUES (?)", std::vector<Value>{big}); });
+    EXPECT_LT(*tarvo::files::size(folder_.file("a.db-wal")), 12u << 20);
+    database_.reset();
+    database_.emplace(folder_.file("a.db"), rawConfiguration());
+    EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t WHERE length(y) = 200000"), 100);
+}
+
+TEST_F(PoolTest, LockOfAnotherProgramIsBusy) {
+    auto configuration = rawConfiguration();
+    configuration.busyTimeout = 1;
+    DatabasePool other(folder_.file("a.db"), configuration);
+    database_->write(
+        [&](Database&) { EXPECT_EQ(failureOf([&] { other.write([](Database&) {}); }), FailureKind::busy); });
+    EXPECT_NO_THROW(other.write([](Database&) {}));
+}
+
+TEST_F(PoolTest, HoldingTheQueueIsNoObstacle) {
+    auto queue = tarvo::DispatchQueue::serial("test.db");
+    DatabasePool database(folder_.file("b.db"), rawConfiguration(), queue);
+    queue->sync([&] { database.write([](Database& writer) { writer.execute("CREATE TABLE t (x)"); }); });
+    queue->sync([&] { EXPECT_EQ(integer(database, "SELECT count(*) FROM t"), 0); });
+    database.write([&](Database&) { EXPECT_TRUE(queue->isCurrent()); });
+}
+
+}  // namespace
+
+}  // namespace kelva::tests
