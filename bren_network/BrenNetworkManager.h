@@ -39,11 +39,11 @@ struct BrenFileUploadInfo {
 class BrenNetworkManager {
 public:
     /// Body (empty on failure), what the server said before it, the failure, and the number of the request.
-    using CompletionHandler =
-        std::function<void(Data data, std::optional<URLResponse> response, std::optional<NetworkError> error, int taskNumber)>;
+    using CompletionHandler = std::function<void(Data data, std::optional<URLResponse> response,
+                                                 std::optional<NetworkError> error, int taskNumber)>;
     /// Part done from 0 to 1, bytes done, bytes in all (-1 when the server does not tell), identifier, number.
-    using ProgressPercentHandler =
-        std::function<void(float part, std::int64_t done, std::int64_t total, std::optional<std::string> identifier, int taskNumber)>;
+    using ProgressPercentHandler = std::function<void(float part, std::int64_t done, std::int64_t total,
+                                                      std::optional<std::string> identifier, int taskNumber)>;
     /// Piece that has arrived, part done from 0 to 1, identifier, number.
     using ProgressDataHandler =
         std::function<void(Data piece, double part, std::optional<std::string> identifier, int taskNumber)>;
@@ -64,28 +64,35 @@ public:
     static BrenNetworkManager& sharedInstance();
     ~BrenNetworkManager();
 
+    /// Runs a request. Progress, for those who ask for it, is that of the body that comes. The request and its header
+    /// fields are looked at before anything is sent: a text that is no URL, a method or a header value that would break
+    /// out of its line end in a failure. Redirections are followed a bounded number of times, never away from TLS, and
+    /// never carry "Authorization" to another host. A request that the server may have acted on is not sent twice.
     void send(Task task);
-    /// As `send`, and tells progress of the body that comes.
+    /// The same, by the name of its use.
     void download(Task task);
-    /// A multipart POST of the files and the parameters; progress is that of the body that goes.
+    /// A multipart POST of the files and the parameters; progress is that of the body that goes, with empty pieces.
+    /// Files are read from the disk while they are sent. Method and body of the request are not used.
     void sendUploadRequest(Task task, std::vector<BrenFileUploadInfo> files);
 
-    /// "name=value" pairs joined by "&", both percent-escaped. A Bool is "true" or "false", a list or a map its JSON text,
-    /// null the empty text; an object of the program is left out and logged by kind.
+    /// "name=value" pairs joined by "&", both percent-escaped. A Bool is "true" or "false", a list or a map its JSON
+    /// text, null the empty text, bytes their Base64 text; an object of the program is left out and logged by kind.
     static std::string formattedParamString(const tarvo::ValueMap& params);
 
     /// A file of certificates in PEM form that are trusted beside those of the system; the empty text takes it back.
-    /// Counts for connections made afterwards. False when the file cannot be read.
+    /// Counts for requests given afterwards. False, and nothing changes, when no certificate can be read from it.
     bool setFurtherAuthorityFile(const std::string& path);
-    /// Most answers whose bodies may be held in memory at once waiting for their completion, in kilobytes.
+    /// No further request begins while the bodies of finished ones that wait for their completion hold more than this,
+    /// in kilobytes, so that slow completions bound the memory. 100,000 unless set; 0 or less: one body at a time.
     void setMaximumBufferedKilobytes(int kilobytes);
     void setUserAgent(const std::string& userAgent);
 
     /// Completions run here.
     const std::shared_ptr<tarvo::DispatchQueue>& queue() const;
 
-    /// Ends every request with the failure `shutDown`, then refuses further ones the same way. May be called twice.
-    /// `restart` makes it usable again, for tests.
+    /// Ends every request with the failure `shutDown`, then refuses further ones the same way. Returns when no transfer
+    /// runs; the completions themselves may still wait on `queue`. May be called twice, and from a completion.
+    /// `restart` makes it usable again, for tests. A process may also end without: then requests stay unanswered.
     void shutDown();
     void restart();
 

@@ -44,8 +44,8 @@ struct URLRequest {
     std::string method = "GET";
     Headers headers;
     std::optional<Data> body;
-    /// From the start of the transfer to its end; a transfer that still moves bytes is not cut off by it, one that
-    /// has stood still for so long is.
+    /// How long a transfer may stand still: one that still moves bytes is not cut off by it, however long it takes in
+    /// all. Bounds the connection attempt too. Time spent waiting for a free place does not count.
     std::chrono::milliseconds timeout{60'000};
 };
 
@@ -59,7 +59,17 @@ struct URLResponse {
 
 /// Why a request has no answer.
 struct NetworkError {
-    enum class Kind { invalidURL, cannotConnect, timeout, certificate, connectionLost, cancelled, shutDown, file, other };
+    enum class Kind {
+        invalidURL,
+        cannotConnect,
+        timeout,
+        certificate,
+        connectionLost,
+        cancelled,
+        shutDown,
+        file,
+        other
+    };
     Kind kind = Kind::other;
     /// Kind and host in words, no query, no header, no body.
     std::string message;

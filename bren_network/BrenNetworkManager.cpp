@@ -1,0 +1,121 @@
+#include "bren_network/BrenNetworkManager.h"
+
+#include <curl/curl.h>
+
+#include <mutex>
+#include <system_error>
+
+#include "bren_network/Authorities.h"
+#include "bren_network/PreparedRequest.h"
+#include "bren_network/TransferLoop.h"
+#include "platform/Log.h"
+
+namespace bren {
+
+using Kind = NetworkError::Kind;
+
+struct BrenNetworkManager::State {
+    const std::shared_ptr<tarvo::DispatchQueue> queue = tarvo::DispatchQueue::serial("com.bren.network.completion");
+    const std::shared_ptr<BufferBudget> budget = std::make_shared<BufferBudget>();
+    Authorities authorities;
+    std::atomic<int> taskNumbers = 0;
+
+    std::mutex mutex;
+    std::string userAgent = "TarvoBase";  // guarded by mutex
+    std::shared_ptr<TransferLoop> loop;   // guarded by mutex; made with the first request
+    bool isShutDown = false;              // guarded by mutex
+
+    void run(Task task, std::vector<BrenFileUploadInfo> files, bool isUpload);
+    std::optional<NetworkError> submit(PreparedRequest request, BrenTaskPriority priority,
+                                       const std::shared_ptr<Delivery>& delivery);
+    std::shared_ptr<TransferLoop> takeLoop();
+};
+
+void BrenNetworkManager::State::run(Task task, std::vector<BrenFileUploadInfo> files, bool isUpload) {
+    auto delivery = std::make_shared<Delivery>(queue, ++taskNumbers, task);
+    auto request = prepare(task, std::move(files), isUpload);
+    auto error = request ? submit(std::move(request).value(), task.priority, delivery) : request.failure();
+    if (!error) return;
+    tarvo::platform::log("Request " + std::to_string(delivery->taskNumber()) + " refused: " + error->message);
+    delivery->complete({Data(), std::nullopt, std::move(error)});
+}
+
+std::optional<NetworkError> BrenNetworkManager::State::submit(PreparedRequest request, BrenTaskPriority priority,
+                                                              const std::shared_ptr<Delivery>& delivery) try {
+    std::lock_guard lock(mutex);
+    if (isShutDown) return networkError(Kind::shutDown, request.host);
+    if (!loop) {
+        auto fresh = std::make_shared<TransferLoop>(budget);
+        fresh->start();
+        loop = std::move(fresh);
+    }
+    TransferSettings settings{authorities.combined(), userAgent};
+    loop->submit(std::make_unique<Transfer>(std::move(request), std::move(settings), delivery), priority);
+    return std::nullopt;
+} catch (const std::system_error&) {
+    return networkError(Kind::other, "no thread for the transfers");
+}
+
+std::shared_ptr<TransferLoop> BrenNetworkManager::State::takeLoop() {
+    std::lock_guard lock(mutex);
+    isShutDown = true;
+    return std::exchange(loop, nullptr);
+}
+
+BrenNetworkManager& BrenNetworkManager::sharedInstance() {
+    // Never destroyed, since other threads may still reach it while the process ends. Its thread is stopped then,
+    // before libcurl's TLS library takes itself down: that was set up in the constructor, so it goes later. What is
+    // under way stays unanswered, and its handlers are not destroyed: what they refer to may be gone.
+    static auto* manager = new BrenNetworkManager;
+    struct AtExit {
+        ~AtExit() {
+            static auto* loop = new std::shared_ptr<TransferLoop>(manager->state_->takeLoop());
+            if (*loop) (*loop)->stop(TransferLoop::Rest::abandoned);
+        }
+    };
+    static AtExit atExit;
+    return *manager;
+}
+
+BrenNetworkManager::BrenNetworkManager() {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    state_ = std::make_unique<State>();
+}
+
+BrenNetworkManager::~BrenNetworkManager() { shutDown(); }
+
+void BrenNetworkManager::send(Task task) { state_->run(std::move(task), {}, false); }
+
+void BrenNetworkManager::download(Task task) { state_->run(std::move(task), {}, false); }
+
+void BrenNetworkManager::sendUploadRequest(Task task, std::vector<BrenFileUploadInfo> files) {
+    state_->run(std::move(task), std::move(files), true);
+}
+
+bool BrenNetworkManager::setFurtherAuthorityFile(const std::string& path) {
+    return state_->authorities.setFurtherFile(path);
+}
+
+void BrenNetworkManager::setMaximumBufferedKilobytes(int kilobytes) {
+    state_->budget->setLimit(kilobytes);
+    std::lock_guard lock(state_->mutex);
+    if (state_->loop) state_->loop->wake();
+}
+
+void BrenNetworkManager::setUserAgent(const std::string& userAgent) {
+    std::lock_guard lock(state_->mutex);
+    state_->userAgent = userAgent;
+}
+
+const std::shared_ptr<tarvo::DispatchQueue>& BrenNetworkManager::queue() const { return state_->queue; }
+
+void BrenNetworkManager::shutDown() {
+    if (auto loop = state_->takeLoop()) loop->stop(TransferLoop::Rest::ended);
+}
+
+void BrenNetworkManager::restart() {
+    std::lock_guard lock(state_->mutex);
+    state_->isShutDown = false;
+}
+
+}  // namespace bren
