@@ -37,7 +37,8 @@ bool dependsOn(const QueueState& queue, const ThreadRecord& thread) {
 
 bool WaitGraph::enter(const Waiter& waiter) {
     std::lock_guard lock(graphMutex());
-    if (dependsOn(waiter.queue, waiter.thread)) return false;
+    // A turn that was granted between lining up and entering makes the thread a holder, which looks like a cycle.
+    if (dependsOn(waiter.queue, waiter.thread) && waiter.queue.isWaiting(waiter)) return false;
     waiter.thread.awaiting = &waiter;
     return true;
 }
