@@ -1,0 +1,133 @@
+#include "tarvobase/configuration/UserDefaults.h"
+
+#include <algorithm>
+
+#include "platform/ProcessState.h"
+#include "platform/SettingsStore.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+
+namespace tarvo {
+
+namespace {
+
+constexpr std::string_view groupMark = "#CRM#";
+constexpr std::string_view baseGroupMark = "#BaseGroup";
+constexpr std::string_view baseGroup = "BaseGroup";
+
+bool contains(const std::vector<std::string>& texts, const std::string& text) {
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+void notify(const Value& newValue, const std::string& key, const UserDefaultsGroup& group) {
+    BrenNotificationCenter::shared().notify<UserDefaultsValueObserver>(
+        false, [newValue, key, group = group.text()](UserDefaultsValueObserver& observer) {
+            if (contains(observer.observingKeys(), key) && contains(observer.observingGroups(), group))
+                observer.newValue(newValue, key, group);
+        });
+}
+
+}  // namespace
+
+std::string UserDefaultsGroup::text() const {
+    switch (case_) {
+        case Case::other: return text_;
+        case Case::current: return CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
+        case Case::base: return std::string(baseGroup);
+        case Case::none: return {};
+    }
+    return {};
+}
+
+std::string UserDefaultsGroup::keyForKeyName(std::string_view key) const {
+    std::string stored(key);
+    return case_ == Case::none ? stored : stored.append(groupMark).append(text());
+}
+
+BrenUserDefaults::BrenUserDefaults()
+    : userDefaults_(platform::ProcessState::current().get<SettingsStores>().suite(
+          CommonConfigration::sharedInstance().userDefaultsGroup.get().value_or(""))) {}
+
+void BrenUserDefaults::synchronise() { userDefaults_->synchronise(); }
+
+void BrenUserDefaults::store(Value value, const std::string& key, const Group& group) {
+    notify(value, key, group);
+    userDefaults_->set(group.keyForKeyName(key), std::move(value));
+}
+
+void BrenUserDefaults::setString(const std::string& value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
+void BrenUserDefaults::setSecureString(const std::string& value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
+// Null removes the key.
+void BrenUserDefaults::setSecureArray(const std::optional<ValueList>& value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
+void BrenUserDefaults::setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
+void BrenUserDefaults::setInteger(std::int64_t value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
+void BrenUserDefaults::setBool(bool value, const std::string& forKey, const Group& forGroup) { store(value, forKey, forGroup); }
+void BrenUserDefaults::setArray(const ValueList& value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
+void BrenUserDefaults::setDictionary(const ValueMap& value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
+void BrenUserDefaults::set(std::int64_t value, const std::string& forKey, const Group& andGroup) { store(value, forKey, andGroup); }
+
+std::optional<std::string> BrenUserDefaults::stringForKey(const std::string& key, const Group& forGroup) const {
+    return userDefaults_->string(forGroup.keyForKeyName(key));
+}
+std::optional<std::string> BrenUserDefaults::secureStringForKey(const std::string& key, const Group& forGroup) const {
+    return stringForKey(key, forGroup);
+}
+std::optional<ValueList> BrenUserDefaults::secureArrayForKey(const std::string& key, const Group& forGroup) const {
+    return arrayForKey(key, forGroup);
+}
+std::optional<ValueMap> BrenUserDefaults::secureDictionaryForKey(const std::string& key, const Group& forGroup) const {
+    return dictionaryForKey(key, forGroup);
+}
+std::optional<std::int64_t> BrenUserDefaults::integerForKey(const std::string& key, const Group& forGroup) const {
+    return userDefaults_->integer(forGroup.keyForKeyName(key));
+}
+std::optional<bool> BrenUserDefaults::boolForKey(const std::string& key, const Group& forGroup) const {
+    return userDefaults_->boolean(forGroup.keyForKeyName(key));
+}
+std::optional<ValueList> BrenUserDefaults::arrayForKey(const std::string& key, const Group& forGroup) const {
+    return userDefaults_->list(forGroup.keyForKeyName(key));
+}
+std::optional<ValueMap> BrenUserDefaults::dictionaryForKey(const std::string& key, const Group& forGroup) const {
+    return userDefaults_->map(forGroup.keyForKeyName(key));
+}
+std::optional<std::int64_t> BrenUserDefaults::int64(const std::string& forKey, const Group& andGroup) const {
+    return integerForKey(forKey, andGroup);
+}
+
+void BrenUserDefaults::removeValueForKey(const std::string& key, const Group& inGroup) {
+    userDefaults_->remove(inGroup.keyForKeyName(key));
+}
+void BrenUserDefaults::removeSecureStringForKey(const std::string& key, const Group& inGroup) { removeValueForKey(key, inGroup); }
+
+void BrenUserDefaults::removeAllStoredValues() {
+    userDefaults_->removeKeys([](std::string_view key) {
+        return key.find(groupMark) != std::string_view::npos || key.find(baseGroupMark) != std::string_view::npos;
+    });
+}
+
+void BrenUserDefaults::addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) {
+    BrenNotificationCenter::shared().add<UserDefaultsValueObserver>(observer);
+}
+
+// The new value is known only under the store's lock; observers hear of it as soon as that is left.
+bool BrenUserDefaults::update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) {
+    auto stored = userDefaults_->update(inGroup.keyForKeyName(key), next);
+    if (stored) notify(*stored, key, inGroup);
+    return stored.has_value();
+}
+
+}  // namespace tarvo

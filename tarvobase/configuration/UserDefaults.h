@@ -1,0 +1,125 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/FunctionRef.h"
+#include "platform/Object.h"
+#include "platform/Value.h"
+
+namespace tarvo {
+
+namespace platform {
+class SettingsStore;
+}
+
+/// Whose setting a value is: of a named owner, of the current account, of the installation, or of nobody in particular.
+class UserDefaultsGroup {
+public:
+    static UserDefaultsGroup other(std::string text) { return UserDefaultsGroup(Case::other, std::move(text)); }
+    static UserDefaultsGroup current() { return UserDefaultsGroup(Case::current); }
+    static UserDefaultsGroup base() { return UserDefaultsGroup(Case::base); }
+    static UserDefaultsGroup none() { return UserDefaultsGroup(Case::none); }
+
+    /// The group's text as observers name it: the owner, the current account's id, "BaseGroup", or the empty text.
+    std::string text() const;
+    /// The stored key of a key in this group, for the account of the moment.
+    std::string keyForKeyName(std::string_view key) const;
+
+private:
+    enum class Case { other, current, base, none };
+    explicit UserDefaultsGroup(Case which, std::string text = {}) : case_(which), text_(std::move(text)) {}
+    Case case_;
+    std::string text_;
+};
+
+/// Hears changes of settings: each new value of a key that `observingKeys` holds, in a group whose text
+/// `observingGroups` holds. Called on the bus's background queue. The notice is given before the value is written.
+class UserDefaultsValueObserver : public virtual platform::Object {
+public:
+    virtual std::vector<std::string> observingKeys() const = 0;
+    virtual std::vector<std::string> observingGroups() const = 0;
+    virtual void newValue(const Value& value, const std::string& forKey, const std::string& inGroup) = 0;
+};
+
+/// Scoped settings. Safe from any thread; a value is on the disk when its setter returns. Readers give nothing for an
+/// absent key and for a value of another kind.
+class UserDefaultsProtocol : public virtual platform::Object {
+public:
+    using Group = UserDefaultsGroup;
+
+    virtual void synchronise() = 0;
+
+    virtual void setString(const std::string& value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void setSecureString(const std::string& value, const std::string& forKey, const Group& forGroup) = 0;
+    /// An absent value removes the key.
+    virtual void setSecureArray(const std::optional<ValueList>& value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void setInteger(std::int64_t value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void setBool(bool value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void setArray(const ValueList& value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void setDictionary(const ValueMap& value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void set(std::int64_t value, const std::string& forKey, const Group& andGroup) = 0;
+
+    virtual std::optional<std::string> stringForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<std::string> secureStringForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<ValueList> secureArrayForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<ValueMap> secureDictionaryForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<std::int64_t> integerForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<bool> boolForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<ValueList> arrayForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<ValueMap> dictionaryForKey(const std::string& key, const Group& forGroup) const = 0;
+    virtual std::optional<std::int64_t> int64(const std::string& forKey, const Group& andGroup) const = 0;
+
+    virtual void removeValueForKey(const std::string& key, const Group& inGroup) = 0;
+    virtual void removeSecureStringForKey(const std::string& key, const Group& inGroup) = 0;
+    /// Removes everything but the values of group `none`.
+    virtual void removeAllStoredValues() = 0;
+
+    virtual void addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) = 0;
+
+    /// Reads, changes and writes under one lock, so that no change between is lost. `next` gets null for an absent key;
+    /// null from it removes the key. False when the new value could not be stored.
+    virtual bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) = 0;
+};
+
+/// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made.
+class BrenUserDefaults final : public UserDefaultsProtocol {
+public:
+    BrenUserDefaults();
+
+    void synchronise() override;
+    void setString(const std::string& value, const std::string& forKey, const Group& forGroup) override;
+    void setSecureString(const std::string& value, const std::string& forKey, const Group& forGroup) override;
+    void setSecureArray(const std::optional<ValueList>& value, const std::string& forKey, const Group& forGroup) override;
+    void setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey, const Group& forGroup) override;
+    void setInteger(std::int64_t value, const std::string& forKey, const Group& forGroup) override;
+    void setBool(bool value, const std::string& forKey, const Group& forGroup) override;
+    void setArray(const ValueList& value, const std::string& forKey, const Group& forGroup) override;
+    void setDictionary(const ValueMap& value, const std::string& forKey, const Group& forGroup) override;
+    void set(std::int64_t value, const std::string& forKey, const Group& andGroup) override;
+    std::optional<std::string> stringForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<std::string> secureStringForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<ValueList> secureArrayForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<ValueMap> secureDictionaryForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<std::int64_t> integerForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<bool> boolForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<ValueList> arrayForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<ValueMap> dictionaryForKey(const std::string& key, const Group& forGroup) const override;
+    std::optional<std::int64_t> int64(const std::string& forKey, const Group& andGroup) const override;
+    void removeValueForKey(const std::string& key, const Group& inGroup) override;
+    void removeSecureStringForKey(const std::string& key, const Group& inGroup) override;
+    void removeAllStoredValues() override;
+    void addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) override;
+    bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) override;
+
+private:
+    void store(Value value, const std::string& key, const Group& group);
+
+    std::shared_ptr<platform::SettingsStore> userDefaults_;
+};
+
+}  // namespace tarvo
