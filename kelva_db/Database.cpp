@@ -34,6 +34,7 @@ std::string batchStatement(std::string_view table, std::span<const std::string> 
 
 /// A statement that fails midway may keep the rows before the failure, so this is looked at before anything is written.
 void requireBindable(const RowSource& rows) {
+    if (!rows.mayHoldObjects()) return;
     auto columns = rows.columns().size();
     for (std::size_t row = 0; row < rows.rowCount(); ++row)
         for (std::size_t column = 0; column < columns; ++column)

@@ -12,7 +12,7 @@ UpdateQuery& UpdateQuery::set(const ValueMap& values) {
 }
 
 UpdateQuery& UpdateQuery::filter(std::string sql, ValueList parameters) {
-    filters_.push_back("(" + std::move(sql) + ")");
+    filters_.push_back(std::move(sql.insert(0, 1, '(').append(1, ')')));
     filterParameters_.insert(filterParameters_.end(), parameters.begin(), parameters.end());
     return *this;
 }

@@ -161,18 +161,26 @@ Rows Rows::Builder::finish() {
 
 MapRowSource::MapRowSource(std::span<const ValueMap> maps) : maps_(maps) {
     std::unordered_set<std::string_view> known;
-    for (auto& map : maps)
-        for (auto& entry : map)
+    for (auto& map : maps) {
+        std::size_t position = 0;
+        for (auto& entry : map) {
+            holdsObjects_ = holdsObjects_ || entry.value.kind() == ValueKind::object;
+            // Rows of one batch mostly have the same names in the same order; then no name has to be looked up.
+            bool inPlace = position < columns_.size() && columns_[position] == entry.name;
+            ++position;
+            if (inPlace) continue;
             if (known.insert(entry.name).second) columns_.push_back(entry.name);
+            if (&map != &maps.front()) uniform_ = false;
+        }
+        if (map.size() != columns_.size()) uniform_ = false;
+    }
 }
 
 ValueView MapRowSource::cell(std::size_t row, std::size_t column) const {
     const auto& map = maps_[row];
-    const auto& name = columns_[column];
-    // Rows of one batch mostly have the same names in the same order; then no search is needed.
-    if (map.size() > column && (map.begin() + static_cast<std::ptrdiff_t>(column))->name == name)
-        return ValueView((map.begin() + static_cast<std::ptrdiff_t>(column))->value);
-    auto value = map.find(name);
+    auto inPlace = map.begin() + static_cast<std::ptrdiff_t>(column);
+    if (uniform_ || (map.size() > column && inPlace->name == columns_[column])) return ValueView(inPlace->value);
+    auto value = map.find(columns_[column]);
     return value ? ValueView(*value) : ValueView();
 }
 

@@ -175,6 +175,9 @@ public:
     virtual std::size_t rowCount() const = 0;
     /// The cell at a place, null where the row has no such column. Valid until the next call for another row.
     virtual ValueView cell(std::size_t row, std::size_t column) const = 0;
+    /// Whether a cell may be an object of the program, which perhaps cannot be stored. A source that knows that none is
+    /// spares a look at all cells before the first is written.
+    virtual bool mayHoldObjects() const { return true; }
 };
 
 /// Maps as a batch. Its columns are the names of all maps in the order of their first appearance.
@@ -185,10 +188,13 @@ public:
     std::span<const std::string> columns() const override { return columns_; }
     std::size_t rowCount() const override { return maps_.size(); }
     ValueView cell(std::size_t row, std::size_t column) const override;
+    bool mayHoldObjects() const override { return holdsObjects_; }
 
 private:
     std::span<const ValueMap> maps_;
     std::vector<std::string> columns_;
+    bool uniform_ = true;  // every map has all columns in their order
+    bool holdsObjects_ = false;
 };
 
 }  // namespace tarvo::platform

@@ -27,9 +27,6 @@ Value::Value(std::shared_ptr<const ValueObject> object) {
     if (object) state_ = std::move(object);
 }
 
-// The kinds stand in the order of the alternatives.
-ValueKind Value::kind() const { return static_cast<ValueKind>(state_.index()); }
-
 std::optional<bool> Value::asBool() const {
     auto held = std::get_if<bool>(&state_);
     return held ? std::optional(*held) : std::nullopt;

@@ -64,7 +64,8 @@ public:
         requires std::constructible_from<Value, T>
     explicit Value(const std::vector<T>& items) : Value(ValueList(items.begin(), items.end())) {}
 
-    ValueKind kind() const;
+    // The kinds stand in the order of the alternatives.
+    ValueKind kind() const { return static_cast<ValueKind>(state_.index()); }
     bool isNull() const { return std::holds_alternative<std::monostate>(state_); }
 
     std::optional<bool> asBool() const;

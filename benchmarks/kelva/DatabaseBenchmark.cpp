@@ -106,6 +106,7 @@ public:
     tarvo::ValueView cell(std::size_t row, std::size_t column) const override {
         return tarvo::ValueView::text(rows_[row][column]);
     }
+    bool mayHoldObjects() const override { return false; }
 
 private:
     const std::vector<std::string>& columns_;
