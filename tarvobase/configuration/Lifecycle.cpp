@@ -1,0 +1,20 @@
+#include "tarvobase/configuration/Lifecycle.h"
+
+#include "bren_network/BrenNetworkManager.h"
+#include "platform/DispatchQueue.h"
+#include "platform/Log.h"
+
+namespace tarvo {
+
+namespace {
+// What a host may wait for at its end. Work that takes longer goes on without being waited for.
+constexpr std::chrono::seconds patience{10};
+}  // namespace
+
+void shutdown() {
+    platform::WorkerPool::cancelAllTimers();
+    bren::BrenNetworkManager::sharedInstance().shutDown();
+    if (!platform::WorkerPool::waitUntilIdle(patience)) platform::log("shutdown: work is still running");
+}
+
+}  // namespace tarvo

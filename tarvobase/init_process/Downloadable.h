@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/Object.h"
+#include "tarvobase/usecase/Describe.h"
+
+namespace tarvo {
+
+/// The steps of the first download, by the names that the settings and the dependencies use.
+enum class Process { appInit, currency, permission, currentUser, metadata, customviews, initialRecords, pipelines };
+
+template <>
+struct EnumCases<Process> {
+    static constexpr EnumCase<Process> cases[] = {{Process::appInit, "appInit", "getappinitdata"},
+                                                  {Process::currency, "currency"},
+                                                  {Process::permission, "permission"},
+                                                  {Process::currentUser, "currentUser"},
+                                                  {Process::metadata, "metadata"},
+                                                  {Process::customviews, "customviews"},
+                                                  {Process::initialRecords, "initialRecords"},
+                                                  {Process::pipelines, "pipelines"}};
+};
+
+enum class ProcessState { initiated, waitingForDependency, completed, inProgress, readyForExecution };
+
+/// A step that must be completed before another may run.
+struct ProcessDependency {
+    Process processName;
+    ProcessState state = ProcessState::initiated;
+};
+
+class Downloadable;
+
+/// Hears how a step goes on, on the queue of the step's work.
+class DownloadProgressible : public virtual platform::Object {
+public:
+    virtual void didComplete(Downloadable& step, bool status) = 0;
+    virtual void progressDidUpdate(Downloadable& step, int current, int total) = 0;
+};
+
+/// A step of the first download.
+class Downloadable : public virtual platform::Object {
+public:
+    virtual Process processName() const = 0;
+    ProcessState state = ProcessState::initiated;
+    std::vector<ProcessDependency> dependencyList;
+    std::weak_ptr<DownloadProgressible> delegate;
+
+    /// Prepares the step once the init data are stored. Empty for most.
+    virtual void initiate() {}
+    /// Units of progress that the step will report.
+    virtual int totalCallsCount() const { return 1; }
+    /// Starts the step and returns.
+    virtual void execute() = 0;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,48 @@
+#include "tarvobase/init_process/InitDownloadParser.h"
+
+#include "tarvobase/init_process/InitBlocks.h"
+#include "tarvobase/network_layer/Parser.h"
+#include "tarvobase/network_layer/TypedReads.h"
+
+namespace tarvo {
+
+namespace {
+
+using BlockReader = void (*)(const ValueList& data, ParsedInitData& parsed);
+
+/// The blocks by name. Of a block that comes twice the last one counts.
+struct Block {
+    std::string_view module;
+    BlockReader read;
+};
+
+constexpr Block blocks[] = {
+    {"dateTimeFormat", [](const ValueList& data, ParsedInitData& parsed) { parsed.dateTimeFormat = InitDateTimeFormatParser::parse(data); }},
+    {"activeModules", [](const ValueList& data, ParsedInitData& parsed) { parsed.modules = InitModulesParser::parse(data); }},
+    {"tables", [](const ValueList& data, ParsedInitData& parsed) { parsed.createTableQueries = InitTablesParser::parse(data); }},
+};
+
+void readBlock(const ValueMap& entry, ParsedInitData& parsed) {
+    auto infoValue = entry.find("info");
+    auto dataValue = entry.find("data");
+    auto info = infoValue ? infoValue->asMap() : nullptr;
+    auto data = dataValue ? dataValue->asList() : nullptr;
+    if (!info || !data) return;
+    auto module = readKey<std::string>(*info, "module");
+    if (!module || readKey<bool>(*info, "nodata").value_or(false)) return;
+    for (auto& block : blocks)
+        if (block.module == *module) block.read(*data, parsed);
+}
+
+}  // namespace
+
+std::optional<ParsedInitData> InitDownloadParser::parseInitData(const platform::Data& data) {
+    auto json = Parser::getJSONData(data);
+    if (!json || !json->result) return std::nullopt;
+    ParsedInitData parsed;
+    parsed.responseTime = json->responseTime / 1000;
+    for (auto& entry : *json->result) readBlock(entry, parsed);
+    return parsed;
+}
+
+}  // namespace tarvo

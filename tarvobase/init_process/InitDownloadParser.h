@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/Data.h"
+#include "tarvobase/value_objects/Module.h"
+
+namespace tarvo {
+
+/// What one init call brings for an empty account. A block that was missing, or that could not be read, is absent; one
+/// that came with an empty list is an empty list.
+struct ParsedInitData {
+    struct DateTimeFormat {
+        std::string dateFormat;
+        std::string timeFormat;
+    };
+
+    std::optional<std::vector<std::string>> createTableQueries;
+    std::optional<DateTimeFormat> dateTimeFormat;
+    std::optional<std::vector<Module>> modules;
+    std::uint64_t responseTime = 0;  ///< seconds since 1970, by the server's clock
+};
+
+/// Reads the answer of the init call: a list of blocks, each with a layout of its own by position.
+struct InitDownloadParser {
+    /// Nothing when the body is no envelope with a result.
+    static std::optional<ParsedInitData> parseInitData(const platform::Data& data);
+};
+
+}  // namespace tarvo
