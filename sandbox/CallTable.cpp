@@ -8,6 +8,8 @@ namespace {
 constexpr CallRow rows[] = {
     {"POST", "getappinitdata", calls::initData},
     {"POST", "getlumetappinitdata", calls::initData},
+    {"POST", "getmoduletags", calls::moduleTags},
+    {"POST", "getmetadatainfo", calls::metadata},
 };
 
 }  // namespace

@@ -29,6 +29,7 @@ Reply Control::handle(const Request& request) {
         {"GET", "/control/requests", &Control::requests},
         {"DELETE", "/control/requests", &Control::clearRequests},
         {"POST", "/control/clock", &Control::setClock},
+        {"POST", "/control/tags", &Control::setTags},
         {"GET", "/control/state", &Control::state},
         {"POST", "/control/stop", &Control::stop},
     };
@@ -70,6 +71,27 @@ Reply Control::setClock(const Request& request) {
         return refused(400, "\"offsetMilliseconds\" is a whole number of at most a hundred years.");
     sandbox_.clock_.setOffset(std::chrono::milliseconds(*offset));
     return Reply::of(ValueMap{{"servertime", sandbox_.clock_.milliseconds()}});
+}
+
+// {"module":"Leads","tags":[["id","name"],...]} takes the place of all tags of the module.
+Reply Control::setTags(const Request& request) {
+    auto body = json::parse(request.body).value_or(Value());
+    const auto* map = body.asMap();
+    const auto* rows = map && map->find("tags") ? map->find("tags")->asList() : nullptr;
+    std::lock_guard lock(sandbox_.dataMutex_);
+    auto& data = sandbox_.data_;
+    const auto* module = map ? data.module(map->valueOf("module").textOr("")) : nullptr;
+    if (!rows || !module) return refused(400, "\"module\" names a module and \"tags\" lists pairs of id and name.");
+    std::vector<TagData> tags;
+    for (const auto& row : *rows) {
+        const auto* pair = row.asList();
+        if (!pair || pair->size() != 2 || !pair->at(0).asText() || !pair->at(1).asText())
+            return refused(400, "A tag is a pair of texts.");
+        tags.push_back({*pair->at(0).asText(), *pair->at(1).asText(), module->name});
+    }
+    std::erase_if(data.tags, [&](const TagData& tag) { return tag.module == module->name; });
+    data.tags.insert(data.tags.end(), tags.begin(), tags.end());
+    return done();
 }
 
 Reply Control::state(const Request&) {

@@ -20,6 +20,7 @@ private:
     Reply clearFaults(const Request& request);
     Reply requests(const Request& request);
     Reply clearRequests(const Request& request);
+    Reply setTags(const Request& request);
     Reply setClock(const Request& request);
     Reply state(const Request& request);
     Reply stop(const Request& request);

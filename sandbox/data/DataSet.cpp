@@ -60,6 +60,7 @@ DataSet::DataSet(std::uint64_t seed, const Accounts& accounts) : ids(seed) {
                    {"TimeZone", "America/New_York"},
                    {"MultiCurrency", "true"}};
     tags = makeTags(ids, random);
+    metadata = makeMetadata(modules, ids);
 }
 
 const ModuleData* DataSet::module(std::string_view nameOrApiName) const {

@@ -8,6 +8,7 @@
 
 #include "sandbox/Accounts.h"
 #include "sandbox/data/Generator.h"
+#include "sandbox/data/Metadata.h"
 
 namespace tarvo::sandbox {
 
@@ -20,6 +21,8 @@ struct ModuleData {
     /// The server's "generated_type": "default", "custom", "subform" and so on.
     std::string type;
     int position;
+    /// Has lists of its own; false for modules whose rows lie under records of another.
+    bool standsAlone;
 };
 
 struct UserData {
@@ -60,6 +63,7 @@ public:
 
     IdSequence ids;
     std::vector<ModuleData> modules;
+    MetadataByModule metadata;
     std::vector<UserData> users;
     std::vector<OrganisationData> organisations;
     /// Key and value.

@@ -5,6 +5,7 @@ namespace {
 
 struct Row {
     const char *name, *singular, *plural, *apiName, *type;
+    bool standsAlone = true;
 };
 
 constexpr Row rows[] = {
@@ -27,11 +28,11 @@ constexpr Row rows[] = {
     {"CustomModule1", "Project", "Projects", "Projects", "custom"},
     {"CustomModule2", "Café Visit", "Café Visits", "Cafe_Visits", "custom"},
     // Rows of these live under a record of another module.
-    {"CustomModule3", "Milestone", "Milestones", "Milestones", "subform"},
-    {"EventInvitees", "Participant", "Participants", "Participants", "default"},
-    {"InventoryProducts", "Line Item", "Line Items", "Product_Details", "default"},
-    {"PriceBookPricing", "Price Range", "Price Ranges", "Pricing_Details", "default"},
-    {"CustomerModuleComments", "Comment", "Comments", "Comments", "default"},
+    {"CustomModule3", "Milestone", "Milestones", "Milestones", "subform", false},
+    {"EventInvitees", "Participant", "Participants", "Participants", "default", false},
+    {"InventoryProducts", "Line Item", "Line Items", "Product_Details", "default", false},
+    {"PriceBookPricing", "Price Range", "Price Ranges", "Pricing_Details", "default", false},
+    {"CustomerModuleComments", "Comment", "Comments", "Comments", "default", false},
 };
 
 }  // namespace
@@ -40,7 +41,7 @@ std::vector<ModuleData> makeModules(IdSequence& ids) {
     std::vector<ModuleData> modules;
     for (const auto& row : rows)
         modules.push_back({ids.next(), row.name, row.singular, row.plural, row.apiName, row.type,
-                           static_cast<int>(modules.size()) + 1});
+                           static_cast<int>(modules.size()) + 1, row.standsAlone});
     return modules;
 }
 

@@ -119,7 +119,8 @@ ValueList makeSettings(const DataSet& data, Naming naming) {
     ValueList modules;
     ValueList supported;
     for (const auto& settings : listSettings()) modules.push_back(moduleRow(settings, naming));
-    for (const auto& module : data.modules) supported.emplace_back(module.name);
+    for (const auto& module : data.modules)
+        if (module.standsAlone) supported.emplace_back(module.name);
     return {"4",
             "default",
             "System",

@@ -33,7 +33,8 @@ constexpr Table tables[] = {
      "related_list_api_name",
      "UNIQUE (module_name, list_id)"},
     {"MODULE_SPECIFIC_METADATA",
-     "field_id, field_api_name, module_name, crm_col_name, field_label, field_type, max_length, is_read_only, "
+     "_id INTEGER PRIMARY KEY AUTOINCREMENT, field_id, field_api_name, module_name, crm_col_name, field_label, "
+     "field_type, max_length, is_read_only, "
      "is_custom_field, "
      "is_unique, is_quick_create, is_primary_key, is_mproxy_metadata, lookup_module_api, related_list_id, visible, "
      "mode, "

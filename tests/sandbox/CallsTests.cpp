@@ -1,8 +1,7 @@
-#include <sqlite3.h>
-
 #include "platform/Text.h"
 #include "sandbox/data/StaticTables.h"
 #include "tests/sandbox/RunningSandbox.h"
+#include "tests/sandbox/Sql.h"
 
 namespace tarvo::sandbox::tests {
 namespace {
@@ -115,30 +114,42 @@ TEST_F(CallsTests, OneSeedGivesOneDataSet) {
     EXPECT_NE(describe(a), describe(c));
 }
 
+TEST_F(CallsTests, TagsOfAModuleAndTheirChange) {
+    auto rows = [&](const Client::Form& form) {
+        return block(json(client->post("/crm/v4/getmoduletags", form, token)), "Leads");
+    };
+    auto tags = rows({{"module", "Leads"}, {"moduleAPI", "Leads"}});
+    ASSERT_FALSE(tags.empty());
+    for (const auto& row : tags)
+        EXPECT_TRUE(row.asList()->size() == 2 && row.asList()->at(0).asText() && row.asList()->at(1).asText());
+    EXPECT_EQ(rows({{"moduleAPI", "Leads"}}).size(), tags.size());
+
+    ASSERT_EQ(client->postJson("/control/tags", R"({"module":"Leads","tags":[["1","Einzig"]]})")->status, 200);
+    EXPECT_EQ(rows({{"module", "Leads"}}), ValueList{Value(ValueList{"1", "Einzig"})});
+    for (auto wrong : {"{}", R"({"module":"None","tags":[]})", R"({"module":"Leads","tags":[["1"]]})"})
+        EXPECT_EQ(client->postJson("/control/tags", wrong)->status, 400) << wrong;
+    EXPECT_EQ(rows({{"module", "Leads"}}).size(), 1u);
+
+    auto unknown = json(client->post("/crm/v4/getmoduletags", {{"module", "None"}}, token));
+    auto entry = at(at(unknown, "response"), "result").asList()->at(0);
+    EXPECT_TRUE(at(entry, "error").asList());
+}
+
 TEST_F(CallsTests, TableStatementsRunTwice) {
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(":memory:", &database), SQLITE_OK);
+    Sql sql;
     for (auto naming : {Naming::column, Naming::api}) {
         auto statements = staticTables(naming, "600123");
         EXPECT_GT(statements.size(), staticTables(naming, "").size())
             << "tables of one organisation come under its name too";
         EXPECT_EQ(staticTables(naming, "x; DROP TABLE y").size(), staticTables(naming, "").size());
         for (int round = 0; round < 2; ++round)
-            for (const auto& statement : statements)
-                EXPECT_EQ(sqlite3_exec(database, statement.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-                    << statement << sqlite3_errmsg(database);
+            for (const auto& statement : statements) EXPECT_EQ(sql.run(statement), "") << statement;
     }
-    auto run = [&](const char* sql) { return sqlite3_exec(database, sql, nullptr, nullptr, nullptr); };
-    EXPECT_EQ(run("ALTER TABLE module_details ADD COLUMN table_creation_query TEXT"), SQLITE_OK);
+    EXPECT_EQ(sql.run("ALTER TABLE module_details ADD COLUMN table_creation_query TEXT"), "");
     for (int round = 0; round < 2; ++round)
-        EXPECT_EQ(run("INSERT OR REPLACE INTO MODULE_DETAILS (module_name, singular_name) VALUES ('Leads', 'Lead')"),
-                  SQLITE_OK);
-    sqlite3_stmt* count = nullptr;
-    ASSERT_EQ(sqlite3_prepare_v2(database, "SELECT COUNT(*) FROM MODULE_DETAILS", -1, &count, nullptr), SQLITE_OK);
-    ASSERT_EQ(sqlite3_step(count), SQLITE_ROW);
-    EXPECT_EQ(sqlite3_column_int(count, 0), 1) << "a row of the same name is replaced";
-    sqlite3_finalize(count);
-    sqlite3_close(database);
+        EXPECT_EQ(
+            sql.run("INSERT OR REPLACE INTO MODULE_DETAILS (module_name, singular_name) VALUES ('Leads', 'Lead')"), "");
+    EXPECT_EQ(sql.number("SELECT COUNT(*) FROM MODULE_DETAILS"), 1) << "a row of the same name is replaced";
 }
 
 }  // namespace

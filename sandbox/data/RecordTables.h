@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "sandbox/CallTable.h"
+#include "sandbox/data/Metadata.h"
+
+namespace tarvo::sandbox {
+
+/// The statements that make the tables of a module's records. They may run again without harm and hold no "|", by which
+/// clients join them.
+struct RecordTables {
+    std::string records;
+    /// Which records a list, the related list of another record, or the choice of a lookup has shown.
+    std::string customViewMap;
+    std::string relatedListMap;
+    std::string lookupMap;
+};
+
+RecordTables recordTables(std::string_view module, const ModuleMetadata& metadata, Naming naming);
+
+}  // namespace tarvo::sandbox
