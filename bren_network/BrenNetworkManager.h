@@ -41,7 +41,8 @@ public:
     /// Body (empty on failure), what the server said before it, the failure, and the number of the request.
     using CompletionHandler = std::function<void(Data data, std::optional<URLResponse> response,
                                                  std::optional<NetworkError> error, int taskNumber)>;
-    /// Part done from 0 to 1, bytes done, bytes in all (-1 when the server does not tell), identifier, number.
+    /// Part done from 0 to 1, bytes done and in all as they travel, compressed or not (-1 when the server does not
+    /// tell), identifier, number.
     using ProgressPercentHandler = std::function<void(float part, std::int64_t done, std::int64_t total,
                                                       std::optional<std::string> identifier, int taskNumber)>;
     /// Piece that has arrived, part done from 0 to 1, identifier, number.

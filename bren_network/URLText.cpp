@@ -65,6 +65,9 @@ std::string part(const Parsed& url, CURLUPart which, unsigned flags = 0) {
 }  // namespace
 
 std::optional<std::string> hostAndPort(std::string_view text) {
+    // The parser would take "https:///path" for the host "path".
+    auto authority = text.find("://");
+    if (authority == text.npos || text.substr(authority + 3).starts_with('/')) return std::nullopt;
     auto url = parse(text);
     if (!url) return std::nullopt;
     auto scheme = part(url, CURLUPART_SCHEME);

@@ -1,0 +1,191 @@
+#include <thread>
+
+#include "bren_network/Tuning.h"
+#include "tests/bren_network/NetworkFixture.h"
+
+namespace bren::test {
+namespace {
+
+using SchedulingTest = NetworkTest;
+
+constexpr auto ok = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nok";
+
+/// Opens once, for any number of waiting threads.
+class Gate {
+public:
+    void open() { opened_.set_value(); }
+    void wait() const { future_.wait(); }
+
+private:
+    std::promise<void> opened_;
+    std::shared_future<void> future_ = opened_.get_future().share();
+};
+
+TEST_F(SchedulingTest, StartsByPriorityThenArrival) {
+    Gate slot, rest;
+    std::mutex mutex;
+    std::vector<std::string> order;
+    SecureServer server([&](const Seen& seen) {
+        if (seen.target == "/rest") return rest.wait(), Reply{200, "", {}};
+        if (seen.target == "/slot") return slot.wait(), Reply{200, "", {}};
+        std::lock_guard lock(mutex);
+        order.push_back(seen.target);
+        return Reply{200, "", {}};
+    });
+    // All places but one stay taken until the end, so the others go one after another through the last.
+    std::atomic<int> left = 6;
+    Gate done;
+    auto give = [&](std::string path, BrenTaskPriority priority, bool counts) {
+        auto task = taskFor(server.url(path));
+        task.priority = priority;
+        if (counts)
+            task.completion = [&](auto...) {
+                if (--left == 0) done.open();
+            };
+        manager.send(std::move(task));
+    };
+    for (std::size_t i = 1; i < tuning::maximumRunningPerHost; ++i) give("/rest", BrenTaskPriority::high, false);
+    give("/slot", BrenTaskPriority::high, false);
+    give("/low1", BrenTaskPriority::low, true);
+    give("/normal1", BrenTaskPriority::normal, true);
+    give("/low2", BrenTaskPriority::low, true);
+    give("/high1", BrenTaskPriority::high, true);
+    give("/high2", BrenTaskPriority::high, true);
+    give("/normal2", BrenTaskPriority::normal, true);
+    slot.open();
+    done.wait();
+    rest.open();
+    EXPECT_EQ(order, (std::vector<std::string>{"/high1", "/high2", "/normal1", "/normal2", "/low1", "/low2"}));
+}
+
+TEST_F(SchedulingTest, AnswersEachOfManyRequestsOnceAndOneAtATime) {
+    std::atomic<std::size_t> atOnce = 0, most = 0;
+    SecureServer server([&](const Seen& seen) {
+        auto now = ++atOnce;
+        for (auto seenMost = most.load(); seenMost < now && !most.compare_exchange_weak(seenMost, now);) {
+        }
+        --atOnce;
+        return Reply{200, seen.target, {}};
+    });
+    constexpr int threads = 4, each = 50;
+    std::map<std::string, int> completions;  // touched by the network queue alone
+    int inside = 0;
+    Gate done;
+    auto completion = [&](Data data, auto, auto error, int) {
+        EXPECT_TRUE(manager.queue()->isCurrent());
+        EXPECT_EQ(++inside, 1);
+        EXPECT_FALSE(error);
+        ++completions[data.text()];
+        --inside;
+        if (completions.size() == threads * each) done.open();
+    };
+    std::vector<std::thread> givers;
+    for (int t = 0; t < threads; ++t)
+        givers.emplace_back([&, t] {
+            for (int i = 0; i < each; ++i) {
+                auto task = taskFor(server.url("/" + std::to_string(t) + "/" + std::to_string(i)));
+                task.completion = completion;
+                manager.send(std::move(task));
+            }
+        });
+    for (auto& giver : givers) giver.join();
+    done.wait();
+    for (auto& [path, count] : completions) EXPECT_EQ(count, 1) << path;
+    EXPECT_LE(most, tuning::maximumRunningPerHost);
+    EXPECT_LE(server.connections(), int(tuning::maximumRunningPerHost));
+}
+
+TEST_F(SchedulingTest, AnswersEveryRequestWhenShutDown) {
+    RawServer server([](int socket) { RawServer::waitForClose(socket); });
+    auto held = std::make_shared<int>();
+    int answered = 0;
+    for (int i = 0; i < 20; ++i) {
+        auto task = taskFor(server.url("/"));
+        task.completion = [&, held](Data, auto, auto error, int) {
+            EXPECT_EQ(error->kind, NetworkError::Kind::shutDown);
+            ++answered;
+        };
+        manager.send(std::move(task));
+    }
+    manager.shutDown();
+    manager.shutDown();
+    manager.queue()->sync([] {});
+    EXPECT_EQ(answered, 20);
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(kindOf(ask(taskFor(server.url("/")))), "shut down");
+
+    RawServer answering([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, ok); });
+    manager.restart();
+    EXPECT_EQ(kindOf(ask(taskFor(answering.url("/")))), "none");
+}
+
+TEST_F(SchedulingTest, ShutsDownFromACompletion) {
+    RawServer silent([](int socket) { RawServer::waitForClose(socket); });
+    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, ok); });
+    std::promise<NetworkError::Kind> ended;
+    auto waiting = taskFor(silent.url("/"));
+    waiting.completion = [&](Data, auto, auto error, int) { ended.set_value(error->kind); };
+    manager.send(std::move(waiting));
+    auto task = taskFor(server.url("/"));
+    task.completion = [&](auto...) { manager.shutDown(); };
+    manager.send(std::move(task));
+    EXPECT_EQ(ended.get_future().get(), NetworkError::Kind::shutDown);
+}
+
+TEST_F(SchedulingTest, TakesRequestsFromACompletionAndSurvivesItsException) {
+    std::atomic<int> reports = 0;
+    auto former = tarvo::platform::setProgrammingErrorHandler([&](auto) { ++reports; });
+    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, ok); });
+    std::promise<std::string> second;
+    auto task = taskFor(server.url("/"));
+    task.completion = [&](auto...) {
+        auto next = taskFor(server.url("/"));
+        next.completion = [&](Data data, auto...) { second.set_value(data.text()); };
+        manager.send(std::move(next));
+        throw std::runtime_error("of a handler");
+    };
+    manager.send(std::move(task));
+    EXPECT_EQ(second.get_future().get(), "ok");
+    EXPECT_EQ(reports, 1);
+    tarvo::platform::setProgrammingErrorHandler(former);
+}
+
+TEST_F(SchedulingTest, BeginsNothingWhileBodiesWaitForTheirCompletion) {
+    std::atomic<int> requests = 0;
+    RawServer server([&](int socket) {
+        RawServer::readHeader(socket);
+        ++requests;
+        RawServer::write(socket, "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + std::string(5000, 'x'));
+    });
+    manager.setMaximumBufferedKilobytes(1);
+    Gate done;
+    auto task = taskFor(server.url("/"));
+    task.completion = [&](auto...) {
+        auto next = taskFor(server.url("/"));
+        next.completion = [&](auto...) { done.open(); };
+        manager.send(std::move(next));
+        // Twenty round trips give the next request every chance to begin before this body is let go.
+        for (int i = 0; i < 20; ++i) RawServer::askDirectly(server.port());
+        EXPECT_EQ(requests, 21);
+    };
+    manager.send(std::move(task));
+    done.wait();
+    EXPECT_EQ(requests, 22);
+    manager.setMaximumBufferedKilobytes(tuning::bufferedKilobytes);
+}
+
+TEST_F(SchedulingTest, LeavesQuietlyWhenTheProcessEndsWithRequestsUnderWay) {
+    RawServer server([](int socket) { RawServer::waitForClose(socket); });
+    auto url = server.url("/");
+    ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_EXIT(
+        {
+            // The child runs this test from its start, so it has a server of its own.
+            for (int i = 0; i < 8; ++i) manager.send(taskFor(url));
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace bren::test
