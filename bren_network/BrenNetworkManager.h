@@ -26,7 +26,7 @@ struct BrenFileUploadInfo {
     std::string fileParamName;
     std::string fileName;
     Source source;
-    /// Content type of the part; "application/octet-stream" when empty.
+    /// MIME type of the file; "application/octet-stream" when empty.
     std::string fileType;
 };
 

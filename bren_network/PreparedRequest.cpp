@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "bren_network/Parameters.h"
+#include "bren_network/Tuning.h"
 #include "bren_network/URLText.h"
 #include "platform/Text.h"
 
@@ -78,7 +79,7 @@ tarvo::Result<PreparedRequest, NetworkError> prepare(BrenNetworkManager::Task& t
     request.url = std::move(from.url);
     request.method = isUpload ? "POST" : std::move(from.method);
     request.headers = std::move(from.headers);
-    request.timeout = from.timeout;
+    request.timeout = std::min(from.timeout, tuning::longestTimeout);
     auto host = hostAndPort(request.url);
     if (!host) return networkError(Kind::invalidURL, "");
     request.host = std::move(*host);

@@ -82,7 +82,6 @@ bool Transfer::begin() {
     noteProgress();
     setConnectionOptions();
     setTrust();
-    curl_easy_setopt(easy_, CURLOPT_PRIVATE, this);
     curl_easy_setopt(easy_, CURLOPT_HEADERFUNCTION, &onHeader);
     curl_easy_setopt(easy_, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &onBody);

@@ -13,6 +13,8 @@ inline constexpr std::size_t maximumRunning = 16;
 inline constexpr std::size_t maximumRunningPerHost = 6;
 /// Name look-up, connection and TLS handshake together. A request with a shorter time-out of its own ends sooner.
 inline constexpr std::chrono::milliseconds connectTimeout{30'000};
+/// The longest time-out that a request can ask for; sums of times stay far from their limits.
+inline constexpr std::chrono::milliseconds longestTimeout = std::chrono::hours(24);
 /// Redirections followed for one request. A loop ends here.
 inline constexpr long maximumRedirections = 10;
 /// Longest sleep of the thread while transfers run, so that a moved `Clock` is noticed, and while none does.

@@ -46,6 +46,13 @@ TEST_F(OutcomeTest, TellsWhyThereIsNoAnswer) {
     }
 }
 
+TEST_F(OutcomeTest, EndsAHandshakeThatStandsStill) {
+    RawServer silent([](int socket) { RawServer::waitForClose(socket); });
+    auto task = taskFor("https://127.0.0.1:" + std::to_string(silent.port()));
+    task.request.timeout = 150ms;
+    EXPECT_EQ(kindOf(ask(std::move(task))), "time-out");
+}
+
 TEST_F(OutcomeTest, TellsWhatCannotBeSent) {
     auto refused = "http://127.0.0.1:" + std::to_string(unusedPort());
     for (auto& [url, kind] : std::map<std::string, std::string>{{"", "invalid URL"},
@@ -103,9 +110,9 @@ TEST_F(OutcomeTest, DoesNotRepeatWhatTheServerMayHaveDone) {
         std::atomic<int> requests = 0;
         // Answers the first request of a connection and drops it at the second.
         RawServer server([&](int socket) {
-            RawServer::readHeader(socket);
-            RawServer::write(socket, ok);
+            if (!RawServer::readHeader(socket)) return;
             ++requests;
+            RawServer::write(socket, ok);
             if (RawServer::readHeader(socket)) ++requests;
         });
         EXPECT_EQ(kindOf(ask(taskFor(server.url("/")))), "none");
