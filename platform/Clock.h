@@ -35,6 +35,8 @@ public:
     static std::string timeZone();
     /// Sets the zone for the process; nothing gives the system's zone back.
     static void setTimeZone(std::optional<std::string> name);
+    /// Grows with every `setTimeZone`. Asking for the zone reads files; whoever asks often keeps the answer by this.
+    static std::uint64_t timeZoneVersion();
 
     /// Called after every `set`, `advance` and `release`, on the thread that did it. For the timer service.
     static void onChange(std::function<void()> callback);

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,7 @@ namespace {
 struct ZoneOfProcess {
     std::mutex mutex;
     std::optional<std::string> set;
+    std::atomic<std::uint64_t> version = 0;
 
     static ZoneOfProcess& shared() {
         static auto* zone = new ZoneOfProcess;
@@ -79,6 +81,9 @@ void Clock::setTimeZone(std::optional<std::string> name) {
     auto& zone = ZoneOfProcess::shared();
     std::lock_guard lock(zone.mutex);
     zone.set = std::move(name);
+    ++zone.version;
 }
+
+std::uint64_t Clock::timeZoneVersion() { return ZoneOfProcess::shared().version; }
 
 }  // namespace tarvo::platform
