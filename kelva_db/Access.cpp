@@ -22,8 +22,14 @@ Access::~Access() { innermost = outer_; }
 
 Access* Access::find(const void* owner) {
     auto access = innermost;
-    while (access && access->owner_ != owner) access = access->outer_;
+    while (access && (access->owner_ != owner || access->kind_ == Kind::observing)) access = access->outer_;
     return access;
+}
+
+bool Access::isInside(const void* owner) {
+    auto access = innermost;
+    while (access && access->owner_ != owner) access = access->outer_;
+    return access != nullptr;
 }
 
 void Access::read(KelvaDatabase::Block block) const {
@@ -43,7 +49,7 @@ void Access::transaction(KelvaDatabase::TransactionBlock block) const {
 }
 
 void requireOutside(const void* owner, const char* what) {
-    if (Access::find(owner))
+    if (Access::isInside(owner))
         throwError(FailureKind::misuse, std::string(what) + " inside a block of the same database");
 }
 

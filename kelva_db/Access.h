@@ -8,7 +8,9 @@ namespace kelva {
 /// find it and use its connection.
 class Access {
 public:
-    enum class Kind { reading, writing };
+    /// `observing` is the time behind a transaction, when its observers are told: new blocks may begin then, but the
+    /// connection must not go away.
+    enum class Kind { reading, writing, observing };
 
     Access(const void* owner, Connection& connection, Kind kind);
     ~Access();
@@ -16,6 +18,8 @@ public:
 
     /// The innermost block of a database that this thread is in, or null.
     static Access* find(const void* owner);
+    /// Whether this thread is in a block of the database or in a call of its observers.
+    static bool isInside(const void* owner);
 
     Connection& connection() const { return connection_; }
     Kind kind() const { return kind_; }
@@ -32,7 +36,7 @@ private:
     Access* outer_;
 };
 
-/// Throws `misuse` when the calling thread is inside a block of the database.
+/// Throws `misuse` when the calling thread is inside a block of the database or a call of its observers.
 void requireOutside(const void* owner, const char* what);
 
 }  // namespace kelva

@@ -313,20 +313,47 @@ void Connection::inSavepoint(tarvo::platform::FunctionRef<void()> block) {
     runInternal("RELEASE kelva");
 }
 
-void Connection::attach(const Attachment& attachment) {
-    // SQLCipher takes the page size of an attached file from a setting of the process.
-    static std::mutex processSetting;
-    std::lock_guard lock(processSetting);
-    auto& format = attachment.format;
-    if (!format.key.empty()) {
-        runPlain(handle(), "PRAGMA cipher_default_compatibility = " + std::to_string(format.cipherGeneration),
-                 Stage::run);
-        runPlain(handle(), "PRAGMA cipher_default_page_size = " + std::to_string(format.pageSize), Stage::run);
+namespace {
+
+/// SQLCipher takes the page size and generation of an attached file from settings of the process, which stand as long
+/// as this lives. A library of one generation ignores the setting of the other.
+class AttachSettings {
+public:
+    AttachSettings(sqlite3* handle, const FileFormat& format)
+        : lock_(mutex_),
+          handle_(handle),
+          pageSizeBefore_(singleText(handle, "PRAGMA cipher_default_page_size", Stage::run)) {
+        set(std::to_string(format.cipherGeneration), std::to_string(format.pageSize));
     }
-    runPlain(
-        handle(),
-        "ATTACH " + literal(attachment.path) + " AS " + quotedColumn(attachment.name) + " KEY \"" + format.key + "\"",
-        Stage::run);
+    ~AttachSettings() {
+        try {
+            set("4", pageSizeBefore_);
+        } catch (const DatabaseError&) {
+            // Whoever opens a file through this library sets both for it.
+        }
+    }
+    AttachSettings(const AttachSettings&) = delete;
+
+private:
+    void set(const std::string& generation, const std::string& pageSize) {
+        runPlain(handle_, "PRAGMA cipher_default_compatibility = " + generation, Stage::run);
+        if (!pageSize.empty()) runPlain(handle_, "PRAGMA cipher_default_page_size = " + pageSize, Stage::run);
+    }
+
+    static inline std::mutex mutex_;
+    std::lock_guard<std::mutex> lock_;
+    sqlite3* handle_;
+    std::string pageSizeBefore_;
+};
+
+}  // namespace
+
+void Connection::attach(const Attachment& attachment) {
+    auto& format = attachment.format;
+    std::optional<AttachSettings> settings;
+    if (!format.key.empty()) settings.emplace(handle(), format);
+    auto words = "ATTACH " + literal(attachment.path) + " AS " + quotedColumn(attachment.name);
+    runPlain(handle(), words + " KEY \"" + format.key + "\"", Stage::run);
     attached_[attachment.name] = format;
 }
 

@@ -27,7 +27,8 @@ class Connection;
 /// The columns and keys of a table that is being created.
 class TableDefinition {
 public:
-    /// Unknown to SQLite are all but its own affinities; the name is written into the statement as it is.
+    /// The raw text becomes the declared type, except that `string` and `url` are declared as text and `data` as blob:
+    /// under their own names SQLite would take them for numbers and turn the text "007" into 7.
     enum class ColumnType {
         int_,
         int8,

@@ -12,7 +12,7 @@ enum class FailureKind {
     full,          ///< disk full, or the file cannot grow
     corrupt,       ///< the file is damaged; it is never deleted by this library
     wrongKey,      ///< the passphrase does not open the file, or the file is no database
-    notEncrypted,  ///< a key was given and the file would have been plain: another SQLite answered in this process
+    notEncrypted,  ///< a key was given and the file is plain, or would be: another SQLite answers in this process
     schema,        ///< no such table or column, or SQL that SQLite cannot parse
     constraint,    ///< a row breaks a rule of its table
     readOnly,      ///< no right to write the file, or a write inside `read`

@@ -39,6 +39,8 @@ int generationOfLibrary() {
     if (version.empty())
         throwError(FailureKind::notEncrypted,
                    "a key was given, but the SQLite that answers in this process cannot encrypt; link SQLCipher first");
+    // Newer ones write every failed try of a key to standard error; this library reports failures by itself.
+    runPlain(handle.get(), "PRAGMA cipher_log_level = NONE", Stage::open);
     return version.starts_with("3") || version.starts_with("2") ? 3 : 4;
 }
 

@@ -76,7 +76,9 @@ void DatabasePool::removeAllObserver() { state_->writer.tracker().removeAll(); }
 namespace {
 
 bool isMemory(const std::string& path) {
-    return path == ":memory:" || (path.starts_with("file:") && path.find(":memory:") != std::string::npos);
+    if (path == ":memory:") return true;
+    return path.starts_with("file:") &&
+           (path.find(":memory:") != std::string::npos || path.find("mode=memory") != std::string::npos);
 }
 
 }  // namespace

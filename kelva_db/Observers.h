@@ -22,6 +22,11 @@ enum class DatabaseEvent { insert = 0, update = 1, delete_ = 2 };
 /// Rows that a savepoint rolled back are not told, nor is anything of a transaction that was rolled back: `didChange`
 /// comes when the transaction is about to end well. Table names come in lower case, the database name is "main" or
 /// that of the attached database. A row that a REPLACE removes is not told as a delete; the insert that replaced it is.
+/// SQLite keeps silent about tables declared WITHOUT ROWID and about rows that go with a dropped table.
+///
+/// An observer hears of the transactions that begin after it was added. Once `remove` has returned no call begins,
+/// also when it is called from inside `didCommit`; a call under way on the writer's queue comes to its end.
+/// `didCommit` and `didRollback` come behind the transaction: `Database` reads only, and new blocks may begin.
 class TransactionObserver : public virtual tarvo::platform::Object {
 public:
     /// Whether changes of this kind to this table are of interest. Asked often; must be quick.

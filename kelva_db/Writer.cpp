@@ -74,14 +74,19 @@ void Writer::transaction(KelvaDatabase::TransactionBlock block) {
         try {
             committed = runTransaction(writer, block);
         } catch (...) {
-            Connection::Writability readOnly(writer, false);
-            tracker_.tellRollback(writer.database());
+            tell(writer, false);
             throw;
         }
+        tell(writer, committed);
         writer.checkpointWhenLarge();
-        Connection::Writability readOnly(writer, false);
-        committed ? tracker_.tellCommit(writer.database()) : tracker_.tellRollback(writer.database());
     });
+}
+
+/// The transaction is over and its block left, so observers may begin blocks of their own.
+void Writer::tell(Connection& writer, bool committed) {
+    Access observing(this, writer, Access::Kind::observing);
+    Connection::Writability readOnly(writer, false);
+    committed ? tracker_.tellCommit(writer.database()) : tracker_.tellRollback(writer.database());
 }
 
 void Writer::write(KelvaDatabase::Block block) {

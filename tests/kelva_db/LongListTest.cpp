@@ -95,12 +95,12 @@ TEST_F(LongListTest, LongListsCompareLikeShortOnes) {
 }
 
 TEST_F(LongListTest, OtherParametersBeyondTheLimitAreRefusedClearly) {
-    ValueList parameters(1'200, 1);
+    ValueList parameters(40'000, 1);
     const std::vector<std::string> cases = {
-        "SELECT " + placeholders(1'200),
-        "SELECT 1 WHERE 1 IN (" + placeholders(100) + ") OR (" + placeholders(1'100) + ")",
-        "SELECT 1 WHERE 1 IN (" + placeholders(1'201) + ")",
-        "SELECT 1 WHERE 1 IN (0," + placeholders(1'200) + ")",
+        "SELECT " + placeholders(40'000),
+        "SELECT 1 WHERE 1 IN (" + placeholders(100) + ") OR (" + placeholders(39'900) + ")",
+        "SELECT 1 WHERE 1 IN (" + placeholders(40'001) + ")",
+        "SELECT 1 WHERE 1 IN (0," + placeholders(40'000) + ")",
     };
     database_.read([&](Database& reader) {
         for (auto& sql : cases)

@@ -162,6 +162,7 @@ TEST_F(ObserverTest, DidCommitMayUseTheDatabaseAndChangeTheObservers) {
         EXPECT_EQ(writer.query("SELECT * FROM pets").size(), 0u);
         EXPECT_EQ(failureOf([&] { fill(writer); }), FailureKind::readOnly);
         EXPECT_EQ(integer(database_, "SELECT count(*) FROM pets"), 0);
+        EXPECT_EQ(failureOf([&] { database_.close(); }), FailureKind::misuse);
         database_.remove(std::shared_ptr<TransactionObserver>(listener_));
         database_.add(std::shared_ptr<TransactionObserver>(other));
         database_.write([](Database& writer) { writer.execute("INSERT INTO pets (id) VALUES (1)"); });
