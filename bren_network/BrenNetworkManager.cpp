@@ -103,6 +103,8 @@ void BrenNetworkManager::setMaximumBufferedKilobytes(int kilobytes) {
 }
 
 void BrenNetworkManager::setUserAgent(const std::string& userAgent) {
+    if (userAgent.find_first_of(std::string_view("\r\n\0", 3)) != userAgent.npos)
+        return tarvo::platform::log("A user agent that would break out of its header line is refused");
     std::lock_guard lock(state_->mutex);
     state_->userAgent = userAgent;
 }

@@ -86,6 +86,7 @@ public:
     /// No further request begins while the bodies of finished ones that wait for their completion hold more than this,
     /// in kilobytes, so that slow completions bound the memory. 100,000 unless set; 0 or less: one body at a time.
     void setMaximumBufferedKilobytes(int kilobytes);
+    /// "TarvoBase" unless set. A text with a line break is refused and logged.
     void setUserAgent(const std::string& userAgent);
 
     /// Completions run here.
