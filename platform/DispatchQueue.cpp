@@ -52,6 +52,10 @@ BlockingScope::~BlockingScope() {
 }
 
 bool WorkerPool::waitUntilIdle(std::chrono::milliseconds atMost) {
+    if (ThreadRecord::current().isWorker) {
+        reportProgrammingError("An item of the pool waits until the pool is idle, which it never is meanwhile");
+        return false;
+    }
     auto deadline = std::chrono::steady_clock::now() + atMost;
     // A timer that is due is about to become an item; the timer thread needs a moment for it.
     do {

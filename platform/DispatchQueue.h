@@ -119,16 +119,24 @@ public:
 
     /// From now on every item goes to the poster, which must run each of them exactly once, in order, on one thread.
     /// Items that waited are handed over at once. An empty poster goes back to `run`. Set once, before the first use.
+    /// The poster is called from any thread, several at a time, and must not run the item before it returns.
     void setPoster(Poster poster);
 
     /// Runs items on the calling thread until `stop` is called; then returns after the item under way.
     void run();
-    /// Runs items until the condition holds, looking after each item; false when the time has passed without it.
+    /// Runs items until the condition holds, looking after each item and every few milliseconds; false when the time
+    /// (the system's, also while `Clock` is set by hand) has passed without it. Only one thread may run items at a
+    /// time, and no item may: `run`, `runUntil` and `drain` report a programming error then and return at once.
     bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds atMost);
     /// Runs what waits now and returns without waiting for more. Returns how many items ran.
     std::size_t drain();
+    /// Ends `run`, or the next `run` when none is under way.
     void stop();
 
+    // `sync` from another thread waits until the main thread has run the work. The main thread is the one that runs
+    // items or ran the last one: between two items its own `sync` runs at once, inside an item it is a programming
+    // error. A thread that has run none yet is like any other: its `sync` waits for somebody to drive the queue, so a
+    // thread that is about to call `run` must not `sync` before.
     void async(Work work) override;
     void asyncBarrier(Work work) override { async(std::move(work)); }
 
@@ -153,7 +161,8 @@ private:
 class WorkerPool {
 public:
     /// Waits until no queue has an item waiting or running and no timer is due, at most as long as told. True when
-    /// that was reached. For shutting down and for tests; never from an item.
+    /// that was reached. For shutting down and for tests; never from an item. The main queue does not count: whoever
+    /// drives it drains it.
     static bool waitUntilIdle(std::chrono::milliseconds atMost);
     /// Drops every timer that has not fired. Part of shutting down.
     static void cancelAllTimers();

@@ -39,12 +39,12 @@ const std::shared_ptr<MainQueue>& MainQueue::shared() {
 }
 
 Work MainQueue::forPoster(Work work) {
-    return [this, work = std::move(work)] {
+    return [this, work = std::move(work)]() mutable {
         {
             std::lock_guard lock(main_->mutex);
             main_->mainThread = ThreadRecord::current().number;
         }
-        state_->runForeign(work);
+        state_->runForeign(std::move(work));
     };
 }
 

@@ -1,8 +1,11 @@
 #include "platform/Timers.h"
 
 #include <algorithm>
+#include <system_error>
 #include <thread>
 #include <utility>
+
+#include "platform/Log.h"
 
 namespace tarvo::platform {
 
@@ -63,11 +66,20 @@ void Timers::add(std::shared_ptr<Timer::State> timer) {
         std::lock_guard lock(mutex_);
         auto due = timer->due;
         waiting_.emplace(due, std::move(timer));
-        if (!std::exchange(serving_, true)) std::thread([this] { serve(); }).detach();
+        if (!serving_) startServing();
     }
     changed_.notify_one();
     // Nobody moves a clock that stands still; what is due already must not wait for that.
     if (Clock::isSet()) fireDue();
+}
+
+void Timers::startServing() {
+    try {
+        std::thread([this] { serve(); }).detach();
+        serving_ = true;
+    } catch (const std::system_error&) {
+        log("No thread for timers; the next timer tries again");
+    }
 }
 
 void Timers::remove(Timer::State& timer) {

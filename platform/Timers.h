@@ -40,6 +40,7 @@ public:
 
 private:
     Timers();
+    void startServing();
     void serve();
     void clockChanged();
     void fireDue();

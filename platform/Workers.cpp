@@ -32,6 +32,18 @@ std::chrono::nanoseconds processorTime() {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+// False when the system has no thread to give. Items then stay in line, and the supervisor or the next item tries
+// again.
+template <class Loop>
+bool startThread(Loop loop) {
+    try {
+        std::thread(std::move(loop)).detach();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
 std::size_t processors() { return std::max(1u, std::thread::hardware_concurrency()); }
 
 }  // namespace
@@ -57,20 +69,12 @@ void Workers::addThreadIfUseful() {
         addThread();
         return;
     }
-    if (!supervised_) {
-        supervised_ = true;
-        std::thread([this] { supervise(); }).detach();
-    }
+    if (!supervised_) supervised_ = startThread([this] { supervise(); });
     superviseNow_.notify_one();
 }
 
 void Workers::addThread() {
-    try {
-        std::thread([this] { work(); }).detach();
-        ++threads_;
-    } catch (const std::system_error&) {
-        // The system has no thread to give. The items stay and the supervisor tries again.
-    }
+    if (startThread([this] { work(); })) ++threads_;
 }
 
 AdmittedItem Workers::take() {
@@ -83,16 +87,14 @@ AdmittedItem Workers::take() {
 }
 
 bool Workers::awaitItem(std::unique_lock<std::mutex>& lock) {
-    auto hasItem = [this] { return waiting() > 0; };
     ++idle_;
-    bool spare = threads_ > blocked_ + target_;
-    bool found = true;
+    bool spare = isSpare();
     if (spare)
-        found = itemReady_.wait_for(lock, spareThreadLifetime, hasItem);
+        itemReady_.wait_for(lock, spareThreadLifetime, [this] { return waiting() > 0; });
     else
-        itemReady_.wait(lock, hasItem);
+        itemReady_.wait(lock, [this] { return waiting() > 0 || isSpare(); });
     --idle_;
-    return found || threads_ <= blocked_ + target_;
+    return waiting() > 0 || !spare || !isSpare();
 }
 
 void Workers::work() {
@@ -121,6 +123,8 @@ void Workers::willBlock() {
 void Workers::didUnblock() {
     std::lock_guard lock(mutex_);
     --blocked_;
+    // The thread that stood in for this one may go now; idle threads look anew whether they are spare.
+    if (isSpare() && idle_ > 0) itemReady_.notify_all();
 }
 
 bool Workers::isStuck(std::unique_lock<std::mutex>& lock) {

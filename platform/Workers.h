@@ -46,6 +46,7 @@ private:
     bool awaitItem(std::unique_lock<std::mutex>& lock);
     AdmittedItem take();
     std::size_t waiting() const { return ready_[0].size() + ready_[1].size(); }
+    bool isSpare() const { return threads_ > blocked_ + target_; }
     void addThreadIfUseful();
     void addThread();
     void supervise();

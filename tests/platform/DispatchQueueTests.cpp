@@ -156,6 +156,7 @@ TEST(ConcurrentQueue, ReadersRunSideBySide) {
     std::latch together(3);
     for (int i = 0; i < 2; ++i) queue->async([&] { together.arrive_and_wait(); });
     queue->sync([&] { together.arrive_and_wait(); });
+    ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
 }
 
 TEST(ConcurrentQueue, ReadersBehindAWaitingBarrierWaitButANestedReadPasses) {

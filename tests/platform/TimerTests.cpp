@@ -19,6 +19,7 @@ TEST(Timer, FiresOnItsQueueWithoutAHolder) {
         fired.count_down();
     });
     fired.wait();
+    ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
     EXPECT_TRUE(onQueue);
 }
 
@@ -113,6 +114,7 @@ TEST_F(ClockTest, TimersGoOnWithTheSystemAfterTheRelease) {
     queue->asyncAfter(1ms, [&] { fired.count_down(); });
     Clock::release();
     fired.wait();
+    ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
 }
 
 TEST_F(ClockTest, SteadyTimeNeverGoesBack) {
