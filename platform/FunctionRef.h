@@ -15,8 +15,8 @@ template <class Result, class... Arguments>
 class FunctionRef<Result(Arguments...)> {
 public:
     template <class F>
-        requires(!std::is_same_v<std::remove_cvref_t<F>, FunctionRef> && std::is_invocable_r_v<Result, F&, Arguments...>)
-    FunctionRef(F&& f)  // NOLINT: implicit, so that a lambda can be passed as it is
+    requires(!std::is_same_v<std::remove_cvref_t<F>, FunctionRef> && std::is_invocable_r_v<Result, F&, Arguments...>)
+        FunctionRef(F&& f)  // NOLINT: implicit, so that a lambda can be passed as it is
         : target_(const_cast<void*>(static_cast<const void*>(std::addressof(f)))),
           call_([](void* target, Arguments... arguments) -> Result {
               return (*static_cast<std::remove_reference_t<F>*>(target))(std::forward<Arguments>(arguments)...);

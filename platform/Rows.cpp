@@ -8,13 +8,25 @@ namespace tarvo::platform {
 
 ValueView::ValueView(const Value& value) : kind_(value.kind()) {
     switch (kind_) {
-        case ValueKind::null: break;
-        case ValueKind::boolean: integer_ = *value.asBool(); break;
-        case ValueKind::integer: integer_ = *value.asInteger(); break;
-        case ValueKind::real: real_ = *value.asReal(); break;
-        case ValueKind::text: text_ = *value.asText(); break;
-        case ValueKind::bytes: text_ = value.asBytes()->bytes; break;
-        default: nested_ = &value;
+        case ValueKind::null:
+            break;
+        case ValueKind::boolean:
+            integer_ = *value.asBool();
+            break;
+        case ValueKind::integer:
+            integer_ = *value.asInteger();
+            break;
+        case ValueKind::real:
+            real_ = *value.asReal();
+            break;
+        case ValueKind::text:
+            text_ = *value.asText();
+            break;
+        case ValueKind::bytes:
+            text_ = value.asBytes()->bytes;
+            break;
+        default:
+            nested_ = &value;
     }
 }
 
@@ -51,13 +63,20 @@ ValueView ValueView::bytes(std::string_view value) {
 
 Value ValueView::copy() const {
     switch (kind_) {
-        case ValueKind::null: return {};
-        case ValueKind::boolean: return integer_ != 0;
-        case ValueKind::integer: return integer_;
-        case ValueKind::real: return real_;
-        case ValueKind::text: return text_;
-        case ValueKind::bytes: return Bytes{std::string(text_)};
-        default: return *nested_;
+        case ValueKind::null:
+            return {};
+        case ValueKind::boolean:
+            return integer_ != 0;
+        case ValueKind::integer:
+            return integer_;
+        case ValueKind::real:
+            return real_;
+        case ValueKind::text:
+            return text_;
+        case ValueKind::bytes:
+            return Bytes{std::string(text_)};
+        default:
+            return *nested_;
     }
 }
 
@@ -93,11 +112,16 @@ ValueView Rows::cell(std::size_t row, std::size_t column) const {
     const auto& cell = block_->cells[row * columns().size() + column];
     auto piece = [&] { return std::string_view(block_->arena).substr(cell.offset, cell.length); };
     switch (cell.kind) {
-        case ValueKind::integer: return ValueView::integer(cell.integer);
-        case ValueKind::real: return ValueView::real(cell.real);
-        case ValueKind::text: return ValueView::text(piece());
-        case ValueKind::bytes: return ValueView::bytes(piece());
-        default: return {};
+        case ValueKind::integer:
+            return ValueView::integer(cell.integer);
+        case ValueKind::real:
+            return ValueView::real(cell.real);
+        case ValueKind::text:
+            return ValueView::text(piece());
+        case ValueKind::bytes:
+            return ValueView::bytes(piece());
+        default:
+            return {};
     }
 }
 

@@ -26,11 +26,19 @@ public:
 
     ValueKind kind() const { return kind_; }
     bool isNull() const { return kind_ == ValueKind::null; }
-    std::optional<bool> asBool() const { return kind_ == ValueKind::boolean ? std::optional(integer_ != 0) : std::nullopt; }
-    std::optional<std::int64_t> asInteger() const { return kind_ == ValueKind::integer ? std::optional(integer_) : std::nullopt; }
+    std::optional<bool> asBool() const {
+        return kind_ == ValueKind::boolean ? std::optional(integer_ != 0) : std::nullopt;
+    }
+    std::optional<std::int64_t> asInteger() const {
+        return kind_ == ValueKind::integer ? std::optional(integer_) : std::nullopt;
+    }
     std::optional<double> asReal() const { return kind_ == ValueKind::real ? std::optional(real_) : std::nullopt; }
-    std::optional<std::string_view> asText() const { return kind_ == ValueKind::text ? std::optional(text_) : std::nullopt; }
-    std::optional<std::string_view> asBytes() const { return kind_ == ValueKind::bytes ? std::optional(text_) : std::nullopt; }
+    std::optional<std::string_view> asText() const {
+        return kind_ == ValueKind::text ? std::optional(text_) : std::nullopt;
+    }
+    std::optional<std::string_view> asBytes() const {
+        return kind_ == ValueKind::bytes ? std::optional(text_) : std::nullopt;
+    }
     /// The Value behind the view, for the nested kinds alone.
     const Value* nested() const { return nested_; }
 

@@ -66,8 +66,8 @@ std::string percentEscape(std::string_view text) {
     std::string escaped;
     escaped.reserve(text.size());
     for (unsigned char c : text) {
-        bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
-                     c == '_' || c == '~';
+        bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+                     c == '.' || c == '_' || c == '~';
         if (plain) {
             escaped += static_cast<char>(c);
         } else {

@@ -8,15 +8,24 @@ namespace tarvo::platform {
 
 std::string_view kindName(ValueKind kind) {
     switch (kind) {
-        case ValueKind::null: return "null";
-        case ValueKind::boolean: return "boolean";
-        case ValueKind::integer: return "integer";
-        case ValueKind::real: return "real";
-        case ValueKind::text: return "text";
-        case ValueKind::bytes: return "bytes";
-        case ValueKind::list: return "list";
-        case ValueKind::map: return "map";
-        case ValueKind::object: return "object";
+        case ValueKind::null:
+            return "null";
+        case ValueKind::boolean:
+            return "boolean";
+        case ValueKind::integer:
+            return "integer";
+        case ValueKind::real:
+            return "real";
+        case ValueKind::text:
+            return "text";
+        case ValueKind::bytes:
+            return "bytes";
+        case ValueKind::list:
+            return "list";
+        case ValueKind::map:
+            return "map";
+        case ValueKind::object:
+            return "object";
     }
     return "unknown";
 }
@@ -94,26 +103,35 @@ std::optional<double> Value::toReal() const {
 
 std::optional<std::string> Value::toText() const {
     switch (kind()) {
-        case ValueKind::text: return *asText();
-        case ValueKind::boolean: return *asBool() ? "true" : "false";
-        case ValueKind::integer: return std::to_string(*asInteger());
+        case ValueKind::text:
+            return *asText();
+        case ValueKind::boolean:
+            return *asBool() ? "true" : "false";
+        case ValueKind::integer:
+            return std::to_string(*asInteger());
         case ValueKind::real: {
             char buffer[32];
             auto end = std::to_chars(buffer, buffer + sizeof buffer, *asReal()).ptr;
             return std::string(buffer, end);
         }
-        default: return std::nullopt;
+        default:
+            return std::nullopt;
     }
 }
 
 bool operator==(const Value& a, const Value& b) {
     if (a.kind() != b.kind()) return false;
     switch (a.kind()) {
-        case ValueKind::bytes: return *a.asBytes() == *b.asBytes();
-        case ValueKind::list: return *a.asList() == *b.asList();
-        case ValueKind::map: return *a.asMap() == *b.asMap();
-        case ValueKind::object: return a.asObject() == b.asObject() || a.asObject()->equals(*b.asObject());
-        default: return a.state_ == b.state_;
+        case ValueKind::bytes:
+            return *a.asBytes() == *b.asBytes();
+        case ValueKind::list:
+            return *a.asList() == *b.asList();
+        case ValueKind::map:
+            return *a.asMap() == *b.asMap();
+        case ValueKind::object:
+            return a.asObject() == b.asObject() || a.asObject()->equals(*b.asObject());
+        default:
+            return a.state_ == b.state_;
     }
 }
 

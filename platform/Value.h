@@ -44,24 +44,23 @@ std::string_view kindName(ValueKind kind);
 class Value {
 public:
     Value() = default;
-    Value(std::nullptr_t) {}                                                     // NOLINT: implicit by design
-    Value(bool value) : state_(value) {}                                         // NOLINT
+    Value(std::nullptr_t) {}              // NOLINT: implicit by design
+    Value(bool value) : state_(value) {}  // NOLINT
     template <std::integral T>
-        requires(!std::same_as<T, bool>)
-    Value(T value) : state_(static_cast<std::int64_t>(value)) {}                 // NOLINT
+    requires(!std::same_as<T, bool>) Value(T value) : state_(static_cast<std::int64_t>(value)) {}  // NOLINT
     template <std::floating_point T>
-    Value(T value) : state_(static_cast<double>(value)) {}                       // NOLINT
-    Value(const char* text) : state_(std::string(text)) {}                       // NOLINT
-    Value(std::string_view text) : state_(std::string(text)) {}                  // NOLINT
-    Value(std::string text) : state_(std::move(text)) {}                         // NOLINT
+    Value(T value) : state_(static_cast<double>(value)) {}                           // NOLINT
+    Value(const char* text) : state_(std::string(text)) {}                           // NOLINT
+    Value(std::string_view text) : state_(std::string(text)) {}                      // NOLINT
+    Value(std::string text) : state_(std::move(text)) {}                             // NOLINT
     Value(Bytes bytes) : state_(std::make_shared<const Bytes>(std::move(bytes))) {}  // NOLINT
-    Value(ValueList list);                                                       // NOLINT
-    Value(ValueMap map);                                                         // NOLINT
-    Value(std::shared_ptr<const ValueObject> object);                            // NOLINT
+    Value(ValueList list);                                                           // NOLINT
+    Value(ValueMap map);                                                             // NOLINT
+    Value(std::shared_ptr<const ValueObject> object);                                // NOLINT
     template <class T>
     Value(const std::optional<T>& value) : Value(value ? Value(*value) : Value()) {}  // NOLINT
     template <class T>
-        requires std::constructible_from<Value, T>
+    requires std::constructible_from<Value, T>
     explicit Value(const std::vector<T>& items) : Value(ValueList(items.begin(), items.end())) {}
 
     // The kinds stand in the order of the alternatives.
@@ -98,7 +97,8 @@ private:
     using List = std::shared_ptr<ValueList>;
     using Map = std::shared_ptr<ValueMap>;
     using Object = std::shared_ptr<const ValueObject>;
-    std::variant<std::monostate, bool, std::int64_t, double, std::string, std::shared_ptr<const Bytes>, List, Map, Object>
+    std::variant<std::monostate, bool, std::int64_t, double, std::string, std::shared_ptr<const Bytes>, List, Map,
+                 Object>
         state_;
 };
 

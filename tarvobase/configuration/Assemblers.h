@@ -32,7 +32,8 @@ public:
                                           std::shared_ptr<InMemoryDatabaseAdapter> inMemoryDatabaseAdapter,
                                           std::shared_ptr<BrenDatabaseConstants> databaseConstants,
                                           std::shared_ptr<UserDefaultsProtocol> userDefaults)
-        : BaseAssemblerWithDatabase(std::move(databaseAdapter), std::move(inMemoryDatabaseAdapter), std::move(databaseConstants)),
+        : BaseAssemblerWithDatabase(std::move(databaseAdapter), std::move(inMemoryDatabaseAdapter),
+                                    std::move(databaseConstants)),
           userDefaults(std::move(userDefaults)) {}
 
     /// The two databases of an account. The secondary one becomes `databaseAdapter`; the primary one is for assemblers
@@ -41,7 +42,8 @@ public:
         std::shared_ptr<DatabaseAdapter> primaryAdapter;
         std::shared_ptr<DatabaseAdapter> secondaryAdapter;
     };
-    BaseAssemblerWithDatabaseUserDefaults(const Adapters& adapters, std::shared_ptr<InMemoryDatabaseAdapter> inMemoryDatabaseAdapter,
+    BaseAssemblerWithDatabaseUserDefaults(const Adapters& adapters,
+                                          std::shared_ptr<InMemoryDatabaseAdapter> inMemoryDatabaseAdapter,
                                           std::shared_ptr<BrenDatabaseConstants> databaseConstants,
                                           std::shared_ptr<UserDefaultsProtocol> userDefaults)
         : BaseAssemblerWithDatabaseUserDefaults(adapters.secondaryAdapter, std::move(inMemoryDatabaseAdapter),

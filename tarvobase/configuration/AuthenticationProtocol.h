@@ -35,7 +35,9 @@ public:
 
     /// The two operations that hosts offer each other; the library calls neither.
     virtual void signOut(const std::string& user) { static_cast<void>(user); }
-    virtual void refreshToken(const std::string& forUser, TokenCompletion completion) { authToken(forUser, std::move(completion)); }
+    virtual void refreshToken(const std::string& forUser, TokenCompletion completion) {
+        authToken(forUser, std::move(completion));
+    }
 };
 
 }  // namespace tarvo

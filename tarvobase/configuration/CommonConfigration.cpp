@@ -5,7 +5,9 @@
 
 namespace tarvo {
 
-CommonConfigration& CommonConfigration::sharedInstance() { return platform::ProcessState::current().get<CommonConfigration>(); }
+CommonConfigration& CommonConfigration::sharedInstance() {
+    return platform::ProcessState::current().get<CommonConfigration>();
+}
 
 CommonConfigration::CommonConfigration()
     // A reserved domain, so that a host that forgets to name its server reaches nobody.

@@ -36,8 +36,8 @@ public:
 };
 
 /// Everything the host decides: which server, which account, which folders, which variant. The host fills it in at
-/// start-up and may change it while running, from any thread; no code of the library assigns a field. Every reader reads
-/// the live value at the moment of use. Absent fields of paths and ids are empty optionals.
+/// start-up and may change it while running, from any thread; no code of the library assigns a field. Every reader
+/// reads the live value at the moment of use. Absent fields of paths and ids are empty optionals.
 ///
 /// At least `localDirectoryLocation`, `authentication`, `userDefaultsGroup` and the server fields must be set before
 /// anything else of the library is used; `databaseAdapter` once the account's database is open.
@@ -59,8 +59,8 @@ public:
     Setting<std::optional<std::string>> appBuildID;
     /// Root of local files: the databases lie in "/Databases" below it.
     Setting<std::optional<std::string>> localDirectoryLocation;
-    /// `localDirectoryLocation` and "/VoiceNotes/", computed at the first call and kept. Calling it while that is absent
-    /// is a programming error; the answer is then the relative folder, and nothing is kept.
+    /// `localDirectoryLocation` and "/VoiceNotes/", computed at the first call and kept. Calling it while that is
+    /// absent is a programming error; the answer is then the relative folder, and nothing is kept.
     std::string voiceFileDirectoryLocation();
     /// Held for the host.
     Setting<std::optional<std::string>> localCacheLocation;
@@ -86,7 +86,8 @@ public:
     Setting<std::optional<std::string>> dclPrefix;
     /// Sent as the parameter "domain" of authenticated requests when present.
     Setting<std::optional<std::string>> verticalDomain;
-    /// The chosen organisation; empty for none. Stands behind the names of its own tables and in the header "X-CRM-ORG".
+    /// The chosen organisation; empty for none. Stands behind the names of its own tables and in the header
+    /// "X-CRM-ORG".
     Setting<std::string> currentOrgID;
     /// Held for the host.
     Setting<std::string> currentOrgAPIURL;

@@ -43,7 +43,8 @@ struct EnumCases<GetMetadataApiVersion> {
 enum class SeModule { crm, lumet };
 template <>
 struct EnumCases<SeModule> {
-    static constexpr EnumCase<SeModule> cases[] = {{SeModule::crm, "crm", "$se_module"}, {SeModule::lumet, "lumet", "se_module"}};
+    static constexpr EnumCase<SeModule> cases[] = {{SeModule::crm, "crm", "$se_module"},
+                                                   {SeModule::lumet, "lumet", "se_module"}};
 };
 
 enum class Attachments { crm, lumet };
@@ -56,7 +57,8 @@ struct EnumCases<Attachments> {
 enum class WebBaseURLType { crmV2, lumetV2 };
 template <>
 struct EnumCases<WebBaseURLType> {
-    static constexpr EnumCase<WebBaseURLType> cases[] = {{WebBaseURLType::crmV2, "crmV2"}, {WebBaseURLType::lumetV2, "lumetV2"}};
+    static constexpr EnumCase<WebBaseURLType> cases[] = {{WebBaseURLType::crmV2, "crmV2"},
+                                                         {WebBaseURLType::lumetV2, "lumetV2"}};
 };
 
 enum class DependentServerType { accountServer, contactServer, crmServer };
@@ -69,22 +71,34 @@ struct EnumCases<DependentServerType> {
 
 /// The server environments, told apart by their raw values alone. `NetworkConstants` makes a base URL of each.
 enum class MProxyServerType {
-    type0 = 0, type1, type2, type3, type4, type5, type6, type7, type8, type9, type10, type11
+    type0 = 0,
+    type1,
+    type2,
+    type3,
+    type4,
+    type5,
+    type6,
+    type7,
+    type8,
+    type9,
+    type10,
+    type11
 };
 template <>
 struct EnumCases<MProxyServerType> {
     static constexpr EnumCase<MProxyServerType> cases[] = {
-        {MProxyServerType::type0, "type0"},   {MProxyServerType::type1, "type1"}, {MProxyServerType::type2, "type2"},
-        {MProxyServerType::type3, "type3"},   {MProxyServerType::type4, "type4"}, {MProxyServerType::type5, "type5"},
-        {MProxyServerType::type6, "type6"},   {MProxyServerType::type7, "type7"}, {MProxyServerType::type8, "type8"},
-        {MProxyServerType::type9, "type9"},   {MProxyServerType::type10, "type10"}, {MProxyServerType::type11, "type11"}};
+        {MProxyServerType::type0, "type0"}, {MProxyServerType::type1, "type1"},   {MProxyServerType::type2, "type2"},
+        {MProxyServerType::type3, "type3"}, {MProxyServerType::type4, "type4"},   {MProxyServerType::type5, "type5"},
+        {MProxyServerType::type6, "type6"}, {MProxyServerType::type7, "type7"},   {MProxyServerType::type8, "type8"},
+        {MProxyServerType::type9, "type9"}, {MProxyServerType::type10, "type10"}, {MProxyServerType::type11, "type11"}};
 };
 
 enum class NetworkApadapterType { alamofire, brenNetworkManager };
 template <>
 struct EnumCases<NetworkApadapterType> {
-    static constexpr EnumCase<NetworkApadapterType> cases[] = {{NetworkApadapterType::alamofire, "alamofire"},
-                                                               {NetworkApadapterType::brenNetworkManager, "brenNetworkManager"}};
+    static constexpr EnumCase<NetworkApadapterType> cases[] = {
+        {NetworkApadapterType::alamofire, "alamofire"},
+        {NetworkApadapterType::brenNetworkManager, "brenNetworkManager"}};
 };
 
 }  // namespace tarvo

@@ -24,7 +24,8 @@ std::vector<std::string> textsOf(const ValueList& list) {
 
 struct SharedUserAccounts {
     std::shared_ptr<UserAccountsManager> manager = std::make_shared<UserAccountsManager>(
-        std::make_shared<BrenUserDefaults>(), std::make_shared<UserAccountsConstants>(), std::make_shared<DatabaseConstants>());
+        std::make_shared<BrenUserDefaults>(), std::make_shared<UserAccountsConstants>(),
+        std::make_shared<DatabaseConstants>());
 };
 
 }  // namespace
@@ -32,7 +33,9 @@ struct SharedUserAccounts {
 UserAccountsManager::UserAccountsManager(std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                          std::shared_ptr<UserAccountsConstantsProtocol> constants,
                                          std::shared_ptr<BrenDatabaseConstants> databaseConstants)
-    : userDefaults_(std::move(userDefaults)), constants_(std::move(constants)), databaseConstants_(std::move(databaseConstants)) {}
+    : userDefaults_(std::move(userDefaults)),
+      constants_(std::move(constants)),
+      databaseConstants_(std::move(databaseConstants)) {}
 
 UserAccountsManager& UserAccountsManager::userAccounts() {
     return *platform::ProcessState::current().get<SharedUserAccounts>().manager;
@@ -72,21 +75,23 @@ bool UserAccountsManager::isDatabasePresentForUser(const std::string& with) cons
 }
 
 void UserAccountsManager::initDownloadCompleteForUser(const std::string& with) {
-    userDefaults_->update(constants_->InitialProcessCompleteUsers, UserDefaultsGroup::base(), [&](const Value& present) {
-        auto users = present.asList() ? *present.asList() : ValueList();
-        users.push_back(with);
-        return Value(std::move(users));
-    });
+    userDefaults_->update(constants_->InitialProcessCompleteUsers, UserDefaultsGroup::base(),
+                          [&](const Value& present) {
+                              auto users = present.asList() ? *present.asList() : ValueList();
+                              users.push_back(with);
+                              return Value(std::move(users));
+                          });
 }
 
 void UserAccountsManager::resetInitialDownload(const std::string& for_) {
     if (!isInitialDownloadComplete(for_)) return;
-    userDefaults_->update(constants_->InitialProcessCompleteUsers, UserDefaultsGroup::base(), [&](const Value& present) {
-        auto users = present.asList() ? *present.asList() : ValueList();
-        auto first = std::find(users.begin(), users.end(), Value(for_));
-        if (first != users.end()) users.erase(first);
-        return Value(std::move(users));
-    });
+    userDefaults_->update(constants_->InitialProcessCompleteUsers, UserDefaultsGroup::base(),
+                          [&](const Value& present) {
+                              auto users = present.asList() ? *present.asList() : ValueList();
+                              auto first = std::find(users.begin(), users.end(), Value(for_));
+                              if (first != users.end()) users.erase(first);
+                              return Value(std::move(users));
+                          });
 }
 
 PersistenceMode UserAccountsManager::getPersistenceMode(const std::string& for_) const {
@@ -105,7 +110,8 @@ void UserAccountsManager::updatePersistenceMode(const std::string& for_, Persist
     platform::log("PersistanceMode updated for `" + for_ + "` to `" + std::string(rawText(to)) + "`");
 }
 
-std::optional<std::chrono::sys_time<std::chrono::milliseconds>> AppState::getLastModulesSyncTime(const std::string& brenuid) const {
+std::optional<std::chrono::sys_time<std::chrono::milliseconds>> AppState::getLastModulesSyncTime(
+    const std::string& brenuid) const {
     auto stored = userDefaults_->stringForKey(std::string(moduleSyncTime), UserDefaultsGroup::other(brenuid));
     auto seconds = stored ? text::toReal(*stored) : std::nullopt;
     constexpr double latest = 253402300799;  // the end of the year 9999: beyond it milliseconds would not fit

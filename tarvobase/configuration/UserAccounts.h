@@ -56,9 +56,10 @@ class UserAccountsManager final : public AppLunchPersistanceProtocol,
                                   public InitProcessCompletionPersistance,
                                   public PersistenceDataManagerProtocol {
 public:
-    explicit UserAccountsManager(std::shared_ptr<UserDefaultsProtocol> userDefaults,
-                                 std::shared_ptr<UserAccountsConstantsProtocol> constants = std::make_shared<UserAccountsConstants>(),
-                                 std::shared_ptr<BrenDatabaseConstants> databaseConstants = nullptr);
+    explicit UserAccountsManager(
+        std::shared_ptr<UserDefaultsProtocol> userDefaults,
+        std::shared_ptr<UserAccountsConstantsProtocol> constants = std::make_shared<UserAccountsConstants>(),
+        std::shared_ptr<BrenDatabaseConstants> databaseConstants = nullptr);
 
     /// The instance of the process, on the settings suite of the configuration.
     static UserAccountsManager& userAccounts();
@@ -91,7 +92,8 @@ class AppState {
 public:
     explicit AppState(std::shared_ptr<UserDefaultsProtocol> userDefaults) : userDefaults_(std::move(userDefaults)) {}
     /// When the modules of an account were last synced; nothing when never.
-    std::optional<std::chrono::sys_time<std::chrono::milliseconds>> getLastModulesSyncTime(const std::string& brenuid) const;
+    std::optional<std::chrono::sys_time<std::chrono::milliseconds>> getLastModulesSyncTime(
+        const std::string& brenuid) const;
 
 private:
     std::shared_ptr<UserDefaultsProtocol> userDefaults_;

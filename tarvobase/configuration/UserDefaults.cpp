@@ -31,10 +31,14 @@ void notify(const Value& newValue, const std::string& key, const UserDefaultsGro
 
 std::string UserDefaultsGroup::text() const {
     switch (case_) {
-        case Case::other: return text_;
-        case Case::current: return CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
-        case Case::base: return std::string(baseGroup);
-        case Case::none: return {};
+        case Case::other:
+            return text_;
+        case Case::current:
+            return CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
+        case Case::base:
+            return std::string(baseGroup);
+        case Case::none:
+            return {};
     }
     return {};
 }
@@ -62,23 +66,29 @@ void BrenUserDefaults::setSecureString(const std::string& value, const std::stri
     store(value, forKey, forGroup);
 }
 // Null removes the key.
-void BrenUserDefaults::setSecureArray(const std::optional<ValueList>& value, const std::string& forKey, const Group& forGroup) {
+void BrenUserDefaults::setSecureArray(const std::optional<ValueList>& value, const std::string& forKey,
+                                      const Group& forGroup) {
     store(value, forKey, forGroup);
 }
-void BrenUserDefaults::setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey, const Group& forGroup) {
+void BrenUserDefaults::setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey,
+                                           const Group& forGroup) {
     store(value, forKey, forGroup);
 }
 void BrenUserDefaults::setInteger(std::int64_t value, const std::string& forKey, const Group& forGroup) {
     store(value, forKey, forGroup);
 }
-void BrenUserDefaults::setBool(bool value, const std::string& forKey, const Group& forGroup) { store(value, forKey, forGroup); }
+void BrenUserDefaults::setBool(bool value, const std::string& forKey, const Group& forGroup) {
+    store(value, forKey, forGroup);
+}
 void BrenUserDefaults::setArray(const ValueList& value, const std::string& forKey, const Group& forGroup) {
     store(value, forKey, forGroup);
 }
 void BrenUserDefaults::setDictionary(const ValueMap& value, const std::string& forKey, const Group& forGroup) {
     store(value, forKey, forGroup);
 }
-void BrenUserDefaults::set(std::int64_t value, const std::string& forKey, const Group& andGroup) { store(value, forKey, andGroup); }
+void BrenUserDefaults::set(std::int64_t value, const std::string& forKey, const Group& andGroup) {
+    store(value, forKey, andGroup);
+}
 
 std::optional<std::string> BrenUserDefaults::stringForKey(const std::string& key, const Group& forGroup) const {
     return userDefaults_->string(forGroup.keyForKeyName(key));
@@ -111,7 +121,9 @@ std::optional<std::int64_t> BrenUserDefaults::int64(const std::string& forKey, c
 void BrenUserDefaults::removeValueForKey(const std::string& key, const Group& inGroup) {
     userDefaults_->remove(inGroup.keyForKeyName(key));
 }
-void BrenUserDefaults::removeSecureStringForKey(const std::string& key, const Group& inGroup) { removeValueForKey(key, inGroup); }
+void BrenUserDefaults::removeSecureStringForKey(const std::string& key, const Group& inGroup) {
+    removeValueForKey(key, inGroup);
+}
 
 void BrenUserDefaults::removeAllStoredValues() {
     userDefaults_->removeKeys([](std::string_view key) {
@@ -124,7 +136,8 @@ void BrenUserDefaults::addObserver(const std::shared_ptr<UserDefaultsValueObserv
 }
 
 // The new value is known only under the store's lock; observers hear of it as soon as that is left.
-bool BrenUserDefaults::update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) {
+bool BrenUserDefaults::update(const std::string& key, const Group& inGroup,
+                              platform::FunctionRef<Value(const Value&)> next) {
     auto stored = userDefaults_->update(inGroup.keyForKeyName(key), next);
     if (stored) notify(*stored, key, inGroup);
     return stored.has_value();

@@ -56,8 +56,10 @@ public:
     virtual void setString(const std::string& value, const std::string& forKey, const Group& forGroup) = 0;
     virtual void setSecureString(const std::string& value, const std::string& forKey, const Group& forGroup) = 0;
     /// An absent value removes the key.
-    virtual void setSecureArray(const std::optional<ValueList>& value, const std::string& forKey, const Group& forGroup) = 0;
-    virtual void setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey, const Group& forGroup) = 0;
+    virtual void setSecureArray(const std::optional<ValueList>& value, const std::string& forKey,
+                                const Group& forGroup) = 0;
+    virtual void setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey,
+                                     const Group& forGroup) = 0;
     virtual void setInteger(std::int64_t value, const std::string& forKey, const Group& forGroup) = 0;
     virtual void setBool(bool value, const std::string& forKey, const Group& forGroup) = 0;
     virtual void setArray(const ValueList& value, const std::string& forKey, const Group& forGroup) = 0;
@@ -83,7 +85,8 @@ public:
 
     /// Reads, changes and writes under one lock, so that no change between is lost. `next` gets null for an absent key;
     /// null from it removes the key. False when the new value could not be stored.
-    virtual bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) = 0;
+    virtual bool update(const std::string& key, const Group& inGroup,
+                        platform::FunctionRef<Value(const Value&)> next) = 0;
 };
 
 /// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made.
@@ -94,8 +97,10 @@ public:
     void synchronise() override;
     void setString(const std::string& value, const std::string& forKey, const Group& forGroup) override;
     void setSecureString(const std::string& value, const std::string& forKey, const Group& forGroup) override;
-    void setSecureArray(const std::optional<ValueList>& value, const std::string& forKey, const Group& forGroup) override;
-    void setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey, const Group& forGroup) override;
+    void setSecureArray(const std::optional<ValueList>& value, const std::string& forKey,
+                        const Group& forGroup) override;
+    void setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey,
+                             const Group& forGroup) override;
     void setInteger(std::int64_t value, const std::string& forKey, const Group& forGroup) override;
     void setBool(bool value, const std::string& forKey, const Group& forGroup) override;
     void setArray(const ValueList& value, const std::string& forKey, const Group& forGroup) override;

@@ -6,12 +6,18 @@ namespace {
 
 std::string_view comparison(Criteria::Case which) {
     switch (which) {
-        case Criteria::Case::equalTo: return " = ";
-        case Criteria::Case::notEqualTo: return " != ";
-        case Criteria::Case::greaterThan: return " > ";
-        case Criteria::Case::lessThan: return " < ";
-        case Criteria::Case::greaterThanOrEqualTo: return " >= ";
-        default: return " <= ";
+        case Criteria::Case::equalTo:
+            return " = ";
+        case Criteria::Case::notEqualTo:
+            return " != ";
+        case Criteria::Case::greaterThan:
+            return " > ";
+        case Criteria::Case::lessThan:
+            return " < ";
+        case Criteria::Case::greaterThanOrEqualTo:
+            return " >= ";
+        default:
+            return " <= ";
     }
 }
 
@@ -87,18 +93,42 @@ void Criteria::appendSql(std::string& out) const {
         case Case::greaterThan:
         case Case::lessThan:
         case Case::greaterThanOrEqualTo:
-        case Case::lessThanOrEqualTo: out.append(text_).append(comparison(case_)).append(values_.empty() ? rightColumn_ : "?"); break;
-        case Case::isNull: out.append(text_).append(" IS NULL"); break;
-        case Case::isNotNull: out.append(text_).append(" IS NOT NULL"); break;
-        case Case::between: out.append(text_).append(" BETWEEN ? AND ?"); break;
-        case Case::notBetween: out.append(text_).append(" NOT BETWEEN ? AND ?"); break;
-        case Case::exists: out.append("EXISTS (").append(text_).append(")"); break;
-        case Case::notExists: out.append("NOT EXISTS (").append(text_).append(")"); break;
-        case Case::in: out.append(text_).append(" IN (").append(placeholders(values_.size())).append(")"); break;
-        case Case::notIn: out.append(text_).append(" NOT IN (").append(placeholders(values_.size())).append(")"); break;
-        case Case::like: out.append(text_).append(" LIKE ?"); break;
-        case Case::notLike: out.append(text_).append(" NOT LIKE ?"); break;
-        case Case::custom: out.append(text_); break;
+        case Case::lessThanOrEqualTo:
+            out.append(text_).append(comparison(case_)).append(values_.empty() ? rightColumn_ : "?");
+            break;
+        case Case::isNull:
+            out.append(text_).append(" IS NULL");
+            break;
+        case Case::isNotNull:
+            out.append(text_).append(" IS NOT NULL");
+            break;
+        case Case::between:
+            out.append(text_).append(" BETWEEN ? AND ?");
+            break;
+        case Case::notBetween:
+            out.append(text_).append(" NOT BETWEEN ? AND ?");
+            break;
+        case Case::exists:
+            out.append("EXISTS (").append(text_).append(")");
+            break;
+        case Case::notExists:
+            out.append("NOT EXISTS (").append(text_).append(")");
+            break;
+        case Case::in:
+            out.append(text_).append(" IN (").append(placeholders(values_.size())).append(")");
+            break;
+        case Case::notIn:
+            out.append(text_).append(" NOT IN (").append(placeholders(values_.size())).append(")");
+            break;
+        case Case::like:
+            out.append(text_).append(" LIKE ?");
+            break;
+        case Case::notLike:
+            out.append(text_).append(" NOT LIKE ?");
+            break;
+        case Case::custom:
+            out.append(text_);
+            break;
         case Case::and_:
         case Case::or_: {
             auto separator = rawText(case_ == Case::and_ ? Separator::and_ : Separator::or_);

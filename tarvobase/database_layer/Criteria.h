@@ -14,8 +14,25 @@ namespace tarvo {
 class Criteria final : public Query {
 public:
     enum class Case {
-        equalTo, notEqualTo, greaterThan, lessThan, greaterThanOrEqualTo, lessThanOrEqualTo, isNull, isNotNull, between,
-        exists, in, like, notBetween, notExists, notIn, notLike, custom, and_, or_
+        equalTo,
+        notEqualTo,
+        greaterThan,
+        lessThan,
+        greaterThanOrEqualTo,
+        lessThanOrEqualTo,
+        isNull,
+        isNotNull,
+        between,
+        exists,
+        in,
+        like,
+        notBetween,
+        notExists,
+        notIn,
+        notLike,
+        custom,
+        and_,
+        or_
     };
 
     /// The right side of a comparison: another column, by name, or a value.
@@ -26,9 +43,9 @@ public:
         /// A plain value, so that `equalTo("id", 7)` reads as it should.
         ColumnType(Value value) : ColumnType(false, std::move(value)) {}  // NOLINT: implicit
         template <class T>
-            requires(std::constructible_from<Value, T> && !std::same_as<std::remove_cvref_t<T>, Value> &&
-                     !std::same_as<std::remove_cvref_t<T>, ColumnType>)
-        ColumnType(T&& value) : ColumnType(false, Value(std::forward<T>(value))) {}  // NOLINT: implicit
+        requires(std::constructible_from<Value, T> && !std::same_as<std::remove_cvref_t<T>, Value> &&
+                 !std::same_as<std::remove_cvref_t<T>, ColumnType>) ColumnType(T&& value)
+            : ColumnType(false, Value(std::forward<T>(value))) {}  // NOLINT: implicit
 
         bool isColumn() const { return isColumn_; }
         const Value& held() const { return held_; }
@@ -44,25 +61,55 @@ public:
     /// How the entries of `and` and `or` are joined.
     enum class Separator { and_, or_ };
 
-    static Criteria equalTo(std::string column, ColumnType right) { return compare(Case::equalTo, std::move(column), std::move(right)); }
-    static Criteria notEqualTo(std::string column, ColumnType right) { return compare(Case::notEqualTo, std::move(column), std::move(right)); }
-    static Criteria greaterThan(std::string column, ColumnType right) { return compare(Case::greaterThan, std::move(column), std::move(right)); }
-    static Criteria lessThan(std::string column, ColumnType right) { return compare(Case::lessThan, std::move(column), std::move(right)); }
-    static Criteria greaterThanOrEqualTo(std::string column, ColumnType right) { return compare(Case::greaterThanOrEqualTo, std::move(column), std::move(right)); }
-    static Criteria lessThanOrEqualTo(std::string column, ColumnType right) { return compare(Case::lessThanOrEqualTo, std::move(column), std::move(right)); }
+    static Criteria equalTo(std::string column, ColumnType right) {
+        return compare(Case::equalTo, std::move(column), std::move(right));
+    }
+    static Criteria notEqualTo(std::string column, ColumnType right) {
+        return compare(Case::notEqualTo, std::move(column), std::move(right));
+    }
+    static Criteria greaterThan(std::string column, ColumnType right) {
+        return compare(Case::greaterThan, std::move(column), std::move(right));
+    }
+    static Criteria lessThan(std::string column, ColumnType right) {
+        return compare(Case::lessThan, std::move(column), std::move(right));
+    }
+    static Criteria greaterThanOrEqualTo(std::string column, ColumnType right) {
+        return compare(Case::greaterThanOrEqualTo, std::move(column), std::move(right));
+    }
+    static Criteria lessThanOrEqualTo(std::string column, ColumnType right) {
+        return compare(Case::lessThanOrEqualTo, std::move(column), std::move(right));
+    }
     static Criteria isNull(std::string column) { return {Case::isNull, std::move(column), {}}; }
     static Criteria isNotNull(std::string column) { return {Case::isNotNull, std::move(column), {}}; }
-    static Criteria between(std::string column, Value lower, Value upper) { return {Case::between, std::move(column), {std::move(lower), std::move(upper)}}; }
-    static Criteria notBetween(std::string column, Value lower, Value upper) { return {Case::notBetween, std::move(column), {std::move(lower), std::move(upper)}}; }
-    static Criteria exists(std::string sql, ValueList values) { return {Case::exists, std::move(sql), std::move(values)}; }
-    static Criteria notExists(std::string sql, ValueList values) { return {Case::notExists, std::move(sql), std::move(values)}; }
+    static Criteria between(std::string column, Value lower, Value upper) {
+        return {Case::between, std::move(column), {std::move(lower), std::move(upper)}};
+    }
+    static Criteria notBetween(std::string column, Value lower, Value upper) {
+        return {Case::notBetween, std::move(column), {std::move(lower), std::move(upper)}};
+    }
+    static Criteria exists(std::string sql, ValueList values) {
+        return {Case::exists, std::move(sql), std::move(values)};
+    }
+    static Criteria notExists(std::string sql, ValueList values) {
+        return {Case::notExists, std::move(sql), std::move(values)};
+    }
     /// An empty list renders "()", which is SQLite's to judge.
-    static Criteria in(std::string column, ValueList values) { return {Case::in, std::move(column), std::move(values)}; }
-    static Criteria notIn(std::string column, ValueList values) { return {Case::notIn, std::move(column), std::move(values)}; }
+    static Criteria in(std::string column, ValueList values) {
+        return {Case::in, std::move(column), std::move(values)};
+    }
+    static Criteria notIn(std::string column, ValueList values) {
+        return {Case::notIn, std::move(column), std::move(values)};
+    }
     /// Percent signs and underscores of the value keep their meaning for LIKE.
-    static Criteria like(std::string column, std::string_view value, StringCriteria pattern) { return {Case::like, std::move(column), {likeText(value, pattern)}}; }
-    static Criteria notLike(std::string column, std::string_view value, StringCriteria pattern) { return {Case::notLike, std::move(column), {likeText(value, pattern)}}; }
-    static Criteria custom(std::string sql, std::optional<ValueList> parameters = std::nullopt) { return {Case::custom, std::move(sql), std::move(parameters).value_or(ValueList())}; }
+    static Criteria like(std::string column, std::string_view value, StringCriteria pattern) {
+        return {Case::like, std::move(column), {likeText(value, pattern)}};
+    }
+    static Criteria notLike(std::string column, std::string_view value, StringCriteria pattern) {
+        return {Case::notLike, std::move(column), {likeText(value, pattern)}};
+    }
+    static Criteria custom(std::string sql, std::optional<ValueList> parameters = std::nullopt) {
+        return {Case::custom, std::move(sql), std::move(parameters).value_or(ValueList())};
+    }
     static Criteria and_(std::vector<Criteria> entries) { return {Case::and_, std::move(entries)}; }
     static Criteria or_(std::vector<Criteria> entries) { return {Case::or_, std::move(entries)}; }
 
@@ -74,7 +121,8 @@ public:
     ValueList parameters() const override;
 
 private:
-    Criteria(Case which, std::string text, ValueList values) : case_(which), text_(std::move(text)), values_(std::move(values)) {}
+    Criteria(Case which, std::string text, ValueList values)
+        : case_(which), text_(std::move(text)), values_(std::move(values)) {}
     Criteria(Case which, std::vector<Criteria> entries) : case_(which), entries_(std::move(entries)) {}
     static Criteria compare(Case which, std::string column, ColumnType right);
     static std::string likeText(std::string_view value, StringCriteria pattern);

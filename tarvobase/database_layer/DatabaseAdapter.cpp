@@ -16,8 +16,10 @@ std::optional<Rows> DatabaseAdapter::fetchAllObjects(const std::string& tableNam
     return fetchObjects("SELECt * FROM " + tableName, std::nullopt);
 }
 
-std::optional<std::int64_t> DatabaseAdapter::count(const std::string& tableName, const std::optional<Criteria>& criteria,
-                                                   std::optional<std::int64_t> from, std::optional<std::int64_t> limit) {
+std::optional<std::int64_t> DatabaseAdapter::count(const std::string& tableName,
+                                                   const std::optional<Criteria>& criteria,
+                                                   std::optional<std::int64_t> from,
+                                                   std::optional<std::int64_t> limit) {
     FetchQuery query(tableName);
     if (criteria) query.filter(*criteria);
     query.offset = from;
@@ -34,7 +36,9 @@ void DatabaseAdapter::deleteObjects(const std::string& tableName, const Criteria
     execute("DELETE FROM " + tableName + " WHERE " + criteria.sql(), criteria.parameters());
 }
 
-void DatabaseAdapter::deleteAllObjects(const std::string& tableName) { execute("DELETE FROM " + tableName, std::nullopt); }
+void DatabaseAdapter::deleteAllObjects(const std::string& tableName) {
+    execute("DELETE FROM " + tableName, std::nullopt);
+}
 
 void DatabaseAdapter::execute(const std::vector<std::reference_wrapper<const Query>>& queries) {
     std::vector<Statement> statements;

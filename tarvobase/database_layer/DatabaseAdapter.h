@@ -22,16 +22,39 @@ class SimpleObserver;
 namespace tarvo {
 
 /// Types of the columns that `create` declares; the raw text is the case's name.
-enum class TableColumnType { int_, uint, float_, double_, character, string, bool_, date, data, url, integer, text, real, blob };
+enum class TableColumnType {
+    int_,
+    uint,
+    float_,
+    double_,
+    character,
+    string,
+    bool_,
+    date,
+    data,
+    url,
+    integer,
+    text,
+    real,
+    blob
+};
 
 template <>
 struct EnumCases<TableColumnType> {
-    static constexpr EnumCase<TableColumnType> cases[] = {
-        {TableColumnType::int_, "int"},           {TableColumnType::uint, "uint"},     {TableColumnType::float_, "float"},
-        {TableColumnType::double_, "double"},     {TableColumnType::character, "character"}, {TableColumnType::string, "string"},
-        {TableColumnType::bool_, "bool"},         {TableColumnType::date, "date"},     {TableColumnType::data, "data"},
-        {TableColumnType::url, "url"},            {TableColumnType::integer, "integer"}, {TableColumnType::text, "text"},
-        {TableColumnType::real, "real"},          {TableColumnType::blob, "blob"}};
+    static constexpr EnumCase<TableColumnType> cases[] = {{TableColumnType::int_, "int"},
+                                                          {TableColumnType::uint, "uint"},
+                                                          {TableColumnType::float_, "float"},
+                                                          {TableColumnType::double_, "double"},
+                                                          {TableColumnType::character, "character"},
+                                                          {TableColumnType::string, "string"},
+                                                          {TableColumnType::bool_, "bool"},
+                                                          {TableColumnType::date, "date"},
+                                                          {TableColumnType::data, "data"},
+                                                          {TableColumnType::url, "url"},
+                                                          {TableColumnType::integer, "integer"},
+                                                          {TableColumnType::text, "text"},
+                                                          {TableColumnType::real, "real"},
+                                                          {TableColumnType::blob, "blob"}};
 };
 
 /// The one interface of the local database. From any thread; every operation blocks its caller until it is done.
@@ -50,10 +73,12 @@ public:
 
     virtual void createTable(const std::string& rawQuery) = 0;
     /// Changes nothing when the table exists.
-    void create(const std::string& table, const ColumnDefinitions& columnDefinitions, const std::vector<std::string>& primaryKey) {
+    void create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+                const std::vector<std::string>& primaryKey) {
         create(table, columnDefinitions, primaryKey, {});
     }
-    virtual void create(const std::string& table, const ColumnDefinitions& columnDefinitions, const std::vector<std::string>& primaryKey,
+    virtual void create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+                        const std::vector<std::string>& primaryKey,
                         const std::vector<std::vector<std::string>>& uniqueKeys) = 0;
 
     /// Stores one row. A row with the same primary or unique key is replaced.
@@ -68,17 +93,20 @@ public:
 
     virtual void update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) = 0;
     /// One map with the criteria at the same index each. There must be as many criteria as maps, or more.
-    virtual void update(const std::string& tableName, const std::vector<ValueMap>& values, const std::vector<Criteria>& criteria) = 0;
+    virtual void update(const std::string& tableName, const std::vector<ValueMap>& values,
+                        const std::vector<Criteria>& criteria) = 0;
     void update(const UpdateQuery& query) { execute(query); }
     void update(const std::vector<UpdateQuery>& queries) { executeAll(queries); }
 
-    virtual std::optional<Rows> fetchObjects(const std::string& rawQuery, const std::optional<ValueList>& parameters) = 0;
+    virtual std::optional<Rows> fetchObjects(const std::string& rawQuery,
+                                             const std::optional<ValueList>& parameters) = 0;
     std::optional<Rows> fetchObjects(const FetchQuery& query) { return fetchObjects(query.sql(), query.parameters()); }
     std::optional<Rows> fetchAllObjects(const std::string& tableName);
 
     /// `from` is the offset.
     std::optional<std::int64_t> count(const std::string& tableName, const std::optional<Criteria>& criteria,
-                                      std::optional<std::int64_t> from = std::nullopt, std::optional<std::int64_t> limit = std::nullopt);
+                                      std::optional<std::int64_t> from = std::nullopt,
+                                      std::optional<std::int64_t> limit = std::nullopt);
     /// Overwrites the `columns` of the query.
     std::optional<std::int64_t> count(FetchQuery& query);
 
@@ -92,7 +120,9 @@ public:
     virtual void detachDatabase(const std::string& named) = 0;
     void copyRecord(const CopyQuery& query) { execute(query); }
 
-    void execute(const std::string& rawQuery, const std::optional<ValueList>& parameters) { execute({Statement{rawQuery, parameters}}); }
+    void execute(const std::string& rawQuery, const std::optional<ValueList>& parameters) {
+        execute({Statement{rawQuery, parameters}});
+    }
     /// One transaction: the first failure stops the list and undoes all of it. A value that cannot be bound stops the
     /// call before any statement runs.
     virtual void execute(const std::vector<Statement>& queries) = 0;

@@ -19,7 +19,8 @@ std::string DatabaseConstants::databaseName() const {
 // a file; ordinary ids stay as they are.
 std::string DatabaseConstants::databaseName(const std::string& accountId) const {
     bool harmless = accountId.empty() || files::pathComponent(accountId);
-    return databaseLocation() + "/TarvoDatabaseForBrenUID" + (harmless ? accountId : text::percentEscape(accountId)) + ".sqlite";
+    return databaseLocation() + "/TarvoDatabaseForBrenUID" + (harmless ? accountId : text::percentEscape(accountId)) +
+           ".sqlite";
 }
 
 }  // namespace tarvo

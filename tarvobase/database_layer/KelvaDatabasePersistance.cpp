@@ -15,12 +15,17 @@ using OpeningFailure = KelvaDatabasePersistance::OpeningFailure;
 OpeningFailure failureOf(const kelva::DatabaseError& error) {
     using Kind = OpeningFailure::Kind;
     switch (error.kind()) {
-        case kelva::FailureKind::wrongKey: return {Kind::wrongPassphrase, error.what()};
-        case kelva::FailureKind::notEncrypted: return {Kind::notEncrypted, error.what()};
-        case kelva::FailureKind::corrupt: return {Kind::damaged, error.what()};
+        case kelva::FailureKind::wrongKey:
+            return {Kind::wrongPassphrase, error.what()};
+        case kelva::FailureKind::notEncrypted:
+            return {Kind::notEncrypted, error.what()};
+        case kelva::FailureKind::corrupt:
+            return {Kind::damaged, error.what()};
         case kelva::FailureKind::cannotOpen:
-        case kelva::FailureKind::readOnly: return {Kind::cannotOpen, error.what()};
-        default: return {Kind::other, error.what()};
+        case kelva::FailureKind::readOnly:
+            return {Kind::cannotOpen, error.what()};
+        default:
+            return {Kind::other, error.what()};
     }
 }
 
@@ -48,7 +53,8 @@ const ValueList& orEmpty(const std::optional<ValueList>& parameters) {
 
 }  // namespace
 
-KelvaDatabasePersistance::KelvaDatabasePersistance(StorageLocation storageLocation) : storageLocation_(std::move(storageLocation)) {}
+KelvaDatabasePersistance::KelvaDatabasePersistance(StorageLocation storageLocation)
+    : storageLocation_(std::move(storageLocation)) {}
 KelvaDatabasePersistance::~KelvaDatabasePersistance() = default;
 
 Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::optional<std::string>& passphrase) {
@@ -166,7 +172,8 @@ void KelvaDatabasePersistance::update(const std::string& tableName, const std::v
     for (std::size_t i = 0; i < values.size(); ++i) update(tableName, values[i], criteria[i]);
 }
 
-std::optional<Rows> KelvaDatabasePersistance::fetchObjects(const std::string& rawQuery, const std::optional<ValueList>& parameters) {
+std::optional<Rows> KelvaDatabasePersistance::fetchObjects(const std::string& rawQuery,
+                                                           const std::optional<ValueList>& parameters) {
     auto& bound = orEmpty(parameters);
     if (!kelva::allConvertible(bound)) {
         platform::log("Could not convert " + kindsOf(bound) + " to [DatabaseValueConvertible?");
@@ -186,7 +193,8 @@ void KelvaDatabasePersistance::dropTable(const std::string& tablename) {
 }
 
 void KelvaDatabasePersistance::attachDatabase(const std::string& fromPath, const std::string& withName) {
-    bool done = withDatabase("attach", [&](kelva::KelvaDatabase& database) { database.attachDatabase(fromPath, withName); });
+    bool done =
+        withDatabase("attach", [&](kelva::KelvaDatabase& database) { database.attachDatabase(fromPath, withName); });
     if (done) platform::log("Attached database `" + fromPath + "` with name `" + withName + "`");
 }
 
@@ -198,7 +206,8 @@ void KelvaDatabasePersistance::detachDatabase(const std::string& named) {
 void KelvaDatabasePersistance::execute(const std::vector<Statement>& queries) {
     for (auto& query : queries)
         if (!kelva::allConvertible(orEmpty(query.parameters)))
-            return platform::log("could not convert `" + kindsOf(*query.parameters) + " to [DatabaseValueConvertible]`");
+            return platform::log("could not convert `" + kindsOf(*query.parameters) +
+                                 " to [DatabaseValueConvertible]`");
     withDatabase("execute", [&](kelva::KelvaDatabase& database) {
         database.inTransaction([&](kelva::Database& writer) {
             for (auto& query : queries) writer.execute(query.rawQuery, orEmpty(query.parameters));

@@ -57,12 +57,14 @@ public:
     using DatabaseAdapter::insertInto;
     using DatabaseAdapter::update;
     void createTable(const std::string& rawQuery) override;
-    void create(const std::string& table, const ColumnDefinitions& columnDefinitions, const std::vector<std::string>& primaryKey,
+    void create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+                const std::vector<std::string>& primaryKey,
                 const std::vector<std::vector<std::string>>& uniqueKeys) override;
     void insertInto(const std::string& tableName, const ValueMap& values) override;
     void insertInto(const std::string& tableName, const RowSource& rows) override;
     void update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) override;
-    void update(const std::string& tableName, const std::vector<ValueMap>& values, const std::vector<Criteria>& criteria) override;
+    void update(const std::string& tableName, const std::vector<ValueMap>& values,
+                const std::vector<Criteria>& criteria) override;
     std::optional<Rows> fetchObjects(const std::string& rawQuery, const std::optional<ValueList>& parameters) override;
     void dropTable(const std::string& tablename) override;
     void attachDatabase(const std::string& fromPath, const std::string& withName) override;

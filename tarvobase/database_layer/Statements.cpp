@@ -24,7 +24,8 @@ void addLimit(Pieces& pieces, const std::optional<std::int64_t>& limit, const st
 }
 
 // SQLite reads a limit of -1 as none.
-void addLimitParameters(ValueList& parameters, const std::optional<std::int64_t>& limit, const std::optional<std::int64_t>& offset) {
+void addLimitParameters(ValueList& parameters, const std::optional<std::int64_t>& limit,
+                        const std::optional<std::int64_t>& offset) {
     if (offset || limit) parameters.push_back(limit.value_or(-1));
     if (offset) parameters.push_back(*offset);
 }
@@ -50,13 +51,16 @@ std::string joinedSql(const std::vector<T>& queries, std::string_view separator)
 
 }  // namespace
 
-FetchQuery::FetchQuery(std::string tableName, Criteria criteria) : tableName(std::move(tableName)), criterias{std::move(criteria)} {}
+FetchQuery::FetchQuery(std::string tableName, Criteria criteria)
+    : tableName(std::move(tableName)), criterias{std::move(criteria)} {}
 
-FetchQuery::FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues) : tableName(std::move(tableName)) {
+FetchQuery::FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues)
+    : tableName(std::move(tableName)) {
     if (columnValues) filter(*columnValues);
 }
 
-FetchQuery::FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues, std::vector<SortDescriptor> sortBy)
+FetchQuery::FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues,
+                       std::vector<SortDescriptor> sortBy)
     : FetchQuery(std::move(tableName), columnValues) {
     this->sortBy = std::move(sortBy);
 }
@@ -135,8 +139,12 @@ ValueList UpdateQuery::parameters() const {
     return parameters;
 }
 
-DeleteQuery::DeleteQuery(std::string tableName, const ValueMap& criteria) : DeleteQuery(std::move(tableName)) { filter(criteria); }
-DeleteQuery::DeleteQuery(std::string tableName, Criteria criteria) : DeleteQuery(std::move(tableName)) { filter(std::move(criteria)); }
+DeleteQuery::DeleteQuery(std::string tableName, const ValueMap& criteria) : DeleteQuery(std::move(tableName)) {
+    filter(criteria);
+}
+DeleteQuery::DeleteQuery(std::string tableName, Criteria criteria) : DeleteQuery(std::move(tableName)) {
+    filter(std::move(criteria));
+}
 DeleteQuery& DeleteQuery::filter(const ValueMap& columnValues) { return filter(Criteria::equals(columnValues)); }
 DeleteQuery& DeleteQuery::filter(Criteria criteria) {
     criterias.push_back(std::move(criteria));

@@ -18,7 +18,8 @@ public:
     /// An absent map adds no condition; an empty one adds "()".
     FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues);
     FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues, std::vector<SortDescriptor> sortBy);
-    FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues, const std::vector<std::string>& sortedByColumns);
+    FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues,
+               const std::vector<std::string>& sortedByColumns);
 
     FetchQuery& filter(const ValueMap& columnValues);
     FetchQuery& filter(Criteria criteria);
@@ -51,7 +52,8 @@ public:
 
 class UpdateQuery final : public Query {
 public:
-    UpdateQuery(std::string tableName, ValueMap columnValues) : tableName(std::move(tableName)), columnValues(std::move(columnValues)) {}
+    UpdateQuery(std::string tableName, ValueMap columnValues)
+        : tableName(std::move(tableName)), columnValues(std::move(columnValues)) {}
     UpdateQuery(std::string tableName, ValueMap columnValues, const ValueMap& criteria);
 
     /// Merges; a later value for a column replaces the earlier one.

@@ -9,7 +9,8 @@ std::shared_ptr<ModulesPersistanceDelegate> GetModulesDM::modulesPersistance() {
     std::call_once(decided_, [this] {
         ModuleDatabaseConstants constants;
         if (auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get())
-            modulesPersistance_ = std::make_shared<ModuleInDatabase>(std::string(constants.TableName), adapter, constants);
+            modulesPersistance_ =
+                std::make_shared<ModuleInDatabase>(std::string(constants.TableName), adapter, constants);
     });
     return modulesPersistance_;
 }

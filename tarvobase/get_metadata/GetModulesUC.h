@@ -38,7 +38,9 @@ struct GetModulesOperation::Response : BaseResponse {
 struct GetModulesOperation::GetModulesError {
     std::vector<std::string> modulesUnableToFetch;
 
-    static constexpr auto fields() { return describe(field("modulesUnableToFetch", &GetModulesError::modulesUnableToFetch)); }
+    static constexpr auto fields() {
+        return describe(field("modulesUnableToFetch", &GetModulesError::modulesUnableToFetch));
+    }
 };
 
 /// Reads modules from the local database.
@@ -57,7 +59,8 @@ private:
 
 /// Gives the modules named, in the order of the request, from the local database; a name given twice yields its module
 /// twice. A name that no module has is left out without a word: the caller compares if it cares. Answers once, on the
-/// main queue. Fails with `GetModulesError`, which holds all names, when no database was open at the object's first call.
+/// main queue. Fails with `GetModulesError`, which holds all names, when no database was open at the object's first
+/// call.
 class GetModulesUC final : public Usecase<GetModulesOperation> {
 public:
     using GetModulesError = GetModulesOperation::GetModulesError;
@@ -66,7 +69,9 @@ public:
     const std::shared_ptr<GetModulesDM> dataManager;
 
 protected:
-    void run(std::shared_ptr<const Request> request, UICallback handler) override { dataManager->runRequest(request, handler); }
+    void run(std::shared_ptr<const Request> request, UICallback handler) override {
+        dataManager->runRequest(request, handler);
+    }
 };
 
 }  // namespace tarvo

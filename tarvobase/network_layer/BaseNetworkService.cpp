@@ -13,7 +13,8 @@ NetworkError notSent(std::string why) { return {NetworkError::Kind::other, std::
 }  // namespace
 
 BaseNetworkService::BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> withNetworkConstants)
-    : networkConstants(std::move(withNetworkConstants)), orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
+    : networkConstants(std::move(withNetworkConstants)),
+      orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
 
 const std::shared_ptr<NetworkAdapter>& BaseNetworkService::networkAdapter() {
     if (!networkAdapter_) {
@@ -34,7 +35,8 @@ void BaseNetworkService::downloadRequest(Request request) { start(Transfer::down
 void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Request request) {
     auto completion = completionOf(request);
     auto prepared = service::getURLRequest(baseUrl, request.method, request.body);
-    if (!prepared) return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
+    if (!prepared)
+        return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
     give(Transfer::download, {.request = *std::move(prepared),
                               .params = std::move(request.params),
                               .priority = request.priority,
@@ -45,7 +47,8 @@ void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Reque
 void BaseNetworkService::start(Transfer transfer, Request request) {
     auto completion = completionOf(request);
     auto prepared = service::getURLRequest(baseURL, request.method, request.body);
-    if (!prepared) return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
+    if (!prepared)
+        return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
     if (!shouldAddAuthtoken)
         return give(transfer, {.request = *std::move(prepared),
                                .params = std::move(request.params),
@@ -70,7 +73,8 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
     }
     auto prepared = url(token, request.method, request.body);
     if (!prepared)
-        return completeUnsent(request.completionHandler, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
+        return completeUnsent(request.completionHandler, request.identifier,
+                              {NetworkError::Kind::invalidURL, "the text is no URL"});
     if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
     // Parameters cannot travel in a body that is taken; then they go into the URL.
     if (request.body && request.params) {
@@ -78,7 +82,8 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
         request.params.reset();
     }
     if (auto domain = CommonConfigration::sharedInstance().verticalDomain.get())
-        service::appendQuery(prepared->request.url, bren::BrenNetworkManager::formattedParamString({{"domain", *domain}}));
+        service::appendQuery(prepared->request.url,
+                             bren::BrenNetworkManager::formattedParamString({{"domain", *domain}}));
     service::logHeaders(prepared->request);
     give(transfer, {.request = std::move(prepared->request),
                     .authorization = std::move(prepared->authorization),
@@ -88,8 +93,8 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
                     .completionHandler = std::move(request.completionHandler)});
 }
 
-std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::url(const std::optional<std::string>& authentication,
-                                                                            HTTPMethod method, std::optional<Data> body) const {
+std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::url(
+    const std::optional<std::string>& authentication, HTTPMethod method, std::optional<Data> body) const {
     auto request = service::getURLRequest(baseURL, method, std::move(body));
     if (!request) return std::nullopt;
     auto asked = CommonConfigration::sharedInstance().authentication.get();
@@ -113,10 +118,12 @@ void BaseNetworkService::give(Transfer transfer, NetworkCall call) {
 
 NetworkCompletion BaseNetworkService::completionOf(Request& request) {
     if (request.completionHandler) return std::move(request.completionHandler);
-    return [weak = platform::weakSelf(this)](Data data, std::optional<URLResponse> response, std::optional<std::string> identifier,
-                                             std::optional<NetworkError> error, int taskNumber) {
+    return [weak = platform::weakSelf(this)](Data data, std::optional<URLResponse> response,
+                                             std::optional<std::string> identifier, std::optional<NetworkError> error,
+                                             int taskNumber) {
         if (auto self = weak.lock())
-            self->taskCompletionHandler(std::move(data), std::move(response), std::move(identifier), std::move(error), taskNumber);
+            self->taskCompletionHandler(std::move(data), std::move(response), std::move(identifier), std::move(error),
+                                        taskNumber);
     };
 }
 

@@ -80,8 +80,9 @@ public:
     void progressPercentHandler(float part, std::int64_t done, std::int64_t total);
 
     /// The answer of a request without a handler of its own. The base does nothing.
-    virtual void taskCompletionHandler(Data data, std::optional<URLResponse> response, std::optional<std::string> identifier,
-                                       std::optional<NetworkError> error, int taskNumber) {
+    virtual void taskCompletionHandler(Data data, std::optional<URLResponse> response,
+                                       std::optional<std::string> identifier, std::optional<NetworkError> error,
+                                       int taskNumber) {
         static_cast<void>(data), static_cast<void>(response), static_cast<void>(identifier), static_cast<void>(error),
             static_cast<void>(taskNumber);
     }
@@ -94,7 +95,8 @@ public:
 private:
     enum class Transfer { send, download };
     void start(Transfer transfer, Request request);
-    void startWithToken(Transfer transfer, Request request, const std::string& user, const std::optional<std::string>& token);
+    void startWithToken(Transfer transfer, Request request, const std::string& user,
+                        const std::optional<std::string>& token);
     void give(Transfer transfer, NetworkCall call);
     NetworkCompletion completionOf(Request& request);
     void reportNoToken(const std::string& user);

@@ -9,7 +9,8 @@ namespace tarvo {
 enum class HTTPMethod { get, post };
 template <>
 struct EnumCases<HTTPMethod> {
-    static constexpr EnumCase<HTTPMethod> cases[] = {{HTTPMethod::get, "get", "GET"}, {HTTPMethod::post, "post", "POST"}};
+    static constexpr EnumCase<HTTPMethod> cases[] = {{HTTPMethod::get, "get", "GET"},
+                                                     {HTTPMethod::post, "post", "POST"}};
 };
 
 enum class NTaskPriority { low, normal, high };
@@ -25,30 +26,85 @@ struct EnumCases<ApiVersion> {
 class CRMAPIs {
 public:
     enum class Case {
-        getMyJobsRecord, updateapprovalstatus, sendMail,
-        appinitdata, appMetadata, customViews, initRecords, recordsSync, relatedRecords, customViewRecords, getRecord,
-        getRecords, getHomeRecords, getCurrencyMetadata, getAttachmentDownload, getReportingToStatus, recordsSearch,
-        globalSearch, downloadRecordPhoto, downloadUserPhoto, getUserDetails, getHighChartAndJQuery, getDashboards,
-        getDashboardComponents, getDashboardData, getWebDashboardsData, modulesSync, metadataSync, getPermissions,
-        addRecord, updateRecord, deleteRecord, getTimeline, feedback, uploadVoiceNote, getRelatedEmailFilters,
-        getRelatedEmailList, getRelatedEmailDetail, relatedEmailSharedDetails, downloadEmailAttachment,
-        downloadPrivateEmailInlineItem, getModuleTags, addTags, removeTags, getDealStageHistory, getPipelines, addCheckIn,
-        updateCheckIn, deleteCheckIn, getMyJobs, markAsRead, downloadAttachment, uploadAttachment, switchPortal,
-        getFromAddresses, getEmailTemplates, sendEmail, uploadEmailAttachments, getAllFromEmails, getMailTemplate,
-        getMailTemplates, getTemplateWithMergeFields, getPlatformPortalInfo
+        getMyJobsRecord,
+        updateapprovalstatus,
+        sendMail,
+        appinitdata,
+        appMetadata,
+        customViews,
+        initRecords,
+        recordsSync,
+        relatedRecords,
+        customViewRecords,
+        getRecord,
+        getRecords,
+        getHomeRecords,
+        getCurrencyMetadata,
+        getAttachmentDownload,
+        getReportingToStatus,
+        recordsSearch,
+        globalSearch,
+        downloadRecordPhoto,
+        downloadUserPhoto,
+        getUserDetails,
+        getHighChartAndJQuery,
+        getDashboards,
+        getDashboardComponents,
+        getDashboardData,
+        getWebDashboardsData,
+        modulesSync,
+        metadataSync,
+        getPermissions,
+        addRecord,
+        updateRecord,
+        deleteRecord,
+        getTimeline,
+        feedback,
+        uploadVoiceNote,
+        getRelatedEmailFilters,
+        getRelatedEmailList,
+        getRelatedEmailDetail,
+        relatedEmailSharedDetails,
+        downloadEmailAttachment,
+        downloadPrivateEmailInlineItem,
+        getModuleTags,
+        addTags,
+        removeTags,
+        getDealStageHistory,
+        getPipelines,
+        addCheckIn,
+        updateCheckIn,
+        deleteCheckIn,
+        getMyJobs,
+        markAsRead,
+        downloadAttachment,
+        uploadAttachment,
+        switchPortal,
+        getFromAddresses,
+        getEmailTemplates,
+        sendEmail,
+        uploadEmailAttachments,
+        getAllFromEmails,
+        getMailTemplate,
+        getMailTemplates,
+        getTemplateWithMergeFields,
+        getPlatformPortalInfo
     };
 
     CRMAPIs(Case plain) : case_(plain) {}  // NOLINT: implicit, so that a call is named by its case alone
     static CRMAPIs getMyJobsRecord(std::string id) { return {Case::getMyJobsRecord, std::move(id), {}}; }
     static CRMAPIs updateapprovalstatus(std::string id) { return {Case::updateapprovalstatus, std::move(id), {}}; }
-    static CRMAPIs sendMail(std::string module, std::string id) { return {Case::sendMail, std::move(id), std::move(module)}; }
+    static CRMAPIs sendMail(std::string module, std::string id) {
+        return {Case::sendMail, std::move(id), std::move(module)};
+    }
 
     Case which() const { return case_; }
     const std::string& id() const { return id_; }
     const std::string& module() const { return module_; }
 
 private:
-    CRMAPIs(Case which, std::string id, std::string module) : case_(which), id_(std::move(id)), module_(std::move(module)) {}
+    CRMAPIs(Case which, std::string id, std::string module)
+        : case_(which), id_(std::move(id)), module_(std::move(module)) {}
     Case case_;
     std::string id_;
     std::string module_;

@@ -13,9 +13,12 @@ constexpr std::chrono::seconds requestTimeout{60};
 
 bren::BrenTaskPriority libraryPriority(NTaskPriority priority) {
     switch (priority) {
-        case NTaskPriority::low: return bren::BrenTaskPriority::low;
-        case NTaskPriority::high: return bren::BrenTaskPriority::high;
-        default: return bren::BrenTaskPriority::normal;
+        case NTaskPriority::low:
+            return bren::BrenTaskPriority::low;
+        case NTaskPriority::high:
+            return bren::BrenTaskPriority::high;
+        default:
+            return bren::BrenTaskPriority::normal;
     }
 }
 
@@ -24,14 +27,14 @@ std::optional<URLRequest> requestFor(const std::string& url, HTTPMethod method) 
         platform::log("Coult not generate url with given string: " + bren::withoutQuery(url));
         return std::nullopt;
     }
-    return URLRequest{.url = url, .method = std::string(rawText(method)), .headers = {}, .body = {}, .timeout = requestTimeout};
+    return URLRequest{
+        .url = url, .method = std::string(rawText(method)), .headers = {}, .body = {}, .timeout = requestTimeout};
 }
 
 BrenNetworkManager::ProgressPercentHandler percentHandlerFor(PercentHandler handler) {
     if (!handler) return nullptr;
-    return [handler = std::move(handler)](float part, std::int64_t done, std::int64_t total, std::optional<std::string>, int) {
-        handler(part, done, total);
-    };
+    return [handler = std::move(handler)](float part, std::int64_t done, std::int64_t total, std::optional<std::string>,
+                                          int) { handler(part, done, total); };
 }
 
 BrenNetworkManager::ProgressDataHandler progressHandlerFor(ProgressHandler handler) {
@@ -41,7 +44,8 @@ BrenNetworkManager::ProgressDataHandler progressHandlerFor(ProgressHandler handl
     };
 }
 
-BrenNetworkManager::CompletionHandler completionFor(NetworkCompletion completion, std::optional<std::string> identifier) {
+BrenNetworkManager::CompletionHandler completionFor(NetworkCompletion completion,
+                                                    std::optional<std::string> identifier) {
     if (!completion) return nullptr;
     return [completion = std::move(completion), identifier = std::move(identifier)](
                Data data, std::optional<URLResponse> response, std::optional<NetworkError> error, int taskNumber) {
@@ -66,7 +70,8 @@ NetworkError invalidURL() { return {NetworkError::Kind::invalidURL, "the text is
 
 }  // namespace
 
-void completeUnsent(const NetworkCompletion& completion, const std::optional<std::string>& identifier, NetworkError error) {
+void completeUnsent(const NetworkCompletion& completion, const std::optional<std::string>& identifier,
+                    NetworkError error) {
     if (!completion) return;
     BrenNetworkManager::sharedInstance().queue()->async(
         [completion, identifier, error = std::move(error)] { completion({}, std::nullopt, identifier, error, 0); });
@@ -78,7 +83,8 @@ void NetworkAdapter::sendWithHeaders(NetworkCall call, const bren::Headers& head
     send(std::move(call));
 }
 
-void NetworkAdapter::sendUrl(const std::string& url, HTTPMethod method, NetworkCall call, const bren::Headers& headers) {
+void NetworkAdapter::sendUrl(const std::string& url, HTTPMethod method, NetworkCall call,
+                             const bren::Headers& headers) {
     auto request = requestFor(url, method);
     if (!request) return completeUnsent(call.completionHandler, call.identifier, invalidURL());
     call.request = *std::move(request);
@@ -92,7 +98,9 @@ void NetworkAdapter::downloadUrl(const std::string& url, HTTPMethod method, Netw
     download(std::move(call));
 }
 
-void BrenNetworkManagerAdapter::send(NetworkCall call) { BrenNetworkManager::sharedInstance().send(taskFor(std::move(call))); }
+void BrenNetworkManagerAdapter::send(NetworkCall call) {
+    BrenNetworkManager::sharedInstance().send(taskFor(std::move(call)));
+}
 
 void BrenNetworkManagerAdapter::download(NetworkCall call) {
     call.priority = NTaskPriority::normal;
@@ -101,13 +109,18 @@ void BrenNetworkManagerAdapter::download(NetworkCall call) {
 
 void BrenNetworkManagerAdapter::upload(NetworkUpload upload) {
     BrenNetworkManager::Task task;
-    task.request = {.url = bren::encodeURLIfNotValid(upload.url), .method = "POST", .headers = {}, .body = {}, .timeout = requestTimeout};
+    task.request = {.url = bren::encodeURLIfNotValid(upload.url),
+                    .method = "POST",
+                    .headers = {},
+                    .body = {},
+                    .timeout = requestTimeout};
     for (auto& [name, value] : upload.headers) task.request.headers.add(name, value);
     task.params = std::move(upload.params);
     task.progressPercent = percentHandlerFor(std::move(upload.percentHandler));
     task.progressData = progressHandlerFor(std::move(upload.progressHandler));
     task.completion = completionFor(std::move(upload.completionHandler), std::nullopt);
-    bren::BrenFileUploadInfo file{std::move(upload.fileParamName), std::move(upload.fileName), {}, std::move(upload.fileType)};
+    bren::BrenFileUploadInfo file{
+        std::move(upload.fileParamName), std::move(upload.fileName), {}, std::move(upload.fileType)};
     if (auto path = std::get_if<std::string>(&upload.source))
         file.source = bren::BrenFileUploadInfo::FileURL{std::move(*path)};
     else

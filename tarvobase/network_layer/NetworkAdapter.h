@@ -62,7 +62,8 @@ public:
     /// Each header replaces what the request has under its name; no authorization is added.
     virtual void sendWithHeaders(NetworkCall call, const bren::Headers& headers);
     /// Builds the request from a text; one that is no URL is logged and completes with a failure.
-    virtual void sendUrl(const std::string& url, HTTPMethod method, NetworkCall call, const bren::Headers& headers = {});
+    virtual void sendUrl(const std::string& url, HTTPMethod method, NetworkCall call,
+                         const bren::Headers& headers = {});
 
     virtual void upload(NetworkUpload upload) = 0;
 
@@ -71,7 +72,8 @@ public:
 };
 
 /// Runs a completion with a failure that came before anything was sent, later and on the queue where completions run.
-void completeUnsent(const NetworkCompletion& completion, const std::optional<std::string>& identifier, NetworkError error);
+void completeUnsent(const NetworkCompletion& completion, const std::optional<std::string>& identifier,
+                    NetworkError error);
 
 /// The adapter over `bren::BrenNetworkManager`. Stateless.
 class BrenNetworkManagerAdapter final : public NetworkAdapter {

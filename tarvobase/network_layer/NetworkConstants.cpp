@@ -17,26 +17,34 @@ constexpr const char* crmWebRoot = "https://web.crm.example/crm/v2/";
 constexpr const char* lumetWebRoot = "https://web.lumet.example/crm/v2/";
 constexpr const char* internalTestEndpoint = "https://internal.crm.example";
 constexpr const char* developmentPhotoEndpoint = "https://photos.dev1.crm.example";
-constexpr std::array developmentEndpoints = {
-    "https://dev1.crm.example", "https://dev2.crm.example", "https://dev3.crm.example",
-    "https://dev4.crm.example", "https://dev5.crm.example", "https://dev6.crm.example"};
+constexpr std::array developmentEndpoints = {"https://dev1.crm.example", "https://dev2.crm.example",
+                                             "https://dev3.crm.example", "https://dev4.crm.example",
+                                             "https://dev5.crm.example", "https://dev6.crm.example"};
 
 // A server on loopback answers for every label itself (a resolver knows "localhost" and what ends in it).
 std::string_view environmentLabel(MProxyServerType type) {
     switch (type) {
-        case MProxyServerType::type0: return "sandbox";
-        case MProxyServerType::type2: return "premproxy";
-        case MProxyServerType::type3: return "labmproxy";
-        case MProxyServerType::type5: return "devmproxy";
-        default: return "mproxy";
+        case MProxyServerType::type0:
+            return "sandbox";
+        case MProxyServerType::type2:
+            return "premproxy";
+        case MProxyServerType::type3:
+            return "labmproxy";
+        case MProxyServerType::type5:
+            return "devmproxy";
+        default:
+            return "mproxy";
     }
 }
 
 std::string_view serviceLabel(DependentServerType type) {
     switch (type) {
-        case DependentServerType::accountServer: return "accounts";
-        case DependentServerType::contactServer: return "contacts";
-        case DependentServerType::crmServer: return "crm";
+        case DependentServerType::accountServer:
+            return "accounts";
+        case DependentServerType::contactServer:
+            return "contacts";
+        case DependentServerType::crmServer:
+            return "crm";
     }
     return "crm";
 }
@@ -56,7 +64,8 @@ std::string webRoot() {
 
 std::string configuredBase(const NetworkConstants& constants) {
     auto& configuration = CommonConfigration::sharedInstance();
-    return constants.getBaseUrl(configuration.serverType.get(), configuration.dclBD.get(), configuration.dclPrefix.get());
+    return constants.getBaseUrl(configuration.serverType.get(), configuration.dclBD.get(),
+                                configuration.dclPrefix.get());
 }
 
 std::string servlet() { return std::string(rawText(CommonConfigration::sharedInstance().servletPath.get())); }
@@ -91,11 +100,16 @@ std::string NetworkConstants::getBaseUrl(MProxyServerType type, const std::strin
 
 std::string NetworkConstants::getAPI(const CRMAPIs& api) const {
     switch (api.which()) {
-        case Case::getMyJobsRecord: return api.id() + "/markasread";
-        case Case::updateapprovalstatus: return api.id() + "/updateapprovalstatus";
-        case Case::sendMail: return api.module() + "/" + api.id() + "/actions/send_mail";
-        case Case::appinitdata: return std::string(rawText(CommonConfigration::sharedInstance().initDataType.get()));
-        default: return std::string(rawText(api.which()));
+        case Case::getMyJobsRecord:
+            return api.id() + "/markasread";
+        case Case::updateapprovalstatus:
+            return api.id() + "/updateapprovalstatus";
+        case Case::sendMail:
+            return api.module() + "/" + api.id() + "/actions/send_mail";
+        case Case::appinitdata:
+            return std::string(rawText(CommonConfigration::sharedInstance().initDataType.get()));
+        default:
+            return std::string(rawText(api.which()));
     }
 }
 

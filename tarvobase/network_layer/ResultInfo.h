@@ -9,8 +9,8 @@
 
 namespace tarvo {
 
-/// Reads the keys of an "info" map. Leniently, a key of another type is absent; strictly, it fails the whole. A key that
-/// is missing or null is absent either way.
+/// Reads the keys of an "info" map. Leniently, a key of another type is absent; strictly, it fails the whole. A key
+/// that is missing or null is absent either way.
 class InfoReader {
 public:
     enum class Mode { lenient, strict };

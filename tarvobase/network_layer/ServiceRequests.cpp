@@ -24,7 +24,8 @@ std::string authorizationText(AuthenticationType type, const std::string& token)
 }
 
 void authorize(NetworkUpload& upload, AuthenticationType type, const std::string& token) {
-    if (auto build = CommonConfigration::sharedInstance().appBuildID.get()) upload.headers.set(HEADER_APP_BUILDID, *build);
+    if (auto build = CommonConfigration::sharedInstance().appBuildID.get())
+        upload.headers.set(HEADER_APP_BUILDID, *build);
     if (type == AuthenticationType::oauth)
         upload.headers.set(HEADER_AUTHORIZATION, authorizationText(type, token));
     else
@@ -42,7 +43,8 @@ void appendQuery(std::string& url, const std::string& query) {
     url += query;
 }
 
-bool withToken(std::function<void(AuthenticationProtocol&, const std::string&, const std::optional<std::string>&)> work) {
+bool withToken(
+    std::function<void(AuthenticationProtocol&, const std::string&, const std::optional<std::string>&)> work) {
     auto authentication = CommonConfigration::sharedInstance().authentication.get();
     if (!authentication) return false;
     auto user = authentication->currentUser().value_or("");

@@ -44,7 +44,8 @@ void appendQuery(std::string& url, const std::string& query);
 /// Asks for the current user's token. Calls `work` exactly once, with the user and what was given, or does nothing and
 /// answers false when nobody can be asked.
 bool withToken(std::function<void(AuthenticationProtocol& authentication, const std::string& user,
-                                  const std::optional<std::string>& token)> work);
+                                  const std::optional<std::string>& token)>
+                   work);
 
 /// Names of the headers, never their values: one of them is the token.
 void logHeaders(const URLRequest& request);

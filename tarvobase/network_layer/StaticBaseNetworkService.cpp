@@ -31,20 +31,23 @@ void StaticBaseNetworkService::start(Transfer transfer, Request request) {
     if (!shouldAddAuthtoken) return startWithToken(transfer, std::move(request), std::nullopt);
     auto completion = request.completionHandler;
     auto identifier = request.identifier;
-    bool asked = service::withToken([weak = platform::weakSelf(this), transfer, request = std::move(request)](
-                                        AuthenticationProtocol&, const std::string&, const std::optional<std::string>& token) {
-        if (auto self = weak.lock()) self->startWithToken(transfer, request, token);
-    });
+    bool asked =
+        service::withToken([weak = platform::weakSelf(this), transfer, request = std::move(request)](
+                               AuthenticationProtocol&, const std::string&, const std::optional<std::string>& token) {
+            if (auto self = weak.lock()) self->startWithToken(transfer, request, token);
+        });
     if (!asked) completeUnsent(completion, identifier, noAuthentication());
 }
 
-void StaticBaseNetworkService::startWithToken(Transfer transfer, Request request, const std::optional<std::string>& token) {
+void StaticBaseNetworkService::startWithToken(Transfer transfer, Request request,
+                                              const std::optional<std::string>& token) {
     auto prepared = url(*request.url, token, request.method, request.body);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, noURL());
     if (token) {
         if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
         if (request.body && request.params && !request.params->empty()) {
-            service::appendQuery(prepared->request.url, bren::BrenNetworkManager::formattedParamString(*request.params));
+            service::appendQuery(prepared->request.url,
+                                 bren::BrenNetworkManager::formattedParamString(*request.params));
             request.params.reset();
         }
         service::logHeaders(prepared->request);
@@ -66,11 +69,12 @@ std::optional<StaticBaseNetworkService::AuthenticatedURL> StaticBaseNetworkServi
     if (!authentication) return AuthenticatedURL{*std::move(request), std::nullopt};
     auto asked = CommonConfigration::sharedInstance().authentication.get();
     if (asked && asked->authenticationType() == AuthenticationType::plain) {
-        service::appendQuery(request->url,
-                             bren::BrenNetworkManager::formattedParamString({{std::string(service::PARAM_AUTHTOKEN), *authentication}}));
+        service::appendQuery(request->url, bren::BrenNetworkManager::formattedParamString(
+                                               {{std::string(service::PARAM_AUTHTOKEN), *authentication}}));
         return AuthenticatedURL{*std::move(request), std::nullopt};
     }
-    return AuthenticatedURL{*std::move(request), service::authorizationText(AuthenticationType::oauth, *authentication)};
+    return AuthenticatedURL{*std::move(request),
+                            service::authorizationText(AuthenticationType::oauth, *authentication)};
 }
 
 void StaticBaseNetworkService::give(Transfer transfer, NetworkCall call) {
@@ -82,27 +86,28 @@ void StaticBaseNetworkService::give(Transfer transfer, NetworkCall call) {
 
 void StaticBaseNetworkService::uploadRequest(Upload upload) {
     auto completion = upload.completionHandler;
-    bool asked = service::withToken([weak = platform::weakSelf(this), upload = std::move(upload)](
-                                        AuthenticationProtocol& authentication, const std::string& user,
-                                        const std::optional<std::string>& token) {
-        auto self = weak.lock();
-        if (!self) return;
-        if (!token) {
-            if (auto handler = self->errorHandler.lock()) handler->noAuthtoken(user);
-            return completeUnsent(upload.completionHandler, std::nullopt, {NetworkError::Kind::other, "the account has no token"});
-        }
-        std::optional<ValueMap> params = upload.params;
-        if (upload.shouldAddOrgId) service::addOrganisation(params, *self->orgsPersistance);
-        NetworkUpload file{.url = upload.url.value_or(self->baseURL()),
-                           .params = *std::move(params),
-                           .source = upload.fileURL,
-                           .fileParamName = upload.fileParamName,
-                           .fileName = std::filesystem::path(upload.fileURL).filename().string(),
-                           .percentHandler = upload.percentHandler,
-                           .completionHandler = upload.completionHandler};
-        service::authorize(file, authentication.authenticationType(), *token);
-        self->networkAdapter()->upload(std::move(file));
-    });
+    bool asked = service::withToken(
+        [weak = platform::weakSelf(this), upload = std::move(upload)](
+            AuthenticationProtocol& authentication, const std::string& user, const std::optional<std::string>& token) {
+            auto self = weak.lock();
+            if (!self) return;
+            if (!token) {
+                if (auto handler = self->errorHandler.lock()) handler->noAuthtoken(user);
+                return completeUnsent(upload.completionHandler, std::nullopt,
+                                      {NetworkError::Kind::other, "the account has no token"});
+            }
+            std::optional<ValueMap> params = upload.params;
+            if (upload.shouldAddOrgId) service::addOrganisation(params, *self->orgsPersistance);
+            NetworkUpload file{.url = upload.url.value_or(self->baseURL()),
+                               .params = *std::move(params),
+                               .source = upload.fileURL,
+                               .fileParamName = upload.fileParamName,
+                               .fileName = std::filesystem::path(upload.fileURL).filename().string(),
+                               .percentHandler = upload.percentHandler,
+                               .completionHandler = upload.completionHandler};
+            service::authorize(file, authentication.authenticationType(), *token);
+            self->networkAdapter()->upload(std::move(file));
+        });
     if (!asked) completeUnsent(completion, std::nullopt, noAuthentication());
 }
 

@@ -16,7 +16,8 @@ namespace tarvo {
 /// without authorization; an upload does not, and `errorHandler` hears `noAuthtoken`.
 class StaticBaseNetworkService : public virtual platform::Object {
 public:
-    explicit StaticBaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
+    explicit StaticBaseNetworkService(
+        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
 
     std::shared_ptr<NetworkConstantsProtocol> networkConstants;
     platform::OperationQueue networkCallOperationQueue;

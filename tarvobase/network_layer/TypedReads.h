@@ -11,8 +11,8 @@
 
 namespace tarvo {
 
-/// A member of a JSON map or list, read as one type and never converted. `T` is `bool`, `std::int64_t`, `std::uint64_t`,
-/// `double` (whole numbers too), `std::string`, `ValueList` or `ValueMap`.
+/// A member of a JSON map or list, read as one type and never converted. `T` is `bool`, `std::int64_t`,
+/// `std::uint64_t`, `double` (whole numbers too), `std::string`, `ValueList` or `ValueMap`.
 template <class T>
 std::optional<T> readAs(const Value& value) {
     if constexpr (std::is_same_v<T, bool>) return value.asBool();

@@ -4,7 +4,9 @@
 
 namespace tarvo {
 
-BrenNotificationCenter& BrenNotificationCenter::shared() { return platform::ProcessState::current().get<BrenNotificationCenter>(); }
+BrenNotificationCenter& BrenNotificationCenter::shared() {
+    return platform::ProcessState::current().get<BrenNotificationCenter>();
+}
 
 BrenNotificationCenter::BrenNotificationCenter()
     : BrenNotificationCenter(DispatchQueue::serial("nimbra.kelvan.mail.post", DispatchQueue::Quality::background)) {}

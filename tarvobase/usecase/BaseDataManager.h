@@ -28,8 +28,12 @@ public:
 
     virtual void runRequest(const RequestPtr& request, const UICallback& handler) {
         switch (request->source()) {
-            case DataSource::database: askDatabase(request, handler); break;
-            case DataSource::network: askNetwork(request, handler); break;
+            case DataSource::database:
+                askDatabase(request, handler);
+                break;
+            case DataSource::network:
+                askNetwork(request, handler);
+                break;
             case DataSource::both:
                 askDatabase(request, handler);
                 askNetwork(request, handler);
@@ -37,7 +41,8 @@ public:
             case DataSource::either:
                 if (!askDatabase(request, handler)) askNetwork(request, handler);
                 break;
-            case DataSource::none: break;
+            case DataSource::none:
+                break;
         }
     }
 

@@ -15,8 +15,10 @@ enum class DataSource {
 
 template <>
 struct EnumCases<DataSource> {
-    static constexpr EnumCase<DataSource> cases[] = {{DataSource::database, "database"}, {DataSource::network, "network"},
-                                                     {DataSource::both, "both"},         {DataSource::either, "either"},
+    static constexpr EnumCase<DataSource> cases[] = {{DataSource::database, "database"},
+                                                     {DataSource::network, "network"},
+                                                     {DataSource::both, "both"},
+                                                     {DataSource::either, "either"},
                                                      {DataSource::none, "none"}};
 };
 

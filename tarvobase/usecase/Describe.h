@@ -12,11 +12,19 @@ template <class Owner, class Member>
 struct Field {
     std::string_view name;
     Member Owner::*pointer;
+    bool mayBeAbsent = false;
 };
 
 template <class Owner, class Member>
 constexpr Field<Owner, Member> field(std::string_view name, Member Owner::*pointer) {
     return {name, pointer};
+}
+
+/// A member that a reader may find absent; it then keeps the value of a fresh object. (An `std::optional` member may
+/// always be absent.)
+template <class Owner, class Member>
+constexpr Field<Owner, Member> optionalField(std::string_view name, Member Owner::*pointer) {
+    return {name, pointer, true};
 }
 
 /// The list of a type's members, in the order in which they are shown. A type has one list:
@@ -36,12 +44,15 @@ constexpr auto describe(Fields... fields) {
 }
 
 template <class T>
-concept Described = requires { T::fields(); };
+concept Described = requires {
+    T::fields();
+};
 
 /// Calls `visit(name, member)` for each described member of a value, in order.
 template <Described T, class Visit>
 void forEachField(T& value, Visit&& visit) {
-    std::apply([&](auto... field) { (visit(field.name, value.*(field.pointer)), ...); }, std::remove_const_t<T>::fields());
+    std::apply([&](auto... field) { (visit(field.name, value.*(field.pointer)), ...); },
+               std::remove_const_t<T>::fields());
 }
 
 /// One case of an enumeration: its name, and the raw text that the server or a store knows it by.
@@ -61,7 +72,9 @@ template <class E>
 struct EnumCases;
 
 template <class E>
-concept Enumerated = requires { EnumCases<E>::cases; };
+concept Enumerated = requires {
+    EnumCases<E>::cases;
+};
 
 template <Enumerated E>
 constexpr std::string_view caseName(E value) {

@@ -158,8 +158,8 @@ public:
 
 class AddEditRecordNetworkServiceErrorProtocol : public virtual platform::Object {
 public:
-    virtual void operationFailed(const std::string& operation, const std::string& recordID, const std::string& transactionID,
-                                 const std::string& moduleName) {
+    virtual void operationFailed(const std::string& operation, const std::string& recordID,
+                                 const std::string& transactionID, const std::string& moduleName) {
         static_cast<void>(operation), static_cast<void>(recordID), static_cast<void>(transactionID),
             static_cast<void>(moduleName);
     }

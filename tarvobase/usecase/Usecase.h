@@ -18,8 +18,8 @@ struct UsecaseQueue {
     static const std::shared_ptr<DispatchQueue>& queue();
 };
 
-/// The two ways to finish. Copies may be kept until the answer is there. Both return at once; the callbacks run later on
-/// the main queue, the specific one and then `didComplete`, in one item.
+/// The two ways to finish. Copies may be kept until the answer is there. Both return at once; the callbacks run later
+/// on the main queue, the specific one and then `didComplete`, in one item.
 template <class Response, class Failure>
 class UICallback {
 public:
@@ -81,12 +81,13 @@ public:
     /// The use case lives until `run` has returned, even when the caller lets it go.
     template <std::derived_from<Request> R>
     void execute(R request, Callback callback) {
-        UsecaseQueue::queue()->async([self = platform::strongSelf(this),
-                                      request = std::shared_ptr<const Request>(std::make_shared<const R>(std::move(request))),
-                                      callback = std::move(callback)]() mutable {
-            self->run(std::move(request), UICallback(std::move(callback.onSuccess), std::move(callback.onError),
-                                                     std::move(callback.didComplete)));
-        });
+        UsecaseQueue::queue()->async(
+            [self = platform::strongSelf(this),
+             request = std::shared_ptr<const Request>(std::make_shared<const R>(std::move(request))),
+             callback = std::move(callback)]() mutable {
+                self->run(std::move(request), UICallback(std::move(callback.onSuccess), std::move(callback.onError),
+                                                         std::move(callback.didComplete)));
+            });
     }
 
     template <std::derived_from<Request> R>

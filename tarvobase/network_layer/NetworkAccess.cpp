@@ -1,0 +1,13 @@
+#include "tarvobase/network_layer/NetworkAccess.h"
+
+#include "bren_network/BrenNetworkManager.h"
+
+namespace tarvo {
+
+bool trustFurtherAuthority(const std::string& file) {
+    return bren::BrenNetworkManager::sharedInstance().setFurtherAuthorityFile(file);
+}
+
+const std::shared_ptr<DispatchQueue>& networkQueue() { return bren::BrenNetworkManager::sharedInstance().queue(); }
+
+}  // namespace tarvo

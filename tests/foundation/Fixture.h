@@ -1,0 +1,127 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/Log.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/database_layer/KelvaDatabasePersistance.h"
+#include "tarvobase/network_layer/NetworkAdapter.h"
+
+namespace tarvo {
+
+/// An account that is signed in, with a token or without.
+class SignedIn final : public AuthenticationProtocol {
+public:
+    explicit SignedIn(std::optional<std::string> user, std::optional<std::string> token = "secret-token",
+                      AuthenticationType type = AuthenticationType::oauth)
+        : user(std::move(user)), token(std::move(token)), type(type) {}
+
+    AuthenticationType authenticationType() override { return type; }
+    std::optional<std::vector<std::string>> loggedInUsers() override {
+        return user ? std::optional(std::vector{*user}) : std::nullopt;
+    }
+    std::optional<std::string> currentUser() override { return user; }
+    void authToken(const std::string&, TokenCompletion completion) override { completion(token); }
+
+    std::optional<std::string> user;
+    std::optional<std::string> token;
+    AuthenticationType type;
+};
+
+/// Keeps what would have been sent and answers it with the next scripted answer, on a queue like the real one.
+class ScriptedNetworkAdapter final : public NetworkAdapter {
+public:
+    struct Answer {
+        std::string body;
+        std::optional<NetworkError> error = std::nullopt;
+    };
+    void answer(std::string body) { push({std::move(body)}); }
+    void fail(NetworkError::Kind kind) { push({"", NetworkError{kind, "scripted"}}); }
+
+    void send(NetworkCall call) override { take(std::move(call)); }
+    void download(NetworkCall call) override { take(std::move(call)); }
+    void upload(NetworkUpload upload) override {
+        std::lock_guard lock(mutex_);
+        uploads_.push_back(std::move(upload));
+    }
+
+    std::vector<NetworkCall> calls() const {
+        std::lock_guard lock(mutex_);
+        return calls_;
+    }
+    std::vector<NetworkUpload> uploads() const {
+        std::lock_guard lock(mutex_);
+        return uploads_;
+    }
+
+private:
+    void push(Answer answer) {
+        std::lock_guard lock(mutex_);
+        answers_.push_back(std::move(answer));
+    }
+    void take(NetworkCall call) {
+        Answer answer;
+        {
+            std::lock_guard lock(mutex_);
+            calls_.push_back(call);
+            if (!answers_.empty()) {
+                answer = std::move(answers_.front());
+                answers_.pop_front();
+            }
+        }
+        queue_->async([call = std::move(call), answer = std::move(answer)] {
+            if (call.completionHandler)
+                call.completionHandler(Data(answer.body), std::nullopt, call.identifier, answer.error, 1);
+        });
+    }
+
+    std::shared_ptr<DispatchQueue> queue_ = DispatchQueue::serial("tests.network");
+    mutable std::mutex mutex_;
+    std::deque<Answer> answers_;
+    std::vector<NetworkCall> calls_;
+    std::vector<NetworkUpload> uploads_;
+};
+
+/// A process state of its own, a folder of its own, an account that is signed in, and the test's thread as the main
+/// thread. At the end no contract may have been broken and no secret may stand in the log.
+class FoundationTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    CommonConfigration& configuration() { return CommonConfigration::sharedInstance(); }
+    const std::string& folder() const { return folder_; }
+    void signIn(std::optional<std::string> user, std::optional<std::string> token = "secret-token",
+                AuthenticationType type = AuthenticationType::oauth) {
+        configuration().authentication = std::make_shared<SignedIn>(std::move(user), std::move(token), type);
+    }
+
+    /// Opens the account's encrypted database and makes it the configuration's. Closed at the end of the test.
+    std::shared_ptr<KelvaDatabasePersistance> openDatabase(const std::string& passphrase = "a passphrase");
+
+    /// Runs the main queue until the condition holds; a test that waits in vain fails.
+    void pump(const std::function<bool()>& until);
+    /// Runs everything that is under way, on all queues.
+    void settle();
+
+    std::vector<std::string> logged() const;
+    bool wasLogged(std::string_view piece) const;
+    /// Contracts that were broken; a test that expects one takes it out.
+    std::vector<std::string> takeProgrammingErrors();
+
+private:
+    std::string folder_;
+    mutable std::mutex mutex_;
+    std::vector<std::string> log_;
+    std::vector<std::string> programmingErrors_;
+    std::vector<std::shared_ptr<KelvaDatabasePersistance>> databases_;
+};
+
+}  // namespace tarvo
