@@ -34,21 +34,31 @@ bool contains(const std::vector<std::string>& columns, const std::string& name) 
 
 void TableAccess::store(std::vector<ValueMap> rows) const {
     if (!adapter_ || rows.empty()) return;
-    auto columns = adapter_->columnNames(tableName_);
-    // Without a table the adapter says so by itself.
-    if (!columns.empty()) {
-        std::vector<std::string> missing;
-        for (auto& name : MapRowSource(rows).columns())
-            if (!contains(columns, name)) missing.push_back(name);
-        for (auto& name : missing) {
-            platform::ProcessState::current().get<LeftOutColumns>().note(tableName_, name);
-            for (auto& row : rows) row.remove(name);
-        }
-    }
+    leaveOutMissingColumns(rows);
     if (rows.size() == 1)
         adapter_->insertInto(tableName_, rows.front());
     else
         adapter_->insertInto(tableName_, rows);
+}
+
+void TableAccess::update(ValueMap values, const Criteria& criteria) const {
+    if (!adapter_) return;
+    leaveOutMissingColumns({&values, 1});
+    adapter_->update(tableName_, values, criteria);
+}
+
+void TableAccess::leaveOutMissingColumns(std::span<ValueMap> rows) const {
+    auto columns = adapter_->columnNames(tableName_);
+    // Without a table the adapter says so by itself.
+    if (columns.empty()) return;
+    std::vector<std::string> missing;
+    MapRowSource batch(rows);
+    for (auto& name : batch.columns())
+        if (!contains(columns, name)) missing.push_back(name);
+    for (auto& name : missing) {
+        platform::ProcessState::current().get<LeftOutColumns>().note(tableName_, name);
+        for (auto& row : rows) row.remove(name);
+    }
 }
 
 }  // namespace tarvo

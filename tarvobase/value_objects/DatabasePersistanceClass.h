@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,7 +25,9 @@ public:
     /// Stores rows, replacing those of the same key. The server owns every schema, and one column that its table lacks
     /// must never lose a row: such a column is left out of the write, and logged once.
     void store(std::vector<ValueMap> rows) const;
-    std::optional<Rows> fetch(const FetchQuery& query) const { return adapter_ ? adapter_->fetchObjects(query) : std::nullopt; }
+    std::optional<Rows> fetch(const FetchQuery& query) const {
+        return adapter_ ? adapter_->fetchObjects(query) : std::nullopt;
+    }
     std::optional<Rows> fetchAll() const { return adapter_ ? adapter_->fetchAllObjects(tableName_) : std::nullopt; }
     void deleteObjects(const Criteria& criteria) const {
         if (adapter_) adapter_->deleteObjects(tableName_, criteria);
@@ -32,9 +35,8 @@ public:
     void deleteAll() const {
         if (adapter_) adapter_->deleteAllObjects(tableName_);
     }
-    void update(const ValueMap& values, const Criteria& criteria) const {
-        if (adapter_) adapter_->update(tableName_, values, criteria);
-    }
+    /// Leaves columns out as `store` does.
+    void update(ValueMap values, const Criteria& criteria) const;
 
     /// `read(row)` of every row, in row order. An absent answer is absent.
     template <class Read>
@@ -51,6 +53,8 @@ public:
     const std::shared_ptr<DatabaseAdapter>& adapter() const { return adapter_; }
 
 private:
+    void leaveOutMissingColumns(std::span<ValueMap> rows) const;
+
     std::shared_ptr<DatabaseAdapter> adapter_;
     std::string tableName_;
 };
@@ -69,12 +73,21 @@ protected:
 };
 
 /// Base of the table classes that ask the configuration for the adapter at each call, so that they may be made before a
-/// database is open and outlive a change of database. `Bound` is the class that knows the table's name (`TableName`).
+/// database is open and outlive a change of database. `Bound` is the class that knows the table's name: constants with
+/// `TableName` or a mapper with `tableName`.
 template <class Bound>
 class StaticDatabasePersistanceClass : public virtual platform::Object {
 protected:
     TableAccess table() const {
-        return {CommonConfigration::sharedInstance().databaseAdapter.get(), std::string(Bound().TableName)};
+        return {CommonConfigration::sharedInstance().databaseAdapter.get(), std::string(nameOf(Bound()))};
+    }
+
+private:
+    static std::string_view nameOf(const auto& bound) {
+        if constexpr (requires { bound.TableName; })
+            return bound.TableName;
+        else
+            return bound.tableName;
     }
 };
 

@@ -22,7 +22,8 @@ public:
     static constexpr const char* dateFormatKey = "TarvoDateFormat";
     static constexpr const char* timeFormatKey = "TarvoTimeFormat";
 
-    explicit DateTimeInUserDefaults(std::shared_ptr<UserDefaultsProtocol> userDefaults) : userDefaults_(std::move(userDefaults)) {}
+    explicit DateTimeInUserDefaults(std::shared_ptr<UserDefaultsProtocol> userDefaults)
+        : userDefaults_(std::move(userDefaults)) {}
     void storeDateFormat(const std::string& dateFormat) override {
         userDefaults_->setString(dateFormat, dateFormatKey, UserDefaultsGroup::current());
     }

@@ -6,9 +6,38 @@ namespace tarvo {
 
 /// Data type of a field, by the server's name of it.
 enum class FieldDataType {
-    autonumber, bigInt, boolean, currency, date, dateTime, decimal, double_, email, fileupload, formula, eventRemainder,
-    integer, lookup, multiSelectPicklist, multiselectlookup, ownerlookup, phone, picklist, text, textArea, userLookup,
-    website, activityType, none, file, alarm, consent_lookup, profileImage, subform, eventParticipant, unknown
+    autonumber,
+    bigInt,
+    boolean,
+    currency,
+    date,
+    dateTime,
+    decimal,
+    double_,
+    email,
+    fileupload,
+    formula,
+    eventRemainder,
+    integer,
+    lookup,
+    multiSelectPicklist,
+    multiselectlookup,
+    ownerlookup,
+    phone,
+    picklist,
+    text,
+    textArea,
+    userLookup,
+    website,
+    activityType,
+    none,
+    file,
+    alarm,
+    consent_lookup,
+    profileImage,
+    subform,
+    eventParticipant,
+    unknown
 };
 
 template <>
@@ -55,14 +84,19 @@ constexpr FieldScalarType getType(FieldDataType type) {
     switch (type) {
         case FieldDataType::bigInt:
         case FieldDataType::date:
-        case FieldDataType::dateTime: return FieldScalarType::integer64;
+        case FieldDataType::dateTime:
+            return FieldScalarType::integer64;
         case FieldDataType::boolean:
-        case FieldDataType::eventRemainder: return FieldScalarType::boolean;
+        case FieldDataType::eventRemainder:
+            return FieldScalarType::boolean;
         case FieldDataType::currency:
         case FieldDataType::decimal:
-        case FieldDataType::double_: return FieldScalarType::real;
-        case FieldDataType::integer: return FieldScalarType::integer;
-        default: return FieldScalarType::text;
+        case FieldDataType::double_:
+            return FieldScalarType::real;
+        case FieldDataType::integer:
+            return FieldScalarType::integer;
+        default:
+            return FieldScalarType::text;
     }
 }
 

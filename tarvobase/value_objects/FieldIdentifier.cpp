@@ -9,22 +9,18 @@
 namespace tarvo {
 
 const FieldIdentifier& FieldIdentifier::crmColumnNameIdentifier() {
-    static const FieldIdentifier identifier{&FieldMetadata::columnCRMName,
-                                            static_cast<std::string LayoutMetadata::*>(&FieldMetadata::columnCRMName),
-                                            &PicklistMetadata::crmColumnName,
-                                            &FieldMetadataConstants::ColumnCRMName,
-                                            &LayoutFieldData::crmColumnName,
-                                            &CRMColumnConstant};
+    static const FieldIdentifier identifier{
+        &FieldMetadata::columnCRMName,    static_cast<std::string LayoutMetadata::*>(&FieldMetadata::columnCRMName),
+        &PicklistMetadata::crmColumnName, &FieldMetadataConstants::ColumnCRMName,
+        &LayoutFieldData::crmColumnName,  &CRMColumnConstant};
     return identifier;
 }
 
 const FieldIdentifier& FieldIdentifier::fieldAPINameIdentifier() {
-    static const FieldIdentifier identifier{&FieldMetadata::fieldAPIName,
-                                            static_cast<std::string LayoutMetadata::*>(&FieldMetadata::fieldAPIName),
-                                            &PicklistMetadata::fieldAPIName,
-                                            &FieldMetadataConstants::FieldAPIName,
-                                            &LayoutFieldData::fieldAPIName,
-                                            &FieldAPIConstant};
+    static const FieldIdentifier identifier{
+        &FieldMetadata::fieldAPIName,    static_cast<std::string LayoutMetadata::*>(&FieldMetadata::fieldAPIName),
+        &PicklistMetadata::fieldAPIName, &FieldMetadataConstants::FieldAPIName,
+        &LayoutFieldData::fieldAPIName,  &FieldAPIConstant};
     return identifier;
 }
 
@@ -37,6 +33,8 @@ const IdentifierConstants CRMColumnConstant{
 const IdentifierConstants FieldAPIConstant{
     .rowID = "_id", .id = "id", .recordId = "record_id", .fullName = "Full_Name", .modifiedTime = "Modified_Time"};
 
-const IdentifierConstants& FieldIdentifierConstants() { return *CommonConfigration::sharedInstance().fieldIdentifier.get().constant; }
+const IdentifierConstants& FieldIdentifierConstants() {
+    return *CommonConfigration::sharedInstance().fieldIdentifier.get().constant;
+}
 
 }  // namespace tarvo

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tarvobase/usecase/Describe.h"
+#include "tarvobase/value_objects/InMemoryDatabaseAdapter.h"
 #include "tarvobase/value_objects/ModuleIdentifier.h"
 #include "tarvobase/value_objects/StoredForm.h"
 
@@ -25,7 +26,8 @@ struct EnumCases<ModuleType> {
                                                      {ModuleType::none, "none"}};
 };
 
-inline constexpr std::array supportedLinkingModule = {ModuleType::custom, ModuleType::subform, ModuleType::picklisttracker};
+inline constexpr std::array supportedLinkingModule = {ModuleType::custom, ModuleType::subform,
+                                                      ModuleType::picklisttracker};
 
 /// One record type of the CRM.
 struct Module {
@@ -43,8 +45,8 @@ struct Module {
     static constexpr auto fields() {
         return describe(field("id", &Module::id), field("moduleName", &Module::moduleName),
                         field("singularName", &Module::singularName), field("pluralName", &Module::pluralName),
-                        field("apiName", &Module::apiName), field("position", &Module::position), field("type", &Module::type),
-                        field("tableCreationQuery", &Module::tableCreationQuery));
+                        field("apiName", &Module::apiName), field("position", &Module::position),
+                        field("type", &Module::type), field("tableCreationQuery", &Module::tableCreationQuery));
     }
     friend bool operator==(const Module&, const Module&) = default;
 };
@@ -84,5 +86,8 @@ struct ModuleDatabaseConstants : ModuleConstants {
     ValueMap getDictionary(const Module& module) const { return toMap(module, Form::table); }
     Module getModule(const Row& row) const { return fromMap(row, Form::table); }
 };
+
+/// A member by its plain key, for filters in memory.
+InMemoryPropertyValue propertyForKey(const Module& module, std::string_view key);
 
 }  // namespace tarvo

@@ -44,7 +44,8 @@ bool ModuleIdentifier::isActivityModule(std::string_view moduleName) {
 }
 
 bool ModuleIdentifier::isInventoryModule(std::string_view moduleName) {
-    return moduleName == "Invoices" || moduleName == "Quotes" || moduleName == "PurchaseOrders" || moduleName == "SalesOrders";
+    return moduleName == "Invoices" || moduleName == "Quotes" || moduleName == "PurchaseOrders" ||
+           moduleName == "SalesOrders";
 }
 
 }  // namespace tarvo

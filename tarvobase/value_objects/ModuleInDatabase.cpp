@@ -6,7 +6,8 @@ namespace tarvo {
 
 ModuleInDatabase::ModuleInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                    ModuleDatabaseConstants databaseConstants)
-    : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)), databaseConstants_(databaseConstants) {}
+    : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)),
+      databaseConstants_(databaseConstants) {}
 
 void ModuleInDatabase::storeModules(const std::vector<Module>& modules) {
     std::vector<std::string> bare;
@@ -26,7 +27,9 @@ void ModuleInDatabase::storeModules(const std::vector<Module>& modules) {
     table().store(std::move(rows));
 }
 
-Result<std::vector<Module>, ParserError> ModuleInDatabase::getAllModules() { return presentOrNoData(modulesOf(table().fetchAll())); }
+Result<std::vector<Module>, ParserError> ModuleInDatabase::getAllModules() {
+    return presentOrNoData(modulesOf(table().fetchAll()));
+}
 
 Result<Module, ParserError> ModuleInDatabase::getModuleByModuleName(const std::string& moduleName) {
     return firstOrNoData(modulesWhere(databaseConstants_.ModuleName, {moduleName}));
@@ -34,10 +37,12 @@ Result<Module, ParserError> ModuleInDatabase::getModuleByModuleName(const std::s
 Result<Module, ParserError> ModuleInDatabase::getModuleByApiName(const std::string& apiName) {
     return firstOrNoData(modulesWhere(databaseConstants_.APIName, {apiName}));
 }
-Result<std::vector<Module>, ParserError> ModuleInDatabase::getModulesByModuleNames(const std::vector<std::string>& moduleNames) {
+Result<std::vector<Module>, ParserError> ModuleInDatabase::getModulesByModuleNames(
+    const std::vector<std::string>& moduleNames) {
     return filledOrNoData(modulesWhere(databaseConstants_.ModuleName, moduleNames));
 }
-Result<std::vector<Module>, ParserError> ModuleInDatabase::getModulesByApiNames(const std::vector<std::string>& apiNames) {
+Result<std::vector<Module>, ParserError> ModuleInDatabase::getModulesByApiNames(
+    const std::vector<std::string>& apiNames) {
     return filledOrNoData(modulesWhere(databaseConstants_.APIName, apiNames));
 }
 
@@ -46,7 +51,8 @@ void ModuleInDatabase::deleteModules(const std::vector<Module>& modules) {
         table().deleteObjects(Criteria::equalTo(std::string(databaseConstants_.ModuleName), module.moduleName));
 }
 
-std::optional<std::vector<Module>> ModuleInDatabase::modulesWhere(std::string_view column, const std::vector<std::string>& values) const {
+std::optional<std::vector<Module>> ModuleInDatabase::modulesWhere(std::string_view column,
+                                                                  const std::vector<std::string>& values) const {
     return modulesOf(table().fetch(FetchQuery(tableName, Criteria::in(std::string(column), valueList(values)))));
 }
 

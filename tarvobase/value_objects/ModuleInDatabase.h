@@ -18,13 +18,15 @@ public:
     Result<std::vector<Module>, ParserError> getAllModules() override;
     Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) override;
     Result<Module, ParserError> getModuleByApiName(const std::string& apiName) override;
-    Result<std::vector<Module>, ParserError> getModulesByModuleNames(const std::vector<std::string>& moduleNames) override;
+    Result<std::vector<Module>, ParserError> getModulesByModuleNames(
+        const std::vector<std::string>& moduleNames) override;
     Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) override;
     void deleteModules(const std::vector<Module>& modules) override;
     void reloadAll() override {}
 
 private:
-    std::optional<std::vector<Module>> modulesWhere(std::string_view column, const std::vector<std::string>& values) const;
+    std::optional<std::vector<Module>> modulesWhere(std::string_view column,
+                                                    const std::vector<std::string>& values) const;
     std::optional<std::vector<Module>> modulesOf(const std::optional<Rows>& rows) const;
 
     ModuleDatabaseConstants databaseConstants_;

@@ -18,10 +18,13 @@ public:
     virtual void storeModules(const std::vector<Module>& modules) = 0;
     /// In no particular order; an empty table gives an empty list.
     virtual Result<std::vector<Module>, ParserError> getAllModules() = 0;
-    Result<Module, ParserError> getModule(const ModuleIdentifier& identifier) { return getModuleByModuleName(identifier.rawValue()); }
+    Result<Module, ParserError> getModule(const ModuleIdentifier& identifier) {
+        return getModuleByModuleName(identifier.rawValue());
+    }
     virtual Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) = 0;
     virtual Result<Module, ParserError> getModuleByApiName(const std::string& apiName) = 0;
-    virtual Result<std::vector<Module>, ParserError> getModulesByModuleNames(const std::vector<std::string>& moduleNames) = 0;
+    virtual Result<std::vector<Module>, ParserError> getModulesByModuleNames(
+        const std::vector<std::string>& moduleNames) = 0;
     virtual Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) = 0;
     virtual void deleteModules(const std::vector<Module>& modules) = 0;
     /// Brings a store in memory back in line with the one behind it; does nothing for a table.

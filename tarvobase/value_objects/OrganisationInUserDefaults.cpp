@@ -1,32 +1,43 @@
 #include "tarvobase/value_objects/OrganisationInUserDefaults.h"
 
-#include "tarvobase/network_layer/TypedReads.h"
-
 namespace tarvo {
 
 namespace {
-const std::string currentOrganisationKey = "CurrentOrganisation";
-}
 
-OrganisationInUserDefaults::OrganisationInUserDefaults() : OrganisationInUserDefaults(std::make_shared<BrenUserDefaults>()) {}
+const std::string currentOrganisationKey = "CurrentOrganisation";
+const std::string organisationsKey = "Organisations";
+
+}  // namespace
+
+OrganisationInUserDefaults::OrganisationInUserDefaults()
+    : OrganisationInUserDefaults(std::make_shared<BrenUserDefaults>()) {}
 OrganisationInUserDefaults::OrganisationInUserDefaults(std::shared_ptr<UserDefaultsProtocol> userDefaults)
     : userDefaults_(std::move(userDefaults)) {}
 
 std::optional<Organisation> OrganisationInUserDefaults::getCurrentOrganisation() const {
     auto stored = userDefaults_->dictionaryForKey(currentOrganisationKey, UserDefaultsGroup::current());
-    auto id = stored ? readKey<std::string>(*stored, "orgID") : std::nullopt;
-    if (!id) return std::nullopt;
-    return Organisation{*id, readKey<std::string>(*stored, "orgName").value_or(""),
-                        readKey<bool>(*stored, "isAppDefault").value_or(false), readKey<bool>(*stored, "isWebDefault").value_or(false)};
+    return stored ? OrganisationConstants().getOrganisation(*stored) : std::nullopt;
 }
 
 void OrganisationInUserDefaults::setCurrentOrganisation(const std::optional<Organisation>& organisation) {
-    std::optional<ValueMap> stored;
-    if (organisation) {
-        stored.emplace();
-        forEachField(*organisation, [&](std::string_view name, const auto& member) { stored->set(name, member); });
-    }
+    auto stored = organisation ? std::optional(OrganisationConstants().getDictionary(*organisation)) : std::nullopt;
     userDefaults_->setSecureDictionary(stored, currentOrganisationKey, UserDefaultsGroup::current());
+}
+
+void OrganisationInUserDefaults::storeOrganisations(const std::vector<Organisation>& organisations) {
+    ValueList stored;
+    for (auto& organisation : organisations) stored.emplace_back(OrganisationConstants().getDictionary(organisation));
+    userDefaults_->setArray(stored, organisationsKey, UserDefaultsGroup::current());
+}
+
+std::optional<std::vector<Organisation>> OrganisationInUserDefaults::getOrganisations() const {
+    auto stored = userDefaults_->arrayForKey(organisationsKey, UserDefaultsGroup::current());
+    if (!stored) return std::nullopt;
+    std::vector<Organisation> organisations;
+    for (auto& entry : *stored)
+        if (auto organisation = entry.asMap() ? OrganisationConstants().getOrganisation(*entry.asMap()) : std::nullopt)
+            organisations.push_back(*std::move(organisation));
+    return organisations;
 }
 
 std::optional<std::string> OrganisationInUserDefaults::currentOrganisationID() {

@@ -2,22 +2,25 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/network_layer/ServiceRequests.h"
-#include "tarvobase/value_objects/Organisation.h"
+#include "tarvobase/value_objects/OrganisationPersistance.h"
 
 namespace tarvo {
 
-/// The current organisation of the current account, in the settings store. From any thread; absent until one was chosen.
-class OrganisationInUserDefaults final : public CurrentOrganisationProtocol {
+/// The organisations of the current account, and which of them is the current one, in the settings store: they are
+/// asked for before a database is open.
+class OrganisationInUserDefaults final : public CurrentOrganisationProtocol, public OrganisationPersistance {
 public:
     OrganisationInUserDefaults();
     explicit OrganisationInUserDefaults(std::shared_ptr<UserDefaultsProtocol> userDefaults);
 
-    std::optional<Organisation> getCurrentOrganisation() const;
-    /// Nothing takes the choice back.
-    void setCurrentOrganisation(const std::optional<Organisation>& organisation);
+    std::optional<Organisation> getCurrentOrganisation() const override;
+    void setCurrentOrganisation(const std::optional<Organisation>& organisation) override;
+    void storeOrganisations(const std::vector<Organisation>& organisations) override;
+    std::optional<std::vector<Organisation>> getOrganisations() const override;
     std::optional<std::string> currentOrganisationID() override;
 
 private:

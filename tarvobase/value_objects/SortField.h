@@ -14,7 +14,9 @@ struct SortField {
     std::string column;
     bool isAscending = true;
 
-    static constexpr auto fields() { return describe(field("column", &SortField::column), field("isAscending", &SortField::isAscending)); }
+    static constexpr auto fields() {
+        return describe(field("column", &SortField::column), field("isAscending", &SortField::isAscending));
+    }
     friend bool operator==(const SortField&, const SortField&) = default;
 };
 

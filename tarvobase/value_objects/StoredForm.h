@@ -55,7 +55,9 @@ struct MemberCodec<std::string> {
 
 template <>
 struct MemberCodec<bool> {
-    static Value write(bool value, Form form) { return form == Form::plain ? Value(value) : Value(value ? "true" : "false"); }
+    static Value write(bool value, Form form) {
+        return form == Form::plain ? Value(value) : Value(value ? "true" : "false");
+    }
     // In a table true is exactly the text "true".
     static std::optional<bool> read(const ValueView& view, Form form) {
         if (form == Form::plain) return view.asBool();
@@ -64,8 +66,7 @@ struct MemberCodec<bool> {
 };
 
 template <class T>
-    requires(std::is_integral_v<T> && !std::is_same_v<T, bool>)
-struct MemberCodec<T> {
+requires(std::is_integral_v<T> && !std::is_same_v<T, bool>) struct MemberCodec<T> {
     static Value write(T value, Form form) { return form == Form::plain ? Value(value) : Value(std::to_string(value)); }
     static std::optional<T> read(const ValueView& view, Form form) {
         auto integer = view.asInteger();
@@ -77,7 +78,9 @@ struct MemberCodec<T> {
 
 template <>
 struct MemberCodec<double> {
-    static Value write(double value, Form form) { return form == Form::plain ? Value(value) : Value(*Value(value).toText()); }
+    static Value write(double value, Form form) {
+        return form == Form::plain ? Value(value) : Value(*Value(value).toText());
+    }
     static std::optional<double> read(const ValueView& view, Form form) {
         if (auto real = view.asReal()) return real;
         if (auto integer = view.asInteger()) return static_cast<double>(*integer);
@@ -130,7 +133,9 @@ struct MemberCodec<std::vector<std::string>> {
 /// An optional member is left out of the map when it is absent.
 template <class T>
 struct MemberCodec<std::optional<T>> {
-    static Value write(const std::optional<T>& value, Form form) { return value ? MemberCodec<T>::write(*value, form) : Value(); }
+    static Value write(const std::optional<T>& value, Form form) {
+        return value ? MemberCodec<T>::write(*value, form) : Value();
+    }
     static std::optional<std::optional<T>> read(const ValueView& view, Form form) {
         return std::optional<std::optional<T>>(std::in_place, MemberCodec<T>::read(view, form));
     }
@@ -177,11 +182,14 @@ public:
     template <class Source>
     T read(const Source& source, const Constants& names, Form form) const {
         T value;
-        forEachMember([&](auto& member) { value.*member.pointer = readMember(source, member, names, form).value_or(member.fallback); });
+        forEachMember([&](auto& member) {
+            value.*member.pointer = readMember(source, member, names, form).value_or(member.fallback);
+        });
         return value;
     }
 
-    /// A strict read: fails with the key of the first member that is absent or mistyped. Optional members may be absent.
+    /// A strict read: fails with the key of the first member that is absent or mistyped. Optional members may be
+    /// absent.
     template <class Source>
     Result<T, std::string> readStrictly(const Source& source, const Constants& names, Form form) const {
         T value;
@@ -200,11 +208,14 @@ public:
         return Result<T, std::string>::success(std::move(value));
     }
 
-    /// The member of a key as a plain value; nothing for a key that no member has.
-    std::optional<Value> property(const T& value, std::string_view key, const Constants& names) const {
-        std::optional<Value> found;
+    /// Calls `visit(member)` with the member of a key; false for a key that no member has.
+    template <class Visit>
+    bool visitMember(const T& value, std::string_view key, const Constants& names, Visit&& visit) const {
+        bool found = false;
         forEachMember([&](auto& member) {
-            if (!found && names.*member.name == key) found = codec(member).write(value.*member.pointer, Form::plain);
+            if (found || names.*member.name != key) return;
+            found = true;
+            visit(value.*member.pointer);
         });
         return found;
     }

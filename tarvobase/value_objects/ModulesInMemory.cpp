@@ -1,0 +1,88 @@
+#include "tarvobase/value_objects/ModulesInMemory.h"
+
+#include <algorithm>
+
+namespace tarvo {
+
+namespace {
+
+using Modules = Result<std::vector<Module>, ParserError>;
+const ParserError noData(ParserError::Case::noData);
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+}  // namespace
+
+ModulesInMemory::ModulesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
+                                 std::shared_ptr<ModulesPersistanceDelegate> primaryPersistance,
+                                 ModuleConstants activeModuleConstants)
+    : InMemoryPersistanceClass(std::move(inMemoryPersistanceClass)),
+      activeModuleConstants(activeModuleConstants),
+      primaryPersistance(std::move(primaryPersistance)),
+      memory_(
+          *this, std::string(activeModuleConstants.TableName), [](const Module& module) { return module.moduleName; },
+          this->primaryPersistance != nullptr) {}
+
+void ModulesInMemory::storeModule(const Module& module) {
+    auto account = currentAccountBrenUID();
+    if (primaryPersistance) primaryPersistance->storeModule(module);
+    memory_.store(account, {module});
+}
+
+void ModulesInMemory::storeModules(const std::vector<Module>& modules) {
+    auto account = currentAccountBrenUID();
+    if (primaryPersistance) primaryPersistance->storeModules(modules);
+    memory_.store(account, modules);
+}
+
+Modules ModulesInMemory::getAllModules() {
+    return memory_.allOr([&] { return primaryPersistance ? primaryPersistance->getAllModules() : Modules(noData); });
+}
+
+Result<Module, ParserError> ModulesInMemory::getModuleByModuleName(const std::string& moduleName) {
+    return memory_.firstOr({{std::string(activeModuleConstants.ModuleName), moduleName}}, [&] {
+        return primaryPersistance ? primaryPersistance->getModuleByModuleName(moduleName)
+                                  : Result<Module, ParserError>(noData);
+    });
+}
+
+Result<Module, ParserError> ModulesInMemory::getModuleByApiName(const std::string& apiName) {
+    return memory_.firstOr({{std::string(activeModuleConstants.APIName), apiName}}, [&] {
+        return primaryPersistance ? primaryPersistance->getModuleByApiName(apiName)
+                                  : Result<Module, ParserError>(noData);
+    });
+}
+
+Modules ModulesInMemory::getModulesByModuleNames(const std::vector<std::string>& moduleNames) {
+    return memory_.chosenOr(
+        moduleNames.size(), [&](const Module& module) { return contains(moduleNames, module.moduleName); },
+        [&] {
+            return primaryPersistance ? primaryPersistance->getModulesByModuleNames(moduleNames) : Modules(noData);
+        });
+}
+
+Modules ModulesInMemory::getModulesByApiNames(const std::vector<std::string>& apiNames) {
+    return memory_.chosenOr(
+        apiNames.size(), [&](const Module& module) { return contains(apiNames, module.apiName); },
+        [&] { return primaryPersistance ? primaryPersistance->getModulesByApiNames(apiNames) : Modules(noData); });
+}
+
+void ModulesInMemory::deleteModules(const std::vector<Module>& modules) {
+    auto account = currentAccountBrenUID();
+    if (primaryPersistance) primaryPersistance->deleteModules(modules);
+    std::vector<InMemoryDatabaseAdapter::ColumnValues> filters;
+    for (auto& module : modules)
+        filters.push_back({{std::string(activeModuleConstants.ModuleName), module.moduleName}});
+    memory_.remove(account, filters);
+}
+
+void ModulesInMemory::reloadAll() {
+    if (!primaryPersistance) return;
+    auto since = memory_.now();
+    if (auto modules = primaryPersistance->getAllModules())
+        memory_.fill(since, *modules, InMemoryTable<Module>::Extent::whole);
+}
+
+}  // namespace tarvo
