@@ -1,5 +1,6 @@
 #pragma once
 
+// Internal to this folder: it is not installed, so that libcurl stays out of what hosts include.
 #include <curl/curl.h>
 
 #include <memory>

@@ -28,7 +28,7 @@ target_precompile_headers(tarvo_pch PRIVATE ${CMAKE_SOURCE_DIR}/cmake/pch.h)
 
 function(tarvo_common target)
   target_include_directories(${target} PUBLIC
-    $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include>)
+    $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include/tarvobase>)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:tarvo_flags>)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_precompile_headers(${target} REUSE_FROM tarvo_pch)
@@ -42,7 +42,7 @@ function(tarvo_library name)
   if(NOT sources)
     add_library(${name} INTERFACE)
     target_link_libraries(${name} INTERFACE ${arg_PUBLIC_LINKS} ${arg_PRIVATE_LINKS})
-    target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include>)
+    target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include/tarvobase>)
     return()
   endif()
   add_library(${name} STATIC ${sources})
@@ -69,7 +69,7 @@ function(tarvo_test name)
   tarvo_common(${name})
   target_link_libraries(${name} PRIVATE ${arg_LINKS} GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=0)
-  set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 600
+  set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 900
     ENVIRONMENT "TARVO_BIN_DIR=${CMAKE_BINARY_DIR}/bin;TARVO_SOURCE_DIR=${CMAKE_SOURCE_DIR};TARVO_BINARY_DIR=${CMAKE_BINARY_DIR}")
 endfunction()
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <thread>
 
-#include "Support.h"
+#include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {
 

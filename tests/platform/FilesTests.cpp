@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "Support.h"
+#include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {
 

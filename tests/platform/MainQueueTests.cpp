@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "Support.h"
+#include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {
 

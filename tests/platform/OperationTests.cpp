@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "Support.h"
+#include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {
 

@@ -1,0 +1,159 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <regex>
+#include <set>
+
+#include "platform/Files.h"
+#include "platform/Text.h"
+
+namespace tarvo {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path& root() {
+    static const fs::path path = [] {
+        auto named = std::getenv("TARVO_SOURCE_DIR");
+        return fs::path(named ? named : fs::current_path());
+    }();
+    return path;
+}
+
+std::vector<std::string> linesOf(const fs::path& path) {
+    std::vector<std::string> lines;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+}
+
+/// All sources below the folders, as paths from the root.
+std::vector<std::string> sources(const std::vector<std::string>& folders, const std::set<std::string>& endings) {
+    std::vector<std::string> found;
+    for (auto& folder : folders)
+        for (auto& entry : fs::recursive_directory_iterator(root() / folder))
+            if (entry.is_regular_file() && endings.contains(entry.path().extension()))
+                found.push_back(fs::relative(entry.path(), root()).string());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::vector<std::string> includesOf(const std::string& path, const std::string& opening = "\"") {
+    static const std::regex quoted("^\\s*#include \"([^\"]+)\""), angled("^\\s*#include <([^>]+)>");
+    std::vector<std::string> includes;
+    for (auto& line : linesOf(root() / path)) {
+        std::smatch match;
+        if (std::regex_search(line, match, opening == "\"" ? quoted : angled)) includes.push_back(match[1]);
+    }
+    return includes;
+}
+
+std::string topFolder(const std::string& path) { return path.substr(0, path.find('/')); }
+
+const std::vector<std::string> libraries{"platform", "kelva_db", "bren_network", "tarvobase",
+                                         "bridge",   "host",     "sandbox"};
+
+TEST(ArchitectureTest, LibrariesIncludeDownwardOnly) {
+    const std::map<std::string, std::set<std::string>> allowed{
+        {"platform", {"platform"}},
+        {"kelva_db", {"platform", "kelva_db"}},
+        {"bren_network", {"platform", "bren_network"}},
+        {"tarvobase", {"platform", "kelva_db", "bren_network", "tarvobase"}},
+        {"bridge", {"platform", "tarvobase", "bridge", "bren_network", "kelva_db"}},
+        {"host", {"platform", "tarvobase", "bridge", "host", "bren_network"}},
+        {"sandbox", {"platform", "sandbox"}},
+    };
+    for (auto& source : sources(libraries, {".h", ".cpp"}))
+        for (auto& include : includesOf(source))
+            EXPECT_TRUE(allowed.at(topFolder(source)).contains(topFolder(include)))
+                << source << " includes " << include;
+}
+
+/// Place of each header in the order of layers.txt; the longest entry that begins its path counts.
+class Layers {
+public:
+    Layers() {
+        int place = 0;
+        for (auto& line : linesOf(root() / "tests/architecture/layers.txt")) {
+            if (line.empty() || line.front() == '#') continue;
+            ++place;
+            for (auto& entry : text::split(line, " ")) places_[entry] = place;
+        }
+    }
+    std::optional<int> placeOf(std::string path) const {
+        for (;;) {
+            auto found = places_.find(path);
+            if (found != places_.end()) return found->second;
+            auto slash = path.rfind('/');
+            if (slash == std::string::npos) return std::nullopt;
+            path.resize(slash);
+        }
+    }
+
+private:
+    std::map<std::string, int> places_;
+};
+
+TEST(ArchitectureTest, HeadersFollowTheOrderOfTheLayers) {
+    Layers layers;
+    for (auto& header : sources({"platform", "kelva_db", "bren_network", "tarvobase", "bridge"}, {".h"})) {
+        auto place = layers.placeOf(header);
+        ASSERT_TRUE(place) << header << " lies in no folder of layers.txt";
+        for (auto& include : includesOf(header)) {
+            auto other = layers.placeOf(include);
+            EXPECT_TRUE(other && *other <= *place) << header << " includes " << include;
+        }
+    }
+}
+
+TEST(ArchitectureTest, HeadersFormNoCycle) {
+    std::map<std::string, std::vector<std::string>> graph;
+    for (auto& header : sources(libraries, {".h"})) graph[header] = includesOf(header);
+    std::map<std::string, int> state;  // 1 on the way down, 2 done
+    std::function<void(const std::string&, std::string)> visit = [&](const std::string& header, std::string path) {
+        path += " > " + header;
+        ASSERT_NE(state[header], 1) << "cycle:" << path;
+        if (state[header] == 2) return;
+        state[header] = 1;
+        for (auto& include : graph[header])
+            if (graph.contains(include)) visit(include, path);
+        state[header] = 2;
+    };
+    for (auto& [header, includes] : std::map(graph)) visit(header, "");
+}
+
+TEST(ArchitectureTest, IncludesAreWrittenFromTheRootAndExist) {
+    auto folders = libraries;
+    folders.push_back("tests");
+    for (auto& source : sources(folders, {".h", ".cpp"}))
+        for (auto& include : includesOf(source))
+            EXPECT_TRUE(fs::exists(root() / include)) << source << " includes " << include;
+}
+
+TEST(ArchitectureTest, HeavyHeadersStayOutOfPublicOnes) {
+    static const std::regex heavy("sqlite|sqlcipher|simdjson|curl/|unicode/|openssl/|httplib|CLI/");
+    // Each library has headers for its own sources alone; they say so.
+    for (auto& header : sources({"platform", "kelva_db", "bren_network", "tarvobase", "bridge"}, {".h"})) {
+        auto lines = linesOf(root() / header);
+        bool internal = std::any_of(lines.begin(), lines.end(), [](auto& line) {
+            return line.find("Internal to this folder") != std::string::npos;
+        });
+        if (internal) continue;
+        for (auto& include : includesOf(header, "<"))
+            EXPECT_FALSE(std::regex_search(include, heavy)) << header << " includes " << include;
+    }
+}
+
+TEST(ArchitectureTest, TheSourceTreeHasALineAFolder) {
+    std::string documented = files::read((root() / "docs/source-tree.md").string()).value_or(platform::Data()).text();
+    std::set<std::string> folders;
+    for (auto& source : sources(libraries, {".h", ".cpp"})) folders.insert(fs::path(source).parent_path().string());
+    for (auto& folder : folders) EXPECT_NE(documented.find("`" + folder + "/`"), std::string::npos) << folder;
+}
+
+}  // namespace
+}  // namespace tarvo
