@@ -60,7 +60,7 @@ struct BaseResultParser {
     }
 };
 
-/// The parts of the envelope that do not depend on the types of an answer.
+/// What the envelope holds, whatever the types of an answer.
 struct Envelope {
     std::vector<Value> entries;  ///< maps all
     ResponseInfo responseInfo;
