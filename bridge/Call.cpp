@@ -1,0 +1,43 @@
+#include "bridge/Call.h"
+
+#include "bridge/Session.h"
+
+namespace tarvo::bridge {
+
+Call::Call(std::weak_ptr<Session> session, std::uint64_t number, Value id, ValueMap request)
+    : session_(std::move(session)), number_(number), id_(std::move(id)), request_(std::move(request)) {}
+
+Call::~Call() { finish(); }
+
+void Call::event(std::string_view name, std::string_view member, Value value) const {
+    ValueMap line{{"id", id_}, {"event", name}};
+    if (!member.empty()) line.set(member, std::move(value));
+    if (auto session = session_.lock()) session->write(line);
+}
+
+void Call::delegate(std::string_view name, ValueMap arguments) const {
+    if (auto session = session_.lock())
+        session->write({{"id", id_}, {"event", "delegate"}, {"name", name}, {"arguments", std::move(arguments)}});
+}
+
+void Call::keepUntilEnd(std::shared_ptr<void> object) const {
+    if (auto session = session_.lock()) session->keep(number_, std::move(object));
+}
+void Call::holdInput() const {
+    if (auto session = session_.lock()) session->hold(number_, nullptr);
+}
+void Call::whenOthersEnded(std::function<void()> work) const {
+    if (auto session = session_.lock()) session->hold(number_, std::move(work));
+}
+void Call::endSession(std::function<void()> lastWords) const {
+    if (auto session = session_.lock()) session->end(std::move(lastWords));
+}
+
+// The last reference may go on any thread, and with it what the call kept.
+void Call::finish() const {
+    MainQueue::shared()->async([session = session_, number = number_] {
+        if (auto present = session.lock()) present->ended(number);
+    });
+}
+
+}  // namespace tarvo::bridge

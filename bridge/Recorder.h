@@ -1,0 +1,57 @@
+#pragma once
+
+#include <concepts>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "bridge/Call.h"
+#include "bridge/JsonForm.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
+
+namespace tarvo::bridge {
+
+/// Base of the delegates that pass each of their operations on by name. A recorder has a line for each:
+///
+///     class StoreOrgsErrors : public virtual Recorder, public virtual StoreOrgsErrorProtocol {
+///         void noOrgsFetched() override { told("noOrgsFetched"); }
+///     };
+class Recorder : public virtual platform::Object {
+public:
+    using Listener = std::function<void(std::string_view name, ValueMap arguments)>;
+    /// Hears every operation, on the thread that calls it. Set before the recorder is handed to anybody.
+    Listener listener;
+
+protected:
+    void told(std::string_view name, ValueMap arguments = {}) {
+        if (listener) listener(name, std::move(arguments));
+    }
+};
+
+/// A recorder whose operations are lines of a call, which keeps it until its end. Since the recorder holds the call in
+/// turn, such a call ends with `finish` alone.
+template <std::derived_from<Recorder> R>
+std::shared_ptr<R> recorderFor(const CallPtr& call) {
+    auto recorder = std::make_shared<R>();
+    recorder->listener = [call](std::string_view name, ValueMap arguments) {
+        call->delegate(name, std::move(arguments));
+    };
+    call->keepUntilEnd(recorder);
+    return recorder;
+}
+
+/// The failures that every delegate operation may report.
+class CommonErrorRecorder : public virtual Recorder, public virtual CommonErrorProtocol {
+public:
+    void parsingError() override { told("parsingError"); }
+    void networkResponseError() override { told("networkResponseError"); }
+    void networkParamsError() override { told("networkParamsError"); }
+    void networkIdentifierError() override { told("networkIdentifierError"); }
+    void noAuthtoken(const std::string& brenuid) override { told("noAuthtoken", {{"brenuid", toJson(brenuid)}}); }
+    void unableToGetMetadata(const std::string& moduleName, const std::string& crmColumnName) override {
+        told("unableToGetMetadata", {{"moduleName", toJson(moduleName)}, {"crmColumnName", toJson(crmColumnName)}});
+    }
+};
+
+}  // namespace tarvo::bridge

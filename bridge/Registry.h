@@ -1,0 +1,70 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "bridge/Call.h"
+#include "bridge/JsonForm.h"
+
+namespace tarvo::bridge {
+
+/// The calls by name. Each operation is one line here; request, response and error go by their `fields()`.
+class Registry {
+public:
+    /// Starts a call, on the main queue, or says why its request cannot be read.
+    using Start = std::function<Reading(const CallPtr& call)>;
+
+    void add(std::string name, Start start) { calls_.insert_or_assign(std::move(name), std::move(start)); }
+    const Start* find(std::string_view name) const;
+    std::vector<std::string> names() const;
+
+    /// An operation over a described request: `start(request, call)`.
+    template <Described Request, class F>
+    void addOperation(std::string name, F start) {
+        add(std::move(name), [start = std::move(start)](const CallPtr& call) -> Reading {
+            Request request;
+            if (auto misread = fromJson<Request>(call->request(), request)) return misread;
+            start(std::move(request), call);
+            return {};
+        });
+    }
+
+    /// A frame use case: `UC::Request` is described and default-constructible. Every call gets an object of its own,
+    /// from `make`, and a line for each of its callbacks.
+    template <class UC>
+    void addUsecase(
+        std::string name, std::function<std::shared_ptr<UC>()> make = [] { return std::make_shared<UC>(); }) {
+        addOperation<typename UC::Request>(std::move(name),
+                                           [make = std::move(make)](typename UC::Request request, const CallPtr& call) {
+                                               auto usecase = make();
+                                               call->keepUntilEnd(usecase);
+                                               usecase->execute(std::move(request), callbackOf<UC>(call));
+                                           });
+    }
+
+private:
+    template <class UC>
+    static typename UC::Callback callbackOf(const CallPtr& call) {
+        using Response = typename UC::Response;
+        using Failure = typename UC::Failure;
+        return {
+            .onSuccess = [call](const Response& response) { call->event("onSuccess", "response", toJson(response)); },
+            .onError = [call](const Failure& failure) { call->event("onError", "error", toJson(failure)); },
+            .didComplete =
+                [call](const Response* response, const Failure* failure) {
+                    if (response)
+                        call->event("didComplete", "response", toJson(*response));
+                    else
+                        call->event("didComplete", "error", toJson(*failure));
+                }};
+    }
+
+    std::map<std::string, Start, std::less<>> calls_;
+};
+
+}  // namespace tarvo::bridge

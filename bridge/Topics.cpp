@@ -1,0 +1,54 @@
+#include "bridge/Topics.h"
+
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+
+namespace tarvo::bridge {
+
+namespace {
+
+using Notify = Topics::Notify;
+
+class SettingsListener final : public UserDefaultsValueObserver {
+public:
+    SettingsListener(const Topics::Request& request, Notify notify) : request_(request), notify_(std::move(notify)) {}
+    std::vector<std::string> observingKeys() const override { return request_.keys; }
+    std::vector<std::string> observingGroups() const override { return request_.groups; }
+    void newValue(const Value& value, const std::string& forKey, const std::string& inGroup) override {
+        notify_(request_.topic, "newValue", {{"value", value}, {"forKey", forKey}, {"inGroup", inGroup}});
+    }
+
+private:
+    const Topics::Request request_;
+    const Notify notify_;
+};
+
+template <class Topic, class Listener>
+std::shared_ptr<platform::Object> listener(const Topics::Request& request, const Notify& notify) {
+    auto made = std::make_shared<Listener>(request, notify);
+    BrenNotificationCenter::shared().add<Topic>(made);
+    return made;
+}
+
+/// One row a topic.
+struct Row {
+    std::string_view topic;
+    std::shared_ptr<platform::Object> (*listen)(const Topics::Request& request, const Notify& notify);
+};
+constexpr Row rows[] = {
+    {"UserDefaultsValueObserver", listener<UserDefaultsValueObserver, SettingsListener>},
+};
+
+}  // namespace
+
+bool Topics::change(const Request& request) {
+    for (auto& row : rows) {
+        if (row.topic != request.topic) continue;
+        listeners_.erase(request.topic);
+        if (request.listen) listeners_[request.topic] = row.listen(request, notify_);
+        return true;
+    }
+    return false;
+}
+
+}  // namespace tarvo::bridge

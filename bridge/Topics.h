@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "platform/Object.h"
+#include "platform/Value.h"
+#include "tarvobase/usecase/Describe.h"
+
+namespace tarvo::bridge {
+
+/// The topics of the notification bus that a host listens to, each written as lines. Main queue.
+class Topics {
+public:
+    using Notify = std::function<void(std::string_view topic, std::string_view name, ValueMap arguments)>;
+
+    struct Request {
+        std::string topic;
+        bool listen = true;
+        /// What a listener to settings hears of; other topics have neither.
+        std::vector<std::string> keys;
+        std::vector<std::string> groups;
+
+        static constexpr auto fields() {
+            return describe(field("topic", &Request::topic), optionalField("listen", &Request::listen),
+                            optionalField("keys", &Request::keys), optionalField("groups", &Request::groups));
+        }
+    };
+
+    explicit Topics(Notify notify) : notify_(std::move(notify)) {}
+
+    /// Starts or stops listening; starting again replaces what was listened to. False when there is no such topic.
+    bool change(const Request& request);
+
+private:
+    Notify notify_;
+    std::map<std::string, std::shared_ptr<platform::Object>> listeners_;  // the bus holds them weakly
+};
+
+}  // namespace tarvo::bridge

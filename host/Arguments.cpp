@@ -1,0 +1,106 @@
+#include "host/Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string_view>
+
+namespace tarvo::host {
+
+namespace {
+
+constexpr const char* passphraseVariable = "TARVO_PASSPHRASE";
+
+std::string variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
+std::string defaultHome() {
+    if (auto data = variable("XDG_DATA_HOME"); !data.empty()) return data + "/tarvo-host";
+    if (auto home = variable("HOME"); !home.empty()) return home + "/.local/share/tarvo-host";
+    return "tarvo-host-data";
+}
+
+void blank(char* text) { std::memset(text, '*', std::strlen(text)); }
+
+// "--passphrase TEXT" and "--passphrase=TEXT" alike.
+void blankSecrets(int count, char** values) {
+    for (std::string_view option : {"--passphrase", "--token"})
+        for (int i = 1; i < count; ++i) {
+            std::string_view value = values[i];
+            if (value == option && i + 1 < count)
+                blank(values[i + 1]);
+            else if (value.starts_with(option) && value.substr(option.size()).starts_with("="))
+                blank(values[i] + option.size() + 1);
+        }
+}
+
+std::string oneLine(std::string text) {
+    for (auto& c : text)
+        if (c == '\n' || c == '\r') c = ' ';
+    while (!text.empty() && text.back() == ' ') text.pop_back();
+    return text;
+}
+
+EarlyEnd wrong(const std::string& why) { return {2, "tarvo-host: " + oneLine(why)}; }
+
+// What the parser by itself does not see.
+std::optional<EarlyEnd> faultOf(const Arguments& arguments) {
+    if (arguments.account && arguments.account->empty()) return wrong("--account: an account id is not empty");
+    if (arguments.passphrase && arguments.passphrase->empty()) return wrong("--passphrase: a passphrase is not empty");
+    if (arguments.command != Command::modules) return std::nullopt;
+    if (!arguments.account) return wrong("--account is required");
+    if (!arguments.passphrase) return wrong(std::string("--passphrase or ") + passphraseVariable + " is required");
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
+    Arguments arguments;
+    arguments.home = defaultHome();
+    std::string servlet = "crm", identifier;
+
+    CLI::App app("A console host of TarvoBase.", "tarvo-host");
+    app.fallthrough();
+    app.require_subcommand(1);
+    app.add_option("--home", arguments.home, "Folder of databases and settings");
+    app.add_option("--account", arguments.account, "Id of the account");
+    app.add_option("--token", arguments.token, "Token of the account");
+    app.add_option("--passphrase", arguments.passphrase, "Passphrase of the database")->envname(passphraseVariable);
+    app.add_option("--server-type", arguments.serverType, "Server environment; 0 is a server on loopback")
+        ->check(CLI::Range(0, 11));
+    app.add_option("--domain", arguments.domain, "Domain of the server, with a port where it has one");
+    app.add_option("--prefix", arguments.prefix, "Prefix of the server's name for a data centre");
+    app.add_option("--ca", arguments.authorityFile, "File of a further authority to trust")->check(CLI::ExistingFile);
+    app.add_option("--servlet", servlet, "The server's edition")->check(CLI::IsMember({"crm", "lumet"}));
+    app.add_option("--identifier", identifier, "How fields are named")->check(CLI::IsMember({"column", "api"}));
+    app.add_flag("--json", arguments.json, "Print for programs");
+    app.add_flag("--verbose", arguments.verbose, "Print the library's log to standard error");
+    auto modules =
+        app.add_subcommand("modules", "List the modules; signs in and fetches them first when none are stored");
+    modules->add_flag("--fetch", arguments.fetch, "Ask the server also when modules are stored");
+    app.add_subcommand("serve", "Take calls as lines of JSON from standard input");
+    try {
+        app.parse(count, values);
+    } catch (const CLI::CallForHelp&) {
+        return EarlyEnd{0, app.help()};
+    } catch (const CLI::ParseError& error) {
+        return wrong(error.what());
+    }
+    blankSecrets(count, values);
+    ::unsetenv(passphraseVariable);
+
+    arguments.command = modules->parsed() ? Command::modules : Command::serve;
+    arguments.home = std::filesystem::absolute(arguments.home).string();
+    arguments.servlet = *fromCaseName<ServletPathV4>(servlet);
+    // The editions differ in the names that their servers keep tables under.
+    if (identifier.empty()) identifier = servlet == "crm" ? "column" : "api";
+    arguments.identifier = identifier == "column" ? Identifier::column : Identifier::api;
+    if (auto fault = faultOf(arguments)) return *fault;
+    return arguments;
+}
+
+}  // namespace tarvo::host

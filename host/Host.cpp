@@ -1,0 +1,80 @@
+#include "host/Host.h"
+
+#include "platform/Files.h"
+#include "platform/ProcessState.h"
+#include "platform/SettingsStore.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Lifecycle.h"
+#include "tarvobase/database_layer/DatabaseConstants.h"
+#include "tarvobase/network_layer/NetworkAccess.h"
+
+namespace tarvo::host {
+
+namespace {
+
+// An edition is its path, its init call and the names that go with them.
+void setEdition(CommonConfigration& configuration, ServletPathV4 servlet) {
+    bool crm = servlet == ServletPathV4::crm;
+    configuration.servletPath = servlet;
+    configuration.initDataType = crm ? InitDataType::crm : InitDataType::lumet;
+    configuration.baseURLType = crm ? WebBaseURLType::crmV2 : WebBaseURLType::lumetV2;
+    configuration.seModule = crm ? SeModule::crm : SeModule::lumet;
+    configuration.attachments = crm ? Attachments::crm : Attachments::lumet;
+}
+
+void configure(const Arguments& arguments, const std::shared_ptr<Accounts>& accounts) {
+    auto& configuration = CommonConfigration::sharedInstance();
+    configuration.localDirectoryLocation = arguments.home;
+    configuration.photosLocation = arguments.home + "/Photos";
+    configuration.localCacheLocation = arguments.home + "/Cache";
+    configuration.userDefaultsGroup = "tarvo-host";
+    configuration.appBuildID = "tarvo-host";
+    configuration.authentication = accounts;
+    configuration.serverType = static_cast<MProxyServerType>(arguments.serverType);
+    if (arguments.domain) configuration.dclBD = *arguments.domain;
+    configuration.dclPrefix = arguments.prefix;
+    configuration.fieldIdentifier = arguments.identifier == Identifier::column
+                                        ? FieldIdentifier::crmColumnNameIdentifier()
+                                        : FieldIdentifier::fieldAPINameIdentifier();
+    setEdition(configuration, arguments.servlet);
+}
+
+}  // namespace
+
+Result<std::unique_ptr<Host>, std::string> Host::setUp(const Arguments& arguments) {
+    if (!files::createDirectories(arguments.home)) return "the folder " + arguments.home + " cannot be made";
+    platform::ProcessState::current().get<SettingsStores>().setFolder(arguments.home + "/settings");
+    if (!arguments.authorityFile.empty() && !trustFurtherAuthority(arguments.authorityFile))
+        return "no certificate can be read from " + arguments.authorityFile;
+    std::unique_ptr<Host> host(new Host);
+    configure(arguments, host->accounts_);
+    if (arguments.account) host->accounts_->signIn(*arguments.account, {.token = arguments.token});
+    return host;
+}
+
+Host::~Host() {
+    // Work that is under way ends before the database that it uses.
+    shutdown();
+    closeDatabase();
+    CommonConfigration::sharedInstance().authentication = nullptr;
+}
+
+Result<std::string, Host::OpeningFailure> Host::openDatabase(const std::string& passphrase) {
+    auto path = DatabaseConstants().databaseName();
+    auto database = std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk(path));
+    auto opened = database->registerDB(passphrase);
+    if (!opened) return std::move(opened).error();
+    database_ = database;
+    CommonConfigration::sharedInstance().databaseAdapter = database;
+    return path;
+}
+
+bool Host::closeDatabase() {
+    if (!database_) return false;
+    CommonConfigration::sharedInstance().databaseAdapter = nullptr;
+    database_->deregisterDB();
+    database_.reset();
+    return true;
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,58 @@
+#include "host/Serve.h"
+
+#include <unistd.h>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+
+#include "bridge/Calls.h"
+#include "bridge/Session.h"
+#include "host/Console.h"
+#include "host/HostCalls.h"
+#include "host/LineReader.h"
+#include "platform/DispatchQueue.h"
+
+namespace tarvo::host {
+
+namespace {
+
+// What calls under way may take once the input has ended: a request of the library ends before.
+constexpr std::chrono::seconds patience{75};
+
+bool writeLine(std::string_view line) {
+    return std::fwrite(line.data(), 1, line.size(), stdout) == line.size() && std::fputc('\n', stdout) != EOF &&
+           std::fflush(stdout) == 0;
+}
+
+}  // namespace
+
+int serve(Host& host, const Arguments& arguments) {
+    std::weak_ptr<bridge::Session> weak;
+    bridge::Topics topics([&weak](std::string_view topic, std::string_view name, ValueMap values) {
+        if (auto session = weak.lock()) session->notification(topic, name, std::move(values));
+    });
+    bridge::Registry registry;
+    bridge::addCalls(registry);
+    addHostCalls(registry, host, topics, arguments.passphrase);
+
+    // Nobody hears the answers any more once a line cannot be written.
+    std::atomic<bool> isBroken = false;
+    auto session = std::make_shared<bridge::Session>(std::move(registry), [&](std::string_view line) {
+        if (isBroken || writeLine(line)) return;
+        isBroken = true;
+        MainQueue::shared()->stop();
+    });
+    weak = session;
+    session->onInputEnded = [] { MainQueue::shared()->stop(); };
+
+    LineReader reader(
+        STDIN_FILENO, [session](std::string line) { session->receive(std::move(line)); },
+        [session] { session->inputEnded(); });
+    MainQueue::shared()->run();
+    bool answered = MainQueue::shared()->runUntil([&] { return session->isIdle() || isBroken; }, patience);
+    session->close();
+    if (isBroken) return fail("standard output cannot be written");
+    return answered ? 0 : fail("calls were still under way at the end of the input");
+}
+
+}  // namespace tarvo::host
