@@ -66,6 +66,7 @@ constexpr Table tables[] = {
      "user_profile, user_profile_id, is_logged_in_user, date_format, time_format, time_zone, name_format",
      "UNIQUE (user_id)", Kept::perOrganisation},
     {"COMPANY_DETAILS", "key, value", "UNIQUE (key)"},
+    {"ORGANISATIONS", "org_id, org_name, is_app_default, is_web_default", "UNIQUE (org_id)"},
     {"CURRENCY_METADATA",
      "order_no, exchange_rate REAL, thousand_seperator, is_base, iso_code, currency_id, is_prefix_symbol, "
      "currency_symbol, "

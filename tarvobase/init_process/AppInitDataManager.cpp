@@ -1,21 +1,59 @@
 #include "tarvobase/init_process/AppInitDataManager.h"
 
+#include "tarvobase/value_objects/InMemoryStorage.h"
 #include "tarvobase/value_objects/ModuleInDatabase.h"
+#include "tarvobase/value_objects/ModulesInMemory.h"
+#include "tarvobase/value_objects/OrganisationInUserDefaults.h"
+#include "tarvobase/value_objects/SettingsInDatabase.h"
+#include "tarvobase/value_objects/SettingsInMemeory.h"
+#include "tarvobase/value_objects/UserInDatabase.h"
+#include "tarvobase/value_objects/UserInMemory.h"
 
 namespace tarvo {
 
-AppInitDataManager::AppInitDataManager(Persistance persistance, std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService)
+namespace {
+
+/// A table class over the table that its constants name.
+template <class TableClass, class Constants>
+std::shared_ptr<TableClass> tableOf(const std::shared_ptr<DatabaseAdapter>& adapter, Constants constants) {
+    return std::make_shared<TableClass>(std::string(constants.TableName), adapter, constants);
+}
+
+/// What is read all the time is stored through memory, so that memory never lags behind its table.
+AppInitDataManager::Persistance persistanceOf(const std::shared_ptr<DatabaseAdapter>& adapter,
+                                              const std::shared_ptr<UserDefaultsProtocol>& userDefaults) {
+    auto memory = std::make_shared<InMemoryStorage>();
+    return {.dateTime = std::make_shared<DateTimeInUserDefaults>(userDefaults),
+            .activeModules = std::make_shared<ModulesInMemory>(
+                memory, tableOf<ModuleInDatabase>(adapter, ModuleDatabaseConstants())),
+            .userDetails = std::make_shared<UserDetailsInUserDefaults>(userDefaults),
+            .activeUsers =
+                std::make_shared<UserInMemory>(memory, tableOf<UserInDatabase>(adapter, UserDatabaseConstants())),
+            .settings = std::make_shared<SettingsInMemeory>(
+                memory, tableOf<SettingsInDatabase>(adapter, SettingsDatabaseConstants())),
+            .companyInfo = tableOf<CompanyInfoInDatabase>(adapter, CompanyInfoDatabaseConstants()),
+            .orgs = std::make_shared<OrganisationInUserDefaults>(userDefaults),
+            .database = adapter};
+}
+
+/// Stores what the server tells, except for what this application decides: with a current organisation, the one of its
+/// name is the application's default and no other.
+void storeOrganisations(std::vector<Organisation> organisations, OrganisationPersistance& persistance) {
+    if (auto current = persistance.getCurrentOrganisation())
+        for (auto& organisation : organisations) organisation.isAppDefault = organisation.orgName == current->orgName;
+    persistance.storeOrganisations(organisations);
+}
+
+}  // namespace
+
+AppInitDataManager::AppInitDataManager(Persistance persistance,
+                                       std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService)
     : persistance_(std::move(persistance)), appInitNetworkService_(std::move(appInitNetworkService)) {}
 
 std::shared_ptr<AppInitDataManager> AppInitDataManager::make(std::shared_ptr<DatabaseAdapter> adapter,
                                                              std::shared_ptr<UserDefaultsProtocol> userDefaults) {
     auto service = std::make_shared<AppInitNetworkService>();
-    ModuleDatabaseConstants constants;
-    auto step = std::make_shared<AppInitDataManager>(
-        Persistance{.dateTime = std::make_shared<DateTimeInUserDefaults>(userDefaults),
-                    .activeModules = std::make_shared<ModuleInDatabase>(std::string(constants.TableName), adapter, constants),
-                    .database = adapter},
-        service);
+    auto step = std::make_shared<AppInitDataManager>(persistanceOf(adapter, userDefaults), service);
     service->initDataDelegate = step;
     service->errorHandler = step;
     return step;
@@ -25,13 +63,22 @@ void AppInitDataManager::initDataParsed(const std::optional<ParsedInitData>& par
     if (!parsed) return;
     if (!parsed->createTableQueries) return parsingError();
     createTables(*parsed->createTableQueries);
-    if (parsed->dateTimeFormat) {
-        persistance_.dateTime->storeDateFormat(parsed->dateTimeFormat->dateFormat);
-        persistance_.dateTime->storeTimeFormat(parsed->dateTimeFormat->timeFormat);
-    }
-    if (parsed->modules) persistance_.activeModules->storeModules(*parsed->modules);
+    storeBlocks(*parsed);
     if (auto listener = appInitdelegate.lock()) listener->appInitDataFetchedAndSaved(*this);
     if (auto listener = delegate.lock()) listener->didComplete(*this, true);
+}
+
+void AppInitDataManager::storeBlocks(const ParsedInitData& parsed) {
+    if (parsed.dateTimeFormat) {
+        persistance_.dateTime->storeDateFormat(parsed.dateTimeFormat->dateFormat);
+        persistance_.dateTime->storeTimeFormat(parsed.dateTimeFormat->timeFormat);
+    }
+    if (parsed.modules) persistance_.activeModules->storeModules(*parsed.modules);
+    if (parsed.userDetails) persistance_.userDetails->storeUserDetails(*parsed.userDetails);
+    if (parsed.users) persistance_.activeUsers->storeUsers(*parsed.users);
+    if (parsed.settings) persistance_.settings->storeSettings(*parsed.settings);
+    if (parsed.companyInfo) persistance_.companyInfo->storeCompanyInfo(*parsed.companyInfo);
+    if (parsed.organisations) storeOrganisations(*parsed.organisations, *persistance_.orgs);
 }
 
 void AppInitDataManager::createTables(const std::vector<std::string>& queries) {

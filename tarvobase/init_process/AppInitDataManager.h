@@ -6,8 +6,13 @@
 #include "tarvobase/init_process/AppInitNetworkService.h"
 #include "tarvobase/init_process/Downloadable.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
+#include "tarvobase/value_objects/CompanyInfoInDatabase.h"
 #include "tarvobase/value_objects/DateTimeInUserDefaults.h"
 #include "tarvobase/value_objects/ModulesPersistanceDelegate.h"
+#include "tarvobase/value_objects/OrganisationPersistance.h"
+#include "tarvobase/value_objects/SettingsPersistanceDelegate.h"
+#include "tarvobase/value_objects/UserDetailsInUserDefaults.h"
+#include "tarvobase/value_objects/UserPersistanceDelegate.h"
 
 namespace tarvo {
 
@@ -22,12 +27,19 @@ public:
 /// The step `appInit`: makes the init call, creates the account's tables from the SQL that it brings, and stores its
 /// blocks. Without the block of the tables nothing at all is stored, no completion is told, and the error chain hears
 /// `parsingError`. A statement that fails is logged by the adapter and dropped.
-class AppInitDataManager final : public Downloadable, public AppInitNetworkServiceDelegate, public CommonErrorProtocolWithChaining {
+class AppInitDataManager final : public Downloadable,
+                                 public AppInitNetworkServiceDelegate,
+                                 public CommonErrorProtocolWithChaining {
 public:
     /// Where each kind of content is stored.
     struct Persistance {
         std::shared_ptr<DateTimePersistanceDelegate> dateTime;
         std::shared_ptr<ModulesPersistanceDelegate> activeModules;
+        std::shared_ptr<UserDetailsPersistanceDelegate> userDetails;
+        std::shared_ptr<UserPersistanceDelegate> activeUsers;
+        std::shared_ptr<SettingsPersistanceDelegate> settings;
+        std::shared_ptr<CompanyInfoPersistanceDelegate> companyInfo;
+        std::shared_ptr<OrganisationPersistance> orgs;
         std::shared_ptr<DatabaseAdapter> database;
     };
     AppInitDataManager(Persistance persistance, std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService);
@@ -49,6 +61,7 @@ public:
 
 private:
     void createTables(const std::vector<std::string>& queries);
+    void storeBlocks(const ParsedInitData& parsed);
 
     Persistance persistance_;
     std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService_;

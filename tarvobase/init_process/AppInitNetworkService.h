@@ -21,12 +21,13 @@ public:
     virtual void getAppInitData() = 0;
 };
 
-/// Makes the init call. An answer is kept for the process; within a minute of the server's time it is given again to the
-/// same account, so that a start that was interrupted costs one call. A transport error reaches `errorHandler` as
+/// Makes the init call. An answer is kept for the process; within a minute of the server's time it is given again to
+/// the same account, so that a start that was interrupted costs one call. A transport error reaches `errorHandler` as
 /// `networkResponseError`, an answer that cannot be used as `parsingError`; the delegate hears of nothing either way.
 class AppInitNetworkService final : public BaseNetworkService, public AppInitNetworkServiceProtocol {
 public:
-    explicit AppInitNetworkService(std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
+    explicit AppInitNetworkService(
+        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
     void getAppInitData() override;
 
 private:

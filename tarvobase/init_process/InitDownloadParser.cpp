@@ -10,6 +10,11 @@ namespace {
 
 using BlockReader = void (*)(const ValueList& data, ParsedInitData& parsed);
 
+template <class Parser, auto field>
+void readInto(const ValueList& data, ParsedInitData& parsed) {
+    parsed.*field = Parser::parse(data);
+}
+
 /// The blocks by name. Of a block that comes twice the last one counts.
 struct Block {
     std::string_view module;
@@ -17,9 +22,14 @@ struct Block {
 };
 
 constexpr Block blocks[] = {
-    {"dateTimeFormat", [](const ValueList& data, ParsedInitData& parsed) { parsed.dateTimeFormat = InitDateTimeFormatParser::parse(data); }},
-    {"activeModules", [](const ValueList& data, ParsedInitData& parsed) { parsed.modules = InitModulesParser::parse(data); }},
-    {"tables", [](const ValueList& data, ParsedInitData& parsed) { parsed.createTableQueries = InitTablesParser::parse(data); }},
+    {"dateTimeFormat", readInto<InitDateTimeFormatParser, &ParsedInitData::dateTimeFormat>},
+    {"activeModules", readInto<InitModulesParser, &ParsedInitData::modules>},
+    {"userDetails", readInto<InitUserDetailsParser, &ParsedInitData::userDetails>},
+    {"activeUsers", readInto<InitUsersParser, &ParsedInitData::users>},
+    {"settings", readInto<InitSettingsParser, &ParsedInitData::settings>},
+    {"tables", readInto<InitTablesParser, &ParsedInitData::createTableQueries>},
+    {"companyInfo", readInto<InitCompanyInfoParser, &ParsedInitData::companyInfo>},
+    {"VestraOrgs", readInto<InitOrganisationParser, &ParsedInitData::organisations>},
 };
 
 void readBlock(const ValueMap& entry, ParsedInitData& parsed) {

@@ -7,7 +7,12 @@
 #include <vector>
 
 #include "platform/Data.h"
+#include "tarvobase/value_objects/CompanyInfo.h"
 #include "tarvobase/value_objects/Module.h"
+#include "tarvobase/value_objects/Organisation.h"
+#include "tarvobase/value_objects/Settings.h"
+#include "tarvobase/value_objects/User.h"
+#include "tarvobase/value_objects/UserDetails.h"
 
 namespace tarvo {
 
@@ -22,6 +27,11 @@ struct ParsedInitData {
     std::optional<std::vector<std::string>> createTableQueries;
     std::optional<DateTimeFormat> dateTimeFormat;
     std::optional<std::vector<Module>> modules;
+    std::optional<UserDetails> userDetails;
+    std::optional<std::vector<User>> users;
+    std::optional<std::vector<Settings>> settings;
+    std::optional<std::vector<CompanyInfo>> companyInfo;
+    std::optional<std::vector<Organisation>> organisations;
     std::uint64_t responseTime = 0;  ///< seconds since 1970, by the server's clock
 };
 

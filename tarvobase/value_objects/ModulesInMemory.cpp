@@ -25,16 +25,24 @@ ModulesInMemory::ModulesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemo
           *this, std::string(activeModuleConstants.TableName), [](const Module& module) { return module.moduleName; },
           this->primaryPersistance != nullptr) {}
 
-void ModulesInMemory::storeModule(const Module& module) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storeModule(module);
-    memory_.store(account, {module});
-}
-
 void ModulesInMemory::storeModules(const std::vector<Module>& modules) {
     auto account = currentAccountBrenUID();
     if (primaryPersistance) primaryPersistance->storeModules(modules);
-    memory_.store(account, modules);
+    memory_.store(account, asStored(modules));
+}
+
+// A module that comes without its table statements keeps those that the primary store has, so memory takes such a
+// module from there.
+std::vector<Module> ModulesInMemory::asStored(std::vector<Module> modules) const {
+    std::vector<std::string> bare;
+    for (auto& module : modules)
+        if (module.tableCreationQuery.empty()) bare.push_back(module.moduleName);
+    if (!primaryPersistance || bare.empty()) return modules;
+    auto stored = primaryPersistance->getModulesByModuleNames(bare).success().value_or(std::vector<Module>());
+    for (auto& module : modules)
+        for (auto& known : stored)
+            if (module.tableCreationQuery.empty() && known.moduleName == module.moduleName) module = known;
+    return modules;
 }
 
 Modules ModulesInMemory::getAllModules() {

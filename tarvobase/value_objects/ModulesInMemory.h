@@ -16,7 +16,7 @@ public:
     const std::shared_ptr<ModulesPersistanceDelegate> primaryPersistance;
 
     using ModulesPersistanceDelegate::getModule;
-    void storeModule(const Module& module) override;
+    void storeModule(const Module& module) override { storeModules({module}); }
     void storeModules(const std::vector<Module>& modules) override;
     Result<std::vector<Module>, ParserError> getAllModules() override;
     Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) override;
@@ -29,6 +29,8 @@ public:
     void reloadAll() override;
 
 private:
+    std::vector<Module> asStored(std::vector<Module> modules) const;
+
     InMemoryTable<Module> memory_;
 };
 

@@ -1,0 +1,107 @@
+#include <array>
+
+#include "platform/Text.h"
+#include "tarvobase/init_process/InitBlocks.h"
+#include "tarvobase/network_layer/TypedReads.h"
+
+namespace tarvo {
+
+namespace {
+
+using S = SettingName;
+
+/// What the positions of the block mean. The row of the modules' own settings stands among them.
+constexpr std::array applicationTexts = {
+    S::versionID,   S::themeID,           S::fontName,         S::fontSize,
+    S::mapDistance, S::mapDistanceMetric, S::placeCalls,       S::callOption,
+    S::map,         S::mailComposer,      S::weekStartsWith,   S::homeTasks,
+    S::homeEvents,  S::homeCalls,         S::displayNameOrder, S::relatedListOrder};
+constexpr std::size_t modulesPosition = applicationTexts.size();
+constexpr std::array applicationLists = {S::supportedModules, S::whoIdModules, S::whatIdModules};
+
+/// The plain positions of a module's row, in the order in which their settings are made.
+struct Position {
+    SettingName name;
+    std::size_t position;
+};
+constexpr Position modulePositions[] = {
+    {S::downloadRecords, 1}, {S::userMaxRecords, 2}, {S::search, 4}, {S::display, 3}};
+constexpr std::size_t sortPosition = 5;
+constexpr std::size_t maxReporteesPosition = 6;
+constexpr std::string_view moduleWithReportees = "Accounts";
+constexpr std::array sortLevels = {S::groupBy, S::primarySort, S::secondarySort};
+
+Settings settingOf(std::string_view moduleName, SettingName name, std::string value) {
+    return {std::string(moduleName), name, value, value, true};
+}
+
+std::optional<std::vector<std::string>> textsAt(const ValueList& row, std::size_t position) {
+    auto list = position < row.size() ? row[position].asList() : nullptr;
+    if (!list) return std::nullopt;
+    std::vector<std::string> texts;
+    for (auto& entry : *list) {
+        if (!entry.asText()) return std::nullopt;
+        texts.push_back(*entry.asText());
+    }
+    return texts;
+}
+
+/// A text as it is, a list of texts joined with ",".
+std::optional<std::string> valueAt(const ValueList& row, std::size_t position) {
+    if (auto text = readIndex<std::string>(row, position)) return text;
+    auto texts = textsAt(row, position);
+    return texts ? std::optional(text::join(*texts, ",")) : std::nullopt;
+}
+
+/// One pair of column and order a level. A level without a column, or without an order, is an empty text.
+void addSortLevels(const ValueList& row, std::string_view moduleName, std::vector<Settings>& settings) {
+    auto texts = textsAt(row, sortPosition);
+    if (!texts) return;
+    for (std::size_t level = 0; level < sortLevels.size() && level * 2 < texts->size(); ++level) {
+        auto& column = (*texts)[level * 2];
+        bool isPair = level * 2 + 1 < texts->size() && !column.empty();
+        settings.push_back(
+            settingOf(moduleName, sortLevels[level], isPair ? column + "," + (*texts)[level * 2 + 1] : std::string()));
+    }
+}
+
+/// False for a row that does not name its module.
+bool addModuleRow(const Value& entry, std::vector<Settings>& settings) {
+    auto row = entry.asList();
+    auto moduleName = row ? readIndex<std::string>(*row, 0) : std::nullopt;
+    if (!moduleName) return false;
+    for (auto& [name, position] : modulePositions)
+        if (auto value = valueAt(*row, position)) settings.push_back(settingOf(*moduleName, name, *std::move(value)));
+    addSortLevels(*row, *moduleName, settings);
+    auto maxReportees = readIndex<std::string>(*row, maxReporteesPosition);
+    if (maxReportees && *moduleName == moduleWithReportees)
+        settings.push_back(settingOf(*moduleName, S::maxReporteesCount, *maxReportees));
+    return true;
+}
+
+/// The order of names that users start with differs from the server's.
+Settings sortOrderPreference() {
+    auto first = std::string(SettingsConstants::FirstNameKey), last = std::string(SettingsConstants::LastNameKey);
+    return {std::string(SettingsConstants::applicationModule), S::sortOrderPreference, first + "," + last,
+            last + "," + first, true};
+}
+
+}  // namespace
+
+std::optional<std::vector<Settings>> InitSettingsParser::parse(const ValueList& data) {
+    auto& row = singleRow(data);
+    auto application = SettingsConstants::applicationModule;
+    std::vector<Settings> settings;
+    for (std::size_t position = 0; position < applicationTexts.size(); ++position)
+        if (auto value = readIndex<std::string>(row, position))
+            settings.push_back(settingOf(application, applicationTexts[position], *std::move(value)));
+    for (auto& entry : readIndex<ValueList>(row, modulesPosition).value_or(ValueList()))
+        if (!addModuleRow(entry, settings)) return std::nullopt;
+    for (std::size_t list = 0; list < applicationLists.size(); ++list)
+        if (auto texts = textsAt(row, modulesPosition + 1 + list))
+            settings.push_back(settingOf(application, applicationLists[list], text::join(*texts, ",")));
+    settings.push_back(sortOrderPreference());
+    return settings;
+}
+
+}  // namespace tarvo
