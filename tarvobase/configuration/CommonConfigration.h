@@ -101,6 +101,8 @@ public:
     Setting<bool> passOrgID{false};
     /// Whether views keep the server's own criteria; decides `customViewDBConstants`.
     Setting<bool> serverCVCriteria{false};
+    /// The columns of the table of custom views that go with `serverCVCriteria`.
+    const CustomViewConstants& customViewDBConstants() const;
     Setting<FieldIdentifier> fieldIdentifier;
     /// Whether parsing rewrites system properties ("$name").
     Setting<bool> modifySystemProperties{true};

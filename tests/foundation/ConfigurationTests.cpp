@@ -3,6 +3,7 @@
 #include "tarvobase/configuration/Assemblers.h"
 #include "tarvobase/configuration/UserAccounts.h"
 #include "tarvobase/database_layer/DatabaseConstants.h"
+#include "tarvobase/value_objects/CustomViewConstants.h"
 #include "tarvobase/value_objects/DateTimeInUserDefaults.h"
 #include "tarvobase/value_objects/FieldMetadata.h"
 #include "tests/foundation/Fixture.h"
@@ -34,6 +35,12 @@ TEST_F(ConfigurationTest, DerivedFieldsFollowTheirSources) {
     EXPECT_EQ(organisationTableName("T"), "T");
     configuration().currentOrgID = "9";
     EXPECT_EQ(organisationTableName("T"), "T_9");
+    EXPECT_EQ(configuration().customViewDBConstants().ListFields, "list_fields");
+    for (int i = 0; i < 2; ++i) {
+        configuration().serverCVCriteria = true;
+        EXPECT_EQ(configuration().customViewDBConstants().ListFields, "selected_columns");
+        EXPECT_EQ(configuration().customViewDBConstants().ViewID, "view_id");
+    }
     auto voice = configuration().voiceFileDirectoryLocation();
     EXPECT_EQ(voice, folder() + "/VoiceNotes/");
     configuration().localDirectoryLocation = "/elsewhere";
