@@ -13,6 +13,13 @@ const auto settingsForm = form<Settings, SettingsConstants>(
 
 }  // namespace
 
+std::optional<SortField> Settings::getSortField() const {
+    auto parts = text::split(customSettings, ",");
+    if (parts.front().empty()) return std::nullopt;
+    bool isDescending = parts.size() > 1 && text::equalsIgnoringAsciiCase(parts[1], "desc");
+    return SortField{parts.front(), !isDescending};
+}
+
 ValueMap SettingsConstants::getDictionary(const Settings& settings) const {
     return settingsForm.toMap(settings, *this, Form::plain);
 }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "tarvobase/value_objects/InMemoryDatabaseAdapter.h"
 #include "tarvobase/value_objects/SettingName.h"
+#include "tarvobase/value_objects/SortField.h"
 #include "tarvobase/value_objects/StoredForm.h"
 
 namespace tarvo {
@@ -16,6 +18,9 @@ struct Settings {
     std::string defaultSettings;
     std::string customSettings;
     bool isDefault = false;
+
+    /// The order that a sort setting stands for: a column and, behind ",", "asc" or "desc". Nothing without a column.
+    std::optional<SortField> getSortField() const;
 
     static constexpr auto fields() {
         return describe(field("moduleName", &Settings::moduleName), field("settingsKey", &Settings::settingsKey),

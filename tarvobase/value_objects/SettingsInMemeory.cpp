@@ -45,7 +45,12 @@ SettingsPersistanceDelegate::SettingsResult SettingsInMemeory::getSettings(const
 SettingsPersistanceDelegate::SettingsByModule SettingsInMemeory::getSettingsByModuleNames(
     const std::vector<std::string>& moduleNames) {
     SettingsByModule byModule;
-    for (auto& name : moduleNames) byModule[name] = getSettings(name).success().value_or(std::vector<Settings>());
+    for (auto& name : moduleNames) byModule[name];
+    auto settings = getAllSettings();
+    if (!settings) return byModule;
+    for (auto& setting : settings.value())
+        if (auto asked = byModule.find(setting.moduleName); asked != byModule.end())
+            asked->second.push_back(std::move(setting));
     return byModule;
 }
 
