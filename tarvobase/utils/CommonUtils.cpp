@@ -1,0 +1,56 @@
+#include "tarvobase/utils/CommonUtils.h"
+
+#include <mutex>
+#include <vector>
+
+#include "platform/ProcessState.h"
+#include "tarvobase/configuration/AppPlatformConstants.h"
+#include "tarvobase/configuration/UserAccounts.h"
+
+namespace tarvo {
+
+namespace {
+
+std::shared_ptr<DispatchQueue> makeQueue() { return DispatchQueue::serial("BrenCommonUtilsQueue"); }
+
+struct Background {
+    std::mutex mutex;
+    std::shared_ptr<AppPlatformConstantsProtocol> constants = std::make_shared<OSXPlatformConstants>();
+    std::vector<std::shared_ptr<DispatchQueue>> pool;
+    std::size_t next = 0;
+};
+
+Background& background() { return platform::ProcessState::current().get<Background>(); }
+
+}  // namespace
+
+void CommonUtils::performRequestInQueue(const std::shared_ptr<DispatchQueue>& queue, Sync sync, Work work) {
+    if (sync == Sync::yes)
+        queue->sync(work);
+    else
+        queue->async(std::move(work));
+}
+
+std::shared_ptr<DispatchQueue> CommonUtils::nextBackgroundDispatchQueue() {
+    auto& state = background();
+    auto size = platformConstants()->maximumNumberOfThreads().value_or(0);
+    if (size <= 0) return makeQueue();
+    std::lock_guard lock(state.mutex);
+    while (state.pool.size() < static_cast<std::size_t>(size)) state.pool.push_back(makeQueue());
+    return state.pool[state.next++ % state.pool.size()];
+}
+
+std::shared_ptr<AppPlatformConstantsProtocol> CommonUtils::platformConstants() {
+    std::lock_guard lock(background().mutex);
+    return background().constants;
+}
+
+void CommonUtils::setPlatformConstants(std::shared_ptr<AppPlatformConstantsProtocol> constants) {
+    std::lock_guard lock(background().mutex);
+    background().constants = std::move(constants);
+}
+
+std::string CommonUtils::getCurrentUserBrenUID() { return UserAccountsManager::userAccounts().getCurrentBrenUID(); }
+bool CommonUtils::hasBrenuid() { return UserAccountsManager::userAccounts().hasBrenuid(); }
+
+}  // namespace tarvo

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <algorithm>
+#include <string_view>
+
+/// The two forms of an id that a record carries until the server has given it one. Neither test knows the other form.
+namespace tarvo {
+
+/// Of ids that the host or the legacy queue makes; a number or a UUID stands behind it.
+inline constexpr std::string_view tempIDPrefix = "TarvoTEMPID#";
+
+inline bool isTempId(std::string_view id) { return id.starts_with(tempIDPrefix); }
+
+/// "NEW_" and exactly nine digits: the ids of the current queue of changes.
+inline bool isNewRecordId(std::string_view id) {
+    constexpr std::string_view prefix = "NEW_";
+    constexpr std::size_t digits = 9;
+    auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return id.size() == prefix.size() + digits && id.starts_with(prefix) &&
+           std::all_of(id.begin() + prefix.size(), id.end(), isDigit);
+}
+
+}  // namespace tarvo

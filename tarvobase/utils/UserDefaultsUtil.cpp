@@ -1,0 +1,106 @@
+#include "tarvobase/utils/UserDefaultsUtil.h"
+
+#include <algorithm>
+
+#include "platform/Clock.h"
+#include "platform/Log.h"
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/utils/TemporaryIds.h"
+
+namespace tarvo {
+
+namespace {
+
+const std::string syncTimeSuffix = "LFRecordSyncTime";
+const std::string hasMoreSuffix = "LFHasMoreRecord";
+const std::string lastUpdatedSuffix = "LFLastUpdatedTime";
+const std::string lastSelectedModule = "lastSelectedModule";
+const std::string moduleOrder = "moduleOrder";
+const std::string progressPercent = "_progressPercent";
+const std::string completedSuffix = "_downloadable";
+const std::string lastTemporaryNumber = "lastTemporaryRecordNumber";
+
+UserDefaultsGroup ofAccount() { return UserDefaultsGroup::current(); }
+
+std::string listKey(const std::string& moduleName, const std::string& criteriaId, const std::string& suffix) {
+    return moduleName + "_" + criteriaId + "_" + suffix;
+}
+std::string moduleKey(const std::string& moduleName, const std::string& suffix) { return moduleName + "_" + suffix; }
+
+}  // namespace
+
+UserDefaultsUtil::UserDefaultsUtil(std::shared_ptr<UserDefaultsProtocol> userDefaults)
+    : userDefaults_(std::move(userDefaults)) {}
+
+std::string UserDefaultsUtil::getNewRecordId() {
+    auto number = platform::Clock::secondsSince1970();
+    // One counter for all accounts: an id is the same whoever looks at it.
+    bool stored = userDefaults_->update(lastTemporaryNumber, UserDefaultsGroup::base(), [&](const Value& last) {
+        number = std::max(number, last.asInteger().value_or(0) + 1);
+        return Value(number);
+    });
+    if (stored) return std::string(tempIDPrefix) + std::to_string(number);
+    platform::log("the number of a temporary record could not be stored: a random one is taken");
+    return std::string(tempIDPrefix) + std::to_string(platform::Random::number());
+}
+
+bool UserDefaultsUtil::isCompleted(const std::string& step) const {
+    return userDefaults_->boolForKey(step + completedSuffix, ofAccount()).value_or(false);
+}
+void UserDefaultsUtil::setCompleted(const std::string& step) {
+    userDefaults_->setBool(true, step + completedSuffix, ofAccount());
+}
+int UserDefaultsUtil::getProgressPercent() const {
+    return static_cast<int>(
+        std::clamp<std::int64_t>(userDefaults_->integerForKey(progressPercent, ofAccount()).value_or(0), 0, 100));
+}
+void UserDefaultsUtil::setProgressPercent(int percent) {
+    userDefaults_->setInteger(percent, progressPercent, ofAccount());
+}
+
+std::optional<std::int64_t> UserDefaultsUtil::getListFilterRecordSyncTime(const std::string& moduleName,
+                                                                          const std::string& criteriaId) const {
+    return userDefaults_->int64(listKey(moduleName, criteriaId, syncTimeSuffix), ofAccount());
+}
+void UserDefaultsUtil::setListFilterRecordSyncTime(std::int64_t time, const std::string& moduleName,
+                                                   const std::string& criteriaId) {
+    userDefaults_->set(time, listKey(moduleName, criteriaId, syncTimeSuffix), ofAccount());
+}
+bool UserDefaultsUtil::getListFilterHasMoreRecord(const std::string& moduleName, const std::string& criteriaId) const {
+    return userDefaults_->boolForKey(listKey(moduleName, criteriaId, hasMoreSuffix), ofAccount()).value_or(true);
+}
+void UserDefaultsUtil::setListFilterHasMoreRecord(bool hasMore, const std::string& moduleName,
+                                                  const std::string& criteriaId) {
+    userDefaults_->setBool(hasMore, listKey(moduleName, criteriaId, hasMoreSuffix), ofAccount());
+}
+void UserDefaultsUtil::resetListFilter(const std::string& moduleName, const std::string& criteriaId) {
+    userDefaults_->removeValueForKey(listKey(moduleName, criteriaId, syncTimeSuffix), ofAccount());
+    setListFilterHasMoreRecord(true, moduleName, criteriaId);
+}
+
+std::optional<std::int64_t> UserDefaultsUtil::getListFilterLastUpdatedTime(const std::string& moduleName) const {
+    return userDefaults_->int64(moduleKey(moduleName, lastUpdatedSuffix), ofAccount());
+}
+void UserDefaultsUtil::setListFilterLastUpdatedTime(std::int64_t time, const std::vector<std::string>& moduleNames) {
+    for (auto& name : moduleNames) userDefaults_->set(time, moduleKey(name, lastUpdatedSuffix), ofAccount());
+}
+
+std::optional<std::string> UserDefaultsUtil::getLastSelectedModule() const {
+    return userDefaults_->stringForKey(lastSelectedModule, ofAccount());
+}
+void UserDefaultsUtil::setLastSelectedModule(const std::string& moduleName) {
+    userDefaults_->setString(moduleName, lastSelectedModule, ofAccount());
+}
+std::optional<std::vector<std::string>> UserDefaultsUtil::getModuleOrder() const {
+    auto stored = userDefaults_->arrayForKey(moduleOrder, ofAccount());
+    if (!stored) return std::nullopt;
+    std::vector<std::string> names;
+    for (auto& name : *stored)
+        if (name.asText()) names.push_back(*name.asText());
+    return names;
+}
+void UserDefaultsUtil::setModuleOrder(const std::vector<std::string>& moduleNames) {
+    userDefaults_->setArray(ValueList(moduleNames.begin(), moduleNames.end()), moduleOrder, ofAccount());
+}
+
+}  // namespace tarvo
