@@ -1,0 +1,85 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include "platform/Files.h"
+#include "platform/Json.h"
+#include "platform/Text.h"
+#include "tests/end_to_end/Process.h"
+#include "tests/sandbox/Client.h"
+
+namespace tarvo::tests {
+
+/// The real server and the real host as processes, in a folder of their own.
+class EndToEnd {
+public:
+    EndToEnd() {
+        ::signal(SIGPIPE, SIG_IGN);
+        server_ = std::make_unique<Process>(
+            "tarvo-sandbox",
+            std::vector<std::string>{"--port", "0", "--state", folder + "/server", "--account", "42:token-of-42"},
+            folder + "/server.log");
+        auto address = server_->line().value_or("");
+        authority = server_->line().value_or("");
+        port = static_cast<int>(text::toInteger(address.substr(address.rfind(':') + 1)).value_or(0));
+        control = std::make_unique<sandbox::tests::Client>("localhost", port, authority);
+    }
+    ~EndToEnd() {
+        stopServer();
+        files::remove(folder);
+    }
+
+    void stopServer() {
+        if (!server_) return;
+        control.reset();
+        server_->terminate();
+        EXPECT_EQ(server_->finish(), 0) << server_->errors();
+        server_.reset();
+    }
+
+    /// Arguments that reach the server as account 42, then those given.
+    std::vector<std::string> arguments(const std::vector<std::string>& further) const {
+        std::vector<std::string> all = {
+            "--home", home(),    "--account",     "42", "--token",  "token-of-42",
+            "--ca",   authority, "--server-type", "0",  "--domain", "localhost:" + std::to_string(port)};
+        all.insert(all.end(), further.begin(), further.end());
+        return all;
+    }
+    std::unique_ptr<Process> host(const std::vector<std::string>& further,
+                                  const std::string& passphrase = "right passphrase") const {
+        return std::make_unique<Process>("tarvo-host", arguments(further), folder + "/host.log",
+                                         std::vector<std::string>{"TARVO_PASSPHRASE=" + passphrase});
+    }
+
+    void setFault(const std::string& fault) {
+        auto answer = control->postJson("/control/faults", fault);
+        ASSERT_TRUE(answer && answer->status == 200) << fault;
+    }
+    std::size_t initRequests() {
+        auto answer = control->get("/control/requests");
+        auto log = json::parse(answer ? answer->body : "").value_or(Value());
+        std::size_t count = 0;
+        if (auto requests = log.asMap() ? log.asMap()->valueOf("requests") : Value(); requests.asList())
+            for (auto& request : *requests.asList())
+                count += request.asMap()->valueOf("path").textOr("").ends_with("/getappinitdata");
+        return count;
+    }
+
+    std::string home() const { return folder + "/home"; }
+    std::string databasePath() const { return home() + "/Databases/TarvoDatabaseForBrenUID42.sqlite"; }
+    std::string content(const std::string& path) const {
+        auto data = files::read(path);
+        return data ? std::string(data->view()) : "";
+    }
+
+    const std::string folder = files::makeTemporaryDirectory("end_to_end");
+    std::string authority;
+    int port = 0;
+    std::unique_ptr<sandbox::tests::Client> control;
+
+private:
+    std::unique_ptr<Process> server_;
+};
+
+}  // namespace tarvo::tests

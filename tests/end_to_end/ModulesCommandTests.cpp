@@ -1,0 +1,110 @@
+#include "tests/end_to_end/EndToEnd.h"
+
+namespace tarvo::tests {
+
+namespace {
+
+struct Ended {
+    std::optional<int> status;
+    std::string output;
+    std::string errors;
+};
+
+Ended endOf(std::unique_ptr<Process> process) {
+    auto status = process->finish();
+    return {status, process->output(), process->errors()};
+}
+
+bool contains(const std::string& text, std::string_view part) { return text.find(part) != std::string::npos; }
+
+bool isOneLine(const std::string& text) { return !text.empty() && text.find('\n') == text.size() - 1; }
+
+}  // namespace
+
+TEST(ModulesCommand, ListsFromTheEncryptedFileAlsoWithoutTheServer) {
+    EndToEnd world;
+    auto first = endOf(world.host({"modules"}));
+    ASSERT_EQ(first.status, 0) << first.errors;
+    EXPECT_EQ(first.errors, "");
+    EXPECT_TRUE(contains(first.output, "\nLeads  ")) << first.output;
+    EXPECT_LT(first.output.find("Leads"), first.output.find("Contacts")) << "sorted by position";
+    EXPECT_TRUE(contains(first.output, "Café Visits"));
+    EXPECT_TRUE(contains(first.output, world.databasePath()));
+    EXPECT_EQ(world.initRequests(), 1u);
+
+    auto second = endOf(world.host({"modules"}));
+    EXPECT_EQ(second.output, first.output);
+    EXPECT_EQ(world.initRequests(), 1u) << "stored modules need no server";
+    world.stopServer();
+    EXPECT_EQ(endOf(world.host({"modules"})).output, first.output);
+
+    auto unreachable = endOf(world.host({"modules", "--fetch"}));
+    EXPECT_EQ(unreachable.status, 1);
+    EXPECT_TRUE(isOneLine(unreachable.errors)) << unreachable.errors;
+
+    auto machine = json::parse(endOf(world.host({"modules", "--json"})).output);
+    ASSERT_TRUE(machine && machine->asMap());
+    auto modules = machine->asMap()->valueOf("modules");
+    ASSERT_TRUE(modules.asList() && !modules.asList()->empty());
+    EXPECT_EQ(modules.asList()->front().asMap()->valueOf("moduleName"), Value("Leads"));
+    EXPECT_EQ(machine->asMap()->valueOf("database"), Value(world.databasePath()));
+}
+
+TEST(ModulesCommand, LeavesNoReadableFileAndOpensWithTheRightPassphraseAlone) {
+    EndToEnd world;
+    ASSERT_EQ(endOf(world.host({"modules"})).status, 0);
+    auto file = world.content(world.databasePath());
+    ASSERT_GT(file.size(), 1024u);
+    for (auto name : {"Leads", "Contacts", "Campaigns", "MODULE_DETAILS", "SQLite format"})
+        EXPECT_FALSE(contains(file, name)) << name;
+
+    auto wrong = endOf(world.host({"modules"}, "wrong passphrase"));
+    EXPECT_EQ(wrong.status, 1);
+    EXPECT_TRUE(isOneLine(wrong.errors) && contains(wrong.errors, "wrong passphrase: ")) << wrong.errors;
+    EXPECT_EQ(wrong.output, "");
+    EXPECT_TRUE(world.content(world.databasePath()) == file) << "a refused passphrase changed the file";
+    EXPECT_EQ(endOf(world.host({"modules"})).status, 0);
+}
+
+TEST(ModulesCommand, SaysInOneLineWhatIsWrong) {
+    EndToEnd world;
+    auto missing = world.folder + "/missing.pem";
+    auto noCertificate = world.folder + "/server.log";
+    struct Case {
+        std::vector<std::string> arguments;
+        int status;
+        std::string says;
+    };
+    const std::vector<Case> cases = {
+        {{}, 2, "subcommand"},
+        {{"dance"}, 2, ""},
+        {{"modules", "--colour", "red"}, 2, "--colour"},
+        {{"modules", "--server-type", "12"}, 2, "--server-type"},
+        {{"modules", "--server-type", "one"}, 2, "--server-type"},
+        {{"modules", "--servlet", "other"}, 2, "--servlet"},
+        {{"modules", "--identifier", "id"}, 2, "--identifier"},
+        {{"modules", "--ca", missing}, 2, "--ca"},
+        {{"modules", "--ca", noCertificate, "--account", "1", "--passphrase", "p"}, 2, noCertificate},
+        {{"modules", "--passphrase", "p"}, 2, "--account"},
+        {{"modules", "--account", "1"}, 2, "--passphrase"},
+        {{"modules", "--account", "1", "--passphrase", ""}, 2, "--passphrase"},
+        {{"modules", "--account", "1", "--passphrase", "p"}, 2, "--token"},
+        {{"modules", "--account", "1", "--passphrase", "p", "--home", "/dev/null/home"}, 2, "/dev/null/home"},
+        {{"modules", "--account", "42", "--passphrase", "p", "--token", "secret", "--server-type", "0", "--ca",
+          world.authority, "--domain", "localhost:" + std::to_string(world.port)},
+         1,
+         "token"},
+    };
+    for (auto& one : cases) {
+        auto arguments = one.arguments;
+        if (std::find(arguments.begin(), arguments.end(), "--home") == arguments.end())
+            arguments.insert(arguments.begin(), {"--home", world.folder + "/other"});
+        Process process("tarvo-host", arguments, world.folder + "/host.log", {"TARVO_PASSPHRASE="});
+        EXPECT_EQ(process.finish(), one.status) << text::join(arguments, " ");
+        auto errors = process.errors();
+        EXPECT_TRUE(isOneLine(errors) && contains(errors, one.says)) << text::join(arguments, " ") << ": " << errors;
+        EXPECT_FALSE(contains(errors, "secret")) << errors;
+    }
+}
+
+}  // namespace tarvo::tests
