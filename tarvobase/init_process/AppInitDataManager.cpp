@@ -1,37 +1,24 @@
 #include "tarvobase/init_process/AppInitDataManager.h"
 
+#include "tarvobase/get_metadata/MetadataStores.h"
 #include "tarvobase/value_objects/InMemoryStorage.h"
-#include "tarvobase/value_objects/ModuleInDatabase.h"
-#include "tarvobase/value_objects/ModulesInMemory.h"
 #include "tarvobase/value_objects/OrganisationInUserDefaults.h"
-#include "tarvobase/value_objects/SettingsInDatabase.h"
-#include "tarvobase/value_objects/SettingsInMemeory.h"
-#include "tarvobase/value_objects/UserInDatabase.h"
-#include "tarvobase/value_objects/UserInMemory.h"
 
 namespace tarvo {
 
 namespace {
 
-/// A table class over the table that its constants name.
-template <class TableClass, class Constants>
-std::shared_ptr<TableClass> tableOf(const std::shared_ptr<DatabaseAdapter>& adapter, Constants constants) {
-    return std::make_shared<TableClass>(std::string(constants.TableName), adapter, constants);
-}
-
 /// What is read all the time is stored through memory, so that memory never lags behind its table.
 AppInitDataManager::Persistance persistanceOf(const std::shared_ptr<DatabaseAdapter>& adapter,
                                               const std::shared_ptr<UserDefaultsProtocol>& userDefaults) {
-    auto memory = std::make_shared<InMemoryStorage>();
+    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
+    CompanyInfoDatabaseConstants company;
     return {.dateTime = std::make_shared<DateTimeInUserDefaults>(userDefaults),
-            .activeModules = std::make_shared<ModulesInMemory>(
-                memory, tableOf<ModuleInDatabase>(adapter, ModuleDatabaseConstants())),
+            .activeModules = stores.modules(),
             .userDetails = std::make_shared<UserDetailsInUserDefaults>(userDefaults),
-            .activeUsers =
-                std::make_shared<UserInMemory>(memory, tableOf<UserInDatabase>(adapter, UserDatabaseConstants())),
-            .settings = std::make_shared<SettingsInMemeory>(
-                memory, tableOf<SettingsInDatabase>(adapter, SettingsDatabaseConstants())),
-            .companyInfo = tableOf<CompanyInfoInDatabase>(adapter, CompanyInfoDatabaseConstants()),
+            .activeUsers = stores.users(),
+            .settings = stores.settings(),
+            .companyInfo = std::make_shared<CompanyInfoInDatabase>(std::string(company.TableName), adapter, company),
             .orgs = std::make_shared<OrganisationInUserDefaults>(userDefaults),
             .database = adapter};
 }

@@ -1,0 +1,86 @@
+#include "tarvobase/get_metadata/GetModuleTagsUC.h"
+
+#include <algorithm>
+
+#include "platform/Clock.h"
+#include "tarvobase/network_layer/NetworkFailure.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/RecordChangedObserver.h"
+#include "tarvobase/utils/TemporaryIds.h"
+#include "tarvobase/value_objects/TagInDatabase.h"
+
+namespace tarvo {
+
+namespace {
+
+bool isTemporary(const std::string& id) { return isTempId(id) || isNewRecordId(id); }
+
+/// The server cannot know a tag yet that was made here, or that a record which waits for its first upload carries.
+bool waitsForUpload(const Tag& tag, const std::vector<TagRecord>& links) {
+    return isTemporary(tag.id) ||
+           std::any_of(links.begin(), links.end(), [](auto& link) { return isTemporary(link.recordId); });
+}
+
+bool contains(const std::vector<Tag>& tags, const std::string& id) {
+    return std::any_of(tags.begin(), tags.end(), [&](auto& tag) { return tag.id == id; });
+}
+
+void notifyOfChange(const std::string& moduleName, const std::vector<std::string>& recordIds) {
+    RecordChangedObserver::RecordIds changed;
+    for (auto& id : recordIds) changed.push_back({id, platform::Clock::secondsSince1970()});
+    BrenNotificationCenter::shared().notify<RecordChangedObserver>(
+        true, [moduleName, changed](RecordChangedObserver& observer) { observer.recordUpdated(moduleName, changed); });
+}
+
+}  // namespace
+
+GetModuleTagsDM::GetModuleTagsDM(std::shared_ptr<TagPersistanceDelegate> tagsDBPersistance,
+                                 std::shared_ptr<TagRecordsPersistanceDelegate> tagsRecordsDBPersistance,
+                                 std::shared_ptr<GetModuleTagsNS> tagsNWService)
+    : tagsDBPersistance(std::move(tagsDBPersistance)),
+      tagsRecordsDBPersistance(std::move(tagsRecordsDBPersistance)),
+      tagsNWService(std::move(tagsNWService)) {}
+
+bool GetModuleTagsDM::getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError) {
+    auto tags = tagsDBPersistance->getTags(request->module.moduleName);
+    if (!tags) return false;
+    onSuccess(Response(std::move(tags), ResponseSource::database));
+    return true;
+}
+
+void GetModuleTagsDM::getNWResponse(const RequestPtr& request, OnNWSuccess onSuccess, OnNWError onError) {
+    tagsNWService->getTags(request->module, [weak = platform::weakSelf(this), request, onSuccess = std::move(onSuccess),
+                                             onError = std::move(onError)](auto answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        if (!answer) return onError(appErrorOf<GetModuleTagsOperation::DomainError>(answer.error()));
+        if (*answer) self->takeOver(request->module.moduleName, **answer);
+        onSuccess(Response(*answer, ResponseSource::network));
+    });
+}
+
+void GetModuleTagsDM::takeOver(const std::string& moduleName, const std::vector<Tag>& tags) {
+    for (auto& stored : tagsDBPersistance->getTags(moduleName).value_or(std::vector<Tag>()))
+        if (!contains(tags, stored.id)) removeUnlessWaiting(stored);
+    tagsDBPersistance->storeTags(tags);
+}
+
+void GetModuleTagsDM::removeUnlessWaiting(const Tag& tag) {
+    auto links = tagsRecordsDBPersistance->getTagRecordsByTagId(tag.id);
+    // Without an answer nobody knows whether a record waits: the tag stays until the next time.
+    if (!links || waitsForUpload(tag, *links)) return;
+    tagsDBPersistance->removeTags(tag.id);
+    std::vector<std::string> records;
+    for (auto& link : *links) {
+        records.push_back(link.recordId);
+        tagsRecordsDBPersistance->deleteTagRecordsByTagIds({tag.id}, link.recordId);
+    }
+    notifyOfChange(tag.moduleName, records);
+}
+
+GetModuleTagsUC::GetModuleTagsUC()
+    : GetModuleTagsUC(std::make_shared<GetModuleTagsDM>(std::make_shared<TagInDatabase>(),
+                                                        std::make_shared<TagRecordInDatabase>(),
+                                                        std::make_shared<GetModuleTagsNS>())) {}
+
+}  // namespace tarvo

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "tarvobase/get_metadata/GetModuleTagsNS.h"
+#include "tarvobase/usecase/BaseDataManager.h"
+#include "tarvobase/usecase/Usecase.h"
+#include "tarvobase/value_objects/TagPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// Types of `GetModuleTagsUC`.
+struct GetModuleTagsOperation {
+    struct Request;
+    struct Response;
+    struct TagsError;
+    using DomainError = TagsError;
+};
+
+struct GetModuleTagsOperation::Request : BaseRequest {
+    Request() = default;
+    explicit Request(Module module, DataSource source = DataSource::both) : module(std::move(module)), wished(source) {}
+    DataSource source() const override { return wished; }
+
+    Module module;  ///< its names are enough
+    DataSource wished = DataSource::both;
+
+    static constexpr auto fields() {
+        return describe(field("module", &Request::module), optionalField("source", &Request::wished));
+    }
+};
+
+struct GetModuleTagsOperation::Response : BaseResponse {
+    Response() = default;
+    Response(std::optional<std::vector<Tag>> tags, ResponseSource source) : tags(std::move(tags)), from(source) {}
+    ResponseSource source() const override { return from; }
+
+    /// Absent when the server's answer could not be used; the stored tags then stand.
+    std::optional<std::vector<Tag>> tags;
+    ResponseSource from = ResponseSource::database;
+
+    static constexpr auto fields() {
+        return describe(field("tags", &Response::tags), field("source", &Response::from));
+    }
+};
+
+/// There is none at present.
+struct GetModuleTagsOperation::TagsError {
+    static constexpr auto fields() { return describe(); }
+};
+
+/// Tags from the table, and from the server into the table.
+class GetModuleTagsDM final : public BaseDataManager<GetModuleTagsOperation> {
+public:
+    GetModuleTagsDM(std::shared_ptr<TagPersistanceDelegate> tagsDBPersistance,
+                    std::shared_ptr<TagRecordsPersistanceDelegate> tagsRecordsDBPersistance,
+                    std::shared_ptr<GetModuleTagsNS> tagsNWService);
+
+    const std::shared_ptr<TagPersistanceDelegate> tagsDBPersistance;
+    const std::shared_ptr<TagRecordsPersistanceDelegate> tagsRecordsDBPersistance;
+    const std::shared_ptr<GetModuleTagsNS> tagsNWService;
+
+    bool getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError onError) override;
+    void getNWResponse(const RequestPtr& request, OnNWSuccess onSuccess, OnNWError onError) override;
+
+private:
+    void takeOver(const std::string& moduleName, const std::vector<Tag>& tags);
+    void removeUnlessWaiting(const Tag& tag);
+};
+
+/// Gives the tags of a module: those of the database, and those of the server, which then replace them. A tag that the
+/// server has no more is removed, unless it was made here or a record that waits for its first upload still carries it;
+/// observers of
+/// records hear of the records that lose it. Answers on the main queue, as often as the request's source says. A server
+/// answer that cannot be used changes nothing; a request that gets no answer is a failure.
+class GetModuleTagsUC final : public Usecase<GetModuleTagsOperation> {
+public:
+    using TagsError = GetModuleTagsOperation::TagsError;
+    /// Over the database that is open at the moment of each call.
+    GetModuleTagsUC();
+    explicit GetModuleTagsUC(std::shared_ptr<GetModuleTagsDM> getTagsDM) : getTagsDM(std::move(getTagsDM)) {}
+
+    const std::shared_ptr<GetModuleTagsDM> getTagsDM;
+
+protected:
+    void run(std::shared_ptr<const Request> request, UICallback handler) override {
+        getTagsDM->runRequest(request, handler);
+    }
+};
+
+}  // namespace tarvo

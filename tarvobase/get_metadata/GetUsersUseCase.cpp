@@ -1,0 +1,42 @@
+#include "tarvobase/get_metadata/GetUsersUseCase.h"
+
+#include "tarvobase/get_metadata/GetUsers.h"
+#include "tarvobase/get_metadata/MetadataStores.h"
+
+namespace tarvo {
+
+GetUsersUseCase::GetUsersUseCase() : GetUsersUseCase(MetadataStores::current().users()) {}
+
+void GetUsersUseCase::getUsers() {
+    answerUsers([](UserPersistanceDelegate& store) { return GetUsers::users(GetUsers::Request::all(), store); });
+}
+
+void GetUsersUseCase::getActiveUsers() {
+    answerUsers([](UserPersistanceDelegate& store) { return GetUsers::users(GetUsers::Request::active(), store); });
+}
+
+void GetUsersUseCase::getUser(const std::string& userID) {
+    answerUser([userID](UserPersistanceDelegate& store) { return store.getUser(userID); });
+}
+
+void GetUsersUseCase::getCurrentUser() {
+    answerUser([](UserPersistanceDelegate& store) { return store.getUserWithBrenUID(); });
+}
+
+template <class Ask>
+void GetUsersUseCase::answerUser(Ask ask) {
+    answer([store = dataManager, ask] { return ask(*store); },
+           [](GetUsersUseCaseDelegate& delegate, const Result<User, ParserError>& user) {
+               user ? delegate.userFetched(*user) : delegate.unableToFetchUsers();
+           });
+}
+
+template <class Ask>
+void GetUsersUseCase::answerUsers(Ask ask) {
+    answer([store = dataManager, ask] { return ask(*store); },
+           [](GetUsersUseCaseDelegate& delegate, const UserPersistanceDelegate::Users& users) {
+               users ? delegate.usersFetched(*users) : delegate.unableToFetchUsers();
+           });
+}
+
+}  // namespace tarvo

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tarvobase/usecase/DelegateUseCase.h"
+#include "tarvobase/value_objects/UserPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// Hears the answers of `GetUsersUseCase`, on the main queue.
+class GetUsersUseCaseDelegate : public virtual platform::Object {
+public:
+    virtual void userFetched(const User& user) { static_cast<void>(user); }
+    /// By name, as `GetUsers` gives them.
+    virtual void usersFetched(const std::vector<User>& users) { static_cast<void>(users); }
+    /// There is no such user, or no store to ask.
+    virtual void unableToFetchUsers() {}
+};
+
+/// Users from memory and the local database, told to a delegate.
+class GetUsersUseCase final : public DelegateUseCase<GetUsersUseCaseDelegate> {
+public:
+    /// Over the database that is open at this moment.
+    GetUsersUseCase();
+    explicit GetUsersUseCase(std::shared_ptr<UserPersistanceDelegate> dataManager)
+        : dataManager(std::move(dataManager)) {}
+
+    void getUsers();
+    void getActiveUsers();
+    void getUser(const std::string& userID);
+    void getCurrentUser();
+
+    const std::shared_ptr<UserPersistanceDelegate> dataManager;
+
+private:
+    template <class Ask>
+    void answerUser(Ask ask);
+    template <class Ask>
+    void answerUsers(Ask ask);
+};
+
+}  // namespace tarvo

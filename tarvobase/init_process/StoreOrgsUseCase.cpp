@@ -1,0 +1,53 @@
+#include "tarvobase/init_process/StoreOrgsUseCase.h"
+
+#include "tarvobase/utils/CommonUtils.h"
+#include "tarvobase/value_objects/OrganisationInUserDefaults.h"
+
+namespace tarvo {
+
+StoreOrgsDataManager::StoreOrgsDataManager(std::shared_ptr<OrganisationPersistance> orgsPersistance,
+                                           std::shared_ptr<AppInitNetworkServiceProtocol> initNetworkService)
+    : orgsPersistance_(std::move(orgsPersistance)), initNetworkService_(std::move(initNetworkService)) {}
+
+void StoreOrgsDataManager::fetchAndStoreOrgs() {
+    initNetworkService_->initDataDelegate = platform::weakSelf(this);
+    initNetworkService_->getAppInitData();
+}
+
+void StoreOrgsDataManager::initDataParsed(const std::optional<ParsedInitData>& parsed) {
+    bool fetched = parsed && parsed->organisations;
+    if (fetched) orgsPersistance_->storeOrganisations(*parsed->organisations);
+    auto listener = delegate.lock();
+    if (!listener) return;
+    fetched ? listener->orgsStored() : listener->noOrgsFetched();
+}
+
+std::shared_ptr<StoreOrgsUseCase> StoreOrgsUseCase::make() {
+    return make(std::make_shared<StoreOrgsDataManager>(std::make_shared<OrganisationInUserDefaults>(),
+                                                       std::make_shared<AppInitNetworkService>()));
+}
+
+std::shared_ptr<StoreOrgsUseCase> StoreOrgsUseCase::make(std::shared_ptr<StoreOrgsDataManager> dataManager) {
+    std::shared_ptr<StoreOrgsUseCase> useCase(new StoreOrgsUseCase(std::move(dataManager)));
+    useCase->dataManager->delegate = useCase;
+    return useCase;
+}
+
+void StoreOrgsUseCase::storeOrgs() {
+    CommonUtils::performAsyncInBackground([weak = platform::weakSelf(this)] {
+        if (auto self = weak.lock()) self->dataManager->fetchAndStoreOrgs();
+    });
+}
+
+void StoreOrgsUseCase::orgsStored() { tell(&StoreOrgsUseCaseDelegate::orgsStored); }
+void StoreOrgsUseCase::noOrgsFetched() { tell(&StoreOrgsUseCaseDelegate::noOrgsFetched); }
+
+void StoreOrgsUseCase::tell(void (StoreOrgsUseCaseDelegate::*operation)()) {
+    CommonUtils::performAsyncInMain([weak = platform::weakSelf(this), operation] {
+        auto self = weak.lock();
+        auto listener = self ? self->delegate.lock() : nullptr;
+        if (listener) (listener.get()->*operation)();
+    });
+}
+
+}  // namespace tarvo
