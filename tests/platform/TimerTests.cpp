@@ -2,8 +2,8 @@
 
 #include <thread>
 
-#include "tests/platform/Support.h"
 #include "platform/Clock.h"
+#include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {
 
