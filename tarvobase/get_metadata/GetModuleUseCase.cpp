@@ -1,0 +1,34 @@
+#include "tarvobase/get_metadata/GetModuleUseCase.h"
+
+#include "tarvobase/get_metadata/MetadataStores.h"
+
+namespace tarvo {
+
+GetModuleUseCase::GetModuleUseCase() : GetModuleUseCase(MetadataStores::current().modules()) {}
+
+void GetModuleUseCase::getModule(const std::string& moduleName) {
+    answer([store = dataManager, moduleName] { return store->getModuleByModuleName(moduleName); },
+           [moduleName](GetModuleUseCaseDelegate& delegate, const Result<Module, ParserError>& module) {
+               module ? delegate.moduleFetched(*module) : delegate.unableToFetchModules({moduleName});
+           });
+}
+
+void GetModuleUseCase::getAllModules() {
+    answerModules({}, [](ModulesPersistanceDelegate& store, auto&) { return store.getAllModules(); });
+}
+
+void GetModuleUseCase::getModulesWith(const std::vector<std::string>& moduleNames) {
+    answerModules(moduleNames, [](ModulesPersistanceDelegate& store, const std::vector<std::string>& names) {
+        return store.getModulesByModuleNames(names);
+    });
+}
+
+template <class Ask>
+void GetModuleUseCase::answerModules(std::vector<std::string> moduleNames, Ask ask) {
+    answer([store = dataManager, moduleNames, ask] { return ask(*store, moduleNames); },
+           [moduleNames](GetModuleUseCaseDelegate& delegate, const Result<std::vector<Module>, ParserError>& modules) {
+               modules ? delegate.modulesFetched(*modules) : delegate.unableToFetchModules(moduleNames);
+           });
+}
+
+}  // namespace tarvo

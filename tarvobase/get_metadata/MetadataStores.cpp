@@ -1,0 +1,39 @@
+#include "tarvobase/get_metadata/MetadataStores.h"
+
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/value_objects/InMemoryStorage.h"
+#include "tarvobase/value_objects/ModuleInDatabase.h"
+#include "tarvobase/value_objects/ModulesInMemory.h"
+#include "tarvobase/value_objects/SettingsInDatabase.h"
+#include "tarvobase/value_objects/SettingsInMemeory.h"
+#include "tarvobase/value_objects/UserInDatabase.h"
+#include "tarvobase/value_objects/UserInMemory.h"
+
+namespace tarvo {
+
+namespace {
+
+template <class Table, class Constants, class Memory, class Delegate>
+std::shared_ptr<Delegate> store(const MetadataStores& stores) {
+    auto table = std::make_shared<Table>(std::string(Constants().TableName), stores.databaseAdapter, Constants());
+    if (!stores.inMemoryDatabaseAdapter) return table;
+    return std::make_shared<Memory>(stores.inMemoryDatabaseAdapter, table);
+}
+
+}  // namespace
+
+MetadataStores MetadataStores::current() {
+    return {CommonConfigration::sharedInstance().databaseAdapter.get(), std::make_shared<InMemoryStorage>()};
+}
+
+std::shared_ptr<ModulesPersistanceDelegate> MetadataStores::modules() const {
+    return store<ModuleInDatabase, ModuleDatabaseConstants, ModulesInMemory, ModulesPersistanceDelegate>(*this);
+}
+std::shared_ptr<SettingsPersistanceDelegate> MetadataStores::settings() const {
+    return store<SettingsInDatabase, SettingsDatabaseConstants, SettingsInMemeory, SettingsPersistanceDelegate>(*this);
+}
+std::shared_ptr<UserPersistanceDelegate> MetadataStores::users() const {
+    return store<UserInDatabase, UserDatabaseConstants, UserInMemory, UserPersistanceDelegate>(*this);
+}
+
+}  // namespace tarvo
