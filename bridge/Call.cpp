@@ -20,6 +20,12 @@ void Call::delegate(std::string_view name, ValueMap arguments) const {
         session->write({{"id", id_}, {"event", "delegate"}, {"name", name}, {"arguments", std::move(arguments)}});
 }
 
+std::function<void(std::string_view, std::string_view, ValueMap)> Call::notifier() const {
+    return [weak = session_](std::string_view topic, std::string_view name, ValueMap arguments) {
+        if (auto session = weak.lock()) session->notification(topic, name, std::move(arguments));
+    };
+}
+
 void Call::keepUntilEnd(std::shared_ptr<void> object) const {
     if (auto session = session_.lock()) session->keep(number_, std::move(object));
 }

@@ -31,6 +31,9 @@ public:
     /// The request cannot be carried out as it stands, and nothing was changed. Any thread.
     void refuse(std::string_view message) const { event("refused", "message", message); }
 
+    /// Writes notices that belong to no call, as long as the session lasts. Does not hold the call. Any thread.
+    std::function<void(std::string_view topic, std::string_view name, ValueMap arguments)> notifier() const;
+
     /// Keeps an object alive until the call has ended: use cases hold themselves weakly while they work.
     void keepUntilEnd(std::shared_ptr<void> object) const;
     /// No further line is taken until this call has ended.

@@ -41,11 +41,11 @@ constexpr Row rows[] = {
 
 }  // namespace
 
-bool Topics::change(const Request& request) {
+bool Topics::change(const Request& request, const Notify& notify) {
     for (auto& row : rows) {
         if (row.topic != request.topic) continue;
         listeners_.erase(request.topic);
-        if (request.listen) listeners_[request.topic] = row.listen(request, notify_);
+        if (request.listen) listeners_[request.topic] = row.listen(request, notify);
         return true;
     }
     return false;

@@ -11,9 +11,10 @@
 
 namespace tarvo::bridge {
 
-/// The topics of the notification bus that a host listens to, each written as lines. Main queue.
+/// The topics of the notification bus that a session listens to, each written as lines. Main queue.
 class Topics {
 public:
+    /// Called from any thread.
     using Notify = std::function<void(std::string_view topic, std::string_view name, ValueMap arguments)>;
 
     struct Request {
@@ -29,13 +30,10 @@ public:
         }
     };
 
-    explicit Topics(Notify notify) : notify_(std::move(notify)) {}
-
     /// Starts or stops listening; starting again replaces what was listened to. False when there is no such topic.
-    bool change(const Request& request);
+    bool change(const Request& request, const Notify& notify);
 
 private:
-    Notify notify_;
     std::map<std::string, std::shared_ptr<platform::Object>> listeners_;  // the bus holds them weakly
 };
 

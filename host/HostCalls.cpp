@@ -1,10 +1,13 @@
 #include "host/HostCalls.h"
 
 #include <chrono>
+#include <memory>
 
+#include "bridge/Topics.h"
 #include "host/ConfigFields.h"
 #include "host/InitStep.h"
 #include "platform/Clock.h"
+#include "platform/LocalZone.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 
 namespace tarvo {
@@ -100,7 +103,8 @@ std::optional<std::string> faultOf(const ClockRequest& request) {
     if (request.free && (request.set || request.advance || request.zone)) return "request.free: stands alone";
     if (request.advance && !request.set && !Clock::isSet()) return "request.advance: the clock is not set";
     if (request.advance && *request.advance < 0) return "request.advance: the clock does not go back";
-    if (request.zone && request.zone->empty()) return "request.zone: a zone has a name";
+    if (request.zone && platform::LocalZone::named(*request.zone)->name() != *request.zone)
+        return "request.zone: there is no time zone of this name";
     return std::nullopt;
 }
 
@@ -118,8 +122,7 @@ void clock(const ClockRequest& request, const CallPtr& call) {
 
 }  // namespace
 
-void addHostCalls(Registry& registry, Host& host, bridge::Topics& topics,
-                  const std::optional<std::string>& passphrase) {
+void addHostCalls(Registry& registry, Host& host, const std::optional<std::string>& passphrase) {
     registry.add("host.config", [](const CallPtr& call) {
         auto misread = setConfigFields(call->request());
         if (!misread) done(call);
@@ -139,9 +142,10 @@ void addHostCalls(Registry& registry, Host& host, bridge::Topics& topics,
     registry.addOperation<ClockRequest>("host.clock",
                                         [](const ClockRequest& request, const CallPtr& call) { clock(request, call); });
     registry.addOperation<bridge::Topics::Request>(
-        "host.notifications", [&topics](const bridge::Topics::Request& request, const CallPtr& call) {
-            topics.change(request) ? done(call)
-                                   : call->refuse("request.topic: there is no topic \"" + request.topic + "\"");
+        "host.notifications",
+        [topics = std::make_shared<bridge::Topics>()](const bridge::Topics::Request& request, const CallPtr& call) {
+            bool exists = topics->change(request, call->notifier());
+            exists ? done(call) : call->refuse("request.topic: there is no topic \"" + request.topic + "\"");
         });
     registry.addOperation<NoRequest>("host.wait", [](NoRequest, const CallPtr& call) {
         call->whenOthersEnded([call] { done(call), call->finish(); });

@@ -5,14 +5,12 @@
 #include <string>
 
 #include "bridge/Registry.h"
-#include "bridge/Topics.h"
 #include "host/Host.h"
 
 namespace tarvo::host {
 
-/// Adds the calls of the host itself. The passphrase is the one for calls that bring none. Host and topics must live as
-/// long as the registry is used.
-void addHostCalls(bridge::Registry& registry, Host& host, bridge::Topics& topics,
-                  const std::optional<std::string>& passphrase);
+/// Adds the calls of the host itself. The passphrase is the one for calls that bring none. The host must live as long
+/// as the registry is used.
+void addHostCalls(bridge::Registry& registry, Host& host, const std::optional<std::string>& passphrase);
 
 }  // namespace tarvo::host

@@ -68,9 +68,10 @@ public:
 
     std::string home() const { return folder + "/home"; }
     std::string databasePath() const { return home() + "/Databases/TarvoDatabaseForBrenUID42.sqlite"; }
+    /// Empty for a file that is not there.
     std::string content(const std::string& path) const {
-        auto data = files::read(path);
-        return data ? std::string(data->view()) : "";
+        auto data = files::exists(path) ? files::read(path) : std::nullopt;
+        return data ? data->text() : "";
     }
 
     const std::string folder = files::makeTemporaryDirectory("end_to_end");

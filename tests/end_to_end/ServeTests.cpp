@@ -104,4 +104,26 @@ TEST(Serve, AnswersWhatIsUnderWayBeforeItEndsWithItsInput) {
     EXPECT_EQ(lines[4], R"({"id":3,"event":"didComplete","response":{"modules":[],"source":"database"}})");
 }
 
+TEST(Serve, TellsTheNoticesOfATopicWhileItListens) {
+    EndToEnd world;
+    auto host = world.host({"serve"});
+    host->send(R"({"id":1,"call":"host.openDatabase"})");
+    host->send(
+        R"({"id":2,"call":"host.notifications","request":{"topic":"UserDefaultsValueObserver","keys":["TarvoDateFormat"],"groups":["42"]}})");
+    host->send(R"({"id":3,"call":"host.appInit"})");
+    // The notice comes from a queue of its own, so its place among the other lines is open.
+    std::vector<std::string> lines;
+    for (int i = 0; i < 5; ++i) lines.push_back(host->line().value_or(""));
+    auto notice =
+        R"({"event":"notification","topic":"UserDefaultsValueObserver","name":"newValue","arguments":{"value":"dd/MM/yyyy","forKey":"TarvoDateFormat","inGroup":"42"}})";
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), notice), 1) << text::join(lines, "\n");
+
+    host->send(
+        R"({"id":4,"call":"host.notifications","request":{"topic":"UserDefaultsValueObserver","listen":false}})");
+    EXPECT_EQ(host->line(), R"({"id":4,"event":"done"})");
+    host->send(R"({"id":5,"call":"host.appInit"})");
+    EXPECT_EQ(host->finish(), 0) << host->errors();
+    EXPECT_EQ(text::split(host->output(), "\n").size(), 3u) << host->output();
+}
+
 }  // namespace tarvo::tests
