@@ -43,6 +43,8 @@ public:
     const std::string& key() const { return key_; }
     /// The server's items of `responseError`. They pass through unread.
     const std::optional<ValueList>& errors() const { return errors_; }
+    /// The case and its key, for logs; never the server's items, which may quote what was sent.
+    std::string logText() const;
 
     friend bool operator==(const ParserError& a, const ParserError& b) {
         return a.case_ == b.case_ && a.key_ == b.key_ && a.errors_ == b.errors_;
@@ -68,5 +70,9 @@ struct EnumCases<ParserError::Case> {
                                             {C::noData, "noData"},
                                             {C::inValidInput, "inValidInput"}};
 };
+
+inline std::string ParserError::logText() const {
+    return std::string(caseName(case_)) + (key_.empty() ? "" : " " + key_);
+}
 
 }  // namespace tarvo

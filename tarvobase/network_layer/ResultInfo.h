@@ -23,6 +23,8 @@ public:
         into = readAs<T>(*value);
         if (!into && mode_ == Mode::strict) failed_ = true;
     }
+    /// For a part that the info is of no use without; fails the whole in the strict mode.
+    void fail() { failed_ = failed_ || mode_ == Mode::strict; }
     bool failed() const { return failed_; }
 
 private:

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Json.h"
+
+/// A metadata answer as the server sends it, for tests that change one thing of it.
+namespace tarvo::wire {
+
+enum Section { relatedLists, layouts, layoutFields, picklists, columns, fields, dependentFields, unused, relatedSort };
+
+inline Value parsed(std::string_view text) {
+    return json::parse(text).value_or(Value("no JSON: " + std::string(text)));
+}
+
+inline ValueList relatedListRow(const std::string& id, const std::string& module = "Contacts") {
+    return {module, "People", id, "List of " + module, module + "_of", "3", "true"};
+}
+inline ValueList layoutRow(const std::string& module, const std::string& id) {
+    return {module, id, "Standard", "true", "false"};
+}
+inline ValueList layoutFieldRow(const std::string& module, const std::string& field) {
+    return {"L1",
+            field,
+            "Api_" + field,
+            "COL_" + field,
+            module,
+            "Basic",
+            "Basic Information",
+            "2",
+            "true",
+            "none",
+            "7",
+            "true",
+            ValueMap{{"maximum_rows", 25}}};
+}
+inline ValueList picklistRow(const std::string& module, const std::string& value) {
+    return {value, value + " shown", "F1", "Api_F1", "COL_F1", module, "L1", "map", "4"};
+}
+inline ValueList fieldRow(const std::string& module, const std::string& field, const std::string& type = "text") {
+    return {field,   "Api_" + field,
+            module,  "COL_" + field,
+            "Label", type,
+            "255",   "false",
+            "true",  "false",
+            "true",  "false",
+            "false", "",
+            "",      "true",
+            "5",     ValueMap{{"decimal_place", "2"}}};
+}
+/// A lookup with its target and the related list that it fills.
+inline ValueList lookupRow(const std::string& module, const std::string& field, const std::string& target,
+                           const std::string& relatedListID) {
+    auto row = fieldRow(module, field, "lookup");
+    row[13] = target;
+    row[14] = relatedListID;
+    return row;
+}
+
+/// Two rows of everything that has rows; the dependent fields are those of the module "Below".
+inline ValueList sections(const std::string& module) {
+    return {ValueList{relatedListRow(module + "1"), relatedListRow(module + "2", "Tasks")},
+            ValueList{layoutRow(module, "L1"), layoutRow(module, "L2")},
+            ValueList{layoutFieldRow(module, "F1"), layoutFieldRow(module, "F2")},
+            ValueList{picklistRow(module, "A"), picklistRow(module, "B")},
+            ValueList{ValueList{"Last_Name", "Email"}, ValueList{"Phone"}},
+            ValueList{fieldRow(module, "F1"), fieldRow(module, "F2", "picklist")},
+            ValueList{fieldRow("Below", module + "B1"), fieldRow("Below", module + "B2")},
+            ValueList{},
+            ValueList{"Created_Time", "asc"}};
+}
+
+inline ValueMap info(const std::string& module) {
+    return {{"module", module}, {"servertime", 1700000000000}, {"responsetime", 1700000000001}, {"nodata", false}};
+}
+inline ValueMap entry(ValueMap info, ValueList sections) {
+    return {{"info", std::move(info)}, {"data", std::move(sections)}};
+}
+inline ValueMap entry(const std::string& module) { return entry(info(module), sections(module)); }
+/// An entry whose info brings the statements of one module's tables.
+inline ValueMap entryWithTables(const std::string& module, ValueMap tables) {
+    auto about = info(module);
+    about.set("tables", ValueList{std::move(tables)});
+    return entry(std::move(about), sections(module));
+}
+
+inline std::string body(ValueList entries) {
+    return json::write(ValueMap{{"response", ValueMap{{"result", std::move(entries)}}}}).value();
+}
+
+}  // namespace tarvo::wire
