@@ -1,7 +1,7 @@
 #include "tarvobase/utils/LogOnce.h"
 
 #include <mutex>
-#include <unordered_set>
+#include <set>
 
 #include "platform/Log.h"
 #include "platform/ProcessState.h"
@@ -10,23 +10,22 @@ namespace tarvo {
 
 namespace {
 
-// The lines hold names that a server gives. Beyond this many different ones the log says nothing new, and a server that
-// makes up a name for every row would fill the memory.
+// Some lines hold a word of the server's. One that makes up a new word for every row would fill the memory and the log.
 constexpr std::size_t mostLines = 1000;
 
 struct LoggedLines {
-    bool isNew(const std::string& line) {
+    bool add(const std::string& line) {
         std::lock_guard lock(mutex);
         return lines.size() < mostLines && lines.insert(line).second;
     }
     std::mutex mutex;
-    std::unordered_set<std::string> lines;
+    std::set<std::string> lines;
 };
 
 }  // namespace
 
 void logOnce(const std::string& line) {
-    if (platform::ProcessState::current().get<LoggedLines>().isNew(line)) platform::log(line);
+    if (platform::ProcessState::current().get<LoggedLines>().add(line)) platform::log(line);
 }
 
 }  // namespace tarvo
