@@ -13,8 +13,10 @@ namespace {
 constexpr std::chrono::seconds patience{30};
 }
 
+// Already here, so that members of a derived fixture find the state of their own test.
+FoundationTest::FoundationTest() { platform::ProcessState::installFresh(); }
+
 void FoundationTest::SetUp() {
-    platform::ProcessState::installFresh();
     folder_ = files::makeTemporaryDirectory("tarvo-foundation");
     platform::setLogSink([this](std::string_view line) {
         std::lock_guard lock(mutex_);

@@ -93,6 +93,7 @@ private:
 /// thread. At the end no contract may have been broken and no secret may stand in the log.
 class FoundationTest : public ::testing::Test {
 protected:
+    FoundationTest();
     void SetUp() override;
     void TearDown() override;
 
