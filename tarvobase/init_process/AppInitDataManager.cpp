@@ -38,8 +38,8 @@ AppInitDataManager::AppInitDataManager(Persistance persistance,
     : persistance_(std::move(persistance)), appInitNetworkService_(std::move(appInitNetworkService)) {}
 
 std::shared_ptr<AppInitDataManager> AppInitDataManager::make(std::shared_ptr<DatabaseAdapter> adapter,
-                                                             std::shared_ptr<UserDefaultsProtocol> userDefaults) {
-    auto service = std::make_shared<AppInitNetworkService>();
+                                                             std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                             std::shared_ptr<AppInitNetworkService> service) {
     auto step = std::make_shared<AppInitDataManager>(persistanceOf(adapter, userDefaults), service);
     service->initDataDelegate = step;
     service->errorHandler = step;

@@ -44,9 +44,10 @@ public:
     };
     AppInitDataManager(Persistance persistance, std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService);
 
-    /// A step over an adapter and the settings store, with the network service of the configuration, wired together.
-    static std::shared_ptr<AppInitDataManager> make(std::shared_ptr<DatabaseAdapter> adapter,
-                                                    std::shared_ptr<UserDefaultsProtocol> userDefaults);
+    /// A step over an adapter and the settings store, wired together with a network service of its own.
+    static std::shared_ptr<AppInitDataManager> make(
+        std::shared_ptr<DatabaseAdapter> adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
+        std::shared_ptr<AppInitNetworkService> service = std::make_shared<AppInitNetworkService>());
 
     Process processName() const override { return Process::appInit; }
     void execute() override { getAppInitData(); }
