@@ -8,7 +8,15 @@ namespace tarvo {
 
 namespace {
 
-NetworkError notSent(std::string why) { return {NetworkError::Kind::other, std::move(why)}; }
+using service::notSent;
+
+NetworkCall callOf(URLRequest prepared, BaseNetworkService::Request request) {
+    return {.request = std::move(prepared),
+            .params = std::move(request.params),
+            .priority = request.priority,
+            .identifier = std::move(request.identifier),
+            .completionHandler = std::move(request.completionHandler)};
+}
 
 }  // namespace
 
@@ -16,12 +24,11 @@ BaseNetworkService::BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol>
     : networkConstants(std::move(withNetworkConstants)),
       orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
 
-const std::shared_ptr<NetworkAdapter>& BaseNetworkService::networkAdapter() {
-    if (!networkAdapter_) {
+std::shared_ptr<NetworkAdapter> BaseNetworkService::networkAdapter() {
+    return networkAdapter_.getOr([]() -> std::shared_ptr<NetworkAdapter> {
         bren::BrenNetworkManager::sharedInstance().setMaximumBufferedKilobytes(100000);
-        networkAdapter_ = std::make_shared<BrenNetworkManagerAdapter>();
-    }
-    return networkAdapter_;
+        return std::make_shared<BrenNetworkManagerAdapter>();
+    });
 }
 
 std::string BaseNetworkService::currentUserBrenUID() const {
@@ -33,36 +40,24 @@ void BaseNetworkService::sendRequest(Request request) { start(Transfer::send, st
 void BaseNetworkService::downloadRequest(Request request) { start(Transfer::download, std::move(request)); }
 
 void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Request request) {
-    auto completion = completionOf(request);
+    request.completionHandler = completionOf(request);
     auto prepared = service::getURLRequest(baseUrl, request.method, request.body);
-    if (!prepared)
-        return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
-    give(Transfer::download, {.request = *std::move(prepared),
-                              .params = std::move(request.params),
-                              .priority = request.priority,
-                              .identifier = std::move(request.identifier),
-                              .completionHandler = std::move(completion)});
+    if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
+    give(Transfer::download, callOf(*std::move(prepared), std::move(request)));
 }
 
 void BaseNetworkService::start(Transfer transfer, Request request) {
-    auto completion = completionOf(request);
+    request.completionHandler = completionOf(request);
     auto prepared = service::getURLRequest(baseURL, request.method, request.body);
-    if (!prepared)
-        return completeUnsent(completion, request.identifier, {NetworkError::Kind::invalidURL, "the text is no URL"});
-    if (!shouldAddAuthtoken)
-        return give(transfer, {.request = *std::move(prepared),
-                               .params = std::move(request.params),
-                               .priority = request.priority,
-                               .identifier = std::move(request.identifier),
-                               .completionHandler = std::move(completion)});
-    request.completionHandler = completion;
-    auto identifier = request.identifier;
+    if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
+    if (!shouldAddAuthtoken) return give(transfer, callOf(*std::move(prepared), std::move(request)));
     bool asked = service::withToken(
-        [weak = platform::weakSelf(this), transfer, request = std::move(request)](
-            AuthenticationProtocol&, const std::string& user, const std::optional<std::string>& token) {
+        [weak = platform::weakSelf(this), transfer, request](AuthenticationProtocol&, const std::string& user,
+                                                             const std::optional<std::string>& token) {
             if (auto self = weak.lock()) self->startWithToken(transfer, request, user, token);
         });
-    if (!asked) completeUnsent(completion, identifier, notSent("no authentication is configured"));
+    if (!asked)
+        completeUnsent(request.completionHandler, request.identifier, notSent("no authentication is configured"));
 }
 
 void BaseNetworkService::startWithToken(Transfer transfer, Request request, const std::string& user,
@@ -72,25 +67,20 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
         return completeUnsent(request.completionHandler, request.identifier, notSent("the account has no token"));
     }
     auto prepared = url(token, request.method, request.body);
-    if (!prepared)
-        return completeUnsent(request.completionHandler, request.identifier,
-                              {NetworkError::Kind::invalidURL, "the text is no URL"});
+    if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
     // Parameters cannot travel in a body that is taken; then they go into the URL.
+    auto& address = prepared->request.url;
     if (request.body && request.params) {
-        service::appendQuery(prepared->request.url, bren::BrenNetworkManager::formattedParamString(*request.params));
+        service::appendQuery(address, bren::BrenNetworkManager::formattedParamString(*request.params));
         request.params.reset();
     }
     if (auto domain = CommonConfigration::sharedInstance().verticalDomain.get())
-        service::appendQuery(prepared->request.url,
-                             bren::BrenNetworkManager::formattedParamString({{"domain", *domain}}));
+        service::appendQuery(address, bren::BrenNetworkManager::formattedParamString({{"domain", *domain}}));
     service::logHeaders(prepared->request);
-    give(transfer, {.request = std::move(prepared->request),
-                    .authorization = std::move(prepared->authorization),
-                    .params = std::move(request.params),
-                    .priority = request.priority,
-                    .identifier = std::move(request.identifier),
-                    .completionHandler = std::move(request.completionHandler)});
+    auto call = callOf(std::move(prepared->request), std::move(request));
+    call.authorization = std::move(prepared->authorization);
+    give(transfer, std::move(call));
 }
 
 std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::url(

@@ -46,8 +46,8 @@ public:
     std::shared_ptr<CurrentOrganisationProtocol> orgsPersistance;
 
     /// Made on first read.
-    const std::shared_ptr<NetworkAdapter>& networkAdapter();
-    void setNetworkAdapter(std::shared_ptr<NetworkAdapter> adapter) { networkAdapter_ = std::move(adapter); }
+    std::shared_ptr<NetworkAdapter> networkAdapter();
+    void setNetworkAdapter(std::shared_ptr<NetworkAdapter> adapter) { networkAdapter_.set(std::move(adapter)); }
 
     /// The selected account, or the empty text.
     std::string currentUserBrenUID() const;
@@ -101,7 +101,7 @@ private:
     NetworkCompletion completionOf(Request& request);
     void reportNoToken(const std::string& user);
 
-    std::shared_ptr<NetworkAdapter> networkAdapter_;
+    LazyNetworkAdapter networkAdapter_;
 };
 
 }  // namespace tarvo

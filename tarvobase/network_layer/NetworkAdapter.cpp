@@ -2,6 +2,7 @@
 
 #include "bren_network/BrenNetworkManager.h"
 #include "platform/Log.h"
+#include "tarvobase/network_layer/ServiceRequests.h"
 
 namespace tarvo {
 
@@ -66,8 +67,6 @@ BrenNetworkManager::Task taskFor(NetworkCall call) {
     return task;
 }
 
-NetworkError invalidURL() { return {NetworkError::Kind::invalidURL, "the text is no URL"}; }
-
 }  // namespace
 
 void completeUnsent(const NetworkCompletion& completion, const std::optional<std::string>& identifier,
@@ -86,14 +85,14 @@ void NetworkAdapter::sendWithHeaders(NetworkCall call, const bren::Headers& head
 void NetworkAdapter::sendUrl(const std::string& url, HTTPMethod method, NetworkCall call,
                              const bren::Headers& headers) {
     auto request = requestFor(url, method);
-    if (!request) return completeUnsent(call.completionHandler, call.identifier, invalidURL());
+    if (!request) return completeUnsent(call.completionHandler, call.identifier, service::invalidURL());
     call.request = *std::move(request);
     sendWithHeaders(std::move(call), headers);
 }
 
 void NetworkAdapter::downloadUrl(const std::string& url, HTTPMethod method, NetworkCall call) {
     auto request = requestFor(url, method);
-    if (!request) return completeUnsent(call.completionHandler, call.identifier, invalidURL());
+    if (!request) return completeUnsent(call.completionHandler, call.identifier, service::invalidURL());
     call.request = *std::move(request);
     download(std::move(call));
 }

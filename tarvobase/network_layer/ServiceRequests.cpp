@@ -37,6 +37,9 @@ void addOrganisation(std::optional<ValueMap>& params, CurrentOrganisationProtoco
     if (auto id = organisations.currentOrganisationID()) params->set(PARAM_ORGID, *id);
 }
 
+NetworkError invalidURL() { return {NetworkError::Kind::invalidURL, "the text is no URL"}; }
+NetworkError notSent(std::string why) { return {NetworkError::Kind::other, std::move(why)}; }
+
 void appendQuery(std::string& url, const std::string& query) {
     if (query.empty()) return;
     url += url.find('?') == std::string::npos ? "?" : "&";

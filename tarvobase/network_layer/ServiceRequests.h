@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -15,6 +17,24 @@ namespace tarvo {
 class CurrentOrganisationProtocol : public virtual platform::Object {
 public:
     virtual std::optional<std::string> currentOrganisationID() = 0;
+};
+
+/// The adapter of a service: made at the first read, which may come from several threads at once, or set before it.
+class LazyNetworkAdapter {
+public:
+    std::shared_ptr<NetworkAdapter> getOr(std::shared_ptr<NetworkAdapter> (*make)()) {
+        std::lock_guard lock(mutex_);
+        if (!adapter_) adapter_ = make();
+        return adapter_;
+    }
+    void set(std::shared_ptr<NetworkAdapter> adapter) {
+        std::lock_guard lock(mutex_);
+        adapter_ = std::move(adapter);
+    }
+
+private:
+    std::mutex mutex_;
+    std::shared_ptr<NetworkAdapter> adapter_;
 };
 
 namespace service {
@@ -37,6 +57,10 @@ void authorize(NetworkUpload& upload, AuthenticationType type, const std::string
 
 /// Adds "orgid" when the configuration allows it and there is an organisation. Absent parameters stay absent.
 void addOrganisation(std::optional<ValueMap>& params, CurrentOrganisationProtocol& organisations);
+
+/// The failures of requests that never went out.
+NetworkError invalidURL();
+NetworkError notSent(std::string why);
 
 /// Puts "name=value" pairs behind a URL, after "?" or "&" as it needs.
 void appendQuery(std::string& url, const std::string& query);

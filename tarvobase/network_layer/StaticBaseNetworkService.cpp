@@ -10,17 +10,16 @@ namespace tarvo {
 
 namespace {
 
-NetworkError noURL() { return {NetworkError::Kind::invalidURL, "the text is no URL"}; }
-NetworkError noAuthentication() { return {NetworkError::Kind::other, "no authentication is configured"}; }
+constexpr const char* noAuthentication = "no authentication is configured";
 
 }  // namespace
 
 StaticBaseNetworkService::StaticBaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> networkConstants)
     : networkConstants(std::move(networkConstants)), orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
 
-const std::shared_ptr<NetworkAdapter>& StaticBaseNetworkService::networkAdapter() {
-    if (!networkAdapter_) networkAdapter_ = std::make_shared<BrenNetworkManagerAdapter>();
-    return networkAdapter_;
+std::shared_ptr<NetworkAdapter> StaticBaseNetworkService::networkAdapter() {
+    return networkAdapter_.getOr(
+        []() -> std::shared_ptr<NetworkAdapter> { return std::make_shared<BrenNetworkManagerAdapter>(); });
 }
 
 void StaticBaseNetworkService::sendRequest(Request request) { start(Transfer::send, std::move(request)); }
@@ -36,13 +35,13 @@ void StaticBaseNetworkService::start(Transfer transfer, Request request) {
                                AuthenticationProtocol&, const std::string&, const std::optional<std::string>& token) {
             if (auto self = weak.lock()) self->startWithToken(transfer, request, token);
         });
-    if (!asked) completeUnsent(completion, identifier, noAuthentication());
+    if (!asked) completeUnsent(completion, identifier, service::notSent(noAuthentication));
 }
 
 void StaticBaseNetworkService::startWithToken(Transfer transfer, Request request,
                                               const std::optional<std::string>& token) {
     auto prepared = url(*request.url, token, request.method, request.body);
-    if (!prepared) return completeUnsent(request.completionHandler, request.identifier, noURL());
+    if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     if (token) {
         if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
         if (request.body && request.params && !request.params->empty()) {
@@ -86,29 +85,28 @@ void StaticBaseNetworkService::give(Transfer transfer, NetworkCall call) {
 
 void StaticBaseNetworkService::uploadRequest(Upload upload) {
     auto completion = upload.completionHandler;
-    bool asked = service::withToken(
-        [weak = platform::weakSelf(this), upload = std::move(upload)](
-            AuthenticationProtocol& authentication, const std::string& user, const std::optional<std::string>& token) {
-            auto self = weak.lock();
-            if (!self) return;
-            if (!token) {
-                if (auto handler = self->errorHandler.lock()) handler->noAuthtoken(user);
-                return completeUnsent(upload.completionHandler, std::nullopt,
-                                      {NetworkError::Kind::other, "the account has no token"});
-            }
-            std::optional<ValueMap> params = upload.params;
-            if (upload.shouldAddOrgId) service::addOrganisation(params, *self->orgsPersistance);
-            NetworkUpload file{.url = upload.url.value_or(self->baseURL()),
-                               .params = *std::move(params),
-                               .source = upload.fileURL,
-                               .fileParamName = upload.fileParamName,
-                               .fileName = std::filesystem::path(upload.fileURL).filename().string(),
-                               .percentHandler = upload.percentHandler,
-                               .completionHandler = upload.completionHandler};
-            service::authorize(file, authentication.authenticationType(), *token);
-            self->networkAdapter()->upload(std::move(file));
-        });
-    if (!asked) completeUnsent(completion, std::nullopt, noAuthentication());
+    bool asked = service::withToken([weak = platform::weakSelf(this), upload = std::move(upload)](
+                                        AuthenticationProtocol& authentication, const std::string& user,
+                                        const std::optional<std::string>& token) {
+        auto self = weak.lock();
+        if (!self) return;
+        if (!token) {
+            if (auto handler = self->errorHandler.lock()) handler->noAuthtoken(user);
+            return completeUnsent(upload.completionHandler, std::nullopt, service::notSent("the account has no token"));
+        }
+        std::optional<ValueMap> params = upload.params;
+        if (upload.shouldAddOrgId) service::addOrganisation(params, *self->orgsPersistance);
+        NetworkUpload file{.url = upload.url.value_or(self->baseURL()),
+                           .params = *std::move(params),
+                           .source = upload.fileURL,
+                           .fileParamName = upload.fileParamName,
+                           .fileName = std::filesystem::path(upload.fileURL).filename().string(),
+                           .percentHandler = upload.percentHandler,
+                           .completionHandler = upload.completionHandler};
+        service::authorize(file, authentication.authenticationType(), *token);
+        self->networkAdapter()->upload(std::move(file));
+    });
+    if (!asked) completeUnsent(completion, std::nullopt, service::notSent(noAuthentication));
 }
 
 }  // namespace tarvo

@@ -28,8 +28,8 @@ public:
     /// Where a request goes that names no address.
     virtual std::string baseURL() const { return {}; }
 
-    const std::shared_ptr<NetworkAdapter>& networkAdapter();
-    void setNetworkAdapter(std::shared_ptr<NetworkAdapter> adapter) { networkAdapter_ = std::move(adapter); }
+    std::shared_ptr<NetworkAdapter> networkAdapter();
+    void setNetworkAdapter(std::shared_ptr<NetworkAdapter> adapter) { networkAdapter_.set(std::move(adapter)); }
 
     struct Request {
         std::optional<ValueMap> params{};
@@ -74,7 +74,7 @@ private:
     void startWithToken(Transfer transfer, Request request, const std::optional<std::string>& token);
     void give(Transfer transfer, NetworkCall call);
 
-    std::shared_ptr<NetworkAdapter> networkAdapter_;
+    LazyNetworkAdapter networkAdapter_;
 };
 
 }  // namespace tarvo
