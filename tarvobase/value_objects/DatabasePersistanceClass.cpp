@@ -1,28 +1,11 @@
 #include "tarvobase/value_objects/DatabasePersistanceClass.h"
 
-#include <mutex>
-#include <set>
-
-#include "platform/Log.h"
-#include "platform/ProcessState.h"
 #include "platform/Text.h"
+#include "tarvobase/utils/LogOnce.h"
 
 namespace tarvo {
 
 namespace {
-
-/// Columns that were left out of a write, so that each is logged once.
-struct LeftOutColumns {
-    void note(const std::string& table, const std::string& column) {
-        {
-            std::lock_guard lock(mutex);
-            if (!known.emplace(table, column).second) return;
-        }
-        platform::log("table " + table + " has no column " + column + ": it is left out");
-    }
-    std::mutex mutex;
-    std::set<std::pair<std::string, std::string>> known;
-};
 
 bool contains(const std::vector<std::string>& columns, const std::string& name) {
     for (auto& column : columns)
@@ -44,6 +27,7 @@ void TableAccess::store(std::vector<ValueMap> rows) const {
 void TableAccess::update(ValueMap values, const Criteria& criteria) const {
     if (!adapter_) return;
     leaveOutMissingColumns({&values, 1});
+    if (values.empty()) return;
     adapter_->update(tableName_, values, criteria);
 }
 
@@ -56,9 +40,13 @@ void TableAccess::leaveOutMissingColumns(std::span<ValueMap> rows) const {
     for (auto& name : batch.columns())
         if (!contains(columns, name)) missing.push_back(name);
     for (auto& name : missing) {
-        platform::ProcessState::current().get<LeftOutColumns>().note(tableName_, name);
+        logOnce("table " + tableName_ + " has no column " + name + ": it is left out");
         for (auto& row : rows) row.remove(name);
     }
+}
+
+void TableAccess::noteDamaged(const std::string& column) const {
+    logOnce("table " + tableName_ + " has rows that cannot be read for their column " + column + ": they are left out");
 }
 
 }  // namespace tarvo

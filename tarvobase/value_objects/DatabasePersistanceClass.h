@@ -4,6 +4,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <type_traits>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,10 @@
 #include "tarvobase/network_layer/ParserError.h"
 
 namespace tarvo {
+
+/// What `read(row)` gives when it succeeds.
+template <class Read>
+using ReadValue = std::remove_cvref_t<decltype(std::declval<std::invoke_result_t<Read, const Row&>>().value())>;
 
 /// What every table class does with its table, over an adapter that may be absent: then reads are absent and writes do
 /// nothing.
@@ -49,11 +55,44 @@ public:
         return values;
     }
 
+    /// The same for a `read(row)` that may fail with the name of a column: a damaged row is left out and its siblings
+    /// stay. The column is logged once.
+    template <class Read>
+    auto undamagedOf(const std::optional<Rows>& rows, Read&& read) const
+        -> std::optional<std::vector<ReadValue<Read>>> {
+        if (!rows) return std::nullopt;
+        std::vector<ReadValue<Read>> values;
+        values.reserve(rows->size());
+        for (auto row : *rows) {
+            auto value = read(row);
+            if (value)
+                values.push_back(std::move(value).value());
+            else
+                noteDamaged(value.error());
+        }
+        return values;
+    }
+
+    /// The same for a read that one damaged row ends: then the answer is absent.
+    template <class Read>
+    auto wholeOf(const std::optional<Rows>& rows, Read&& read) const -> std::optional<std::vector<ReadValue<Read>>> {
+        if (!rows) return std::nullopt;
+        std::vector<ReadValue<Read>> values;
+        values.reserve(rows->size());
+        for (auto row : *rows) {
+            auto value = read(row);
+            if (!value) return std::nullopt;
+            values.push_back(std::move(value).value());
+        }
+        return values;
+    }
+
     const std::string& tableName() const { return tableName_; }
     const std::shared_ptr<DatabaseAdapter>& adapter() const { return adapter_; }
 
 private:
     void leaveOutMissingColumns(std::span<ValueMap> rows) const;
+    void noteDamaged(const std::string& column) const;
 
     std::shared_ptr<DatabaseAdapter> adapter_;
     std::string tableName_;
@@ -112,7 +151,44 @@ Result<std::vector<T>, ParserError> filledOrNoData(std::optional<std::vector<T>>
     return *std::move(values);
 }
 
+/// The values by a text of each, in their order; an absent answer is absent.
+template <class T>
+std::optional<std::unordered_map<std::string, std::vector<T>>> groupedBy(std::string T::*key,
+                                                                         std::optional<std::vector<T>> values) {
+    if (!values) return std::nullopt;
+    std::unordered_map<std::string, std::vector<T>> groups;
+    for (auto& value : *values) {
+        auto& group = groups[value.*key];
+        group.push_back(std::move(value));
+    }
+    return groups;
+}
+
+/// The first value; absent for an absent or empty answer.
+template <class T>
+std::optional<T> firstOf(std::optional<std::vector<T>> values) {
+    if (!values || values->empty()) return std::nullopt;
+    return std::move(values->front());
+}
+
 /// Texts as the values of an `in` condition.
 inline ValueList valueList(const std::vector<std::string>& texts) { return ValueList(texts.begin(), texts.end()); }
+
+/// The two conditions that table classes ask by.
+inline Criteria columnIs(std::string_view column, const std::string& value) {
+    return Criteria::equalTo(std::string(column), value);
+}
+inline Criteria columnIn(std::string_view column, const std::vector<std::string>& values) {
+    return Criteria::in(std::string(column), valueList(values));
+}
+
+/// The rows of values as the constants write them.
+template <class T, class Constants>
+std::vector<ValueMap> rowsOf(const std::vector<T>& values, const Constants& constants) {
+    std::vector<ValueMap> rows;
+    rows.reserve(values.size());
+    for (auto& value : values) rows.push_back(constants.getDictionary(value));
+    return rows;
+}
 
 }  // namespace tarvo

@@ -33,8 +33,7 @@ public:
 private:
     std::optional<Fields> fieldsWhere(std::vector<Criteria> criterias, const std::vector<FieldSort>& sort = {}) const;
     std::optional<Fields> fieldsOf(const std::optional<Rows>& rows) const;
-    std::vector<SortDescriptor> orderOf(const std::vector<FieldSort>& sort) const;
-    Criteria isOf(const std::string& moduleName) const;
+    std::optional<Fields> fieldsInStoredOrder(const std::optional<Rows>& rows) const;
 
     FieldMetadataDatabaseConstants databaseConstants_;
 };

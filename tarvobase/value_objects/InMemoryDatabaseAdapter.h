@@ -77,6 +77,16 @@ InMemoryPropertyValue propertyOf(const Form& form, const T& value, std::string_v
     return property;
 }
 
+/// A value object that has no keys of its own in memory goes by the names of its members.
+template <Described T>
+InMemoryPropertyValue propertyForKey(const T& value, std::string_view key) {
+    InMemoryPropertyValue property("");
+    forEachField(value, [&](std::string_view name, const auto& member) {
+        if (name == key) property = InMemoryPropertyValue::of(member);
+    });
+    return property;
+}
+
 /// Tables of objects in memory, one set an account. From any thread; each operation sees and leaves whole lists, works
 /// on the tables of the account of the moment, and neither fails nor reports: a missing table is an absent list.
 class InMemoryDatabaseAdapter : public virtual platform::Object {

@@ -30,9 +30,6 @@ public:
     std::optional<std::string> getModuleName(const std::string& forLayoutId) override;
     std::optional<std::unordered_map<std::string, std::string>> getModuleNames(
         const std::vector<std::string>& layoutIds) override;
-
-private:
-    static constexpr LayoutMetadataDatabaseConstants constants_{};
 };
 
 }  // namespace tarvo

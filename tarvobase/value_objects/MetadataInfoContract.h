@@ -41,7 +41,8 @@ protected:
     MetadataInfoContract() = default;
     MetadataInfoContract(const MetadataInfoContract&) = default;
     MetadataInfoContract& operator=(const MetadataInfoContract&) = default;
-    static const std::vector<PicklistMetadata>& noPicklist();
+    static const std::vector<PicklistMetadata>& picklistIn(const PicklistsByIdentifier& picklists,
+                                                           const std::string& identifier);
 };
 
 }  // namespace tarvo

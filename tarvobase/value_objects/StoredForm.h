@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/Json.h"
+#include "platform/Log.h"
 #include "platform/Result.h"
 #include "platform/Rows.h"
 #include "platform/Text.h"
@@ -112,6 +113,14 @@ struct MemberCodec<ValueMap> {
     }
 };
 
+/// The JSON text of a map for a table. A map that JSON cannot say is logged with its label, and the null keeps the
+/// column out of the row.
+inline Value jsonTextOrNull(const ValueMap& map, const std::string& label) {
+    if (auto text = json::write(Value(map))) return *std::move(text);
+    platform::log(label + ": it holds what JSON cannot say");
+    return Value();
+}
+
 /// A list of texts is itself in the plain form and its JSON text in a table.
 template <>
 struct MemberCodec<std::vector<std::string>> {
@@ -149,12 +158,13 @@ constexpr bool isOptionalMember<std::optional<T>> = true;
 /// When a member is written. Reading looks for it in every form.
 enum class Written { always, tableOnly, plainOnly, never };
 
-template <class Owner, class Member, class Constants>
+template <class Owner, class Member, class Constants, class Codec = MemberCodec<Member>>
 struct FormMember {
     Member Owner::*pointer;
     std::string_view Constants::*name;
     Member fallback;
     Written written;
+    bool isRequired = false;
 };
 
 /// A member with the name of its key. The fallback stands for an absent or mistyped value where reading is lenient.
@@ -165,6 +175,25 @@ constexpr FormMember<Owner, Member, Constants> member(Member Owner::*pointer, st
     return {pointer, name, std::move(fallback), written};
 }
 
+/// A member with a codec of its own in place of that of its type.
+template <class Codec, class Owner, class Member, class Constants>
+constexpr FormMember<Owner, Member, Constants, Codec> memberBy(Member Owner::*pointer,
+                                                               std::string_view Constants::*name,
+                                                               std::type_identity_t<Member> fallback = {},
+                                                               Written written = Written::always) {
+    return {pointer, name, std::move(fallback), written};
+}
+
+/// A member without which the value is none: `readRequired` fails for it.
+template <class Owner, class Member, class Constants, class Codec>
+constexpr FormMember<Owner, Member, Constants, Codec> required(FormMember<Owner, Member, Constants, Codec> member) {
+    member.isRequired = true;
+    return member;
+}
+
+/// How a value is read from a map or a row: leniently (`read`), strictly (`readStrictly`), or leniently but for the
+/// members that are marked as required (`readRequired`). What a failed row costs, itself or the whole list, is told by
+/// `TableAccess`.
 template <class T, class Constants, class... Members>
 class StoredForm {
 public:
@@ -192,20 +221,15 @@ public:
     /// absent.
     template <class Source>
     Result<T, std::string> readStrictly(const Source& source, const Constants& names, Form form) const {
-        T value;
-        std::optional<std::string> failedPath;
-        forEachMember([&](auto& member) {
-            auto found = readMember(source, member, names, form);
-            using Member = std::remove_reference_t<decltype(member.fallback)>;
-            if (found)
-                value.*member.pointer = *std::move(found);
-            else if (isOptionalMember<std::remove_const_t<Member>>)
-                value.*member.pointer = member.fallback;
-            else if (!failedPath)
-                failedPath = std::string(names.*member.name);
+        return readUnless(source, names, form, [](auto& member) {
+            return !isOptionalMember<std::remove_cvref_t<decltype(member.fallback)>>;
         });
-        if (failedPath) return Result<T, std::string>::failure(*std::move(failedPath));
-        return Result<T, std::string>::success(std::move(value));
+    }
+
+    /// Fails with the key of the first required member that is absent or mistyped. Any other takes its fallback.
+    template <class Source>
+    Result<T, std::string> readRequired(const Source& source, const Constants& names, Form form) const {
+        return readUnless(source, names, form, [](auto& member) { return member.isRequired; });
     }
 
     /// Calls `visit(member)` with the member of a key; false for a key that no member has.
@@ -225,9 +249,26 @@ private:
     void forEachMember(F&& visit) const {
         std::apply([&](auto&... member) { (visit(member), ...); }, members_);
     }
-    template <class Owner, class Member, class C>
-    static MemberCodec<Member> codec(const FormMember<Owner, Member, C>&) {
+    template <class Owner, class Member, class C, class Codec>
+    static Codec codec(const FormMember<Owner, Member, C, Codec>&) {
         return {};
+    }
+    template <class Source, class MustBeThere>
+    Result<T, std::string> readUnless(const Source& source, const Constants& names, Form form,
+                                      MustBeThere&& mustBeThere) const {
+        T value;
+        std::optional<std::string> failedPath;
+        forEachMember([&](auto& member) {
+            auto found = readMember(source, member, names, form);
+            if (found)
+                value.*member.pointer = *std::move(found);
+            else if (!mustBeThere(member))
+                value.*member.pointer = member.fallback;
+            else if (!failedPath)
+                failedPath = std::string(names.*member.name);
+        });
+        if (failedPath) return Result<T, std::string>::failure(*std::move(failedPath));
+        return Result<T, std::string>::success(std::move(value));
     }
     template <class M>
     static void write(ValueMap& map, const T& value, const M& member, const Constants& names, Form form) {
