@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "tarvobase/records/Record.h"
+#include "tarvobase/value_objects/FieldList.h"
+
+namespace tarvo {
+
+class RecordPlan;
+
+/// A wire dictionary and the database dictionary into each other, by a module's fields. Made once for any number of
+/// records; it keeps the naming and the settings of the host as they stood then. From any thread.
+///
+/// Into the database only what the fields name gets in: dates become whole seconds since 1970, tags a `TagList`, a
+/// note's attachments the JSON bytes of their ids; a lookup's display text goes under its "_LOOKUP" column; everything
+/// else stays as it is. A value that is absent leaves the key out.
+class RecordConversion {
+public:
+    explicit RecordConversion(const FieldList& metadata);
+    ~RecordConversion();
+    RecordConversion(RecordConversion&&) noexcept;
+
+    ValueMap toDatabaseDictionary(const ValueMap& wire) const;
+    /// A record of the field list's module; its id is empty when the dictionary has none as text. Nothing for a list
+    /// without fields.
+    std::optional<Record> toRecord(const ValueMap& wire) const;
+
+private:
+    std::unique_ptr<const RecordPlan> plan_;
+};
+
+/// The same for one record. For several make a `RecordConversion`.
+ValueMap convertRecordFromNetworkToDBDictionary(const ValueMap& wire, const FieldList& metadata);
+std::optional<Record> recordFromNetworkDictionary(const std::optional<ValueMap>& wire, const FieldList& with);
+
+/// What goes to the server: the fields that the record has a value for, by their API names, but for the time and the
+/// user of the last change and the display texts of lookups. A value that has no wire form stays away.
+ValueMap convertRecordToNetworkDictionary(const Record& record, const FieldList& metadata);
+
+}  // namespace tarvo
