@@ -1,0 +1,76 @@
+#pragma once
+
+#include "tarvobase/get_metadata/GetModuleInfoWithChildDM.h"
+#include "tarvobase/usecase/Usecase.h"
+
+namespace tarvo {
+
+/// What `GetLayoutModuleInfo` and `GetLayoutModuleInfoWithChild` are asked.
+struct LayoutModuleInfoRequest : BaseRequest {
+    LayoutModuleInfoRequest() = default;
+    explicit LayoutModuleInfoRequest(std::vector<std::string> modules, std::optional<DisplayMode> mode = std::nullopt)
+        : modules(std::move(modules)), mode(mode) {}
+    std::vector<std::string> modules;  ///< module names
+    std::optional<DisplayMode> mode;   ///< leaves out of the layouts what it does not show; absent for all
+
+    static constexpr auto fields() {
+        return describe(field("modules", &LayoutModuleInfoRequest::modules),
+                        field("mode", &LayoutModuleInfoRequest::mode));
+    }
+};
+
+/// What they answer.
+template <class Infos>
+struct LayoutModuleInfoResponse : BaseResponse {
+    Infos moduleInfoDict;              ///< by module name, an entry a name of the request
+    std::vector<std::string> modules;  ///< those of the request
+
+    static constexpr auto fields() {
+        return describe(field("moduleInfoDict", &LayoutModuleInfoResponse::moduleInfoDict),
+                        field("modules", &LayoutModuleInfoResponse::modules));
+    }
+};
+
+struct GetLayoutModuleInfoOperation {
+    using Request = LayoutModuleInfoRequest;
+    using Response = LayoutModuleInfoResponse<GetLayoutModuleInfoDM::Infos>;
+    using DomainError = NoDomainError;
+};
+
+/// Gives modules with their fields, permissions, settings and layouts. A module that cannot be told (unknown, without
+/// fields or without layouts) has the entry `notFound`. Reads memory and the database that was open when the object was
+/// made. Answers once, on the main queue, whatever the request's source; never fails as a whole.
+class GetLayoutModuleInfo final : public Usecase<GetLayoutModuleInfoOperation> {
+public:
+    GetLayoutModuleInfo() : GetLayoutModuleInfo(GetLayoutModuleInfoDM::make()) {}
+    explicit GetLayoutModuleInfo(std::shared_ptr<GetLayoutModuleInfoDM> dataManager)
+        : dataManager(std::move(dataManager)) {}
+
+    const std::shared_ptr<GetLayoutModuleInfoDM> dataManager;
+
+protected:
+    void run(std::shared_ptr<const Request> request, UICallback handler) override;
+};
+
+struct GetLayoutModuleInfoWithChildOperation {
+    using Request = LayoutModuleInfoRequest;
+    using Response = LayoutModuleInfoResponse<GetLayoutModuleInfoWithChildDM::Infos>;
+    using DomainError = NoDomainError;
+};
+
+/// The same with the modules of their subforms and those modules' layouts.
+class GetLayoutModuleInfoWithChild final : public Usecase<GetLayoutModuleInfoWithChildOperation> {
+public:
+    GetLayoutModuleInfoWithChild()
+        : GetLayoutModuleInfoWithChild(
+              std::make_shared<GetLayoutModuleInfoWithChildDM>(GetLayoutModuleInfoDM::make())) {}
+    explicit GetLayoutModuleInfoWithChild(std::shared_ptr<GetLayoutModuleInfoWithChildDM> dataManager)
+        : dataManager(std::move(dataManager)) {}
+
+    const std::shared_ptr<GetLayoutModuleInfoWithChildDM> dataManager;
+
+protected:
+    void run(std::shared_ptr<const Request> request, UICallback handler) override;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,46 @@
+#include "tarvobase/get_metadata/GetPermissionsUseCase.h"
+
+#include <algorithm>
+
+#include "tarvobase/value_objects/ModulePermissionsInDatabase.h"
+
+namespace tarvo {
+
+GetPermissionsUseCase::GetPermissionsUseCase()
+    : GetPermissionsUseCase(std::make_shared<ModulePermissionsInDatabase>()) {}
+
+void GetPermissionsUseCase::getPermission(const std::string& moduleName, const std::string& permissionName) {
+    answer([store = dataManager, moduleName,
+            permissionName] { return store->getModulePermissionWith(moduleName, permissionName); },
+           [moduleName](GetPermissionsUseCaseDelegate& delegate, const std::optional<ModulePermission>& permission) {
+               permission ? delegate.permissionFetched(*permission) : delegate.unableToFetchPermissions(moduleName);
+           });
+}
+
+void GetPermissionsUseCase::getPermissions(const std::string& moduleName) {
+    answerPermissions(moduleName, [](const ModulePermission&) { return true; });
+}
+
+void GetPermissionsUseCase::getPermissions(const std::string& moduleName,
+                                           const std::vector<std::string>& permissionNames) {
+    answerPermissions(moduleName, [permissionNames](const ModulePermission& permission) {
+        return std::find(permissionNames.begin(), permissionNames.end(), permission.key) != permissionNames.end();
+    });
+}
+
+template <class Chosen>
+void GetPermissionsUseCase::answerPermissions(const std::string& moduleName, Chosen chosen) {
+    using Permissions = std::optional<std::vector<ModulePermission>>;
+    answer(
+        [store = dataManager, moduleName, chosen] {
+            Permissions permissions = store->getModulePermissionWith(moduleName);
+            if (permissions) std::erase_if(*permissions, [&](auto& permission) { return !chosen(permission); });
+            return permissions;
+        },
+        [moduleName](GetPermissionsUseCaseDelegate& delegate, const Permissions& permissions) {
+            permissions ? delegate.permissionsFetched(moduleName, *permissions)
+                        : delegate.unableToFetchPermissions(moduleName);
+        });
+}
+
+}  // namespace tarvo

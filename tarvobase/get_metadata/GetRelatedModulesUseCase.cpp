@@ -1,0 +1,19 @@
+#include "tarvobase/get_metadata/GetRelatedModulesUseCase.h"
+
+#include "tarvobase/value_objects/ModuleRelatedListInDatabase.h"
+
+namespace tarvo {
+
+GetRelatedModulesUseCase::GetRelatedModulesUseCase()
+    : GetRelatedModulesUseCase(std::make_shared<ModuleRelatedListInDatabase>()) {}
+
+void GetRelatedModulesUseCase::getRelatedModules(const std::string& moduleName) {
+    answer(
+        [store = dataManager, moduleName] { return store->getModulesRelatedToModule(moduleName); },
+        [moduleName](GetRelatedModulesUseCaseDelegate& delegate, const std::optional<std::vector<RelatedList>>& lists) {
+            lists ? delegate.relatedModulesFetched(moduleName, *lists)
+                  : delegate.unableToFetchRelatedModules(moduleName);
+        });
+}
+
+}  // namespace tarvo
