@@ -132,63 +132,53 @@ TEST_F(MetadataParserTest, SectionsMayBeMissingOrComeOnTop) {
 TEST_F(MetadataParserTest, ReadsTheColumnsOfEveryRow) {
     configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
     auto metadata = parse(wire::sections("Leads"));
-    auto list = metadata.relatedList->front();
-    EXPECT_EQ(list.moduleName, "Leads");
-    EXPECT_EQ(list.relatedModuleName, "Contacts");
-    EXPECT_EQ(list.dislayName, "People");
-    EXPECT_EQ(list.listID, "Leads1");
-    EXPECT_EQ(list.listName, "List of Contacts");
-    EXPECT_EQ(list.relatedListAPIName, "Contacts_of");
-    EXPECT_EQ(list.relatedOrder, 3);
-    EXPECT_TRUE(list.isDefault);
-    EXPECT_EQ(list.lookupColumn, "");
-
-    auto layout = metadata.layouts->back();
-    EXPECT_EQ(layout.layoutID, "L2");
-    EXPECT_EQ(layout.layoutName, "Standard");
-    EXPECT_TRUE(layout.isAccessible);
-    EXPECT_FALSE(layout.isDefault);
-
-    auto inLayout = metadata.layoutFields->front().value();
-    EXPECT_EQ(inLayout.layoutID, "L1");
-    EXPECT_EQ(inLayout.fieldID, "F1");
-    EXPECT_EQ(inLayout.fieldAPIName, "Api_F1");
-    EXPECT_EQ(inLayout.crmColumnName, "COL_F1");
-    EXPECT_EQ(inLayout.moduleName, "Leads");
-    EXPECT_EQ(inLayout.sectionName, "Basic");
-    EXPECT_EQ(inLayout.sectionDV, "Basic Information");
-    EXPECT_EQ(inLayout.sectionSequence, 2);
-    EXPECT_TRUE(inLayout.mandatory);
-    EXPECT_EQ(inLayout.defaultValue, "none");
-    EXPECT_EQ(inLayout.fieldPosition, 7);
-    EXPECT_TRUE(inLayout.isSubformSection);
-    EXPECT_EQ(inLayout.additionalInfo, (ValueMap{{"maximum_rows", 25}}));
-
-    auto value = metadata.pickList->front().value();
-    EXPECT_EQ(value.fieldActualValue, "A");
-    EXPECT_EQ(value.fieldOptionalValue, "A shown");
-    EXPECT_EQ(value.fieldID, "F1");
-    EXPECT_EQ(value.fieldAPIName, "Api_F1");
-    EXPECT_EQ(value.crmColumnName, "COL_F1");
-    EXPECT_EQ(value.moduleName, "Leads");
-    EXPECT_EQ(value.layoutID, "L1");
-    EXPECT_EQ(value.fieldMap, "map");
-    EXPECT_EQ(value.position, 4);
-
-    auto field = metadata.fields->back().value();
-    EXPECT_EQ(field.fieldID, "F2");
-    EXPECT_EQ(field.fieldAPIName, "Api_F2");
-    EXPECT_EQ(field.moduleName, "Leads");
-    EXPECT_EQ(field.columnCRMName, "COL_F2");
-    EXPECT_EQ(field.fieldLabel, "Label");
-    EXPECT_EQ(field.fieldType, FieldDataType::picklist);
-    EXPECT_EQ(field.maxLength, 255);
-    EXPECT_FALSE(field.isReadOnly || field.isUnique || field.isPrimaryKey || field.isMproxyMetadata);
-    EXPECT_TRUE(field.isCustomField && field.isQuickCreate && field.visible);
-    EXPECT_EQ(field.mode, "5");
-    EXPECT_EQ(field.displayPrefs, (ValueMap{{"decimal_place", "2"}}));
+    EXPECT_EQ(metadata.relatedList->front(), (RelatedList{.moduleName = "Leads",
+                                                          .relatedModuleName = "Contacts",
+                                                          .dislayName = "People",
+                                                          .listID = "Leads1",
+                                                          .isDefault = true,
+                                                          .relatedOrder = 3,
+                                                          .listName = "List of Contacts",
+                                                          .relatedListAPIName = "Contacts_of"}));
+    EXPECT_EQ(
+        metadata.layouts->back(),
+        (ModuleLayoutInfo{.moduleName = "Leads", .layoutID = "L2", .layoutName = "Standard", .isAccessible = true}));
+    EXPECT_EQ(metadata.layoutFields->front().value(), (LayoutFieldData{.layoutID = "L1",
+                                                                       .fieldID = "F1",
+                                                                       .fieldAPIName = "Api_F1",
+                                                                       .crmColumnName = "COL_F1",
+                                                                       .moduleName = "Leads",
+                                                                       .sectionName = "Basic",
+                                                                       .sectionDV = "Basic Information",
+                                                                       .isSubformSection = true,
+                                                                       .sectionSequence = 2,
+                                                                       .mandatory = true,
+                                                                       .defaultValue = "none",
+                                                                       .fieldPosition = 7,
+                                                                       .additionalInfo = {{{"maximum_rows", 25}}}}));
+    EXPECT_EQ(metadata.pickList->front().value(), (PicklistMetadata{.fieldActualValue = "A",
+                                                                    .fieldOptionalValue = "A shown",
+                                                                    .fieldID = "F1",
+                                                                    .fieldAPIName = "Api_F1",
+                                                                    .crmColumnName = "COL_F1",
+                                                                    .moduleName = "Leads",
+                                                                    .layoutID = "L1",
+                                                                    .fieldMap = "map",
+                                                                    .position = 4}));
+    FieldMetadata field{.fieldID = "F2",
+                        .fieldAPIName = "Api_F2",
+                        .moduleName = "Leads",
+                        .columnCRMName = "COL_F2",
+                        .fieldLabel = "Label",
+                        .fieldType = FieldDataType::picklist,
+                        .maxLength = 255,
+                        .isCustomField = true,
+                        .isQuickCreate = true,
+                        .visible = true,
+                        .mode = "5",
+                        .displayPrefs = {{"decimal_place", "2"}}};
+    EXPECT_EQ(metadata.fields->back().value(), field);
     EXPECT_EQ(metadata.dependentModuleFields->front()->moduleName, "Below");
-
     auto setting = [](SettingName key, const std::string& value) {
         return Settings{.moduleName = "Leads",
                         .settingsKey = key,

@@ -10,10 +10,6 @@ namespace tarvo::wire {
 
 enum Section { relatedLists, layouts, layoutFields, picklists, columns, fields, dependentFields, unused, relatedSort };
 
-inline Value parsed(std::string_view text) {
-    return json::parse(text).value_or(Value("no JSON: " + std::string(text)));
-}
-
 inline ValueList relatedListRow(const std::string& id, const std::string& module = "Contacts") {
     return {module, "People", id, "List of " + module, module + "_of", "3", "true"};
 }

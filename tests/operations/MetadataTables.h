@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarvo {
+
+/// The SQL of the tables that metadata is stored in and needs, as a server sends it. Columns without a type hold texts.
+inline std::vector<std::string> metadataTables() {
+    return {
+        "CREATE TABLE MODULE_DETAILS (id, module_name UNIQUE, singular_name, plural_name, api_name, position, "
+        "generated_type, table_creation_query)",
+        "CREATE TABLE MODULE_RELATED_LIST (module_name, related_module_name, display_name, list_id, is_default, "
+        "related_order, lookup_column, list_name, related_list_api_name, UNIQUE (module_name, list_id))",
+        "CREATE TABLE MODULE_LAYOUT_INFO (module_name, layout_id, layout_name, is_accessible, is_default, "
+        "UNIQUE (module_name, layout_id))",
+        "CREATE TABLE LAYOUT_SPECIFIC_METADATA (layout_id, field_id, field_api_name, crm_col_name, module_name, "
+        "section_name, section_dv, section_sequence, mandatory, default_value, position, is_subform_section, "
+        "layout_additional_info, UNIQUE (module_name, layout_id, field_id))",
+        "CREATE TABLE PICKLIST_METADATA (field_actual_value, field_display_value, field_id, field_api_name, "
+        "crm_col_name, module_name, layout_id, field_map, position, "
+        "UNIQUE (module_name, layout_id, field_id, field_actual_value))",
+        "CREATE TABLE MODULE_SPECIFIC_METADATA (_id INTEGER PRIMARY KEY AUTOINCREMENT, field_id, field_api_name, "
+        "module_name, crm_col_name, field_label, field_type, max_length, is_read_only, is_custom_field, is_unique, "
+        "is_quick_create, is_primary_key, is_mproxy_metadata, lookup_module_api, related_list_id, visible, mode, "
+        "additional_info, UNIQUE (module_name, field_id))",
+        "CREATE TABLE APP_SETTINGS (module, settings_key, default_settings, custom_settings, is_default, "
+        "UNIQUE (module, settings_key))",
+        "CREATE TABLE ACTIVE_USERS (user_id UNIQUE, user_first_name, user_last_name, user_name, user_brenuid, "
+        "user_email, user_status, user_role, user_confirm, user_profile, user_profile_id, is_logged_in_user, "
+        "date_format, time_format, time_zone, name_format)",
+    };
+}
+
+}  // namespace tarvo
