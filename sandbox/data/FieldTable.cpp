@@ -75,7 +75,7 @@ constexpr FieldRow contacts[] = {
     {"Last_Name", "text", "Contact", "!q"},
     {"Full_Name", "text", "Contact", "r"},
     {"Account_Name", "lookup", "Contact", "q", "Accounts", "ACCOUNTID"},
-    {"Reporting_To", "lookup", "Contact", "", "Contacts", "REPORTINGTOCONTACT"},
+    {"Reporting_To_Contact", "lookup", "Contact", "", "Contacts"},
     {"Email", "email", "Contact", "uq"},
     {"Secondary_Email", "email", "Contact"},
     {"Phone", "phone", "Contact", "q"},
@@ -134,8 +134,8 @@ constexpr FieldRow tasks[] = {
     {"Priority", "picklist", "Task", "", "Priority"},
     {"Who_Id", "lookup", "Task", "", "Contacts", "CONTACTID"},
     {"What_Id", "lookup", "Task", "", "se_module"},
-    {"$se_module", "text", "", "rsh", "", "SEMODULE"},
-    {"Remind_At", "ALARM", "Task", "s", "", "REMINDAT"},
+    {"$se_module", "text", "", "rsh", "", "SE_MODULE"},
+    {"Reminder", "ALARM", "Task", "s", "", "REMINDAT"},
     {"Recurring_Activity", "RRULE", "Task", "s", "", "RECURRING"},
 };
 
@@ -147,7 +147,7 @@ constexpr FieldRow events[] = {
     {"End_DateTime", "datetime", "Meeting", "!q"},
     {"Who_Id", "lookup", "Meeting", "", "Contacts", "CONTACTID"},
     {"What_Id", "lookup", "Meeting", "", "se_module"},
-    {"$se_module", "text", "", "rsh", "", "SEMODULE"},
+    {"$se_module", "text", "", "rsh", "", "SE_MODULE"},
     {"Participants", "event_participant", "Meeting", "s", "", "PARTICIPANTID"},
     {"Reminder", "event_reminder", "Meeting", "s", "", "REMINDAT"},
     {"Recurring_Activity", "RRULE", "Meeting", "s", "", "RECURRING"},
@@ -174,7 +174,7 @@ constexpr FieldRow calls[] = {
     {"Call_Status", "picklist", "Call", "", "Call Status"},
     {"Who_Id", "lookup", "Call", "", "Contacts", "CONTACTID"},
     {"What_Id", "lookup", "Call", "", "se_module"},
-    {"$se_module", "text", "", "rsh", "", "SEMODULE"},
+    {"$se_module", "text", "", "rsh", "", "SE_MODULE"},
 };
 
 constexpr FieldRow activities[] = {
@@ -184,10 +184,10 @@ constexpr FieldRow activities[] = {
 constexpr FieldRow products[] = {
     {"Product_Name", "text", "Product", "!uq"},
     {"Product_Code", "text", "Product", "q"},
-    {"Product_Category", "picklist", "Product", "", "Product Category", "CATEGORY"},
+    {"Category", "picklist", "Product", "", "Product Category"},
     {"Manufacturer", "picklist", "Product", "", "Manufacturer"},
     {"Unit_Price", "currency", "Product"},
-    {"Product_Active", "boolean", "Product", "", "", "ACTIVE"},
+    {"Active", "boolean", "Product"},
     {"Sales_Start_Date", "date", "Product"},
     {"Sales_End_Date", "date", "Product"},
     {"Support_Start_Date", "date", "Product"},
@@ -195,7 +195,7 @@ constexpr FieldRow products[] = {
 };
 
 constexpr FieldRow priceBooks[] = {
-    {"Price_Book_Name", "text", "Price Book", "!uq", "", "NAME"},
+    {"Price_Book_Name", "text", "Price Book", "!uq"},
     {"Active", "boolean", "Price Book"},
     {"Pricing_Model", "picklist", "Price Book", "!", "Pricing Model"},
     {"Pricing_Details", "subform", "Price Ranges", "s", "Pricing_Details"},
@@ -218,7 +218,7 @@ constexpr FieldRow cases[] = {
     {"Subject", "text", "Case", "!q"},
     {"Status", "picklist", "Case", "!", "Case Status"},
     {"Priority", "picklist", "Case", "", "Priority"},
-    {"Case_Origin", "picklist", "Case", "!", "Case Origin", "ORIGIN"},
+    {"Origin", "picklist", "Case", "!", "Case Origin"},
     {"Account_Name", "lookup", "Case", "", "Accounts", "ACCOUNTID"},
     {"Related_To", "lookup", "Case", "", "Contacts", "CONTACTID"},
     {"Product_Name", "lookup", "Case", "", "Products", "PRODUCTID"},
@@ -243,14 +243,14 @@ constexpr FieldRow campaigns[] = {
 
 constexpr FieldRow notes[] = {
     {"Note_Title", "text", "Note", "", "", "TITLE"},           {"Note_Content", "textarea", "Note", "!"},
-    {"Parent_Id", "lookup", "Note", "!", "se_module", "SEID"}, {"$se_module", "text", "", "rsh", "", "SE_MODULE"},
+    {"Parent_Id", "lookup", "Note", "!", "se_module", "SEID"}, {"se_module", "text", "", "rsh", "", "SE_MODULE"},
     {"$attachments", "text", "", "rsh", "", "ATTACHMENTS"},    {"$isCheckIn", "boolean", "", "rsh", "", "IS_CHECK_IN"},
-    {"voice_note", "boolean", "", "rsh", "", "IS_VOICE_DATA"}, {"Size", "integer", "", "rsh"},
+    {"voice_note", "boolean", "", "rsh", "", "IS_VOICE_DATA"}, {"Attachment_Size", "integer", "", "rsh"},
 };
 
 constexpr FieldRow attachments[] = {
     {"File_Name", "text", "Attachment", "!", "", "NAME"},
-    {"Size", "integer", "Attachment", "r", "", "ATTACHMENTSIZE"},
+    {"Attachment_Size", "integer", "Attachment", "r"},
     {"Parent_Id", "lookup", "Attachment", "!", "se_module", "SEID"},
     {"$se_module", "text", "", "rsh", "", "SE_MODULE"},
 };
@@ -277,9 +277,9 @@ constexpr FieldRow milestones[] = {
 
 constexpr FieldRow invitees[] = {
     {"participant", "text", "Participant", "s", "", "PARTICIPANT"},
-    {"type", "text", "Participant"},
-    {"invited", "boolean", "Participant"},
-    {"status", "text", "Participant"},
+    {"Type", "text", "Participant"},
+    {"Invited", "boolean", "Participant"},
+    {"Status", "text", "Participant"},
     {"Email", "email", "Participant"},
     {"name", "text", "Participant"},
     {"Company", "text", "Participant"},
@@ -302,9 +302,9 @@ constexpr FieldRow priceRanges[] = {
 };
 
 constexpr FieldRow comments[] = {
-    {"comment_content", "textarea", "Comment", "!", "", "COMMENT"},
-    {"commented_by", "text", "Comment", "r", "", "COMMENTBY"},
-    {"commented_time", "datetime", "Comment", "r", "", "COMMENTTIME"},
+    {"Comment", "textarea", "Comment", "!"},
+    {"Comment_By", "text", "Comment", "r"},
+    {"Comment_Time", "datetime", "Comment", "r"},
 };
 
 enum class Common { record, dependent };
