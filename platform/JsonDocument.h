@@ -24,8 +24,6 @@ public:
     /// A Value of its own with the same content.
     Value copy() const;
 
-    /// The number of items of a list; 0 for any other kind.
-    std::size_t size() const;
     /// Up to `into.size()` leading items of a list; the answer is how many there were. 0 for any other kind.
     std::size_t leadingItems(std::span<Element> into) const;
     /// All items of a list, into a vector that may be used again; false for any other kind.
@@ -56,3 +54,7 @@ private:
 };
 
 }  // namespace tarvo::platform::json
+
+namespace tarvo {
+namespace json = platform::json;
+}

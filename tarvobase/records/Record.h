@@ -107,7 +107,6 @@ public:
     friend bool operator==(const Record& a, const Record& b);
 
 private:
-    struct Identified;
     Record(Row row, std::size_t identifierIndex, std::string recordId, std::string moduleName);
     Record(ValueMap values, std::string_view identifierColumn, std::string recordId, std::string moduleName);
     static std::optional<Record> fromValues(ValueMap values, std::string moduleName, std::string_view identifier,

@@ -35,6 +35,12 @@ private:
 ValueMap convertRecordFromNetworkToDBDictionary(const ValueMap& wire, const FieldList& metadata);
 std::optional<Record> recordFromNetworkDictionary(const std::optional<ValueMap>& wire, const FieldList& with);
 
+/// For dictionaries that are stored as they came, in place, by the keys that are named. Dates and date-times become
+/// whole seconds since 1970, 0 for a text that is none; the other leaves a lookup of several records as it is and puts
+/// its ids, joined by ",", under the key with `lookupDataSuffix`.
+void convertDateToTimestamp(ValueMap& wire, const std::vector<std::string>& keys, const FieldList& fieldList);
+void createLookupFields(ValueMap& wire, const std::vector<std::string>& keys, const FieldList& fieldList);
+
 /// What goes to the server: the fields that the record has a value for, by their API names, but for the time and the
 /// user of the last change and the display texts of lookups. A value that has no wire form stays away.
 ValueMap convertRecordToNetworkDictionary(const Record& record, const FieldList& metadata);

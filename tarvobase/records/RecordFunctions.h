@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "tarvobase/records/Record.h"
@@ -8,18 +9,23 @@
 
 namespace tarvo {
 
+class LinearLayoutMetadataItemType;
+
 /// Both absent are equal, one absent is not. Otherwise the same columns with the same values, compared as text, whole
-/// number or real; other kinds of values count as equal.
+/// number or real by the kind of the first; a value of another kind equals any value.
 bool areRecordsEqual(const std::optional<Record>& a, const std::optional<Record>& b);
 
 /// A record of the same id and module with the required columns alone, the companions of lookups included, so that a
 /// list row carries no more than its cells need. A column of the original that cannot be found is logged and left out.
+/// Fields go by the naming of `allMetadata`.
 Record reduceRecordSize(const Record& record, const std::vector<FieldMetadata>& requiredColumnsMetadata,
-                        const FieldList& allMetadata, const std::vector<std::string>& allColumnsInOriginalRecord);
+                        const FieldList& allMetadata, const Record::Names& allColumnsInOriginalRecord);
 
 /// The entries of a layout that the record has something to show for: a value, a lookup's display text, or a part of a
-/// person's name. An empty text counts as no value.
+/// person's name. An empty text counts as no value. Of the linear form, sections that keep no entry go too.
 std::vector<LayoutMetadata> nonNullLayoutFields(const Record& record,
                                                 const std::vector<LayoutMetadata>& layoutMetadata);
+std::vector<LinearLayoutMetadataItemType> nonNullLayoutFields(
+    const Record& record, const std::vector<LinearLayoutMetadataItemType>& layoutMetadata);
 
 }  // namespace tarvo

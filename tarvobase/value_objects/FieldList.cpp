@@ -8,12 +8,18 @@ namespace tarvo {
 
 namespace {
 
-FieldList::Fields orderedBy(const FieldIdentifier& naming, std::vector<FieldMetadata> fields) {
+/// Leaves the fields behind whose identifier an earlier one has.
+FieldList::Fields takeOrderedBy(const FieldIdentifier& naming, std::vector<FieldMetadata>& fields) {
     FieldList::Fields ordered;
+    std::vector<FieldMetadata> sharing;
     for (auto& field : fields) {
         auto identifier = field.fieldIdentifier(naming);
-        if (!ordered.contains(identifier)) ordered.set(identifier, std::move(field));
+        if (ordered.contains(identifier))
+            sharing.push_back(std::move(field));
+        else
+            ordered.set(identifier, std::move(field));
     }
+    fields = std::move(sharing);
     return ordered;
 }
 
@@ -27,8 +33,11 @@ FieldList::FieldList(std::string moduleName, std::vector<FieldMetadata> fields, 
 
 FieldList::FieldList(std::string moduleName, std::vector<FieldMetadata> fields, std::vector<PicklistMetadata> picklists,
                      const FieldIdentifier& naming)
-    : content_(std::make_shared<const Content>(Content{std::move(moduleName), orderedBy(naming, std::move(fields)),
-                                                       picklistsByIdentifier(std::move(picklists), naming), naming})) {}
+    : content_([&] {
+          auto ordered = takeOrderedBy(naming, fields);
+          return std::make_shared<const Content>(Content{std::move(moduleName), std::move(ordered), std::move(fields),
+                                                         picklistsByIdentifier(std::move(picklists), naming), naming});
+      }()) {}
 
 std::vector<const Metadata*> FieldList::allFields() const {
     std::vector<const Metadata*> fields;

@@ -25,6 +25,9 @@ public:
 
     const std::string& moduleName() const { return content_->moduleName; }
     const Fields& orderedFields() const { return content_->orderedFields; }
+    /// Fields that share their identifier with one of `orderedFields` (subjects of tasks and of events in one table).
+    /// Lists do not show them, but their values belong under the same column.
+    const std::vector<FieldMetadata>& fieldsOfSharedColumns() const { return content_->sharingFields; }
     const PicklistsByIdentifier& picklistIdentifierMap() const { return content_->picklistIdentifierMap; }
     /// The naming of the identifiers.
     const FieldIdentifier& naming() const { return content_->naming; }
@@ -46,6 +49,7 @@ private:
     struct Content {
         std::string moduleName;
         Fields orderedFields;
+        std::vector<FieldMetadata> sharingFields;
         PicklistsByIdentifier picklistIdentifierMap;
         FieldIdentifier naming;
     };

@@ -1,0 +1,196 @@
+#include "platform/JsonDocument.h"
+
+#include <simdjson.h>
+
+#include <bit>
+
+#include "platform/Text.h"
+
+namespace tarvo::platform::json {
+
+namespace {
+
+constexpr std::size_t maximumDepth = 1000;
+
+Value valueOf(simdjson::dom::element element) {
+    using simdjson::dom::element_type;
+    switch (element.type()) {
+        case element_type::ARRAY: {
+            ValueList list;
+            simdjson::dom::array array = element;
+            list.reserve(array.size());
+            for (auto item : array) list.push_back(valueOf(item));
+            return list;
+        }
+        case element_type::OBJECT: {
+            ValueMap map;
+            simdjson::dom::object object = element;
+            map.reserve(object.size());
+            for (auto [key, item] : object) map.set(key, valueOf(item));
+            return map;
+        }
+        case element_type::INT64:
+            return element.get_int64().value_unsafe();
+        case element_type::UINT64:
+            return static_cast<double>(element.get_uint64().value_unsafe());
+        case element_type::DOUBLE:
+            return element.get_double().value_unsafe();
+        case element_type::STRING:
+            return element.get_string().value_unsafe();
+        case element_type::BOOL:
+            return element.get_bool().value_unsafe();
+        case element_type::NULL_VALUE:
+            return {};
+    }
+    return {};
+}
+
+std::size_t endOfText(std::string_view json, std::size_t at) {
+    for (++at; at < json.size() && json[at] != '"'; ++at)
+        if (json[at] == '\\') ++at;
+    return std::min(at + 1, json.size());
+}
+
+// The parser refuses whole numbers that fit in no integer type. They are rare, so the document is read again with ".0"
+// behind each of them. Nothing when there is none.
+std::optional<std::string> withLongIntegersAsReals(std::string_view json) {
+    std::string out;
+    std::size_t copied = 0;
+    for (std::size_t at = 0; at < json.size();) {
+        if (json[at] == '"') {
+            at = endOfText(json, at);
+        } else if (json[at] == '-' || (json[at] >= '0' && json[at] <= '9')) {
+            auto end = std::min(json.find_first_not_of("+-0123456789.eE", at), json.size());
+            auto token = json.substr(at, end - at);
+            bool whole = token.find_first_of(".eE") == std::string_view::npos;
+            at = end;
+            if (!whole || text::toInteger(token)) continue;
+            out.append(json, copied, end - copied).append(".0");
+            copied = end;
+        } else {
+            ++at;
+        }
+    }
+    if (copied == 0) return std::nullopt;
+    return out.append(json, copied);
+}
+
+}  // namespace
+
+struct Document::Content {
+    simdjson::dom::document document;
+};
+
+// An element of ours is the parser's own view in plain words, so that its header stays out of this one's.
+static_assert(sizeof(Element) == sizeof(simdjson::dom::element));
+static_assert(std::is_trivially_copyable_v<simdjson::dom::element>);
+
+namespace {
+
+simdjson::dom::element theirs(const std::array<std::uintptr_t, 2>& representation) {
+    return std::bit_cast<simdjson::dom::element>(representation);
+}
+std::array<std::uintptr_t, 2> plain(simdjson::dom::element element) {
+    return std::bit_cast<std::array<std::uintptr_t, 2>>(element);
+}
+
+}  // namespace
+
+std::optional<Document> Document::parse(const Data& data) {
+    if (data.empty()) return std::nullopt;
+    // A parser keeps its buffers between documents. One that grew for a huge body is let go again.
+    constexpr std::size_t keptCapacity = 32 * 1024 * 1024;
+    thread_local auto parser = std::make_unique<simdjson::dom::parser>();
+    auto text = data.view();
+    if (parser->max_depth() != maximumDepth &&
+        parser->allocate(std::max<std::size_t>(text.size(), 1024), maximumDepth) != simdjson::SUCCESS)
+        return std::nullopt;
+    auto content = std::make_shared<Content>();
+    auto error = parser->parse_into_document(content->document, text.data(), text.size(), false).error();
+    // Which error stands for a whole number beyond 64 bits depends on the version of the parser.
+    if (error != simdjson::SUCCESS) {
+        auto rewritten = withLongIntegersAsReals(text);
+        if (rewritten) error = parser->parse_into_document(content->document, *rewritten).error();
+    }
+    if (parser->capacity() > keptCapacity) parser = std::make_unique<simdjson::dom::parser>();
+    if (error != simdjson::SUCCESS) return std::nullopt;
+    return Document(std::move(content));
+}
+
+Element Document::root() const { return Element(plain(content_->document.root())); }
+
+ValueKind Element::kind() const {
+    using simdjson::dom::element_type;
+    if (!representation_[0]) return ValueKind::null;
+    switch (theirs(representation_).type()) {
+        case element_type::ARRAY:
+            return ValueKind::list;
+        case element_type::OBJECT:
+            return ValueKind::map;
+        case element_type::INT64:
+            return ValueKind::integer;
+        case element_type::UINT64:
+        case element_type::DOUBLE:
+            return ValueKind::real;
+        case element_type::STRING:
+            return ValueKind::text;
+        case element_type::BOOL:
+            return ValueKind::boolean;
+        case element_type::NULL_VALUE:
+            return ValueKind::null;
+    }
+    return ValueKind::null;
+}
+
+std::optional<std::string_view> Element::asText() const {
+    std::string_view text;
+    if (!representation_[0] || theirs(representation_).get(text) != simdjson::SUCCESS) return std::nullopt;
+    return text;
+}
+
+ValueView Element::view() const {
+    switch (kind()) {
+        case ValueKind::boolean:
+            return ValueView::boolean(theirs(representation_).get_bool().value_unsafe());
+        case ValueKind::integer:
+            return ValueView::integer(theirs(representation_).get_int64().value_unsafe());
+        case ValueKind::real:
+            return ValueView::real(theirs(representation_).get_double().value_unsafe());
+        case ValueKind::text:
+            return ValueView::text(theirs(representation_).get_string().value_unsafe());
+        default:
+            return {};
+    }
+}
+
+Value Element::copy() const { return representation_[0] ? valueOf(theirs(representation_)) : Value(); }
+
+std::size_t Element::leadingItems(std::span<Element> into) const {
+    simdjson::dom::array list;
+    if (!representation_[0] || theirs(representation_).get(list) != simdjson::SUCCESS) return 0;
+    std::size_t count = 0;
+    for (auto item : list) {
+        if (count < into.size()) into[count] = Element(plain(item));
+        ++count;
+    }
+    return count;
+}
+
+bool Element::items(std::vector<Element>& into) const {
+    into.clear();
+    simdjson::dom::array list;
+    if (!representation_[0] || theirs(representation_).get(list) != simdjson::SUCCESS) return false;
+    for (auto item : list) into.push_back(Element(plain(item)));
+    return true;
+}
+
+Element Element::find(std::string_view key) const {
+    simdjson::dom::object map;
+    if (!representation_[0] || theirs(representation_).get(map) != simdjson::SUCCESS) return {};
+    Element found;
+    for (auto [name, item] : map)
+        if (name == key) found = Element(plain(item));
+    return found;
+}
+
+}  // namespace tarvo::platform::json
