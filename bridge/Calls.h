@@ -7,4 +7,10 @@ namespace tarvo::bridge {
 /// Every public operation of the library, by the name of its class.
 void addCalls(Registry& registry);
 
+/// Those that answer a delegate about users, settings and organisations.
+void addAccountCalls(Registry& registry);
+
+/// Those that tell of modules, fields and layouts.
+void addMetadataCalls(Registry& registry);
+
 }  // namespace tarvo::bridge

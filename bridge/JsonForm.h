@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Result.h"
 #include "platform/Value.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/usecase/DataSource.h"
@@ -244,6 +245,14 @@ private:
         }
         auto misread = fromJson(*json, into.*(field.pointer));
         return misread ? std::move(*misread).below(field.name) : Reading();
+    }
+};
+
+/// `{"success":..}` or `{"failure":..}`.
+template <class Success, class Failure>
+struct JsonForm<Result<Success, Failure>> {
+    static Value write(const Result<Success, Failure>& result) {
+        return result ? ValueMap{{"success", toJson(result.value())}} : ValueMap{{"failure", toJson(result.error())}};
     }
 };
 

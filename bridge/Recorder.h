@@ -41,6 +41,19 @@ std::shared_ptr<R> recorderFor(const CallPtr& call) {
     return recorder;
 }
 
+/// Gives the use case a recorder whose first notice ends the call, and keeps both until then.
+template <class R, class UseCase>
+std::shared_ptr<UseCase> answeringOnce(std::shared_ptr<UseCase> usecase, const CallPtr& call) {
+    auto recorder = recorderFor<R>(call);
+    recorder->listener = [call](std::string_view name, ValueMap arguments) {
+        call->delegate(name, std::move(arguments));
+        call->finish();
+    };
+    usecase->delegate = recorder;
+    call->keepUntilEnd(usecase);
+    return usecase;
+}
+
 /// The failures that every delegate operation may report.
 class CommonErrorRecorder : public virtual Recorder, public virtual CommonErrorProtocol {
 public:

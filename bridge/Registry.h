@@ -47,7 +47,7 @@ public:
                                            });
     }
 
-private:
+    /// The callbacks of a use case as lines of a call.
     template <class UC>
     static typename UC::Callback callbackOf(const CallPtr& call) {
         using Response = typename UC::Response;
@@ -64,6 +64,7 @@ private:
                 }};
     }
 
+private:
     std::map<std::string, Start, std::less<>> calls_;
 };
 

@@ -28,6 +28,29 @@ enum class FieldColumnName {
     DisplayPrefs
 };
 
+template <>
+struct EnumCases<FieldColumnName> {
+    using C = FieldColumnName;
+    static constexpr EnumCase<C> cases[] = {{C::FieldID, "FieldID"},
+                                            {C::FieldAPIName, "FieldAPIName"},
+                                            {C::ModuleName, "ModuleName"},
+                                            {C::ColumnCRMName, "ColumnCRMName"},
+                                            {C::FieldLabel, "FieldLabel"},
+                                            {C::FieldType, "FieldType"},
+                                            {C::MaxLength, "MaxLength"},
+                                            {C::IsReadOnly, "IsReadOnly"},
+                                            {C::IsCustomField, "IsCustomField"},
+                                            {C::IsUnique, "IsUnique"},
+                                            {C::IsQuickCreate, "IsQuickCreate"},
+                                            {C::IsPrimaryKey, "IsPrimaryKey"},
+                                            {C::IsMproxyMetadata, "IsMproxyMetadata"},
+                                            {C::LookupModule, "LookupModule"},
+                                            {C::RelatedListID, "RelatedListID"},
+                                            {C::Visible, "Visible"},
+                                            {C::Mode, "Mode"},
+                                            {C::DisplayPrefs, "DisplayPrefs"}};
+};
+
 /// Columns that the rows of layouts may be sorted by.
 enum class LayoutFieldColumnName { layoutID, sectionSequence, fieldPosition };
 

@@ -16,9 +16,12 @@ struct EnumCases<SortOrder> {
 /// One step of an order: a column, by name or by the case of an enumeration, and a direction.
 template <class Column>
 struct Sort {
-    Column column;
+    Column column{};
     SortOrder order = SortOrder::ascending;
 
+    static constexpr auto fields() {
+        return describe(field("column", &Sort::column), optionalField("order", &Sort::order));
+    }
     friend bool operator==(const Sort&, const Sort&) = default;
 };
 
