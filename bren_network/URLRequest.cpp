@@ -39,8 +39,8 @@ std::string_view kindName(NetworkError::Kind kind) {
             return "certificate not trusted";
         case NetworkError::Kind::connectionLost:
             return "connection lost";
-        case NetworkError::Kind::cancelled:
-            return "cancelled";
+        case NetworkError::Kind::notSent:
+            return "not sent";
         case NetworkError::Kind::shutDown:
             return "shut down";
         case NetworkError::Kind::file:

@@ -59,13 +59,14 @@ struct URLResponse {
 
 /// Why a request has no answer.
 struct NetworkError {
+    /// `notSent` is for the layers above: the account had no authentication to send the request with.
     enum class Kind {
         invalidURL,
         cannotConnect,
         timeout,
         certificate,
         connectionLost,
-        cancelled,
+        notSent,
         shutDown,
         file,
         other

@@ -62,7 +62,7 @@ struct ChildModuleInfo {
     static constexpr auto fields() { return describe(field("moduleMap", &ChildModuleInfo::moduleMap)); }
 };
 
-/// The part of a form that holds children.
+/// What a form holds of children.
 template <class T>
 struct ChildInfoContract {
     std::optional<ChildModuleInfo<T>> childModules;  ///< absent for a module without subform fields

@@ -61,10 +61,10 @@ void AppInitNetworkService::taskCompletionHandler(Data data, std::optional<URLRe
     auto parsed = InitDownloadParser::parseInitData(data);
     if (auto listener = initDataDelegate.lock()) listener->initDataParsed(parsed);
     if (auto handler = errorHandler.lock()) {
-        if (error)
-            handler->networkResponseError();
-        else if (!parsed)
-            handler->parsingError();
+        // A request without a token went nowhere, and the host has heard of that already.
+        bool told = error && error->kind == NetworkError::Kind::notSent;
+        if (error && !told) handler->networkResponseError();
+        if (!error && !parsed) handler->parsingError();
     }
     if (parsed) keep(*std::move(parsed));
 }

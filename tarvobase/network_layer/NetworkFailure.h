@@ -15,6 +15,8 @@ AppError<DomainError> appErrorOf(const bren::NetworkError& error) {
             return AppError<DomainError>::networkUnavailable();
         case Kind::timeout:
             return AppError<DomainError>::timeout();
+        case Kind::notSent:
+            return AppError<DomainError>::authenticationFailure();
         default:
             return AppError<DomainError>::unknownError();
     }

@@ -38,7 +38,7 @@ void addOrganisation(std::optional<ValueMap>& params, CurrentOrganisationProtoco
 }
 
 NetworkError invalidURL() { return {NetworkError::Kind::invalidURL, "the text is no URL"}; }
-NetworkError notSent(std::string why) { return {NetworkError::Kind::other, std::move(why)}; }
+NetworkError notSent(std::string why) { return {NetworkError::Kind::notSent, std::move(why)}; }
 
 void appendQuery(std::string& url, const std::string& query) {
     if (query.empty()) return;

@@ -70,6 +70,14 @@ public:
     int completed = 0;
 };
 
+class HeardFailures final : public CommonErrorProtocol {
+public:
+    void parsingError() override { notices += "parsing;"; }
+    void networkResponseError() override { notices += "network;"; }
+    void noAuthtoken(const std::string& brenuid) override { notices += "no token of " + brenuid + ";"; }
+    std::string notices;
+};
+
 class InitDataTest : public FoundationTest {
 protected:
     void SetUp() override {
@@ -86,6 +94,7 @@ protected:
         auto step = AppInitDataManager::make(adapter, defaults, service);
         auto heard = std::make_shared<HeardSteps>();
         step->delegate = heard;
+        step->errorResponder = failures;
         step->execute();
         settle();
         return heard->completed;
@@ -126,6 +135,7 @@ protected:
                  OrganisationInUserDefaults(defaults).getOrganisations().value_or(std::vector<Organisation>()).size()}};
     }
 
+    std::shared_ptr<HeardFailures> failures = std::make_shared<HeardFailures>();
     std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
     std::shared_ptr<UserDefaultsProtocol> defaults;
     std::shared_ptr<KelvaDatabasePersistance> adapter;
@@ -176,6 +186,17 @@ INSTANTIATE_TEST_SUITE_P(Blocks, BrokenBlockTest,
                          ::testing::Values("dateTimeFormat", "activeModules", "userDetails", "activeUsers", "settings",
                                            "companyInfo", "VestraOrgs"),
                          [](auto& block) { return block.param; });
+
+TEST_F(InitDataTest, AFailureReachesTheHostOnce) {
+    EXPECT_EQ(run("no envelope"), 0);
+    EXPECT_EQ(std::exchange(failures->notices, ""), "parsing;");
+    network->fail(NetworkError::Kind::timeout);
+    EXPECT_EQ(run(""), 0);
+    EXPECT_EQ(std::exchange(failures->notices, ""), "network;");
+    signIn("1001", std::nullopt);
+    EXPECT_EQ(run(""), 0);
+    EXPECT_EQ(failures->notices, "no token of 1001;");
+}
 
 TEST_F(InitDataTest, WithoutTablesNothingIsStored) {
     auto blocks = wholeAnswer();
@@ -250,7 +271,8 @@ TEST_F(InitDataTest, TheCurrentOrganisationDecidesTheDefault) {
     OrganisationInUserDefaults organisations(defaults);
     auto defaultsOf = [&] {
         std::vector<bool> flags;
-        for (auto& one : *organisations.getOrganisations()) flags.push_back(one.isAppDefault);
+        auto list = organisations.getOrganisations().value();
+        for (auto& one : list) flags.push_back(one.isAppDefault);
         return flags;
     };
     run(body(wholeAnswer()));

@@ -150,10 +150,10 @@ TEST_F(ServiceTest, ACallThatCannotBeSentStillCompletes) {
     signIn("1001", std::nullopt);
     auto service = base();
     service->errorHandler = heard;
-    EXPECT_EQ(outcomeOf(service, BaseNetworkService::Request()), "unsent other failure");
+    EXPECT_EQ(outcomeOf(service, BaseNetworkService::Request()), "unsent not sent");
     EXPECT_EQ(heard->users, std::vector<std::string>{"1001"});
     configuration().authentication = nullptr;
-    EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "unsent other failure");
+    EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "unsent not sent");
 }
 
 TEST_F(ServiceTest, SetsTheFixedHeadersAndLogsNamesOnly) {
