@@ -123,9 +123,13 @@ void InitMetadataDM::answered(const Data& data, const MetadataNetworkParams& par
 void InitMetadataDM::handleSuccessResponse(const Answer& answer, const MetadataNetworkParams& params) {
     platform::log("MetadataInfo Completed - success for " + namesOf(params.modules));
     for (auto& entry : answer.result) {
-        auto failure = !entry ? entry.failure() : entry->data.failure();
-        if (failure) {
-            platform::log("MetadataInfo of a module could not be read: " + failure->logText());
+        if (!entry) {
+            platform::log("MetadataInfo of a module could not be read: " + entry.error().logText());
+            continue;
+        }
+        if (!entry->data) {
+            platform::log("MetadataInfo of " + entry->info.moduleName +
+                          " could not be read: " + entry->data.error().logText());
             continue;
         }
         platform::log("MetadataInfo Parsing completed for " + entry->info.moduleName);

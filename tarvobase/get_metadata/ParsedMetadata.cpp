@@ -31,6 +31,13 @@ void InfoTable::readFrom(InfoReader& reader) {
     reader.read("lookupRecordsTable", lookupTable);
 }
 
+void ParsedPermissionInfo::readFrom(InfoReader& reader) {
+    require(reader, "module", moduleName);
+    readOrKeep<std::uint64_t>(reader, "servertime", serverTime);
+    reader.read("responsetime", responseTime);
+    reader.read("nodata", nodata);
+}
+
 void ParsedMetadataInfo::readFrom(InfoReader& reader) {
     require(reader, "module", moduleName);
     readOrKeep<std::uint64_t>(reader, "servertime", serverTime);

@@ -39,6 +39,16 @@ struct ParsedMetadataInfo {
     void readFrom(InfoReader& reader);
 };
 
+/// The header of an entry that brings one kind of rows of a module, such as its permissions. Unusable without a module.
+struct ParsedPermissionInfo {
+    std::string moduleName;
+    std::uint64_t serverTime = 0;
+    std::optional<std::uint64_t> responseTime;
+    std::optional<bool> nodata;
+
+    void readFrom(InfoReader& reader);
+};
+
 /// The sections of an entry. Each stands by itself: a section that is missing (`noData`), or that cannot be read,
 /// leaves the others usable. Where a section holds results, so does each of its rows.
 struct ParsedMetadata {

@@ -211,7 +211,7 @@ TEST_F(MetadataDownloadTest, EntriesStandByThemselves) {
     downloadAnswered({refused, wire::entry(empty, {}), ValueMap{{"info", empty}}, ValueMap{}, wire::entry("Leads")});
     EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 3, 4}));
     EXPECT_EQ(column("SELECT DISTINCT module_name FROM MODULE_LAYOUT_INFO"), (std::vector<std::string>{"Leads"}));
-    EXPECT_TRUE(wasLogged("MetadataInfo of a module could not be read: responseError"));
+    EXPECT_TRUE(wasLogged("MetadataInfo of Calls could not be read: responseError"));
     EXPECT_FALSE(wasLogged("private"));
     EXPECT_TRUE(wasLogged("MetadataInfo Parsing completed for Leads"));
     EXPECT_TRUE(wasLogged("MetadataInfo Completed - success for Leads"));

@@ -300,5 +300,16 @@ TEST_F(MetadataParserTest, AnEntryNeedsAModuleAndWholeTables) {
     }
 }
 
+TEST_F(MetadataParserTest, APermissionHeaderNeedsItsModuleOnly) {
+    auto info = decodeInfo<ParsedPermissionInfo>(wire::info("Leads")).value();
+    EXPECT_EQ(info.moduleName, "Leads");
+    EXPECT_EQ(info.serverTime, 1700000000000u);
+    EXPECT_EQ(info.responseTime, 1700000000001u);
+    EXPECT_EQ(info.nodata, false);
+    EXPECT_FALSE(decodeInfo<ParsedPermissionInfo>(ValueMap{{"module", "Leads"}})->responseTime);
+    EXPECT_FALSE(decodeInfo<ParsedPermissionInfo>(ValueMap{{"servertime", 1}}).ok());
+    EXPECT_FALSE(decodeInfo<ParsedPermissionInfo>(ValueMap{{"module", "Leads"}, {"nodata", "no"}}).ok());
+}
+
 }  // namespace
 }  // namespace tarvo
