@@ -6,6 +6,7 @@
 #include "bridge/Topics.h"
 #include "host/ConfigFields.h"
 #include "host/InitStep.h"
+#include "host/SettingsCalls.h"
 #include "platform/Clock.h"
 #include "platform/LocalZone.h"
 #include "tarvobase/configuration/CommonConfigration.h"
@@ -141,9 +142,10 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<std::strin
         "host.account", [&host](const AccountRequest& request, const CallPtr& call) { account(host, request, call); });
     registry.addOperation<ClockRequest>("host.clock",
                                         [](const ClockRequest& request, const CallPtr& call) { clock(request, call); });
+    auto topics = std::make_shared<bridge::Topics>();
+    addSettingsCalls(registry, topics);
     registry.addOperation<bridge::Topics::Request>(
-        "host.notifications",
-        [topics = std::make_shared<bridge::Topics>()](const bridge::Topics::Request& request, const CallPtr& call) {
+        "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
             bool exists = topics->change(request, call->notifier());
             exists ? done(call) : call->refuse("request.topic: there is no topic \"" + request.topic + "\"");
         });
