@@ -60,17 +60,7 @@ struct URLResponse {
 /// Why a request has no answer.
 struct NetworkError {
     /// `notSent` is for the layers above: the account had no authentication to send the request with.
-    enum class Kind {
-        invalidURL,
-        cannotConnect,
-        timeout,
-        certificate,
-        connectionLost,
-        notSent,
-        shutDown,
-        file,
-        other
-    };
+    enum class Kind { invalidURL, cannotConnect, timeout, certificate, connectionLost, notSent, shutDown, file, other };
     Kind kind = Kind::other;
     /// Kind and host in words, no query, no header, no body.
     std::string message;

@@ -21,15 +21,15 @@ protected:
     /// `work()` in the background, then `tell(delegate, result)`. Neither holds the use case.
     template <class Work, class Tell>
     void answer(Work work, Tell tell) {
-        CommonUtils::performAsyncInBackground([weak = platform::weakSelf(this), work = std::move(work),
-                                               tell = std::move(tell)]() mutable {
-            if (weak.expired()) return;
-            CommonUtils::performAsyncInMain([weak, result = work(), tell = std::move(tell)] {
-                auto self = weak.lock();
-                auto listener = self ? self->delegate.lock() : nullptr;
-                if (listener) tell(*listener, result);
+        CommonUtils::performAsyncInBackground(
+            [weak = platform::weakSelf(this), work = std::move(work), tell = std::move(tell)]() mutable {
+                if (weak.expired()) return;
+                CommonUtils::performAsyncInMain([weak, result = work(), tell = std::move(tell)] {
+                    auto self = weak.lock();
+                    auto listener = self ? self->delegate.lock() : nullptr;
+                    if (listener) tell(*listener, result);
+                });
             });
-        });
     }
 };
 
