@@ -144,16 +144,4 @@ private:
     std::variant<Header, LayoutMetadata> value_;
 };
 
-/// A layout of a subform's module, as the field of the parent shows it.
-struct SubformLayout {
-    std::string moduleName;
-    std::string layoutID;
-    std::string layoutName;
-    bool isDefault = false;
-    OrderedLayoutFieldList metadata;
-    int maximumRows = 0;
-    bool canReorderRows = false;
-    std::vector<LayoutMetadata> aggregateFields;  ///< sums and the like below the rows
-};
-
 }  // namespace tarvo
