@@ -9,7 +9,10 @@ namespace {
 
 constexpr int width = 64;
 
+// What is being inserted: rows of texts, or cells.
 const HandWritten::Table* currentRows = nullptr;
+const std::vector<HandWritten::View>* currentCells = nullptr;
+std::size_t currentColumns = 0;
 
 struct Cursor : sqlite3_vtab_cursor {
     std::size_t row;
@@ -49,9 +52,21 @@ int next(sqlite3_vtab_cursor* cursor) {
     return SQLITE_OK;
 }
 
-int atEnd(sqlite3_vtab_cursor* cursor) { return static_cast<Cursor*>(cursor)->row >= currentRows->size(); }
+int atEnd(sqlite3_vtab_cursor* cursor) {
+    auto rowCount = currentRows ? currentRows->size() : currentCells->size() / currentColumns;
+    return static_cast<Cursor*>(cursor)->row >= rowCount;
+}
 
 int column(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int number) {
+    if (!currentRows) {
+        auto row = static_cast<Cursor*>(cursor)->row;
+        auto& cell = (*currentCells)[row * currentColumns + static_cast<std::size_t>(number)];
+        if (cell.text)
+            sqlite3_result_text(context, cell.text, static_cast<int>(cell.length), SQLITE_STATIC);
+        else
+            sqlite3_result_int64(context, cell.number);
+        return SQLITE_OK;
+    }
     auto& text = (*currentRows)[static_cast<Cursor*>(cursor)->row][static_cast<std::size_t>(number)];
     sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
     return SQLITE_OK;
@@ -103,12 +118,24 @@ void HandWritten::run(const char* sql) {
 }
 
 void HandWritten::insert(const std::string& table, const std::vector<std::string>& columns, const Table& rows) {
+    currentRows = &rows;
+    insertCurrent(table, columns);
+}
+
+void HandWritten::insert(const std::string& table, const std::vector<std::string>& columns,
+                         const std::vector<View>& cells) {
+    currentRows = nullptr;
+    currentCells = &cells;
+    currentColumns = columns.size();
+    insertCurrent(table, columns);
+}
+
+void HandWritten::insertCurrent(const std::string& table, const std::vector<std::string>& columns) {
     std::string names, cells;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         names += (i ? "," : "") + columns[i];
         cells += (i ? ",c" : "c") + std::to_string(i);
     }
-    currentRows = &rows;
     run("BEGIN IMMEDIATE");
     run(("INSERT OR REPLACE INTO " + table + " (" + names + ") SELECT " + cells + " FROM by_hand").c_str());
     run("COMMIT");

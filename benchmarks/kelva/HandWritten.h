@@ -21,6 +21,15 @@ public:
     /// One INSERT OR REPLACE ... SELECT from a virtual table over the rows, in a transaction.
     void insert(const std::string& table, const std::vector<std::string>& columns, const Table& rows);
 
+    /// A cell where it lies: a text, or a number when there is none.
+    struct View {
+        const char* text;
+        std::size_t length;
+        long long number;
+    };
+    /// The same from cells row by row.
+    void insert(const std::string& table, const std::vector<std::string>& columns, const std::vector<View>& cells);
+
     struct Cell {
         int type;
         long long number;
@@ -34,6 +43,7 @@ public:
     Result fetch(const char* sql);
 
 private:
+    void insertCurrent(const std::string& table, const std::vector<std::string>& columns);
     sqlite3* handle_ = nullptr;
 };
 
