@@ -196,7 +196,7 @@ void page(benchmark::State& state) {
         state.SkipWithError("rows are missing");
 }
 
-/// The part before the database alone: bytes to cells.
+/// What comes before the database, alone: bytes to cells.
 void pageRead(benchmark::State& state) {
     platform::Data body(makePage());
     auto fields = fieldList();

@@ -72,7 +72,7 @@ struct DownloadedRecords {
 
     /// The refusal, when the error list is a code and a message.
     std::optional<ErrorResponse> getErrorResponse() const {
-        return error ? ErrorResponse::fromErrorList(*error) : std::nullopt;
+        return error ? ErrorResponse::fromErrorList(*error, info.details) : std::nullopt;
     }
 };
 

@@ -58,7 +58,7 @@ bool areAll(ValueKind kind, const std::vector<Node>& items) {
 template <class Node>
 class RecordReader {
 public:
-    /// With `namesOfPeople` the parts of a name are told too.
+    /// With `namesOfPeople` first and last names are told too.
     explicit RecordReader(bool namesOfPeople) : namesOfPeople_(namesOfPeople) {}
 
     /// False for what is no list of entries.

@@ -27,9 +27,9 @@ ValueMap ErrorResponse::toJSON() const {
     return json;
 }
 
-std::optional<ErrorResponse> ErrorResponse::fromErrorList(const ValueList& errors) {
+std::optional<ErrorResponse> ErrorResponse::fromErrorList(const ValueList& errors, std::optional<ValueMap> details) {
     if (errors.size() != 2 || !errors[0].asText() || !errors[1].asText()) return std::nullopt;
-    return ErrorResponse{*errors[0].asText(), *errors[1].asText(), std::nullopt};
+    return ErrorResponse{*errors[0].asText(), *errors[1].asText(), std::move(details)};
 }
 
 const ErrorResponse& ErrorResponse::moduleNotFound() {

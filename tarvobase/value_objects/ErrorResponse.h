@@ -17,8 +17,10 @@ struct ErrorResponse {
     static Result<ErrorResponse, ParsingError> fromJSON(const ValueMap& json);
     /// "details" is left out when there are none.
     ValueMap toJSON() const;
-    /// From the error list of an answer: exactly two texts, code and message; nothing for any other list.
-    static std::optional<ErrorResponse> fromErrorList(const ValueList& errors);
+    /// From the error list of an answer, exactly two texts (code and message), and the answer's details; nothing for
+    /// any other list.
+    static std::optional<ErrorResponse> fromErrorList(const ValueList& errors,
+                                                      std::optional<ValueMap> details = std::nullopt);
 
     static const ErrorResponse& moduleNotFound();
     static const ErrorResponse& parsingFailed();

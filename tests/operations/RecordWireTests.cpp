@@ -293,8 +293,10 @@ TEST_F(RecordWireTest, AnswersWithoutData) {
     EXPECT_FALSE(answer(R"({"info":{"nodata":true},"data":7})").result[0].ok());
     EXPECT_FALSE(answer(R"({"info":{"nodata":true},"error":["A","b"]})").result[0].value().data.ok());
 
-    auto refused = GetRecordsParser::parse({{"error", ValueList{"CODE", "words"}}}, {});
-    EXPECT_EQ(refused.getErrorResponse(), (ErrorResponse{"CODE", "words", std::nullopt}));
+    RecordListInfo info;
+    info.details = ValueMap{{"id", "7"}};
+    auto refused = GetRecordsParser::parse({{"error", ValueList{"CODE", "words"}}}, info);
+    EXPECT_EQ(refused.getErrorResponse(), (ErrorResponse{"CODE", "words", info.details}));
     EXPECT_FALSE(refused.records);
     for (auto errors : {ValueList{"CODE"}, ValueList{"a", "b", "c"}, ValueList{"a", 1}})
         EXPECT_FALSE(GetRecordsParser::parse({{"error", errors}}, {}).getErrorResponse());
