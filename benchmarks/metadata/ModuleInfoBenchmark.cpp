@@ -25,7 +25,8 @@ constexpr std::array<const char*, 5> tables = {
     "CREATE TABLE MODULE_DETAILS (id, module_name UNIQUE, singular_name, plural_name, api_name, position, "
     "generated_type, table_creation_query)",
     "CREATE TABLE PERMISSIONS (module_name, module_api_name, permission_key, permission_value)",
-    "CREATE TABLE MODULE_SPECIFIC_METADATA (field_id, field_api_name, module_name, crm_col_name, field_label, "
+    "CREATE TABLE MODULE_SPECIFIC_METADATA (_id INTEGER PRIMARY KEY AUTOINCREMENT, field_id, field_api_name, "
+    "module_name, crm_col_name, field_label, "
     "field_type, max_length, is_read_only, is_custom_field, is_unique, is_quick_create, is_primary_key, "
     "is_mproxy_metadata, lookup_module_api, related_list_id, visible, mode, additional_info)",
     "CREATE TABLE PICKLIST_METADATA (field_actual_value, field_display_value, field_id, field_api_name, crm_col_name, "
@@ -141,7 +142,7 @@ private:
         for (auto row : rows) {
             texts.emplace_back();
             for (std::size_t i = 0; i < rows.columns().size(); ++i)
-                texts.back().emplace_back(row.cell(i).asText().value_or(""));
+                texts.back().push_back(row.cell(i).copy().toText().value_or(""));
         }
         hand.insert(table, rows.columns().names(), texts);
     }

@@ -12,12 +12,13 @@ namespace tarvo {
 namespace {
 
 using Picklist = PicklistMetadataPersistanceDelegate::Picklist;
+const std::string activitiesModule = "Activities";
 using PicklistsByModule = std::unordered_map<std::string, Picklist>;
 
 /// The modules whose picklists a module's fields take their values from. "Activities" has no rows of its own: it shows
 /// the records of the three.
 std::vector<std::string> picklistModules(const std::string& moduleName) {
-    if (moduleName == "Activities") return {"Calls", "Events", "Tasks"};
+    if (moduleName == activitiesModule) return {"Calls", "Events", "Tasks"};
     return {moduleName};
 }
 
@@ -29,9 +30,12 @@ PicklistsByModule readPicklists(PicklistMetadataPersistanceDelegate& store, std:
     return store.getPicklistMetadataByModuleNames(asked).value_or(PicklistsByModule());
 }
 
-Picklist picklistOf(const std::string& moduleName, const PicklistsByModule& picklists) {
+/// Takes the rows of a module away. "Activities" gets copies, and has to be asked for first.
+Picklist takePicklist(const std::string& moduleName, PicklistsByModule& picklists) {
+    auto sources = picklistModules(moduleName);
+    if (sources.size() == 1) return std::move(picklists[moduleName]);
     Picklist joined;
-    for (auto& source : picklistModules(moduleName))
+    for (auto& source : sources)
         if (auto rows = picklists.find(source); rows != picklists.end())
             joined.insert(joined.end(), rows->second.begin(), rows->second.end());
     return joined;
@@ -46,7 +50,7 @@ GetFieldListDM::FieldListResult GetFieldListDM::getFields(const std::string& mod
     auto fields = fieldPersistence->getFieldMetadata(moduleName, columnList, sortList);
     if (!fields) return fields.error();
     auto picklists = readPicklists(*pickListPersistence, std::span(&moduleName, 1));
-    return FieldList(moduleName, *std::move(fields), picklistOf(moduleName, picklists), naming);
+    return FieldList(moduleName, *std::move(fields), takePicklist(moduleName, picklists), naming);
 }
 
 GetFieldListDM::FieldListsByModule GetFieldListDM::getFields(const std::vector<std::string>& moduleNames,
@@ -58,9 +62,15 @@ GetFieldListDM::FieldListsByModule GetFieldListDM::getFields(const std::vector<s
     auto fields = fieldPersistence->getFieldMetadataByModuleNames(moduleNames, sort);
     if (!fields) return lists;
     auto picklists = readPicklists(*pickListPersistence, moduleNames);
-    for (auto& [name, found] : fields.value())
+    auto build = [&](const std::string& name, std::vector<FieldMetadata>& found) {
         if (auto list = lists.find(name); list != lists.end() && !found.empty())
-            list->second = FieldList(name, std::move(found), picklistOf(name, picklists), naming);
+            list->second = FieldList(name, std::move(found), takePicklist(name, picklists), naming);
+    };
+    auto& byModule = fields.value();
+    if (auto activities = byModule.find(activitiesModule); activities != byModule.end())
+        build(activitiesModule, activities->second);
+    for (auto& [name, found] : byModule)
+        if (name != activitiesModule) build(name, found);
     return lists;
 }
 
