@@ -62,6 +62,7 @@ public:
 
     void value(std::size_t column, const ValueView& view) { set(column, view.copy()); }
     void other(std::size_t column, std::size_t slot) { set(column, *source_.value(slot)); }
+    void rows(std::size_t column, std::size_t slot) { other(column, slot); }
     void noRecords(std::size_t column) { set(column, ValueList()); }
     bool attachments(std::size_t column, std::size_t slot) {
         ValueList ids;

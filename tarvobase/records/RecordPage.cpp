@@ -156,13 +156,21 @@ public:
         if (auto text = view.asText()) return set(cell, *text);
         cell.integer = view.asInteger().value_or(0);
     }
-    /// A list of texts has no place in a table.
+    /// A list that no rule knows, as the database writes one.
     void other(std::size_t column, std::size_t slot) {
-        auto& value = record_.value(slot);
-        if (value.kind == WireValue::Kind::records) this->value(column, ValueView::integer(count(value)));
+        auto& list = record_.value(slot);
+        ValueList items;
+        if (list.kind == WireValue::Kind::records)
+            for (auto& record : recordsOf(list.list, plan_)) items.emplace_back(std::move(record));
+        else
+            for (auto& item : list.items) items.push_back(item.copy());
+        if (auto text = json::write(items)) value(column, ValueView::text(keep(texts_, *std::move(text))));
+    }
+    void rows(std::size_t column, std::size_t slot) {
+        value(column, ValueView::integer(static_cast<std::int64_t>(record_.value(slot).list.leadingItems({}))));
     }
     void noRecords(std::size_t column) { value(column, ValueView::integer(0)); }
-    void tags(std::size_t column, std::size_t slot) { other(column, slot); }
+    void tags(std::size_t column, std::size_t slot) { rows(column, slot); }
     bool attachments(std::size_t column, std::size_t slot) {
         auto ids = idsOf(recordsOf(record_.value(slot).list, plan_));
         auto stored = plan_.isOfNotes() ? std::optional(text::join(ids, ",")) : json::write(Value(ids));
@@ -184,7 +192,6 @@ private:
         cell.start = text.data();
         cell.length = static_cast<std::uint32_t>(text.size());
     }
-    static std::size_t count(const WireValue& records) { return records.list.leadingItems({}); }
 
     const RecordPlan& plan_;
     const WireRecord& record_;

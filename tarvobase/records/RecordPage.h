@@ -18,8 +18,9 @@ namespace tarvo {
 /// - a list of dependent records (participants, product lines, tags, rows of a subform) is their number;
 /// - the attachments of a note are their ids joined by ",".
 ///
-/// The dependent records themselves come from `nestedRecords`. Records without an identifier that is a text and not
-/// empty are left out and counted. Immutable and safe to read from any thread; the document is held.
+/// Any other list is its JSON text. The dependent records themselves come from `nestedRecords`. Records without an
+/// identifier that is a text and not empty are left out and counted. Immutable and safe to read from any thread; the
+/// document is held.
 class RecordPage final : public RowSource {
 public:
     /// From the list under "data" of an answer. What is no list is an empty page. The naming is the field list's.

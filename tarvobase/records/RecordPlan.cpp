@@ -3,6 +3,7 @@
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/records/ModuleParser.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/WireEntries.h"
 #include "tarvobase/value_objects/IdentifierConstants.h"
 
 namespace tarvo {
@@ -37,7 +38,9 @@ RecordPlan::Rule RecordPlan::ruleOf(const FieldMetadata& field, const std::strin
     if (key(identifier) == key(names.attachments)) return Rule::attachments;
     if (identifier == names.tag) return Rule::tags;
     if (identifier == names.Notes.noteTitle) return Rule::noteTitle;
-    if (isSubform(field.fieldType) || field.fieldType == FieldDataType::eventParticipant) return Rule::rowsOfSubform;
+    if (isSubform(field.fieldType) || field.fieldType == FieldDataType::eventParticipant ||
+        wire::holdsRecords(key(field.fieldAPIName), modifySystemProperties_))
+        return Rule::dependentRows;
     return Rule::asItIs;
 }
 

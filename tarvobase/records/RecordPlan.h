@@ -21,7 +21,7 @@ public:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
     /// What becomes of a value, beside what its type asks for.
-    enum class Rule { asItIs, attachments, tags, noteTitle, rowsOfSubform };
+    enum class Rule { asItIs, attachments, tags, noteTitle, dependentRows };
 
     struct Field {
         FieldDataType type;
@@ -60,8 +60,9 @@ public:
     /// - `isPresent(slot)`, `isRecords(slot)` for a list of records, `isTexts(slot)` for a list of texts.
     ///
     /// A sink takes, by column: `value(column, view)` and, with the slot to read further from, `other(column, slot)`
-    /// for what is not flat, `noRecords(column)`, `attachments(column, slot)`, `tags(column, slot)`, and
-    /// `noteTitle(column, slot)`, which answers false when it has no title.
+    /// for what is not flat, `rows(column, slot)` and `noRecords(column)` for records of another table,
+    /// `attachments(column, slot)`, `tags(column, slot)`, and `noteTitle(column, slot)`, which answers false when it
+    /// has no title.
     template <class Source, class Sink>
     void convert(const Source& source, Sink& sink) const {
         for (auto& field : fields_) {
@@ -88,8 +89,9 @@ private:
         if (field.rule == Rule::tags && records) return sink.tags(field.column, field.slot);
         if (field.rule == Rule::noteTitle && isCheckIn(source) && sink.noteTitle(field.column, checkInParentSlot_))
             return;
+        if (field.rule == Rule::dependentRows && records) return sink.rows(field.column, field.slot);
         // The parser, which knows no fields, says an empty text for an empty list.
-        if (field.rule == Rule::rowsOfSubform && text && text->empty()) return sink.noRecords(field.column);
+        if (field.rule == Rule::dependentRows && text && text->empty()) return sink.noRecords(field.column);
         if (source.isPresent(field.slot)) put(source, field.slot, field.column, sink);
     }
 

@@ -234,7 +234,7 @@ TEST_F(RecordWireTest, APageIsStoredAsItsDictionariesAre) {
         fieldsOf("Leads", {recordField("A", T::text), recordField("W", T::lookup), recordField("D", T::date)});
     std::string records = R"([[["id","1"],["Api_A","x"],["Api_W","2","shown"],["Api_D","2024-02-29"]],
                               [["Api_D","never"],["id","2"],["Api_A",["x","y"]],["Api_A",false]],
-                              [["id","1"],["Api_W","3",["a","b"]]]])";
+                              [["id","1"],["Api_W","3",["a","b"]],["Api_A",[[["x","y"]],[]]]]])";
     auto parsedRecords = ModuleParser::parseRecord(*fromJson(records).asList(), "Leads").records;
     std::vector<ValueMap> maps;
     for (auto& record : parsedRecords) maps.push_back(convertRecordFromNetworkToDBDictionary(record, fields));
