@@ -1,5 +1,6 @@
 #include <atomic>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -13,6 +14,7 @@ namespace {
 struct ZoneOfProcess {
     std::mutex mutex;
     std::optional<std::string> set;
+    std::optional<std::string> environment;  // TZ as it was before a zone was set
     std::atomic<std::uint64_t> version = 0;
 
     static ZoneOfProcess& shared() {
@@ -31,12 +33,17 @@ std::optional<std::string> afterZoneInfo(const std::string& path) {
     return name;
 }
 
+std::optional<std::string> variable() {
+    auto* text = std::getenv("TZ");
+    return text ? std::optional<std::string>(text) : std::nullopt;
+}
+
 // TZ as a name, ":Europe/Berlin" and a path into the zone files included; a rule such as "CET-1CEST" is passed on as
 // it is, and whoever loads zones decides.
 std::optional<std::string> fromEnvironment() {
-    auto* variable = std::getenv("TZ");
-    if (!variable) return std::nullopt;
-    std::string name = variable;
+    auto zone = variable();
+    if (!zone) return std::nullopt;
+    auto name = *std::move(zone);
     if (name.starts_with(':')) name.erase(0, 1);
     // Set but empty means UTC, as in the C library.
     if (name.empty()) return "UTC";
@@ -61,6 +68,16 @@ std::optional<std::string> fromTimezoneFile() {
     return name;
 }
 
+// The C library tells local times to SQLite, and it knows of no other way to be told the zone. Changing the environment
+// disturbs threads that read it at the same moment, which is why only tests and scripts set a zone.
+void tellCLibrary(const std::optional<std::string>& zone) {
+    if (zone)
+        setenv("TZ", zone->c_str(), 1);
+    else
+        unsetenv("TZ");
+    tzset();
+}
+
 std::string systemZone() {
     if (auto name = fromEnvironment()) return *name;
     if (auto name = fromLocaltimeLink()) return *name;
@@ -80,6 +97,8 @@ std::string Clock::timeZone() {
 void Clock::setTimeZone(std::optional<std::string> name) {
     auto& zone = ZoneOfProcess::shared();
     std::lock_guard lock(zone.mutex);
+    if (!zone.set && name) zone.environment = variable();
+    if (zone.set || name) tellCLibrary(name ? name : zone.environment);
     zone.set = std::move(name);
     ++zone.version;
 }
