@@ -15,7 +15,7 @@
 namespace tarvo {
 
 class DatabaseAdapter;
-struct CustomViewConstants;
+struct CustomViewDatabaseConstants;
 
 /// Source of temporary ids of new records.
 class NewRecordIdGenerator : public virtual platform::Object {
@@ -102,7 +102,7 @@ public:
     /// Whether views keep the server's own criteria; decides `customViewDBConstants`.
     Setting<bool> serverCVCriteria{false};
     /// The columns of the table of custom views that go with `serverCVCriteria`.
-    const CustomViewConstants& customViewDBConstants() const;
+    const CustomViewDatabaseConstants& customViewDBConstants() const;
     Setting<FieldIdentifier> fieldIdentifier;
     /// Whether parsing rewrites system properties ("$name").
     Setting<bool> modifySystemProperties{true};

@@ -2,7 +2,11 @@
 
 #include <string_view>
 
+#include "platform/Rows.h"
+
 namespace tarvo {
+
+struct CustomView;
 
 /// Plain keys of a custom view.
 struct CustomViewConstants {
@@ -28,6 +32,9 @@ struct CustomViewConstants {
     std::string_view SectionDisplayName = "SectionDisplayName";
     std::string_view SortBy = "SortBy";
     std::string_view SortOrder = "SortOrder";
+
+    ValueMap getDictionary(const CustomView& customView) const;
+    CustomView getValue(const ValueMap& map) const;
 };
 
 /// Columns of the table of custom views. A member without a column has the empty name.
@@ -56,6 +63,8 @@ struct CustomViewDatabaseConstants : CustomViewConstants {
         SortBy = "default_sort_by";
         SortOrder = "default_sort_order";
     }
+    ValueMap getDictionary(const CustomView& customView) const;
+    CustomView getValue(const Row& row) const;
 };
 
 /// The same table where views keep the server's own criteria.

@@ -1,0 +1,79 @@
+#include "tarvobase/list_view/GetCustomViewsDataManager.h"
+
+#include "platform/Clock.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/Topics.h"
+#include "tarvobase/records/CVRecordMapInDatabase.h"
+#include "tarvobase/value_objects/CustomViewInDatabase.h"
+
+namespace tarvo {
+
+namespace {
+
+void tellObservers(const std::string& moduleName) {
+    BrenNotificationCenter::shared().notify<CVObserver>(
+        false, [moduleName](CVObserver& observer) { observer.customViewsChanged(moduleName); });
+}
+
+}  // namespace
+
+GetCustomViewsDataManager::GetCustomViewsDataManager(
+    std::shared_ptr<CustomViewPersistanceDelegate> customViewsPersistance,
+    std::shared_ptr<FilterRecordMapPersistanceDelegate> cvRecordMapPersistance,
+    std::shared_ptr<UserDefaultsUtil> userDefaultsUtil)
+    : customViewsPersistance(std::move(customViewsPersistance)),
+      cvRecordMapPersistance(std::move(cvRecordMapPersistance)),
+      userDefaultsUtil(std::move(userDefaultsUtil)) {}
+
+std::shared_ptr<GetCustomViewsDataManager> GetCustomViewsDataManager::current() {
+    auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get();
+    return std::make_shared<GetCustomViewsDataManager>(
+        std::make_shared<CustomViewInDatabase>(adapter), std::make_shared<CVRecordMapInDatabase>(adapter),
+        std::make_shared<UserDefaultsUtil>(std::make_shared<BrenUserDefaults>()));
+}
+
+std::optional<GetCustomViewsDataManager::CustomViews> GetCustomViewsDataManager::getCustomViews(
+    const std::string& moduleName) {
+    return customViewsPersistance->getCustomViews(moduleName);
+}
+std::optional<GetCustomViewsDataManager::CustomViews> GetCustomViewsDataManager::getCustomViews(
+    const std::string& moduleName, const std::vector<CustomViewColumnName>& sortBy) {
+    return customViewsPersistance->getCustomViews(moduleName, sortBy);
+}
+std::optional<CustomView> GetCustomViewsDataManager::getCustomView(const std::string& id,
+                                                                   const std::string& moduleName) {
+    return customViewsPersistance->getCustomView(id, moduleName);
+}
+std::optional<CustomView> GetCustomViewsDataManager::getDefaultCustomView(const std::string& moduleName) {
+    if (auto view = customViewsPersistance->getDefaultCustomView(moduleName)) return view;
+    auto views = customViewsPersistance->getCustomViews(moduleName);
+    if (!views || views->empty()) return std::nullopt;
+    return std::move(views->front());
+}
+std::optional<CustomView> GetCustomViewsDataManager::getAllViewCustomView(const std::string& moduleName) {
+    return customViewsPersistance->getAllViewCustomView(moduleName);
+}
+
+void GetCustomViewsDataManager::setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) {
+    customViewsPersistance->setAsDefaultCustomView(cvId, moduleName);
+    noteChange(moduleName);
+    tellObservers(moduleName);
+}
+
+void GetCustomViewsDataManager::updateSortfield(const SortField& sortField, const std::string& cvId,
+                                                const std::string& moduleName) {
+    noteChange(moduleName);
+    customViewsPersistance->updateSortfield(sortField, cvId, moduleName);
+    if (cvRecordMapPersistance) cvRecordMapPersistance->delete_(cvId, moduleName);
+    if (userDefaultsUtil) userDefaultsUtil->setListFilterHasMoreRecord(true, moduleName, cvId);
+    tellObservers(moduleName);
+}
+
+void GetCustomViewsDataManager::noteChange(const std::string& moduleName) {
+    if (userDefaultsUtil)
+        userDefaultsUtil->setListFilterLastUpdatedTime(platform::Clock::secondsSince1970(), {moduleName});
+}
+
+}  // namespace tarvo
