@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 #include <unordered_set>
+#include <utility>
 
 namespace tarvo::platform {
 
@@ -80,14 +81,23 @@ Value ValueView::copy() const {
     }
 }
 
+namespace {
+
+// By length first: most names are told apart without a look at their characters.
+bool standsBefore(std::string_view a, std::string_view b) { return a.size() != b.size() ? a.size() < b.size() : a < b; }
+
+}  // namespace
+
 Columns::Columns(std::vector<std::string> names) : names_(std::move(names)), sorted_(names_.size()) {
     std::iota(sorted_.begin(), sorted_.end(), 0u);
-    std::stable_sort(sorted_.begin(), sorted_.end(), [this](auto a, auto b) { return names_[a] < names_[b]; });
+    std::stable_sort(sorted_.begin(), sorted_.end(),
+                     [this](auto a, auto b) { return standsBefore(names_[a], names_[b]); });
 }
 
 std::optional<std::size_t> Columns::find(std::string_view name) const {
-    auto after = std::upper_bound(sorted_.begin(), sorted_.end(), name,
-                                  [this](std::string_view wanted, auto position) { return wanted < names_[position]; });
+    auto after = std::upper_bound(sorted_.begin(), sorted_.end(), name, [this](std::string_view wanted, auto position) {
+        return standsBefore(wanted, names_[position]);
+    });
     if (after == sorted_.begin() || names_[*std::prev(after)] != name) return std::nullopt;
     return *std::prev(after);
 }

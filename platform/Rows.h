@@ -66,7 +66,7 @@ public:
 
 private:
     std::vector<std::string> names_;
-    std::vector<std::uint32_t> sorted_;  // positions in the order of their names
+    std::vector<std::uint32_t> sorted_;  // positions in an order of their names
 };
 
 class Row;

@@ -4,6 +4,22 @@
 
 namespace tarvo {
 
+namespace {
+
+// The places are sorted and not the rows, which are long: an account has thousands of them.
+void sortByPosition(std::vector<PicklistMetadata>& rows) {
+    std::vector<std::pair<int, std::size_t>> places;
+    places.reserve(rows.size());
+    for (auto& row : rows) places.emplace_back(row.position, places.size());
+    std::sort(places.begin(), places.end());
+    std::vector<PicklistMetadata> sorted;
+    sorted.reserve(rows.size());
+    for (auto& [position, place] : places) sorted.push_back(std::move(rows[place]));
+    rows = std::move(sorted);
+}
+
+}  // namespace
+
 void PicklistMetadataInDatabase::storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) {
     table().store(rowsOf(picklists, constants_));
 }
@@ -49,8 +65,7 @@ std::optional<PicklistMetadataPersistanceDelegate::Picklist> PicklistMetadataInD
     query.criterias = std::move(criterias);
     auto picklist = table().undamagedOf(table().fetch(query), [](const Row& row) { return constants_.getValue(row); });
     // Here and not by SQL: the column is text, and rows of one position keep the order of the table.
-    if (picklist)
-        std::stable_sort(picklist->begin(), picklist->end(), [](auto& a, auto& b) { return a.position < b.position; });
+    if (picklist) sortByPosition(*picklist);
     return picklist;
 }
 
