@@ -53,8 +53,8 @@ private:
     std::string personName() const {
         return "(COALESCE(" + quotedName(firstName()) + ", '') || ' ' || COALESCE(" + quotedName(lastName()) + ", ''))";
     }
-    /// The server decides whether a table keeps the parts of a person's name. Without them its display text is the
-    /// name.
+    /// The server decides whether a table keeps the first and the last name of a person. Without them the display text
+    /// is the name.
     bool hasNameParts() const {
         auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get();
         if (!adapter) return false;
