@@ -50,7 +50,7 @@ EarlyEnd wrong(const std::string& why) { return {2, "tarvo-host: " + oneLine(why
 std::optional<EarlyEnd> faultOf(const Arguments& arguments) {
     if (arguments.account && arguments.account->empty()) return wrong("--account: an account id is not empty");
     if (arguments.passphrase && arguments.passphrase->empty()) return wrong("--passphrase: a passphrase is not empty");
-    if (arguments.command != Command::modules) return std::nullopt;
+    if (arguments.command == Command::serve) return std::nullopt;
     if (!arguments.account) return wrong("--account is required");
     if (!arguments.passphrase) return wrong(std::string("--passphrase or ") + passphraseVariable + " is required");
     return std::nullopt;
@@ -82,6 +82,10 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     auto modules =
         app.add_subcommand("modules", "List the modules; signs in and fetches them first when none are stored");
     modules->add_flag("--fetch", arguments.fetch, "Ask the server also when modules are stored");
+    auto fields = app.add_subcommand(
+        "fields", "List the fields of a module by layout and section; fetches them first when none are stored");
+    fields->add_option("MODULE", arguments.module, "Name of the module")->required();
+    fields->add_flag("--fetch", arguments.fetch, "Ask the server also when fields are stored");
     app.add_subcommand("serve", "Take calls as lines of JSON from standard input");
     try {
         app.parse(count, values);
@@ -93,7 +97,7 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     blankSecrets(count, values);
     ::unsetenv(passphraseVariable);
 
-    arguments.command = modules->parsed() ? Command::modules : Command::serve;
+    arguments.command = modules->parsed() ? Command::modules : fields->parsed() ? Command::fields : Command::serve;
     arguments.home = std::filesystem::absolute(arguments.home).string();
     arguments.servlet = *fromCaseName<ServletPathV4>(servlet);
     // The editions differ in the names that their servers keep tables under.

@@ -6,6 +6,7 @@
 #include "bridge/Topics.h"
 #include "host/ConfigFields.h"
 #include "host/InitStep.h"
+#include "host/MetadataCalls.h"
 #include "host/SettingsCalls.h"
 #include "platform/Clock.h"
 #include "platform/LocalZone.h"
@@ -144,6 +145,7 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<std::strin
                                         [](const ClockRequest& request, const CallPtr& call) { clock(request, call); });
     auto topics = std::make_shared<bridge::Topics>();
     addSettingsCalls(registry, topics);
+    addMetadataCalls(registry, host);
     registry.addOperation<bridge::Topics::Request>(
         "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
             bool exists = topics->change(request, call->notifier());

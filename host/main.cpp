@@ -3,6 +3,7 @@
 
 #include "host/Arguments.h"
 #include "host/Console.h"
+#include "host/FieldsCommand.h"
 #include "host/Host.h"
 #include "host/ModulesCommand.h"
 #include "host/Serve.h"
@@ -21,6 +22,8 @@ int run(const Arguments& arguments) {
     switch (arguments.command) {
         case Command::modules:
             return listModules(**host, arguments);
+        case Command::fields:
+            return listFields(**host, arguments);
         case Command::serve:
             return serve(**host, arguments);
     }

@@ -14,12 +14,11 @@ namespace tarvo::tests {
 /// The real server and the real host as processes, in a folder of their own.
 class EndToEnd {
 public:
-    EndToEnd() {
+    explicit EndToEnd(const std::vector<std::string>& serverArguments = {}) {
         ::signal(SIGPIPE, SIG_IGN);
-        server_ = std::make_unique<Process>(
-            "tarvo-sandbox",
-            std::vector<std::string>{"--port", "0", "--state", folder + "/server", "--account", "42:token-of-42"},
-            folder + "/server.log");
+        std::vector<std::string> all = {"--port", "0", "--state", folder + "/server", "--account", "42:token-of-42"};
+        all.insert(all.end(), serverArguments.begin(), serverArguments.end());
+        server_ = std::make_unique<Process>("tarvo-sandbox", all, folder + "/server.log");
         auto address = server_->line().value_or("");
         authority = server_->line().value_or("");
         port = static_cast<int>(text::toInteger(address.substr(address.rfind(':') + 1)).value_or(0));
@@ -82,5 +81,21 @@ public:
 private:
     std::unique_ptr<Process> server_;
 };
+
+/// How a program ended and what it said.
+struct Ended {
+    std::optional<int> status;
+    std::string output;
+    std::string errors;
+};
+
+inline Ended endOf(std::unique_ptr<Process> process) {
+    auto status = process->finish();
+    return {status, process->output(), process->errors()};
+}
+
+inline bool contains(const std::string& text, std::string_view part) { return text.find(part) != std::string::npos; }
+
+inline bool isOneLine(const std::string& text) { return !text.empty() && text.find('\n') == text.size() - 1; }
 
 }  // namespace tarvo::tests

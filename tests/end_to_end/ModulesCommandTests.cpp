@@ -2,25 +2,6 @@
 
 namespace tarvo::tests {
 
-namespace {
-
-struct Ended {
-    std::optional<int> status;
-    std::string output;
-    std::string errors;
-};
-
-Ended endOf(std::unique_ptr<Process> process) {
-    auto status = process->finish();
-    return {status, process->output(), process->errors()};
-}
-
-bool contains(const std::string& text, std::string_view part) { return text.find(part) != std::string::npos; }
-
-bool isOneLine(const std::string& text) { return !text.empty() && text.find('\n') == text.size() - 1; }
-
-}  // namespace
-
 TEST(ModulesCommand, ListsFromTheEncryptedFileAlsoWithoutTheServer) {
     EndToEnd world;
     auto first = endOf(world.host({"modules"}));
