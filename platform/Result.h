@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -11,17 +12,19 @@ struct Nothing {
     friend bool operator==(const Nothing&, const Nothing&) = default;
 };
 
-/// A value or an error. The two types may be the same: which of them is held is part of the state.
+/// A value or an error. The two types differ, so that `return value;` and `return error;` say which is meant.
 /// Reading the side that is not held is a programming error (`std::bad_variant_access`); ask `ok()` first.
 template <class Success, class Failure>
 class [[nodiscard]] Result {
+    static_assert(!std::is_same_v<Success, Failure>, "a value and an error of one type could not be told apart");
+
 public:
     static Result success(Success value) { return Result(std::in_place_index<0>, std::move(value)); }
     static Result failure(Failure error) { return Result(std::in_place_index<1>, std::move(error)); }
 
-    Result(Success value) requires(!std::is_same_v<Success, Failure>)  // NOLINT: implicit, for `return value;`
+    Result(Success value)  // NOLINT: implicit, for `return value;`
         : state_(std::in_place_index<0>, std::move(value)) {}
-    Result(Failure error) requires(!std::is_same_v<Success, Failure>)  // NOLINT: implicit, for `return error;`
+    Result(Failure error)  // NOLINT: implicit, for `return error;`
         : state_(std::in_place_index<1>, std::move(error)) {}
 
     bool ok() const { return state_.index() == 0; }

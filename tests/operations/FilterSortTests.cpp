@@ -77,8 +77,9 @@ TEST_F(FilterSortTest, SectionsOfNamesLookupsAndTimes) {
                {{"First_Name", "Ann"}, {"Last_Name", "Young"}, {"Owner_LOOKUP", "C"}, {"Created_Time", 20}},
                {{"First_Name", "ann"}, {"Last_Name", "adams"}, {"Owner_LOOKUP", "a"}, {"Created_Time", 100}}});
     EXPECT_EQ(sectioned("Full_Name", true), "3 1 2");
-    settings.settingsList = {
-        {.moduleName = "Leads", .settingsKey = SettingName::sortOrderPreference, .customSettings = "First Name,Last Name"}};
+    settings.settingsList = {{.moduleName = "Leads",
+                              .settingsKey = SettingName::sortOrderPreference,
+                              .customSettings = "First Name,Last Name"}};
     EXPECT_EQ(sectioned("Full_Name", true), "3 2 1");
     EXPECT_EQ(sectioned("Full_Name", false), "1 2 3");
     EXPECT_EQ(sectioned("Owner", true), "3 1 2");
