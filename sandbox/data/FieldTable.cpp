@@ -8,13 +8,13 @@ namespace {
 // Of every record.
 constexpr FieldRow recordFields[] = {
     {"id", "text", "", "rskh", "", "ID"},
-    {"Owner", "ownerlookup", "Information", "", "", "SMOWNERID"},
-    {"Created_By", "ownerlookup", "Information", "r", "", "SMCREATORID"},
-    {"Modified_By", "ownerlookup", "Information", "r"},
-    {"Created_Time", "datetime", "Information", "r"},
-    {"Modified_Time", "datetime", "Information", "r"},
+    {"Owner", "ownerlookup", "System", "", "", "SMOWNERID"},
+    {"Created_By", "ownerlookup", "System", "r", "", "SMCREATORID"},
+    {"Modified_By", "ownerlookup", "System", "r"},
+    {"Created_Time", "datetime", "System", "r"},
+    {"Modified_Time", "datetime", "System", "r"},
     {"Layout", "text", "", "sh", "", "LAYOUTID"},
-    {"Tag", "text", "Information", "s"},
+    {"Tag", "text", "System", "s"},
     {"$status", "text", "", "rsh", "", "SE_STATUS"},
     {"Description", "textarea", "Description"},
 };
