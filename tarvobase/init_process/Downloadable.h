@@ -40,7 +40,7 @@ public:
     virtual void progressDidUpdate(Downloadable& step, int current, int total) = 0;
 };
 
-/// A step of the first download.
+/// A step of the first download. Its state and its dependencies belong to the runner, which touches them on one queue.
 class Downloadable : public virtual platform::Object {
 public:
     virtual Process processName() const = 0;
@@ -52,8 +52,18 @@ public:
     virtual void initiate() {}
     /// Units of progress that the step will report.
     virtual int totalCallsCount() const { return 1; }
-    /// Starts the step and returns.
+    /// Starts the step and returns. The delegate hears `didComplete` once, perhaps before this returns.
     virtual void execute() = 0;
+
+    void markCompleted() { state = ProcessState::completed; }
+    /// Ready when every dependency is completed, else waiting. A step that is ready, runs or is completed stays so.
+    void updateState();
+    /// Notes that a process is completed, for a step that is not yet ready.
+    void updateDependency(Process process);
 };
+
+/// Executes the steps that are ready, in their order, and marks each as in progress once its `execute` has returned.
+/// True, with nothing done, when all are completed.
+bool executeProcess(const std::vector<std::shared_ptr<Downloadable>>& steps);
 
 }  // namespace tarvo

@@ -66,9 +66,12 @@ class CVObserver : public virtual platform::Object {
 public:
     virtual void customViewsChanged(const std::string& moduleName) { static_cast<void>(moduleName); }
 };
+/// Views of a module were stored. On the queue of the work that stored them.
 class CustomViewChangedObserver : public virtual platform::Object {
 public:
-    virtual void customViewChanged(const std::string& moduleName) { static_cast<void>(moduleName); }
+    virtual void customViewChanged(const std::vector<std::string>& viewIDs, const std::string& moduleName) {
+        static_cast<void>(viewIDs), static_cast<void>(moduleName);
+    }
 };
 
 }  // namespace tarvo
