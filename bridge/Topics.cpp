@@ -2,6 +2,7 @@
 
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/Topics.h"
 
 namespace tarvo::bridge {
 
@@ -9,18 +10,35 @@ namespace {
 
 using Notify = Topics::Notify;
 
-class SettingsListener final : public UserDefaultsValueObserver {
+class TopicListener {
 public:
-    SettingsListener(const Topics::Request& request, Notify notify) : request_(request), notify_(std::move(notify)) {}
+    TopicListener(const Topics::Request& request, Notify notify) : request_(request), notify_(std::move(notify)) {}
+
+protected:
+    void told(std::string_view name, ValueMap arguments) { notify_(request_.topic, name, std::move(arguments)); }
+
+    const Topics::Request request_;
+
+private:
+    const Notify notify_;
+};
+
+class SettingsListener final : public TopicListener, public UserDefaultsValueObserver {
+public:
+    using TopicListener::TopicListener;
     std::vector<std::string> observingKeys() const override { return request_.keys; }
     std::vector<std::string> observingGroups() const override { return request_.groups; }
     void newValue(const Value& value, const std::string& forKey, const std::string& inGroup) override {
-        notify_(request_.topic, "newValue", {{"value", value}, {"forKey", forKey}, {"inGroup", inGroup}});
+        told("newValue", {{"value", value}, {"forKey", forKey}, {"inGroup", inGroup}});
     }
+};
 
-private:
-    const Topics::Request request_;
-    const Notify notify_;
+class InitialProcessListener final : public TopicListener, public InitialProcessComplete {
+public:
+    using TopicListener::TopicListener;
+    void initialProcessComplete(const std::string& userId) override {
+        told("initialProcessComplete", {{"userId", userId}});
+    }
 };
 
 template <class Topic, class Listener>
@@ -36,6 +54,7 @@ struct Row {
     std::shared_ptr<platform::Object> (*listen)(const Topics::Request& request, const Notify& notify);
 };
 constexpr Row rows[] = {
+    {"InitialProcessComplete", listener<InitialProcessComplete, InitialProcessListener>},
     {"UserDefaultsValueObserver", listener<UserDefaultsValueObserver, SettingsListener>},
 };
 

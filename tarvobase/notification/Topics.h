@@ -55,7 +55,7 @@ public:
     virtual void searchTokenChanged(const std::string& moduleName) { static_cast<void>(moduleName); }
 };
 
-/// The first download of an account is complete.
+/// The first download of an account is complete. On the main queue.
 class InitialProcessComplete : public virtual platform::Object {
 public:
     virtual void initialProcessComplete(const std::string& userId) { static_cast<void>(userId); }

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tarvobase/configuration/UserDefaults.h"
+
+namespace tarvo {
+
+class InitProcessDataManagerProtocol : public virtual platform::Object {
+public:
+    /// Notes across launches that the first download of an account is complete.
+    virtual void initProcessCompleteForUser(const std::string& with) = 0;
+};
+
+/// Keeps that note in the settings store.
+class InitProcessDataManager final : public InitProcessDataManagerProtocol {
+public:
+    explicit InitProcessDataManager(std::shared_ptr<UserDefaultsProtocol> userDefaultsAdapter)
+        : userDefaultsAdapter_(std::move(userDefaultsAdapter)) {}
+
+    void initProcessCompleteForUser(const std::string& with) override;
+
+private:
+    const std::shared_ptr<UserDefaultsProtocol> userDefaultsAdapter_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,131 @@
+#include "tarvobase/init_process/InitProcessUseCase.h"
+
+#include <algorithm>
+
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/Topics.h"
+
+namespace tarvo {
+
+InitProcessUseCase::InitProcessUseCase(Parts parts)
+    : parts_(std::move(parts)), processPercent_(parts_.userDefaultsUtil.getProgressPercent()) {}
+
+std::shared_ptr<InitProcessUseCase> InitProcessUseCase::make(Parts parts) {
+    std::shared_ptr<InitProcessUseCase> useCase(new InitProcessUseCase(std::move(parts)));
+    useCase->prepareSteps();
+    useCase->reportProgress(true);
+    return useCase;
+}
+
+void InitProcessUseCase::prepareSteps() {
+    auto self = platform::weakSelf(this);
+    parts_.appInitDM->appInitdelegate = self;
+    parts_.appInitDM->errorResponder = self;
+    parts_.currentUserDM->delegate = self;
+    parts_.appInitDM->delegate = self;
+    for (auto& step : parts_.downloadableList) {
+        step->delegate = self;
+        step->updateState();
+    }
+}
+
+void InitProcessUseCase::startInitProcess() { parts_.currentUserDM->execute(); }
+
+void InitProcessUseCase::didComplete(Downloadable& step, bool status) {
+    synchronizingQueue_->async([weak = platform::weakSelf(this), weakStep = platform::weakSelf(&step), status] {
+        auto self = weak.lock();
+        auto step = weakStep.lock();
+        if (self && step) self->continueDownloadableExecution(*step, status);
+    });
+}
+
+void InitProcessUseCase::continueDownloadableExecution(Downloadable& step, bool status) {
+    // A step completes once: a second time must not note the account twice.
+    if (step.state == ProcessState::completed) return;
+    switch (step.processName()) {
+        case Process::currentUser:
+            return parts_.appInitDM->execute();
+        case Process::appInit:
+            initiateList(status);
+            break;
+        case Process::metadata:
+            parts_.populateRelatedModulesDM->populateLookupColumn();
+            break;
+        default:
+            break;
+    }
+    updateDownloadable(step, status);
+}
+
+void InitProcessUseCase::appInitDataFetchedAndSaved(AppInitDataManager&) { parts_.currentUserDM->storeParsedUser(); }
+
+/// Every step is counted before the first one starts, so that a step that completes at once finds its count.
+void InitProcessUseCase::initiateList(bool status) {
+    for (auto& step : parts_.downloadableList) {
+        step->initiate();
+        progressUpdate(*step, {.total = step->totalCallsCount(), .current = 0}, status);
+    }
+    progressUpdate(*parts_.appInitDM, {.total = 1, .current = 1}, status);
+}
+
+void InitProcessUseCase::updateDownloadable(Downloadable& step, bool status) {
+    step.markCompleted();
+    for (auto& other : parts_.downloadableList) other->updateDependency(step.processName());
+    bool allCompleted = executeProcess(parts_.downloadableList);
+    if (allCompleted) initialDownloadCompleted();
+    // A finished step counts in full, also when it reported less.
+    auto count = downloadableProcess_.find(step.processName());
+    if (count != downloadableProcess_.end())
+        progressUpdate(step, {.total = count->second.total, .current = count->second.total}, status);
+    if (allCompleted) stayUntilReported();
+}
+
+void InitProcessUseCase::initialDownloadCompleted() {
+    auto id = CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
+    parts_.initProcessDataManager->initProcessCompleteForUser(id);
+    if (auto listener = delegate.lock()) listener->initProcessCompleted(*this);
+    BrenNotificationCenter::shared().notify<InitialProcessComplete>(
+        true, [id](InitialProcessComplete& observer) { observer.initialProcessComplete(id); });
+}
+
+/// A host lets go of a run that is complete; the last percentages are still on their way through both queues.
+void InitProcessUseCase::stayUntilReported() {
+    synchronizingQueue_->async([self = platform::strongSelf(this)]() mutable {
+        CommonUtils::performAsyncInMain([self = std::move(self)] {});
+    });
+}
+
+void InitProcessUseCase::progressDidUpdate(Downloadable& step, int current, int total) {
+    progressUpdate(step, {.total = total, .current = current}, true);
+}
+
+void InitProcessUseCase::progressUpdate(const Downloadable& step, Count count, bool status) {
+    synchronizingQueue_->async([weak = platform::weakSelf(this), process = step.processName(), count, status] {
+        auto self = weak.lock();
+        if (!self) return;
+        self->calculateProgressPercent(process, count);
+        self->reportProgress(status);
+    });
+}
+
+void InitProcessUseCase::calculateProgressPercent(Process process, Count count) {
+    downloadableProcess_[process] = count;
+    double current = 0, total = 0;
+    for (auto& [_, one] : downloadableProcess_) {
+        current += one.current;
+        total += one.total;
+    }
+    if (total > 0) processPercent_ = std::max(processPercent_, 100 * current / total);
+    parts_.userDefaultsUtil.setProgressPercent(static_cast<int>(processPercent_));
+}
+
+void InitProcessUseCase::reportProgress(bool status) {
+    CommonUtils::performAsyncInMain([weak = platform::weakSelf(this), value = processPercent_, status] {
+        auto self = weak.lock();
+        auto listener = self ? self->delegate.lock() : nullptr;
+        if (listener) listener->progressDidUpdate(*self, value, status);
+    });
+}
+
+}  // namespace tarvo
