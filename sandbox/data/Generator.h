@@ -29,7 +29,10 @@ private:
 /// Server ids: nineteen digits, a prefix of the organisation and a rising part, so that they sort by age.
 class IdSequence {
 public:
-    explicit IdSequence(std::uint64_t seed) : prefix_(4876000000ULL + seed % 1000000ULL) {}
+    explicit IdSequence(std::uint64_t seed) : prefix_(prefix(seed)) {}
+
+    /// The first ten digits of every id of the organisation.
+    static std::uint64_t prefix(std::uint64_t seed) { return 4876000000ULL + seed % 1000000ULL; }
 
     std::string next() {
         auto rest = std::to_string(++last_);

@@ -12,8 +12,10 @@ namespace tarvo::sandbox {
 
 class DataSet;
 class RecordShape;
+struct FieldData;
 struct ModuleData;
 struct RecordRow;
+struct RecordWorld;
 
 /// One value of a record: a text, a list of texts, or rows that lie below the record. Numbers, flags and times are
 /// texts, as on the wire: "12.5", "true", "2024-02-29", "2024-02-29T10:00:00+05:30".
@@ -93,8 +95,8 @@ public:
 private:
     const RecordShape* shape(std::string_view module) const;
 
-    std::size_t recordsPerModule_;
-    std::map<std::string, std::unique_ptr<const RecordShape>, std::less<>> shapes_;
+    std::unique_ptr<const RecordWorld> world_;
+    std::unique_ptr<std::map<std::string, std::unique_ptr<RecordShape>, std::less<>>> shapes_;
 };
 
 }  // namespace tarvo::sandbox

@@ -1,0 +1,126 @@
+#include "sandbox/data/RecordOrders.h"
+
+#include <algorithm>
+
+#include "platform/Dates.h"
+#include "platform/Text.h"
+#include "sandbox/data/Metadata.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+// About sixteen megabytes.
+constexpr std::size_t mostKeptPositions = 4'000'000;
+
+/// What a record is sorted by.
+struct SortKey {
+    std::uint32_t position;
+    bool isEmpty = false;
+    double number = 0;
+    std::string text;
+    std::string id;
+};
+
+/// How the values of a field compare: numbers and times by size, picklist values by their place in the list, all else
+/// as people read it, ASCII letters without regard to case.
+class SortKeys {
+public:
+    explicit SortKeys(const FieldData* field)
+        : field_(field),
+          dateTimes_(platform::DateFormatter::pattern(std::string(platform::DateFormatter::iso8601Pattern))) {}
+
+    SortKey of(const RecordData& record, std::uint32_t position) {
+        SortKey key{position, false, 0, "", record.id()};
+        if (!field_) return key;
+        record.read(field_->apiName, value_);
+        auto shown = value_.display();
+        key.isEmpty = shown.empty();
+        if (key.isEmpty) return key;
+        if (auto number = asNumber(shown))
+            key.number = *number;
+        else
+            key.text = text::asciiLowercase(shown);
+        return key;
+    }
+
+private:
+    std::optional<double> asNumber(const std::string& shown) const {
+        const auto& type = field_->type;
+        if (type == "datetime") {
+            auto seconds = dateTimes_.date(shown);
+            return seconds ? std::optional(static_cast<double>(*seconds)) : std::nullopt;
+        }
+        if (type == "picklist") {
+            auto found = std::find_if(field_->picklist.begin(), field_->picklist.end(),
+                                      [&](const PicklistValue& value) { return value.label == shown; });
+            return static_cast<double>(found - field_->picklist.begin());
+        }
+        for (auto numeric : {"integer", "bigint", "double", "decimal", "currency", "formula"})
+            if (type == numeric) return text::toReal(shown);
+        return std::nullopt;
+    }
+
+    const FieldData* field_;
+    platform::DateFormatter dateTimes_;
+    RecordValue value_;
+};
+
+bool isBefore(const SortKey& a, const SortKey& b, bool isAscending) {
+    if (a.isEmpty != b.isEmpty) return b.isEmpty;
+    const auto& first = isAscending ? a : b;
+    const auto& second = isAscending ? b : a;
+    if (first.number != second.number) return first.number < second.number;
+    if (auto order = first.text.compare(second.text)) return order < 0;
+    return first.id < second.id;
+}
+
+RecordOrders::Positions makeOrder(const RecordStore& records, const std::string& module,
+                                  const RecordOrders::Filter& filter, const RecordSort& sort) {
+    SortKeys keys(sort.field);
+    std::vector<SortKey> sorted;
+    auto count = records.count(module);
+    for (std::size_t i = 0; i < count; ++i) {
+        auto record = records.at(module, i);
+        if (filter && !filter(record)) continue;
+        sorted.push_back(keys.of(record, static_cast<std::uint32_t>(i)));
+    }
+    std::sort(sorted.begin(), sorted.end(),
+              [&](const SortKey& a, const SortKey& b) { return isBefore(a, b, sort.isAscending); });
+    std::vector<std::uint32_t> positions;
+    positions.reserve(sorted.size());
+    for (const auto& key : sorted) positions.push_back(key.position);
+    return std::make_shared<const std::vector<std::uint32_t>>(std::move(positions));
+}
+
+}  // namespace
+
+RecordOrders::Positions RecordOrders::order(const RecordStore& records, const std::string& module,
+                                            const std::string& filterId, const Filter& filter, const RecordSort& sort) {
+    auto key =
+        module + "\n" + filterId + "\n" + (sort.field ? sort.field->apiName : "") + (sort.isAscending ? "+" : "-");
+    if (auto known = kept(key)) return known;
+    auto made = makeOrder(records, module, filter, sort);
+    keep(key, made);
+    return made;
+}
+
+RecordOrders::Positions RecordOrders::kept(const std::string& key) {
+    std::lock_guard lock(mutex_);
+    auto found = std::find_if(kept_.begin(), kept_.end(), [&](const Kept& each) { return each.key == key; });
+    if (found == kept_.end()) return nullptr;
+    kept_.splice(kept_.begin(), kept_, found);
+    return found->positions;
+}
+
+void RecordOrders::keep(const std::string& key, const Positions& positions) {
+    std::lock_guard lock(mutex_);
+    kept_.push_front({key, positions});
+    std::size_t total = 0;
+    for (auto each = kept_.begin(); each != kept_.end();) {
+        total += each->positions->size();
+        // The order that was just made stays, however long it is.
+        each = total > mostKeptPositions && each != kept_.begin() ? kept_.erase(each) : std::next(each);
+    }
+}
+
+}  // namespace tarvo::sandbox

@@ -1,0 +1,150 @@
+#include "sandbox/data/RecordShape.h"
+
+#include <algorithm>
+
+#include "platform/Text.h"
+#include "sandbox/JsonText.h"
+#include "sandbox/data/FieldTable.h"
+#include "sandbox/data/FieldValues.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+// Ids of records: the organisation's prefix, then nine digits of module and number, beyond those of `IdSequence`.
+constexpr std::uint64_t firstRecordId = 100'000'000;
+constexpr std::uint64_t idsOfModule = 10'000'000;
+constexpr std::size_t suffixDigits = 9;
+
+constexpr std::int64_t firstCreation = 1'672'531'200;       // 2023-01-01
+constexpr std::int64_t creationSpan = 1'277LL * 24 * 3600;  // up to 2026-06-30
+constexpr std::int64_t longestUnchanged = 90LL * 24 * 3600;
+
+constexpr std::uint64_t creationSalt = 1, changeSalt = 2;
+
+// These are listed under "Activities" too, where the field tells them apart.
+bool isActivity(std::string_view module) { return module == "Tasks" || module == "Events" || module == "Calls"; }
+
+std::uint64_t mixed(std::uint64_t value) { return Generator(value).number(); }
+
+}  // namespace
+
+std::uint64_t saltOf(std::string_view name) {
+    std::uint64_t hash = 0xCBF29CE484222325ULL;
+    for (unsigned char c : name) hash = (hash ^ c) * 0x100000001B3ULL;
+    return mixed(hash);
+}
+
+RecordShape::RecordShape(const RecordWorld& world, const ModuleData& module, std::size_t moduleNumber)
+    : world_(world), module_(module), moduleNumber_(moduleNumber), salt_(mixed(world.seed) ^ saltOf(module.name)) {
+    const auto& metadata = world.data.metadata.find(module.name)->second;
+    fields_.reserve(metadata.fields.size() + 1);
+    for (const auto& data : metadata.fields) addField(data);
+    if (isActivity(module.name))
+        for (const auto& data : world.data.metadata.find("Activities")->second.fields)
+            if (data.apiName == "Activity_Type") addField(data);
+    for (std::size_t i = 0; i < fields_.size(); ++i) byName_.emplace(fields_[i].name, i);
+    isPerson_ = field("First_Name") && field("Last_Name");
+    for (const auto& each : fields_)
+        if (!title_ && each.data->type == "text" && !each.data->isKey) title_ = &each;
+    for (const auto& tag : world.tags)
+        if (tag.module == module.name) tags_.push_back(&tag);
+}
+
+void RecordShape::addField(const FieldData& data) {
+    std::string jsonName;
+    appendJsonText(jsonName, data.apiName);
+    bool isNeeded = data.isMandatory || data.isReadOnly || data.apiName == "Owner" || data.apiName == "Layout" ||
+                    data.target == "se_module";
+    fields_.push_back({&data, data.apiName, jsonName, makerOf(module_.name, data), saltOf(data.apiName),
+                       module_.standsAlone && !isNeeded});
+}
+
+void RecordShape::connect(const Shapes& shapes) {
+    shapes_ = &shapes;
+    for (auto& each : fields_) {
+        auto apiName = std::string_view(each.data->target);
+        if (each.data->type == "event_participant") apiName = "Participants";
+        if (const auto* pair =
+                each.data->preferences.asMap() ? each.data->preferences.asMap()->find("subform") : nullptr)
+            if (pair->asList() && pair->asList()->size() == 2) apiName = *pair->asList()->at(1).asText();
+        const auto* module = apiName.empty() ? nullptr : world_.data.module(apiName);
+        if (module) each.target = sibling(module->name);
+    }
+}
+
+const RecordShape::Field* RecordShape::field(std::string_view apiName) const {
+    auto found = byName_.find(apiName);
+    return found == byName_.end() ? nullptr : &fields_[found->second];
+}
+
+const RecordShape* RecordShape::sibling(std::string_view module) const {
+    auto found = shapes_->find(module);
+    return found == shapes_->end() ? nullptr : found->second.get();
+}
+
+void RecordShape::read(const Field& field, std::size_t number, RecordValue& into) const {
+    into.clear();
+    Cell cell{*this, field, number, random(number, field.salt)};
+    if (field.isOptional && number != completeRecord) {
+        auto chance = cell.random.below(16);
+        if (chance == 0) return;
+        if (chance < 3) return into.setText("");
+    }
+    field.make(cell, into);
+}
+
+RecordValue RecordShape::value(std::string_view apiName, std::size_t number) const {
+    RecordValue value;
+    if (const auto* known = field(apiName)) read(*known, number, value);
+    return value;
+}
+
+std::uint64_t RecordShape::firstId() const { return firstRecordId + moduleNumber_ * idsOfModule; }
+
+std::string RecordShape::id(std::size_t number) const {
+    return std::to_string(IdSequence::prefix(world_.seed)) + std::to_string(firstId() + number);
+}
+
+std::optional<std::size_t> RecordShape::numberOf(std::string_view id) const {
+    auto prefix = std::to_string(IdSequence::prefix(world_.seed));
+    if (id.size() != prefix.size() + suffixDigits || !id.starts_with(prefix)) return std::nullopt;
+    auto suffix = text::toInteger(id.substr(prefix.size()));
+    auto first = static_cast<std::int64_t>(firstId());
+    if (!suffix || *suffix < first || *suffix >= first + static_cast<std::int64_t>(idsOfModule)) return std::nullopt;
+    return static_cast<std::size_t>(*suffix - first);
+}
+
+Generator RecordShape::random(std::size_t number, std::uint64_t salt) const {
+    return Generator(salt_ ^ mixed(salt + number * 0xD6E8FEB86659FD93ULL));
+}
+
+// Older records have lower numbers, whatever their count. Rows are as old as the record above.
+std::int64_t RecordShape::createdTime(std::size_t number) const {
+    if (!module_.standsAlone) number /= mostRowsBelow;
+    auto count = static_cast<std::int64_t>(std::max<std::size_t>(1, world_.recordsPerModule));
+    auto step = std::max<std::int64_t>(1, creationSpan / count);
+    auto within = static_cast<std::int64_t>(random(number, creationSalt).below(static_cast<std::uint64_t>(step)));
+    return firstCreation + static_cast<std::int64_t>(number) * step + within;
+}
+
+// Every third record has not been changed since.
+std::int64_t RecordShape::modifiedTime(std::size_t number) const {
+    auto generator = random(number, changeSalt);
+    auto created = createdTime(number);
+    if (generator.below(3) == 0) return created;
+    return created + static_cast<std::int64_t>(generator.below(longestUnchanged));
+}
+
+void RecordShape::readTitle(std::size_t number, std::vector<std::string>& into) const {
+    into.clear();
+    if (isPerson_) {
+        auto first = value("First_Name", number).text, last = value("Last_Name", number).text;
+        into.push_back(last);
+        into.push_back(first);
+        into.push_back(first.empty() ? last : first + " " + last);
+    } else if (title_) {
+        into.push_back(value(title_->name, number).text);
+    }
+}
+
+}  // namespace tarvo::sandbox
