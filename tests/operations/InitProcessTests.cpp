@@ -13,45 +13,28 @@ namespace {
 using ::testing::ElementsAre;
 using enum Process;
 
-/// What happened, in its order, whatever the queue.
-class Events {
-public:
-    void add(std::string event) {
-        std::lock_guard lock(mutex_);
-        events_.push_back(std::move(event));
-    }
-    std::vector<std::string> take() {
-        std::lock_guard lock(mutex_);
-        return std::exchange(events_, {});
-    }
-
-private:
-    std::mutex mutex_;
-    std::vector<std::string> events_;
-};
-using EventsPtr = std::shared_ptr<Events>;
+/// What happened in the test under way, in its order. The runner does one thing at a time.
+std::vector<std::string> events;
 
 /// A step that is started by the runner and completed by the test, or at once.
 class ScriptedStep : public CurrentUserStep {
 public:
-    ScriptedStep(Process process, EventsPtr events, std::vector<Process> waitsFor = {})
-        : process(process), events(std::move(events)) {
+    explicit ScriptedStep(Process process, std::vector<Process> waitsFor = {}) : process(process) {
         for (auto one : waitsFor) dependencyList.push_back({one});
     }
     Process processName() const override { return process; }
-    void storeParsedUser() override { events->add("user stored"); }
-    void initiate() override { events->add("initiate " + name()); }
+    void storeParsedUser() override { events.push_back("user stored"); }
+    void initiate() override { events.push_back("initiate " + name()); }
     int totalCallsCount() const override { return total; }
     void execute() override {
         EXPECT_NE(state, ProcessState::inProgress);
-        events->add(name());
+        events.push_back(name());
         if (atOnce) complete(true);
     }
     void complete(bool status) { delegate.lock()->didComplete(*this, status); }
     std::string name() const { return std::string(rawText(process)); }
 
     const Process process;
-    const EventsPtr events;
     int total = 1;
     bool atOnce = false;
 };
@@ -59,24 +42,22 @@ public:
 class ScriptedInitCall final : public AppInitNetworkServiceProtocol {
 public:
     void getAppInitData() override {
-        events->add("appInit");
+        events.push_back("appInit");
         initDataDelegate.lock()->initDataParsed(answer);
     }
-    EventsPtr events;
     ParsedInitData answer{.createTableQueries = std::vector<std::string>()};
 };
 
 class ScriptedLookups final : public PopulateRelatedModulesDMP {
 public:
-    void populateLookupColumn() override { events->add("lookups"); }
-    EventsPtr events;
+    void populateLookupColumn() override { events.push_back("lookups"); }
 };
 
 class Host final : public InitProcessUseCaseDelegate, public InitialProcessComplete {
 public:
     void initProcessCompleted(InitProcessUseCaseProtocol&) override {
         EXPECT_NE(std::this_thread::get_id(), mainThread);
-        events->add("completed");
+        events.push_back("completed");
         if (letGoWhenCompleted) useCase = nullptr;
     }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
@@ -86,12 +67,11 @@ public:
     }
     void parsingError() override {
         EXPECT_EQ(std::this_thread::get_id(), mainThread);
-        events->add("parsingError");
+        events.push_back("parsingError");
     }
-    void initialProcessComplete(const std::string& userId) override { events->add("complete for " + userId); }
+    void initialProcessComplete(const std::string& userId) override { events.push_back("complete for " + userId); }
 
     const std::thread::id mainThread = std::this_thread::get_id();
-    EventsPtr events;
     std::shared_ptr<InitProcessUseCase> useCase;
     bool letGoWhenCompleted = false;
     std::vector<double> percentages;
@@ -102,7 +82,7 @@ class InitProcessTest : public FoundationTest {
 protected:
     void SetUp() override {
         FoundationTest::SetUp();
-        host->events = call->events = lookups->events = events;
+        events.clear();
         BrenNotificationCenter::shared().add<InitialProcessComplete>(host);
         defaults = std::make_shared<BrenUserDefaults>();
         openDatabase();
@@ -111,7 +91,7 @@ protected:
     /// Fresh steps, as a start of the program makes them.
     void newRun() {
         auto step = [&](Process process, std::vector<Process> waitsFor = {}) {
-            return std::make_shared<ScriptedStep>(process, events, std::move(waitsFor));
+            return std::make_shared<ScriptedStep>(process, std::move(waitsFor));
         };
         list = {step(customviews), step(metadata),
                 step(currency),    step(initialRecords, {metadata, customviews}),
@@ -126,23 +106,21 @@ protected:
                                                   appInit,
                                                   UserDefaultsUtil(defaults),
                                                   {list.begin(), list.end()},
-                                                  lookups});
+                                                  std::make_shared<ScriptedLookups>()});
         host->useCase->delegate = host;
     }
     std::vector<std::string> start() {
         host->useCase->startInitProcess();
         settle();
-        return events->take();
+        return std::exchange(events, {});
     }
     ScriptedStep& step(Process process) {
         return **std::ranges::find_if(list, [&](auto& one) { return one->process == process; });
     }
     bool isNoted() { return UserAccountsManager(defaults).isInitialDownloadComplete("1001"); }
 
-    EventsPtr events = std::make_shared<Events>();
     std::shared_ptr<Host> host = std::make_shared<Host>();
     std::shared_ptr<ScriptedInitCall> call = std::make_shared<ScriptedInitCall>();
-    std::shared_ptr<ScriptedLookups> lookups = std::make_shared<ScriptedLookups>();
     std::shared_ptr<UserDefaultsProtocol> defaults;
     std::shared_ptr<ScriptedStep> user;
     std::vector<std::shared_ptr<ScriptedStep>> list;
@@ -167,7 +145,7 @@ TEST_P(InitProcessOrderTest, AStepStartsWhenTheLastOneItWaitsForIsDone) {
         EXPECT_EQ(isNoted(), ended);
         step(move.completes).complete(move.status);
         settle();
-        EXPECT_EQ(events->take(), move.then) << rawText(move.completes);
+        EXPECT_EQ(std::exchange(events, {}), move.then) << rawText(move.completes);
         ended |= move.then == end;
     }
     EXPECT_EQ(UserAccountsManager(defaults).userWithInitialDownloadComplete()->size(), 1u);
@@ -263,7 +241,7 @@ TEST_F(InitProcessTest, ExecutesWhatIsReady) {
     for (auto& one : cases) {
         step(customviews).state = one.first, step(metadata).state = one.second;
         EXPECT_EQ(executeProcess({list[0], list[1]}), one.allCompleted);
-        EXPECT_EQ(events->take(), one.started);
+        EXPECT_EQ(std::exchange(events, {}), one.started);
         EXPECT_EQ(list[0]->state, one.firstThen);
     }
     EXPECT_TRUE(executeProcess({}));
