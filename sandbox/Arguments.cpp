@@ -51,6 +51,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, const char* const* v
         ->check(CLI::Validator([](std::string& text) { return checkAccount(text); }, "ID:TOKEN"));
     app.add_option("--token", tokens, std::string("Further token of the account ") + defaultAccountId);
     app.add_option("--seed", arguments.sandbox.seed, "Seed of the data set")->check(CLI::NonNegativeNumber);
+    app.add_option("--records", arguments.sandbox.recordsPerModule, "Records in each module")
+        ->check(CLI::Range(0, 100000));
     app.add_option("--identifier", naming, "How fields are named")->check(CLI::IsMember({"servlet", "column", "api"}));
     app.add_option("--host-name", arguments.hostNames, "Further name or address for the certificate")
         ->check(CLI::Validator([](std::string& text) { return isHost(text) ? "" : "\"" + text + "\" is no host name"; },

@@ -10,6 +10,14 @@ constexpr CallRow rows[] = {
     {"POST", "getlumetappinitdata", calls::initData},
     {"POST", "getmoduletags", calls::moduleTags},
     {"POST", "getmetadatainfo", calls::metadata},
+    {"POST", "getcustomviewsinfo", calls::views},
+    {"POST", "getuserdetails", calls::userDetails},
+    {"POST", "getpermissions", calls::permissions},
+    {"POST", "gettaxcurrencies", calls::taxesAndCurrencies},
+    {"POST", "getpipelines", calls::pipelines},
+    {"POST", "products/getcvrecords", calls::viewRecords},
+    {"POST", "products/getrecords", calls::moduleRecords},
+    {"POST", "products/getrecord", calls::singleRecord},
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "sandbox/Envelope.h"
 
+#include "platform/Json.h"
+
 namespace tarvo::sandbox::envelope {
 namespace {
 
@@ -7,14 +9,21 @@ ValueMap info(std::string_view module, std::int64_t now) {
     return ValueMap{{"module", module}, {"servertime", now}, {"responsetime", now}};
 }
 
+ValueMap info(std::string_view module, bool isEmpty, std::int64_t now, const ValueMap& more) {
+    auto about = info(module, now);
+    about.set("nodata", isEmpty);
+    about.merge(more);
+    return about;
+}
+
+ValueMap times(std::int64_t now) { return ValueMap{{"servertime", now}, {"responsetime", now}}; }
+
 Value errorItem(std::string_view code, std::string_view message) {
     return ValueMap{{"code", code}, {"message", message}, {"details", ValueMap{}}};
 }
 
 Value olderPair(std::int64_t error, Value content, std::int64_t now) {
-    ValueMap times{{"servertime", now}, {"error", error}};
-    Value pair = ValueList{std::move(times), std::move(content)};
-    return ValueMap{{"response", ValueList{std::move(pair)}}};
+    return ValueList{ValueMap{{"servertime", now}, {"error", error}}, std::move(content)};
 }
 
 }  // namespace
@@ -24,9 +33,7 @@ Value entry(std::string_view module, ValueList rows, std::int64_t now) {
 }
 
 Value entry(std::string_view module, ValueList rows, std::int64_t now, const ValueMap& moreInfo) {
-    auto about = info(module, now);
-    about.set("nodata", rows.empty());
-    about.merge(moreInfo);
+    auto about = info(module, rows.empty(), now, moreInfo);
     return ValueMap{{"info", std::move(about)}, {"data", std::move(rows)}};
 }
 
@@ -35,17 +42,47 @@ Value failedEntry(std::string_view module, std::string_view code, std::string_vi
 }
 
 Value answer(ValueList entries, std::int64_t now) {
-    ValueMap times{{"servertime", now}, {"responsetime", now}};
-    return ValueMap{{"response", ValueMap{{"result", std::move(entries)}, {"responseInfo", std::move(times)}}}};
+    return ValueMap{{"response", ValueMap{{"result", std::move(entries)}, {"responseInfo", times(now)}}}};
+}
+
+Writer::Writer(std::int64_t now) : now_(now), json_("{\"response\":{\"result\":[") {}
+
+void Writer::separate() {
+    if (!isFirst_) json_ += ',';
+    isFirst_ = false;
+}
+
+void Writer::add(const Value& entry) {
+    separate();
+    json_ += json::write(entry).value_or("null");
+}
+
+void Writer::add(std::string_view module, bool isEmpty, const ValueMap& moreInfo,
+                 const std::function<void(std::string&)>& writeRows) {
+    separate();
+    json_ += "{\"info\":";
+    json_ += json::write(info(module, isEmpty, now_, moreInfo)).value_or("null");
+    json_ += ",\"data\":";
+    writeRows(json_);
+    json_ += '}';
+}
+
+std::string Writer::finish() {
+    json_ += "],\"responseInfo\":";
+    json_ += json::write(times(now_)).value_or("null");
+    json_ += "}}";
+    return std::move(json_);
 }
 
 Value failure(std::string_view code, std::string_view message) {
     return ValueMap{{"error", ValueList{errorItem(code, message)}}};
 }
 
-Value olderAnswer(ValueList rows, std::int64_t now) { return olderPair(0, std::move(rows), now); }
+Value olderAnswer(ValueList parts) { return ValueMap{{"response", std::move(parts)}}; }
 
-Value olderFailure(std::int64_t code, std::string_view message, std::int64_t now) {
+Value olderPart(ValueList rows, std::int64_t now) { return olderPair(0, std::move(rows), now); }
+
+Value olderFailedPart(std::int64_t code, std::string_view message, std::int64_t now) {
     return olderPair(1, ValueMap{{"code", code}, {"message", message}}, now);
 }
 

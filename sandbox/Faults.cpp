@@ -26,22 +26,33 @@ std::optional<FaultKind> kindNamed(std::string_view name) {
     return std::nullopt;
 }
 
-bool isTouched(const Value& entry, const Fault& fault) {
-    if (fault.blocks.empty()) return true;
-    const auto* map = entry.asMap();
+// Entries go by the module of their info; the pairs of the older form have no name but their number.
+std::string nameOf(const ValueList& result, std::size_t index) {
+    const auto* map = result[index].asMap();
     const auto* info = map ? map->find("info") : nullptr;
-    const auto* members = info ? info->asMap() : nullptr;
-    const auto* module = members ? members->find("module") : nullptr;
-    const auto* name = module ? module->asText() : nullptr;
-    return name && std::find(fault.blocks.begin(), fault.blocks.end(), *name) != fault.blocks.end();
+    if (result[index].asList()) return std::to_string(index);
+    return info && info->asMap() ? info->asMap()->valueOf("module").textOr("") : "";
 }
 
+bool isTouched(const ValueList& result, std::size_t index, const Fault& fault) {
+    if (fault.blocks.empty()) return true;
+    return std::find(fault.blocks.begin(), fault.blocks.end(), nameOf(result, index)) != fault.blocks.end();
+}
+
+/// The entries, which in the older form are the response itself.
 ValueList* resultOf(Value& answer) {
     auto* map = answer.mutableMap();
     auto* response = map ? map->find("response") : nullptr;
     auto* members = response ? response->mutableMap() : nullptr;
-    auto* result = members ? members->find("result") : nullptr;
+    auto* result = members ? members->find("result") : response;
     return result ? result->mutableList() : nullptr;
+}
+
+/// What an entry holds: its "data", or in the older form what stands behind the times.
+Value* contentOf(Value& entry) {
+    if (auto* pair = entry.mutableList()) return pair->size() == 2 ? &pair->at(1) : nullptr;
+    auto* map = entry.mutableMap();
+    return map ? map->find("data") : nullptr;
 }
 
 // The nearest wrong type: a text becomes a number, anything else a text.
@@ -62,24 +73,34 @@ void breakTypes(Value& value, int level) {
     }
 }
 
+/// Calls `change` with the rows of each entry, or with the one row that the fault names, and the level of it.
 void breakRows(ValueList& result, const Fault& fault, auto&& change) {
-    for (auto& entry : result) {
-        if (!isTouched(entry, fault)) continue;
-        auto* map = entry.mutableMap();
-        auto* data = map ? map->find("data") : nullptr;
-        if (data) change(*data);
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        auto* data = isTouched(result, i, fault) ? contentOf(result[i]) : nullptr;
+        auto* rows = data ? data->mutableList() : nullptr;
+        if (data && !fault.row)
+            change(*data, fault.level);
+        else if (rows && *fault.row < rows->size())
+            change((*rows)[*fault.row], std::max(0, fault.level - 1));
     }
 }
 
-// Rows lie directly in "data", or one level below in its sections.
+// Rows lie directly in "data", or one level below in its sections. A row begins with a text, whatever follows.
 void shorten(Value& rows) {
     auto* list = rows.mutableList();
     if (!list) return;
-    bool holdsLists = std::any_of(list->begin(), list->end(), [](const Value& item) { return item.asList(); });
-    if (holdsLists)
+    bool holdsRows = !list->empty() && list->front().asList();
+    if (holdsRows)
         for (auto& item : *list) shorten(item);
     else
         list->resize(list->size() / 2);
+}
+
+void repeat(ValueList& result, const Fault& fault, std::size_t times) {
+    ValueList repeated;
+    for (std::size_t i = 0; i < result.size(); ++i)
+        repeated.insert(repeated.end(), isTouched(result, i, fault) ? times : 1, result[i]);
+    result = std::move(repeated);
 }
 
 }  // namespace
@@ -108,7 +129,10 @@ Result<Fault, std::string> parseFault(const Value& json) {
         if (!blocks->asList()) return Parsed::failure("\"blocks\" is a list of texts.");
         for (const auto& block : *blocks->asList()) fault.blocks.push_back(block.textOr(""));
     }
-    auto level = map->valueOf("level").asInteger().value_or(fault.blocks.empty() ? levelOfResult : 0);
+    auto row = map->valueOf("row").asInteger();
+    if (row && *row < 0) return Parsed::failure("\"row\" is at least 0.");
+    if (row) fault.row = static_cast<std::size_t>(*row);
+    auto level = map->valueOf("level").asInteger().value_or(fault.blocks.empty() && !row ? levelOfResult : 0);
     if (level < 0 || level > 20) return Parsed::failure("\"level\" is 0 to 20.");
     fault.level = static_cast<int>(level);
     auto status = map->valueOf("status").asInteger().value_or(fault.status);
@@ -121,11 +145,9 @@ Result<Fault, std::string> parseFault(const Value& json) {
 
 Value describeFault(const Fault& fault) {
     ValueList blocks(fault.blocks.begin(), fault.blocks.end());
-    return ValueMap{{"call", fault.call},
-                    {"fault", faultName(fault.kind)},
-                    {"times", fault.times},
-                    {"level", fault.level},
-                    {"milliseconds", static_cast<std::int64_t>(fault.duration.count())},
+    return ValueMap{{"call", fault.call},         {"fault", faultName(fault.kind)},
+                    {"times", fault.times},       {"level", fault.level},
+                    {"row", fault.row},           {"milliseconds", static_cast<std::int64_t>(fault.duration.count())},
                     {"blocks", std::move(blocks)}};
 }
 
@@ -160,24 +182,25 @@ std::int64_t FaultSwitch::hits() const {
     return hits_;
 }
 
+bool touchesContent(FaultKind kind) {
+    return kind == FaultKind::wrongTypes || kind == FaultKind::missingBlocks || kind == FaultKind::shortRows ||
+           kind == FaultKind::repeatBlocks;
+}
+
 void damage(Value& answer, const Fault& fault) {
-    if (fault.kind == FaultKind::wrongTypes && fault.blocks.empty()) return breakTypes(answer, fault.level);
+    if (fault.kind == FaultKind::wrongTypes && fault.blocks.empty() && !fault.row)
+        return breakTypes(answer, fault.level);
     auto* result = resultOf(answer);
     if (!result) return;
     switch (fault.kind) {
         case FaultKind::wrongTypes:
-            return breakRows(*result, fault, [&](Value& data) { breakTypes(data, fault.level); });
+            return breakRows(*result, fault, breakTypes);
         case FaultKind::shortRows:
-            return breakRows(*result, fault, shorten);
+            return breakRows(*result, fault, [](Value& rows, int) { shorten(rows); });
         case FaultKind::missingBlocks:
-            std::erase_if(*result, [&](const Value& entry) { return isTouched(entry, fault); });
-            return;
-        case FaultKind::repeatBlocks: {
-            ValueList twice;
-            for (const auto& entry : *result) twice.insert(twice.end(), isTouched(entry, fault) ? 2 : 1, entry);
-            *result = std::move(twice);
-            return;
-        }
+            return repeat(*result, fault, 0);
+        case FaultKind::repeatBlocks:
+            return repeat(*result, fault, 2);
         default:
             return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -45,6 +46,8 @@ struct Fault {
     std::chrono::milliseconds duration{0};
     /// The entries of the result ("tables", "Leads") that a fault of the answer touches; empty means all.
     std::vector<std::string> blocks;
+    /// The one row of the "data" of these entries that `wrongTypes` and `shortRows` touch; nothing for all.
+    std::optional<std::size_t> row;
     /// Level of `wrongTypes`, see `breakTypes`.
     int level = 0;
     /// Of `errorEnvelope`.
@@ -76,6 +79,9 @@ private:
     std::vector<Fault> faults_;
     std::int64_t hits_ = 0;
 };
+
+/// Whether a fault of this kind changes values of the answer.
+bool touchesContent(FaultKind kind);
 
 /// Damages an answer as the fault says; kinds that do not touch the content leave it alone.
 void damage(Value& answer, const Fault& fault);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -37,13 +38,21 @@ struct Request {
     }
 };
 
-/// What a call answers: a JSON value, or bytes of its own content type when `contentType` is set.
+/// What a call answers: a JSON value, the JSON text that `later` writes, or bytes of its own content type when
+/// `contentType` is set.
 struct Reply {
     int status = 200;
     Value json;
     std::string bytes;
     std::string contentType;
+    /// Writes an answer that is long. It runs once, without the server's lock, so it holds copies of what calls change.
+    std::function<std::string()> later;
 
+    static Reply writtenBy(std::function<std::string()> later) {
+        Reply reply;
+        reply.later = std::move(later);
+        return reply;
+    }
     static Reply of(Value json, int status = 200) {
         Reply reply;
         reply.status = status;

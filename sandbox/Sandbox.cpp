@@ -12,7 +12,15 @@ namespace {
 
 constexpr const char* jsonType = "application/json;charset=UTF-8";
 
+// What was written as text is read again for a fault that changes values.
+void makeChangeable(Reply& reply) {
+    if (!reply.later) return;
+    reply.json = json::parse(reply.later()).value_or(Value());
+    reply.later = nullptr;
+}
+
 Answer toAnswer(Reply reply) {
+    if (reply.later) return {reply.status, reply.later(), jsonType, Delivery::whole};
     if (!reply.contentType.empty())
         return {reply.status, std::move(reply.bytes), std::move(reply.contentType), Delivery::whole};
     return {reply.status, json::write(reply.json).value_or("null"), jsonType, Delivery::whole};
@@ -38,7 +46,7 @@ Sandbox::Sandbox(SandboxOptions options, std::function<void()> onStop)
       onStop_(std::move(onStop)),
       accounts_(options_.accounts),
       log_(options_.logPath, options_.logValues),
-      data_(options_.seed, accounts_) {}
+      data_(options_.seed, accounts_, options_.recordsPerModule) {}
 
 Answer Sandbox::handle(const Request& request) {
     if (request.path.starts_with("/control/")) return toAnswer(Control(*this).handle(request));
@@ -85,7 +93,10 @@ Answer Sandbox::work(const CallRow& row, const CallPath& path, const Request& re
         std::lock_guard lock(dataMutex_);
         reply = row.handle({request, account, data_, clock_.milliseconds(), naming, path.version, path.name});
     }
-    if (fault) damage(reply.json, *fault);
+    if (fault && touchesContent(fault->kind)) {
+        makeChangeable(reply);
+        damage(reply.json, *fault);
+    }
     return toAnswer(std::move(reply));
 }
 

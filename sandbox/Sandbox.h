@@ -17,6 +17,8 @@ namespace tarvo::sandbox {
 
 struct SandboxOptions {
     std::uint64_t seed = 1;
+    /// In each module that stands alone.
+    std::size_t recordsPerModule = 250;
     std::vector<Account> accounts;
     /// How fields are named; nothing follows the servlet: columns for "crm", API names for "vestra".
     std::optional<Naming> naming;
@@ -26,7 +28,8 @@ struct SandboxOptions {
 };
 
 /// The server behind the transport: takes a request, finds its call, checks the token, applies the fault that is set,
-/// logs. Requests may come from many threads; the work of calls is done one at a time.
+/// logs. Requests may come from many threads; the work of calls is done one at a time, long answers are written beside
+/// it.
 class Sandbox {
 public:
     /// `onStop` runs when a control call asks the server to end, on the thread of that request.

@@ -1,7 +1,6 @@
-#include "platform/Json.h"
-#include "platform/Text.h"
 #include "sandbox/Envelope.h"
 #include "sandbox/calls/Calls.h"
+#include "sandbox/calls/Parameters.h"
 #include "sandbox/data/DataSet.h"
 #include "sandbox/data/RecordTables.h"
 
@@ -174,16 +173,6 @@ private:
     const ModuleMetadata& metadata_;
     const Call& call_;
 };
-
-// Names come as a JSON list or joined by ",".
-std::vector<std::string> namesIn(const std::string& parameter) {
-    if (parameter.empty()) return {};
-    auto parsed = json::parse(parameter);
-    if (!parsed || !parsed->asList()) return text::split(parameter, ",");
-    std::vector<std::string> names;
-    for (const auto& name : *parsed->asList()) names.push_back(name.textOr(""));
-    return names;
-}
 
 }  // namespace
 

@@ -47,7 +47,7 @@ std::vector<TagData> makeTags(IdSequence& ids, Generator& random) {
 
 }  // namespace
 
-DataSet::DataSet(std::uint64_t seed, const Accounts& accounts) : ids(seed) {
+DataSet::DataSet(std::uint64_t seed, const Accounts& accounts, std::size_t recordsPerModule) : ids(seed) {
     Generator random(seed);
     modules = makeModules(ids);
     users = makeUsers(ids, random, accounts);
@@ -61,6 +61,11 @@ DataSet::DataSet(std::uint64_t seed, const Accounts& accounts) : ids(seed) {
                    {"MultiCurrency", "true"}};
     tags = makeTags(ids, random);
     metadata = makeMetadata(modules, ids);
+    records = std::make_unique<RecordStore>(*this, seed, recordsPerModule);
+    views = makeViews(*this, ids);
+    currencies = makeCurrencies(ids);
+    taxes = makeTaxes(ids);
+    dealStages = makeDealStages(*this, ids);
 }
 
 const ModuleData* DataSet::module(std::string_view nameOrApiName) const {

@@ -1,14 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "sandbox/Accounts.h"
+#include "sandbox/data/Currencies.h"
 #include "sandbox/data/Generator.h"
 #include "sandbox/data/Metadata.h"
+#include "sandbox/data/Pipelines.h"
+#include "sandbox/data/RecordOrders.h"
+#include "sandbox/data/Records.h"
+#include "sandbox/data/Views.h"
 
 namespace tarvo::sandbox {
 
@@ -59,7 +65,10 @@ struct TagData {
 /// holds the server's lock.
 class DataSet {
 public:
-    DataSet(std::uint64_t seed, const Accounts& accounts);
+    /// `recordsPerModule` records in each module that stands alone.
+    DataSet(std::uint64_t seed, const Accounts& accounts, std::size_t recordsPerModule);
+    DataSet(const DataSet&) = delete;
+    DataSet& operator=(const DataSet&) = delete;
 
     IdSequence ids;
     std::vector<ModuleData> modules;
@@ -69,6 +78,13 @@ public:
     /// Key and value.
     std::vector<std::pair<std::string, std::string>> companyInfo;
     std::vector<TagData> tags;
+    /// Both may be used without the server's lock.
+    std::unique_ptr<const RecordStore> records;
+    RecordOrders recordOrders;
+    std::vector<ViewData> views;
+    std::vector<CurrencyData> currencies;
+    std::vector<TaxData> taxes;
+    DealStages dealStages;
 
     /// Null when there is none of that name or API name.
     const ModuleData* module(std::string_view nameOrApiName) const;

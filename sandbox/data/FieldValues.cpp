@@ -188,9 +188,9 @@ void makeDateTime(Cell& cell, RecordValue& into) {
 }
 
 void setUser(Cell& cell, std::size_t number, RecordValue& into) {
-    const auto& user = cell.shape.world().data.users[number];
-    into.setText(user.id);
-    into.shown.assign({user.lastName, user.firstName, user.name()});
+    const auto& world = cell.shape.world();
+    into.setText(world.data.users[number].id);
+    into.shown = world.userTitles[number];
 }
 
 void makeUser(Cell& cell, RecordValue& into) {
@@ -206,7 +206,8 @@ struct Pointed {
 
 void setPointed(const Pointed& pointed, RecordValue& into) {
     if (!pointed) return into.setText("");
-    into.setText(pointed.shape->id(pointed.number));
+    into.kind = Kind::text;
+    pointed.shape->readId(pointed.number, into.text);
     pointed.shape->readTitle(pointed.number, into.shown);
 }
 
@@ -245,11 +246,12 @@ void makeLookups(Cell& cell, RecordValue& into) {
 
 RecordRow rowBelow(const RecordShape& shape, std::size_t number) {
     RecordRow row;
+    row.entries.reserve(shape.fields().size());
     for (const auto& field : shape.fields()) {
         if (field.name == "record_id") continue;
         RecordValue value;
         shape.read(field, number, value);
-        row.entries.push_back({field.name, std::move(value)});
+        row.entries.push_back({field.name, field.entryStart, std::move(value)});
     }
     return row;
 }
@@ -287,7 +289,10 @@ void makeEmpty(Cell&, RecordValue& into) { into.setText(""); }
 
 // Makers of single fields.
 
-void makeId(Cell& cell, RecordValue& into) { into.setText(cell.shape.id(cell.number)); }
+void makeId(Cell& cell, RecordValue& into) {
+    into.kind = Kind::text;
+    cell.shape.readId(cell.number, into.text);
+}
 
 void makeLayout(Cell& cell, RecordValue& into) {
     const auto& layouts = cell.shape.world().data.metadata.find(cell.shape.module().name)->second.layouts;
@@ -309,7 +314,7 @@ void makeTags(Cell& cell, RecordValue& into) {
         RecordValue id, name;
         id.setText(tags[i]->id);
         name.setText(tags[i]->name);
-        into.rows.push_back({{{"id", std::move(id)}, {"name", std::move(name)}}});
+        into.rows.push_back({{{"id", "[\"id\",", std::move(id)}, {"name", "[\"name\",", std::move(name)}}});
     }
 }
 

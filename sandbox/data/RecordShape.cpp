@@ -1,6 +1,7 @@
 #include "sandbox/data/RecordShape.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "platform/Text.h"
 #include "sandbox/JsonText.h"
@@ -35,7 +36,11 @@ std::uint64_t saltOf(std::string_view name) {
 }
 
 RecordShape::RecordShape(const RecordWorld& world, const ModuleData& module, std::size_t moduleNumber)
-    : world_(world), module_(module), moduleNumber_(moduleNumber), salt_(mixed(world.seed) ^ saltOf(module.name)) {
+    : world_(world),
+      module_(module),
+      moduleNumber_(moduleNumber),
+      salt_(mixed(world.seed) ^ saltOf(module.name)),
+      idPrefix_(std::to_string(IdSequence::prefix(world.seed))) {
     const auto& metadata = world.data.metadata.find(module.name)->second;
     fields_.reserve(metadata.fields.size() + 1);
     for (const auto& data : metadata.fields) addField(data);
@@ -43,7 +48,8 @@ RecordShape::RecordShape(const RecordWorld& world, const ModuleData& module, std
         for (const auto& data : world.data.metadata.find("Activities")->second.fields)
             if (data.apiName == "Activity_Type") addField(data);
     for (std::size_t i = 0; i < fields_.size(); ++i) byName_.emplace(fields_[i].name, i);
-    isPerson_ = field("First_Name") && field("Last_Name");
+    firstName_ = field("First_Name");
+    lastName_ = firstName_ ? field("Last_Name") : nullptr;
     for (const auto& each : fields_)
         if (!title_ && each.data->type == "text" && !each.data->isKey) title_ = &each;
     for (const auto& tag : world.tags)
@@ -51,11 +57,12 @@ RecordShape::RecordShape(const RecordWorld& world, const ModuleData& module, std
 }
 
 void RecordShape::addField(const FieldData& data) {
-    std::string jsonName;
-    appendJsonText(jsonName, data.apiName);
+    std::string entryStart = "[";
+    appendJsonText(entryStart, data.apiName);
+    entryStart += ',';
     bool isNeeded = data.isMandatory || data.isReadOnly || data.apiName == "Owner" || data.apiName == "Layout" ||
                     data.target == "se_module";
-    fields_.push_back({&data, data.apiName, jsonName, makerOf(module_.name, data), saltOf(data.apiName),
+    fields_.push_back({&data, data.apiName, entryStart, makerOf(module_.name, data), saltOf(data.apiName),
                        module_.standsAlone && !isNeeded});
 }
 
@@ -102,13 +109,21 @@ RecordValue RecordShape::value(std::string_view apiName, std::size_t number) con
 std::uint64_t RecordShape::firstId() const { return firstRecordId + moduleNumber_ * idsOfModule; }
 
 std::string RecordShape::id(std::size_t number) const {
-    return std::to_string(IdSequence::prefix(world_.seed)) + std::to_string(firstId() + number);
+    std::string id;
+    readId(number, id);
+    return id;
+}
+
+void RecordShape::readId(std::size_t number, std::string& into) const {
+    char digits[suffixDigits];
+    std::to_chars(std::begin(digits), std::end(digits), firstId() + number);
+    into = idPrefix_;
+    into.append(digits, suffixDigits);
 }
 
 std::optional<std::size_t> RecordShape::numberOf(std::string_view id) const {
-    auto prefix = std::to_string(IdSequence::prefix(world_.seed));
-    if (id.size() != prefix.size() + suffixDigits || !id.starts_with(prefix)) return std::nullopt;
-    auto suffix = text::toInteger(id.substr(prefix.size()));
+    if (id.size() != idPrefix_.size() + suffixDigits || !id.starts_with(idPrefix_)) return std::nullopt;
+    auto suffix = text::toInteger(id.substr(idPrefix_.size()));
     auto first = static_cast<std::int64_t>(firstId());
     if (!suffix || *suffix < first || *suffix >= first + static_cast<std::int64_t>(idsOfModule)) return std::nullopt;
     return static_cast<std::size_t>(*suffix - first);
@@ -136,14 +151,18 @@ std::int64_t RecordShape::modifiedTime(std::size_t number) const {
 }
 
 void RecordShape::readTitle(std::size_t number, std::vector<std::string>& into) const {
+    RecordValue value;
+    auto textOf = [&](const Field* field) {
+        read(*field, number, value);
+        return value.text;
+    };
     into.clear();
-    if (isPerson_) {
-        auto first = value("First_Name", number).text, last = value("Last_Name", number).text;
-        into.push_back(last);
-        into.push_back(first);
-        into.push_back(first.empty() ? last : first + " " + last);
+    if (lastName_) {
+        into.push_back(textOf(lastName_));
+        into.push_back(textOf(firstName_));
+        into.push_back(into[1].empty() ? into[0] : into[1] + " " + into[0]);
     } else if (title_) {
-        into.push_back(value(title_->name, number).text);
+        into.push_back(textOf(title_));
     }
 }
 

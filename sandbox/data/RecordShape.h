@@ -17,6 +17,8 @@ struct RecordWorld {
     std::size_t recordsPerModule;
     /// The tags of the moment at which the store was made.
     std::vector<TagData> tags;
+    /// Last name, first name and both of every user.
+    std::vector<std::vector<std::string>> userTitles;
 };
 
 /// How the records of one module are made. A value depends on the seed, the module, the record's number and the field
@@ -36,9 +38,9 @@ public:
 
     struct Field {
         const FieldData* data;
-        /// The API name, and the same as JSON text.
         std::string name;
-        std::string jsonName;
+        /// What begins an entry of it on the wire: the bracket, the name and a comma.
+        std::string entryStart;
         Make make;
         std::uint64_t salt;
         /// May be left empty or unsent.
@@ -76,6 +78,7 @@ public:
     /// How many records stand alone.
     std::size_t count() const { return module_.standsAlone ? world_.recordsPerModule : 0; }
     std::string id(std::size_t number) const;
+    void readId(std::size_t number, std::string& into) const;
     /// The number of the record with this id, or nothing when it is no id of this module.
     std::optional<std::size_t> numberOf(std::string_view id) const;
     /// A generator of its own for facts that several fields of a record share.
@@ -94,10 +97,13 @@ private:
     const ModuleData& module_;
     const std::size_t moduleNumber_;
     const std::uint64_t salt_;
+    const std::string idPrefix_;
     std::vector<Field> fields_;
     std::unordered_map<std::string_view, std::size_t> byName_;
     const Field* title_ = nullptr;
-    bool isPerson_ = false;
+    /// Of people alone.
+    const Field* firstName_ = nullptr;
+    const Field* lastName_ = nullptr;
     std::vector<const TagData*> tags_;
     const Shapes* shapes_ = nullptr;
 };

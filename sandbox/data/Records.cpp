@@ -21,18 +21,16 @@ void writeList(std::string& json, const std::vector<std::string>& texts) {
     json += ']';
 }
 
-void writeEntry(std::string& json, std::string_view jsonName, const RecordValue& value);
+void writeEntry(std::string& json, std::string_view start, const RecordValue& value);
 
 void writeRow(std::string& json, const RecordRow& row) {
     json += '[';
     bool isFirst = true;
-    for (const auto& [name, value] : row.entries) {
+    for (const auto& [name, start, value] : row.entries) {
         if (value.kind == RecordValue::Kind::absent) continue;
         if (!isFirst) json += ',';
         isFirst = false;
-        std::string jsonName;
-        appendJsonText(jsonName, name);
-        writeEntry(json, jsonName, value);
+        writeEntry(json, start, value);
     }
     json += ']';
 }
@@ -57,10 +55,8 @@ void writeValue(std::string& json, const RecordValue& value) {
     }
 }
 
-void writeEntry(std::string& json, std::string_view jsonName, const RecordValue& value) {
-    json += '[';
-    json += jsonName;
-    json += ',';
+void writeEntry(std::string& json, std::string_view start, const RecordValue& value) {
+    json += start;
     writeValue(json, value);
     if (!value.shown.empty()) {
         json += ',';
@@ -70,6 +66,12 @@ void writeEntry(std::string& json, std::string_view jsonName, const RecordValue&
             writeList(json, value.shown);
     }
     json += ']';
+}
+
+std::vector<std::vector<std::string>> titlesOf(const std::vector<UserData>& users) {
+    std::vector<std::vector<std::string>> titles;
+    for (const auto& user : users) titles.push_back({user.lastName, user.firstName, user.name()});
+    return titles;
 }
 
 }  // namespace
@@ -118,13 +120,14 @@ void RecordData::write(std::string& json, RecordValue& scratch) const {
         if (scratch.kind == RecordValue::Kind::absent) continue;
         if (!isFirst) json += ',';
         isFirst = false;
-        writeEntry(json, field.jsonName, scratch);
+        writeEntry(json, field.entryStart, scratch);
     }
     json += ']';
 }
 
 RecordStore::RecordStore(const DataSet& data, std::uint64_t seed, std::size_t recordsPerModule)
-    : world_(new RecordWorld{data, seed, recordsPerModule, data.tags}), shapes_(new RecordShape::Shapes) {
+    : world_(new RecordWorld{data, seed, recordsPerModule, data.tags, titlesOf(data.users)}),
+      shapes_(new RecordShape::Shapes) {
     for (std::size_t i = 0; i < data.modules.size(); ++i) {
         const auto& module = data.modules[i];
         if (!isActivities(module.name))

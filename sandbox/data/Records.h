@@ -39,6 +39,8 @@ struct RecordValue {
 
 struct RecordEntry {
     std::string_view name;
+    /// What begins the entry on the wire.
+    std::string_view start;
     RecordValue value;
 };
 
