@@ -473,6 +473,8 @@ std::vector<FieldRow> fieldRows(std::string_view module) {
     for (const auto& entry : all) {
         if (entry.module != module) continue;
         add(entry.fields);
+        // Views of all activities name the kind of activity, and are applied to each kind by itself too.
+        if (module == "Tasks" || module == "Events" || module == "Calls") add(activities);
         if (module == "Activities")
             for (auto fields : {std::span<const FieldRow>(tasks), std::span<const FieldRow>(events),
                                 std::span<const FieldRow>(calls)})

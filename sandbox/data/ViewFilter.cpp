@@ -156,15 +156,23 @@ std::optional<bool> isInRange(Kind kind, const Operand& actual, const std::vecto
     return *low >= 0 && *high <= 0;
 }
 
-// "${TODAY}" is the day of the server's clock, "${TODAY-30}" thirty days before, "${EMPTY}" the empty text.
+// "${TODAY}" is the day of the server's clock, "${TODAY-30}" thirty days before.
 std::string resolved(const std::string& value, std::int64_t now) {
     constexpr std::string_view today = "${TODAY";
-    if (value == "${EMPTY}") return "";
     if (!value.starts_with(today) || !value.ends_with("}")) return value;
     auto shift = value.substr(today.size(), value.size() - today.size() - 1);
     auto days = shift.empty() ? 0 : text::toInteger(shift);
     if (!days) return value;
     return std::to_string((now / 1000 / secondsOfDay + *days) * secondsOfDay);
+}
+
+/// Compared with "${EMPTY}", a field is asked whether it is empty.
+std::optional<Comparator> comparatorOf(const ValueMap& leaf) {
+    auto comparator = comparatorNamed(leaf.valueOf("comparator").textOr(""));
+    if (!comparator || leaf.valueOf("value") != Value("${EMPTY}")) return comparator;
+    bool isNegated = *comparator == Comparator::notEqual || *comparator == Comparator::notLike ||
+                     *comparator == Comparator::notContains || *comparator == Comparator::notIn;
+    return isNegated ? Comparator::isNotEmpty : Comparator::isEmpty;
 }
 
 std::vector<std::string> valuesOf(const Value& value) {
@@ -189,7 +197,7 @@ class Leaf {
 public:
     Leaf(const DataSet& data, const std::string& module, const ValueMap& map, std::int64_t now)
         : field_(map.valueOf("field").textOr("")),
-          comparator_(comparatorNamed(map.valueOf("comparator").textOr(""))),
+          comparator_(comparatorOf(map)),
           kind_(kindOf(fieldNamed(data, module, field_))) {
         for (const auto& value : valuesOf(map.valueOf("value")))
             values_.push_back(operandOf(kind_, resolved(value, now)));

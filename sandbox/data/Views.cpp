@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <optional>
+#include <iterator>
 
 #include "platform/Text.h"
 #include "platform/WireDates.h"
@@ -127,8 +127,7 @@ std::vector<Named> namedViews() {
          anyOf({leaf("Company", "like", "100%"), leaf("Description", "contains", "50%_off"),
                 leaf("Description", "contains", "C:\\temp")})},
         {"Leads", "Commas in a List",
-         leaf("Company", "in",
-              ValueList{"Smith & Sons, 2", "Brightwater, 3", "Brightwater 3", "\"Quoted\" 'Co', Ltd."})},
+         leaf("City", "in", ValueList{"Cork, Ireland", "São Paulo", "\"Quoted\" 'Co', Ltd.", "Kraków"})},
         {"Leads", "Several Cities", leaf("City", "equal", "Berlin,東京,Zürich"), "City", true},
         {"Leads", "Not a Hole", leaf("Skype", "contains", "{2} ${id} NULL")},
         // Trees.
@@ -215,11 +214,11 @@ private:
             const auto* field = fieldNamed(sample.field);
             auto values = text::split(sample.values, "|");
             Value value = values.size() > 1 ? Value(values) : Value(sample.values);
+            auto told = sample.values == currentUser ? "me" : text::join(values, ", ");
             for (const auto& comparator : text::split(sample.comparators, " ")) {
                 auto words = comparator;
                 std::ranges::replace(words, '_', ' ');
-                bool isList = values.size() > 1;
-                add(field->label + " " + words + (isList ? " of " + std::to_string(values.size()) : ""),
+                add(field->label + " " + words + (told.empty() ? "" : " " + told),
                     leaf(sample.field, comparator, value));
             }
         }
@@ -307,10 +306,15 @@ bool namesKinds(const Value& node) {
 
 std::vector<ViewData> makeViews(const DataSet& data, IdSequence& ids) {
     std::vector<ViewData> views;
-    for (const auto& module : data.modules) {
-        if (!module.standsAlone) continue;
+    auto add = [&](const ModuleData& module) {
         auto made = ViewMaker(data, module, ids).make();
         std::ranges::move(made, std::back_inserter(views));
+    };
+    for (const auto& module : data.modules) {
+        if (!module.standsAlone || isActivity(module.name)) continue;
+        add(module);
+        if (module.name == activities)
+            for (auto kind : activityModules) add(*data.module(kind));
     }
     return views;
 }

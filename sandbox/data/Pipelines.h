@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarvo::sandbox {
+
+class DataSet;
+class IdSequence;
+
+struct StageData {
+    std::string id;
+    std::string name;
+    std::string displayName;
+    /// "Open", "Closed Won" or "Closed Lost".
+    std::string type;
+};
+
+/// A way of deals from first talk to close.
+struct PipelineData {
+    std::string id;
+    std::string name;
+    std::string displayName;
+    /// Positions in the organisation's list of stages, in the order in which a deal goes through them.
+    std::vector<std::size_t> stages;
+};
+
+struct DealStages {
+    std::vector<StageData> stages;
+    std::vector<PipelineData> pipelines;
+};
+
+/// Made from the picklists of the deals' fields "Stage" and "Pipeline".
+DealStages makeDealStages(const DataSet& data, IdSequence& ids);
+
+}  // namespace tarvo::sandbox
