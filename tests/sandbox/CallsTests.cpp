@@ -103,7 +103,7 @@ TEST_F(CallsTests, TheAccountOfTheTokenIsTheOneWhoAsks) {
 
 TEST_F(CallsTests, OneSeedGivesOneDataSet) {
     Accounts accounts(std::vector<Account>{{"42", token}});
-    DataSet a(7, accounts), b(7, accounts), c(8, accounts);
+    DataSet a(7, accounts, 0), b(7, accounts, 0), c(8, accounts, 0);
     auto describe = [](const DataSet& data) {
         std::string text;
         for (const auto& user : data.users) text += user.id + user.name();

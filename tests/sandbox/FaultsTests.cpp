@@ -143,10 +143,10 @@ TEST_F(FaultsTests, AServerThatEndsDoesNotWaitForDelays) {
 }
 
 TEST(EnvelopeTests, OlderFormIsAListOfPairs) {
-    auto good = json::write(envelope::olderAnswer({ValueList{"1", "2"}}, 5));
-    EXPECT_EQ(good, R"({"response":[[{"servertime":5,"error":0},[["1","2"]]]]})");
-    auto bad = json::write(envelope::olderFailure(4, "no", 5));
-    EXPECT_EQ(bad, R"({"response":[[{"servertime":5,"error":1},{"code":4,"message":"no"}]]})");
+    auto both =
+        envelope::olderAnswer({envelope::olderPart({ValueList{"1", "2"}}, 5), envelope::olderFailedPart(4, "no", 5)});
+    EXPECT_EQ(json::write(both), R"({"response":[[{"servertime":5,"error":0},[["1","2"]]],)"
+                                 R"([{"servertime":5,"error":1},{"code":4,"message":"no"}]]})");
 }
 
 }  // namespace
