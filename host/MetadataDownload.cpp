@@ -55,7 +55,7 @@ std::shared_ptr<void> runMetadataDownload(const std::shared_ptr<DatabaseAdapter>
                                           const std::vector<Module>& modules,
                                           std::function<void(MetadataOutcome)> whenEnded) {
     auto run = std::make_shared<Run>();
-    run->download = InitMetadataDM::make(database, database, run->service);
+    run->download = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), run->service);
     auto ended = [service = std::weak_ptr(run->service), whenEnded = std::move(whenEnded)] {
         // Behind the answer under way, which has a notice yet to give.
         networkQueue()->async([service, whenEnded] {

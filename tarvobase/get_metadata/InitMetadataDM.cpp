@@ -1,7 +1,6 @@
 #include "tarvobase/get_metadata/InitMetadataDM.h"
 
 #include "platform/Log.h"
-#include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/get_metadata/MetadataStores.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
@@ -20,12 +19,6 @@ namespace {
 /// What the server takes for a user of whom nothing is known yet.
 constexpr std::string_view profileOfNobody = "123";
 
-std::string namesOf(const std::vector<Module>& modules) {
-    std::vector<std::string> names;
-    for (auto& module : modules) names.push_back(module.moduleName);
-    return text::join(names, ", ");
-}
-
 void notifyModulesAdded(bool onMainThread) {
     BrenNotificationCenter::shared().notify<ModuleChangedObserver>(
         onMainThread, [](ModuleChangedObserver& observer) { observer.modulesAdded(); });
@@ -34,19 +27,24 @@ void notifyModulesAdded(bool onMainThread) {
 }  // namespace
 
 InitMetadataDM::InitMetadataDM(Persistance persistance, std::shared_ptr<MetadataNSP> networkService)
-    : persistance_(std::move(persistance)),
+    : BatchedDownloadable(Feature::metadaInfo,
+                          {.step = "MetadataInfo", .requested = " Requested for ", .completed = " Completed"}),
+      persistance_(std::move(persistance)),
       writer_(persistance_.metadata),
       networkService_(std::move(networkService)) {}
 
 std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<DatabaseAdapter>& dbAdapter,
                                                      const std::shared_ptr<DatabaseAdapter>& secondaryDbAdapter,
+                                                     std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                      std::shared_ptr<MetadataNSP> networkService) {
     MetadataStores stores{dbAdapter, std::make_shared<InMemoryStorage>()};
     FieldMetadataDatabaseConstants fieldConstants;
     ModuleLayoutInfoDatabaseConstants layoutConstants;
     return std::make_shared<InitMetadataDM>(
         Persistance{.userDAO = stores.users(),
-                    .moduleDAO = stores.modules(),
+                    .batches = {.moduleDAO = stores.modules(),
+                                .settingDAO = stores.settings(),
+                                .userDefaultsUtil = UserDefaultsUtil(std::move(userDefaults))},
                     .metadata = {.relatedListDAO = std::make_shared<ModuleRelatedListInDatabase>(),
                                  .layoutDAO = std::make_shared<ModuleLayoutInfoInDatabase>(
                                      std::string(layoutConstants.TableName), dbAdapter),
@@ -60,48 +58,30 @@ std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<Datab
         std::move(networkService));
 }
 
+std::shared_ptr<ModuleBatch> InitMetadataDM::makeModuleBatch() const {
+    return std::make_shared<ModuleBatch>(Feature::metadaInfo, persistance_.batches);
+}
+
 void InitMetadataDM::getMetaData(std::vector<Module> modules, Callback success, Callback failure) {
-    {
-        std::lock_guard lock(mutex_);
-        waiting_.push_back({std::move(modules), std::move(success), std::move(failure)});
-        if (std::exchange(isDownloading_, true)) return;
-    }
-    startNextDownload();
-}
-
-void InitMetadataDM::startNextDownload() {
-    if (auto batches = prepareNextDownload()) batches->start();
-}
-
-/// The batches of the next download; null when none waits.
-std::shared_ptr<ModuleBatch> InitMetadataDM::prepareNextDownload() {
-    auto batches = std::make_shared<ModuleBatch>();
-    batches->delegate = platform::weakSelf(this);
-    std::vector<Module> modules;
-    Callback formerSuccess, formerFailure;  // end after the lock, as the host's destructors do
-    {
-        std::lock_guard lock(mutex_);
-        isDownloading_ = !waiting_.empty();
-        if (!isDownloading_) return nullptr;
-        auto& next = waiting_.front();
-        modules = std::move(next.modules);
-        formerSuccess = std::exchange(success_, std::move(next.success));
-        formerFailure = std::exchange(failure_, std::move(next.failure));
-        waiting_.pop_front();
-        moduleBatch_ = batches;
-    }
     if (modules.empty())
-        if (auto all = persistance_.moduleDAO->getAllModules()) modules = *std::move(all);
-    batches->initiateBatch(modules);
-    return batches;
+        modules = persistance_.batches.moduleDAO->getAllModules().success().value_or(std::vector<Module>());
+    auto batches = makeModuleBatch();
+    batches->initiateBatchOfAll(modules);
+    run(std::move(batches), Callbacks{std::move(success), std::move(failure)});
 }
 
-void InitMetadataDM::nextBatch(const std::vector<Module>& modules) {
-    platform::log("MetadataInfo Requested for " + namesOf(modules));
+void InitMetadataDM::request(const std::vector<Module>& modules) {
     networkService_->getMetadata(
-        {profileID(), modules},
-        [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError>, const MetadataNetworkParams& params) {
-            if (auto self = weak.lock()) self->answered(data, params);
+        {profileID(), modules}, [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError> error,
+                                                                  const MetadataNetworkParams& params) {
+            auto self = weak.lock();
+            if (!self) return;
+            self->batchAnswered(
+                params.modules, std::move(data), error, [](auto body) { return MetadataParser().parse(body); },
+                [&self](auto& detail, auto& info) {
+                    platform::log("MetadataInfo Parsing completed for " + info.moduleName);
+                    self->writer_.store(detail);
+                });
         });
 }
 
@@ -112,59 +92,14 @@ std::string InitMetadataDM::profileID() const {
     return users && !users->empty() ? users->front().profileID : std::string(profileOfNobody);
 }
 
-// A transport error needs no branch of its own: what it leaves of a body does not parse.
-void InitMetadataDM::answered(const Data& data, const MetadataNetworkParams& params) {
-    auto answer = MetadataParser().parse(data);
-    if (answer) return handleSuccessResponse(*answer, params);
-    platform::log("progress updated failure invoked: " + answer.error().logText());
-    handleFailureResponse(params);
-}
-
-void InitMetadataDM::handleSuccessResponse(const Answer& answer, const MetadataNetworkParams& params) {
-    platform::log("MetadataInfo Completed - success for " + namesOf(params.modules));
-    for (auto& entry : answer.result) {
-        if (!entry) {
-            platform::log("MetadataInfo of a module could not be read: " + entry.error().logText());
-            continue;
-        }
-        if (!entry->data) {
-            platform::log("MetadataInfo of " + entry->info.moduleName +
-                          " could not be read: " + entry->data.error().logText());
-            continue;
-        }
-        platform::log("MetadataInfo Parsing completed for " + entry->info.moduleName);
-        writer_.store(*entry->data);
-    }
-    batchCompleted(params.modules);
-}
-
-void InitMetadataDM::handleFailureResponse(const MetadataNetworkParams& params) {
-    platform::log("MetadataInfo Completed - failure for " + namesOf(params.modules));
-    batchCompleted(params.modules);
-}
-
-void InitMetadataDM::batchCompleted(const std::vector<Module>& modules) {
-    std::shared_ptr<ModuleBatch> batches;
-    {
-        std::lock_guard lock(mutex_);
-        batches = moduleBatch_;
-    }
-    batches->batchCompleted(modules);
-}
-
 void InitMetadataDM::allBatchesCompleted() {
     platform::log("MetadataInfo Batch completed.");
     // The statements of the tables went past the modules in memory.
-    persistance_.moduleDAO->reloadAll();
-    Callback success;
-    {
-        std::lock_guard lock(mutex_);
-        success = success_;
-    }
+    persistance_.batches.moduleDAO->reloadAll();
     notifyModulesAdded(true);
-    if (success) success();
+    callSuccess();
     notifyModulesAdded(false);
-    startNextDownload();
+    endRun();
 }
 
 }  // namespace tarvo

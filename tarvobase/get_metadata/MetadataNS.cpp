@@ -6,16 +6,11 @@ namespace tarvo {
 
 namespace {
 
+using service::listOf;
+
 ApiVersion configuredVersion() {
     auto text = rawText(CommonConfigration::sharedInstance().getMetadataApiVersion.get());
     return fromRawText<ApiVersion>(text).value_or(ApiVersion::v4);
-}
-
-ValueList listOf(const std::vector<Module>& modules, std::string Module::*member) {
-    ValueList list;
-    list.reserve(modules.size());
-    for (auto& module : modules) list.emplace_back(module.*member);
-    return list;
 }
 
 }  // namespace

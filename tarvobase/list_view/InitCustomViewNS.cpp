@@ -2,16 +2,7 @@
 
 namespace tarvo {
 
-namespace {
-
-ValueList listOf(const std::vector<Module>& modules, std::string Module::*member) {
-    ValueList list;
-    list.reserve(modules.size());
-    for (auto& module : modules) list.emplace_back(module.*member);
-    return list;
-}
-
-}  // namespace
+using service::listOf;
 
 InitCustomViewNS::InitCustomViewNS(std::shared_ptr<NetworkConstantsProtocol> constants)
     : BaseNetworkService(std::move(constants)) {

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tarvobase/configuration/AuthenticationProtocol.h"
 #include "tarvobase/network_layer/NetworkAdapter.h"
@@ -70,6 +71,15 @@ void appendQuery(std::string& url, const std::string& query);
 bool withToken(std::function<void(AuthenticationProtocol& authentication, const std::string& user,
                                   const std::optional<std::string>& token)>
                    work);
+
+/// `read(item)` of each, in their order. Calls about several things send such lists side by side.
+template <class Item, class Read>
+ValueList listOf(const std::vector<Item>& items, Read read) {
+    ValueList list;
+    list.reserve(items.size());
+    for (auto& item : items) list.emplace_back(std::invoke(read, item));
+    return list;
+}
 
 /// Names of the headers, never their values: one of them is the token.
 void logHeaders(const URLRequest& request);

@@ -66,7 +66,7 @@ class CVObserver : public virtual platform::Object {
 public:
     virtual void customViewsChanged(const std::string& moduleName) { static_cast<void>(moduleName); }
 };
-/// Views of a module were stored. On the queue of the work that stored them.
+/// Views of a module were stored. On the background queue of the bus.
 class CustomViewChangedObserver : public virtual platform::Object {
 public:
     virtual void customViewChanged(const std::vector<std::string>& viewIDs, const std::string& moduleName) {

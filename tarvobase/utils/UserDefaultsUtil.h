@@ -29,6 +29,9 @@ public:
     void setPipelinesCompleted() { setCompleted("pipelines"); }
     bool isPermissionsCompleted() const { return isCompleted("permission"); }
     void setPermissionsCompleted() { setCompleted("permission"); }
+    /// The same for a step that is done module by module, under "STEP_MODULE".
+    bool isCompleted(const std::string& step) const;
+    void setCompleted(const std::string& step);
     int getProgressPercent() const;
     void setProgressPercent(int percent);
 
@@ -52,9 +55,6 @@ public:
     void setModuleOrder(const std::vector<std::string>& moduleNames);
 
 private:
-    bool isCompleted(const std::string& step) const;
-    void setCompleted(const std::string& step);
-
     std::shared_ptr<UserDefaultsProtocol> userDefaults_;
 };
 

@@ -79,7 +79,7 @@ protected:
     std::shared_ptr<InitMetadataDM> overNetwork(const std::shared_ptr<DatabaseAdapter>& secondary) {
         auto service = std::make_shared<MetadataNS>();
         service->setNetworkAdapter(network);
-        return InitMetadataDM::make(database, secondary, service);
+        return InitMetadataDM::make(database, secondary, std::make_shared<BrenUserDefaults>(), service);
     }
     /// Downloads the modules, each answered as scripted, and waits for the end.
     void download(const std::vector<std::string>& modules,
@@ -125,7 +125,7 @@ TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
     };
     MetadataStores stores{database, std::make_shared<InMemoryStorage>()};
     auto service = std::make_shared<HeldService>();
-    auto step = InitMetadataDM::make(database, database, service);
+    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
     for (auto& one : cases) {
         signIn(one.user);
         if (one.stored) stores.users()->storeUser(*one.stored);
@@ -277,7 +277,7 @@ TEST_F(MetadataDownloadTest, ModulesInMemorySeeTheNewStatements) {
 
 TEST_F(MetadataDownloadTest, KeepsTwoBatchesOfFourUnderWay) {
     auto service = std::make_shared<HeldService>();
-    auto step = InitMetadataDM::make(database, database, service);
+    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
     int successes = 0;
     step->getMetaData(
         modulesNamed({"A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K", "L", "M"}), [&] { ++successes; },
@@ -323,7 +323,7 @@ TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {
 
 TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
     auto service = std::make_shared<HeldService>();
-    auto step = InitMetadataDM::make(database, database, service);
+    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
     std::vector<std::string> ends;
     auto ending = [&](const std::string& name) { return [&ends, name] { ends.push_back(name); }; };
     step->getMetaData(modulesNamed({"A"}),
@@ -362,7 +362,7 @@ Value sandboxAnswer(sandbox::Reply (*call)(const sandbox::Call&), sandbox::DataS
 
 TEST_F(MetadataDownloadTest, TakesAllThatTheSandboxHasInBothNamings) {
     configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
-    sandbox::DataSet data(1, sandbox::Accounts(std::vector<sandbox::Account>{{"1001", "token"}}));
+    sandbox::DataSet data(1, sandbox::Accounts(std::vector<sandbox::Account>{{"1001", "token"}}), 0);
     ValueList names;
     for (auto& module : data.modules) names.emplace_back(module.name);
     std::vector<std::string> places;

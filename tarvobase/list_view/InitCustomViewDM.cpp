@@ -1,0 +1,64 @@
+#include "tarvobase/list_view/InitCustomViewDM.h"
+
+#include "platform/Log.h"
+#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/list_view/CVSyncParser.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/Topics.h"
+#include "tarvobase/value_objects/CustomViewInDatabase.h"
+#include "tarvobase/value_objects/InMemoryStorage.h"
+
+namespace tarvo {
+
+InitCustomViewDM::InitCustomViewDM(Persistance persistance, std::shared_ptr<InitCustomViewNSP> networkService,
+                                   BrenNotificationCenter& notifier)
+    : BatchedDownloadable(Feature::customView,
+                          {.step = "CustomViewInfo", .requested = " Requested for ", .completed = " Completed"}),
+      persistance_(std::move(persistance)),
+      networkService_(std::move(networkService)),
+      notifier_(notifier) {}
+
+std::shared_ptr<InitCustomViewDM> InitCustomViewDM::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
+                                                         std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                         std::shared_ptr<InitCustomViewNSP> networkService) {
+    MetadataStores stores{databaseAdapter, std::make_shared<InMemoryStorage>()};
+    return std::make_shared<InitCustomViewDM>(
+        Persistance{.customViewDAO = std::make_shared<CustomViewInDatabase>(databaseAdapter),
+                    .batches = {.moduleDAO = stores.modules(),
+                                .settingDAO = stores.settings(),
+                                .userDefaultsUtil = UserDefaultsUtil(std::move(userDefaults))}},
+        std::move(networkService), BrenNotificationCenter::shared());
+}
+
+std::shared_ptr<ModuleBatch> InitCustomViewDM::makeModuleBatch() const {
+    return std::make_shared<ModuleBatch>(Feature::customView, persistance_.batches);
+}
+
+void InitCustomViewDM::request(const std::vector<Module>& modules) {
+    networkService_->getCustomViews(
+        modules, [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError> error,
+                                                   const std::vector<Module>& modules) {
+            auto self = weak.lock();
+            if (!self) return;
+            self->batchAnswered(
+                modules, std::move(data), error, [](auto body) { return CVSyncParser().parse(body); },
+                [&self](auto& views, auto& info) { self->store(views, info.moduleName); });
+        });
+}
+
+void InitCustomViewDM::store(const std::vector<CustomView>& views, const std::string& moduleName) {
+    platform::log("CustomViewInfo Parsing completed for " + moduleName);
+    persistance_.customViewDAO->storeCustomView(views);
+    std::vector<std::string> viewIDs;
+    for (auto& view : views) viewIDs.push_back(view.viewID);
+    notifier_.notify<CustomViewChangedObserver>(false, [viewIDs = std::move(viewIDs), moduleName](auto& observer) {
+        observer.customViewChanged(viewIDs, moduleName);
+    });
+}
+
+void InitCustomViewDM::allBatchesCompleted() {
+    platform::log("CustomViewInfo Batch completed.");
+    endRun();
+}
+
+}  // namespace tarvo
