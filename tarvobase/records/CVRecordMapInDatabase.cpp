@@ -1,5 +1,7 @@
 #include "tarvobase/records/CVRecordMapInDatabase.h"
 
+#include <span>
+
 #include "kelva_db/Database.h"
 #include "tarvobase/records/Record.h"
 #include "tarvobase/records/RecordUtil.h"
@@ -12,6 +14,25 @@ namespace {
 constexpr CVRecordMapDatabaseConstants names;
 
 Criteria ofView(const std::string& cvId) { return columnIs(names.criteriaId, cvId); }
+
+/// The rows of a view's records, without a map a row: a page of the first download has thousands.
+class MapRows final : public RowSource {
+public:
+    MapRows(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName)
+        : ids_(ids), cvId_(cvId), moduleName_(moduleName) {}
+    std::span<const std::string> columns() const override { return columns_; }
+    std::size_t rowCount() const override { return ids_.size(); }
+    ValueView cell(std::size_t row, std::size_t column) const override {
+        return ValueView::text(column == 0 ? cvId_ : column == 1 ? ids_[row] : moduleName_);
+    }
+    bool mayHoldObjects() const override { return false; }
+
+private:
+    const std::vector<std::string> columns_{std::string(names.criteriaId), std::string(names.recordId),
+                                            std::string(names.moduleName)};
+    const std::vector<std::string>& ids_;
+    const std::string &cvId_, &moduleName_;
+};
 
 }  // namespace
 
@@ -27,7 +48,7 @@ void CVRecordMapInDatabase::store(const std::vector<ValueMap>& records, const st
         auto id = record.find(identifier);
         if (id && id->asText()) ids.push_back(*id->asText());
     }
-    storeIds(ids, cvId, moduleName);
+    store(ids, cvId, moduleName);
 }
 
 void CVRecordMapInDatabase::store(const std::vector<Record>& records, const std::string& cvId,
@@ -35,18 +56,13 @@ void CVRecordMapInDatabase::store(const std::vector<Record>& records, const std:
     std::vector<std::string> ids;
     for (auto& record : records)
         if (!record.recordId().empty()) ids.push_back(record.recordId());
-    storeIds(ids, cvId, moduleName);
+    store(ids, cvId, moduleName);
 }
 
-void CVRecordMapInDatabase::storeIds(const std::vector<std::string>& ids, const std::string& cvId,
-                                     const std::string& moduleName) {
-    std::vector<ValueMap> rows;
-    rows.reserve(ids.size());
-    for (auto& id : ids)
-        rows.push_back({{std::string(names.criteriaId), cvId},
-                        {std::string(names.recordId), id},
-                        {std::string(names.moduleName), moduleName}});
-    table(moduleName).store(std::move(rows));
+void CVRecordMapInDatabase::store(const std::vector<std::string>& ids, const std::string& cvId,
+                                  const std::string& moduleName) {
+    if (databaseAdapter_ && !ids.empty())
+        databaseAdapter_->insertInto(getTableName(moduleName), MapRows(ids, cvId, moduleName));
 }
 
 void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
@@ -63,6 +79,24 @@ Criteria CVRecordMapInDatabase::getFilterMappingCriteria(const std::string& cvId
     query.columns = {std::string(names.recordId)};
     return Criteria::custom(kelva::quotedName(FieldIdentifierConstants().id) + " in (" + query.sql() + ")",
                             query.parameters());
+}
+
+Criteria CVRecordMapInDatabase::getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) {
+    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    query.columns = {"1"};
+    auto id = kelva::quotedName(RecordUtil::getTableName(moduleName)) + "." +
+              kelva::quotedName(FieldIdentifierConstants().id);
+    query.filter(Criteria::equalTo(std::string(names.recordId), Criteria::ColumnType::column(id)));
+    return Criteria::exists(query.sql(), query.parameters());
+}
+
+bool CVRecordMapInDatabase::hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) {
+    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    query.columns = {"1"};
+    query.limit = 1;
+    query.offset = count;
+    auto rows = table(moduleName).fetch(query);
+    return rows && rows->size() > 0;
 }
 
 }  // namespace tarvo

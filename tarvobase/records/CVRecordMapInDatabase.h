@@ -15,15 +15,17 @@ public:
 
     void store(const std::vector<ValueMap>& records, const std::string& cvId, const std::string& moduleName) override;
     void store(const std::vector<Record>& records, const std::string& cvId, const std::string& moduleName) override;
+    void store(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName) override;
     std::string getTableName(const std::string& moduleName) override;
     void delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                  const std::string& moduleName) override;
     void delete_(const std::string& cvId, const std::string& moduleName) override;
     Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
+    Criteria getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
+    bool hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) override;
 
 private:
     TableAccess table(const std::string& moduleName) { return {databaseAdapter_, getTableName(moduleName)}; }
-    void storeIds(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName);
 
     std::shared_ptr<DatabaseAdapter> databaseAdapter_;
 };

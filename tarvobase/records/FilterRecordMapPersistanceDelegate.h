@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,13 +27,20 @@ public:
     virtual void store(const std::vector<ValueMap>& records, const std::string& cvId,
                        const std::string& moduleName) = 0;
     virtual void store(const std::vector<Record>& records, const std::string& cvId, const std::string& moduleName) = 0;
+    virtual void store(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName) = 0;
     virtual std::string getTableName(const std::string& moduleName) = 0;
     virtual void delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                          const std::string& moduleName) = 0;
     /// Forgets all records of a view.
     virtual void delete_(const std::string& cvId, const std::string& moduleName) = 0;
-    /// The condition on a record table that a record belongs to the view.
+    /// The condition on a record table that a record belongs to the view. SQLite reads the view's records from the map
+    /// and looks each up in the record table: the quick way for few records.
     virtual Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) = 0;
+    /// The same condition, asked of one row of the record table after the other: the quick way for many records, since
+    /// SQLite may then walk the table in the order that is wanted.
+    virtual Criteria getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) = 0;
+    /// Whether the view has more records than this many. False when the database does not answer.
+    virtual bool hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) = 0;
 };
 
 }  // namespace tarvo

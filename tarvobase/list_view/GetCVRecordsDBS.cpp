@@ -1,0 +1,153 @@
+#include "tarvobase/list_view/GetCVRecordsDBS.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+#include "kelva_db/Database.h"
+#include "platform/Text.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/get_metadata/ModuleInfo.h"
+#include "tarvobase/list_view/ListOrderIndexes.h"
+#include "tarvobase/records/FilterToWhereConverter.h"
+#include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/SortDescriptorUtil.h"
+#include "tarvobase/value_objects/IdentifierConstants.h"
+
+namespace tarvo {
+
+namespace {
+
+using CVSort = GetCVRecordsDBS::CVSort;
+
+/// Up to here SQLite looks the view's records up and sorts them, which costs some microseconds a record. Beyond, it
+/// walks the record table in the list's order and asks each row whether it belongs to the view. Which way is quicker
+/// depends on the share of the table that is the view's; between one and some thousand records both are quick.
+constexpr std::int64_t fewRecords = 2000;
+
+CVSort sortOf(const std::vector<SortField>& sortFields, const ModuleInfo& moduleInfo) {
+    CVSort sort;
+    if (sortFields.size() > 1)
+        std::tie(sort.columns, sort.descriptors) = SortDescriptorUtil::getSortList(moduleInfo, {sortFields.front()});
+    auto& last = sortFields.back();
+    sort.descriptors.push_back(
+        sortDescriptor({kelva::quotedName(last.column), last.isAscending}, moduleInfo.metadata.getField(last.column)));
+    return sort;
+}
+
+/// The terms of an order over columns of the table: a name that the select list gives to an expression is replaced by
+/// the expression, so that neither an index nor a query without that list needs it.
+std::string termsOf(const CVSort& sort) {
+    std::vector<std::string> terms;
+    for (auto& descriptor : sort.descriptors) {
+        auto term = descriptor.sql();
+        for (auto& column : sort.columns) {
+            auto as = column.rfind(" as ");
+            auto name = column.substr(as + 4);
+            if (descriptor.colName() == name && !name.empty())
+                term = SortDescriptor({.colName = column.substr(0, as),
+                                       .ascending = descriptor.ascending(),
+                                       .numeric = descriptor.numeric()})
+                           .sql();
+        }
+        terms.push_back(std::move(term));
+    }
+    return text::join(terms, ", ");
+}
+
+/// Columns to read: those asked for, or all, with the display texts of lookups and the id.
+std::vector<std::string> columnsOf(const FilterRecordsQuery& query) {
+    auto& metadata = query.moduleInfo.metadata;
+    std::vector<std::string> columns;
+    auto add = [&](const std::string& identifier) {
+        columns.push_back(kelva::quotedName(identifier));
+        auto field = metadata.getField(identifier);
+        if (field && isLookupField(field->fieldType)) columns.push_back(kelva::quotedName(getLookupColumn(identifier)));
+    };
+    if (query.request.columns)
+        for (auto& name : *query.request.columns) add(name);
+    else
+        for (auto field : metadata.allFields()) add(metadata.identifierOf(*field));
+    auto id = kelva::quotedName(metadata.naming().constant->id);
+    if (std::find(columns.begin(), columns.end(), id) == columns.end()) columns.push_back(id);
+    return columns;
+}
+
+std::vector<Criteria> furtherConditions(const FilterRecordsQuery& query) {
+    std::vector<Criteria> conditions;
+    if (query.request.filters)
+        if (auto text = FilterToWhereConverter::getWhereStatement(*query.request.filters))
+            conditions.push_back(Criteria::custom(*text));
+    if (query.criteria) conditions.insert(conditions.end(), query.criteria->begin(), query.criteria->end());
+    return conditions;
+}
+
+/// The rows of the page are found first, from an index alone when there is one in this order, and their columns are
+/// read then: a row that is passed over costs no look at its record.
+std::optional<Rows> fetchRowsFirst(DatabaseAdapter& adapter, FetchQuery query, const std::string& terms) {
+    auto columns = std::exchange(query.columns, {"_rowid_"});
+    return adapter.fetchObjects("SELECT " + text::join(columns, ", ") + " FROM " + query.tableName +
+                                    " WHERE _rowid_ IN (" + query.sql() + ") ORDER BY " + terms,
+                                query.parameters());
+}
+
+}  // namespace
+
+GetCVRecordsDBS::GetCVRecordsDBS(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                                 std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance)
+    : databaseAdapter_(std::move(databaseAdapter)),
+      filterRecordMapPersistance_(std::move(filterRecordMapPersistance)) {}
+
+CVSort GetCVRecordsDBS::getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo) {
+    return sortOf(filter.sortFieldList(moduleInfo.metadata), moduleInfo);
+}
+
+std::optional<std::vector<Record>> GetCVRecordsDBS::getRecords(const FilterRecordsQuery& query) {
+    auto sort = getCVSortDescriptor(query.filter, query.moduleInfo);
+    auto [records, isLong] = fetch(query, sort);
+    if (isLong)
+        ListOrderIndexes::keep(databaseAdapter_, RecordUtil::getTableName(query.moduleInfo.moduleName()),
+                               termsOf(sort));
+    return std::move(records);
+}
+
+std::optional<Record> GetCVRecordsDBS::getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) {
+    // Every term of an order turns with its field, so that the last row is the first of the turned order.
+    auto sortFields = filter.sortFieldList(moduleInfo.metadata);
+    for (auto& sortField : sortFields) sortField.isAscending = !sortField.isAscending;
+    GetListFilterRecordsParams request;
+    request.moduleName = moduleInfo.moduleName();
+    request.criteriaId = filter.filterId();
+    request.limit = 1;
+    auto found =
+        fetch({.filter = filter, .moduleInfo = moduleInfo, .request = request}, sortOf(sortFields, moduleInfo));
+    if (!found.records || found.records->empty()) return std::nullopt;
+    return std::move(found.records->front());
+}
+
+GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, const CVSort& sort) const {
+    if (!databaseAdapter_) return {};
+    auto& moduleName = query.moduleInfo.moduleName();
+    auto& viewId = query.filter.filterId();
+    auto& map = *filterRecordMapPersistance_;
+    bool isLong = map.hasMoreThan(fewRecords, viewId, moduleName);
+    auto ofView =
+        isLong ? map.getRowMappingCriteria(viewId, moduleName) : map.getFilterMappingCriteria(viewId, moduleName);
+    if (query.unsyncedCriteria) ofView = Criteria::or_({std::move(ofView), *query.unsyncedCriteria});
+
+    auto terms = termsOf(sort);
+    FetchQuery fetch(kelva::quotedName(RecordUtil::getTableName(moduleName)), std::move(ofView));
+    for (auto& condition : furtherConditions(query)) fetch.filter(std::move(condition));
+    fetch.columns = columnsOf(query);
+    fetch.columns.insert(fetch.columns.end(), sort.columns.begin(), sort.columns.end());
+    fetch.sortBy = {SortDescriptor::customOrderBy(terms)};
+    fetch.offset = query.request.from;
+    fetch.limit = query.request.limit;
+
+    auto rows = isLong && fetch.limit ? fetchRowsFirst(*databaseAdapter_, std::move(fetch), terms)
+                                      : databaseAdapter_->fetchObjects(fetch);
+    if (!rows) return {};
+    return {Record::fromRows(*rows, moduleName, query.moduleInfo.metadata.naming()), isLong};
+}
+
+}  // namespace tarvo

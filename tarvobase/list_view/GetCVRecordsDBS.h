@@ -1,0 +1,64 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tarvobase/database_layer/SortDescriptor.h"
+#include "tarvobase/list_view/GetListFilterRecordsParams.h"
+#include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
+#include "tarvobase/records/Record.h"
+#include "tarvobase/value_objects/FilterProtocol.h"
+
+namespace tarvo {
+
+class DatabaseAdapter;
+struct ModuleInfo;
+
+/// One read of a view's stored records. The references must outlive the call.
+struct FilterRecordsQuery {
+    const FilterProtocol& filter;
+    const ModuleInfo& moduleInfo;
+    const GetListFilterRecordsParams& request;
+    std::optional<Criteria> unsyncedCriteria{};       ///< records that belong to the view besides those of its map
+    std::optional<std::vector<Criteria>> criteria{};  ///< further conditions
+};
+
+/// Stored records of views: those that the server gave for a view, in the view's order. Blocks its caller; from any
+/// thread.
+class GetFilterRecordsDBSP : public virtual platform::Object {
+public:
+    /// Absent when the database refuses.
+    virtual std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) = 0;
+    /// The last of the view's stored records, with all columns; absent when there is none.
+    virtual std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) = 0;
+};
+
+class GetCVRecordsDBS final : public GetFilterRecordsDBSP {
+public:
+    GetCVRecordsDBS(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                    std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance);
+
+    std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) override;
+    std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) override;
+
+    /// Columns to select for the order of a view, and the order. The columns are "expression as name".
+    struct CVSort {
+        std::vector<std::string> columns;
+        std::vector<SortDescriptor> descriptors;
+    };
+    static CVSort getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo);
+
+private:
+    struct Found {
+        std::optional<std::vector<Record>> records;
+        bool isLong = false;  // read by walking the table in the order
+    };
+    Found fetch(const FilterRecordsQuery& query, const CVSort& sort) const;
+
+    const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
+    const std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tarvobase/usecase/DataSource.h"
+#include "tarvobase/value_objects/ColumnFilter.h"
+
+namespace tarvo {
+
+/// Which page of which view.
+struct GetListFilterRecordsParams : BaseRequest {
+    DataSource source() const override { return wished; }
+
+    std::string moduleName;
+    std::string criteriaId;                           ///< id of the custom view
+    std::optional<std::vector<std::string>> columns;  ///< by identifier; absent: all of the module
+    bool shouldGroup = false;
+    std::optional<std::int64_t> from;   ///< rows of the view to pass over; absent: none
+    std::optional<std::int64_t> limit;  ///< rows of the page; absent: all that are stored
+    std::optional<std::vector<ColumnFilter>> filters;
+    DataSource wished = DataSource::both;
+
+    static constexpr auto fields() {
+        using Params = GetListFilterRecordsParams;
+        return describe(field("moduleName", &Params::moduleName), field("criteriaId", &Params::criteriaId),
+                        field("columns", &Params::columns), optionalField("shouldGroup", &Params::shouldGroup),
+                        field("from", &Params::from), field("limit", &Params::limit),
+                        field("filters", &Params::filters), optionalField("source", &Params::wished));
+    }
+};
+
+}  // namespace tarvo

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <vector>
+
+#include "tarvobase/usecase/Describe.h"
+
+namespace tarvo {
+
+/// A run of neighbours in a list that share a header.
+template <class Name, class Value>
+struct Section {
+    Name name;
+    std::vector<Value> records;
+
+    static constexpr auto fields() {
+        return describe(field("name", &Section::name), field("records", &Section::records));
+    }
+    friend bool operator==(const Section&, const Section&) = default;
+};
+
+}  // namespace tarvo

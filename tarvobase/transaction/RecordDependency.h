@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tarvobase/usecase/Describe.h"
+
+namespace tarvo {
+
+/// A record that a transaction of the queue of changes touches, and how.
+struct RecordDependency {
+    enum class Kind { add = 0, edit = 1, delete_ = 2, read = 3 };
+
+    std::string recordId;
+    std::int64_t transactionId = 0;
+    Kind kind = Kind::read;
+};
+
+template <>
+struct EnumCases<RecordDependency::Kind> {
+    using K = RecordDependency::Kind;
+    static constexpr EnumCase<K> cases[] = {
+        {K::add, "add"}, {K::edit, "edit"}, {K::delete_, "delete_"}, {K::read, "read"}};
+};
+
+}  // namespace tarvo
