@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t defaultPage = 200;
 constexpr std::size_t longestPage = 10'000;
+constexpr std::size_t typicalRecordBytes = 2'000;
 
 /// A page of a list, with all that it needs when the server's lock is gone.
 struct Page {
@@ -62,6 +63,7 @@ private:
         ValueMap about{{"count", until - from}, {"more_records", until < positions->size()}};
         writer.add(page.module->name, from == until, about, [&](std::string& json) {
             RecordValue scratch;
+            json.reserve(json.size() + (until - from) * typicalRecordBytes);
             json += '[';
             for (auto i = from; i < until; ++i) {
                 if (i > from) json += ',';

@@ -117,7 +117,8 @@ void makeText(Cell& cell, RecordValue& into) {
 void makeLongText(Cell& cell, RecordValue& into) {
     into.setText("");
     bool isLong = cell.number == RecordShape::completeRecord;
-    auto parts = isLong ? longTextBytes : cell.random.below(4);
+    auto least = cell.field.data->isMandatory ? 1 : 0;
+    auto parts = isLong ? longTextBytes : least + cell.random.below(3);
     for (std::size_t i = 0; i < parts && into.text.size() < longTextBytes; ++i) {
         if (i > 0) into.text += i % 5 == 0 ? "\n" : ". ";
         into.text += cell.random.below(6) == 0 ? pick(cell, awkward) : pick(cell, phrases);
@@ -332,6 +333,12 @@ void makeCity(Cell& cell, RecordValue& into) { into.setText(pick(cell, cities));
 void makeState(Cell& cell, RecordValue& into) { into.setText(pick(cell, states)); }
 void makeCountry(Cell& cell, RecordValue& into) { into.setText(pick(cell, countries)); }
 
+// A leading zero must not get lost.
+void makeZip(Cell& cell, RecordValue& into) {
+    into.setText("");
+    appendPadded(into.text, static_cast<std::int64_t>(cell.random.below(100'000)), 5);
+}
+
 void makeFullName(Cell& cell, RecordValue& into) {
     std::vector<std::string> title;
     cell.shape.readTitle(cell.number, title);
@@ -503,13 +510,21 @@ constexpr FieldMaker byName[] = {
     {"", "Date_of_Birth", makeBirthday},
     {"", "City", makeCity},
     {"", "Mailing_City", makeCity},
+    {"", "Check_In_City", makeCity},
     {"", "Other_City", makeCity},
     {"", "State", makeState},
     {"", "Mailing_State", makeState},
+    {"", "Check_In_State", makeState},
     {"", "Other_State", makeState},
     {"", "Country", makeCountry},
     {"", "Mailing_Country", makeCountry},
+    {"", "Check_In_Country", makeCountry},
     {"", "Other_Country", makeCountry},
+    {"", "Zip_Code", makeZip},
+    {"", "ZIP_Code", makeZip},
+    {"", "Mailing_Zip", makeZip},
+    {"", "Other_Zip", makeZip},
+    {"", "EVENTTYPE", makeEmpty},
     {"", "Exchange_Rate", makeExchangeRate},
     {"", "Margin", makeMargin},
     {"", "$se_module", makeSeModule},

@@ -22,9 +22,6 @@ constexpr std::int64_t longestUnchanged = 90LL * 24 * 3600;
 
 constexpr std::uint64_t creationSalt = 1, changeSalt = 2;
 
-// These are listed under "Activities" too, where the field tells them apart.
-bool isActivity(std::string_view module) { return module == "Tasks" || module == "Events" || module == "Calls"; }
-
 std::uint64_t mixed(std::uint64_t value) { return Generator(value).number(); }
 
 }  // namespace
@@ -42,11 +39,8 @@ RecordShape::RecordShape(const RecordWorld& world, const ModuleData& module, std
       salt_(mixed(world.seed) ^ saltOf(module.name)),
       idPrefix_(std::to_string(IdSequence::prefix(world.seed))) {
     const auto& metadata = world.data.metadata.find(module.name)->second;
-    fields_.reserve(metadata.fields.size() + 1);
+    fields_.reserve(metadata.fields.size());
     for (const auto& data : metadata.fields) addField(data);
-    if (isActivity(module.name))
-        for (const auto& data : world.data.metadata.find("Activities")->second.fields)
-            if (data.apiName == "Activity_Type") addField(data);
     for (std::size_t i = 0; i < fields_.size(); ++i) byName_.emplace(fields_[i].name, i);
     firstName_ = field("First_Name");
     lastName_ = firstName_ ? field("Last_Name") : nullptr;
@@ -60,8 +54,8 @@ void RecordShape::addField(const FieldData& data) {
     std::string entryStart = "[";
     appendJsonText(entryStart, data.apiName);
     entryStart += ',';
-    bool isNeeded = data.isMandatory || data.isReadOnly || data.apiName == "Owner" || data.apiName == "Layout" ||
-                    data.target == "se_module";
+    bool isNeeded = data.isMandatory || (data.isReadOnly && data.section != "Check-In") || data.apiName == "Owner" ||
+                    data.apiName == "Layout" || data.target == "se_module";
     fields_.push_back({&data, data.apiName, entryStart, makerOf(module_.name, data), saltOf(data.apiName),
                        module_.standsAlone && !isNeeded});
 }

@@ -21,6 +21,7 @@ TEST(ArgumentsTests, WrongOnesEndWithOneLine) {
         {"--identifier", "other"},
         {"--host-name", "a b"},
         {"--seed", "-1"},
+        {"--records", "100001"},
         {"--state"},
     };
     for (const auto& row : rows) {
