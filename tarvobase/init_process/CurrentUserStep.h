@@ -6,7 +6,7 @@ namespace tarvo {
 
 /// The step `currentUser` as the runner sees it. It runs before the account has any table, so what it parsed is kept
 /// until the tables are there.
-class CurrentUserStep : public Downloadable {
+class CurrentUserStep : public virtual Downloadable {
 public:
     Process processName() const override { return Process::currentUser; }
     /// Stores the user that was parsed and notes that the step is done, so that no later run asks again. Nothing

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "bren_network/URLRequest.h"
+#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/usecase/AppError.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
 
 namespace tarvo {
 
@@ -20,6 +22,16 @@ AppError<DomainError> appErrorOf(const bren::NetworkError& error) {
         default:
             return AppError<DomainError>::unknownError();
     }
+}
+
+/// What delegate use cases hear of such a request, on the queue of the call.
+inline void tellFailure(const std::weak_ptr<CommonErrorProtocol>& responder, const bren::NetworkError& error) {
+    auto hearing = responder.lock();
+    if (!hearing) return;
+    if (error.kind == bren::NetworkError::Kind::notSent)
+        hearing->noAuthtoken(CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""));
+    else
+        hearing->networkResponseError();
 }
 
 }  // namespace tarvo
