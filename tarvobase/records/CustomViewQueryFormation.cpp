@@ -70,8 +70,10 @@ Result<std::vector<Pair>, Error> pairsOf(const std::vector<std::string>& pieces,
 
 bool isNumber(const std::string& text) { return text::toReal(text).has_value(); }
 
+/// Whether a column holds numbers, be it as texts. A moment that the server left empty is a text among the seconds, and
+/// as such would stand above them all.
 bool isNumberField(const FieldMetadata& field) {
-    return isNumeric(field.fieldType) || field.fieldType == FieldDataType::bigInt;
+    return isNumeric(field.fieldType) || field.fieldType == FieldDataType::bigInt || isDate(field.fieldType);
 }
 
 std::string list(std::string_view items) {

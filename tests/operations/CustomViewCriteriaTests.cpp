@@ -106,6 +106,8 @@ TEST_F(CustomViewCriteriaTest, EveryComparatorFindsItsRows) {
         {"Amount", numbers, "greater_equal", "9.5", "2 3 6"},
         {"Amount", numbers, "less_than", "10", "1 3"},
         {"Amount", numbers, "less_equal", "9.5", "1 3"},
+        {"Created_Time", {5, 7, "", nullptr}, "greater_equal", "6", "2"},
+        {"Created_Time", {5, 7, "", nullptr}, "less_than", "6", "1"},
         {"Converted", {"false", "true", nullptr}, "equal", "0", "1"},
         {"Converted", {"false", "true", nullptr}, "equal", "1", "2"},
         {"Converted", {"false", "true", nullptr}, "equal", "true", "2"},
