@@ -88,6 +88,10 @@ public:
         insertInto(tableName, MapRowSource(values));
     }
     virtual void insertInto(const std::string& tableName, const RowSource& rows) = 0;
+    /// Stores what the table takes of many rows, in one transaction. Gives the places of the rows that break a rule of
+    /// the table; absent when nothing was stored for another reason.
+    virtual std::optional<std::vector<std::size_t>> insertAccepted(const std::string& tableName,
+                                                                   const RowSource& rows) = 0;
     void insertObject(const InsertQuery& query) { execute(query); }
     void insertObjects(const std::vector<InsertQuery>& queries) { executeAll(queries); }
 

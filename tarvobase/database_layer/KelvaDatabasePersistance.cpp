@@ -51,6 +51,34 @@ const ValueList& orEmpty(const std::optional<ValueList>& parameters) {
     return parameters ? *parameters : none;
 }
 
+/// Some neighbouring rows of a batch.
+class RowSlice final : public RowSource {
+public:
+    RowSlice(const RowSource& batch, std::size_t first, std::size_t count)
+        : batch_(batch), first_(first), count_(count) {}
+    std::span<const std::string> columns() const override { return batch_.columns(); }
+    std::size_t rowCount() const override { return count_; }
+    ValueView cell(std::size_t row, std::size_t column) const override { return batch_.cell(first_ + row, column); }
+    bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
+
+private:
+    const RowSource& batch_;
+    const std::size_t first_, count_;
+};
+
+/// Stores a piece of a batch, and of one that breaks a rule of the table its halves, down to the rows that do.
+void insertHalving(kelva::Database& writer, const std::string& tableName, const RowSource& rows, std::size_t first,
+                   std::size_t count, std::vector<std::size_t>& refused) {
+    try {
+        writer.inSavepoint([&] { writer.insert(tableName, RowSlice(rows, first, count), kelva::OnConflict::replace); });
+    } catch (const kelva::DatabaseError& error) {
+        if (error.kind() != kelva::FailureKind::constraint) throw;
+        if (count == 1) return refused.push_back(first);
+        insertHalving(writer, tableName, rows, first, count / 2, refused);
+        insertHalving(writer, tableName, rows, first + count / 2, count - count / 2, refused);
+    }
+}
+
 }  // namespace
 
 KelvaDatabasePersistance::KelvaDatabasePersistance(StorageLocation storageLocation)
@@ -149,6 +177,24 @@ void KelvaDatabasePersistance::insertInto(const std::string& tableName, const Ro
             return kelva::TransactionCompletion::commit;
         });
     });
+}
+
+std::optional<std::vector<std::size_t>> KelvaDatabasePersistance::insertAccepted(const std::string& tableName,
+                                                                                 const RowSource& rows) {
+    std::vector<std::size_t> refused;
+    auto insert = [&](kelva::Database& writer) {
+        // A savepoint costs a journal of every page, so only a batch that was refused as a whole is worth one.
+        try {
+            writer.insert(tableName, rows, kelva::OnConflict::replace);
+        } catch (const kelva::DatabaseError& error) {
+            if (error.kind() != kelva::FailureKind::constraint) throw;
+            insertHalving(writer, tableName, rows, 0, rows.rowCount(), refused);
+        }
+        return kelva::TransactionCompletion::commit;
+    };
+    bool isDone = withDatabase("insert into " + tableName,
+                               [&](kelva::KelvaDatabase& database) { database.inTransaction(insert); });
+    return isDone ? std::optional(std::move(refused)) : std::nullopt;
 }
 
 void KelvaDatabasePersistance::update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) {

@@ -62,6 +62,8 @@ public:
                 const std::vector<std::vector<std::string>>& uniqueKeys) override;
     void insertInto(const std::string& tableName, const ValueMap& values) override;
     void insertInto(const std::string& tableName, const RowSource& rows) override;
+    std::optional<std::vector<std::size_t>> insertAccepted(const std::string& tableName,
+                                                           const RowSource& rows) override;
     void update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) override;
     void update(const std::string& tableName, const std::vector<ValueMap>& values,
                 const std::vector<Criteria>& criteria) override;

@@ -17,8 +17,13 @@ ResponseInfo timesOf(const ValueMap& response) {
 }  // namespace
 
 Result<Envelope, ParserError> parseEnvelope(const platform::Data& data) {
-    auto document = json::parse(data);
-    auto body = document ? document->asMap() : nullptr;
+    auto body = json::parse(data);
+    if (!body) return ParserError(ParserError::Case::jsonSerializationFailed);
+    return parseEnvelope(*body);
+}
+
+Result<Envelope, ParserError> parseEnvelope(const Value& value) {
+    auto body = value.asMap();
     if (!body) return ParserError(ParserError::Case::jsonSerializationFailed);
     if (auto errors = readKey<ValueList>(*body, "error")) return ParserError::responseError(std::move(errors));
     auto response = parseAs<ValueMap>(*body, "response");

@@ -66,6 +66,7 @@ struct Envelope {
     ResponseInfo responseInfo;
 };
 Result<Envelope, ParserError> parseEnvelope(const platform::Data& data);
+Result<Envelope, ParserError> parseEnvelope(const Value& body);
 
 /// Turns a body into typed entries. Subclasses read the rows of an entry in `parseResult`; one entry's failure leaves
 /// the others usable. Stateless: any thread, several at a time.

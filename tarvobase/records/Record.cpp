@@ -132,13 +132,15 @@ std::optional<Record> Record::fromDictionary(ValueMap dictionary, std::string mo
 
 std::optional<Record> Record::fromRow(Row row, std::string moduleName, const FieldIdentifier& naming) {
     auto identifier = row.columns().find(RecordUtil::getIdentifierFieldName(moduleName, naming));
-    auto id = identifier ? row.cell(*identifier).asText() : std::nullopt;
-    if (!id) {
-        platform::log(std::string(notFoundOrNoMatch));
-        return std::nullopt;
+    auto id = identifier ? row.cell(*identifier) : ValueView();
+    if (auto text = id.asText()) {
+        std::string recordId(*text);
+        return Record(std::move(row), *identifier, std::move(recordId), std::move(moduleName));
     }
-    std::string recordId(*id);
-    return Record(std::move(row), *identifier, std::move(recordId), std::move(moduleName));
+    if (auto number = id.asInteger())
+        return Record(row.toMap(), std::to_string(*number), std::move(moduleName), naming);
+    platform::log(std::string(notFoundOrNoMatch));
+    return std::nullopt;
 }
 
 std::vector<Record> Record::fromRows(const Rows& rows, const std::string& moduleName, const FieldIdentifier& naming) {

@@ -54,7 +54,8 @@ public:
                                              const ModuleIdentifier& moduleId);
     static std::optional<Record> fromDictionary(ValueMap dictionary, std::string moduleName,
                                                 const FieldIdentifier& naming);
-    /// One row of a fetch. The record looks into the row's block.
+    /// One row of a fetch. The record looks into the row's block. The server owns the column types: an id that comes
+    /// back as a whole number is the text of it.
     static std::optional<Record> fromRow(Row row, std::string moduleName, const FieldIdentifier& naming);
     /// All rows of a fetch, those without an identifier left out.
     static std::vector<Record> fromRows(const Rows& rows, const std::string& moduleName, const FieldIdentifier& naming);

@@ -5,6 +5,7 @@
 #include "platform/Text.h"
 #include "tarvobase/records/RecordPlan.h"
 #include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/StoredForm.h"
 #include "tarvobase/value_objects/TagList.h"
 
 namespace tarvo {
@@ -32,6 +33,12 @@ std::string textIn(const ValueMap& map, std::string_view key) {
     return value ? value->textOr("") : "";
 }
 
+/// The ids of attachments as a column holds them.
+Value storedAttachments(const std::vector<std::string>& ids, bool isOfNotes) {
+    if (isOfNotes) return text::join(ids, ",");
+    return Bytes{json::write(Value(ids)).value_or("[]")};
+}
+
 /// A wire dictionary by the slots of a plan.
 class DictionarySource {
 public:
@@ -54,25 +61,27 @@ private:
     const ValueMap& wire_;
 };
 
-/// Fills a database dictionary.
+/// Fills a database dictionary, or the same in the form that a table takes.
 class DictionarySink {
 public:
-    DictionarySink(const RecordPlan& plan, const DictionarySource& source, ValueMap& dictionary)
-        : plan_(plan), source_(source), dictionary_(dictionary) {}
+    DictionarySink(const RecordPlan& plan, const DictionarySource& source, ValueMap& dictionary, Form form)
+        : plan_(plan), source_(source), dictionary_(dictionary), form_(form) {}
 
     void value(std::size_t column, const ValueView& view) { set(column, view.copy()); }
     void other(std::size_t column, std::size_t slot) { set(column, *source_.value(slot)); }
-    void rows(std::size_t column, std::size_t slot) { other(column, slot); }
-    void noRecords(std::size_t column) { set(column, ValueList()); }
+    void rows(std::size_t column, std::size_t slot) {
+        form_ == Form::table ? set(column, countOf(slot)) : other(column, slot);
+    }
+    void noRecords(std::size_t column) { set(column, form_ == Form::table ? Value(0) : Value(ValueList())); }
     bool attachments(std::size_t column, std::size_t slot) {
-        ValueList ids;
+        std::vector<std::string> ids;
         for (auto& map : *source_.value(slot)->asList())
-            if (auto id = map.asMap()->find("id"); id && id->asText()) ids.push_back(*id);
-        auto bytes = json::write(ids);
-        if (bytes) set(column, Bytes{*std::move(bytes)});
-        return bytes.has_value();
+            if (auto id = map.asMap()->find("id"); id && id->asText()) ids.push_back(*id->asText());
+        set(column, storedAttachments(ids, form_ == Form::table && plan_.isOfNotes()));
+        return true;
     }
     void tags(std::size_t column, std::size_t slot) {
+        if (form_ == Form::table) return set(column, countOf(slot));
         std::vector<Tag> tags;
         for (auto& item : *source_.value(slot)->asList()) {
             auto id = item.asMap()->find("id"), name = item.asMap()->find("name");
@@ -88,18 +97,22 @@ public:
     }
 
 private:
+    Value countOf(std::size_t slot) const { return static_cast<std::int64_t>(source_.value(slot)->asList()->size()); }
     void set(std::size_t column, Value value) { dictionary_.set(plan_.columns()[column], std::move(value)); }
 
     const RecordPlan& plan_;
     const DictionarySource& source_;
     ValueMap& dictionary_;
+    const Form form_;
 };
 
-/// The bytes of a list of texts as that list; what is no such list stays.
-void decodeAttachments(Value& value) {
-    auto bytes = value.asBytes();
-    auto list = bytes ? json::parse(bytes->bytes) : std::nullopt;
-    if (isListOf(list ? &*list : nullptr, ValueKind::text)) value = *std::move(list);
+ValueMap converted(const RecordPlan& plan, const ValueMap& wire, Form form) {
+    ValueMap dictionary;
+    dictionary.reserve(plan.columns().size());
+    DictionarySource source(plan, wire);
+    DictionarySink sink(plan, source, dictionary, form);
+    plan.convert(source, sink);
+    return dictionary;
 }
 
 Value textOfMoment(const ValueView& stored, const DateFormatter& formatter) {
@@ -138,21 +151,49 @@ RecordConversion::~RecordConversion() = default;
 RecordConversion::RecordConversion(RecordConversion&&) noexcept = default;
 
 ValueMap RecordConversion::toDatabaseDictionary(const ValueMap& wire) const {
-    ValueMap dictionary;
-    dictionary.reserve(plan_->columns().size());
-    DictionarySource source(*plan_, wire);
-    DictionarySink sink(*plan_, source, dictionary);
-    plan_->convert(source, sink);
-    return dictionary;
+    return converted(*plan_, wire, Form::plain);
 }
+ValueMap RecordConversion::toRow(const ValueMap& wire) const { return converted(*plan_, wire, Form::table); }
 
 std::optional<Record> RecordConversion::toRecord(const ValueMap& wire) const {
     if (plan_->fields().empty()) return std::nullopt;
     auto dictionary = toDatabaseDictionary(wire);
     auto& naming = plan_->naming();
     auto id = textIn(dictionary, RecordUtil::getIdentifierFieldName(plan_->moduleName(), naming));
-    if (auto attachments = dictionary.find(naming.constant->attachments)) decodeAttachments(*attachments);
+    if (auto attachments = dictionary.find(naming.constant->attachments); attachments && attachments->asBytes())
+        if (auto ids = attachmentIds(*attachments, plan_->moduleName())) *attachments = *std::move(ids);
     return Record(std::move(dictionary), std::move(id), plan_->moduleName(), naming);
+}
+
+ValueMap rowOf(const Record& record, const FieldIdentifier& naming) {
+    ValueMap row;
+    bool isOfNotes = record.moduleName() == rawText(ModuleIdentifier::Case::notes);
+    for (std::size_t index = 0; index < record.columnCount(); ++index) {
+        auto& column = record.columnName(index);
+        auto value = record.value(index).copy();
+        if (value.isNull()) continue;
+        if (auto tags = value.asObjectOf<TagList>())
+            row.set(column, static_cast<std::int64_t>(tags->tags().size()));
+        else if (auto ids = column == naming.constant->attachments ? textsOf(value) : std::nullopt)
+            row.set(column, storedAttachments(*ids, isOfNotes));
+        else if (isListOf(&value, ValueKind::map))
+            row.set(column, static_cast<std::int64_t>(value.asList()->size()));
+        else
+            row.set(column, std::move(value));
+    }
+    return row;
+}
+
+std::optional<Value> attachmentIds(const ValueView& stored, const std::string& moduleName) {
+    if (auto joined = stored.asText(); joined && moduleName == rawText(ModuleIdentifier::Case::notes)) {
+        if (joined->empty()) return ValueList();
+        auto ids = text::split(*joined, ",");
+        return ValueList(ids.begin(), ids.end());
+    }
+    auto bytes = stored.asBytes();
+    auto list = bytes ? json::parse(*bytes) : std::nullopt;
+    if (!isListOf(list ? &*list : nullptr, ValueKind::text)) return std::nullopt;
+    return list;
 }
 
 ValueMap convertRecordFromNetworkToDBDictionary(const ValueMap& wire, const FieldList& metadata) {

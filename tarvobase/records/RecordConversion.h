@@ -23,6 +23,9 @@ public:
     RecordConversion(RecordConversion&&) noexcept;
 
     ValueMap toDatabaseDictionary(const ValueMap& wire) const;
+    /// The dictionary in the form that a table takes: of lists of dependent records and of tags their number, of the
+    /// attachments of a note their ids joined by ",". What `RecordPage` makes of the same record.
+    ValueMap toRow(const ValueMap& wire) const;
     /// A record of the field list's module; its id is empty when the dictionary has none as text. Nothing for a list
     /// without fields.
     std::optional<Record> toRecord(const ValueMap& wire) const;
@@ -30,6 +33,13 @@ public:
 private:
     std::unique_ptr<const RecordPlan> plan_;
 };
+
+/// What a record brings to its table: the columns with a value, in the form of `RecordConversion::toRow`.
+ValueMap rowOf(const Record& record, const FieldIdentifier& naming);
+
+/// The ids in a stored attachments column, as a list of texts: of the bytes of such a list and, for notes, of the ids
+/// joined by ",". Nothing for what holds neither.
+std::optional<Value> attachmentIds(const ValueView& stored, const std::string& moduleName);
 
 /// The same for one record. For several make a `RecordConversion`.
 ValueMap convertRecordFromNetworkToDBDictionary(const ValueMap& wire, const FieldList& metadata);

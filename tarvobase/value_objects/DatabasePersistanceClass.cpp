@@ -1,5 +1,7 @@
 #include "tarvobase/value_objects/DatabasePersistanceClass.h"
 
+#include <algorithm>
+
 #include "platform/Text.h"
 #include "tarvobase/utils/LogOnce.h"
 
@@ -7,11 +9,22 @@ namespace tarvo {
 
 namespace {
 
-bool contains(const std::vector<std::string>& columns, const std::string& name) {
-    for (auto& column : columns)
-        if (text::equalsIgnoringAsciiCase(column, name)) return true;
-    return false;
-}
+/// A batch without some of its columns.
+class ColumnSelection final : public RowSource {
+public:
+    ColumnSelection(const RowSource& batch, std::vector<std::size_t> kept) : batch_(batch), kept_(std::move(kept)) {
+        for (auto place : kept_) names_.push_back(batch_.columns()[place]);
+    }
+    std::span<const std::string> columns() const override { return names_; }
+    std::size_t rowCount() const override { return batch_.rowCount(); }
+    ValueView cell(std::size_t row, std::size_t column) const override { return batch_.cell(row, kept_[column]); }
+    bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
+
+private:
+    const RowSource& batch_;
+    const std::vector<std::size_t> kept_;
+    std::vector<std::string> names_;
+};
 
 }  // namespace
 
@@ -24,6 +37,28 @@ void TableAccess::store(std::vector<ValueMap> rows) const {
         adapter_->insertInto(tableName_, rows);
 }
 
+std::optional<std::vector<std::size_t>> TableAccess::storeAccepted(const RowSource& rows) const {
+    if (!adapter_) return std::nullopt;
+    if (rows.rowCount() == 0) return std::vector<std::size_t>();
+    auto inTable = columns();
+    std::vector<std::size_t> kept;
+    for (std::size_t place = 0; place < rows.columns().size(); ++place)
+        if (has(rows.columns()[place], inTable)) kept.push_back(place);
+    if (kept.size() == rows.columns().size()) return adapter_->insertAccepted(tableName_, rows);
+    return adapter_->insertAccepted(tableName_, ColumnSelection(rows, std::move(kept)));
+}
+
+void TableAccess::replaceAll(std::vector<ValueMap> rows) const {
+    if (!adapter_) return;
+    leaveOutMissingColumns(rows);
+    std::vector<DatabaseAdapter::Statement> statements{{DeleteQuery(tableName_).sql(), std::nullopt}};
+    for (auto& row : rows) {
+        InsertQuery query(tableName_, std::move(row));
+        statements.push_back({query.sql(), query.parameters()});
+    }
+    adapter_->execute(statements);
+}
+
 void TableAccess::update(ValueMap values, const Criteria& criteria) const {
     if (!adapter_) return;
     leaveOutMissingColumns({&values, 1});
@@ -32,17 +67,20 @@ void TableAccess::update(ValueMap values, const Criteria& criteria) const {
 }
 
 void TableAccess::leaveOutMissingColumns(std::span<ValueMap> rows) const {
-    auto columns = adapter_->columnNames(tableName_);
-    // Without a table the adapter says so by itself.
-    if (columns.empty()) return;
+    auto inTable = columns();
     std::vector<std::string> missing;
     MapRowSource batch(rows);
     for (auto& name : batch.columns())
-        if (!contains(columns, name)) missing.push_back(name);
-    for (auto& name : missing) {
-        logOnce("table " + tableName_ + " has no column " + name + ": it is left out");
+        if (!has(name, inTable)) missing.push_back(name);
+    for (auto& name : missing)
         for (auto& row : rows) row.remove(name);
-    }
+}
+
+bool TableAccess::has(const std::string& column, const std::vector<std::string>& columns) const {
+    auto isSame = [&](auto& name) { return text::equalsIgnoringAsciiCase(name, column); };
+    if (columns.empty() || std::any_of(columns.begin(), columns.end(), isSame)) return true;
+    logOnce("table " + tableName_ + " has no column " + column + ": it is left out");
+    return false;
 }
 
 void TableAccess::noteDamaged(const std::string& column) const {

@@ -31,6 +31,12 @@ public:
     /// Stores rows, replacing those of the same key. The server owns every schema, and one column that its table lacks
     /// must never lose a row: such a column is left out of the write, and logged once.
     void store(std::vector<ValueMap> rows) const;
+    /// The same for a batch of which one row never costs the others. Gives the places of the rows that the table
+    /// refuses; absent when nothing could be stored.
+    std::optional<std::vector<std::size_t>> storeAccepted(const RowSource& rows) const;
+    /// The table then holds these rows and no others: one transaction, and a failure leaves it as it was. Leaves
+    /// columns out as `store` does; the names of the others are pasted into statements.
+    void replaceAll(std::vector<ValueMap> rows) const;
     std::optional<Rows> fetch(const FetchQuery& query) const {
         return adapter_ ? adapter_->fetchObjects(query) : std::nullopt;
     }
@@ -86,6 +92,14 @@ public:
         }
         return values;
     }
+
+    /// The columns that the table really has; empty without a table.
+    std::vector<std::string> columns() const {
+        return adapter_ ? adapter_->columnNames(tableName_) : std::vector<std::string>();
+    }
+    /// Whether a column is among those that `columns` gave, in any case of letters; one that is not is logged once.
+    /// Without a table every column counts as there, so that the adapter says what is wrong.
+    bool has(const std::string& column, const std::vector<std::string>& columns) const;
 
     const std::string& tableName() const { return tableName_; }
     const std::shared_ptr<DatabaseAdapter>& adapter() const { return adapter_; }

@@ -33,6 +33,9 @@ public:
     }
     void insertInto(const std::string& table, const ValueMap& values) override { next_->insertInto(table, values); }
     void insertInto(const std::string& table, const RowSource& rows) override { next_->insertInto(table, rows); }
+    std::optional<std::vector<std::size_t>> insertAccepted(const std::string& table, const RowSource& rows) override {
+        return next_->insertAccepted(table, rows);
+    }
     void update(const std::string& table, const ValueMap& values, const Criteria& criteria) override {
         next_->update(table, values, criteria);
     }
