@@ -7,12 +7,13 @@
 #include "kelva_db/Database.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/get_metadata/GetFieldListDM.h"
 #include "tarvobase/get_metadata/ModuleInfo.h"
 #include "tarvobase/list_view/ListOrderIndexes.h"
 #include "tarvobase/records/FilterToWhereConverter.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SortDescriptorUtil.h"
-#include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/utils/LogOnce.h"
 
 namespace tarvo {
 
@@ -55,21 +56,21 @@ std::string termsOf(const CVSort& sort) {
     return text::join(terms, ", ");
 }
 
-/// Columns to read: those asked for, or all, with the display texts of lookups and the id.
-std::vector<std::string> columnsOf(const FilterRecordsQuery& query) {
+/// Columns to read. A host may name a field either way; what the table does not have is left out, which is logged once.
+std::vector<std::string> columnsOf(const FilterRecordsQuery& query, const std::vector<std::string>& ofTable) {
     auto& metadata = query.moduleInfo.metadata;
+    auto asked = query.request.columns;
+    if (asked)
+        for (auto& name : *asked)
+            if (auto field = metadata.getField(name) ? nullptr : metadata.getFieldByApiName(name))
+                name = metadata.identifierOf(*field);
     std::vector<std::string> columns;
-    auto add = [&](const std::string& identifier) {
-        columns.push_back(kelva::quotedName(identifier));
-        auto field = metadata.getField(identifier);
-        if (field && isLookupField(field->fieldType)) columns.push_back(kelva::quotedName(getLookupColumn(identifier)));
-    };
-    if (query.request.columns)
-        for (auto& name : *query.request.columns) add(name);
-    else
-        for (auto field : metadata.allFields()) add(metadata.identifierOf(*field));
-    auto id = kelva::quotedName(metadata.naming().constant->id);
-    if (std::find(columns.begin(), columns.end(), id) == columns.end()) columns.push_back(id);
+    for (auto& name : RecordInDatabase::getColumnNameList(asked, query.moduleInfo)) {
+        if (std::find(ofTable.begin(), ofTable.end(), name) != ofTable.end())
+            columns.push_back(kelva::quotedName(name));
+        else
+            logOnce("the table of " + query.moduleInfo.moduleName() + " has no column " + name);
+    }
     return columns;
 }
 
@@ -95,7 +96,8 @@ std::optional<Rows> fetchRowsFirst(DatabaseAdapter& adapter, FetchQuery query, c
 
 GetCVRecordsDBS::GetCVRecordsDBS(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                  std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance)
-    : databaseAdapter_(std::move(databaseAdapter)),
+    : RecordInDatabase(databaseAdapter, FieldListAssembler::getFieldListDM(databaseAdapter)),
+      databaseAdapter_(std::move(databaseAdapter)),
       filterRecordMapPersistance_(std::move(filterRecordMapPersistance)) {}
 
 CVSort GetCVRecordsDBS::getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo) {
@@ -136,9 +138,10 @@ GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, c
     if (query.unsyncedCriteria) ofView = Criteria::or_({std::move(ofView), *query.unsyncedCriteria});
 
     auto terms = termsOf(sort);
-    FetchQuery fetch(kelva::quotedName(RecordUtil::getTableName(moduleName)), std::move(ofView));
+    auto table = RecordUtil::getTableName(moduleName);
+    FetchQuery fetch(kelva::quotedName(table), std::move(ofView));
     for (auto& condition : furtherConditions(query)) fetch.filter(std::move(condition));
-    fetch.columns = columnsOf(query);
+    fetch.columns = columnsOf(query, databaseAdapter_->columnNames(table));
     fetch.columns.insert(fetch.columns.end(), sort.columns.begin(), sort.columns.end());
     fetch.sortBy = {SortDescriptor::customOrderBy(terms)};
     fetch.offset = query.request.from;
@@ -147,7 +150,7 @@ GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, c
     auto rows = isLong && fetch.limit ? fetchRowsFirst(*databaseAdapter_, std::move(fetch), terms)
                                       : databaseAdapter_->fetchObjects(fetch);
     if (!rows) return {};
-    return {Record::fromRows(*rows, moduleName, query.moduleInfo.metadata.naming()), isLong};
+    return {recordsOf(*rows, query.moduleInfo.metadata), isLong};
 }
 
 }  // namespace tarvo

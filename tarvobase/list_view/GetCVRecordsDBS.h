@@ -8,13 +8,10 @@
 #include "tarvobase/database_layer/SortDescriptor.h"
 #include "tarvobase/list_view/GetListFilterRecordsParams.h"
 #include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
-#include "tarvobase/records/Record.h"
+#include "tarvobase/records/RecordInDatabase.h"
 #include "tarvobase/value_objects/FilterProtocol.h"
 
 namespace tarvo {
-
-class DatabaseAdapter;
-struct ModuleInfo;
 
 /// One read of a view's stored records. The references must outlive the call.
 struct FilterRecordsQuery {
@@ -35,11 +32,12 @@ public:
     virtual std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) = 0;
 };
 
-class GetCVRecordsDBS final : public GetFilterRecordsDBSP {
+class GetCVRecordsDBS final : public RecordInDatabase, public GetFilterRecordsDBSP {
 public:
     GetCVRecordsDBS(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                     std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance);
 
+    using RecordInDatabase::getRecords;
     std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) override;
     std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) override;
 

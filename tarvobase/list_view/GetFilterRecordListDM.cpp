@@ -1,0 +1,194 @@
+#include "tarvobase/list_view/GetFilterRecordListDM.h"
+
+#include <algorithm>
+
+#include "kelva_db/Database.h"
+#include "platform/Log.h"
+#include "platform/ProcessState.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/list_view/OnlineViews.h"
+#include "tarvobase/records/CVRecordMapInDatabase.h"
+#include "tarvobase/usecase/Usecase.h"
+#include "tarvobase/value_objects/CustomViewInDatabase.h"
+#include "tarvobase/value_objects/IdentifierConstants.h"
+
+namespace tarvo {
+
+namespace {
+
+constexpr std::int64_t defaultFrom = 0;
+constexpr std::int64_t defaultLimit = 200;
+/// The first page comes soon, and the end of a long list is few requests away.
+constexpr std::int64_t initialMaxCount = 200;
+constexpr std::int64_t defaultMaxCount = 1000;
+/// Beyond this offset a list is what is stored.
+constexpr std::int64_t maxCVRecordCount = 20000;
+
+const std::string duplicateValue = "Duplicate value";
+
+OnlineViews& onlineViews() { return platform::ProcessState::current().get<OnlineViews>(); }
+
+OnlineViews::Key keyOf(const CustomView& view) {
+    return {CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""), view.moduleName, view.viewID};
+}
+
+/// Whether the stored rows of a view are those of a former run, which its first answer of this run replaces.
+bool awaitsReplacement(const CustomView& view) {
+    return !view.isOfflineSupported && !onlineViews().isAnswered(keyOf(view));
+}
+
+std::int64_t fromOf(const GetListFilterRecordsParams& request) {
+    return std::max(defaultFrom, request.from.value_or(defaultFrom));
+}
+
+/// The one entry of an answer with its records; null when there are none to read.
+const RParsedResult<WireRecords, RecordListInfo>* recordsOf(const std::optional<WireRecordsParser::Response>& answer) {
+    if (!answer || answer->result.empty() || !answer->result.front()) return nullptr;
+    auto& entry = *answer->result.front();
+    return entry.data ? &entry : nullptr;
+}
+
+}  // namespace
+
+void GetFilterRecordListDM::getRecordList(const RequestPtr& request, Answers answers,
+                                          std::optional<std::vector<Criteria>> criteria) {
+    auto source = request->source();
+    if (source == DataSource::none) return;
+    auto moduleInfo = parts.moduleInfoDatamanager->getModuleInfo(request->moduleName);
+    if (!moduleInfo) return answers.onError(Failure::unknownError());
+    auto view = parts.filterPersistence->getCustomView(request->criteriaId, request->moduleName);
+    if (!view) return answers.onError(Failure::unknownError());
+    auto call = std::make_shared<const Call>(
+        Call{request, std::move(answers), std::move(criteria), *std::move(moduleInfo), *std::move(view)});
+
+    bool isFirst = !call->view.isOfflineSupported && onlineViews().noteRequest(keyOf(call->view));
+    if (isFirst) parts.userDefaultsUtil->resetListFilter(request->moduleName, request->criteriaId);
+
+    std::vector<Record> records;
+    if (!isFirst && source != DataSource::network) records = readLocally(*call);
+    auto recordCount = static_cast<std::int64_t>(records.size());
+    bool anyRows = recordCount > 0;
+    if (anyRows) {
+        platform::log("Records in DB for " + call->view.viewName + ": " + std::to_string(recordCount));
+        call->answers.callback({std::move(records), hasMore(*request)});
+    }
+    // Rows that are about to be replaced are shown, but they are no part of the list that the server is asked for.
+    auto heldCount = awaitsReplacement(call->view) ? 0 : recordCount;
+    bool mayAsk = source != DataSource::database && !(source == DataSource::either && anyRows);
+    if (mayAsk && canTriggerNetworkRequest(*request, heldCount))
+        return triggerNetworkRequest(call, fromOf(*request) + heldCount);
+    if (anyRows) return;
+    platform::log("No record in DB and Server not triggered for " + call->view.viewName);
+    call->answers.callback({});
+}
+
+std::vector<Record> GetFilterRecordListDM::readLocally(const Call& call) const {
+    auto& moduleName = call.request->moduleName;
+    auto records = parts.filterRecordDBS->getRecords(
+        {.filter = call.view,
+         .moduleInfo = call.moduleInfo,
+         .request = *call.request,
+         .unsyncedCriteria = getUnsyncedCriteria(moduleName, call.view.moduleName, call.moduleInfo.metadata.naming()),
+         .criteria = call.criteria});
+    return std::move(records).value_or(std::vector<Record>());
+}
+
+std::optional<Criteria> GetFilterRecordListDM::getUnsyncedCriteria(const std::string& moduleName,
+                                                                   const std::string& viewModule,
+                                                                   const FieldIdentifier& naming) const {
+    using Kind = RecordDependency::Kind;
+    std::vector<Kind> kinds;
+    if (viewModule != moduleName) kinds.push_back(Kind::edit);
+    kinds.push_back(Kind::add);
+    auto ids = parts.transactionManager->getRecordIds(moduleName, kinds, duplicateValue);
+    if (!ids || ids->empty()) return std::nullopt;
+    return Criteria::in(kelva::quotedName(naming.constant->id), ValueList(ids->begin(), ids->end()));
+}
+
+bool GetFilterRecordListDM::hasMore(const GetListFilterRecordsParams& request) const {
+    return parts.userDefaultsUtil->getListFilterHasMoreRecord(request.moduleName, request.criteriaId);
+}
+
+bool GetFilterRecordListDM::canTriggerNetworkRequest(const GetListFilterRecordsParams& request,
+                                                     std::int64_t recordCount) const {
+    auto from = fromOf(request);
+    if (from > maxCVRecordCount) return false;
+    // from + limit > recordCount, for any limit that a host may give.
+    return hasMore(request) && request.limit.value_or(defaultLimit) > recordCount - from;
+}
+
+void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int64_t from) {
+    platform::log(call->view.viewName + ", from " + std::to_string(from));
+    parts.networkService->getRecordList({.cv = call->view,
+                                         .module = call->moduleInfo.module,
+                                         .from = from,
+                                         .maxDownloadCount = from == 0 ? initialMaxCount : defaultMaxCount},
+                                        [weak = platform::weakSelf(this), call, from](auto answer) {
+                                            if (auto self = weak.lock())
+                                                self->networkCompletion(call, from, std::move(answer));
+                                        });
+}
+
+// On the network queue: answers are stored one after the other, in the order in which they come.
+void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t from,
+                                              std::optional<WireRecordsParser::Response> answer) {
+    auto entry = recordsOf(answer);
+    if (!entry) return call->answers.onError(Failure::unknownError());
+    takeOver(*call, from, *entry->data);
+    notePosition(*call, entry->info, answer->responseInfo);
+    // A long list may take a while to read; other completions need not wait for it.
+    UsecaseQueue::queue()->async([weak = platform::weakSelf(this), call] {
+        if (auto self = weak.lock()) self->answerFinally(*call);
+    });
+}
+
+void GetFilterRecordListDM::takeOver(const Call& call, std::int64_t from, const WireRecords& records) {
+    auto& request = *call.request;
+    auto ids = parts.recordPersistance->storeRecord(records, request.moduleName);
+    platform::log("Network call success for " + call.view.viewName + ", with count of records " +
+                  std::to_string(ids.size()));
+    // Only an answer that begins the list can stand for all of it.
+    bool replaces = !call.view.isOfflineSupported && from == 0 && onlineViews().noteAnswer(keyOf(call.view));
+    if (replaces) parts.filterRecordMapPersistance->delete_(request.criteriaId, request.moduleName);
+    parts.filterRecordMapPersistance->store(ids, request.criteriaId, request.moduleName);
+}
+
+void GetFilterRecordListDM::notePosition(const Call& call, const RecordListInfo& info,
+                                         const ResponseInfo& responseInfo) {
+    auto& request = *call.request;
+    auto& defaults = *parts.userDefaultsUtil;
+    // An answer that does not tell leaves the question open, unless it says that there is nothing.
+    if (info.hasMore || info.noData == true)
+        defaults.setListFilterHasMoreRecord(info.hasMore.value_or(false), request.moduleName, request.criteriaId);
+    auto time = info.serverTime.value_or(static_cast<std::int64_t>(responseInfo.serverTime));
+    if (time > 0) defaults.setListFilterRecordSyncTime(time, request.moduleName, request.criteriaId);
+}
+
+void GetFilterRecordListDM::answerFinally(const Call& call) const {
+    auto records = readLocally(call);
+    if (records.empty()) {
+        platform::log("No record after network call for " + call.view.viewName);
+        return call.answers.onSuccess({});
+    }
+    platform::log("Record count after network call for " + call.view.viewName + ": " + std::to_string(records.size()));
+    call.answers.onSuccess({std::move(records), hasMore(*call.request)});
+}
+
+std::shared_ptr<GetFilterRecordListDM> GetFilterRecordListDM::current() {
+    auto& configuration = CommonConfigration::sharedInstance();
+    auto adapter = configuration.databaseAdapter.get();
+    auto map = std::make_shared<CVRecordMapInDatabase>(adapter);
+    auto records = std::make_shared<GetCVRecordsDBS>(adapter, map);
+    return std::make_shared<GetFilterRecordListDM>(
+        Parts{.userDefaultsUtil = std::make_shared<UserDefaultsUtil>(std::make_shared<BrenUserDefaults>()),
+              .networkService = std::make_shared<GetCVRecordsNetworkService>(),
+              .moduleInfoDatamanager = GetModuleInfoAssembler::getModuleInfoDM(),
+              .filterPersistence = std::make_shared<CustomViewInDatabase>(adapter),
+              .filterRecordMapPersistance = map,
+              .filterRecordDBS = records,
+              .recordPersistance = records,
+              .transactionManager = std::make_shared<EmptyTransactionManager>()});
+}
+
+}  // namespace tarvo

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "tarvobase/get_metadata/GetModuleInfoDataManager.h"
+#include "tarvobase/list_view/GetCVRecordsDBS.h"
+#include "tarvobase/list_view/GetCVRecordsNetworkService.h"
+#include "tarvobase/list_view/GetListFilterRecordsParams.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/transaction/TransactionManagerContract.h"
+#include "tarvobase/usecase/AppError.h"
+#include "tarvobase/utils/UserDefaultsUtil.h"
+#include "tarvobase/value_objects/CustomViewPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// Serves a page of a view: what is stored first, and then, when that is short of the page and the server has said that
+/// it has more, what the server adds. Which records belong to a view is the server's word, kept in the view's map; a
+/// record whose upload the server refused as a duplicate belongs to it besides.
+///
+/// Which answers come, in their order:
+///
+/// | stored rows | the server is asked | answers |
+/// |---|---|---|
+/// | some | no | `callback` with them |
+/// | none | no | `callback` without rows |
+/// | some | yes | `callback` with them, then `onSuccess` or `onError` |
+/// | none | yes | `onSuccess` or `onError` |
+///
+/// Every failure is `unknownError`. When the data manager is let go while the server is asked, no further answer comes.
+class GetFilterRecordListDM final : public platform::Object {
+public:
+    struct Parts {
+        std::shared_ptr<UserDefaultsUtil> userDefaultsUtil;
+        std::shared_ptr<GetCVRecordsNetworkService> networkService;
+        std::shared_ptr<GetModuleInfoDataManager> moduleInfoDatamanager;
+        std::shared_ptr<CustomViewPersistanceDelegate> filterPersistence;
+        std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance;
+        std::shared_ptr<GetFilterRecordsDBSP> filterRecordDBS;
+        std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
+        std::shared_ptr<TransactionManagerContract> transactionManager;
+    };
+    explicit GetFilterRecordListDM(Parts parts) : parts(std::move(parts)) {}
+    /// Over the database that is open at this moment and the settings of the account.
+    static std::shared_ptr<GetFilterRecordListDM> current();
+
+    const Parts parts;
+
+    using RequestPtr = std::shared_ptr<const GetListFilterRecordsParams>;
+    using Failure = AppError<NoDomainError>;
+    struct RecordList {
+        std::vector<Record> records;
+        bool moreRecords = false;  ///< whether the server has more records of the view
+    };
+    /// All must be there. `callback` is called before `getRecordList` returns, the others perhaps later, on a
+    /// background queue.
+    struct Answers {
+        std::function<void(RecordList)> callback;
+        std::function<void(RecordList)> onSuccess;
+        std::function<void(Failure)> onError;
+    };
+
+    /// Blocks its caller for the local part. A source of `database` never asks the server, `network` reads no stored
+    /// rows first, `either` asks the server only when there are none, and `none` gives no answer. `criteria` are
+    /// further conditions on the stored rows.
+    void getRecordList(const RequestPtr& request, Answers answers,
+                       std::optional<std::vector<Criteria>> criteria = std::nullopt);
+
+private:
+    /// What one call works on.
+    struct Call {
+        RequestPtr request;
+        Answers answers;
+        std::optional<std::vector<Criteria>> criteria;
+        ModuleInfo moduleInfo;
+        CustomView view;
+    };
+    using CallPtr = std::shared_ptr<const Call>;
+
+    std::vector<Record> readLocally(const Call& call) const;
+    std::optional<Criteria> getUnsyncedCriteria(const std::string& moduleName, const std::string& viewModule,
+                                                const FieldIdentifier& naming) const;
+    bool canTriggerNetworkRequest(const GetListFilterRecordsParams& request, std::int64_t recordCount) const;
+    void triggerNetworkRequest(const CallPtr& call, std::int64_t from);
+    void networkCompletion(const CallPtr& call, std::int64_t from, std::optional<WireRecordsParser::Response> answer);
+    void takeOver(const Call& call, std::int64_t from, const WireRecords& records);
+    void notePosition(const Call& call, const RecordListInfo& info, const ResponseInfo& responseInfo);
+    void answerFinally(const Call& call) const;
+    bool hasMore(const GetListFilterRecordsParams& request) const;
+};
+
+}  // namespace tarvo
