@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,33 @@ public:
 struct GetColumnFilter {
     static ColumnFilter getFilter(const FilterType& filterType, const Metadata& column);
     static ColumnFilter getFilter(const FilterType& filterType, std::string column);
+
+    /// Filters over activities, as of the moment of the call and in the naming in force. All of a list must hold.
+    using Filters = std::vector<ColumnFilter>;
+
+    /// By the status and the day when they are due.
+    struct Tasks {
+        static Filters open();
+        static Filters closed();
+        static Filters overdue();  ///< open, and due before today
+        /// From the first moment on, before the second, in seconds since 1970; so for the others.
+        static Filters betweenDates(std::int64_t from, std::int64_t to);
+    };
+    /// An event is upcoming until it has ended, so that each is either upcoming or past.
+    struct Events {
+        static Filters upcoming();
+        static Filters past();
+        static Filters betweenDates(std::int64_t from, std::int64_t to);  ///< by its start
+    };
+    /// A call that is not completed is scheduled until its time and overdue from then on; upcoming are both, so that a
+    /// call whose time has passed is not lost from the lists of what is to be done.
+    struct Calls {
+        static Filters scheduled();
+        static Filters overdue();
+        static Filters upcoming();
+        static Filters completed();
+        static Filters betweenDates(std::int64_t from, std::int64_t to);
+    };
 };
 
 }  // namespace tarvo
