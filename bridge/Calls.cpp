@@ -11,6 +11,8 @@ namespace tarvo::bridge {
 void addCalls(Registry& registry) {
     addAccountCalls(registry);
     addMetadataCalls(registry);
+    addViewCalls(registry);
+    addRecordCalls(registry);
     registry.addUsecase<GetModule>("GetModule");
     registry.addUsecase<GetModuleTagsUC>("GetModuleTagsUC");
     registry.addUsecase<GetModulesUC>("GetModulesUC");

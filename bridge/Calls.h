@@ -13,4 +13,10 @@ void addAccountCalls(Registry& registry);
 /// Those that tell of modules, fields and layouts.
 void addMetadataCalls(Registry& registry);
 
+/// Those that tell of views and of the filters of columns.
+void addViewCalls(Registry& registry);
+
+/// Those that answer a delegate with records.
+void addRecordCalls(Registry& registry);
+
 }  // namespace tarvo::bridge

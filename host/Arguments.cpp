@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 
 namespace tarvo::host {
 
@@ -84,8 +85,14 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     modules->add_flag("--fetch", arguments.fetch, "Ask the server also when modules are stored");
     auto fields = app.add_subcommand(
         "fields", "List the fields of a module by layout and section; fetches them first when none are stored");
-    fields->add_option("MODULE", arguments.module, "Name of the module")->required();
-    fields->add_flag("--fetch", arguments.fetch, "Ask the server also when fields are stored");
+    auto views = app.add_subcommand("views", "List the views of a module; fetches them first when none are stored");
+    auto filters = app.add_subcommand(
+        "filters", "List the filters that a field offers; fetches the module's fields first when none are stored");
+    for (auto command : {fields, views, filters}) {
+        command->add_option("MODULE", arguments.module, "Name of the module")->required();
+        command->add_flag("--fetch", arguments.fetch, "Ask the server also when what is asked for is stored");
+    }
+    filters->add_option("FIELD", arguments.field, "API name or column of the field")->required();
     app.add_subcommand("serve", "Take calls as lines of JSON from standard input");
     try {
         app.parse(count, values);
@@ -97,7 +104,9 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     blankSecrets(count, values);
     ::unsetenv(passphraseVariable);
 
-    arguments.command = modules->parsed() ? Command::modules : fields->parsed() ? Command::fields : Command::serve;
+    for (auto [parsed, command] : {std::pair(modules, Command::modules), std::pair(fields, Command::fields),
+                                   std::pair(views, Command::views), std::pair(filters, Command::filters)})
+        if (parsed->parsed()) arguments.command = command;
     arguments.home = std::filesystem::absolute(arguments.home).string();
     arguments.servlet = *fromCaseName<ServletPathV4>(servlet);
     // The editions differ in the names that their servers keep tables under.

@@ -8,7 +8,7 @@
 
 namespace tarvo::host {
 
-enum class Command { modules, fields, serve };
+enum class Command { modules, fields, views, filters, serve };
 enum class Identifier { column, api };
 
 /// What the command line says.
@@ -23,7 +23,8 @@ struct Arguments {
     std::optional<std::string> prefix;
     std::string authorityFile;  ///< empty for none
     ServletPathV4 servlet = ServletPathV4::crm;
-    std::string module;  ///< whose fields are wanted
+    std::string module;  ///< whose fields, views or filters are wanted
+    std::string field;   ///< whose filters are wanted
     Identifier identifier = Identifier::column;
     bool json = false;
     bool fetch = false;

@@ -1,12 +1,33 @@
 #include "host/CommandSteps.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "host/Console.h"
 #include "host/InitStep.h"
+#include "host/ModuleDownloads.h"
+#include "tarvobase/get_metadata/GetFieldList.h"
+#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/get_metadata/PopulateRelatedModulesDM.h"
 #include "tarvobase/value_objects/ModuleInDatabase.h"
 
 namespace tarvo::host {
+
+namespace {
+
+using Download = decltype(&runMetadataDownload);
+
+/// Why a download for one module did not succeed, or nothing.
+std::optional<std::string> fetchFor(const std::shared_ptr<DatabaseAdapter>& database, const std::string& moduleName,
+                                    Download download) {
+    auto module = MetadataStores::current().modules()->getModuleByModuleName(moduleName);
+    if (!module) return "the module " + moduleName + " cannot be read";
+    auto outcome = awaited<DownloadOutcome>([&](auto whenEnded) { return download(database, {*module}, whenEnded); });
+    if (!outcome) return "the server did not answer in time";
+    return outcome->failed.empty() ? std::nullopt : std::optional(explanationOf(outcome->failed.begin()->first));
+}
+
+}  // namespace
 
 Result<std::string, int> openDatabase(Host& host, const Arguments& arguments) {
     auto path = host.openDatabase(*arguments.passphrase);
@@ -31,6 +52,39 @@ std::optional<std::string> fetchModules(Host& host) {
     auto outcome = awaited<InitOutcome>([&](auto whenEnded) { return runInitStep(host.database(), whenEnded); });
     if (!outcome) return "the server did not answer in time";
     return outcome->isStored() ? std::nullopt : std::optional(explanationOf(outcome->notice));
+}
+
+std::optional<int> findModule(Host& host, const Arguments& arguments, const char* tokenNeeded) {
+    auto names = storedModuleNames(host.database());
+    if (names.empty()) {
+        if (!arguments.token) return fail(tokenNeeded, 2);
+        if (auto failure = fetchModules(host)) return fail(*failure);
+        names = storedModuleNames(host.database());
+    }
+    if (std::find(names.begin(), names.end(), arguments.module) != names.end()) return std::nullopt;
+    return fail("there is no module \"" + arguments.module + "\"; the command modules lists them");
+}
+
+std::optional<FieldList> storedFields(const std::string& module) {
+    auto fields = awaited<std::optional<FieldList>>([&](auto answer) {
+        auto usecase = std::make_shared<GetFieldList>();
+        usecase->execute(GetFieldList::Request(module),
+                         [answer](const GetFieldList::Response* response, const GetFieldList::Failure*) {
+                             answer(response ? std::optional(response->fieldList) : std::nullopt);
+                         });
+        return usecase;
+    });
+    return fields.value_or(std::nullopt);
+}
+
+std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName) {
+    auto failure = fetchFor(host.database(), moduleName, runMetadataDownload);
+    if (!failure) PopulateRelatedModulesDM().populateLookupColumn();
+    return failure;
+}
+
+std::optional<std::string> fetchViews(Host& host, const std::string& moduleName) {
+    return fetchFor(host.database(), moduleName, runViewDownload);
 }
 
 std::string explanationOf(const std::string& notice) {

@@ -9,6 +9,7 @@
 #include "host/Host.h"
 #include "platform/DispatchQueue.h"
 #include "platform/Result.h"
+#include "tarvobase/value_objects/FieldList.h"
 
 /// What the commands for people have in common. Main thread; the main queue runs while a step waits.
 namespace tarvo::host {
@@ -34,6 +35,14 @@ Result<std::string, int> openDatabase(Host& host, const Arguments& arguments);
 std::vector<std::string> storedModuleNames(const std::shared_ptr<DatabaseAdapter>& database);
 /// Makes the init call. Gives one line that says why it could not be done, or nothing.
 std::optional<std::string> fetchModules(Host& host);
+/// Sees to it that the module of the arguments is stored, after an init call where no modules are. Nothing when it is,
+/// otherwise the exit status; `tokenNeeded` is what is said where the call cannot be made for want of a token.
+std::optional<int> findModule(Host& host, const Arguments& arguments, const char* tokenNeeded);
+/// Nothing when no metadata of the module is stored.
+std::optional<FieldList> storedFields(const std::string& module);
+/// Why the metadata, or the views, of a stored module could not be fetched, or nothing.
+std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName);
+std::optional<std::string> fetchViews(Host& host, const std::string& moduleName);
 /// A notice of a failed fetch as part of a line.
 std::string explanationOf(const std::string& notice);
 /// Writes to standard output and gives the exit status.

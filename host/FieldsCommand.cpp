@@ -1,17 +1,11 @@
 #include "host/FieldsCommand.h"
 
-#include <algorithm>
-
 #include "bridge/JsonForm.h"
 #include "host/CommandSteps.h"
 #include "host/Console.h"
-#include "host/MetadataDownload.h"
 #include "platform/Json.h"
 #include "platform/Text.h"
-#include "tarvobase/get_metadata/GetFieldList.h"
 #include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
-#include "tarvobase/get_metadata/MetadataStores.h"
-#include "tarvobase/get_metadata/PopulateRelatedModulesDM.h"
 
 namespace tarvo::host {
 
@@ -107,19 +101,6 @@ std::string forPrograms(const std::vector<LayoutLines>& listing, const std::stri
     return json::write(map).value_or("") + "\n";
 }
 
-/// Nothing when no metadata of the module is stored.
-std::optional<FieldList> storedFields(const std::string& module) {
-    auto fields = awaited<std::optional<FieldList>>([&](auto answer) {
-        auto usecase = std::make_shared<GetFieldList>();
-        usecase->execute(GetFieldList::Request(module),
-                         [answer](const GetFieldList::Response* response, const GetFieldList::Failure*) {
-                             answer(response ? std::optional(response->fieldList) : std::nullopt);
-                         });
-        return usecase;
-    });
-    return fields.value_or(std::nullopt);
-}
-
 StoredLayouts storedLayouts(const std::string& module) {
     auto layouts = awaited<StoredLayouts>([&](auto answer) {
         auto usecase = std::make_shared<GetLayoutModuleInfo>();
@@ -136,18 +117,6 @@ StoredLayouts storedLayouts(const std::string& module) {
     return layouts.value_or(StoredLayouts());
 }
 
-/// Why the metadata could not be fetched, or nothing.
-std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName) {
-    auto module = MetadataStores::current().modules()->getModuleByModuleName(moduleName);
-    if (!module) return "the module " + moduleName + " cannot be read";
-    auto outcome = awaited<MetadataOutcome>(
-        [&](auto whenEnded) { return runMetadataDownload(host.database(), {*module}, whenEnded); });
-    if (!outcome) return "the server did not answer in time";
-    if (!outcome->failed.empty()) return explanationOf(outcome->failed.begin()->first);
-    PopulateRelatedModulesDM().populateLookupColumn();
-    return std::nullopt;
-}
-
 /// What is stored of a module.
 struct Stored {
     std::optional<FieldList> fields;
@@ -157,18 +126,6 @@ struct Stored {
     /// Fields alone may have come with a module that depends on this one.
     bool isWhole() const { return fields && !layouts.empty(); }
 };
-
-/// Nothing when the module is stored, otherwise the exit status.
-std::optional<int> findModule(Host& host, const Arguments& arguments) {
-    auto names = storedModuleNames(host.database());
-    if (names.empty()) {
-        if (!arguments.token) return fail(tokenNeeded, 2);
-        if (auto failure = fetchModules(host)) return fail(*failure);
-        names = storedModuleNames(host.database());
-    }
-    if (std::find(names.begin(), names.end(), arguments.module) != names.end()) return std::nullopt;
-    return fail("there is no module \"" + arguments.module + "\"; the command modules lists them");
-}
 
 /// What is stored, after a fetch where something is missing or where one is asked for; otherwise the exit status.
 /// Fields without layouts are listed also when no more can be had.
@@ -189,7 +146,7 @@ Result<Stored, int> storedOf(Host& host, const Arguments& arguments) {
 int listFields(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
-    if (auto status = findModule(host, arguments)) return *status;
+    if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
     auto stored = storedOf(host, arguments);
     if (!stored) return stored.error();
     auto lines = listing(*stored->fields, stored->layouts);

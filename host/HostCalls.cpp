@@ -7,6 +7,7 @@
 #include "host/ConfigFields.h"
 #include "host/InitStep.h"
 #include "host/MetadataCalls.h"
+#include "host/RecordCalls.h"
 #include "host/SettingsCalls.h"
 #include "platform/Clock.h"
 #include "platform/LocalZone.h"
@@ -146,6 +147,7 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<std::strin
     auto topics = std::make_shared<bridge::Topics>();
     addSettingsCalls(registry, topics);
     addMetadataCalls(registry, host);
+    addRecordCalls(registry, host);
     registry.addOperation<bridge::Topics::Request>(
         "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
             bool exists = topics->change(request, call->notifier());

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/MetadataDownload.h"
+#include "host/ModuleDownloads.h"
 #include "tarvobase/get_metadata/MetadataStores.h"
 #include "tarvobase/get_metadata/PopulateRelatedModulesDM.h"
 
@@ -12,12 +12,12 @@ namespace {
 
 using bridge::CallPtr;
 
-struct MetadataRequest {
+struct DownloadRequest {
     std::vector<std::string> moduleNames;  // empty for all that are stored
     bool holdInput = true;
     static constexpr auto fields() {
-        return describe(optionalField("moduleNames", &MetadataRequest::moduleNames),
-                        optionalField("holdInput", &MetadataRequest::holdInput));
+        return describe(optionalField("moduleNames", &DownloadRequest::moduleNames),
+                        optionalField("holdInput", &DownloadRequest::holdInput));
     }
 };
 struct PopulateRequest {
@@ -41,27 +41,32 @@ Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::str
     return Answer::success(std::move(modules));
 }
 
-void tell(const MetadataOutcome& outcome, const CallPtr& call) {
+void tell(const DownloadOutcome& outcome, const CallPtr& call) {
     for (auto& [notice, names] : outcome.failed) call->delegate(notice, {{"moduleNames", bridge::toJson(names)}});
     call->event("done", "response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
     call->finish();
 }
 
-void fetchMetadata(Host& host, const MetadataRequest& request, const CallPtr& call) {
+using Download = decltype(&runMetadataDownload);
+
+void download(Host& host, Download run, const DownloadRequest& request, const CallPtr& call) {
     if (!host.database()) return call->refuse("no database is open");
     auto modules = modulesNamed(request.moduleNames);
     if (!modules) return call->refuse("request.moduleNames: " + modules.error());
     if (request.holdInput) call->holdInput();
-    call->keepUntilEnd(runMetadataDownload(host.database(), *modules,
-                                           [call](const MetadataOutcome& outcome) { tell(outcome, call); }));
+    call->keepUntilEnd(run(host.database(), *modules, [call](const DownloadOutcome& outcome) { tell(outcome, call); }));
 }
 
 }  // namespace
 
 void addMetadataCalls(bridge::Registry& registry, Host& host) {
-    registry.addOperation<MetadataRequest>(
-        "host.metadata",
-        [&host](const MetadataRequest& request, const CallPtr& call) { fetchMetadata(host, request, call); });
+    auto add = [&](std::string name, Download run) {
+        registry.addOperation<DownloadRequest>(
+            std::move(name),
+            [&host, run](const DownloadRequest& request, const CallPtr& call) { download(host, run, request, call); });
+    };
+    add("host.metadata", runMetadataDownload);
+    add("host.views", runViewDownload);
     // On the main queue like every start of a call, so that the lines behind it read what it wrote.
     registry.addOperation<PopulateRequest>("host.populateLookupColumn", [&host](PopulateRequest, const CallPtr& call) {
         if (!host.database()) return call->refuse("no database is open");

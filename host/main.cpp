@@ -4,9 +4,11 @@
 #include "host/Arguments.h"
 #include "host/Console.h"
 #include "host/FieldsCommand.h"
+#include "host/FiltersCommand.h"
 #include "host/Host.h"
 #include "host/ModulesCommand.h"
 #include "host/Serve.h"
+#include "host/ViewsCommand.h"
 #include "platform/Log.h"
 
 namespace {
@@ -24,6 +26,10 @@ int run(const Arguments& arguments) {
             return listModules(**host, arguments);
         case Command::fields:
             return listFields(**host, arguments);
+        case Command::views:
+            return listViews(**host, arguments);
+        case Command::filters:
+            return listFilters(**host, arguments);
         case Command::serve:
             return serve(**host, arguments);
     }

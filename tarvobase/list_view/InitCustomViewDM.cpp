@@ -34,6 +34,12 @@ std::shared_ptr<ModuleBatch> InitCustomViewDM::makeModuleBatch() const {
     return std::make_shared<ModuleBatch>(Feature::customView, persistance_.batches);
 }
 
+void InitCustomViewDM::getCustomViews(std::vector<Module> modules, Callback success, Callback failure) {
+    auto batches = makeModuleBatch();
+    batches->initiateBatchOfAll(modules);
+    run(std::move(batches), Callbacks{std::move(success), std::move(failure)});
+}
+
 void InitCustomViewDM::request(const std::vector<Module>& modules) {
     networkService_->getCustomViews(
         modules, [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError> error,
@@ -58,6 +64,7 @@ void InitCustomViewDM::store(const std::vector<CustomView>& views, const std::st
 
 void InitCustomViewDM::allBatchesCompleted() {
     platform::log("CustomViewInfo Batch completed.");
+    callSuccess();
     endRun();
 }
 

@@ -29,6 +29,11 @@ public:
         const std::shared_ptr<DatabaseAdapter>& databaseAdapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<InitCustomViewNSP> networkService = std::make_shared<InitCustomViewNS>());
 
+    /// Downloads the views of exactly these modules, whether or not they were downloaded before. `success` and
+    /// `failure` as for the metadata: `success` is called once when all batches are done, also those that failed, and
+    /// `failure` never. A call during a download waits until that is done.
+    void getCustomViews(std::vector<Module> modules, Callback success, Callback failure);
+
     void allBatchesCompleted() override;
 
 protected:

@@ -1,0 +1,82 @@
+#include "host/FiltersCommand.h"
+
+#include "bridge/RecordForms.h"
+#include "host/CommandSteps.h"
+#include "host/Console.h"
+#include "platform/Json.h"
+#include "platform/Text.h"
+
+namespace tarvo::host {
+
+namespace {
+
+constexpr const char* tokenNeeded = "--token is required to sign in and fetch the fields";
+
+/// By identifier, or by the name in the other naming.
+const Metadata* fieldNamed(const FieldList& fields, const std::string& name) {
+    if (auto field = fields.getField(name)) return field;
+    for (auto field : fields.allFields())
+        if (field->fieldAPIName == name || field->columnCRMName == name) return field;
+    return nullptr;
+}
+
+std::string textOf(const ColumnFilterInputFields& part) {
+    if (auto separator = std::get_if<std::string>(&part)) return *separator;
+    auto& input = std::get<ColumnFilterInputType>(part);
+    switch (input.which) {
+        case ColumnFilterInputType::Case::picklist:
+            return text::join(input.values, "|");
+        case ColumnFilterInputType::Case::integer:
+            return "number";
+        case ColumnFilterInputType::Case::string:
+            return "text";
+        case ColumnFilterInputType::Case::fieldValue:
+            break;
+    }
+    return "value";
+}
+
+std::string comparatorOf(const ColumnFilter& filter) {
+    return std::visit([](auto type) { return std::string(caseName(type)); }, filter.filterType);
+}
+
+std::string forPeople(const GetFilters::Filters& filters, const Metadata& field) {
+    auto heading =
+        field.fieldLabel + " (" + field.fieldIdentifier() + ", " + std::string(caseName(field.fieldType)) + ")\n\n";
+    if (filters.empty()) return heading + "This field cannot be filtered.\n";
+    std::vector<std::vector<std::string>> rows = {{"NAME", "COMPARATOR", "INPUTS"}};
+    for (auto& filter : filters) {
+        std::vector<std::string> inputs;
+        for (auto& part : filter.filterInputs) inputs.push_back(textOf(part));
+        rows.push_back({filter.filerName, comparatorOf(filter), text::join(inputs, " ")});
+    }
+    return heading + tableText(rows);
+}
+
+std::string forPrograms(const GetFilters::Filters& filters, const Metadata& field, const std::string& module) {
+    ValueMap map{{"module", bridge::toJson(module)},
+                 {"column", bridge::toJson(field.fieldIdentifier())},
+                 {"filters", bridge::toJson(filters)}};
+    return json::write(map).value_or("") + "\n";
+}
+
+}  // namespace
+
+int listFilters(Host& host, const Arguments& arguments) {
+    if (auto path = openDatabase(host, arguments); !path) return path.error();
+    if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
+    auto fields = storedFields(arguments.module);
+    if (arguments.fetch || !fields) {
+        if (!arguments.token) return fail(tokenNeeded, 2);
+        if (auto failure = fetchMetadata(host, arguments.module)) return fail(*failure);
+        fields = storedFields(arguments.module);
+    }
+    if (!fields) return fail("the server told no fields of " + arguments.module);
+    auto field = fieldNamed(*fields, arguments.field);
+    if (!field)
+        return fail(arguments.module + " has no field \"" + arguments.field + "\"; the command fields lists them");
+    auto filters = GetFilters::getFilters(*field);
+    return print(arguments.json ? forPrograms(filters, *field, arguments.module) : forPeople(filters, *field));
+}
+
+}  // namespace tarvo::host
