@@ -54,8 +54,6 @@ public:
     void getAppInitData() { appInitNetworkService_->getAppInitData(); }
 
     std::weak_ptr<AppInitDataManagerDelegate> appInitdelegate;
-    /// Who hears of failures.
-    std::weak_ptr<CommonErrorProtocol> errorResponder;
     std::shared_ptr<CommonErrorProtocol> nextCommonErrorProtocolResponder() override { return errorResponder.lock(); }
 
     void initDataParsed(const std::optional<ParsedInitData>& parsed) override;

@@ -36,9 +36,6 @@ public:
     using Feature = ModuleBatchConstant::Feature;
     using Callback = std::function<void()>;
 
-    /// Who hears of failures. Set before `execute`.
-    std::weak_ptr<CommonErrorProtocol> errorResponder;
-
     Process processName() const override { return ModuleBatchConstant::processOf(feature_); }
     void initiate() override;
     int totalCallsCount() const override;

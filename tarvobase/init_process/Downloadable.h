@@ -5,6 +5,7 @@
 
 #include "platform/Object.h"
 #include "tarvobase/usecase/Describe.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
 
 namespace tarvo {
 
@@ -47,6 +48,8 @@ public:
     ProcessState state = ProcessState::initiated;
     std::vector<ProcessDependency> dependencyList;
     std::weak_ptr<DownloadProgressible> delegate;
+    /// Who hears of failures, on the queue of the step's work. Set before `execute`.
+    std::weak_ptr<CommonErrorProtocol> errorResponder;
 
     /// Prepares the step once the init data are stored. Empty for most.
     virtual void initiate() {}

@@ -31,9 +31,6 @@ class FlaggedStep : public virtual Downloadable {
 public:
     using Callback = std::function<void()>;
 
-    /// Who hears of failures. Set before `execute`.
-    std::weak_ptr<CommonErrorProtocol> errorResponder;
-
     void execute() final { execute({}, {}); }
     /// The same, and tells the caller too, just before the delegate. Neither closure is called when the flag was set.
     void execute(Callback success, Callback failure);

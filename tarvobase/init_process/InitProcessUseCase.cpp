@@ -19,13 +19,15 @@ std::shared_ptr<InitProcessUseCase> InitProcessUseCase::make(Parts parts) {
 }
 
 void InitProcessUseCase::prepareSteps() {
-    auto self = platform::weakSelf(this);
-    parts_.appInitDM->appInitdelegate = self;
-    parts_.appInitDM->errorResponder = self;
-    parts_.currentUserDM->delegate = self;
-    parts_.appInitDM->delegate = self;
+    auto attach = [self = platform::weakSelf(this)](Downloadable& step) {
+        step.delegate = self;
+        step.errorResponder = self;
+    };
+    parts_.appInitDM->appInitdelegate = platform::weakSelf(this);
+    attach(*parts_.currentUserDM);
+    attach(*parts_.appInitDM);
     for (auto& step : parts_.downloadableList) {
-        step->delegate = self;
+        attach(*step);
         step->updateState();
     }
 }

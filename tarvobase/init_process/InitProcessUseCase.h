@@ -44,11 +44,13 @@ public:
         std::vector<std::shared_ptr<Downloadable>> downloadableList;
         std::shared_ptr<PopulateRelatedModulesDMP> populateRelatedModulesDM;
     };
-    /// Becomes the delegate of the steps, and reports the percentage of the last run on the main queue, to the delegate
-    /// that is set by then.
+    /// Becomes the delegate of the steps and hears of their failures. Reports the percentage of the last run on the
+    /// main queue, to the delegate that is set by then.
     static std::shared_ptr<InitProcessUseCase> make(Parts parts);
 
     void startInitProcess() override;
+    /// The steps and what they work with, for a host that puts itself between a step and the run. Before the start.
+    const Parts& parts() const { return parts_; }
 
     void didComplete(Downloadable& step, bool status) override;
     void progressDidUpdate(Downloadable& step, int current, int total) override;
