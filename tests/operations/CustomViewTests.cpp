@@ -7,6 +7,7 @@
 #include "tarvobase/records/CVRecordMapInDatabase.h"
 #include "tarvobase/value_objects/CustomViewInDatabase.h"
 #include "tests/operations/FilterFixture.h"
+#include "tests/operations/MetadataTables.h"
 
 namespace tarvo {
 namespace {
@@ -38,12 +39,7 @@ class CustomViewTest : public FilterTest {
 protected:
     void SetUp() override {
         FilterTest::SetUp();
-        adapter->createTable(
-            "CREATE TABLE CUSTOM_VIEWS_METADATA (view_id, view_type, view_name, view_display_name, module_name, "
-            "is_offline_supported, is_default, offline_query, offline_query_replace_info, last_modified_time, "
-            "is_user_customview, list_fields, mode, section_id, view_order, section_display_name, default_sort_by, "
-            "default_sort_order, fields_in_criteria, selected_columns, selected_columns_query, "
-            "UNIQUE (module_name, view_id))");
+        adapter->createTable(customViewTable());
         adapter->createTable(
             "CREATE TABLE Leads_CUSTOM_VIEW_RECORDS (cv_id, record, module_name, UNIQUE (cv_id, record))");
     }

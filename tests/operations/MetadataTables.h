@@ -32,4 +32,12 @@ inline std::vector<std::string> metadataTables() {
     };
 }
 
+inline std::string customViewTable() {
+    return "CREATE TABLE CUSTOM_VIEWS_METADATA (view_id, view_type, view_name, view_display_name, module_name, "
+           "is_offline_supported, is_default, offline_query, offline_query_replace_info, last_modified_time, "
+           "is_user_customview, list_fields, mode, section_id, view_order, section_display_name, default_sort_by, "
+           "default_sort_order, fields_in_criteria, selected_columns, selected_columns_query, "
+           "UNIQUE (module_name, view_id))";
+}
+
 }  // namespace tarvo

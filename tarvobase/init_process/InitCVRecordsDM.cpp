@@ -1,0 +1,90 @@
+#include "tarvobase/init_process/InitCVRecordsDM.h"
+
+#include <algorithm>
+
+#include "platform/Log.h"
+#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/records/RecordInDatabase.h"
+#include "tarvobase/value_objects/CustomViewInDatabase.h"
+#include "tarvobase/value_objects/InMemoryStorage.h"
+
+namespace tarvo {
+
+InitCVRecordsDM::InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCVRecordsNSP> networkService)
+    : BatchedDownloadable(Feature::initialRecords,
+                          {.step = "InitCVRecords", .requested = " requested for ", .completed = " request completed"}),
+      persistance_(std::move(persistance)),
+      networkService_(std::move(networkService)) {}
+
+std::shared_ptr<InitCVRecordsDM> InitCVRecordsDM::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
+                                                       const std::shared_ptr<UserDefaultsProtocol>& userDefaults,
+                                                       std::shared_ptr<InitCVRecordsNSP> networkService) {
+    MetadataStores stores{databaseAdapter, std::make_shared<InMemoryStorage>()};
+    return std::make_shared<InitCVRecordsDM>(
+        Persistance{.batches = {.moduleDAO = stores.modules(),
+                                .settingDAO = stores.settings(),
+                                .userDefaultsUtil = UserDefaultsUtil(userDefaults)},
+                    .cvDAO = std::make_shared<CustomViewInDatabase>(databaseAdapter),
+                    .recordDAO = RecordInDatabase::make(databaseAdapter),
+                    .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(userDefaults)},
+        std::move(networkService));
+}
+
+std::shared_ptr<ModuleBatch> InitCVRecordsDM::makeModuleBatch() const {
+    return std::make_shared<CVModuleBatch>(Feature::initialRecords, persistance_.batches, persistance_.cvDAO);
+}
+
+int InitCVRecordsDM::totalCallsCount() const { return std::max(1, BatchedDownloadable::totalCallsCount()); }
+
+void InitCVRecordsDM::getCustomViewRecords(const std::optional<std::vector<Module>>& modules, Callback onSuccess,
+                                           Callback onFailure) {
+    getRecords(modules, Callbacks{std::move(onSuccess), std::move(onFailure)});
+}
+
+void InitCVRecordsDM::getRecords(const std::optional<std::vector<Module>>& modules,
+                                 std::optional<Callbacks> callbacks) {
+    auto batches = makeModuleBatch();
+    // A list that is given and empty asks for nothing.
+    if (!modules || !modules->empty()) batches->initiateBatch(modules.value_or(std::vector<Module>()));
+    run(std::move(batches), std::move(callbacks));
+}
+
+void InitCVRecordsDM::request(const std::vector<Module>& modules) {
+    networkService_->getCVRecords(
+        paramsOf(modules), [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError> error,
+                                                             const std::vector<CVRecordsParams>& params) {
+            auto self = weak.lock();
+            if (!self) return;
+            std::vector<Module> modules;
+            for (auto& one : params) modules.push_back(one.module);
+            self->batchAnswered(
+                modules, std::move(data), error, [](auto body) { return WireRecordsParser::parse(body); },
+                [&self](auto& records, auto& info) { self->store(records, info.moduleName); });
+        });
+}
+
+std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>& modules) const {
+    auto batches = std::static_pointer_cast<CVModuleBatch>(runningBatches());
+    std::vector<CVRecordsParams> params;
+    for (auto& module : modules) {
+        auto view = batches->moduleCVMap.find(module.moduleName);
+        if (view != batches->moduleCVMap.end()) params.push_back({module, view->second});
+    }
+    return params;
+}
+
+void InitCVRecordsDM::store(const WireRecords& records, const std::optional<std::string>& moduleName) {
+    // Nobody could say which table they belong to.
+    if (!moduleName) return platform::log("InitCVRecords of a module left out: the answer does not name it");
+    persistance_.recordDAO->storeRecord(records, *moduleName);
+    auto& settings = *persistance_.recordSettingsPersistance;
+    auto number = settings.getNumberOfRecordsDownloaded(*moduleName).value_or(0);
+    settings.storeNumberOfRecordsDownloaded(number + 1, *moduleName);
+}
+
+void InitCVRecordsDM::allBatchesCompleted() {
+    callSuccess();
+    endRun();
+}
+
+}  // namespace tarvo
