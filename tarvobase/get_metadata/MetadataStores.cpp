@@ -1,9 +1,13 @@
 #include "tarvobase/get_metadata/MetadataStores.h"
 
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/value_objects/CurrencyMetadataInDatabase.h"
+#include "tarvobase/value_objects/CurrencyMetadataInMemory.h"
 #include "tarvobase/value_objects/InMemoryStorage.h"
 #include "tarvobase/value_objects/ModuleInDatabase.h"
 #include "tarvobase/value_objects/ModulesInMemory.h"
+#include "tarvobase/value_objects/PipelineInDatabase.h"
+#include "tarvobase/value_objects/PipelineInMemory.h"
 #include "tarvobase/value_objects/SettingsInDatabase.h"
 #include "tarvobase/value_objects/SettingsInMemeory.h"
 #include "tarvobase/value_objects/UserInDatabase.h"
@@ -13,11 +17,16 @@ namespace tarvo {
 
 namespace {
 
+template <class Memory, class Delegate>
+std::shared_ptr<Delegate> withMemory(const MetadataStores& stores, std::shared_ptr<Delegate> table) {
+    if (!stores.inMemoryDatabaseAdapter) return table;
+    return std::make_shared<Memory>(stores.inMemoryDatabaseAdapter, std::move(table));
+}
+
 template <class Table, class Constants, class Memory, class Delegate>
 std::shared_ptr<Delegate> store(const MetadataStores& stores) {
-    auto table = std::make_shared<Table>(std::string(Constants().TableName), stores.databaseAdapter, Constants());
-    if (!stores.inMemoryDatabaseAdapter) return table;
-    return std::make_shared<Memory>(stores.inMemoryDatabaseAdapter, table);
+    return withMemory<Memory, Delegate>(
+        stores, std::make_shared<Table>(std::string(Constants().TableName), stores.databaseAdapter, Constants()));
 }
 
 }  // namespace
@@ -34,6 +43,17 @@ std::shared_ptr<SettingsPersistanceDelegate> MetadataStores::settings() const {
 }
 std::shared_ptr<UserPersistanceDelegate> MetadataStores::users() const {
     return store<UserInDatabase, UserDatabaseConstants, UserInMemory, UserPersistanceDelegate>(*this);
+}
+std::shared_ptr<CurrencyMetadataPersistanceDelegate> MetadataStores::currencies() const {
+    return store<CurrencyMetadataInDatabase, CurrencyMetadataDatabaseConstants, CurrencyMetadataInMemory,
+                 CurrencyMetadataPersistanceDelegate>(*this);
+}
+std::shared_ptr<PipelinePersistanceDelegate> MetadataStores::pipelines() const {
+    return withMemory<PipelineInMemory, PipelinePersistanceDelegate>(*this, std::make_shared<PipelineInDatabase>());
+}
+std::shared_ptr<PipelineStagePersistanceDelegate> MetadataStores::pipelineStages() const {
+    return withMemory<PipelineStagesInMemory, PipelineStagePersistanceDelegate>(
+        *this, std::make_shared<PipelineStageInDatabase>());
 }
 
 }  // namespace tarvo

@@ -3,7 +3,10 @@
 #include <memory>
 #include <string_view>
 
+#include "tarvobase/value_objects/CurrencyMetadataPersistanceDelegate.h"
 #include "tarvobase/value_objects/ModulesPersistanceDelegate.h"
+#include "tarvobase/value_objects/PipelinePersistanceDelegate.h"
+#include "tarvobase/value_objects/PipelineStagePersistanceDelegate.h"
 #include "tarvobase/value_objects/SettingsPersistanceDelegate.h"
 #include "tarvobase/value_objects/UserPersistanceDelegate.h"
 
@@ -24,6 +27,10 @@ struct MetadataStores {
     std::shared_ptr<ModulesPersistanceDelegate> modules() const;
     std::shared_ptr<SettingsPersistanceDelegate> settings() const;
     std::shared_ptr<UserPersistanceDelegate> users() const;
+    std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencies() const;
+    /// Over the database that is open at each call.
+    std::shared_ptr<PipelinePersistanceDelegate> pipelines() const;
+    std::shared_ptr<PipelineStagePersistanceDelegate> pipelineStages() const;
 };
 
 }  // namespace tarvo

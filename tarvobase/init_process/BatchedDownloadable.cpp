@@ -1,7 +1,7 @@
 #include "tarvobase/init_process/BatchedDownloadable.h"
 
 #include "platform/Text.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/network_layer/NetworkFailure.h"
 
 namespace tarvo {
 
@@ -96,12 +96,7 @@ void BatchedDownloadable::endBatch(const std::vector<Module>& modules) {
 void BatchedDownloadable::transportFailed(const std::vector<Module>& modules, const NetworkError& error) {
     platform::log("progress updated failure invoked: " + std::string(bren::kindName(error.kind)));
     logBatch(std::string(words_.completed) + " - failure for ", modules);
-    auto responder = errorResponder.lock();
-    if (!responder) return;
-    if (error.kind == NetworkError::Kind::notSent)
-        responder->noAuthtoken(CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""));
-    else
-        responder->networkResponseError();
+    tellFailure(errorResponder, error);
 }
 
 void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, const ParserError& error) {

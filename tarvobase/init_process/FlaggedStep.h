@@ -10,7 +10,6 @@
 #include "tarvobase/init_process/Downloadable.h"
 #include "tarvobase/network_layer/ParserError.h"
 #include "tarvobase/network_layer/ServiceRequests.h"
-#include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
 
 namespace tarvo {

@@ -196,6 +196,13 @@ inline Criteria columnIn(std::string_view column, const std::vector<std::string>
     return Criteria::in(std::string(column), valueList(values));
 }
 
+/// The query with its rows in the order in which they were stored; without this an index that serves the condition
+/// gives its own order.
+inline FetchQuery inStoredOrder(FetchQuery query) {
+    query.sortBy = {SortDescriptor::customOrderBy("rowid")};
+    return query;
+}
+
 /// The rows of values as the constants write them.
 template <class T, class Constants>
 std::vector<ValueMap> rowsOf(const std::vector<T>& values, const Constants& constants) {

@@ -90,6 +90,13 @@ public:
     void store(const std::string& account, const std::vector<T>& values) const {
         change(account, [&](std::optional<Objects>& table) { merge(table, values); });
     }
+    /// For what the primary store now holds and nothing else.
+    void replaceAll(const std::string& account, const std::vector<T>& values) const {
+        change(account, [&](std::optional<Objects>& table) {
+            table = Objects();
+            merge(table, values);
+        });
+    }
     /// Puts the value in the place of those that match; adds nothing.
     void update(const std::string& account, const T& value, const ColumnValues& filter) const {
         change(account, [&](std::optional<Objects>& table) {

@@ -28,7 +28,7 @@ std::optional<ModuleLayoutInfo> ModuleLayoutInfoInDatabase::getModuleLayoutInfoB
 
 std::optional<ModuleLayoutInfoPersistanceDelegate::Layouts> ModuleLayoutInfoInDatabase::layoutsWhere(
     Criteria criteria) const {
-    return table().valuesOf(table().fetch(FetchQuery(tableName, std::move(criteria))),
+    return table().valuesOf(table().fetch(inStoredOrder(FetchQuery(tableName, std::move(criteria)))),
                             [](const Row& row) { return constants_.getValue(row); });
 }
 
