@@ -234,11 +234,21 @@ std::string Connection::schemaVersions() {
     return versions;
 }
 
+// The pragma that tells columns looks at the schema that this connection has read, and a kept one at that of its first
+// run: a table that another connection has made since would have no columns. Any query reads a changed schema again.
+void Connection::noticeSchema() {
+    statements_.clear();
+    singleText(handle(), "SELECT count(*) FROM main.sqlite_master WHERE 0", Stage::run);
+    for (auto& [name, format] : attached_)
+        singleText(handle(), "SELECT count(*) FROM " + quotedColumn(name) + ".sqlite_master WHERE 0", Stage::run);
+}
+
 std::vector<std::string> Connection::columnNames(std::string_view table) {
     checkUsable();
     if (auto versions = schemaVersions(); versions != namesVersion_) {
         names_.clear();
         namesVersion_ = std::move(versions);
+        noticeSchema();
     }
     if (auto known = names_.find(table); known != names_.end()) return known->second;
     auto dot = table.find('.');

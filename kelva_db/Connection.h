@@ -78,6 +78,7 @@ private:
     std::size_t parameterLimit() const;
     int authorize(int action, const char* first);
     std::string schemaVersions();
+    void noticeSchema();
     void noteFailure();
     void checkUsable() const;
 

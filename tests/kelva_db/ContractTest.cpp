@@ -261,6 +261,10 @@ TEST_P(ContractTest, ColumnNamesFollowTheSchema) {
         EXPECT_EQ(reader.query("SELECT * FROM people").columns().size(), 4u) << "also without a row";
         EXPECT_TRUE(reader.columnNames("nowhere").empty());
     });
+    database_->write([](Database& writer) { writer.execute("CREATE TABLE nowhere (x)"); });
+    database_->read([](Database& reader) {
+        EXPECT_EQ(reader.columnNames("nowhere"), std::vector<std::string>{"x"}) << "made by another connection";
+    });
 }
 
 TEST_P(ContractTest, NowInSqlIsTheClock) {
