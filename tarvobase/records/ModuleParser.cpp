@@ -83,11 +83,16 @@ std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modify
 template std::vector<ValueMap> dictionaries(const std::vector<ValueNode>&, bool, bool);
 template std::vector<ValueMap> dictionaries(const std::vector<json::Element>&, bool, bool);
 
-bool holdsRecords(std::string_view key, bool modifySystemProperties) {
+std::array<std::string_view, 6> namesOfRecordLists() {
     auto& names = FieldAPIConstant;
-    return key == names.tag || key == names.Events.participants || key == names.PriceBooks.pricingDetails ||
-           key == names.comments || key == names.productDetails ||
-           key == ModuleParser::systemKey(names.Notes.attachments, modifySystemProperties);
+    return {names.tag,      names.Events.participants, names.PriceBooks.pricingDetails,
+            names.comments, names.productDetails,      names.Notes.attachments};
+}
+
+bool holdsRecords(std::string_view key, bool modifySystemProperties) {
+    auto names = namesOfRecordLists();
+    return std::any_of(names.begin(), names.end(),
+                       [&](auto name) { return key == ModuleParser::systemKey(name, modifySystemProperties); });
 }
 
 }  // namespace wire

@@ -5,6 +5,7 @@
 #include "platform/Log.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/get_metadata/LayoutFieldLists.h"
+#include "tarvobase/value_objects/IdentifierConstants.h"
 
 namespace tarvo {
 
@@ -61,6 +62,15 @@ Record reduceRecordSize(const Record& record, const std::vector<FieldMetadata>& 
             platform::log("Invalid Record ID");
     }
     return Record(std::move(values), record.recordId(), record.moduleName(), allMetadata.naming());
+}
+
+bool isSeidAndNameField(const FieldMetadata& field, const Record& record) {
+    using M = ModuleIdentifier::Case;
+    auto naming = CommonConfigration::sharedInstance().fieldIdentifier.get();
+    auto& names = *naming.constant;
+    if (field.fieldIdentifier(naming) != names.seid) return false;
+    auto parent = record[names.seModule].asText();
+    return parent == rawText(M::leads) || parent == rawText(M::contacts);
 }
 
 std::vector<LayoutMetadata> nonNullLayoutFields(const Record& record,

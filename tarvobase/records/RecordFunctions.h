@@ -21,6 +21,9 @@ bool areRecordsEqual(const std::optional<Record>& a, const std::optional<Record>
 Record reduceRecordSize(const Record& record, const std::vector<FieldMetadata>& requiredColumnsMetadata,
                         const FieldList& allMetadata, const Record::Names& allColumnsInOriginalRecord);
 
+/// Whether a field is the parent of a record whose parent goes by a person's name: a lead or a contact.
+bool isSeidAndNameField(const FieldMetadata& field, const Record& record);
+
 /// The entries of a layout that the record has something to show for: a value, a lookup's display text, or a part of a
 /// person's name. An empty text counts as no value. Of the linear form, sections that keep no entry go too.
 std::vector<LayoutMetadata> nonNullLayoutFields(const Record& record,

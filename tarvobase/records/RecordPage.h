@@ -43,7 +43,8 @@ public:
         std::vector<ValueMap> records;  ///< wire dictionaries
     };
     /// The lists that stand under a name of the wire, in the order of the rows: one for each row that has such a list,
-    /// the empty ones included. The name is one of the field list's API names, or "Tag".
+    /// the empty ones included. The name is one of the field list's API
+    /// names, or of those whose lists are records in every module.
     std::vector<Nested> nestedRecords(std::string_view wireName) const;
 
 private:

@@ -15,6 +15,7 @@ RecordPlan::RecordPlan(const FieldList& metadata) : moduleName_(metadata.moduleN
     namesOfPeople_ = configuration.getMetadataApiVersion.get() == GetMetadataApiVersion::lumet;
     checkInSlot_ = slot(ModuleParser::systemKey(FieldAPIConstant.Notes.isCheckIn, modifySystemProperties_));
     checkInParentSlot_ = slot(getLookupColumn(FieldAPIConstant.Notes.seid));
+    for (auto name : wire::namesOfRecordLists()) slot(ModuleParser::systemKey(name, modifySystemProperties_));
     for (auto field : metadata.allFields()) add(*field);
     for (auto& field : metadata.fieldsOfSharedColumns()) add(field);
     auto identifier = columnPlaces_.find(std::string(RecordUtil::getIdentifierFieldName(moduleName_, naming_)));

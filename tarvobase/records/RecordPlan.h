@@ -14,8 +14,8 @@
 namespace tarvo {
 
 /// How the records of one module get from the wire into the database, worked out once for all of them: which key of a
-/// wire dictionary goes into which column, by which rule. Slots number the keys that anything is read from, columns the
-/// names that anything is written to. Immutable.
+/// wire dictionary goes into which column, by which rule. Slots number the keys that anything is read from, those of
+/// the lists of dependent records included, columns the names that anything is written to. Immutable.
 class RecordPlan {
 public:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);

@@ -128,7 +128,9 @@ std::string joined(const std::vector<Node>& texts) {
 template <class Node>
 std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modifySystemProperties, bool namesOfPeople);
 
-/// Whether an empty list under a key of a dictionary stands for no records rather than for no text.
+/// The names whose lists are records of other tables in every module, whatever its fields say.
+std::array<std::string_view, 6> namesOfRecordLists();
+/// Whether a key of a dictionary stands for one of them; then an empty list means no records rather than no text.
 bool holdsRecords(std::string_view key, bool modifySystemProperties);
 
 }  // namespace tarvo::wire

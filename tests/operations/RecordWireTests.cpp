@@ -1,4 +1,5 @@
 #include "platform/JsonDocument.h"
+#include "tarvobase/records/RecordInDatabase.h"
 #include "tarvobase/records/RecordPage.h"
 #include "tarvobase/records/RecordParser.h"
 #include "tarvobase/records/RecordUtil.h"
@@ -11,6 +12,7 @@ namespace {
 
 using namespace std::string_literals;
 using T = FieldDataType;
+using M = ModuleIdentifier::Case;
 
 struct Zone {
     const char* name;
@@ -76,6 +78,9 @@ ValueMap rowOf(const RowSource& page, std::size_t row) {
 class RecordWireTest : public RecordTest {};
 
 TEST_F(RecordWireTest, EveryTypeGoesIntoTheTableAndBackInBothNamingsAndThreeZones) {
+    auto database = openDatabase();
+    database->createTable("CREATE TABLE LeadsRecords (id TEXT NOT NULL UNIQUE, F, Api_F)");
+    RecordInDatabase table(database, nullptr);
     for (auto mode : {Mode::column, Mode::api})
         for (auto& zone : zones) {
             use(mode);
@@ -88,10 +93,14 @@ TEST_F(RecordWireTest, EveryTypeGoesIntoTheTableAndBackInBothNamingsAndThreeZone
                 ValueMap stored{{id, "7"}, {key, outcome.stored}};
                 EXPECT_EQ(convertRecordFromNetworkToDBDictionary(parsed(record), fields), stored);
                 EXPECT_EQ(rowOf(pageOf("[" + record + "]", fields), 0), stored);
-                auto read = recordFromNetworkDictionary(parsed(record), fields);
-                ASSERT_TRUE(read);
-                EXPECT_EQ(read->recordId(), "7");
-                EXPECT_EQ(convertRecordToNetworkDictionary(*read, fields).valueOf("Api_F"), outcome.sent);
+                table.saveRecordDictionary(RecordConversion(fields).toRow(parsed(record)), M::leads);
+                auto rows =
+                    database->fetchObjects("SELECT id AS " + id + ", " + key + " FROM LeadsRecords", {}).value();
+                auto read = RecordInDatabase::recordsOf(rows, fields);
+                ASSERT_EQ(read.size(), 1u);
+                EXPECT_EQ(read[0].getDictionary(), stored);
+                EXPECT_EQ(read, std::vector{recordFromNetworkDictionary(parsed(record), fields).value()});
+                EXPECT_EQ(convertRecordToNetworkDictionary(read[0], fields).valueOf("Api_F"), outcome.sent);
             }
         }
 }
