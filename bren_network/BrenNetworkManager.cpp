@@ -109,6 +109,8 @@ void BrenNetworkManager::setUserAgent(const std::string& userAgent) {
     state_->userAgent = userAgent;
 }
 
+int BrenNetworkManager::requestCount() const { return state_->taskNumbers; }
+
 const std::shared_ptr<tarvo::DispatchQueue>& BrenNetworkManager::queue() const { return state_->queue; }
 
 void BrenNetworkManager::shutDown() {

@@ -88,6 +88,8 @@ public:
     void setMaximumBufferedKilobytes(int kilobytes);
     /// "TarvoBase" unless set. A text with a line break is refused and logged.
     void setUserAgent(const std::string& userAgent);
+    /// How many requests have been given to it so far.
+    int requestCount() const;
 
     /// Completions run here.
     const std::shared_ptr<tarvo::DispatchQueue>& queue() const;

@@ -14,7 +14,9 @@ InitCVRecordsDM::InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCV
     : BatchedDownloadable(Feature::initialRecords,
                           {.step = "InitCVRecords", .requested = " requested for ", .completed = " request completed"}),
       persistance_(std::move(persistance)),
-      networkService_(std::move(networkService)) {}
+      networkService_(std::move(networkService)) {
+    dependencyList = {{.processName = Process::metadata}, {.processName = Process::customviews}};
+}
 
 std::shared_ptr<InitCVRecordsDM> InitCVRecordsDM::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
                                                        const std::shared_ptr<UserDefaultsProtocol>& userDefaults,

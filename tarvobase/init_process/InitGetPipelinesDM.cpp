@@ -11,7 +11,9 @@ InitGetPipelinesDM::InitGetPipelinesDM(std::shared_ptr<GetPipelinesNSP> networkS
                                        UserDefaultsUtil userDefaultsUtil)
     : FlaggedStep(std::move(userDefaultsUtil)),
       networkService_(std::move(networkService)),
-      persistance_(std::move(persistance)) {}
+      persistance_(std::move(persistance)) {
+    dependencyList = {{.processName = Process::metadata}};
+}
 
 std::shared_ptr<InitGetPipelinesDM> InitGetPipelinesDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
                                                              std::shared_ptr<UserDefaultsProtocol> userDefaults,

@@ -10,4 +10,6 @@ bool trustFurtherAuthority(const std::string& file) {
 
 const std::shared_ptr<DispatchQueue>& networkQueue() { return bren::BrenNetworkManager::sharedInstance().queue(); }
 
+int requestCount() { return bren::BrenNetworkManager::sharedInstance().requestCount(); }
+
 }  // namespace tarvo

@@ -14,4 +14,7 @@ namespace tarvo {
 /// The serial queue on which the answers of all requests arrive, one at a time.
 const std::shared_ptr<DispatchQueue>& networkQueue();
 
+/// How many requests the library has made in this process. From any thread.
+int requestCount();
+
 }  // namespace tarvo
