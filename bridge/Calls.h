@@ -19,4 +19,7 @@ void addViewCalls(Registry& registry);
 /// Those that answer a delegate with records.
 void addRecordCalls(Registry& registry);
 
+/// The first download, the one of records alone, and the lists of views.
+void addDownloadCalls(Registry& registry);
+
 }  // namespace tarvo::bridge

@@ -80,6 +80,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     app.add_option("--identifier", identifier, "How fields are named")->check(CLI::IsMember({"column", "api"}));
     app.add_flag("--json", arguments.json, "Print for programs");
     app.add_flag("--verbose", arguments.verbose, "Print the library's log to standard error");
+    auto init = app.add_subcommand("init", "Download the account for the first time, with a summary");
+    init->add_flag("--fetch", arguments.fetch, "Run it also when the account is complete");
     auto modules =
         app.add_subcommand("modules", "List the modules; signs in and fetches them first when none are stored");
     modules->add_flag("--fetch", arguments.fetch, "Ask the server also when modules are stored");
@@ -93,6 +95,21 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
         command->add_flag("--fetch", arguments.fetch, "Ask the server also when what is asked for is stored");
     }
     filters->add_option("FIELD", arguments.field, "API name or column of the field")->required();
+    auto list = app.add_subcommand("list", "List a page of the records of a view");
+    auto show = app.add_subcommand("show", "Show one record by the sections of its layout");
+    for (auto command : {list, show}) command->add_option("MODULE", arguments.module, "Name of the module")->required();
+    list->add_option("--view", arguments.view, "Id or name of the view; the default one when absent");
+    list->add_option("--from", arguments.from, "How many records to pass over")->check(CLI::NonNegativeNumber);
+    list->add_option("--limit", arguments.limit, "How many records to list, 20 when absent")
+        ->check(CLI::PositiveNumber);
+    list->add_option("--columns", arguments.columns, "NAME[,NAME], in place of the columns that the view shows")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    list->add_option("--filter", arguments.filters,
+                     "FIELD:TYPE:VALUE[,VALUE], as the command filters tells; repeatable")
+        ->allow_extra_args(false);
+    list->add_option("--sort", arguments.sort, "FIELD, FIELD:asc or FIELD:desc; sorts the stored records");
+    show->add_option("ID", arguments.recordId, "Id of the record")->required();
     app.add_subcommand("serve", "Take calls as lines of JSON from standard input");
     try {
         app.parse(count, values);
@@ -104,8 +121,10 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     blankSecrets(count, values);
     ::unsetenv(passphraseVariable);
 
-    for (auto [parsed, command] : {std::pair(modules, Command::modules), std::pair(fields, Command::fields),
-                                   std::pair(views, Command::views), std::pair(filters, Command::filters)})
+    for (auto [parsed, command] :
+         {std::pair(modules, Command::modules), std::pair(fields, Command::fields), std::pair(views, Command::views),
+          std::pair(filters, Command::filters), std::pair(init, Command::init), std::pair(list, Command::list),
+          std::pair(show, Command::show)})
         if (parsed->parsed()) arguments.command = command;
     arguments.home = std::filesystem::absolute(arguments.home).string();
     arguments.servlet = *fromCaseName<ServletPathV4>(servlet);

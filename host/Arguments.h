@@ -1,14 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "tarvobase/configuration/ServerTypes.h"
 
 namespace tarvo::host {
 
-enum class Command { modules, fields, views, filters, serve };
+enum class Command { init, modules, fields, views, filters, list, show, serve };
 enum class Identifier { column, api };
 
 /// What the command line says.
@@ -25,6 +27,13 @@ struct Arguments {
     ServletPathV4 servlet = ServletPathV4::crm;
     std::string module;  ///< whose fields, views or filters are wanted
     std::string field;   ///< whose filters are wanted
+    std::string recordId;
+    std::optional<std::string> view;   ///< id or name
+    std::vector<std::string> columns;  ///< of the list, by name; empty for those of the view
+    std::int64_t from = 0;
+    std::int64_t limit = 20;
+    std::vector<std::string> filters;  ///< FIELD:TYPE:VALUE[,VALUE]
+    std::optional<std::string> sort;   ///< FIELD[:asc|desc]
     Identifier identifier = Identifier::column;
     bool json = false;
     bool fetch = false;

@@ -9,6 +9,7 @@
 #include "tarvobase/get_metadata/GetFieldList.h"
 #include "tarvobase/get_metadata/MetadataStores.h"
 #include "tarvobase/get_metadata/PopulateRelatedModulesDM.h"
+#include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/value_objects/ModuleInDatabase.h"
 
 namespace tarvo::host {
@@ -16,6 +17,11 @@ namespace tarvo::host {
 namespace {
 
 using Download = decltype(&runMetadataDownload);
+
+/// By the name that people read; nothing when the table cannot be read.
+std::optional<std::vector<CustomView>> storedViews(const std::string& module) {
+    return GetCustomViewsDataManager::current()->getCustomViews(module, {CustomViewColumnName::ViewDisplayName});
+}
 
 /// Why a download for one module did not succeed, or nothing.
 std::optional<std::string> fetchFor(const std::shared_ptr<DatabaseAdapter>& database, const std::string& moduleName,
@@ -75,6 +81,55 @@ std::optional<FieldList> storedFields(const std::string& module) {
         return usecase;
     });
     return fields.value_or(std::nullopt);
+}
+
+StoredLayouts storedLayouts(const std::string& module) {
+    auto layouts = awaited<StoredLayouts>([&](auto answer) {
+        auto usecase = std::make_shared<GetLayoutModuleInfo>();
+        usecase->execute(
+            GetLayoutModuleInfo::Request({module}),
+            [answer, module](const GetLayoutModuleInfo::Response* response, const GetLayoutModuleInfo::Failure*) {
+                auto found =
+                    response ? response->moduleInfoDict.find(module) : GetLayoutModuleInfoDM::Infos::iterator();
+                bool known = response && found != response->moduleInfoDict.end() && found->second;
+                answer(known ? found->second->layoutInfo.getAllLayouts() : StoredLayouts());
+            });
+        return usecase;
+    });
+    return layouts.value_or(StoredLayouts());
+}
+
+Result<FieldList, int> neededFields(Host& host, const Arguments& arguments, const char* tokenNeeded) {
+    auto fields = storedFields(arguments.module);
+    if (arguments.fetch || !fields) {
+        if (!arguments.token) return fail(tokenNeeded, 2);
+        if (auto failure = fetchMetadata(host, arguments.module)) return fail(*failure);
+        fields = storedFields(arguments.module);
+    }
+    if (!fields) return fail("the server told no fields of " + arguments.module);
+    return *std::move(fields);
+}
+
+Result<std::vector<CustomView>, int> neededViews(Host& host, const Arguments& arguments, const char* tokenNeeded) {
+    auto views = storedViews(arguments.module);
+    if (arguments.fetch || !views || views->empty()) {
+        if (!arguments.token) return fail(tokenNeeded, 2);
+        if (auto failure = fetchViews(host, arguments.module)) return fail(*failure);
+        views = storedViews(arguments.module);
+    }
+    if (!views) return fail("the views of " + arguments.module + " could not be read");
+    return *std::move(views);
+}
+
+const FieldMetadata* fieldNamed(const FieldList& fields, const std::string& name) {
+    if (auto field = fields.getField(name)) return field;
+    for (auto field : fields.allFields())
+        if (field->fieldAPIName == name || field->columnCRMName == name) return field;
+    return nullptr;
+}
+
+std::string comparatorOf(const ColumnFilter& filter) {
+    return std::visit([](auto type) { return std::string(caseName(type)); }, filter.filterType);
 }
 
 std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName) {

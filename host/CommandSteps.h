@@ -9,6 +9,9 @@
 #include "host/Host.h"
 #include "platform/DispatchQueue.h"
 #include "platform/Result.h"
+#include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
+#include "tarvobase/value_objects/ColumnFilter.h"
+#include "tarvobase/value_objects/CustomView.h"
 #include "tarvobase/value_objects/FieldList.h"
 
 /// What the commands for people have in common. Main thread; the main queue runs while a step waits.
@@ -40,6 +43,17 @@ std::optional<std::string> fetchModules(Host& host);
 std::optional<int> findModule(Host& host, const Arguments& arguments, const char* tokenNeeded);
 /// Nothing when no metadata of the module is stored.
 std::optional<FieldList> storedFields(const std::string& module);
+/// The same for its layouts, which may be lacking where its fields are stored.
+using StoredLayouts = std::vector<Layout<OrderedLayoutFieldList>>;
+StoredLayouts storedLayouts(const std::string& module);
+/// The fields of the module of the arguments, or its views by the name that people read, after a fetch where none are
+/// stored or where one is asked for; otherwise the exit status.
+Result<FieldList, int> neededFields(Host& host, const Arguments& arguments, const char* tokenNeeded);
+Result<std::vector<CustomView>, int> neededViews(Host& host, const Arguments& arguments, const char* tokenNeeded);
+/// A field by its identifier, or by its name in the other naming; null when there is none.
+const FieldMetadata* fieldNamed(const FieldList& fields, const std::string& name);
+/// The name of what a filter compares.
+std::string comparatorOf(const ColumnFilter& filter);
 /// Why the metadata, or the views, of a stored module could not be fetched, or nothing.
 std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName);
 std::optional<std::string> fetchViews(Host& host, const std::string& moduleName);

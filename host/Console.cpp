@@ -30,9 +30,13 @@ std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>
 
 }  // namespace
 
-int fail(std::string_view why, int status) {
-    std::string line = harmless("tarvo-host: " + std::string(why)) + "\n";
+void note(std::string_view what) {
+    std::string line = harmless("tarvo-host: " + std::string(what)) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+int fail(std::string_view why, int status) {
+    note(why);
     return status;
 }
 

@@ -5,7 +5,6 @@
 #include "host/Console.h"
 #include "platform/Json.h"
 #include "platform/Text.h"
-#include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
 
 namespace tarvo::host {
 
@@ -41,8 +40,6 @@ struct LayoutLines {
                         field("isDefault", &LayoutLines::isDefault), field("sections", &LayoutLines::sections));
     }
 };
-
-using StoredLayouts = std::vector<Layout<OrderedLayoutFieldList>>;
 
 FieldLine lineOf(const FieldMetadata& field, bool mandatory) {
     return {field.fieldLabel, field.fieldAPIName, field.columnCRMName, std::string(caseName(field.fieldType)),
@@ -99,22 +96,6 @@ std::string forPrograms(const std::vector<LayoutLines>& listing, const std::stri
     ValueMap map{
         {"module", bridge::toJson(module)}, {"layouts", bridge::toJson(listing)}, {"database", bridge::toJson(path)}};
     return json::write(map).value_or("") + "\n";
-}
-
-StoredLayouts storedLayouts(const std::string& module) {
-    auto layouts = awaited<StoredLayouts>([&](auto answer) {
-        auto usecase = std::make_shared<GetLayoutModuleInfo>();
-        usecase->execute(
-            GetLayoutModuleInfo::Request({module}),
-            [answer, module](const GetLayoutModuleInfo::Response* response, const GetLayoutModuleInfo::Failure*) {
-                auto found =
-                    response ? response->moduleInfoDict.find(module) : GetLayoutModuleInfoDM::Infos::iterator();
-                bool known = response && found != response->moduleInfoDict.end() && found->second;
-                answer(known ? found->second->layoutInfo.getAllLayouts() : StoredLayouts());
-            });
-        return usecase;
-    });
-    return layouts.value_or(StoredLayouts());
 }
 
 /// What is stored of a module.

@@ -12,14 +12,6 @@ namespace {
 
 constexpr const char* tokenNeeded = "--token is required to sign in and fetch the fields";
 
-/// By identifier, or by the name in the other naming.
-const Metadata* fieldNamed(const FieldList& fields, const std::string& name) {
-    if (auto field = fields.getField(name)) return field;
-    for (auto field : fields.allFields())
-        if (field->fieldAPIName == name || field->columnCRMName == name) return field;
-    return nullptr;
-}
-
 std::string textOf(const ColumnFilterInputFields& part) {
     if (auto separator = std::get_if<std::string>(&part)) return *separator;
     auto& input = std::get<ColumnFilterInputType>(part);
@@ -34,10 +26,6 @@ std::string textOf(const ColumnFilterInputFields& part) {
             break;
     }
     return "value";
-}
-
-std::string comparatorOf(const ColumnFilter& filter) {
-    return std::visit([](auto type) { return std::string(caseName(type)); }, filter.filterType);
 }
 
 std::string forPeople(const GetFilters::Filters& filters, const Metadata& field) {
@@ -65,13 +53,8 @@ std::string forPrograms(const GetFilters::Filters& filters, const Metadata& fiel
 int listFilters(Host& host, const Arguments& arguments) {
     if (auto path = openDatabase(host, arguments); !path) return path.error();
     if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
-    auto fields = storedFields(arguments.module);
-    if (arguments.fetch || !fields) {
-        if (!arguments.token) return fail(tokenNeeded, 2);
-        if (auto failure = fetchMetadata(host, arguments.module)) return fail(*failure);
-        fields = storedFields(arguments.module);
-    }
-    if (!fields) return fail("the server told no fields of " + arguments.module);
+    auto fields = neededFields(host, arguments, tokenNeeded);
+    if (!fields) return fields.error();
     auto field = fieldNamed(*fields, arguments.field);
     if (!field)
         return fail(arguments.module + " has no field \"" + arguments.field + "\"; the command fields lists them");

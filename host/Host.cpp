@@ -5,8 +5,10 @@
 #include "platform/SettingsStore.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/Lifecycle.h"
+#include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/database_layer/DatabaseConstants.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
+#include "tarvobase/utils/Util.h"
 
 namespace tarvo::host {
 
@@ -65,6 +67,7 @@ Result<std::string, Host::OpeningFailure> Host::openDatabase(const std::string& 
     auto opened = database->registerDB(passphrase);
     if (!opened) return std::move(opened).error();
     database_ = database;
+    Util::performInitialOperations(std::make_shared<BrenUserDefaults>());
     CommonConfigration::sharedInstance().databaseAdapter = database;
     return path;
 }

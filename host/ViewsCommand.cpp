@@ -4,7 +4,6 @@
 #include "host/CommandSteps.h"
 #include "host/Console.h"
 #include "platform/Json.h"
-#include "tarvobase/list_view/GetCustomViewsDataManager.h"
 
 namespace tarvo::host {
 
@@ -48,30 +47,18 @@ std::string forPrograms(const std::vector<ViewLine>& views, const std::string& m
     return json::write(map).value_or("") + "\n";
 }
 
-/// By the name that people read; nothing when the table cannot be read.
-std::optional<std::vector<ViewLine>> storedViews(const std::string& module) {
-    auto views = GetCustomViewsDataManager::current()->getCustomViews(module, {CustomViewColumnName::ViewDisplayName});
-    if (!views) return std::nullopt;
-    std::vector<ViewLine> lines;
-    for (auto& view : *views) lines.push_back(ViewLine::of(view));
-    return lines;
-}
-
 }  // namespace
 
 int listViews(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
     if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
-    auto views = storedViews(arguments.module);
-    if (arguments.fetch || !views || views->empty()) {
-        if (!arguments.token) return fail(tokenNeeded, 2);
-        if (auto failure = fetchViews(host, arguments.module)) return fail(*failure);
-        views = storedViews(arguments.module);
-    }
-    if (!views) return fail("the views could not be read from " + *path);
-    return print(arguments.json ? forPrograms(*views, arguments.module, *path)
-                                : forPeople(*views, arguments.module, *path));
+    auto views = neededViews(host, arguments, tokenNeeded);
+    if (!views) return views.error();
+    std::vector<ViewLine> lines;
+    for (auto& view : *views) lines.push_back(ViewLine::of(view));
+    return print(arguments.json ? forPrograms(lines, arguments.module, *path)
+                                : forPeople(lines, arguments.module, *path));
 }
 
 }  // namespace tarvo::host

@@ -6,8 +6,11 @@
 #include "host/FieldsCommand.h"
 #include "host/FiltersCommand.h"
 #include "host/Host.h"
+#include "host/InitCommand.h"
+#include "host/ListCommand.h"
 #include "host/ModulesCommand.h"
 #include "host/Serve.h"
+#include "host/ShowCommand.h"
 #include "host/ViewsCommand.h"
 #include "platform/Log.h"
 
@@ -22,6 +25,8 @@ int run(const Arguments& arguments) {
     auto host = Host::setUp(arguments);
     if (!host) return fail(host.error(), 2);
     switch (arguments.command) {
+        case Command::init:
+            return initAccount(**host, arguments);
         case Command::modules:
             return listModules(**host, arguments);
         case Command::fields:
@@ -30,6 +35,10 @@ int run(const Arguments& arguments) {
             return listViews(**host, arguments);
         case Command::filters:
             return listFilters(**host, arguments);
+        case Command::list:
+            return listRecords(**host, arguments);
+        case Command::show:
+            return showRecord(**host, arguments);
         case Command::serve:
             return serve(**host, arguments);
     }
