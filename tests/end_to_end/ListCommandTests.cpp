@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <set>
 
 #include "tests/end_to_end/EndToEnd.h"
@@ -110,6 +111,15 @@ TEST(ListCommand, PagesFromTheServerAndFromTheCopy) {
     ASSERT_TRUE(records.asList() && records.asList()->size() == 50u);
     auto filtered = idsIn(list(world, {"--filter", "Lead_Source:isExactly:Web Form,Phone", "--sort", "Company"}));
     EXPECT_TRUE(!filtered.empty() && filtered.size() <= 20u) << filtered.size();
+
+    auto readable = list(world, {"--columns", "Owner,Created_Time"});
+    auto texts = member(json::parse(readable.output).value_or(Value()), "texts");
+    ASSERT_TRUE(texts.asList() && texts.asList()->size() == 20u) << readable.errors;
+    for (auto& row : *texts.asList()) {
+        auto owner = (*row.asList())[0].textOr(""), created = (*row.asList())[1].textOr("");
+        EXPECT_FALSE(owner.empty() || text::toInteger(owner)) << "an owner without a name: " << owner;
+        EXPECT_EQ(std::count(created.begin(), created.end(), '/'), 2) << "not in the user's format: " << created;
+    }
 
     auto shown = endOf(world.host({"show", "Leads", first.front()}));
     EXPECT_EQ(shown.status, 0) << shown.errors;
