@@ -60,9 +60,7 @@ Process::Process(const std::string& program, std::vector<std::string> arguments,
 Process::~Process() {
     closeInput();
     if (outputEnd_ >= 0) ::close(outputEnd_);
-    if (pid_ <= 0) return;
-    ::kill(pid_, SIGKILL);
-    ::waitpid(pid_, nullptr, 0);
+    kill();
 }
 
 void Process::send(const std::string& line) {
@@ -119,6 +117,13 @@ std::string Process::errors() const {
 
 void Process::terminate() {
     if (pid_ > 0) ::kill(pid_, SIGTERM);
+}
+
+void Process::kill() {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGKILL);
+    ::waitpid(pid_, nullptr, 0);
+    pid_ = -1;
 }
 
 }  // namespace tarvo::tests

@@ -29,6 +29,8 @@ public:
     const std::string& output() const { return output_; }
     std::string errors() const;
     void terminate();
+    /// Ends it at once, without a chance to tidy up.
+    void kill();
 
 private:
     bool readMore();
