@@ -1,5 +1,8 @@
 #include "host/Console.h"
 
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -13,10 +16,22 @@ std::string harmless(std::string text) {
     return text;
 }
 
-bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }
+// Terminals give a character of East Asia two places, and an accent by itself none.
+std::size_t placesOf(UChar32 character) {
+    auto type = u_charType(character);
+    if (type == U_NON_SPACING_MARK || type == U_ENCLOSING_MARK || type == U_FORMAT_CHAR) return 0;
+    auto width = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+}
 
 std::size_t widthOf(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), beginsCharacter));
+    std::size_t width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        UChar32 character = 0;
+        U8_NEXT(text.data(), at, text.size(), character);
+        width += character < 0 ? 1 : placesOf(character);
+    }
+    return width;
 }
 
 std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>>& rows) {
