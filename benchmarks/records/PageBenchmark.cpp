@@ -7,12 +7,13 @@
 
 #include "benchmarks/Support.h"
 #include "benchmarks/kelva/HandWritten.h"
-#include "platform/JsonDocument.h"
 #include "platform/Log.h"
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
+#include "tarvobase/records/RecordInDatabase.h"
 #include "tarvobase/records/RecordPage.h"
+#include "tarvobase/value_objects/FieldMetadataInDatabase.h"
 
 // A page of the first download, from the bytes of the answer to committed encrypted rows: 10,000 records of 60 fields
 // beside the same work by hand, which knows the page's shape.
@@ -51,14 +52,17 @@ std::string makePage() {
     return page + "]}]}}";
 }
 
-FieldList fieldList() {
+std::vector<FieldMetadata> metadata() {
     std::vector<FieldMetadata> fields(fieldCount);
     for (std::size_t i = 0; i < fieldCount; ++i) {
-        fields[i].fieldAPIName = apiName(i);
+        fields[i].fieldID = std::to_string(i);
+        fields[i].moduleName = "Leads";
+        fields[i].fieldAPIName = fields[i].columnCRMName = apiName(i);
         fields[i].fieldType = typeOf(i);
     }
-    return FieldList("Leads", std::move(fields), {}, FieldIdentifier::fieldAPINameIdentifier());
+    return fields;
 }
+FieldList fieldList() { return FieldList("Leads", metadata(), {}, FieldIdentifier::fieldAPINameIdentifier()); }
 
 long long secondsOfText(std::string_view text) {
     auto number = [&](std::size_t at, std::size_t length) {
@@ -130,11 +134,12 @@ private:
     std::vector<View> cells_;
 };
 
+WireRecords wireOf(const platform::Data& body) {
+    return WireRecordsParser::parse(body).value().result.front().value().data.value();
+}
 RecordPage pageOf(const platform::Data& body, const FieldList& fields) {
-    auto document = *json::Document::parse(body);
-    std::array<json::Element, 1> entry;
-    document.root().find("response").find("result").leadingItems(entry);
-    return RecordPage(document, entry[0].find("data"), fields);
+    auto wire = wireOf(body);
+    return RecordPage(wire.document, wire.list, fields);
 }
 
 std::vector<std::string> columnsOf(const platform::Data& body, const FieldList& fields) {
@@ -157,42 +162,59 @@ std::int64_t peakBytesOf(F&& work) {
     return bytesOf("VmHWM:") - before;
 }
 
-/// The library's and the hand's database with equal tables.
+/// The library's and the hand's database with equal tables of records.
 struct Sides {
     Folder folder;
-    KelvaDatabasePersistance adapter{StorageLocation::onDisk(folder.path + "/ours.db")};
+    std::shared_ptr<KelvaDatabasePersistance> adapter =
+        std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk(folder.path + "/ours.db"));
     kelva::benchmarks::HandWritten hand{folder.path + "/hand.db", "x'" + text::hex(key) + text::hex(salt) + "'"};
+    std::shared_ptr<RecordInDatabase> records = RecordInDatabase::make(adapter);
 
     Sides() {
         platform::setLogSink([](std::string_view) {});
-        if (!adapter.registerDB("a passphrase").ok()) std::abort();
+        CommonConfigration::sharedInstance().fieldIdentifier = FieldIdentifier::fieldAPINameIdentifier();
+        if (!adapter->registerDB("a passphrase").ok()) std::abort();
+        adapter->createTable(
+            "CREATE TABLE MODULE_SPECIFIC_METADATA (_id INTEGER PRIMARY KEY, field_id, field_api_name, module_name, "
+            "crm_col_name, field_label, field_type, max_length, is_read_only, is_custom_field, is_unique, "
+            "is_quick_create, is_primary_key, is_mproxy_metadata, lookup_module_api, related_list_id, visible, mode, "
+            "additional_info)");
+        adapter->createTable(
+            "CREATE TABLE PICKLIST_METADATA (field_actual_value, field_display_value, field_id, field_api_name, "
+            "crm_col_name, module_name, layout_id, field_map, position)");
+        FieldMetadataInDatabase(std::string(FieldMetadataDatabaseConstants().TableName), adapter)
+            .storeFieldMetadata(metadata());
     }
-    ~Sides() { adapter.deregisterDB(); }
-    void create(const std::string& sql) {
-        adapter.createTable("DROP TABLE IF EXISTS t; " + sql);
-        hand.run(("DROP TABLE IF EXISTS t; " + sql).c_str());
+    ~Sides() { adapter->deregisterDB(); }
+    void create(const std::vector<std::string>& columns) {
+        auto sql = createTable(columns, "NOT NULL UNIQUE");
+        sql.replace(sql.find(" t "), 3, " LeadsRecords ");
+        sql = "DROP TABLE IF EXISTS LeadsRecords; " + sql;
+        adapter->createTable(sql);
+        hand.run(sql.c_str());
+    }
+    void store(const platform::Data& body) {
+        if (records->storeRecord(wireOf(body), "Leads").size() != recordCount) std::abort();
     }
 };
 
 void page(benchmark::State& state) {
     platform::Data body(makePage());
-    auto fields = fieldList();
-    auto columns = columnsOf(body, fields);
+    auto columns = columnsOf(body, fieldList());
     Sides sides;
     HandWrittenPage hand(columns);
     Comparison comparison(state);
-    auto sql = createTable(columns, "NOT NULL UNIQUE");
-    sides.create(sql);
+    sides.create(columns);
     malloc_trim(0);
-    auto peak = peakBytesOf([&] { sides.adapter.insertInto("t", pageOf(body, fields)); });
+    auto peak = peakBytesOf([&] { sides.store(body); });
     state.counters["peak_of_page"] = static_cast<double>(peak) / static_cast<double>(body.size());
     for (auto _ : state) {
-        sides.create(sql);
-        comparison.round([&] { sides.adapter.insertInto("t", pageOf(body, fields)); },
-                         [&] { sides.hand.insert("t", columns, hand.read(body)); });
+        sides.create(columns);
+        comparison.round([&] { sides.store(body); },
+                         [&] { sides.hand.insert("LeadsRecords", columns, hand.read(body)); });
     }
     comparison.finish(recordCount);
-    if (sides.adapter.count("t", std::nullopt) != static_cast<std::int64_t>(recordCount))
+    if (sides.adapter->count("LeadsRecords", std::nullopt) != static_cast<std::int64_t>(recordCount))
         state.SkipWithError("rows are missing");
 }
 
