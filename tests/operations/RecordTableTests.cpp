@@ -77,7 +77,7 @@ protected:
         return text::join(lines, ";");
     }
     std::string idColumn() const { return identifier("id"); }
-    /// The record with one column less text: its dictionary.
+    /// What a lead has values for.
     ValueMap row(const std::string& id) {
         auto record = records->fetchRecord("Leads", id);
         return record ? record->getDictionary() : ValueMap{{"no record", true}};
@@ -112,10 +112,9 @@ TEST_F(RecordTableTest, PagesAndDictionariesAreStoredAlikeWithWhatHangsOnThem) {
             makeModule(c.module, {field(c.module, "Tag"), list, subform(c.module, "Rows", target),
                                   subform(c.module, "Elsewhere", ValueList{"8", "Nowhere_Api"})});
             auto page = R"([[["id","1"],["L",[[["id","a"],["When","1970-01-02"]],[["id","b"]]]],
-                            ["Tag",[[["id","t"],["name","hot"]],[["id","u"]]]],["Rows",[[["id","r"],["Text","it's"]]]],
-                            ["Elsewhere",[[["id","x"]],[["id","y"]],[["id","z"]]]]],
+                            ["Tag",[[["id","t"],["name","hot"]],[["id","u"]]]],["Rows",[[["id","r"],["Text","it's"]]]]],
                            [["id","2"],["L",[]],["Tag",[]],["Rows",[]]], [["Tag",[[["id","lost"]]]]], 7,
-                           [["id","3"],["L",[[["id","c"]]]]], [["id","1"],["Tag",[[["id","v"]]]],["L",[[["id","a"]]]]]])"s;
+                           [["id","3"],["L",[[["id","c"]]]],["Elsewhere",[[["id","x"]],[["id","y"]]]]], [["id","1"],["Tag",[[["id","v"]]]],["L",[[["id","a"]]]]]])"s;
             for (auto at = page.find("\"L\""); at != page.npos; at = page.find("\"L\""))
                 page.replace(at + 1, 1, c.list);
 
@@ -138,8 +137,8 @@ TEST_F(RecordTableTest, PagesAndDictionariesAreStoredAlikeWithWhatHangsOnThem) {
             adapter().execute("INSERT INTO Tags_Records VALUES ('old', 'old', '', '1'), ('kept', 'k', '', '3')", {});
             adapter().insertInto(c.dependent + "Records"s, {{idColumn(), "stays"}});
             auto quotedModule = "\"" + std::string(c.module) + "\"";
-            auto expected = (isNotes ? R"("2","",0,0,null;"3","c",null,null,null;"1","a",1,null,null)"
-                                     : R"("2",0,0,0,null;"3",1,null,null,null;"1",1,1,null,null)") +
+            auto expected = (isNotes ? R"("2","",0,0,null;"3","c",null,null,2;"1","a",1,null,null)"
+                                     : R"("2",0,0,0,null;"3",1,null,null,2;"1",1,1,null,null)") +
                             "\n"s +
                             (isNotes ? R"("stays",null;"b",null;"c",null;"a",null)"
                                      : R"("stays",null,null;"b",null,"1";"c",null,"3";"a",null,"1")") +
