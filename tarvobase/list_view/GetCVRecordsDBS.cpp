@@ -13,7 +13,7 @@
 #include "tarvobase/records/FilterToWhereConverter.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SortDescriptorUtil.h"
-#include "tarvobase/utils/LogOnce.h"
+#include "tarvobase/value_objects/DatabasePersistanceClass.h"
 
 namespace tarvo {
 
@@ -57,20 +57,17 @@ std::string termsOf(const CVSort& sort) {
 }
 
 /// Columns to read. A host may name a field either way; what the table does not have is left out, which is logged once.
-std::vector<std::string> columnsOf(const FilterRecordsQuery& query, const std::vector<std::string>& ofTable) {
+std::vector<std::string> columnsOf(const FilterRecordsQuery& query, const TableAccess& table) {
     auto& metadata = query.moduleInfo.metadata;
     auto asked = query.request.columns;
     if (asked)
         for (auto& name : *asked)
             if (auto field = metadata.getField(name) ? nullptr : metadata.getFieldByApiName(name))
                 name = metadata.identifierOf(*field);
+    auto known = table.columns();
     std::vector<std::string> columns;
-    for (auto& name : RecordInDatabase::getColumnNameList(asked, query.moduleInfo)) {
-        if (std::find(ofTable.begin(), ofTable.end(), name) != ofTable.end())
-            columns.push_back(kelva::quotedName(name));
-        else
-            logOnce("the table of " + query.moduleInfo.moduleName() + " has no column " + name);
-    }
+    for (auto& name : RecordInDatabase::getColumnNameList(asked, query.moduleInfo))
+        if (table.has(name, known)) columns.push_back(kelva::quotedName(name));
     return columns;
 }
 
@@ -105,7 +102,7 @@ CVSort GetCVRecordsDBS::getCVSortDescriptor(const FilterProtocol& filter, const 
 }
 
 std::optional<std::vector<Record>> GetCVRecordsDBS::getRecords(const FilterRecordsQuery& query) {
-    auto sort = getCVSortDescriptor(query.filter, query.moduleInfo);
+    auto sort = sortOf(sortFieldsOf(query.filter, query.moduleInfo), query.moduleInfo);
     auto [records, isLong] = fetch(query, sort);
     if (isLong)
         ListOrderIndexes::keep(databaseAdapter_, RecordUtil::getTableName(query.moduleInfo.moduleName()),
@@ -115,7 +112,7 @@ std::optional<std::vector<Record>> GetCVRecordsDBS::getRecords(const FilterRecor
 
 std::optional<Record> GetCVRecordsDBS::getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) {
     // Every term of an order turns with its field, so that the last row is the first of the turned order.
-    auto sortFields = filter.sortFieldList(moduleInfo.metadata);
+    auto sortFields = sortFieldsOf(filter, moduleInfo);
     for (auto& sortField : sortFields) sortField.isAscending = !sortField.isAscending;
     GetListFilterRecordsParams request;
     request.moduleName = moduleInfo.moduleName();
@@ -125,6 +122,15 @@ std::optional<Record> GetCVRecordsDBS::getLastRecord(const FilterProtocol& filte
         fetch({.filter = filter, .moduleInfo = moduleInfo, .request = request}, sortOf(sortFields, moduleInfo));
     if (!found.records || found.records->empty()) return std::nullopt;
     return std::move(found.records->front());
+}
+
+/// A view may be sorted by a field that the table has no column for; the default order is better than no list.
+std::vector<SortField> GetCVRecordsDBS::sortFieldsOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const {
+    auto sortFields = filter.sortFieldList(moduleInfo.metadata);
+    TableAccess table(databaseAdapter_, RecordUtil::getTableName(moduleInfo.moduleName()));
+    if (sortFields.size() > 1 && databaseAdapter_ && !table.has(sortFields.front().column, table.columns()))
+        sortFields.erase(sortFields.begin());
+    return sortFields;
 }
 
 GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, const CVSort& sort) const {
@@ -141,7 +147,7 @@ GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, c
     auto table = RecordUtil::getTableName(moduleName);
     FetchQuery fetch(kelva::quotedName(table), std::move(ofView));
     for (auto& condition : furtherConditions(query)) fetch.filter(std::move(condition));
-    fetch.columns = columnsOf(query, databaseAdapter_->columnNames(table));
+    fetch.columns = columnsOf(query, TableAccess(databaseAdapter_, table));
     fetch.columns.insert(fetch.columns.end(), sort.columns.begin(), sort.columns.end());
     fetch.sortBy = {SortDescriptor::customOrderBy(terms)};
     fetch.offset = query.request.from;

@@ -53,6 +53,7 @@ private:
         std::optional<std::vector<Record>> records;
         bool isLong = false;  // read by walking the table in the order
     };
+    std::vector<SortField> sortFieldsOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const;
     Found fetch(const FilterRecordsQuery& query, const CVSort& sort) const;
 
     const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
