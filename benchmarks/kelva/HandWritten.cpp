@@ -7,7 +7,7 @@ namespace kelva::benchmarks {
 
 namespace {
 
-constexpr int width = 64;
+constexpr int width = 256;
 
 // What is being inserted: rows of texts, or cells.
 const HandWritten::Table* currentRows = nullptr;
@@ -61,7 +61,9 @@ int column(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int number) {
     if (!currentRows) {
         auto row = static_cast<Cursor*>(cursor)->row;
         auto& cell = (*currentCells)[row * currentColumns + static_cast<std::size_t>(number)];
-        if (cell.text)
+        if (cell.isNull)
+            sqlite3_result_null(context);
+        else if (cell.text)
             sqlite3_result_text(context, cell.text, static_cast<int>(cell.length), SQLITE_STATIC);
         else
             sqlite3_result_int64(context, cell.number);

@@ -26,6 +26,7 @@ public:
         const char* text;
         std::size_t length;
         long long number;
+        bool isNull = false;
     };
     /// The same from cells row by row.
     void insert(const std::string& table, const std::vector<std::string>& columns, const std::vector<View>& cells);

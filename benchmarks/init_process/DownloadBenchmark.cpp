@@ -1,0 +1,151 @@
+#include "benchmarks/init_process/DownloadedTables.h"
+#include "benchmarks/init_process/SandboxProcess.h"
+#include "benchmarks/init_process/WatchedDownload.h"
+#include "platform/Log.h"
+#include "platform/ProcessState.h"
+#include "platform/SettingsStore.h"
+#include "platform/Text.h"
+#include "tarvobase/network_layer/NetworkAccess.h"
+#include "tarvobase/utils/Util.h"
+
+// The first download of an account: all steps, over TLS, from a server in a process of its own into an encrypted file.
+// Beside it the floor: the rows that it leaves in the record tables, inserted by hand into a file of the same settings.
+//
+// While it runs, the server and the transport share the processors with it, so its own split says what a user waits
+// for. For the ratio the answers are parsed and stored once more, alone and on one thread, into fresh files, in turns
+// with the hand.
+namespace tarvo::benchmarks {
+
+namespace {
+
+constexpr std::size_t recordsOfModule = 5'000;
+constexpr int rounds = 3;
+const std::string key(32, 'k'), salt(16, 's');
+
+/// The settings of an application, taken back for the benchmarks behind this one.
+class Application {
+public:
+    Application(const std::string& folder, const SandboxProcess& server) {
+        platform::setLogSink([](std::string_view) {});
+        platform::ProcessState::current().get<SettingsStores>().setFolder(folder + "/settings");
+        if (!trustFurtherAuthority(server.authority)) std::abort();
+        configuration_.localDirectoryLocation = folder;
+        configuration_.userDefaultsGroup = "benchmark";
+        configuration_.authentication = std::make_shared<SignedIn>();
+        configuration_.serverType = MProxyServerType::type0;
+        configuration_.dclBD = "localhost:" + server.port;
+        configuration_.fieldIdentifier = FieldIdentifier::crmColumnNameIdentifier();
+    }
+    ~Application() {
+        configuration_.fieldIdentifier = naming_;
+        configuration_.databaseAdapter = nullptr;
+        configuration_.authentication = nullptr;
+    }
+
+private:
+    CommonConfigration& configuration_ = CommonConfigration::sharedInstance();
+    const FieldIdentifier naming_ = configuration_.fieldIdentifier.get();
+};
+
+/// An encrypted file that is open for the library.
+class OpenDatabase {
+public:
+    explicit OpenDatabase(const std::string& path)
+        : adapter(std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk(path))) {
+        if (!adapter->registerDB("a passphrase").ok()) std::abort();
+        CommonConfigration::sharedInstance().databaseAdapter = adapter;
+    }
+    ~OpenDatabase() {
+        CommonConfigration::sharedInstance().databaseAdapter = nullptr;
+        adapter->deregisterDB();
+    }
+    const std::shared_ptr<KelvaDatabasePersistance> adapter;
+};
+
+/// The answers and the hand's rows, stored in turns.
+struct Alone {
+    double parse = 0, store = 0, hand = 0;
+
+    Alone(const std::vector<platform::Data>& bodies, const DownloadedTables& tables) {
+        for (int round = 0; round < rounds; ++round) {
+            bool oursFirst = round % 2 == 0;
+            if (!oursFirst) insertByHand(tables);
+            storeAnswers(bodies, tables);
+            if (oursFirst) insertByHand(tables);
+        }
+        for (auto* seconds : {&parse, &store, &hand}) *seconds /= rounds;
+    }
+
+private:
+    void storeAnswers(const std::vector<platform::Data>& bodies, const DownloadedTables& tables) {
+        Folder folder;
+        OpenDatabase database(folder.path + "/ours.db");
+        tables.prepare(*database.adapter);
+        auto records = RecordInDatabase::make(database.adapter);
+        for (auto& body : bodies) {
+            Stopwatch watch;
+            auto answer = WireRecordsParser::parse(body);
+            parse += watch.seconds();
+            if (!answer) std::abort();
+            for (auto& entry : answer->result)
+                if (entry && entry->data)
+                    store += secondsOf([&] { records->storeRecord(*entry->data, *entry->info.moduleName); });
+        }
+    }
+    void insertByHand(const DownloadedTables& tables) {
+        Folder folder;
+        kelva::benchmarks::HandWritten hand(folder.path + "/hand.db", "x'" + text::hex(key) + text::hex(salt) + "'");
+        tables.prepare(hand);
+        this->hand += secondsOf([&] { tables.insert(hand); });
+    }
+};
+
+std::vector<std::string> moduleNames(const std::shared_ptr<DatabaseAdapter>& database) {
+    std::vector<std::string> names;
+    auto stored = MetadataStores{database, std::make_shared<InMemoryStorage>()}.modules()->getAllModules();
+    if (stored)
+        for (auto& module : *stored) names.push_back(module.moduleName);
+    return names;
+}
+
+void firstDownload(benchmark::State& state) {
+    Folder folder;
+    SandboxProcess server(folder.path + "/server", recordsOfModule);
+    if (!server.listens()) return state.SkipWithError("tarvo-sandbox does not start: build it beside this program");
+    Application application(folder.path, server);
+    for (auto _ : state) {
+        OpenDatabase database(DatabaseConstants().databaseName());
+        Util::performInitialOperations(std::make_shared<BrenUserDefaults>());
+        auto split = std::make_shared<Split>();
+        bool isDone = false;
+        auto seconds = secondsOf([&] { isDone = download(database.adapter, split); });
+        state.SetIterationTime(seconds);
+        if (!isDone) return state.SkipWithError("the download failed");
+
+        DownloadedTables tables(*database.adapter, moduleNames(database.adapter));
+        Alone alone(split->bodies, tables);
+        std::size_t bytes = 0;
+        for (auto& body : split->bodies) bytes += body.size();
+        auto set = [&](const char* name, auto value) { state.counters[name] = static_cast<double>(value); };
+        set("modules", split->modules);
+        set("records", split->records);
+        set("rows", tables.rowCount());
+        set("MB", static_cast<double>(bytes) / 1e6);
+        set("s_network", split->network());
+        set("s_parse", split->parse);
+        set("s_store", split->store);
+        set("s_other", seconds - split->network() - split->parse - split->store);
+        set("records/s", static_cast<double>(split->records) / seconds);
+        set("alone_s_parse", alone.parse);
+        set("alone_s_store", alone.store);
+        set("hand_s", alone.hand);
+        set("of_hand_live", alone.hand / (split->parse + split->store));
+        set("of_hand", alone.hand / (alone.parse + alone.store));
+    }
+}
+
+BENCHMARK(firstDownload)->UseManualTime()->Unit(benchmark::kSecond)->Iterations(1);
+
+}  // namespace
+
+}  // namespace tarvo::benchmarks

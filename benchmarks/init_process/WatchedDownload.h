@@ -1,0 +1,133 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/Support.h"
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/database_layer/DatabaseConstants.h"
+#include "tarvobase/database_layer/KelvaDatabasePersistance.h"
+#include "tarvobase/get_metadata/GetFieldListDM.h"
+#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/init_process/InitCVRecordsDM.h"
+#include "tarvobase/init_process/InitProcessAssembler.h"
+#include "tarvobase/records/RecordInDatabase.h"
+#include "tarvobase/value_objects/CustomViewInDatabase.h"
+#include "tarvobase/value_objects/InMemoryStorage.h"
+
+// A first download as an application runs it. Of its steps the one of the records has its service and its record tables
+// wrapped, both of which it takes as interfaces, so that the times are those of the run itself.
+namespace tarvo::benchmarks {
+
+/// Where the time of the records' step goes, in seconds. All but the start is written by the network queue alone.
+struct Split {
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point asked, answered, parsed, ended;
+    double handling = 0;  ///< of answers, from the body on
+    double parse = 0;     ///< from the body to the first records that are stored
+    double store = 0;
+    std::size_t requests = 0, modules = 0, records = 0;
+    std::vector<platform::Data> bodies;
+
+    static double between(Clock::time_point from, Clock::time_point to) {
+        return std::chrono::duration<double>(to - from).count();
+    }
+    /// Nothing was at hand to be parsed or stored.
+    double network() const { return between(asked, ended) - handling; }
+};
+
+class WatchedService final : public InitCVRecordsNSP {
+public:
+    explicit WatchedService(std::shared_ptr<Split> split) : split_(std::move(split)) {}
+    void getCVRecords(const std::vector<CVRecordsParams>& params, Callback callback) override {
+        std::call_once(first_, [this] { split_->asked = Split::Clock::now(); });
+        service_->getCVRecords(
+            params, [split = split_, callback = std::move(callback)](Data data, std::optional<NetworkError> error,
+                                                                     const std::vector<CVRecordsParams>& params) {
+                ++split->requests;
+                split->modules += params.size();
+                split->bodies.push_back(data);
+                split->answered = split->parsed = Split::Clock::now();
+                callback(std::move(data), std::move(error), params);
+                split->ended = Split::Clock::now();
+                split->parse += Split::between(split->answered, split->parsed);
+                split->handling += Split::between(split->answered, split->ended);
+            });
+    }
+
+private:
+    const std::shared_ptr<Split> split_;
+    const std::shared_ptr<InitCVRecordsNS> service_ = std::make_shared<InitCVRecordsNS>();
+    std::once_flag first_;
+};
+
+class WatchedRecords final : public RecordInDatabase {
+public:
+    WatchedRecords(const std::shared_ptr<DatabaseAdapter>& database, std::shared_ptr<Split> split)
+        : RecordInDatabase(database, FieldListAssembler::getFieldListDM(database)), split_(std::move(split)) {}
+    using RecordInDatabase::storeRecord;
+    Names storeRecord(const WireRecords& wireRecords, const std::string& moduleName) override {
+        auto start = Split::Clock::now();
+        if (split_->parsed == split_->answered) split_->parsed = start;
+        auto ids = RecordInDatabase::storeRecord(wireRecords, moduleName);
+        split_->store += Split::between(start, Split::Clock::now());
+        split_->records += ids.size();
+        return ids;
+    }
+
+private:
+    const std::shared_ptr<Split> split_;
+};
+
+class SignedIn final : public AuthenticationProtocol {
+public:
+    AuthenticationType authenticationType() override { return AuthenticationType::oauth; }
+    std::optional<std::vector<std::string>> loggedInUsers() override { return std::vector<std::string>{"42"}; }
+    std::optional<std::string> currentUser() override { return "42"; }
+    void authToken(const std::string&, TokenCompletion completion) override { completion("token-of-42"); }
+};
+
+class DownloadListener final : public InitProcessUseCaseDelegate {
+public:
+    void initProcessCompleted(InitProcessUseCaseProtocol&) override { isCompleted = true; }
+    void parsingError() override { hasFailed = true; }
+    void networkResponseError() override { hasFailed = true; }
+    void noAuthtoken(const std::string&) override { hasFailed = true; }
+
+    std::atomic<bool> isCompleted = false, hasFailed = false;
+};
+
+/// Runs the download into an open, empty database. False when it failed or has not ended in half an hour.
+inline bool download(const std::shared_ptr<DatabaseAdapter>& database, const std::shared_ptr<Split>& split) {
+    auto defaults = std::make_shared<BrenUserDefaults>();
+    auto memory = std::make_shared<InMemoryStorage>();
+    BaseAssemblerWithDatabaseUserDefaults adapters(database, memory, std::make_shared<DatabaseConstants>(), defaults);
+    auto parts = makeInitProcessUseCase(adapters, InitSteps::all)->parts();
+    MetadataStores stores{database, memory};
+    InitCVRecordsDM::Persistance persistance{
+        .batches = {.moduleDAO = stores.modules(),
+                    .settingDAO = stores.settings(),
+                    .userDefaultsUtil = UserDefaultsUtil(defaults)},
+        .cvDAO = std::make_shared<CustomViewInDatabase>(database),
+        .recordDAO = std::make_shared<WatchedRecords>(database, split),
+        .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(defaults)};
+    for (auto& step : parts.downloadableList)
+        if (step->processName() == Process::initialRecords)
+            step = std::make_shared<InitCVRecordsDM>(persistance, std::make_shared<WatchedService>(split));
+    auto run = InitProcessUseCase::make(std::move(parts));
+    auto listener = std::make_shared<DownloadListener>();
+    run->delegate = listener;
+    run->startInitProcess();
+    MainQueue::shared()->runUntil([&] { return listener->isCompleted || listener->hasFailed; },
+                                  std::chrono::minutes(30));
+    return listener->isCompleted && !listener->hasFailed;
+}
+
+}  // namespace tarvo::benchmarks
