@@ -54,26 +54,12 @@ TEST_F(CertificatesTests, CoverEveryHostThatClientsUse) {
     auto hosts = defaultHostNames();
     hosts.push_back("eu-crm.localhost");
     auto files = ensure(hosts);
-    struct {
-        const char* host;
-        bool isAddress, isCovered;
-    } rows[] = {
-        {"localhost", false, true},
-        {"127.0.0.1", true, true},
-        {"::1", true, true},
-        {"sandbox.localhost", false, true},
-        {"mproxy.localhost", false, true},
-        {"premproxy.localhost", false, true},
-        {"crm.localhost", false, true},
-        {"labmproxy.localhost", false, true},
-        {"devmproxy.localhost", false, true},
-        {"accounts.localhost", false, true},
-        {"contacts.localhost", false, true},
-        {"eu-crm.localhost", false, true},
-        {"other.localhost", false, false},
-        {"127.0.0.2", true, false},
-    };
-    for (const auto& row : rows) EXPECT_EQ(verifies(files, row.host, row.isAddress), row.isCovered) << row.host;
+    for (std::string name : {"localhost", "sandbox.localhost", "mproxy.localhost", "premproxy.localhost",
+                             "crm.localhost", "labmproxy.localhost", "devmproxy.localhost", "accounts.localhost",
+                             "contacts.localhost", "eu-crm.localhost", "other.localhost"})
+        EXPECT_EQ(verifies(files, name.c_str(), false), name != "other.localhost") << name;
+    for (std::string address : {"127.0.0.1", "::1", "127.0.0.2"})
+        EXPECT_EQ(verifies(files, address.c_str(), true), address != "127.0.0.2") << address;
 }
 
 TEST_F(CertificatesTests, KeepTheAuthorityAndRenewTheServerForNewNames) {

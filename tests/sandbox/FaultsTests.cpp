@@ -60,6 +60,10 @@ TEST_F(FaultsTests, DamageTouchesTheNamedBlocksAlone) {
     answer = json(init());
     EXPECT_EQ(blocks(answer, "tables").size(), 2u);
     EXPECT_EQ(blocks(answer, "settings").size(), 1u);
+
+    setFault(R"({"call":"gettaxcurrencies","fault":"missingBlocks","blocks":["0"],"times":1})");
+    answer = json(client->post("/crm/v4/gettaxcurrencies", {}, token));
+    EXPECT_EQ(at(answer, "response").asList()->size(), 1u) << "the parts of the older form go by their number";
 }
 
 TEST_F(FaultsTests, EveryLevelOfTheAnswerCanHaveWrongTypes) {

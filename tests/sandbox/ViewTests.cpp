@@ -36,30 +36,22 @@ TEST_F(ViewTests, EveryModuleHasOneDefaultAndEveryComparatorOccurs) {
     ValueList names;
     for (const auto& row : block(json(init()), "activeModules")) names.push_back(row.asList()->at(0));
     auto answer = ask("getcustomviewsinfo", {{"module", json::write(names).value_or("")}});
-    std::set<std::string> comparators, ids;
+    std::set<std::string> comparators;
     auto collect = [&](auto&& self, const Value& node) -> void {
         if (node.asList())
             for (const auto& item : *node.asList()) self(self, item);
         comparators.insert(at(node, "comparator").textOr(""));
     };
     for (const auto& module : data.modules) {
-        auto rows = block(answer, module.name);
-        EXPECT_EQ(rows.empty(), !module.standsAlone) << module.name;
-        std::size_t defaults = 0, everything = 0;
-        for (const auto& row : rows) {
-            ASSERT_EQ(row.asList()->size(), 13u);
+        std::size_t defaults = 0;
+        for (const auto& row : block(answer, module.name)) {
             auto shown = text(row, 2);
             bool isKind = module.name == "Tasks" || module.name == "Events" || module.name == "Calls";
             defaults +=
                 isKind ? shown == "Open Tasks" || shown == "My Events" || shown == "My Calls" : text(row, 5) == "true";
-            everything += row.asList()->at(12).isNull();
-            EXPECT_FALSE(row.asList()->at(9).asList()->empty()) << shown;
-            EXPECT_EQ(row.asList()->at(12).isNull(), text(row, 7).empty()) << shown;
-            EXPECT_TRUE(ids.insert(module.name + text(row, 0)).second);
             collect(collect, row.asList()->at(12));
         }
         EXPECT_EQ(defaults, module.standsAlone ? 1u : 0u) << module.name;
-        EXPECT_LE(everything, 1u);
     }
     EXPECT_EQ(comparators.size(), 16u + 2 + 1) << "those of clients, those of the server, and none in a list";
     auto columns = [&](const char* servlet) {
@@ -111,19 +103,6 @@ TEST_F(ViewTests, CriteriaHoldByWhatTheyMean) {
     };
     for (const auto& row : rows)
         EXPECT_EQ(count("Leads", leaf("Last_Name", row.comparator, row.value)), row.expected) << row.comparator;
-    for (auto field :
-         {"Discount", "Annual_Revenue", "External_Number", "No_of_Employees", "Birthday", "Created_Time"}) {
-        auto known = count("Leads", leaf(field, "is_not_empty", ""));
-        bool isDay = std::string_view(field) == "Birthday";
-        auto value = isDay ? "2000-01-01" : std::string_view(field) == "Created_Time" ? "1704067200" : "50.0";
-        auto least = count("Leads", leaf(field, "greater_equal", value)),
-             less = count("Leads", leaf(field, "less_than", value));
-        EXPECT_EQ(least + less, known) << field;
-        EXPECT_EQ(count("Leads", ValueList{leaf(field, "less_than", value), "or", leaf(field, "greater_equal", value)}),
-                  known);
-        EXPECT_EQ(
-            count("Leads", ValueList{leaf(field, "less_than", value), "and", leaf(field, "greater_equal", value)}), 0u);
-    }
     EXPECT_EQ(count("Leads", leaf("External_Number", "greater_than", "1000000")),
               count("Leads", leaf("External_Number", "is_not_empty", "")))
         << "as texts a shorter number may be the greater one";
@@ -133,60 +112,6 @@ TEST_F(ViewTests, CriteriaHoldByWhatTheyMean) {
     EXPECT_NE(count("Leads", leaf("Owner", "equal", "${CURRENTUSER}")),
               count("Leads", leaf("Owner", "equal", "${CURRENTUSER}"), "43"));
     EXPECT_EQ(count("Activities", leaf("Activity_Type", "not_equal", "Calls")), 120u);
-}
-
-TEST_F(ViewTests, SmallCallsAnswerTheirRows) {
-    auto user = block(ask("getuserdetails"), "userDetails");
-    ASSERT_EQ(user.size(), 16u);
-    EXPECT_EQ(user.at(0), Value("42"));
-    auto granted = block(ask("getpermissions", {{"profileid", user.at(15).textOr("")}}), "permissions");
-    EXPECT_EQ(granted.size(), 18u * 5);
-    EXPECT_TRUE(std::ranges::all_of(granted, [](const Value& row) { return text(row, 3) == "true"; }));
-    auto unknown = at(at(ask("getpermissions", {{"profileid", ""}}), "response"), "result").asList()->at(0);
-    EXPECT_EQ(at(at(unknown, "info"), "nodata"), Value(true));
-
-    auto money = *at(ask("gettaxcurrencies"), "response").asList();
-    ASSERT_EQ(money.size(), 2u);
-    for (const auto& row : *money[1].asList()->at(1).asList()) EXPECT_EQ(row.asList()->size(), 12u);
-
-    auto rows = block(ask("getpipelines", {{"module", "Deals"}, {"moduleAPI", "Deals"}, {"layoutid", "1"}}), "Deals");
-    std::set<std::string> stages, used;
-    for (const auto& row : rows) {
-        const auto* list = row.asList()->at(3).asList();
-        if (!list) stages.insert(text(row, 0));
-        if (!list) continue;
-        for (const auto& stage : *list) used.insert(text(stage, 3));
-    }
-    EXPECT_EQ(stages.size(), 5u);
-    EXPECT_EQ(used, stages);
-}
-
-TEST_F(ViewTests, EveryFaultHitsEveryCall) {
-    for (std::string call :
-         {"getcustomviewsinfo", "getuserdetails", "getpermissions", "gettaxcurrencies", "getpipelines"}) {
-        auto answer = [&] {
-            auto profile = data.users.front().profileId;
-            auto got = client->post("/crm/v4/" + call, {{"module", "Deals"}, {"profileid", profile}}, token);
-            auto body = got ? got->body : "";
-            // Without the times, which differ from call to call.
-            for (auto from = body.find("time\":"); from != std::string::npos; from = body.find("time\":", from))
-                body.erase(from, body.find_first_of(",}", from) - from);
-            return body;
-        };
-        auto whole = answer();
-        std::set<std::string> seen{whole, ""};
-        for (auto fault : {"nonJson", "errorEnvelope", "wrongTypes", "missingBlocks", "shortRows", "repeatBlocks"}) {
-            setFault(R"({"times":1,"call":")" + call + R"(","fault":")" + fault + "\"}");
-            EXPECT_TRUE(seen.insert(answer()).second) << call << " " << fault;
-        }
-        for (auto fault : {"dropBefore", "dropAfter", "truncate"}) {
-            setFault(R"({"times":1,"call":")" + call + R"(","fault":")" + fault + "\"}");
-            EXPECT_EQ(answer(), "") << call << " " << fault;
-        }
-        EXPECT_EQ(answer(), whole);
-    }
-    setFault(R"({"call":"gettaxcurrencies","fault":"missingBlocks","blocks":["0"]})");
-    EXPECT_EQ(at(ask("gettaxcurrencies"), "response").asList()->size(), 1u);
 }
 
 }  // namespace
