@@ -19,7 +19,7 @@ namespace tarvo::benchmarks {
 namespace {
 
 constexpr std::size_t recordsOfModule = 5'000;
-constexpr int rounds = 3;
+constexpr int rounds = 5;
 const std::string key(32, 'k'), salt(16, 's');
 
 /// The settings of an application, taken back for the benchmarks behind this one.
@@ -62,41 +62,50 @@ public:
     const std::shared_ptr<KelvaDatabasePersistance> adapter;
 };
 
-/// The answers and the hand's rows, stored in turns.
+/// The answers and the hand's rows, stored in turns. Of each side the best round counts: a round takes a second, long
+/// enough for another program to come in between.
 struct Alone {
-    double parse = 0, store = 0, hand = 0;
+    struct Ours {
+        double parse = 0, store = 0;
+        double all() const { return parse + store; }
+    };
+    Ours ours;
+    double hand = 0;
 
     Alone(const std::vector<platform::Data>& bodies, const DownloadedTables& tables) {
         for (int round = 0; round < rounds; ++round) {
             bool oursFirst = round % 2 == 0;
-            if (!oursFirst) insertByHand(tables);
-            storeAnswers(bodies, tables);
-            if (oursFirst) insertByHand(tables);
+            auto handSeconds = oursFirst ? 0 : insertByHand(tables);
+            auto seconds = storeAnswers(bodies, tables);
+            if (oursFirst) handSeconds = insertByHand(tables);
+            if (round == 0 || seconds.all() < ours.all()) ours = seconds;
+            if (round == 0 || handSeconds < hand) hand = handSeconds;
         }
-        for (auto* seconds : {&parse, &store, &hand}) *seconds /= rounds;
     }
 
 private:
-    void storeAnswers(const std::vector<platform::Data>& bodies, const DownloadedTables& tables) {
+    static Ours storeAnswers(const std::vector<platform::Data>& bodies, const DownloadedTables& tables) {
         Folder folder;
         OpenDatabase database(folder.path + "/ours.db");
         tables.prepare(*database.adapter);
         auto records = RecordInDatabase::make(database.adapter);
+        Ours seconds;
         for (auto& body : bodies) {
             Stopwatch watch;
             auto answer = WireRecordsParser::parse(body);
-            parse += watch.seconds();
+            seconds.parse += watch.seconds();
             if (!answer) std::abort();
             for (auto& entry : answer->result)
                 if (entry && entry->data)
-                    store += secondsOf([&] { records->storeRecord(*entry->data, *entry->info.moduleName); });
+                    seconds.store += secondsOf([&] { records->storeRecord(*entry->data, *entry->info.moduleName); });
         }
+        return seconds;
     }
-    void insertByHand(const DownloadedTables& tables) {
+    static double insertByHand(const DownloadedTables& tables) {
         Folder folder;
         kelva::benchmarks::HandWritten hand(folder.path + "/hand.db", "x'" + text::hex(key) + text::hex(salt) + "'");
         tables.prepare(hand);
-        this->hand += secondsOf([&] { tables.insert(hand); });
+        return secondsOf([&] { tables.insert(hand); });
     }
 };
 
@@ -136,11 +145,11 @@ void firstDownload(benchmark::State& state) {
         set("s_store", split->store);
         set("s_other", seconds - split->network() - split->parse - split->store);
         set("records/s", static_cast<double>(split->records) / seconds);
-        set("alone_s_parse", alone.parse);
-        set("alone_s_store", alone.store);
+        set("alone_s_parse", alone.ours.parse);
+        set("alone_s_store", alone.ours.store);
         set("hand_s", alone.hand);
         set("of_hand_live", alone.hand / (split->parse + split->store));
-        set("of_hand", alone.hand / (alone.parse + alone.store));
+        set("of_hand", alone.hand / alone.ours.all());
     }
 }
 
