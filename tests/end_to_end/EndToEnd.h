@@ -98,4 +98,10 @@ inline bool contains(const std::string& text, std::string_view part) { return te
 
 inline bool isOneLine(const std::string& text) { return !text.empty() && text.find('\n') == text.size() - 1; }
 
+/// A command that did not do its work says in one line why.
+inline void expectRefusal(const Ended& ended, int status, std::string_view says) {
+    EXPECT_EQ(ended.status, status) << says;
+    EXPECT_TRUE(isOneLine(ended.errors) && contains(ended.errors, says)) << "not \"" << says << "\": " << ended.errors;
+}
+
 }  // namespace tarvo::tests

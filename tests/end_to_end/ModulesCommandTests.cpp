@@ -19,9 +19,7 @@ TEST(ModulesCommand, ListsFromTheEncryptedFileAlsoWithoutTheServer) {
     world.stopServer();
     EXPECT_EQ(endOf(world.host({"modules"})).output, first.output);
 
-    auto unreachable = endOf(world.host({"modules", "--fetch"}));
-    EXPECT_EQ(unreachable.status, 1);
-    EXPECT_TRUE(isOneLine(unreachable.errors)) << unreachable.errors;
+    expectRefusal(endOf(world.host({"modules", "--fetch"})), 1, "server");
 
     auto machine = json::parse(endOf(world.host({"modules", "--json"})).output);
     ASSERT_TRUE(machine && machine->asMap());
@@ -40,8 +38,7 @@ TEST(ModulesCommand, LeavesNoReadableFileAndOpensWithTheRightPassphraseAlone) {
         EXPECT_FALSE(contains(file, name)) << name;
 
     auto wrong = endOf(world.host({"modules"}, "wrong passphrase"));
-    EXPECT_EQ(wrong.status, 1);
-    EXPECT_TRUE(isOneLine(wrong.errors) && contains(wrong.errors, "wrong passphrase: ")) << wrong.errors;
+    expectRefusal(wrong, 1, "wrong passphrase: ");
     EXPECT_EQ(wrong.output, "");
     EXPECT_TRUE(world.content(world.databasePath()) == file) << "a refused passphrase changed the file";
     EXPECT_EQ(endOf(world.host({"modules"})).status, 0);
@@ -80,11 +77,11 @@ TEST(ModulesCommand, SaysInOneLineWhatIsWrong) {
         auto arguments = one.arguments;
         if (std::find(arguments.begin(), arguments.end(), "--home") == arguments.end())
             arguments.insert(arguments.begin(), {"--home", world.folder + "/other"});
-        Process process("tarvo-host", arguments, world.folder + "/host.log", {"TARVO_PASSPHRASE="});
-        EXPECT_EQ(process.finish(), one.status) << text::join(arguments, " ");
-        auto errors = process.errors();
-        EXPECT_TRUE(isOneLine(errors) && contains(errors, one.says)) << text::join(arguments, " ") << ": " << errors;
-        EXPECT_FALSE(contains(errors, "secret")) << errors;
+        SCOPED_TRACE(text::join(arguments, " "));
+        auto ended = endOf(std::make_unique<Process>("tarvo-host", arguments, world.folder + "/host.log",
+                                                     std::vector<std::string>{"TARVO_PASSPHRASE="}));
+        expectRefusal(ended, one.status, one.says);
+        EXPECT_FALSE(contains(ended.errors, "secret")) << ended.errors;
     }
 }
 
