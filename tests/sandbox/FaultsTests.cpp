@@ -63,7 +63,7 @@ TEST_F(FaultsTests, DamageTouchesTheNamedBlocksAlone) {
 
     setFault(R"({"call":"gettaxcurrencies","fault":"missingBlocks","blocks":["0"],"times":1})");
     answer = json(client->post("/crm/v4/gettaxcurrencies", {}, token));
-    EXPECT_EQ(at(answer, "response").asList()->size(), 1u) << "the parts of the older form go by their number";
+    EXPECT_EQ(at(answer, "response").asList()->size(), 1u) << "the pieces of the older form go by their number";
 }
 
 TEST_F(FaultsTests, EveryLevelOfTheAnswerCanHaveWrongTypes) {
