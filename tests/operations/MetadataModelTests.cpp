@@ -56,147 +56,67 @@ protected:
 };
 
 TEST_F(MetadataModelTest, NamesAreThoseOfTheServersFields) {
-    using Names = const IdentifierConstants&;
-    struct {
-        std::string module;
-        std::vector<std::string_view> (*names)(Names);
-    } cases[] = {
-        {"Leads",
-         [](Names n) {
-             auto& g = n.Leads;
-             return std::vector{g.firstName,
-                                g.lastName,
-                                g.fullName,
-                                g.salutation,
-                                g.email,
-                                g.phone,
-                                g.fax,
-                                g.skype,
-                                g.twitter,
-                                g.description,
-                                g.company,
-                                g.source,
-                                g.status,
-                                g.street,
-                                g.city,
-                                g.state,
-                                g.country,
-                                g.zip,
-                                g.emailOptOut,
-                                g.secondaryEmail,
-                                n.id,
-                                n.ownerID,
-                                n.tag,
-                                n.layout,
-                                n.creatorID,
-                                n.createdBy,
-                                n.createdTime,
-                                n.modifiedBy,
-                                n.modifiedTime,
-                                n.seStatus,
-                                n.currencyISOCode,
-                                n.exchangeRate,
-                                n.website};
-         }},
-        {"Contacts",
-         [](Names n) {
-             auto& g = n.Contacts;
-             return std::vector{g.firstName,  g.accountId,   g.birthday,       g.department,        g.title,
-                                g.mailingZip, g.otherStreet, g.mailingCountry, g.reportingToContact};
-         }},
-        {"Accounts",
-         [](Names n) {
-             return std::vector{n.Accounts.accountName, n.Accounts.industry, n.accountName};
-         }},
-        {"Deals",
-         [](Names n) {
-             auto& g = n.Deals;
-             return std::vector{g.potentialName, g.closingDate,   g.stage,     g.amount,
-                                g.probablity,    g.contactID,     g.accountID, g.expectedRevenue,
-                                g.pipeline,      n.potentialName, n.type};
-         }},
-        {"Activities",
-         [](Names n) {
-             auto& g = n.Activities;
-             return std::vector{g.recurring, g.contactID, g.activityType, std::string_view(n.seModule)};
-         }},
-        {"Events",
-         [](Names n) {
-             auto& g = n.Events;
-             auto& c = n.CheckIn;
-             return std::vector{g.checkInStatus, g.subject,  g.startDateTime,    g.endDateTime,
-                                g.allDayEvent,   g.location, g.eventType,        g.checkInCreatedTime,
-                                g.recurring,     g.remindAt, g.sendNotification, g.participants,
-                                c.createdBy,     c.comment,  c.latitude,         c.longitude,
-                                c.city,          c.state,    c.country,          c.zipCode,
-                                c.address,       n.whatID};
-         }},
-        {"EventInvitees",
-         [](Names n) {
-             auto& g = n.EventInvitees;
-             return std::vector{g.participant, g.type,    g.invited,     g.status,
-                                g.email,       g.company, g.accountName, n.recordId};
-         }},
-        {"Tasks",
-         [](Names n) {
-             return std::vector{n.Tasks.subject, n.Tasks.status, n.Tasks.remindAt, n.remindAt, n.priority, n.dueDate};
-         }},
-        {"Calls",
-         [](Names n) {
-             auto& g = n.Calls;
-             return std::vector{g.subject, g.callType, g.callStartTime, g.callDuration, g.status, n.callType};
-         }},
-        {"Products",
-         [](Names n) {
-             auto& g = n.Products;
-             return std::vector{g.salesStartDate, g.supportExpiryDate, g.active,   g.unitPrice,   g.productCode,
-                                g.name,           n.productName,       g.category, g.manufacturer};
-         }},
-        {"Cases",
-         [](Names n) {
-             return std::vector{n.Cases.subject, n.Cases.origin, n.Cases.priority, n.comments};
-         }},
-        {"Attachments",
-         [](Names n) {
-             return std::vector{n.attachmentSize, n.Attachments.fileName, n.recordTitle, n.seid,
-                                std::string_view(n.seModule)};
-         }},
-        {"Notes",
-         [](Names n) {
-             auto& g = n.Notes;
-             return std::vector{
-                 g.isCheckIn, g.noteTitle,  g.noteContent, n.noteContents, g.seid,
-                 g.seModule,  g.modifiedBy, g.ownerId,     g.createdBy,    std::string_view(g.attachments),
-                 g.size,      g.id,         g.isVoiceNote};
-         }},
-        {"Solutions",
-         [](Names n) {
-             return std::vector{n.Solutions.title, n.Solutions.status, n.solutionTitle};
-         }},
-        {"Quotes",
-         [](Names n) {
-             return std::vector{n.Quotes.subject, n.Quotes.stage, n.productDetails};
-         }},
-        {"PriceBooks",
-         [](Names n) {
-             auto& g = n.PriceBooks;
-             return std::vector{g.name, g.pricingModel, g.active, g.pricingDetails};
-         }},
-        {"CustomerModuleComments",
-         [](Names n) {
-             auto& g = n.Comments;
-             return std::vector{g.id, g.recordId, g.comment, g.commentBy, g.commentTime};
-         }},
+    auto list = [](const auto&... names) { return std::vector{std::string_view(names)...}; };
+    auto namesByModule = [&](const IdentifierConstants& n) {
+        auto& checkIn = n.CheckIn;
+        auto& contacts = n.Contacts;
+        auto& deals = n.Deals;
+        auto& events = n.Events;
+        auto& leads = n.Leads;
+        auto& notes = n.Notes;
+        auto& products = n.Products;
+        return std::map<std::string, std::vector<std::string_view>>{
+            {"Leads",
+             list(leads.firstName, leads.lastName, leads.fullName, leads.salutation, leads.email, leads.phone,
+                  leads.fax, leads.skype, leads.twitter, leads.description, leads.company, leads.source, leads.status,
+                  leads.street, leads.city, leads.state, leads.country, leads.zip, leads.emailOptOut,
+                  leads.secondaryEmail, n.id, n.ownerID, n.tag, n.layout, n.creatorID, n.createdBy, n.createdTime,
+                  n.modifiedBy, n.modifiedTime, n.seStatus, n.currencyISOCode, n.exchangeRate, n.website)},
+            {"Contacts",
+             list(contacts.firstName, contacts.accountId, contacts.birthday, contacts.department, contacts.title,
+                  contacts.mailingZip, contacts.otherStreet, contacts.mailingCountry, contacts.reportingToContact)},
+            {"Accounts", list(n.Accounts.accountName, n.Accounts.industry, n.accountName)},
+            {"Deals",
+             list(deals.potentialName, deals.closingDate, deals.stage, deals.amount, deals.probablity, deals.contactID,
+                  deals.accountID, deals.expectedRevenue, deals.pipeline, n.potentialName, n.type)},
+            {"Activities", list(n.Activities.recurring, n.Activities.contactID, n.Activities.activityType, n.seModule)},
+            {"Events", list(events.checkInStatus, events.subject, events.startDateTime, events.endDateTime,
+                            events.allDayEvent, events.location, events.eventType, events.checkInCreatedTime,
+                            events.recurring, events.remindAt, events.sendNotification, events.participants,
+                            checkIn.createdBy, checkIn.comment, checkIn.latitude, checkIn.longitude, checkIn.city,
+                            checkIn.state, checkIn.country, checkIn.zipCode, checkIn.address, n.whatID)},
+            {"EventInvitees",
+             list(n.EventInvitees.participant, n.EventInvitees.type, n.EventInvitees.invited, n.EventInvitees.status,
+                  n.EventInvitees.email, n.EventInvitees.company, n.EventInvitees.accountName, n.recordId)},
+            {"Tasks", list(n.Tasks.subject, n.Tasks.status, n.Tasks.remindAt, n.remindAt, n.priority, n.dueDate)},
+            {"Calls", list(n.Calls.subject, n.Calls.callType, n.Calls.callStartTime, n.Calls.callDuration,
+                           n.Calls.status, n.callType)},
+            {"Products",
+             list(products.salesStartDate, products.supportExpiryDate, products.active, products.unitPrice,
+                  products.productCode, products.name, n.productName, products.category, products.manufacturer)},
+            {"Cases", list(n.Cases.subject, n.Cases.origin, n.Cases.priority, n.comments)},
+            {"Attachments", list(n.attachmentSize, n.Attachments.fileName, n.recordTitle, n.seid, n.seModule)},
+            {"Notes", list(notes.isCheckIn, notes.noteTitle, notes.noteContent, n.noteContents, notes.seid,
+                           notes.seModule, notes.modifiedBy, notes.ownerId, notes.createdBy, notes.attachments,
+                           notes.size, notes.id, notes.isVoiceNote)},
+            {"Solutions", list(n.Solutions.title, n.Solutions.status, n.solutionTitle)},
+            {"Quotes", list(n.Quotes.subject, n.Quotes.stage, n.productDetails)},
+            {"PriceBooks",
+             list(n.PriceBooks.name, n.PriceBooks.pricingModel, n.PriceBooks.active, n.PriceBooks.pricingDetails)},
+            {"CustomerModuleComments", list(n.Comments.id, n.Comments.recordId, n.Comments.comment,
+                                            n.Comments.commentBy, n.Comments.commentTime)},
+        };
     };
     sandbox::IdSequence ids(1);
     auto metadata = sandbox::makeMetadata(sandbox::makeModules(ids), ids);
-    for (auto& one : cases) {
-        auto column = one.names(CRMColumnConstant), api = one.names(FieldAPIConstant);
-        for (std::size_t i = 0; i < column.size(); ++i) {
-            auto& known = metadata[one.module].fields;
+    auto apiNames = namesByModule(FieldAPIConstant);
+    for (auto& [module, columns] : namesByModule(CRMColumnConstant)) {
+        auto& known = metadata[module].fields;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            auto column = columns[i], api = apiNames[module][i];
             EXPECT_TRUE(std::any_of(known.begin(), known.end(),
-                                    [&](auto& field) { return field.column == column[i] && field.apiName == api[i]; }))
-                << one.module << " has no " << column[i] << " / " << api[i];
+                                    [&](auto& field) { return field.column == column && field.apiName == api; }))
+                << module << " has no " << column << " / " << api;
         }
     }
 }
