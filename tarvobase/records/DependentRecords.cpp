@@ -1,8 +1,12 @@
 #include "tarvobase/records/DependentRecords.h"
 
 #include <algorithm>
+#include <span>
+#include <utility>
 
+#include "platform/Rows.h"
 #include "platform/Text.h"
+#include "tarvobase/database_layer/Statements.h"
 #include "tarvobase/get_metadata/GetFieldListDM.h"
 #include "tarvobase/records/RecordConversion.h"
 #include "tarvobase/records/RecordUtil.h"
@@ -50,21 +54,30 @@ void setParent(ValueMap& row, const std::string& id) {
     row.set(parentColumn, id);
 }
 
-/// One row for each tag of a record.
-std::vector<ValueMap> getTagRecords(const std::vector<ValueMap>& tags, const std::string& recordId,
-                                    const std::string& moduleName) {
-    constexpr TagRecordDBMapper columns;
-    std::vector<ValueMap> rows;
-    for (auto& tag : tags) {
-        ValueMap row;
-        if (auto id = tag.find("id")) row.set(columns.id, *id);
-        if (auto name = tag.find("name")) row.set(columns.name, *name);
-        row.set(columns.moduleName, moduleName);
-        row.set(columns.recordId, recordId);
-        rows.push_back(std::move(row));
+/// One row for each tag of records, read where the tags lie. The lists and the name must outlive it.
+class TagRows final : public RowSource {
+public:
+    TagRows(const std::vector<NestedRecords>& lists, const std::string& moduleName) : moduleName_(moduleName) {
+        for (auto& list : lists)
+            for (auto& tag : list.records) rows_.push_back({&tag, &list.parentId});
     }
-    return rows;
-}
+    std::span<const std::string> columns() const override { return columns_; }
+    std::size_t rowCount() const override { return rows_.size(); }
+    ValueView cell(std::size_t row, std::size_t column) const override {
+        auto& [tag, parentId] = rows_[row];
+        if (column == 2) return ValueView::text(moduleName_);
+        if (column == 3) return ValueView::text(*parentId);
+        auto value = tag->find(column == 0 ? "id" : "name");
+        return value ? ValueView(*value) : ValueView();
+    }
+
+private:
+    static constexpr TagRecordDBMapper names_{};
+    const std::string columns_[4] = {std::string(names_.id), std::string(names_.name), std::string(names_.moduleName),
+                                     std::string(names_.recordId)};
+    const std::string& moduleName_;
+    std::vector<std::pair<const ValueMap*, const std::string*>> rows_;
+};
 
 }  // namespace
 
@@ -117,16 +130,19 @@ void DependentRecords::storeTags(const std::vector<NestedRecords>& lists, const 
     if (lists.empty()) return;
     constexpr TagRecordDBMapper columns;
     std::vector<std::string> recordIds;
-    std::vector<ValueMap> rows;
-    for (auto& list : lists) {
-        recordIds.push_back(list.parentId);
-        for (auto& row : getTagRecords(list.records, list.parentId, moduleName)) rows.push_back(std::move(row));
-    }
+    for (auto& list : lists) recordIds.push_back(list.parentId);
     std::sort(recordIds.begin(), recordIds.end());
     recordIds.erase(std::unique(recordIds.begin(), recordIds.end()), recordIds.end());
-    TableAccess table(databaseAdapter_, std::string(columns.tableName));
-    table.deleteObjects(columnIn(columns.recordId, recordIds));
-    table.storeAccepted(MapRowSource(rows));
+
+    // The server's key of this table begins with the tag. Without an index of ours every page of a download would look
+    // through the tags of all pages before it.
+    std::string tableName(columns.tableName);
+    DeleteQuery former(tableName, columnIn(columns.recordId, recordIds));
+    databaseAdapter_->execute({{"CREATE INDEX IF NOT EXISTS tarvo_tags_of_records ON " + tableName + " (" +
+                                    std::string(columns.recordId) + ")",
+                                std::nullopt},
+                               {former.sql(), former.parameters()}});
+    TableAccess(databaseAdapter_, tableName).storeAccepted(TagRows(lists, moduleName));
 }
 
 }  // namespace tarvo
