@@ -136,7 +136,8 @@ struct Sides {
         }
         for (std::size_t first = 0; first < recordCount; first += batch) store(rowsFrom(first, batch));
         for (auto& order : orders)
-            hand.run(("CREATE INDEX by_" + std::string(order.field) + " ON LeadsRecords (" + terms(order) + ")").c_str());
+            hand.run(
+                ("CREATE INDEX by_" + std::string(order.field) + " ON LeadsRecords (" + terms(order) + ")").c_str());
     }
     ~Sides() {
         CommonConfigration::sharedInstance().databaseAdapter = nullptr;
@@ -167,9 +168,10 @@ std::array<std::string, 2> knownQueries(const Order& order, std::int64_t from) {
     std::string shown;
     for (std::size_t i = 0; i < shownFields - 1; ++i) shown += fieldName(i) + ", ";
     shown += "Owner_LOOKUP";
-    auto rest = " FROM LeadsRecords WHERE EXISTS (SELECT 1 FROM Leads_CUSTOM_VIEW_RECORDS WHERE cv_id = '4077' AND "
-                "record = LeadsRecords.id) ORDER BY " +
-                Sides::terms(order) + " LIMIT 200 OFFSET " + std::to_string(from);
+    auto rest =
+        " FROM LeadsRecords WHERE EXISTS (SELECT 1 FROM Leads_CUSTOM_VIEW_RECORDS WHERE cv_id = '4077' AND "
+        "record = LeadsRecords.id) ORDER BY " +
+        Sides::terms(order) + " LIMIT 200 OFFSET " + std::to_string(from);
     return {"SELECT " + shown + rest, "SELECT " + shown + " FROM LeadsRecords WHERE _id IN (SELECT _id" + rest +
                                           ") ORDER BY " + Sides::terms(order)};
 }
@@ -215,7 +217,8 @@ void listPage(benchmark::State& state) {
     std::optional<std::vector<Record>> found;
     kelva::benchmarks::HandWritten::Result expected;
     for (auto _ : state)
-        comparison.round([&] { found = records.getRecords(query); }, [&] { expected = sides.hand.fetch(byHand.c_str()); });
+        comparison.round([&] { found = records.getRecords(query); },
+                         [&] { expected = sides.hand.fetch(byHand.c_str()); });
     comparison.finish(0);
     auto ids = idsOf(expected);
     if (!found || found->size() != 200 ||

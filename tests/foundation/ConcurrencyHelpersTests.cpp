@@ -74,12 +74,6 @@ TEST(ReadWriteBoxTests, WriteFromInsideAReadIsReportedInsteadOfHanging) {
     EXPECT_THAT(reported, HasSubstr("the label"));
 }
 
-TEST(ReadWriteBoxTests, LabelsAreToldApart) {
-    ReadWriteBox<int> a, b;
-    EXPECT_THAT(a.label(), testing::StartsWith("com.nimbra.kelvan.readWriteBox"));
-    EXPECT_NE(a.label(), b.label());
-}
-
 TEST(SynchronizedDictionaryTests, AbsentValueIsNoAbsentKey) {
     SynchronizedDictionary<std::string, int> dictionary;
     dictionary.addValue("a", 1);
@@ -233,20 +227,6 @@ TEST(AsynchronousOperationTests, QueueGoesOnWhenAnotherThreadCompletes) {
     EXPECT_EQ(most, 1);
 }
 
-TEST(StackTests, LastInFirstOut) {
-    Stack<std::string> stack;
-    EXPECT_EQ(stack.pop(), std::nullopt);
-    EXPECT_EQ(stack.peek(), nullptr);
-    stack.push("a");
-    stack.push("b");
-    auto copy = stack;
-    EXPECT_EQ(*stack.peek(), "b");
-    EXPECT_EQ(stack.pop(), "b");
-    EXPECT_EQ(stack.pop(), "a");
-    EXPECT_TRUE(stack.isEmpty());
-    EXPECT_EQ(copy.count(), 2u);
-}
-
 using Ordered = OrderedDictionary<std::string, int>;
 
 TEST(OrderedDictionaryTests, KeepsTheOrderOfFirstInsertion) {
@@ -262,13 +242,6 @@ TEST(OrderedDictionaryTests, KeepsTheOrderOfFirstInsertion) {
     EXPECT_EQ(dictionary["q"], std::nullopt);
     EXPECT_NE(dictionary, Ordered::uniqueKeysWithValues({{"z", 3}, {"a", 2}, {"m", 1}}));
     EXPECT_EQ(dictionary, Ordered::uniqueKeysWithValues({{"a", 2}, {"m", 1}, {"z", 3}}));
-}
-
-TEST(OrderedDictionaryTests, OfEqualKeysTheFirstStays) {
-    auto dictionary = Ordered::uniqueKeysWithValues({{"b", 1}, {"a", 2}, {"b", 3}});
-    EXPECT_THAT(dictionary.keys(), ElementsAre("b", "a"));
-    EXPECT_EQ(dictionary["b"], 1);
-    EXPECT_EQ(Ordered::uniqueKeysWithValues(std::map<std::string, int>{{"k", 1}}).count(), 1u);
 }
 
 }  // namespace

@@ -165,28 +165,6 @@ TEST_F(InitDataTest, StoresTheWholeAnswer) {
     EXPECT_EQ(OrganisationInUserDefaults(defaults).getOrganisations(), std::nullopt);
 }
 
-class BrokenBlockTest : public InitDataTest, public ::testing::WithParamInterface<std::string> {};
-
-TEST_P(BrokenBlockTest, LeavesTheOthersStanding) {
-    // A settings row with a module that has no name; a list of what is no row for all others.
-    ValueList broken{5, ValueMap{{"x", 1}}};
-    if (GetParam() == "settings") {
-        broken = ValueList(16, Value("v"));
-        broken.emplace_back(ValueList{ValueList{7}});
-    }
-    auto blocks = wholeAnswer();
-    blocks.set(GetParam(), broken);
-    EXPECT_EQ(run(body(blocks)), 1);
-    auto expected = whole;
-    expected[GetParam()] = 0;
-    EXPECT_EQ(stored(), expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(Blocks, BrokenBlockTest,
-                         ::testing::Values("dateTimeFormat", "activeModules", "userDetails", "activeUsers", "settings",
-                                           "companyInfo", "VestraOrgs"),
-                         [](auto& block) { return block.param; });
-
 TEST_F(InitDataTest, AFailureReachesTheHostOnce) {
     EXPECT_EQ(run("no envelope"), 0);
     EXPECT_EQ(std::exchange(failures->notices, ""), "parsing;");
@@ -196,15 +174,6 @@ TEST_F(InitDataTest, AFailureReachesTheHostOnce) {
     signIn("1001", std::nullopt);
     EXPECT_EQ(run(""), 0);
     EXPECT_EQ(failures->notices, "no token of 1001;");
-}
-
-TEST_F(InitDataTest, WithoutTablesNothingIsStored) {
-    auto blocks = wholeAnswer();
-    blocks.remove("tables");
-    EXPECT_EQ(run(body(blocks)), 0);
-    EXPECT_EQ(run("no JSON at all"), 0);
-    EXPECT_EQ(UserDetailsInUserDefaults(defaults).getUserDetails(), std::nullopt);
-    EXPECT_EQ(DateTimeInUserDefaults(defaults).getDateFormat(), std::nullopt);
 }
 
 TEST_F(InitDataTest, ReadsUserDetails) {

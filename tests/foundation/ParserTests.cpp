@@ -113,12 +113,6 @@ TEST(ParserProtocolTest, OneEntrysFailureLeavesTheOthers) {
     for (auto& one : cases) EXPECT_EQ(described(body(one.body)), one.expected) << one.body;
 }
 
-TEST(ParserProtocolTest, TheBaseHasNoRows) {
-    ParserProtocol<int, BaseResultInfo> base;
-    auto parsed = base.parse(body(result("[{\"info\":{},\"data\":[]}]")));
-    EXPECT_EQ(parsed->result[0]->data.error(), Error(ErrorCase::noData));
-}
-
 TEST(ResultInfoTest, AMapIsReadLenientlyAndJSONStrictly) {
     ValueMap map{{"module", "M"}, {"responsetime", "7"}, {"resetLocal", true}, {"more_records", 1}, {"count", 3}};
     auto lenient = infoFromMap<SyncLFRecordsInfo>(map);

@@ -166,27 +166,6 @@ TEST_F(MetadataDownloadTest, StoresTheSameInBothNamings) {
     }
 }
 
-TEST_F(MetadataDownloadTest, ABrokenSectionLeavesTheOthersStored) {
-    struct {
-        wire::Section place;
-        std::vector<std::int64_t> counts;
-    } cases[] = {
-        {wire::relatedLists, {0, 2, 2, 2, 3, 4}},    {wire::layouts, {2, 0, 2, 2, 3, 4}},
-        {wire::layoutFields, {2, 2, 0, 2, 3, 4}},    {wire::picklists, {2, 2, 2, 0, 3, 4}},
-        {wire::columns, {2, 2, 2, 2, 1, 4}},         {wire::fields, {2, 2, 2, 2, 3, 2}},
-        {wire::dependentFields, {2, 2, 2, 2, 3, 2}}, {wire::unused, {2, 2, 2, 2, 3, 4}},
-        {wire::relatedSort, {2, 2, 2, 2, 2, 4}},
-    };
-    for (auto& broken : cases) {
-        for (auto table : sectionTables) database->deleteAllObjects(table);
-        auto sections = wire::sections("Leads");
-        sections[broken.place] = "of another type";
-        downloadAnswered({wire::entry(wire::info("Leads"), sections)});
-        EXPECT_EQ(rowCounts(), broken.counts) << broken.place;
-    }
-    EXPECT_TRUE(wasLogged("metadata of Leads, fields: left out: typeConversionFailed"));
-}
-
 TEST_F(MetadataDownloadTest, RowsThatAreTooShortAreDroppedAndCounted) {
     auto sections = wire::sections("Leads");
     for (auto place : {wire::layoutFields, wire::picklists, wire::fields, wire::dependentFields})
@@ -273,32 +252,6 @@ TEST_F(MetadataDownloadTest, ModulesInMemorySeeTheNewStatements) {
     downloadAnswered(
         {wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", "CREATE TABLE LeadsRecords (id TEXT)"}})});
     EXPECT_EQ(memory.getAllModules()->front().tableCreationQuery, "CREATE TABLE LeadsRecords (id TEXT)");
-}
-
-TEST_F(MetadataDownloadTest, KeepsTwoBatchesOfFourUnderWay) {
-    auto service = std::make_shared<HeldService>();
-    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
-    int successes = 0;
-    step->getMetaData(
-        modulesNamed({"A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K", "L", "M"}), [&] { ++successes; },
-        [] { ADD_FAILURE() << "no failure ends a download"; });
-    using Names = std::vector<std::string>;
-    EXPECT_EQ(service->asked(), (Names{"A B C D", "E F G H"}));
-    service->answer(1);
-    EXPECT_EQ(service->asked(), (Names{"A B C D", "E F G H", "I J K L"}));
-    service->answer(2, false);
-    EXPECT_EQ(service->asked(), (Names{"A B C D", "E F G H", "I J K L", "M"}));
-    service->answer(0);
-    EXPECT_EQ(service->asked().size(), 4u);
-    EXPECT_EQ(successes, 0);
-    service->answer(3);
-    EXPECT_EQ(successes, 1);
-    EXPECT_EQ(column("SELECT DISTINCT module_name FROM MODULE_LAYOUT_INFO ORDER BY 1"),
-              (Names{"A", "B", "C", "D", "E", "F", "G", "H", "M"}));
-    EXPECT_TRUE(wasLogged("MetadataInfo Requested for I, J, K, L"));
-    EXPECT_TRUE(wasLogged("progress updated failure invoked: jsonSerializationFailed"));
-    EXPECT_TRUE(wasLogged("MetadataInfo Completed - failure for I, J, K, L"));
-    EXPECT_TRUE(wasLogged("MetadataInfo Batch completed."));
 }
 
 TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {

@@ -217,43 +217,6 @@ TEST_F(RecordWireTest, OfTwoFieldsOfOneColumnThePresentOneCounts) {
     }
 }
 
-TEST_F(RecordWireTest, APageKeepsTheRecordsThatHaveAnId) {
-    use(Mode::api);
-    auto fields = fieldsOf("Leads", {recordField("A", T::text)});
-    auto page =
-        pageOf(R"([[["id","1"],["Api_A","x"]], 7, [["Api_A","lost"]], [["id",""]], [["id",5]], {}, [["id",["2","3"]]],
-                           [["Api_A","y"],["id","4"]]])",
-               fields);
-    ASSERT_EQ(page.rowCount(), 3u);
-    EXPECT_EQ(page.leftOut(), 5u);
-    EXPECT_EQ(page.recordId(1), "2,3");
-    EXPECT_EQ(rowOf(page, 0), (ValueMap{{"id", "1"}, {"Api_A", "x"}}));
-    EXPECT_EQ(rowOf(page, 1), (ValueMap{{"id", "2,3"}})) << "nothing of the record before";
-    EXPECT_EQ(rowOf(page, 2), (ValueMap{{"id", "4"}, {"Api_A", "y"}}));
-    EXPECT_EQ(pageOf("{}", fields).rowCount(), 0u);
-    EXPECT_EQ(pageOf(R"([[["id","1"]]])", FieldList("Leads", {}, {})).leftOut(), 1u);
-}
-
-TEST_F(RecordWireTest, APageIsStoredAsItsDictionariesAre) {
-    use(Mode::column);
-    auto database = openDatabase();
-    for (auto table : {"Pages", "Maps"})
-        database->createTable("CREATE TABLE " + std::string(table) + " (ID TEXT NOT NULL UNIQUE, A, W, W_LOOKUP, D)");
-    auto fields =
-        fieldsOf("Leads", {recordField("A", T::text), recordField("W", T::lookup), recordField("D", T::date)});
-    std::string records = R"([[["id","1"],["Api_A","x"],["Api_W","2","shown"],["Api_D","2024-02-29"]],
-                              [["Api_D","never"],["id","2"],["Api_A",["x","y"]],["Api_A",false]],
-                              [["id","1"],["Api_W","3",["a","b"]],["Api_A",[[["x","y"]],[]]]]])";
-    auto parsedRecords = ModuleParser::parseRecord(*fromJson(records).asList(), "Leads").records;
-    std::vector<ValueMap> maps;
-    for (auto& record : parsedRecords) maps.push_back(convertRecordFromNetworkToDBDictionary(record, fields));
-    database->insertInto("Maps", maps);
-    database->insertInto("Pages", pageOf(records, fields));
-    auto stored = [&](const std::string& table) { return database->fetchObjects(FetchQuery(table)).value().toMaps(); };
-    EXPECT_EQ(stored("Pages"), stored("Maps"));
-    EXPECT_EQ(stored("Pages").size(), 2u);
-}
-
 TEST_F(RecordWireTest, WhatNeverGoesOut) {
     for (auto mode : {Mode::column, Mode::api}) {
         use(mode);
