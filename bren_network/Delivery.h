@@ -15,6 +15,13 @@ struct Outcome {
     std::optional<NetworkError> error;
 };
 
+/// How far a transfer is, and the pieces of its body that no handler has seen.
+struct Progress {
+    std::int64_t done = 0;
+    std::int64_t total = 0;
+    std::string pieces;
+};
+
 /// The way from a transfer to the caller's handlers: every handler runs on the network queue, without a lock, and is
 /// released there once the completion has run. `progressed` and `complete` are called by one thread at a time.
 class Delivery : public std::enable_shared_from_this<Delivery> {
@@ -34,11 +41,6 @@ public:
     void complete(Outcome outcome, tarvo::platform::Work afterwards = {});
 
 private:
-    struct Progress {
-        std::int64_t done = 0;
-        std::int64_t total = 0;
-        std::string pieces;
-    };
     void tellProgress();
     void runCompletion(Outcome outcome);
 

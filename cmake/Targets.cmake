@@ -4,6 +4,11 @@ add_library(tarvo_flags INTERFACE)
 target_compile_options(tarvo_flags INTERFACE -Wall -Wextra -Wpedantic -Woverloaded-virtual
   # Structs with designated initialisers name the members that matter.
   -Wno-missing-field-initializers)
+target_compile_options(tarvo_flags INTERFACE
+  # Clang asks for braces that aggregates may leave out, and checks which mutex guards what.
+  "$<$<CXX_COMPILER_ID:Clang>:-Wno-missing-braces;-Wthread-safety>"
+  # To g++ every source of a batch is a header, whose classes should not use an anonymous namespace.
+  "$<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>")
 if(TARVO_WARNINGS_AS_ERRORS)
   target_compile_options(tarvo_flags INTERFACE -Werror)
 endif()
@@ -26,12 +31,57 @@ add_library(tarvo_pch STATIC ${CMAKE_SOURCE_DIR}/cmake/pch.cpp)
 target_link_libraries(tarvo_pch PRIVATE tarvo_flags)
 target_precompile_headers(tarvo_pch PRIVATE ${CMAKE_SOURCE_DIR}/cmake/pch.h)
 
+# Sources are compiled in batches of about this many: most of a compilation is reading headers. 0 compiles each source
+# alone. So names in an anonymous namespace must differ within a library or test binary, not only within a file.
+set(TARVO_BATCH_SIZE 10 CACHE STRING "Sources that are compiled together; 0 compiles each alone")
+
+# Puts neighbouring folders into one batch while they fit, and splits a large folder evenly, so that a new file changes
+# the batches around it and no others.
+function(tarvo_batch target)
+  if(NOT TARVO_BATCH_SIZE)
+    return()
+  endif()
+  get_target_property(sources ${target} SOURCES)
+  list(SORT sources)
+  set(folders "")
+  foreach(source ${sources})
+    get_filename_component(folder ${source} DIRECTORY)
+    string(MAKE_C_IDENTIFIER "${folder}" folder)
+    if(NOT folder IN_LIST folders)
+      list(APPEND folders ${folder})
+    endif()
+    list(APPEND in_${folder} ${source})
+  endforeach()
+  set(batch 0)
+  set(filled 0)
+  foreach(folder ${folders})
+    list(LENGTH in_${folder} count)
+    math(EXPR parts "(${count} + ${TARVO_BATCH_SIZE} - 1) / ${TARVO_BATCH_SIZE}")
+    math(EXPR share "(${count} + ${parts} - 1) / ${parts}")
+    math(EXPR together "${filled} + ${count}")
+    if(together GREATER TARVO_BATCH_SIZE AND filled GREATER 0)
+      math(EXPR batch "${batch} + 1")
+      set(filled 0)
+    endif()
+    foreach(source ${in_${folder}})
+      if(parts GREATER 1 AND filled EQUAL share)
+        math(EXPR batch "${batch} + 1")
+        set(filled 0)
+      endif()
+      set_source_files_properties(${source} PROPERTIES UNITY_GROUP batch${batch})
+      math(EXPR filled "${filled} + 1")
+    endforeach()
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+endfunction()
+
 function(tarvo_common target)
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include/tarvobase>)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:tarvo_flags>)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_precompile_headers(${target} REUSE_FROM tarvo_pch)
+  tarvo_batch(${target})
 endfunction()
 
 # tarvo_library(name PUBLIC_LINKS a b PRIVATE_LINKS c d): a static library of all sources below the current folder.

@@ -10,7 +10,7 @@ namespace tarvo::host {
 
 namespace {
 
-constexpr const char* tokenNeeded = "--token is required to sign in and fetch the fields";
+constexpr const char* tokenNeededForFields = "--token is required to sign in and fetch the fields";
 
 struct FieldLine {
     std::string label, apiName, column, type;
@@ -114,7 +114,8 @@ Result<Stored, int> storedOf(Host& host, const Arguments& arguments) {
     auto stored = Stored::of(arguments.module);
     if (stored.isWhole() && !arguments.fetch) return stored;
     bool mayFail = stored.fields && !arguments.fetch;
-    if (!arguments.token) return mayFail ? Result<Stored, int>(stored) : Result<Stored, int>(fail(tokenNeeded, 2));
+    if (!arguments.token)
+        return mayFail ? Result<Stored, int>(stored) : Result<Stored, int>(fail(tokenNeededForFields, 2));
     auto failure = fetchMetadata(host, arguments.module);
     if (failure && !mayFail) return fail(*failure);
     stored = Stored::of(arguments.module);
@@ -127,7 +128,7 @@ Result<Stored, int> storedOf(Host& host, const Arguments& arguments) {
 int listFields(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
-    if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
+    if (auto status = findModule(host, arguments, tokenNeededForFields)) return *status;
     auto stored = storedOf(host, arguments);
     if (!stored) return stored.error();
     auto lines = listing(*stored->fields, stored->layouts);

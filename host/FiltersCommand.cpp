@@ -10,7 +10,7 @@ namespace tarvo::host {
 
 namespace {
 
-constexpr const char* tokenNeeded = "--token is required to sign in and fetch the fields";
+constexpr const char* tokenNeededForFilters = "--token is required to sign in and fetch the fields";
 
 std::string textOf(const ColumnFilterInputFields& part) {
     if (auto separator = std::get_if<std::string>(&part)) return *separator;
@@ -52,8 +52,8 @@ std::string forPrograms(const GetFilters::Filters& filters, const Metadata& fiel
 
 int listFilters(Host& host, const Arguments& arguments) {
     if (auto path = openDatabase(host, arguments); !path) return path.error();
-    if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
-    auto fields = neededFields(host, arguments, tokenNeeded);
+    if (auto status = findModule(host, arguments, tokenNeededForFilters)) return *status;
+    auto fields = neededFields(host, arguments, tokenNeededForFilters);
     if (!fields) return fields.error();
     auto field = fieldNamed(*fields, arguments.field);
     if (!field)

@@ -17,7 +17,7 @@ namespace tarvo::host {
 
 namespace {
 
-constexpr const char* tokenNeeded = "--token is required to sign in and fetch what the list needs";
+constexpr const char* tokenNeededForList = "--token is required to sign in and fetch what the list needs";
 constexpr std::size_t cellWidth = 32;
 constexpr std::size_t columnsWithoutView = 6;
 
@@ -128,9 +128,9 @@ Result<std::optional<SortField>, int> sortOf(const FieldList& fields, const std:
 }
 
 Result<Question, int> questionOf(Host& host, const Arguments& arguments) {
-    auto fields = neededFields(host, arguments, tokenNeeded);
+    auto fields = neededFields(host, arguments, tokenNeededForList);
     if (!fields) return fields.error();
-    auto views = neededViews(host, arguments, tokenNeeded);
+    auto views = neededViews(host, arguments, tokenNeededForList);
     if (!views) return views.error();
     auto view = viewOf(*views, arguments);
     if (!view) return view.error();
@@ -261,7 +261,7 @@ std::string forPrograms(const Page& page, const Question& question, const Argume
 int listRecords(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
-    if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
+    if (auto status = findModule(host, arguments, tokenNeededForList)) return *status;
     auto question = questionOf(host, arguments);
     if (!question) return question.error();
     auto page = question->sort ? askSorted(host, *question, arguments) : ask(*question, arguments);

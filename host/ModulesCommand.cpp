@@ -13,7 +13,7 @@ namespace tarvo::host {
 
 namespace {
 
-std::optional<std::vector<Module>> modulesNamed(std::vector<std::string> names) {
+std::optional<std::vector<Module>> askModules(std::vector<std::string> names) {
     using Modules = std::optional<std::vector<Module>>;
     auto answer = awaited<Modules>([&](auto answered) {
         auto usecase = std::make_shared<GetModulesUC>();
@@ -58,7 +58,7 @@ int listModules(Host& host, const Arguments& arguments) {
         names = storedModuleNames(host.database());
     }
 
-    auto modules = modulesNamed(std::move(names));
+    auto modules = askModules(std::move(names));
     if (!modules) return fail("the modules could not be read from " + *path);
     std::sort(modules->begin(), modules->end(), standsBefore);
     return print(arguments.json ? forPrograms(*modules, *path) : forPeople(*modules, *path));

@@ -105,15 +105,15 @@ struct DeleteRequest {
 
 using Store = RecordPersistanceDelegate;
 
-void done(const CallPtr& call) { call->event("done"); }
-void done(const CallPtr& call, ValueMap response) { call->event("done", "response", std::move(response)); }
+void finish(const CallPtr& call) { call->event("done"); }
+void finish(const CallPtr& call, ValueMap response) { call->event("done", "response", std::move(response)); }
 
 /// An absent answer leaves the member out.
 template <class T>
 void answer(const CallPtr& call, std::string name, const std::optional<T>& value) {
     ValueMap response;
     if (value) response.set(std::move(name), bridge::toJson(*value));
-    done(call, std::move(response));
+    finish(call, std::move(response));
 }
 
 /// Nothing, and the refusal, unless exactly one of two members is there.
@@ -148,24 +148,24 @@ void parse(const ParseRequest& request, Store&, const CallPtr& call) {
         for (auto& dictionary : dictionaries) records.push_back(bridge::toJson(conversion.toRecord(dictionary)));
         response.set("records", std::move(records));
     }
-    done(call, std::move(response));
+    finish(call, std::move(response));
 }
 
 void wire(const RecordRequest& request, Store&, const CallPtr& call) {
     auto fields = fieldsOf(request.record.moduleName);
     if (!fields) return call->refuse("no metadata of " + request.record.moduleName + " is stored");
-    done(call, {{"dictionary", bridge::toJson(convertRecordToNetworkDictionary(request.record.record(), *fields))}});
+    finish(call, {{"dictionary", bridge::toJson(convertRecordToNetworkDictionary(request.record.record(), *fields))}});
 }
 
 void store(const StoreRequest& request, Store& store, const CallPtr& call) {
     if (!isOneOf(request.dictionaries, request.data, "dictionaries or data", call)) return;
     if (request.dictionaries) {
         store.storeRecord(*request.dictionaries, request.moduleName);
-        return done(call);
+        return finish(call);
     }
     auto page = pageOf(*request.data);
     if (!page) return call->refuse("request.data: cannot be said in JSON");
-    done(call, {{"recordIds", bridge::toJson(store.storeRecord(*page, request.moduleName))}});
+    finish(call, {{"recordIds", bridge::toJson(store.storeRecord(*page, request.moduleName))}});
 }
 
 void modify(const ModifyRequest& request, Store& store, const CallPtr& call) {
@@ -177,7 +177,7 @@ void modify(const ModifyRequest& request, Store& store, const CallPtr& call) {
         for (auto& told : *request.records) records.push_back(told.record());
         store.modifyRecord(request.moduleName, records);
     }
-    done(call);
+    finish(call);
 }
 
 void fetch(const FetchRequest& request, Store& store, const CallPtr& call) {
@@ -234,7 +234,7 @@ void remove(const DeleteRequest& request, Store& store, const CallPtr& call) {
         store.deleteRecords(*request.recordIds, request.moduleName);
     else
         store.deleteRecords(request.moduleName, Criteria::custom(*request.where));
-    done(call);
+    finish(call);
 }
 
 }  // namespace
@@ -254,11 +254,11 @@ void addRecordCalls(bridge::Registry& registry, Host& host) {
     add.operator()<const RecordRequest&>("storeRecord",
                                          [](const RecordRequest& request, Store& store, const CallPtr& call) {
                                              store.storeRecord(request.record.record(), request.record.moduleName);
-                                             done(call);
+                                             finish(call);
                                          });
     add.operator()<const UpdateRequest&>("update", [](const UpdateRequest& request, Store& store, const CallPtr& call) {
         store.updateRecord(request.record.record(), request.recordID, request.record.moduleName);
-        done(call);
+        finish(call);
     });
     add("modify", modify);
     add("fetch", fetch);

@@ -17,7 +17,7 @@ namespace tarvo::host {
 namespace {
 
 // What calls under way may take once the input has ended: a request of the library ends before.
-constexpr std::chrono::seconds patience{75};
+constexpr std::chrono::seconds farewellPatience{75};
 
 /// Standard output. Once a line cannot be written nobody hears the answers any more.
 struct Output {
@@ -51,7 +51,8 @@ int serve(Host& host, const Arguments& arguments) {
         STDIN_FILENO, [session](std::string line) { session->receive(std::move(line)); },
         [session] { session->inputEnded(); });
     MainQueue::shared()->run();
-    bool answered = MainQueue::shared()->runUntil([&] { return session->isIdle() || output->isBroken; }, patience);
+    bool answered =
+        MainQueue::shared()->runUntil([&] { return session->isIdle() || output->isBroken; }, farewellPatience);
     session->close();
     if (output->isBroken) return fail("standard output cannot be written");
     return answered ? 0 : fail("calls were still under way at the end of the input");

@@ -18,7 +18,7 @@ namespace tarvo::host {
 
 namespace {
 
-constexpr const char* tokenNeeded = "--token is required to sign in and fetch what is not stored";
+constexpr const char* tokenNeededForRecord = "--token is required to sign in and fetch what is not stored";
 
 struct Entry {
     std::string label, apiName, column, text;
@@ -131,8 +131,8 @@ std::string forPeople(const Record& record, const std::vector<SectionTold>& sect
 int showRecord(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
-    if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
-    auto fields = neededFields(host, arguments, tokenNeeded);
+    if (auto status = findModule(host, arguments, tokenNeededForRecord)) return *status;
+    auto fields = neededFields(host, arguments, tokenNeededForRecord);
     if (!fields) return fields.error();
     auto record = recordOf(host, arguments);
     if (!record) return record.error();

@@ -9,7 +9,7 @@ namespace tarvo::host {
 
 namespace {
 
-constexpr const char* tokenNeeded = "--token is required to sign in and fetch the views";
+constexpr const char* tokenNeededForViews = "--token is required to sign in and fetch the views";
 
 struct ViewLine {
     std::string name, id;
@@ -52,8 +52,8 @@ std::string forPrograms(const std::vector<ViewLine>& views, const std::string& m
 int listViews(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
-    if (auto status = findModule(host, arguments, tokenNeeded)) return *status;
-    auto views = neededViews(host, arguments, tokenNeeded);
+    if (auto status = findModule(host, arguments, tokenNeededForViews)) return *status;
+    auto views = neededViews(host, arguments, tokenNeededForViews);
     if (!views) return views.error();
     std::vector<ViewLine> lines;
     for (auto& view : *views) lines.push_back(ViewLine::of(view));

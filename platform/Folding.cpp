@@ -90,7 +90,7 @@ struct LatinTable {
 };
 
 bool isAscii(char byte) { return static_cast<signed char>(byte) >= 0; }
-char lower(char c) { return static_cast<char>(c + ((static_cast<unsigned char>(c - 'A') < 26) << 5)); }
+char lowerAscii(char c) { return static_cast<char>(c + ((static_cast<unsigned char>(c - 'A') < 26) << 5)); }
 
 // The character of two bytes at the front when it is well-formed and below `end`, else 0.
 char32_t twoByteCharacter(std::string_view text, char32_t end) {
@@ -117,9 +117,9 @@ std::size_t lowerAsciiRun(std::string_view text, char* out) {
         std::uint8_t bits = 0;
         for (std::size_t i = 0; i < block; ++i) bits |= static_cast<std::uint8_t>(text[done + i]);
         if (bits & 0x80) break;
-        for (std::size_t i = 0; i < block; ++i) out[done + i] = lower(text[done + i]);
+        for (std::size_t i = 0; i < block; ++i) out[done + i] = lowerAscii(text[done + i]);
     }
-    for (; done < text.size() && isAscii(text[done]); ++done) out[done] = lower(text[done]);
+    for (; done < text.size() && isAscii(text[done]); ++done) out[done] = lowerAscii(text[done]);
     return done;
 }
 
@@ -128,7 +128,7 @@ void appendMixed(std::string& out, std::string_view text) {
     auto& table = LatinTable::shared();
     while (!text.empty()) {
         if (isAscii(text[0])) {
-            out += lower(text[0]);
+            out += lowerAscii(text[0]);
             text.remove_prefix(1);
         } else if (auto c = twoByteCharacter(text, tableEnd)) {
             auto& entry = table.entries[c - tableBegin];

@@ -27,7 +27,7 @@ constexpr off_t smallestCompaction = 64 * 1024;
 
 std::string header() { return *settingsLine(ValueMap{{std::string(formatKey), formatNumber}}); }
 
-void apply(ValueMap& changes, const ValueMap& line) {
+void applyLine(ValueMap& changes, const ValueMap& line) {
     for (auto& [key, value] : line) changes.set(key, value);
 }
 
@@ -155,7 +155,7 @@ SettingsJournal::Parsed SettingsJournal::parse(std::string_view content) const {
             parsed.newerFormat |= format->asInteger().value_or(0) > formatNumber;
             change->remove(formatKey);
         }
-        apply(parsed.values, *change);
+        applyLine(parsed.values, *change);
     }
     return parsed;
 }

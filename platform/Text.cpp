@@ -33,6 +33,10 @@ std::vector<std::string> split(std::string_view text, std::string_view separator
     return pieces;
 }
 
+bool contains(const std::vector<std::string>& texts, std::string_view text) {
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
 std::string join(const std::vector<std::string>& pieces, std::string_view separator) {
     std::string joined;
     for (auto& piece : pieces) {

@@ -10,6 +10,7 @@ namespace tarvo::platform::text {
 
 /// The pieces between separators; a text without one is one piece, the empty text one empty piece.
 std::vector<std::string> split(std::string_view text, std::string_view separator);
+bool contains(const std::vector<std::string>& texts, std::string_view text);
 std::string join(const std::vector<std::string>& pieces, std::string_view separator);
 
 /// A-Z to a-z, all other bytes as they are. For names and keywords, not for people's text.

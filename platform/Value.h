@@ -14,6 +14,7 @@ namespace tarvo::platform {
 
 class Value;
 class ValueMap;
+/// A list with one list in it is written `ValueList{Value(list)}`: from `ValueList{list}` some compilers make a copy.
 using ValueList = std::vector<Value>;
 
 /// Bytes as a value, distinct from text.

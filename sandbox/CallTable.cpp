@@ -5,7 +5,7 @@
 namespace tarvo::sandbox {
 namespace {
 
-constexpr CallRow rows[] = {
+constexpr CallRow callRows[] = {
     {"POST", "getappinitdata", calls::initData},
     {"POST", "getlumetappinitdata", calls::initData},
     {"POST", "getmoduletags", calls::moduleTags},
@@ -22,7 +22,7 @@ constexpr CallRow rows[] = {
 
 }  // namespace
 
-std::span<const CallRow> callTable() { return rows; }
+std::span<const CallRow> callTable() { return callRows; }
 
 std::optional<CallPath> parseCallPath(std::string_view path) {
     for (std::string_view servlet : {"crm", "vestra"}) {

@@ -19,11 +19,11 @@
 namespace tarvo::sandbox {
 namespace {
 
-constexpr long day = 24 * 60 * 60;
-constexpr long authorityLife = 3650 * day;
+constexpr long daySeconds = 24 * 60 * 60;
+constexpr long authorityLife = 3650 * daySeconds;
 // Clients limit the life of a server's certificate to 398 days.
-constexpr long serverLife = 390 * day;
-constexpr long renewBefore = 30 * day;
+constexpr long serverLife = 390 * daySeconds;
+constexpr long renewBefore = 30 * daySeconds;
 // A client whose clock is a little behind must not refuse a fresh certificate.
 constexpr long startsBefore = 60 * 60;
 
@@ -133,7 +133,7 @@ Identity beginIdentity(const char* commonName, long life) {
     auto* certificate = identity.certificate.get();
     auto now = static_cast<time_t>(platform::Clock::secondsSince1970());
     X509_time_adj_ex(X509_getm_notBefore(certificate), 0, -startsBefore, &now);
-    X509_time_adj_ex(X509_getm_notAfter(certificate), static_cast<int>(life / day), 0, &now);
+    X509_time_adj_ex(X509_getm_notAfter(certificate), static_cast<int>(life / daySeconds), 0, &now);
     auto* name = X509_get_subject_name(certificate);
     bool made = X509_set_version(certificate, X509_VERSION_3) == 1 && setSerial(certificate) &&
                 X509_set_pubkey(certificate, identity.key.get()) == 1 &&

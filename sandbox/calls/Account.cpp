@@ -1,11 +1,10 @@
 #include "sandbox/Envelope.h"
 #include "sandbox/calls/Calls.h"
+#include "sandbox/calls/Parameters.h"
 #include "sandbox/data/DataSet.h"
 
 namespace tarvo::sandbox::calls {
 namespace {
-
-Value flag(bool value) { return value ? "true" : "false"; }
 
 /// What a profile may do with the records of a module.
 struct Rights {

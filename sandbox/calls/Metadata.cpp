@@ -7,8 +7,6 @@
 namespace tarvo::sandbox::calls {
 namespace {
 
-Value flag(bool value) { return value ? "true" : "false"; }
-
 Value number(std::size_t value) { return std::to_string(value); }
 
 /// Writes the sections of one module. Rows are positional; numbers and flags in them are texts.

@@ -1,13 +1,12 @@
 #include "sandbox/Envelope.h"
 #include "sandbox/calls/Calls.h"
+#include "sandbox/calls/Parameters.h"
 #include "sandbox/data/DataSet.h"
 
 namespace tarvo::sandbox::calls {
 namespace {
 
 constexpr std::int64_t noTaxes = 4832;
-
-Value flag(bool value) { return value ? "true" : "false"; }
 
 ValueList taxRows(const DataSet& data) {
     ValueList rows;

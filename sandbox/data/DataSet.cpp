@@ -8,10 +8,10 @@ namespace tarvo::sandbox {
 namespace {
 
 constexpr std::size_t leastUsers = 8;
-constexpr std::string_view firstNames[] = {"Amélie", "Björn", "Chidi", "Dana", "Eszter",
-                                           "Farid",  "Grace", "美咲",  "José", "Łucja"};
-constexpr std::string_view lastNames[] = {"O'Neill", "Müller", "Okafor", "Silva",  "Nagy",
-                                          "Haddad",  "Hopper", "佐藤",   "García", "Nowak"};
+constexpr std::string_view userFirstNames[] = {"Amélie", "Björn", "Chidi", "Dana", "Eszter",
+                                               "Farid",  "Grace", "美咲",  "José", "Łucja"};
+constexpr std::string_view userLastNames[] = {"O'Neill", "Müller", "Okafor", "Silva",  "Nagy",
+                                              "Haddad",  "Hopper", "佐藤",   "García", "Nowak"};
 constexpr std::string_view roles[] = {"Manager", "Sales Representative", "Support Engineer"};
 constexpr std::string_view tagNames[] = {"Hot", "Follow up", "Été", "Q4", "VIP", "Do not call"};
 constexpr std::string_view taggedModules[] = {"Leads", "Contacts", "Accounts", "Deals",
@@ -29,8 +29,9 @@ std::vector<UserData> makeUsers(IdSequence& ids, Generator& random, const Accoun
         auto number = users.size();
         bool isFirst = number == 0;
         auto account = number < accountIds.size() ? accountIds[number] : "7990" + std::to_string(10000 + number);
-        users.push_back({ids.next(), std::string(random.oneOf(firstNames)), std::string(random.oneOf(lastNames)),
-                         account, "user" + std::to_string(number + 1) + "@example.com", "active",
+        users.push_back({ids.next(), std::string(random.oneOf(userFirstNames)),
+                         std::string(random.oneOf(userLastNames)), account,
+                         "user" + std::to_string(number + 1) + "@example.com", "active",
                          isFirst ? "CEO" : std::string(random.oneOf(roles)), number % 4 != 3,
                          isFirst ? "Administrator" : "Standard", isFirst ? administrator : standard, "Europe/Berlin"});
     }

@@ -177,7 +177,7 @@ constexpr FieldRow calls[] = {
     {"$se_module", "text", "", "rsh", "", "SE_MODULE"},
 };
 
-constexpr FieldRow activities[] = {
+constexpr FieldRow activityColumns[] = {
     {"Activity_Type", "activityType", "", "rs"},
 };
 
@@ -323,7 +323,7 @@ constexpr ModuleFields all[] = {
     {"Tasks", tasks},
     {"Events", events},
     {"Calls", calls},
-    {"Activities", activities},
+    {"Activities", activityColumns},
     {"Products", products},
     {"PriceBooks", priceBooks},
     {"Quotes", quotes},
@@ -474,7 +474,7 @@ std::vector<FieldRow> fieldRows(std::string_view module) {
         if (entry.module != module) continue;
         add(entry.fields);
         // Views of all activities name the kind of activity, and are applied to each kind by itself too.
-        if (module == "Tasks" || module == "Events" || module == "Calls") add(activities);
+        if (module == "Tasks" || module == "Events" || module == "Calls") add(activityColumns);
         if (module == "Activities")
             for (auto fields : {std::span<const FieldRow>(tasks), std::span<const FieldRow>(events),
                                 std::span<const FieldRow>(calls)})

@@ -8,7 +8,7 @@ struct Row {
     bool standsAlone = true;
 };
 
-constexpr Row rows[] = {
+constexpr Row moduleRows[] = {
     {"Leads", "Lead", "Leads", "Leads", "default"},
     {"Contacts", "Contact", "Contacts", "Contacts", "default"},
     {"Accounts", "Account", "Accounts", "Accounts", "default"},
@@ -39,7 +39,7 @@ constexpr Row rows[] = {
 
 std::vector<ModuleData> makeModules(IdSequence& ids) {
     std::vector<ModuleData> modules;
-    for (const auto& row : rows)
+    for (const auto& row : moduleRows)
         modules.push_back({ids.next(), row.name, row.singular, row.plural, row.apiName, row.type,
                            static_cast<int>(modules.size()) + 1, row.standsAlone});
     return modules;

@@ -8,7 +8,7 @@ namespace tarvo::sandbox {
 namespace {
 
 // The list of activities goes through its modules in turn.
-constexpr std::string_view activities[] = {"Tasks", "Events", "Calls"};
+constexpr std::string_view activityParts[] = {"Tasks", "Events", "Calls"};
 
 bool isActivities(std::string_view module) { return module == "Activities"; }
 
@@ -144,19 +144,19 @@ const RecordShape* RecordStore::shape(std::string_view module) const {
 }
 
 std::size_t RecordStore::count(std::string_view module) const {
-    if (isActivities(module)) return std::size(activities) * world_->recordsPerModule;
+    if (isActivities(module)) return std::size(activityParts) * world_->recordsPerModule;
     const auto* known = shape(module);
     return known ? known->count() : 0;
 }
 
 RecordData RecordStore::at(std::string_view module, std::size_t position) const {
     if (!isActivities(module)) return {*shape(module), position};
-    return {*shape(activities[position % std::size(activities)]), position / std::size(activities)};
+    return {*shape(activityParts[position % std::size(activityParts)]), position / std::size(activityParts)};
 }
 
 std::optional<RecordData> RecordStore::find(std::string_view module, std::string_view id) const {
     if (isActivities(module)) {
-        for (auto each : activities)
+        for (auto each : activityParts)
             if (auto found = find(each, id)) return found;
         return std::nullopt;
     }

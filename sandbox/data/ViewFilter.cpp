@@ -65,14 +65,14 @@ std::optional<Comparator> comparatorNamed(std::string_view name) {
 }
 
 /// What the values of a field are compared as.
-enum class Kind { text, number, moment };
+enum class ComparedAs { text, number, moment };
 
-Kind kindOf(const FieldData* field) {
-    if (!field) return Kind::text;
-    if (field->type == "date" || field->type == "datetime") return Kind::moment;
+ComparedAs kindOf(const FieldData* field) {
+    if (!field) return ComparedAs::text;
+    if (field->type == "date" || field->type == "datetime") return ComparedAs::moment;
     for (std::string_view type : {"integer", "bigint", "double", "decimal", "currency"})
-        if (field->type == type) return Kind::number;
-    return Kind::text;
+        if (field->type == type) return ComparedAs::number;
+    return ComparedAs::text;
 }
 
 /// One side of a comparison. Numbers of nineteen digits differ where their nearest reals do not.
@@ -89,24 +89,24 @@ std::optional<std::int64_t> momentOf(std::string_view text) {
     return platform::wire::readDateTime(isDay ? std::string(text) + "T00:00:00Z" : std::string(text));
 }
 
-Operand operandOf(Kind kind, std::string_view text) {
+Operand operandOf(ComparedAs kind, std::string_view text) {
     Operand operand{text::asciiLowercase(text), std::nullopt, std::nullopt};
-    if (kind == Kind::moment) operand.whole = momentOf(text);
-    if (kind == Kind::number) operand.whole = text::toInteger(text);
-    if (kind == Kind::number) operand.real = text::toReal(text);
+    if (kind == ComparedAs::moment) operand.whole = momentOf(text);
+    if (kind == ComparedAs::number) operand.whole = text::toInteger(text);
+    if (kind == ComparedAs::number) operand.real = text::toReal(text);
     return operand;
 }
 
 /// Below, at or above zero; nothing when one side is no number or no moment.
-std::optional<int> order(Kind kind, const Operand& a, const Operand& b) {
+std::optional<int> order(ComparedAs kind, const Operand& a, const Operand& b) {
     auto compare = [](const auto& x, const auto& y) { return x < y ? -1 : y < x ? 1 : 0; };
-    if (kind == Kind::text) return compare(a.text, b.text);
+    if (kind == ComparedAs::text) return compare(a.text, b.text);
     if (a.whole && b.whole) return compare(*a.whole, *b.whole);
     if (a.real && b.real) return compare(*a.real, *b.real);
     return std::nullopt;
 }
 
-bool compares(Comparator comparator, Kind kind, const Operand& actual, const Operand& value) {
+bool compares(Comparator comparator, ComparedAs kind, const Operand& actual, const Operand& value) {
     const auto &text = actual.text, &part = value.text;
     switch (comparator) {
         case Comparator::startsWith:
@@ -142,14 +142,14 @@ bool compares(Comparator comparator, Kind kind, const Operand& actual, const Ope
     }
 }
 
-bool isListed(Kind kind, const Operand& actual, const std::vector<Operand>& values) {
+bool isListed(ComparedAs kind, const Operand& actual, const std::vector<Operand>& values) {
     return std::any_of(values.begin(), values.end(), [&](const Operand& value) {
-        return kind == Kind::moment ? order(kind, actual, value) == 0 : actual.text == value.text;
+        return kind == ComparedAs::moment ? order(kind, actual, value) == 0 : actual.text == value.text;
     });
 }
 
 /// Nothing when the range is none, or the value is not of its kind.
-std::optional<bool> isInRange(Kind kind, const Operand& actual, const std::vector<Operand>& range) {
+std::optional<bool> isInRange(ComparedAs kind, const Operand& actual, const std::vector<Operand>& range) {
     if (range.size() != 2) return std::nullopt;
     auto low = order(kind, actual, range[0]), high = order(kind, actual, range[1]);
     if (!low || !high) return std::nullopt;
@@ -247,7 +247,7 @@ private:
 
     std::string field_;
     std::optional<Comparator> comparator_;
-    Kind kind_;
+    ComparedAs kind_;
     std::vector<Operand> values_;
 };
 

@@ -39,7 +39,7 @@ Operator operatorOf(const std::string& comparator) {
     return {comparator, comparator};
 }
 
-std::vector<std::string> valuesOf(const Value& value) {
+std::vector<std::string> templateValues(const Value& value) {
     std::vector<std::string> values;
     if (const auto* list = value.asList())
         for (const auto& item : *list) values.push_back(item.textOr(""));
@@ -71,7 +71,7 @@ private:
         auto comparator = map.valueOf("comparator").textOr("");
         auto op = operatorOf(comparator);
         bool isFirst = true;
-        for (const auto& value : valuesOf(map.valueOf("value"))) {
+        for (const auto& value : templateValues(map.valueOf("value"))) {
             if (!isFirst) made.text += op.connector;
             isFirst = false;
             made.text += hole(map.valueOf("field").textOr(""));

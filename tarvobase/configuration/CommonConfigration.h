@@ -127,4 +127,7 @@ private:
 /// A table's name for the chosen organisation: "_" and its id behind the name, or the name alone when none is chosen.
 std::string organisationTableName(std::string_view name);
 
+/// A copy of the naming that is in force now.
+inline FieldIdentifier namingInForce() { return CommonConfigration::sharedInstance().fieldIdentifier.get(); }
+
 }  // namespace tarvo

@@ -4,6 +4,7 @@
 
 #include "platform/ProcessState.h"
 #include "platform/SettingsStore.h"
+#include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 
@@ -15,14 +16,10 @@ constexpr std::string_view groupMark = "#CRM#";
 constexpr std::string_view baseGroupMark = "#BaseGroup";
 constexpr std::string_view baseGroup = "BaseGroup";
 
-bool contains(const std::vector<std::string>& texts, const std::string& text) {
-    return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
-
 void notify(const Value& newValue, const std::string& key, const UserDefaultsGroup& group) {
     BrenNotificationCenter::shared().notify<UserDefaultsValueObserver>(
         false, [newValue, key, group = group.text()](UserDefaultsValueObserver& observer) {
-            if (contains(observer.observingKeys(), key) && contains(observer.observingGroups(), group))
+            if (text::contains(observer.observingKeys(), key) && text::contains(observer.observingGroups(), group))
                 observer.newValue(newValue, key, group);
         });
 }

@@ -40,7 +40,7 @@ kelva::TableDefinition::ColumnType libraryType(TableColumnType type) {
     return kelva::TableDefinition::fromRawText(rawText(type)).value_or(kelva::TableDefinition::ColumnType::text);
 }
 
-ValueList valuesOf(const ValueMap& map) {
+ValueList boundValues(const ValueMap& map) {
     ValueList values;
     for (auto& entry : map) values.push_back(entry.value);
     return values;
@@ -198,7 +198,7 @@ std::optional<std::vector<std::size_t>> KelvaDatabasePersistance::insertAccepted
 }
 
 void KelvaDatabasePersistance::update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) {
-    if (!kelva::allConvertible(valuesOf(values)))
+    if (!kelva::allConvertible(boundValues(values)))
         return platform::log("Could not convert cast values to [String: DatabaseValueConvertible?");
     auto parameters = criteria.parameters();
     if (!kelva::allConvertible(parameters))

@@ -30,7 +30,7 @@ void addLimitParameters(ValueList& parameters, const std::optional<std::int64_t>
     if (offset) parameters.push_back(*offset);
 }
 
-std::vector<std::string> names(const ValueMap& map) {
+std::vector<std::string> columnNames(const ValueMap& map) {
     std::vector<std::string> list;
     for (auto& entry : map) list.push_back(entry.name);
     return list;
@@ -77,9 +77,9 @@ FetchQuery& FetchQuery::filter(Criteria criteria) {
     return *this;
 }
 
-FetchQuery& FetchQuery::sortedBy(const std::vector<std::string>& names) {
+FetchQuery& FetchQuery::sortedBy(const std::vector<std::string>& columnNames) {
     sortBy.clear();
-    for (auto& name : names) sortBy.push_back(SortDescriptor({.colName = name}));
+    for (auto& name : columnNames) sortBy.push_back(SortDescriptor({.colName = name}));
     return *this;
 }
 
@@ -104,7 +104,7 @@ ValueList FetchQuery::parameters() const {
 std::string InsertQuery::sql() const {
     Pieces pieces{"INSERT"};
     if (replaceOnConflict) pieces.push_back("OR REPLACE");
-    pieces.insert(pieces.end(), {"INTO", tableName, "(" + text::join(names(values), ",") + ")", "VALUES",
+    pieces.insert(pieces.end(), {"INTO", tableName, "(" + text::join(columnNames(values), ",") + ")", "VALUES",
                                  "(" + placeholders(values.size()) + ")"});
     return joined(pieces);
 }
@@ -127,7 +127,7 @@ UpdateQuery& UpdateQuery::filter(Criteria criteria) {
 std::string UpdateQuery::sql() const {
     Pieces pieces{"UPDATE"};
     if (ignoreOnError) pieces.push_back("OR IGNORE");
-    auto columns = names(columnValues);
+    auto columns = columnNames(columnValues);
     for (auto& column : columns) column += " = ? ";
     pieces.insert(pieces.end(), {tableName, "SET", text::join(columns, ", ")});
     addWhere(pieces, criterias);
@@ -172,7 +172,7 @@ std::string CopyQuery::sql() const {
     Pieces pieces{"INSERT INTO", destinationTable};
     std::string sources = "*";
     if (!columnMap.empty()) {
-        pieces.push_back("(" + text::join(names(columnMap), ", ") + ")");
+        pieces.push_back("(" + text::join(columnNames(columnMap), ", ") + ")");
         std::vector<std::string> columns;
         for (auto& entry : columnMap) columns.push_back(entry.value.textOr(""));
         sources = text::join(columns, ", ");

@@ -13,14 +13,14 @@ bool hasLeftWaiting(ProcessState state) {
 }
 
 /// Steps and dependencies alike.
-constexpr auto isCompleted = [](auto& one) { return one.state == ProcessState::completed; };
+constexpr auto hasCompleted = [](auto& one) { return one.state == ProcessState::completed; };
 
 }  // namespace
 
 void Downloadable::updateState() {
     if (hasLeftWaiting(state)) return;
-    state = std::ranges::all_of(dependencyList, isCompleted) ? ProcessState::readyForExecution
-                                                             : ProcessState::waitingForDependency;
+    state = std::ranges::all_of(dependencyList, hasCompleted) ? ProcessState::readyForExecution
+                                                              : ProcessState::waitingForDependency;
 }
 
 void Downloadable::updateDependency(Process process) {
@@ -35,7 +35,7 @@ void Downloadable::updateDependency(Process process) {
 }
 
 bool executeProcess(const std::vector<std::shared_ptr<Downloadable>>& steps) {
-    if (std::ranges::all_of(steps, [](auto& step) { return isCompleted(*step); })) return true;
+    if (std::ranges::all_of(steps, [](auto& step) { return hasCompleted(*step); })) return true;
     for (auto& step : steps) {
         if (step->state != ProcessState::readyForExecution) continue;
         step->execute();

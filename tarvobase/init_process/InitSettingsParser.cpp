@@ -8,28 +8,31 @@ namespace tarvo {
 
 namespace {
 
-using S = SettingName;
+using SettingKey = SettingName;
 
 /// What the positions of the block mean. The row of the modules' own settings stands among them.
 constexpr std::array applicationTexts = {
-    S::versionID,   S::themeID,           S::fontName,         S::fontSize,
-    S::mapDistance, S::mapDistanceMetric, S::placeCalls,       S::callOption,
-    S::map,         S::mailComposer,      S::weekStartsWith,   S::homeTasks,
-    S::homeEvents,  S::homeCalls,         S::displayNameOrder, S::relatedListOrder};
+    SettingKey::versionID,   SettingKey::themeID,           SettingKey::fontName,         SettingKey::fontSize,
+    SettingKey::mapDistance, SettingKey::mapDistanceMetric, SettingKey::placeCalls,       SettingKey::callOption,
+    SettingKey::map,         SettingKey::mailComposer,      SettingKey::weekStartsWith,   SettingKey::homeTasks,
+    SettingKey::homeEvents,  SettingKey::homeCalls,         SettingKey::displayNameOrder, SettingKey::relatedListOrder};
 constexpr std::size_t modulesPosition = applicationTexts.size();
-constexpr std::array applicationLists = {S::supportedModules, S::whoIdModules, S::whatIdModules};
+constexpr std::array applicationLists = {SettingKey::supportedModules, SettingKey::whoIdModules,
+                                         SettingKey::whatIdModules};
 
 /// The plain positions of a module's row, in the order in which their settings are made.
 struct Position {
     SettingName name;
     std::size_t position;
 };
-constexpr Position modulePositions[] = {
-    {S::downloadRecords, 1}, {S::userMaxRecords, 2}, {S::search, 4}, {S::display, 3}};
+constexpr Position modulePositions[] = {{SettingKey::downloadRecords, 1},
+                                        {SettingKey::userMaxRecords, 2},
+                                        {SettingKey::search, 4},
+                                        {SettingKey::display, 3}};
 constexpr std::size_t sortPosition = 5;
 constexpr std::size_t maxReporteesPosition = 6;
 constexpr std::string_view moduleWithReportees = "Accounts";
-constexpr std::array sortLevels = {S::groupBy, S::primarySort, S::secondarySort};
+constexpr std::array sortLevels = {SettingKey::groupBy, SettingKey::primarySort, SettingKey::secondarySort};
 
 Settings settingOf(std::string_view moduleName, SettingName name, std::string value) {
     return {std::string(moduleName), name, value, value, true};
@@ -75,14 +78,14 @@ bool addModuleRow(const Value& entry, std::vector<Settings>& settings) {
     addSortLevels(*row, *moduleName, settings);
     auto maxReportees = readIndex<std::string>(*row, maxReporteesPosition);
     if (maxReportees && *moduleName == moduleWithReportees)
-        settings.push_back(settingOf(*moduleName, S::maxReporteesCount, *maxReportees));
+        settings.push_back(settingOf(*moduleName, SettingKey::maxReporteesCount, *maxReportees));
     return true;
 }
 
 /// The order of names that users start with differs from the server's.
 Settings sortOrderPreference() {
     auto first = std::string(SettingsConstants::FirstNameKey), last = std::string(SettingsConstants::LastNameKey);
-    return {std::string(SettingsConstants::applicationModule), S::sortOrderPreference, first + "," + last,
+    return {std::string(SettingsConstants::applicationModule), SettingKey::sortOrderPreference, first + "," + last,
             last + "," + first, true};
 }
 

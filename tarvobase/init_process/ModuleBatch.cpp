@@ -11,7 +11,7 @@ namespace tarvo {
 namespace {
 
 using Feature = ModuleBatchConstant::Feature;
-using Names = ModuleBatchConstant::Names;
+using BatchNames = ModuleBatchConstant::Names;
 
 constexpr std::string_view longPattern =
     "Leads|Contacts|Accounts|Potentials|Deals|Campaigns|Tasks|Events|Activities|Cases|Solutions|Products|PriceBooks|"
@@ -31,8 +31,8 @@ constexpr std::string_view notOfRecords[] = {"Dashboards"};
 struct FeatureFacts {
     Process process;
     std::string_view pattern;
-    Names removed;
-    Names added;
+    BatchNames removed;
+    BatchNames added;
     bool takesLinkingModules;
 };
 
@@ -79,8 +79,8 @@ ModuleBatchConstant& ModuleBatchConstant::shared() {
 
 Process ModuleBatchConstant::processOf(Feature feature) { return factsOf(feature).process; }
 std::string_view ModuleBatchConstant::getPattern(Feature feature) { return factsOf(feature).pattern; }
-Names ModuleBatchConstant::removeModule(Feature feature) { return factsOf(feature).removed; }
-Names ModuleBatchConstant::addModule(Feature feature) { return factsOf(feature).added; }
+BatchNames ModuleBatchConstant::removeModule(Feature feature) { return factsOf(feature).removed; }
+BatchNames ModuleBatchConstant::addModule(Feature feature) { return factsOf(feature).added; }
 
 void ModuleBatchConstant::additionalModules(Feature feature, std::set<std::string>& names,
                                             const std::vector<Module>& allModule) {

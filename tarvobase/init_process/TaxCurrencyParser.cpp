@@ -6,20 +6,22 @@ namespace tarvo {
 
 namespace {
 
-using Names = CurrencyMetadataDatabaseConstants;
-constexpr Names names;
+using CurrencyColumns = CurrencyMetadataDatabaseConstants;
+constexpr CurrencyColumns currencyColumns;
 
 /// The columns in the order of a row. The server writes numbers and flags as texts, as its tables do.
-constexpr std::array positions = {names.OrderNo,  names.ExchangeRate,  names.ThousandSeperator, names.IsBase,
-                                  names.IsoCode,  names.CurrencyId,    names.IsPrefixSymbol,    names.CurrencySymbol,
-                                  names.IsActive, names.DecimalPlaces, names.CurrencyName,      names.DecimalSeperator};
+constexpr std::array positions = {
+    currencyColumns.OrderNo,        currencyColumns.ExchangeRate,   currencyColumns.ThousandSeperator,
+    currencyColumns.IsBase,         currencyColumns.IsoCode,        currencyColumns.CurrencyId,
+    currencyColumns.IsPrefixSymbol, currencyColumns.CurrencySymbol, currencyColumns.IsActive,
+    currencyColumns.DecimalPlaces,  currencyColumns.CurrencyName,   currencyColumns.DecimalSeperator};
 
 Result<CurrencyMetadata, ParserError> currencyOf(const Value& entry) {
     auto row = entry.asList();
     if (!row || row->size() < positions.size()) return ParserError(ParserError::Case::lessNumberOfKeys);
     ValueMap columns;
     for (std::size_t place = 0; place < positions.size(); ++place) columns.set(positions[place], (*row)[place]);
-    auto currency = names.getCurrencyMetadataStrictly(columns);
+    auto currency = currencyColumns.getCurrencyMetadataStrictly(columns);
     if (!currency) return ParserError::typeConversionFailedForKey(currency.error());
     return *std::move(currency);
 }

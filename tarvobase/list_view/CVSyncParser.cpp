@@ -13,7 +13,7 @@ namespace tarvo {
 namespace {
 
 /// Places in a row.
-enum Column : std::size_t {
+enum ViewColumn : std::size_t {
     viewId,
     viewName,
     displayName,

@@ -6,36 +6,36 @@ namespace tarvo {
 
 namespace {
 
-using Delegate = GetCustomViewsUseCaseDelegate;
+using ViewsDelegate = GetCustomViewsUseCaseDelegate;
 using View = std::optional<CustomView>;
-using Views = std::optional<Delegate::CustomViews>;
+using Views = std::optional<ViewsDelegate::CustomViews>;
 
 }  // namespace
 
 void GetCustomViewsUseCase::getCustomViews(const std::string& moduleName) {
     answer([views = dataManager, moduleName] { return views->getCustomViews(moduleName); },
-           [moduleName](Delegate& delegate, const Views& views) { delegate.customViews(views, moduleName); });
+           [moduleName](ViewsDelegate& delegate, const Views& views) { delegate.customViews(views, moduleName); });
 }
 
 void GetCustomViewsUseCase::getCustomViews(const std::string& moduleName,
                                            const std::vector<CustomViewColumnName>& sortBy) {
     answer([views = dataManager, moduleName, sortBy] { return views->getCustomViews(moduleName, sortBy); },
-           [moduleName](Delegate& delegate, const Views& views) { delegate.customViews(views, moduleName); });
+           [moduleName](ViewsDelegate& delegate, const Views& views) { delegate.customViews(views, moduleName); });
 }
 
 void GetCustomViewsUseCase::getCustomView(const std::string& id, const std::string& moduleName) {
     answer([views = dataManager, id, moduleName] { return views->getCustomView(id, moduleName); },
-           [id, moduleName](Delegate& delegate, const View& view) { delegate.customView(view, id, moduleName); });
+           [id, moduleName](ViewsDelegate& delegate, const View& view) { delegate.customView(view, id, moduleName); });
 }
 
 void GetCustomViewsUseCase::getDefaultCustomView(const std::string& moduleName) {
     answer([views = dataManager, moduleName] { return views->getDefaultCustomView(moduleName); },
-           [moduleName](Delegate& delegate, const View& view) { delegate.defaultCustomView(view, moduleName); });
+           [moduleName](ViewsDelegate& delegate, const View& view) { delegate.defaultCustomView(view, moduleName); });
 }
 
 void GetCustomViewsUseCase::getAllViewCustomView(const std::string& moduleName) {
     answer([views = dataManager, moduleName] { return views->getAllViewCustomView(moduleName); },
-           [moduleName](Delegate& delegate, const View& view) { delegate.allViewCustomView(view, moduleName); });
+           [moduleName](ViewsDelegate& delegate, const View& view) { delegate.allViewCustomView(view, moduleName); });
 }
 
 void GetCustomViewsUseCase::setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) {
@@ -44,7 +44,7 @@ void GetCustomViewsUseCase::setAsDefaultCustomView(const std::string& cvId, cons
             views->setAsDefaultCustomView(cvId, moduleName);
             return Nothing();
         },
-        [cvId, moduleName](Delegate& delegate, Nothing) { delegate.defaultFieldUpdated(cvId, moduleName); });
+        [cvId, moduleName](ViewsDelegate& delegate, Nothing) { delegate.defaultFieldUpdated(cvId, moduleName); });
 }
 
 void GetCustomViewsUseCase::updateSortField(const SortField& sortField, const std::string& cvId,
@@ -54,7 +54,7 @@ void GetCustomViewsUseCase::updateSortField(const SortField& sortField, const st
             views->updateSortfield(sortField, cvId, moduleName);
             return Nothing();
         },
-        [cvId, moduleName](Delegate& delegate, Nothing) { delegate.sortFieldUpdated(cvId, moduleName); });
+        [cvId, moduleName](ViewsDelegate& delegate, Nothing) { delegate.sortFieldUpdated(cvId, moduleName); });
 }
 
 }  // namespace tarvo

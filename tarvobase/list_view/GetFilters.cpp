@@ -4,21 +4,23 @@ namespace tarvo {
 
 namespace {
 
-using Inputs = std::vector<ColumnFilterInputFields>;
+using InputFields = std::vector<ColumnFilterInputFields>;
 
-Inputs noInput() { return {}; }
-Inputs fieldValue() { return {ColumnFilterInputType::fieldValue()}; }
-Inputs numberOfUnits() {
+InputFields noInput() { return {}; }
+InputFields fieldValue() { return {ColumnFilterInputType::fieldValue()}; }
+InputFields numberOfUnits() {
     return {ColumnFilterInputType::integer(),
             ColumnFilterInputType::picklist(
                 {std::string(filter_unit::days), std::string(filter_unit::weeks), std::string(filter_unit::months)})};
 }
-Inputs fromTo() { return {ColumnFilterInputType::fieldValue(), std::string("-"), ColumnFilterInputType::fieldValue()}; }
+InputFields fromTo() {
+    return {ColumnFilterInputType::fieldValue(), std::string("-"), ColumnFilterInputType::fieldValue()};
+}
 
 struct FilterForm {
     FilterType type;
     std::string_view name;
-    Inputs (*inputs)();
+    InputFields (*inputs)();
 };
 
 using Common = CommonFilterType;

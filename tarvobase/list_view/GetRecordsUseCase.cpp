@@ -2,7 +2,7 @@
 
 namespace tarvo {
 
-using Delegate = GetRecordsUseCaseDelegate;
+using RecordsDelegate = GetRecordsUseCaseDelegate;
 using DataManager = RecordsFetchDataManagerProtocol;
 
 std::shared_ptr<GetRecordsUseCase> GetRecordsUseCase::make(std::shared_ptr<DataManager> dataManager) {
@@ -43,20 +43,20 @@ void GetRecordsUseCase::getActivitiesRecords(RecordQuery query, bool fetchOnlyOp
 }
 
 void GetRecordsUseCase::record(const Records& records, const RecordQuery& query, const Value& miscData) {
-    tell([=](Delegate& listener) { listener.record(records, query, miscData); });
+    tell([=](RecordsDelegate& listener) { listener.record(records, query, miscData); });
 }
 void GetRecordsUseCase::record(const std::optional<Record>& record, const std::string& recordID, const Module& module,
                                const Value& miscData) {
-    tell([=](Delegate& listener) { listener.record(record, recordID, module, miscData); });
+    tell([=](RecordsDelegate& listener) { listener.record(record, recordID, module, miscData); });
 }
 void GetRecordsUseCase::activityRecords(const Records& records, const RecordQuery& query) {
-    tell([=](Delegate& listener) { listener.activityRecords(records, query); });
+    tell([=](RecordsDelegate& listener) { listener.activityRecords(records, query); });
 }
 void GetRecordsUseCase::unableToConvertRecordFromDictionaryError() {
-    tell([](Delegate& listener) { listener.unableToConvertRecordFromDictionaryError(); });
+    tell([](RecordsDelegate& listener) { listener.unableToConvertRecordFromDictionaryError(); });
 }
 void GetRecordsUseCase::unableToGetIDForRecordError() {
-    tell([](Delegate& listener) { listener.unableToGetIDForRecordError(); });
+    tell([](RecordsDelegate& listener) { listener.unableToGetIDForRecordError(); });
 }
 
 }  // namespace tarvo

@@ -30,6 +30,7 @@ public:
         error.errors_ = std::move(errors);
         return error;
     }
+    static ParserError noData() { return Case::noData; }
     static ParserError keyNotFound(std::string key) { return {Case::keyNotFound, std::move(key)}; }
     static ParserError typeConversionFailedForIndex(std::size_t index) {
         return {Case::typeConversionFailedForIndex, std::to_string(index)};

@@ -11,9 +11,9 @@ namespace tarvo {
 
 namespace {
 
-constexpr CVRecordMapDatabaseConstants names;
+constexpr CVRecordMapDatabaseConstants mapNames;
 
-Criteria ofView(const std::string& cvId) { return columnIs(names.criteriaId, cvId); }
+Criteria ofView(const std::string& cvId) { return columnIs(mapNames.criteriaId, cvId); }
 
 /// The rows of a view's records, without a map a row: a page of the first download has thousands.
 class MapRows final : public RowSource {
@@ -28,8 +28,8 @@ public:
     bool mayHoldObjects() const override { return false; }
 
 private:
-    const std::vector<std::string> columns_{std::string(names.criteriaId), std::string(names.recordId),
-                                            std::string(names.moduleName)};
+    const std::vector<std::string> columns_{std::string(mapNames.criteriaId), std::string(mapNames.recordId),
+                                            std::string(mapNames.moduleName)};
     const std::vector<std::string>& ids_;
     const std::string &cvId_, &moduleName_;
 };
@@ -67,7 +67,7 @@ void CVRecordMapInDatabase::store(const std::vector<std::string>& ids, const std
 
 void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                                     const std::string& moduleName) {
-    table(moduleName).deleteObjects(Criteria::and_({ofView(cvId), columnIn(names.recordId, recordIds)}));
+    table(moduleName).deleteObjects(Criteria::and_({ofView(cvId), columnIn(mapNames.recordId, recordIds)}));
 }
 
 void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& moduleName) {
@@ -76,7 +76,7 @@ void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& 
 
 Criteria CVRecordMapInDatabase::getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) {
     FetchQuery query(getTableName(moduleName), ofView(cvId));
-    query.columns = {std::string(names.recordId)};
+    query.columns = {std::string(mapNames.recordId)};
     return Criteria::custom(kelva::quotedName(FieldIdentifierConstants().id) + " in (" + query.sql() + ")",
                             query.parameters());
 }
@@ -86,7 +86,7 @@ Criteria CVRecordMapInDatabase::getRowMappingCriteria(const std::string& cvId, c
     query.columns = {"1"};
     auto id = kelva::quotedName(RecordUtil::getTableName(moduleName)) + "." +
               kelva::quotedName(FieldIdentifierConstants().id);
-    query.filter(Criteria::equalTo(std::string(names.recordId), Criteria::ColumnType::column(id)));
+    query.filter(Criteria::equalTo(std::string(mapNames.recordId), Criteria::ColumnType::column(id)));
     return Criteria::exists(query.sql(), query.parameters());
 }
 

@@ -22,7 +22,7 @@ using Error = CustomViewQueryError;
 
 // SQLite takes statements of a million bytes; the rest is left for what stands around the condition.
 constexpr std::size_t maxCondition = 900000;
-constexpr std::string_view converted = "CONVERTED";
+constexpr std::string_view convertedColumn = "CONVERTED";
 
 /// What a pair of holes is filled with.
 struct Pair {
@@ -46,7 +46,7 @@ std::vector<std::string> piecesOf(const std::string& replaceInfo) {
 }
 
 std::string valueFor(const FieldMetadata& field, std::string value) {
-    if (field.columnCRMName != converted) return value;
+    if (field.columnCRMName != convertedColumn) return value;
     return value == "0" ? "false" : value == "1" ? "true" : value;
 }
 

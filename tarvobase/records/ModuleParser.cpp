@@ -25,9 +25,9 @@ std::string_view suffixOf(wire::Part part) {
 
 /// Fills a wire dictionary.
 template <class Node>
-class DictionarySink {
+class WireDictionarySink {
 public:
-    DictionarySink(ValueMap& record, bool modifySystemProperties, bool namesOfPeople)
+    WireDictionarySink(ValueMap& record, bool modifySystemProperties, bool namesOfPeople)
         : record_(record), modifySystemProperties_(modifySystemProperties), namesOfPeople_(namesOfPeople) {}
 
     std::string key(std::string_view name) const { return ModuleParser::systemKey(name, modifySystemProperties_); }
@@ -75,7 +75,7 @@ std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modify
     RecordReader<Node> reader(namesOfPeople);
     for (auto& record : records) {
         ValueMap map;
-        DictionarySink<Node> sink(map, modifySystemProperties, namesOfPeople);
+        WireDictionarySink<Node> sink(map, modifySystemProperties, namesOfPeople);
         if (reader.read(record, sink)) maps.push_back(std::move(map));
     }
     return maps;

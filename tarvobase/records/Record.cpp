@@ -13,10 +13,8 @@ namespace tarvo {
 
 namespace {
 
-constexpr std::string_view notFound = "Record ID not found";
+constexpr std::string_view recordNotFound = "Record ID not found";
 constexpr std::string_view notFoundOrNoMatch = "Record ID not found or column and values do not match";
-
-FieldIdentifier namingInForce() { return CommonConfigration::sharedInstance().fieldIdentifier.get(); }
 
 ValueMap valuesOf(const Record::Names& columns, const std::optional<ValueList>& values) {
     ValueMap map;
@@ -118,7 +116,7 @@ std::optional<Record> Record::fromColumns(const ColumnMap& columns, const ValueL
 std::optional<Record> Record::fromColumns(const Names& columns, const std::optional<ValueList>& values,
                                           std::string moduleName) {
     auto identifier = RecordUtil::getIdentifierFieldName(moduleName);
-    return fromValues(valuesOf(columns, values), std::move(moduleName), identifier, notFound);
+    return fromValues(valuesOf(columns, values), std::move(moduleName), identifier, recordNotFound);
 }
 std::optional<Record> Record::fromColumns(const Names& columns, const std::optional<ValueList>& values,
                                           const ModuleIdentifier& moduleId) {

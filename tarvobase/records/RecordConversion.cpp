@@ -62,9 +62,9 @@ private:
 };
 
 /// Fills a database dictionary, or the same in the form that a table takes.
-class DictionarySink {
+class DatabaseDictionarySink {
 public:
-    DictionarySink(const RecordPlan& plan, const DictionarySource& source, ValueMap& dictionary, Form form)
+    DatabaseDictionarySink(const RecordPlan& plan, const DictionarySource& source, ValueMap& dictionary, Form form)
         : plan_(plan), source_(source), dictionary_(dictionary), form_(form) {}
 
     void value(std::size_t column, const ValueView& view) { set(column, view.copy()); }
@@ -110,7 +110,7 @@ ValueMap converted(const RecordPlan& plan, const ValueMap& wire, Form form) {
     ValueMap dictionary;
     dictionary.reserve(plan.columns().size());
     DictionarySource source(plan, wire);
-    DictionarySink sink(plan, source, dictionary, form);
+    DatabaseDictionarySink sink(plan, source, dictionary, form);
     plan.convert(source, sink);
     return dictionary;
 }

@@ -33,8 +33,6 @@ bool isShown(const Record& record, const LayoutMetadata& field, const FieldIdent
            (isShown(record, with(column, firstNameSuffix)) || isShown(record, with(column, lastNameSuffix)));
 }
 
-FieldIdentifier namingInForce() { return CommonConfigration::sharedInstance().fieldIdentifier.get(); }
-
 }  // namespace
 
 bool areRecordsEqual(const std::optional<Record>& a, const std::optional<Record>& b) {

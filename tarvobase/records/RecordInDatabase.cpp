@@ -22,8 +22,6 @@ namespace {
 
 using Names = RecordPersistanceDelegate::Names;
 
-FieldIdentifier namingInForce() { return CommonConfigration::sharedInstance().fieldIdentifier.get(); }
-
 std::string idColumn(const FieldIdentifier& naming) { return std::string(naming.constant->id); }
 
 /// The id of a row that may be stored under it: a text that is not empty.

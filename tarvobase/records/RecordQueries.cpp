@@ -17,12 +17,8 @@ namespace {
 using Names = RecordQueries::Names;
 using kelva::quotedName;
 
-bool contains(const Names& names, std::string_view name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 void addOnce(Names& names, std::string_view name) {
-    if (!contains(names, name)) names.emplace_back(name);
+    if (!text::contains(names, name)) names.emplace_back(name);
 }
 
 /// A value as the columns may hold it: the server's texts stand for numbers and booleans too, and a column without a
@@ -84,8 +80,8 @@ Names RecordQueries::defaultColumns(const Names& columns, const FieldList& field
     auto& names = *fields.naming().constant;
     Names list;
     for (std::string column : {std::string(names.rowID), std::string(names.layout)})
-        if (!contains(columns, column) && (column == names.rowID || fields.hasField(column)))
-            list.push_back((contains(sortColumns, column) ? "" : "NULL AS ") + quotedName(column));
+        if (!text::contains(columns, column) && (column == names.rowID || fields.hasField(column)))
+            list.push_back((text::contains(sortColumns, column) ? "" : "NULL AS ") + quotedName(column));
     return list;
 }
 

@@ -5,15 +5,18 @@ namespace tarvo {
 namespace {
 
 using C = CurrencyMetadata;
-using Names = CurrencyMetadataConstants;
+using CurrencyNames = CurrencyMetadataConstants;
 
-const auto currencyForm = form<C, Names>(
-    required(member(&C::orderNo, &Names::OrderNo)), required(member(&C::exchangeRate, &Names::ExchangeRate)),
-    member(&C::thousandSeperator, &Names::ThousandSeperator), member(&C::isBase, &Names::IsBase),
-    member(&C::isoCode, &Names::IsoCode), member(&C::currencyId, &Names::CurrencyId),
-    member(&C::isPrefixSymbol, &Names::IsPrefixSymbol), member(&C::currencySymbol, &Names::CurrencySymbol),
-    member(&C::isActive, &Names::IsActive), required(member(&C::decimalPlaces, &Names::DecimalPlaces)),
-    member(&C::currencyName, &Names::CurrencyName), member(&C::decimalSeperator, &Names::DecimalSeperator));
+const auto currencyForm = form<C, CurrencyNames>(
+    required(member(&C::orderNo, &CurrencyNames::OrderNo)),
+    required(member(&C::exchangeRate, &CurrencyNames::ExchangeRate)),
+    member(&C::thousandSeperator, &CurrencyNames::ThousandSeperator), member(&C::isBase, &CurrencyNames::IsBase),
+    member(&C::isoCode, &CurrencyNames::IsoCode), member(&C::currencyId, &CurrencyNames::CurrencyId),
+    member(&C::isPrefixSymbol, &CurrencyNames::IsPrefixSymbol),
+    member(&C::currencySymbol, &CurrencyNames::CurrencySymbol), member(&C::isActive, &CurrencyNames::IsActive),
+    required(member(&C::decimalPlaces, &CurrencyNames::DecimalPlaces)),
+    member(&C::currencyName, &CurrencyNames::CurrencyName),
+    member(&C::decimalSeperator, &CurrencyNames::DecimalSeperator));
 
 }  // namespace
 

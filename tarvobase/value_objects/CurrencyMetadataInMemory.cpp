@@ -2,9 +2,7 @@
 
 namespace tarvo {
 
-namespace {
-const ParserError noData(ParserError::Case::noData);
-}
+namespace {}
 
 CurrencyMetadataInMemory::CurrencyMetadataInMemory(
     std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
@@ -36,21 +34,22 @@ void CurrencyMetadataInMemory::replaceAllCurrencyMetadata(const std::vector<Curr
 }
 
 CurrencyMetadataPersistanceDelegate::Currencies CurrencyMetadataInMemory::getAllCurrencyMetadata() {
-    return memory_.allOr(
-        [&] { return primaryPersistance ? primaryPersistance->getAllCurrencyMetadata() : Currencies(noData); });
+    return memory_.allOr([&] {
+        return primaryPersistance ? primaryPersistance->getAllCurrencyMetadata() : Currencies(ParserError::noData());
+    });
 }
 
 Result<CurrencyMetadata, ParserError> CurrencyMetadataInMemory::getCurrencyMetadata(const std::string& for_) {
     return memory_.firstOr({{std::string(currencyMetadataConstants.IsoCode), for_}}, [&] {
         return primaryPersistance ? primaryPersistance->getCurrencyMetadata(for_)
-                                  : Result<CurrencyMetadata, ParserError>(noData);
+                                  : Result<CurrencyMetadata, ParserError>(ParserError::noData());
     });
 }
 
 Result<CurrencyMetadata, ParserError> CurrencyMetadataInMemory::getDefaultCurrencyMetadata() {
     return memory_.firstOr({{std::string(currencyMetadataConstants.IsBase), true}}, [&] {
         return primaryPersistance ? primaryPersistance->getDefaultCurrencyMetadata()
-                                  : Result<CurrencyMetadata, ParserError>(noData);
+                                  : Result<CurrencyMetadata, ParserError>(ParserError::noData());
     });
 }
 

@@ -9,22 +9,23 @@ namespace tarvo {
 namespace {
 
 using V = CustomView;
-using Names = CustomViewConstants;
+using ViewNames = CustomViewConstants;
 
 // Where columns are shared, the last member that is written stays: the sort by name, not the one by number.
-const auto viewForm = form<V, Names>(
-    member(&V::viewID, &Names::ViewID), member(&V::viewType, &Names::ViewType), member(&V::viewName, &Names::ViewName),
-    member(&V::viewDisplayName, &Names::ViewDisplayName), member(&V::moduleName, &Names::ModuleName),
-    member(&V::isOfflineSupported, &Names::IsOfflineSupported), member(&V::isDefault, &Names::IsDefault),
-    member(&V::offlineQuery, &Names::OfflineQuery),
-    member(&V::offlineQueryReplaceInfo, &Names::OfflineQueryReplaceInfo),
-    member(&V::lastModifiedTime, &Names::LastModifiedTime), member(&V::isUserCustomView, &Names::IsUserCustomView),
-    member(&V::listFields, &Names::ListFields), member(&V::mode, &Names::Mode),
-    member(&V::sectionID, &Names::SectionID), member(&V::defaultSortBy, &Names::DefaultSortBy, -1),
-    member(&V::defaultSortOrder, &Names::DefaultSortOrder, -1),
-    member(&V::selectedColumnsQuery, &Names::SelectedColumnsQuery), member(&V::viewOrder, &Names::ViewOrder),
-    member(&V::sectionDisplayName, &Names::SectionDisplayName), member(&V::sortBy, &Names::SortBy),
-    member(&V::sortOrder, &Names::SortOrder));
+const auto viewForm = form<V, ViewNames>(
+    member(&V::viewID, &ViewNames::ViewID), member(&V::viewType, &ViewNames::ViewType),
+    member(&V::viewName, &ViewNames::ViewName), member(&V::viewDisplayName, &ViewNames::ViewDisplayName),
+    member(&V::moduleName, &ViewNames::ModuleName), member(&V::isOfflineSupported, &ViewNames::IsOfflineSupported),
+    member(&V::isDefault, &ViewNames::IsDefault), member(&V::offlineQuery, &ViewNames::OfflineQuery),
+    member(&V::offlineQueryReplaceInfo, &ViewNames::OfflineQueryReplaceInfo),
+    member(&V::lastModifiedTime, &ViewNames::LastModifiedTime),
+    member(&V::isUserCustomView, &ViewNames::IsUserCustomView), member(&V::listFields, &ViewNames::ListFields),
+    member(&V::mode, &ViewNames::Mode), member(&V::sectionID, &ViewNames::SectionID),
+    member(&V::defaultSortBy, &ViewNames::DefaultSortBy, -1),
+    member(&V::defaultSortOrder, &ViewNames::DefaultSortOrder, -1),
+    member(&V::selectedColumnsQuery, &ViewNames::SelectedColumnsQuery), member(&V::viewOrder, &ViewNames::ViewOrder),
+    member(&V::sectionDisplayName, &ViewNames::SectionDisplayName), member(&V::sortBy, &ViewNames::SortBy),
+    member(&V::sortOrder, &ViewNames::SortOrder));
 
 }  // namespace
 

@@ -8,33 +8,33 @@ constexpr std::string_view yes = "true", no = "false";
 /// Leads are converted, and their view of all records leaves those out that were: it has a condition.
 constexpr std::string_view leads = "Leads", allOpenLeads = "All Open Leads";
 
-using Names = CustomViewConstants;
+using ViewNames = CustomViewConstants;
 using Column = CustomViewColumnName;
 
-std::string_view Names::*nameOf(Column column) {
-    static constexpr std::pair<Column, std::string_view Names::*> columns[] = {
-        {Column::ViewID, &Names::ViewID},
-        {Column::ViewType, &Names::ViewType},
-        {Column::ViewName, &Names::ViewName},
-        {Column::ViewDisplayName, &Names::ViewDisplayName},
-        {Column::ModuleName, &Names::ModuleName},
-        {Column::IsOfflineSupported, &Names::IsOfflineSupported},
-        {Column::IsDefault, &Names::IsDefault},
-        {Column::OfflineQuery, &Names::OfflineQuery},
-        {Column::OfflineQueryReplaceInfo, &Names::OfflineQueryReplaceInfo},
-        {Column::LastModifiedTime, &Names::LastModifiedTime},
-        {Column::IsUserCustomView, &Names::IsUserCustomView},
-        {Column::ListFields, &Names::ListFields},
-        {Column::Mode, &Names::Mode},
-        {Column::SectionID, &Names::SectionID},
-        {Column::SelectedColumnsQuery, &Names::SelectedColumnsQuery},
-        {Column::ViewOrder, &Names::ViewOrder},
-        {Column::SectionDisplayName, &Names::SectionDisplayName},
-        {Column::SortBy, &Names::SortBy},
-        {Column::SortOrder, &Names::SortOrder}};
+std::string_view ViewNames::*nameOf(Column column) {
+    static constexpr std::pair<Column, std::string_view ViewNames::*> columns[] = {
+        {Column::ViewID, &ViewNames::ViewID},
+        {Column::ViewType, &ViewNames::ViewType},
+        {Column::ViewName, &ViewNames::ViewName},
+        {Column::ViewDisplayName, &ViewNames::ViewDisplayName},
+        {Column::ModuleName, &ViewNames::ModuleName},
+        {Column::IsOfflineSupported, &ViewNames::IsOfflineSupported},
+        {Column::IsDefault, &ViewNames::IsDefault},
+        {Column::OfflineQuery, &ViewNames::OfflineQuery},
+        {Column::OfflineQueryReplaceInfo, &ViewNames::OfflineQueryReplaceInfo},
+        {Column::LastModifiedTime, &ViewNames::LastModifiedTime},
+        {Column::IsUserCustomView, &ViewNames::IsUserCustomView},
+        {Column::ListFields, &ViewNames::ListFields},
+        {Column::Mode, &ViewNames::Mode},
+        {Column::SectionID, &ViewNames::SectionID},
+        {Column::SelectedColumnsQuery, &ViewNames::SelectedColumnsQuery},
+        {Column::ViewOrder, &ViewNames::ViewOrder},
+        {Column::SectionDisplayName, &ViewNames::SectionDisplayName},
+        {Column::SortBy, &ViewNames::SortBy},
+        {Column::SortOrder, &ViewNames::SortOrder}};
     for (auto& [known, name] : columns)
         if (known == column) return name;
-    return &Names::ViewID;
+    return &ViewNames::ViewID;
 }
 
 }  // namespace

@@ -23,21 +23,20 @@ struct DisplayPrefsCodec : MemberCodec<ValueMap> {
 };
 
 using F = FieldMetadata;
-using Names = FieldMetadataConstants;
+using FieldNames = FieldMetadataConstants;
 
 // A type that this version does not know fails the field: nobody could say what its values are.
-const auto fieldForm = form<F, Names>(
-    member(&F::fieldID, &Names::FieldID), member(&F::fieldAPIName, &Names::FieldAPIName),
-    member(&F::moduleName, &Names::ModuleName), member(&F::columnCRMName, &Names::ColumnCRMName),
-    member(&F::fieldLabel, &Names::FieldLabel), required(member(&F::fieldType, &Names::FieldType, FieldDataType::none)),
-    member(&F::maxLength, &Names::MaxLength), member(&F::isReadOnly, &Names::IsReadOnly),
-    member(&F::isCustomField, &Names::IsCustomField), member(&F::isUnique, &Names::IsUnique),
-    member(&F::isQuickCreate, &Names::IsQuickCreate), member(&F::isPrimaryKey, &Names::IsPrimaryKey),
-    member(&F::isMproxyMetadata, &Names::IsMproxyMetadata), member(&F::lookupModule, &Names::LookupModule),
-    member(&F::relatedListID, &Names::RelatedListID), member(&F::visible, &Names::Visible),
-    member(&F::mode, &Names::Mode), memberBy<DisplayPrefsCodec>(&F::displayPrefs, &Names::DisplayPrefs));
-
-FieldIdentifier namingInForce() { return CommonConfigration::sharedInstance().fieldIdentifier.get(); }
+const auto fieldForm = form<F, FieldNames>(
+    member(&F::fieldID, &FieldNames::FieldID), member(&F::fieldAPIName, &FieldNames::FieldAPIName),
+    member(&F::moduleName, &FieldNames::ModuleName), member(&F::columnCRMName, &FieldNames::ColumnCRMName),
+    member(&F::fieldLabel, &FieldNames::FieldLabel),
+    required(member(&F::fieldType, &FieldNames::FieldType, FieldDataType::none)),
+    member(&F::maxLength, &FieldNames::MaxLength), member(&F::isReadOnly, &FieldNames::IsReadOnly),
+    member(&F::isCustomField, &FieldNames::IsCustomField), member(&F::isUnique, &FieldNames::IsUnique),
+    member(&F::isQuickCreate, &FieldNames::IsQuickCreate), member(&F::isPrimaryKey, &FieldNames::IsPrimaryKey),
+    member(&F::isMproxyMetadata, &FieldNames::IsMproxyMetadata), member(&F::lookupModule, &FieldNames::LookupModule),
+    member(&F::relatedListID, &FieldNames::RelatedListID), member(&F::visible, &FieldNames::Visible),
+    member(&F::mode, &FieldNames::Mode), memberBy<DisplayPrefsCodec>(&F::displayPrefs, &FieldNames::DisplayPrefs));
 
 }  // namespace
 

@@ -21,17 +21,18 @@ struct AdditionalInfoCodec : MemberCodec<std::optional<ValueMap>> {
     }
 };
 
-using L = LayoutFieldData;
-using Names = LayoutMetadataDatabaseConstants;
+using Place = LayoutFieldData;
+using PlaceNames = LayoutMetadataDatabaseConstants;
 
-const auto placeForm = form<L, Names>(
-    member(&L::layoutID, &Names::LayoutID), member(&L::fieldID, &Names::FieldID),
-    member(&L::fieldAPIName, &Names::FieldAPIName), member(&L::crmColumnName, &Names::ColumnCRMName),
-    member(&L::moduleName, &Names::ModuleName), member(&L::sectionName, &Names::SectionName),
-    member(&L::sectionDV, &Names::SectionDV), member(&L::isSubformSection, &Names::IsSubformSection),
-    member(&L::sectionSequence, &Names::SectionSequence), memberBy<OptBoolCodec>(&L::mandatory, &Names::Mandatory),
-    member(&L::defaultValue, &Names::DefaultValue), member(&L::fieldPosition, &Names::FieldPosition),
-    memberBy<AdditionalInfoCodec>(&L::additionalInfo, &Names::AdditionalInfo));
+const auto placeForm = form<Place, PlaceNames>(
+    member(&Place::layoutID, &PlaceNames::LayoutID), member(&Place::fieldID, &PlaceNames::FieldID),
+    member(&Place::fieldAPIName, &PlaceNames::FieldAPIName), member(&Place::crmColumnName, &PlaceNames::ColumnCRMName),
+    member(&Place::moduleName, &PlaceNames::ModuleName), member(&Place::sectionName, &PlaceNames::SectionName),
+    member(&Place::sectionDV, &PlaceNames::SectionDV), member(&Place::isSubformSection, &PlaceNames::IsSubformSection),
+    member(&Place::sectionSequence, &PlaceNames::SectionSequence),
+    memberBy<OptBoolCodec>(&Place::mandatory, &PlaceNames::Mandatory),
+    member(&Place::defaultValue, &PlaceNames::DefaultValue), member(&Place::fieldPosition, &PlaceNames::FieldPosition),
+    memberBy<AdditionalInfoCodec>(&Place::additionalInfo, &PlaceNames::AdditionalInfo));
 
 bool hasMoreColumns() { return CommonConfigration::sharedInstance().hasAdditionalInfoAndSubformKeysInLayoutMeta.get(); }
 

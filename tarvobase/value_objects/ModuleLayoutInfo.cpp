@@ -5,12 +5,12 @@ namespace tarvo {
 namespace {
 
 using L = ModuleLayoutInfo;
-using Names = ModuleLayoutInfoConstants;
+using LayoutInfoNames = ModuleLayoutInfoConstants;
 
-const auto layoutInfoForm =
-    form<L, Names>(member(&L::moduleName, &Names::ModuleName), member(&L::layoutID, &Names::LayoutID),
-                   member(&L::layoutName, &Names::LayoutName), member(&L::isAccessible, &Names::IsAccessible),
-                   member(&L::isDefault, &Names::IsDefault));
+const auto layoutInfoForm = form<L, LayoutInfoNames>(
+    member(&L::moduleName, &LayoutInfoNames::ModuleName), member(&L::layoutID, &LayoutInfoNames::LayoutID),
+    member(&L::layoutName, &LayoutInfoNames::LayoutName), member(&L::isAccessible, &LayoutInfoNames::IsAccessible),
+    member(&L::isDefault, &LayoutInfoNames::IsDefault));
 
 }  // namespace
 

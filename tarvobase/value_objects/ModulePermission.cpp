@@ -7,11 +7,11 @@ namespace tarvo {
 namespace {
 
 using P = ModulePermission;
-using Names = ModulePermissionConstants;
+using PermissionNames = ModulePermissionConstants;
 
-const auto permissionForm =
-    form<P, Names>(member(&P::moduleName, &Names::ModuleName), member(&P::moduleAPIName, &Names::ModuleAPIName),
-                   member(&P::key, &Names::Key), member(&P::value, &Names::Value));
+const auto permissionForm = form<P, PermissionNames>(
+    member(&P::moduleName, &PermissionNames::ModuleName), member(&P::moduleAPIName, &PermissionNames::ModuleAPIName),
+    member(&P::key, &PermissionNames::Key), member(&P::value, &PermissionNames::Value));
 
 }  // namespace
 

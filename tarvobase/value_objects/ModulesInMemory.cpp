@@ -2,16 +2,13 @@
 
 #include <algorithm>
 
+#include "platform/Text.h"
+
 namespace tarvo {
 
 namespace {
 
 using Modules = Result<std::vector<Module>, ParserError>;
-const ParserError noData(ParserError::Case::noData);
-
-bool contains(const std::vector<std::string>& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 }  // namespace
 
@@ -46,35 +43,40 @@ std::vector<Module> ModulesInMemory::asStored(std::vector<Module> modules) const
 }
 
 Modules ModulesInMemory::getAllModules() {
-    return memory_.allOr([&] { return primaryPersistance ? primaryPersistance->getAllModules() : Modules(noData); });
+    return memory_.allOr(
+        [&] { return primaryPersistance ? primaryPersistance->getAllModules() : Modules(ParserError::noData()); });
 }
 
 Result<Module, ParserError> ModulesInMemory::getModuleByModuleName(const std::string& moduleName) {
     return memory_.firstOr({{std::string(activeModuleConstants.ModuleName), moduleName}}, [&] {
         return primaryPersistance ? primaryPersistance->getModuleByModuleName(moduleName)
-                                  : Result<Module, ParserError>(noData);
+                                  : Result<Module, ParserError>(ParserError::noData());
     });
 }
 
 Result<Module, ParserError> ModulesInMemory::getModuleByApiName(const std::string& apiName) {
     return memory_.firstOr({{std::string(activeModuleConstants.APIName), apiName}}, [&] {
         return primaryPersistance ? primaryPersistance->getModuleByApiName(apiName)
-                                  : Result<Module, ParserError>(noData);
+                                  : Result<Module, ParserError>(ParserError::noData());
     });
 }
 
 Modules ModulesInMemory::getModulesByModuleNames(const std::vector<std::string>& moduleNames) {
     return memory_.chosenOr(
-        moduleNames.size(), [&](const Module& module) { return contains(moduleNames, module.moduleName); },
+        moduleNames.size(), [&](const Module& module) { return text::contains(moduleNames, module.moduleName); },
         [&] {
-            return primaryPersistance ? primaryPersistance->getModulesByModuleNames(moduleNames) : Modules(noData);
+            return primaryPersistance ? primaryPersistance->getModulesByModuleNames(moduleNames)
+                                      : Modules(ParserError::noData());
         });
 }
 
 Modules ModulesInMemory::getModulesByApiNames(const std::vector<std::string>& apiNames) {
     return memory_.chosenOr(
-        apiNames.size(), [&](const Module& module) { return contains(apiNames, module.apiName); },
-        [&] { return primaryPersistance ? primaryPersistance->getModulesByApiNames(apiNames) : Modules(noData); });
+        apiNames.size(), [&](const Module& module) { return text::contains(apiNames, module.apiName); },
+        [&] {
+            return primaryPersistance ? primaryPersistance->getModulesByApiNames(apiNames)
+                                      : Modules(ParserError::noData());
+        });
 }
 
 void ModulesInMemory::deleteModules(const std::vector<Module>& modules) {

@@ -4,15 +4,16 @@ namespace tarvo {
 
 namespace {
 
-using P = PicklistMetadata;
-using Names = PicklistMetadataConstants;
+using Picklist = PicklistMetadata;
+using PicklistNames = PicklistMetadataConstants;
 
-const auto picklistForm =
-    form<P, Names>(required(member(&P::fieldActualValue, &Names::FieldActualValue)),
-                   member(&P::fieldOptionalValue, &Names::FieldOptionalValue), member(&P::fieldID, &Names::FieldID),
-                   member(&P::fieldAPIName, &Names::FieldAPIName), member(&P::crmColumnName, &Names::CrmColumnName),
-                   member(&P::moduleName, &Names::ModuleName), member(&P::layoutID, &Names::LayoutID),
-                   member(&P::fieldMap, &Names::FieldMap), member(&P::position, &Names::Position));
+const auto picklistForm = form<Picklist, PicklistNames>(
+    required(member(&Picklist::fieldActualValue, &PicklistNames::FieldActualValue)),
+    member(&Picklist::fieldOptionalValue, &PicklistNames::FieldOptionalValue),
+    member(&Picklist::fieldID, &PicklistNames::FieldID), member(&Picklist::fieldAPIName, &PicklistNames::FieldAPIName),
+    member(&Picklist::crmColumnName, &PicklistNames::CrmColumnName),
+    member(&Picklist::moduleName, &PicklistNames::ModuleName), member(&Picklist::layoutID, &PicklistNames::LayoutID),
+    member(&Picklist::fieldMap, &PicklistNames::FieldMap), member(&Picklist::position, &PicklistNames::Position));
 
 }  // namespace
 

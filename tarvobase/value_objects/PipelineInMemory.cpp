@@ -4,8 +4,6 @@ namespace tarvo {
 
 namespace {
 
-const ParserError noData(ParserError::Case::noData);
-
 // A stage may belong to several pipelines.
 std::string keyOf(const PipelineStage& stage) { return stage.pipelineId + "\n" + stage.stageId; }
 
@@ -28,7 +26,8 @@ void PipelineInMemory::storePipelines(const std::vector<Pipeline>& pipelines) {
 }
 
 PipelinePersistanceDelegate::Pipelines PipelineInMemory::getPipelines() {
-    return memory_.allOr([&] { return primaryPersistance ? primaryPersistance->getPipelines() : Pipelines(noData); });
+    return memory_.allOr(
+        [&] { return primaryPersistance ? primaryPersistance->getPipelines() : Pipelines(ParserError::noData()); });
 }
 
 PipelineStagesInMemory::PipelineStagesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
@@ -46,7 +45,8 @@ void PipelineStagesInMemory::storePipelineStages(const std::vector<PipelineStage
 }
 
 PipelineStagePersistanceDelegate::Stages PipelineStagesInMemory::getPipelineStages() {
-    return memory_.allOr([&] { return primaryPersistance ? primaryPersistance->getPipelineStages() : Stages(noData); });
+    return memory_.allOr(
+        [&] { return primaryPersistance ? primaryPersistance->getPipelineStages() : Stages(ParserError::noData()); });
 }
 
 // Several stages are meant, so that only the whole table can answer: it is read at the first such question.

@@ -5,12 +5,12 @@ namespace tarvo {
 namespace {
 
 using S = PipelineStage;
-using Names = PipelineStageParser;
+using StageNames = PipelineStageParser;
 
-const auto stageForm =
-    form<S, Names>(member(&S::pipelineId, &Names::PipelineId), member(&S::stageId, &Names::StageId),
-                   member(&S::actualName, &Names::ActualName), member(&S::displayName, &Names::DisplayName),
-                   member(&S::stageDisplayIndex, &Names::StageDisplayIndex));
+const auto stageForm = form<S, StageNames>(
+    member(&S::pipelineId, &StageNames::PipelineId), member(&S::stageId, &StageNames::StageId),
+    member(&S::actualName, &StageNames::ActualName), member(&S::displayName, &StageNames::DisplayName),
+    member(&S::stageDisplayIndex, &StageNames::StageDisplayIndex));
 
 }  // namespace
 

@@ -7,14 +7,15 @@ namespace tarvo {
 namespace {
 
 using R = RelatedList;
-using Names = ModuleRelatedListConstants;
+using RelatedListNames = ModuleRelatedListConstants;
 
-const auto relatedListForm =
-    form<R, Names>(member(&R::moduleName, &Names::ModuleName), member(&R::relatedModuleName, &Names::RelatedModuleName),
-                   member(&R::dislayName, &Names::DislayName), member(&R::listID, &Names::ListID),
-                   member(&R::isDefault, &Names::IsDefault), member(&R::relatedOrder, &Names::RelatedOrder),
-                   member(&R::lookupColumn, &Names::LookupColumn), member(&R::listName, &Names::ListName),
-                   member(&R::relatedListAPIName, &Names::RelatedListAPIName));
+const auto relatedListForm = form<R, RelatedListNames>(
+    member(&R::moduleName, &RelatedListNames::ModuleName),
+    member(&R::relatedModuleName, &RelatedListNames::RelatedModuleName),
+    member(&R::dislayName, &RelatedListNames::DislayName), member(&R::listID, &RelatedListNames::ListID),
+    member(&R::isDefault, &RelatedListNames::IsDefault), member(&R::relatedOrder, &RelatedListNames::RelatedOrder),
+    member(&R::lookupColumn, &RelatedListNames::LookupColumn), member(&R::listName, &RelatedListNames::ListName),
+    member(&R::relatedListAPIName, &RelatedListNames::RelatedListAPIName));
 
 }  // namespace
 

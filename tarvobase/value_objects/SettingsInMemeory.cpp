@@ -4,8 +4,6 @@ namespace tarvo {
 
 namespace {
 
-const ParserError noData(ParserError::Case::noData);
-
 // A name may hold any character, so it comes last.
 std::string keyOf(const Settings& setting) {
     return std::string(rawText(setting.settingsKey)) + " " + setting.moduleName;
@@ -34,7 +32,7 @@ Result<Settings, ParserError> SettingsInMemeory::getSettingsForModule(const std:
                            [&] {
                                return primaryPersistance
                                           ? primaryPersistance->getSettingsForModule(moduleName, settingsKey)
-                                          : Result<Settings, ParserError>(noData);
+                                          : Result<Settings, ParserError>(ParserError::noData());
                            });
 }
 
@@ -59,8 +57,9 @@ SettingsPersistanceDelegate::SettingsResult SettingsInMemeory::getAllSettings(Se
 }
 
 SettingsPersistanceDelegate::SettingsResult SettingsInMemeory::getAllSettings() {
-    return memory_.allOr(
-        [&] { return primaryPersistance ? primaryPersistance->getAllSettings() : SettingsResult(noData); });
+    return memory_.allOr([&] {
+        return primaryPersistance ? primaryPersistance->getAllSettings() : SettingsResult(ParserError::noData());
+    });
 }
 
 SettingsPersistanceDelegate::SettingsResult SettingsInMemeory::updateDisplayColumns(const std::string& moduleName) {

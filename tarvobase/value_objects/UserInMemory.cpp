@@ -2,17 +2,11 @@
 
 #include <algorithm>
 
+#include "platform/Text.h"
+
 namespace tarvo {
 
-namespace {
-
-const ParserError noData(ParserError::Case::noData);
-
-bool contains(const std::vector<std::string>& texts, const std::string& text) {
-    return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
-
-}  // namespace
+namespace {}  // namespace
 
 UserInMemory::UserInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
                            std::shared_ptr<UserPersistanceDelegate> primaryPersistance,
@@ -44,18 +38,21 @@ void UserInMemory::updateUser(const User& user, const std::string& oldUserID) {
 
 Result<User, ParserError> UserInMemory::getUserWithBrenUID() {
     return memory_.firstOr({{std::string(activeUserConstants.BrenUID), currentAccountBrenUID()}}, [&] {
-        return primaryPersistance ? primaryPersistance->getUserWithBrenUID() : Result<User, ParserError>(noData);
+        return primaryPersistance ? primaryPersistance->getUserWithBrenUID()
+                                  : Result<User, ParserError>(ParserError::noData());
     });
 }
 
 Result<User, ParserError> UserInMemory::getUser(const std::string& userID) {
     return memory_.firstOr({{std::string(activeUserConstants.ID), userID}}, [&] {
-        return primaryPersistance ? primaryPersistance->getUser(userID) : Result<User, ParserError>(noData);
+        return primaryPersistance ? primaryPersistance->getUser(userID)
+                                  : Result<User, ParserError>(ParserError::noData());
     });
 }
 
 UserPersistanceDelegate::Users UserInMemory::getUsers() {
-    return memory_.allOr([&] { return primaryPersistance ? primaryPersistance->getUsers() : Users(noData); });
+    return memory_.allOr(
+        [&] { return primaryPersistance ? primaryPersistance->getUsers() : Users(ParserError::noData()); });
 }
 
 UserPersistanceDelegate::Users UserInMemory::getActiveUsers() {
@@ -63,12 +60,13 @@ UserPersistanceDelegate::Users UserInMemory::getActiveUsers() {
 }
 UserPersistanceDelegate::Users UserInMemory::getUsersWithBrenUID(const std::vector<std::string>& brenUIDs) {
     return usersWhere(
-        [](const User& user, const std::vector<std::string>& asked) { return contains(asked, user.BrenUID); },
+        [](const User& user, const std::vector<std::string>& asked) { return text::contains(asked, user.BrenUID); },
         brenUIDs);
 }
 UserPersistanceDelegate::Users UserInMemory::getUsersWithUserId(const std::vector<std::string>& userIds) {
-    return usersWhere([](const User& user, const std::vector<std::string>& asked) { return contains(asked, user.id); },
-                      userIds);
+    return usersWhere(
+        [](const User& user, const std::vector<std::string>& asked) { return text::contains(asked, user.id); },
+        userIds);
 }
 
 // Several users may be meant, so that only the whole table can answer: it is read at the first such question.

@@ -8,7 +8,7 @@ namespace {
 
 using SchedulingTest = NetworkTest;
 
-constexpr auto ok = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nok";
+constexpr auto okAndClose = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nok";
 
 /// Opens once, for any number of waiting threads.
 class Gate {
@@ -114,14 +114,14 @@ TEST_F(SchedulingTest, AnswersEveryRequestWhenShutDown) {
     EXPECT_EQ(held.use_count(), 1);
     EXPECT_EQ(kindOf(ask(taskFor(server.url("/")))), "shut down");
 
-    RawServer answering([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, ok); });
+    RawServer answering([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, okAndClose); });
     manager.restart();
     EXPECT_EQ(kindOf(ask(taskFor(answering.url("/")))), "none");
 }
 
 TEST_F(SchedulingTest, ShutsDownFromACompletion) {
     RawServer silent([](int socket) { RawServer::waitForClose(socket); });
-    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, ok); });
+    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, okAndClose); });
     std::promise<NetworkError::Kind> ended;
     auto waiting = taskFor(silent.url("/"));
     waiting.completion = [&](Data, auto, auto error, int) { ended.set_value(error->kind); };
@@ -135,7 +135,7 @@ TEST_F(SchedulingTest, ShutsDownFromACompletion) {
 TEST_F(SchedulingTest, TakesRequestsFromACompletionAndSurvivesItsException) {
     std::atomic<int> reports = 0;
     auto former = tarvo::platform::setProgrammingErrorHandler([&](auto) { ++reports; });
-    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, ok); });
+    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, okAndClose); });
     std::promise<std::string> second;
     auto task = taskFor(server.url("/"));
     task.completion = [&](auto...) {

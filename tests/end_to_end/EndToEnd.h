@@ -11,6 +11,11 @@
 
 namespace tarvo::tests {
 
+/// A member of a JSON object; null if it is absent, or if `json` is no object.
+inline Value member(const Value& json, std::string_view name) {
+    return json.asMap() ? json.asMap()->valueOf(name) : Value();
+}
+
 /// The real server and the real host as processes, in a folder of their own.
 class EndToEnd {
 public:

@@ -9,8 +9,6 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-Value member(const Value& json, std::string_view name) { return json.asMap() ? json.asMap()->valueOf(name) : Value(); }
-
 /// Ids of the records in the answer of a list for programs.
 std::vector<std::string> idsIn(const Ended& list) {
     EXPECT_EQ(list.status, 0) << list.errors;

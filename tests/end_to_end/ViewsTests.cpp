@@ -7,8 +7,6 @@ namespace tarvo::tests {
 
 namespace {
 
-Value member(const Value& json, std::string_view name) { return json.asMap() ? json.asMap()->valueOf(name) : Value(); }
-
 /// Makes a call and gives its first line, which must be of this event.
 Value answerTo(Process& host, const std::string& call, ValueMap request, std::string_view event = "done") {
     host.send(*json::write(ValueMap{{"id", 1}, {"call", call}, {"request", std::move(request)}}));

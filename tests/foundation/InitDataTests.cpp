@@ -45,7 +45,7 @@ ValueMap wholeAnswer() {
             {"userDetails", ValueList{"1001", "Europe/Berlin", "", "US|en", "", "", "", "", emails}},
             {"activeUsers", ValueList{userRow("u1", "1001"), userRow("u2", "2002")}},
             {"settings", settingsRow()},
-            {"companyInfo", ValueList{ValueList{"name", "Acme"}}},
+            {"companyInfo", ValueList{Value(ValueList{"name", "Acme"})}},
             {"VestraOrgs", ValueList{ValueList{"1", "Acme", true}, ValueList{"2", "Bolt", false}}}};
 }
 
@@ -185,7 +185,8 @@ TEST_F(InitDataTest, ReadsUserDetails) {
     EXPECT_EQ(InitUserDetailsParser::parse(details({}))->email, "");
     EXPECT_EQ(InitUserDetailsParser::parse(details({}, "US"))->language, "");
     EXPECT_EQ(InitUserDetailsParser::parse(details({}, 5))->country, "");
-    EXPECT_EQ(InitUserDetailsParser::parse(ValueList{details({"a"})})->timeZone, "Zone") << "a list with one row";
+    EXPECT_EQ(InitUserDetailsParser::parse(ValueList{Value(details({"a"}))})->timeZone, "Zone")
+        << "a list with one row";
     EXPECT_FALSE(InitUserDetailsParser::parse(ValueList{"1", "Zone"}));
 }
 
@@ -207,7 +208,7 @@ TEST_F(InitDataTest, ReadsSortBlocks) {
     };
     for (auto& one : cases) {
         ValueList row(16, Value(0));
-        row.emplace_back(ValueList{ValueList{"Leads", 0, 0, 0, 0, one.block, "7"}});
+        row.emplace_back(ValueList{Value(ValueList{"Leads", 0, 0, 0, 0, one.block, "7"})});
         std::vector<std::pair<S, std::string>> levels;
         auto settings = InitSettingsParser::parse(row).value();
         for (auto& setting : settings)

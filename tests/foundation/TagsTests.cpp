@@ -9,9 +9,9 @@
 namespace tarvo {
 namespace {
 
-const Module leads{.moduleName = "Leads", .apiName = "Leads_API"};
+const Module taggedLeads{.moduleName = "Leads", .apiName = "Leads_API"};
 
-std::string body(Value rows) {
+std::string tagsBody(Value rows) {
     return *json::write(ValueMap{{"response", ValueMap{{"result", ValueList{ValueMap{{"data", std::move(rows)}}}}}}});
 }
 
@@ -47,7 +47,7 @@ protected:
     /// The answers in their order: source and tags, or the failure.
     std::string ask(DataSource source) {
         std::string answers;
-        usecase->execute(GetModuleTagsUC::Request(leads, source), [&](auto* response, auto* failure) {
+        usecase->execute(GetModuleTagsUC::Request(taggedLeads, source), [&](auto* response, auto* failure) {
             answers += response ? std::string(caseName(response->source())) + " " + idsOf(response->tags)
                                 : std::string(caseName(failure->which()));
             answers += "; ";
@@ -66,7 +66,7 @@ protected:
 TEST_F(TagsTest, TakesOverWhatTheServerHas) {
     tags.storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}, {"9", "big", "Deals"}});
     links.storeTagRecords({{"2", "old", "Leads"}, {"1", "hot", "Leads"}}, "r1");
-    network->answer(body(ValueList{ValueList{"1", "warm"}, ValueList{"3"}, ValueList{"4", "new", "#ff0000"}}));
+    network->answer(tagsBody(ValueList{ValueList{"1", "warm"}, ValueList{"3"}, ValueList{"4", "new", "#ff0000"}}));
     EXPECT_EQ(ask(DataSource::both), "database 1=hot 2=old ; network 1=warm 4=new ; ");
     EXPECT_EQ(idsOf(tags.getTags("Leads")), "1=warm 4=new ");
     EXPECT_EQ(idsOf(tags.getTags("Deals")), "9=big ");
@@ -93,7 +93,7 @@ TEST_F(TagsTest, KeepsWhatWaitsForItsUpload) {
         links.storeTagRecords({{one.tag, "t", "Leads"}}, one.record);
         if (one.stays) expected += one.tag + "=t ";
     }
-    network->answer(body(ValueList{}));
+    network->answer(tagsBody(ValueList{}));
     EXPECT_EQ(ask(DataSource::network), "network ; ");
     auto left = *tags.getTags("Leads");
     std::sort(left.begin(), left.end(), [](auto& a, auto& b) { return a.id < b.id; });
@@ -102,8 +102,8 @@ TEST_F(TagsTest, KeepsWhatWaitsForItsUpload) {
 
 TEST_F(TagsTest, AnUnusableAnswerChangesNothing) {
     tags.storeTags({{"1", "hot", "Leads"}});
-    for (auto& answer : {std::string("nonsense"), std::string(R"({"error":[{"code":"X"}]})"), body("rows"),
-                         body(ValueList{ValueList{"1", 2}}), body(ValueList{"row"})}) {
+    for (auto& answer : {std::string("nonsense"), std::string(R"({"error":[{"code":"X"}]})"), tagsBody("rows"),
+                         tagsBody(ValueList{Value(ValueList{"1", 2})}), tagsBody(ValueList{"row"})}) {
         network->answer(answer);
         EXPECT_EQ(ask(DataSource::network), "network absent; ") << answer;
     }
@@ -117,7 +117,7 @@ TEST_F(TagsTest, AnUnusableAnswerChangesNothing) {
 
 TEST_F(TagsTest, WithoutStoredTagsTheServerIsAsked) {
     configuration().databaseAdapter = nullptr;
-    network->answer(body(ValueList{ValueList{"1", "hot"}}));
+    network->answer(tagsBody(ValueList{Value(ValueList{"1", "hot"})}));
     EXPECT_EQ(ask(DataSource::either), "network 1=hot ; ");
 }
 

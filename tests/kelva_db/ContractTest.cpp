@@ -132,9 +132,10 @@ TEST_P(ContractTest, FailuresAreClassified) {
         {"COMMIT", FailureKind::misuse},
         {"SAVEPOINT mine", FailureKind::misuse},
     };
-    for (auto& [sql, kind] : cases) {
+    for (auto& one : cases) {
         database_->write([&](Database& writer) {
-            EXPECT_EQ(failureOf([&] { writer.execute(sql); }), kind) << sql;
+            auto& [sql, kind] = one;
+            EXPECT_EQ(failureOf([&, &sql = sql] { writer.execute(sql); }), kind) << sql;
             EXPECT_NO_THROW(addPerson(writer, sql)) << "the transaction goes on after " << sql;
         });
     }
@@ -177,8 +178,9 @@ TEST_P(ContractTest, ValuesComeBackAsTheirStoredForm) {
         {ValueMap{{"k", 1}}, tarvo::Bytes{"{\"k\":1}"}},
         {std::shared_ptr<const tarvo::ValueObject>(celsius), 21.5},
     };
-    for (auto& [value, stored] : cases) {
+    for (auto& one : cases) {
         database_->write([&](Database& writer) {
+            auto& [value, stored] = one;
             auto describe = std::string(tarvo::platform::kindName(value.kind()));
             EXPECT_EQ(writer.query("SELECT ? AS x", std::span(&value, 1)).front().valueOf("x"), stored) << describe;
             EXPECT_EQ(writer.query("SELECT " + literal(value) + " AS x").front().valueOf("x"), stored) << describe;

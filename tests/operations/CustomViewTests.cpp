@@ -258,9 +258,9 @@ TEST_F(CVSyncParserTest, ViewsOfActivitiesStandInEachModuleTheyName) {
     row[2] = "Open Tasks";
     row[5] = "false";
     std::vector<std::string> found;
-    for (auto& view : parse("Activities", {row})) found.push_back(view.moduleName + (view.isDefault ? "!" : ""));
+    for (auto& view : parse("Activities", {Value(row)})) found.push_back(view.moduleName + (view.isDefault ? "!" : ""));
     EXPECT_EQ(text::join(found, " "), "Events Tasks! Activities");
-    EXPECT_EQ(parse("Activities", {wireRow("2", open)}).size(), 1u);
+    EXPECT_EQ(parse("Activities", {Value(wireRow("2", open))}).size(), 1u);
 }
 
 TEST_F(CVSyncParserTest, TheServersOwnQueriesAreTaken) {
@@ -278,7 +278,7 @@ TEST_F(CVSyncParserTest, TheServersOwnQueriesAreTaken) {
 
 TEST_F(CVSyncParserTest, TheServiceAsksForTheModulesOfABatch) {
     auto network = std::make_shared<ScriptedNetworkAdapter>();
-    ValueMap entry{{"info", ValueMap{{"module", "Leads"}}}, {"data", ValueList{wireRow("1", open)}}};
+    ValueMap entry{{"info", ValueMap{{"module", "Leads"}}}, {"data", ValueList{Value(wireRow("1", open))}}};
     network->answer(json::write(ValueMap{{"response", ValueMap{{"result", ValueList{entry}}}}}).value());
     auto service = std::make_shared<InitCustomViewNS>();
     service->setNetworkAdapter(network);

@@ -6,7 +6,7 @@ namespace tarvo {
 namespace {
 
 using D = DateFilterTypes;
-using T = DateTimeFilterTypes;
+using DateType = DateTimeFilterTypes;
 
 class FilterDateTest : public FilterTest {
 protected:
@@ -62,11 +62,11 @@ TEST_F(FilterDateTest, DaysBeginAtLocalMidnight) {
          {"2024-02-28 10:00:00 +0100", "2024-02-29 10:00:00 +0100"},
          rows,
          "2 3 4 5"},
-        {berlin, "2024-02-28 12:00:00", T::before, {"2024-02-28 00:00:00 +0100"}, rows, "1"},
-        {berlin, "2024-02-28 12:00:00", T::after, {"2024-02-29 23:59:59 +0100"}, rows, "5 6"},
+        {berlin, "2024-02-28 12:00:00", DateType::before, {"2024-02-28 00:00:00 +0100"}, rows, "1"},
+        {berlin, "2024-02-28 12:00:00", DateType::after, {"2024-02-29 23:59:59 +0100"}, rows, "5 6"},
         {berlin,
          "2024-02-28 12:00:00",
-         T::between,
+         DateType::between,
          {"2024-02-28 00:00:00 +0100", "2024-02-29 23:59:59 +0100"},
          rows,
          "2 3 4"},
@@ -139,7 +139,7 @@ TEST_F(FilterDateTest, InputsThatCannotBeReadGiveNoCondition) {
         {D::on, {}},
         {D::on, {"2024-02-30 00:00:00 +0000"}},
         {D::between, {"2024-02-28 00:00:00 +0000"}},
-        {T::before, {"2024-02-28"}},
+        {DateType::before, {"2024-02-28"}},
     };
     for (auto& [type, inputs] : bad) expect({berlin, "2024-03-02 12:00:00", type, inputs, rows, "none"});
 }

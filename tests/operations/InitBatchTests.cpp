@@ -96,7 +96,7 @@ ValueMap metadataEntry(const std::string& module) {
 }
 ValueMap recordsEntry(const std::string& module, const std::string& id) {
     auto record = ValueList{ValueList{"id", id}, ValueList{"Api_F1", "Doe"}};
-    return {{"info", ValueMap{{"module", module}}}, {"data", ValueList{std::move(record)}}};
+    return {{"info", ValueMap{{"module", module}}}, {"data", ValueList{Value(std::move(record))}}};
 }
 
 class InitBatchTest : public FoundationTest {
@@ -234,7 +234,8 @@ TEST_F(InitBatchTest, ViewsComeInBatchesAndARestartAsksForTheRest) {
     step->execute();
     EXPECT_THAT(service->asked, ElementsAre("Cases Solutions Products Vendors", "Quotes"));
     service->calls[1]("<html>", {});
-    service->calls[0](wire::body({viewsEntry("Cases", {viewRow("3")})}), NetworkError{NetworkError::Kind::timeout, ""});
+    service->calls[0](wire::body({viewsEntry("Cases", {Value(viewRow("3"))})}),
+                      NetworkError{NetworkError::Kind::timeout, ""});
     settle();
     EXPECT_THAT(runner->take(), ElementsAre("0/2", "parsingError", "1/2", "networkResponseError", "complete", "2/2"));
     EXPECT_TRUE(isFlagged("customviews", "Cases") && isFlagged("customviews", "Quotes"));
@@ -267,8 +268,8 @@ TEST_F(InitBatchTest, RecordsOfDefaultViewsAreStoredAndCounted) {
     EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
     EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
     EXPECT_EQ(network->calls().size(), 1u) << "all modules are done";
-    network->answer(wire::body(
-        {viewsEntry("Leads", {viewRow("11")}), viewsEntry("Deals", {viewRow("44")}), viewsEntry("Contacts", {})}));
+    network->answer(wire::body({viewsEntry("Leads", {Value(viewRow("11"))}),
+                                viewsEntry("Deals", {Value(viewRow("44"))}), viewsEntry("Contacts", {})}));
     runToEnd(*InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
     runner->take();
 

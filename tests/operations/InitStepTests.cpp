@@ -35,7 +35,7 @@ const std::string pipelineRows = R"([["P1","Std","Standard",[["Open","Opened","1
     ["S2","Won","Won",  "Closed Won"],["S3","n","d","Sometimes"],["S4","n","d"],"row"])";
 
 /// Hears of the end of steps and of failures.
-class Listener final : public DownloadProgressible, public CommonErrorProtocol {
+class StepListener final : public DownloadProgressible, public CommonErrorProtocol {
 public:
     void didComplete(Downloadable& step, bool status) override {
         ended = std::string(rawText(step.processName())) + (status ? " true" : " false");
@@ -48,7 +48,7 @@ public:
 };
 
 /// Keeps the call until the test answers it.
-struct HeldService final : InitGetCurrencyNSP {
+struct HeldCurrencyService final : InitGetCurrencyNSP {
     void getCurrencyMetadata(BodyCallback callback) override { answer = std::move(callback); }
     BodyCallback answer;
 };
@@ -123,7 +123,7 @@ protected:
 
     std::shared_ptr<KelvaDatabasePersistance> database;
     std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
-    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+    std::shared_ptr<StepListener> listener = std::make_shared<StepListener>();
     std::string closures;
 };
 
@@ -241,7 +241,7 @@ TEST_F(InitStepTest, TheUserIsKeptUntilThereAreTables) {
         EXPECT_EQ(stored(currentUser), "U1|1001|Ann Lee once|Lee|true|P1|dd.MM.yyyy; ");
     }
 
-    auto service = std::make_shared<HeldService>();
+    auto service = std::make_shared<HeldCurrencyService>();
     auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
     step->delegate = listener;
     step->execute();

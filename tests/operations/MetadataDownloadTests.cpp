@@ -27,14 +27,14 @@ std::vector<Module> modulesNamed(const std::vector<std::string>& names) {
     return modules;
 }
 
-std::string namesOf(const std::vector<Module>& modules) {
+std::string moduleNames(const std::vector<Module>& modules) {
     std::vector<std::string> names;
     for (auto& module : modules) names.push_back(module.moduleName);
     return text::join(names, " ");
 }
 
 /// Counts the notices by where they arrive.
-class Listener final : public ModuleChangedObserver {
+class ModuleListener final : public ModuleChangedObserver {
 public:
     using ModuleChangedObserver::modulesAdded;
     void modulesAdded() override { ++(std::this_thread::get_id() == mainThread ? onMain : inBackground); }
@@ -44,7 +44,7 @@ public:
 };
 
 /// Keeps the calls until the test answers them.
-class HeldService final : public MetadataNSP {
+class HeldMetadataService final : public MetadataNSP {
 public:
     struct Call {
         MetadataNetworkParams params;
@@ -62,7 +62,7 @@ public:
     }
     std::vector<std::string> asked() const {
         std::vector<std::string> names;
-        for (auto& call : calls) names.push_back(namesOf(call.params.modules));
+        for (auto& call : calls) names.push_back(moduleNames(call.params.modules));
         return names;
     }
     std::deque<Call> calls;
@@ -108,7 +108,7 @@ protected:
 
     std::shared_ptr<KelvaDatabasePersistance> database;
     std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
-    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+    std::shared_ptr<ModuleListener> listener = std::make_shared<ModuleListener>();
 };
 
 TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
@@ -124,7 +124,7 @@ TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
         {User{.id = "8", .BrenUID = "1003"}, "1003", ""},
     };
     MetadataStores stores{database, std::make_shared<InMemoryStorage>()};
-    auto service = std::make_shared<HeldService>();
+    auto service = std::make_shared<HeldMetadataService>();
     auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
     for (auto& one : cases) {
         signIn(one.user);
@@ -275,7 +275,7 @@ TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {
 }
 
 TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
-    auto service = std::make_shared<HeldService>();
+    auto service = std::make_shared<HeldMetadataService>();
     auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
     std::vector<std::string> ends;
     auto ending = [&](const std::string& name) { return [&ends, name] { ends.push_back(name); }; };
@@ -351,7 +351,7 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
     leads[wire::relatedLists] =
         ValueList{wire::relatedListRow("R1", "Contacts"), wire::relatedListRow("R2", "Tasks"),
                   wire::relatedListRow("R3", "Attachments"), wire::relatedListRow("R4", "Notes")};
-    leads[wire::fields] = ValueList{wire::lookupRow("Leads", "Boss", "Leads", "R9")};
+    leads[wire::fields] = ValueList{Value(wire::lookupRow("Leads", "Boss", "Leads", "R9"))};
     auto accounts = wire::sections("Accounts");
     accounts[wire::relatedLists] = ValueList{wire::relatedListRow("R5", "Tasks"), wire::relatedListRow("R6", "Tasks")};
     accounts[wire::fields] =
@@ -359,7 +359,7 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
                   wire::lookupRow("Tasks", "What", "se_module", ""), wire::lookupRow("Tasks", "Who", "Contacts", "R6")};
     auto notALookup = wire::fieldRow("Notes", "Parent", "text");
     notALookup[13] = "se_module";
-    accounts[wire::dependentFields] = ValueList{notALookup};
+    accounts[wire::dependentFields] = ValueList{Value(notALookup)};
 
     const std::string asked = "SELECT list_id || '=' || lookup_column FROM MODULE_RELATED_LIST ORDER BY 1";
     PopulateRelatedModulesDM().populateLookupColumn();

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tarvobase/value_objects/IdentifierConstants.h"
 #include "tarvobase/value_objects/LayoutMetadata.h"
 #include "tarvobase/value_objects/Module.h"
 #include "tarvobase/value_objects/PicklistMetadata.h"
@@ -59,8 +60,6 @@ private:
     const std::shared_ptr<DatabaseAdapter> next_;
     std::atomic<int> reads_ = 0;
 };
-
-enum class Naming { column, api };
 
 /// The account's database with the tables of metadata, and short ways to fill them.
 class MetadataTest : public FoundationTest {

@@ -18,7 +18,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const FieldIdentifier& columns() { return FieldIdentifier::crmColumnNameIdentifier(); }
+const FieldIdentifier& columnNaming() { return FieldIdentifier::crmColumnNameIdentifier(); }
 const FieldIdentifier& apiNames() { return FieldIdentifier::fieldAPINameIdentifier(); }
 
 class MetadataModelTest : public FoundationTest {
@@ -235,7 +235,7 @@ TEST_F(MetadataModelTest, FieldsAreFoundInBothNamings) {
     ASSERT_TRUE(byModule.ok());
     EXPECT_EQ(byModule->size(), 2u);
     EXPECT_EQ(byModule->at("Leads"), (std::vector{code, lane}));
-    for (auto& [naming, identifier] : {std::pair(columns(), "CODE"), std::pair(apiNames(), "Zip_Code")}) {
+    for (auto& [naming, identifier] : {std::pair(columnNaming(), "CODE"), std::pair(apiNames(), "Zip_Code")}) {
         configuration().fieldIdentifier = naming;
         EXPECT_EQ(fields->getFieldMetadata("Leads", std::vector<std::string>{identifier}, {}).value(),
                   std::vector{code});
@@ -288,7 +288,7 @@ TEST_F(MetadataModelTest, AListKeepsItsNamingAndTheFirstOfTwoEqualFields) {
         .fieldActualValue = "Won", .fieldOptionalValue = "Gewonnen", .fieldAPIName = "Stage", .crmColumnName = "STAGE"};
     PicklistMetadata lost{.fieldActualValue = "Lost", .fieldAPIName = "Stage", .crmColumnName = "STAGE"};
 
-    FieldList byColumn("Deals", {account, text, stage, copy, closing}, {won, lost}, columns());
+    FieldList byColumn("Deals", {account, text, stage, copy, closing}, {won, lost}, columnNaming());
     EXPECT_EQ(byColumn.orderedFields().keys(),
               (std::vector<std::string>{"ACCOUNTID", "ACCOUNTNAME", "STAGE", "CLOSINGDATE"}));
     EXPECT_EQ(byColumn.getField("STAGE")->fieldAPIName, "Stage");
@@ -296,7 +296,7 @@ TEST_F(MetadataModelTest, AListKeepsItsNamingAndTheFirstOfTwoEqualFields) {
     EXPECT_EQ(byApi.orderedFields().keys(),
               (std::vector<std::string>{"Account_Name", "Stage", "Stage_Copy", "Closing_Date"}));
     for (auto& list : {byColumn, byApi}) {
-        configuration().fieldIdentifier = list.naming() == columns() ? apiNames() : columns();
+        configuration().fieldIdentifier = list.naming() == columnNaming() ? apiNames() : columnNaming();
         EXPECT_EQ(list.getPicklist(stage), (std::vector{won, lost}));
         EXPECT_EQ(list.getPicklistByApiName("Stage").size(), 2u);
         EXPECT_THAT(list.getPicklist(closing), IsEmpty());
@@ -382,7 +382,7 @@ TEST_F(LayoutModelTest, ARowIsJoinedWithItsFieldInBothNamings) {
     configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
     layouts.storeLayoutMetadata(
         {place("1", "STAGE", "Stage", 10), place("1", "AMOUNT", "Amount", 9), place("1", "GONE", "Gone", 1)});
-    for (auto& naming : {columns(), apiNames()}) {
+    for (auto& naming : {columnNaming(), apiNames()}) {
         FieldList list("Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {}, naming);
         auto rows = *layouts.getLayoutMetadata("Deals", list, {{LayoutFieldColumnName::fieldPosition}});
         ASSERT_THAT(columnsOf({rows.begin(), rows.end()}), ElementsAre("AMOUNT", "STAGE"));

@@ -76,12 +76,12 @@ TEST_F(MetadataParserTest, ABrokenSectionLeavesTheOthers) {
         {relatedLists, ValueList{}, "0"},
         {relatedLists, ValueList{relatedListRow("1"), cut(relatedListRow("2"))}, "lessNumberOfKeys"},
         {relatedLists, ValueList{relatedListRow("1"), "text"}, "typeConversionFailed"},
-        {relatedLists, ValueList{mistyped(relatedListRow("1"), 2)}, "typeConversionFailedForIndex 2"},
-        {relatedLists, ValueList{longer(relatedListRow("1"))}, "1"},
+        {relatedLists, ValueList{Value(mistyped(relatedListRow("1"), 2))}, "typeConversionFailedForIndex 2"},
+        {relatedLists, ValueList{Value(longer(relatedListRow("1")))}, "1"},
         {layouts, ValueMap{}, "typeConversionFailed"},
         {layouts, ValueList{}, "lessNumberOfKeys"},
-        {layouts, ValueList{cut(layoutRow("Leads", "L1"))}, "lessNumberOfKeys"},
-        {layouts, ValueList{longer(layoutRow("Leads", "L1"))}, "lessNumberOfKeys"},
+        {layouts, ValueList{Value(cut(layoutRow("Leads", "L1")))}, "lessNumberOfKeys"},
+        {layouts, ValueList{Value(longer(layoutRow("Leads", "L1")))}, "lessNumberOfKeys"},
         {layouts, ValueList{layoutRow("Leads", "L1"), longer(layoutRow("Leads", "L2"))}, "lessNumberOfKeys"},
         {layouts, ValueList{"text"}, "typeConversionFailed"},
         {layoutFields, nullptr, "typeConversionFailed"},
@@ -94,14 +94,14 @@ TEST_F(MetadataParserTest, ABrokenSectionLeavesTheOthers) {
          "1 of 2, typeConversionFailedForIndex 0"},
         {columns, "text", "typeConversionFailed"},
         {columns, ValueList{}, "lessNumberOfKeys"},
-        {columns, ValueList{ValueList{"A"}}, "lessNumberOfKeys"},
+        {columns, ValueList{Value(ValueList{"A"})}, "lessNumberOfKeys"},
         {columns, ValueList{ValueList{"A"}, "B"}, "typeConversionFailed"},
         {columns, ValueList{ValueList{"A"}, ValueList{1}}, "typeConversionFailed"},
         {fields, 1.5, "typeConversionFailed"},
         {fields, ValueList{cut(fieldRow("Leads", "F1")), fieldRow("Leads", "F2")}, "1 of 2, lessNumberOfKeys"},
-        {fields, ValueList{mistyped(fieldRow("Leads", "F1"), 16)}, "0 of 1, typeConversionFailedForIndex 16"},
+        {fields, ValueList{Value(mistyped(fieldRow("Leads", "F1"), 16))}, "0 of 1, typeConversionFailedForIndex 16"},
         {dependentFields, "", "typeConversionFailed"},
-        {dependentFields, ValueList{one}, "0 of 1, lessNumberOfKeys"},
+        {dependentFields, ValueList{Value(one)}, "0 of 1, lessNumberOfKeys"},
         {unused, "whatever", ""},
         {relatedSort, "Modified_Time", "typeConversionFailed"},
         {relatedSort, ValueList{}, "1"},
@@ -193,18 +193,18 @@ TEST_F(MetadataParserTest, ReadsTheColumnsOfEveryRow) {
 
 TEST_F(MetadataParserTest, FurtherColumnsOfLayoutFieldsFollowTheConfiguration) {
     auto row = wire::layoutFieldRow("Leads", "F1");
-    auto plain = parse(wire::layoutFields, ValueList{row}).layoutFields->front().value();
+    auto plain = parse(wire::layoutFields, ValueList{Value(row)}).layoutFields->front().value();
     EXPECT_FALSE(plain.isSubformSection);
     EXPECT_FALSE(plain.additionalInfo);
     row.resize(11);
-    EXPECT_EQ(described(parse(wire::layoutFields, ValueList{row}).layoutFields), "1");
+    EXPECT_EQ(described(parse(wire::layoutFields, ValueList{Value(row)}).layoutFields), "1");
     configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
     for (std::size_t size : {11u, 12u}) {
         row.resize(size, "true");
-        EXPECT_EQ(described(parse(wire::layoutFields, ValueList{row}).layoutFields), "0 of 1, lessNumberOfKeys");
+        EXPECT_EQ(described(parse(wire::layoutFields, ValueList{Value(row)}).layoutFields), "0 of 1, lessNumberOfKeys");
     }
     row.resize(13, ValueList{});
-    auto without = parse(wire::layoutFields, ValueList{row}).layoutFields->front().value();
+    auto without = parse(wire::layoutFields, ValueList{Value(row)}).layoutFields->front().value();
     EXPECT_TRUE(without.isSubformSection);
     EXPECT_FALSE(without.additionalInfo);
 }
@@ -224,7 +224,7 @@ TEST_F(MetadataParserTest, OddColumnsCostNoField) {
     for (auto& one : options) {
         auto row = wire::fieldRow("Leads", "F1");
         row[17] = one.column;
-        EXPECT_EQ(parse(wire::fields, ValueList{row}).fields->front()->displayPrefs, one.expected);
+        EXPECT_EQ(parse(wire::fields, ValueList{Value(row)}).fields->front()->displayPrefs, one.expected);
     }
     ValueList rows;
     for (auto type : {"text", "hologram", "hologram", "", "RRULE", " - "})
@@ -248,7 +248,8 @@ TEST_F(MetadataParserTest, OddColumnsCostNoField) {
 }
 
 TEST_F(MetadataParserTest, AShortSortFallsBackToTheLastModification) {
-    for (auto& section : {ValueList{}, ValueList{"Name"}, ValueList{"Name", 5}, ValueList{ValueList{"Name", "asc"}}}) {
+    for (auto& section :
+         {ValueList{}, ValueList{"Name"}, ValueList{"Name", 5}, ValueList{Value(ValueList{"Name", "asc"})}}) {
         auto sort = parse(wire::relatedSort, section).relatedSort->front();
         EXPECT_EQ(sort.customSettings, "Modified_Time,desc");
         EXPECT_EQ(sort.defaultSettings, "Modified_Time,desc");

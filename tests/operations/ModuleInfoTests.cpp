@@ -210,7 +210,9 @@ TEST_P(ModuleInfoTest, WithoutADatabaseEachAnswersItsFailure) {
     EXPECT_EQ(related.failure->getDomainError()->moduleUnableToFetch, "Leads");
 }
 
-struct Listener final : GetModuleUseCaseDelegate, GetPermissionsUseCaseDelegate, GetRelatedModulesUseCaseDelegate {
+struct DelegateListener final : GetModuleUseCaseDelegate,
+                                GetPermissionsUseCaseDelegate,
+                                GetRelatedModulesUseCaseDelegate {
     void moduleFetched(const Module& module) override { heard.push_back(module.moduleName); }
     void modulesFetched(const std::vector<Module>& modules) override {
         heard.push_back(std::to_string(modules.size()));
@@ -233,7 +235,7 @@ class DelegateFormsTest : public MetadataTest {
 protected:
     template <class UC, class Ask>
     Strings heard(Ask ask) {
-        auto listener = std::make_shared<Listener>();
+        auto listener = std::make_shared<DelegateListener>();
         auto usecase = std::make_shared<UC>();
         usecase->delegate = listener;
         ask(*usecase);
@@ -274,7 +276,7 @@ TEST_F(DelegateFormsTest, TellEachAnswerOnce) {
 
 TEST_F(DelegateFormsTest, TellNobodyWhoHasGone) {
     storeModule("Leads", {});
-    auto listener = std::make_shared<Listener>();
+    auto listener = std::make_shared<DelegateListener>();
     auto usecase = std::make_shared<GetModuleUseCase>();
     usecase->delegate = listener;
     usecase->getModule("Leads");

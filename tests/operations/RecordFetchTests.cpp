@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t noon = 1709204400;  // 2024-02-29, 12:00 in Berlin
 constexpr std::int64_t hour = 3600, midnight = noon - 12 * hour;
 
-std::string idsOf(const std::optional<std::vector<Record>>& records) {
+std::string fetchedIds(const std::optional<std::vector<Record>>& records) {
     if (!records) return "absent";
     std::vector<std::string> ids;
     for (auto& record : *records) ids.push_back(record.recordId());
@@ -25,14 +25,14 @@ class Heard final : public GetRecordsUseCaseDelegate {
 public:
     using RecordsFetchDataManagerDelegate::record;
     void record(const Records& records, const RecordQuery&, const Value& miscData) override {
-        lines.push_back(idsOf(records) + " " + miscData.toText().value_or(""));
+        lines.push_back(fetchedIds(records) + " " + miscData.toText().value_or(""));
     }
     void record(const std::optional<Record>& record, const std::string& recordID, const Module&,
                 const Value& miscData) override {
         lines.push_back(recordID + ": " + (record ? record->getString("COMPANY") : "none") + " " +
                         miscData.toText().value_or(""));
     }
-    void activityRecords(const Records& records, const RecordQuery&) override { lines.push_back(idsOf(records)); }
+    void activityRecords(const Records& records, const RecordQuery&) override { lines.push_back(fetchedIds(records)); }
     void parsingError() override { lines.push_back("parsingError"); }
     void networkResponseError() override { lines.push_back("networkResponseError"); }
     void noAuthtoken(const std::string& user) override { lines.push_back("noAuthtoken " + user); }

@@ -118,7 +118,7 @@ TEST(Items, WhatAnItemCapturedMayUseItsQueueWhenItGoes) {
     };
     std::latch gone(1);
     auto queue = DispatchQueue::serial("parting");
-    auto parting = std::make_shared<Parting>(queue, gone);
+    auto parting = std::shared_ptr<Parting>(new Parting{queue, gone});
     queue->async([parting = std::move(parting)] {});
     queue.reset();
     gone.wait();

@@ -144,7 +144,7 @@ TEST_F(MainQueueTest, APosterGetsWhatWaitedAndWhatComes) {
     main->async([this] { journal.add(main->isCurrent() ? 2 : -2); });
     std::jthread other([&] {
         main->sync([this] { journal.add(main->isCurrent() ? 3 : -3); });
-        main->async([this] { throw 1; });
+        main->async([] { throw 1; });
         main->async([&] { done = true; });
     });
     CaughtErrors errors;

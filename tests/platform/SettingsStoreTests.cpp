@@ -23,11 +23,11 @@
 namespace tarvo::platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::UnorderedElementsAre;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::UnorderedElementsAre;
 
-class SettingsStoreTests : public testing::Test {
+class SettingsStoreTests : public ::testing::Test {
 protected:
     SettingsStoreTests() : folder_(files::makeTemporaryDirectory("settings")), store_(folder_, "app") {
         former_ = setLogSink([this](std::string_view line) { logged_ += std::string(line) + "\n"; });
@@ -146,7 +146,7 @@ TEST_F(SettingsStoreTests, DamagedFileIsSetAsideAndWhatReadsIsCarriedOver) {
         std::string bytes = std::string_view(what).starts_with("zeros") ? std::string("{\"a\":1}\n\0\0\0\0", 12) : text;
         put(bytes);
         SettingsStore store(folder_, "app");
-        EXPECT_THAT(store.keys(), testing::UnorderedElementsAreArray(keysLeft)) << what;
+        EXPECT_THAT(store.keys(), ::testing::UnorderedElementsAreArray(keysLeft)) << what;
         EXPECT_EQ(content(path() + ".damaged-" + std::to_string(++number)), bytes) << what;
         EXPECT_THAT(logged_, HasSubstr(".damaged-" + std::to_string(number))) << what;
         EXPECT_TRUE(store.set("new", 1)) << what;
@@ -189,7 +189,7 @@ TEST_F(SettingsStoreTests, LongJournalIsRewrittenAsItsState) {
     SettingsStore reopened(folder_, "app");
     EXPECT_EQ(reopened.string("key"), filler + "199");
     EXPECT_THAT(reopened.keys(), ElementsAre("key"));
-    EXPECT_THAT(content(path()), testing::StartsWith("{\"tarvo.settings.format\":1}\n"));
+    EXPECT_THAT(content(path()), ::testing::StartsWith("{\"tarvo.settings.format\":1}\n"));
 }
 
 TEST_F(SettingsStoreTests, TwoStoresOnOneFileSeeEachOther) {

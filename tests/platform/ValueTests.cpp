@@ -34,7 +34,7 @@ TEST(Value, EqualityIsStrictByKind) {
         ValueList{},
         ValueList{1},
         ValueList{1.0},
-        ValueList{ValueList{}},
+        ValueList{Value(ValueList{})},
         ValueMap{},
         ValueMap{{"a", 1}},
         ValueMap{{"a", nullptr}},

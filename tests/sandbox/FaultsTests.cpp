@@ -147,8 +147,8 @@ TEST_F(FaultsTests, AServerThatEndsDoesNotWaitForDelays) {
 }
 
 TEST(EnvelopeTests, OlderFormIsAListOfPairs) {
-    auto both =
-        envelope::olderAnswer({envelope::olderPart({ValueList{"1", "2"}}, 5), envelope::olderFailedPart(4, "no", 5)});
+    auto both = envelope::olderAnswer(
+        {envelope::olderPart({Value(ValueList{"1", "2"})}, 5), envelope::olderFailedPart(4, "no", 5)});
     EXPECT_EQ(json::write(both), R"({"response":[[{"servertime":5,"error":0},[["1","2"]]],)"
                                  R"([{"servertime":5,"error":1},{"code":4,"message":"no"}]]})");
 }
