@@ -226,15 +226,14 @@ struct JsonForm<T> {
         for (auto& entry : *map)
             if (!isMember(entry.name)) return Misread{entry.name, "there is no member of this name"};
         Reading misread;
-        std::apply(
-            [&](auto... field) { static_cast<void>((... || (misread = readMember(*map, field, into)).has_value())); },
-            T::fields());
+        T::fields().apply(
+            [&](auto... field) { static_cast<void>((... || (misread = readMember(*map, field, into)).has_value())); });
         return misread;
     }
 
 private:
     static bool isMember(std::string_view name) {
-        return std::apply([&](auto... field) { return (... || (field.name == name)); }, T::fields());
+        return T::fields().apply([&](auto... field) { return (... || (field.name == name)); });
     }
     template <class Owner, class Member>
     static Reading readMember(const ValueMap& map, const Field<Owner, Member>& field, T& into) {

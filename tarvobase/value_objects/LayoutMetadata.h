@@ -91,11 +91,12 @@ struct LayoutMetadata : FieldMetadata {
 
     static constexpr auto fields() {
         using L = LayoutMetadata;
-        return describe(field("layoutID", &L::layoutID), field("sectionName", &L::sectionName),
-                        field("sectionDV", &L::sectionDV), field("isSubformSection", &L::isSubformSection),
-                        field("sectionSequence", &L::sectionSequence), field("mandatory", &L::mandatory),
-                        field("defaultValue", &L::defaultValue), field("fieldPosition", &L::fieldPosition),
-                        field("additionalInfo", &L::additionalInfo), FieldMetadata::fields());
+        return describe(describe(field("layoutID", &L::layoutID), field("sectionName", &L::sectionName),
+                                 field("sectionDV", &L::sectionDV), field("isSubformSection", &L::isSubformSection),
+                                 field("sectionSequence", &L::sectionSequence), field("mandatory", &L::mandatory),
+                                 field("defaultValue", &L::defaultValue), field("fieldPosition", &L::fieldPosition),
+                                 field("additionalInfo", &L::additionalInfo)),
+                        FieldMetadata::fields());
     }
 };
 
