@@ -1,4 +1,4 @@
-# One way to declare each kind of target, so that flags, warnings and the precompiled header are the same everywhere.
+# One way to declare each kind of target, so that flags, warnings and batches are the same everywhere.
 
 add_library(tarvo_flags INTERFACE)
 target_compile_options(tarvo_flags INTERFACE -Wall -Wextra -Wpedantic -Woverloaded-virtual
@@ -20,59 +20,66 @@ if(TARVO_SANITIZE)
   target_link_options(tarvo_flags INTERFACE -fsanitize=${TARVO_SANITIZE})
 endif()
 
+# The compiler cache knows a file again in another checkout: paths below this one are relative to it.
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
-  # Without this sloppiness ccache refuses every file that uses a precompiled header.
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${CCACHE_PROGRAM})
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE_PROGRAM})
 endif()
 
-# The one precompiled header of a configuration: the standard library only.
-add_library(tarvo_pch STATIC ${CMAKE_SOURCE_DIR}/cmake/pch.cpp)
-target_link_libraries(tarvo_pch PRIVATE tarvo_flags)
-target_precompile_headers(tarvo_pch PRIVATE ${CMAKE_SOURCE_DIR}/cmake/pch.h)
+# Sources are compiled in batches of about this many: most of a compilation is reading headers, which a precompiled
+# header of the standard library made no quicker any more. 0 compiles each source alone. So names in an anonymous
+# namespace must differ within a library or test binary, not only within a file.
+set(TARVO_BATCH_SIZE 12 CACHE STRING "Sources that are compiled together; 0 compiles each alone")
 
-# Sources are compiled in batches of about this many: most of a compilation is reading headers. 0 compiles each source
-# alone. So names in an anonymous namespace must differ within a library or test binary, not only within a file.
-set(TARVO_BATCH_SIZE 10 CACHE STRING "Sources that are compiled together; 0 compiles each alone")
-
-# Puts neighbouring folders into one batch while they fit, and splits a large folder evenly, so that a new file changes
-# the batches around it and no others.
-function(tarvo_batch target)
+# tarvo_batches(out target sources..): sets `out` to the files to compile for these sources. Each includes a batch of them by
+# paths from the root, so that the compiler cache knows it again in another checkout. Neighbouring small folders share a
+# batch and a large folder is split evenly, so that a new file changes the batches around it and no others.
+function(tarvo_batches out target)
+  set(sources ${ARGN})
   if(NOT TARVO_BATCH_SIZE)
+    set(${out} ${sources} PARENT_SCOPE)
     return()
   endif()
-  get_target_property(sources ${target} SOURCES)
   list(SORT sources)
   set(folders "")
   foreach(source ${sources})
-    get_filename_component(folder ${source} DIRECTORY)
+    file(RELATIVE_PATH path ${CMAKE_SOURCE_DIR} ${source})
+    get_filename_component(folder ${path} DIRECTORY)
     string(MAKE_C_IDENTIFIER "${folder}" folder)
     if(NOT folder IN_LIST folders)
       list(APPEND folders ${folder})
     endif()
-    list(APPEND in_${folder} ${source})
+    list(APPEND in_${folder} ${path})
   endforeach()
-  set(batch 0)
+  set(batches "")
   set(filled 0)
   foreach(folder ${folders})
     list(LENGTH in_${folder} count)
     math(EXPR parts "(${count} + ${TARVO_BATCH_SIZE} - 1) / ${TARVO_BATCH_SIZE}")
     math(EXPR share "(${count} + ${parts} - 1) / ${parts}")
     math(EXPR together "${filled} + ${count}")
-    if(together GREATER TARVO_BATCH_SIZE AND filled GREATER 0)
-      math(EXPR batch "${batch} + 1")
-      set(filled 0)
-    endif()
-    foreach(source ${in_${folder}})
-      if(parts GREATER 1 AND filled EQUAL share)
-        math(EXPR batch "${batch} + 1")
+    set(part 0)
+    foreach(path ${in_${folder}})
+      math(EXPR begins "${part} % ${share}")
+      if(begins EQUAL 0 AND (part GREATER 0 OR NOT batches OR together GREATER TARVO_BATCH_SIZE))
+        math(EXPR number "${part} / ${share} + 1")
+        set(batch ${folder}_${number})
+        list(APPEND batches ${batch})
         set(filled 0)
       endif()
-      set_source_files_properties(${source} PROPERTIES UNITY_GROUP batch${batch})
+      string(APPEND text_${batch} "#include \"${path}\"\n")
+      math(EXPR part "${part} + 1")
       math(EXPR filled "${filled} + 1")
     endforeach()
   endforeach()
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  set(files "")
+  foreach(batch ${batches})
+    set(file ${CMAKE_CURRENT_BINARY_DIR}/${target}_batches/${batch}.cpp)
+    file(CONFIGURE OUTPUT ${file} CONTENT "${text_${batch}}" @ONLY)
+    list(APPEND files ${file})
+  endforeach()
+  set(${out} ${files} PARENT_SCOPE)
 endfunction()
 
 function(tarvo_common target)
@@ -80,8 +87,6 @@ function(tarvo_common target)
     $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include/tarvobase>)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:tarvo_flags>)
   target_compile_features(${target} PUBLIC cxx_std_20)
-  target_precompile_headers(${target} REUSE_FROM tarvo_pch)
-  tarvo_batch(${target})
 endfunction()
 
 # tarvo_library(name PUBLIC_LINKS a b PRIVATE_LINKS c d): a static library of all sources below the current folder.
@@ -95,7 +100,8 @@ function(tarvo_library name)
     target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include/tarvobase>)
     return()
   endif()
-  add_library(${name} STATIC ${sources})
+  tarvo_batches(batches ${name} ${sources})
+  add_library(${name} STATIC ${batches})
   tarvo_common(${name})
   target_link_libraries(${name} PUBLIC ${arg_PUBLIC_LINKS} PRIVATE ${arg_PRIVATE_LINKS})
 endfunction()
@@ -103,24 +109,48 @@ endfunction()
 # tarvo_program(name SOURCES main.cpp LINKS a b)
 function(tarvo_program name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
-  add_executable(${name} ${arg_SOURCES})
+  list(TRANSFORM arg_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ REGEX "^[^/]")
+  tarvo_batches(batches ${name} ${arg_SOURCES})
+  add_executable(${name} ${batches})
   tarvo_common(${name})
   target_link_libraries(${name} PRIVATE ${arg_LINKS})
 endfunction()
 
-# tarvo_test(name FOLDER dir LINKS a b): a GoogleTest binary of all sources of a folder, one ctest entry a binary.
+# All test binaries with the label "threads": what the thread sanitizer runs.
+add_custom_target(threaded_tests)
+
+# tarvo_test(name FOLDER dir LINKS a b LABELS c d SHARDS n): a GoogleTest binary of all sources of a folder, with one ctest
+# entry per shard. Shards of a slow group run side by side.
 function(tarvo_test name)
-  cmake_parse_arguments(arg "" "FOLDER" "LINKS;LABELS" ${ARGN})
+  cmake_parse_arguments(arg "" "FOLDER;SHARDS" "LINKS;LABELS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER}/*.cpp)
   if(NOT sources)
     return()
   endif()
-  add_executable(${name} ${sources})
+  tarvo_batches(batches ${name} ${sources})
+  add_executable(${name} ${batches})
   tarvo_common(${name})
   target_link_libraries(${name} PRIVATE ${arg_LINKS} GTest::gmock GTest::gtest_main)
-  add_test(NAME ${name} COMMAND ${name} --gtest_brief=0)
-  set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 900
-    ENVIRONMENT "TARVO_BIN_DIR=${CMAKE_BINARY_DIR}/bin;TARVO_SOURCE_DIR=${CMAKE_SOURCE_DIR};TARVO_BINARY_DIR=${CMAKE_BINARY_DIR}")
+  if(threads IN_LIST arg_LABELS)
+    add_dependencies(threaded_tests ${name})
+  endif()
+  set(environment TARVO_BIN_DIR=${CMAKE_BINARY_DIR}/bin TARVO_SOURCE_DIR=${CMAKE_SOURCE_DIR} TARVO_BINARY_DIR=${CMAKE_BINARY_DIR})
+  if(NOT arg_SHARDS)
+    set(arg_SHARDS 1)
+  endif()
+  foreach(shard RANGE 1 ${arg_SHARDS})
+    set(entry ${name})
+    set(environment_of_shard ${environment})
+    if(arg_SHARDS GREATER 1)
+      string(APPEND entry _${shard})
+      math(EXPR index "${shard} - 1")
+      list(APPEND environment_of_shard GTEST_TOTAL_SHARDS=${arg_SHARDS} GTEST_SHARD_INDEX=${index})
+    endif()
+    add_test(NAME ${entry} COMMAND ${name} --gtest_brief=0)
+    # The slow ones, which have shards, start first.
+    set_tests_properties(${entry} PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 900 COST ${arg_SHARDS}
+      ENVIRONMENT "${environment_of_shard}")
+  endforeach()
 endfunction()
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)

@@ -1,1 +1,0 @@
-// Carries the precompiled header; it needs one source of its own.
