@@ -5,9 +5,9 @@
 #include <mutex>
 #include <system_error>
 
-#include "bren_network/Authorities.h"
-#include "bren_network/PreparedRequest.h"
-#include "bren_network/TransferLoop.h"
+#include "bren_network/internal/Authorities.h"
+#include "bren_network/internal/PreparedRequest.h"
+#include "bren_network/internal/TransferLoop.h"
 #include "platform/Log.h"
 
 namespace bren {

@@ -1,6 +1,7 @@
 #include "bridge/Call.h"
 
 #include "bridge/Session.h"
+#include "platform/MainQueue.h"
 
 namespace tarvo::bridge {
 

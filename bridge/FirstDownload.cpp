@@ -1,5 +1,6 @@
 #include "bridge/FirstDownload.h"
 
+#include "platform/MainQueue.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/database_layer/DatabaseConstants.h"
 #include "tarvobase/value_objects/InMemoryStorage.h"

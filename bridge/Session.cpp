@@ -4,6 +4,7 @@
 
 #include "platform/Json.h"
 #include "platform/Log.h"
+#include "platform/MainQueue.h"
 
 namespace tarvo::bridge {
 

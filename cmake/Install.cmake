@@ -1,4 +1,4 @@
-# Installs the headers under the paths that includes use, the static libraries, the programs, and a package config for
+# Installs the public headers (all but those in folders named `internal`) under the paths that includes use, the static libraries, the programs, and a package config for
 # find_package(TarvoBase).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -9,7 +9,8 @@ set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/TarvoBase)
 install(TARGETS ${libraries} EXPORT TarvoBaseTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}/tarvobase)
 foreach(folder ${libraries})
-  install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvobase/${folder} FILES_MATCHING PATTERN "*.h" PATTERN "Transfer.h" EXCLUDE)
+  install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvobase/${folder}
+    FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 endforeach()
 if(TARGET tarvo-host)
   install(TARGETS tarvo-host DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/Host.h"
-#include "platform/DispatchQueue.h"
+#include "platform/MainQueue.h"
 #include "platform/Result.h"
 #include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
 #include "tarvobase/value_objects/ColumnFilter.h"

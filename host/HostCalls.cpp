@@ -10,7 +10,7 @@
 #include "host/RecordCalls.h"
 #include "host/SettingsCalls.h"
 #include "platform/Clock.h"
-#include "platform/LocalZone.h"
+#include "platform/dates/LocalZone.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 
 namespace tarvo {

@@ -11,6 +11,7 @@
 #include "host/Progress.h"
 #include "platform/Files.h"
 #include "platform/Json.h"
+#include "platform/MainQueue.h"
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserAccounts.h"
 #include "tarvobase/network_layer/NetworkAccess.h"

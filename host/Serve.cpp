@@ -10,7 +10,7 @@
 #include "host/Console.h"
 #include "host/HostCalls.h"
 #include "host/LineReader.h"
-#include "platform/DispatchQueue.h"
+#include "platform/MainQueue.h"
 
 namespace tarvo::host {
 

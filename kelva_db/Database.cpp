@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "kelva_db/Connection.h"
-#include "kelva_db/Sql.h"
-#include "kelva_db/Sqlite.h"
+#include "kelva_db/internal/Connection.h"
+#include "kelva_db/internal/Sql.h"
+#include "kelva_db/internal/Sqlite.h"
 #include "platform/Text.h"
 
 namespace kelva {

@@ -12,6 +12,7 @@
 #include "kelva_db/DatabaseError.h"
 #include "kelva_db/DatabaseValue.h"
 #include "kelva_db/QueryBuilder.h"
+#include "kelva_db/TableDefinition.h"
 #include "platform/FunctionRef.h"
 #include "platform/Rows.h"
 
@@ -20,50 +21,7 @@ namespace kelva {
 using tarvo::Rows;
 using tarvo::RowSource;
 
-enum class OnConflict { none, replace, ignore };
-
 class Connection;
-
-/// The columns and keys of a table that is being created.
-class TableDefinition {
-public:
-    /// The raw text becomes the declared type, except that `string` and `url` are declared as text and `data` as blob:
-    /// under their own names SQLite would take them for numbers and turn the text "007" into 7.
-    enum class ColumnType {
-        int_,
-        int8,
-        int16,
-        int32,
-        int64,
-        uint,
-        uint8,
-        uint16,
-        uint32,
-        uint64,
-        bool_,
-        float_,
-        double_,
-        character,
-        string,
-        date,
-        data,
-        url,
-        integer,
-        real,
-        text,
-        blob
-    };
-    static std::string_view rawText(ColumnType type);
-    static std::optional<ColumnType> fromRawText(std::string_view text);
-
-    void column(std::string_view name, ColumnType type);
-    void primaryKey(std::vector<std::string> columns, OnConflict onConflict = OnConflict::none);
-    void uniqueKey(std::vector<std::string> columns, OnConflict onConflict = OnConflict::none);
-
-private:
-    friend class Database;
-    std::vector<std::string> pieces_;
-};
 
 /// One connection inside a `read`, `write` or `inTransaction` block, and only as long as the block runs. Every
 /// operation throws `DatabaseError`. A block runs statements and never calls out: it waits for no other queue and

@@ -2,7 +2,7 @@
 
 #include <sqlite3.h>
 
-#include "kelva_db/Sqlite.h"
+#include "kelva_db/internal/Sqlite.h"
 
 namespace kelva {
 

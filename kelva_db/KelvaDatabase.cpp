@@ -1,8 +1,8 @@
 #include "kelva_db/KelvaDatabase.h"
 
-#include "kelva_db/ReaderPool.h"
-#include "kelva_db/Sqlite.h"
-#include "kelva_db/Writer.h"
+#include "kelva_db/internal/ReaderPool.h"
+#include "kelva_db/internal/Sqlite.h"
+#include "kelva_db/internal/Writer.h"
 
 namespace kelva {
 

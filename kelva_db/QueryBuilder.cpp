@@ -1,7 +1,7 @@
 #include "kelva_db/QueryBuilder.h"
 
 #include "kelva_db/Database.h"
-#include "kelva_db/Sql.h"
+#include "kelva_db/internal/Sql.h"
 #include "platform/Text.h"
 
 namespace kelva {

@@ -1,7 +1,8 @@
+#include "kelva_db/TableDefinition.h"
+
 #include <array>
 
-#include "kelva_db/Database.h"
-#include "kelva_db/Sql.h"
+#include "kelva_db/internal/Sql.h"
 #include "platform/Text.h"
 
 namespace kelva {

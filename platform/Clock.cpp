@@ -1,8 +1,12 @@
 #include "platform/Clock.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
+#include <utility>
 #include <vector>
+
+#include "platform/internal/SystemZone.h"
 
 namespace tarvo::platform {
 
@@ -34,6 +38,18 @@ struct HandSetClock {
             told = callbacks;
         }
         for (auto& callback : told) callback();
+    }
+};
+
+struct ZoneOfProcess {
+    std::mutex mutex;
+    std::optional<std::string> set;
+    std::optional<std::string> environment;  // TZ as it was before a zone was set
+    std::atomic<std::uint64_t> version = 0;
+
+    static ZoneOfProcess& shared() {
+        static auto* zone = new ZoneOfProcess;
+        return *zone;
     }
 };
 
@@ -94,5 +110,22 @@ void Clock::onChange(std::function<void()> callback) {
     std::lock_guard lock(clock.mutex);
     clock.callbacks.push_back(std::move(callback));
 }
+
+std::string Clock::timeZone() {
+    auto& zone = ZoneOfProcess::shared();
+    std::lock_guard lock(zone.mutex);
+    return zone.set ? *zone.set : systemZone();
+}
+
+void Clock::setTimeZone(std::optional<std::string> name) {
+    auto& zone = ZoneOfProcess::shared();
+    std::lock_guard lock(zone.mutex);
+    if (!zone.set && name) zone.environment = zoneVariable();
+    if (zone.set || name) setZoneVariable(name ? name : zone.environment);
+    zone.set = std::move(name);
+    ++zone.version;
+}
+
+std::uint64_t Clock::timeZoneVersion() { return ZoneOfProcess::shared().version; }
 
 }  // namespace tarvo::platform

@@ -2,9 +2,9 @@
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
-#include "platform/QueueState.h"
-#include "platform/Timers.h"
-#include "platform/Workers.h"
+#include "platform/internal/QueueState.h"
+#include "platform/internal/Timers.h"
+#include "platform/internal/Workers.h"
 
 namespace tarvo::platform {
 

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <system_error>
 
-#include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/Random.h"
 #include "platform/Text.h"
 
 namespace fs = std::filesystem;

@@ -15,10 +15,4 @@ void log(std::string_view line);
 /// Replaces the sink; an empty one restores the default, which writes to standard error. Returns the former sink.
 LogSink setLogSink(LogSink sink);
 
-/// Hears of a contract that a caller broke. The default handler logs the text and, in builds with assertions, aborts;
-/// in other builds the program goes on in the way that the reporting operation tells. Tests install their own.
-using ProgrammingErrorHandler = std::function<void(std::string_view what)>;
-ProgrammingErrorHandler setProgrammingErrorHandler(ProgrammingErrorHandler handler);
-void reportProgrammingError(std::string_view what);
-
 }  // namespace tarvo::platform

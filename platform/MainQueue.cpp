@@ -1,3 +1,5 @@
+#include "platform/MainQueue.h"
+
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -7,8 +9,8 @@
 #include <utility>
 
 #include "platform/DispatchQueue.h"
-#include "platform/Log.h"
-#include "platform/QueueState.h"
+#include "platform/ProgrammingError.h"
+#include "platform/internal/QueueState.h"
 
 namespace tarvo::platform {
 

@@ -1,3 +1,5 @@
+#include "platform/ProgrammingError.h"
+
 #include <cstdlib>
 #include <memory>
 #include <mutex>

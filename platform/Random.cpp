@@ -1,10 +1,11 @@
+#include "platform/Random.h"
+
 #include <sys/random.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/Clock.h"
 #include "platform/Log.h"
 
 namespace tarvo::platform {

@@ -6,9 +6,9 @@
 #include <cstdlib>
 
 #include "platform/DispatchQueue.h"
-#include "platform/Log.h"
-#include "platform/SettingsJournal.h"
+#include "platform/ProgrammingError.h"
 #include "platform/Text.h"
+#include "platform/internal/SettingsJournal.h"
 
 namespace tarvo::platform {
 

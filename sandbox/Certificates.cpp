@@ -14,6 +14,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Files.h"
+#include "platform/Random.h"
 #include "platform/Text.h"
 
 namespace tarvo::sandbox {

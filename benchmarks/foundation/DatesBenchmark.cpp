@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/Clock.h"
-#include "platform/Dates.h"
+#include "platform/dates/Dates.h"
 
 namespace tarvo {
 namespace {

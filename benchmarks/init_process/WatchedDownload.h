@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "benchmarks/Support.h"
+#include "platform/MainQueue.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/database_layer/DatabaseConstants.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"

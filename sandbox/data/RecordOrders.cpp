@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/Dates.h"
 #include "platform/Text.h"
+#include "platform/dates/Dates.h"
 #include "sandbox/data/Metadata.h"
 
 namespace tarvo::sandbox {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/Text.h"
-#include "platform/WireDates.h"
+#include "platform/dates/WireDates.h"
 #include "sandbox/data/DataSet.h"
 #include "sandbox/data/Records.h"
 

@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "platform/Text.h"
-#include "platform/WireDates.h"
+#include "platform/dates/WireDates.h"
 #include "sandbox/data/DataSet.h"
 
 namespace tarvo::sandbox {

@@ -1,7 +1,7 @@
 #include "tarvobase/configuration/CommonConfigration.h"
 
-#include "platform/Log.h"
 #include "platform/ProcessState.h"
+#include "platform/ProgrammingError.h"
 
 namespace tarvo {
 

@@ -6,6 +6,7 @@
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/ProcessState.h"
+#include "platform/ProgrammingError.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseConstants.h"
 

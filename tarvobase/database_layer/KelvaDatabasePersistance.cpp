@@ -4,6 +4,7 @@
 
 #include "kelva_db/KelvaDatabase.h"
 #include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 
 namespace tarvo {

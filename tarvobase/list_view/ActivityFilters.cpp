@@ -1,5 +1,5 @@
 #include "platform/Clock.h"
-#include "platform/Dates.h"
+#include "platform/dates/Dates.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/list_view/GetFilters.h"
 #include "tarvobase/value_objects/IdentifierConstants.h"

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/Operation.h"
+#include "platform/operations/OperationQueue.h"
 #include "tarvobase/network_layer/NetworkConstants.h"
 #include "tarvobase/network_layer/ServiceRequests.h"
 #include "tarvobase/usecase/ErrorProtocols.h"

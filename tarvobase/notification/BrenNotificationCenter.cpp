@@ -1,5 +1,6 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 
+#include "platform/MainQueue.h"
 #include "platform/ProcessState.h"
 
 namespace tarvo {

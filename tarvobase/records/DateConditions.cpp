@@ -1,7 +1,7 @@
 #include "tarvobase/records/DateConditions.h"
 
-#include "platform/Dates.h"
 #include "platform/Text.h"
+#include "platform/dates/Dates.h"
 
 namespace tarvo {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/utils/Util.h"
 #include "tarvobase/value_objects/IdentifierConstants.h"

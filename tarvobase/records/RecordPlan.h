@@ -6,8 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/Dates.h"
 #include "platform/Rows.h"
+#include "platform/dates/Dates.h"
 #include "tarvobase/utils/Util.h"
 #include "tarvobase/value_objects/FieldList.h"
 

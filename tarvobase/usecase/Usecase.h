@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/DispatchQueue.h"
+#include "platform/MainQueue.h"
 #include "platform/Object.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/usecase/DataSource.h"

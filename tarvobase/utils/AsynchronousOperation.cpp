@@ -1,6 +1,6 @@
 #include "tarvobase/utils/AsynchronousOperation.h"
 
-#include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 
 namespace tarvo {
 

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <string_view>
 
-#include "platform/Operation.h"
+#include "platform/operations/Operation.h"
 
 namespace tarvo {
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/DispatchQueue.h"
+#include "platform/MainQueue.h"
 
 namespace tarvo {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/Clock.h"
 #include "platform/DispatchQueue.h"
+#include "platform/Random.h"
 
 namespace tarvo {
 

@@ -4,6 +4,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/Random.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/utils/TemporaryIds.h"
 

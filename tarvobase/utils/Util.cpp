@@ -2,8 +2,8 @@
 
 #include <mutex>
 
-#include "platform/Clock.h"
 #include "platform/ProcessState.h"
+#include "platform/Random.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/utils/TemporaryIds.h"
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/Dates.h"
+#include "platform/dates/Dates.h"
 
 namespace tarvo {
 

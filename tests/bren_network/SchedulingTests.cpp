@@ -1,6 +1,7 @@
 #include <thread>
 
-#include "bren_network/Tuning.h"
+#include "bren_network/internal/Tuning.h"
+#include "platform/ProgrammingError.h"
 #include "tests/bren_network/NetworkFixture.h"
 
 namespace bren::test {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "bren_network/BrenNetworkManager.h"
-#include "bren_network/URLText.h"
+#include "bren_network/internal/URLText.h"
 
 namespace bren {
 namespace {

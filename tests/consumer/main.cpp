@@ -1,3 +1,4 @@
+#include "platform/MainQueue.h"
 #include "tarvobase/get_metadata/GetModulesUC.h"
 
 int main() {

@@ -5,7 +5,8 @@
 #include <latch>
 #include <thread>
 
-#include "platform/Log.h"
+#include "platform/ProgrammingError.h"
+#include "platform/operations/OperationQueue.h"
 #include "tarvobase/utils/AsynchronousOperation.h"
 #include "tarvobase/utils/ConcurrentCallsTracker.h"
 #include "tarvobase/utils/OrderedDictionary.h"

@@ -3,7 +3,9 @@
 #include "platform/Clock.h"
 #include "platform/DispatchQueue.h"
 #include "platform/Files.h"
+#include "platform/MainQueue.h"
 #include "platform/ProcessState.h"
+#include "platform/ProgrammingError.h"
 #include "platform/SettingsStore.h"
 #include "tarvobase/database_layer/DatabaseConstants.h"
 

@@ -1,3 +1,4 @@
+#include "platform/MainQueue.h"
 #include "tarvobase/get_metadata/GetModulesUC.h"
 #include "tarvobase/usecase/BaseDataManager.h"
 #include "tarvobase/usecase/ErrorProtocols.h"

@@ -1,3 +1,4 @@
+#include "platform/MainQueue.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tests/foundation/Fixture.h"
 

@@ -1,6 +1,6 @@
 #include <numeric>
 
-#include "kelva_db/Sql.h"
+#include "kelva_db/internal/Sql.h"
 #include "tests/kelva_db/DatabaseFixture.h"
 
 namespace kelva::tests {

@@ -1,4 +1,4 @@
-#include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 #include "tests/kelva_db/DatabaseFixture.h"
 
 namespace kelva::tests {

@@ -1,4 +1,4 @@
-#include "platform/Dates.h"
+#include "platform/dates/Dates.h"
 #include "tarvobase/records/FilterToWhereConverter.h"
 #include "tests/operations/FilterFixture.h"
 

@@ -1,5 +1,6 @@
 #include <thread>
 
+#include "platform/MainQueue.h"
 #include "platform/Text.h"
 #include "sandbox/calls/Calls.h"
 #include "sandbox/data/DataSet.h"

@@ -1,4 +1,4 @@
-#include "platform/Dates.h"
+#include "platform/dates/Dates.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

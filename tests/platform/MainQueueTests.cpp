@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "platform/MainQueue.h"
 #include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {

@@ -1,4 +1,5 @@
-#include "platform/Operation.h"
+#include "platform/operations/Operation.h"
+#include "platform/operations/OperationQueue.h"
 
 #include <gmock/gmock.h>
 

@@ -18,6 +18,7 @@
 #include "platform/Files.h"
 #include "platform/Json.h"
 #include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 #include "platform/Text.h"
 
 namespace tarvo::platform {

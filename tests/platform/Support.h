@@ -7,7 +7,7 @@
 
 #include "platform/DispatchQueue.h"
 #include "platform/Files.h"
-#include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 
 namespace tarvo::platform::testing {
 

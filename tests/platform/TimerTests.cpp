@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "platform/Clock.h"
+#include "platform/Random.h"
 #include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {

@@ -1,0 +1,387 @@
+#include "kelva_db/internal/Connection.h"
+
+#include <sqlite3.h>
+
+#include <mutex>
+
+#include "kelva_db/internal/ClockVfs.h"
+#include "kelva_db/internal/Execution.h"
+#include "kelva_db/internal/Sql.h"
+#include "kelva_db/internal/Sqlite.h"
+#include "platform/Text.h"
+
+namespace kelva {
+
+namespace {
+
+// The writer's cache holds the pages of a large transaction, so that they reach the log once; negative means KiB.
+constexpr const char* writerCache = "PRAGMA cache_size = -65536";
+constexpr const char* readerCache = "PRAGMA cache_size = -16384";
+
+// A log of 8 MB is copied into the file; copying more often syncs more often, a longer log slows every read. After a
+// long write the log is cut to 64 MB.
+constexpr int largeLogPages = 2000;
+constexpr const char* logSizeLimit = "PRAGMA journal_size_limit = 67108864";
+
+int openFlags(Connection::Role role, const std::string& path) {
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+    if (role != Connection::Role::reader) flags |= SQLITE_OPEN_CREATE;
+    if (role == Connection::Role::memory && path.starts_with("file:")) flags |= SQLITE_OPEN_URI;
+    return flags;
+}
+
+sqlite3* openFile(const std::string& path, Connection::Role role) {
+    sqlite3* handle = nullptr;
+    if (sqlite3_open_v2(path.c_str(), &handle, openFlags(role, path), clockVfsName()) == SQLITE_OK) return handle;
+    std::unique_ptr<sqlite3, int (*)(sqlite3*)> failed(handle, sqlite3_close);
+    throwLastError(handle, Stage::open);
+}
+
+}  // namespace
+
+void Connection::Close::operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
+
+Connection::Connection(const std::string& path, const FileFormat& format, Role role, int busyTimeout,
+                       ChangeTracker* tracker)
+    : handle_(openFile(path, role)), statements_(handle_.get()), database_(*this), tracker_(tracker) {
+    sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_busy_timeout(handle(), busyTimeout);
+    if (role != Role::memory) format.applyTo(handle());
+    configure(role);
+    listTables_.registerWith(handle());
+    installHooks();
+}
+
+Connection::~Connection() = default;
+
+void Connection::configure(Role role) {
+    sqlite3_wal_autocheckpoint(handle(), 0);
+    runPlain(handle(), "PRAGMA foreign_keys = 1", Stage::open);
+    if (role == Role::memory) return;
+    runPlain(handle(), "PRAGMA synchronous = FULL", Stage::open);
+    if (role == Role::reader) {
+        runPlain(handle(), readerCache, Stage::open);
+        runPlain(handle(), "PRAGMA query_only = 1", Stage::open);
+        return;
+    }
+    if (singleText(handle(), "PRAGMA journal_mode = WAL", Stage::open) != "wal")
+        throwError(FailureKind::cannotOpen, "the folder of the database does not allow a write-ahead log");
+    runPlain(handle(), writerCache, Stage::open);
+    runPlain(handle(), logSizeLimit, Stage::open);
+}
+
+void Connection::installHooks() {
+    sqlite3_set_authorizer(
+        handle(),
+        [](void* self, int action, const char* first, const char*, const char*, const char*) {
+            return static_cast<Connection*>(self)->authorize(action, first);
+        },
+        this);
+    sqlite3_wal_hook(
+        handle(),
+        [](void* self, sqlite3*, const char* databaseName, int pages) {
+            if (std::string_view(databaseName) == "main") static_cast<Connection*>(self)->pagesInLog_ = pages;
+            return SQLITE_OK;
+        },
+        this);
+}
+
+int Connection::authorize(int action, const char* first) {
+    switch (action) {
+        case SQLITE_TRANSACTION:
+        case SQLITE_SAVEPOINT:
+            return internal_ ? SQLITE_OK : SQLITE_DENY;
+        case SQLITE_DROP_TABLE:
+        case SQLITE_DROP_TEMP_TABLE:
+        case SQLITE_DROP_VTABLE:
+        case SQLITE_DROP_VIEW:
+        case SQLITE_DROP_TEMP_VIEW:
+            dropped_ = first ? first : "";
+            return SQLITE_OK;
+        case SQLITE_DELETE: {
+            // "Ignore" makes a DELETE without WHERE go row by row, which the observers hear of; the removal of a
+            // table and of its entries in the schema would not happen at all.
+            std::string_view table = first ? first : "";
+            bool removal = table == dropped_ || table.starts_with("sqlite_");
+            if (table == dropped_) dropped_.clear();
+            return watched_ && !removal ? SQLITE_IGNORE : SQLITE_OK;
+        }
+        default:
+            return SQLITE_OK;
+    }
+}
+
+std::size_t Connection::parameterLimit() const {
+    return static_cast<std::size_t>(sqlite3_limit(handle(), SQLITE_LIMIT_VARIABLE_NUMBER, -1));
+}
+
+void Connection::checkUsable() const {
+    if (lost_) throw *lost_;
+}
+
+/// Disk full and the like make SQLite end the transaction. What follows in the block must not run outside of one.
+void Connection::noteFailure() {
+    if (!inTransaction_ || lost_ || !sqlite3_get_autocommit(handle())) return;
+    auto code = sqlite3_extended_errcode(handle());
+    std::string message = sqlite3_errmsg(handle());
+    auto kind = classify(code, Stage::run, message);
+    lost_.emplace(kind, code, "the transaction was ended by a failure: " + message);
+}
+
+namespace {
+
+/// The parameters of a text in the two ways that they reach SQLite: bound, and through the table of values.
+class Arguments {
+public:
+    Arguments(std::string_view sql, std::span<const Value> parameters, std::size_t limit) : values_(parameters) {
+        bound_.assign(values_.views().begin(), values_.views().end());
+        sql_ = sql;
+        if (bound_.size() <= limit) return;
+        lifted_ = liftLists(sql);
+        sql_ = lifted_.sql;
+        takeLists();
+        if (bound_.size() > limit)
+            throwError(FailureKind::misuse, "the statement has " + std::to_string(bound_.size()) +
+                                                " parameters outside of IN lists; SQLite takes " +
+                                                std::to_string(limit));
+    }
+
+    std::string_view sql() const { return sql_; }
+    std::span<const ValueView> bound() const { return bound_; }
+    std::vector<ListTables::List> lists() const { return lists_; }
+
+private:
+    void takeLists() {
+        auto all = values_.views();
+        bound_.clear();
+        std::size_t taken = 0;
+        for (auto& list : lifted_.lists) {
+            if (list.firstParameter + list.count > all.size()) return throwTooFew();
+            bound_.insert(bound_.end(), all.begin() + static_cast<std::ptrdiff_t>(taken),
+                          all.begin() + static_cast<std::ptrdiff_t>(list.firstParameter));
+            lists_.push_back(all.subspan(list.firstParameter, list.count));
+            taken = list.firstParameter + list.count;
+        }
+        bound_.insert(bound_.end(), all.begin() + static_cast<std::ptrdiff_t>(taken), all.end());
+    }
+    [[noreturn]] static void throwTooFew() {
+        throwError(FailureKind::misuse, "the statement has more placeholders than there are parameters");
+    }
+
+    BoundValues values_;
+    LiftedLists lifted_;
+    std::string_view sql_;
+    std::vector<ValueView> bound_;
+    std::vector<ListTables::List> lists_;
+};
+
+/// Lends lists or a batch to the virtual tables for the run of a statement.
+class Lending {
+public:
+    Lending(ListTables& tables, std::vector<ListTables::List> lists) : tables_(tables) {
+        tables.setLists(std::move(lists));
+    }
+    Lending(ListTables& tables, const RowSource& batch) : tables_(tables) { tables.setBatch(&batch); }
+    ~Lending() {
+        tables_.setLists({});
+        tables_.setBatch(nullptr);
+    }
+    Lending(const Lending&) = delete;
+
+private:
+    ListTables& tables_;
+};
+
+}  // namespace
+
+void Connection::execute(std::string_view sql, std::span<const Value> parameters) {
+    Arguments arguments(sql, parameters, parameterLimit());
+    Lending lending(listTables_, arguments.lists());
+    auto bound = arguments.bound();
+    for (auto rest = arguments.sql(); !rest.empty();) {
+        Execution execution(*this, rest, rest);
+        if (execution.parameterCount() > 0) {
+            execution.bind(bound);
+            bound = {};
+        }
+        execution.runToEnd();
+    }
+    if (!bound.empty()) throwError(FailureKind::misuse, "parameters were given for a statement without placeholders");
+}
+
+Rows Connection::query(std::string_view sql, std::span<const Value> parameters) {
+    Arguments arguments(sql, parameters, parameterLimit());
+    Lending lending(listTables_, arguments.lists());
+    std::string_view rest;
+    Execution execution(*this, arguments.sql(), rest);
+    if (!rest.empty()) throwError(FailureKind::misuse, "a query is one statement");
+    execution.bind(arguments.bound());
+    return execution.allRows();
+}
+
+void Connection::insertBatch(const std::string& sql, const RowSource& rows) {
+    Lending lending(listTables_, rows);
+    std::string_view rest;
+    Execution execution(*this, sql, rest);
+    execution.runToEnd();
+}
+
+std::string Connection::schemaVersions() {
+    auto versions = singleText(handle(), "PRAGMA main.schema_version", Stage::run) + "/" +
+                    singleText(handle(), "PRAGMA temp.schema_version", Stage::run);
+    for (auto& [name, format] : attached_)
+        versions += "/" + name + singleText(handle(), "PRAGMA " + quotedColumn(name) + ".schema_version", Stage::run);
+    return versions;
+}
+
+// The pragma that tells columns looks at the schema that this connection has read, and a kept one at that of its first
+// run: a table that another connection has made since would have no columns. Any query reads a changed schema again.
+void Connection::noticeSchema() {
+    statements_.clear();
+    singleText(handle(), "SELECT count(*) FROM main.sqlite_master WHERE 0", Stage::run);
+    for (auto& [name, format] : attached_)
+        singleText(handle(), "SELECT count(*) FROM " + quotedColumn(name) + ".sqlite_master WHERE 0", Stage::run);
+}
+
+std::vector<std::string> Connection::columnNames(std::string_view table) {
+    checkUsable();
+    if (auto versions = schemaVersions(); versions != namesVersion_) {
+        names_.clear();
+        namesVersion_ = std::move(versions);
+        noticeSchema();
+    }
+    if (auto known = names_.find(table); known != names_.end()) return known->second;
+    auto dot = table.find('.');
+    auto prefix = dot == std::string_view::npos ? "" : quotedColumn(table.substr(0, dot)) + ".";
+    auto bare = dot == std::string_view::npos ? table : table.substr(dot + 1);
+    std::vector<std::string> names;
+    auto rows = query("PRAGMA " + prefix + "table_info(" + quotedColumn(bare) + ")", {});
+    for (auto row : rows) names.emplace_back(row.find("name")->asText().value_or(""));
+    return names_.emplace(std::string(table), std::move(names)).first->second;
+}
+
+void Connection::runInternal(const char* sql) {
+    // Not through the kept statements, where a text from outside would find it prepared.
+    internal_ = true;
+    auto code = sqlite3_exec(handle(), sql, nullptr, nullptr, nullptr);
+    internal_ = false;
+    if (code == SQLITE_OK) return;
+    noteFailure();
+    throwLastError(handle(), Stage::run);
+}
+
+void Connection::begin(bool immediate) {
+    if (tracker_) {
+        tracker_->begin();
+        bool watching = tracker_->watching();
+        if (watching != watched_) {
+            // Whether a DELETE without WHERE goes row by row is settled when it is prepared.
+            statements_.clear();
+            watched_ = watching;
+            auto hook = [](void* tracker, int operation, const char* databaseName, const char* table,
+                           sqlite3_int64 row) {
+                auto event = operation == SQLITE_INSERT   ? DatabaseEvent::insert
+                             : operation == SQLITE_UPDATE ? DatabaseEvent::update
+                                                          : DatabaseEvent::delete_;
+                static_cast<ChangeTracker*>(tracker)->note(event, databaseName, table, row);
+            };
+            sqlite3_update_hook(handle(), watching ? +hook : nullptr, tracker_);
+        }
+    }
+    runInternal(immediate ? "BEGIN IMMEDIATE" : "BEGIN");
+    inTransaction_ = true;
+}
+
+void Connection::commit() {
+    checkUsable();
+    runInternal("COMMIT");
+    inTransaction_ = false;
+}
+
+void Connection::rollback() noexcept {
+    lost_.reset();
+    inTransaction_ = false;
+    if (sqlite3_get_autocommit(handle())) return;
+    internal_ = true;
+    sqlite3_exec(handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    internal_ = false;
+}
+
+void Connection::inSavepoint(tarvo::platform::FunctionRef<void()> block) {
+    auto mark = tracker_ ? tracker_->mark() : 0;
+    runInternal("SAVEPOINT kelva");
+    try {
+        block();
+    } catch (...) {
+        if (!lost_) {
+            runInternal("ROLLBACK TO kelva");
+            runInternal("RELEASE kelva");
+        }
+        if (tracker_) tracker_->forgetSince(mark);
+        throw;
+    }
+    runInternal("RELEASE kelva");
+}
+
+namespace {
+
+/// SQLCipher takes the page size and generation of an attached file from settings of the process, which stand as long
+/// as this lives. A library of one generation ignores the setting of the other.
+class AttachSettings {
+public:
+    AttachSettings(sqlite3* handle, const FileFormat& format)
+        : lock_(mutex_),
+          handle_(handle),
+          pageSizeBefore_(singleText(handle, "PRAGMA cipher_default_page_size", Stage::run)) {
+        set(std::to_string(format.cipherGeneration), std::to_string(format.pageSize));
+    }
+    ~AttachSettings() {
+        try {
+            set("4", pageSizeBefore_);
+        } catch (const DatabaseError&) {
+            // Whoever opens a file through this library sets both for it.
+        }
+    }
+    AttachSettings(const AttachSettings&) = delete;
+
+private:
+    void set(const std::string& generation, const std::string& pageSize) {
+        runPlain(handle_, "PRAGMA cipher_default_compatibility = " + generation, Stage::run);
+        if (!pageSize.empty()) runPlain(handle_, "PRAGMA cipher_default_page_size = " + pageSize, Stage::run);
+    }
+
+    static inline std::mutex mutex_;
+    std::lock_guard<std::mutex> lock_;
+    sqlite3* handle_;
+    std::string pageSizeBefore_;
+};
+
+}  // namespace
+
+void Connection::attach(const Attachment& attachment) {
+    auto& format = attachment.format;
+    std::optional<AttachSettings> settings;
+    if (!format.key.empty()) settings.emplace(handle(), format);
+    auto words = "ATTACH " + literal(attachment.path) + " AS " + quotedColumn(attachment.name);
+    runPlain(handle(), words + " KEY \"" + format.key + "\"", Stage::run);
+    attached_[attachment.name] = format;
+}
+
+void Connection::detach(const std::string& name) {
+    statements_.clear();
+    runPlain(handle(), "DETACH " + quotedColumn(name), Stage::run);
+    attached_.erase(name);
+}
+
+void Connection::checkpoint() noexcept {
+    sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+}
+
+void Connection::checkpointWhenLarge() noexcept {
+    if (pagesInLog_ < largeLogPages) return;
+    // Waits for nobody: pages that a reader still needs stay for the next time.
+    sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+    pagesInLog_ = 0;
+}
+
+}  // namespace kelva

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include "kelva_db/KelvaDatabase.h"
+#include "kelva_db/internal/Sqlite.h"
+
+struct sqlite3;
+
+namespace kelva {
+
+/// How a file is read: its page size, the generation of its encryption, and the key as SQLCipher takes it, with
+/// which no connection has to derive anything.
+struct FileFormat {
+    static constexpr int usualPageSize = 4096;
+
+    int pageSize = usualPageSize;
+    int cipherGeneration = 0;  ///< 3 or 4; 0 for a plain file
+    std::string key;           ///< x'key and salt in hex', empty for a plain file
+    bool isNew = false;        ///< there was no file, or an empty one
+
+    /// Finds how the file opens with this configuration, deriving the key once. Nothing is written. Throws
+    /// `wrongKey`, `notEncrypted`, `cannotOpen`, `corrupt` or `busy`.
+    static FileFormat find(const std::string& path, const Configuration& configuration);
+
+    /// Sets key and page size on a fresh connection.
+    void applyTo(sqlite3* handle) const;
+};
+
+/// The first 16 bytes of a file, fewer when it is shorter. Read through SQLite's own file layer: closing a file by
+/// hand would drop the locks that connections of this process hold on it.
+std::string headOfFile(const std::string& path);
+
+/// Whether these bytes begin an unencrypted database.
+bool isPlainHead(const std::string& head);
+
+/// Runs internal statements that need no result; throws.
+void runPlain(sqlite3* handle, const std::string& sql, Stage stage);
+/// The first column of the first row as text, empty when there is none; throws.
+std::string singleText(sqlite3* handle, const std::string& sql, Stage stage);
+
+}  // namespace kelva

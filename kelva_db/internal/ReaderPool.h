@@ -1,0 +1,48 @@
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "kelva_db/internal/Connection.h"
+
+namespace kelva {
+
+class Writer;
+
+/// The connections that read beside the writer. They open when they are first needed, with the key that the writer
+/// has derived. Any thread.
+class ReaderPool {
+public:
+    explicit ReaderPool(const Writer& writer) : writer_(writer) {}
+
+    /// Runs a block on a free connection, all of it on one state of the database. Waits while all are in use.
+    void read(KelvaDatabase::Block block);
+
+    void attach(Attachment attachment);
+    void detach(const std::string& name);
+
+    /// Waits for the blocks under way and ends all connections; every later read throws `misuse`.
+    void close();
+
+private:
+    class Loan;
+    using Readers = std::vector<std::unique_ptr<Connection>>;
+    std::unique_ptr<Connection> take(std::uint64_t& generation);
+    void giveBack(std::unique_ptr<Connection> reader, std::uint64_t generation);
+    std::unique_ptr<Connection> open(const std::vector<Attachment>& attachments) const;
+    /// The idle connections, after a change that they do not know of. Those in use end when they come back.
+    Readers outdated();
+
+    const Writer& writer_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Readers idle_;
+    int count_ = 0;                 // open or about to open
+    std::uint64_t generation_ = 0;  // counts the changes of the attachments
+    std::vector<Attachment> attachments_;
+    bool closed_ = false;
+};
+
+}  // namespace kelva

@@ -1,0 +1,131 @@
+#include "kelva_db/internal/Writer.h"
+
+#include "kelva_db/internal/Sqlite.h"
+#include "platform/Files.h"
+
+namespace kelva {
+
+Writer::Writer(std::string path, const Configuration& configuration, std::shared_ptr<tarvo::DispatchQueue> queue,
+               Connection::Role role)
+    : path_(std::move(path)),
+      configuration_(configuration),
+      queue_(queue ? std::move(queue) : tarvo::DispatchQueue::serial("kelva_db.writer")) {
+    onQueue([&] { open(role); });
+}
+
+Writer::~Writer() = default;
+
+void Writer::open(Connection::Role role) {
+    if (role != Connection::Role::memory) format_ = FileFormat::find(path_, configuration_);
+    try {
+        connection_ = std::make_unique<Connection>(path_, format_, role, configuration_.busyTimeout, &tracker_);
+        proveEncryption(role);
+    } catch (const DatabaseError& error) {
+        connection_.reset();
+        // A plain file of our own making must not stay behind; one that was there before is never removed.
+        if (format_.isNew && error.kind() == FailureKind::notEncrypted)
+            for (auto suffix : {"", "-wal", "-shm", "-journal"}) tarvo::files::remove(path_ + suffix);
+        throw;
+    }
+}
+
+/// A key is accepted without a word by an SQLite that cannot encrypt.
+void Writer::proveEncryption(Connection::Role role) {
+    if (role == Connection::Role::memory || format_.key.empty()) return;
+    bool answers = !singleText(connection_->handle(), "PRAGMA cipher_version", Stage::open).empty();
+    if (answers && !isPlainHead(headOfFile(path_))) return;
+    throwError(FailureKind::notEncrypted, "the file would not be encrypted although a key was given");
+}
+
+/// A caller that holds the queue already goes on in its turn.
+void Writer::onQueue(tarvo::platform::FunctionRef<void()> work) {
+    if (queue_->isCurrent()) return work();
+    queue_->sync(work);
+}
+
+Connection& Writer::connection() {
+    if (!connection_) throwError(FailureKind::misuse, "the database is closed");
+    return *connection_;
+}
+
+/// Answers whether the transaction was committed. A throw of the block is passed on behind the rollback.
+bool Writer::runTransaction(Connection& connection, KelvaDatabase::TransactionBlock block) {
+    Access access(this, connection, Access::Kind::writing);
+    Connection::Writability writable(connection, true);
+    try {
+        if (block(connection.database()) == TransactionCompletion::commit) {
+            connection.commit();
+            return true;
+        }
+    } catch (...) {
+        connection.rollback();
+        throw;
+    }
+    connection.rollback();
+    return false;
+}
+
+void Writer::transaction(KelvaDatabase::TransactionBlock block) {
+    if (auto access = Access::find(this)) return access->transaction(block);
+    onQueue([&] {
+        auto& writer = connection();
+        writer.begin(true);
+        bool committed = false;
+        try {
+            committed = runTransaction(writer, block);
+        } catch (...) {
+            tell(writer, false);
+            throw;
+        }
+        tell(writer, committed);
+        writer.checkpointWhenLarge();
+    });
+}
+
+/// The transaction is over and its block left, so observers may begin blocks of their own.
+void Writer::tell(Connection& writer, bool committed) {
+    Access observing(this, writer, Access::Kind::observing);
+    Connection::Writability readOnly(writer, false);
+    committed ? tracker_.tellCommit(writer.database()) : tracker_.tellRollback(writer.database());
+}
+
+void Writer::write(KelvaDatabase::Block block) {
+    transaction([&](Database& database) {
+        block(database);
+        return TransactionCompletion::commit;
+    });
+}
+
+void Writer::read(KelvaDatabase::Block block) {
+    if (auto access = Access::find(this)) return access->read(block);
+    onQueue([&] {
+        auto& reader = connection();
+        Access access(this, reader, Access::Kind::reading);
+        Connection::Writability readOnly(reader, false);
+        block(reader.database());
+    });
+}
+
+Attachment Writer::attach(const std::string& path, const std::string& name) {
+    requireOutside(this, "a file is attached");
+    Attachment attachment{path, name, FileFormat::find(path, configuration_)};
+    onQueue([&] { connection().attach(attachment); });
+    return attachment;
+}
+
+void Writer::detach(const std::string& name) {
+    requireOutside(this, "a file is detached");
+    onQueue([&] { connection().detach(name); });
+}
+
+void Writer::close() {
+    requireOutside(this, "the database is closed");
+    onQueue([&] {
+        if (!connection_) return;
+        connection_->checkpoint();
+        connection_.reset();
+        tracker_.removeAll();
+    });
+}
+
+}  // namespace kelva

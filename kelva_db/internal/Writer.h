@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "kelva_db/internal/Access.h"
+#include "kelva_db/internal/ChangeTracker.h"
+#include "kelva_db/internal/Connection.h"
+#include "platform/DispatchQueue.h"
+
+namespace kelva {
+
+/// The one connection of a database that writes, on its serial queue, with the observers of what it writes.
+class Writer {
+public:
+    Writer(std::string path, const Configuration& configuration, std::shared_ptr<tarvo::DispatchQueue> queue,
+           Connection::Role role);
+    ~Writer();
+
+    const std::string& path() const { return path_; }
+    const FileFormat& format() const { return format_; }
+    const Configuration& configuration() const { return configuration_; }
+    ChangeTracker& tracker() { return tracker_; }
+
+    /// Runs a block in a transaction of its own, or in a savepoint when the calling thread is inside a block already.
+    void transaction(KelvaDatabase::TransactionBlock block);
+    void write(KelvaDatabase::Block block);
+    /// Reads on this connection, for a database that has no other.
+    void read(KelvaDatabase::Block block);
+
+    Attachment attach(const std::string& path, const std::string& name);
+    void detach(const std::string& name);
+
+    /// Copies the log into the file and ends the connection. The second call does nothing.
+    void close();
+
+private:
+    void onQueue(tarvo::platform::FunctionRef<void()> work);
+    Connection& connection();
+    bool runTransaction(Connection& connection, KelvaDatabase::TransactionBlock block);
+    void tell(Connection& writer, bool committed);
+    void open(Connection::Role role);
+    void proveEncryption(Connection::Role role);
+
+    std::string path_;
+    Configuration configuration_;
+    std::shared_ptr<tarvo::DispatchQueue> queue_;
+    FileFormat format_;
+    ChangeTracker tracker_;
+    std::unique_ptr<Connection> connection_;  // used on the queue alone
+};
+
+}  // namespace kelva

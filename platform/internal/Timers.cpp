@@ -1,0 +1,150 @@
+#include "platform/internal/Timers.h"
+
+#include <algorithm>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "platform/Log.h"
+
+namespace tarvo::platform {
+
+Timer::State::State(std::shared_ptr<DispatchQueue> queue, Clock::SteadyTime due, Work work)
+    : work(std::move(work)), queue(std::move(queue)), due(due) {}
+
+bool Timer::State::leavePending(Phase next) {
+    std::lock_guard lock(mutex);
+    if (phase != Phase::pending) return false;
+    phase = next;
+    return true;
+}
+
+bool Timer::State::cancel() {
+    if (!leavePending(Phase::cancelled)) return false;
+    // Nobody else touches the work any more; it goes here, under no lock.
+    Work dropped = std::move(work);
+    return true;
+}
+
+bool Timer::cancel() {
+    if (!state_ || !state_->cancel()) return false;
+    Timers::shared().remove(*state_);
+    return true;
+}
+
+bool Timer::isPending() const {
+    if (!state_) return false;
+    std::lock_guard lock(state_->mutex);
+    return state_->phase == State::Phase::pending;
+}
+
+namespace {
+
+void handOver(const std::shared_ptr<Timer::State>& timer) {
+    auto queue = std::exchange(timer->queue, nullptr);
+    queue->async([timer] {
+        // Asked again here: the timer may have been cancelled while the item stood in line.
+        if (!timer->leavePending(Timer::State::Phase::begun)) return;
+        Work work = std::move(timer->work);
+        work();
+    });
+}
+
+}  // namespace
+
+Timers& Timers::shared() {
+    static auto* timers = new Timers;
+    return *timers;
+}
+
+Timers::Timers() {
+    Clock::onChange([this] { clockChanged(); });
+}
+
+void Timers::add(std::shared_ptr<Timer::State> timer) {
+    {
+        std::lock_guard lock(mutex_);
+        auto due = timer->due;
+        waiting_.emplace(due, std::move(timer));
+        if (!serving_) startServing();
+    }
+    changed_.notify_one();
+    // Nobody moves a clock that stands still; what is due already must not wait for that.
+    if (Clock::isSet()) fireDue();
+}
+
+void Timers::startServing() {
+    try {
+        std::thread([this] { serve(); }).detach();
+        serving_ = true;
+    } catch (const std::system_error&) {
+        log("No thread for timers; the next timer tries again");
+    }
+}
+
+void Timers::remove(Timer::State& timer) {
+    std::shared_ptr<DispatchQueue> released;
+    std::lock_guard lock(mutex_);
+    auto [begin, end] = waiting_.equal_range(timer.due);
+    auto found = std::find_if(begin, end, [&](const auto& entry) { return entry.second.get() == &timer; });
+    if (found == end) return;
+    waiting_.erase(found);
+    released = std::move(timer.queue);
+}
+
+void Timers::cancelAll() {
+    decltype(waiting_) dropped;
+    {
+        std::lock_guard lock(mutex_);
+        dropped.swap(waiting_);
+    }
+    for (auto& [due, timer] : dropped) {
+        timer->cancel();
+        timer->queue.reset();
+    }
+}
+
+bool Timers::anyDue() const {
+    auto now = Clock::steadyNow();
+    std::lock_guard lock(mutex_);
+    return !waiting_.empty() && waiting_.begin()->first <= now;
+}
+
+std::shared_ptr<Timer::State> Timers::nextDue() {
+    auto now = Clock::steadyNow();
+    std::lock_guard lock(mutex_);
+    if (waiting_.empty() || waiting_.begin()->first > now) return nullptr;
+    auto timer = std::move(waiting_.begin()->second);
+    waiting_.erase(waiting_.begin());
+    return timer;
+}
+
+void Timers::fireDue() {
+    while (auto timer = nextDue()) handOver(timer);
+}
+
+void Timers::clockChanged() {
+    if (Clock::isSet()) fireDue();
+    std::lock_guard lock(mutex_);
+    changed_.notify_one();
+}
+
+void Timers::serve() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        if (waiting_.empty() || Clock::isSet()) {
+            changed_.wait(lock);
+            continue;
+        }
+        auto left = waiting_.begin()->first - Clock::steadyNow();
+        if (left > left.zero()) {
+            changed_.wait_for(lock, left);
+            continue;
+        }
+        lock.unlock();
+        fireDue();
+        lock.lock();
+    }
+}
+
+}  // namespace tarvo::platform
