@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 #include "platform/internal/QueueState.h"
 #include "platform/internal/Timers.h"
 #include "platform/internal/Workers.h"
