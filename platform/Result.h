@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -19,22 +20,32 @@ class [[nodiscard]] Result {
     static_assert(!std::is_same_v<Success, Failure>, "a value and an error of one type could not be told apart");
 
 public:
-    static Result success(Success value) { return Result(std::in_place_index<0>, std::move(value)); }
-    static Result failure(Failure error) { return Result(std::in_place_index<1>, std::move(error)); }
+    static Result success(Success value) { return Result(std::move(value)); }
+    static Result failure(Failure error) { return Result(std::move(error)); }
 
-    Result(Success value)  // NOLINT: implicit, for `return value;`
-        : state_(std::in_place_index<0>, std::move(value)) {}
-    Result(Failure error)  // NOLINT: implicit, for `return error;`
-        : state_(std::in_place_index<1>, std::move(error)) {}
+    Result(Success value) : value_(std::move(value)), ok_(true) {}   // NOLINT: implicit, for `return value;`
+    Result(Failure error) : error_(std::move(error)), ok_(false) {}  // NOLINT: implicit, for `return error;`
 
-    bool ok() const { return state_.index() == 0; }
+    Result(const Result& other) : ok_(other.ok_) { take(other); }
+    Result(Result&& other) noexcept : ok_(other.ok_) { take(std::move(other)); }
+    Result& operator=(const Result& other) { return *this = Result(other); }
+    Result& operator=(Result&& other) noexcept {
+        if (this == &other) return *this;
+        drop();
+        ok_ = other.ok_;
+        take(std::move(other));
+        return *this;
+    }
+    ~Result() { drop(); }
+
+    bool ok() const { return ok_; }
     explicit operator bool() const { return ok(); }
 
-    const Success& value() const& { return std::get<0>(state_); }
-    Success& value() & { return std::get<0>(state_); }
-    Success&& value() && { return std::get<0>(std::move(state_)); }
-    const Failure& error() const& { return std::get<1>(state_); }
-    Failure&& error() && { return std::get<1>(std::move(state_)); }
+    const Success& value() const& { return mustBe(true), value_; }
+    Success& value() & { return mustBe(true), value_; }
+    Success&& value() && { return mustBe(true), std::move(value_); }
+    const Failure& error() const& { return mustBe(false), error_; }
+    Failure&& error() && { return mustBe(false), std::move(error_); }
 
     const Success* operator->() const { return &value(); }
     const Success& operator*() const& { return value(); }
@@ -54,10 +65,29 @@ public:
     }
 
 private:
-    template <std::size_t I, class T>
-    Result(std::in_place_index_t<I> index, T&& held) : state_(index, std::forward<T>(held)) {}
+    void mustBe(bool ok) const {
+        if (ok_ != ok) throw std::bad_variant_access();
+    }
+    template <class Other>
+    void take(Other&& other) {
+        if (ok_)
+            std::construct_at(&value_, std::forward<Other>(other).value_);
+        else
+            std::construct_at(&error_, std::forward<Other>(other).error_);
+    }
+    void drop() {
+        if (ok_)
+            std::destroy_at(&value_);
+        else
+            std::destroy_at(&error_);
+    }
 
-    std::variant<Success, Failure> state_;
+    // A std::variant would say the same, but every file has dozens of results, and its visits cost compilers seconds.
+    union {
+        Success value_;
+        Failure error_;
+    };
+    bool ok_;
 };
 
 }  // namespace tarvo::platform
