@@ -127,6 +127,8 @@ function(tarvo_test name)
   if(NOT sources)
     return()
   endif()
+  # A test takes compilers twice as long as another source, and is edited more often.
+  math(EXPR TARVO_BATCH_SIZE "${TARVO_BATCH_SIZE} / 2")
   tarvo_batches(batches ${name} ${sources})
   add_executable(${name} ${batches})
   tarvo_common(${name})
