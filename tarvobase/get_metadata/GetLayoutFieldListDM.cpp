@@ -9,6 +9,7 @@
 #include "tarvobase/value_objects/InMemoryStorage.h"
 #include "tarvobase/value_objects/LayoutMetadataInDatabase.h"
 #include "tarvobase/value_objects/PicklistMetadataInDatabase.h"
+#include "tarvobase/value_objects/StoredForm.h"
 
 namespace tarvo {
 

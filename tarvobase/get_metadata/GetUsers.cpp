@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/Folding.h"
+#include "platform/Text.h"
 #include "tarvobase/get_metadata/MetadataStores.h"
 
 namespace tarvo {

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "tarvobase/value_objects/StoredForm.h"
+
 namespace tarvo {
 
 namespace {

@@ -4,6 +4,7 @@
 #include <deque>
 
 #include "platform/Json.h"
+#include "platform/Text.h"
 #include "tarvobase/records/ModuleParser.h"
 #include "tarvobase/records/RecordPlan.h"
 #include "tarvobase/records/RecordUtil.h"

@@ -7,7 +7,8 @@
 
 namespace tarvo {
 
-/// One described member of a value: its name as callers know it, and where it is.
+/// One described member of a value: its name as callers know it, and where it is. A kind of field that knows more, such
+/// as a `StoredField`, derives from it.
 template <class Owner, class Member>
 struct Field {
     std::string_view name;
@@ -50,13 +51,13 @@ private:
 /// Everything that walks members (the JSON bridge, messages of tests) goes by it. The list of a base, or of a type
 /// whose members this one shows as its own, stands first: `describe(Base::fields(), field(...))`. Two lists can be
 /// joined.
-template <class... Owners, class... Members>
-constexpr auto describe(Field<Owners, Members>... fields) {
+template <class... Fields>
+constexpr auto describe(Fields... fields) {
     return DescribedFields([=](auto& visit) -> decltype(auto) { return visit(fields...); });
 }
 
-template <class Base, class... Owners, class... Members>
-constexpr auto describe(DescribedFields<Base> base, Field<Owners, Members>... fields) {
+template <class Base, class... Fields>
+constexpr auto describe(DescribedFields<Base> base, Fields... fields) {
     return DescribedFields([=](auto& visit) -> decltype(auto) {
         return base.apply([&](auto... ofBase) -> decltype(auto) { return visit(ofBase..., fields...); });
     });

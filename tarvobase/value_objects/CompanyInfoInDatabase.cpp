@@ -24,7 +24,7 @@ Result<CompanyInfo, ParserError> CompanyInfoInDatabase::getCompanyInfo(const std
 }
 
 std::optional<std::vector<CompanyInfo>> CompanyInfoInDatabase::infosOf(const std::optional<Rows>& rows) const {
-    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getCompanyInfo(row); });
+    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getValue(row); });
 }
 
 }  // namespace tarvo

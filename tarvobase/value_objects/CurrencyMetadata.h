@@ -2,11 +2,32 @@
 
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/InMemoryDatabaseAdapter.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "platform/Result.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct CurrencyMetadata;
+
+struct CurrencyMetadataConstants : StoredNames<CurrencyMetadataConstants, CurrencyMetadata> {
+    std::string_view TableName = of("CurrencyMetadata", " CURRENCY_METADATA");
+    std::string_view OrderNo = of("orderNo", "order_no");
+    std::string_view ExchangeRate = of("exchangeRate", "exchange_rate");
+    std::string_view ThousandSeperator = of("thousandSeperator", "thousand_seperator");
+    std::string_view IsBase = of("isBase", "is_base");
+    std::string_view IsoCode = of("isoCode", "iso_code");
+    std::string_view CurrencyId = of("currencyId", "currency_id");
+    std::string_view IsPrefixSymbol = of("isPrefixSymbol", "is_prefix_symbol");
+    std::string_view CurrencySymbol = of("currencySymbol", "currency_symbol");
+    std::string_view IsActive = of("isActive", "is_active");
+    std::string_view DecimalPlaces = of("decimalPlaces", "decimal_places");
+    std::string_view CurrencyName = of("currencyName", "currency_name");
+    std::string_view DecimalSeperator = of("decimalSeperator", "decimal_seperator");
+};
+struct CurrencyMetadataDatabaseConstants : TableTwin<CurrencyMetadataConstants> {
+    /// Fails with the column of the first number that is absent or none: with a wrong rate every amount is wrong.
+    Result<CurrencyMetadata, std::string> getCurrencyMetadataStrictly(const ValueMap& row) const;
+};
 
 /// A currency of the organisation and how its amounts are written.
 struct CurrencyMetadata {
@@ -23,57 +44,23 @@ struct CurrencyMetadata {
     std::string currencyName;
     std::string decimalSeperator;
 
+    using InMemoryKeys = CurrencyMetadataConstants;
     static constexpr auto fields() {
-        using C = CurrencyMetadata;
-        return describe(field("orderNo", &C::orderNo), field("exchangeRate", &C::exchangeRate),
-                        field("thousandSeperator", &C::thousandSeperator), field("isBase", &C::isBase),
-                        field("isoCode", &C::isoCode), field("currencyId", &C::currencyId),
-                        field("isPrefixSymbol", &C::isPrefixSymbol), field("currencySymbol", &C::currencySymbol),
-                        field("isActive", &C::isActive), field("decimalPlaces", &C::decimalPlaces),
-                        field("currencyName", &C::currencyName), field("decimalSeperator", &C::decimalSeperator));
+        using V = CurrencyMetadata;
+        using Names = CurrencyMetadataConstants;
+        return describe(field("orderNo", &V::orderNo, &Names::OrderNo).required(),
+                        field("exchangeRate", &V::exchangeRate, &Names::ExchangeRate).required(),
+                        field("thousandSeperator", &V::thousandSeperator, &Names::ThousandSeperator),
+                        field("isBase", &V::isBase, &Names::IsBase), field("isoCode", &V::isoCode, &Names::IsoCode),
+                        field("currencyId", &V::currencyId, &Names::CurrencyId),
+                        field("isPrefixSymbol", &V::isPrefixSymbol, &Names::IsPrefixSymbol),
+                        field("currencySymbol", &V::currencySymbol, &Names::CurrencySymbol),
+                        field("isActive", &V::isActive, &Names::IsActive),
+                        field("decimalPlaces", &V::decimalPlaces, &Names::DecimalPlaces).required(),
+                        field("currencyName", &V::currencyName, &Names::CurrencyName),
+                        field("decimalSeperator", &V::decimalSeperator, &Names::DecimalSeperator));
     }
     friend bool operator==(const CurrencyMetadata&, const CurrencyMetadata&) = default;
 };
-
-struct CurrencyMetadataConstants {
-    std::string_view TableName = "CurrencyMetadata";
-    std::string_view OrderNo = "orderNo";
-    std::string_view ExchangeRate = "exchangeRate";
-    std::string_view ThousandSeperator = "thousandSeperator";
-    std::string_view IsBase = "isBase";
-    std::string_view IsoCode = "isoCode";
-    std::string_view CurrencyId = "currencyId";
-    std::string_view IsPrefixSymbol = "isPrefixSymbol";
-    std::string_view CurrencySymbol = "currencySymbol";
-    std::string_view IsActive = "isActive";
-    std::string_view DecimalPlaces = "decimalPlaces";
-    std::string_view CurrencyName = "currencyName";
-    std::string_view DecimalSeperator = "decimalSeperator";
-};
-
-struct CurrencyMetadataDatabaseConstants : CurrencyMetadataConstants {
-    constexpr CurrencyMetadataDatabaseConstants() {
-        TableName = " CURRENCY_METADATA";
-        OrderNo = "order_no";
-        ExchangeRate = "exchange_rate";
-        ThousandSeperator = "thousand_seperator";
-        IsBase = "is_base";
-        IsoCode = "iso_code";
-        CurrencyId = "currency_id";
-        IsPrefixSymbol = "is_prefix_symbol";
-        CurrencySymbol = "currency_symbol";
-        IsActive = "is_active";
-        DecimalPlaces = "decimal_places";
-        CurrencyName = "currency_name";
-        DecimalSeperator = "decimal_seperator";
-    }
-    ValueMap getDictionary(const CurrencyMetadata& currency) const;
-    CurrencyMetadata getCurrencyMetadata(const Row& row) const;
-    /// Fails with the column of the first number that is absent or none: with a wrong rate every amount is wrong.
-    Result<CurrencyMetadata, std::string> getCurrencyMetadataStrictly(const ValueMap& row) const;
-};
-
-/// A member by its plain key, for filters in memory.
-InMemoryPropertyValue propertyForKey(const CurrencyMetadata& currency, std::string_view key);
 
 }  // namespace tarvo

@@ -43,7 +43,7 @@ Result<CurrencyMetadata, ParserError> CurrencyMetadataInDatabase::firstWhere(std
 
 std::optional<std::vector<CurrencyMetadata>> CurrencyMetadataInDatabase::currenciesOf(
     const std::optional<Rows>& rows) const {
-    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getCurrencyMetadata(row); });
+    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getValue(row); });
 }
 
 }  // namespace tarvo

@@ -36,17 +36,27 @@ struct CustomView final : FilterProtocol {
 
     static constexpr auto fields() {
         using V = CustomView;
-        return describe(
-            field("viewID", &V::viewID), field("viewType", &V::viewType), field("viewName", &V::viewName),
-            field("viewDisplayName", &V::viewDisplayName), field("moduleName", &V::moduleName),
-            field("isOfflineSupported", &V::isOfflineSupported), field("isDefault", &V::isDefault),
-            field("offlineQuery", &V::offlineQuery), field("offlineQueryReplaceInfo", &V::offlineQueryReplaceInfo),
-            field("lastModifiedTime", &V::lastModifiedTime), field("isUserCustomView", &V::isUserCustomView),
-            field("listFields", &V::listFields), field("mode", &V::mode), field("sectionID", &V::sectionID),
-            field("defaultSortBy", &V::defaultSortBy), field("defaultSortOrder", &V::defaultSortOrder),
-            field("selectedColumnsQuery", &V::selectedColumnsQuery), field("viewOrder", &V::viewOrder),
-            field("sectionDisplayName", &V::sectionDisplayName), field("sortBy", &V::sortBy),
-            field("sortOrder", &V::sortOrder));
+        using Names = CustomViewConstants;
+        // Where columns are shared, the last member that is written stays: the sort by name, not the one by number.
+        return describe(field("viewID", &V::viewID, &Names::ViewID), field("viewType", &V::viewType, &Names::ViewType),
+                        field("viewName", &V::viewName, &Names::ViewName),
+                        field("viewDisplayName", &V::viewDisplayName, &Names::ViewDisplayName),
+                        field("moduleName", &V::moduleName, &Names::ModuleName),
+                        field("isOfflineSupported", &V::isOfflineSupported, &Names::IsOfflineSupported),
+                        field("isDefault", &V::isDefault, &Names::IsDefault),
+                        field("offlineQuery", &V::offlineQuery, &Names::OfflineQuery),
+                        field("offlineQueryReplaceInfo", &V::offlineQueryReplaceInfo, &Names::OfflineQueryReplaceInfo),
+                        field("lastModifiedTime", &V::lastModifiedTime, &Names::LastModifiedTime),
+                        field("isUserCustomView", &V::isUserCustomView, &Names::IsUserCustomView),
+                        field("listFields", &V::listFields, &Names::ListFields), field("mode", &V::mode, &Names::Mode),
+                        field("sectionID", &V::sectionID, &Names::SectionID),
+                        field("defaultSortBy", &V::defaultSortBy, &Names::DefaultSortBy),
+                        field("defaultSortOrder", &V::defaultSortOrder, &Names::DefaultSortOrder),
+                        field("selectedColumnsQuery", &V::selectedColumnsQuery, &Names::SelectedColumnsQuery),
+                        field("viewOrder", &V::viewOrder, &Names::ViewOrder),
+                        field("sectionDisplayName", &V::sectionDisplayName, &Names::SectionDisplayName),
+                        field("sortBy", &V::sortBy, &Names::SortBy),
+                        field("sortOrder", &V::sortOrder, &Names::SortOrder));
     }
     friend bool operator==(const CustomView&, const CustomView&) = default;
 };

@@ -2,70 +2,38 @@
 
 #include <string_view>
 
-#include "platform/Rows.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
 
 struct CustomView;
 
-/// Plain keys of a custom view.
-struct CustomViewConstants {
-    std::string_view TableName = "CustomView";
-    std::string_view ViewID = "ViewID";
-    std::string_view ViewType = "ViewType";
-    std::string_view ViewName = "ViewName";
-    std::string_view ViewDisplayName = "ViewDisplayName";
-    std::string_view ModuleName = "ModuleName";
-    std::string_view IsOfflineSupported = "IsOfflineSupported";
-    std::string_view IsDefault = "IsDefault";
-    std::string_view OfflineQuery = "OfflineQuery";
-    std::string_view OfflineQueryReplaceInfo = "OfflineQueryReplaceInfo";
-    std::string_view LastModifiedTime = "LastModifiedTime";
-    std::string_view IsUserCustomView = "IsUserCustomView";
-    std::string_view ListFields = "ListFields";
-    std::string_view Mode = "Mode";
-    std::string_view SectionID = "SectionID";
-    std::string_view DefaultSortBy = "DefaultSortBy";
-    std::string_view DefaultSortOrder = "DefaultSortOrder";
-    std::string_view SelectedColumnsQuery = "SelectedColumnsQuery";
-    std::string_view ViewOrder = "ViewOrder";
-    std::string_view SectionDisplayName = "SectionDisplayName";
-    std::string_view SortBy = "SortBy";
-    std::string_view SortOrder = "SortOrder";
-
-    ValueMap getDictionary(const CustomView& customView) const;
-    CustomView getValue(const ValueMap& map) const;
+/// A member without a column has the empty name there.
+struct CustomViewConstants : StoredNames<CustomViewConstants, CustomView> {
+    std::string_view TableName = of("CustomView", "CUSTOM_VIEWS_METADATA");
+    std::string_view ViewID = of("ViewID", "view_id");
+    std::string_view ViewType = of("ViewType", "view_type");
+    std::string_view ViewName = of("ViewName", "view_name");
+    std::string_view ViewDisplayName = of("ViewDisplayName", "view_display_name");
+    std::string_view ModuleName = of("ModuleName", "module_name");
+    std::string_view IsOfflineSupported = of("IsOfflineSupported", "is_offline_supported");
+    std::string_view IsDefault = of("IsDefault", "is_default");
+    std::string_view OfflineQuery = of("OfflineQuery", "offline_query");
+    std::string_view OfflineQueryReplaceInfo = of("OfflineQueryReplaceInfo", "offline_query_replace_info");
+    std::string_view LastModifiedTime = of("LastModifiedTime", "last_modified_time");
+    std::string_view IsUserCustomView = of("IsUserCustomView", "is_user_customview");
+    std::string_view ListFields = of("ListFields", "list_fields");
+    std::string_view Mode = of("Mode", "mode");
+    std::string_view SectionID = of("SectionID", "section_id");
+    std::string_view DefaultSortBy = of("DefaultSortBy", "");
+    std::string_view DefaultSortOrder = of("DefaultSortOrder", "");
+    std::string_view SelectedColumnsQuery = of("SelectedColumnsQuery", "");
+    std::string_view ViewOrder = of("ViewOrder", "view_order");
+    std::string_view SectionDisplayName = of("SectionDisplayName", "section_display_name");
+    std::string_view SortBy = of("SortBy", "default_sort_by");
+    std::string_view SortOrder = of("SortOrder", "default_sort_order");
 };
-
-/// Columns of the table of custom views. A member without a column has the empty name.
-struct CustomViewDatabaseConstants : CustomViewConstants {
-    constexpr CustomViewDatabaseConstants() {
-        TableName = "CUSTOM_VIEWS_METADATA";
-        ViewID = "view_id";
-        ViewType = "view_type";
-        ViewName = "view_name";
-        ViewDisplayName = "view_display_name";
-        ModuleName = "module_name";
-        IsOfflineSupported = "is_offline_supported";
-        IsDefault = "is_default";
-        OfflineQuery = "offline_query";
-        OfflineQueryReplaceInfo = "offline_query_replace_info";
-        LastModifiedTime = "last_modified_time";
-        IsUserCustomView = "is_user_customview";
-        ListFields = "list_fields";
-        Mode = "mode";
-        SectionID = "section_id";
-        DefaultSortBy = "";
-        DefaultSortOrder = "";
-        SelectedColumnsQuery = "";
-        ViewOrder = "view_order";
-        SectionDisplayName = "section_display_name";
-        SortBy = "default_sort_by";
-        SortOrder = "default_sort_order";
-    }
-    ValueMap getDictionary(const CustomView& customView) const;
-    CustomView getValue(const Row& row) const;
-};
+struct CustomViewDatabaseConstants : TableTwin<CustomViewConstants> {};
 
 /// The same table where views keep the server's own criteria.
 struct CustomViewWithOfflineQueryDatabaseConstants : CustomViewDatabaseConstants {

@@ -6,10 +6,51 @@
 #include "platform/Result.h"
 #include "platform/Rows.h"
 #include "tarvobase/configuration/FieldIdentifier.h"
-#include "tarvobase/usecase/Describe.h"
 #include "tarvobase/value_objects/FieldDataType.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct FieldMetadata;
+
+/// Reading fails with the key of the type when it is absent or not known to this version: nobody could say what the
+/// values of such a field are.
+struct FieldMetadataConstants : StoredNames<FieldMetadataConstants, FieldMetadata, Result<FieldMetadata, std::string>> {
+    std::string_view TableName = of("ModuleSpecificMetadata", "MODULE_SPECIFIC_METADATA");
+    std::string_view FieldID = of("FiledID", "field_id");
+    std::string_view FieldAPIName = of("FieldAPIName", "field_api_name");
+    std::string_view ModuleName = of("ModuleName", "module_name");
+    std::string_view ColumnCRMName = of("ColumnCRMName", "crm_col_name");
+    std::string_view FieldLabel = of("FieldLabel", "field_label");
+    std::string_view FieldType = of("FieldType", "field_type");
+    std::string_view MaxLength = of("MaxLength", "max_length");
+    std::string_view IsReadOnly = of("IsReadOnly", "is_read_only");
+    std::string_view IsCustomField = of("IsCustomField", "is_custom_field");
+    std::string_view IsUnique = of("IsUnique", "is_unique");
+    std::string_view IsQuickCreate = of("IsQuickCreate", "is_quick_create");
+    std::string_view IsPrimaryKey = of("IsPrimaryKey", "is_primary_key");
+    std::string_view IsMproxyMetadata = of("IsMproxyMetadata", "is_mproxy_metadata");
+    std::string_view LookupModule = of("LookupModule", "lookup_module_api");
+    std::string_view RelatedListID = of("RelatedListID", "related_list_id");
+    std::string_view Visible = of("Visible", "visible");
+    std::string_view Mode = of("Mode", "mode");
+    std::string_view DisplayPrefs = of("DisplayPrefs", "additional_info");
+};
+struct FieldMetadataDatabaseConstants : TableTwin<FieldMetadataConstants> {
+    std::string_view crmColumn() const { return ColumnCRMName; }
+    std::string_view fieldApiName() const { return FieldAPIName; }
+    /// The column of the identifier of the naming in force, or of a naming that was taken earlier.
+    std::string_view fieldIdentifier() const;
+    std::string_view fieldIdentifier(const FieldIdentifier& naming) const {
+        return this->*naming.fieldConstantIdentifierKP;
+    }
+};
+
+/// A stored text that is not a JSON map costs the preferences, not the field.
+struct DisplayPrefsCodec {
+    static Value write(const ValueMap& map, Form form);
+    static std::optional<ValueMap> read(const ValueView& view, Form form);
+};
 
 /// A column of a module.
 struct FieldMetadata {
@@ -81,16 +122,25 @@ struct FieldMetadata {
     std::optional<SubformModuleInfo> getSubformModuleInfo() const;
 
     static constexpr auto fields() {
-        using F = FieldMetadata;
-        return describe(field("fieldID", &F::fieldID), field("fieldAPIName", &F::fieldAPIName),
-                        field("moduleName", &F::moduleName), field("columnCRMName", &F::columnCRMName),
-                        field("fieldLabel", &F::fieldLabel), field("fieldType", &F::fieldType),
-                        field("maxLength", &F::maxLength), field("isReadOnly", &F::isReadOnly),
-                        field("isCustomField", &F::isCustomField), field("isUnique", &F::isUnique),
-                        field("isQuickCreate", &F::isQuickCreate), field("isPrimaryKey", &F::isPrimaryKey),
-                        field("isMproxyMetadata", &F::isMproxyMetadata), field("lookupModule", &F::lookupModule),
-                        field("relatedListID", &F::relatedListID), field("visible", &F::visible),
-                        field("mode", &F::mode), field("displayPrefs", &F::displayPrefs));
+        using V = FieldMetadata;
+        using Names = FieldMetadataConstants;
+        return describe(field("fieldID", &V::fieldID, &Names::FieldID),
+                        field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName),
+                        field("moduleName", &V::moduleName, &Names::ModuleName),
+                        field("columnCRMName", &V::columnCRMName, &Names::ColumnCRMName),
+                        field("fieldLabel", &V::fieldLabel, &Names::FieldLabel),
+                        field("fieldType", &V::fieldType, &Names::FieldType).required(),
+                        field("maxLength", &V::maxLength, &Names::MaxLength),
+                        field("isReadOnly", &V::isReadOnly, &Names::IsReadOnly),
+                        field("isCustomField", &V::isCustomField, &Names::IsCustomField),
+                        field("isUnique", &V::isUnique, &Names::IsUnique),
+                        field("isQuickCreate", &V::isQuickCreate, &Names::IsQuickCreate),
+                        field("isPrimaryKey", &V::isPrimaryKey, &Names::IsPrimaryKey),
+                        field("isMproxyMetadata", &V::isMproxyMetadata, &Names::IsMproxyMetadata),
+                        field("lookupModule", &V::lookupModule, &Names::LookupModule),
+                        field("relatedListID", &V::relatedListID, &Names::RelatedListID),
+                        field("visible", &V::visible, &Names::Visible), field("mode", &V::mode, &Names::Mode),
+                        fieldBy<DisplayPrefsCodec>("displayPrefs", &V::displayPrefs, &Names::DisplayPrefs));
     }
     friend bool operator==(const FieldMetadata&, const FieldMetadata&) = default;
 };
@@ -103,66 +153,5 @@ using DisplayMode = FieldMetadata::DisplayMode;
 
 /// What a field of a module and a field of a layout have in common; a `LayoutMetadata` is one too.
 using Metadata = FieldMetadata;
-
-/// Plain keys of a field, and in the twin below its columns.
-struct FieldMetadataConstants {
-    std::string_view TableName = "ModuleSpecificMetadata";
-    std::string_view FieldID = "FiledID";
-    std::string_view FieldAPIName = "FieldAPIName";
-    std::string_view ModuleName = "ModuleName";
-    std::string_view ColumnCRMName = "ColumnCRMName";
-    std::string_view FieldLabel = "FieldLabel";
-    std::string_view FieldType = "FieldType";
-    std::string_view MaxLength = "MaxLength";
-    std::string_view IsReadOnly = "IsReadOnly";
-    std::string_view IsCustomField = "IsCustomField";
-    std::string_view IsUnique = "IsUnique";
-    std::string_view IsQuickCreate = "IsQuickCreate";
-    std::string_view IsPrimaryKey = "IsPrimaryKey";
-    std::string_view IsMproxyMetadata = "IsMproxyMetadata";
-    std::string_view LookupModule = "LookupModule";
-    std::string_view RelatedListID = "RelatedListID";
-    std::string_view Visible = "Visible";
-    std::string_view Mode = "Mode";
-    std::string_view DisplayPrefs = "DisplayPrefs";
-
-    ValueMap getDictionary(const FieldMetadata& fieldMetadata) const;
-    /// Fails with the key of what a field cannot do without: a known type and its names.
-    Result<FieldMetadata, std::string> getValue(const ValueMap& map) const;
-};
-
-struct FieldMetadataDatabaseConstants : FieldMetadataConstants {
-    constexpr FieldMetadataDatabaseConstants() {
-        TableName = "MODULE_SPECIFIC_METADATA";
-        FieldID = "field_id";
-        FieldAPIName = "field_api_name";
-        ModuleName = "module_name";
-        ColumnCRMName = "crm_col_name";
-        FieldLabel = "field_label";
-        FieldType = "field_type";
-        MaxLength = "max_length";
-        IsReadOnly = "is_read_only";
-        IsCustomField = "is_custom_field";
-        IsUnique = "is_unique";
-        IsQuickCreate = "is_quick_create";
-        IsPrimaryKey = "is_primary_key";
-        IsMproxyMetadata = "is_mproxy_metadata";
-        LookupModule = "lookup_module_api";
-        RelatedListID = "related_list_id";
-        Visible = "visible";
-        Mode = "mode";
-        DisplayPrefs = "additional_info";
-    }
-    ValueMap getDictionary(const FieldMetadata& fieldMetadata) const;
-    Result<FieldMetadata, std::string> getValue(const Row& row) const;
-
-    std::string_view crmColumn() const { return ColumnCRMName; }
-    std::string_view fieldApiName() const { return FieldAPIName; }
-    /// The column of the identifier of the naming in force, or of a naming that was taken earlier.
-    std::string_view fieldIdentifier() const;
-    std::string_view fieldIdentifier(const FieldIdentifier& naming) const {
-        return this->*naming.fieldConstantIdentifierKP;
-    }
-};
 
 }  // namespace tarvo

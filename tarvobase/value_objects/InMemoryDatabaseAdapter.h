@@ -12,7 +12,7 @@
 #include "platform/FunctionRef.h"
 #include "platform/Object.h"
 #include "platform/Value.h"
-#include "tarvobase/usecase/Describe.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
 
@@ -61,7 +61,7 @@ public:
     virtual InMemoryPropertyValue operator[](std::string_view key) const = 0;
 };
 
-/// A value object as an object in memory. Its class comes with a function `propertyForKey(value, key)`.
+/// A value object as an object in memory.
 template <class T>
 struct InMemoryObject final : InMemeoryDatabaseStorable {
     explicit InMemoryObject(T value) : value(std::move(value)) {}
@@ -69,21 +69,26 @@ struct InMemoryObject final : InMemeoryDatabaseStorable {
     const T value;
 };
 
-/// The member that a stored form has under a key; the empty text when there is none.
-template <class Form, class T, class Constants>
-InMemoryPropertyValue propertyOf(const Form& form, const T& value, std::string_view key, const Constants& names) {
-    InMemoryPropertyValue property("");
-    form.visitMember(value, key, names, [&](const auto& member) { property = InMemoryPropertyValue::of(member); });
-    return property;
+/// The key of a field in memory: its plain key where the value says whose keys these are (`T::InMemoryKeys`), otherwise
+/// the name of its member.
+template <class T, class Field>
+std::optional<std::string_view> inMemoryKey(const Field& field) {
+    if constexpr (!requires { typename T::InMemoryKeys; })
+        return field.name;
+    else if constexpr (IsStoredField<Field>)
+        return typename T::InMemoryKeys().*field.key;
+    else
+        return std::nullopt;
 }
 
-/// A value object that has no keys of its own in memory goes by the names of its members.
+/// The member under a key; the empty text when there is none.
 template <Described T>
 InMemoryPropertyValue propertyForKey(const T& value, std::string_view key) {
     InMemoryPropertyValue property("");
-    forEachField(value, [&](std::string_view name, const auto& member) {
-        if (name == key) property = InMemoryPropertyValue::of(member);
-    });
+    auto visit = [&](const auto& field) {
+        if (inMemoryKey<T>(field) == key) property = InMemoryPropertyValue::of(value.*field.pointer);
+    };
+    T::fields().apply([&](const auto&... fields) { (visit(fields), ...); });
     return property;
 }
 

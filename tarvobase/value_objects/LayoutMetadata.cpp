@@ -7,36 +7,22 @@ namespace tarvo {
 
 namespace {
 
-/// True is the integer 1, a Bool true or the text "true", whatever the server's type of the column.
-struct OptBoolCodec : MemberCodec<bool> {
-    static std::optional<bool> read(const ValueView& view, Form) {
-        if (view.isNull()) return std::nullopt;
-        return view.asBool() == true || view.asInteger() == 1 || view.asText() == "true";
-    }
-};
-
-struct AdditionalInfoCodec : MemberCodec<std::optional<ValueMap>> {
-    static Value write(const std::optional<ValueMap>& map, Form) {
-        return map ? jsonTextOrNull(*map, "additionalInfo") : Value();
-    }
-};
-
-using Place = LayoutFieldData;
-using PlaceNames = LayoutMetadataDatabaseConstants;
-
-const auto placeForm = form<Place, PlaceNames>(
-    member(&Place::layoutID, &PlaceNames::LayoutID), member(&Place::fieldID, &PlaceNames::FieldID),
-    member(&Place::fieldAPIName, &PlaceNames::FieldAPIName), member(&Place::crmColumnName, &PlaceNames::ColumnCRMName),
-    member(&Place::moduleName, &PlaceNames::ModuleName), member(&Place::sectionName, &PlaceNames::SectionName),
-    member(&Place::sectionDV, &PlaceNames::SectionDV), member(&Place::isSubformSection, &PlaceNames::IsSubformSection),
-    member(&Place::sectionSequence, &PlaceNames::SectionSequence),
-    memberBy<OptBoolCodec>(&Place::mandatory, &PlaceNames::Mandatory),
-    member(&Place::defaultValue, &PlaceNames::DefaultValue), member(&Place::fieldPosition, &PlaceNames::FieldPosition),
-    memberBy<AdditionalInfoCodec>(&Place::additionalInfo, &PlaceNames::AdditionalInfo));
-
 bool hasMoreColumns() { return CommonConfigration::sharedInstance().hasAdditionalInfoAndSubformKeysInLayoutMeta.get(); }
 
 }  // namespace
+
+Value OptBoolCodec::write(bool value, Form form) { return MemberCodec<bool>::write(value, form); }
+std::optional<bool> OptBoolCodec::read(const ValueView& view, Form) {
+    if (view.isNull()) return std::nullopt;
+    return view.asBool() == true || view.asInteger() == 1 || view.asText() == "true";
+}
+
+Value AdditionalInfoCodec::write(const std::optional<ValueMap>& map, Form) {
+    return map ? jsonTextOrNull(*map, "additionalInfo") : Value();
+}
+std::optional<std::optional<ValueMap>> AdditionalInfoCodec::read(const ValueView& view, Form form) {
+    return MemberCodec<std::optional<ValueMap>>::read(view, form);
+}
 
 LayoutMetadata::LayoutMetadata(const LayoutFieldData& place, const FieldMetadata& field)
     : FieldMetadata(field),
@@ -67,7 +53,7 @@ LayoutFieldData LayoutMetadata::layoutFieldData() const {
 }
 
 ValueMap LayoutMetadataDatabaseConstants::convertLayoutMetadataToDictionary(const LayoutFieldData& place) const {
-    auto row = placeForm.toMap(place, *this, Form::table);
+    auto row = StoredForm<LayoutFieldData>::toMap(place, *this);
     if (!hasMoreColumns()) {
         row.remove(IsSubformSection);
         row.remove(AdditionalInfo);
@@ -77,7 +63,7 @@ ValueMap LayoutMetadataDatabaseConstants::convertLayoutMetadataToDictionary(cons
 
 std::optional<LayoutMetadata> LayoutMetadataDatabaseConstants::convertDictionaryToLayoutMetadata(
     const Row& row, const FieldList& fieldList) const {
-    auto place = placeForm.read(row, *this, Form::table);
+    auto place = StoredForm<LayoutFieldData>::read(row, *this);
     auto field = fieldList.getField(place.*fieldList.naming().layoutFieldDataIdentifierKP);
     if (!field) return std::nullopt;
     if (!hasMoreColumns()) {

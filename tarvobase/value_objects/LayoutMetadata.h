@@ -13,6 +13,40 @@
 namespace tarvo {
 
 struct User;
+struct LayoutFieldData;
+struct LayoutMetadata;
+
+/// Columns of the table of layouts. It holds layout data alone: the field is found by its identifier.
+struct LayoutMetadataDatabaseConstants : FieldMetadataDatabaseConstants {
+    std::string_view LayoutID = "layout_id";
+    std::string_view SectionName = "section_name";
+    std::string_view SectionDV = "section_dv";
+    std::string_view SectionSequence = "section_sequence";
+    std::string_view Mandatory = "mandatory";
+    std::string_view DefaultValue = "default_value";
+    std::string_view FieldPosition = "position";
+    /// Written and read only with `CommonConfigration.hasAdditionalInfoAndSubformKeysInLayoutMeta`.
+    std::string_view IsSubformSection = "is_subform_section";
+    std::string_view AdditionalInfo = "layout_additional_info";
+
+    constexpr LayoutMetadataDatabaseConstants() { TableName = "LAYOUT_SPECIFIC_METADATA"; }
+
+    ValueMap convertLayoutMetadataToDictionary(const LayoutFieldData& place) const;
+    /// The row joined with its field; nullopt when the list does not have the field.
+    std::optional<LayoutMetadata> convertDictionaryToLayoutMetadata(const Row& row, const FieldList& fieldList) const;
+};
+
+/// True is the integer 1, a Bool true or the text "true", whatever the server's type of the column.
+struct OptBoolCodec {
+    static Value write(bool value, Form form);
+    static std::optional<bool> read(const ValueView& view, Form form);
+};
+
+/// Information that JSON cannot say is left out.
+struct AdditionalInfoCodec {
+    static Value write(const std::optional<ValueMap>& map, Form form);
+    static std::optional<std::optional<ValueMap>> read(const ValueView& view, Form form);
+};
 
 /// The stored form of one field in one layout.
 struct LayoutFieldData {
@@ -31,14 +65,21 @@ struct LayoutFieldData {
     std::optional<ValueMap> additionalInfo;
 
     static constexpr auto fields() {
-        using L = LayoutFieldData;
-        return describe(field("layoutID", &L::layoutID), field("fieldID", &L::fieldID),
-                        field("fieldAPIName", &L::fieldAPIName), field("crmColumnName", &L::crmColumnName),
-                        field("moduleName", &L::moduleName), field("sectionName", &L::sectionName),
-                        field("sectionDV", &L::sectionDV), field("isSubformSection", &L::isSubformSection),
-                        field("sectionSequence", &L::sectionSequence), field("mandatory", &L::mandatory),
-                        field("defaultValue", &L::defaultValue), field("fieldPosition", &L::fieldPosition),
-                        field("additionalInfo", &L::additionalInfo));
+        using V = LayoutFieldData;
+        using Names = LayoutMetadataDatabaseConstants;
+        return describe(field("layoutID", &V::layoutID, &Names::LayoutID),
+                        field("fieldID", &V::fieldID, &Names::FieldID),
+                        field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName),
+                        field("crmColumnName", &V::crmColumnName, &Names::ColumnCRMName),
+                        field("moduleName", &V::moduleName, &Names::ModuleName),
+                        field("sectionName", &V::sectionName, &Names::SectionName),
+                        field("sectionDV", &V::sectionDV, &Names::SectionDV),
+                        field("isSubformSection", &V::isSubformSection, &Names::IsSubformSection),
+                        field("sectionSequence", &V::sectionSequence, &Names::SectionSequence),
+                        fieldBy<OptBoolCodec>("mandatory", &V::mandatory, &Names::Mandatory),
+                        field("defaultValue", &V::defaultValue, &Names::DefaultValue),
+                        field("fieldPosition", &V::fieldPosition, &Names::FieldPosition),
+                        fieldBy<AdditionalInfoCodec>("additionalInfo", &V::additionalInfo, &Names::AdditionalInfo));
     }
     friend bool operator==(const LayoutFieldData&, const LayoutFieldData&) = default;
 };
@@ -98,26 +139,6 @@ struct LayoutMetadata : FieldMetadata {
                                  field("additionalInfo", &L::additionalInfo)),
                         FieldMetadata::fields());
     }
-};
-
-/// Columns of the table of layouts. It holds layout data alone: the field is found by its identifier.
-struct LayoutMetadataDatabaseConstants : FieldMetadataDatabaseConstants {
-    std::string_view LayoutID = "layout_id";
-    std::string_view SectionName = "section_name";
-    std::string_view SectionDV = "section_dv";
-    std::string_view SectionSequence = "section_sequence";
-    std::string_view Mandatory = "mandatory";
-    std::string_view DefaultValue = "default_value";
-    std::string_view FieldPosition = "position";
-    /// Written and read only with `CommonConfigration.hasAdditionalInfoAndSubformKeysInLayoutMeta`.
-    std::string_view IsSubformSection = "is_subform_section";
-    std::string_view AdditionalInfo = "layout_additional_info";
-
-    constexpr LayoutMetadataDatabaseConstants() { TableName = "LAYOUT_SPECIFIC_METADATA"; }
-
-    ValueMap convertLayoutMetadataToDictionary(const LayoutFieldData& place) const;
-    /// The row joined with its field; nothing when the list does not have the field.
-    std::optional<LayoutMetadata> convertDictionaryToLayoutMetadata(const Row& row, const FieldList& fieldList) const;
 };
 
 }  // namespace tarvo

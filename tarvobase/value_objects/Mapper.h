@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/Result.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
 
@@ -22,7 +22,7 @@ struct ParsingError {
 ///
 /// `Derived` gives `getValue(const ValueMap&)` and `getDictionary(const T&)`; the list operations are shared.
 template <class Derived, class T>
-struct Mapper {
+struct Mapper : NamesInForm {
     using MappedType = T;
 
     /// The values of the maps that can be read; one damaged row does not cost the others.
@@ -52,11 +52,13 @@ concept MapperType = requires(const M& mapper, const ValueMap& map, const typena
     { mapper.getDictionary(value) } -> std::same_as<ValueMap>;
 };
 
-/// A strict read through a stored form.
-template <class StoredForm, class Source, class Constants>
-auto strictly(const StoredForm& form, const Source& source, const Constants& names, Form kind) {
-    using T = std::remove_cvref_t<decltype(form.readStrictly(source, names, kind).value())>;
-    auto read = form.readStrictly(source, names, kind);
+template <Described T>
+class StoredForm;
+
+/// A strict read through the stored form of a value. The source file includes StoredForm.h.
+template <class T, class Source, class Names>
+Result<T, ParsingError> strictly(const Source& source, const Names& names, Form form) {
+    auto read = StoredForm<T>::readStrictly(source, names, form);
     return read ? Result<T, ParsingError>(std::move(read).value())
                 : Result<T, ParsingError>(ParsingError{read.error()});
 }

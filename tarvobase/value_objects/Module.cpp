@@ -1,44 +1,34 @@
 #include "tarvobase/value_objects/Module.h"
 
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/value_objects/StoredForm.h"
 
 namespace tarvo {
 
 namespace {
 
-const auto moduleForm = form<Module, ModuleConstants>(
-    member(&Module::moduleName, &ModuleConstants::ModuleName),
-    member(&Module::singularName, &ModuleConstants::SingularName),
-    member(&Module::pluralName, &ModuleConstants::PluralName), member(&Module::apiName, &ModuleConstants::APIName),
-    member(&Module::position, &ModuleConstants::Position),
-    member(&Module::type, &ModuleConstants::generatedType, ModuleType::none),
-    member(&Module::tableCreationQuery, &ModuleConstants::TableCreationQuery, {}, Written::tableOnly));
-
 bool isModuleIDSupported() { return CommonConfigration::sharedInstance().isModuleIDSupported.get(); }
+
+template <class Source>
+Module moduleOf(const Source& source, const ModuleConstants& names) {
+    auto module = StoredForm<Module>::read(source, names);
+    if (!isModuleIDSupported()) {
+        module.id = module.moduleName;
+    } else if (auto id = lookUp(source, names.ID)) {
+        module.id = MemberCodec<std::string>::read(*id, names.form).value_or("");
+    }
+    return module;
+}
 
 }  // namespace
 
-ValueMap ModuleConstants::toMap(const Module& module, Form form) const {
-    auto map = moduleForm.toMap(module, *this, form);
+ValueMap ModuleConstants::getDictionary(const Module& module) const {
+    auto map = StoredForm<Module>::toMap(module, *this);
     if (isModuleIDSupported()) map.set(ID, module.id);
     if (module.type == ModuleType::none) map.remove(generatedType);
     return map;
 }
-
-template <class Source>
-Module ModuleConstants::fromMap(const Source& source, Form form) const {
-    auto module = moduleForm.read(source, *this, form);
-    auto id = isModuleIDSupported() ? lookUp(source, ID) : std::nullopt;
-    module.id =
-        isModuleIDSupported() ? (id ? MemberCodec<std::string>::read(*id, form).value_or("") : "") : module.moduleName;
-    return module;
-}
-
-template Module ModuleConstants::fromMap(const ValueMap& source, Form form) const;
-template Module ModuleConstants::fromMap(const Row& source, Form form) const;
-
-InMemoryPropertyValue propertyForKey(const Module& module, std::string_view key) {
-    return propertyOf(moduleForm, module, key, ModuleConstants());
-}
+Module ModuleConstants::getValue(const ValueMap& map) const { return moduleOf(map, *this); }
+Module ModuleConstants::getValue(const Row& row) const { return moduleOf(row, *this); }
 
 }  // namespace tarvo

@@ -3,12 +3,29 @@
 #include <array>
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/InMemoryDatabaseAdapter.h"
 #include "tarvobase/value_objects/ModuleIdentifier.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct Module;
+
+struct ModuleConstants : NamesInForm {
+    std::string_view TableName = of("Modules", "MODULE_DETAILS");
+    std::string_view ID = of("ID", "id");
+    std::string_view ModuleName = of("moduleName", "module_name");
+    std::string_view SingularName = of("singularName", "singular_name");
+    std::string_view PluralName = of("pluralName", "plural_name");
+    std::string_view APIName = of("apiName", "api_name");
+    std::string_view Position = of("position");
+    std::string_view generatedType = of("type", "generated_type");
+    std::string_view TableCreationQuery = of("tableCreationQuery", "table_creation_query");
+
+    ValueMap getDictionary(const Module& module) const;
+    Module getValue(const ValueMap& map) const;
+    Module getValue(const Row& row) const;
+};
+struct ModuleDatabaseConstants : TableTwin<ModuleConstants> {};
 
 /// How the server came to a module.
 enum class ModuleType { custom, subform, picklisttracker, widget, web, linking, default_, mobileApp, none };
@@ -42,52 +59,18 @@ struct Module {
 
     ModuleIdentifier identifier() const { return ModuleIdentifier::fromModuleName(moduleName); }
 
+    using InMemoryKeys = ModuleConstants;
     static constexpr auto fields() {
-        return describe(field("id", &Module::id), field("moduleName", &Module::moduleName),
-                        field("singularName", &Module::singularName), field("pluralName", &Module::pluralName),
-                        field("apiName", &Module::apiName), field("position", &Module::position),
-                        field("type", &Module::type), field("tableCreationQuery", &Module::tableCreationQuery));
+        using V = Module;
+        using Names = ModuleConstants;
+        return describe(
+            field("id", &V::id), field("moduleName", &V::moduleName, &Names::ModuleName),
+            field("singularName", &V::singularName, &Names::SingularName),
+            field("pluralName", &V::pluralName, &Names::PluralName), field("apiName", &V::apiName, &Names::APIName),
+            field("position", &V::position, &Names::Position), field("type", &V::type, &Names::generatedType),
+            field("tableCreationQuery", &V::tableCreationQuery, &Names::TableCreationQuery).tableOnly());
     }
     friend bool operator==(const Module&, const Module&) = default;
 };
-
-struct ModuleConstants {
-    std::string_view TableName = "Modules";
-    std::string_view ID = "ID";
-    std::string_view ModuleName = "moduleName";
-    std::string_view SingularName = "singularName";
-    std::string_view PluralName = "pluralName";
-    std::string_view APIName = "apiName";
-    std::string_view Position = "position";
-    std::string_view generatedType = "type";
-    std::string_view TableCreationQuery = "tableCreationQuery";
-
-    ValueMap getDictionary(const Module& module) const { return toMap(module, Form::plain); }
-    Module getModule(const ValueMap& map) const { return fromMap(map, Form::plain); }
-
-protected:
-    ValueMap toMap(const Module& module, Form form) const;
-    template <class Source>
-    Module fromMap(const Source& source, Form form) const;
-};
-
-struct ModuleDatabaseConstants : ModuleConstants {
-    constexpr ModuleDatabaseConstants() {
-        TableName = "MODULE_DETAILS";
-        ID = "id";
-        ModuleName = "module_name";
-        SingularName = "singular_name";
-        PluralName = "plural_name";
-        APIName = "api_name";
-        Position = "position";
-        generatedType = "generated_type";
-        TableCreationQuery = "table_creation_query";
-    }
-    ValueMap getDictionary(const Module& module) const { return toMap(module, Form::table); }
-    Module getModule(const Row& row) const { return fromMap(row, Form::table); }
-};
-
-/// A member by its plain key, for filters in memory.
-InMemoryPropertyValue propertyForKey(const Module& module, std::string_view key);
 
 }  // namespace tarvo

@@ -57,7 +57,7 @@ std::optional<std::vector<Module>> ModuleInDatabase::modulesWhere(std::string_vi
 }
 
 std::optional<std::vector<Module>> ModuleInDatabase::modulesOf(const std::optional<Rows>& rows) const {
-    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getModule(row); });
+    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getValue(row); });
 }
 
 }  // namespace tarvo

@@ -2,10 +2,21 @@
 
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct ModuleLayoutInfo;
+
+struct ModuleLayoutInfoConstants : StoredNames<ModuleLayoutInfoConstants, ModuleLayoutInfo> {
+    std::string_view TableName = of("ModuleLayoutInfo", "MODULE_LAYOUT_INFO");
+    std::string_view ModuleName = of("ModuleName", "module_name");
+    std::string_view LayoutID = of("LayoutID", "layout_id");
+    std::string_view LayoutName = of("LayoutName", "layout_name");
+    std::string_view IsAccessible = of("IsAccessible", "is_accessible");
+    std::string_view IsDefault = of("IsDefault", "is_default");
+};
+struct ModuleLayoutInfoDatabaseConstants : TableTwin<ModuleLayoutInfoConstants> {};
 
 /// The name of one layout of a module.
 struct ModuleLayoutInfo {
@@ -16,37 +27,15 @@ struct ModuleLayoutInfo {
     bool isDefault = false;
 
     static constexpr auto fields() {
-        return describe(
-            field("moduleName", &ModuleLayoutInfo::moduleName), field("layoutID", &ModuleLayoutInfo::layoutID),
-            field("layoutName", &ModuleLayoutInfo::layoutName), field("isAccessible", &ModuleLayoutInfo::isAccessible),
-            field("isDefault", &ModuleLayoutInfo::isDefault));
+        using V = ModuleLayoutInfo;
+        using Names = ModuleLayoutInfoConstants;
+        return describe(field("moduleName", &V::moduleName, &Names::ModuleName),
+                        field("layoutID", &V::layoutID, &Names::LayoutID),
+                        field("layoutName", &V::layoutName, &Names::LayoutName),
+                        field("isAccessible", &V::isAccessible, &Names::IsAccessible),
+                        field("isDefault", &V::isDefault, &Names::IsDefault));
     }
     friend bool operator==(const ModuleLayoutInfo&, const ModuleLayoutInfo&) = default;
-};
-
-struct ModuleLayoutInfoConstants {
-    std::string_view TableName = "ModuleLayoutInfo";
-    std::string_view ModuleName = "ModuleName";
-    std::string_view LayoutID = "LayoutID";
-    std::string_view LayoutName = "LayoutName";
-    std::string_view IsAccessible = "IsAccessible";
-    std::string_view IsDefault = "IsDefault";
-
-    ValueMap getDictionary(const ModuleLayoutInfo& layout) const;
-    ModuleLayoutInfo getValue(const ValueMap& map) const;
-};
-
-struct ModuleLayoutInfoDatabaseConstants : ModuleLayoutInfoConstants {
-    constexpr ModuleLayoutInfoDatabaseConstants() {
-        TableName = "MODULE_LAYOUT_INFO";
-        ModuleName = "module_name";
-        LayoutID = "layout_id";
-        LayoutName = "layout_name";
-        IsAccessible = "is_accessible";
-        IsDefault = "is_default";
-    }
-    ValueMap getDictionary(const ModuleLayoutInfo& layout) const;
-    ModuleLayoutInfo getValue(const Row& row) const;
 };
 
 }  // namespace tarvo

@@ -3,10 +3,20 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct ModulePermission;
+
+struct ModulePermissionConstants : StoredNames<ModulePermissionConstants, ModulePermission> {
+    std::string_view TableName = of("ModulePermission", "PERMISSIONS");
+    std::string_view ModuleName = of("Modulename", "module_name");
+    std::string_view ModuleAPIName = of("ModuleAPPIName", "module_api_name");
+    std::string_view Key = of("Key", "permission_key");
+    std::string_view Value = of("Value", "permission_value");
+};
+struct ModulePermissionDatabaseConstants : TableTwin<ModulePermissionConstants> {};
 
 /// Whether the user's profile may do one thing with a module.
 struct ModulePermission {
@@ -16,9 +26,11 @@ struct ModulePermission {
     bool value = false;
 
     static constexpr auto fields() {
-        return describe(field("moduleName", &ModulePermission::moduleName),
-                        field("moduleAPIName", &ModulePermission::moduleAPIName), field("key", &ModulePermission::key),
-                        field("value", &ModulePermission::value));
+        using V = ModulePermission;
+        using Names = ModulePermissionConstants;
+        return describe(field("moduleName", &V::moduleName, &Names::ModuleName),
+                        field("moduleAPIName", &V::moduleAPIName, &Names::ModuleAPIName),
+                        field("key", &V::key, &Names::Key), field("value", &V::value, &Names::Value));
     }
     friend bool operator==(const ModulePermission&, const ModulePermission&) = default;
 };
@@ -43,29 +55,6 @@ struct PermissionList {
 
     static constexpr auto fields() { return describe(field("permissionList", &PermissionList::permissionList)); }
     friend bool operator==(const PermissionList&, const PermissionList&) = default;
-};
-
-struct ModulePermissionConstants {
-    std::string_view TableName = "ModulePermission";
-    std::string_view ModuleName = "Modulename";
-    std::string_view ModuleAPIName = "ModuleAPPIName";
-    std::string_view Key = "Key";
-    std::string_view Value = "Value";
-
-    ValueMap getDictionary(const ModulePermission& permission) const;
-    ModulePermission getValue(const ValueMap& map) const;
-};
-
-struct ModulePermissionDatabaseConstants : ModulePermissionConstants {
-    constexpr ModulePermissionDatabaseConstants() {
-        TableName = "PERMISSIONS";
-        ModuleName = "module_name";
-        ModuleAPIName = "module_api_name";
-        Key = "permission_key";
-        Value = "permission_value";
-    }
-    ValueMap getDictionary(const ModulePermission& permission) const;
-    ModulePermission getValue(const Row& row) const;
 };
 
 }  // namespace tarvo

@@ -1,10 +1,25 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct Organisation;
+
+struct OrganisationConstants : StoredNames<OrganisationConstants, Organisation> {
+    std::string_view TableName = of("Organisations", "ORGANISATIONS");
+    std::string_view OrgID = of("orgID", "org_id");
+    std::string_view OrgName = of("orgName", "org_name");
+    std::string_view IsAppDefault = of("isAppDefault", "is_app_default");
+    std::string_view IsWebDefault = of("isWebDefault", "is_web_default");
+
+    /// Absent for a map without an id.
+    std::optional<Organisation> getOrganisation(const ValueMap& map) const;
+};
+struct OrganisationDatabaseConstants : TableTwin<OrganisationConstants> {};
 
 /// An organisation of the account.
 struct Organisation {
@@ -14,35 +29,13 @@ struct Organisation {
     bool isWebDefault = false;  ///< the one that the account's browser sessions open
 
     static constexpr auto fields() {
-        return describe(field("orgID", &Organisation::orgID), field("orgName", &Organisation::orgName),
-                        field("isAppDefault", &Organisation::isAppDefault),
-                        field("isWebDefault", &Organisation::isWebDefault));
+        using V = Organisation;
+        using Names = OrganisationConstants;
+        return describe(field("orgID", &V::orgID, &Names::OrgID), field("orgName", &V::orgName, &Names::OrgName),
+                        field("isAppDefault", &V::isAppDefault, &Names::IsAppDefault),
+                        field("isWebDefault", &V::isWebDefault, &Names::IsWebDefault));
     }
     friend bool operator==(const Organisation&, const Organisation&) = default;
-};
-
-struct OrganisationConstants {
-    std::string_view TableName = "Organisations";
-    std::string_view OrgID = "orgID";
-    std::string_view OrgName = "orgName";
-    std::string_view IsAppDefault = "isAppDefault";
-    std::string_view IsWebDefault = "isWebDefault";
-
-    ValueMap getDictionary(const Organisation& organisation) const;
-    /// Nothing for a map without an id.
-    std::optional<Organisation> getOrganisation(const ValueMap& map) const;
-};
-
-struct OrganisationDatabaseConstants : OrganisationConstants {
-    constexpr OrganisationDatabaseConstants() {
-        TableName = "ORGANISATIONS";
-        OrgID = "org_id";
-        OrgName = "org_name";
-        IsAppDefault = "is_app_default";
-        IsWebDefault = "is_web_default";
-    }
-    ValueMap getDictionary(const Organisation& organisation) const;
-    Organisation getOrganisation(const Row& row) const;
 };
 
 }  // namespace tarvo

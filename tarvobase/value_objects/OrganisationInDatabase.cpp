@@ -22,8 +22,7 @@ void OrganisationInDatabase::storeOrganisations(const std::vector<Organisation>&
 }
 
 std::optional<std::vector<Organisation>> OrganisationInDatabase::getOrganisations() const {
-    return table().valuesOf(table().fetchAll(),
-                            [this](const Row& row) { return databaseConstants_.getOrganisation(row); });
+    return table().valuesOf(table().fetchAll(), [this](const Row& row) { return databaseConstants_.getValue(row); });
 }
 
 }  // namespace tarvo

@@ -2,10 +2,28 @@
 
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "platform/Result.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct PicklistMetadata;
+
+/// Reading fails with the key of the value that a record stores when it is absent.
+struct PicklistMetadataConstants
+    : StoredNames<PicklistMetadataConstants, PicklistMetadata, Result<PicklistMetadata, std::string>> {
+    std::string_view TableName = of("PicklistMetadata", "PICKLIST_METADATA");
+    std::string_view FieldActualValue = of("FieldActualValue", "field_actual_value");
+    std::string_view FieldOptionalValue = of("FieldOptionalValue", "field_display_value");
+    std::string_view FieldID = of("FieldID", "field_id");
+    std::string_view FieldAPIName = of("FieldAPIName", "field_api_name");
+    std::string_view CrmColumnName = of("CRMColumnName", "crm_col_name");
+    std::string_view ModuleName = of("ModuleName", "module_name");
+    std::string_view LayoutID = of("LayoutID", "layout_id");
+    std::string_view FieldMap = of("FieldMap", "field_map");
+    std::string_view Position = of("Position", "position");
+};
+struct PicklistMetadataDatabseConstants : TableTwin<PicklistMetadataConstants> {};
 
 /// One allowed value of a picklist.
 struct PicklistMetadata {
@@ -20,48 +38,18 @@ struct PicklistMetadata {
     int position = 0;
 
     static constexpr auto fields() {
-        using P = PicklistMetadata;
-        return describe(field("fieldActualValue", &P::fieldActualValue),
-                        field("fieldOptionalValue", &P::fieldOptionalValue), field("fieldID", &P::fieldID),
-                        field("fieldAPIName", &P::fieldAPIName), field("crmColumnName", &P::crmColumnName),
-                        field("moduleName", &P::moduleName), field("layoutID", &P::layoutID),
-                        field("fieldMap", &P::fieldMap), field("position", &P::position));
+        using V = PicklistMetadata;
+        using Names = PicklistMetadataConstants;
+        return describe(
+            field("fieldActualValue", &V::fieldActualValue, &Names::FieldActualValue).required(),
+            field("fieldOptionalValue", &V::fieldOptionalValue, &Names::FieldOptionalValue),
+            field("fieldID", &V::fieldID, &Names::FieldID),
+            field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName),
+            field("crmColumnName", &V::crmColumnName, &Names::CrmColumnName),
+            field("moduleName", &V::moduleName, &Names::ModuleName), field("layoutID", &V::layoutID, &Names::LayoutID),
+            field("fieldMap", &V::fieldMap, &Names::FieldMap), field("position", &V::position, &Names::Position));
     }
     friend bool operator==(const PicklistMetadata&, const PicklistMetadata&) = default;
-};
-
-struct PicklistMetadataConstants {
-    std::string_view TableName = "PicklistMetadata";
-    std::string_view FieldActualValue = "FieldActualValue";
-    std::string_view FieldOptionalValue = "FieldOptionalValue";
-    std::string_view FieldID = "FieldID";
-    std::string_view FieldAPIName = "FieldAPIName";
-    std::string_view CrmColumnName = "CRMColumnName";
-    std::string_view ModuleName = "ModuleName";
-    std::string_view LayoutID = "LayoutID";
-    std::string_view FieldMap = "FieldMap";
-    std::string_view Position = "Position";
-
-    ValueMap getDictionary(const PicklistMetadata& picklist) const;
-    /// Fails with the key of what a row cannot do without: its value and the names of its field.
-    Result<PicklistMetadata, std::string> getValue(const ValueMap& map) const;
-};
-
-struct PicklistMetadataDatabseConstants : PicklistMetadataConstants {
-    constexpr PicklistMetadataDatabseConstants() {
-        TableName = "PICKLIST_METADATA";
-        FieldActualValue = "field_actual_value";
-        FieldOptionalValue = "field_display_value";
-        FieldID = "field_id";
-        FieldAPIName = "field_api_name";
-        CrmColumnName = "crm_col_name";
-        ModuleName = "module_name";
-        LayoutID = "layout_id";
-        FieldMap = "field_map";
-        Position = "position";
-    }
-    ValueMap getDictionary(const PicklistMetadata& picklist) const;
-    Result<PicklistMetadata, std::string> getValue(const Row& row) const;
 };
 
 }  // namespace tarvo

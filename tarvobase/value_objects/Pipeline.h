@@ -2,10 +2,19 @@
 
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct Pipeline;
+
+struct PipelineParser : StoredNames<PipelineParser, Pipeline> {
+    std::string_view TableName = of("Pipeline", "DEALS_PIPELINE");
+    std::string_view Id = of("id", "pipeline_id");
+    std::string_view ActualName = of("actualName", "actual_value");
+    std::string_view DisplayName = of("displayName", "display_value");
+};
+struct PipelineDBParser : TableTwin<PipelineParser> {};
 
 /// A way that deals go, stage by stage.
 struct Pipeline {
@@ -14,28 +23,12 @@ struct Pipeline {
     std::string displayName;
 
     static constexpr auto fields() {
-        return describe(field("id", &Pipeline::id), field("actualName", &Pipeline::actualName),
-                        field("displayName", &Pipeline::displayName));
+        using V = Pipeline;
+        using Names = PipelineParser;
+        return describe(field("id", &V::id, &Names::Id), field("actualName", &V::actualName, &Names::ActualName),
+                        field("displayName", &V::displayName, &Names::DisplayName));
     }
     friend bool operator==(const Pipeline&, const Pipeline&) = default;
-};
-
-struct PipelineParser {
-    std::string_view TableName = "Pipeline";
-    std::string_view Id = "id";
-    std::string_view ActualName = "actualName";
-    std::string_view DisplayName = "displayName";
-};
-
-struct PipelineDBParser : PipelineParser {
-    constexpr PipelineDBParser() {
-        TableName = "DEALS_PIPELINE";
-        Id = "pipeline_id";
-        ActualName = "actual_value";
-        DisplayName = "display_value";
-    }
-    ValueMap getDictionary(const Pipeline& pipeline) const;
-    Pipeline getValue(const Row& row) const;
 };
 
 }  // namespace tarvo

@@ -2,10 +2,21 @@
 
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct PipelineStage;
+
+struct PipelineStageParser : StoredNames<PipelineStageParser, PipelineStage> {
+    std::string_view TableName = of("PipelineStage", "DEALS_STAGES");
+    std::string_view PipelineId = of("pipelineId", "pipeline_id");
+    std::string_view StageId = of("stageId", "stage_id");
+    std::string_view ActualName = of("actualName", "actual_value");
+    std::string_view DisplayName = of("displayName", "display_value");
+    std::string_view StageDisplayIndex = of("stageDisplayIndex", "sequence_number");
+};
+struct PipelineStageDBParser : TableTwin<PipelineStageParser> {};
 
 /// A stage that deals of a pipeline pass through. A stage may belong to several pipelines.
 struct PipelineStage {
@@ -16,34 +27,15 @@ struct PipelineStage {
     std::string stageDisplayIndex;  ///< its place in the pipeline, as a decimal number
 
     static constexpr auto fields() {
-        return describe(field("pipelineId", &PipelineStage::pipelineId), field("stageId", &PipelineStage::stageId),
-                        field("actualName", &PipelineStage::actualName),
-                        field("displayName", &PipelineStage::displayName),
-                        field("stageDisplayIndex", &PipelineStage::stageDisplayIndex));
+        using V = PipelineStage;
+        using Names = PipelineStageParser;
+        return describe(field("pipelineId", &V::pipelineId, &Names::PipelineId),
+                        field("stageId", &V::stageId, &Names::StageId),
+                        field("actualName", &V::actualName, &Names::ActualName),
+                        field("displayName", &V::displayName, &Names::DisplayName),
+                        field("stageDisplayIndex", &V::stageDisplayIndex, &Names::StageDisplayIndex));
     }
     friend bool operator==(const PipelineStage&, const PipelineStage&) = default;
-};
-
-struct PipelineStageParser {
-    std::string_view TableName = "PipelineStage";
-    std::string_view PipelineId = "pipelineId";
-    std::string_view StageId = "stageId";
-    std::string_view ActualName = "actualName";
-    std::string_view DisplayName = "displayName";
-    std::string_view StageDisplayIndex = "stageDisplayIndex";
-};
-
-struct PipelineStageDBParser : PipelineStageParser {
-    constexpr PipelineStageDBParser() {
-        TableName = "DEALS_STAGES";
-        PipelineId = "pipeline_id";
-        StageId = "stage_id";
-        ActualName = "actual_value";
-        DisplayName = "display_value";
-        StageDisplayIndex = "sequence_number";
-    }
-    ValueMap getDictionary(const PipelineStage& stage) const;
-    PipelineStage getValue(const Row& row) const;
 };
 
 }  // namespace tarvo

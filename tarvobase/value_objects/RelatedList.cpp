@@ -1,23 +1,9 @@
 #include "tarvobase/value_objects/RelatedList.h"
 
 #include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/StoredForm.h"
 
 namespace tarvo {
-
-namespace {
-
-using R = RelatedList;
-using RelatedListNames = ModuleRelatedListConstants;
-
-const auto relatedListForm = form<R, RelatedListNames>(
-    member(&R::moduleName, &RelatedListNames::ModuleName),
-    member(&R::relatedModuleName, &RelatedListNames::RelatedModuleName),
-    member(&R::dislayName, &RelatedListNames::DislayName), member(&R::listID, &RelatedListNames::ListID),
-    member(&R::isDefault, &RelatedListNames::IsDefault), member(&R::relatedOrder, &RelatedListNames::RelatedOrder),
-    member(&R::lookupColumn, &RelatedListNames::LookupColumn), member(&R::listName, &RelatedListNames::ListName),
-    member(&R::relatedListAPIName, &RelatedListNames::RelatedListAPIName));
-
-}  // namespace
 
 bool RelatedList::isInvitedEvents() const {
     return listName == "Invited Events" && (moduleName == "Leads" || moduleName == "Contacts");
@@ -31,17 +17,6 @@ SortField RelatedList::defaultSortField() const {
     return {std::string(FieldIdentifierConstants().modifiedTime), false};
 }
 
-ValueMap ModuleRelatedListConstants::getDictionary(const RelatedList& list) const {
-    return relatedListForm.toMap(list, *this, Form::plain);
-}
-RelatedList ModuleRelatedListConstants::getValue(const ValueMap& map) const {
-    return relatedListForm.read(map, *this, Form::plain);
-}
-ValueMap ModuleRelatedListDatabaseConstants::getDictionary(const RelatedList& list) const {
-    return relatedListForm.toMap(list, *this, Form::table);
-}
-RelatedList ModuleRelatedListDatabaseConstants::getValue(const Row& row) const {
-    return relatedListForm.read(row, *this, Form::table);
-}
+template struct StoredNames<ModuleRelatedListConstants, RelatedList>;
 
 }  // namespace tarvo

@@ -2,11 +2,26 @@
 
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
 #include "tarvobase/value_objects/SortField.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct RelatedList;
+
+struct ModuleRelatedListConstants : StoredNames<ModuleRelatedListConstants, RelatedList> {
+    std::string_view TableName = of("MODULE_RELATED_LIST");
+    std::string_view ModuleName = of("ModuleName", "module_name");
+    std::string_view RelatedModuleName = of("RelatedModuleName", "related_module_name");
+    std::string_view DislayName = of("DislayName", "display_name");
+    std::string_view ListID = of("ListID", "list_id");
+    std::string_view IsDefault = of("IsDefault", "is_default");
+    std::string_view RelatedOrder = of("RelatedOrder", "related_order");
+    std::string_view LookupColumn = of("LookupColumn", "lookup_column");
+    std::string_view ListName = of("ListName", "list_name");
+    std::string_view RelatedListAPIName = of("RelatedListAPIName", "related_list_api_name");
+};
+struct ModuleRelatedListDatabaseConstants : TableTwin<ModuleRelatedListConstants> {};
 
 /// A list of records of one module that belong to a record of another.
 struct RelatedList {
@@ -32,46 +47,19 @@ struct RelatedList {
     SortField defaultSortField() const;
 
     static constexpr auto fields() {
-        return describe(field("moduleName", &RelatedList::moduleName),
-                        field("relatedModuleName", &RelatedList::relatedModuleName),
-                        field("dislayName", &RelatedList::dislayName), field("listID", &RelatedList::listID),
-                        field("isDefault", &RelatedList::isDefault), field("relatedOrder", &RelatedList::relatedOrder),
-                        field("lookupColumn", &RelatedList::lookupColumn), field("listName", &RelatedList::listName),
-                        field("relatedListAPIName", &RelatedList::relatedListAPIName));
+        using V = RelatedList;
+        using Names = ModuleRelatedListConstants;
+        return describe(field("moduleName", &V::moduleName, &Names::ModuleName),
+                        field("relatedModuleName", &V::relatedModuleName, &Names::RelatedModuleName),
+                        field("dislayName", &V::dislayName, &Names::DislayName),
+                        field("listID", &V::listID, &Names::ListID),
+                        field("isDefault", &V::isDefault, &Names::IsDefault),
+                        field("relatedOrder", &V::relatedOrder, &Names::RelatedOrder),
+                        field("lookupColumn", &V::lookupColumn, &Names::LookupColumn),
+                        field("listName", &V::listName, &Names::ListName),
+                        field("relatedListAPIName", &V::relatedListAPIName, &Names::RelatedListAPIName));
     }
     friend bool operator==(const RelatedList&, const RelatedList&) = default;
-};
-
-struct ModuleRelatedListConstants {
-    std::string_view TableName = "MODULE_RELATED_LIST";
-    std::string_view ModuleName = "ModuleName";
-    std::string_view RelatedModuleName = "RelatedModuleName";
-    std::string_view DislayName = "DislayName";
-    std::string_view ListID = "ListID";
-    std::string_view IsDefault = "IsDefault";
-    std::string_view RelatedOrder = "RelatedOrder";
-    std::string_view LookupColumn = "LookupColumn";
-    std::string_view ListName = "ListName";
-    std::string_view RelatedListAPIName = "RelatedListAPIName";
-
-    ValueMap getDictionary(const RelatedList& list) const;
-    RelatedList getValue(const ValueMap& map) const;
-};
-
-struct ModuleRelatedListDatabaseConstants : ModuleRelatedListConstants {
-    constexpr ModuleRelatedListDatabaseConstants() {
-        ModuleName = "module_name";
-        RelatedModuleName = "related_module_name";
-        DislayName = "display_name";
-        ListID = "list_id";
-        IsDefault = "is_default";
-        RelatedOrder = "related_order";
-        LookupColumn = "lookup_column";
-        ListName = "list_name";
-        RelatedListAPIName = "related_list_api_name";
-    }
-    ValueMap getDictionary(const RelatedList& list) const;
-    RelatedList getValue(const Row& row) const;
 };
 
 }  // namespace tarvo

@@ -1,17 +1,9 @@
 #include "tarvobase/value_objects/Settings.h"
 
+#include "platform/Text.h"
+#include "tarvobase/value_objects/StoredForm.h"
+
 namespace tarvo {
-
-namespace {
-
-const auto settingsForm = form<Settings, SettingsConstants>(
-    member(&Settings::moduleName, &SettingsConstants::ModuleName),
-    member(&Settings::settingsKey, &SettingsConstants::SettingsKey, SettingName::unknown),
-    member(&Settings::defaultSettings, &SettingsConstants::DefaultSettings),
-    member(&Settings::customSettings, &SettingsConstants::CustomSettings),
-    member(&Settings::isDefault, &SettingsConstants::IsDefault));
-
-}  // namespace
 
 std::optional<SortField> Settings::getSortField() const {
     auto parts = text::split(customSettings, ",");
@@ -20,21 +12,6 @@ std::optional<SortField> Settings::getSortField() const {
     return SortField{parts.front(), !isDescending};
 }
 
-ValueMap SettingsConstants::getDictionary(const Settings& settings) const {
-    return settingsForm.toMap(settings, *this, Form::plain);
-}
-Settings SettingsConstants::getSettings(const ValueMap& map) const {
-    return settingsForm.read(map, *this, Form::plain);
-}
-ValueMap SettingsDatabaseConstants::getDictionary(const Settings& settings) const {
-    return settingsForm.toMap(settings, *this, Form::table);
-}
-Settings SettingsDatabaseConstants::getSettings(const Row& row) const {
-    return settingsForm.read(row, *this, Form::table);
-}
-
-InMemoryPropertyValue propertyForKey(const Settings& settings, std::string_view key) {
-    return propertyOf(settingsForm, settings, key, SettingsConstants());
-}
+template struct StoredNames<SettingsConstants, Settings>;
 
 }  // namespace tarvo

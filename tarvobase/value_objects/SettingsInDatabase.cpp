@@ -48,7 +48,7 @@ std::optional<std::vector<Settings>> SettingsInDatabase::settingsWhere(const Cri
 }
 
 std::optional<std::vector<Settings>> SettingsInDatabase::settingsOf(const std::optional<Rows>& rows) const {
-    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getSettings(row); });
+    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getValue(row); });
 }
 
 }  // namespace tarvo

@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -14,21 +13,15 @@
 #include "platform/Result.h"
 #include "platform/Rows.h"
 #include "platform/Text.h"
-#include "tarvobase/usecase/Describe.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
-/// How a value object becomes a map and comes back. Each value object has one list of its members; it serves the plain
-/// form (in memory, on the wire: typed values under plain keys) and the table form (columns, with booleans and integers
-/// as text), reading and writing. The names come from a constants object: a struct with plain keys, whose table twin is
-/// the same type with other texts.
+/// How a value object becomes a map and comes back. The stored fields of its one list (`fields()`, StoredNames.h) serve
+/// the plain form (in memory, on the wire: typed values under plain keys) and the table form (columns, with booleans
+/// and integers as text), reading and writing:
 ///
-///     const auto moduleForm = form<Module, ModuleConstants>(
-///         member(&Module::moduleName, &ModuleConstants::ModuleName), ...);
-///
-///     auto row = moduleForm.toMap(module, ModuleDatabaseConstants(), Form::table);
-///     Module module = moduleForm.read(row, ModuleDatabaseConstants(), Form::table);
+///     auto row = StoredForm<Module>::toMap(module, ModuleDatabaseConstants());
+///     auto module = StoredForm<Module>::read(row, ModuleDatabaseConstants());
 namespace tarvo {
-
-enum class Form { plain, table };
 
 /// Finds a member in a map or a row.
 inline std::optional<ValueView> lookUp(const ValueMap& source, std::string_view name) {
@@ -150,148 +143,130 @@ struct MemberCodec<std::optional<T>> {
     }
 };
 
+/// The codec of a stored field: its own, or that of its type.
+template <class Member, class Codec>
+struct CodecOrDefault {
+    using type = Codec;
+};
+template <class Member>
+struct CodecOrDefault<Member, void> {
+    using type = MemberCodec<Member>;
+};
+
 template <class T>
 constexpr bool isOptionalMember = false;
 template <class T>
 constexpr bool isOptionalMember<std::optional<T>> = true;
 
-/// When a member is written. Reading looks for it in every form.
-enum class Written { always, tableOnly, plainOnly, never };
-
-template <class Owner, class Member, class Constants, class Codec = MemberCodec<Member>>
-struct FormMember {
-    Member Owner::*pointer;
-    std::string_view Constants::*name;
-    Member fallback;
-    Written written;
-    bool isRequired = false;
-};
-
-/// A member with the name of its key. The fallback stands for an absent or mistyped value where reading is lenient.
-template <class Owner, class Member, class Constants>
-constexpr FormMember<Owner, Member, Constants> member(Member Owner::*pointer, std::string_view Constants::*name,
-                                                      std::type_identity_t<Member> fallback = {},
-                                                      Written written = Written::always) {
-    return {pointer, name, std::move(fallback), written};
-}
-
-/// A member with a codec of its own in place of that of its type.
-template <class Codec, class Owner, class Member, class Constants>
-constexpr FormMember<Owner, Member, Constants, Codec> memberBy(Member Owner::*pointer,
-                                                               std::string_view Constants::*name,
-                                                               std::type_identity_t<Member> fallback = {},
-                                                               Written written = Written::always) {
-    return {pointer, name, std::move(fallback), written};
-}
-
-/// A member without which the value is none: `readRequired` fails for it.
-template <class Owner, class Member, class Constants, class Codec>
-constexpr FormMember<Owner, Member, Constants, Codec> required(FormMember<Owner, Member, Constants, Codec> member) {
-    member.isRequired = true;
-    return member;
-}
-
-/// How a value is read from a map or a row: leniently (`read`), strictly (`readStrictly`), or leniently but for the
-/// members that are marked as required (`readRequired`). What a failed row costs, itself or the whole list, is told by
-/// `TableAccess`.
-template <class T, class Constants, class... Members>
+/// Writes and reads a value by its stored fields. Reading is lenient (`read`), strict (`readStrictly`), or lenient but
+/// for the fields that are marked as required (`readRequired`). What a failed row costs, itself or the whole list, is
+/// decided by `TableAccess`. The form is that of the names, unless a reader says otherwise.
+template <Described T>
 class StoredForm {
 public:
-    constexpr explicit StoredForm(Members... members) : members_(std::move(members)...) {}
-
-    /// The value as a map. Optional members that are absent are left out.
-    ValueMap toMap(const T& value, const Constants& names, Form form) const {
+    /// The value as a map, in the order of its fields. Optional members that are absent are left out, and so are
+    /// members without a column.
+    template <class Names>
+    static ValueMap toMap(const T& value, const Names& names) {
         ValueMap map;
-        map.reserve(sizeof...(Members));
-        forEachMember([&](auto& member) { write(map, value, member, names, form); });
+        map.reserve(fieldCount());
+        forEachStoredField([&](auto& field) { write(map, value, field, names); });
         return map;
     }
 
-    /// A lenient read: an absent or mistyped member takes its fallback.
-    template <class Source>
-    T read(const Source& source, const Constants& names, Form form) const {
+    /// A lenient read: an absent or mistyped member keeps the value of a fresh object.
+    template <class Source, class Names>
+    static T read(const Source& source, const Names& names) {
         T value;
-        forEachMember([&](auto& member) {
-            value.*member.pointer = readMember(source, member, names, form).value_or(member.fallback);
-        });
+        forEachStoredField([&](auto& field) { readField(value, field, source, names.*field.key, names.form); });
         return value;
     }
 
     /// A strict read: fails with the key of the first member that is absent or mistyped. Optional members may be
     /// absent.
-    template <class Source>
-    Result<T, std::string> readStrictly(const Source& source, const Constants& names, Form form) const {
-        return readUnless(source, names, form, [](auto& member) {
-            return !isOptionalMember<std::remove_cvref_t<decltype(member.fallback)>>;
+    template <class Source, class Names>
+    static Result<T, std::string> readStrictly(const Source& source, const Names& names, Form form) {
+        return readUnless(source, names, form, [](auto&, const auto& member) {
+            return !isOptionalMember<std::remove_cvref_t<decltype(member)>>;
         });
     }
 
-    /// Fails with the key of the first required member that is absent or mistyped. Any other takes its fallback.
-    template <class Source>
-    Result<T, std::string> readRequired(const Source& source, const Constants& names, Form form) const {
-        return readUnless(source, names, form, [](auto& member) { return member.isRequired; });
-    }
-
-    /// Calls `visit(member)` with the member of a key; false for a key that no member has.
-    template <class Visit>
-    bool visitMember(const T& value, std::string_view key, const Constants& names, Visit&& visit) const {
-        bool found = false;
-        forEachMember([&](auto& member) {
-            if (found || names.*member.name != key) return;
-            found = true;
-            visit(value.*member.pointer);
-        });
-        return found;
+    /// Fails with the key of the first required member that is absent or mistyped. Any other keeps the value of a fresh
+    /// object.
+    template <class Source, class Names>
+    static Result<T, std::string> readRequired(const Source& source, const Names& names) {
+        return readUnless(source, names, names.form, [](auto& field, auto&) { return field.isRequired; });
     }
 
 private:
-    template <class F>
-    void forEachMember(F&& visit) const {
-        std::apply([&](auto&... member) { (visit(member), ...); }, members_);
+    static constexpr std::size_t fieldCount() {
+        return T::fields().apply([](auto&... fields) { return sizeof...(fields); });
     }
-    template <class Owner, class Member, class C, class Codec>
-    static Codec codec(const FormMember<Owner, Member, C, Codec>&) {
-        return {};
+    template <class Visit>
+    static void forEachStoredField(Visit&& visit) {
+        auto visitOne = [&](auto& field) {
+            if constexpr (IsStoredField<decltype(field)>) visit(field);
+        };
+        T::fields().apply([&](auto&... fields) { (visitOne(fields), ...); });
     }
-    template <class Source, class MustBeThere>
-    Result<T, std::string> readUnless(const Source& source, const Constants& names, Form form,
-                                      MustBeThere&& mustBeThere) const {
+    template <class Source, class Names, class MustBeThere>
+    static Result<T, std::string> readUnless(const Source& source, const Names& names, Form form,
+                                             MustBeThere&& mustBeThere) {
         T value;
         std::optional<std::string> failedPath;
-        forEachMember([&](auto& member) {
-            auto found = readMember(source, member, names, form);
-            if (found)
-                value.*member.pointer = *std::move(found);
-            else if (!mustBeThere(member))
-                value.*member.pointer = member.fallback;
-            else if (!failedPath)
-                failedPath = std::string(names.*member.name);
+        forEachStoredField([&](auto& field) {
+            auto key = names.*field.key;
+            bool found = readField(value, field, source, key, form);
+            if (!found && !failedPath && mustBeThere(field, value.*field.pointer)) failedPath = std::string(key);
         });
         if (failedPath) return Result<T, std::string>::failure(*std::move(failedPath));
         return Result<T, std::string>::success(std::move(value));
     }
-    template <class M>
-    static void write(ValueMap& map, const T& value, const M& member, const Constants& names, Form form) {
-        if (member.written == Written::never || (member.written == Written::tableOnly && form == Form::plain) ||
-            (member.written == Written::plainOnly && form == Form::table))
-            return;
-        auto written = codec(member).write(value.*member.pointer, form);
-        if (written.isNull()) return;
-        map.set(names.*member.name, std::move(written));
+    template <class Owner, class Member, class Names, class Codec>
+    static typename CodecOrDefault<Member, Codec>::type codec(const StoredField<Owner, Member, Names, Codec>&) {
+        return {};
     }
-    template <class Source, class M>
-    static auto readMember(const Source& source, const M& member, const Constants& names, Form form) {
-        auto view = lookUp(source, names.*member.name);
-        using Read = decltype(codec(member).read(*view, form));
-        return view && !view->isNull() ? codec(member).read(*view, form) : Read();
+    template <class Field, class Names>
+    static void write(ValueMap& map, const T& value, const Field& field, const Names& names) {
+        auto key = names.*field.key;
+        if (key.empty() || (field.isTableOnly && names.form == Form::plain)) return;
+        auto written = codec(field).write(value.*field.pointer, names.form);
+        if (!written.isNull()) map.set(key, std::move(written));
     }
-
-    std::tuple<Members...> members_;
+    /// False when the member is absent or mistyped; it then stays as it is.
+    template <class Field, class Source>
+    static bool readField(T& value, const Field& field, const Source& source, std::string_view key, Form form) {
+        auto view = lookUp(source, key);
+        if (!view || view->isNull()) return false;
+        auto member = codec(field).read(*view, form);
+        if (!member) return false;
+        value.*field.pointer = *std::move(member);
+        return true;
+    }
 };
 
-template <class T, class Constants, class... Members>
-constexpr auto form(Members... members) {
-    return StoredForm<T, Constants, Members...>(std::move(members)...);
+template <class Names, class T, class Read>
+ValueMap StoredNames<Names, T, Read>::getDictionary(const T& value) const {
+    return StoredForm<T>::toMap(value, names());
+}
+
+template <class Names, class T, class Read>
+Read StoredNames<Names, T, Read>::getValue(const ValueMap& map) const {
+    return valueOf(map);
+}
+
+template <class Names, class T, class Read>
+Read StoredNames<Names, T, Read>::getValue(const Row& row) const {
+    return valueOf(row);
+}
+
+template <class Names, class T, class Read>
+template <class Source>
+Read StoredNames<Names, T, Read>::valueOf(const Source& source) const {
+    if constexpr (std::is_same_v<Read, T>)
+        return StoredForm<T>::read(source, names());
+    else
+        return StoredForm<T>::readRequired(source, names());
 }
 
 }  // namespace tarvo

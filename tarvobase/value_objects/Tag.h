@@ -7,6 +7,38 @@
 
 namespace tarvo {
 
+struct Tag;
+struct TagRecord;
+
+struct TagMapper : Mapper<TagMapper, Tag> {
+    std::string_view tableName = of("Tags_Info");
+    std::string_view id = of("id", "tag_id");
+    std::string_view name = of("name", "tag_name");
+    std::string_view moduleName = of("moduleName", "module_name");
+
+    using Mapper::getDictionary;
+    using Mapper::getValue;
+    Result<Tag, ParsingError> getValue(const ValueMap& map) const;
+    Result<Tag, ParsingError> getValue(const Row& row) const;
+    ValueMap getDictionary(const Tag& tag) const;
+};
+struct TagDBMapper : TableTwin<TagMapper> {};
+
+struct TagRecordMapper : Mapper<TagRecordMapper, TagRecord> {
+    std::string_view tableName = of("Tags_Records");
+    std::string_view id = of("id", "tag_id");
+    std::string_view recordId = of("recordId", "record_id");
+    std::string_view name = of("name", "tag_name");
+    std::string_view moduleName = of("moduleName", "module_name");
+
+    using Mapper::getDictionary;
+    using Mapper::getValue;
+    Result<TagRecord, ParsingError> getValue(const ValueMap& map) const;
+    Result<TagRecord, ParsingError> getValue(const Row& row) const;
+    ValueMap getDictionary(const TagRecord& tagRecord) const;
+};
+struct TagRecordDBMapper : TableTwin<TagRecordMapper> {};
+
 /// A label of a module. `id` is the server's, or a temporary one until the server has given its own.
 struct Tag {
     std::string id;
@@ -14,7 +46,8 @@ struct Tag {
     std::string moduleName;
 
     static constexpr auto fields() {
-        return describe(field("id", &Tag::id), field("name", &Tag::name), field("moduleName", &Tag::moduleName));
+        return describe(field("id", &Tag::id, &TagMapper::id), field("name", &Tag::name, &TagMapper::name),
+                        field("moduleName", &Tag::moduleName, &TagMapper::moduleName));
     }
     friend bool operator==(const Tag&, const Tag&) = default;
 };
@@ -25,53 +58,10 @@ struct TagRecord {
     std::string recordId;
 
     static constexpr auto fields() {
-        return describe(field("tag", &TagRecord::tag), field("recordId", &TagRecord::recordId));
+        return describe(field("tag", &TagRecord::tag),
+                        field("recordId", &TagRecord::recordId, &TagRecordMapper::recordId));
     }
     friend bool operator==(const TagRecord&, const TagRecord&) = default;
-};
-
-struct TagMapper : Mapper<TagMapper, Tag> {
-    std::string_view tableName = "Tags_Info";
-    std::string_view id = "id";
-    std::string_view name = "name";
-    std::string_view moduleName = "moduleName";
-
-    using Mapper::getDictionary;
-    using Mapper::getValue;
-    Result<Tag, ParsingError> getValue(const ValueMap& map) const;
-    Result<Tag, ParsingError> getValue(const Row& row) const;
-    ValueMap getDictionary(const Tag& tag) const;
-};
-
-struct TagDBMapper : TagMapper {
-    constexpr TagDBMapper() {
-        id = "tag_id";
-        name = "tag_name";
-        moduleName = "module_name";
-    }
-};
-
-struct TagRecordMapper : Mapper<TagRecordMapper, TagRecord> {
-    std::string_view tableName = "Tags_Records";
-    std::string_view id = "id";
-    std::string_view recordId = "recordId";
-    std::string_view name = "name";
-    std::string_view moduleName = "moduleName";
-
-    using Mapper::getDictionary;
-    using Mapper::getValue;
-    Result<TagRecord, ParsingError> getValue(const ValueMap& map) const;
-    Result<TagRecord, ParsingError> getValue(const Row& row) const;
-    ValueMap getDictionary(const TagRecord& tagRecord) const;
-};
-
-struct TagRecordDBMapper : TagRecordMapper {
-    constexpr TagRecordDBMapper() {
-        id = "tag_id";
-        recordId = "record_id";
-        name = "tag_name";
-        moduleName = "module_name";
-    }
 };
 
 static_assert(MapperType<TagMapper> && MapperType<TagRecordDBMapper>);

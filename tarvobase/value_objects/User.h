@@ -3,11 +3,32 @@
 #include <optional>
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
-#include "tarvobase/value_objects/InMemoryDatabaseAdapter.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct User;
+
+struct UserConstants : StoredNames<UserConstants, User> {
+    std::string_view TableName = of("Users", "ACTIVE_USERS");
+    std::string_view ID = of("ID", "user_id");
+    std::string_view FirstName = of("firstName", "user_first_name");
+    std::string_view LastName = of("lastName", "user_last_name");
+    std::string_view Name = of("name", "user_name");
+    std::string_view BrenUID = of("BrenUID", "user_brenuid");
+    std::string_view Email = of("email", "user_email");
+    std::string_view Status = of("status", "user_status");
+    std::string_view Role = of("role", "user_role");
+    std::string_view Confirm = of("confirm", "user_confirm");
+    std::string_view Profile = of("profile", "user_profile");
+    std::string_view ProfileID = of("profileID", "user_profile_id");
+    std::string_view IsLoggedInUser = of("isLoggedInUser", "is_logged_in_user");
+    std::string_view DateFormat = of("dateFormat", "date_format");
+    std::string_view TimeFormat = of("timeFormat", "time_format");
+    std::string_view TimeZone = of("timeZone", "time_zone");
+    std::string_view NameFormat = of("nameFormat", "name_format");
+};
+struct UserDatabaseConstants : TableTwin<UserConstants> {};
 
 /// A user of the organisation. `id` is the user's row on the server, `BrenUID` the account that the user signs in with.
 struct User {
@@ -28,66 +49,23 @@ struct User {
     std::optional<std::string> timeZone;  ///< a name such as "Europe/Berlin"
     std::optional<std::string> nameFormat;
 
+    using InMemoryKeys = UserConstants;
     static constexpr auto fields() {
-        return describe(field("id", &User::id), field("firstName", &User::firstName),
-                        field("lastName", &User::lastName), field("name", &User::name),
-                        field("BrenUID", &User::BrenUID), field("email", &User::email), field("status", &User::status),
-                        field("role", &User::role), field("confirm", &User::confirm), field("profile", &User::profile),
-                        field("profileID", &User::profileID), field("isLoggedInUser", &User::isLoggedInUser),
-                        field("dateFormat", &User::dateFormat), field("timeFormat", &User::timeFormat),
-                        field("timeZone", &User::timeZone), field("nameFormat", &User::nameFormat));
+        using V = User;
+        using Names = UserConstants;
+        return describe(field("id", &V::id, &Names::ID), field("firstName", &V::firstName, &Names::FirstName),
+                        field("lastName", &V::lastName, &Names::LastName), field("name", &V::name, &Names::Name),
+                        field("BrenUID", &V::BrenUID, &Names::BrenUID), field("email", &V::email, &Names::Email),
+                        field("status", &V::status, &Names::Status), field("role", &V::role, &Names::Role),
+                        field("confirm", &V::confirm, &Names::Confirm), field("profile", &V::profile, &Names::Profile),
+                        field("profileID", &V::profileID, &Names::ProfileID),
+                        field("isLoggedInUser", &V::isLoggedInUser, &Names::IsLoggedInUser),
+                        field("dateFormat", &V::dateFormat, &Names::DateFormat),
+                        field("timeFormat", &V::timeFormat, &Names::TimeFormat),
+                        field("timeZone", &V::timeZone, &Names::TimeZone),
+                        field("nameFormat", &V::nameFormat, &Names::NameFormat));
     }
     friend bool operator==(const User&, const User&) = default;
 };
-
-struct UserConstants {
-    std::string_view TableName = "Users";
-    std::string_view ID = "ID";
-    std::string_view FirstName = "firstName";
-    std::string_view LastName = "lastName";
-    std::string_view Name = "name";
-    std::string_view BrenUID = "BrenUID";
-    std::string_view Email = "email";
-    std::string_view Status = "status";
-    std::string_view Role = "role";
-    std::string_view Confirm = "confirm";
-    std::string_view Profile = "profile";
-    std::string_view ProfileID = "profileID";
-    std::string_view IsLoggedInUser = "isLoggedInUser";
-    std::string_view DateFormat = "dateFormat";
-    std::string_view TimeFormat = "timeFormat";
-    std::string_view TimeZone = "timeZone";
-    std::string_view NameFormat = "nameFormat";
-
-    ValueMap getDictionary(const User& user) const;
-    User getUser(const ValueMap& map) const;
-};
-
-struct UserDatabaseConstants : UserConstants {
-    constexpr UserDatabaseConstants() {
-        TableName = "ACTIVE_USERS";
-        ID = "user_id";
-        FirstName = "user_first_name";
-        LastName = "user_last_name";
-        Name = "user_name";
-        BrenUID = "user_brenuid";
-        Email = "user_email";
-        Status = "user_status";
-        Role = "user_role";
-        Confirm = "user_confirm";
-        Profile = "user_profile";
-        ProfileID = "user_profile_id";
-        IsLoggedInUser = "is_logged_in_user";
-        DateFormat = "date_format";
-        TimeFormat = "time_format";
-        TimeZone = "time_zone";
-        NameFormat = "name_format";
-    }
-    ValueMap getDictionary(const User& user) const;
-    User getUser(const Row& row) const;
-};
-
-/// A member by its plain key, for filters in memory.
-InMemoryPropertyValue propertyForKey(const User& user, std::string_view key);
 
 }  // namespace tarvo

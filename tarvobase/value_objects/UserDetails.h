@@ -3,10 +3,21 @@
 #include <optional>
 #include <string>
 
-#include "tarvobase/value_objects/InMemoryDatabaseAdapter.h"
-#include "tarvobase/value_objects/StoredForm.h"
+#include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
+
+struct UserDetails;
+
+struct UserDetailsConstants : StoredNames<UserDetailsConstants, UserDetails> {
+    std::string_view TableName = "UserDetails";
+    std::string_view BrenUID = "BrenUID";
+    std::string_view TimeZone = "timeZone";
+    std::string_view Country = "country";
+    std::string_view Language = "language";
+    std::string_view Email = "email";
+    std::string_view SecondEmail = "secondEmail";
+};
 
 /// What the server tells of the account itself.
 struct UserDetails {
@@ -17,28 +28,16 @@ struct UserDetails {
     std::string email;
     std::optional<std::string> secondEmail;
 
+    using InMemoryKeys = UserDetailsConstants;
     static constexpr auto fields() {
-        return describe(field("BrenUID", &UserDetails::BrenUID), field("timeZone", &UserDetails::timeZone),
-                        field("country", &UserDetails::country), field("language", &UserDetails::language),
-                        field("email", &UserDetails::email), field("secondEmail", &UserDetails::secondEmail));
+        using V = UserDetails;
+        using Names = UserDetailsConstants;
+        return describe(
+            field("BrenUID", &V::BrenUID, &Names::BrenUID), field("timeZone", &V::timeZone, &Names::TimeZone),
+            field("country", &V::country, &Names::Country), field("language", &V::language, &Names::Language),
+            field("email", &V::email, &Names::Email), field("secondEmail", &V::secondEmail, &Names::SecondEmail));
     }
     friend bool operator==(const UserDetails&, const UserDetails&) = default;
 };
-
-struct UserDetailsConstants {
-    std::string_view TableName = "UserDetails";
-    std::string_view BrenUID = "BrenUID";
-    std::string_view TimeZone = "timeZone";
-    std::string_view Country = "country";
-    std::string_view Language = "language";
-    std::string_view Email = "email";
-    std::string_view SecondEmail = "secondEmail";
-
-    ValueMap getDictionary(const UserDetails& details) const;
-    UserDetails getUserDetails(const ValueMap& map) const;
-};
-
-/// A member by its plain key, for filters in memory.
-InMemoryPropertyValue propertyForKey(const UserDetails& details, std::string_view key);
 
 }  // namespace tarvo

@@ -30,7 +30,7 @@ public:
     }
     std::optional<UserDetails> getUserDetails() const override {
         auto stored = userDefaults_->dictionaryForKey(userDetailsKey, UserDefaultsGroup::current());
-        return stored ? std::optional(UserDetailsConstants().getUserDetails(*stored)) : std::nullopt;
+        return stored ? std::optional(UserDetailsConstants().getValue(*stored)) : std::nullopt;
     }
 
 private:

@@ -47,7 +47,7 @@ std::optional<std::vector<User>> UserInDatabase::usersWhere(std::string_view col
 }
 
 std::optional<std::vector<User>> UserInDatabase::usersOf(const std::optional<Rows>& rows) const {
-    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getUser(row); });
+    return table().valuesOf(rows, [this](const Row& row) { return databaseConstants_.getValue(row); });
 }
 
 }  // namespace tarvo

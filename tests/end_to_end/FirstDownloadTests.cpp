@@ -1,5 +1,6 @@
 #include <random>
 
+#include "platform/Text.h"
 #include "tests/end_to_end/EndToEnd.h"
 #include "tests/end_to_end/TableContents.h"
 

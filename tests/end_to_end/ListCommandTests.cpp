@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <set>
 
+#include "platform/Text.h"
 #include "tests/end_to_end/EndToEnd.h"
 
 namespace tarvo::tests {

@@ -1,3 +1,4 @@
+#include "platform/Text.h"
 #include "tests/end_to_end/EndToEnd.h"
 
 namespace tarvo::tests {

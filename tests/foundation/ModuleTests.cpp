@@ -54,7 +54,7 @@ TEST_F(ModuleTest, ConvertsInBothFormsWithAndWithoutIds) {
                              {"apiName", "Leads_API"},
                              {"position", 4},
                              {"type", "default"}}));
-    EXPECT_EQ(plain.getModule(map).id, "Leads");
+    EXPECT_EQ(plain.getValue(map).id, "Leads");
     auto row = table.getDictionary(leads);
     EXPECT_EQ(row.valueOf("position"), Value("4"));
     EXPECT_EQ(row.valueOf("table_creation_query"), Value("CREATE TABLE x"));
@@ -63,12 +63,12 @@ TEST_F(ModuleTest, ConvertsInBothFormsWithAndWithoutIds) {
     configuration().isModuleIDSupported = true;
     map = plain.getDictionary(leads);
     EXPECT_EQ(map.valueOf("ID"), Value("77"));
-    EXPECT_EQ(plain.getModule(map).id, "77");
+    EXPECT_EQ(plain.getValue(map).id, "77");
 
     Module without = leads;
     without.type = ModuleType::none;
     EXPECT_FALSE(plain.getDictionary(without).contains("type"));
-    auto odd = plain.getModule(ValueMap{{"moduleName", 5}, {"position", "4"}, {"type", "unheard"}});
+    auto odd = plain.getValue(ValueMap{{"moduleName", 5}, {"position", "4"}, {"type", "unheard"}});
     EXPECT_EQ(odd, Module());
 }
 

@@ -1,3 +1,4 @@
+#include "platform/Text.h"
 #include "tarvobase/records/CustomViewOfflineQueryParser.h"
 #include "tarvobase/records/CustomViewQueryFormation.h"
 #include "tarvobase/value_objects/CustomView.h"

@@ -1,3 +1,4 @@
+#include "platform/Text.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/list_view/CVSyncParser.h"
 #include "tarvobase/list_view/GetCustomViewsUseCase.h"

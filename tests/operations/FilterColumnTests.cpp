@@ -1,3 +1,4 @@
+#include "platform/Text.h"
 #include "tarvobase/list_view/GetFilters.h"
 #include "tarvobase/list_view/GetFiltersUseCase.h"
 #include "tarvobase/records/FilterToWhereConverter.h"

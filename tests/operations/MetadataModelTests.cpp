@@ -3,6 +3,7 @@
 #include "sandbox/data/Modules.h"
 #include "tarvobase/value_objects/FieldMetadataInDatabase.h"
 #include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/InMemoryDatabaseAdapter.h"
 #include "tarvobase/value_objects/Layout.h"
 #include "tarvobase/value_objects/LayoutMetadataInDatabase.h"
 #include "tarvobase/value_objects/ModuleLayoutInfoInDatabase.h"

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "platform/Text.h"
 #include "tarvobase/get_metadata/GetFieldList.h"
 #include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
 #include "tarvobase/get_metadata/GetModule.h"
