@@ -7,24 +7,26 @@
 
 namespace tarvo::sandbox {
 
-/// Who may call: an account of the product with one token.
+/// An account of the product with one token, who may call.
 struct Account {
     std::string id;
     std::string token;
 };
 
-/// The account that exists when the command line names none, and that `--token` gives a further token.
+/// This account exists when the command line names none, and `--token` gives it a further token.
 inline constexpr const char* defaultAccountId = "700100200";
 inline constexpr const char* defaultToken = "sandbox-token";
 
-/// The token check. Several tokens may lead to one account. Immutable, any thread.
+/// Finds the account of a request by its token. Several tokens may belong to one account. Immutable and safe to use
+/// from any thread.
 class Accounts {
 public:
     explicit Accounts(std::vector<Account> accounts) : accounts_(std::move(accounts)) {}
 
     const std::vector<Account>& all() const { return accounts_; }
-    /// The account of the request's token: in the header "Authorization", behind "Nimbra-oauthtoken " or alone, or,
-    /// when there is no such header, in the parameter "authtoken". Null for a wrong or missing one.
+    /// Returns the account of the request's token, or null if the token is wrong or missing. The token stands in the
+    /// header "Authorization", after "Nimbra-oauthtoken " or alone, or, when there is no such header, in the parameter
+    /// "authtoken".
     const Account* of(const Request& request) const;
 
 private:

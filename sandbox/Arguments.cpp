@@ -16,7 +16,7 @@ std::string defaultStateFolder() {
     return "tarvo-sandbox-state";
 }
 
-// "ID:TOKEN"; the text of an account never goes into a message, since half of it is a secret.
+// Reads "ID:TOKEN". The text never goes into a message, since half of it is a secret.
 std::string checkAccount(const std::string& text) {
     auto colon = text.find(':');
     bool whole = colon != std::string::npos && colon > 0 && colon + 1 < text.size();

@@ -25,7 +25,7 @@ constexpr long authorityLife = 3650 * daySeconds;
 // Clients limit the life of a server's certificate to 398 days.
 constexpr long serverLife = 390 * daySeconds;
 constexpr long renewBefore = 30 * daySeconds;
-// A client whose clock is a little behind must not refuse a fresh certificate.
+// A client whose clock is a little slow must not refuse a fresh certificate.
 constexpr long startsBefore = 60 * 60;
 
 template <auto release>
@@ -37,14 +37,14 @@ using Certificate = std::unique_ptr<X509, Release<X509_free>>;
 using Extension = std::unique_ptr<X509_EXTENSION, Release<X509_EXTENSION_free>>;
 using Bio = std::unique_ptr<BIO, Release<BIO_free_all>>;
 
-/// A key and the certificate that names it.
+/// Holds a key and its certificate.
 struct Identity {
     Key key;
     Certificate certificate;
     explicit operator bool() const { return key && certificate; }
 };
 
-/// Holds the folder against other processes for as long as it lives.
+/// Locks the folder against other processes for as long as it lives.
 class FolderLock {
 public:
     explicit FolderLock(const std::string& folder)
@@ -127,7 +127,7 @@ bool setSerial(X509* certificate) {
     return number && BN_to_ASN1_INTEGER(number.get(), X509_get_serialNumber(certificate));
 }
 
-/// A fresh key with a certificate for it that still lacks its issuer, extensions and signature.
+/// Makes a key and a certificate for it that still lacks its issuer, extensions and signature.
 Identity beginIdentity(const char* commonName, long life) {
     Identity identity{Key(EVP_EC_gen("P-256")), Certificate(X509_new())};
     if (!identity) return {};
@@ -179,7 +179,7 @@ Identity makeServer(const Identity& authority, const std::vector<std::string>& h
 
 }  // namespace
 
-// Host names go into OpenSSL's own little language, so nothing but the letters of a host name may pass.
+// Host names go into OpenSSL's own little language, so only the characters of a host name may pass.
 bool isHost(const std::string& host) {
     auto allowed = [](unsigned char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '.';

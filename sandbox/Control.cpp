@@ -73,7 +73,7 @@ Reply Control::setClock(const Request& request) {
     return Reply::of(ValueMap{{"servertime", sandbox_.clock_.milliseconds()}});
 }
 
-// {"module":"Leads","tags":[["id","name"],...]} takes the place of all tags of the module.
+// {"module":"Leads","tags":[["id","name"],...]} replaces all tags of the module.
 Reply Control::setTags(const Request& request) {
     auto body = json::parse(request.body).value_or(Value());
     const auto* map = body.asMap();

@@ -6,8 +6,8 @@ namespace tarvo::sandbox {
 
 class Sandbox;
 
-/// The calls below "/control/" that tests and scripts steer the server with. They need no token; the server listens on
-/// loopback alone.
+/// Handles the calls below "/control/", with which tests and scripts steer the server. They need no token, since the
+/// server listens only on loopback.
 class Control {
 public:
     explicit Control(Sandbox& sandbox) : sandbox_(sandbox) {}

@@ -7,17 +7,17 @@
 
 #include "platform/Value.h"
 
-/// The fixed forms around the content of an answer. Times are milliseconds of the server's clock.
+/// Builds the fixed forms around the content of an answer. Times are milliseconds of the server's clock.
 namespace tarvo::sandbox::envelope {
 
-/// One entry of the result list. An empty list of rows is marked with "nodata".
+/// Makes one entry of the result list. An empty list of rows is marked with "nodata".
 Value entry(std::string_view module, ValueList rows, std::int64_t now);
-/// The same with further members in its "info".
+/// Makes the same entry with further members in its "info".
 Value entry(std::string_view module, ValueList rows, std::int64_t now, const ValueMap& moreInfo);
-/// An entry that failed while its siblings stand.
+/// Makes an entry that failed while its siblings are valid.
 Value failedEntry(std::string_view module, std::string_view code, std::string_view message, std::int64_t now);
 
-/// {"response":{"result":[...],"responseInfo":{...}}}
+/// Makes {"response":{"result":[...],"responseInfo":{...}}}.
 Value answer(ValueList entries, std::int64_t now);
 /// Writes the text of an answer whose rows are too many to be made as values first.
 class Writer {
@@ -25,10 +25,10 @@ public:
     explicit Writer(std::int64_t now);
 
     void add(const Value& entry);
-    /// An entry whose rows, a JSON list, `writeRows` appends to the text that it gets.
+    /// Adds an entry whose rows `writeRows` appends, as a JSON list, to the text that it gets.
     void add(std::string_view module, bool isEmpty, const ValueMap& moreInfo,
              const std::function<void(std::string&)>& writeRows);
-    /// The whole text; the last call.
+    /// Returns the whole text. No call may follow.
     std::string finish();
 
 private:
@@ -39,13 +39,13 @@ private:
     std::string json_;
 };
 
-/// {"error":[{"code":...,"message":...}]}: the whole request failed.
+/// Makes {"error":[{"code":...,"message":...}]}, which says that the whole request failed.
 Value failure(std::string_view code, std::string_view message);
 
-/// The older form that a few calls keep: "response" is a list of parts, each a pair of times and content.
+/// Makes the older form that a few calls keep: "response" is a list of parts, each a pair of times and content.
 Value olderAnswer(ValueList parts);
 Value olderPart(ValueList rows, std::int64_t now);
-/// A part that failed while the others stand.
+/// Makes a part that failed while the others are valid.
 Value olderFailedPart(std::int64_t code, std::string_view message, std::int64_t now);
 
 }  // namespace tarvo::sandbox::envelope

@@ -26,7 +26,7 @@ std::optional<FaultKind> kindNamed(std::string_view name) {
     return std::nullopt;
 }
 
-// Entries go by the module of their info; the pairs of the older form have no name but their number.
+// Entries are named by the module of their info; the pairs of the older form have only a number.
 std::string nameOf(const ValueList& result, std::size_t index) {
     const auto* map = result[index].asMap();
     const auto* info = map ? map->find("info") : nullptr;
@@ -39,7 +39,7 @@ bool isTouched(const ValueList& result, std::size_t index, const Fault& fault) {
     return std::find(fault.blocks.begin(), fault.blocks.end(), nameOf(result, index)) != fault.blocks.end();
 }
 
-/// The entries, which in the older form are the response itself.
+/// Returns the entries, which in the older form are the response itself.
 ValueList* resultOf(Value& answer) {
     auto* map = answer.mutableMap();
     auto* response = map ? map->find("response") : nullptr;
@@ -48,14 +48,14 @@ ValueList* resultOf(Value& answer) {
     return result ? result->mutableList() : nullptr;
 }
 
-/// What an entry holds: its "data", or in the older form what stands behind the times.
+/// Returns what an entry holds: its "data", or in the older form what follows the times.
 Value* contentOf(Value& entry) {
     if (auto* pair = entry.mutableList()) return pair->size() == 2 ? &pair->at(1) : nullptr;
     auto* map = entry.mutableMap();
     return map ? map->find("data") : nullptr;
 }
 
-// The nearest wrong type: a text becomes a number, anything else a text.
+// Returns a value of the nearest wrong type: a text becomes a number, anything else a text.
 Value wrongType(const Value& value) {
     if (const auto* text = value.asText()) return static_cast<std::int64_t>(text->size());
     return json::write(value).value_or("");
@@ -73,7 +73,7 @@ void breakTypes(Value& value, int level) {
     }
 }
 
-/// Calls `change` with the rows of each entry, or with the one row that the fault names, and the level of it.
+/// Calls `change` with the rows of each entry, or with the one row that the fault names, and with its level.
 void breakRows(ValueList& result, const Fault& fault, auto&& change) {
     for (std::size_t i = 0; i < result.size(); ++i) {
         auto* data = isTouched(result, i, fault) ? contentOf(result[i]) : nullptr;

@@ -36,21 +36,21 @@ enum class FaultKind {
     repeatBlocks,
 };
 
-/// What goes wrong with a call, and how often.
+/// Says what goes wrong with a call, and how often.
 struct Fault {
-    /// Name of the call, or "*" for every call.
+    /// The name of the call, or "*" for every call.
     std::string call;
     FaultKind kind = FaultKind::delay;
-    /// How many calls are still to be hit; nothing until the fault is cleared.
+    /// How many more calls the fault hits; nullopt until it is cleared.
     std::optional<std::int64_t> times;
     std::chrono::milliseconds duration{0};
     /// The entries of the result ("tables", "Leads") that a fault of the answer touches; empty means all.
     std::vector<std::string> blocks;
-    /// The one row of the "data" of these entries that `wrongTypes` and `shortRows` touch; nothing for all.
+    /// The one row of the "data" of these entries that `wrongTypes` and `shortRows` touch; nullopt for all.
     std::optional<std::size_t> row;
-    /// Level of `wrongTypes`, see `breakTypes`.
+    /// The level of `wrongTypes`, see `breakTypes`.
     int level = 0;
-    /// Of `errorEnvelope`.
+    /// The HTTP status, code and message of `errorEnvelope`.
     int status = 200;
     std::string code = "INTERNAL_ERROR";
     std::string message = "The request could not be processed.";
@@ -58,20 +58,20 @@ struct Fault {
 
 std::string_view faultName(FaultKind kind);
 
-/// Reads a fault from the JSON of a control call; otherwise says what is wrong with it.
+/// Reads a fault from the JSON of a control call. A failure says what is wrong with it.
 Result<Fault, std::string> parseFault(const Value& json);
 Value describeFault(const Fault& fault);
 
-/// The faults that are set, in order. A call meets the first that names it; one that has used up its times goes, so
-/// that a row of faults is a script. Any thread.
+/// Holds the faults that are set, in order. The first fault that names a call hits it. A fault that has used up its
+/// times is removed, so that a sequence of faults is a script. Safe to use from any thread.
 class FaultSwitch {
 public:
     void add(Fault fault);
     void clear();
-    /// The fault that this call meets, counted.
+    /// Counts and returns the fault that hits this call; nullopt if there is none.
     std::optional<Fault> take(std::string_view call);
     std::vector<Fault> all() const;
-    /// How many calls have met a fault.
+    /// Returns how many calls a fault has hit.
     std::int64_t hits() const;
 
 private:
@@ -80,10 +80,10 @@ private:
     std::int64_t hits_ = 0;
 };
 
-/// Whether a fault of this kind changes values of the answer.
+/// Returns whether a fault of this kind changes values of the answer.
 bool touchesContent(FaultKind kind);
 
-/// Damages an answer as the fault says; kinds that do not touch the content leave it alone.
+/// Damages an answer as the fault says; kinds that do not touch the content leave it unchanged.
 void damage(Value& answer, const Fault& fault);
 
 }  // namespace tarvo::sandbox

@@ -19,7 +19,7 @@ constexpr std::size_t requestsPerConnection = 1'000'000;
 constexpr time_t idleSeconds = 30;
 constexpr std::size_t largestBody = 256u << 20;
 
-/// The sockets of the connections that are open, so that a server that ends need not wait until they are idle for long.
+/// Knows the sockets of the open connections, so that a server that ends need not wait until they time out.
 class Connections {
 public:
     /// Follows every connection of a context from its handshake to its end. The context must not outlive this object.
@@ -57,7 +57,7 @@ private:
         all->sockets_.insert(SSL_get_fd(ssl));
     }
 
-    // Runs before the socket is closed, so a number is never another connection's.
+    // Runs before the socket is closed, so the number cannot belong to another connection.
     static void ended(Entry* entry) {
         std::unique_ptr<Entry> owned(entry);
         std::lock_guard lock(owned->all->mutex_);
@@ -133,8 +133,8 @@ void sendHalf(httplib::Response& response, const Answer& answer) {
 void deliver(const Answer& answer, const httplib::Request& request, httplib::Response& response) {
     switch (answer.delivery) {
         case Delivery::nothing:
-            // With its socket shut, whatever the library writes from here on goes nowhere and the connection is given
-            // up.
+            // With its socket shut, whatever the library writes from here on is lost, and it closes the
+            // connection.
             ::shutdown(SSL_get_fd(request.ssl), SHUT_RDWR);
             response.status = 500;
             return;
@@ -171,7 +171,7 @@ public:
 
     bool isUsable() const { return server_.is_valid(); }
 
-    /// The port, or nothing when the address cannot be had.
+    /// Returns the port, or nullopt when the address is not available.
     std::optional<int> start(const char* address, int port) {
         int bound = port == 0 ? server_.bind_to_any_port(address) : (server_.bind_to_port(address, port) ? port : -1);
         if (bound <= 0) return std::nullopt;
@@ -224,7 +224,7 @@ Result<int, std::string> HttpsServer::start(int port) {
     if (!v4_->isUsable()) return Started::failure("the server's certificate cannot be used");
     auto bound = v4_->start("127.0.0.1", port);
     if (!bound) return Started::failure("cannot listen on port " + std::to_string(port));
-    // Clients that find "localhost" under its other address as well are served there too, where there is one.
+    // Some clients resolve "localhost" to the IPv6 address, so the server listens there too where the machine has it.
     v6_ = std::make_unique<Listener>(serverFile_, handler_);
     if (!v6_->start("::1", *bound)) v6_.reset();
     return Started::success(*bound);

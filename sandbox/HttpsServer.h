@@ -10,7 +10,7 @@
 
 namespace tarvo::sandbox {
 
-/// HTTP over TLS on the loopback addresses, both families where the machine has both.
+/// Serves HTTP over TLS on the loopback addresses, both families where the machine has both.
 class HttpsServer {
 public:
     using Handler = std::function<Answer(const Request&)>;
@@ -21,9 +21,9 @@ public:
     HttpsServer(const HttpsServer&) = delete;
     HttpsServer& operator=(const HttpsServer&) = delete;
 
-    /// Listens and answers the port; 0 picks a free one. Otherwise says why it cannot.
+    /// Listens and returns the port; 0 picks a free one. A failure says why the server cannot listen.
     Result<int, std::string> start(int port);
-    /// Ends all connections and returns when no handler runs any more. May be called twice.
+    /// Ends all connections and returns once no handler runs. May be called twice.
     void stop();
 
 private:

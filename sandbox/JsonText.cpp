@@ -5,7 +5,7 @@ namespace {
 
 bool isPlain(unsigned char c) { return c >= 0x20 && c != '"' && c != '\\'; }
 
-// Without a branch in the loop, since it runs over every byte of an answer.
+// The loop has no branch, since it runs over every byte of an answer.
 bool isAllPlain(std::string_view text) {
     unsigned others = 0;
     for (unsigned char c : text) others += isPlain(c) ? 0 : 1;

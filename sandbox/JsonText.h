@@ -5,7 +5,7 @@
 
 namespace tarvo::sandbox {
 
-/// Appends a text in quotes, escaped where JSON asks for it. The text is UTF-8.
+/// Appends a UTF-8 text in quotes, escaped where JSON requires it.
 void appendJsonText(std::string& json, std::string_view text);
 
 }  // namespace tarvo::sandbox

@@ -11,7 +11,7 @@
 
 namespace tarvo::sandbox {
 
-/// A file part of a multipart request.
+/// Holds a file part of a multipart request.
 struct UploadedFile {
     std::string field;
     std::string name;
@@ -19,38 +19,38 @@ struct UploadedFile {
     std::string content;
 };
 
-/// A request as the calls see it: parameters of the query and of the form body together, names as they came.
+/// Holds a request as the calls see it: the parameters of the query and of the form body together, with names
+/// unchanged.
 struct Request {
     std::string method;
     std::string path;
     std::multimap<std::string, std::string, std::less<>> parameters;
     std::vector<UploadedFile> files;
-    /// The body when it is no form.
+    /// The body when it is not a form.
     std::string body;
     std::string authorization;
-    /// Header "X-CRM-ORG": the organisation that the client has chosen, or the empty text.
+    /// Header "X-CRM-ORG": the organisation that the client has chosen, or empty.
     std::string organisation;
 
-    /// The first value of a parameter, or nothing when it is absent.
+    /// Returns the first value of a parameter, or nullopt when it is absent.
     std::optional<std::string> parameter(std::string_view name) const {
         auto found = parameters.find(name);
         return found == parameters.end() ? std::nullopt : std::optional(found->second);
     }
 };
 
-/// What a call answers: a JSON value, the JSON text that `later` writes, or bytes of its own content type when
-/// `contentType` is set.
+/// Holds what a call answers: a JSON value, the JSON text that `writeBody` returns, or bytes when `contentType` is set.
 struct Reply {
     int status = 200;
     Value json;
     std::string bytes;
     std::string contentType;
-    /// Writes an answer that is long. It runs once, without the server's lock, so it holds copies of what calls change.
-    std::function<std::string()> later;
+    /// Writes a long answer. It runs once, without the server's lock, so it holds copies of whatever calls change.
+    std::function<std::string()> writeBody;
 
-    static Reply writtenBy(std::function<std::string()> later) {
+    static Reply writtenBy(std::function<std::string()> writeBody) {
         Reply reply;
-        reply.later = std::move(later);
+        reply.writeBody = std::move(writeBody);
         return reply;
     }
     static Reply of(Value json, int status = 200) {
@@ -61,16 +61,16 @@ struct Reply {
     }
 };
 
-/// How much of an answer reaches the client.
+/// Says how much of an answer reaches the client.
 enum class Delivery {
     whole,
-    /// Half of the body under the length of the whole one, then the connection ends.
+    /// Half of the body is sent under the length of the whole one, then the connection ends.
     half,
-    /// The connection ends without a byte of an answer.
+    /// The connection ends before a byte of the answer is sent.
     nothing,
 };
 
-/// An answer ready for the wire.
+/// Holds an answer that is ready for the wire.
 struct Answer {
     int status = 200;
     std::string body;

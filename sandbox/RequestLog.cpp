@@ -8,7 +8,7 @@ RequestLog::RequestLog(const std::string& path, bool logValues) : logValues_(log
     if (!path.empty()) file_.open(path, std::ios::trunc);
 }
 
-// Names in a list, or a map from name to value; of a name that comes twice the last value stands.
+// Returns a list of names, or a map from name to value, in which the last value of a repeated name counts.
 Value RequestLog::describeParameters(const Request& request) const {
     ValueMap values;
     for (const auto& [name, value] : request.parameters)
@@ -27,7 +27,7 @@ void RequestLog::add(const LoggedRequest& request) {
                           {"status", request.status}, {"fault", request.fault},           {"ms", request.milliseconds}};
     if (file_) file_ << json::write(line).value_or("") << std::endl;
     requests_.push_back(std::move(line));
-    if (requests_.size() > kept) requests_.pop_front();
+    if (requests_.size() > capacity) requests_.pop_front();
 }
 
 ValueList RequestLog::all() const {

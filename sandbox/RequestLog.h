@@ -10,24 +10,24 @@
 
 namespace tarvo::sandbox {
 
-/// What became of one request. Tokens are in no member.
+/// Records what became of one request. No member holds a token.
 struct LoggedRequest {
     std::string method;
     std::string path;
     Value parameters;
     std::string account;
-    /// Of HTTP; 0 when no answer was sent.
+    /// The HTTP status; 0 when no answer was sent.
     int status = 0;
     std::string fault;
     std::int64_t receivedAt = 0;
     std::int64_t milliseconds = 0;
 };
 
-/// The requests so far, for tests and for people: the last ten thousand in memory, all of them as JSON lines in a file
-/// when a path is given. Any thread.
+/// Keeps the requests for tests and for people: the last ten thousand in memory, and all of them as JSON lines in a
+/// file when a path is given. Safe to use from any thread.
 class RequestLog {
 public:
-    /// `logValues` keeps the values of parameters beside their names, those of tokens never.
+    /// `logValues` keeps the values of parameters beside their names, except those of tokens.
     RequestLog(const std::string& path, bool logValues);
 
     Value describeParameters(const Request& request) const;
@@ -37,7 +37,7 @@ public:
     std::int64_t total() const;
 
 private:
-    static constexpr std::size_t kept = 10'000;
+    static constexpr std::size_t capacity = 10'000;
 
     const bool logValues_;
     mutable std::mutex mutex_;

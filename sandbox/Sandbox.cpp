@@ -12,15 +12,15 @@ namespace {
 
 constexpr const char* jsonType = "application/json;charset=UTF-8";
 
-// What was written as text is read again for a fault that changes values.
-void makeChangeable(Reply& reply) {
-    if (!reply.later) return;
-    reply.json = json::parse(reply.later()).value_or(Value());
-    reply.later = nullptr;
+// Parses an answer that is written as text, so that a fault can change its values.
+void parseWrittenBody(Reply& reply) {
+    if (!reply.writeBody) return;
+    reply.json = json::parse(reply.writeBody()).value_or(Value());
+    reply.writeBody = nullptr;
 }
 
 Answer toAnswer(Reply reply) {
-    if (reply.later) return {reply.status, reply.later(), jsonType, Delivery::whole};
+    if (reply.writeBody) return {reply.status, reply.writeBody(), jsonType, Delivery::whole};
     if (!reply.contentType.empty())
         return {reply.status, std::move(reply.bytes), std::move(reply.contentType), Delivery::whole};
     return {reply.status, json::write(reply.json).value_or("null"), jsonType, Delivery::whole};
@@ -94,13 +94,13 @@ Answer Sandbox::work(const CallRow& row, const CallPath& path, const Request& re
         reply = row.handle({request, account, data_, clock_.milliseconds(), naming, path.version, path.name});
     }
     if (fault && touchesContent(fault->kind)) {
-        makeChangeable(reply);
+        parseWrittenBody(reply);
         damage(reply.json, *fault);
     }
     return toAnswer(std::move(reply));
 }
 
-// Waits on a condition so that a server that ends does not wait for its own delays.
+// Waits on a condition, so that a server that is shutting down need not wait for its own delays.
 void Sandbox::delay(std::chrono::milliseconds duration) {
     std::unique_lock lock(delayMutex_);
     delayEnd_.wait_for(lock, duration, [&] { return delaysEnded_; });

@@ -17,26 +17,25 @@ namespace tarvo::sandbox {
 
 struct SandboxOptions {
     std::uint64_t seed = 1;
-    /// In each module that stands alone.
+    /// The number of records in each module that has lists of its own.
     std::size_t recordsPerModule = 250;
     std::vector<Account> accounts;
-    /// How fields are named; nothing follows the servlet: columns for "crm", API names for "vestra".
+    /// How fields are named. Nullopt follows the servlet: columns for "crm", API names for "vestra".
     std::optional<Naming> naming;
-    /// Where the request log is written; empty for memory alone.
+    /// Where the request log is written; empty keeps it only in memory.
     std::string logPath;
     bool logValues = false;
 };
 
-/// The server behind the transport: takes a request, finds its call, checks the token, applies the fault that is set,
-/// logs. Requests may come from many threads; the work of calls is done one at a time, long answers are written beside
-/// it.
+/// Answers requests: finds the call, checks the token, applies the fault that is set, and logs. Requests may come from
+/// many threads. Handlers of calls run one at a time; long answers are written in parallel.
 class Sandbox {
 public:
     /// `onStop` runs when a control call asks the server to end, on the thread of that request.
     Sandbox(SandboxOptions options, std::function<void()> onStop);
 
     Answer handle(const Request& request);
-    /// Ends every delay that is running and makes later ones no delay at all.
+    /// Ends every delay that is running and skips all later ones.
     void endDelays();
 
 private:

@@ -18,7 +18,7 @@ int fail(const std::string& why, int status = 1) {
     return status;
 }
 
-// Blocked before any thread starts, so that only the wait at the end of `run` receives them.
+// Blocks the signals before any thread starts, so that only the wait at the end of `run` receives them.
 sigset_t blockEndSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -28,7 +28,7 @@ sigset_t blockEndSignals() {
     return signals;
 }
 
-bool tellReady(const Arguments& arguments, int port, const std::string& authority) {
+bool reportReady(const Arguments& arguments, int port, const std::string& authority) {
     std::printf("listening on https://localhost:%d\n%s\n", port, authority.c_str());
     std::fflush(stdout);
     if (arguments.readyFile.empty()) return true;
@@ -54,7 +54,7 @@ int run(Arguments arguments) {
     HttpsServer server(certificates->server, [&](const Request& request) { return sandbox.handle(request); });
     auto port = server.start(arguments.port);
     if (!port) return fail(port.error());
-    if (!tellReady(arguments, *port, authority)) return fail("cannot write " + arguments.readyFile);
+    if (!reportReady(arguments, *port, authority)) return fail("cannot write " + arguments.readyFile);
 
     int received = 0;
     sigwait(&signals, &received);

@@ -6,10 +6,10 @@
 namespace tarvo::sandbox::calls {
 namespace {
 
-/// What a profile may do with the records of a module.
+/// Describes a permission of a profile for the records of a module.
 struct Rights {
     std::string_view key;
-    /// Withheld from every profile but "Administrator" in modules that make up the catalogue.
+    /// Denied to every profile but "Administrator" in modules that make up the catalogue.
     bool isGuarded;
 };
 

@@ -15,7 +15,7 @@ ValueList tableStatements(const Call& call) {
     return ValueList(statements.begin(), statements.end());
 }
 
-// Rows of text: name, labels, API name, place, kind, and the id for clients that go by ids.
+// Makes rows of text: name, labels, API name, place, kind, and the id for clients that go by ids.
 ValueList moduleRows(const DataSet& data) {
     ValueList rows;
     for (const auto& module : data.modules)

@@ -161,7 +161,7 @@ private:
                          field.preferences};
     }
 
-    // Solutions leave the choice to the client.
+    // Solutions leave the order to the client.
     ValueList relatedSort() const {
         if (module_.name == "Solutions") return {};
         return {call_.naming == Naming::column ? "MODIFIEDTIME" : "Modified_Time", "desc"};

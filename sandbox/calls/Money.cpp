@@ -24,7 +24,7 @@ ValueList currencyRows(const DataSet& data) {
     return rows;
 }
 
-// Pipelines have a list at their fourth place.
+// A pipeline has a list of its stages in the fourth place.
 ValueList pipelineRows(const DealStages& deals) {
     ValueList rows;
     for (const auto& pipeline : deals.pipelines) {
@@ -38,7 +38,7 @@ ValueList pipelineRows(const DealStages& deals) {
     return rows;
 }
 
-// The organisation's stages by themselves have the kind of the stage there.
+// The organisation's plain list of stages has the kind of the stage there.
 ValueList stageRows(const DealStages& deals) {
     ValueList rows;
     for (const auto& stage : deals.stages)
@@ -58,8 +58,8 @@ Reply taxesAndCurrencies(const Call& call) {
     return Reply::of(envelope::olderAnswer({std::move(taxes), envelope::olderPart(currencyRows(call.data), call.now)}));
 }
 
-// Every layout of the deals has the same pipelines, and old clients send an id of their own, so "layoutid" is not
-// looked at.
+// Every layout of the deals has the same pipelines, and old clients send an id of their own, so "layoutid" is
+// ignored.
 Reply pipelines(const Call& call) {
     auto name = call.request.parameter("module").value_or("");
     const auto* module = call.data.module(name);

@@ -16,17 +16,17 @@ constexpr std::size_t defaultPage = 200;
 constexpr std::size_t longestPage = 10'000;
 constexpr std::size_t typicalRecordBytes = 2'000;
 
-/// A page of a list, with all that it needs when the server's lock is gone.
+/// Describes a page of a list, with everything that is needed to write it without the server's lock.
 struct Page {
     const ModuleData* module;
-    /// Nothing for all records of the module.
+    /// Nullopt for all records of the module.
     std::optional<ViewData> view;
     RecordSort sort;
     std::size_t from = 0;
     std::size_t limit = longestPage;
 };
 
-/// One entry of an answer: what failed is told at once, a page is written later.
+/// Holds one entry of an answer: a failure, which is made at once, or a page, which is written later.
 using Entry = std::variant<Value, Page>;
 
 Value failed(const Call& call, const std::string& module, std::string_view code, std::string_view message) {
@@ -73,7 +73,7 @@ private:
         });
     }
 
-    // What criteria ask of the asking user and of the day changes their result.
+    // The result of criteria also depends on the user who asks and on the day.
     RecordOrders::Positions order(const Page& page) const {
         const auto& module = page.module->name;
         if (!page.view || page.view->criteria.isNull())
@@ -96,7 +96,7 @@ Reply written(const Call& call, std::vector<Entry> entries) {
     return Reply::writtenBy([writer, entries = std::move(entries)] { return writer.write(entries); });
 }
 
-// Either name of a field will do. An unknown one leaves the order to the ids.
+// Accepts either name of a field. An unknown name leaves the order to the ids.
 RecordSort sortBy(const Call& call, const ModuleData& module, const std::string& name, bool isAscending) {
     for (const auto& field : call.data.metadata.find(module.name)->second.fields)
         if (field.apiName == name || field.column == name) return {field.isKey ? nullptr : &field, isAscending};
@@ -112,7 +112,7 @@ Entry pageOfView(const Call& call, const std::string& moduleName, const std::str
     return failed(call, module->name, "INVALID_CUSTOM_VIEW", "The module has no such view.");
 }
 
-/// Reads a whole number that is not negative; false when there is another text.
+/// Reads a whole number that is not negative; false for any other text.
 bool readCount(const Call& call, std::string_view name, std::size_t& into) {
     auto given = parameter(call, name);
     if (given.empty()) return true;
@@ -147,7 +147,7 @@ Value toValue(const RecordData& record) {
     return json::parse(json).value_or(Value());
 }
 
-/// The module that a request names, by "module" or else "moduleAPI"; null when there is none.
+/// Returns the module that a request names by "module" or "moduleAPI"; null when there is none.
 const ModuleData* moduleOf(const Call& call) {
     const auto* module = call.data.module(parameter(call, "module"));
     if (!module) module = call.data.module(parameter(call, "moduleAPI"));

@@ -9,7 +9,7 @@
 namespace tarvo::sandbox::calls {
 namespace {
 
-// Headings have ids as the views themselves have.
+// Headings have ids, like the views themselves.
 std::string sectionId(const std::string& section) { return section == "All" ? "1" : section == "Shared" ? "2" : "3"; }
 
 ValueList columnsOf(const ViewData& view, const Call& call) {
@@ -21,7 +21,7 @@ ValueList columnsOf(const ViewData& view, const Call& call) {
     return names;
 }
 
-// Clients find the fields of criteria and of the sort by their API names, whatever they call their columns.
+// Clients find the fields of criteria and of the sort by their API names, however they name their columns.
 Value viewRow(const ViewData& view, const Call& call) {
     auto criteria = criteriaFor(call.data, view, call.account);
     auto made = viewTemplate(criteria);

@@ -10,7 +10,7 @@ struct CurrencyData {
     std::string isoCode;
     std::string name;
     std::string symbol;
-    /// How many of it the base currency buys.
+    /// How many units of it one unit of the base currency buys.
     std::string exchangeRate;
     std::string thousandSeparator;
     std::string decimalSeparator;
@@ -23,7 +23,7 @@ struct CurrencyData {
 struct TaxData {
     std::string id;
     std::string name;
-    /// Percent.
+    /// In percent.
     std::string rate;
 };
 

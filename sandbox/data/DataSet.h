@@ -27,7 +27,7 @@ struct ModuleData {
     /// The server's "generated_type": "default", "custom", "subform" and so on.
     std::string type;
     int position;
-    /// Has lists of its own; false for modules whose rows lie under records of another.
+    /// Whether it has lists of its own; false for modules whose rows lie under records of another.
     bool standsAlone;
 };
 
@@ -35,7 +35,7 @@ struct UserData {
     std::string id;
     std::string firstName;
     std::string lastName;
-    /// The account that this user signs in with; users beyond the accounts have one that nobody holds a token for.
+    /// The account that this user signs in with. Users beyond the accounts have one without any token.
     std::string account;
     std::string email;
     std::string status;
@@ -60,12 +60,12 @@ struct TagData {
     std::string module;
 };
 
-/// The content of the server: one organisation with its users, modules and settings, the same for every run with one
-/// seed. The first users belong to the accounts of the command line, in their order. Calls change it; whoever calls in
-/// holds the server's lock.
+/// Holds the content of the server: one organisation with its users, modules and settings, the same for every run with
+/// the same seed. The first users belong to the accounts of the command line, in their order. Calls change it, so a
+/// caller holds the server's lock.
 class DataSet {
 public:
-    /// `recordsPerModule` records in each module that stands alone.
+    /// Makes `recordsPerModule` records in each module that has lists of its own.
     DataSet(std::uint64_t seed, const Accounts& accounts, std::size_t recordsPerModule);
     DataSet(const DataSet&) = delete;
     DataSet& operator=(const DataSet&) = delete;
@@ -75,7 +75,7 @@ public:
     MetadataByModule metadata;
     std::vector<UserData> users;
     std::vector<OrganisationData> organisations;
-    /// Key and value.
+    /// Pairs of key and value.
     std::vector<std::pair<std::string, std::string>> companyInfo;
     std::vector<TagData> tags;
     /// Both may be used without the server's lock.
@@ -86,7 +86,7 @@ public:
     std::vector<TaxData> taxes;
     DealStages dealStages;
 
-    /// Null when there is none of that name or API name.
+    /// Returns null when there is no module of that name or API name.
     const ModuleData* module(std::string_view nameOrApiName) const;
     const UserData& userOf(std::string_view account) const;
 };

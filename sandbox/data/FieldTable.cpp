@@ -5,7 +5,7 @@
 namespace tarvo::sandbox {
 namespace {
 
-// Of every record.
+// Every record has these fields.
 constexpr FieldRow recordFields[] = {
     {"id", "text", "", "rskh", "", "ID"},
     {"Owner", "ownerlookup", "System", "", "", "SMOWNERID"},
@@ -19,7 +19,7 @@ constexpr FieldRow recordFields[] = {
     {"Description", "textarea", "Description"},
 };
 
-// Of rows that lie under a record of another module.
+// Rows that lie under a record of another module have these fields.
 constexpr FieldRow dependentFields[] = {
     {"id", "text", "", "rskh", "", "ID"},
     {"record_id", "text", "", "rsh", "", "RECORD_ID"},
@@ -126,7 +126,7 @@ constexpr FieldRow deals[] = {
     {"Expected_Revenue", "currency", "Deal", "r"},
 };
 
-// The three activity modules keep their rows in one module as well, whose fields are theirs together.
+// The three activity modules keep their rows in one module as well, which has the fields of all three.
 constexpr FieldRow tasks[] = {
     {"Subject", "text", "Task", "!q"},
     {"Due_Date", "date", "Task", "q"},

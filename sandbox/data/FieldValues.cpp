@@ -14,7 +14,7 @@ using Cell = RecordShape::Cell;
 using Kind = RecordValue::Kind;
 
 constexpr std::int64_t day = 24 * 3600;
-constexpr auto mostRowsBelow = RecordShape::mostRowsBelow;
+constexpr auto maxRowsBelow = RecordShape::maxRowsBelow;
 constexpr std::size_t longTextBytes = 100'000;
 
 constexpr std::string_view firstNames[] = {"Amélie", "Björn", "Chidi", "Dana",  "Eszter", "Farid", "Grace",
@@ -29,7 +29,7 @@ constexpr std::string_view countries[] = {"Germany", "Brazil", "Switzerland", "�
                                           "India",   "USA",    "Poland",      "Ireland"};
 constexpr std::string_view phrases[] = {"Send the offer",   "Call back",       "Visit the plant", "Renew the contract",
                                         "Prepare the demo", "Check the order", "Follow up",       "Plan the roll-out"};
-// What trips up quoting, escaping, counting of characters and searching.
+// These texts trip up quoting, escaping, counting of characters and searching.
 constexpr std::string_view awkward[] = {
     "He said \"yes\" & 'no'", "C:\\temp\\50%_off", "🚀 Lançamento 👩‍👩‍👧‍👦",
     "日本語のテキスト",       "مرحبا بالعالم",     "tab\tand\nnew line",
@@ -84,7 +84,7 @@ void setDateTime(RecordValue& into, std::int64_t seconds, std::size_t zone) {
     into.text += zones[zone];
 }
 
-// All times of a record are told in one zone.
+// All times of a record are written in one zone.
 std::size_t zoneOf(const Cell& cell) {
     static const auto salt = saltOf("zone");
     return cell.shape.random(cell.number, salt).below(std::size(zones));
@@ -105,7 +105,7 @@ void setInteger(RecordValue& into, std::int64_t number) {
 
 void setFlag(RecordValue& into, bool flag) { into.setText(flag ? "true" : "false"); }
 
-// Makers by type.
+// The functions below make values by type.
 
 void makeText(Cell& cell, RecordValue& into) {
     into.setText(cell.random.below(8) == 0 ? pick(cell, awkward) : pick(cell, phrases));
@@ -141,7 +141,7 @@ void makeWebsite(Cell& cell, RecordValue& into) {
     appendNumber(into.text, static_cast<std::int64_t>(cell.number) + 1);
 }
 
-// Lists go by the text that people see.
+// Lists hold the text that people see.
 void makePicklist(Cell& cell, RecordValue& into) {
     const auto& values = cell.field.data->picklist;
     into.setText(values.empty() ? "" : values[cell.random.below(values.size())].label);
@@ -189,16 +189,16 @@ void makeDateTime(Cell& cell, RecordValue& into) {
 }
 
 void setUser(Cell& cell, std::size_t number, RecordValue& into) {
-    const auto& world = cell.shape.world();
-    into.setText(world.data.users[number].id);
-    into.shown = world.userTitles[number];
+    const auto& context = cell.shape.context();
+    into.setText(context.data.users[number].id);
+    into.shown = context.userTitles[number];
 }
 
 void makeUser(Cell& cell, RecordValue& into) {
-    setUser(cell, cell.random.below(cell.shape.world().data.users.size()), into);
+    setUser(cell, cell.random.below(cell.shape.context().data.users.size()), into);
 }
 
-/// A record that another one points to.
+/// Names a record that another one points to.
 struct Pointed {
     const RecordShape* shape = nullptr;
     std::size_t number = 0;
@@ -216,11 +216,11 @@ Pointed anyOf(const RecordShape* shape, Generator& random) {
     return {shape, shape && shape->count() > 0 ? random.below(shape->count()) : 0};
 }
 
-// Every fourth attachment hangs on the note of its number, every tenth note tells of a meeting's check-in.
+// Every fourth attachment hangs on the note of its number, every tenth note is about a meeting's check-in.
 bool hasAttachment(std::size_t note) { return note % 4 == 1; }
 bool tellsCheckIn(std::size_t note) { return note % 10 == 9; }
 
-// The record that `What_Id` or `Parent_Id` points to, and whose module the fields beside them name.
+// Chooses the record that `What_Id` or `Parent_Id` points to; the fields beside them name its module.
 Pointed parentOf(const Cell& cell) {
     static constexpr std::string_view parents[] = {"Accounts", "Deals", "Leads", "Contacts"};
     static const auto salt = saltOf("parent");
@@ -262,7 +262,7 @@ void makeRows(Cell& cell, RecordValue& into) {
     if (!cell.field.target) return;
     auto count = cell.random.below(4);
     for (std::size_t i = 0; i < count; ++i)
-        into.rows.push_back(rowBelow(*cell.field.target, cell.number * mostRowsBelow + i));
+        into.rows.push_back(rowBelow(*cell.field.target, cell.number * maxRowsBelow + i));
 }
 
 void makeRepeat(Cell& cell, RecordValue& into) {
@@ -288,7 +288,7 @@ void makeFileName(Cell& cell, RecordValue& into) {
 
 void makeEmpty(Cell&, RecordValue& into) { into.setText(""); }
 
-// Makers of single fields.
+// The functions below make values of single fields.
 
 void makeId(Cell& cell, RecordValue& into) {
     into.kind = Kind::text;
@@ -296,7 +296,7 @@ void makeId(Cell& cell, RecordValue& into) {
 }
 
 void makeLayout(Cell& cell, RecordValue& into) {
-    const auto& layouts = cell.shape.world().data.metadata.find(cell.shape.module().name)->second.layouts;
+    const auto& layouts = cell.shape.context().data.metadata.find(cell.shape.module().name)->second.layouts;
     std::size_t usable = 0;
     while (usable < layouts.size() && layouts[usable].isAccessible) ++usable;
     if (usable == 0) return;
@@ -333,7 +333,7 @@ void makeCity(Cell& cell, RecordValue& into) { into.setText(pick(cell, cities));
 void makeState(Cell& cell, RecordValue& into) { into.setText(pick(cell, states)); }
 void makeCountry(Cell& cell, RecordValue& into) { into.setText(pick(cell, countries)); }
 
-// A leading zero must not get lost.
+// The leading zero tests that clients keep it.
 void makeZip(Cell& cell, RecordValue& into) {
     into.setText("");
     appendPadded(into.text, static_cast<std::int64_t>(cell.random.below(100'000)), 5);
@@ -351,7 +351,7 @@ void makeCompany(Cell& cell, RecordValue& into) {
     appendNumber(into.text, static_cast<std::int64_t>(cell.number) + 1);
 }
 
-// People were born before 1970 too.
+// Some people were born before 1970.
 void makeBirthday(Cell& cell, RecordValue& into) {
     setDate(into, static_cast<std::int64_t>(cell.random.below(24'000)) - 11'000);
 }
@@ -415,7 +415,7 @@ void makeSize(Cell& cell, RecordValue& into) {
     setInteger(into, static_cast<std::int64_t>(cell.random.below(5'000'000)));
 }
 
-/// Who takes part in a meeting: users, contacts and leads in turn, nobody twice.
+/// Lists who takes part in a meeting: users, contacts and leads in turn, each at most once.
 struct Participant {
     std::string_view kind;
     std::string id, name, email;
@@ -423,9 +423,9 @@ struct Participant {
 
 Participant participantOf(const Cell& cell) {
     static constexpr std::string_view kinds[] = {"user", "contact", "lead"};
-    auto event = cell.number / mostRowsBelow, row = cell.number % mostRowsBelow;
+    auto event = cell.number / maxRowsBelow, row = cell.number % maxRowsBelow;
     auto kind = kinds[row % std::size(kinds)];
-    const auto& users = cell.shape.world().data.users;
+    const auto& users = cell.shape.context().data.users;
     const auto* people = kind == "user" ? nullptr : cell.shape.sibling(kind == "lead" ? "Leads" : "Contacts");
     if (!people || people->count() == 0) {
         const auto& user = users[(event + row) % users.size()];
@@ -448,7 +448,7 @@ void makeParticipantStatus(Cell& cell, RecordValue& into) {
 }
 
 void makeUserName(Cell& cell, RecordValue& into) {
-    const auto& users = cell.shape.world().data.users;
+    const auto& users = cell.shape.context().data.users;
     into.setText(users[cell.random.below(users.size())].name());
 }
 

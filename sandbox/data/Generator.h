@@ -7,7 +7,7 @@
 
 namespace tarvo::sandbox {
 
-/// Numbers from a seed, the same on every machine and with every standard library (SplitMix64).
+/// Generates numbers from a seed, the same on every machine and with every standard library (SplitMix64).
 class Generator {
 public:
     explicit Generator(std::uint64_t seed) : state_(seed) {}
@@ -18,7 +18,7 @@ public:
         mixed = (mixed ^ (mixed >> 27)) * 0x94D049BB133111EBULL;
         return mixed ^ (mixed >> 31);
     }
-    /// A number from 0 up to, not including, `limit`.
+    /// Returns a number from 0 up to, but not including, `limit`.
     std::uint64_t below(std::uint64_t limit) { return number() % limit; }
     std::string_view oneOf(std::span<const std::string_view> choices) { return choices[below(choices.size())]; }
 
@@ -26,12 +26,12 @@ private:
     std::uint64_t state_;
 };
 
-/// Server ids: nineteen digits, a prefix of the organisation and a rising part, so that they sort by age.
+/// Makes the server's ids of nineteen digits: a prefix of the organisation and a rising part, so that they sort by age.
 class IdSequence {
 public:
     explicit IdSequence(std::uint64_t seed) : prefix_(prefix(seed)) {}
 
-    /// The first ten digits of every id of the organisation.
+    /// Returns the first ten digits of every id of the organisation.
     static std::uint64_t prefix(std::uint64_t seed) { return 4876000000ULL + seed % 1000000ULL; }
 
     std::string next() {

@@ -8,7 +8,7 @@
 namespace tarvo::sandbox {
 namespace {
 
-// "Closing_Date" is the column CLOSINGDATE and the label "Closing Date".
+// The API name "Closing_Date" gives the column CLOSINGDATE and the label "Closing Date".
 std::string columnOf(std::string_view apiName) {
     std::string column;
     for (char c : apiName)

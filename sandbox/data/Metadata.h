@@ -31,15 +31,15 @@ struct FieldData {
     bool isQuickCreate = false;
     bool isKey = false;
     bool isMandatory = false;
-    /// Kept out of sort lists.
+    /// Whether lists of fields to sort by leave it out.
     bool isUnsorted = false;
     bool isVisible = true;
-    /// API name of the target of a lookup or subform; "se_module" when each record names its own.
+    /// The API name of the module that a lookup or subform points to; "se_module" when each record names its own.
     std::string target;
     std::string relatedListId;
-    /// Bits: 1 display, 2 edit, 4 create; may be empty.
+    /// A number of bits: 1 display, 2 edit, 4 create; may be empty.
     std::string mode;
-    /// Section of the layouts; empty when the field stands in none.
+    /// Its section in the layouts; empty when the field is not in any.
     std::string section;
     /// A map, or for lookups a list.
     Value preferences;
@@ -67,7 +67,7 @@ struct RelatedListData {
     std::string lookup;
 };
 
-/// What the server knows of the shape of one module.
+/// Describes the fields, layouts and lists of one module.
 struct ModuleMetadata {
     std::vector<FieldData> fields;
     std::vector<LayoutData> layouts;
@@ -76,7 +76,7 @@ struct ModuleMetadata {
     std::vector<std::string> dependents;
 };
 
-/// By module name.
+/// Metadata by module name.
 using MetadataByModule = std::map<std::string, ModuleMetadata, std::less<>>;
 MetadataByModule makeMetadata(const std::vector<ModuleData>& modules, IdSequence& ids);
 

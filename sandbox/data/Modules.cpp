@@ -27,7 +27,7 @@ constexpr Row moduleRows[] = {
     {"Attachments", "Attachment", "Attachments", "Attachments", "default"},
     {"CustomModule1", "Project", "Projects", "Projects", "custom"},
     {"CustomModule2", "Café Visit", "Café Visits", "Cafe_Visits", "custom"},
-    // Rows of these live under a record of another module.
+    // The rows of these modules lie under a record of another module.
     {"CustomModule3", "Milestone", "Milestones", "Milestones", "subform", false},
     {"EventInvitees", "Participant", "Participants", "Participants", "default", false},
     {"InventoryProducts", "Line Item", "Line Items", "Product_Details", "default", false},

@@ -6,7 +6,8 @@
 
 namespace tarvo::sandbox {
 
-/// The modules of the organisation in the order of its module list, those that only hold rows of others at the end.
+/// Makes the modules of the organisation in the order of its module list. Modules that only hold rows of other modules
+/// come last.
 std::vector<ModuleData> makeModules(IdSequence& ids);
 
 }  // namespace tarvo::sandbox

@@ -16,7 +16,7 @@ struct StageData {
     std::string type;
 };
 
-/// A way of deals from first talk to close.
+/// Describes the stages of deals from the first talk to the close.
 struct PipelineData {
     std::string id;
     std::string name;
@@ -30,7 +30,7 @@ struct DealStages {
     std::vector<PipelineData> pipelines;
 };
 
-/// Made from the picklists of the deals' fields "Stage" and "Pipeline".
+/// Makes stages and pipelines from the picklists of the deals' fields "Stage" and "Pipeline".
 DealStages makeDealStages(const DataSet& data, IdSequence& ids);
 
 }  // namespace tarvo::sandbox

@@ -9,10 +9,10 @@
 namespace tarvo::sandbox {
 namespace {
 
-// About sixteen megabytes.
-constexpr std::size_t mostKeptPositions = 4'000'000;
+// This many positions take about sixteen megabytes.
+constexpr std::size_t maxCachedPositions = 4'000'000;
 
-/// What a record is sorted by.
+/// Holds what a record is sorted by.
 struct SortKey {
     std::uint32_t position;
     bool isEmpty = false;
@@ -21,8 +21,8 @@ struct SortKey {
     std::string id;
 };
 
-/// How the values of a field compare: numbers and times by size, picklist values by their place in the list, all else
-/// as people read it, ASCII letters without regard to case.
+/// Says how the values of a field compare: numbers and times by size, picklist values by their place in the list, all
+/// else as people read it, ASCII letters without regard to case.
 class SortKeys {
 public:
     explicit SortKeys(const FieldData* field)
@@ -98,28 +98,28 @@ RecordOrders::Positions RecordOrders::order(const RecordStore& records, const st
                                             const std::string& filterId, const Filter& filter, const RecordSort& sort) {
     auto key =
         module + "\n" + filterId + "\n" + (sort.field ? sort.field->apiName : "") + (sort.isAscending ? "+" : "-");
-    if (auto known = kept(key)) return known;
+    if (auto known = cached(key)) return known;
     auto made = makeOrder(records, module, filter, sort);
-    keep(key, made);
+    cache(key, made);
     return made;
 }
 
-RecordOrders::Positions RecordOrders::kept(const std::string& key) {
+RecordOrders::Positions RecordOrders::cached(const std::string& key) {
     std::lock_guard lock(mutex_);
-    auto found = std::find_if(kept_.begin(), kept_.end(), [&](const Kept& each) { return each.key == key; });
-    if (found == kept_.end()) return nullptr;
-    kept_.splice(kept_.begin(), kept_, found);
+    auto found = std::find_if(cache_.begin(), cache_.end(), [&](const CachedOrder& each) { return each.key == key; });
+    if (found == cache_.end()) return nullptr;
+    cache_.splice(cache_.begin(), cache_, found);
     return found->positions;
 }
 
-void RecordOrders::keep(const std::string& key, const Positions& positions) {
+void RecordOrders::cache(const std::string& key, const Positions& positions) {
     std::lock_guard lock(mutex_);
-    kept_.push_front({key, positions});
+    cache_.push_front({key, positions});
     std::size_t total = 0;
-    for (auto each = kept_.begin(); each != kept_.end();) {
+    for (auto each = cache_.begin(); each != cache_.end();) {
         total += each->positions->size();
         // The order that was just made stays, however long it is.
-        each = total > mostKeptPositions && each != kept_.begin() ? kept_.erase(each) : std::next(each);
+        each = total > maxCachedPositions && each != cache_.begin() ? cache_.erase(each) : std::next(each);
     }
 }
 

@@ -12,37 +12,38 @@
 
 namespace tarvo::sandbox {
 
-/// A field to sort by; without one the order is by id.
+/// Names a field to sort by; without one the order is by id.
 struct RecordSort {
     const FieldData* field = nullptr;
     bool isAscending = false;
 };
 
-/// Lists of positions in a module, filtered and sorted. Sorting many records costs, and clients page through one list,
-/// so the last orders are kept, up to a number of positions in all. Any thread; two that ask for one order at once may
-/// both make it.
+/// Makes and caches lists of positions in a module, filtered and sorted. Sorting many records is slow, and clients page
+/// through one list, so the last orders are cached, up to a number of positions in all. Safe to use from any thread;
+/// two threads that ask for the same order at once may both make it.
 class RecordOrders {
 public:
     using Positions = std::shared_ptr<const std::vector<std::uint32_t>>;
     using Filter = std::function<bool(const RecordData&)>;
 
-    /// The positions of the records that pass the filter, those without a value last, equal ones by id in the same
-    /// direction. `filterId` names the filter: one name, one result.
+    /// Returns the positions of the records that pass the filter. Records without a value come last, and records with
+    /// equal values are ordered by id in the same direction. `filterId` identifies the filter: equal ids mean equal
+    /// results.
     Positions order(const RecordStore& records, const std::string& module, const std::string& filterId,
                     const Filter& filter, const RecordSort& sort);
 
 private:
-    struct Kept {
+    struct CachedOrder {
         std::string key;
         Positions positions;
     };
 
-    Positions kept(const std::string& key);
-    void keep(const std::string& key, const Positions& positions);
+    Positions cached(const std::string& key);
+    void cache(const std::string& key, const Positions& positions);
 
     std::mutex mutex_;
-    /// The one used last first.
-    std::list<Kept> kept_;
+    /// The order that was used last comes first.
+    std::list<CachedOrder> cache_;
 };
 
 }  // namespace tarvo::sandbox

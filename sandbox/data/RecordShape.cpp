@@ -32,13 +32,13 @@ std::uint64_t saltOf(std::string_view name) {
     return mixed(hash);
 }
 
-RecordShape::RecordShape(const RecordWorld& world, const ModuleData& module, std::size_t moduleNumber)
-    : world_(world),
+RecordShape::RecordShape(const RecordContext& context, const ModuleData& module, std::size_t moduleNumber)
+    : context_(context),
       module_(module),
       moduleNumber_(moduleNumber),
-      salt_(mixed(world.seed) ^ saltOf(module.name)),
-      idPrefix_(std::to_string(IdSequence::prefix(world.seed))) {
-    const auto& metadata = world.data.metadata.find(module.name)->second;
+      salt_(mixed(context.seed) ^ saltOf(module.name)),
+      idPrefix_(std::to_string(IdSequence::prefix(context.seed))) {
+    const auto& metadata = context.data.metadata.find(module.name)->second;
     fields_.reserve(metadata.fields.size());
     for (const auto& data : metadata.fields) addField(data);
     for (std::size_t i = 0; i < fields_.size(); ++i) byName_.emplace(fields_[i].name, i);
@@ -46,7 +46,7 @@ RecordShape::RecordShape(const RecordWorld& world, const ModuleData& module, std
     lastName_ = firstName_ ? field("Last_Name") : nullptr;
     for (const auto& each : fields_)
         if (!title_ && each.data->type == "text" && !each.data->isKey) title_ = &each;
-    for (const auto& tag : world.tags)
+    for (const auto& tag : context.tags)
         if (tag.module == module.name) tags_.push_back(&tag);
 }
 
@@ -68,7 +68,7 @@ void RecordShape::connect(const Shapes& shapes) {
         if (const auto* pair =
                 each.data->preferences.asMap() ? each.data->preferences.asMap()->find("subform") : nullptr)
             if (pair->asList() && pair->asList()->size() == 2) apiName = *pair->asList()->at(1).asText();
-        const auto* module = apiName.empty() ? nullptr : world_.data.module(apiName);
+        const auto* module = apiName.empty() ? nullptr : context_.data.module(apiName);
         if (module) each.target = sibling(module->name);
     }
 }
@@ -129,8 +129,8 @@ Generator RecordShape::random(std::size_t number, std::uint64_t salt) const {
 
 // Older records have lower numbers, whatever their count. Rows are as old as the record above.
 std::int64_t RecordShape::createdTime(std::size_t number) const {
-    if (!module_.standsAlone) number /= mostRowsBelow;
-    auto count = static_cast<std::int64_t>(std::max<std::size_t>(1, world_.recordsPerModule));
+    if (!module_.standsAlone) number /= maxRowsBelow;
+    auto count = static_cast<std::int64_t>(std::max<std::size_t>(1, context_.recordsPerModule));
     auto step = std::max<std::int64_t>(1, creationSpan / count);
     auto within = static_cast<std::int64_t>(random(number, creationSalt).below(static_cast<std::uint64_t>(step)));
     return firstCreation + static_cast<std::int64_t>(number) * step + within;

@@ -12,7 +12,7 @@ const std::string& nameOf(const FieldData& field, Naming naming) {
     return naming == Naming::column ? field.column : field.apiName;
 }
 
-// Only names that need quotes get them: clients look for the clause of the tag column as it stands here.
+// Only names that need quotes get them, since clients search for the clause of the tag column in this form.
 std::string quoted(const std::string& name) {
     auto plain = [](unsigned char c) {
         return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';

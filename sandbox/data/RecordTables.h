@@ -8,11 +8,11 @@
 
 namespace tarvo::sandbox {
 
-/// The statements that make the tables of a module's records. They may run again without harm and hold no "|", by which
-/// clients join them.
+/// Holds the statements that make the tables of a module's records. They may run again without harm, and do not contain
+/// "|", by which clients join them.
 struct RecordTables {
     std::string records;
-    /// Which records a list, the related list of another record, or the choice of a lookup has shown.
+    /// Tables of which records a list, the related list of another record, or the choice of a lookup has shown.
     std::string customViewMap;
     std::string relatedListMap;
     std::string lookupMap;

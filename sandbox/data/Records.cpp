@@ -126,12 +126,12 @@ void RecordData::write(std::string& json, RecordValue& scratch) const {
 }
 
 RecordStore::RecordStore(const DataSet& data, std::uint64_t seed, std::size_t recordsPerModule)
-    : world_(new RecordWorld{data, seed, recordsPerModule, data.tags, titlesOf(data.users)}),
+    : context_(new RecordContext{data, seed, recordsPerModule, data.tags, titlesOf(data.users)}),
       shapes_(new RecordShape::Shapes) {
     for (std::size_t i = 0; i < data.modules.size(); ++i) {
         const auto& module = data.modules[i];
         if (!isActivities(module.name))
-            shapes_->emplace(module.name, std::make_unique<RecordShape>(*world_, module, i));
+            shapes_->emplace(module.name, std::make_unique<RecordShape>(*context_, module, i));
     }
     for (auto& [name, shape] : *shapes_) shape->connect(*shapes_);
 }
@@ -144,7 +144,7 @@ const RecordShape* RecordStore::shape(std::string_view module) const {
 }
 
 std::size_t RecordStore::count(std::string_view module) const {
-    if (isActivities(module)) return std::size(activityParts) * world_->recordsPerModule;
+    if (isActivities(module)) return std::size(activityParts) * context_->recordsPerModule;
     const auto* known = shape(module);
     return known ? known->count() : 0;
 }

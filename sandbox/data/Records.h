@@ -15,61 +15,61 @@ class RecordShape;
 struct FieldData;
 struct ModuleData;
 struct RecordRow;
-struct RecordWorld;
+struct RecordContext;
 
-/// One value of a record: a text, a list of texts, or rows that lie below the record. Numbers, flags and times are
-/// texts, as on the wire: "12.5", "true", "2024-02-29", "2024-02-29T10:00:00+05:30".
+/// Holds one value of a record: a text, a list of texts, or rows that lie below the record. Numbers, flags and times
+/// are texts, as on the wire: "12.5", "true", "2024-02-29", "2024-02-29T10:00:00+05:30".
 struct RecordValue {
-    /// `absent` is not sent at all; an empty text is.
+    /// A value of the kind `absent` is not sent at all; an empty text is.
     enum class Kind { absent, text, texts, rows };
 
     Kind kind = Kind::absent;
     std::string text;
     std::vector<std::string> texts;
     std::vector<RecordRow> rows;
-    /// What stands for the id of a lookup: nothing, one text, or last name, first name and both as shown.
+    /// What people see in place of the id of a lookup: empty, one text, or last name, first name and both.
     std::vector<std::string> shown;
 
-    /// As people read it: the shown text of a lookup, texts joined by ",".
+    /// Returns what people read: the shown text of a lookup, or texts joined by ",".
     std::string display() const;
-    /// Makes it absent; the room for texts stays, so that one value can be filled many times.
+    /// Makes it absent and keeps the memory of its texts, so that one value can be filled many times.
     void clear();
     void setText(std::string_view value);
 };
 
 struct RecordEntry {
     std::string_view name;
-    /// What begins the entry on the wire.
+    /// The beginning of the entry on the wire.
     std::string_view start;
     RecordValue value;
 };
 
-/// A row below a record: a participant, a line item, a tag.
+/// Holds a row below a record: a participant, a line item, a tag.
 struct RecordRow {
     std::vector<RecordEntry> entries;
 };
 
-/// One record. It holds no values: each is made when it is asked for, the same at every time, from the seed, the module
-/// and the record's number. Cheap to copy; valid as long as its store. Any thread.
+/// Refers to one record. It holds no values: each is made when a caller reads it, always the same, from the seed, the
+/// module and the record's number. Cheap to copy; valid as long as its store. Safe to use from any thread.
 class RecordData {
 public:
     RecordData(const RecordShape& shape, std::size_t number) : shape_(&shape), number_(number) {}
 
-    /// The module that the record is kept in: "Tasks" for a task, in the list of activities too.
+    /// Returns the module that the record belongs to: "Tasks" for a task, in the list of activities too.
     const std::string& module() const;
     std::string id() const;
-    /// Seconds since 1970.
+    /// Returns seconds since 1970.
     std::int64_t createdTime() const;
     std::int64_t modifiedTime() const;
-    /// The value of a field by its API name; absent for a name that the module lacks.
+    /// Returns the value of a field by its API name; absent for a name that the module lacks.
     RecordValue value(std::string_view apiName) const;
-    /// The same into a value that is filled many times.
+    /// Reads the same into a value that the caller fills many times.
     void read(std::string_view apiName, RecordValue& into) const;
     /// Appends the record to a JSON text: a list of entries of name, value and, for lookups, what is shown.
     void write(std::string& json, RecordValue& scratch) const;
 
     const RecordShape& shape() const { return *shape_; }
-    /// Position in its module, from 0 for the oldest.
+    /// Returns its position in its module, from 0 for the oldest.
     std::size_t number() const { return number_; }
 
 private:
@@ -77,27 +77,27 @@ private:
     std::size_t number_;
 };
 
-/// The records of all modules. Nothing is kept of a record that is not changed: a store of many records costs as much
-/// as one of few. Immutable, any thread.
+/// Gives access to the records of all modules. It stores none of them, so a store of many records costs as much as one
+/// of few. Immutable and safe to use from any thread.
 class RecordStore {
 public:
-    /// `data` has its modules, metadata, users and tags already, and outlives the store. The tags of records are those
-    /// of this moment.
+    /// `data` has its modules, metadata, users and tags already, and outlives the store. Records have
+    /// the tags that exist at this moment.
     RecordStore(const DataSet& data, std::uint64_t seed, std::size_t recordsPerModule);
     ~RecordStore();
 
-    /// How many records a module lists; 0 for a module whose rows lie under others. Activities list the tasks, events
-    /// and calls.
+    /// Returns how many records a module lists; 0 for a module whose rows lie under others. Activities list the tasks,
+    /// events and calls.
     std::size_t count(std::string_view module) const;
-    /// A record of the module's list, below `count`.
+    /// Returns a record of the module's list; the position is below `count`.
     RecordData at(std::string_view module, std::size_t position) const;
-    /// Nothing when the module has no such record.
+    /// Returns nullopt when the module has no such record.
     std::optional<RecordData> find(std::string_view module, std::string_view id) const;
 
 private:
     const RecordShape* shape(std::string_view module) const;
 
-    std::unique_ptr<const RecordWorld> world_;
+    std::unique_ptr<const RecordContext> context_;
     std::unique_ptr<std::map<std::string, std::unique_ptr<RecordShape>, std::less<>>> shapes_;
 };
 

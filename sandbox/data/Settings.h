@@ -6,7 +6,7 @@
 
 namespace tarvo::sandbox {
 
-/// The positional settings of an organisation, twenty positions; columns are named as the naming says.
+/// Makes the settings of an organisation, a list of twenty positions. Columns follow the naming.
 ValueList makeSettings(const DataSet& data, Naming naming);
 
 }  // namespace tarvo::sandbox

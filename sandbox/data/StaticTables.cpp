@@ -135,7 +135,7 @@ constexpr Table tables[] = {
      "UNIQUE (transaction_id, record_id, lookup_column)", Kept::perOrganisation},
 };
 
-// Jobs are the one static table whose columns follow the naming. The id column lets search tables point at it.
+// JOBS is the only static table whose columns follow the naming. The id column lets search tables point at it.
 constexpr Table jobsByColumn = {"APPROVAL_PROCESS_RECORDS",
                                 "ID UNIQUE, record_id, module_name, record_name, initiated_time INTEGER, type, "
                                 "display_name, MODULE, module_api_name, "

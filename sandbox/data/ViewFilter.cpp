@@ -32,7 +32,7 @@ enum class Comparator {
     notContains,
     between,
     notBetween,
-    // Of the server alone.
+    // Only the server has these.
     isEmpty,
     isNotEmpty,
 };
@@ -64,7 +64,7 @@ std::optional<Comparator> comparatorNamed(std::string_view name) {
     return std::nullopt;
 }
 
-/// What the values of a field are compared as.
+/// Says as what the values of a field are compared.
 enum class ComparedAs { text, number, moment };
 
 ComparedAs kindOf(const FieldData* field) {
@@ -75,14 +75,14 @@ ComparedAs kindOf(const FieldData* field) {
     return ComparedAs::text;
 }
 
-/// One side of a comparison. Numbers of nineteen digits differ where their nearest reals do not.
+/// Holds one side of a comparison. Numbers of nineteen digits can differ although their nearest doubles do not.
 struct Operand {
     std::string text;
     std::optional<std::int64_t> whole;
     std::optional<double> real;
 };
 
-// "2024-02-29", "2024-02-29T10:00:00+05:30" or seconds since 1970. Days begin in Greenwich.
+// Reads "2024-02-29", "2024-02-29T10:00:00+05:30" or seconds since 1970. Days begin in UTC.
 std::optional<std::int64_t> momentOf(std::string_view text) {
     if (auto seconds = text::toInteger(text)) return seconds;
     bool isDay = text.find('T') == std::string_view::npos;
@@ -97,7 +97,7 @@ Operand operandOf(ComparedAs kind, std::string_view text) {
     return operand;
 }
 
-/// Below, at or above zero; nothing when one side is no number or no moment.
+/// Returns a number below, at or above zero; nullopt when one side is neither a number nor a moment.
 std::optional<int> order(ComparedAs kind, const Operand& a, const Operand& b) {
     auto compare = [](const auto& x, const auto& y) { return x < y ? -1 : y < x ? 1 : 0; };
     if (kind == ComparedAs::text) return compare(a.text, b.text);
@@ -148,7 +148,7 @@ bool isListed(ComparedAs kind, const Operand& actual, const std::vector<Operand>
     });
 }
 
-/// Nothing when the range is none, or the value is not of its kind.
+/// Returns nullopt when the range is invalid, or when the value is not of its kind.
 std::optional<bool> isInRange(ComparedAs kind, const Operand& actual, const std::vector<Operand>& range) {
     if (range.size() != 2) return std::nullopt;
     auto low = order(kind, actual, range[0]), high = order(kind, actual, range[1]);
@@ -156,7 +156,7 @@ std::optional<bool> isInRange(ComparedAs kind, const Operand& actual, const std:
     return *low >= 0 && *high <= 0;
 }
 
-// "${TODAY}" is the day of the server's clock, "${TODAY-30}" thirty days before.
+// Reads "${TODAY}", the day of the server's clock, "${TODAY-30}" thirty days before.
 std::string resolved(const std::string& value, std::int64_t now) {
     constexpr std::string_view today = "${TODAY";
     if (!value.starts_with(today) || !value.ends_with("}")) return value;
@@ -166,7 +166,7 @@ std::string resolved(const std::string& value, std::int64_t now) {
     return std::to_string((now / 1000 / secondsOfDay + *days) * secondsOfDay);
 }
 
-/// Compared with "${EMPTY}", a field is asked whether it is empty.
+/// A comparison with "${EMPTY}" tests whether the field is empty.
 std::optional<Comparator> comparatorOf(const ValueMap& leaf) {
     auto comparator = comparatorNamed(leaf.valueOf("comparator").textOr(""));
     if (!comparator || leaf.valueOf("value") != Value("${EMPTY}")) return comparator;
@@ -192,7 +192,7 @@ const FieldData* fieldNamed(const DataSet& data, const std::string& module, std:
     return nullptr;
 }
 
-/// A field, a comparator and values. It holds for nothing when the comparator is unknown.
+/// Compares a field with values. It holds for no record when the comparator is unknown.
 class Leaf {
 public:
     Leaf(const DataSet& data, const std::string& module, const ValueMap& map, std::int64_t now)
@@ -229,7 +229,7 @@ public:
 
 private:
     std::optional<std::string> textOf(const RecordData& record, RecordValue& scratch) const {
-        // Nobody has touched the record yet.
+        // The record has not been changed since it was created.
         if (field_ == "$unread") return record.createdTime() == record.modifiedTime() ? "true" : "false";
         record.read(field_, scratch);
         switch (scratch.kind) {
@@ -253,10 +253,10 @@ private:
 
 }  // namespace
 
-/// A leaf, or nodes with connectors between them. "and" binds closer than "or".
+/// Holds a leaf, or nodes with connectors between them. "and" binds closer than "or".
 struct ViewFilter::Node {
     std::optional<Leaf> leaf;
-    /// Alternatives, each a list of nodes that must all hold.
+    /// The alternatives, each a list of nodes that must all hold.
     std::vector<std::vector<Node>> alternatives;
 
     static Node of(const DataSet& data, const std::string& module, const Value& criteria, std::int64_t now) {

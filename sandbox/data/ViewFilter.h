@@ -10,10 +10,10 @@ class DataSet;
 class RecordData;
 struct ViewData;
 
-/// Judges records by the criteria of a view, on behalf of an account's user. Made once for a list, then asked for each
-/// record: texts compare without regard to the case of ASCII letters, numbers and times by their amount, a field that a
-/// record lacks fails every comparison but "is_empty". Several values of one leaf are alternatives. Any thread; the
-/// data set outlives it.
+/// Judges records by the criteria of a view, on behalf of an account's user. It is made once per list and then judges
+/// each record. Texts compare without regard to the case of ASCII letters, numbers and times by size. A field that a
+/// record lacks fails every comparison but "is_empty". Several values of one leaf are alternatives. Safe to use from
+/// any thread; the data set outlives the filter.
 class ViewFilter {
 public:
     /// `now` is in milliseconds of the server's clock.

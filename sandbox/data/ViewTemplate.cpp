@@ -10,12 +10,12 @@ namespace {
 struct Operator {
     std::string_view comparator;
     std::string_view sql;
-    /// What stands around the value.
+    /// The text before and after the value.
     std::string_view before = "", after = "";
     std::string_view connector = " or ";
 };
 
-// Clients join the pieces by ",", so a list is written as one comparison a value.
+// Clients join the pieces by ",", so a list is written as one comparison per value.
 constexpr Operator operators[] = {
     {"equal", "="},
     {"not_equal", "!="},
@@ -85,7 +85,8 @@ private:
         return "{" + std::to_string(made.pieces.size() - 1) + "}";
     }
 
-    // A value with a comma would come apart among the pieces, so it stands in the text itself, its hole left empty.
+    // A value with a comma would come apart among the pieces, so it stands in the text itself, and its placeholder
+    // stays empty.
     std::string valueHole(const std::string& value) {
         if (value.find(',') == std::string::npos) return hole(value);
         hole("");

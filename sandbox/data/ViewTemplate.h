@@ -7,15 +7,16 @@
 
 namespace tarvo::sandbox {
 
-/// Criteria in the server's own form, for clients that leave the making of conditions to it: a condition with numbered
-/// holes, "(({0} = '{1}') and ({2} like '{3}'))", and what fills them, API names of fields and values in turn.
+/// Holds criteria as a condition made by the server, for clients that do not make conditions themselves: a text with
+/// numbered placeholders, "(({0} = '{1}') and ({2} like '{3}'))", and what fills them, API names of fields and values
+/// in turn.
 struct ViewTemplate {
     std::string text;
     std::vector<std::string> pieces;
 };
 
-/// Empty for the view of all records. Criteria that only the server can judge have a condition too, one that nobody can
-/// run: an empty one would say that all records are listed.
+/// Returns an empty template for the view of all records. Criteria that only the server can judge get a condition that
+/// cannot run, since an empty one would say that all records are listed.
 ViewTemplate viewTemplate(const Value& criteria);
 
 }  // namespace tarvo::sandbox

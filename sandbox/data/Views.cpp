@@ -15,7 +15,7 @@ constexpr std::string_view currentUser = "${CURRENTUSER}";
 constexpr std::string_view activities = "Activities";
 constexpr std::string_view activityType = "Activity_Type";
 constexpr std::string_view activityModules[] = {"Tasks", "Events", "Calls"};
-// The data set ends with June 2026; this is the youngest seventh of it.
+// The data set ends with June 2026, so this covers the youngest seventh of it.
 constexpr std::string_view recent = "2026-01-01";
 constexpr std::size_t shownColumns = 5;
 
@@ -50,11 +50,11 @@ Value ofKinds(std::string_view comparator, Value kinds) {
         {"field", activityType}, {"comparator", comparator}, {"value", std::move(kinds)}, {"module", activities}};
 }
 
-/// A field and the comparators that make sense for it: one view each.
+/// Lists the comparators that make sense for a field. Each gives one view.
 struct Sample {
     std::string_view module;
     std::string_view field;
-    /// Several values are parted by "|".
+    /// Several values are separated by "|".
     std::string_view values;
     std::string_view comparators;
 };
@@ -63,7 +63,7 @@ constexpr std::string_view ofText =
     "equal not_equal like not_like greater_equal greater_than less_equal less_than starts_with ends_with contains "
     "not_contains";
 constexpr std::string_view ofAmounts = "equal not_equal greater_equal greater_than less_equal less_than";
-// A day is another moment in each zone, so days are never compared for being equal.
+// A day begins at another moment in each zone, so days are never compared for equality.
 constexpr std::string_view ofDays = "greater_equal greater_than less_equal less_than";
 constexpr std::string_view ofChoices = "in not_in";
 constexpr std::string_view ofRanges = "between not_between";
@@ -109,7 +109,7 @@ constexpr Sample samples[] = {
     {"Calls", "Call_Start_Time", "2025-01-01", "greater_equal less_than"},
 };
 
-/// A view that is written down by hand. For tasks, events and calls the kind of activity comes on top of the criteria.
+/// Describes a view by hand. For tasks, events and calls the kind of activity is added to the criteria.
 struct Named {
     std::string_view module;
     std::string_view name;
@@ -120,7 +120,7 @@ struct Named {
 
 std::vector<Named> namedViews() {
     return {
-        // Values that trip up quoting, escaping and splitting.
+        // These values trip up quoting, escaping and splitting.
         {"Leads", "O'Brien and the East",
          anyOf({leaf("Company", "starts_with", "O'Brien"), leaf("Company", "contains", "\"East\"")}), "Company", true},
         {"Leads", "100% and 50%_off",
@@ -130,7 +130,7 @@ std::vector<Named> namedViews() {
          leaf("City", "in", ValueList{"Cork, Ireland", "São Paulo", "\"Quoted\" 'Co', Ltd.", "Kraków"})},
         {"Leads", "Several Cities", leaf("City", "equal", "Berlin,東京,Zürich"), "City", true},
         {"Leads", "Not a Hole", leaf("Skype", "contains", "{2} ${id} NULL")},
-        // Trees.
+        // These criteria are trees.
         {"Leads", "Worth a Call",
          allOf({leaf("Email_Opt_Out", "equal", "false"),
                 anyOf({leaf("Annual_Revenue", "greater_equal", "500000"),
@@ -159,7 +159,7 @@ std::vector<Named> namedViews() {
          "Call_Start_Time", true},
         {activities, "Tasks and Meetings", ofKinds("in", ValueList{"Tasks", "Events"})},
         {activities, "All but Calls", ofKinds("not_equal", "Calls"), "Created_Time"},
-        // What only the server can judge.
+        // Only the server can judge these.
         {"Leads", "Unread Leads", leaf("$unread", "equal", "true")},
         {"Leads", "Without a Fax", leaf("Fax", "like", "${EMPTY}")},
         {"Contacts", "New in the Last 400 Days", leaf("Created_Time", "greater_equal", "${TODAY-400}"), "Created_Time"},
@@ -172,7 +172,7 @@ std::vector<Named> namedViews() {
     };
 }
 
-/// Turns what is written above into views of one module's list.
+/// Makes the views of one module's list from the tables above.
 class ViewMaker {
 public:
     ViewMaker(const DataSet& data, const ModuleData& module, IdSequence& ids)
@@ -180,7 +180,7 @@ public:
 
     std::vector<ViewData> make() {
         bool isOfKind = isActivity(module_.name);
-        // A list of one kind of activity goes by its name, which is what clients know the default by.
+        // A list of one kind of activity has its name, by which clients know the default.
         auto plural = isOfKind ? module_.name : module_.plural;
         bool opensUnread = module_.name == "Cases";
         section_ = "All";
@@ -253,8 +253,8 @@ private:
     }
 
     // Days become the seconds that clients keep. Their day begins at midnight in their own zone, so a bound lies half a
-    // day before midnight in Greenwich: behind every day before and ahead of the day itself, in all zones of the
-    // Americas, Europe, Africa and Asia.
+    // day before midnight UTC: after every day before and before the day itself, in all zones of the Americas, Europe,
+    // Africa and Asia.
     void prepare(Value& node) const {
         if (auto* list = node.mutableList())
             for (auto& item : *list) prepare(item);
@@ -285,7 +285,7 @@ private:
     std::vector<ViewData> made_;
 };
 
-// Which kinds of activities the criteria let through; all of them when they do not say.
+// Returns the kinds of activities that the criteria let through; all of them when the criteria name none.
 bool allowsKind(const Value& node, std::string_view kind) {
     if (const auto* list = node.asList())
         return std::ranges::all_of(*list, [&](const Value& item) { return allowsKind(item, kind); });

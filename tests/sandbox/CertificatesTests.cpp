@@ -27,8 +27,7 @@ protected:
         std::unique_ptr<BIO, decltype(&BIO_free_all)> file(BIO_new_file(path.c_str(), "r"), BIO_free_all);
         return {PEM_read_bio_X509(file.get(), nullptr, nullptr, nullptr), X509_free};
     }
-    /// Whether the server's certificate stands up to the authority for that host, as OpenSSL's own verification sees
-    /// it.
+    /// Returns whether OpenSSL verifies the server's certificate by the authority for that host.
     static bool verifies(const CertificateFiles& files, const char* host, bool isAddress) {
         auto authority = certificate(files.authority);
         auto server = certificate(files.server);

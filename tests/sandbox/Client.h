@@ -12,7 +12,7 @@ struct ClientAnswer {
     std::string body;
 };
 
-/// A client that trusts one authority alone and checks the name of the host.
+/// Sends requests; it trusts only one authority and checks the name of the host.
 class Client {
 public:
     Client(const std::string& host, int port, const std::string& authority);
@@ -20,12 +20,12 @@ public:
 
     using Form = std::multimap<std::string, std::string>;
 
-    /// Nothing when the connection ended before a whole answer.
+    /// Returns nullopt when the connection ended before a whole answer.
     std::optional<ClientAnswer> post(const std::string& path, const Form& form, const std::string& authorization = "");
     std::optional<ClientAnswer> postJson(const std::string& path, const std::string& json);
     std::optional<ClientAnswer> get(const std::string& path);
     std::optional<ClientAnswer> remove(const std::string& path);
-    /// Bytes of the body that arrived with the last post, whole or not.
+    /// Returns how many bytes of the body arrived with the last post, complete or not.
     std::size_t received() const { return received_; }
 
 private:

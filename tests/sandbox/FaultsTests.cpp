@@ -136,7 +136,7 @@ TEST_F(FaultsTests, AServerThatEndsDoesNotWaitForDelays) {
         Client other("localhost", port, certificates.authority);
         other.post("/crm/v4/getappinitdata", {}, token);
     });
-    // The fault is set, so the request waits in the server from the moment that it has been counted.
+    // The fault is set, so the request waits in the server as soon as it is counted.
     while (at(json(client->get("/control/faults")), "hits").asInteger().value_or(0) == 0) std::this_thread::yield();
     EXPECT_FALSE(stopAsked);
     ASSERT_EQ(client->postJson("/control/stop", "{}")->status, 200);

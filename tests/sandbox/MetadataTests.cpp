@@ -13,7 +13,7 @@ protected:
         auto result = at(at(answer, "response"), "result");
         return result.asList() ? *result.asList() : ValueList();
     }
-    /// The names of all modules as the parameter of the call.
+    /// Returns the names of all modules as the parameter of the call.
     std::string allModules() {
         ValueList names;
         for (const auto& row : block(json(init()), "activeModules")) names.push_back(row.asList()->at(0));

@@ -33,7 +33,7 @@ protected:
             if (view.module == module && view.isDefault) return view.id;
         return "";
     }
-    /// What is wrong with a value of the wire, or nothing.
+    /// Returns what is wrong with a value of the wire; empty when it is right.
     std::string fault(const FieldData& field, const Value& entry) {
         const auto& items = *entry.asList();
         const auto& value = items.at(1);

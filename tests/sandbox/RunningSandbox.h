@@ -11,13 +11,13 @@
 
 namespace tarvo::sandbox::tests {
 
-/// The member of a map, or null for anything else: answers are read without a check at each step.
+/// Returns the member of a map, or null for anything else, so that tests read answers without a check at each step.
 inline Value at(const Value& value, std::string_view name) {
     const auto* map = value.asMap();
     return map ? map->valueOf(name) : Value();
 }
 
-/// A server on a port and in a folder of its own.
+/// Runs a server on a port and in a folder of its own.
 class RunningSandbox : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -54,7 +54,7 @@ protected:
         ASSERT_EQ(client->postJson("/control/faults", fault)->status, 200) << fault;
     }
 
-    /// The "data" of the entries of that name, one after another.
+    /// Returns the "data" of the entries of that name, one after another.
     ValueList blocks(const Value& answer, std::string_view name) {
         ValueList found;
         auto result = at(at(answer, "response"), "result");

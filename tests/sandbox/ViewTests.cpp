@@ -16,7 +16,7 @@ protected:
 
     DataSet data{1, Accounts({{"42", token}, {"43", "other"}}), 60};
 
-    /// The records of the module for which the criteria hold.
+    /// Returns the records of the module for which the criteria hold.
     std::size_t count(const std::string& module, const Value& criteria, const std::string& account = "42") {
         ViewData view;
         view.module = module;
