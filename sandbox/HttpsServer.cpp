@@ -132,7 +132,7 @@ void sendHalf(httplib::Response& response, const Answer& answer) {
 
 void deliver(const Answer& answer, const httplib::Request& request, httplib::Response& response) {
     switch (answer.delivery) {
-        case Delivery::nothing:
+        case Delivery::none:
             // With its socket shut, whatever the library writes from here on is lost, and it closes the
             // connection.
             ::shutdown(SSL_get_fd(request.ssl), SHUT_RDWR);

@@ -67,7 +67,7 @@ enum class Delivery {
     /// Half of the body is sent under the length of the whole one, then the connection ends.
     half,
     /// The connection ends before a byte of the answer is sent.
-    nothing,
+    none,
 };
 
 /// Holds an answer that is ready for the wire.

@@ -30,7 +30,7 @@ Answer failure(int status, std::string_view code, std::string_view message) {
     return toAnswer(Reply::of(envelope::failure(code, message), status));
 }
 
-Answer noAnswer() { return {0, "", "", Delivery::nothing}; }
+Answer noAnswer() { return {0, "", "", Delivery::none}; }
 
 const CallRow* findCall(std::string_view method, std::string_view name) {
     auto table = callTable();

@@ -55,7 +55,7 @@ Reply permissions(const Call& call) {
     ValueList rows;
     for (const auto& module : call.data.modules)
         for (const auto& right : rights)
-            if (holder && module.standsAlone)
+            if (holder && module.hasOwnLists)
                 rows.push_back(ValueList{module.name, module.apiName, right.key,
                                          flag(isAdministrator || !right.isGuarded || !isCatalogue(module.name))});
     return Reply::of(envelope::answer({envelope::entry("permissions", std::move(rows), call.now)}, call.now));

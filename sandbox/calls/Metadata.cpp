@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    bool isDependent() const { return !module_.standsAlone; }
+    bool isDependent() const { return !module_.hasOwnLists; }
 
     ValueList relatedLists() const {
         ValueList rows;

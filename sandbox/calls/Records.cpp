@@ -105,7 +105,7 @@ RecordSort sortBy(const Call& call, const ModuleData& module, const std::string&
 
 Entry pageOfView(const Call& call, const std::string& moduleName, const std::string& viewId) {
     const auto* module = call.data.module(moduleName);
-    if (!module || !module->standsAlone) return unknownModule(call, moduleName);
+    if (!module || !module->hasOwnLists) return unknownModule(call, moduleName);
     for (const auto& view : call.data.views)
         if (view.id == viewId && isViewOf(view, module->name))
             return Page{module, view, sortBy(call, *module, view.sortBy, view.isAscending)};
@@ -151,7 +151,7 @@ Value toValue(const RecordData& record) {
 const ModuleData* moduleOf(const Call& call) {
     const auto* module = call.data.module(parameter(call, "module"));
     if (!module) module = call.data.module(parameter(call, "moduleAPI"));
-    return module && module->standsAlone ? module : nullptr;
+    return module && module->hasOwnLists ? module : nullptr;
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ struct ModuleData {
     std::string type;
     int position;
     /// Whether it has lists of its own; false for modules whose rows lie under records of another.
-    bool standsAlone;
+    bool hasOwnLists;
 };
 
 struct UserData {

@@ -5,7 +5,7 @@ namespace {
 
 struct Row {
     const char *name, *singular, *plural, *apiName, *type;
-    bool standsAlone = true;
+    bool hasOwnLists = true;
 };
 
 constexpr Row moduleRows[] = {
@@ -41,7 +41,7 @@ std::vector<ModuleData> makeModules(IdSequence& ids) {
     std::vector<ModuleData> modules;
     for (const auto& row : moduleRows)
         modules.push_back({ids.next(), row.name, row.singular, row.plural, row.apiName, row.type,
-                           static_cast<int>(modules.size()) + 1, row.standsAlone});
+                           static_cast<int>(modules.size()) + 1, row.hasOwnLists});
     return modules;
 }
 

@@ -57,7 +57,7 @@ void RecordShape::addField(const FieldData& data) {
     bool isNeeded = data.isMandatory || (data.isReadOnly && data.section != "Check-In") || data.apiName == "Owner" ||
                     data.apiName == "Layout" || data.target == "se_module";
     fields_.push_back({&data, data.apiName, entryStart, makerOf(module_.name, data), saltOf(data.apiName),
-                       module_.standsAlone && !isNeeded});
+                       module_.hasOwnLists && !isNeeded});
 }
 
 void RecordShape::connect(const Shapes& shapes) {
@@ -129,7 +129,7 @@ Generator RecordShape::random(std::size_t number, std::uint64_t salt) const {
 
 // Older records have lower numbers, whatever their count. Rows are as old as the record above.
 std::int64_t RecordShape::createdTime(std::size_t number) const {
-    if (!module_.standsAlone) number /= maxRowsBelow;
+    if (!module_.hasOwnLists) number /= maxRowsBelow;
     auto count = static_cast<std::int64_t>(std::max<std::size_t>(1, context_.recordsPerModule));
     auto step = std::max<std::int64_t>(1, creationSpan / count);
     auto within = static_cast<std::int64_t>(random(number, creationSalt).below(static_cast<std::uint64_t>(step)));

@@ -76,7 +76,7 @@ public:
     RecordValue value(std::string_view apiName, std::size_t number) const;
 
     /// Returns how many records the module's own lists have; 0 for rows that lie under other records.
-    std::size_t count() const { return module_.standsAlone ? context_.recordsPerModule : 0; }
+    std::size_t count() const { return module_.hasOwnLists ? context_.recordsPerModule : 0; }
     std::string id(std::size_t number) const;
     void readId(std::size_t number, std::string& into) const;
     /// Returns the number of the record with this id, or nullopt if it is not an id of this module.

@@ -15,7 +15,7 @@ struct ListSettings {
     Column groupBy, primary, secondary;
 };
 
-constexpr Column nothing{"", ""};
+constexpr Column noColumn{"", ""};
 constexpr Column modified{"MODIFIEDTIME", "Modified_Time"};
 constexpr Column owner{"SMOWNERID", "Owner"};
 constexpr Column email{"EMAIL", "Email"};
@@ -36,8 +36,8 @@ const std::vector<ListSettings>& listSettings() {
          {"LEADSOURCE", "Lead_Source"},
          lastName,
          modified},
-        {"Contacts", {fullName, accountName, email, phone}, {fullName, email, phone}, nothing, lastName, nothing},
-        {"Accounts", {accountName, phone, owner}, {accountName, phone}, nothing, accountName, nothing},
+        {"Contacts", {fullName, accountName, email, phone}, {fullName, email, phone}, noColumn, lastName, noColumn},
+        {"Accounts", {accountName, phone, owner}, {accountName, phone}, noColumn, accountName, noColumn},
         {"Deals",
          {dealName, stage, {"AMOUNT", "Amount"}, {"CLOSINGDATE", "Closing_Date"}},
          {dealName},
@@ -47,37 +47,37 @@ const std::vector<ListSettings>& listSettings() {
         {"Tasks",
          {subject, {"DUEDATE", "Due_Date"}, {"STATUS", "Status"}},
          {subject},
-         nothing,
+         noColumn,
          {"DUEDATE", "Due_Date"},
-         nothing},
+         noColumn},
         {"Events",
          {{"EVENTTITLE", "Event_Title"}, {"STARTDATETIME", "Start_DateTime"}},
          {{"EVENTTITLE", "Event_Title"}},
-         nothing,
+         noColumn,
          {"STARTDATETIME", "Start_DateTime"},
-         nothing},
+         noColumn},
         {"Calls",
          {subject, {"CALLSTARTTIME", "Call_Start_Time"}},
          {subject},
-         nothing,
+         noColumn,
          {"CALLSTARTTIME", "Call_Start_Time"},
-         nothing},
+         noColumn},
         {"Products",
          {{"PRODUCTNAME", "Product_Name"}, {"UNITPRICE", "Unit_Price"}},
          {{"PRODUCTNAME", "Product_Name"}},
-         nothing,
-         nothing,
-         nothing},
-        {"Quotes", {subject, accountName}, {subject}, nothing, modified, nothing},
-        {"Cases", {subject, {"STATUS", "Status"}}, {subject}, {"STATUS", "Status"}, modified, nothing},
+         noColumn,
+         noColumn,
+         noColumn},
+        {"Quotes", {subject, accountName}, {subject}, noColumn, modified, noColumn},
+        {"Cases", {subject, {"STATUS", "Status"}}, {subject}, {"STATUS", "Status"}, modified, noColumn},
         {"Solutions",
          {{"SOLUTIONTITLE", "Solution_Title"}},
          {{"SOLUTIONTITLE", "Solution_Title"}},
-         nothing,
+         noColumn,
          modified,
-         nothing},
-        {"CustomModule1", {name, owner}, {name}, nothing, name, nothing},
-        {"CustomModule2", {name, owner}, {name}, nothing, name, nothing},
+         noColumn},
+        {"CustomModule1", {name, owner}, {name}, noColumn, name, noColumn},
+        {"CustomModule2", {name, owner}, {name}, noColumn, name, noColumn},
     };
     return all;
 }
@@ -120,7 +120,7 @@ ValueList makeSettings(const DataSet& data, Naming naming) {
     ValueList supported;
     for (const auto& settings : listSettings()) modules.push_back(moduleRow(settings, naming));
     for (const auto& module : data.modules)
-        if (module.standsAlone) supported.emplace_back(module.name);
+        if (module.hasOwnLists) supported.emplace_back(module.name);
     return {"4",
             "default",
             "System",

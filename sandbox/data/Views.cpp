@@ -44,7 +44,7 @@ Value joined(std::string_view word, std::initializer_list<Value> nodes) {
 Value allOf(std::initializer_list<Value> nodes) { return joined("and", nodes); }
 Value anyOf(std::initializer_list<Value> nodes) { return joined("or", nodes); }
 
-// The module beside the field is what tells clients whose views these are.
+// Clients see from the module beside the field which module a view belongs to.
 Value ofKinds(std::string_view comparator, Value kinds) {
     return ValueMap{
         {"field", activityType}, {"comparator", comparator}, {"value", std::move(kinds)}, {"module", activities}};
@@ -214,11 +214,11 @@ private:
             const auto* field = fieldNamed(sample.field);
             auto values = text::split(sample.values, "|");
             Value value = values.size() > 1 ? Value(values) : Value(sample.values);
-            auto told = sample.values == currentUser ? "me" : text::join(values, ", ");
+            auto shownValues = sample.values == currentUser ? "me" : text::join(values, ", ");
             for (const auto& comparator : text::split(sample.comparators, " ")) {
                 auto words = comparator;
                 std::ranges::replace(words, '_', ' ');
-                add(field->label + " " + words + (told.empty() ? "" : " " + told),
+                add(field->label + " " + words + (shownValues.empty() ? "" : " " + shownValues),
                     leaf(sample.field, comparator, value));
             }
         }
@@ -311,7 +311,7 @@ std::vector<ViewData> makeViews(const DataSet& data, IdSequence& ids) {
         std::ranges::move(made, std::back_inserter(views));
     };
     for (const auto& module : data.modules) {
-        if (!module.standsAlone || isActivity(module.name)) continue;
+        if (!module.hasOwnLists || isActivity(module.name)) continue;
         add(module);
         if (module.name == activities)
             for (auto kind : activityModules) add(*data.module(kind));

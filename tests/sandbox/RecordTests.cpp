@@ -83,7 +83,7 @@ protected:
 TEST_F(RecordTests, EveryValueFitsItsFieldAndPointsToWhatExists) {
     std::set<std::string> below;
     for (const auto& module : data.modules) {
-        if (!module.standsAlone) continue;
+        if (!module.hasOwnLists) continue;
         auto answer = ask("getrecords", {{"module", module.name}, {"mcount", "10000"}});
         auto records = at(entryOf(answer), "data");
         ASSERT_EQ(records.asList()->size(), module.name == "Activities" ? 750u : 250u) << module.name;

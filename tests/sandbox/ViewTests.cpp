@@ -51,7 +51,7 @@ TEST_F(ViewTests, EveryModuleHasOneDefaultAndEveryComparatorOccurs) {
                 isKind ? shown == "Open Tasks" || shown == "My Events" || shown == "My Calls" : text(row, 5) == "true";
             collect(collect, row.asList()->at(12));
         }
-        EXPECT_EQ(defaults, module.standsAlone ? 1u : 0u) << module.name;
+        EXPECT_EQ(defaults, module.hasOwnLists ? 1u : 0u) << module.name;
     }
     EXPECT_EQ(comparators.size(), 16u + 2 + 1) << "those of clients, those of the server, and none in a list";
     auto columns = [&](const char* servlet) {
