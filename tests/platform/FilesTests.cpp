@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/Log.h"
 #include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {
