@@ -2,7 +2,7 @@
 
 #include "platform/Log.h"
 #include "platform/Text.h"
-#include "tarvobase/get_metadata/WireRow.h"
+#include "tarvobase/network_layer/PositionalRow.h"
 #include "tarvobase/utils/LogOnce.h"
 
 namespace tarvo::metadata_sections {
@@ -15,15 +15,14 @@ using Case = ParserError::Case;
 template <class T>
 struct RowFormat {
     std::size_t columns;
-    T (*read)(WireRow& row, const SectionContext& context);
+    T (*read)(PositionalRow& row, const SectionContext& context);
 };
 
 template <class T>
 Result<T, ParserError> readRow(const Value& entry, const RowFormat<T>& format, const SectionContext& context) {
-    auto values = entry.asList();
-    if (!values) return ParserError(Case::typeConversionFailed);
-    if (values->size() < format.columns) return ParserError(Case::lessNumberOfKeys);
-    WireRow row(*values);
+    auto opened = PositionalRow::open(entry, format.columns, PositionalRow::Mode::strict);
+    if (!opened) return opened.error();
+    auto row = *std::move(opened);
     T value = format.read(row, context);
     if (row.error()) return *row.error();
     return value;
@@ -54,7 +53,7 @@ ParsedMetadata::Section<std::vector<T>> readWhole(const Value& section, const Ro
     return values;
 }
 
-RelatedList relatedListOf(WireRow& row, const SectionContext& context) {
+RelatedList relatedListOf(PositionalRow& row, const SectionContext& context) {
     RelatedList list;
     list.moduleName = context.moduleName;
     list.relatedModuleName = row.text(0);
@@ -67,7 +66,7 @@ RelatedList relatedListOf(WireRow& row, const SectionContext& context) {
     return list;
 }
 
-ModuleLayoutInfo layoutOf(WireRow& row, const SectionContext&) {
+ModuleLayoutInfo layoutOf(PositionalRow& row, const SectionContext&) {
     ModuleLayoutInfo layout;
     layout.moduleName = row.text(0);
     layout.layoutID = row.text(1);
@@ -77,7 +76,7 @@ ModuleLayoutInfo layoutOf(WireRow& row, const SectionContext&) {
     return layout;
 }
 
-LayoutFieldData layoutFieldOf(WireRow& row, const SectionContext& context) {
+LayoutFieldData layoutFieldOf(PositionalRow& row, const SectionContext& context) {
     LayoutFieldData field;
     field.layoutID = row.text(0);
     field.fieldID = row.text(1);
@@ -96,7 +95,7 @@ LayoutFieldData layoutFieldOf(WireRow& row, const SectionContext& context) {
     return field;
 }
 
-PicklistMetadata picklistOf(WireRow& row, const SectionContext&) {
+PicklistMetadata picklistOf(PositionalRow& row, const SectionContext&) {
     PicklistMetadata value;
     value.fieldActualValue = row.text(0);
     value.fieldOptionalValue = row.text(1);
@@ -126,7 +125,7 @@ ValueMap displayPrefsOf(const Value& column, const SectionContext& context) {
     return list && !list->empty() ? ValueMap{{"lookup_column", *list}} : ValueMap();
 }
 
-FieldMetadata fieldOf(WireRow& row, const SectionContext& context) {
+FieldMetadata fieldOf(PositionalRow& row, const SectionContext& context) {
     FieldMetadata field;
     field.fieldID = row.text(0);
     field.fieldAPIName = row.text(1);
@@ -158,16 +157,6 @@ Settings settingOf(const SectionContext& context, SettingName key, const std::st
             .isDefault = true};
 }
 
-std::optional<std::string> joinedTexts(const Value& list) {
-    if (!list.asList()) return std::nullopt;
-    std::vector<std::string> texts;
-    for (auto& entry : *list.asList()) {
-        if (!entry.asText()) return std::nullopt;
-        texts.push_back(*entry.asText());
-    }
-    return text::join(texts, ",");
-}
-
 }  // namespace
 
 RelatedListSection relatedLists(const Value& section, const SectionContext& context) {
@@ -197,11 +186,11 @@ SettingsSection relatedListFields(const Value& section, const SectionContext& co
     auto lists = section.asList();
     if (!lists) return ParserError(Case::typeConversionFailed);
     if (lists->size() < 2) return ParserError(Case::lessNumberOfKeys);
-    auto card = joinedTexts(lists->at(0));
-    auto row = joinedTexts(lists->at(1));
+    auto card = readIndex<std::vector<std::string>>(*lists, 0);
+    auto row = readIndex<std::vector<std::string>>(*lists, 1);
     if (!card || !row) return ParserError(Case::typeConversionFailed);
-    return std::vector{settingOf(context, SettingName::businessCard, *card),
-                       settingOf(context, SettingName::relatedList, *row)};
+    return std::vector{settingOf(context, SettingName::businessCard, text::join(*card, ",")),
+                       settingOf(context, SettingName::relatedList, text::join(*row, ","))};
 }
 
 RowSection<FieldMetadata> fields(const Value& section, const SectionContext& context) {

@@ -1,7 +1,7 @@
 #include "tarvobase/init_process/CurrentUserParser.h"
 
-#include "tarvobase/get_metadata/WireRow.h"
 #include "tarvobase/init_process/InitBlocks.h"
+#include "tarvobase/network_layer/PositionalRow.h"
 
 namespace tarvo {
 
@@ -13,7 +13,7 @@ constexpr std::size_t columnCount = 16;
 Result<User, ParserError> CurrentUserParser::parseResult(const ValueList& rows, const BaseResultInfo&) {
     auto& columns = singleRow(rows);
     if (columns.size() < columnCount) return ParserError(ParserError::Case::lessNumberOfKeys);
-    WireRow row(columns);
+    PositionalRow row(columns, PositionalRow::Mode::strict);
     User user;
     user.BrenUID = row.text(0);
     user.name = row.text(1);

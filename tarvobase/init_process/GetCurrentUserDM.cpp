@@ -2,7 +2,7 @@
 
 #include "tarvobase/get_metadata/MetadataStores.h"
 #include "tarvobase/init_process/CurrentUserParser.h"
-#include "tarvobase/init_process/FirstEntry.h"
+#include "tarvobase/network_layer/FirstEntry.h"
 #include "tarvobase/value_objects/InMemoryStorage.h"
 
 namespace tarvo {

@@ -2,68 +2,66 @@
 
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/network_layer/TypedReads.h"
+#include "tarvobase/network_layer/PositionalRow.h"
 
 namespace tarvo {
 
 namespace {
 
-std::string textAt(const ValueList& row, std::size_t index) { return readIndex<std::string>(row, index).value_or(""); }
-
-Module moduleOf(const ValueList& row, bool isModuleIDSupported) {
+Module moduleOf(PositionalRow& row, bool isModuleIDSupported) {
     Module module;
-    module.moduleName = textAt(row, 0);
-    module.singularName = textAt(row, 1);
-    module.pluralName = textAt(row, 2);
-    module.apiName = textAt(row, 3);
-    if (auto position = text::toInteger(textAt(row, 4)); position && std::in_range<int>(*position))
-        module.position = static_cast<int>(*position);
-    module.type = fromRawText<ModuleType>(textAt(row, 5)).value_or(ModuleType::none);
-    module.id = isModuleIDSupported ? textAt(row, 6) : module.moduleName;
+    module.moduleName = row.text(0);
+    module.singularName = row.text(1);
+    module.pluralName = row.text(2);
+    module.apiName = row.text(3);
+    module.position = row.number(4);
+    module.type = fromRawText<ModuleType>(row.text(5)).value_or(ModuleType::none);
+    module.id = isModuleIDSupported ? row.text(6) : module.moduleName;
     return module;
 }
 
-UserDetails userDetailsOf(const ValueList& row) {
+UserDetails userDetailsOf(PositionalRow row) {
     UserDetails details;
-    details.BrenUID = textAt(row, 0);
-    details.timeZone = textAt(row, 1);
-    auto locale = text::split(textAt(row, 3), "|");
+    details.BrenUID = row.text(0);
+    details.timeZone = row.text(1);
+    auto locale = text::split(row.text(3), "|");
     details.country = locale[0];
     if (locale.size() > 1) details.language = locale[1];
-    auto emails = readIndex<ValueList>(row, 8).value_or(ValueList());
-    details.email = textAt(emails, 0);
+    auto list = row.read<ValueList>(8).value_or(ValueList());
+    PositionalRow emails(list, PositionalRow::Mode::lenient);
+    details.email = emails.text(0);
     // The last entry of a list of several is no second address: it takes three to have one.
-    if (emails.size() >= 3) details.secondEmail = readIndex<std::string>(emails, 1);
+    if (emails.size() >= 3) details.secondEmail = emails.read<std::string>(1);
     return details;
 }
 
-User userOf(const ValueList& row) {
-    auto optionalText = [&](std::size_t index) { return readIndex<std::string>(row, index); };
-    return {.id = textAt(row, 0),
-            .firstName = textAt(row, 1),
-            .lastName = textAt(row, 2),
-            .name = textAt(row, 3),
-            .BrenUID = textAt(row, 4),
-            .email = textAt(row, 5),
-            .status = textAt(row, 6),
-            .role = textAt(row, 7),
-            .confirm = textAt(row, 8) == "true",
-            .profile = textAt(row, 9),
-            .profileID = textAt(row, 10),
-            .isLoggedInUser = readIndex<bool>(row, 11),
-            .dateFormat = optionalText(12),
-            .timeFormat = optionalText(13),
-            .timeZone = optionalText(14),
-            .nameFormat = optionalText(15)};
+User userOf(PositionalRow& row) {
+    return {.id = row.text(0),
+            .firstName = row.text(1),
+            .lastName = row.text(2),
+            .name = row.text(3),
+            .BrenUID = row.text(4),
+            .email = row.text(5),
+            .status = row.text(6),
+            .role = row.text(7),
+            .confirm = row.flag(8),
+            .profile = row.text(9),
+            .profileID = row.text(10),
+            .isLoggedInUser = row.read<bool>(11),
+            .dateFormat = row.read<std::string>(12),
+            .timeFormat = row.read<std::string>(13),
+            .timeZone = row.read<std::string>(14),
+            .nameFormat = row.read<std::string>(15)};
 }
 
-CompanyInfo companyInfoOf(const ValueList& row) { return {textAt(row, 0), textAt(row, 1)}; }
+CompanyInfo companyInfoOf(PositionalRow& row) { return {row.text(0), row.text(1)}; }
 
 std::optional<Organisation> organisationOf(const Value& entry) {
-    auto row = entry.asList();
-    auto id = row ? readIndex<std::string>(*row, 0) : std::nullopt;
-    auto name = row ? readIndex<std::string>(*row, 1) : std::nullopt;
-    auto isDefault = row ? readIndex<bool>(*row, 2) : std::nullopt;
+    auto row = PositionalRow::open(entry, 3, PositionalRow::Mode::lenient);
+    if (!row) return std::nullopt;
+    auto id = row->read<std::string>(0);
+    auto name = row->read<std::string>(1);
+    auto isDefault = row->read<bool>(2);
     if (!id || !name || !isDefault) return std::nullopt;
     return Organisation{*id, *name, *isDefault, *isDefault};
 }
@@ -71,43 +69,32 @@ std::optional<Organisation> organisationOf(const Value& entry) {
 /// The rows of a block, each through `read`; those without the text `name` are left out.
 template <class T, class Read>
 std::optional<std::vector<T>> rowsOf(const ValueList& data, std::string T::*name, Read&& read) {
-    std::vector<T> values;
-    for (auto& entry : data) {
-        auto row = entry.asList();
-        if (!row) continue;
-        T value = read(*row);
-        if (!(value.*name).empty()) values.push_back(std::move(value));
-    }
+    auto values = readUsableRows(data, [&](PositionalRow& row) {
+        T value = read(row);
+        return (value.*name).empty() ? std::nullopt : std::optional(std::move(value));
+    });
     if (values.empty() && !data.empty()) return std::nullopt;
     return values;
 }
 
 }  // namespace
 
-std::optional<std::vector<std::string>> InitTablesParser::parse(const ValueList& data) {
-    std::vector<std::string> queries;
-    for (auto& entry : data) {
-        if (!entry.asText()) return std::nullopt;
-        queries.push_back(*entry.asText());
-    }
-    return queries;
-}
+std::optional<std::vector<std::string>> InitTablesParser::parse(const ValueList& data) { return allTexts(data); }
 
 std::optional<ParsedInitData::DateTimeFormat> InitDateTimeFormatParser::parse(const ValueList& data) {
-    for (auto& entry : data)
-        if (!entry.asText()) return std::nullopt;
-    if (data.size() < 2) return std::nullopt;
-    return ParsedInitData::DateTimeFormat{*data[0].asText(), *data[1].asText()};
+    auto texts = allTexts(data);
+    if (!texts || texts->size() < 2) return std::nullopt;
+    return ParsedInitData::DateTimeFormat{texts->at(0), texts->at(1)};
 }
 
 std::optional<std::vector<Module>> InitModulesParser::parse(const ValueList& data) {
     bool isModuleIDSupported = CommonConfigration::sharedInstance().isModuleIDSupported.get();
-    return rowsOf(data, &Module::moduleName, [&](const ValueList& row) { return moduleOf(row, isModuleIDSupported); });
+    return rowsOf(data, &Module::moduleName, [&](PositionalRow& row) { return moduleOf(row, isModuleIDSupported); });
 }
 
 std::optional<UserDetails> InitUserDetailsParser::parse(const ValueList& data) {
     auto& row = singleRow(data);
-    return row.size() < 9 ? std::nullopt : std::optional(userDetailsOf(row));
+    return row.size() < 9 ? std::nullopt : std::optional(userDetailsOf({row, PositionalRow::Mode::lenient}));
 }
 
 std::optional<std::vector<User>> InitUsersParser::parse(const ValueList& data) {

@@ -2,8 +2,8 @@
 
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/get_metadata/MetadataStores.h"
-#include "tarvobase/init_process/FirstEntry.h"
 #include "tarvobase/init_process/PermissionsParser.h"
+#include "tarvobase/network_layer/FirstEntry.h"
 #include "tarvobase/value_objects/InMemoryStorage.h"
 #include "tarvobase/value_objects/ModulePermissionsInDatabase.h"
 

@@ -2,7 +2,7 @@
 
 #include "platform/Text.h"
 #include "tarvobase/init_process/InitBlocks.h"
-#include "tarvobase/network_layer/TypedReads.h"
+#include "tarvobase/network_layer/PositionalRow.h"
 
 namespace tarvo {
 
@@ -38,27 +38,16 @@ Settings settingOf(std::string_view moduleName, SettingName name, std::string va
     return {std::string(moduleName), name, value, value, true};
 }
 
-std::optional<std::vector<std::string>> textsAt(const ValueList& row, std::size_t position) {
-    auto list = position < row.size() ? row[position].asList() : nullptr;
-    if (!list) return std::nullopt;
-    std::vector<std::string> texts;
-    for (auto& entry : *list) {
-        if (!entry.asText()) return std::nullopt;
-        texts.push_back(*entry.asText());
-    }
-    return texts;
-}
-
 /// A text as it is, a list of texts joined with ",".
-std::optional<std::string> valueAt(const ValueList& row, std::size_t position) {
-    if (auto text = readIndex<std::string>(row, position)) return text;
-    auto texts = textsAt(row, position);
+std::optional<std::string> valueAt(const PositionalRow& row, std::size_t position) {
+    if (auto text = row.read<std::string>(position)) return text;
+    auto texts = row.read<std::vector<std::string>>(position);
     return texts ? std::optional(text::join(*texts, ",")) : std::nullopt;
 }
 
 /// One pair of column and order a level. A level without a column, or without an order, is an empty text.
-void addSortLevels(const ValueList& row, std::string_view moduleName, std::vector<Settings>& settings) {
-    auto texts = textsAt(row, sortPosition);
+void addSortLevels(const PositionalRow& row, std::string_view moduleName, std::vector<Settings>& settings) {
+    auto texts = row.read<std::vector<std::string>>(sortPosition);
     if (!texts) return;
     for (std::size_t level = 0; level < sortLevels.size() && level * 2 < texts->size(); ++level) {
         auto& column = (*texts)[level * 2];
@@ -70,13 +59,13 @@ void addSortLevels(const ValueList& row, std::string_view moduleName, std::vecto
 
 /// False for a row that does not name its module.
 bool addModuleRow(const Value& entry, std::vector<Settings>& settings) {
-    auto row = entry.asList();
-    auto moduleName = row ? readIndex<std::string>(*row, 0) : std::nullopt;
+    auto row = PositionalRow::open(entry, 1, PositionalRow::Mode::lenient);
+    auto moduleName = row ? row->read<std::string>(0) : std::nullopt;
     if (!moduleName) return false;
     for (auto& [name, position] : modulePositions)
         if (auto value = valueAt(*row, position)) settings.push_back(settingOf(*moduleName, name, *std::move(value)));
     addSortLevels(*row, *moduleName, settings);
-    auto maxReportees = readIndex<std::string>(*row, maxReporteesPosition);
+    auto maxReportees = row->read<std::string>(maxReporteesPosition);
     if (maxReportees && *moduleName == moduleWithReportees)
         settings.push_back(settingOf(*moduleName, SettingKey::maxReporteesCount, *maxReportees));
     return true;
@@ -92,16 +81,16 @@ Settings sortOrderPreference() {
 }  // namespace
 
 std::optional<std::vector<Settings>> InitSettingsParser::parse(const ValueList& data) {
-    auto& row = singleRow(data);
+    PositionalRow row(singleRow(data), PositionalRow::Mode::lenient);
     auto application = SettingsConstants::applicationModule;
     std::vector<Settings> settings;
     for (std::size_t position = 0; position < applicationTexts.size(); ++position)
-        if (auto value = readIndex<std::string>(row, position))
+        if (auto value = row.read<std::string>(position))
             settings.push_back(settingOf(application, applicationTexts[position], *std::move(value)));
-    for (auto& entry : readIndex<ValueList>(row, modulesPosition).value_or(ValueList()))
+    for (auto& entry : row.read<ValueList>(modulesPosition).value_or(ValueList()))
         if (!addModuleRow(entry, settings)) return std::nullopt;
     for (std::size_t list = 0; list < applicationLists.size(); ++list)
-        if (auto texts = textsAt(row, modulesPosition + 1 + list))
+        if (auto texts = row.read<std::vector<std::string>>(modulesPosition + 1 + list))
             settings.push_back(settingOf(application, applicationLists[list], text::join(*texts, ",")));
     settings.push_back(sortOrderPreference());
     return settings;

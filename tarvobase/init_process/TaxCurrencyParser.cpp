@@ -1,6 +1,6 @@
 #include "tarvobase/init_process/TaxCurrencyParser.h"
 
-#include <array>
+#include "tarvobase/network_layer/PositionalRow.h"
 
 #include "tarvobase/value_objects/StoredForm.h"
 
@@ -8,31 +8,43 @@ namespace tarvo {
 
 namespace {
 
-using CurrencyColumns = CurrencyMetadataDatabaseConstants;
-constexpr CurrencyColumns currencyColumns;
+constexpr std::size_t currencyColumnCount = 12;
 
-/// The columns in the order of a row. The server writes numbers and flags as texts, as its tables do.
-constexpr std::array positions = {
-    currencyColumns.OrderNo,        currencyColumns.ExchangeRate,   currencyColumns.ThousandSeperator,
-    currencyColumns.IsBase,         currencyColumns.IsoCode,        currencyColumns.CurrencyId,
-    currencyColumns.IsPrefixSymbol, currencyColumns.CurrencySymbol, currencyColumns.IsActive,
-    currencyColumns.DecimalPlaces,  currencyColumns.CurrencyName,   currencyColumns.DecimalSeperator};
+ParserError noNumber(std::string_view column) { return ParserError::typeConversionFailedForKey(std::string(column)); }
 
 Result<CurrencyMetadata, ParserError> currencyOf(const Value& entry) {
-    auto row = entry.asList();
-    if (!row || row->size() < positions.size()) return ParserError(ParserError::Case::lessNumberOfKeys);
-    ValueMap columns;
-    for (std::size_t place = 0; place < positions.size(); ++place) columns.set(positions[place], (*row)[place]);
-    auto currency = currencyColumns.getCurrencyMetadataStrictly(columns);
-    if (!currency) return ParserError::typeConversionFailedForKey(currency.error());
-    return *std::move(currency);
+    constexpr CurrencyMetadataDatabaseConstants columns;
+    auto opened = PositionalRow::open(entry, currencyColumnCount, PositionalRow::Mode::lenient);
+    if (!opened) return ParserError(ParserError::Case::lessNumberOfKeys);
+    auto row = *std::move(opened);
+    auto orderNo = row.integer(0);
+    auto exchangeRate = row.real(1);
+    auto decimalPlaces = row.integer(9);
+    if (!orderNo) return noNumber(columns.OrderNo);
+    // With a wrong rate every amount is wrong.
+    if (!exchangeRate) return noNumber(columns.ExchangeRate);
+    if (!decimalPlaces) return noNumber(columns.DecimalPlaces);
+    // An id, for one, may come as a number.
+    auto text = [&](std::size_t column) { return row.value(column).toText().value_or(""); };
+    return CurrencyMetadata{.orderNo = *orderNo,
+                            .exchangeRate = *exchangeRate,
+                            .thousandSeperator = text(2),
+                            .isBase = row.flag(3),
+                            .isoCode = text(4),
+                            .currencyId = text(5),
+                            .isPrefixSymbol = row.flag(6),
+                            .currencySymbol = text(7),
+                            .isActive = row.flag(8),
+                            .decimalPlaces = *decimalPlaces,
+                            .currencyName = text(10),
+                            .decimalSeperator = text(11)};
 }
 
 Result<std::vector<std::vector<std::string>>, OldResultError> taxesOf(const OldResponsePart& part) {
     if (!part.result) return part.result.error();
     std::vector<std::vector<std::string>> rows;
     for (auto& entry : *part.result) {
-        auto texts = MemberCodec<std::vector<std::string>>::read(entry, Form::plain);
+        auto texts = readAs<std::vector<std::string>>(entry);
         if (!texts) return OldResultError();
         rows.push_back(*std::move(texts));
     }

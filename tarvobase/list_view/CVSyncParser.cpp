@@ -5,7 +5,7 @@
 #include "platform/Log.h"
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/get_metadata/WireRow.h"
+#include "tarvobase/network_layer/PositionalRow.h"
 #include "tarvobase/records/CustomViewOfflineQueryParser.h"
 
 namespace tarvo {
@@ -70,13 +70,11 @@ void logDropped(const std::string& viewName, std::string_view why) {
 }
 
 std::optional<ReadRow> readRow(const ValueList& values, bool hasServerCriteria) {
-    if (values.size() < (hasServerCriteria ? leastWithServerCriteria : columnCount)) {
+    PositionalRow row(values, PositionalRow::Mode::strict);
+    if (row.size() < (hasServerCriteria ? leastWithServerCriteria : columnCount)) {
         platform::log("a custom view is left out: its row is too short");
         return std::nullopt;
     }
-    auto padded = values;
-    padded.resize(std::max<std::size_t>(padded.size(), columnCount));
-    WireRow row(padded);
     ReadRow read;
     auto& view = read.view;
     view.viewID = row.text(viewId);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/Result.h"
 #include "platform/Value.h"
@@ -11,8 +12,19 @@
 
 namespace tarvo {
 
+/// The items of a list; nullopt unless all of them are texts.
+inline std::optional<std::vector<std::string>> allTexts(const ValueList& list) {
+    std::vector<std::string> texts;
+    texts.reserve(list.size());
+    for (auto& item : list) {
+        if (!item.asText()) return std::nullopt;
+        texts.push_back(*item.asText());
+    }
+    return texts;
+}
+
 /// A member of a JSON map or list, read as one type and never converted. `T` is `bool`, `std::int64_t`,
-/// `std::uint64_t`, `double` (whole numbers too), `std::string`, `ValueList` or `ValueMap`.
+/// `std::uint64_t`, `double` (whole numbers too), `std::string`, a list of `std::string`, `ValueList` or `ValueMap`.
 template <class T>
 std::optional<T> readAs(const Value& value) {
     if constexpr (std::is_same_v<T, bool>) return value.asBool();
@@ -22,6 +34,8 @@ std::optional<T> readAs(const Value& value) {
         return integer && *integer >= 0 ? std::optional<T>(static_cast<T>(*integer)) : std::nullopt;
     }
     if constexpr (std::is_same_v<T, double>) return value.toReal();
+    if constexpr (std::is_same_v<T, std::vector<std::string>>)
+        return value.asList() ? allTexts(*value.asList()) : std::nullopt;
     auto copied = [](auto* held) { return held ? std::optional<T>(*held) : std::nullopt; };
     if constexpr (std::is_same_v<T, std::string>) return copied(value.asText());
     if constexpr (std::is_same_v<T, ValueList>) return copied(value.asList());

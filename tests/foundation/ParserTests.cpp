@@ -1,6 +1,7 @@
 #include "tarvobase/network_layer/OldResponse.h"
 #include "tarvobase/network_layer/Parser.h"
 #include "tarvobase/network_layer/ParserProtocol.h"
+#include "tarvobase/network_layer/PositionalRow.h"
 #include "tests/foundation/Fixture.h"
 
 namespace tarvo {
@@ -145,6 +146,30 @@ TEST(OldResponseTest, ReadsPartsApart) {
     EXPECT_EQ((*parts)[1].result.error(), (OldResultError{OldResultError::Case::serverError, 4, "no"}));
     for (int i : {2, 3, 4}) EXPECT_EQ((*parts)[i].result.error(), OldResultError{}) << i;
     EXPECT_EQ(parseOldResponse(body("{\"response\":{}}")).error(), Error::typeConversionFailedForKey("response"));
+}
+
+TEST(PositionalRowTest, TheModeDecidesWhatAnotherTypeCosts) {
+    Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
+    for (auto mode : {PositionalRow::Mode::lenient, PositionalRow::Mode::strict}) {
+        PositionalRow row = PositionalRow::open(entry, 6, mode).value();
+        EXPECT_EQ(row.text(0) + row.text(1) + row.text(6), "Leads");
+        EXPECT_EQ(row.number(3), 12);
+        EXPECT_EQ(row.number(0), 0);
+        EXPECT_FALSE(row.error()) << "neither a null nor a column beyond the end fails a row";
+        EXPECT_EQ(row.text(2), "");
+        EXPECT_FALSE(row.flag(4));
+        EXPECT_EQ(row.error().has_value(), mode == PositionalRow::Mode::strict);
+    }
+    PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::strict).value();
+    row.text(4), row.text(2);
+    EXPECT_EQ(row.error(), Error::typeConversionFailedForIndex(4)) << "the first column that failed";
+    EXPECT_EQ(row.integer(2), 7);
+    EXPECT_EQ(row.real(5), 1.5);
+    EXPECT_EQ(row.integer(5), std::nullopt);
+    EXPECT_FALSE(row.leadingTexts(2)) << "a null is not a text";
+    EXPECT_EQ(PositionalRow::open(entry, 7, PositionalRow::Mode::lenient).error(), Error(ErrorCase::lessNumberOfKeys));
+    EXPECT_EQ(PositionalRow::open("Leads", 0, PositionalRow::Mode::lenient).error(),
+              Error(ErrorCase::typeConversionFailed));
 }
 
 }  // namespace

@@ -16,17 +16,16 @@ Result<T, ParserError> firstEntry(ParserProtocol<T, Info>&& parser, const platfo
     return std::move(entry).value().data;
 }
 
-/// The first `count` columns of a row, when they are texts all.
-inline std::optional<std::vector<std::string>> leadingTexts(const Value& row, std::size_t count) {
-    auto columns = row.asList();
-    if (!columns || columns->size() < count) return std::nullopt;
-    std::vector<std::string> texts;
-    for (std::size_t place = 0; place < count; ++place) {
-        auto text = (*columns)[place].asText();
-        if (!text) return std::nullopt;
-        texts.push_back(*text);
+/// The rows of an entry as they came; `noData` when the server says that there are none.
+class RowsParser final : public ParserProtocol<ValueList, BaseResultInfo> {
+public:
+    Result<ValueList, ParserError> parseResult(const ValueList& rows, const BaseResultInfo& info) override {
+        if (info.noData.value_or(false)) return ParserError(ParserError::Case::noData);
+        return rows;
     }
-    return texts;
-}
+};
+
+/// The rows of the first entry.
+inline Result<ValueList, ParserError> firstRows(const platform::Data& data) { return firstEntry(RowsParser(), data); }
 
 }  // namespace tarvo
