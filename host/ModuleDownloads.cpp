@@ -18,11 +18,12 @@ public:
     DownloadOutcome outcome;
 
 protected:
-    template <class Answer>
-    void note(const Answer& answer, const std::optional<NetworkError>& error, const std::vector<Module>& modules) {
-        auto missing = !answer ? failureOf(error) : "unableToGetMetadata";
+    template <class Parser>
+    void note(const NetworkAnswer& answer, Parser&& parser, const std::vector<Module>& modules) {
+        auto parsed = parser.parse(answer.body);
+        auto missing = !parsed ? failureOf(answer.error) : "unableToGetMetadata";
         for (auto& module : modules) {
-            bool came = answer && std::any_of(answer->result.begin(), answer->result.end(), [&](auto& entry) {
+            bool came = parsed && std::any_of(parsed->result.begin(), parsed->result.end(), [&](auto& entry) {
                             return entry && entry->data && entry->info.moduleName == module.moduleName;
                         });
             (came ? outcome.stored : outcome.failed[missing]).push_back(module.moduleName);
@@ -39,14 +40,12 @@ private:
 /// The library's services with their notes.
 class WatchedMetadataNS final : public MetadataNSP, public Notes {
 public:
-    void getMetadata(const MetadataNetworkParams& params, Callback callback) override {
-        service_->getMetadata(params,
-                              [weak = platform::weakSelf(this), callback = std::move(callback)](
-                                  Data data, std::optional<NetworkError> error, const MetadataNetworkParams& params) {
-                                  if (auto self = weak.lock())
-                                      self->note(MetadataParser().parse(data), error, params.modules);
-                                  callback(std::move(data), std::move(error), params);
-                              });
+    void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
+        service_->getMetadata(params, [weak = platform::weakSelf(this), modules = params.modules,
+                                       callback = std::move(callback)](NetworkAnswer answer) {
+            if (auto self = weak.lock()) self->note(answer, MetadataParser(), modules);
+            callback(std::move(answer));
+        });
     }
 
 private:
@@ -55,14 +54,12 @@ private:
 
 class WatchedViewNS final : public InitCustomViewNSP, public Notes {
 public:
-    void getCustomViews(const std::vector<Module>& modules, Callback callback) override {
-        service_->getCustomViews(modules,
-                                 [weak = platform::weakSelf(this), callback = std::move(callback)](
-                                     Data data, std::optional<NetworkError> error, const std::vector<Module>& modules) {
-                                     if (auto self = weak.lock())
-                                         self->note(CVSyncParser().parse(data), error, modules);
-                                     callback(std::move(data), std::move(error), modules);
-                                 });
+    void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) override {
+        service_->getCustomViews(
+            modules, [weak = platform::weakSelf(this), modules, callback = std::move(callback)](NetworkAnswer answer) {
+                if (auto self = weak.lock()) self->note(answer, CVSyncParser(), modules);
+                callback(std::move(answer));
+            });
     }
 
 private:

@@ -47,16 +47,15 @@ struct Split {
 class WatchedService final : public InitCVRecordsNSP {
 public:
     explicit WatchedService(std::shared_ptr<Split> split) : split_(std::move(split)) {}
-    void getCVRecords(const std::vector<CVRecordsParams>& params, Callback callback) override {
+    void getCVRecords(const std::vector<CVRecordsParams>& params, NetworkCompletion callback) override {
         std::call_once(first_, [this] { split_->asked = Split::Clock::now(); });
         service_->getCVRecords(
-            params, [split = split_, callback = std::move(callback)](Data data, std::optional<NetworkError> error,
-                                                                     const std::vector<CVRecordsParams>& params) {
+            params, [split = split_, count = params.size(), callback = std::move(callback)](NetworkAnswer answer) {
                 ++split->requests;
-                split->modules += params.size();
-                split->bodies.push_back(data);
+                split->modules += count;
+                split->bodies.push_back(answer.body);
                 split->answered = split->parsed = Split::Clock::now();
-                callback(std::move(data), std::move(error), params);
+                callback(std::move(answer));
                 split->ended = Split::Clock::now();
                 split->parse += Split::between(split->answered, split->parsed);
                 split->handling += Split::between(split->answered, split->ended);

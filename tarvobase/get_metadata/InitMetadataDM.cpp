@@ -71,18 +71,17 @@ void InitMetadataDM::getMetaData(std::vector<Module> modules, Callback success, 
 }
 
 void InitMetadataDM::request(const std::vector<Module>& modules) {
-    networkService_->getMetadata(
-        {profileID(), modules}, [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError> error,
-                                                                  const MetadataNetworkParams& params) {
-            auto self = weak.lock();
-            if (!self) return;
-            self->batchAnswered(
-                params.modules, std::move(data), error, [](auto body) { return MetadataParser().parse(body); },
-                [&self](auto& detail, auto& info) {
-                    platform::log("MetadataInfo Parsing completed for " + info.moduleName);
-                    self->writer_.store(detail);
-                });
-        });
+    MetadataNetworkParams params{profileID(), modules};
+    networkService_->getMetadata(params, [weak = platform::weakSelf(this), modules](NetworkAnswer answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        self->batchAnswered(
+            modules, std::move(answer), [](auto body) { return MetadataParser().parse(body); },
+            [&self](auto& detail, auto& info) {
+                platform::log("MetadataInfo Parsing completed for " + info.moduleName);
+                self->writer_.store(detail);
+            });
+    });
 }
 
 std::string InitMetadataDM::profileID() const {

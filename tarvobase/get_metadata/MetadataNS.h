@@ -1,10 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/network_layer/BaseNetworkService.h"
 #include "tarvobase/value_objects/Module.h"
 
@@ -18,18 +17,26 @@ struct MetadataNetworkParams {
 /// Asks the server for the metadata of modules.
 class MetadataNSP : public virtual platform::Object {
 public:
-    /// The body, the transport's error when there was one, and the parameters of the call. On the network queue.
-    using Callback =
-        std::function<void(Data data, std::optional<NetworkError> error, const MetadataNetworkParams& params)>;
-    /// Calls back exactly once, unless the service is let go before.
-    virtual void getMetadata(const MetadataNetworkParams& params, Callback callback) = 0;
+    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    virtual void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) = 0;
 };
 
 class MetadataNS final : public BaseNetworkService, public MetadataNSP {
 public:
-    explicit MetadataNS(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
-    void getMetadata(const MetadataNetworkParams& params, Callback callback) override;
+    MetadataNS() : BaseNetworkService(CRMAPIs::Case::appMetadata, configuredVersion()) {}
+    // Metadata belongs to an organisation as the modules do, so the call names it like the init call.
+    void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
+        post({{"profileid", params.profile},
+              {"module", service::listOf(params.modules, &Module::moduleName)},
+              {"moduleAPI", service::listOf(params.modules, &Module::apiName)}},
+             std::move(callback));
+    }
+
+private:
+    static ApiVersion configuredVersion() {
+        auto text = rawText(CommonConfigration::sharedInstance().getMetadataApiVersion.get());
+        return fromRawText<ApiVersion>(text).value_or(ApiVersion::v4);
+    }
 };
 
 }  // namespace tarvo

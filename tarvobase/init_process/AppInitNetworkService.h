@@ -26,13 +26,11 @@ public:
 /// `networkResponseError`, an answer that cannot be used as `parsingError`; the delegate hears of nothing either way.
 class AppInitNetworkService final : public BaseNetworkService, public AppInitNetworkServiceProtocol {
 public:
-    explicit AppInitNetworkService(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
+    AppInitNetworkService() : BaseNetworkService(CRMAPIs::Case::appinitdata) {}
     void getAppInitData() override;
 
 private:
-    void taskCompletionHandler(Data data, std::optional<URLResponse> response, std::optional<std::string> identifier,
-                               std::optional<NetworkError> error, int taskNumber) override;
+    void taskCompletionHandler(NetworkAnswer answer) override;
 };
 
 }  // namespace tarvo

@@ -71,15 +71,14 @@ protected:
     /// What came of a batch: `parse(body)`, then `store(value, info)` for each entry that can be read, then the end of
     /// the batch. Body and answer are let go before the next request goes out.
     template <class Parse, class Store>
-    void batchAnswered(const std::vector<Module>& modules, Data body, const std::optional<NetworkError>& error,
-                       Parse parse, Store store) {
-        if (error && error->kind == NetworkError::Kind::shutDown) return;
-        if (error)
-            transportFailed(modules, *error);
-        else if (auto answer = parse(std::exchange(body, {})))
-            storeEntries(modules, (*std::move(answer)).result, store);
+    void batchAnswered(const std::vector<Module>& modules, NetworkAnswer answer, Parse parse, Store store) {
+        if (answer.error && answer.error->kind == NetworkError::Kind::shutDown) return;
+        if (answer.error)
+            transportFailed(modules, *answer.error);
+        else if (auto parsed = parse(std::exchange(answer.body, {})))
+            storeEntries(modules, (*std::move(parsed)).result, store);
         else
-            parsingFailed(modules, answer.error());
+            parsingFailed(modules, parsed.error());
         endBatch(modules);
     }
 

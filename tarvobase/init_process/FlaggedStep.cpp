@@ -9,19 +9,20 @@ void FlaggedStep::execute(Callback success, Callback failure) {
     if (userDefaultsUtil_.isCompleted(flag())) return end({}, true);
     success_ = std::move(success);
     failure_ = std::move(failure);
-    request([weak = platform::weakSelf(this)](Data body, std::optional<NetworkError> error) {
-        if (auto self = weak.lock()) self->answered(body, error);
+    request([weak = platform::weakSelf(this)](NetworkAnswer answer) {
+        if (auto self = weak.lock()) self->answered(answer);
     });
 }
 
-void FlaggedStep::answered(const Data& body, const std::optional<NetworkError>& error) {
+void FlaggedStep::answered(const NetworkAnswer& answer) {
+    auto& error = answer.error;
     // The flag stays clear, and a run that is cut off must not count as one that has come to its end.
     if (error && error->kind == NetworkError::Kind::shutDown) return;
     if (error) {
         tellFailure(errorResponder, *error);
         return fail(std::string(bren::kindName(error->kind)));
     }
-    auto stored = store(body);
+    auto stored = store(answer.body);
     if (!stored) {
         if (auto responder = errorResponder.lock()) responder->parsingError();
         return fail(stored.error().logText());

@@ -38,7 +38,7 @@ protected:
     explicit FlaggedStep(UserDefaultsUtil userDefaultsUtil) : userDefaultsUtil_(std::move(userDefaultsUtil)) {}
 
     /// Sends the request. Without what it takes to ask, says so through `fail` and sends nothing.
-    virtual void request(BodyCallback answered) = 0;
+    virtual void request(NetworkCompletion answered) = 0;
     /// Reads an answer and stores what it brings: all of it, or nothing and the error.
     virtual Result<platform::Nothing, ParserError> store(const Data& body) = 0;
     /// Called when `store` has succeeded. Only a step that defers its storing defers the flag.
@@ -49,7 +49,7 @@ protected:
 
 private:
     std::string flag() const { return std::string(rawText(processName())); }
-    void answered(const Data& body, const std::optional<NetworkError>& error);
+    void answered(const NetworkAnswer& answer);
     void end(const Callback& closure, bool status);
 
     UserDefaultsUtil userDefaultsUtil_;

@@ -34,7 +34,7 @@ std::shared_ptr<GetCurrentUserDM> GetCurrentUserDM::make(const std::shared_ptr<D
                                               stores.users());
 }
 
-void GetCurrentUserDM::request(BodyCallback answered) { networkService_->getUserDetails(std::move(answered)); }
+void GetCurrentUserDM::request(NetworkCompletion answered) { networkService_->getUserDetails(std::move(answered)); }
 
 Result<Nothing, ParserError> GetCurrentUserDM::store(const Data& body) {
     auto user = firstEntry(CurrentUserParser(), body);

@@ -28,7 +28,7 @@ public:
     void storeParsedUser() override;
 
 protected:
-    void request(BodyCallback answered) override;
+    void request(NetworkCompletion answered) override;
     Result<platform::Nothing, ParserError> store(const Data& body) override;
     void markStored() override {}
 

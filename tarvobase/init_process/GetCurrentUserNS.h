@@ -7,10 +7,9 @@ namespace tarvo {
 /// Asks the server who the user is.
 class GetCurrentUserNS final : public BaseNetworkService {
 public:
-    explicit GetCurrentUserNS(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
+    GetCurrentUserNS() : BaseNetworkService(CRMAPIs::Case::getUserDetails) {}
     /// Calls back exactly once, on the network queue, unless the service is let go before.
-    void getUserDetails(BodyCallback callback);
+    void getUserDetails(NetworkCompletion callback) { post({}, std::move(callback)); }
 };
 
 }  // namespace tarvo

@@ -8,14 +8,15 @@ namespace tarvo {
 class GetPermissionsNSP : public virtual platform::Object {
 public:
     /// Calls back exactly once, on the network queue, unless the service is let go before.
-    virtual void getPermissions(const std::string& profileId, BodyCallback callback) = 0;
+    virtual void getPermissions(const std::string& profileId, NetworkCompletion callback) = 0;
 };
 
 class GetPermissionsNS final : public BaseNetworkService, public GetPermissionsNSP {
 public:
-    explicit GetPermissionsNS(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
-    void getPermissions(const std::string& profileId, BodyCallback callback) override;
+    GetPermissionsNS() : BaseNetworkService(CRMAPIs::Case::getPermissions) {}
+    void getPermissions(const std::string& profileId, NetworkCompletion callback) override {
+        post({{"profileid", profileId}}, std::move(callback));
+    }
 };
 
 }  // namespace tarvo

@@ -9,15 +9,16 @@ namespace tarvo {
 class GetPipelinesNSP : public virtual platform::Object {
 public:
     /// Calls back exactly once, on the network queue, unless the service is let go before.
-    virtual void getPipelinesAndStages(const Module& dealModule, const std::string& layoutId,
-                                       BodyCallback callback) = 0;
+    virtual void getPipelinesAndStages(const Module& deals, const std::string& layoutId,
+                                       NetworkCompletion callback) = 0;
 };
 
 class GetPipelinesNS final : public BaseNetworkService, public GetPipelinesNSP {
 public:
-    explicit GetPipelinesNS(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
-    void getPipelinesAndStages(const Module& dealModule, const std::string& layoutId, BodyCallback callback) override;
+    GetPipelinesNS() : BaseNetworkService(CRMAPIs::Case::getPipelines) {}
+    void getPipelinesAndStages(const Module& deals, const std::string& layoutId, NetworkCompletion callback) override {
+        post({{"module", deals.moduleName}, {"moduleAPI", deals.apiName}, {"layoutid", layoutId}}, std::move(callback));
+    }
 };
 
 }  // namespace tarvo

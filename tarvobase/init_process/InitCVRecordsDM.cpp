@@ -52,17 +52,16 @@ void InitCVRecordsDM::getRecords(const std::optional<std::vector<Module>>& modul
 }
 
 void InitCVRecordsDM::request(const std::vector<Module>& modules) {
-    networkService_->getCVRecords(
-        paramsOf(modules), [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError> error,
-                                                             const std::vector<CVRecordsParams>& params) {
-            auto self = weak.lock();
-            if (!self) return;
-            std::vector<Module> modules;
-            for (auto& one : params) modules.push_back(one.module);
-            self->batchAnswered(
-                modules, std::move(data), error, [](auto body) { return WireRecordsParser::parse(body); },
-                [&self](auto& records, auto& info) { self->store(records, info.moduleName); });
-        });
+    auto params = paramsOf(modules);
+    std::vector<Module> asked;
+    for (auto& one : params) asked.push_back(one.module);
+    networkService_->getCVRecords(params, [weak = platform::weakSelf(this), asked](NetworkAnswer answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        self->batchAnswered(
+            asked, std::move(answer), [](auto body) { return WireRecordsParser::parse(body); },
+            [&self](auto& records, auto& info) { self->store(records, info.moduleName); });
+    });
 }
 
 std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>& modules) const {

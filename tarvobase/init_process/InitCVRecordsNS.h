@@ -1,29 +1,27 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <vector>
-
 #include "tarvobase/init_process/ModuleBatch.h"
 #include "tarvobase/network_layer/BaseNetworkService.h"
 
 namespace tarvo {
 
-/// Asks the server for the first records of views, a view a module.
+/// Asks the server for the first records of views, one view per module.
 class InitCVRecordsNSP : public virtual platform::Object {
 public:
-    /// The body, the transport's error when there was one, and the parameters of the call. On the network queue.
-    using Callback =
-        std::function<void(Data data, std::optional<NetworkError> error, const std::vector<CVRecordsParams>& params)>;
-    /// Calls back exactly once, unless the service is let go before.
-    virtual void getCVRecords(const std::vector<CVRecordsParams>& params, Callback callback) = 0;
+    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    virtual void getCVRecords(const std::vector<CVRecordsParams>& params, NetworkCompletion callback) = 0;
 };
 
 class InitCVRecordsNS final : public BaseNetworkService, public InitCVRecordsNSP {
 public:
-    explicit InitCVRecordsNS(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
-    void getCVRecords(const std::vector<CVRecordsParams>& params, Callback callback) override;
+    InitCVRecordsNS() : BaseNetworkService(CRMAPIs::Case::customViewRecords) {}
+    void getCVRecords(const std::vector<CVRecordsParams>& params, NetworkCompletion callback) override {
+        post({{"cvid", service::listOf(params, [](auto& one) { return one.cv.viewID; })},
+              {"module", service::listOf(params, [](auto& one) { return one.module.moduleName; })},
+              {"moduleAPI", service::listOf(params, [](auto& one) { return one.module.apiName; })},
+              {"cvName", service::listOf(params, [](auto& one) { return one.cv.viewName; })}},
+             std::move(callback));
+    }
 };
 
 }  // namespace tarvo

@@ -21,7 +21,7 @@ std::shared_ptr<InitCurrencyDM> InitCurrencyDM::make(const std::shared_ptr<Datab
                                             std::move(networkService));
 }
 
-void InitCurrencyDM::request(BodyCallback answered) { networkService_->getCurrencyMetadata(std::move(answered)); }
+void InitCurrencyDM::request(NetworkCompletion answered) { networkService_->getCurrencyMetadata(std::move(answered)); }
 
 Result<Nothing, ParserError> InitCurrencyDM::store(const Data& body) {
     auto parsed = TaxCurrencyParser::parse(body);

@@ -8,14 +8,13 @@ namespace tarvo {
 class InitGetCurrencyNSP : public virtual platform::Object {
 public:
     /// Calls back exactly once, on the network queue, unless the service is let go before.
-    virtual void getCurrencyMetadata(BodyCallback callback) = 0;
+    virtual void getCurrencyMetadata(NetworkCompletion callback) = 0;
 };
 
 class InitGetCurrencyNS final : public BaseNetworkService, public InitGetCurrencyNSP {
 public:
-    explicit InitGetCurrencyNS(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
-    void getCurrencyMetadata(BodyCallback callback) override;
+    InitGetCurrencyNS() : BaseNetworkService(CRMAPIs::Case::getCurrencyMetadata) {}
+    void getCurrencyMetadata(NetworkCompletion callback) override { post({}, std::move(callback)); }
 };
 
 }  // namespace tarvo

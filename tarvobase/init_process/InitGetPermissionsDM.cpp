@@ -27,7 +27,7 @@ std::shared_ptr<InitGetPermissionsDM> InitGetPermissionsDM::make(const std::shar
                                                   UserDefaultsUtil(std::move(userDefaults)));
 }
 
-void InitGetPermissionsDM::request(BodyCallback answered) {
+void InitGetPermissionsDM::request(NetworkCompletion answered) {
     networkService_->getPermissions(profileID(), std::move(answered));
 }
 

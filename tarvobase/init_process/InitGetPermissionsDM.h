@@ -30,7 +30,7 @@ public:
     Process processName() const override { return Process::permission; }
 
 protected:
-    void request(BodyCallback answered) override;
+    void request(NetworkCompletion answered) override;
     Result<platform::Nothing, ParserError> store(const Data& body) override;
 
 private:

@@ -29,7 +29,7 @@ std::shared_ptr<InitGetPipelinesDM> InitGetPipelinesDM::make(const std::shared_p
         UserDefaultsUtil(std::move(userDefaults)));
 }
 
-void InitGetPipelinesDM::request(BodyCallback answered) {
+void InitGetPipelinesDM::request(NetworkCompletion answered) {
     auto deals = persistance_.moduleDAO->getModule(ModuleIdentifier::Case::deals);
     if (!deals) return fail("the deals are not stored");
     auto layouts = persistance_.layoutDAO->getModuleLayoutInfoByModuleName(deals->moduleName);

@@ -36,7 +36,7 @@ public:
     Process processName() const override { return Process::pipelines; }
 
 protected:
-    void request(BodyCallback answered) override;
+    void request(NetworkCompletion answered) override;
     Result<platform::Nothing, ParserError> store(const Data& body) override;
 
 private:

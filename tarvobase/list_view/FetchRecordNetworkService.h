@@ -33,12 +33,11 @@ public:
 /// `noAuthtoken`, `networkResponseError` and, for a refusal or an answer that cannot be read, `parsingError`.
 class FetchRecordNetworkService final : public BaseNetworkService, public FetchRecordNetworkServiceProtocol {
 public:
-    explicit FetchRecordNetworkService(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
+    FetchRecordNetworkService() : BaseNetworkService(CRMAPIs::Case::getRecord) {}
     void fetchRecord(RecordFetch fetch) override;
 
 private:
-    void answered(const Data& data, const std::optional<NetworkError>& error, const RecordFetch& fetch);
+    void answered(const NetworkAnswer& answer, const RecordFetch& fetch);
 };
 
 }  // namespace tarvo

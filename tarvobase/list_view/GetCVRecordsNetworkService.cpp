@@ -23,19 +23,15 @@ ValueMap paramsOf(const GetCVRecordsNetworkRequest& request) {
 }  // namespace
 
 void GetCVRecordsNetworkService::getRecordList(const GetCVRecordsNetworkRequest& request, Completion completion) {
-    sendRequest({.params = paramsOf(request),
-                 .shouldAddOrgId = true,
-                 .completionHandler = [completion = std::move(completion)](Data data, std::optional<URLResponse>,
-                                                                           std::optional<std::string>,
-                                                                           std::optional<NetworkError> error, int) {
-                     if (error) {
-                         platform::log("the records of a view were not answered: " + error->message);
-                         return completion(std::nullopt);
-                     }
-                     auto answer = WireRecordsParser::parse(data);
-                     if (!answer) platform::log("the answer with the records of a view cannot be read");
-                     completion(answer ? std::optional(*std::move(answer)) : std::nullopt);
-                 }});
+    post(paramsOf(request), [completion = std::move(completion)](NetworkAnswer answer) {
+        if (answer.error) {
+            platform::log("the records of a view were not answered: " + answer.error->message);
+            return completion(std::nullopt);
+        }
+        auto parsed = WireRecordsParser::parse(answer.body);
+        if (!parsed) platform::log("the answer with the records of a view cannot be read");
+        completion(parsed ? std::optional(*std::move(parsed)) : std::nullopt);
+    });
 }
 
 }  // namespace tarvo

@@ -25,7 +25,6 @@ public:
     /// Absent when the server could not be reached or its answer is none, which is logged.
     using Completion = std::function<void(std::optional<WireRecordsParser::Response>)>;
 
-    using StaticBaseNetworkService::StaticBaseNetworkService;
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::customViewRecords); }
     /// Completes exactly once, on the network queue.
     void getRecordList(const GetCVRecordsNetworkRequest& request, Completion completion);

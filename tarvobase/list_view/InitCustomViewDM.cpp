@@ -41,15 +41,13 @@ void InitCustomViewDM::getCustomViews(std::vector<Module> modules, Callback succ
 }
 
 void InitCustomViewDM::request(const std::vector<Module>& modules) {
-    networkService_->getCustomViews(
-        modules, [weak = platform::weakSelf(this)](Data data, std::optional<NetworkError> error,
-                                                   const std::vector<Module>& modules) {
-            auto self = weak.lock();
-            if (!self) return;
-            self->batchAnswered(
-                modules, std::move(data), error, [](auto body) { return CVSyncParser().parse(body); },
-                [&self](auto& views, auto& info) { self->store(views, info.moduleName); });
-        });
+    networkService_->getCustomViews(modules, [weak = platform::weakSelf(this), modules](NetworkAnswer answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        self->batchAnswered(
+            modules, std::move(answer), [](auto body) { return CVSyncParser().parse(body); },
+            [&self](auto& views, auto& info) { self->store(views, info.moduleName); });
+    });
 }
 
 void InitCustomViewDM::store(const std::vector<CustomView>& views, const std::string& moduleName) {

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <string>
 #include <vector>
 
 #include "tarvobase/network_layer/BaseNetworkService.h"
@@ -13,18 +10,18 @@ namespace tarvo {
 /// Asks the server for the views of modules.
 class InitCustomViewNSP : public virtual platform::Object {
 public:
-    /// The body, the transport's error when there was one, and the modules of the call. On the network queue.
-    using Callback =
-        std::function<void(Data data, std::optional<NetworkError> error, const std::vector<Module>& modules)>;
-    /// Calls back exactly once, unless the service is let go before.
-    virtual void getCustomViews(const std::vector<Module>& modules, Callback callback) = 0;
+    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    virtual void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) = 0;
 };
 
 class InitCustomViewNS final : public BaseNetworkService, public InitCustomViewNSP {
 public:
-    explicit InitCustomViewNS(
-        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
-    void getCustomViews(const std::vector<Module>& modules, Callback callback) override;
+    InitCustomViewNS() : BaseNetworkService(CRMAPIs::Case::customViews) {}
+    void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) override {
+        post({{"module", service::listOf(modules, &Module::moduleName)},
+              {"moduleAPI", service::listOf(modules, &Module::apiName)}},
+             std::move(callback));
+    }
 };
 
 }  // namespace tarvo

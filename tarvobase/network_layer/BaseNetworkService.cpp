@@ -24,6 +24,12 @@ BaseNetworkService::BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol>
     : networkConstants(std::move(withNetworkConstants)),
       orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
 
+BaseNetworkService::BaseNetworkService(const CRMAPIs& endpoint, ApiVersion version,
+                                       std::shared_ptr<NetworkConstantsProtocol> networkConstants)
+    : BaseNetworkService(std::move(networkConstants)) {
+    baseURL = this->networkConstants->getURL(endpoint, version);
+}
+
 std::shared_ptr<NetworkAdapter> BaseNetworkService::networkAdapter() {
     return networkAdapter_.getOr([]() -> std::shared_ptr<NetworkAdapter> {
         bren::BrenNetworkManager::sharedInstance().setMaximumBufferedKilobytes(100000);
@@ -38,6 +44,9 @@ std::string BaseNetworkService::currentUserBrenUID() const {
 
 void BaseNetworkService::sendRequest(Request request) { start(Transfer::send, std::move(request)); }
 void BaseNetworkService::downloadRequest(Request request) { start(Transfer::download, std::move(request)); }
+void BaseNetworkService::post(ValueMap params, NetworkCompletion completion) {
+    sendRequest({.params = std::move(params), .shouldAddOrgId = true, .completionHandler = std::move(completion)});
+}
 
 void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Request request) {
     request.completionHandler = completionOf(request);
@@ -108,13 +117,14 @@ void BaseNetworkService::give(Transfer transfer, NetworkCall call) {
 
 NetworkCompletion BaseNetworkService::completionOf(Request& request) {
     if (request.completionHandler) return std::move(request.completionHandler);
-    return [weak = platform::weakSelf(this)](Data data, std::optional<URLResponse> response,
-                                             std::optional<std::string> identifier, std::optional<NetworkError> error,
-                                             int taskNumber) {
-        if (auto self = weak.lock())
-            self->taskCompletionHandler(std::move(data), std::move(response), std::move(identifier), std::move(error),
-                                        taskNumber);
+    return [weak = platform::weakSelf(this)](NetworkAnswer answer) {
+        if (auto self = weak.lock()) self->taskCompletionHandler(std::move(answer));
     };
+}
+
+void BaseNetworkService::reportFailure(const NetworkError& error) {
+    auto handler = errorHandler.lock();
+    if (handler && error.kind != NetworkError::Kind::notSent) handler->networkResponseError();
 }
 
 void BaseNetworkService::reportNoToken(const std::string& user) {

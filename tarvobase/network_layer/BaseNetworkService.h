@@ -27,8 +27,8 @@ public:
     }
 };
 
-/// Base of the network services with a delegate. A subclass sets `baseURL` in its constructor, adds its parameters and
-/// parses the answer, in `taskCompletionHandler` or in the handler that it gives.
+/// Base of the network services with a delegate. A subclass names its call, posts its parameters, and parses the answer
+/// in `taskCompletionHandler` or in the completion that it gives, unless its caller does.
 ///
 /// A call is one attempt. Every call completes, on the network queue, also one that could not be sent; then the failure
 /// is a `NetworkError` and the host hears what is told at each operation. A service that has been let go when its token
@@ -36,6 +36,10 @@ public:
 class BaseNetworkService : public virtual platform::Object {
 public:
     explicit BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> withNetworkConstants);
+    /// A service of one call, whose address is settled now.
+    explicit BaseNetworkService(
+        const CRMAPIs& endpoint, ApiVersion version = ApiVersion::v4,
+        std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
 
     std::weak_ptr<NetworkServiceDelegate> delegate;
     std::weak_ptr<CommonErrorProtocol> errorHandler;
@@ -64,6 +68,8 @@ public:
     };
     /// Sends to `baseURL`. Without a token the request is not sent and `errorHandler` hears `noAuthtoken`.
     void sendRequest(Request request);
+    /// Posts the parameters to `baseURL` for the current organisation, as most services do.
+    void post(ValueMap params, NetworkCompletion completion = {});
     /// Downloads from another address without authentication.
     void downloadPublicRequest(const std::string& baseUrl, Request request);
     void downloadRequest(Request request);
@@ -80,17 +86,16 @@ public:
     void progressPercentHandler(float part, std::int64_t done, std::int64_t total);
 
     /// The answer of a request without a handler of its own. The base does nothing.
-    virtual void taskCompletionHandler(Data data, std::optional<URLResponse> response,
-                                       std::optional<std::string> identifier, std::optional<NetworkError> error,
-                                       int taskNumber) {
-        static_cast<void>(data), static_cast<void>(response), static_cast<void>(identifier), static_cast<void>(error),
-            static_cast<void>(taskNumber);
-    }
+    virtual void taskCompletionHandler(NetworkAnswer answer) { static_cast<void>(answer); }
 
     void send(NetworkCall call) { networkAdapter()->send(std::move(call)); }
     /// With the token in the headers, or in the parameters for a plain one. Without a token as for `sendRequest`.
     void upload(NetworkUpload upload);
     void download(NetworkCall call) { networkAdapter()->download(std::move(call)); }
+
+protected:
+    /// Reports a request that got no answer. One that had no token went nowhere, and was reported then.
+    void reportFailure(const NetworkError& error);
 
 private:
     enum class Transfer { send, download };

@@ -50,7 +50,7 @@ BrenNetworkManager::CompletionHandler completionFor(NetworkCompletion completion
     if (!completion) return nullptr;
     return [completion = std::move(completion), identifier = std::move(identifier)](
                Data data, std::optional<URLResponse> response, std::optional<NetworkError> error, int taskNumber) {
-        completion(std::move(data), std::move(response), identifier, std::move(error), taskNumber);
+        completion({std::move(data), std::move(response), identifier, std::move(error), taskNumber});
     };
 }
 
@@ -73,7 +73,7 @@ void completeUnsent(const NetworkCompletion& completion, const std::optional<std
                     NetworkError error) {
     if (!completion) return;
     BrenNetworkManager::sharedInstance().queue()->async(
-        [completion, identifier, error = std::move(error)] { completion({}, std::nullopt, identifier, error, 0); });
+        [completion, identifier, error = std::move(error)] { completion({.identifier = identifier, .error = error}); });
 }
 
 void NetworkAdapter::sendWithHeaders(NetworkCall call, const bren::Headers& headers) {

@@ -6,24 +6,13 @@
 #include <string>
 #include <variant>
 
-#include "bren_network/URLRequest.h"
-#include "platform/Data.h"
 #include "platform/Object.h"
 #include "platform/Value.h"
 #include "tarvobase/network_layer/CRMAPIs.h"
+#include "tarvobase/network_layer/NetworkAnswer.h"
 
 namespace tarvo {
 
-using bren::NetworkError;
-using bren::URLRequest;
-using bren::URLResponse;
-using platform::Data;
-
-/// How a request ended: its body, what the server said before it, the identifier that was given, the failure, and the
-/// number of the request. Runs exactly once, on the network queue; none may wait for another.
-using NetworkCompletion =
-    std::function<void(Data data, std::optional<URLResponse> response, std::optional<std::string> identifier,
-                       std::optional<NetworkError> error, int taskNumber)>;
 /// Part done from 0 to 1, bytes done, bytes in all (-1 when unknown).
 using PercentHandler = std::function<void(float part, std::int64_t done, std::int64_t total)>;
 /// A piece of the body, part done from 0 to 1.

@@ -57,12 +57,6 @@ bool withToken(
     return true;
 }
 
-NetworkCompletion handingOn(BodyCallback callback) {
-    return [callback = std::move(callback)](Data body, std::optional<URLResponse>, std::optional<std::string>,
-                                            std::optional<NetworkError> error,
-                                            int) { callback(std::move(body), std::move(error)); };
-}
-
 void logHeaders(const URLRequest& request) { platform::log("Header: " + request.headers.names()); }
 
 }  // namespace tarvo::service

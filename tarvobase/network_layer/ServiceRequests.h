@@ -20,9 +20,6 @@ public:
     virtual std::optional<std::string> currentOrganisationID() = 0;
 };
 
-/// The body of an answer, and the transport's error when there was one. On the network queue.
-using BodyCallback = std::function<void(Data body, std::optional<NetworkError> error)>;
-
 /// The adapter of a service: made at the first read, which may come from several threads at once, or set before it.
 class LazyNetworkAdapter {
 public:
@@ -74,9 +71,6 @@ void appendQuery(std::string& url, const std::string& query);
 bool withToken(std::function<void(AuthenticationProtocol& authentication, const std::string& user,
                                   const std::optional<std::string>& token)>
                    work);
-
-/// A completion that hands on what most callers want of a call.
-NetworkCompletion handingOn(BodyCallback callback);
 
 /// `read(item)` of each, in their order. Calls about several things send such lists side by side.
 template <class Item, class Read>

@@ -25,6 +25,10 @@ std::shared_ptr<NetworkAdapter> StaticBaseNetworkService::networkAdapter() {
 void StaticBaseNetworkService::sendRequest(Request request) { start(Transfer::send, std::move(request)); }
 void StaticBaseNetworkService::downloadRequest(Request request) { start(Transfer::download, std::move(request)); }
 
+void StaticBaseNetworkService::post(ValueMap params, NetworkCompletion completion) {
+    sendRequest({.params = std::move(params), .shouldAddOrgId = true, .completionHandler = std::move(completion)});
+}
+
 void StaticBaseNetworkService::start(Transfer transfer, Request request) {
     if (!request.url) request.url = baseURL();
     if (!shouldAddAuthtoken) return startWithToken(transfer, std::move(request), std::nullopt);

@@ -43,6 +43,8 @@ public:
         NetworkCompletion completionHandler{};
     };
     void sendRequest(Request request);
+    /// Posts the parameters to `baseURL` for the current organisation, as most services do.
+    void post(ValueMap params, NetworkCompletion completion);
     void downloadRequest(Request request);
 
     struct Upload {

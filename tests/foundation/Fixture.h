@@ -78,7 +78,8 @@ private:
         }
         queue_->async([call = std::move(call), answer = std::move(answer)] {
             if (call.completionHandler)
-                call.completionHandler(Data(answer.body), std::nullopt, call.identifier, answer.error, 1);
+                call.completionHandler(
+                    {.body = Data(answer.body), .identifier = call.identifier, .error = answer.error, .taskNumber = 1});
         });
     }
 

@@ -72,10 +72,9 @@ protected:
     template <class Service, class Request>
     std::string outcomeOf(const std::shared_ptr<Service>& service, Request request) {
         Outcome outcome;
-        request.completionHandler = [&](Data, std::optional<URLResponse>, std::optional<std::string>,
-                                        std::optional<NetworkError> error, int) {
+        request.completionHandler = [&](NetworkAnswer answer) {
             ++outcome.completions;
-            outcome.error = error;
+            outcome.error = answer.error;
         };
         service->sendRequest(std::move(request));
         settle();
@@ -175,9 +174,8 @@ TEST_F(ServiceTest, AnswersThroughTaskCompletionHandlerWhileTheServiceLives) {
             : BaseNetworkService(std::make_shared<NetworkConstants>()), bodies(bodies) {
             baseURL = "https://h.test/";
         }
-        void taskCompletionHandler(Data data, std::optional<URLResponse>, std::optional<std::string> identifier,
-                                   std::optional<NetworkError>, int) override {
-            bodies.push_back(data.text() + identifier.value_or(""));
+        void taskCompletionHandler(NetworkAnswer answer) override {
+            bodies.push_back(answer.body.text() + answer.identifier.value_or(""));
         }
         std::vector<std::string>& bodies;
     };

@@ -284,13 +284,11 @@ TEST_F(CVSyncParserTest, TheServiceAsksForTheModulesOfABatch) {
     auto service = std::make_shared<InitCustomViewNS>();
     service->setNetworkAdapter(network);
     std::string ids;
-    service->getCustomViews({{.moduleName = "Leads", .apiName = "Leads_API"}},
-                            [&](const Data& data, const std::optional<NetworkError>& error, const auto& modules) {
-                                ASSERT_FALSE(error);
-                                ASSERT_EQ(modules.size(), 1u);
-                                auto answer = CVSyncParser().parse(data);
-                                ids = idsOf(answer->result.at(0)->data.success());
-                            });
+    service->getCustomViews({{.moduleName = "Leads", .apiName = "Leads_API"}}, [&](NetworkAnswer answer) {
+        ASSERT_FALSE(answer.error);
+        auto parsed = CVSyncParser().parse(answer.body);
+        ids = idsOf(parsed->result.at(0)->data.success());
+    });
     settle();
     EXPECT_EQ(ids, "1");
     ASSERT_EQ(network->calls().size(), 1u);

@@ -66,10 +66,10 @@ private:
 /// Keeps the calls until the test answers them.
 class HeldViews final : public InitCustomViewNSP {
 public:
-    void getCustomViews(const std::vector<Module>& modules, Callback callback) override {
+    void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) override {
         asked.push_back(namesOf(modules));
-        calls.push_back([modules, callback](std::string body, std::optional<NetworkError> error) {
-            callback(Data(std::move(body)), std::move(error), modules);
+        calls.push_back([callback](std::string body, std::optional<NetworkError> error) {
+            callback({.body = Data(std::move(body)), .error = std::move(error)});
         });
     }
     Names asked;

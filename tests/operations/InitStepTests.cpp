@@ -49,8 +49,8 @@ public:
 
 /// Keeps the call until the test answers it.
 struct HeldCurrencyService final : InitGetCurrencyNSP {
-    void getCurrencyMetadata(BodyCallback callback) override { answer = std::move(callback); }
-    BodyCallback answer;
+    void getCurrencyMetadata(NetworkCompletion callback) override { answer = std::move(callback); }
+    NetworkCompletion answer;
 };
 
 class InitStepTest : public FoundationTest {
@@ -246,7 +246,7 @@ TEST_F(InitStepTest, TheUserIsKeptUntilThereAreTables) {
     step->delegate = listener;
     step->execute();
     step = nullptr;
-    service->answer(Data(currencies("[]")), std::nullopt);
+    service->answer({.body = Data(currencies("[]"))});
     EXPECT_EQ(listener->ended, "currentUser true") << "a step that was let go ends without a report";
     EXPECT_FALSE(flag(currency));
 }

@@ -49,17 +49,17 @@ class HeldMetadataService final : public MetadataNSP {
 public:
     struct Call {
         MetadataNetworkParams params;
-        Callback callback;
+        NetworkCompletion callback;
     };
-    void getMetadata(const MetadataNetworkParams& params, Callback callback) override {
+    void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
         calls.push_back({params, std::move(callback)});
     }
     /// Answers a call with everything about its modules, or with a body that is no answer.
     void answer(std::size_t call, bool well = true) {
         ValueList entries;
         for (auto& module : calls[call].params.modules) entries.emplace_back(wire::entry(module.moduleName));
-        auto [params, callback] = calls[call];
-        callback(Data(well ? wire::body(std::move(entries)) : "<html>"), std::nullopt, params);
+        auto callback = calls[call].callback;
+        callback({.body = Data(well ? wire::body(std::move(entries)) : "<html>")});
     }
     std::vector<std::string> asked() const {
         std::vector<std::string> names;

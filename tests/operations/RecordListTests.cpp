@@ -272,7 +272,7 @@ TEST_F(RecordListTest, EveryFailureIsUnknownAndChangesNothing) {
         {[&](auto) { heard += "rows"; }, [&](auto) { heard += " more"; }, [&](auto) { heard += " failure"; }});
     settle();
     manager.reset();
-    held->held.completionHandler(Data("{}"), std::nullopt, std::nullopt, std::nullopt, 1);
+    held->held.completionHandler({.body = Data("{}"), .taskNumber = 1});
     settle();
     EXPECT_EQ(heard, "rows");
 }

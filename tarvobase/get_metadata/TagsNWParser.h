@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "platform/Data.h"
+#include "tarvobase/value_objects/Module.h"
+#include "tarvobase/value_objects/Tag.h"
+
+namespace tarvo {
+
+struct TagsNWParser {
+    /// The tags of the module in the server's order. Returns nullopt for a refusal and for a body that is not a list of
+    /// rows of texts. A row without a name gives no tag.
+    static std::optional<std::vector<Tag>> getTags(const platform::Data& data, const Module& module);
+};
+
+}  // namespace tarvo
