@@ -1,5 +1,6 @@
 #include "tarvobase/list_view/FetchRecordNetworkService.h"
 
+#include "tarvobase/network_layer/FirstEntry.h"
 #include "tarvobase/records/RecordParser.h"
 
 namespace tarvo {
@@ -13,10 +14,8 @@ void FetchRecordNetworkService::fetchRecord(RecordFetch fetch) {
 
 void FetchRecordNetworkService::answered(const NetworkAnswer& answer, const RecordFetch& fetch) {
     if (answer.error) return reportFailure(*answer.error);
-    auto parsed = RecordParser<GetRecordInfo>().parse(answer.body);
-    bool isUsable = parsed && !parsed->result.empty() && parsed->result.front() && parsed->result.front()->data;
-    if (isUsable) {
-        if (auto listener = recordDelegate.lock()) listener->parsedRecords(*parsed->result.front()->data, fetch);
+    if (auto records = firstEntry(RecordParser<GetRecordInfo>(), answer.body)) {
+        if (auto listener = recordDelegate.lock()) listener->parsedRecords(*records, fetch);
     } else if (auto handler = errorHandler.lock()) {
         handler->parsingError();
     }
