@@ -2,8 +2,6 @@
 
 #include "tarvobase/network_layer/PositionalRow.h"
 
-#include "tarvobase/value_objects/StoredForm.h"
-
 namespace tarvo {
 
 namespace {

@@ -6,9 +6,4 @@ namespace tarvo {
 
 template struct StoredNames<CurrencyMetadataConstants, CurrencyMetadata>;
 
-Result<CurrencyMetadata, std::string> CurrencyMetadataDatabaseConstants::getCurrencyMetadataStrictly(
-    const ValueMap& row) const {
-    return StoredForm<CurrencyMetadata>::readRequired(row, *this);
-}
-
 }  // namespace tarvo

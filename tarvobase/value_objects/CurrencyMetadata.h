@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "platform/Result.h"
 #include "tarvobase/value_objects/StoredNames.h"
 
 namespace tarvo {
@@ -24,10 +23,7 @@ struct CurrencyMetadataConstants : StoredNames<CurrencyMetadataConstants, Curren
     std::string_view CurrencyName = of("currencyName", "currency_name");
     std::string_view DecimalSeperator = of("decimalSeperator", "decimal_seperator");
 };
-struct CurrencyMetadataDatabaseConstants : TableTwin<CurrencyMetadataConstants> {
-    /// Fails with the column of the first number that is absent or none: with a wrong rate every amount is wrong.
-    Result<CurrencyMetadata, std::string> getCurrencyMetadataStrictly(const ValueMap& row) const;
-};
+struct CurrencyMetadataDatabaseConstants : TableTwin<CurrencyMetadataConstants> {};
 
 /// A currency of the organisation and how its amounts are written.
 struct CurrencyMetadata {
@@ -48,15 +44,15 @@ struct CurrencyMetadata {
     static constexpr auto fields() {
         using V = CurrencyMetadata;
         using Names = CurrencyMetadataConstants;
-        return describe(field("orderNo", &V::orderNo, &Names::OrderNo).required(),
-                        field("exchangeRate", &V::exchangeRate, &Names::ExchangeRate).required(),
+        return describe(field("orderNo", &V::orderNo, &Names::OrderNo),
+                        field("exchangeRate", &V::exchangeRate, &Names::ExchangeRate),
                         field("thousandSeperator", &V::thousandSeperator, &Names::ThousandSeperator),
                         field("isBase", &V::isBase, &Names::IsBase), field("isoCode", &V::isoCode, &Names::IsoCode),
                         field("currencyId", &V::currencyId, &Names::CurrencyId),
                         field("isPrefixSymbol", &V::isPrefixSymbol, &Names::IsPrefixSymbol),
                         field("currencySymbol", &V::currencySymbol, &Names::CurrencySymbol),
                         field("isActive", &V::isActive, &Names::IsActive),
-                        field("decimalPlaces", &V::decimalPlaces, &Names::DecimalPlaces).required(),
+                        field("decimalPlaces", &V::decimalPlaces, &Names::DecimalPlaces),
                         field("currencyName", &V::currencyName, &Names::CurrencyName),
                         field("decimalSeperator", &V::decimalSeperator, &Names::DecimalSeperator));
     }
