@@ -53,60 +53,26 @@ ParsedMetadata::Section<std::vector<T>> readWhole(const Value& section, const Ro
     return values;
 }
 
+/// A row that is a value as it stands.
+template <class T>
+T filled(PositionalRow& row, const SectionContext&) {
+    T value;
+    row.fill(value);
+    return value;
+}
+
 RelatedList relatedListOf(PositionalRow& row, const SectionContext& context) {
-    RelatedList list;
+    auto list = filled<RelatedList>(row, context);
     list.moduleName = context.moduleName;
-    list.relatedModuleName = row.text(0);
-    list.dislayName = row.text(1);
-    list.listID = row.text(2);
-    list.listName = row.text(3);
-    list.relatedListAPIName = row.text(4);
-    list.relatedOrder = row.number(5);
-    list.isDefault = row.flag(6);
     return list;
 }
 
-ModuleLayoutInfo layoutOf(PositionalRow& row, const SectionContext&) {
-    ModuleLayoutInfo layout;
-    layout.moduleName = row.text(0);
-    layout.layoutID = row.text(1);
-    layout.layoutName = row.text(2);
-    layout.isAccessible = row.flag(3);
-    layout.isDefault = row.flag(4);
-    return layout;
-}
-
 LayoutFieldData layoutFieldOf(PositionalRow& row, const SectionContext& context) {
-    LayoutFieldData field;
-    field.layoutID = row.text(0);
-    field.fieldID = row.text(1);
-    field.fieldAPIName = row.text(2);
-    field.crmColumnName = row.text(3);
-    field.moduleName = row.text(4);
-    field.sectionName = row.text(5);
-    field.sectionDV = row.text(6);
-    field.sectionSequence = row.number(7);
-    field.mandatory = row.flag(8);
-    field.defaultValue = row.text(9);
-    field.fieldPosition = row.number(10);
+    auto field = filled<LayoutFieldData>(row, context);
     if (!context.hasAdditionalInfo) return field;
     field.isSubformSection = row.flag(11);
     if (auto info = row.value(12).asMap()) field.additionalInfo = *info;
     return field;
-}
-
-PicklistMetadata picklistOf(PositionalRow& row, const SectionContext&) {
-    PicklistMetadata value;
-    value.fieldActualValue = row.text(0);
-    value.fieldOptionalValue = row.text(1);
-    value.fieldID = row.text(2);
-    value.fieldAPIName = row.text(3);
-    value.crmColumnName = row.text(4);
-    value.moduleName = row.text(5);
-    value.layoutID = row.text(6);
-    value.fieldMap = row.text(7);
-    value.position = row.number(8);
-    return value;
 }
 
 FieldDataType fieldTypeOf(const std::string& text) {
@@ -126,24 +92,8 @@ ValueMap displayPrefsOf(const Value& column, const SectionContext& context) {
 }
 
 FieldMetadata fieldOf(PositionalRow& row, const SectionContext& context) {
-    FieldMetadata field;
-    field.fieldID = row.text(0);
-    field.fieldAPIName = row.text(1);
-    field.moduleName = row.text(2);
-    field.columnCRMName = row.text(3);
-    field.fieldLabel = row.text(4);
+    auto field = filled<FieldMetadata>(row, context);
     field.fieldType = fieldTypeOf(row.text(5));
-    field.maxLength = row.number(6);
-    field.isReadOnly = row.flag(7);
-    field.isCustomField = row.flag(8);
-    field.isUnique = row.flag(9);
-    field.isQuickCreate = row.flag(10);
-    field.isPrimaryKey = row.flag(11);
-    field.isMproxyMetadata = row.flag(12);
-    field.lookupModule = row.text(13);
-    field.relatedListID = row.text(14);
-    field.visible = row.flag(15);
-    field.mode = row.text(16);
     field.displayPrefs = displayPrefsOf(row.value(17), context);
     return field;
 }
@@ -170,7 +120,7 @@ LayoutSection layouts(const Value& section, const SectionContext& context) {
     if (entries)
         for (auto& entry : *entries)
             if (entry.asList() && entry.asList()->size() != columns) return ParserError(Case::lessNumberOfKeys);
-    return readWhole(section, RowFormat<ModuleLayoutInfo>{columns, layoutOf}, context);
+    return readWhole(section, RowFormat<ModuleLayoutInfo>{columns, filled<ModuleLayoutInfo>}, context);
 }
 
 RowSection<LayoutFieldData> layoutFields(const Value& section, const SectionContext& context) {
@@ -179,7 +129,7 @@ RowSection<LayoutFieldData> layoutFields(const Value& section, const SectionCont
 }
 
 RowSection<PicklistMetadata> picklists(const Value& section, const SectionContext& context) {
-    return readRows(section, RowFormat<PicklistMetadata>{9, picklistOf}, context);
+    return readRows(section, RowFormat<PicklistMetadata>{9, filled<PicklistMetadata>}, context);
 }
 
 SettingsSection relatedListFields(const Value& section, const SectionContext& context) {

@@ -29,7 +29,11 @@ const Value& PositionalRow::value(std::size_t column) const {
 std::string PositionalRow::text(std::size_t column) {
     auto& held = value(column);
     if (auto text = held.asText()) return *text;
-    if (mode_ == Mode::strict && !held.isNull() && !error_) error_ = ParserError::typeConversionFailedForIndex(column);
+    bool isFailure = mode_ == Mode::strict && !held.isNull();
+    if (isFailure && (!error_ || column < failedColumn_)) {
+        error_ = ParserError::typeConversionFailedForIndex(column);
+        failedColumn_ = column;
+    }
     return {};
 }
 

@@ -14,7 +14,7 @@ namespace tarvo {
 /// A row of a positional answer, read column by column. Columns are texts as a rule, and what they say is read from the
 /// text. A null, and a column beyond the end of the row, read as the empty text, so that a column without a value costs
 /// no row. The mode decides what another type costs: a lenient row reads it as empty too, a strict row keeps the first
-/// such column as its `error`. The row refers to the list, which must outlive it.
+/// such column, from the left, as its `error`. The row refers to the list, which must outlive it.
 class PositionalRow {
 public:
     enum class Mode { lenient, strict };
@@ -32,7 +32,15 @@ public:
     bool flag(std::size_t column) { return text(column) == "true"; }
     /// A decimal text; 0 for any other text, as it only says where a thing stands or how long it may be.
     int number(std::size_t column);
-    /// The first column that failed a strict row.
+    /// Fills the members whose fields have a place in the row (`at` in the list of fields): texts, flags and numbers.
+    template <class T>
+    void fill(T& value) {
+        auto fillOne = [&](const auto& field) {
+            if constexpr (requires { field.place; }) readInto(value.*field.pointer, field.place);
+        };
+        T::fields().apply([&](const auto&... fields) { (fillOne(fields), ...); });
+    }
+    /// The leftmost column that failed a strict row.
     const std::optional<ParserError>& error() const { return error_; }
 
     /// The column if it is of this type. Never fails the row.
@@ -47,9 +55,14 @@ public:
     std::optional<std::vector<std::string>> leadingTexts(std::size_t count) const;
 
 private:
+    void readInto(std::string& member, std::size_t column) { member = text(column); }
+    void readInto(bool& member, std::size_t column) { member = flag(column); }
+    void readInto(int& member, std::size_t column) { member = number(column); }
+
     const ValueList* values_;
     Mode mode_;
     std::optional<ParserError> error_;
+    std::size_t failedColumn_ = 0;  ///< that of the error
 };
 
 /// Each entry that is a list as a lenient row through `read(row)`, which returns an optional value; the values in the

@@ -124,22 +124,23 @@ struct FieldMetadata {
     static constexpr auto fields() {
         using V = FieldMetadata;
         using Names = FieldMetadataConstants;
-        return describe(field("fieldID", &V::fieldID, &Names::FieldID),
-                        field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName),
-                        field("moduleName", &V::moduleName, &Names::ModuleName),
-                        field("columnCRMName", &V::columnCRMName, &Names::ColumnCRMName),
-                        field("fieldLabel", &V::fieldLabel, &Names::FieldLabel),
+        return describe(field("fieldID", &V::fieldID, &Names::FieldID).at(0),
+                        field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName).at(1),
+                        field("moduleName", &V::moduleName, &Names::ModuleName).at(2),
+                        field("columnCRMName", &V::columnCRMName, &Names::ColumnCRMName).at(3),
+                        field("fieldLabel", &V::fieldLabel, &Names::FieldLabel).at(4),
                         field("fieldType", &V::fieldType, &Names::FieldType).required(),
-                        field("maxLength", &V::maxLength, &Names::MaxLength),
-                        field("isReadOnly", &V::isReadOnly, &Names::IsReadOnly),
-                        field("isCustomField", &V::isCustomField, &Names::IsCustomField),
-                        field("isUnique", &V::isUnique, &Names::IsUnique),
-                        field("isQuickCreate", &V::isQuickCreate, &Names::IsQuickCreate),
-                        field("isPrimaryKey", &V::isPrimaryKey, &Names::IsPrimaryKey),
-                        field("isMproxyMetadata", &V::isMproxyMetadata, &Names::IsMproxyMetadata),
-                        field("lookupModule", &V::lookupModule, &Names::LookupModule),
-                        field("relatedListID", &V::relatedListID, &Names::RelatedListID),
-                        field("visible", &V::visible, &Names::Visible), field("mode", &V::mode, &Names::Mode),
+                        field("maxLength", &V::maxLength, &Names::MaxLength).at(6),
+                        field("isReadOnly", &V::isReadOnly, &Names::IsReadOnly).at(7),
+                        field("isCustomField", &V::isCustomField, &Names::IsCustomField).at(8),
+                        field("isUnique", &V::isUnique, &Names::IsUnique).at(9),
+                        field("isQuickCreate", &V::isQuickCreate, &Names::IsQuickCreate).at(10),
+                        field("isPrimaryKey", &V::isPrimaryKey, &Names::IsPrimaryKey).at(11),
+                        field("isMproxyMetadata", &V::isMproxyMetadata, &Names::IsMproxyMetadata).at(12),
+                        field("lookupModule", &V::lookupModule, &Names::LookupModule).at(13),
+                        field("relatedListID", &V::relatedListID, &Names::RelatedListID).at(14),
+                        field("visible", &V::visible, &Names::Visible).at(15),
+                        field("mode", &V::mode, &Names::Mode).at(16),
                         fieldBy<DisplayPrefsCodec>("displayPrefs", &V::displayPrefs, &Names::DisplayPrefs));
     }
     friend bool operator==(const FieldMetadata&, const FieldMetadata&) = default;

@@ -67,18 +67,18 @@ struct LayoutFieldData {
     static constexpr auto fields() {
         using V = LayoutFieldData;
         using Names = LayoutMetadataDatabaseConstants;
-        return describe(field("layoutID", &V::layoutID, &Names::LayoutID),
-                        field("fieldID", &V::fieldID, &Names::FieldID),
-                        field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName),
-                        field("crmColumnName", &V::crmColumnName, &Names::ColumnCRMName),
-                        field("moduleName", &V::moduleName, &Names::ModuleName),
-                        field("sectionName", &V::sectionName, &Names::SectionName),
-                        field("sectionDV", &V::sectionDV, &Names::SectionDV),
+        return describe(field("layoutID", &V::layoutID, &Names::LayoutID).at(0),
+                        field("fieldID", &V::fieldID, &Names::FieldID).at(1),
+                        field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName).at(2),
+                        field("crmColumnName", &V::crmColumnName, &Names::ColumnCRMName).at(3),
+                        field("moduleName", &V::moduleName, &Names::ModuleName).at(4),
+                        field("sectionName", &V::sectionName, &Names::SectionName).at(5),
+                        field("sectionDV", &V::sectionDV, &Names::SectionDV).at(6),
                         field("isSubformSection", &V::isSubformSection, &Names::IsSubformSection),
-                        field("sectionSequence", &V::sectionSequence, &Names::SectionSequence),
-                        fieldBy<OptBoolCodec>("mandatory", &V::mandatory, &Names::Mandatory),
-                        field("defaultValue", &V::defaultValue, &Names::DefaultValue),
-                        field("fieldPosition", &V::fieldPosition, &Names::FieldPosition),
+                        field("sectionSequence", &V::sectionSequence, &Names::SectionSequence).at(7),
+                        fieldBy<OptBoolCodec>("mandatory", &V::mandatory, &Names::Mandatory).at(8),
+                        field("defaultValue", &V::defaultValue, &Names::DefaultValue).at(9),
+                        field("fieldPosition", &V::fieldPosition, &Names::FieldPosition).at(10),
                         fieldBy<AdditionalInfoCodec>("additionalInfo", &V::additionalInfo, &Names::AdditionalInfo));
     }
     friend bool operator==(const LayoutFieldData&, const LayoutFieldData&) = default;

@@ -29,11 +29,11 @@ struct ModuleLayoutInfo {
     static constexpr auto fields() {
         using V = ModuleLayoutInfo;
         using Names = ModuleLayoutInfoConstants;
-        return describe(field("moduleName", &V::moduleName, &Names::ModuleName),
-                        field("layoutID", &V::layoutID, &Names::LayoutID),
-                        field("layoutName", &V::layoutName, &Names::LayoutName),
-                        field("isAccessible", &V::isAccessible, &Names::IsAccessible),
-                        field("isDefault", &V::isDefault, &Names::IsDefault));
+        return describe(field("moduleName", &V::moduleName, &Names::ModuleName).at(0),
+                        field("layoutID", &V::layoutID, &Names::LayoutID).at(1),
+                        field("layoutName", &V::layoutName, &Names::LayoutName).at(2),
+                        field("isAccessible", &V::isAccessible, &Names::IsAccessible).at(3),
+                        field("isDefault", &V::isDefault, &Names::IsDefault).at(4));
     }
     friend bool operator==(const ModuleLayoutInfo&, const ModuleLayoutInfo&) = default;
 };

@@ -40,14 +40,15 @@ struct PicklistMetadata {
     static constexpr auto fields() {
         using V = PicklistMetadata;
         using Names = PicklistMetadataConstants;
-        return describe(
-            field("fieldActualValue", &V::fieldActualValue, &Names::FieldActualValue).required(),
-            field("fieldOptionalValue", &V::fieldOptionalValue, &Names::FieldOptionalValue),
-            field("fieldID", &V::fieldID, &Names::FieldID),
-            field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName),
-            field("crmColumnName", &V::crmColumnName, &Names::CrmColumnName),
-            field("moduleName", &V::moduleName, &Names::ModuleName), field("layoutID", &V::layoutID, &Names::LayoutID),
-            field("fieldMap", &V::fieldMap, &Names::FieldMap), field("position", &V::position, &Names::Position));
+        return describe(field("fieldActualValue", &V::fieldActualValue, &Names::FieldActualValue).required().at(0),
+                        field("fieldOptionalValue", &V::fieldOptionalValue, &Names::FieldOptionalValue).at(1),
+                        field("fieldID", &V::fieldID, &Names::FieldID).at(2),
+                        field("fieldAPIName", &V::fieldAPIName, &Names::FieldAPIName).at(3),
+                        field("crmColumnName", &V::crmColumnName, &Names::CrmColumnName).at(4),
+                        field("moduleName", &V::moduleName, &Names::ModuleName).at(5),
+                        field("layoutID", &V::layoutID, &Names::LayoutID).at(6),
+                        field("fieldMap", &V::fieldMap, &Names::FieldMap).at(7),
+                        field("position", &V::position, &Names::Position).at(8));
     }
     friend bool operator==(const PicklistMetadata&, const PicklistMetadata&) = default;
 };

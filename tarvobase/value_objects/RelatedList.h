@@ -50,14 +50,14 @@ struct RelatedList {
         using V = RelatedList;
         using Names = ModuleRelatedListConstants;
         return describe(field("moduleName", &V::moduleName, &Names::ModuleName),
-                        field("relatedModuleName", &V::relatedModuleName, &Names::RelatedModuleName),
-                        field("dislayName", &V::dislayName, &Names::DislayName),
-                        field("listID", &V::listID, &Names::ListID),
-                        field("isDefault", &V::isDefault, &Names::IsDefault),
-                        field("relatedOrder", &V::relatedOrder, &Names::RelatedOrder),
+                        field("relatedModuleName", &V::relatedModuleName, &Names::RelatedModuleName).at(0),
+                        field("dislayName", &V::dislayName, &Names::DislayName).at(1),
+                        field("listID", &V::listID, &Names::ListID).at(2),
+                        field("isDefault", &V::isDefault, &Names::IsDefault).at(6),
+                        field("relatedOrder", &V::relatedOrder, &Names::RelatedOrder).at(5),
                         field("lookupColumn", &V::lookupColumn, &Names::LookupColumn),
-                        field("listName", &V::listName, &Names::ListName),
-                        field("relatedListAPIName", &V::relatedListAPIName, &Names::RelatedListAPIName));
+                        field("listName", &V::listName, &Names::ListName).at(3),
+                        field("relatedListAPIName", &V::relatedListAPIName, &Names::RelatedListAPIName).at(4));
     }
     friend bool operator==(const RelatedList&, const RelatedList&) = default;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -63,6 +64,12 @@ struct TableTwin : Names {
     constexpr TableTwin() : Names{Form::table} {}
 };
 
+/// A stored member that also has a place in the rows of the server.
+template <class Stored>
+struct PlacedField : Stored {
+    std::size_t place = 0;
+};
+
 /// A member that is stored: with the name of its key, and the codec that writes and reads it (`void` stands for that of
 /// its type).
 template <class Owner, class Member, class Names, class Codec = void>
@@ -77,6 +84,8 @@ struct StoredField : Field<Owner, Member> {
         field.isRequired = true;
         return field;
     }
+    /// A member that a `PositionalRow` of the server fills, and its column there. Stands last.
+    constexpr PlacedField<StoredField> at(std::size_t column) const { return {*this, column}; }
     /// A member that the plain form does not write. Reading looks for it in both forms.
     constexpr StoredField tableOnly() const {
         auto field = *this;

@@ -162,7 +162,7 @@ TEST(PositionalRowTest, TheModeDecidesWhatAnotherTypeCosts) {
     }
     PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::strict).value();
     row.text(4), row.text(2);
-    EXPECT_EQ(row.error(), Error::typeConversionFailedForIndex(4)) << "the first column that failed";
+    EXPECT_EQ(row.error(), Error::typeConversionFailedForIndex(2)) << "the leftmost column that failed";
     EXPECT_EQ(row.integer(2), 7);
     EXPECT_EQ(row.real(5), 1.5);
     EXPECT_EQ(row.integer(5), std::nullopt);
