@@ -2,13 +2,13 @@
 
 #include <curl/curl.h>
 
-#include <mutex>
 #include <system_error>
 
 #include "bren_network/internal/Authorities.h"
 #include "bren_network/internal/PreparedRequest.h"
 #include "bren_network/internal/TransferLoop.h"
 #include "platform/Log.h"
+#include "platform/ThreadSafety.h"
 
 namespace bren {
 
@@ -20,10 +20,10 @@ struct BrenNetworkManager::State {
     Authorities authorities;
     std::atomic<int> taskNumbers = 0;
 
-    std::mutex mutex;
-    std::string userAgent = "TarvoBase";  // guarded by mutex
-    std::shared_ptr<TransferLoop> loop;   // guarded by mutex; made with the first request
-    bool isShutDown = false;              // guarded by mutex
+    tarvo::platform::Mutex mutex;
+    std::string userAgent TARVO_GUARDED_BY(mutex) = "TarvoBase";
+    std::shared_ptr<TransferLoop> loop TARVO_GUARDED_BY(mutex);  // made with the first request
+    bool isShutDown TARVO_GUARDED_BY(mutex) = false;
 
     void run(Task task, std::vector<BrenFileUploadInfo> files, bool isUpload);
     std::optional<NetworkError> submit(PreparedRequest request, BrenTaskPriority priority,
@@ -42,7 +42,7 @@ void BrenNetworkManager::State::run(Task task, std::vector<BrenFileUploadInfo> f
 
 std::optional<NetworkError> BrenNetworkManager::State::submit(PreparedRequest request, BrenTaskPriority priority,
                                                               const std::shared_ptr<Delivery>& delivery) try {
-    std::lock_guard lock(mutex);
+    tarvo::platform::MutexLock lock(mutex);
     if (isShutDown) return networkError(Kind::shutDown, request.host);
     if (!loop) {
         auto fresh = std::make_shared<TransferLoop>(budget);
@@ -57,7 +57,7 @@ std::optional<NetworkError> BrenNetworkManager::State::submit(PreparedRequest re
 }
 
 std::shared_ptr<TransferLoop> BrenNetworkManager::State::takeLoop() {
-    std::lock_guard lock(mutex);
+    tarvo::platform::MutexLock lock(mutex);
     isShutDown = true;
     return std::exchange(loop, nullptr);
 }
@@ -98,14 +98,14 @@ bool BrenNetworkManager::setFurtherAuthorityFile(const std::string& path) {
 
 void BrenNetworkManager::setMaximumBufferedKilobytes(int kilobytes) {
     state_->budget->setLimit(kilobytes);
-    std::lock_guard lock(state_->mutex);
+    tarvo::platform::MutexLock lock(state_->mutex);
     if (state_->loop) state_->loop->wake();
 }
 
 void BrenNetworkManager::setUserAgent(const std::string& userAgent) {
     if (userAgent.find_first_of(std::string_view("\r\n\0", 3)) != userAgent.npos)
         return tarvo::platform::log("A user agent that would break out of its header line is refused");
-    std::lock_guard lock(state_->mutex);
+    tarvo::platform::MutexLock lock(state_->mutex);
     state_->userAgent = userAgent;
 }
 
@@ -118,7 +118,7 @@ void BrenNetworkManager::shutDown() {
 }
 
 void BrenNetworkManager::restart() {
-    std::lock_guard lock(state_->mutex);
+    tarvo::platform::MutexLock lock(state_->mutex);
     state_->isShutDown = false;
 }
 

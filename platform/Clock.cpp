@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <mutex>
 #include <utility>
 #include <vector>
 
+#include "platform/ThreadSafety.h"
 #include "platform/internal/SystemZone.h"
 
 namespace tarvo::platform {
@@ -14,26 +14,28 @@ namespace {
 
 // What is set by hand. Never destroyed: the timer thread asks until the process ends.
 struct HandSetClock {
-    std::mutex mutex;
-    bool set = false;
-    Clock::WallTime wall{};
-    Clock::SteadyTime steady{};
+    Mutex mutex;
+    bool set TARVO_GUARDED_BY(mutex) = false;
+    Clock::WallTime wall TARVO_GUARDED_BY(mutex){};
+    Clock::SteadyTime steady TARVO_GUARDED_BY(mutex){};
     // What a clock set by hand has run ahead of the system's. Kept after the release, so that time never goes back.
-    Clock::SteadyTime::duration ahead{};
-    std::vector<std::function<void()>> callbacks;
+    Clock::SteadyTime::duration ahead TARVO_GUARDED_BY(mutex){};
+    std::vector<std::function<void()>> callbacks TARVO_GUARDED_BY(mutex);
 
     static HandSetClock& shared() {
         static auto* clock = new HandSetClock;
         return *clock;
     }
 
-    Clock::SteadyTime steadyNow() const { return set ? steady : std::chrono::steady_clock::now() + ahead; }
+    Clock::SteadyTime steadyNow() const TARVO_REQUIRES(mutex) {
+        return set ? steady : std::chrono::steady_clock::now() + ahead;
+    }
 
     template <class Change>
     void change(Change&& change) {
         std::vector<std::function<void()>> told;
         {
-            std::lock_guard lock(mutex);
+            MutexLock lock(mutex);
             change();
             told = callbacks;
         }
@@ -42,9 +44,9 @@ struct HandSetClock {
 };
 
 struct ZoneOfProcess {
-    std::mutex mutex;
-    std::optional<std::string> set;
-    std::optional<std::string> environment;  // TZ as it was before a zone was set
+    Mutex mutex;
+    std::optional<std::string> set TARVO_GUARDED_BY(mutex);
+    std::optional<std::string> environment TARVO_GUARDED_BY(mutex);  // TZ as it was before a zone was set
     std::atomic<std::uint64_t> version = 0;
 
     static ZoneOfProcess& shared() {
@@ -57,7 +59,7 @@ struct ZoneOfProcess {
 
 Clock::WallTime Clock::now() {
     auto& clock = HandSetClock::shared();
-    std::lock_guard lock(clock.mutex);
+    MutexLock lock(clock.mutex);
     if (clock.set) return clock.wall;
     return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
 }
@@ -68,13 +70,14 @@ std::int64_t Clock::secondsSince1970() {
 
 Clock::SteadyTime Clock::steadyNow() {
     auto& clock = HandSetClock::shared();
-    std::lock_guard lock(clock.mutex);
+    MutexLock lock(clock.mutex);
     return clock.steadyNow();
 }
 
 void Clock::set(WallTime time) {
     auto& clock = HandSetClock::shared();
     clock.change([&] {
+        clock.mutex.assumeHeld();
         clock.steady = clock.steadyNow();
         clock.set = true;
         clock.wall = time;
@@ -84,6 +87,7 @@ void Clock::set(WallTime time) {
 void Clock::advance(std::chrono::milliseconds by) {
     auto& clock = HandSetClock::shared();
     clock.change([&] {
+        clock.mutex.assumeHeld();
         if (!clock.set || by < by.zero()) return;
         clock.wall += by;
         clock.steady += by;
@@ -93,6 +97,7 @@ void Clock::advance(std::chrono::milliseconds by) {
 void Clock::release() {
     auto& clock = HandSetClock::shared();
     clock.change([&] {
+        clock.mutex.assumeHeld();
         if (!clock.set) return;
         clock.ahead = std::max(clock.ahead, clock.steady - std::chrono::steady_clock::now());
         clock.set = false;
@@ -101,25 +106,25 @@ void Clock::release() {
 
 bool Clock::isSet() {
     auto& clock = HandSetClock::shared();
-    std::lock_guard lock(clock.mutex);
+    MutexLock lock(clock.mutex);
     return clock.set;
 }
 
 void Clock::onChange(std::function<void()> callback) {
     auto& clock = HandSetClock::shared();
-    std::lock_guard lock(clock.mutex);
+    MutexLock lock(clock.mutex);
     clock.callbacks.push_back(std::move(callback));
 }
 
 std::string Clock::timeZone() {
     auto& zone = ZoneOfProcess::shared();
-    std::lock_guard lock(zone.mutex);
+    MutexLock lock(zone.mutex);
     return zone.set ? *zone.set : systemZone();
 }
 
 void Clock::setTimeZone(std::optional<std::string> name) {
     auto& zone = ZoneOfProcess::shared();
-    std::lock_guard lock(zone.mutex);
+    MutexLock lock(zone.mutex);
     if (!zone.set && name) zone.environment = zoneVariable();
     if (zone.set || name) setZoneVariable(name ? name : zone.environment);
     zone.set = std::move(name);

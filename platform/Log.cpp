@@ -2,8 +2,9 @@
 
 #include <cstdio>
 #include <memory>
-#include <mutex>
 #include <utility>
+
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform {
 
@@ -17,9 +18,9 @@ void writeToStandardError(std::string_view line) {
 
 // Never destroyed: threads of the pool may log while the process ends.
 struct Sink {
-    std::mutex calling;  // one call at a time
-    std::mutex mutex;    // guards `sink`
-    std::shared_ptr<const LogSink> sink;
+    Mutex calling;  // one call at a time
+    Mutex mutex;    // guards `sink`
+    std::shared_ptr<const LogSink> sink TARVO_GUARDED_BY(mutex);
 
     static Sink& shared() {
         static auto* sink = new Sink;
@@ -30,7 +31,7 @@ struct Sink {
 thread_local bool insideSink = false;
 
 void callSink(Sink& shared, const LogSink& sink, std::string_view line) {
-    std::lock_guard lock(shared.calling);
+    MutexLock lock(shared.calling);
     struct Inside {
         Inside() { insideSink = true; }
         ~Inside() { insideSink = false; }
@@ -48,7 +49,7 @@ void log(std::string_view line) {
     auto& shared = Sink::shared();
     std::shared_ptr<const LogSink> sink;
     {
-        std::lock_guard lock(shared.mutex);
+        MutexLock lock(shared.mutex);
         sink = shared.sink;
     }
     // A sink that logs would call itself for ever; its own lines go the default way.
@@ -62,7 +63,7 @@ LogSink setLogSink(LogSink sink) {
     auto& shared = Sink::shared();
     auto next = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
     {
-        std::lock_guard lock(shared.mutex);
+        MutexLock lock(shared.mutex);
         next.swap(shared.sink);
     }
     return next ? *next : LogSink();

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <deque>
 #include <exception>
-#include <mutex>
 #include <utility>
 
 #include "platform/DispatchQueue.h"
 #include "platform/ProgrammingError.h"
+#include "platform/ThreadSafety.h"
 #include "platform/internal/QueueState.h"
 
 namespace tarvo::platform {
@@ -22,14 +21,14 @@ constexpr std::chrono::milliseconds lookInterval(5);
 }  // namespace
 
 struct MainQueue::MainState {
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<Work> items;
-    bool stopped = false;
+    Mutex mutex;
+    Condition changed;
+    std::deque<Work> items TARVO_GUARDED_BY(mutex);
+    bool stopped TARVO_GUARDED_BY(mutex) = false;
     // Number of the thread that runs items at present, or that ran the last one; 0 before the first.
-    std::uint64_t mainThread = 0;
-    bool driven = false;
-    std::shared_ptr<const Poster> poster;
+    std::uint64_t mainThread TARVO_GUARDED_BY(mutex) = 0;
+    bool driven TARVO_GUARDED_BY(mutex) = false;
+    std::shared_ptr<const Poster> poster TARVO_GUARDED_BY(mutex);
 };
 
 MainQueue::MainQueue() : DispatchQueue("main", false, Quality::standard), main_(std::make_unique<MainState>()) {}
@@ -43,7 +42,7 @@ const std::shared_ptr<MainQueue>& MainQueue::shared() {
 Work MainQueue::forPoster(Work work) {
     return [this, work = std::move(work)]() mutable {
         {
-            std::lock_guard lock(main_->mutex);
+            MutexLock lock(main_->mutex);
             main_->mainThread = ThreadRecord::current().number;
         }
         state_->runForeign(std::move(work));
@@ -56,7 +55,7 @@ void MainQueue::setPoster(Poster poster) {
     for (;;) {
         std::deque<Work> waiting;
         {
-            std::lock_guard lock(main_->mutex);
+            MutexLock lock(main_->mutex);
             if (shared) waiting.swap(main_->items);
             if (waiting.empty()) {
                 main_->poster = shared;
@@ -70,18 +69,18 @@ void MainQueue::setPoster(Poster poster) {
 void MainQueue::async(Work work) {
     std::shared_ptr<const Poster> poster;
     {
-        std::lock_guard lock(main_->mutex);
+        MutexLock lock(main_->mutex);
         poster = main_->poster;
         if (!poster) main_->items.push_back(std::move(work));
     }
     if (poster)
         (*poster)(forPoster(std::move(work)));
     else
-        main_->changed.notify_all();
+        main_->changed.notifyAll();
 }
 
 bool MainQueue::beginDriving() {
-    std::lock_guard lock(main_->mutex);
+    MutexLock lock(main_->mutex);
     if (main_->driven) return false;
     main_->driven = true;
     main_->mainThread = ThreadRecord::current().number;
@@ -89,7 +88,7 @@ bool MainQueue::beginDriving() {
 }
 
 void MainQueue::endDriving() {
-    std::lock_guard lock(main_->mutex);
+    MutexLock lock(main_->mutex);
     main_->driven = false;
 }
 
@@ -109,7 +108,7 @@ auto MainQueue::drive(Loop loop) -> decltype(loop()) {
 bool MainQueue::runOne() {
     Work work;
     {
-        std::lock_guard lock(main_->mutex);
+        MutexLock lock(main_->mutex);
         if (main_->items.empty()) return false;
         work = std::move(main_->items.front());
         main_->items.pop_front();
@@ -122,8 +121,11 @@ void MainQueue::run() {
     drive([this] {
         for (;;) {
             {
-                std::unique_lock lock(main_->mutex);
-                main_->changed.wait(lock, [this] { return main_->stopped || !main_->items.empty(); });
+                MutexLock lock(main_->mutex);
+                main_->changed.wait(lock, [this] {
+                    main_->mutex.assumeHeld();
+                    return main_->stopped || !main_->items.empty();
+                });
                 if (std::exchange(main_->stopped, false)) return true;
             }
             runOne();
@@ -137,9 +139,12 @@ bool MainQueue::runUntil(const std::function<bool()>& condition, std::chrono::mi
         while (!condition()) {
             if (std::chrono::steady_clock::now() >= deadline) return false;
             if (runOne()) continue;
-            std::unique_lock lock(main_->mutex);
+            MutexLock lock(main_->mutex);
             auto until = std::min(deadline, std::chrono::steady_clock::now() + lookInterval);
-            main_->changed.wait_until(lock, until, [this] { return !main_->items.empty(); });
+            main_->changed.waitUntil(lock, until, [this] {
+                main_->mutex.assumeHeld();
+                return !main_->items.empty();
+            });
         }
         return true;
     });
@@ -149,7 +154,7 @@ std::size_t MainQueue::drain() {
     return drive([this] {
         std::size_t waiting;
         {
-            std::lock_guard lock(main_->mutex);
+            MutexLock lock(main_->mutex);
             waiting = main_->items.size();
         }
         std::size_t ran = 0;
@@ -160,14 +165,14 @@ std::size_t MainQueue::drain() {
 
 void MainQueue::stop() {
     {
-        std::lock_guard lock(main_->mutex);
+        MutexLock lock(main_->mutex);
         main_->stopped = true;
     }
-    main_->changed.notify_all();
+    main_->changed.notifyAll();
 }
 
 bool MainQueue::isMainThread() const {
-    std::lock_guard lock(main_->mutex);
+    MutexLock lock(main_->mutex);
     return main_->mainThread == ThreadRecord::current().number;
 }
 
@@ -194,9 +199,9 @@ void MainQueue::syncImpl(bool barrier, FunctionRef<void()> work) {
             work();
             return;
         }
-        state_->awaitFinish(waiter);
+        state_->awaitGrant(waiter);
     } else {
-        state_->awaitFinish(waiter);
+        state_->awaitGrant(waiter);
         WaitGraph::leave(waiter);
     }
     if (failure) std::rethrow_exception(failure);

@@ -2,18 +2,18 @@
 
 #include <cstdlib>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "platform/Log.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform {
 
 namespace {
 
 struct Handler {
-    std::mutex mutex;
-    std::shared_ptr<const ProgrammingErrorHandler> handler;
+    Mutex mutex;
+    std::shared_ptr<const ProgrammingErrorHandler> handler TARVO_GUARDED_BY(mutex);
 
     static Handler& shared() {
         static auto* handler = new Handler;
@@ -34,7 +34,7 @@ ProgrammingErrorHandler setProgrammingErrorHandler(ProgrammingErrorHandler handl
     auto& shared = Handler::shared();
     auto next = handler ? std::make_shared<const ProgrammingErrorHandler>(std::move(handler)) : nullptr;
     {
-        std::lock_guard lock(shared.mutex);
+        MutexLock lock(shared.mutex);
         next.swap(shared.handler);
     }
     return next ? *next : ProgrammingErrorHandler();
@@ -44,7 +44,7 @@ void reportProgrammingError(std::string_view what) {
     auto& shared = Handler::shared();
     std::shared_ptr<const ProgrammingErrorHandler> handler;
     {
-        std::lock_guard lock(shared.mutex);
+        MutexLock lock(shared.mutex);
         handler = shared.handler;
     }
     if (handler)

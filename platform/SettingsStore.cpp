@@ -65,14 +65,14 @@ SettingsStore::~SettingsStore() = default;
 bool SettingsStore::takeOver() const {
     auto changes = journal_->readChanges();
     if (!changes) return false;
-    std::lock_guard lock(stateMutex_);
+    MutexLock lock(stateMutex_);
     if (changes->fromStart) state_.clear();
     apply(state_, changes->values);
     return true;
 }
 
 bool SettingsStore::look() const {
-    std::lock_guard lock(fileMutex_);
+    MutexLock lock(fileMutex_);
     if (journal_->isCurrent()) return true;
     SettingsJournal::Lock file(*journal_, false);
     return file && takeOver();
@@ -81,7 +81,7 @@ bool SettingsStore::look() const {
 template <class F>
 auto SettingsStore::read(F&& reader) const {
     if (!ownsFile_) look();
-    std::lock_guard lock(stateMutex_);
+    MutexLock lock(stateMutex_);
     return reader(std::as_const(state_));
 }
 
@@ -92,22 +92,22 @@ bool SettingsStore::write(F&& makeChange) {
         return false;
     }
     BlockingScope blocking;
-    std::lock_guard lock(fileMutex_);
+    MutexLock lock(fileMutex_);
     SettingsJournal::Lock file(*journal_, true);
     if (!file || !takeOver()) return false;
     Marked owned(ownsFile_, true);
-    // The state changes with both locks held only, so that reading it here needs no further one.
+    auto& state = stateToChange();
     ValueMap change;
-    for (auto& [key, value] : makeChange(std::as_const(state_)))
-        if (state_.valueOf(key) != value) change.set(key, value);
+    for (auto& [key, value] : makeChange(state))
+        if (state.valueOf(key) != value) change.set(key, value);
     if (change.empty()) return true;
     if (!journal_->append(change)) return false;
     {
-        std::lock_guard stateLock(stateMutex_);
+        MutexLock stateLock(stateMutex_);
         apply(state_, change);
     }
     owned.clear();
-    journal_->compactWhenLong(state_);
+    journal_->compactWhenLong(state);
     return true;
 }
 
@@ -187,25 +187,25 @@ std::optional<Value> SettingsStore::update(std::string_view key, FunctionRef<Val
 bool SettingsStore::synchronise() {
     if (updating_ == std::this_thread::get_id()) return true;
     if (!look()) return false;
-    std::lock_guard lock(fileMutex_);
+    MutexLock lock(fileMutex_);
     return journal_->flush();
 }
 
 SettingsStores::SettingsStores() : folder_(defaultFolder()) {}
 
 void SettingsStores::setFolder(std::string folder) {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     folder_ = std::move(folder);
 }
 
 std::string SettingsStores::folder() const {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     return folder_;
 }
 
 std::shared_ptr<SettingsStore> SettingsStores::suite(std::string_view name) {
     if (name.empty()) name = standardSuite;
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     auto& store = open_[filePath(folder_, name)];
     if (!store) store = std::make_shared<SettingsStore>(folder_, name);
     return store;

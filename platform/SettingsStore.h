@@ -3,7 +3,6 @@
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "platform/FunctionRef.h"
+#include "platform/ThreadSafety.h"
 #include "platform/Value.h"
 
 namespace tarvo::platform {
@@ -68,15 +68,18 @@ private:
     auto read(F&& reader) const;
     template <class F>
     bool write(F&& makeChange);
-    bool takeOver() const;
+    bool takeOver() const TARVO_REQUIRES(fileMutex_);
     bool look() const;
+    /// The state for a change: `fileMutex_` alone keeps it from changing, which the check cannot express.
+    const ValueMap& stateToChange() const TARVO_REQUIRES(fileMutex_) TARVO_NO_THREAD_SAFETY_ANALYSIS { return state_; }
 
     std::string path_;
     // Order of locks: `fileMutex_`, the file's own lock between processes, `stateMutex_`.
-    mutable std::mutex fileMutex_;
-    std::unique_ptr<SettingsJournal> journal_;  // guarded by fileMutex_
-    mutable std::mutex stateMutex_;
-    mutable ValueMap state_;  // guarded by stateMutex_; changed only with fileMutex_ held as well
+    mutable Mutex fileMutex_;
+    std::unique_ptr<SettingsJournal> journal_ TARVO_PT_GUARDED_BY(fileMutex_);
+    mutable Mutex stateMutex_;
+    // Changed only with `fileMutex_` held as well.
+    mutable ValueMap state_ TARVO_GUARDED_BY(stateMutex_);
     /// A change of this process holds the file's lock, so no other process can have changed it: readers need not look.
     std::atomic<bool> ownsFile_ = false;
     std::atomic<std::thread::id> updating_{};
@@ -97,9 +100,9 @@ public:
     std::shared_ptr<SettingsStore> suite(std::string_view name = standardSuite);
 
 private:
-    mutable std::mutex mutex_;
-    std::string folder_;
-    std::map<std::string, std::shared_ptr<SettingsStore>> open_;  // by path
+    mutable Mutex mutex_;
+    std::string folder_ TARVO_GUARDED_BY(mutex_);
+    std::map<std::string, std::shared_ptr<SettingsStore>> open_ TARVO_GUARDED_BY(mutex_);  // by path
 };
 
 }  // namespace tarvo::platform

@@ -31,13 +31,13 @@ bool Authorities::setFurtherFile(const std::string& path) {
         }
         combined = std::make_shared<const std::string>(systemCertificates() + further->text());
     }
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     combined_.swap(combined);
     return true;
 }
 
 std::shared_ptr<const std::string> Authorities::combined() const {
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     return combined_;
 }
 

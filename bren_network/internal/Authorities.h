@@ -1,8 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
+
+#include "platform/ThreadSafety.h"
 
 namespace bren {
 
@@ -18,8 +19,8 @@ public:
     std::shared_ptr<const std::string> combined() const;
 
 private:
-    mutable std::mutex mutex_;
-    std::shared_ptr<const std::string> combined_;
+    mutable tarvo::platform::Mutex mutex_;
+    std::shared_ptr<const std::string> combined_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace bren

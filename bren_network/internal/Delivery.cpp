@@ -33,7 +33,7 @@ Delivery::Delivery(std::shared_ptr<tarvo::DispatchQueue> queue, int taskNumber, 
       completion_(std::move(task.completion)) {}
 
 void Delivery::progressed(std::int64_t done, std::int64_t total, std::string_view piece) {
-    std::unique_lock lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     bool mustSchedule = !untold_;
     if (!untold_) untold_.emplace();
     untold_->done = done;
@@ -44,7 +44,8 @@ void Delivery::progressed(std::int64_t done, std::int64_t total, std::string_vie
 }
 
 void Delivery::tellProgress() {
-    std::unique_lock lock(mutex_);
+    queue_->assertCurrent();
+    tarvo::platform::MutexLock lock(mutex_);
     auto progress = std::exchange(untold_, std::nullopt).value();
     lock.unlock();
     auto part = partDone(progress.done, progress.total);
@@ -63,6 +64,7 @@ void Delivery::complete(Outcome outcome, tarvo::platform::Work afterwards) {
 }
 
 void Delivery::runCompletion(Outcome outcome) {
+    queue_->assertCurrent();
     // The handlers leave the object first: what they hold is released here, whoever still holds this object.
     auto percent = std::exchange(progressPercent_, nullptr);
     auto data = std::exchange(progressData_, nullptr);

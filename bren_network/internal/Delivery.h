@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include "bren_network/BrenNetworkManager.h"
+#include "platform/ThreadSafety.h"
 
 namespace bren {
 
@@ -52,8 +52,8 @@ private:
     BrenNetworkManager::CompletionHandler completion_;
     bool isComplete_ = false;
 
-    std::mutex mutex_;
-    std::optional<Progress> untold_;  // guarded by mutex_; present while an item that tells it waits
+    tarvo::platform::Mutex mutex_;
+    std::optional<Progress> untold_ TARVO_GUARDED_BY(mutex_);  // present while an item that tells it waits
 };
 
 }  // namespace bren

@@ -35,7 +35,7 @@ void TransferLoop::start() {
 
 void TransferLoop::submit(std::unique_ptr<Transfer> transfer, BrenTaskPriority priority) {
     {
-        std::lock_guard lock(mutex_);
+        tarvo::platform::MutexLock lock(mutex_);
         arrived_.emplace_back(Place{priority, arrivals_++}, std::move(transfer));
     }
     wake();
@@ -43,11 +43,11 @@ void TransferLoop::submit(std::unique_ptr<Transfer> transfer, BrenTaskPriority p
 
 void TransferLoop::stop(Rest rest) {
     {
-        std::lock_guard lock(mutex_);
+        tarvo::platform::MutexLock lock(mutex_);
         if (!stopping_) stopping_ = rest;
     }
     wake();
-    std::lock_guard lock(joining_);
+    tarvo::platform::MutexLock lock(joining_);
     if (thread_.joinable()) thread_.join();
 }
 
@@ -55,9 +55,9 @@ void TransferLoop::run() {
     blockSignals();
     for (;;) {
         takeIn();
-        {
-            std::lock_guard lock(mutex_);
-            if (stopping_) break;
+        if (auto rest = stopping()) {
+            if (rest == Rest::ended) endAll();
+            return;
         }
         int running = 0;
         curl_multi_perform(multi_.get(), &running);
@@ -66,11 +66,15 @@ void TransferLoop::run() {
         startWaiting();
         curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(nextWait().count()), nullptr);
     }
-    if (stopping_ == Rest::ended) endAll();
+}
+
+std::optional<TransferLoop::Rest> TransferLoop::stopping() {
+    tarvo::platform::MutexLock lock(mutex_);
+    return stopping_;
 }
 
 void TransferLoop::takeIn() {
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     for (auto& [place, transfer] : arrived_) waiting_.emplace(place, std::move(transfer));
     arrived_.clear();
 }

@@ -2,13 +2,13 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <unordered_map>
 #include <vector>
 
 #include "bren_network/internal/BufferBudget.h"
 #include "bren_network/internal/Transfer.h"
+#include "platform/ThreadSafety.h"
 
 namespace bren {
 
@@ -42,6 +42,7 @@ private:
     };
 
     void run();
+    std::optional<Rest> stopping();
     void takeIn();
     void startWaiting();
     bool hasRoom(const Transfer& transfer) const;
@@ -56,12 +57,12 @@ private:
     const std::shared_ptr<BufferBudget> budget_;
     const std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi_;
     std::thread thread_;
-    std::mutex joining_;
+    tarvo::platform::Mutex joining_;
 
-    std::mutex mutex_;
-    std::vector<std::pair<Place, std::unique_ptr<Transfer>>> arrived_;  // guarded by mutex_
-    std::uint64_t arrivals_ = 0;                                        // guarded by mutex_
-    std::optional<Rest> stopping_;                                      // guarded by mutex_
+    tarvo::platform::Mutex mutex_;
+    std::vector<std::pair<Place, std::unique_ptr<Transfer>>> arrived_ TARVO_GUARDED_BY(mutex_);
+    std::uint64_t arrivals_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::optional<Rest> stopping_ TARVO_GUARDED_BY(mutex_);
 
     // Of the thread alone.
     std::map<Place, std::unique_ptr<Transfer>> waiting_;

@@ -39,27 +39,27 @@ void guarded(const char* what, Call&& call) {
 }  // namespace
 
 void ChangeTracker::add(std::shared_ptr<TransactionObserver> observer) {
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     addOnce(observers_, std::move(observer));
     ++generation_;
 }
 
 void ChangeTracker::add(std::shared_ptr<SimpleObserver> observer) {
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     addOnce(simpleObservers_, std::move(observer));
     ++generation_;
 }
 
 void ChangeTracker::remove(const TransactionObserver* observer) {
     std::shared_ptr<TransactionObserver> taken;
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     taken = takeOut(observers_, observer);
     ++generation_;
 }
 
 void ChangeTracker::remove(const SimpleObserver* observer) {
     std::shared_ptr<SimpleObserver> taken;
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     taken = takeOut(simpleObservers_, observer);
     ++generation_;
 }
@@ -67,7 +67,7 @@ void ChangeTracker::remove(const SimpleObserver* observer) {
 void ChangeTracker::removeAll() {
     std::vector<std::shared_ptr<TransactionObserver>> observers;
     std::vector<std::shared_ptr<SimpleObserver>> simpleObservers;
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     observers.swap(observers_);
     simpleObservers.swap(simpleObservers_);
     ++generation_;
@@ -76,7 +76,7 @@ void ChangeTracker::removeAll() {
 void ChangeTracker::begin() {
     transaction_ = {};
     lastTable_ = 0;
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     transaction_.observers = observers_;
     transaction_.simpleObservers = simpleObservers_;
     transaction_.generation = generation_;
@@ -126,13 +126,16 @@ void ChangeTracker::forgetSince(std::size_t mark) {
         if (table.touchedAt != notYet && table.touchedAt >= mark) table.touchedAt = notYet;
 }
 
-template <class Observer>
-bool ChangeTracker::isRegistered(const Transaction& transaction,
-                                 const std::vector<std::shared_ptr<Observer>>& registered,
-                                 const std::shared_ptr<Observer>& observer) {
+bool ChangeTracker::isRegistered(const Transaction& transaction, const std::shared_ptr<TransactionObserver>& observer) {
     if (generation_ == transaction.generation) return true;
-    std::lock_guard lock(mutex_);
-    return std::find(registered.begin(), registered.end(), observer) != registered.end();
+    tarvo::platform::MutexLock lock(mutex_);
+    return std::find(observers_.begin(), observers_.end(), observer) != observers_.end();
+}
+
+bool ChangeTracker::isRegistered(const Transaction& transaction, const std::shared_ptr<SimpleObserver>& observer) {
+    if (generation_ == transaction.generation) return true;
+    tarvo::platform::MutexLock lock(mutex_);
+    return std::find(simpleObservers_.begin(), simpleObservers_.end(), observer) != simpleObservers_.end();
 }
 
 void ChangeTracker::tellChanges(const Transaction& transaction) {
@@ -141,7 +144,7 @@ void ChangeTracker::tellChanges(const Transaction& transaction) {
         auto& table = transaction.tables[change.table];
         for (auto number : table.interested[change.event]) {
             auto& observer = transaction.observers[number];
-            if (!isRegistered(transaction, observers_, observer)) continue;
+            if (!isRegistered(transaction, observer)) continue;
             guarded("didChange", [&] {
                 observer->didChange(static_cast<DatabaseEvent>(change.event), table.database, table.lowerName,
                                     change.rowId);
@@ -154,22 +157,20 @@ void ChangeTracker::tellCommit(Database& database) {
     auto transaction = std::exchange(transaction_, {});
     tellChanges(transaction);
     for (auto& observer : transaction.observers)
-        if (isRegistered(transaction, observers_, observer))
-            guarded("didCommit", [&] { observer->didCommit(database); });
+        if (isRegistered(transaction, observer)) guarded("didCommit", [&] { observer->didCommit(database); });
     std::set<std::string> touched;
     for (auto& table : transaction.tables)
         if (table.touchedAt != notYet) touched.insert(table.lowerName);
     if (touched.empty()) return;
     for (auto& observer : transaction.simpleObservers)
-        if (isRegistered(transaction, simpleObservers_, observer))
+        if (isRegistered(transaction, observer))
             guarded("databaseChanged", [&] { observer->databaseChanged(touched); });
 }
 
 void ChangeTracker::tellRollback(Database& database) {
     auto transaction = std::exchange(transaction_, {});
     for (auto& observer : transaction.observers)
-        if (isRegistered(transaction, observers_, observer))
-            guarded("didRollback", [&] { observer->didRollback(database); });
+        if (isRegistered(transaction, observer)) guarded("didRollback", [&] { observer->didRollback(database); });
 }
 
 }  // namespace kelva

@@ -3,11 +3,11 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "kelva_db/Observers.h"
+#include "platform/ThreadSafety.h"
 
 namespace kelva {
 
@@ -62,13 +62,13 @@ private:
     std::uint32_t tableNumber(const char* databaseName, const char* tableName);
     void ask(Table& table, DatabaseEvent event);
     void tellChanges(const Transaction& transaction);
-    template <class Observer>
-    bool isRegistered(const Transaction& transaction, const std::vector<std::shared_ptr<Observer>>& registered,
-                      const std::shared_ptr<Observer>& observer);
+    /// Whether the observer is still registered: one observer may remove another while both are being notified.
+    bool isRegistered(const Transaction& transaction, const std::shared_ptr<TransactionObserver>& observer);
+    bool isRegistered(const Transaction& transaction, const std::shared_ptr<SimpleObserver>& observer);
 
-    std::mutex mutex_;  // guards the two lists; never held while an observer is called
-    std::vector<std::shared_ptr<TransactionObserver>> observers_;
-    std::vector<std::shared_ptr<SimpleObserver>> simpleObservers_;
+    tarvo::platform::Mutex mutex_;  // guards the two lists; never held while an observer is called
+    std::vector<std::shared_ptr<TransactionObserver>> observers_ TARVO_GUARDED_BY(mutex_);
+    std::vector<std::shared_ptr<SimpleObserver>> simpleObservers_ TARVO_GUARDED_BY(mutex_);
     std::atomic<std::uint64_t> generation_{0};  // counts the changes of the lists
 
     Transaction transaction_;

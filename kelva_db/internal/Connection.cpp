@@ -350,8 +350,8 @@ private:
         if (!pageSize.empty()) runPlain(handle_, "PRAGMA cipher_default_page_size = " + pageSize, Stage::run);
     }
 
-    static inline std::mutex mutex_;
-    std::lock_guard<std::mutex> lock_;
+    static inline tarvo::platform::Mutex mutex_;
+    tarvo::platform::MutexLock lock_;
     sqlite3* handle_;
     std::string pageSizeBefore_;
 };

@@ -23,8 +23,11 @@ private:
 };
 
 std::unique_ptr<Connection> ReaderPool::take(std::uint64_t& generation) {
-    std::unique_lock lock(mutex_);
-    auto available = [&] { return closed_ || !idle_.empty() || count_ < std::max(1, writer_.configuration().readers); };
+    tarvo::platform::MutexLock lock(mutex_);
+    auto available = [&] {
+        mutex_.assumeHeld();
+        return closed_ || !idle_.empty() || count_ < std::max(1, writer_.configuration().readers);
+    };
     if (!available()) {
         tarvo::platform::BlockingScope waiting;
         changed_.wait(lock, available);
@@ -55,7 +58,7 @@ std::unique_ptr<Connection> ReaderPool::open(const std::vector<Attachment>& atta
 }
 
 void ReaderPool::giveBack(std::unique_ptr<Connection> reader, std::uint64_t generation) {
-    std::unique_lock lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     if (reader && generation == generation_ && !closed_) {
         idle_.push_back(std::move(reader));
     } else {
@@ -65,7 +68,7 @@ void ReaderPool::giveBack(std::unique_ptr<Connection> reader, std::uint64_t gene
         --count_;
     }
     // Under the lock: the one who waits may be about to end this pool.
-    changed_.notify_all();
+    changed_.notifyAll();
 }
 
 void ReaderPool::read(KelvaDatabase::Block block) {
@@ -91,27 +94,30 @@ ReaderPool::Readers ReaderPool::outdated() {
 
 void ReaderPool::attach(Attachment attachment) {
     Readers ending;
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     attachments_.push_back(std::move(attachment));
     ending = outdated();
 }
 
 void ReaderPool::detach(const std::string& name) {
     Readers ending;
-    std::lock_guard lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     std::erase_if(attachments_, [&](auto& attachment) { return attachment.name == name; });
     ending = outdated();
 }
 
 void ReaderPool::close() {
     Readers ending;
-    std::unique_lock lock(mutex_);
+    tarvo::platform::MutexLock lock(mutex_);
     closed_ = true;
-    changed_.notify_all();
+    changed_.notifyAll();
     ending = outdated();
     if (count_ == 0) return;
     tarvo::platform::BlockingScope waiting;
-    changed_.wait(lock, [&] { return count_ == 0; });
+    changed_.wait(lock, [&] {
+        mutex_.assumeHeld();
+        return count_ == 0;
+    });
 }
 
 }  // namespace kelva

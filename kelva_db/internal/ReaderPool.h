@@ -1,11 +1,10 @@
 #pragma once
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "kelva_db/internal/Connection.h"
+#include "platform/ThreadSafety.h"
 
 namespace kelva {
 
@@ -33,16 +32,16 @@ private:
     void giveBack(std::unique_ptr<Connection> reader, std::uint64_t generation);
     std::unique_ptr<Connection> open(const std::vector<Attachment>& attachments) const;
     /// The idle connections, after a change that they do not know of. Those in use end when they come back.
-    Readers outdated();
+    Readers outdated() TARVO_REQUIRES(mutex_);
 
     const Writer& writer_;
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    Readers idle_;
-    int count_ = 0;                 // open or about to open
-    std::uint64_t generation_ = 0;  // counts the changes of the attachments
-    std::vector<Attachment> attachments_;
-    bool closed_ = false;
+    tarvo::platform::Mutex mutex_;
+    tarvo::platform::Condition changed_;
+    Readers idle_ TARVO_GUARDED_BY(mutex_);
+    int count_ TARVO_GUARDED_BY(mutex_) = 0;                 // open or about to open
+    std::uint64_t generation_ TARVO_GUARDED_BY(mutex_) = 0;  // counts the changes of the attachments
+    std::vector<Attachment> attachments_ TARVO_GUARDED_BY(mutex_);
+    bool closed_ TARVO_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace kelva

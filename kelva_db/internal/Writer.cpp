@@ -16,6 +16,7 @@ Writer::Writer(std::string path, const Configuration& configuration, std::shared
 Writer::~Writer() = default;
 
 void Writer::open(Connection::Role role) {
+    queue_->assertCurrent();
     if (role != Connection::Role::memory) format_ = FileFormat::find(path_, configuration_);
     try {
         connection_ = std::make_unique<Connection>(path_, format_, role, configuration_.busyTimeout, &tracker_);
@@ -44,6 +45,7 @@ void Writer::onQueue(tarvo::platform::FunctionRef<void()> work) {
 }
 
 Connection& Writer::connection() {
+    queue_->assertCurrent();
     if (!connection_) throwError(FailureKind::misuse, "the database is closed");
     return *connection_;
 }
@@ -84,6 +86,7 @@ void Writer::transaction(KelvaDatabase::TransactionBlock block) {
 
 /// The transaction is over and its block left, so observers may begin blocks of their own.
 void Writer::tell(Connection& writer, bool committed) {
+    queue_->assertCurrent();
     Access observing(this, writer, Access::Kind::observing);
     Connection::Writability readOnly(writer, false);
     committed ? tracker_.tellCommit(writer.database()) : tracker_.tellRollback(writer.database());

@@ -47,7 +47,7 @@ private:
     std::shared_ptr<tarvo::DispatchQueue> queue_;
     FileFormat format_;
     ChangeTracker tracker_;
-    std::unique_ptr<Connection> connection_;  // used on the queue alone
+    std::unique_ptr<Connection> connection_;  // used on the queue alone, which `connection` asserts
 };
 
 }  // namespace kelva

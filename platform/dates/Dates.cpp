@@ -5,10 +5,10 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <mutex>
 #include <vector>
 
 #include "platform/Clock.h"
+#include "platform/ThreadSafety.h"
 #include "platform/dates/LocalZone.h"
 #include "platform/dates/WireDates.h"
 
@@ -117,8 +117,8 @@ private:
     Options options_;
     Wire wire_ = Wire::none;
     std::shared_ptr<const LocalZone> zone_;  // null: the one in force
-    mutable std::mutex mutex_;
-    mutable std::vector<std::unique_ptr<Machine>> idle_;
+    mutable Mutex mutex_;
+    mutable std::vector<std::unique_ptr<Machine>> idle_ TARVO_GUARDED_BY(mutex_);
 };
 
 // The server's calendar and digits are those of the wire, whatever the user's are.
@@ -143,7 +143,7 @@ std::unique_ptr<icu::DateFormat> DateFormatter::Implementation::makePlain() cons
 std::unique_ptr<DateFormatter::Implementation::Machine> DateFormatter::Implementation::take() const {
     std::unique_ptr<Machine> machine;
     {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         if (!idle_.empty()) {
             machine = std::move(idle_.back());
             idle_.pop_back();
@@ -165,7 +165,7 @@ std::unique_ptr<DateFormatter::Implementation::Machine> DateFormatter::Implement
 }
 
 void DateFormatter::Implementation::giveBack(std::unique_ptr<Machine> machine) const {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     idle_.push_back(std::move(machine));
 }
 

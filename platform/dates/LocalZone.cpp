@@ -4,12 +4,12 @@
 #include <unicode/tztrans.h>
 
 #include <algorithm>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform {
 
@@ -93,9 +93,9 @@ LocalZone::LocalZone(std::string name, std::unique_ptr<Rules> rules)
 LocalZone::~LocalZone() = default;
 
 std::shared_ptr<const LocalZone> LocalZone::named(const std::string& name) {
-    static std::mutex mutex;
+    static Mutex mutex;
     static auto* known = new std::unordered_map<std::string, std::shared_ptr<const LocalZone>>;
-    std::lock_guard lock(mutex);
+    MutexLock lock(mutex);
     auto& zone = (*known)[name];
     if (zone) return zone;
     if (auto rules = Rules::named(name)) {
@@ -117,9 +117,9 @@ const std::shared_ptr<const LocalZone>& LocalZone::inForce() {
     auto version = Clock::timeZoneVersion();
     if (own.zone && own.version == version) return own.zone;
 
-    static std::mutex mutex;
+    static Mutex mutex;
     static auto* shared = new Known;
-    std::lock_guard lock(mutex);
+    MutexLock lock(mutex);
     if (!shared->zone || shared->version != version) *shared = {named(Clock::timeZone()), version};
     own = *shared;
     return own.zone;

@@ -2,10 +2,10 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "platform/DispatchQueue.h"
+#include "platform/ThreadSafety.h"
 #include "platform/operations/Operation.h"
 
 namespace tarvo::platform {
@@ -15,19 +15,19 @@ namespace tarvo::platform {
 struct Operation::State {
     bool isAnnounced() const;
 
-    mutable std::mutex mutex;
-    bool executing = false;
-    bool finished = false;
-    bool cancelled = false;
+    mutable Mutex mutex;
+    bool executing TARVO_GUARDED_BY(mutex) = false;
+    bool finished TARVO_GUARDED_BY(mutex) = false;
+    bool cancelled TARVO_GUARDED_BY(mutex) = false;
     // That the operation has finished was told to queue and waiters. Queues go by this alone and never ask the virtual
     // `isFinished` under their lock.
-    bool announced = false;
-    std::vector<std::shared_ptr<Operation>> dependencies;
-    std::function<void()> completion;
+    bool announced TARVO_GUARDED_BY(mutex) = false;
+    std::vector<std::shared_ptr<Operation>> dependencies TARVO_GUARDED_BY(mutex);
+    std::function<void()> completion TARVO_GUARDED_BY(mutex);
     // The queue that the operation was given to. It stays alive until the operation has finished.
-    std::shared_ptr<OperationQueueState> queue;
+    std::shared_ptr<OperationQueueState> queue TARVO_GUARDED_BY(mutex);
     // Queues in which operations wait for this one.
-    std::vector<std::weak_ptr<OperationQueueState>> waiters;
+    std::vector<std::weak_ptr<OperationQueueState>> waiters TARVO_GUARDED_BY(mutex);
 };
 
 /// The working part of an operation queue. Shared with its operations, so that it outlives the queue while any is left.
@@ -43,20 +43,20 @@ public:
     void startReady();
     void hasFinished(const Operation& operation);
 
-    mutable std::mutex mutex;
+    mutable Mutex mutex;
     const std::shared_ptr<DispatchQueue> threads;
-    std::size_t limit = 0;
-    bool suspended = false;
+    std::size_t limit TARVO_GUARDED_BY(mutex) = 0;
+    bool suspended TARVO_GUARDED_BY(mutex) = false;
     // While everything is being cancelled nothing starts, or the end of one would start the next just before its turn
     // to be cancelled.
-    int cancelling = 0;
-    std::vector<Entry> waiting;  // in the order of arrival
-    std::vector<Entry> running;  // handed to the pool and not finished
+    int cancelling TARVO_GUARDED_BY(mutex) = 0;
+    std::vector<Entry> waiting TARVO_GUARDED_BY(mutex);  // in the order of arrival
+    std::vector<Entry> running TARVO_GUARDED_BY(mutex);  // handed to the pool and not finished
 
 private:
     bool adopt(Operation& operation);
-    bool mayStart(const Entry& entry) const;
-    void start(Entry entry);
+    bool mayStart(const Entry& entry) const TARVO_REQUIRES(mutex);
+    void start(Entry entry) TARVO_REQUIRES(mutex);
 };
 
 }  // namespace tarvo::platform

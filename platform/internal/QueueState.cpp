@@ -30,7 +30,7 @@ QueueState::QueueState(std::string label, bool concurrent, DispatchQueue::Qualit
 
 void QueueState::async(Work work, bool barrier) {
     Workers::shared().itemAdded();
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     line_.push_back({std::move(work), nullptr, barrier || !concurrent_});
     admit();
 }
@@ -49,7 +49,7 @@ void QueueState::admit() {
         if (next.waiter) {
             holders_.push_back(&next.waiter->thread);
             next.waiter->granted = true;
-            next.waiter->thread.granted.notify_one();
+            next.waiter->thread.granted.notifyOne();
         } else {
             Workers::shared().submit({shared_from_this(), std::move(next.work), next.exclusive});
         }
@@ -58,7 +58,7 @@ void QueueState::admit() {
 }
 
 void QueueState::leave(bool exclusive) {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     holders_.erase(std::find(holders_.begin(), holders_.end(), &ThreadRecord::current()));
     if (exclusive)
         exclusive_ = false;
@@ -79,7 +79,7 @@ void QueueState::runItem(Work work) {
 }
 
 bool QueueState::nextOfBatch(Work& work) {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (line_.empty() || line_.front().waiter || !line_.front().exclusive) return false;
     work = std::move(line_.front().work);
     line_.pop_front();
@@ -88,7 +88,7 @@ bool QueueState::nextOfBatch(Work& work) {
 
 void QueueState::runAdmitted(Work work, bool exclusive) {
     {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         holders_.push_back(&ThreadRecord::current());
     }
     int finished = 0;
@@ -105,7 +105,7 @@ void QueueState::runAdmitted(Work work, bool exclusive) {
 
 void QueueState::runForeign(Work work) {
     {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         holders_.push_back(&ThreadRecord::current());
         exclusive_ = true;
     }
@@ -140,59 +140,56 @@ void QueueState::sync(bool barrier, FunctionRef<void()> work) {
 }
 
 bool QueueState::enter(bool exclusive) {
-    std::unique_lock lock(mutex_);
-    if (!line_.empty() || !canStart(exclusive)) return waitInLine(lock, exclusive);
-    start(exclusive);
-    holders_.push_back(&ThreadRecord::current());
-    return true;
+    Waiter waiter{*this, ThreadRecord::current()};
+    {
+        MutexLock lock(mutex_);
+        if (line_.empty() && canStart(exclusive)) {
+            start(exclusive);
+            holders_.push_back(&waiter.thread);
+            return true;
+        }
+        line_.push_back({{}, &waiter, exclusive});
+    }
+    return awaitTurn(waiter);
 }
 
-bool QueueState::waitInLine(std::unique_lock<std::mutex>& lock, bool exclusive) {
-    Waiter waiter{*this, ThreadRecord::current()};
-    line_.push_back({{}, &waiter, exclusive});
-    lock.unlock();
+bool QueueState::awaitTurn(Waiter& waiter) {
     if (!WaitGraph::enter(waiter)) {
         withdraw(waiter);
         return false;
     }
-    lock.lock();
-    blockUntilGranted(lock, waiter);
-    lock.unlock();
+    awaitGrant(waiter);
     WaitGraph::leave(waiter);
     return true;
 }
 
-void QueueState::blockUntilGranted(std::unique_lock<std::mutex>& lock, Waiter& waiter) {
-    if (waiter.granted) return;
-    BlockingScope blocking;
-    waiter.thread.granted.wait(lock, [&] { return waiter.granted; });
-}
-
 void QueueState::withdraw(const Waiter& waiter) {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     std::erase_if(line_, [&](const Entry& entry) { return entry.waiter == &waiter; });
     admit();
 }
 
 void QueueState::appendHolders(std::vector<ThreadRecord*>& holders) const {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     holders.insert(holders.end(), holders_.begin(), holders_.end());
 }
 
 bool QueueState::isWaiting(const Waiter& waiter) const {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     return !waiter.granted;
 }
 
-void QueueState::awaitFinish(Waiter& waiter) {
-    std::unique_lock lock(mutex_);
-    blockUntilGranted(lock, waiter);
+void QueueState::awaitGrant(Waiter& waiter) {
+    MutexLock lock(mutex_);
+    if (waiter.granted) return;
+    BlockingScope blocking;
+    waiter.thread.granted.wait(lock, [&] { return waiter.granted; });
 }
 
 void QueueState::finish(Waiter& waiter) {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     waiter.granted = true;
-    waiter.thread.granted.notify_one();
+    waiter.thread.granted.notifyOne();
 }
 
 }  // namespace tarvo::platform

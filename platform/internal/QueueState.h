@@ -2,11 +2,11 @@
 
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "platform/DispatchQueue.h"
+#include "platform/ThreadSafety.h"
 #include "platform/internal/ThreadRecord.h"
 #include "platform/internal/WaitGraph.h"
 
@@ -35,8 +35,9 @@ public:
     // For the wait graph.
     void appendHolders(std::vector<ThreadRecord*>& holders) const;
     bool isWaiting(const Waiter& waiter) const;
-    /// Blocks until `finish` of a waiter that stands in no line, since another thread runs its work.
-    void awaitFinish(Waiter& waiter);
+    /// Blocks until the waiter was granted its turn or, if it stands in no line, until `finish`: then another thread
+    /// runs its work.
+    void awaitGrant(Waiter& waiter);
     void finish(Waiter& waiter);
 
 private:
@@ -47,12 +48,11 @@ private:
         bool exclusive;
     };
 
-    bool canStart(bool exclusive) const { return !exclusive_ && !(exclusive && sharing_ > 0); }
-    void start(bool exclusive);
-    void admit();
+    bool canStart(bool exclusive) const TARVO_REQUIRES(mutex_) { return !exclusive_ && !(exclusive && sharing_ > 0); }
+    void start(bool exclusive) TARVO_REQUIRES(mutex_);
+    void admit() TARVO_REQUIRES(mutex_);
     bool enter(bool exclusive);
-    bool waitInLine(std::unique_lock<std::mutex>& lock, bool exclusive);
-    void blockUntilGranted(std::unique_lock<std::mutex>& lock, Waiter& waiter);
+    bool awaitTurn(Waiter& waiter);
     void withdraw(const Waiter& waiter);
     void leave(bool exclusive);
     bool nextOfBatch(Work& work);
@@ -62,12 +62,12 @@ private:
     const bool concurrent_;
     const DispatchQueue::Quality quality_;
 
-    mutable std::mutex mutex_;
-    std::deque<Entry> line_;
-    bool exclusive_ = false;
-    std::size_t sharing_ = 0;
+    mutable Mutex mutex_;
+    std::deque<Entry> line_ TARVO_GUARDED_BY(mutex_);
+    bool exclusive_ TARVO_GUARDED_BY(mutex_) = false;
+    std::size_t sharing_ TARVO_GUARDED_BY(mutex_) = 0;
     // Threads that run an item right now. An admitted item that no thread has taken yet has none.
-    std::vector<ThreadRecord*> holders_;
+    std::vector<ThreadRecord*> holders_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo::platform

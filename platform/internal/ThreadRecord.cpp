@@ -1,8 +1,9 @@
 #include "platform/internal/ThreadRecord.h"
 
 #include <memory>
-#include <mutex>
 #include <vector>
+
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform {
 
@@ -10,10 +11,10 @@ namespace {
 
 // Lives as long as the process, since threads may end after the statics are gone.
 struct RecordStore {
-    std::mutex mutex;
-    std::vector<std::unique_ptr<ThreadRecord>> all;
-    std::vector<ThreadRecord*> free;
-    std::uint64_t threadsSoFar = 0;
+    Mutex mutex;
+    std::vector<std::unique_ptr<ThreadRecord>> all TARVO_GUARDED_BY(mutex);
+    std::vector<ThreadRecord*> free TARVO_GUARDED_BY(mutex);
+    std::uint64_t threadsSoFar TARVO_GUARDED_BY(mutex) = 0;
 
     static RecordStore& shared() {
         static auto* store = new RecordStore;
@@ -21,7 +22,7 @@ struct RecordStore {
     }
 
     ThreadRecord* take() {
-        std::lock_guard lock(mutex);
+        MutexLock lock(mutex);
         if (free.empty()) free.push_back(all.emplace_back(std::make_unique<ThreadRecord>()).get());
         auto* record = free.back();
         free.pop_back();
@@ -30,7 +31,7 @@ struct RecordStore {
     }
 
     void giveBack(ThreadRecord* record) {
-        std::lock_guard lock(mutex);
+        MutexLock lock(mutex);
         record->isWorker = false;
         free.push_back(record);
     }

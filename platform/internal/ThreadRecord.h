@@ -1,7 +1,8 @@
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
+
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform {
 
@@ -30,7 +31,7 @@ struct ThreadRecord {
     int blockingDepth = 0;
 
     // With the mutex of the queue that the thread waits for.
-    std::condition_variable granted;
+    Condition granted;
 
     // Guarded by the wait graph.
     const Waiter* awaiting = nullptr;

@@ -13,7 +13,7 @@ Timer::State::State(std::shared_ptr<DispatchQueue> queue, Clock::SteadyTime due,
     : work(std::move(work)), queue(std::move(queue)), due(due) {}
 
 bool Timer::State::leavePending(Phase next) {
-    std::lock_guard lock(mutex);
+    MutexLock lock(mutex);
     if (phase != Phase::pending) return false;
     phase = next;
     return true;
@@ -34,7 +34,7 @@ bool Timer::cancel() {
 
 bool Timer::isPending() const {
     if (!state_) return false;
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     return state_->phase == State::Phase::pending;
 }
 
@@ -63,12 +63,12 @@ Timers::Timers() {
 
 void Timers::add(std::shared_ptr<Timer::State> timer) {
     {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         auto due = timer->due;
         waiting_.emplace(due, std::move(timer));
         if (!serving_) startServing();
     }
-    changed_.notify_one();
+    changed_.notifyOne();
     // Nobody moves a clock that stands still; what is due already must not wait for that.
     if (Clock::isSet()) fireDue();
 }
@@ -84,7 +84,7 @@ void Timers::startServing() {
 
 void Timers::remove(Timer::State& timer) {
     std::shared_ptr<DispatchQueue> released;
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     auto [begin, end] = waiting_.equal_range(timer.due);
     auto found = std::find_if(begin, end, [&](const auto& entry) { return entry.second.get() == &timer; });
     if (found == end) return;
@@ -95,7 +95,7 @@ void Timers::remove(Timer::State& timer) {
 void Timers::cancelAll() {
     decltype(waiting_) dropped;
     {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         dropped.swap(waiting_);
     }
     for (auto& [due, timer] : dropped) {
@@ -106,13 +106,13 @@ void Timers::cancelAll() {
 
 bool Timers::anyDue() const {
     auto now = Clock::steadyNow();
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     return !waiting_.empty() && waiting_.begin()->first <= now;
 }
 
 std::shared_ptr<Timer::State> Timers::nextDue() {
     auto now = Clock::steadyNow();
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (waiting_.empty() || waiting_.begin()->first > now) return nullptr;
     auto timer = std::move(waiting_.begin()->second);
     waiting_.erase(waiting_.begin());
@@ -125,12 +125,12 @@ void Timers::fireDue() {
 
 void Timers::clockChanged() {
     if (Clock::isSet()) fireDue();
-    std::lock_guard lock(mutex_);
-    changed_.notify_one();
+    MutexLock lock(mutex_);
+    changed_.notifyOne();
 }
 
 void Timers::serve() {
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     for (;;) {
         if (waiting_.empty() || Clock::isSet()) {
             changed_.wait(lock);
@@ -138,7 +138,7 @@ void Timers::serve() {
         }
         auto left = waiting_.begin()->first - Clock::steadyNow();
         if (left > left.zero()) {
-            changed_.wait_for(lock, left);
+            changed_.waitFor(lock, left);
             continue;
         }
         lock.unlock();

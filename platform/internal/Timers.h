@@ -1,14 +1,13 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "platform/Clock.h"
 #include "platform/DispatchQueue.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform {
 
@@ -20,8 +19,8 @@ struct Timer::State {
     bool leavePending(Phase phase);
     bool cancel();
 
-    std::mutex mutex;
-    Phase phase = Phase::pending;
+    Mutex mutex;
+    Phase phase TARVO_GUARDED_BY(mutex) = Phase::pending;
     Work work;
     std::shared_ptr<DispatchQueue> queue;  // until it has been handed over or cancelled
     const Clock::SteadyTime due;
@@ -40,16 +39,16 @@ public:
 
 private:
     Timers();
-    void startServing();
+    void startServing() TARVO_REQUIRES(mutex_);
     void serve();
     void clockChanged();
     void fireDue();
     std::shared_ptr<Timer::State> nextDue();
 
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
-    std::multimap<Clock::SteadyTime, std::shared_ptr<Timer::State>> waiting_;
-    bool serving_ = false;
+    mutable Mutex mutex_;
+    Condition changed_;
+    std::multimap<Clock::SteadyTime, std::shared_ptr<Timer::State>> waiting_ TARVO_GUARDED_BY(mutex_);
+    bool serving_ TARVO_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace tarvo::platform

@@ -1,9 +1,9 @@
 #include "platform/internal/WaitGraph.h"
 
 #include <algorithm>
-#include <mutex>
 #include <vector>
 
+#include "platform/ThreadSafety.h"
 #include "platform/internal/QueueState.h"
 #include "platform/internal/ThreadRecord.h"
 
@@ -12,8 +12,8 @@ namespace tarvo::platform {
 namespace {
 
 // Taken before the mutex of a queue, never after.
-std::mutex& graphMutex() {
-    static auto* mutex = new std::mutex;
+Mutex& graphMutex() {
+    static auto* mutex = new Mutex;
     return *mutex;
 }
 
@@ -36,7 +36,7 @@ bool dependsOn(const QueueState& queue, const ThreadRecord& thread) {
 }  // namespace
 
 bool WaitGraph::enter(const Waiter& waiter) {
-    std::lock_guard lock(graphMutex());
+    MutexLock lock(graphMutex());
     // A turn that was granted between lining up and entering makes the thread a holder, which looks like a cycle.
     if (dependsOn(waiter.queue, waiter.thread) && waiter.queue.isWaiting(waiter)) return false;
     waiter.thread.awaiting = &waiter;
@@ -44,7 +44,7 @@ bool WaitGraph::enter(const Waiter& waiter) {
 }
 
 void WaitGraph::leave(const Waiter& waiter) {
-    std::lock_guard lock(graphMutex());
+    MutexLock lock(graphMutex());
     waiter.thread.awaiting = nullptr;
 }
 

@@ -56,10 +56,10 @@ Workers& Workers::shared() {
 Workers::Workers() : target_(std::max<std::size_t>(2, processors())) {}
 
 void Workers::submit(AdmittedItem item) {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     auto quality = item.queue->quality();
     ready_[quality == DispatchQueue::Quality::background].push_back(std::move(item));
-    if (idle_ > 0) itemReady_.notify_one();
+    if (idle_ > 0) itemReady_.notifyOne();
     addThreadIfUseful();
 }
 
@@ -70,7 +70,7 @@ void Workers::addThreadIfUseful() {
         return;
     }
     if (!supervised_) supervised_ = startThread([this] { supervise(); });
-    superviseNow_.notify_one();
+    superviseNow_.notifyOne();
 }
 
 void Workers::addThread() {
@@ -86,20 +86,26 @@ AdmittedItem Workers::take() {
     return item;
 }
 
-bool Workers::awaitItem(std::unique_lock<std::mutex>& lock) {
+bool Workers::awaitItem(MutexLock& lock) {
     ++idle_;
     bool spare = isSpare();
     if (spare)
-        itemReady_.wait_for(lock, spareThreadLifetime, [this] { return waiting() > 0; });
+        itemReady_.waitFor(lock, spareThreadLifetime, [this] {
+            mutex_.assumeHeld();
+            return waiting() > 0;
+        });
     else
-        itemReady_.wait(lock, [this] { return waiting() > 0 || isSpare(); });
+        itemReady_.wait(lock, [this] {
+            mutex_.assumeHeld();
+            return waiting() > 0 || isSpare();
+        });
     --idle_;
     return waiting() > 0 || !spare || !isSpare();
 }
 
 void Workers::work() {
     ThreadRecord::current().isWorker = true;
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     for (;;) {
         if (waiting() == 0) {
             if (!awaitItem(lock)) break;
@@ -115,24 +121,27 @@ void Workers::work() {
 }
 
 void Workers::willBlock() {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     ++blocked_;
     addThreadIfUseful();
 }
 
 void Workers::didUnblock() {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     --blocked_;
     // The thread that stood in for this one may go now; idle threads look anew whether they are spare.
-    if (isSpare() && idle_ > 0) itemReady_.notify_all();
+    if (isSpare() && idle_ > 0) itemReady_.notifyAll();
 }
 
-bool Workers::isStuck(std::unique_lock<std::mutex>& lock) {
+bool Workers::isStuck(MutexLock& lock) {
     auto takenBefore = taken_;
     auto begin = std::chrono::steady_clock::now();
     for (;;) {
         auto usedBefore = processorTime();
-        superviseNow_.wait_for(lock, stuckAfter, [&] { return taken_ != takenBefore || waiting() == 0; });
+        superviseNow_.waitFor(lock, stuckAfter, [&] {
+            mutex_.assumeHeld();
+            return taken_ != takenBefore || waiting() == 0;
+        });
         if (taken_ != takenBefore || waiting() == 0) return false;
         auto passed = std::chrono::steady_clock::now() - begin;
         bool busy = (processorTime() - usedBefore) * 10 > stuckAfter * 8 * processors();
@@ -141,9 +150,12 @@ bool Workers::isStuck(std::unique_lock<std::mutex>& lock) {
 }
 
 void Workers::supervise() {
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     for (;;) {
-        superviseNow_.wait(lock, [this] { return waiting() > idle_; });
+        superviseNow_.wait(lock, [this] {
+            mutex_.assumeHeld();
+            return waiting() > idle_;
+        });
         if (!isStuck(lock)) continue;
         if (threads_ < WorkerPool::maximumThreads) {
             addThread();
@@ -157,18 +169,18 @@ void Workers::supervise() {
 
 void Workers::itemsDone(int count) {
     if (outstanding_.fetch_sub(count, std::memory_order_acq_rel) != count) return;
-    std::lock_guard lock(outstandingMutex_);
-    noneOutstanding_.notify_all();
+    MutexLock lock(outstandingMutex_);
+    noneOutstanding_.notifyAll();
 }
 
 bool Workers::waitUntilNoItems(std::chrono::steady_clock::time_point deadline) {
-    std::unique_lock lock(outstandingMutex_);
-    return noneOutstanding_.wait_until(lock, deadline,
-                                       [this] { return outstanding_.load(std::memory_order_acquire) == 0; });
+    MutexLock lock(outstandingMutex_);
+    return noneOutstanding_.waitUntil(lock, deadline,
+                                      [this] { return outstanding_.load(std::memory_order_acquire) == 0; });
 }
 
 std::size_t Workers::threadCount() const {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     return threads_;
 }
 

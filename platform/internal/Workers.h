@@ -3,13 +3,12 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 
 #include "platform/DispatchQueue.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform {
 
@@ -43,31 +42,31 @@ public:
 private:
     Workers();
     void work();
-    bool awaitItem(std::unique_lock<std::mutex>& lock);
-    AdmittedItem take();
-    std::size_t waiting() const { return ready_[0].size() + ready_[1].size(); }
-    bool isSpare() const { return threads_ > blocked_ + target_; }
-    void addThreadIfUseful();
-    void addThread();
+    bool awaitItem(MutexLock& lock) TARVO_REQUIRES(mutex_);
+    AdmittedItem take() TARVO_REQUIRES(mutex_);
+    std::size_t waiting() const TARVO_REQUIRES(mutex_) { return ready_[0].size() + ready_[1].size(); }
+    bool isSpare() const TARVO_REQUIRES(mutex_) { return threads_ > blocked_ + target_; }
+    void addThreadIfUseful() TARVO_REQUIRES(mutex_);
+    void addThread() TARVO_REQUIRES(mutex_);
     void supervise();
-    bool isStuck(std::unique_lock<std::mutex>& lock);
+    bool isStuck(MutexLock& lock) TARVO_REQUIRES(mutex_);
 
     const std::size_t target_;
 
-    mutable std::mutex mutex_;
-    std::condition_variable itemReady_;
-    std::condition_variable superviseNow_;
-    std::array<std::deque<AdmittedItem>, 2> ready_;  // standard, background
-    std::size_t threads_ = 0;
-    std::size_t idle_ = 0;
-    std::size_t blocked_ = 0;
-    std::uint64_t taken_ = 0;
-    bool supervised_ = false;
-    bool toldOfLimit_ = false;
+    mutable Mutex mutex_;
+    Condition itemReady_;
+    Condition superviseNow_;
+    std::array<std::deque<AdmittedItem>, 2> ready_ TARVO_GUARDED_BY(mutex_);  // standard, background
+    std::size_t threads_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::size_t idle_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::size_t blocked_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::uint64_t taken_ TARVO_GUARDED_BY(mutex_) = 0;
+    bool supervised_ TARVO_GUARDED_BY(mutex_) = false;
+    bool toldOfLimit_ TARVO_GUARDED_BY(mutex_) = false;
 
     std::atomic<std::int64_t> outstanding_ = 0;
-    std::mutex outstandingMutex_;
-    std::condition_variable noneOutstanding_;
+    Mutex outstandingMutex_;
+    Condition noneOutstanding_;
 };
 
 }  // namespace tarvo::platform

@@ -10,7 +10,7 @@
 namespace tarvo::platform {
 
 bool Operation::State::isAnnounced() const {
-    std::lock_guard lock(mutex);
+    MutexLock lock(mutex);
     return announced;
 }
 
@@ -20,7 +20,7 @@ Operation::~Operation() = default;
 void Operation::start() {
     bool cancelled;
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         if (state_->executing || state_->finished) return;
         cancelled = state_->cancelled;
         state_->executing = !cancelled;
@@ -37,7 +37,7 @@ void Operation::start() {
 
 void Operation::finishAnyway() {
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         state_->executing = false;
         state_->finished = true;
     }
@@ -50,7 +50,7 @@ void Operation::announceFinished() {
     std::vector<std::weak_ptr<OperationQueueState>> waiters;
     std::function<void()> completion;
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         if (std::exchange(state_->announced, true)) return;
         dependencies.swap(state_->dependencies);
         queue.swap(state_->queue);
@@ -66,19 +66,19 @@ void Operation::announceFinished() {
 }
 
 bool Operation::isExecuting() const {
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     return state_->executing;
 }
 
 bool Operation::isFinished() const {
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     return state_->finished;
 }
 
 void Operation::cancel() {
     std::shared_ptr<OperationQueueState> queue;
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         if (state_->announced || std::exchange(state_->cancelled, true)) return;
         queue = state_->queue;
     }
@@ -86,17 +86,17 @@ void Operation::cancel() {
 }
 
 bool Operation::isCancelled() const {
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     return state_->cancelled;
 }
 
 void Operation::addDependency(std::shared_ptr<Operation> operation) {
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     if (operation && !state_->announced) state_->dependencies.push_back(std::move(operation));
 }
 
 std::vector<std::shared_ptr<Operation>> Operation::dependencies() const {
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     return state_->dependencies;
 }
 
@@ -108,7 +108,7 @@ bool Operation::isReady() const {
 
 void Operation::setCompletionBlock(std::function<void()> block) {
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         if (!state_->announced) {
             state_->completion.swap(block);
             return;

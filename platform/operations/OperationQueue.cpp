@@ -14,7 +14,7 @@ OperationQueueState::OperationQueueState(std::string name) : threads(DispatchQue
 
 bool OperationQueueState::adopt(Operation& operation) {
     auto& state = *operation.state_;
-    std::lock_guard lock(state.mutex);
+    MutexLock lock(state.mutex);
     if (state.queue || state.announced || state.executing) return false;
     state.queue = shared_from_this();
     return true;
@@ -28,11 +28,11 @@ void OperationQueueState::add(std::shared_ptr<Operation> operation, bool barrier
     // The finish of a dependency before this line is seen by `startReady` below, a later one calls us.
     for (auto& dependency : operation->dependencies()) {
         auto& needed = *dependency->state_;
-        std::lock_guard lock(needed.mutex);
+        MutexLock lock(needed.mutex);
         if (!needed.announced) needed.waiters.push_back(weak_from_this());
     }
     {
-        std::lock_guard lock(mutex);
+        MutexLock lock(mutex);
         waiting.push_back({std::move(operation), barrier});
     }
     startReady();
@@ -45,9 +45,15 @@ bool OperationQueueState::mayStart(const Entry& entry) const {
 }
 
 void OperationQueueState::startReady() {
-    std::lock_guard lock(mutex);
-    auto full = [this] { return limit != 0 && running.size() >= limit; };
-    auto barrierRuns = [this] { return !running.empty() && running.front().barrier; };
+    MutexLock lock(mutex);
+    auto full = [this] {
+        mutex.assumeHeld();
+        return limit != 0 && running.size() >= limit;
+    };
+    auto barrierRuns = [this] {
+        mutex.assumeHeld();
+        return !running.empty() && running.front().barrier;
+    };
     for (std::size_t at = 0; at < waiting.size() && !suspended && !cancelling && !full() && !barrierRuns();) {
         bool barrier = waiting[at].barrier;
         if (mayStart(waiting[at])) {
@@ -76,7 +82,7 @@ void OperationQueueState::start(Entry entry) {
 
 void OperationQueueState::hasFinished(const Operation& operation) {
     {
-        std::lock_guard lock(mutex);
+        MutexLock lock(mutex);
         auto isIt = [&](const Entry& entry) { return entry.operation.get() == &operation; };
         std::erase_if(running, isIt);
         // One that was finished by hand before its turn.
@@ -89,13 +95,13 @@ OperationQueue::OperationQueue(std::string name) : state_(std::make_shared<Opera
 
 OperationQueue::~OperationQueue() {
     std::vector<OperationQueueState::Entry> dropped;
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     if (state_->suspended) dropped.swap(state_->waiting);
 }
 
 void OperationQueue::setMaxConcurrentOperationCount(std::size_t count) {
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         state_->limit = count;
     }
     state_->startReady();
@@ -103,7 +109,7 @@ void OperationQueue::setMaxConcurrentOperationCount(std::size_t count) {
 
 void OperationQueue::setSuspended(bool suspended) {
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         state_->suspended = suspended;
     }
     state_->startReady();
@@ -124,21 +130,21 @@ void OperationQueue::addBarrierBlock(std::function<void()> block) {
 void OperationQueue::cancelAllOperations() {
     std::vector<std::shared_ptr<Operation>> all;
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         ++state_->cancelling;
         for (auto* entries : {&state_->waiting, &state_->running})
             for (auto& entry : *entries) all.push_back(entry.operation);
     }
     for (auto& operation : all) operation->cancel();
     {
-        std::lock_guard lock(state_->mutex);
+        MutexLock lock(state_->mutex);
         --state_->cancelling;
     }
     state_->startReady();
 }
 
 std::size_t OperationQueue::operationCount() const {
-    std::lock_guard lock(state_->mutex);
+    MutexLock lock(state_->mutex);
     return state_->waiting.size() + state_->running.size();
 }
 
