@@ -36,7 +36,8 @@ void BrenNetworkManager::State::run(Task task, std::vector<BrenFileUploadInfo> f
     auto request = prepare(task, std::move(files), isUpload);
     auto error = request ? submit(std::move(request).value(), task.priority, delivery) : request.failure();
     if (!error) return;
-    tarvo::platform::log("Request " + std::to_string(delivery->taskNumber()) + " refused: " + error->message);
+    tarvo::platform::log(tarvo::platform::LogLevel::warning, "network",
+                         "Request " + std::to_string(delivery->taskNumber()) + " refused: " + error->message);
     delivery->complete({Data(), std::nullopt, std::move(error)});
 }
 
@@ -104,7 +105,8 @@ void BrenNetworkManager::setMaximumBufferedKilobytes(int kilobytes) {
 
 void BrenNetworkManager::setUserAgent(const std::string& userAgent) {
     if (userAgent.find_first_of(std::string_view("\r\n\0", 3)) != userAgent.npos)
-        return tarvo::platform::log("A user agent that would break out of its header line is refused");
+        return tarvo::platform::log(tarvo::platform::LogLevel::warning, "network",
+                                    "A user agent that would break out of its header line is refused");
     tarvo::platform::MutexLock lock(state_->mutex);
     state_->userAgent = userAgent;
 }

@@ -21,7 +21,8 @@ namespace {
 
 // The path is told by its last component alone: the folders above it name the user and the organisation.
 void logFailure(std::string_view what, const std::string& path, std::error_code error) {
-    log("Cannot " + std::string(what) + " " + fs::path(path).filename().string() + ": " + error.message());
+    log(LogLevel::warning, "files",
+        "Cannot " + std::string(what) + " " + fs::path(path).filename().string() + ": " + error.message());
 }
 
 bool logLastError(std::string_view what, const std::string& path) {

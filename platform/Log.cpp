@@ -1,5 +1,6 @@
 #include "platform/Log.h"
 
+#include <atomic>
 #include <cstdio>
 #include <memory>
 #include <utility>
@@ -30,7 +31,9 @@ struct Sink {
 
 thread_local bool insideSink = false;
 
-void callSink(Sink& shared, const LogSink& sink, std::string_view line) {
+std::atomic<LogLevel> leastLevel = LogLevel::progress;
+
+void callSink(Sink& shared, const LogSink& sink, const LogLine& line) {
     MutexLock lock(shared.calling);
     struct Inside {
         Inside() { insideSink = true; }
@@ -45,7 +48,8 @@ void callSink(Sink& shared, const LogSink& sink, std::string_view line) {
 
 }  // namespace
 
-void log(std::string_view line) {
+void log(LogLevel level, std::string_view subject, std::string_view text) {
+    if (level < leastLevel) return;
     auto& shared = Sink::shared();
     std::shared_ptr<const LogSink> sink;
     {
@@ -54,10 +58,14 @@ void log(std::string_view line) {
     }
     // A sink that logs would call itself for ever; its own lines go the default way.
     if (!sink || insideSink)
-        writeToStandardError(line);
+        writeToStandardError(text);
     else
-        callSink(shared, *sink, line);
+        callSink(shared, *sink, {level, subject, text});
 }
+
+void log(std::string_view text) { log(LogLevel::progress, {}, text); }
+
+LogLevel setLogLevel(LogLevel least) { return leastLevel.exchange(least); }
 
 LogSink setLogSink(LogSink sink) {
     auto& shared = Sink::shared();

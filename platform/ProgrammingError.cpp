@@ -22,7 +22,7 @@ struct Handler {
 };
 
 void logAndStop(std::string_view what) {
-    log("Programming error: " + std::string(what));
+    log(LogLevel::error, "programming", "Programming error: " + std::string(what));
 #ifndef NDEBUG
     std::abort();
 #endif

@@ -21,7 +21,7 @@ void fill(void* to, std::size_t count) {
             count -= static_cast<std::size_t>(given);
         } else if (errno != EINTR) {
             // Nobody may go on with a secret that is none.
-            log("The system gives no random numbers");
+            log(LogLevel::error, "random", "The system gives no random numbers");
             std::abort();
         }
     }

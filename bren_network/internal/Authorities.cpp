@@ -26,7 +26,8 @@ bool Authorities::setFurtherFile(const std::string& path) {
     if (!path.empty()) {
         auto further = files::read(path);
         if (!further || further->view().find("-----BEGIN CERTIFICATE-----") == std::string_view::npos) {
-            tarvo::platform::log("The file of further authorities holds no certificate that can be read");
+            tarvo::platform::log(tarvo::platform::LogLevel::warning, "network",
+                                 "The file of further authorities holds no certificate that can be read");
             return false;
         }
         combined = std::make_shared<const std::string>(systemCertificates() + further->text());

@@ -35,8 +35,9 @@ std::vector<std::pair<std::string, std::string>> plainTexts(const tarvo::ValueMa
         if (auto plain = plainText(value))
             texts.emplace_back(name, std::move(*plain));
         else
-            tarvo::platform::log("A request parameter without a text form is left out, kind " +
-                                 std::string(kindName(value.kind())));
+            tarvo::platform::log(
+                tarvo::platform::LogLevel::warning, "network",
+                "A request parameter without a text form is left out, kind " + std::string(kindName(value.kind())));
     }
     return texts;
 }

@@ -150,8 +150,9 @@ void TransferLoop::endAll() {
 
 void TransferLoop::deliver(const Transfer& transfer, Outcome outcome) {
     if (outcome.error)
-        tarvo::platform::log("Request " + std::to_string(transfer.delivery()->taskNumber()) +
-                             " failed: " + outcome.error->message);
+        tarvo::platform::log(
+            tarvo::platform::LogLevel::warning, "network",
+            "Request " + std::to_string(transfer.delivery()->taskNumber()) + " failed: " + outcome.error->message);
     auto bytes = outcome.body.size();
     budget_->add(bytes);
     transfer.delivery()->complete(std::move(outcome), [budget = budget_, bytes, weak = weak_from_this()] {

@@ -101,7 +101,7 @@ std::shared_ptr<const LocalZone> LocalZone::named(const std::string& name) {
     if (auto rules = Rules::named(name)) {
         zone.reset(new LocalZone(name, std::move(rules)));
     } else {
-        log("Dates: the time zone \"" + name + "\" is unknown; UTC stands for it");
+        log(LogLevel::warning, "dates", "Dates: the time zone \"" + name + "\" is unknown; UTC stands for it");
         zone.reset(new LocalZone("UTC", Rules::named("UTC")));
     }
     return zone;

@@ -211,7 +211,7 @@ bool SettingsJournal::writeAll(std::string_view bytes) {
 bool SettingsJournal::append(const ValueMap& change) {
     auto line = change.contains(formatKey) ? std::nullopt : settingsLine(change);
     if (!line) {
-        log("Settings: a value without a JSON form was not stored in " + path_);
+        log(LogLevel::warning, "settings", "Settings: a value without a JSON form was not stored in " + path_);
         return false;
     }
     if (file_ < 0 || readOnly_) {
@@ -221,7 +221,7 @@ bool SettingsJournal::append(const ValueMap& change) {
     bool first = read_ == 0;
     auto bytes = (first ? header() : std::string(lastLineOpen_ ? "\n" : "")) + *line;
     if (!writeAll(bytes) || !flush()) {
-        log("Settings: a change was not stored in " + path_ + ": " + systemWords());
+        log(LogLevel::warning, "settings", "Settings: a change was not stored in " + path_ + ": " + systemWords());
         // What is left of the line would read as damage.
         if (::ftruncate(file_, read_) != 0) close();
         return false;
@@ -252,10 +252,11 @@ bool SettingsJournal::setAside() const {
         std::filesystem::create_hard_link(path_, aside, error);
         if (error == std::errc::file_exists) continue;
         if (error && !files::copy(path_, aside)) break;
-        log("Settings: " + path_ + " is damaged; kept as " + aside + ", a fresh one holds what can be read");
+        log(LogLevel::warning, "settings",
+            "Settings: " + path_ + " is damaged; kept as " + aside + ", a fresh one holds what can be read");
         return true;
     }
-    log("Settings: " + path_ + " is damaged and cannot be set aside; it is left alone");
+    log(LogLevel::warning, "settings", "Settings: " + path_ + " is damaged and cannot be set aside; it is left alone");
     return false;
 }
 
@@ -279,7 +280,8 @@ void SettingsJournal::syncFolder() const {
 }
 
 void SettingsJournal::logOnce(std::string_view what) {
-    if (std::exchange(lastLogged_, what) != what) log("Settings: " + path_ + " " + std::string(what));
+    if (std::exchange(lastLogged_, what) != what)
+        log(LogLevel::warning, "settings", "Settings: " + path_ + " " + std::string(what));
 }
 
 }  // namespace tarvo::platform

@@ -78,7 +78,7 @@ void Timers::startServing() {
         std::thread([this] { serve(); }).detach();
         serving_ = true;
     } catch (const std::system_error&) {
-        log("No thread for timers; the next timer tries again");
+        log(LogLevel::warning, "queues", "No thread for timers; the next timer tries again");
     }
 }
 

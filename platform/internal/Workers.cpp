@@ -161,7 +161,8 @@ void Workers::supervise() {
             addThread();
         } else if (!std::exchange(toldOfLimit_, true)) {
             lock.unlock();
-            log("All " + std::to_string(WorkerPool::maximumThreads) + " threads of the pool are in use and work waits");
+            log(LogLevel::warning, "queues",
+                "All " + std::to_string(WorkerPool::maximumThreads) + " threads of the pool are in use and work waits");
             lock.lock();
         }
     }
