@@ -8,18 +8,18 @@
 
 #include "platform/Log.h"
 #include "tests/platform/Support.h"
+#include "tests/support/LogWatch.h"
 
 namespace tarvo::platform::testing {
 
+using tarvo::testing::LogWatch;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
 class FilesTest : public ::testing::Test {
 protected:
     TemporaryFolder folder;
-    Journal<std::string> lines;
-    LogSink before = setLogSink([this](std::string_view line) { lines.add(std::string(line)); });
-    void TearDown() override { setLogSink(before); }
+    LogWatch log;
 
     static mode_t mode(const std::string& path) {
         struct stat status {};
@@ -39,7 +39,7 @@ TEST_F(FilesTest, WhatIsWrittenIsReadBackAndNothingElseStays) {
         EXPECT_EQ(mode(path), 0600u);
         EXPECT_EQ(entries(), 1u);
     }
-    EXPECT_TRUE(lines.entries().empty());
+    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(FilesTest, AReplacedFileKeepsItsMode) {
@@ -57,11 +57,13 @@ TEST_F(FilesTest, AFailedWriteLeavesTheOldStateAndIsLoggedWithoutContent) {
         EXPECT_FALSE(files::read(path));
     }
     EXPECT_EQ(entries(), 1u);
-    EXPECT_EQ(lines.entries().size(), 4u);
-    for (auto& line : lines.entries()) EXPECT_THAT(line, Not(HasSubstr("confidential")));
+    log.expectWarning("Cannot ");
+    EXPECT_EQ(log.lines().size(), 4u);
+    for (auto& line : log.lines()) EXPECT_THAT(line, Not(HasSubstr("confidential")));
 }
 
 TEST_F(FilesTest, FoldersAreMadeWithTheirParentsAndGoWithTheirContent) {
+    log.expectWarning("Cannot create ");
     auto deep = folder.file("a/b/c");
     EXPECT_TRUE(files::createDirectories(deep));
     EXPECT_TRUE(files::createDirectories(deep));
@@ -75,6 +77,8 @@ TEST_F(FilesTest, FoldersAreMadeWithTheirParentsAndGoWithTheirContent) {
 }
 
 TEST_F(FilesTest, CopyAndMoveReplaceTheTarget) {
+    log.expectWarning("Cannot move ");
+    log.expectWarning("Cannot copy ");
     auto from = folder.file("from"), to = folder.file("to"), there = folder.file("there");
     ASSERT_TRUE(files::writeAtomically(from, "new") && files::writeAtomically(to, "old"));
     EXPECT_TRUE(files::copy(from, to));
@@ -95,6 +99,31 @@ TEST(PathComponent, RefusesWhatCouldLeaveItsFolder) {
     for (auto& bad : {""s, "."s, ".."s, "../x"s, "a/b"s, "/"s, "a\\b"s, "a\0b"s, "a\nb"s, "\x7F"s, "\xC2\x85"s, "\xFF"s,
                       std::string(201, 'x')})
         EXPECT_FALSE(files::pathComponent(bad)) << bad;
+}
+
+TEST(Log, AHostKeepsWarningsAndSilencesProgress) {
+    LogWatch watch;
+    auto former = setLogLevel(LogLevel::warning);
+    log("on the way");
+    log(LogLevel::progress, "network", "still on the way");
+    log(LogLevel::warning, "network", "a request failed");
+    log(LogLevel::error, "queues", "a contract was broken");
+    setLogLevel(former);
+    EXPECT_THAT(watch.lines(), ::testing::ElementsAre("a request failed", "a contract was broken"));
+    watch.expectWarning("request");
+    EXPECT_THAT(watch.unexpected(), ::testing::ElementsAre("a contract was broken"));
+    watch.expectWarning("contract");
+}
+
+TEST(Log, ALineCarriesLevelAndSubject) {
+    std::vector<std::string> seen;
+    auto before = setLogSink([&](const LogLine& line) {
+        seen.push_back(std::string(line.subject).append(": ").append(line.text));
+        EXPECT_EQ(line.level, LogLevel::warning);
+    });
+    log(LogLevel::warning, "files", "cannot read");
+    setLogSink(before);
+    EXPECT_THAT(seen, ::testing::ElementsAre("files: cannot read"));
 }
 
 TEST(Log, ASinkThatLogsOrThrowsDoesNoHarm) {
