@@ -34,15 +34,15 @@ struct BrenFileUploadInfo {
 /// HTTP/2 is spoken where the server offers it, certificates are always verified.
 ///
 /// Completions come one at a time on the network queue: none may wait for another. Each request has exactly one
-/// completion, whatever happens to it. Handlers are owned by the manager until then. An HTTP status is no failure: its
-/// body comes as data. Requests wait in three priorities for a free place; a running one is not displaced.
+/// completion, whatever happens to it. Handlers are owned by the manager until then. An HTTP status is not a failure:
+/// its body comes as data. Requests wait in three priorities for a free place; a running one is not displaced.
 class BrenNetworkManager {
 public:
     /// Body (empty on failure), what the server said before it, the failure, and the number of the request.
     using CompletionHandler = std::function<void(Data data, std::optional<URLResponse> response,
                                                  std::optional<NetworkError> error, int taskNumber)>;
-    /// Part done from 0 to 1, bytes done and in all as they travel, compressed or not (-1 when the server does not
-    /// tell), identifier, number.
+    /// Part done from 0 to 1, bytes done and in all as they travel, compressed or not (-1 if the server does not
+    /// say), identifier, number.
     using ProgressPercentHandler = std::function<void(float part, std::int64_t done, std::int64_t total,
                                                       std::optional<std::string> identifier, int taskNumber)>;
     /// Piece that has arrived, part done from 0 to 1, identifier, number.
@@ -66,9 +66,10 @@ public:
     ~BrenNetworkManager();
 
     /// Runs a request. Progress, for those who ask for it, is that of the body that comes. The request and its header
-    /// fields are looked at before anything is sent: a text that is no URL, a method or a header value that would break
-    /// out of its line end in a failure. Redirections are followed a bounded number of times, never away from TLS, and
-    /// never carry "Authorization" to another host. A request that the server may have acted on is not sent twice.
+    /// fields are looked at before anything is sent: a text that is not a URL, a method or a header value that would
+    /// break out of its line end in a failure. Redirections are followed a bounded number of times, never away from
+    /// TLS, and never carry "Authorization" to another host. A request that the server may have acted on is not sent
+    /// twice.
     void send(Task task);
     /// The same, by the name of its use.
     void download(Task task);
@@ -81,7 +82,7 @@ public:
     static std::string formattedParamString(const tarvo::ValueMap& params);
 
     /// A file of certificates in PEM form that are trusted beside those of the system; the empty text takes it back.
-    /// Counts for requests given afterwards. False, and nothing changes, when no certificate can be read from it.
+    /// Applies to requests given afterwards. Returns false, and changes nothing, if no certificate can be read from it.
     bool setFurtherAuthorityFile(const std::string& path);
     /// No further request begins while the bodies of finished ones that wait for their completion hold more than this,
     /// in kilobytes, so that slow completions bound the memory. 100,000 unless set; 0 or less: one body at a time.

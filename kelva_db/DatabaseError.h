@@ -11,7 +11,7 @@ enum class FailureKind {
     busy,          ///< locked by another connection or process; trying again may help
     full,          ///< disk full, or the file cannot grow
     corrupt,       ///< the file is damaged; it is never deleted by this library
-    wrongKey,      ///< the passphrase does not open the file, or the file is no database
+    wrongKey,      ///< the passphrase does not open the file, or the file is not a database
     notEncrypted,  ///< a key was given and the file is plain, or would be: another SQLite answers in this process
     schema,        ///< no such table or column, or SQL that SQLite cannot parse
     constraint,    ///< a row breaks a rule of its table

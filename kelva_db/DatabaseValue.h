@@ -54,14 +54,14 @@ public:
 
 /// The stored form of a Value: null, integer, real, text and bytes as they are, a Bool as 0 or 1, a list as its JSON
 /// text (null when it holds something that JSON cannot say), a map as a blob of its JSON bytes (an empty blob then).
-/// Nothing for an object that is no `DatabaseValueConvertible`: such a value cannot be bound.
+/// Returns nullopt for an object that is not a `DatabaseValueConvertible`: such a value cannot be bound.
 std::optional<DatabaseValue> databaseValue(const Value& value);
 
 /// Whether every parameter can be bound.
 bool allConvertible(std::span<const Value> parameters);
 
 /// A list or map that was stored as a column: from any value a text is read as JSON, from a `DatabaseValue` a blob.
-/// Anything else gives nothing.
+/// Returns nullopt for anything else.
 std::optional<Value> fromDatabaseValue(const Value& value);
 std::optional<Value> fromDatabaseValue(const DatabaseValue& value);
 

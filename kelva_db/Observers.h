@@ -15,18 +15,19 @@ class Database;
 /// The kind of a row change; the order of the raw values is relied upon.
 enum class DatabaseEvent { insert = 0, update = 1, delete_ = 2 };
 
-/// Is told the row changes of the writer as they happen and how the transaction ended. Held strongly until removed.
-/// All calls come on the writer's queue, inside the transaction or right behind it, one at a time: do little, keep no
-/// reference to `Database`, never call the database object from `observeEvent` or `didChange`.
+/// Is notified of the writer's row changes as they happen, and of the end of the transaction. Held strongly until
+/// removed. All calls come on the writer's queue, inside the transaction or right after it, one at a time: do little,
+/// keep no reference to `Database`, never call the database object from `observeEvent` or `didChange`.
 ///
-/// Rows that a savepoint rolled back are not told, nor is anything of a transaction that was rolled back: `didChange`
-/// comes when the transaction is about to end well. Table names come in lower case, the database name is "main" or
-/// that of the attached database. A row that a REPLACE removes is not told as a delete; the insert that replaced it is.
-/// SQLite keeps silent about tables declared WITHOUT ROWID and about rows that go with a dropped table.
+/// Rows that a savepoint rolled back are not reported, nor is anything of a transaction that was rolled back:
+/// `didChange` comes when the transaction is about to end well. Table names come in lower case, the database name is
+/// "main" or that of the attached database. A row that a REPLACE removes is not reported as a delete; the insert that
+/// replaced it is reported. SQLite keeps silent about tables declared WITHOUT ROWID and about rows that go with a
+/// dropped table.
 ///
-/// An observer hears of the transactions that begin after it was added. Once `remove` has returned no call begins,
-/// also when it is called from inside `didCommit`; a call under way on the writer's queue comes to its end.
-/// `didCommit` and `didRollback` come behind the transaction: `Database` reads only, and new blocks may begin.
+/// An observer is notified of the transactions that begin after it was added. Once `remove` has returned no call
+/// begins, also when it is called from inside `didCommit`; a call under way on the writer's queue comes to its end.
+/// `didCommit` and `didRollback` come after the transaction: `Database` reads only, and new blocks may begin.
 class TransactionObserver : public virtual tarvo::platform::Object {
 public:
     /// Whether changes of this kind to this table are of interest. Asked often; must be quick.
@@ -37,7 +38,7 @@ public:
     virtual void didRollback(Database& database) = 0;
 };
 
-/// Is told after each commit which tables it changed, in lower case. On the writer's queue, as above.
+/// Is notified after each commit of the tables that it changed, in lower case. On the writer's queue, as above.
 class SimpleObserver : public virtual tarvo::platform::Object {
 public:
     virtual void databaseChanged(const std::set<std::string>& tableNames) = 0;

@@ -33,7 +33,7 @@ public:
 
     /// Name of the time zone in force ("Europe/Berlin"). The system's unless a test or a script has set one.
     static std::string timeZone();
-    /// Sets the zone for the process; nothing gives the system's zone back.
+    /// Sets the zone for the process; nullopt goes back to the system's zone.
     static void setTimeZone(std::optional<std::string> name);
     /// Grows with every `setTimeZone`. Asking for the zone reads files; whoever asks often keeps the answer by this.
     static std::uint64_t timeZoneVersion();

@@ -15,11 +15,11 @@ namespace tarvo::platform {
 using Work = std::function<void()>;
 class QueueState;
 
-/// A wish to run later. Copies stand for the same wish; dropping all of them does not cancel it.
+/// A handle on work that is to run later. Copies refer to the same work; dropping all of them does not cancel it.
 class Timer {
 public:
     Timer() = default;
-    /// Takes the wish back. True when the work had not begun, and then it never will; false when it has begun, has
+    /// Cancels the work. Returns true if it had not begun, and then it never will; false if it has begun, has
     /// run, or was cancelled before. Never waits.
     bool cancel();
     /// Whether the work is still to come.
@@ -33,9 +33,9 @@ private:
 };
 
 /// A queue of work. A serial queue runs one item at a time in the order of arrival; a concurrent queue runs items side
-/// by side, and a barrier item alone, after everything before it and before everything behind it. All queues share one
-/// pool of threads, which grows up to a cap while work blocks. No exception may leave an item: it is reported as a
-/// programming error and the queue goes on.
+/// by side, and a barrier item alone, after everything before it and before everything that follows it. All queues
+/// share one pool of threads, which grows up to a cap while work blocks. No exception may leave an item: it is reported
+/// as a programming error and the queue goes on.
 ///
 /// `sync` runs its work on the caller's thread once the queue's turn has come, at once when the queue is idle. A
 /// `sync` that could never get its turn, because this thread holds the queue already (itself, or through a chain of
@@ -111,7 +111,7 @@ public:
 /// The pool behind all queues.
 class WorkerPool {
 public:
-    /// Waits until no queue has an item waiting or running and no timer is due, at most as long as told. True when
+    /// Waits until no queue has an item waiting or running and no timer is due, for at most this long. Returns true if
     /// that was reached. For shutting down and for tests; never from an item. The main queue does not count: whoever
     /// drives it drains it.
     static bool waitUntilIdle(std::chrono::milliseconds atMost);

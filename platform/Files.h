@@ -27,7 +27,7 @@ bool copy(const std::string& from, const std::string& to);
 /// An empty folder of its own below the system's temporary folder.
 std::string makeTemporaryDirectory(std::string_view prefix);
 
-/// A text that came from outside as one component of a path: the text itself when it is harmless, else nothing.
+/// A text that came from outside as one component of a path: the text itself when it is harmless, else nullopt.
 /// Refused are the empty text, "." and "..", separators of any system, control characters, malformed UTF-8, and more
 /// than 200 bytes.
 std::optional<std::string> pathComponent(std::string_view text);

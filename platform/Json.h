@@ -9,7 +9,7 @@
 
 namespace tarvo::platform::json {
 
-/// Reads a whole JSON document, fragments (a bare number, a text, null) included. Nothing when it is no JSON, no
+/// Reads a whole JSON document, fragments (a bare number, a text, null) included. Returns nullopt if it is not JSON, no
 /// UTF-8, or nested deeper than 1,000 levels. Of two equal keys of a map the last one counts. A whole number that
 /// does not fit in 64 signed bits becomes a real. Any thread; each keeps a parser of its own.
 std::optional<Value> parse(const Data& data);
@@ -17,7 +17,7 @@ std::optional<Value> parse(const Data& data);
 std::optional<Value> parse(std::string_view text);
 
 /// Compact JSON text of a value, maps in their order. Bytes are written as Base64 text. Nothing when the value holds
-/// an object of the program, a real that is not finite, or a text that is no UTF-8, which JSON cannot say.
+/// an object of the program, a real that is not finite, or a text that is not UTF-8, which JSON cannot say.
 std::optional<std::string> write(const Value& value);
 
 }  // namespace tarvo::platform::json

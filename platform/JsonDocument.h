@@ -13,7 +13,7 @@
 
 namespace tarvo::platform::json {
 
-/// One place of a parsed document. A view, valid as long as the document lives; null when it stands for nothing.
+/// One place of a parsed document. A view, valid as long as the document lives; null if there is no such place.
 class Element {
 public:
     Element() = default;
@@ -28,7 +28,7 @@ public:
     std::size_t leadingItems(std::span<Element> into) const;
     /// All items of a list, into a vector that may be used again; false for any other kind.
     bool items(std::vector<Element>& into) const;
-    /// A member of a map, the last of equal keys; a null element when there is none or this is no map.
+    /// A member of a map, the last of equal keys; a null element if there is none or this is not a map.
     Element find(std::string_view key) const;
 
 private:

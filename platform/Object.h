@@ -24,7 +24,7 @@ std::weak_ptr<T> weakSelf(T* self) {
     return owner ? std::weak_ptr<T>(std::shared_ptr<T>(owner, self)) : std::weak_ptr<T>();
 }
 
-/// Typed strong reference, empty in the cases told at `weakSelf`.
+/// Typed strong reference, empty in the cases that `weakSelf` describes.
 template <class T>
 std::shared_ptr<T> strongSelf(T* self) {
     return weakSelf(self).lock();

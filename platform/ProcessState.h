@@ -8,8 +8,8 @@
 
 namespace tarvo::platform {
 
-/// Owner of all that exists once a process: configuration, bus, memory tables, caches, kept answers. Each kind is made
-/// when it is first asked for. Tests install a fresh state a case; the program has one from start to end.
+/// Owns everything that exists once per process: configuration, bus, memory tables, caches, kept answers. Each kind is
+/// made when it is first asked for. Tests install a fresh state per case; the program keeps one from start to end.
 class ProcessState {
 public:
     static ProcessState& current();

@@ -8,7 +8,7 @@
 
 namespace tarvo::platform {
 
-/// The success value of an operation that has nothing to give.
+/// The success value of an operation that produces no value.
 struct Nothing {
     friend bool operator==(const Nothing&, const Nothing&) = default;
 };
@@ -51,9 +51,9 @@ public:
     const Success& operator*() const& { return value(); }
     Success&& operator*() && { return std::move(*this).value(); }
 
-    /// The value, or nothing for an error.
+    /// The value; nullopt for an error.
     std::optional<Success> success() const { return ok() ? std::optional<Success>(value()) : std::nullopt; }
-    /// The error, or nothing for a value.
+    /// The error; nullopt for a value.
     std::optional<Failure> failure() const { return ok() ? std::nullopt : std::optional<Failure>(error()); }
 
     /// The same failure, or `change(value)`.

@@ -13,7 +13,7 @@
 namespace tarvo::platform {
 
 /// A value that is looked at where it lies: in a row, in a page that is being parsed, in a Value. It owns nothing and
-/// is valid as long as what it looks into. `nested` stands for the kinds that have no flat form (list, map, object).
+/// is valid as long as what it looks into. `nested` covers the kinds that have no flat form (list, map, object).
 class ValueView {
 public:
     ValueView() = default;

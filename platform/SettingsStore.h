@@ -23,7 +23,7 @@ class SettingsJournal;
 /// Values are null, bool, integer, real, text, lists and maps of these; null is the same as absent. Any operation may
 /// be called from any thread. Changes block for the disk (about 0.2 ms on a solid-state disk); reads do not.
 ///
-/// The file `SUITE.jsonl` has mode 0600 and one JSON map a line, each a change: later lines win, null removes.
+/// The file `SUITE.jsonl` has mode 0600 and one JSON map per line; each is a change: later lines win, null removes.
 /// `jq -s 'add' SUITE.jsonl` shows the state.
 class SettingsStore {
 public:
@@ -33,7 +33,8 @@ public:
     SettingsStore(const SettingsStore&) = delete;
     SettingsStore& operator=(const SettingsStore&) = delete;
 
-    /// The value of a key, nothing when the key is absent. The typed reads give nothing for a value of another kind.
+    /// The value of a key; nullopt if the key is absent. The typed reads also return nullopt for a value of another
+    /// kind.
     std::optional<Value> value(std::string_view key) const;
     std::optional<std::string> string(std::string_view key) const;
     std::optional<std::int64_t> integer(std::string_view key) const;
@@ -43,7 +44,7 @@ public:
     std::vector<std::string> keys() const;
 
     /// Stores a value; null removes the key. False, and logged, when the value has no form in JSON (bytes, an object,
-    /// a real that is not finite, a text that is no UTF-8) or the disk refuses.
+    /// a real that is not finite, a text that is not UTF-8) or the disk refuses.
     bool set(std::string_view key, Value value);
     /// True also when the key was not there.
     bool remove(std::string_view key);
@@ -54,7 +55,7 @@ public:
 
     /// Reads, changes and writes under one lock, against other processes too. `next` gets the present value, null
     /// for an absent key, and gives the new one; it must not change the store. The answer is the new value once it is
-    /// on the disk (null after a removal), nothing when it could not be stored.
+    /// on the disk (null after a removal), nullopt if it could not be stored.
     std::optional<Value> update(std::string_view key, FunctionRef<Value(const Value& present)> next);
 
     /// Reads what other processes have written and flushes the file. Needed by nobody: reads look for changes

@@ -20,12 +20,12 @@ bool equalsIgnoringAsciiCase(std::string_view a, std::string_view b);
 /// Whether the bytes are well-formed UTF-8.
 bool isValidUtf8(std::string_view text);
 
-/// A whole decimal number with an optional sign, nothing else around it; nothing when it does not fit in 64 bits.
+/// A whole decimal number with an optional sign, nothing else around it; nullopt if it does not fit in 64 bits.
 std::optional<std::int64_t> toInteger(std::string_view text);
 /// A decimal number, fraction and exponent allowed, nothing else around it; no infinity, no NaN.
 std::optional<double> toReal(std::string_view text);
 
-/// Percent-escapes every byte that is no ASCII letter, digit or one of "-._~".
+/// Percent-escapes every byte that is not an ASCII letter, digit or one of "-._~".
 std::string percentEscape(std::string_view text);
 std::string base64(std::string_view bytes);
 std::string hex(std::string_view bytes);

@@ -40,7 +40,7 @@ std::string_view kindName(ValueKind kind);
 
 /// One value of a record, a row, a JSON document or a parameter list. Lists, maps and objects are shared between
 /// copies and cloned at the first change, so copying a Value is cheap at any depth. Typed reads (`asText` and its
-/// kin) never convert: they give nothing for another kind. Conversions have names that say so (`toReal`). Equality
+/// kin) never convert: they return nullopt for another kind. Conversions have names that say so (`toReal`). Equality
 /// is strict by kind: 1 and 1.0 and true are three different values.
 class Value {
 public:
@@ -89,7 +89,7 @@ public:
     std::string textOr(std::string_view fallback) const;
     /// Integer or real as a real.
     std::optional<double> toReal() const;
-    /// Decimal text of a number, "true" or "false" of a Bool, a text as it is; nothing for the other kinds.
+    /// Decimal text of a number, "true" or "false" of a Bool, a text as it is; nullopt for the other kinds.
     std::optional<std::string> toText() const;
 
     friend bool operator==(const Value& a, const Value& b);

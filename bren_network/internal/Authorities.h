@@ -10,11 +10,11 @@ namespace bren {
 /// The certificates that servers are judged by: the system's, and those of one further file. Safe from any thread.
 class Authorities {
 public:
-    /// Trusts the certificates of a PEM file too; the empty path takes the former file back. False, and nothing
-    /// changes, when the file cannot be read or holds no certificate.
+    /// Trusts the certificates of a PEM file too; the empty path takes the former file back. Returns false, and
+    /// changes nothing, if the file cannot be read or holds no certificate.
     bool setFurtherFile(const std::string& path);
 
-    /// All certificates in one PEM text, or nothing when the system's alone count: the client then reads those by
+    /// All certificates in one PEM text, or null if the system's alone count: the client then reads those by
     /// itself and keeps them parsed. Never changes once handed out.
     std::shared_ptr<const std::string> combined() const;
 

@@ -34,19 +34,19 @@ Delivery::Delivery(std::shared_ptr<tarvo::DispatchQueue> queue, int taskNumber, 
 
 void Delivery::progressed(std::int64_t done, std::int64_t total, std::string_view piece) {
     tarvo::platform::MutexLock lock(mutex_);
-    bool mustSchedule = !untold_;
-    if (!untold_) untold_.emplace();
-    untold_->done = done;
-    untold_->total = total;
-    untold_->pieces += piece;
+    bool mustSchedule = !unreported_;
+    if (!unreported_) unreported_.emplace();
+    unreported_->done = done;
+    unreported_->total = total;
+    unreported_->pieces += piece;
     lock.unlock();
-    if (mustSchedule) queue_->async([self = shared_from_this()] { self->tellProgress(); });
+    if (mustSchedule) queue_->async([self = shared_from_this()] { self->reportProgress(); });
 }
 
-void Delivery::tellProgress() {
+void Delivery::reportProgress() {
     queue_->assertCurrent();
     tarvo::platform::MutexLock lock(mutex_);
-    auto progress = std::exchange(untold_, std::nullopt).value();
+    auto progress = std::exchange(unreported_, std::nullopt).value();
     lock.unlock();
     auto part = partDone(progress.done, progress.total);
     auto total = progress.total > 0 ? progress.total : -1;

@@ -37,11 +37,11 @@ public:
     /// are joined, so that a slow handler never lets items pile up. `total` is 0 while it is not known.
     void progressed(std::int64_t done, std::int64_t total, std::string_view piece);
 
-    /// Brings the outcome; later calls do nothing. `afterwards` runs behind the completion, also when that throws.
+    /// Brings the outcome; later calls do nothing. `afterwards` runs after the completion, also when that throws.
     void complete(Outcome outcome, tarvo::platform::Work afterwards = {});
 
 private:
-    void tellProgress();
+    void reportProgress();
     void runCompletion(Outcome outcome);
 
     const std::shared_ptr<tarvo::DispatchQueue> queue_;
@@ -53,7 +53,7 @@ private:
     bool isComplete_ = false;
 
     tarvo::platform::Mutex mutex_;
-    std::optional<Progress> untold_ TARVO_GUARDED_BY(mutex_);  // present while an item that tells it waits
+    std::optional<Progress> unreported_ TARVO_GUARDED_BY(mutex_);  // present while an item that reports it waits
 };
 
 }  // namespace bren

@@ -23,8 +23,8 @@ struct PreparedRequest {
     std::chrono::milliseconds timeout{};
 };
 
-/// Takes the request out of the task. Refused are a text that is no http or https URL, a method or header that would
-/// break out of its line, and a file that cannot be read.
+/// Takes the request out of the task. Refused are a text that is not an http or https URL, a method or header that
+/// would break out of its line, and a file that cannot be read.
 tarvo::Result<PreparedRequest, NetworkError> prepare(BrenNetworkManager::Task& task,
                                                      std::vector<BrenFileUploadInfo> files, bool isUpload);
 

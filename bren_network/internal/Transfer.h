@@ -13,7 +13,7 @@ namespace bren {
 
 /// What the manager lends to every transfer.
 struct TransferSettings {
-    /// PEM text of all trusted certificates; nothing means the system's.
+    /// PEM text of all trusted certificates; null means the system's.
     std::shared_ptr<const std::string> authorities;
     std::string userAgent;
 };

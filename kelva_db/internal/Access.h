@@ -8,7 +8,7 @@ namespace kelva {
 /// find it and use its connection.
 class Access {
 public:
-    /// `observing` is the time behind a transaction, when its observers are told: new blocks may begin then, but the
+    /// `observing` is the time after a transaction, when its observers are notified: new blocks may begin then, but the
     /// connection must not go away.
     enum class Kind { reading, writing, observing };
 

@@ -138,7 +138,7 @@ bool ChangeTracker::isRegistered(const Transaction& transaction, const std::shar
     return std::find(simpleObservers_.begin(), simpleObservers_.end(), observer) != simpleObservers_.end();
 }
 
-void ChangeTracker::tellChanges(const Transaction& transaction) {
+void ChangeTracker::notifyChanges(const Transaction& transaction) {
     for (auto& change : transaction.changes) {
         if (change.touch) continue;
         auto& table = transaction.tables[change.table];
@@ -153,9 +153,9 @@ void ChangeTracker::tellChanges(const Transaction& transaction) {
     }
 }
 
-void ChangeTracker::tellCommit(Database& database) {
+void ChangeTracker::notifyCommit(Database& database) {
     auto transaction = std::exchange(transaction_, {});
-    tellChanges(transaction);
+    notifyChanges(transaction);
     for (auto& observer : transaction.observers)
         if (isRegistered(transaction, observer)) guarded("didCommit", [&] { observer->didCommit(database); });
     std::set<std::string> touched;
@@ -167,7 +167,7 @@ void ChangeTracker::tellCommit(Database& database) {
             guarded("databaseChanged", [&] { observer->databaseChanged(touched); });
 }
 
-void ChangeTracker::tellRollback(Database& database) {
+void ChangeTracker::notifyRollback(Database& database) {
     auto transaction = std::exchange(transaction_, {});
     for (auto& observer : transaction.observers)
         if (isRegistered(transaction, observer)) guarded("didRollback", [&] { observer->didRollback(database); });

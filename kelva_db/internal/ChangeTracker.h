@@ -11,8 +11,8 @@
 
 namespace kelva {
 
-/// Collects the row changes of the writer's transaction and tells the observers once it has ended well. Observers are
-/// added and removed on any thread; the rest runs on the writer's queue.
+/// Collects the row changes of the writer's transaction and notifies the observers once it has been committed.
+/// Observers are added and removed on any thread; the rest runs on the writer's queue.
 class ChangeTracker {
 public:
     void add(std::shared_ptr<TransactionObserver> observer);
@@ -21,21 +21,22 @@ public:
     void remove(const SimpleObserver* observer);
     void removeAll();
 
-    /// Begins a transaction with the observers of now. Observers that come later hear of the next one.
+    /// Begins a transaction with the observers of now. Observers that are added later are notified of the next one.
     void begin();
     /// Whether the transaction under way has observers.
     bool watching() const { return !transaction_.observers.empty() || !transaction_.simpleObservers.empty(); }
 
-    /// A row has changed. Called for every row from inside SQLite: asks each observer once a table and kind.
+    /// A row has changed. Called for every row from inside SQLite: asks each observer once per table and kind.
     void note(DatabaseEvent event, const char* databaseName, const char* tableName, std::int64_t rowId);
 
     /// A point to go back to when what follows it is undone.
     std::size_t mark() const { return transaction_.changes.size(); }
     void forgetSince(std::size_t mark);
 
-    /// Tells the observers how the transaction ended, and forgets it. They may use all operations of the database.
-    void tellCommit(Database& database);
-    void tellRollback(Database& database);
+    /// Notifies the observers of how the transaction ended, and forgets it. They may use all operations of the
+    /// database.
+    void notifyCommit(Database& database);
+    void notifyRollback(Database& database);
 
 private:
     static constexpr std::size_t notYet = SIZE_MAX;
@@ -61,7 +62,7 @@ private:
 
     std::uint32_t tableNumber(const char* databaseName, const char* tableName);
     void ask(Table& table, DatabaseEvent event);
-    void tellChanges(const Transaction& transaction);
+    void notifyChanges(const Transaction& transaction);
     /// Whether the observer is still registered: one observer may remove another while both are being notified.
     bool isRegistered(const Transaction& transaction, const std::shared_ptr<TransactionObserver>& observer);
     bool isRegistered(const Transaction& transaction, const std::shared_ptr<SimpleObserver>& observer);

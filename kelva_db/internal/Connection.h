@@ -24,7 +24,8 @@ class Connection {
 public:
     enum class Role { writer, reader, memory };
 
-    /// Opens and proves that the file can be read. The tracker, if any, hears of the row changes and must live longer.
+    /// Opens and proves that the file can be read. The tracker, if any, is notified of the row changes and must live
+    /// longer.
     Connection(const std::string& path, const FileFormat& format, Role role, int busyTimeout, ChangeTracker* tracker);
     ~Connection();
     Connection(const Connection&) = delete;

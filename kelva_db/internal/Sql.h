@@ -7,7 +7,7 @@
 
 namespace kelva {
 
-/// A piece of SQL text. `space` stands for blanks and comments.
+/// A piece of SQL text. `space` covers blanks and comments.
 struct SqlToken {
     enum class Kind { space, word, quoted, string, number, placeholder, namedParameter, punctuation, end };
     Kind kind;
@@ -16,12 +16,12 @@ struct SqlToken {
     bool is(char punctuation) const { return kind == Kind::punctuation && text.front() == punctuation; }
 };
 
-/// Cuts SQL into tokens as SQLite does. Text that is no SQL still comes to an end.
+/// Cuts SQL into tokens as SQLite does. Text that is not SQL still comes to an end.
 class SqlScanner {
 public:
     explicit SqlScanner(std::string_view sql) : sql_(sql) {}
     SqlToken next();
-    /// The next token that is no space.
+    /// The next token that is not a space.
     SqlToken nextSignificant();
 
 private:
@@ -54,7 +54,7 @@ LiftedLists liftLists(std::string_view sql);
 /// The name of the table of values that lifted statements read; see `ListTables`.
 inline constexpr const char* valuesTableName = "kelva_values";
 
-/// One component of a name: a plain identifier that is no keyword as it is, any other in double quotes.
+/// One component of a name: a plain identifier that is not a keyword as it is, any other in double quotes.
 std::string quotedColumn(std::string_view name);
 
 }  // namespace kelva

@@ -76,20 +76,20 @@ void Writer::transaction(KelvaDatabase::TransactionBlock block) {
         try {
             committed = runTransaction(writer, block);
         } catch (...) {
-            tell(writer, false);
+            notify(writer, false);
             throw;
         }
-        tell(writer, committed);
+        notify(writer, committed);
         writer.checkpointWhenLarge();
     });
 }
 
 /// The transaction is over and its block left, so observers may begin blocks of their own.
-void Writer::tell(Connection& writer, bool committed) {
+void Writer::notify(Connection& writer, bool committed) {
     queue_->assertCurrent();
     Access observing(this, writer, Access::Kind::observing);
     Connection::Writability readOnly(writer, false);
-    committed ? tracker_.tellCommit(writer.database()) : tracker_.tellRollback(writer.database());
+    committed ? tracker_.notifyCommit(writer.database()) : tracker_.notifyRollback(writer.database());
 }
 
 void Writer::write(KelvaDatabase::Block block) {

@@ -38,7 +38,7 @@ private:
     void onQueue(tarvo::platform::FunctionRef<void()> work);
     Connection& connection();
     bool runTransaction(Connection& connection, KelvaDatabase::TransactionBlock block);
-    void tell(Connection& writer, bool committed);
+    void notify(Connection& writer, bool committed);
     void open(Connection::Role role);
     void proveEncryption(Connection::Role role);
 

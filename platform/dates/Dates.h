@@ -35,7 +35,7 @@ public:
     static constexpr std::string_view iso8601Pattern = "yyyy-MM-dd'T'HH:mm:ssZZZZZ";
     static constexpr std::string_view dateOnlyPattern = "yyyy-MM-dd";
 
-    /// The text of a moment; nothing when the pattern is no pattern or the moment beyond the calendar (about five
+    /// The text of a moment; nullopt if the pattern is not valid or the moment lies beyond the calendar (about five
     /// million years from now either way).
     std::optional<std::string> string(std::int64_t secondsSince1970) const;
     /// The moment that a text names, fractions of seconds cut off. A text without a time of day means midnight in the

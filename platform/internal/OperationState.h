@@ -19,8 +19,8 @@ struct Operation::State {
     bool executing TARVO_GUARDED_BY(mutex) = false;
     bool finished TARVO_GUARDED_BY(mutex) = false;
     bool cancelled TARVO_GUARDED_BY(mutex) = false;
-    // That the operation has finished was told to queue and waiters. Queues go by this alone and never ask the virtual
-    // `isFinished` under their lock.
+    // The end of the operation was reported to its queue and to the waiters. Queues go by this alone and never ask the
+    // virtual `isFinished` under their lock.
     bool announced TARVO_GUARDED_BY(mutex) = false;
     std::vector<std::shared_ptr<Operation>> dependencies TARVO_GUARDED_BY(mutex);
     std::function<void()> completion TARVO_GUARDED_BY(mutex);

@@ -23,7 +23,7 @@ public:
 
     void async(Work work, bool barrier);
     void sync(bool barrier, FunctionRef<void()> work);
-    /// Runs an admitted async item, and behind it a batch of further ones when it is exclusive. On a pool thread.
+    /// Runs an admitted async item, and then a batch of further ones if it is exclusive. On a pool thread.
     void runAdmitted(Work work, bool exclusive);
     /// Runs an item that another loop than the pool brings, as an exclusive one of this queue.
     void runForeign(Work work);

@@ -10,8 +10,8 @@
 
 namespace tarvo::platform {
 
-/// The file beneath a `SettingsStore`: a journal of JSON maps, one a line, that is rewritten when it has grown far
-/// beyond the state that it tells. One append and one flush a change cost a third of writing a small file anew
+/// The file beneath a `SettingsStore`: a journal of JSON maps, one per line, that is rewritten when it has grown far
+/// beyond the state that it describes. One append and one flush per change cost a third of writing a small file anew
 /// (150 against 460 microseconds at 200 keys, and the gap grows with the file), and readers of other processes need
 /// to read only what was added.
 ///
@@ -47,7 +47,7 @@ public:
         bool fromStart = false;  // they replace the state instead of adding to it
         ValueMap values;         // null removes
     };
-    /// What the file tells beyond what was read before. With the lock held. Damage is repaired on the way: the
+    /// What was added to the file since the last read. The caller holds the lock. Damage is repaired on the way: the
     /// damaged file stays beside the new one under the name "PATH.damaged-N", and what reads of it is carried over.
     /// Nothing when the file cannot be read, or its damage not be set aside, or a newer program wrote it.
     std::optional<Changes> readChanges();
@@ -77,14 +77,14 @@ private:
     int file_ = -1;
     bool readOnly_ = false;
     off_t read_ = 0;                   // bytes of the open file that have been read
-    std::optional<struct stat> seen_;  // the file when it was read last; nothing: it was absent or never read
+    std::optional<struct stat> seen_;  // the file when it was read last; nullopt: it was absent or never read
     bool absenceSeen_ = false;
     bool lastLineOpen_ = false;  // the last line reads but lacks its line feed
     off_t compactAt_ = 0;
     std::string lastLogged_;
 };
 
-/// The line of a change, checked to read back equal; nothing when it would not.
+/// The line of a change, checked to read back equal; nullopt if it would not.
 std::optional<std::string> settingsLine(const ValueMap& change);
 
 }  // namespace tarvo::platform

@@ -11,7 +11,7 @@
 
 namespace tarvo::platform {
 
-/// One wish. Whoever moves it away from `pending`, the item on its queue or a canceller, owns the work.
+/// One timer. Whoever moves it away from `pending`, the item on its queue or a canceller, owns the work.
 struct Timer::State {
     enum class Phase { pending, begun, cancelled };
 
@@ -26,7 +26,7 @@ struct Timer::State {
     const Clock::SteadyTime due;
 };
 
-/// The wishes of the process in the order of their times, and the thread that waits for the next one. It follows
+/// The timers of the process in the order of their times, and the thread that waits for the next one. It follows
 /// `Clock`: while the clock is set by hand only a change of the clock makes timers fire, on the thread that changes it.
 class Timers {
 public:

@@ -17,7 +17,7 @@ struct Waiter {
 /// it holds; so a cycle that is found was there at one moment. The graph is asked only by a `sync` that has to wait.
 class WaitGraph {
 public:
-    /// Enters a waiter. False, and nothing entered, when the wait would close a cycle and never end.
+    /// Enters a waiter. Returns false, and enters nothing, if the wait would close a cycle and never end.
     [[nodiscard]] static bool enter(const Waiter& waiter);
     static void leave(const Waiter& waiter);
 };

@@ -16,7 +16,7 @@ class OperationQueueState;
 /// A piece of work with a state, for an `OperationQueue`. It becomes ready when every operation that it depends on
 /// has finished, also by being cancelled. A synchronous operation finishes when `main` returns; an asynchronous one
 /// (`isAsynchronous`) overrides `start`, keeps "executing" and "finished" itself behind `isExecuting` and `isFinished`,
-/// and tells of each change through `willChangeValue` and `didChangeValue`, with no lock of its own held.
+/// and reports each change through `willChangeValue` and `didChangeValue`, with no lock of its own held.
 ///
 /// Safe from any thread. A finished operation lets go of its dependencies and its completion block.
 class Operation : public Object {
@@ -30,15 +30,16 @@ public:
     virtual bool isExecuting() const;
     virtual bool isFinished() const;
 
-    /// A wish: `main` looks at `isCancelled` itself. An operation cancelled before its start never runs `main` and
-    /// still finishes; a queue starts it for that without waiting for its dependencies. No effect once it has finished.
+    /// Asks the operation to stop: `main` looks at `isCancelled` itself. An operation cancelled before its start never
+    /// runs `main` and still finishes; a queue starts it for that without waiting for its dependencies. No effect once
+    /// it has finished.
     virtual void cancel();
     bool isCancelled() const;
 
     /// Must be called before the operation is given to a queue. A cycle never becomes ready.
     void addDependency(std::shared_ptr<Operation> operation);
     std::vector<std::shared_ptr<Operation>> dependencies() const;
-    /// Whether a queue may start it: every dependency has told that it has finished, or this one is cancelled.
+    /// Whether a queue may start it: every dependency has reported its end, or this one is cancelled.
     bool isReady() const;
 
     /// Runs once, after the operation has finished, on the thread that finished it; at once, on this thread, when it
@@ -47,8 +48,9 @@ public:
 
 protected:
     Operation();
-    /// Told around each change of a key ("isExecuting", "isFinished") by classes that keep their own state. After the
-    /// change of "isFinished" the base asks `isFinished` and, when it holds, tells the queue and those who wait.
+    /// Called around each change of a key ("isExecuting", "isFinished") by classes that keep their own state. After the
+    /// change of "isFinished" the base asks `isFinished` and, when it holds, notifies the queue and the operations that
+    /// wait.
     void willChangeValue(std::string_view key);
     void didChangeValue(std::string_view key);
 
