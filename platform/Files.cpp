@@ -19,7 +19,7 @@ namespace tarvo::platform::files {
 
 namespace {
 
-// The path is told by its last component alone: the folders above it name the user and the organisation.
+// The log names the last component of the path only: the folders above it name the user and the organisation.
 void logFailure(std::string_view what, const std::string& path, std::error_code error) {
     log(LogLevel::warning, "files",
         "Cannot " + std::string(what) + " " + fs::path(path).filename().string() + ": " + error.message());
@@ -65,7 +65,7 @@ public:
             errno = EISDIR;
             return false;
         }
-        // The size is a first guess: a file may grow meanwhile, and one of the system's own tells none.
+        // The size is a first guess: a file may grow meanwhile, and one of the system's own reports no size.
         content.resize(static_cast<std::size_t>(status.st_size) + 1);
         std::size_t filled = 0;
         for (;;) {

@@ -8,7 +8,7 @@
 
 #include "platform/Data.h"
 
-/// Files without exceptions. Paths are UTF-8 texts. A failure is false or nothing and is logged with the system's
+/// Files without exceptions. Paths are UTF-8 texts. A failure is false or nullopt and is logged with the system's
 /// words, the file's content never.
 namespace tarvo::platform::files {
 

@@ -63,7 +63,7 @@ void appendByRule(std::string& out, std::string_view text) {
 
 constexpr char32_t tableBegin = 0x80, tableEnd = 0x370;
 
-// What each character from U+0080 to U+036F becomes. Marks of this range vanish behind every character below
+// What each character from U+0080 to U+036F becomes. Marks of this range vanish after every character below
 // `tableEnd`, no character below U+0300 joins with the one before it, and the rule looks at no other neighbours; so
 // such a text is folded character by character.
 struct LatinTable {
@@ -123,7 +123,7 @@ std::size_t lowerAsciiRun(std::string_view text, char* out) {
     return done;
 }
 
-// The text behind an ASCII run; it begins with a byte that is not ASCII.
+// The text after an ASCII run; it begins with a byte that is not ASCII.
 void appendMixed(std::string& out, std::string_view text) {
     auto& table = LatinTable::shared();
     while (!text.empty()) {

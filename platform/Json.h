@@ -13,7 +13,7 @@ namespace tarvo::platform::json {
 /// UTF-8, or nested deeper than 1,000 levels. Of two equal keys of a map the last one counts. A whole number that
 /// does not fit in 64 signed bits becomes a real. Any thread; each keeps a parser of its own.
 std::optional<Value> parse(const Data& data);
-/// The same for a text without padding behind it, which is copied first.
+/// The same for a text without padding after it, which is copied first.
 std::optional<Value> parse(std::string_view text);
 
 /// Compact JSON text of a value, maps in their order. Bytes are written as Base64 text. Nothing when the value holds

@@ -52,7 +52,7 @@ std::size_t endOfText(std::string_view json, std::size_t at) {
 }
 
 // The parser refuses whole numbers that fit in no integer type. They are rare, so the document is read again with ".0"
-// behind each of them. Nothing when there is none.
+// behind each of them. Returns nullopt if there is none.
 std::optional<std::string> withLongIntegersAsReals(std::string_view json) {
     std::string out;
     std::size_t copied = 0;

@@ -20,7 +20,7 @@ void fill(void* to, std::size_t count) {
             bytes += given;
             count -= static_cast<std::size_t>(given);
         } else if (errno != EINTR) {
-            // Nobody may go on with a secret that is none.
+            // Nobody may go on with a secret that is not random.
             log(LogLevel::error, "random", "The system gives no random numbers");
             std::abort();
         }

@@ -177,7 +177,7 @@ bool Transfer::setHeaders() {
     // Waiting for "100 Continue" costs a second with servers that never send it.
     bool isComplete = request_.headers.find("Expect") || append(headerLines_, "Expect:");
     for (auto& [name, value] : request_.headers) {
-        // The length is libcurl's to tell: a wrong one would let the next request be read as part of this one.
+        // The length is for libcurl to state: a wrong one would let the next request be read as part of this one.
         if (text::equalsIgnoringAsciiCase(name, "Content-Length")) continue;
         isComplete = isComplete && append(headerLines_, value.empty() ? name + ";" : name + ": " + value);
     }

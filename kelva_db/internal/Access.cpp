@@ -8,7 +8,7 @@ namespace {
 
 thread_local Access* innermost = nullptr;
 
-/// Carries a wish to roll back out of a savepoint.
+/// Carries a request to roll back out of a savepoint.
 struct RollbackWish {};
 
 }  // namespace

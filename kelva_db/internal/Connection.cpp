@@ -99,8 +99,8 @@ int Connection::authorize(int action, const char* first) {
             dropped_ = first ? first : "";
             return SQLITE_OK;
         case SQLITE_DELETE: {
-            // "Ignore" makes a DELETE without WHERE go row by row, which the observers hear of; the removal of a
-            // table and of its entries in the schema would not happen at all.
+            // "Ignore" makes a DELETE without WHERE go row by row, of which the observers are notified; the removal of
+            // a table and of its entries in the schema would not happen at all.
             std::string_view table = first ? first : "";
             bool removal = table == dropped_ || table.starts_with("sqlite_");
             if (table == dropped_) dropped_.clear();
@@ -234,7 +234,7 @@ std::string Connection::schemaVersions() {
     return versions;
 }
 
-// The pragma that tells columns looks at the schema that this connection has read, and a kept one at that of its first
+// The pragma that lists columns looks at the schema that this connection has read, and a kept one at that of its first
 // run: a table that another connection has made since would have no columns. Any query reads a changed schema again.
 void Connection::noticeSchema() {
     statements_.clear();

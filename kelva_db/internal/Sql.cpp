@@ -96,7 +96,7 @@ bool isOnlySpaceAndSemicolons(std::string_view sql) {
 
 namespace {
 
-/// Number of placeholders of a list "(?, ?, ...)" that begins behind the scanner, which is left behind it; 0 when
+/// Number of placeholders of a list "(?, ?, ...)" that begins at the scanner, which is left after it; 0 when
 /// there is none.
 std::size_t placeholdersOfList(SqlScanner& scanner) {
     if (!scanner.nextSignificant().is('(')) return 0;
@@ -164,7 +164,7 @@ std::string enclosed(std::string_view text, char quote) {
 }
 
 std::string realLiteral(double value) {
-    // SQLite has no word for infinity, and stores a number that is none as NULL.
+    // SQLite has no word for infinity, and stores what is not a number as NULL.
     if (std::isnan(value)) return "NULL";
     if (std::isinf(value)) return value > 0 ? "9e999" : "-9e999";
     char buffer[32];

@@ -50,7 +50,7 @@ Connection& Writer::connection() {
     return *connection_;
 }
 
-/// Answers whether the transaction was committed. A throw of the block is passed on behind the rollback.
+/// Returns whether the transaction was committed. A throw of the block is passed on after the rollback.
 bool Writer::runTransaction(Connection& connection, KelvaDatabase::TransactionBlock block) {
     Access access(this, connection, Access::Kind::writing);
     Connection::Writability writable(connection, true);

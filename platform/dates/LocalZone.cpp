@@ -64,7 +64,7 @@ struct LocalZone::Rules {
     }
 
     std::int64_t startOfDayByTable(std::int64_t local) const {
-        // No offset is longer than a day, so the search begins behind every stretch in question.
+        // No offset is longer than a day, so the search begins after every stretch in question.
         auto stretch = stretchAt(local + secondsPerDay);
         while (stretch > 0 && begins[stretch] + offsets[stretch] > local) --stretch;
         auto moment = local - offsets[stretch];

@@ -13,7 +13,7 @@ namespace {
 // A serial queue goes back behind the other queues after so many items, so that a long line cannot keep a thread.
 constexpr int batchSize = 32;
 
-// The message of an exception may quote a record, so only its type is told.
+// The message of an exception may quote a record, so only its type is reported.
 void reportEscaped(const std::string& label, std::string_view type) {
     reportProgrammingError("An exception (" + std::string(type) + ") left a work item of the queue \"" + label + "\"");
 }

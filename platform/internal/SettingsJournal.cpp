@@ -78,7 +78,7 @@ bool SettingsJournal::openAndLock(bool forChange) {
     }
 }
 
-// No file is no failure unless one is wanted.
+// A missing file is not a failure unless one is wanted.
 bool SettingsJournal::open(bool forChange) {
     if (forChange) files::createDirectories(std::filesystem::path(path_).parent_path().string());
     file_ = ::open(path_.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | (forChange ? O_CREAT : 0), 0600);

@@ -3,7 +3,7 @@
 namespace bren::test {
 namespace {
 
-/// A server that tells back what it saw.
+/// A server that answers with what it saw.
 class RequestTest : public NetworkTest {
 protected:
     Seen sent(Task task) {

@@ -17,7 +17,7 @@ struct Seen {
     std::string target;
     std::string body;
     std::map<std::string, std::string> headers;
-    /// Of a multipart form: field name to "file name|content type|content".
+    /// For a multipart form: field name to "file name|content type|content".
     std::map<std::string, std::string> parts;
 };
 
@@ -56,7 +56,7 @@ public:
     std::string url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
     int port() const { return port_; }
 
-    /// Reads until the blank line behind the header; false when the other side has closed.
+    /// Reads until the blank line after the header; false if the other side has closed.
     static bool readHeader(int socket);
     static void write(int socket, const std::string& bytes);
     /// Returns when the other side has closed or the server is ended.

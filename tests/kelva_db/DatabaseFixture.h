@@ -35,7 +35,7 @@ inline Configuration passphraseConfiguration(const std::string& passphrase) {
     return configuration;
 }
 
-/// What a call fails with, nothing when it succeeds.
+/// What a call fails with; nullopt if it succeeds.
 template <class F>
 std::optional<FailureKind> failureOf(F&& call) {
     try {

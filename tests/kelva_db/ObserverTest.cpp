@@ -5,7 +5,7 @@ namespace kelva::tests {
 
 namespace {
 
-/// Writes down what it hears, one word a call.
+/// Writes down each notification, one word per call.
 class Listener final : public TransactionObserver, public SimpleObserver {
 public:
     bool observeEvent(DatabaseEvent, std::string_view, std::string_view tableName) override {

@@ -66,10 +66,10 @@ TEST(FoldingTests, FoldsAsReadersExpect) {
 TEST(FoldingTests, EveryCharacterAgreesWithIcuAndStaysFolded) {
     for (UChar32 c = 0; c <= 0x10FFFF; ++c) {
         if (U_IS_SURROGATE(c)) continue;
-        // Of the many that stand for nothing yet, some.
+        // Some of the many code points that are not assigned yet.
         auto type = u_charType(c);
         if ((type == U_UNASSIGNED || type == U_PRIVATE_USE_CHAR) && c % 61 != 0) continue;
-        // Between a letter before and a mark behind it.
+        // Between a letter and a mark.
         for (auto text : {icu::UnicodeString(c), icu::UnicodeString(u"É").append(c).append(UChar32(0x301))}) {
             auto folded = fold(utf8(text));
             ASSERT_EQ(folded, byIcu(text)) << std::hex << c;

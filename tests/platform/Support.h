@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 /// Long enough that only a hang reaches it.
 constexpr auto forever = 60s;
 
-/// Things that happened, in their order, told from any thread.
+/// Things that happened, in their order, reported from any thread.
 template <class T>
 class Journal {
 public:
