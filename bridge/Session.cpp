@@ -92,7 +92,8 @@ void Session::refuse(const std::optional<Value>& id, std::string_view message) {
 
 void Session::write(const ValueMap& line) {
     auto text = json::write(writable(line));
-    if (!text) return platform::log("error: a line of the session has no form in JSON");
+    if (!text)
+        return platform::log(platform::LogLevel::warning, "bridge", "error: a line of the session has no form in JSON");
     std::lock_guard lock(writing_);
     sink_(*text);
 }

@@ -201,7 +201,7 @@ private:
         server_.Delete(".*", plain);
         server_.Post(".*", withBody);
         server_.set_exception_handler([](const httplib::Request&, httplib::Response& response, std::exception_ptr) {
-            platform::log("A call of the server failed.");
+            platform::log(platform::LogLevel::warning, "sandbox", "A call of the server failed.");
             response.status = 500;
         });
     }

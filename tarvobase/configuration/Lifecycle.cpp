@@ -14,7 +14,8 @@ constexpr std::chrono::seconds patience{10};
 void shutdown() {
     platform::WorkerPool::cancelAllTimers();
     bren::BrenNetworkManager::sharedInstance().shutDown();
-    if (!platform::WorkerPool::waitUntilIdle(patience)) platform::log("shutdown: work is still running");
+    if (!platform::WorkerPool::waitUntilIdle(patience))
+        platform::log(platform::LogLevel::warning, "configuration", "shutdown: work is still running");
 }
 
 }  // namespace tarvo

@@ -108,7 +108,8 @@ void UserAccountsManager::updatePersistenceMode(const std::string& for_, Persist
         modes.set(for_, rawText(to));
         return Value(std::move(modes));
     });
-    platform::log("PersistanceMode updated for `" + for_ + "` to `" + std::string(rawText(to)) + "`");
+    platform::log(platform::LogLevel::progress, "configuration",
+                  "PersistanceMode updated for `" + for_ + "` to `" + std::string(rawText(to)) + "`");
 }
 
 std::optional<std::chrono::sys_time<std::chrono::milliseconds>> AppState::getLastModulesSyncTime(

@@ -89,7 +89,8 @@ KelvaDatabasePersistance::~KelvaDatabasePersistance() = default;
 Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::optional<std::string>& passphrase) {
     std::unique_lock lock(mutex_);
     if (database_) {
-        platform::log("Already registered database at path: " + databaseName());
+        platform::log(platform::LogLevel::progress, "database",
+                      "Already registered database at path: " + databaseName());
         return false;
     }
     try {
@@ -105,7 +106,7 @@ Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::opt
     } catch (const std::exception& error) {
         return OpeningFailure{OpeningFailure::Kind::other, error.what()};
     }
-    platform::log("Registered database at path: " + databaseName());
+    platform::log(platform::LogLevel::progress, "database", "Registered database at path: " + databaseName());
     return true;
 }
 
@@ -116,15 +117,17 @@ bool KelvaDatabasePersistance::deregisterDB() {
         database.swap(database_);
     }
     if (!database) {
-        platform::log("Already deregistered database at path: " + databaseName());
+        platform::log(platform::LogLevel::progress, "database",
+                      "Already deregistered database at path: " + databaseName());
         return false;
     }
     try {
         database->close();
     } catch (const std::exception& error) {
-        platform::log(std::string("error while closing the database: ") + error.what());
+        platform::log(platform::LogLevel::warning, "database",
+                      std::string("error while closing the database: ") + error.what());
     }
-    platform::log("Deregistered database at path: " + databaseName());
+    platform::log(platform::LogLevel::progress, "database", "Deregistered database at path: " + databaseName());
     return true;
 }
 
@@ -137,14 +140,15 @@ template <class Work>
 bool KelvaDatabasePersistance::withDatabase(std::string_view doing, Work&& work) const {
     auto database = opened();
     if (!database) {
-        platform::log("error: the database is not open: " + std::string(doing));
+        platform::log(platform::LogLevel::warning, "database",
+                      "error: the database is not open: " + std::string(doing));
         return false;
     }
     try {
         work(*database);
         return true;
     } catch (const std::exception& error) {
-        platform::log("error: " + std::string(doing) + ": " + error.what());
+        platform::log(platform::LogLevel::warning, "database", "error: " + std::string(doing) + ": " + error.what());
         return false;
     }
 }
@@ -200,10 +204,12 @@ std::optional<std::vector<std::size_t>> KelvaDatabasePersistance::insertAccepted
 
 void KelvaDatabasePersistance::update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) {
     if (!kelva::allConvertible(boundValues(values)))
-        return platform::log("Could not convert cast values to [String: DatabaseValueConvertible?");
+        return platform::log(platform::LogLevel::warning, "database",
+                             "Could not convert cast values to [String: DatabaseValueConvertible?");
     auto parameters = criteria.parameters();
     if (!kelva::allConvertible(parameters))
-        return platform::log("Could not convert criteria values to [DatabaseValueConvertible?");
+        return platform::log(platform::LogLevel::warning, "database",
+                             "Could not convert criteria values to [DatabaseValueConvertible?");
     withDatabase("update " + tableName, [&](kelva::KelvaDatabase& database) {
         database.inTransaction([&](kelva::Database& writer) {
             writer.execute(kelva::UpdateQuery(tableName).set(values).filter(criteria.sql(), parameters));
@@ -223,7 +229,8 @@ std::optional<Rows> KelvaDatabasePersistance::fetchObjects(const std::string& ra
                                                            const std::optional<ValueList>& parameters) {
     auto& bound = orEmpty(parameters);
     if (!kelva::allConvertible(bound)) {
-        platform::log("Could not convert " + kindsOf(bound) + " to [DatabaseValueConvertible?");
+        platform::log(platform::LogLevel::warning, "database",
+                      "Could not convert " + kindsOf(bound) + " to [DatabaseValueConvertible?");
         return std::nullopt;
     }
     std::optional<Rows> rows;
@@ -242,19 +249,22 @@ void KelvaDatabasePersistance::dropTable(const std::string& tablename) {
 void KelvaDatabasePersistance::attachDatabase(const std::string& fromPath, const std::string& withName) {
     bool done =
         withDatabase("attach", [&](kelva::KelvaDatabase& database) { database.attachDatabase(fromPath, withName); });
-    if (done) platform::log("Attached database `" + fromPath + "` with name `" + withName + "`");
+    if (done)
+        platform::log(platform::LogLevel::progress, "database",
+                      "Attached database `" + fromPath + "` with name `" + withName + "`");
 }
 
 void KelvaDatabasePersistance::detachDatabase(const std::string& named) {
     bool done = withDatabase("detach", [&](kelva::KelvaDatabase& database) { database.detachDatabase(named); });
-    if (done) platform::log("Detached database having name `" + named + "`");
+    if (done) platform::log(platform::LogLevel::progress, "database", "Detached database having name `" + named + "`");
 }
 
 void KelvaDatabasePersistance::execute(const std::vector<Statement>& queries) {
     for (auto& query : queries)
         if (!kelva::allConvertible(orEmpty(query.parameters)))
-            return platform::log("could not convert `" + kindsOf(*query.parameters) +
-                                 " to [DatabaseValueConvertible]`");
+            return platform::log(
+                platform::LogLevel::warning, "database",
+                "could not convert `" + kindsOf(*query.parameters) + " to [DatabaseValueConvertible]`");
     withDatabase("execute", [&](kelva::KelvaDatabase& database) {
         database.inTransaction([&](kelva::Database& writer) {
             for (auto& query : queries) writer.execute(query.rawQuery, orEmpty(query.parameters));

@@ -37,7 +37,8 @@ LayoutRows byLayout(Rows rows, std::optional<DisplayMode> mode) {
 
 void logAndDropEmpty(LayoutRows& layouts) {
     std::erase_if(layouts, [](auto& layout) {
-        if (layout.second.empty()) platform::log("layout-metadata not found for `" + layout.first);
+        if (layout.second.empty())
+            platform::log(platform::LogLevel::warning, "metadata", "layout-metadata not found for `" + layout.first);
         return layout.second.empty();
     });
 }

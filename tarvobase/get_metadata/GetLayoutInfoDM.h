@@ -62,7 +62,8 @@ private:
             if (list)
                 info.orderedLayouts.set(layout.layoutID, Layout<T>(layout, std::move(list.mapped())));
             else
-                platform::log("metadadata not found for layout with id `" + layout.layoutID);
+                platform::log(platform::LogLevel::warning, "metadata",
+                              "metadadata not found for layout with id `" + layout.layoutID);
         }
         return info;
     }

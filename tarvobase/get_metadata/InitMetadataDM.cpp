@@ -78,7 +78,8 @@ void InitMetadataDM::request(const std::vector<Module>& modules) {
         self->batchAnswered(
             modules, std::move(answer), [](auto body) { return MetadataParser().parse(body); },
             [&self](auto& detail, auto& info) {
-                platform::log("MetadataInfo Parsing completed for " + info.moduleName);
+                platform::log(platform::LogLevel::progress, "metadata",
+                              "MetadataInfo Parsing completed for " + info.moduleName);
                 self->writer_.store(detail);
             });
     });
@@ -92,7 +93,7 @@ std::string InitMetadataDM::profileID() const {
 }
 
 void InitMetadataDM::allBatchesCompleted() {
-    platform::log("MetadataInfo Batch completed.");
+    platform::log(platform::LogLevel::progress, "metadata", "MetadataInfo Batch completed.");
     // The statements of the tables went past the modules in memory.
     persistance_.batches.moduleDAO->reloadAll();
     notifyModulesAdded(true);

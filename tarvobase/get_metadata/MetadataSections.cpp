@@ -154,7 +154,8 @@ SettingsSection relatedSort(const Value& section, const SectionContext& context)
     if (entries->size() >= 2 && entries->at(0).asText() && entries->at(1).asText())
         sort = *entries->at(0).asText() + "," + *entries->at(1).asText();
     else
-        platform::log("Related List - Sort Column and Order not found. Resolved using default");
+        platform::log(platform::LogLevel::progress, "metadata",
+                      "Related List - Sort Column and Order not found. Resolved using default");
     return std::vector{settingOf(context, SettingName::relatedListSort, sort)};
 }
 

@@ -39,7 +39,8 @@ public:
 
 private:
     void say(const std::string& what) const {
-        platform::log("metadata of " + module_ + ", " + std::string(section_) + ": " + what);
+        platform::log(platform::LogLevel::warning, "metadata",
+                      "metadata of " + module_ + ", " + std::string(section_) + ": " + what);
     }
     const std::string& module_;
     std::string_view section_;

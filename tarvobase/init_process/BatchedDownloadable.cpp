@@ -94,13 +94,15 @@ void BatchedDownloadable::endBatch(const std::vector<Module>& modules) {
 }
 
 void BatchedDownloadable::transportFailed(const std::vector<Module>& modules, const NetworkError& error) {
-    platform::log("progress updated failure invoked: " + std::string(bren::kindName(error.kind)));
+    platform::log(platform::LogLevel::warning, "first download",
+                  "progress updated failure invoked: " + std::string(bren::kindName(error.kind)));
     logBatch(std::string(words_.completed) + " - failure for ", modules);
     tellFailure(errorResponder, error);
 }
 
 void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, const ParserError& error) {
-    platform::log("progress updated failure invoked: " + error.logText());
+    platform::log(platform::LogLevel::warning, "first download",
+                  "progress updated failure invoked: " + error.logText());
     logBatch(std::string(words_.completed) + " - failure for ", modules);
     if (auto responder = errorResponder.lock()) responder->parsingError();
 }
@@ -108,11 +110,13 @@ void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, cons
 void BatchedDownloadable::logBatch(std::string_view what, const std::vector<Module>& modules) const {
     std::vector<std::string> names;
     for (auto& module : modules) names.push_back(module.moduleName);
-    platform::log(std::string(words_.step).append(what).append(text::join(names, ", ")));
+    platform::log(platform::LogLevel::warning, "first download",
+                  std::string(words_.step).append(what).append(text::join(names, ", ")));
 }
 
 void BatchedDownloadable::logUnreadable(const std::string& moduleName, const ParserError& error) const {
-    platform::log(std::string(words_.step) + " of " + moduleName + " could not be read: " + error.logText());
+    platform::log(platform::LogLevel::warning, "first download",
+                  std::string(words_.step) + " of " + moduleName + " could not be read: " + error.logText());
 }
 
 }  // namespace tarvo

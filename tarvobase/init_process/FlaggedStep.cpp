@@ -32,7 +32,8 @@ void FlaggedStep::answered(const NetworkAnswer& answer) {
 }
 
 void FlaggedStep::fail(const std::string& why) {
-    platform::log("the step " + flag() + " of the first download failed: " + why);
+    platform::log(platform::LogLevel::warning, "first download",
+                  "the step " + flag() + " of the first download failed: " + why);
     end(failure_, false);
 }
 

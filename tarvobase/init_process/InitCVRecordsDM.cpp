@@ -76,7 +76,9 @@ std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>
 
 void InitCVRecordsDM::store(const WireRecords& records, const std::optional<std::string>& moduleName) {
     // Nobody could say which table they belong to.
-    if (!moduleName) return platform::log("InitCVRecords of a module left out: the answer does not name it");
+    if (!moduleName)
+        return platform::log(platform::LogLevel::warning, "first download",
+                             "InitCVRecords of a module left out: the answer does not name it");
     persistance_.recordDAO->storeRecord(records, *moduleName);
     auto& settings = *persistance_.recordSettingsPersistance;
     auto number = settings.getNumberOfRecordsDownloaded(*moduleName).value_or(0);

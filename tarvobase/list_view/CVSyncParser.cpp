@@ -66,13 +66,14 @@ struct ReadRow {
 };
 
 void logDropped(const std::string& viewName, std::string_view why) {
-    platform::log("custom view \"" + viewName + "\" is left out: " + std::string(why));
+    platform::log(platform::LogLevel::warning, "list view",
+                  "custom view \"" + viewName + "\" is left out: " + std::string(why));
 }
 
 std::optional<ReadRow> readRow(const ValueList& values, bool hasServerCriteria) {
     PositionalRow row(values, PositionalRow::Mode::strict);
     if (row.size() < (hasServerCriteria ? leastWithServerCriteria : columnCount)) {
-        platform::log("a custom view is left out: its row is too short");
+        platform::log(platform::LogLevel::warning, "list view", "a custom view is left out: its row is too short");
         return std::nullopt;
     }
     ReadRow read;
@@ -117,7 +118,7 @@ Result<std::vector<CustomView>, ParserError> CVSyncParser::parseResult(const Val
     for (auto& value : rows) {
         auto list = value.asList();
         if (!list) {
-            platform::log("a custom view is left out: it is no row");
+            platform::log(platform::LogLevel::warning, "list view", "a custom view is left out: it is no row");
             continue;
         }
         if (auto row = readRow(*list, hasServerCriteria)) append(views, *std::move(row), info.moduleName);

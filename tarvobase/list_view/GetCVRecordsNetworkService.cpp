@@ -25,11 +25,14 @@ ValueMap paramsOf(const GetCVRecordsNetworkRequest& request) {
 void GetCVRecordsNetworkService::getRecordList(const GetCVRecordsNetworkRequest& request, Completion completion) {
     post(paramsOf(request), [completion = std::move(completion)](NetworkAnswer answer) {
         if (answer.error) {
-            platform::log("the records of a view were not answered: " + answer.error->message);
+            platform::log(platform::LogLevel::warning, "list view",
+                          "the records of a view were not answered: " + answer.error->message);
             return completion(std::nullopt);
         }
         auto parsed = WireRecordsParser::parse(answer.body);
-        if (!parsed) platform::log("the answer with the records of a view cannot be read");
+        if (!parsed)
+            platform::log(platform::LogLevel::warning, "list view",
+                          "the answer with the records of a view cannot be read");
         completion(parsed ? std::optional(*std::move(parsed)) : std::nullopt);
     });
 }

@@ -70,7 +70,8 @@ void GetFilterRecordListDM::getRecordList(const RequestPtr& request, Answers ans
     auto recordCount = static_cast<std::int64_t>(records.size());
     bool anyRows = recordCount > 0;
     if (anyRows) {
-        platform::log("Records in DB for " + call->view.viewName + ": " + std::to_string(recordCount));
+        platform::log(platform::LogLevel::progress, "list view",
+                      "Records in DB for " + call->view.viewName + ": " + std::to_string(recordCount));
         call->answers.callback({std::move(records), hasMore(*request)});
     }
     // Rows that are about to be replaced are shown, but they are no part of the list that the server is asked for.
@@ -79,7 +80,8 @@ void GetFilterRecordListDM::getRecordList(const RequestPtr& request, Answers ans
     if (mayAsk && canTriggerNetworkRequest(*request, heldCount))
         return triggerNetworkRequest(call, fromOf(*request) + heldCount);
     if (anyRows) return;
-    platform::log("No record in DB and Server not triggered for " + call->view.viewName);
+    platform::log(platform::LogLevel::progress, "list view",
+                  "No record in DB and Server not triggered for " + call->view.viewName);
     call->answers.callback({});
 }
 
@@ -119,7 +121,7 @@ bool GetFilterRecordListDM::canTriggerNetworkRequest(const GetListFilterRecordsP
 }
 
 void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int64_t from) {
-    platform::log(call->view.viewName + ", from " + std::to_string(from));
+    platform::log(platform::LogLevel::progress, "list view", call->view.viewName + ", from " + std::to_string(from));
     parts.networkService->getRecordList({.cv = call->view,
                                          .module = call->moduleInfo.module,
                                          .from = from,
@@ -146,8 +148,9 @@ void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t 
 void GetFilterRecordListDM::takeOver(const Call& call, std::int64_t from, const WireRecords& records) {
     auto& request = *call.request;
     auto ids = parts.recordPersistance->storeRecord(records, request.moduleName);
-    platform::log("Network call success for " + call.view.viewName + ", with count of records " +
-                  std::to_string(ids.size()));
+    platform::log(
+        platform::LogLevel::progress, "list view",
+        "Network call success for " + call.view.viewName + ", with count of records " + std::to_string(ids.size()));
     // Only an answer that begins the list can stand for all of it.
     bool replaces = !call.view.isOfflineSupported && from == 0 && onlineViews().noteAnswer(keyOf(call.view));
     if (replaces) parts.filterRecordMapPersistance->delete_(request.criteriaId, request.moduleName);
@@ -168,10 +171,12 @@ void GetFilterRecordListDM::notePosition(const Call& call, const RecordListInfo&
 void GetFilterRecordListDM::answerFinally(const Call& call) const {
     auto records = readLocally(call);
     if (records.empty()) {
-        platform::log("No record after network call for " + call.view.viewName);
+        platform::log(platform::LogLevel::progress, "list view",
+                      "No record after network call for " + call.view.viewName);
         return call.answers.onSuccess({});
     }
-    platform::log("Record count after network call for " + call.view.viewName + ": " + std::to_string(records.size()));
+    platform::log(platform::LogLevel::progress, "list view",
+                  "Record count after network call for " + call.view.viewName + ": " + std::to_string(records.size()));
     call.answers.onSuccess({std::move(records), hasMore(*call.request)});
 }
 

@@ -51,7 +51,7 @@ void InitCustomViewDM::request(const std::vector<Module>& modules) {
 }
 
 void InitCustomViewDM::store(const std::vector<CustomView>& views, const std::string& moduleName) {
-    platform::log("CustomViewInfo Parsing completed for " + moduleName);
+    platform::log(platform::LogLevel::progress, "list view", "CustomViewInfo Parsing completed for " + moduleName);
     persistance_.customViewDAO->storeCustomView(views);
     std::vector<std::string> viewIDs;
     for (auto& view : views) viewIDs.push_back(view.viewID);
@@ -61,7 +61,7 @@ void InitCustomViewDM::store(const std::vector<CustomView>& views, const std::st
 }
 
 void InitCustomViewDM::allBatchesCompleted() {
-    platform::log("CustomViewInfo Batch completed.");
+    platform::log(platform::LogLevel::progress, "list view", "CustomViewInfo Batch completed.");
     callSuccess();
     endRun();
 }

@@ -25,7 +25,8 @@ bren::BrenTaskPriority libraryPriority(NTaskPriority priority) {
 
 std::optional<URLRequest> requestFor(const std::string& url, HTTPMethod method) {
     if (!bren::isValidURL(url)) {
-        platform::log("Coult not generate url with given string: " + bren::withoutQuery(url));
+        platform::log(platform::LogLevel::warning, "network",
+                      "Coult not generate url with given string: " + bren::withoutQuery(url));
         return std::nullopt;
     }
     return URLRequest{

@@ -57,6 +57,8 @@ bool withToken(
     return true;
 }
 
-void logHeaders(const URLRequest& request) { platform::log("Header: " + request.headers.names()); }
+void logHeaders(const URLRequest& request) {
+    platform::log(platform::LogLevel::progress, "network", "Header: " + request.headers.names());
+}
 
 }  // namespace tarvo::service

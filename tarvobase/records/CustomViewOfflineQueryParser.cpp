@@ -108,7 +108,8 @@ struct Connectors {
 std::vector<std::string> CriteriaParser::getPlaceholderAndReplaceInfo(const CustomViewCriteria& criteria) {
     auto comparator = fromRawText<CustomViewComparator>(criteria.comparator);
     if (!comparator) {
-        platform::log("Comparator is new (not specified in enum CustomViewComparator)");
+        platform::log(platform::LogLevel::warning, "records",
+                      "Comparator is new (not specified in enum CustomViewComparator)");
         return {};
     }
     if (isInLikeQueryList(*comparator)) return likeQuery(criteria, *comparator);
@@ -176,7 +177,7 @@ bool CustomViewOfflineQueryParser::appendList(const ValueList& list, Depth depth
 bool CustomViewOfflineQueryParser::appendLeaf(const ValueMap& map, Depth depth) {
     auto criteria = getCriteria(map);
     if (!criteria) {
-        platform::log(criteria.error().mandatoryColumnNotFoundOrNil);
+        platform::log(platform::LogLevel::warning, "records", criteria.error().mandatoryColumnNotFoundOrNil);
         return false;
     }
     updateOfflineQueryPlaceholder(*criteria, depth);

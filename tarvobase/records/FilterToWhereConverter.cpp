@@ -90,7 +90,7 @@ std::optional<std::string> condition(const std::string& column, StringFilterType
 template <class DateType>
 std::optional<std::string> dates(const std::string& column, DateType type, const Inputs& inputs) {
     auto text = dateCondition(column, type, inputs);
-    if (!text) platform::log("Illegal filter input");
+    if (!text) platform::log(platform::LogLevel::warning, "records", "Illegal filter input");
     return text;
 }
 std::optional<std::string> condition(const std::string& column, DateFilterTypes type, const Inputs& inputs) {

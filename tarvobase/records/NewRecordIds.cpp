@@ -32,7 +32,7 @@ std::string NewRecordIds::getNewRecordId() {
         return Value(number);
     });
     if (stored) return idOf(number);
-    platform::log("the counter of new records could not be stored");
+    platform::log(platform::LogLevel::warning, "records", "the counter of new records could not be stored");
     return idOf(number > 0 ? number : ++last_);
 }
 

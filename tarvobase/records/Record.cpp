@@ -99,7 +99,7 @@ std::optional<Record> Record::fromValues(ValueMap values, std::string moduleName
                                          std::string_view message) {
     auto id = values.find(identifier);
     if (!id || !id->asText()) {
-        platform::log(std::string(message));
+        platform::log(platform::LogLevel::warning, "records", std::string(message));
         return std::nullopt;
     }
     auto recordId = *id->asText();
@@ -138,7 +138,7 @@ std::optional<Record> Record::fromRow(Row row, std::string moduleName, const Fie
     }
     if (auto number = id.asInteger())
         return Record(row.toMap(), std::to_string(*number), std::move(moduleName), naming);
-    platform::log(std::string(notFoundOrNoMatch));
+    platform::log(platform::LogLevel::warning, "records", std::string(notFoundOrNoMatch));
     return std::nullopt;
 }
 
@@ -186,7 +186,7 @@ void Record::set(std::string_view column, Value value) {
     auto held = row_;  // the name may lie in the block that is left here
     if (column != identifierColumn()) return ownValues().set(column, std::move(value));
     if (auto text = value.asText()) return setRecordId(*text);
-    platform::log("Invalid Record ID");
+    platform::log(platform::LogLevel::warning, "records", "Invalid Record ID");
 }
 
 bool Record::hasColumn(std::string_view column) const {

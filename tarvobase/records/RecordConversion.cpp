@@ -123,7 +123,7 @@ Value textOfMoment(const ValueView& stored, const DateFormatter& formatter) {
 Value wireBoolean(const ValueView& stored) {
     if (auto text = stored.asText()) return *text == "true";
     if (auto boolean = stored.asBool()) return *boolean;
-    platform::log("invalid bool");
+    platform::log(platform::LogLevel::warning, "records", "invalid bool");
     return {};
 }
 

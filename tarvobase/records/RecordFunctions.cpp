@@ -57,7 +57,7 @@ Record reduceRecordSize(const Record& record, const std::vector<FieldMetadata>& 
         if (record.hasColumn(column))
             values.set(column, record.valueOf(column));
         else
-            platform::log("Invalid Record ID");
+            platform::log(platform::LogLevel::warning, "records", "Invalid Record ID");
     }
     return Record(std::move(values), record.recordId(), record.moduleName(), allMetadata.naming());
 }

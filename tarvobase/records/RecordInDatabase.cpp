@@ -31,7 +31,9 @@ const std::string* usableId(const ValueMap& row, std::string_view identifier) {
 }
 
 void noteLeftOut(std::size_t count, const std::string& moduleName) {
-    if (count > 0) platform::log("records of " + moduleName + " without an id were left out: " + std::to_string(count));
+    if (count > 0)
+        platform::log(platform::LogLevel::warning, "records",
+                      "records of " + moduleName + " without an id were left out: " + std::to_string(count));
 }
 
 /// Records of a list of wire dictionaries on their way into the table, those without an id left out.
@@ -79,7 +81,7 @@ std::vector<NestedRecords> nestedRecords(const RecordPage& page, std::string_vie
 std::string conditionOf(const CustomView& customView, const FieldList& fields) {
     auto condition = CustomViewQueryFormation::getWhereCondition(customView, fields);
     if (condition) return condition.value();
-    platform::log("no local condition for view " + customView.viewID);
+    platform::log(platform::LogLevel::warning, "records", "no local condition for view " + customView.viewID);
     return "";
 }
 
@@ -142,7 +144,7 @@ TableAccess RecordInDatabase::tableOf(const std::string& moduleName) const {
 std::optional<FieldList> RecordInDatabase::fieldsOf(const std::string& moduleName) const {
     auto fields = fieldLists_->getFields(moduleName, std::nullopt);
     if (fields) return std::move(fields).value();
-    platform::log("no fields of the module " + moduleName);
+    platform::log(platform::LogLevel::warning, "records", "no fields of the module " + moduleName);
     return std::nullopt;
 }
 
@@ -189,7 +191,8 @@ Names RecordInDatabase::store(const RowSource& rows, const Names& ids, const std
         (isRefused ? left : stored).push_back(ids[row]);
         if (isRefused) ++next;
     }
-    platform::log("the table of " + moduleName + " refuses the records " + text::join(left, ", "));
+    platform::log(platform::LogLevel::warning, "records",
+                  "the table of " + moduleName + " refuses the records " + text::join(left, ", "));
     return stored;
 }
 
@@ -250,7 +253,7 @@ void RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::stri
         if (value && value->asText())
             table.update(row, columnIs(id, *value->asText()));
         else
-            platform::log("INVALID RECORD. NO ID");
+            platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
     }
 }
 

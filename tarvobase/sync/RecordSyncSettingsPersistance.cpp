@@ -66,7 +66,9 @@ void RecordSyncSettingsPersistance::merge(const Dictionary& dictionary, const st
             all.set(moduleName, std::move(map));
             return all;
         });
-    if (!isStored) platform::log("the state of the records of " + moduleName + " could not be stored");
+    if (!isStored)
+        platform::log(platform::LogLevel::warning, "sync",
+                      "the state of the records of " + moduleName + " could not be stored");
 }
 
 }  // namespace tarvo

@@ -25,7 +25,8 @@ struct LoggedLines {
 }  // namespace
 
 void logOnce(const std::string& line) {
-    if (platform::ProcessState::current().get<LoggedLines>().add(line)) platform::log(line);
+    if (platform::ProcessState::current().get<LoggedLines>().add(line))
+        platform::log(platform::LogLevel::warning, "storage", line);
 }
 
 }  // namespace tarvo

@@ -41,7 +41,8 @@ std::string UserDefaultsUtil::getNewRecordId() {
         return Value(number);
     });
     if (stored) return std::string(tempIDPrefix) + std::to_string(number);
-    platform::log("the number of a temporary record could not be stored: a random one is taken");
+    platform::log(platform::LogLevel::warning, "utils",
+                  "the number of a temporary record could not be stored: a random one is taken");
     return std::string(tempIDPrefix) + std::to_string(platform::Random::number());
 }
 

@@ -6,7 +6,9 @@ namespace tarvo {
 
 namespace {
 
-void logUnknown(const std::string& name) { platform::log("Un supported or new module found: " + name); }
+void logUnknown(const std::string& name) {
+    platform::log(platform::LogLevel::warning, "values", "Un supported or new module found: " + name);
+}
 
 }  // namespace
 

@@ -110,7 +110,7 @@ struct MemberCodec<ValueMap> {
 /// column out of the row.
 inline Value jsonTextOrNull(const ValueMap& map, const std::string& label) {
     if (auto text = json::write(Value(map))) return *std::move(text);
-    platform::log(label + ": it holds what JSON cannot say");
+    platform::log(platform::LogLevel::warning, "values", label + ": it holds what JSON cannot say");
     return Value();
 }
 
