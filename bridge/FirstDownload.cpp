@@ -1,9 +1,9 @@
 #include "bridge/FirstDownload.h"
 
 #include "platform/MainQueue.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/UserDefaults.h"
-#include "tarvobase/database_layer/DatabaseConstants.h"
-#include "tarvobase/value_objects/InMemoryStorage.h"
+#include "tarvobase/storage/InMemoryStorage.h"
 
 namespace tarvo::bridge {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "bridge/Call.h"
-#include "bridge/JsonForm.h"
+#include "bridge/forms/JsonForm.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 
 namespace tarvo::bridge {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bridge/Call.h"
-#include "bridge/JsonForm.h"
+#include "bridge/forms/JsonForm.h"
 
 namespace tarvo::bridge {
 

@@ -2,7 +2,7 @@
 
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/notification/Topics.h"
+#include "tarvobase/notification/InitialProcessComplete.h"
 
 namespace tarvo::bridge {
 

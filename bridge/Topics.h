@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
+#include "platform/Describe.h"
 #include "platform/Object.h"
 #include "platform/Value.h"
-#include "tarvobase/usecase/Describe.h"
 
 namespace tarvo::bridge {
 

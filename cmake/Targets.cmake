@@ -119,14 +119,20 @@ endfunction()
 # All test binaries with the label "threads": what the thread sanitizer runs.
 add_custom_target(threaded_tests)
 
-# tarvo_test(name FOLDER dir LINKS a b LABELS c d SHARDS n): a GoogleTest binary of all sources of a folder, with one ctest
-# entry per shard. Shards of a slow group run side by side.
+# tarvo_test(name FOLDERS dir.. SOURCES file.. LINKS a b LABELS c d SHARDS n): a GoogleTest binary of all sources of some
+# folders and of single further ones, with one ctest entry per shard. Shards of a slow group run side by side.
 function(tarvo_test name)
-  cmake_parse_arguments(arg "" "FOLDER;SHARDS" "LINKS;LABELS" ${ARGN})
-  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER}/*.cpp)
-  if(NOT sources)
-    return()
-  endif()
+  cmake_parse_arguments(arg "" "SHARDS" "FOLDERS;SOURCES;LINKS;LABELS" ${ARGN})
+  set(sources "")
+  foreach(folder ${arg_FOLDERS})
+    file(GLOB_RECURSE found CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
+    if(NOT found)
+      message(FATAL_ERROR "${name}: no tests in ${folder}")
+    endif()
+    list(APPEND sources ${found})
+  endforeach()
+  list(TRANSFORM arg_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  list(APPEND sources ${arg_SOURCES})
   # A test takes compilers twice as long as another source, and is edited more often.
   math(EXPR TARVO_BATCH_SIZE "${TARVO_BATCH_SIZE} / 2")
   tarvo_batches(batches ${name} ${sources})

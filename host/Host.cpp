@@ -4,9 +4,9 @@
 #include "platform/ProcessState.h"
 #include "platform/SettingsStore.h"
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/Lifecycle.h"
 #include "tarvobase/configuration/UserDefaults.h"
-#include "tarvobase/database_layer/DatabaseConstants.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
 #include "tarvobase/utils/Util.h"
 

@@ -4,7 +4,7 @@
 
 #include "bridge/Recorder.h"
 #include "tarvobase/configuration/UserDefaults.h"
-#include "tarvobase/init_process/AppInitDataManager.h"
+#include "tarvobase/init_process/steps/AppInitDataManager.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
 
 namespace tarvo::host {

@@ -2,16 +2,16 @@
 #include <cstdio>
 
 #include "host/Arguments.h"
-#include "host/Console.h"
-#include "host/FieldsCommand.h"
-#include "host/FiltersCommand.h"
 #include "host/Host.h"
-#include "host/InitCommand.h"
-#include "host/ListCommand.h"
-#include "host/ModulesCommand.h"
-#include "host/Serve.h"
-#include "host/ShowCommand.h"
-#include "host/ViewsCommand.h"
+#include "host/commands/Console.h"
+#include "host/commands/FieldsCommand.h"
+#include "host/commands/FiltersCommand.h"
+#include "host/commands/InitCommand.h"
+#include "host/commands/ListCommand.h"
+#include "host/commands/ModulesCommand.h"
+#include "host/commands/ShowCommand.h"
+#include "host/commands/ViewsCommand.h"
+#include "host/serve/Serve.h"
 #include "platform/Log.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "sandbox/CallTable.h"
 
-#include "sandbox/calls/Calls.h"
+#include "sandbox/calls/Answers.h"
 
 namespace tarvo::sandbox {
 namespace {

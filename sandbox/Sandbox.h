@@ -6,10 +6,10 @@
 #include <optional>
 #include <string>
 
-#include "sandbox/Accounts.h"
 #include "sandbox/CallTable.h"
 #include "sandbox/Faults.h"
 #include "sandbox/RequestLog.h"
+#include "sandbox/SandboxAccounts.h"
 #include "sandbox/ServerClock.h"
 #include "sandbox/data/DataSet.h"
 

@@ -4,9 +4,9 @@
 
 #include "platform/Files.h"
 #include "platform/Json.h"
-#include "sandbox/Arguments.h"
 #include "sandbox/Certificates.h"
 #include "sandbox/HttpsServer.h"
+#include "sandbox/SandboxArguments.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "kelva_db/Database.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/records/RecordUtil.h"
-#include "tarvobase/value_objects/Tag.h"
+#include "tarvobase/value_objects/tag/Tag.h"
 
 namespace tarvo::benchmarks {
 

@@ -12,16 +12,16 @@
 
 #include "benchmarks/Support.h"
 #include "platform/MainQueue.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/UserDefaults.h"
-#include "tarvobase/database_layer/DatabaseConstants.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
-#include "tarvobase/get_metadata/GetFieldListDM.h"
-#include "tarvobase/get_metadata/MetadataStores.h"
-#include "tarvobase/init_process/InitCVRecordsDM.h"
 #include "tarvobase/init_process/InitProcessAssembler.h"
-#include "tarvobase/records/RecordInDatabase.h"
-#include "tarvobase/value_objects/CustomViewInDatabase.h"
-#include "tarvobase/value_objects/InMemoryStorage.h"
+#include "tarvobase/init_process/steps/InitCVRecordsDM.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 // A first download as an application runs it. Of its steps the one of the records has its service and its record tables
 // wrapped, both of which it takes as interfaces, so that the times are those of the run itself.

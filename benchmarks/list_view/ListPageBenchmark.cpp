@@ -8,11 +8,11 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
-#include "tarvobase/get_metadata/ModuleInfo.h"
 #include "tarvobase/list_view/GetCVRecordsDBS.h"
-#include "tarvobase/records/CVRecordMapInDatabase.h"
+#include "tarvobase/metadata/ModuleInfo.h"
+#include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/usecase/Usecase.h"
-#include "tarvobase/value_objects/CustomView.h"
+#include "tarvobase/value_objects/view/CustomView.h"
 
 // A page of a list: 200 records by 20 columns out of 100,000 of 60 columns, all of them in the view's map, beside the
 // quickest of the queries known for the same rows.

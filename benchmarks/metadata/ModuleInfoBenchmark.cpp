@@ -6,12 +6,12 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
-#include "tarvobase/get_metadata/GetModuleInfoDataManager.h"
-#include "tarvobase/value_objects/FieldMetadataInDatabase.h"
-#include "tarvobase/value_objects/ModuleInDatabase.h"
-#include "tarvobase/value_objects/ModulePermissionsInDatabase.h"
-#include "tarvobase/value_objects/PicklistMetadataInDatabase.h"
-#include "tarvobase/value_objects/SettingsInDatabase.h"
+#include "tarvobase/metadata/GetModuleInfoDataManager.h"
+#include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
+#include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
+#include "tarvobase/value_objects/module/ModuleInDatabase.h"
+#include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
+#include "tarvobase/value_objects/module/SettingsInDatabase.h"
 
 // The infos of an account's modules, without help from memory, beside the same rows read by hand.
 namespace tarvo::benchmarks {

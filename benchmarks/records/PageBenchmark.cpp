@@ -11,9 +11,9 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
-#include "tarvobase/records/RecordInDatabase.h"
-#include "tarvobase/records/RecordPage.h"
-#include "tarvobase/value_objects/FieldMetadataInDatabase.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/records/wire/RecordPage.h"
+#include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
 
 // A page of the first download, from the bytes of the answer to committed encrypted rows: 10,000 records of 60 fields
 // beside the same work by hand, which knows the page's shape.

@@ -6,10 +6,10 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
-#include "tarvobase/get_metadata/ModuleInfo.h"
-#include "tarvobase/records/CustomViewOfflineQueryParser.h"
-#include "tarvobase/records/CustomViewQueryFormation.h"
-#include "tarvobase/records/RecordInDatabase.h"
+#include "tarvobase/metadata/ModuleInfo.h"
+#include "tarvobase/records/sql/CustomViewOfflineQueryParser.h"
+#include "tarvobase/records/sql/CustomViewQueryFormation.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
 
 // Views on the local tables: what it costs to compile one and to fill it, and one of them run over 100,000 records
 // beside the query that a hand would write for it.

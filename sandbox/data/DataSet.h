@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "sandbox/Accounts.h"
+#include "sandbox/SandboxAccounts.h"
 #include "sandbox/data/Currencies.h"
 #include "sandbox/data/Generator.h"
 #include "sandbox/data/Metadata.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/Describe.h"
 #include "platform/Object.h"
-#include "tarvobase/usecase/Describe.h"
 
 namespace tarvo {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tarvobase/usecase/Describe.h"
+#include "platform/Describe.h"
 
 /// Choices of a host that name a server, an edition or a feature variant.
 namespace tarvo {

@@ -8,7 +8,7 @@
 #include "platform/ProcessState.h"
 #include "platform/ProgrammingError.h"
 #include "platform/Text.h"
-#include "tarvobase/database_layer/DatabaseConstants.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
 
 namespace tarvo {
 

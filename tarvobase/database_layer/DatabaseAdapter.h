@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Describe.h"
 #include "platform/Object.h"
 #include "platform/Rows.h"
 #include "tarvobase/database_layer/Statements.h"
-#include "tarvobase/usecase/Describe.h"
 
 namespace kelva {
 class TransactionObserver;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/get_metadata/GetFieldListDM.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/usecase/Usecase.h"
 
 namespace tarvo {

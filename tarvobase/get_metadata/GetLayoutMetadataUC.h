@@ -2,7 +2,7 @@
 
 #include <variant>
 
-#include "tarvobase/get_metadata/GetLayoutMetadataDataManager.h"
+#include "tarvobase/metadata/GetLayoutMetadataDataManager.h"
 #include "tarvobase/usecase/BaseDataManager.h"
 #include "tarvobase/usecase/Usecase.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tarvobase/get_metadata/GetLayoutMetadataDataManager.h"
+#include "tarvobase/metadata/GetLayoutMetadataDataManager.h"
 #include "tarvobase/usecase/DelegateUseCase.h"
 
 namespace tarvo {

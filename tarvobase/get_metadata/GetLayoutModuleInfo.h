@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tarvobase/get_metadata/GetModuleInfoWithChildDM.h"
+#include "tarvobase/metadata/GetModuleInfoWithChildDM.h"
 #include "tarvobase/usecase/Usecase.h"
 
 namespace tarvo {

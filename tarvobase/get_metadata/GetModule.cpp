@@ -1,6 +1,6 @@
 #include "tarvobase/get_metadata/GetModule.h"
 
-#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/metadata/MetadataStores.h"
 
 namespace tarvo {
 

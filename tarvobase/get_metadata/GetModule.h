@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarvobase/usecase/Usecase.h"
-#include "tarvobase/value_objects/ModulesPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 
 namespace tarvo {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/get_metadata/GetModuleInfoDataManager.h"
+#include "tarvobase/metadata/GetModuleInfoDataManager.h"
 #include "tarvobase/usecase/Usecase.h"
 
 namespace tarvo {

@@ -7,7 +7,7 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/utils/TemporaryIds.h"
-#include "tarvobase/value_objects/TagInDatabase.h"
+#include "tarvobase/value_objects/tag/TagInDatabase.h"
 
 namespace tarvo {
 

@@ -7,7 +7,7 @@
 #include "tarvobase/get_metadata/GetModuleTagsNS.h"
 #include "tarvobase/usecase/BaseDataManager.h"
 #include "tarvobase/usecase/Usecase.h"
-#include "tarvobase/value_objects/TagPersistanceDelegate.h"
+#include "tarvobase/value_objects/tag/TagPersistanceDelegate.h"
 
 namespace tarvo {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "tarvobase/usecase/DelegateUseCase.h"
-#include "tarvobase/value_objects/ModulesPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 
 namespace tarvo {
 

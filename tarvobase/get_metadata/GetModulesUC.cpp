@@ -1,7 +1,7 @@
 #include "tarvobase/get_metadata/GetModulesUC.h"
 
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/value_objects/ModuleInDatabase.h"
+#include "tarvobase/value_objects/module/ModuleInDatabase.h"
 
 namespace tarvo {
 

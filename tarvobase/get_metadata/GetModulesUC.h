@@ -6,7 +6,7 @@
 
 #include "tarvobase/usecase/BaseDataManager.h"
 #include "tarvobase/usecase/Usecase.h"
-#include "tarvobase/value_objects/ModulesPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 
 namespace tarvo {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tarvobase/value_objects/ModulePermissionsInDatabase.h"
+#include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
 
 namespace tarvo {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarvobase/usecase/DelegateUseCase.h"
-#include "tarvobase/value_objects/ModulePermissionsPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulePermissionsPersistanceDelegate.h"
 
 namespace tarvo {
 

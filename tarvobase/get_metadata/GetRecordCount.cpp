@@ -1,6 +1,6 @@
 #include "tarvobase/get_metadata/GetRecordCount.h"
 
-#include "tarvobase/records/RecordInDatabase.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/sync/RecordSyncSettingsPersistance.h"
 
 namespace tarvo {

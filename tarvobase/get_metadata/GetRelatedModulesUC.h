@@ -6,7 +6,7 @@
 
 #include "tarvobase/usecase/BaseDataManager.h"
 #include "tarvobase/usecase/Usecase.h"
-#include "tarvobase/value_objects/ModuleRelatedListPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModuleRelatedListPersistanceDelegate.h"
 
 namespace tarvo {
 

@@ -1,6 +1,6 @@
 #include "tarvobase/get_metadata/GetRelatedModulesUseCase.h"
 
-#include "tarvobase/value_objects/ModuleRelatedListInDatabase.h"
+#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
 
 namespace tarvo {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarvobase/usecase/DelegateUseCase.h"
-#include "tarvobase/value_objects/ModuleRelatedListPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModuleRelatedListPersistanceDelegate.h"
 
 namespace tarvo {
 

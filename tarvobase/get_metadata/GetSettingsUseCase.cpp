@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/metadata/MetadataStores.h"
 
 namespace tarvo {
 

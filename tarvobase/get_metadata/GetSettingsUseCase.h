@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarvobase/usecase/DelegateUseCase.h"
-#include "tarvobase/value_objects/SettingsPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/SettingsPersistanceDelegate.h"
 
 namespace tarvo {
 

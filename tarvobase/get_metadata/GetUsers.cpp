@@ -4,7 +4,7 @@
 
 #include "platform/Folding.h"
 #include "platform/Text.h"
-#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/metadata/MetadataStores.h"
 
 namespace tarvo {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarvobase/usecase/Usecase.h"
-#include "tarvobase/value_objects/UserPersistanceDelegate.h"
+#include "tarvobase/value_objects/account/UserPersistanceDelegate.h"
 
 namespace tarvo {
 

@@ -1,7 +1,7 @@
 #include "tarvobase/get_metadata/GetUsersUseCase.h"
 
 #include "tarvobase/get_metadata/GetUsers.h"
-#include "tarvobase/get_metadata/MetadataStores.h"
+#include "tarvobase/metadata/MetadataStores.h"
 
 namespace tarvo {
 

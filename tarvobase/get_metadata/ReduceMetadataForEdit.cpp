@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "platform/Data.h"
-#include "tarvobase/value_objects/Module.h"
-#include "tarvobase/value_objects/Tag.h"
+#include "tarvobase/value_objects/module/Module.h"
+#include "tarvobase/value_objects/tag/Tag.h"
 
 namespace tarvo {
 

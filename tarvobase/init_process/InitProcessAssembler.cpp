@@ -1,12 +1,12 @@
 #include "tarvobase/init_process/InitProcessAssembler.h"
 
-#include "tarvobase/get_metadata/InitMetadataDM.h"
-#include "tarvobase/init_process/GetCurrentUserDM.h"
-#include "tarvobase/init_process/InitCVRecordsDM.h"
-#include "tarvobase/init_process/InitCurrencyDM.h"
-#include "tarvobase/init_process/InitGetPermissionsDM.h"
-#include "tarvobase/init_process/InitGetPipelinesDM.h"
-#include "tarvobase/list_view/InitCustomViewDM.h"
+#include "tarvobase/init_process/steps/GetCurrentUserDM.h"
+#include "tarvobase/init_process/steps/InitCVRecordsDM.h"
+#include "tarvobase/init_process/steps/InitCurrencyDM.h"
+#include "tarvobase/init_process/steps/InitCustomViewDM.h"
+#include "tarvobase/init_process/steps/InitGetPermissionsDM.h"
+#include "tarvobase/init_process/steps/InitGetPipelinesDM.h"
+#include "tarvobase/init_process/steps/InitMetadataDM.h"
 
 namespace tarvo {
 

@@ -4,7 +4,7 @@
 
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/notification/Topics.h"
+#include "tarvobase/notification/InitialProcessComplete.h"
 
 namespace tarvo {
 

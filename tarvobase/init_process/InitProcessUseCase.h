@@ -4,11 +4,11 @@
 #include <memory>
 #include <vector>
 
-#include "tarvobase/get_metadata/PopulateRelatedModulesDM.h"
-#include "tarvobase/init_process/AppInitDataManager.h"
-#include "tarvobase/init_process/CurrentUserStep.h"
 #include "tarvobase/init_process/InitProcessDataManager.h"
 #include "tarvobase/init_process/InitProcessProtocols.h"
+#include "tarvobase/init_process/steps/AppInitDataManager.h"
+#include "tarvobase/init_process/steps/CurrentUserStep.h"
+#include "tarvobase/metadata/PopulateRelatedModulesDM.h"
 #include "tarvobase/usecase/CommonErrorsOnMainQueue.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
 

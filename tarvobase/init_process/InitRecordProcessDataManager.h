@@ -6,7 +6,7 @@
 
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/sync/RecordSyncSettingsPersistance.h"
-#include "tarvobase/value_objects/ModulesPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 
 namespace tarvo {
 

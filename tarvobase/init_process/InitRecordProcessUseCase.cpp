@@ -1,7 +1,7 @@
 #include "tarvobase/init_process/InitRecordProcessUseCase.h"
 
-#include "tarvobase/get_metadata/MetadataStores.h"
-#include "tarvobase/value_objects/InMemoryStorage.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/storage/InMemoryStorage.h"
 
 namespace tarvo {
 

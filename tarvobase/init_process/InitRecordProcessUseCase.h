@@ -3,8 +3,8 @@
 #include <atomic>
 #include <memory>
 
-#include "tarvobase/init_process/InitCVRecordsDM.h"
 #include "tarvobase/init_process/InitRecordProcessDataManager.h"
+#include "tarvobase/init_process/steps/InitCVRecordsDM.h"
 #include "tarvobase/usecase/CommonErrorsOnMainQueue.h"
 
 namespace tarvo {

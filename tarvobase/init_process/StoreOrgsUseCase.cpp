@@ -1,7 +1,7 @@
 #include "tarvobase/init_process/StoreOrgsUseCase.h"
 
 #include "tarvobase/utils/CommonUtils.h"
-#include "tarvobase/value_objects/OrganisationInUserDefaults.h"
+#include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 
 namespace tarvo {
 

@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "tarvobase/init_process/AppInitNetworkService.h"
+#include "tarvobase/init_process/steps/AppInitNetworkService.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
-#include "tarvobase/value_objects/OrganisationPersistance.h"
+#include "tarvobase/value_objects/account/OrganisationPersistance.h"
 
 namespace tarvo {
 

@@ -2,7 +2,7 @@
 #include "platform/dates/Dates.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/list_view/GetFilters.h"
-#include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 

@@ -1,7 +1,7 @@
 #include "tarvobase/list_view/FetchRecordNetworkService.h"
 
 #include "tarvobase/network_layer/FirstEntry.h"
-#include "tarvobase/records/RecordParser.h"
+#include "tarvobase/records/wire/RecordParser.h"
 
 namespace tarvo {
 

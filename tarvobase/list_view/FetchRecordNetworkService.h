@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarvobase/network_layer/BaseNetworkService.h"
-#include "tarvobase/value_objects/Module.h"
+#include "tarvobase/value_objects/module/Module.h"
 
 namespace tarvo {
 

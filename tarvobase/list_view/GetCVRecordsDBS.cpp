@@ -7,13 +7,13 @@
 #include "kelva_db/Database.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/get_metadata/GetFieldListDM.h"
-#include "tarvobase/get_metadata/ModuleInfo.h"
 #include "tarvobase/list_view/ListOrderIndexes.h"
-#include "tarvobase/records/FilterToWhereConverter.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
+#include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/records/RecordUtil.h"
-#include "tarvobase/records/SortDescriptorUtil.h"
-#include "tarvobase/value_objects/DatabasePersistanceClass.h"
+#include "tarvobase/records/sql/FilterToWhereConverter.h"
+#include "tarvobase/records/sql/SortDescriptorUtil.h"
+#include "tarvobase/storage/DatabasePersistanceClass.h"
 
 namespace tarvo {
 

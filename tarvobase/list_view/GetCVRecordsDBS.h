@@ -7,9 +7,9 @@
 
 #include "tarvobase/database_layer/SortDescriptor.h"
 #include "tarvobase/list_view/GetListFilterRecordsParams.h"
-#include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
-#include "tarvobase/records/RecordInDatabase.h"
-#include "tarvobase/value_objects/FilterProtocol.h"
+#include "tarvobase/records/sql/FilterRecordMapPersistanceDelegate.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/value_objects/view/FilterProtocol.h"
 
 namespace tarvo {
 

@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "tarvobase/network_layer/StaticBaseNetworkService.h"
-#include "tarvobase/records/WireRecords.h"
-#include "tarvobase/value_objects/FilterProtocol.h"
-#include "tarvobase/value_objects/Module.h"
+#include "tarvobase/records/wire/WireRecords.h"
+#include "tarvobase/value_objects/module/Module.h"
+#include "tarvobase/value_objects/view/FilterProtocol.h"
 
 namespace tarvo {
 

@@ -4,9 +4,9 @@
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/notification/Topics.h"
-#include "tarvobase/records/CVRecordMapInDatabase.h"
-#include "tarvobase/value_objects/CustomViewInDatabase.h"
+#include "tarvobase/notification/CVObserver.h"
+#include "tarvobase/records/sql/CVRecordMapInDatabase.h"
+#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {
 

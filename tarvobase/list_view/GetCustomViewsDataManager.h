@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
+#include "tarvobase/records/sql/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
-#include "tarvobase/value_objects/CustomViewPersistanceDelegate.h"
+#include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
 
 namespace tarvo {
 

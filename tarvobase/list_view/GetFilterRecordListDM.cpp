@@ -8,10 +8,10 @@
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/list_view/OnlineViews.h"
-#include "tarvobase/records/CVRecordMapInDatabase.h"
+#include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/usecase/Usecase.h"
-#include "tarvobase/value_objects/CustomViewInDatabase.h"
-#include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {
 

@@ -5,15 +5,15 @@
 #include <optional>
 #include <vector>
 
-#include "tarvobase/get_metadata/GetModuleInfoDataManager.h"
 #include "tarvobase/list_view/GetCVRecordsDBS.h"
 #include "tarvobase/list_view/GetCVRecordsNetworkService.h"
 #include "tarvobase/list_view/GetListFilterRecordsParams.h"
-#include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/metadata/GetModuleInfoDataManager.h"
+#include "tarvobase/records/sql/RecordPersistanceDelegate.h"
 #include "tarvobase/transaction/TransactionManagerContract.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
-#include "tarvobase/value_objects/CustomViewPersistanceDelegate.h"
+#include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
 
 namespace tarvo {
 

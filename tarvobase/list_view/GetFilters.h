@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "tarvobase/utils/OrderedDictionary.h"
-#include "tarvobase/value_objects/ColumnFilter.h"
-#include "tarvobase/value_objects/FieldMetadata.h"
-#include "tarvobase/value_objects/MetadataInfoContract.h"
+#include "tarvobase/value_objects/field/FieldMetadata.h"
+#include "tarvobase/value_objects/field/MetadataInfoContract.h"
+#include "tarvobase/value_objects/view/ColumnFilter.h"
 
 namespace tarvo {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tarvobase/usecase/DataSource.h"
-#include "tarvobase/value_objects/ColumnFilter.h"
+#include "tarvobase/value_objects/view/ColumnFilter.h"
 
 namespace tarvo {
 

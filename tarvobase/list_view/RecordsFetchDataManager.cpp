@@ -3,12 +3,12 @@
 #include <algorithm>
 
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/get_metadata/GetFieldListDM.h"
-#include "tarvobase/get_metadata/MetadataStores.h"
-#include "tarvobase/records/FilterToWhereConverter.h"
-#include "tarvobase/records/RecordConversion.h"
-#include "tarvobase/records/RecordInDatabase.h"
-#include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/records/sql/FilterToWhereConverter.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/records/wire/RecordConversion.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 

@@ -2,7 +2,7 @@
 
 #include "bren_network/BrenNetworkManager.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/value_objects/OrganisationInUserDefaults.h"
+#include "tarvobase/configuration/CurrentOrganisation.h"
 
 namespace tarvo {
 
@@ -22,7 +22,7 @@ NetworkCall callOf(URLRequest prepared, BaseNetworkService::Request request) {
 
 BaseNetworkService::BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> withNetworkConstants)
     : networkConstants(std::move(withNetworkConstants)),
-      orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
+      orgsPersistance(std::make_shared<CurrentOrganisationInUserDefaults>()) {}
 
 BaseNetworkService::BaseNetworkService(const CRMAPIs& endpoint, ApiVersion version,
                                        std::shared_ptr<NetworkConstantsProtocol> networkConstants)

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/Describe.h"
 #include "platform/Value.h"
-#include "tarvobase/usecase/Describe.h"
 
 namespace tarvo {
 

@@ -8,17 +8,11 @@
 #include <vector>
 
 #include "tarvobase/configuration/AuthenticationProtocol.h"
+#include "tarvobase/configuration/CurrentOrganisation.h"
 #include "tarvobase/network_layer/NetworkAdapter.h"
 
 /// What the two bases of network services share: how a request is built, and how a token gets into it.
 namespace tarvo {
-
-/// The organisation that authenticated requests are made for. `value_objects/OrganisationInUserDefaults` is the one of
-/// the settings store.
-class CurrentOrganisationProtocol : public virtual platform::Object {
-public:
-    virtual std::optional<std::string> currentOrganisationID() = 0;
-};
 
 /// The adapter of a service: made at the first read, which may come from several threads at once, or set before it.
 class LazyNetworkAdapter {

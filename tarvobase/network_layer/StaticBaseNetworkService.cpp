@@ -4,7 +4,7 @@
 
 #include "bren_network/BrenNetworkManager.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/value_objects/OrganisationInUserDefaults.h"
+#include "tarvobase/configuration/CurrentOrganisation.h"
 
 namespace tarvo {
 
@@ -15,7 +15,8 @@ constexpr const char* noAuthentication = "no authentication is configured";
 }  // namespace
 
 StaticBaseNetworkService::StaticBaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> networkConstants)
-    : networkConstants(std::move(networkConstants)), orgsPersistance(std::make_shared<OrganisationInUserDefaults>()) {}
+    : networkConstants(std::move(networkConstants)),
+      orgsPersistance(std::make_shared<CurrentOrganisationInUserDefaults>()) {}
 
 std::shared_ptr<NetworkAdapter> StaticBaseNetworkService::networkAdapter() {
     return networkAdapter_.getOr(

@@ -6,9 +6,9 @@
 #include "platform/ProgrammingError.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/utils/Util.h"
-#include "tarvobase/value_objects/IdentifierConstants.h"
-#include "tarvobase/value_objects/TagList.h"
-#include "tarvobase/value_objects/User.h"
+#include "tarvobase/value_objects/account/User.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+#include "tarvobase/value_objects/tag/TagList.h"
 
 namespace tarvo {
 

@@ -4,8 +4,8 @@
 
 #include "platform/Log.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/get_metadata/LayoutFieldLists.h"
-#include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/layout/LayoutFieldLists.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarvobase/records/Record.h"
-#include "tarvobase/value_objects/LayoutMetadata.h"
+#include "tarvobase/value_objects/layout/LayoutMetadata.h"
 
 namespace tarvo {
 

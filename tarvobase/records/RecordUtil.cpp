@@ -2,7 +2,7 @@
 
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/records/Record.h"
-#include "tarvobase/value_objects/IdentifierConstants.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 

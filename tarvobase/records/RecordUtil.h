@@ -6,7 +6,7 @@
 
 #include "tarvobase/configuration/FieldIdentifier.h"
 #include "tarvobase/utils/TemporaryIds.h"
-#include "tarvobase/value_objects/ModuleIdentifier.h"
+#include "tarvobase/value_objects/naming/ModuleIdentifier.h"
 
 namespace tarvo {
 

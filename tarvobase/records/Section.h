@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tarvobase/usecase/Describe.h"
+#include "platform/Describe.h"
 
 namespace tarvo {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "tarvobase/usecase/Describe.h"
+#include "platform/Describe.h"
 
 namespace tarvo {
 

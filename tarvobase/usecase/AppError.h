@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/Describe.h"
 #include "platform/Value.h"
-#include "tarvobase/usecase/Describe.h"
 
 namespace tarvo {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tarvobase/usecase/Describe.h"
+#include "platform/Describe.h"
 
 namespace tarvo {
 

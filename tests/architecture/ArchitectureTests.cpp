@@ -98,15 +98,75 @@ private:
     std::map<std::string, int> places_;
 };
 
-TEST(ArchitectureTest, HeadersFollowTheOrderOfTheLayers) {
+TEST(ArchitectureTest, HeadersAndSourcesFollowTheOrderOfTheLayers) {
     Layers layers;
-    for (auto& header : sources({"platform", "kelva_db", "bren_network", "tarvobase", "bridge"}, {".h"})) {
-        auto place = layers.placeOf(header);
-        ASSERT_TRUE(place) << header << " lies in no folder of layers.txt";
-        for (auto& include : includesOf(header)) {
+    auto folders = libraries;
+    std::erase(folders, "sandbox");
+    for (auto& source : sources(folders, {".h", ".cpp"})) {
+        auto place = layers.placeOf(source);
+        ASSERT_TRUE(place) << source << " lies in no folder of layers.txt";
+        for (auto& include : includesOf(source)) {
             auto other = layers.placeOf(include);
-            EXPECT_TRUE(other && *other <= *place) << header << " includes " << include;
+            EXPECT_TRUE(other && *other <= *place) << source << " includes " << include;
         }
+    }
+}
+
+TEST(ArchitectureTest, NoFolderIsCrowdedAndNoFileNameStandsTwice) {
+    constexpr int mostFilesInAFolder = 40;
+    std::map<std::string, int> files;
+    std::map<std::string, std::string> places;
+    for (auto& source : sources(libraries, {".h", ".cpp"})) {
+        fs::path path(source);
+        ++files[path.parent_path().string()];
+        if (path.filename() == "main.cpp") continue;
+        auto [first, isNew] = places.emplace(path.filename().string(), source);
+        EXPECT_TRUE(isNew) << source << " has the name of " << first->second;
+    }
+    for (auto& [folder, count] : files) EXPECT_LE(count, mostFilesInAFolder) << folder;
+}
+
+/// The innermost namespace that each top-level class of a header belongs to, and its name.
+std::vector<std::string> classesOf(const std::string& header) {
+    static const std::regex opensNamespace("^namespace ([\\w:]+) \\{");
+    // A specialisation of a template has a "<" after its name and does not match.
+    static const std::regex definesClass("^(?:class|struct) (\\w+)(?: final)?(?: :.*| \\{.*)$");
+    std::vector<std::string> classes;
+    std::string space;
+    for (auto& line : linesOf(root() / header)) {
+        std::smatch match;
+        if (std::regex_search(line, match, opensNamespace))
+            space = match[1];
+        else if (std::regex_search(line, match, definesClass))
+            classes.push_back(space + "::" + match[1].str());
+    }
+    return classes;
+}
+
+TEST(ArchitectureTest, NoClassIsDefinedInTwoHeaders) {
+    std::map<std::string, std::string> definitions;
+    for (auto& header : sources(libraries, {".h"}))
+        for (auto& name : classesOf(header)) {
+            auto [first, isNew] = definitions.emplace(name, header);
+            EXPECT_TRUE(isNew || first->second == header)
+                << name << " stands in " << first->second << " and " << header;
+        }
+}
+
+/// The folder of a test in the folders of the code: `tests/tarvobase/storage` tests `tarvobase/storage`.
+TEST(ArchitectureTest, TestsMirrorTheFoldersOfTheCode) {
+    for (auto& library : {"platform", "kelva_db", "bren_network", "tarvobase", "sandbox"})
+        for (auto& test : sources({"tests/" + std::string(library)}, {".h", ".cpp"})) {
+            auto folder = fs::path(test).parent_path().lexically_relative("tests");
+            EXPECT_TRUE(fs::is_directory(root() / folder)) << test << " tests no folder of the code";
+        }
+}
+
+TEST(ArchitectureTest, InternalHeadersStayOutOfPublicOnes) {
+    for (auto& header : sources(libraries, {".h"})) {
+        if (header.find("/internal/") != std::string::npos) continue;
+        for (auto& include : includesOf(header))
+            EXPECT_EQ(include.find("/internal/"), std::string::npos) << header << " includes " << include;
     }
 }
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "sandbox/Arguments.h"
+#include "sandbox/SandboxArguments.h"
 
 namespace tarvo::sandbox {
 namespace {

@@ -1,0 +1,66 @@
+#include "bridge/FirstDownload.h"
+#include "bridge/calls/Calls.h"
+#include "bridge/forms/RecordForms.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/init_process/InitRecordProcessUseCase.h"
+#include "tarvobase/list_view/GetListFilterRecords.h"
+
+namespace tarvo::bridge {
+
+namespace {
+
+struct DownloadRequest {
+    bool pipelines = true;
+    static constexpr auto fields() { return describe(optionalField("pipelines", &DownloadRequest::pipelines)); }
+};
+struct RecordDownloadRequest {
+    static constexpr auto fields() { return describe(); }
+};
+
+/// The open database; without one the call is refused.
+std::shared_ptr<DatabaseAdapter> databaseFor(const CallPtr& call) {
+    auto database = CommonConfigration::sharedInstance().databaseAdapter.get();
+    if (!database) call->refuse("no database is open");
+    return database;
+}
+
+void startInitProcess(const DownloadRequest& request, const CallPtr& call) {
+    auto database = databaseFor(call);
+    if (!database) return;
+    auto steps = request.pipelines ? InitSteps::all : InitSteps::withoutPipelines;
+    auto notice = [call](std::string_view name, ValueMap arguments) { call->delegate(name, std::move(arguments)); };
+    // Also a run that stays has ended for the caller.
+    auto ended = [call](bool) { call->finish(); };
+    call->keepUntilEnd(FirstDownload::start(database, steps, {.notice = notice, .step = nullptr, .ended = ended}));
+}
+
+class RecordDownloadRecorder final : public CommonErrorRecorder, public InitRecordProcessUseCaseDelegate {
+public:
+    std::function<void()> ended;
+    void initRecordProcessCompleted(InitRecordProcessUseCase&) override {
+        told("initRecordProcessCompleted");
+        ended();
+    }
+};
+
+void startInitRecordProcess(RecordDownloadRequest, const CallPtr& call) {
+    auto database = databaseFor(call);
+    if (!database) return;
+    auto recorder = recorderFor<RecordDownloadRecorder>(call);
+    recorder->ended = [call] { call->finish(); };
+    auto usecase = InitRecordProcessUseCase::make(database, std::make_shared<BrenUserDefaults>());
+    usecase->delegate = recorder;
+    call->keepUntilEnd(usecase);
+    usecase->startInitRecordProcess();
+}
+
+}  // namespace
+
+void addDownloadCalls(Registry& registry) {
+    registry.addOperation<DownloadRequest>("InitProcessUseCase", startInitProcess);
+    registry.addOperation<RecordDownloadRequest>("InitRecordProcessUseCase", startInitRecordProcess);
+    registry.addUsecase<GetListFilterRecords<>>("GetListFilterRecords");
+}
+
+}  // namespace tarvo::bridge

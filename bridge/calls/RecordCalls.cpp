@@ -1,0 +1,102 @@
+#include "bridge/Recorder.h"
+#include "bridge/calls/Calls.h"
+#include "bridge/forms/RecordForms.h"
+#include "tarvobase/list_view/GetRecordsUseCase.h"
+
+namespace tarvo::bridge {
+
+namespace {
+
+struct RecordsRequest : RecordQueryTold {
+    Value miscData;
+    static constexpr auto fields() {
+        return describe(RecordQueryTold::fields(), optionalField("miscData", &RecordsRequest::miscData));
+    }
+};
+struct RecordRequest {
+    std::string moduleName;
+    std::string recordID;
+    Value miscData;
+    static constexpr auto fields() {
+        return describe(field("moduleName", &RecordRequest::moduleName), field("recordID", &RecordRequest::recordID),
+                        optionalField("miscData", &RecordRequest::miscData));
+    }
+};
+/// Seconds since 1970.
+struct DatesRequest : RecordQueryTold {
+    std::int64_t fromDate = 0, toDate = 0;
+    static constexpr auto fields() {
+        return describe(RecordQueryTold::fields(), field("fromDate", &DatesRequest::fromDate),
+                        field("toDate", &DatesRequest::toDate));
+    }
+};
+struct OpenRequest : RecordQueryTold {
+    bool fetchOnlyOpen = false;
+    static constexpr auto fields() {
+        return describe(RecordQueryTold::fields(), field("fetchOnlyOpen", &OpenRequest::fetchOnlyOpen));
+    }
+};
+
+class RecordsRecorder final : public CommonErrorRecorder, public GetRecordsUseCaseDelegate {
+public:
+    void record(const Records& records, const RecordQuery& query, const Value& miscData) override {
+        told("record", {{"records", toJson(records)},
+                        {"moduleName", toJson(query.module.moduleName)},
+                        {"miscData", toJson(miscData)}});
+    }
+    void record(const std::optional<Record>& record, const std::string& recordID, const Module& module,
+                const Value& miscData) override {
+        told("record", {{"record", toJson(record)},
+                        {"recordID", toJson(recordID)},
+                        {"moduleName", toJson(module.moduleName)},
+                        {"miscData", toJson(miscData)}});
+    }
+    void activityRecords(const Records& records, const RecordQuery& query) override {
+        told("activityRecords", {{"records", toJson(records)}, {"moduleName", toJson(query.module.moduleName)}});
+    }
+    void relatedModuleIsNilError() override { told("relatedModuleIsNilError"); }
+    void unableToConvertRecordFromDictionaryError() override { told("unableToConvertRecordFromDictionaryError"); }
+    void unableToGetIDForRecordError() override { told("unableToGetIDForRecordError"); }
+};
+
+/// The stored record is told first, and then the server's or what failed.
+void getRecord(const RecordRequest& request, const CallPtr& call) {
+    RecordQueryTold named;
+    named.moduleName = request.moduleName;
+    if (auto missing = named.complete()) return call->refuse(*missing);
+    auto usecase = GetRecordsUseCase::make();
+    auto recorder = recorderFor<RecordsRecorder>(call);
+    recorder->listener = [call, notices = 0](std::string_view name, ValueMap arguments) mutable {
+        call->delegate(name, std::move(arguments));
+        if (++notices == 2) call->finish();
+    };
+    usecase->delegate = recorder;
+    call->keepUntilEnd(usecase);
+    usecase->getRecord(named.module, request.recordID, request.miscData);
+}
+
+/// A question about a list, which one notice answers.
+template <class Request, class Ask>
+void addList(Registry& registry, const std::string& name, Ask ask) {
+    registry.addOperation<Request>("GetRecordsUseCase." + name, [ask](Request request, const CallPtr& call) {
+        if (auto missing = request.complete()) return call->refuse(*missing);
+        ask(*answeringOnce<RecordsRecorder>(GetRecordsUseCase::make(), call), request);
+    });
+}
+
+}  // namespace
+
+void addRecordCalls(Registry& registry) {
+    addList<RecordsRequest>(registry, "getRecords", [](GetRecordsUseCase& usecase, const RecordsRequest& request) {
+        usecase.getRecords(request, request.miscData);
+    });
+    registry.addOperation<RecordRequest>("GetRecordsUseCase.getRecord", getRecord);
+    addList<DatesRequest>(registry, "getActivityRecords", [](GetRecordsUseCase& usecase, const DatesRequest& request) {
+        usecase.getActivityRecords(request, request.fromDate, request.toDate);
+    });
+    addList<OpenRequest>(registry, "getActivitiesRecords", [](GetRecordsUseCase& usecase, const OpenRequest& request) {
+        usecase.getActivitiesRecords(request, request.fetchOnlyOpen);
+    });
+}
+
+}  // namespace tarvo::bridge

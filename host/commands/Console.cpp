@@ -1,0 +1,71 @@
+#include "host/commands/Console.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace tarvo::host {
+
+namespace {
+
+std::string harmless(std::string text) {
+    for (auto& c : text)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
+    return text;
+}
+
+// Terminals give a character of East Asia two places, and an accent by itself none.
+std::size_t placesOf(UChar32 character) {
+    auto type = u_charType(character);
+    if (type == U_NON_SPACING_MARK || type == U_ENCLOSING_MARK || type == U_FORMAT_CHAR) return 0;
+    auto width = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+}
+
+std::size_t widthOf(std::string_view text) {
+    std::size_t width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        UChar32 character = 0;
+        U8_NEXT(text.data(), at, text.size(), character);
+        width += character < 0 ? 1 : placesOf(character);
+    }
+    return width;
+}
+
+std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::size_t> widths;
+    for (auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], widthOf(row[i]));
+    }
+    return widths;
+}
+
+}  // namespace
+
+void note(std::string_view what) {
+    std::string line = harmless("tarvo-host: " + std::string(what)) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+int fail(std::string_view why, int status) {
+    note(why);
+    return status;
+}
+
+std::string tableText(const std::vector<std::vector<std::string>>& rows) {
+    auto widths = columnWidths(rows);
+    std::string text;
+    for (auto& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            text += harmless(row[i]);
+            if (i + 1 < row.size()) text.append(widths[i] - widthOf(row[i]) + 2, ' ');
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+}  // namespace tarvo::host

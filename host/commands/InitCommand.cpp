@@ -1,0 +1,182 @@
+#include "host/commands/InitCommand.h"
+
+#include <chrono>
+#include <cstdio>
+#include <map>
+#include <set>
+
+#include "bridge/FirstDownload.h"
+#include "host/commands/CommandSteps.h"
+#include "host/commands/Console.h"
+#include "host/commands/Progress.h"
+#include "platform/Files.h"
+#include "platform/Json.h"
+#include "platform/MainQueue.h"
+#include "platform/Text.h"
+#include "tarvobase/configuration/UserAccounts.h"
+#include "tarvobase/network_layer/NetworkAccess.h"
+#include "tarvobase/records/RecordUtil.h"
+
+namespace tarvo::host {
+
+namespace {
+
+using bridge::FirstDownload;
+
+std::int64_t storedRecordCount(const std::shared_ptr<DatabaseAdapter>& database) {
+    // Modules may share a table.
+    std::set<std::string> tables;
+    for (auto& module : storedModuleNames(database)) tables.insert(RecordUtil::getTableName(module));
+    std::int64_t count = 0;
+    for (auto& table : tables)
+        if (!database->columnNames(table).empty()) count += database->count(table, std::nullopt).value_or(0);
+    return count;
+}
+
+std::int64_t bytesOf(const std::string& path) {
+    std::uint64_t bytes = 0;
+    // What was written last lies beside the file until it is merged.
+    for (auto suffix : {"", "-wal"}) bytes += files::size(path + suffix).value_or(0);
+    return static_cast<std::int64_t>(bytes);
+}
+
+/// How a run went.
+struct RunOutcome {
+    bool isCompleted = false;
+    /// Why steps failed: the notices of each, with how often they came.
+    std::map<Process, std::map<std::string, int>> failures;
+};
+
+/// One run, shown while it goes on.
+class ShownRun {
+public:
+    ShownRun(Host& host, bool json) : database_(host.database()), progress_(Progress::formFor(json)) {}
+
+    /// Nothing when the server has kept silent for too long.
+    std::optional<RunOutcome> run() {
+        auto download = FirstDownload::start(
+            database_, InitSteps::all,
+            {.notice = [this](auto name, auto arguments) { noticeTold(name, arguments); },
+             .step = [this](auto step, auto event, auto& why) { stepTold(step, event, why); },
+             .ended = [this](bool completed) { hasEnded_ = true, outcome_.isCompleted = completed; }});
+        while (!hasEnded_) {
+            auto seen = reports_;
+            if (!MainQueue::shared()->runUntil([&] { return hasEnded_ || reports_ != seen; }, patience)) break;
+        }
+        progress_.end();
+        return hasEnded_ ? std::optional(outcome_) : std::nullopt;
+    }
+
+private:
+    void noticeTold(std::string_view name, const ValueMap& arguments) {
+        ++reports_;
+        if (name != "progressDidUpdate") return;
+        percent_ = arguments.valueOf("value").toReal().value_or(percent_);
+        show();
+    }
+
+    void stepTold(Process step, FirstDownload::StepEvent event, const std::string& why) {
+        using Event = FirstDownload::StepEvent;
+        ++reports_;
+        step_ = step;
+        auto told = outcome_.failures.find(step);
+        // A step that reports its end as failed has mostly told why before.
+        if (event == Event::failed && (!why.empty() || told == outcome_.failures.end())) ++outcome_.failures[step][why];
+        show();
+    }
+
+    void show() {
+        bool storesRecords = step_ == Process::initialRecords || percent_ >= 100;
+        if (storesRecords && static_cast<int>(percent_) != countedAt_) {
+            records_ = storedRecordCount(database_);
+            countedAt_ = static_cast<int>(percent_);
+        }
+        progress_.show(percent_, std::string(caseName(step_)), records_);
+    }
+
+    const std::shared_ptr<DatabaseAdapter> database_;
+    Progress progress_;
+    RunOutcome outcome_;
+    Process step_ = Process::currentUser;
+    double percent_ = 0;
+    std::int64_t records_ = 0;
+    int countedAt_ = -1;
+    std::size_t reports_ = 0;
+    bool hasEnded_ = false;
+};
+
+/// What is stored, and what it took.
+struct Summary {
+    std::int64_t modules = 0, records = 0, bytes = 0;
+    double seconds = 0;
+    int requests = 0;
+    bool isDownloaded = false;  ///< by this very run
+    std::vector<std::string> failures;
+    std::string database;
+    static constexpr auto fields() {
+        return describe(field("modules", &Summary::modules), field("records", &Summary::records),
+                        field("bytes", &Summary::bytes), field("seconds", &Summary::seconds),
+                        field("requests", &Summary::requests), field("downloaded", &Summary::isDownloaded),
+                        field("failures", &Summary::failures), field("database", &Summary::database));
+    }
+};
+
+std::string stepExplanation(Process step, const std::map<std::string, int>& notices) {
+    std::vector<std::string> reasons;
+    for (auto& [why, times] : notices)
+        reasons.push_back((why.empty() ? "not done" : explanationOf(why)) +
+                          (times > 1 ? " (" + std::to_string(times) + " times)" : ""));
+    return std::string(caseName(step)) + ": " + text::join(reasons, "; ");
+}
+
+std::string decimal(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f", number);
+    return text;
+}
+
+std::string forPeople(const Summary& summary) {
+    auto text = summary.isDownloaded ? "\nThe first download is complete.\n\n"
+                                     : "The first download was completed before; --fetch runs it again.\n\n";
+    std::vector<std::vector<std::string>> rows = {
+        {"modules", grouped(summary.modules)},
+        {"records", grouped(summary.records)},
+        {"on disk", grouped(summary.bytes) + " bytes, encrypted, " + summary.database},
+        {"time", decimal(summary.seconds) + " seconds"},
+        {"requests", grouped(summary.requests)}};
+    for (auto& failure : summary.failures) rows.push_back({"failed", failure});
+    return text + tableText(rows);
+}
+
+/// The account is noted once, however often it was completed.
+void completeAgain(const std::string& account, bool wasComplete, bool isCompleted) {
+    if (wasComplete && isCompleted) UserAccountsManager::userAccounts().resetInitialDownload(account);
+}
+
+}  // namespace
+
+int initAccount(Host& host, const Arguments& arguments) {
+    auto path = openDatabase(host, arguments);
+    if (!path) return path.error();
+    auto start = std::chrono::steady_clock::now();
+    bool wasComplete = UserAccountsManager::userAccounts().isInitialDownloadComplete(*arguments.account);
+    Summary summary;
+    summary.isDownloaded = !wasComplete || arguments.fetch;
+    if (summary.isDownloaded) {
+        auto outcome = ShownRun(host, arguments.json).run();
+        if (!outcome) return fail("the server did not answer in time; the next init goes on from here");
+        completeAgain(*arguments.account, wasComplete, outcome->isCompleted);
+        for (auto& [step, notices] : outcome->failures) summary.failures.push_back(stepExplanation(step, notices));
+        if (!outcome->isCompleted)
+            return fail("the first download could not begin: " + text::join(summary.failures, "; "));
+    }
+    summary.database = *path;
+    summary.modules = static_cast<std::int64_t>(storedModuleNames(host.database()).size());
+    summary.records = storedRecordCount(host.database());
+    summary.bytes = bytesOf(*path);
+    summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    summary.requests = requestCount();
+    return print(arguments.json ? json::write(bridge::toJson(summary)).value_or("") + "\n" : forPeople(summary));
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,147 @@
+#include "host/commands/ShowCommand.h"
+
+#include <algorithm>
+
+#include "bridge/Recorder.h"
+#include "bridge/forms/RecordForms.h"
+#include "host/commands/CommandSteps.h"
+#include "host/commands/Console.h"
+#include "host/commands/RecordText.h"
+#include "platform/Json.h"
+#include "platform/Text.h"
+#include "tarvobase/list_view/GetRecordsUseCase.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+
+namespace tarvo::host {
+
+namespace {
+
+constexpr const char* tokenNeededForRecord = "--token is required to sign in and fetch what is not stored";
+
+struct Entry {
+    std::string label, apiName, column, text;
+    static constexpr auto fields() {
+        return describe(field("label", &Entry::label), field("apiName", &Entry::apiName),
+                        field("column", &Entry::column), field("text", &Entry::text));
+    }
+};
+struct SectionTold {
+    std::string name;
+    std::vector<Entry> entries;
+    static constexpr auto fields() {
+        return describe(field("name", &SectionTold::name), field("fields", &SectionTold::entries));
+    }
+};
+
+/// The first notices of the two that answer is the stored record, which was found missing before.
+struct ServerAnswer {
+    std::optional<Record> record;
+    std::string failure;
+};
+
+class RecordListener final : public bridge::CommonErrorRecorder, public GetRecordsUseCaseDelegate {
+public:
+    std::function<void(ServerAnswer)> answered;
+    void start() {
+        listener = [this](std::string_view name, const ValueMap&) { answered({std::nullopt, std::string(name)}); };
+    }
+    void record(const std::optional<Record>& record, const std::string&, const Module&, const Value&) override {
+        if (isLocalTold_) answered({record, {}});
+        isLocalTold_ = true;
+    }
+    void unableToConvertRecordFromDictionaryError() override { told("unableToConvertRecordFromDictionaryError"); }
+    void unableToGetIDForRecordError() override { told("unableToGetIDForRecordError"); }
+    using GetRecordsUseCaseDelegate::record;
+
+private:
+    bool isLocalTold_ = false;
+};
+
+std::optional<ServerAnswer> askServer(const Module& module, const std::string& id) {
+    return awaited<ServerAnswer>([&](auto answered) {
+        auto usecase = GetRecordsUseCase::make();
+        auto listener = std::make_shared<RecordListener>();
+        listener->answered = answered;
+        listener->start();
+        usecase->delegate = listener;
+        usecase->getRecord(module, id);
+        return std::make_shared<std::pair<std::shared_ptr<GetRecordsUseCase>, std::shared_ptr<RecordListener>>>(
+            usecase, listener);
+    });
+}
+
+Result<Record, int> recordOf(Host& host, const Arguments& arguments) {
+    if (auto stored = RecordInDatabase::make(host.database())->fetchRecord(arguments.module, arguments.recordId))
+        return *std::move(stored);
+    auto missing = "no record " + arguments.recordId + " of " + arguments.module + " is stored";
+    if (!arguments.token) return fail(missing + "; --token is required to ask the server", 2);
+    auto module = MetadataStores::current().modules()->getModuleByModuleName(arguments.module);
+    auto answer = module ? askServer(*module, arguments.recordId) : std::nullopt;
+    if (answer && answer->record) return *answer->record;
+    if (answer && answer->failure.starts_with("unable")) return fail(missing + ", and the server has none");
+    return fail(missing + ", and " + (answer ? explanationOf(answer->failure) : "the server did not answer in time"));
+}
+
+/// The record's own layout, or the module's default, or any; null when there are none.
+const Layout<OrderedLayoutFieldList>* layoutOf(const Record& record, const StoredLayouts& layouts) {
+    auto own = record.getString(FieldIdentifierConstants().layout);
+    auto at = std::find_if(layouts.begin(), layouts.end(), [&](auto& one) { return one.layoutID == own; });
+    if (at == layouts.end()) at = std::find_if(layouts.begin(), layouts.end(), [](auto& one) { return one.isDefault; });
+    if (at == layouts.end()) at = layouts.begin();
+    return at == layouts.end() ? nullptr : &*at;
+}
+
+/// What has a value, by section; without a layout all of it in one.
+std::vector<SectionTold> sectionsOf(const Record& record, const FieldList& fields, const StoredLayouts& layouts) {
+    std::vector<SectionTold> sections;
+    auto add = [&](const std::string& section, const FieldMetadata& field) {
+        auto text = readableText(record, field, fields);
+        if (text.empty()) return;
+        if (sections.empty() || sections.back().name != section) sections.push_back({section, {}});
+        sections.back().entries.push_back(
+            {field.fieldLabel, field.fieldAPIName, fields.identifierOf(field), std::move(text)});
+    };
+    if (auto layout = layoutOf(record, layouts))
+        for (auto row : layout->metadata.layoutFields())
+            add(row->sectionDV.empty() ? row->sectionName : row->sectionDV, *row);
+    else
+        for (auto field : fields.allFields()) add("All fields", *field);
+    return sections;
+}
+
+std::string forPeople(const Record& record, const std::vector<SectionTold>& sections, const std::string& path) {
+    // One table over all sections, so that the values stand under each other.
+    std::vector<std::vector<std::string>> rows;
+    for (auto& section : sections)
+        for (auto& entry : section.entries) rows.push_back({entry.label, entry.text});
+    auto lines = text::split(tableText(rows), "\n");
+    auto next = lines.begin();
+    std::string text = tableText({{record.moduleName() + " " + record.recordId()}});
+    for (auto& section : sections) {
+        text += "\n" + tableText({{section.name}});
+        for (std::size_t i = 0; i < section.entries.size(); ++i) text += "  " + *next++ + "\n";
+    }
+    return text + "\nRead from the encrypted database " + path + "\n";
+}
+
+}  // namespace
+
+int showRecord(Host& host, const Arguments& arguments) {
+    auto path = openDatabase(host, arguments);
+    if (!path) return path.error();
+    if (auto status = findModule(host, arguments, tokenNeededForRecord)) return *status;
+    auto fields = neededFields(host, arguments, tokenNeededForRecord);
+    if (!fields) return fields.error();
+    auto record = recordOf(host, arguments);
+    if (!record) return record.error();
+    auto sections = sectionsOf(*record, *fields, storedLayouts(arguments.module));
+    if (!arguments.json) return print(forPeople(*record, sections, *path));
+    ValueMap map{{"record", bridge::toJson(*record)},
+                 {"sections", bridge::toJson(sections)},
+                 {"database", bridge::toJson(*path)}};
+    return print(json::write(map).value_or("") + "\n");
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,163 @@
+#include "host/serve/HostCalls.h"
+
+#include <chrono>
+#include <memory>
+
+#include "bridge/Topics.h"
+#include "host/InitStep.h"
+#include "host/serve/ConfigFields.h"
+#include "host/serve/HostMetadataCalls.h"
+#include "host/serve/HostRecordCalls.h"
+#include "host/serve/HostSettingsCalls.h"
+#include "platform/Clock.h"
+#include "platform/dates/LocalZone.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+
+namespace tarvo {
+
+template <>
+struct EnumCases<host::Host::OpeningFailure::Kind> {
+    using Kind = host::Host::OpeningFailure::Kind;
+    static constexpr EnumCase<Kind> cases[] = {{Kind::wrongPassphrase, "wrongPassphrase"},
+                                               {Kind::notEncrypted, "notEncrypted"},
+                                               {Kind::damaged, "damaged"},
+                                               {Kind::cannotOpen, "cannotOpen"},
+                                               {Kind::other, "other"}};
+};
+
+}  // namespace tarvo
+
+namespace tarvo::host {
+
+namespace {
+
+using bridge::CallPtr;
+using bridge::Registry;
+using platform::Clock;
+
+struct NoRequest {
+    static constexpr auto fields() { return describe(); }
+};
+
+struct OpenRequest {
+    std::optional<std::string> passphrase;
+    static constexpr auto fields() { return describe(field("passphrase", &OpenRequest::passphrase)); }
+};
+
+struct InitRequest {
+    bool holdInput = true;
+    static constexpr auto fields() { return describe(optionalField("holdInput", &InitRequest::holdInput)); }
+};
+
+struct AccountRequest {
+    std::string account;
+    std::optional<std::string> token;
+    AuthenticationType authenticationType = AuthenticationType::oauth;
+    static constexpr auto fields() {
+        return describe(field("account", &AccountRequest::account), field("token", &AccountRequest::token),
+                        optionalField("authenticationType", &AccountRequest::authenticationType));
+    }
+};
+
+struct ClockRequest {
+    std::optional<std::int64_t> set;      // milliseconds since 1970
+    std::optional<std::int64_t> advance;  // milliseconds
+    bool free = false;
+    std::optional<std::string> zone;
+    static constexpr auto fields() {
+        return describe(field("set", &ClockRequest::set), field("advance", &ClockRequest::advance),
+                        optionalField("free", &ClockRequest::free), field("zone", &ClockRequest::zone));
+    }
+};
+
+void done(const CallPtr& call) { call->event("done"); }
+
+void openDatabase(Host& host, const std::optional<std::string>& passphrase, const CallPtr& call) {
+    if (host.database()) return call->refuse("a database is open already");
+    if (!host.accounts().currentUser()) return call->refuse("no account is signed in");
+    if (!passphrase || passphrase->empty()) return call->refuse("a passphrase is needed");
+    auto path = host.openDatabase(*passphrase);
+    if (path) return call->event("done", "response", ValueMap{{"path", bridge::toJson(*path)}});
+    call->event(
+        "onError", "error",
+        ValueMap{{"case", caseName(path.error().kind)}, {"value", ValueMap{{"message", path.error().message}}}});
+}
+
+void appInit(Host& host, const InitRequest& request, const CallPtr& call) {
+    if (!host.database()) return call->refuse("no database is open");
+    if (request.holdInput) call->holdInput();
+    call->keepUntilEnd(runInitStep(host.database(), [call](InitOutcome outcome) {
+        call->delegate(outcome.notice, std::move(outcome.arguments));
+        done(call);
+        call->finish();
+    }));
+}
+
+// The database belongs to the account that was selected before, so it goes with it.
+void account(Host& host, const AccountRequest& request, const CallPtr& call) {
+    if (request.account.empty()) return call->refuse("request.account: an account id is not empty");
+    if (host.accounts().currentUser() != request.account) host.closeDatabase();
+    bool known = !request.token && host.accounts().select(request.account);
+    if (!known) host.accounts().signIn(request.account, {request.token, request.authenticationType});
+    done(call);
+}
+
+std::optional<std::string> faultOf(const ClockRequest& request) {
+    if (request.free && (request.set || request.advance || request.zone)) return "request.free: stands alone";
+    if (request.advance && !request.set && !Clock::isSet()) return "request.advance: the clock is not set";
+    if (request.advance && *request.advance < 0) return "request.advance: the clock does not go back";
+    if (request.zone && platform::LocalZone::named(*request.zone)->name() != *request.zone)
+        return "request.zone: there is no time zone of this name";
+    return std::nullopt;
+}
+
+void clock(const ClockRequest& request, const CallPtr& call) {
+    if (auto fault = faultOf(request)) return call->refuse(*fault);
+    if (request.free) {
+        Clock::release();
+        Clock::setTimeZone(std::nullopt);
+    }
+    if (request.zone) Clock::setTimeZone(*request.zone);
+    if (request.set) Clock::set(Clock::WallTime(std::chrono::milliseconds(*request.set)));
+    if (request.advance) Clock::advance(std::chrono::milliseconds(*request.advance));
+    done(call);
+}
+
+}  // namespace
+
+void addHostCalls(Registry& registry, Host& host, const std::optional<std::string>& passphrase) {
+    registry.add("host.config", [](const CallPtr& call) {
+        auto misread = setConfigFields(call->request());
+        if (!misread) done(call);
+        return misread;
+    });
+    registry.addOperation<OpenRequest>(
+        "host.openDatabase", [&host, passphrase](const OpenRequest& request, const CallPtr& call) {
+            openDatabase(host, request.passphrase ? request.passphrase : passphrase, call);
+        });
+    registry.addOperation<NoRequest>("host.closeDatabase", [&host](NoRequest, const CallPtr& call) {
+        host.closeDatabase() ? done(call) : call->refuse("no database is open");
+    });
+    registry.addOperation<InitRequest>(
+        "host.appInit", [&host](const InitRequest& request, const CallPtr& call) { appInit(host, request, call); });
+    registry.addOperation<AccountRequest>(
+        "host.account", [&host](const AccountRequest& request, const CallPtr& call) { account(host, request, call); });
+    registry.addOperation<ClockRequest>("host.clock",
+                                        [](const ClockRequest& request, const CallPtr& call) { clock(request, call); });
+    auto topics = std::make_shared<bridge::Topics>();
+    addSettingsCalls(registry, topics);
+    addMetadataCalls(registry, host);
+    addRecordCalls(registry, host);
+    registry.addOperation<bridge::Topics::Request>(
+        "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
+            bool exists = topics->change(request, call->notifier());
+            exists ? done(call) : call->refuse("request.topic: there is no topic \"" + request.topic + "\"");
+        });
+    registry.addOperation<NoRequest>("host.wait", [](NoRequest, const CallPtr& call) {
+        call->whenOthersEnded([call] { done(call), call->finish(); });
+    });
+    registry.addOperation<NoRequest>(
+        "host.quit", [](NoRequest, const CallPtr& call) { call->endSession([call] { done(call); }), call->finish(); });
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,78 @@
+#include "host/serve/HostMetadataCalls.h"
+
+#include <algorithm>
+
+#include "host/serve/ModuleDownloads.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/PopulateRelatedModulesDM.h"
+
+namespace tarvo::host {
+
+namespace {
+
+using bridge::CallPtr;
+
+struct DownloadRequest {
+    std::vector<std::string> moduleNames;  // empty for all that are stored
+    bool holdInput = true;
+    static constexpr auto fields() {
+        return describe(optionalField("moduleNames", &DownloadRequest::moduleNames),
+                        optionalField("holdInput", &DownloadRequest::holdInput));
+    }
+};
+struct PopulateRequest {
+    static constexpr auto fields() { return describe(); }
+};
+
+/// The stored modules of these names, each once, or the refusal.
+Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::string>& names) {
+    using Answer = Result<std::vector<Module>, std::string>;
+    auto stored = MetadataStores::current().modules()->getAllModules();
+    if (!stored || stored->empty()) return Answer::failure("no modules are stored");
+    if (names.empty()) return Answer::success(*stored);
+    std::vector<Module> modules;
+    for (auto& name : names) {
+        auto isNamed = [&](const Module& module) { return module.moduleName == name; };
+        if (std::any_of(modules.begin(), modules.end(), isNamed)) continue;
+        auto found = std::find_if(stored->begin(), stored->end(), isNamed);
+        if (found == stored->end()) return Answer::failure("there is no module \"" + name + "\"");
+        modules.push_back(*found);
+    }
+    return Answer::success(std::move(modules));
+}
+
+void tell(const DownloadOutcome& outcome, const CallPtr& call) {
+    for (auto& [notice, names] : outcome.failed) call->delegate(notice, {{"moduleNames", bridge::toJson(names)}});
+    call->event("done", "response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
+    call->finish();
+}
+
+using Download = decltype(&runMetadataDownload);
+
+void download(Host& host, Download run, const DownloadRequest& request, const CallPtr& call) {
+    if (!host.database()) return call->refuse("no database is open");
+    auto modules = modulesNamed(request.moduleNames);
+    if (!modules) return call->refuse("request.moduleNames: " + modules.error());
+    if (request.holdInput) call->holdInput();
+    call->keepUntilEnd(run(host.database(), *modules, [call](const DownloadOutcome& outcome) { tell(outcome, call); }));
+}
+
+}  // namespace
+
+void addMetadataCalls(bridge::Registry& registry, Host& host) {
+    auto add = [&](std::string name, Download run) {
+        registry.addOperation<DownloadRequest>(
+            std::move(name),
+            [&host, run](const DownloadRequest& request, const CallPtr& call) { download(host, run, request, call); });
+    };
+    add("host.metadata", runMetadataDownload);
+    add("host.views", runViewDownload);
+    // On the main queue like every start of a call, so that the lines behind it read what it wrote.
+    registry.addOperation<PopulateRequest>("host.populateLookupColumn", [&host](PopulateRequest, const CallPtr& call) {
+        if (!host.database()) return call->refuse("no database is open");
+        PopulateRelatedModulesDM().populateLookupColumn();
+        call->event("done");
+    });
+}
+
+}  // namespace tarvo::host

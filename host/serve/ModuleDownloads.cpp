@@ -1,0 +1,99 @@
+#include "host/serve/ModuleDownloads.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tarvobase/init_process/steps/InitCustomViewDM.h"
+#include "tarvobase/init_process/steps/InitMetadataDM.h"
+#include "tarvobase/network_layer/NetworkAccess.h"
+#include "tarvobase/sync/CVSyncParser.h"
+
+namespace tarvo::host {
+
+namespace {
+
+/// A note of what each answer brought: the downloads themselves tell no failure. It belongs to the network queue.
+class Notes {
+public:
+    DownloadOutcome outcome;
+
+protected:
+    template <class Parser>
+    void note(const NetworkAnswer& answer, Parser&& parser, const std::vector<Module>& modules) {
+        auto parsed = parser.parse(answer.body);
+        auto missing = !parsed ? failureOf(answer.error) : "unableToGetMetadata";
+        for (auto& module : modules) {
+            bool came = parsed && std::any_of(parsed->result.begin(), parsed->result.end(), [&](auto& entry) {
+                            return entry && entry->data && entry->info.moduleName == module.moduleName;
+                        });
+            (came ? outcome.stored : outcome.failed[missing]).push_back(module.moduleName);
+        }
+    }
+
+private:
+    static const char* failureOf(const std::optional<NetworkError>& error) {
+        if (!error) return "parsingError";
+        return error->kind == NetworkError::Kind::notSent ? "noAuthtoken" : "networkResponseError";
+    }
+};
+
+/// The library's services with their notes.
+class WatchedMetadataNS final : public MetadataNSP, public Notes {
+public:
+    void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
+        service_->getMetadata(params, [weak = platform::weakSelf(this), modules = params.modules,
+                                       callback = std::move(callback)](NetworkAnswer answer) {
+            if (auto self = weak.lock()) self->note(answer, MetadataParser(), modules);
+            callback(std::move(answer));
+        });
+    }
+
+private:
+    const std::shared_ptr<MetadataNS> service_ = std::make_shared<MetadataNS>();
+};
+
+class WatchedViewNS final : public InitCustomViewNSP, public Notes {
+public:
+    void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) override {
+        service_->getCustomViews(
+            modules, [weak = platform::weakSelf(this), modules, callback = std::move(callback)](NetworkAnswer answer) {
+                if (auto self = weak.lock()) self->note(answer, CVSyncParser(), modules);
+                callback(std::move(answer));
+            });
+    }
+
+private:
+    const std::shared_ptr<InitCustomViewNS> service_ = std::make_shared<InitCustomViewNS>();
+};
+
+/// Starts a step over its service, both of which are held weakly by the work: what is returned holds them.
+template <class Step, class Service, class Start>
+std::shared_ptr<void> run(std::shared_ptr<Step> step, std::shared_ptr<Service> service, Start start,
+                          const std::vector<Module>& modules, DownloadEnd whenEnded) {
+    auto ended = [watched = std::weak_ptr(service), whenEnded = std::move(whenEnded)] {
+        // Behind the answer under way, which has a notice yet to give.
+        networkQueue()->async([watched, whenEnded] {
+            if (auto service = watched.lock()) whenEnded(std::move(service->outcome));
+        });
+    };
+    std::invoke(start, *step, modules, std::move(ended), nullptr);
+    return std::make_shared<std::pair<std::shared_ptr<Step>, std::shared_ptr<Service>>>(step, service);
+}
+
+}  // namespace
+
+std::shared_ptr<void> runMetadataDownload(const std::shared_ptr<DatabaseAdapter>& database,
+                                          const std::vector<Module>& modules, DownloadEnd whenEnded) {
+    auto service = std::make_shared<WatchedMetadataNS>();
+    return run(InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service), service,
+               &InitMetadataDM::getMetaData, modules, std::move(whenEnded));
+}
+
+std::shared_ptr<void> runViewDownload(const std::shared_ptr<DatabaseAdapter>& database,
+                                      const std::vector<Module>& modules, DownloadEnd whenEnded) {
+    auto service = std::make_shared<WatchedViewNS>();
+    return run(InitCustomViewDM::make(database, std::make_shared<BrenUserDefaults>(), service), service,
+               &InitCustomViewDM::getCustomViews, modules, std::move(whenEnded));
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,61 @@
+#include "host/serve/Serve.h"
+
+#include <unistd.h>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+
+#include "bridge/Session.h"
+#include "bridge/calls/Calls.h"
+#include "host/commands/Console.h"
+#include "host/serve/HostCalls.h"
+#include "host/serve/LineReader.h"
+#include "platform/MainQueue.h"
+
+namespace tarvo::host {
+
+namespace {
+
+// What calls under way may take once the input has ended: a request of the library ends before.
+constexpr std::chrono::seconds farewellPatience{75};
+
+/// Standard output. Once a line cannot be written nobody hears the answers any more.
+struct Output {
+    std::atomic<bool> isBroken = false;
+
+    void write(std::string_view line) {
+        if (isBroken || writeLine(line)) return;
+        isBroken = true;
+        MainQueue::shared()->stop();
+    }
+
+private:
+    static bool writeLine(std::string_view line) {
+        return std::fwrite(line.data(), 1, line.size(), stdout) == line.size() && std::fputc('\n', stdout) != EOF &&
+               std::fflush(stdout) == 0;
+    }
+};
+
+}  // namespace
+
+int serve(Host& host, const Arguments& arguments) {
+    bridge::Registry registry;
+    bridge::addCalls(registry);
+    addHostCalls(registry, host, arguments.passphrase);
+    auto output = std::make_shared<Output>();
+    auto session = std::make_shared<bridge::Session>(std::move(registry),
+                                                     [output](std::string_view line) { output->write(line); });
+    session->onInputEnded = [] { MainQueue::shared()->stop(); };
+
+    LineReader reader(
+        STDIN_FILENO, [session](std::string line) { session->receive(std::move(line)); },
+        [session] { session->inputEnded(); });
+    MainQueue::shared()->run();
+    bool answered =
+        MainQueue::shared()->runUntil([&] { return session->isIdle() || output->isBroken; }, farewellPatience);
+    session->close();
+    if (output->isBroken) return fail("standard output cannot be written");
+    return answered ? 0 : fail("calls were still under way at the end of the input");
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,47 @@
+#include "tarvobase/download/Downloadable.h"
+
+#include <algorithm>
+
+namespace tarvo {
+
+namespace {
+
+/// From ready on, dependencies no longer matter.
+bool hasLeftWaiting(ProcessState state) {
+    return state == ProcessState::completed || state == ProcessState::inProgress ||
+           state == ProcessState::readyForExecution;
+}
+
+/// Steps and dependencies alike.
+constexpr auto hasCompleted = [](auto& one) { return one.state == ProcessState::completed; };
+
+}  // namespace
+
+void Downloadable::updateState() {
+    if (hasLeftWaiting(state)) return;
+    state = std::ranges::all_of(dependencyList, hasCompleted) ? ProcessState::readyForExecution
+                                                              : ProcessState::waitingForDependency;
+}
+
+void Downloadable::updateDependency(Process process) {
+    if (hasLeftWaiting(state)) return;
+    bool found = false;
+    for (auto& dependency : dependencyList) {
+        if (dependency.processName != process) continue;
+        dependency.state = ProcessState::completed;
+        found = true;
+    }
+    if (found) updateState();
+}
+
+bool executeProcess(const std::vector<std::shared_ptr<Downloadable>>& steps) {
+    if (std::ranges::all_of(steps, [](auto& step) { return hasCompleted(*step); })) return true;
+    for (auto& step : steps) {
+        if (step->state != ProcessState::readyForExecution) continue;
+        step->execute();
+        step->state = ProcessState::inProgress;
+    }
+    return false;
+}
+
+}  // namespace tarvo

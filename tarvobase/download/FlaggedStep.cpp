@@ -1,0 +1,45 @@
+#include "tarvobase/download/FlaggedStep.h"
+
+#include "platform/Log.h"
+#include "tarvobase/network_layer/NetworkFailure.h"
+
+namespace tarvo {
+
+void FlaggedStep::execute(Callback success, Callback failure) {
+    if (userDefaultsUtil_.isCompleted(flag())) return end({}, true);
+    success_ = std::move(success);
+    failure_ = std::move(failure);
+    request([weak = platform::weakSelf(this)](NetworkAnswer answer) {
+        if (auto self = weak.lock()) self->answered(answer);
+    });
+}
+
+void FlaggedStep::answered(const NetworkAnswer& answer) {
+    auto& error = answer.error;
+    // The flag stays clear, and a run that is cut off must not count as one that has come to its end.
+    if (error && error->kind == NetworkError::Kind::shutDown) return;
+    if (error) {
+        tellFailure(errorResponder, *error);
+        return fail(std::string(bren::kindName(error->kind)));
+    }
+    auto stored = store(answer.body);
+    if (!stored) {
+        if (auto responder = errorResponder.lock()) responder->parsingError();
+        return fail(stored.error().logText());
+    }
+    markStored();
+    end(success_, true);
+}
+
+void FlaggedStep::fail(const std::string& why) {
+    platform::log(platform::LogLevel::warning, "first download",
+                  "the step " + flag() + " of the first download failed: " + why);
+    end(failure_, false);
+}
+
+void FlaggedStep::end(const Callback& closure, bool status) {
+    if (closure) closure();
+    if (auto listener = delegate.lock()) listener->didComplete(*this, status);
+}
+
+}  // namespace tarvo

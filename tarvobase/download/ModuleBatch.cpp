@@ -1,0 +1,194 @@
+#include "tarvobase/download/ModuleBatch.h"
+
+#include <algorithm>
+#include <regex>
+
+#include "platform/ProcessState.h"
+#include "platform/Text.h"
+
+namespace tarvo {
+
+namespace {
+
+using Feature = ModuleBatchConstant::Feature;
+using BatchNames = ModuleBatchConstant::Names;
+
+constexpr std::string_view longPattern =
+    "Leads|Contacts|Accounts|Potentials|Deals|Campaigns|Tasks|Events|Activities|Cases|Solutions|Products|PriceBooks|"
+    "Vendors|Quotes|SalesOrders|PurchaseOrders|Invoices|Forecasts|PotContacts|Calls|Forecast History|Forecast Details|"
+    "Notes|Emails|Attachments|(CustomModule([1-9]|[1-9][0-9]|100))|AdditionalModules|CheckIns|Dashboards|SalesInbox";
+constexpr std::string_view shortPattern =
+    "Leads|Contacts|Accounts|Potentials|Deals|Campaigns|Activities|Cases|Solutions|Products|PriceBooks|Vendors|Quotes|"
+    "SalesOrders|PurchaseOrders|Invoices|Forecasts|PotContacts|Forecast History|Forecast Details|Emails|"
+    "(CustomModule([1-9]|[1-9][0-9]|100))|AdditionalModules|CheckIns|SalesInbox";
+
+constexpr std::string_view notOfMetadata[] = {"Dashboards", "Approvals"};
+constexpr std::string_view alsoOfMetadata[] = {"Campaigns", "Notes", "Attachments", "Consents"};
+constexpr std::string_view notOfViews[] = {"Calls", "Events", "Tasks", "Dashboards"};
+constexpr std::string_view alsoOfViews[] = {"Activities"};
+constexpr std::string_view notOfRecords[] = {"Dashboards"};
+
+struct FeatureFacts {
+    Process process;
+    std::string_view pattern;
+    BatchNames removed;
+    BatchNames added;
+    bool takesLinkingModules;
+};
+
+const FeatureFacts& factsOf(Feature feature) {
+    static constexpr FeatureFacts metadata{Process::metadata, longPattern, notOfMetadata, alsoOfMetadata, true};
+    static constexpr FeatureFacts views{Process::customviews, shortPattern, notOfViews, alsoOfViews, false};
+    static constexpr FeatureFacts records{Process::initialRecords, shortPattern, notOfRecords, {}, false};
+    switch (feature) {
+        case Feature::metadaInfo:
+            return metadata;
+        case Feature::customView:
+            return views;
+        case Feature::initialRecords:
+            break;
+    }
+    return records;
+}
+
+/// The patterns hold no repetition, so a name of any length costs no depth.
+std::regex compiled(std::string_view pattern) { return std::regex(pattern.begin(), pattern.end()); }
+
+/// Pieces of at most `count` modules. A setting of 0 or less would never start anything.
+ModuleBatch::Batches cut(const std::vector<Module>& modules, std::optional<int> count) {
+    auto wanted = count.value_or(ModuleBatchConstant::shared().moduleCountPerBatch.get());
+    auto size = static_cast<std::size_t>(std::max(1, wanted));
+    ModuleBatch::Batches batches;
+    for (std::size_t from = 0; from < modules.size(); from += size) {
+        auto end = std::min(from + size, modules.size());
+        batches.emplace_back(modules.begin() + static_cast<std::ptrdiff_t>(from),
+                             modules.begin() + static_cast<std::ptrdiff_t>(end));
+    }
+    return batches;
+}
+
+bool isNamedIn(ModuleBatchConstant::Names names, std::string_view name) {
+    return std::ranges::find(names, name) != names.end();
+}
+
+}  // namespace
+
+ModuleBatchConstant& ModuleBatchConstant::shared() {
+    return platform::ProcessState::current().get<ModuleBatchConstant>();
+}
+
+Process ModuleBatchConstant::processOf(Feature feature) { return factsOf(feature).process; }
+std::string_view ModuleBatchConstant::getPattern(Feature feature) { return factsOf(feature).pattern; }
+BatchNames ModuleBatchConstant::removeModule(Feature feature) { return factsOf(feature).removed; }
+BatchNames ModuleBatchConstant::addModule(Feature feature) { return factsOf(feature).added; }
+
+void ModuleBatchConstant::additionalModules(Feature feature, std::set<std::string>& names,
+                                            const std::vector<Module>& allModule) {
+    std::erase_if(names, [&](auto& name) { return isNamedIn(removeModule(feature), name); });
+    for (auto name : addModule(feature)) names.emplace(name);
+    if (!factsOf(feature).takesLinkingModules) return;
+    for (auto& module : allModule)
+        if (std::ranges::find(supportedLinkingModule, module.type) != supportedLinkingModule.end())
+            names.insert(module.moduleName);
+}
+
+ModuleBatch::ModuleBatch(Feature feature, Persistance persistance)
+    : persistance_(std::move(persistance)),
+      feature_(feature),
+      parallelBatchCount_(std::max(1, ModuleBatchConstant::shared().parallelBatchCount.get())) {}
+
+const ModuleBatch::Batches& ModuleBatch::initiateBatch(const std::vector<Module>& modules,
+                                                       std::optional<int> moduleCountPerBatch) {
+    batch_ = getModuleBatch(removeUnSupportedModules(givenOrStored(modules)), moduleCountPerBatch);
+    return batch_;
+}
+
+std::vector<Module> ModuleBatch::givenOrStored(const std::vector<Module>& modules) const {
+    if (!modules.empty()) return modules;
+    return persistance_.moduleDAO->getAllModules().success().value_or(std::vector<Module>());
+}
+
+std::vector<std::string> ModuleBatch::removeUnSupportedModules(const std::vector<Module>& modules) const {
+    std::vector<std::string> names;
+    for (auto& module : modules) names.push_back(module.moduleName);
+    auto setting = persistance_.settingDAO->getSettingsForModule(std::string(SettingsConstants::applicationModule),
+                                                                 SettingName::supportedModules);
+    if (setting) {
+        auto supported = text::split(setting->defaultSettings, ",");
+        std::erase_if(names, [&](auto& name) { return std::ranges::find(supported, name) == supported.end(); });
+    } else {
+        auto pattern = compiled(ModuleBatchConstant::getPattern(feature_));
+        std::erase_if(names, [&](auto& name) { return !std::regex_match(name, pattern); });
+    }
+    return names;
+}
+
+ModuleBatch::Batches ModuleBatch::getModuleBatch(const std::vector<std::string>& names,
+                                                 std::optional<int> count) const {
+    auto all = persistance_.moduleDAO->getAllModules().success().value_or(std::vector<Module>());
+    std::set<std::string> wanted(names.begin(), names.end());
+    ModuleBatchConstant::additionalModules(feature_, wanted, all);
+    std::erase_if(wanted, [&](auto& name) { return persistance_.userDefaultsUtil.isCompleted(flagOf(name)); });
+    std::erase_if(all, [&](auto& module) { return !wanted.contains(module.moduleName); });
+    return cut(all, count);
+}
+
+const ModuleBatch::Batches& ModuleBatch::initiateBatchOfAll(const std::vector<Module>& modules,
+                                                            std::optional<int> moduleCountPerBatch) {
+    batch_ = cut(modules, moduleCountPerBatch);
+    return batch_;
+}
+
+void ModuleBatch::start() {
+    if (!batch_.empty()) return startNext();
+    if (auto listener = delegate.lock()) listener->allBatchesCompleted();
+}
+
+void ModuleBatch::batchCompleted(const std::vector<Module>& modules) {
+    auto flags = persistance_.userDefaultsUtil;
+    for (auto& module : modules) flags.setCompleted(flagOf(module.moduleName));
+    bool isLast = false;
+    {
+        std::lock_guard lock(mutex_);
+        ++completedBatchCount_;
+        --currentParallelCount_;
+        isLast = completedBatchCount_ == batch_.size() || batch_.empty();
+    }
+    if (!isLast) return startNext();
+    if (auto listener = delegate.lock()) listener->allBatchesCompleted();
+}
+
+int ModuleBatch::completedBatchCount() const {
+    std::lock_guard lock(mutex_);
+    return static_cast<int>(completedBatchCount_);
+}
+
+std::string ModuleBatch::flagOf(const std::string& moduleName) const {
+    return std::string(rawText(ModuleBatchConstant::processOf(feature_))) + "_" + moduleName;
+}
+
+std::optional<std::vector<Module>> ModuleBatch::takeNext() {
+    std::lock_guard lock(mutex_);
+    if (currentParallelCount_ >= parallelBatchCount_ || batchIndex_ == batch_.size()) return std::nullopt;
+    ++currentParallelCount_;
+    return batch_[batchIndex_++];
+}
+
+void ModuleBatch::startNext() {
+    auto listener = delegate.lock();
+    if (!listener) return;
+    while (auto modules = takeNext()) listener->nextBatch(*modules);
+}
+
+const ModuleBatch::Batches& CVModuleBatch::initiateBatch(const std::vector<Module>& modules,
+                                                         std::optional<int> moduleCountPerBatch) {
+    auto names = removeUnSupportedModules(givenOrStored(modules));
+    auto views = cvDAO_->getDefaultCustomViews();
+    if (!views) return batch_;
+    for (auto& view : *views) moduleCVMap.insert_or_assign(view.moduleName, view);
+    std::erase_if(names, [&](auto& name) { return !moduleCVMap.contains(name); });
+    batch_ = getModuleBatch(names, moduleCountPerBatch);
+    return batch_;
+}
+
+}  // namespace tarvo

@@ -1,0 +1,78 @@
+#include "tarvobase/init_process/steps/AppInitDataManager.h"
+
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
+
+namespace tarvo {
+
+namespace {
+
+/// What is read all the time is stored through memory, so that memory never lags behind its table.
+AppInitDataManager::Persistance persistanceOf(const std::shared_ptr<DatabaseAdapter>& adapter,
+                                              const std::shared_ptr<UserDefaultsProtocol>& userDefaults) {
+    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
+    CompanyInfoDatabaseConstants company;
+    return {.dateTime = std::make_shared<DateTimeInUserDefaults>(userDefaults),
+            .activeModules = stores.modules(),
+            .userDetails = std::make_shared<UserDetailsInUserDefaults>(userDefaults),
+            .activeUsers = stores.users(),
+            .settings = stores.settings(),
+            .companyInfo = std::make_shared<CompanyInfoInDatabase>(std::string(company.TableName), adapter, company),
+            .orgs = std::make_shared<OrganisationInUserDefaults>(userDefaults),
+            .database = adapter};
+}
+
+/// Stores what the server tells, except for what this application decides: with a current organisation, the one of its
+/// name is the application's default and no other.
+void storeOrganisations(std::vector<Organisation> organisations, OrganisationPersistance& persistance) {
+    if (auto current = persistance.getCurrentOrganisation())
+        for (auto& organisation : organisations) organisation.isAppDefault = organisation.orgName == current->orgName;
+    persistance.storeOrganisations(organisations);
+}
+
+}  // namespace
+
+AppInitDataManager::AppInitDataManager(Persistance persistance,
+                                       std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService)
+    : persistance_(std::move(persistance)), appInitNetworkService_(std::move(appInitNetworkService)) {}
+
+std::shared_ptr<AppInitDataManager> AppInitDataManager::make(std::shared_ptr<DatabaseAdapter> adapter,
+                                                             std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                             std::shared_ptr<AppInitNetworkService> service) {
+    auto step = std::make_shared<AppInitDataManager>(persistanceOf(adapter, userDefaults), service);
+    service->initDataDelegate = step;
+    service->errorHandler = step;
+    return step;
+}
+
+void AppInitDataManager::initDataParsed(const std::optional<ParsedInitData>& parsed) {
+    if (!parsed) return;
+    if (!parsed->createTableQueries) return parsingError();
+    createTables(*parsed->createTableQueries);
+    storeBlocks(*parsed);
+    if (auto listener = appInitdelegate.lock()) listener->appInitDataFetchedAndSaved(*this);
+    if (auto listener = delegate.lock()) listener->didComplete(*this, true);
+}
+
+void AppInitDataManager::storeBlocks(const ParsedInitData& parsed) {
+    if (parsed.dateTimeFormat) {
+        persistance_.dateTime->storeDateFormat(parsed.dateTimeFormat->dateFormat);
+        persistance_.dateTime->storeTimeFormat(parsed.dateTimeFormat->timeFormat);
+    }
+    if (parsed.modules) persistance_.activeModules->storeModules(*parsed.modules);
+    if (parsed.userDetails) persistance_.userDetails->storeUserDetails(*parsed.userDetails);
+    if (parsed.users) persistance_.activeUsers->storeUsers(*parsed.users);
+    if (parsed.settings) persistance_.settings->storeSettings(*parsed.settings);
+    if (parsed.companyInfo) persistance_.companyInfo->storeCompanyInfo(*parsed.companyInfo);
+    if (parsed.organisations) storeOrganisations(*parsed.organisations, *persistance_.orgs);
+}
+
+void AppInitDataManager::createTables(const std::vector<std::string>& queries) {
+    for (auto& query : queries) persistance_.database->createTable(query);
+    // The column of this library's own; the server's table does not have it. On a later run the statement fails and is
+    // dropped like any other.
+    persistance_.database->createTable("ALTER TABLE module_details ADD COLUMN table_creation_query TEXT");
+}
+
+}  // namespace tarvo

@@ -1,0 +1,55 @@
+#include "tarvobase/init_process/steps/GetCurrentUserDM.h"
+
+#include "tarvobase/init_process/parsers/CurrentUserParser.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/network_layer/FirstEntry.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+
+namespace tarvo {
+
+namespace {
+
+/// What the row of the step does not tell, as it is stored.
+void takeOver(User& user, const User& stored) {
+    user.isLoggedInUser = stored.isLoggedInUser;
+    user.dateFormat = stored.dateFormat;
+    user.timeFormat = stored.timeFormat;
+    user.timeZone = stored.timeZone;
+    user.nameFormat = stored.nameFormat;
+}
+
+}  // namespace
+
+GetCurrentUserDM::GetCurrentUserDM(UserDefaultsUtil userDefaultsUtil, std::shared_ptr<GetCurrentUserNS> networkService,
+                                   std::shared_ptr<UserPersistanceDelegate> userPersitanceDelegate)
+    : FlaggedStep(std::move(userDefaultsUtil)),
+      networkService_(std::move(networkService)),
+      userPersitanceDelegate_(std::move(userPersitanceDelegate)) {}
+
+std::shared_ptr<GetCurrentUserDM> GetCurrentUserDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
+                                                         std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                         std::shared_ptr<GetCurrentUserNS> networkService) {
+    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
+    return std::make_shared<GetCurrentUserDM>(UserDefaultsUtil(std::move(userDefaults)), std::move(networkService),
+                                              stores.users());
+}
+
+void GetCurrentUserDM::request(NetworkCompletion answered) { networkService_->getUserDetails(std::move(answered)); }
+
+Result<Nothing, ParserError> GetCurrentUserDM::store(const Data& body) {
+    auto user = firstEntry(CurrentUserParser(), body);
+    if (!user) return user.error();
+    parsedUser_ = *std::move(user);
+    return Nothing();
+}
+
+void GetCurrentUserDM::storeParsedUser() {
+    auto user = std::exchange(parsedUser_, std::nullopt);
+    if (!user) return;
+    // By now the list of users has been stored, whose rows tell more.
+    if (auto stored = userPersitanceDelegate_->getUser(user->id)) takeOver(*user, *stored);
+    userPersitanceDelegate_->storeUser(*user);
+    setFlag();
+}
+
+}  // namespace tarvo

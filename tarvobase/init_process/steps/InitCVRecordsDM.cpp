@@ -1,0 +1,93 @@
+#include "tarvobase/init_process/steps/InitCVRecordsDM.h"
+
+#include <algorithm>
+
+#include "platform/Log.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
+
+namespace tarvo {
+
+InitCVRecordsDM::InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCVRecordsNSP> networkService)
+    : BatchedDownloadable(Feature::initialRecords,
+                          {.step = "InitCVRecords", .requested = " requested for ", .completed = " request completed"}),
+      persistance_(std::move(persistance)),
+      networkService_(std::move(networkService)) {
+    dependencyList = {{.processName = Process::metadata}, {.processName = Process::customviews}};
+}
+
+std::shared_ptr<InitCVRecordsDM> InitCVRecordsDM::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
+                                                       const std::shared_ptr<UserDefaultsProtocol>& userDefaults,
+                                                       std::shared_ptr<InitCVRecordsNSP> networkService) {
+    MetadataStores stores{databaseAdapter, std::make_shared<InMemoryStorage>()};
+    return std::make_shared<InitCVRecordsDM>(
+        Persistance{.batches = {.moduleDAO = stores.modules(),
+                                .settingDAO = stores.settings(),
+                                .userDefaultsUtil = UserDefaultsUtil(userDefaults)},
+                    .cvDAO = std::make_shared<CustomViewInDatabase>(databaseAdapter),
+                    .recordDAO = RecordInDatabase::make(databaseAdapter),
+                    .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(userDefaults)},
+        std::move(networkService));
+}
+
+std::shared_ptr<ModuleBatch> InitCVRecordsDM::makeModuleBatch() const {
+    return std::make_shared<CVModuleBatch>(Feature::initialRecords, persistance_.batches, persistance_.cvDAO);
+}
+
+int InitCVRecordsDM::totalCallsCount() const { return std::max(1, BatchedDownloadable::totalCallsCount()); }
+
+void InitCVRecordsDM::getCustomViewRecords(const std::optional<std::vector<Module>>& modules, Callback onSuccess,
+                                           Callback onFailure) {
+    getRecords(modules, Callbacks{std::move(onSuccess), std::move(onFailure)});
+}
+
+void InitCVRecordsDM::getRecords(const std::optional<std::vector<Module>>& modules,
+                                 std::optional<Callbacks> callbacks) {
+    auto batches = makeModuleBatch();
+    // A list that is given and empty asks for nothing.
+    if (!modules || !modules->empty()) batches->initiateBatch(modules.value_or(std::vector<Module>()));
+    run(std::move(batches), std::move(callbacks));
+}
+
+void InitCVRecordsDM::request(const std::vector<Module>& modules) {
+    auto params = paramsOf(modules);
+    std::vector<Module> asked;
+    for (auto& one : params) asked.push_back(one.module);
+    networkService_->getCVRecords(params, [weak = platform::weakSelf(this), asked](NetworkAnswer answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        self->batchAnswered(
+            asked, std::move(answer), [](auto body) { return WireRecordsParser::parse(body); },
+            [&self](auto& records, auto& info) { self->store(records, info.moduleName); });
+    });
+}
+
+std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>& modules) const {
+    auto batches = std::static_pointer_cast<CVModuleBatch>(runningBatches());
+    std::vector<CVRecordsParams> params;
+    for (auto& module : modules) {
+        auto view = batches->moduleCVMap.find(module.moduleName);
+        if (view != batches->moduleCVMap.end()) params.push_back({module, view->second});
+    }
+    return params;
+}
+
+void InitCVRecordsDM::store(const WireRecords& records, const std::optional<std::string>& moduleName) {
+    // Nobody could say which table they belong to.
+    if (!moduleName)
+        return platform::log(platform::LogLevel::warning, "first download",
+                             "InitCVRecords of a module left out: the answer does not name it");
+    persistance_.recordDAO->storeRecord(records, *moduleName);
+    auto& settings = *persistance_.recordSettingsPersistance;
+    auto number = settings.getNumberOfRecordsDownloaded(*moduleName).value_or(0);
+    settings.storeNumberOfRecordsDownloaded(number + 1, *moduleName);
+}
+
+void InitCVRecordsDM::allBatchesCompleted() {
+    callSuccess();
+    endRun();
+}
+
+}  // namespace tarvo

@@ -1,0 +1,33 @@
+#include "tarvobase/init_process/steps/InitCurrencyDM.h"
+
+#include "tarvobase/init_process/parsers/TaxCurrencyParser.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+
+namespace tarvo {
+
+InitCurrencyDM::InitCurrencyDM(UserDefaultsUtil userDefaultsUtil,
+                               std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO,
+                               std::shared_ptr<InitGetCurrencyNSP> networkService)
+    : FlaggedStep(std::move(userDefaultsUtil)),
+      currencyDAO_(std::move(currencyDAO)),
+      networkService_(std::move(networkService)) {}
+
+std::shared_ptr<InitCurrencyDM> InitCurrencyDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
+                                                     std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                     std::shared_ptr<InitGetCurrencyNSP> networkService) {
+    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
+    return std::make_shared<InitCurrencyDM>(UserDefaultsUtil(std::move(userDefaults)), stores.currencies(),
+                                            std::move(networkService));
+}
+
+void InitCurrencyDM::request(NetworkCompletion answered) { networkService_->getCurrencyMetadata(std::move(answered)); }
+
+Result<Nothing, ParserError> InitCurrencyDM::store(const Data& body) {
+    auto parsed = TaxCurrencyParser::parse(body);
+    if (!parsed) return parsed.error();
+    currencyDAO_->replaceAllCurrencyMetadata(parsed->currency);
+    return Nothing();
+}
+
+}  // namespace tarvo

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/download/FlaggedStep.h"
+#include "tarvobase/init_process/steps/InitGetCurrencyNS.h"
+#include "tarvobase/value_objects/account/CurrencyMetadataPersistanceDelegate.h"
+
+namespace tarvo {
+
+class DatabaseAdapter;
+
+/// The step `currency`: the organisation's currencies take the place of those that were stored. An answer that refuses
+/// them leaves the stored ones and is a failure; an empty list empties the table.
+class InitCurrencyDM final : public FlaggedStep {
+public:
+    InitCurrencyDM(UserDefaultsUtil userDefaultsUtil, std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO,
+                   std::shared_ptr<InitGetCurrencyNSP> networkService);
+
+    /// A step over an adapter and the settings store, wired together.
+    static std::shared_ptr<InitCurrencyDM> make(
+        const std::shared_ptr<DatabaseAdapter>& adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
+        std::shared_ptr<InitGetCurrencyNSP> networkService = std::make_shared<InitGetCurrencyNS>());
+
+    Process processName() const override { return Process::currency; }
+
+protected:
+    void request(NetworkCompletion answered) override;
+    Result<platform::Nothing, ParserError> store(const Data& body) override;
+
+private:
+    const std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO_;
+    const std::shared_ptr<InitGetCurrencyNSP> networkService_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,48 @@
+#include "tarvobase/init_process/steps/InitGetPermissionsDM.h"
+
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/init_process/parsers/PermissionsParser.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/network_layer/FirstEntry.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
+
+namespace tarvo {
+
+InitGetPermissionsDM::InitGetPermissionsDM(std::shared_ptr<GetPermissionsNSP> networkService,
+                                           std::shared_ptr<UserPersistanceDelegate> usersPersistance,
+                                           std::shared_ptr<ModulePermissionsPersistanceDelegate> permssionDAO,
+                                           UserDefaultsUtil userDefaultsUtil)
+    : FlaggedStep(std::move(userDefaultsUtil)),
+      networkService_(std::move(networkService)),
+      usersPersistance_(std::move(usersPersistance)),
+      permssionDAO_(std::move(permssionDAO)) {}
+
+std::shared_ptr<InitGetPermissionsDM> InitGetPermissionsDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
+                                                                 std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                                 std::shared_ptr<GetPermissionsNSP> networkService) {
+    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
+    return std::make_shared<InitGetPermissionsDM>(std::move(networkService), stores.users(),
+                                                  std::make_shared<ModulePermissionsInDatabase>(),
+                                                  UserDefaultsUtil(std::move(userDefaults)));
+}
+
+void InitGetPermissionsDM::request(NetworkCompletion answered) {
+    networkService_->getPermissions(profileID(), std::move(answered));
+}
+
+std::string InitGetPermissionsDM::profileID() const {
+    auto authentication = CommonConfigration::sharedInstance().authentication.get();
+    auto account = authentication ? authentication->currentUser().value_or("") : "";
+    auto users = usersPersistance_->getUsersWithBrenUID({account});
+    return users && !users->empty() ? users->front().profileID : "";
+}
+
+Result<Nothing, ParserError> InitGetPermissionsDM::store(const Data& body) {
+    auto permissions = firstEntry(PermissionsParser(), body);
+    if (!permissions) return permissions.error();
+    permssionDAO_->storeModulePermissions(*permissions);
+    return Nothing();
+}
+
+}  // namespace tarvo

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/download/FlaggedStep.h"
+#include "tarvobase/init_process/steps/GetPermissionsNS.h"
+#include "tarvobase/value_objects/account/UserPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulePermissionsPersistanceDelegate.h"
+
+namespace tarvo {
+
+class DatabaseAdapter;
+
+/// The step `permission`: what the profile of the current user may do with each module. A user who is not stored has an
+/// empty profile. An answer without permissions is a failure, since every profile has some.
+class InitGetPermissionsDM final : public FlaggedStep {
+public:
+    InitGetPermissionsDM(std::shared_ptr<GetPermissionsNSP> networkService,
+                         std::shared_ptr<UserPersistanceDelegate> usersPersistance,
+                         std::shared_ptr<ModulePermissionsPersistanceDelegate> permssionDAO,
+                         UserDefaultsUtil userDefaultsUtil);
+
+    /// A step over an adapter and the settings store, wired together.
+    static std::shared_ptr<InitGetPermissionsDM> make(
+        const std::shared_ptr<DatabaseAdapter>& adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
+        std::shared_ptr<GetPermissionsNSP> networkService = std::make_shared<GetPermissionsNS>());
+
+    Process processName() const override { return Process::permission; }
+
+protected:
+    void request(NetworkCompletion answered) override;
+    Result<platform::Nothing, ParserError> store(const Data& body) override;
+
+private:
+    std::string profileID() const;
+
+    const std::shared_ptr<GetPermissionsNSP> networkService_;
+    const std::shared_ptr<UserPersistanceDelegate> usersPersistance_;
+    const std::shared_ptr<ModulePermissionsPersistanceDelegate> permssionDAO_;
+};
+
+}  // namespace tarvo

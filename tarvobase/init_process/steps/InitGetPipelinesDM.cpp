@@ -1,0 +1,48 @@
+#include "tarvobase/init_process/steps/InitGetPipelinesDM.h"
+
+#include "tarvobase/init_process/parsers/PipelinesNWParser.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/layout/ModuleLayoutInfoInDatabase.h"
+
+namespace tarvo {
+
+InitGetPipelinesDM::InitGetPipelinesDM(std::shared_ptr<GetPipelinesNSP> networkService, Persistance persistance,
+                                       UserDefaultsUtil userDefaultsUtil)
+    : FlaggedStep(std::move(userDefaultsUtil)),
+      networkService_(std::move(networkService)),
+      persistance_(std::move(persistance)) {
+    dependencyList = {{.processName = Process::metadata}};
+}
+
+std::shared_ptr<InitGetPipelinesDM> InitGetPipelinesDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
+                                                             std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                             std::shared_ptr<GetPipelinesNSP> networkService) {
+    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
+    return std::make_shared<InitGetPipelinesDM>(
+        std::move(networkService),
+        Persistance{.moduleDAO = stores.modules(),
+                    .layoutDAO = std::make_shared<ModuleLayoutInfoInDatabase>(
+                        std::string(ModuleLayoutInfoDatabaseConstants().TableName), adapter),
+                    .pipelineDAO = stores.pipelines(),
+                    .pipelineStageDAO = stores.pipelineStages()},
+        UserDefaultsUtil(std::move(userDefaults)));
+}
+
+void InitGetPipelinesDM::request(NetworkCompletion answered) {
+    auto deals = persistance_.moduleDAO->getModule(ModuleIdentifier::Case::deals);
+    if (!deals) return fail("the deals are not stored");
+    auto layouts = persistance_.layoutDAO->getModuleLayoutInfoByModuleName(deals->moduleName);
+    if (!layouts || layouts->empty()) return fail("the deals have no layout");
+    networkService_->getPipelinesAndStages(*deals, layouts->front().layoutID, std::move(answered));
+}
+
+Result<Nothing, ParserError> InitGetPipelinesDM::store(const Data& body) {
+    auto parsed = PipelinesNWParser::getParsedPipelines(body);
+    if (!parsed) return parsed.error();
+    persistance_.pipelineDAO->storePipelines(parsed->pipelines);
+    persistance_.pipelineStageDAO->storePipelineStages(parsed->stages);
+    return Nothing();
+}
+
+}  // namespace tarvo

@@ -1,0 +1,105 @@
+#include "tarvobase/init_process/steps/InitMetadataDM.h"
+
+#include "platform/Log.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/ModuleChangedObserver.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
+#include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
+#include "tarvobase/value_objects/layout/LayoutMetadataInDatabase.h"
+#include "tarvobase/value_objects/layout/ModuleLayoutInfoInDatabase.h"
+#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
+
+namespace tarvo {
+
+namespace {
+
+/// What the server takes for a user of whom nothing is known yet.
+constexpr std::string_view profileOfNobody = "123";
+
+void notifyModulesAdded(bool onMainThread) {
+    BrenNotificationCenter::shared().notify<ModuleChangedObserver>(
+        onMainThread, [](ModuleChangedObserver& observer) { observer.modulesAdded(); });
+}
+
+}  // namespace
+
+InitMetadataDM::InitMetadataDM(Persistance persistance, std::shared_ptr<MetadataNSP> networkService)
+    : BatchedDownloadable(Feature::metadaInfo,
+                          {.step = "MetadataInfo", .requested = " Requested for ", .completed = " Completed"}),
+      persistance_(std::move(persistance)),
+      writer_(persistance_.metadata),
+      networkService_(std::move(networkService)) {}
+
+std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<DatabaseAdapter>& dbAdapter,
+                                                     const std::shared_ptr<DatabaseAdapter>& secondaryDbAdapter,
+                                                     std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                     std::shared_ptr<MetadataNSP> networkService) {
+    MetadataStores stores{dbAdapter, std::make_shared<InMemoryStorage>()};
+    FieldMetadataDatabaseConstants fieldConstants;
+    ModuleLayoutInfoDatabaseConstants layoutConstants;
+    return std::make_shared<InitMetadataDM>(
+        Persistance{.userDAO = stores.users(),
+                    .batches = {.moduleDAO = stores.modules(),
+                                .settingDAO = stores.settings(),
+                                .userDefaultsUtil = UserDefaultsUtil(std::move(userDefaults))},
+                    .metadata = {.relatedListDAO = std::make_shared<ModuleRelatedListInDatabase>(),
+                                 .layoutDAO = std::make_shared<ModuleLayoutInfoInDatabase>(
+                                     std::string(layoutConstants.TableName), dbAdapter),
+                                 .layoutFieldsDAO = std::make_shared<LayoutMetadataInDatabase>(),
+                                 .picklistDAO = std::make_shared<PicklistMetadataInDatabase>(),
+                                 .settingDAO = stores.settings(),
+                                 .fieldsDAO = std::make_shared<FieldMetadataInDatabase>(
+                                     std::string(fieldConstants.TableName), dbAdapter, fieldConstants),
+                                 .dbAdapter = dbAdapter,
+                                 .secondaryDbAdapter = secondaryDbAdapter}},
+        std::move(networkService));
+}
+
+std::shared_ptr<ModuleBatch> InitMetadataDM::makeModuleBatch() const {
+    return std::make_shared<ModuleBatch>(Feature::metadaInfo, persistance_.batches);
+}
+
+void InitMetadataDM::getMetaData(std::vector<Module> modules, Callback success, Callback failure) {
+    if (modules.empty())
+        modules = persistance_.batches.moduleDAO->getAllModules().success().value_or(std::vector<Module>());
+    auto batches = makeModuleBatch();
+    batches->initiateBatchOfAll(modules);
+    run(std::move(batches), Callbacks{std::move(success), std::move(failure)});
+}
+
+void InitMetadataDM::request(const std::vector<Module>& modules) {
+    MetadataNetworkParams params{profileID(), modules};
+    networkService_->getMetadata(params, [weak = platform::weakSelf(this), modules](NetworkAnswer answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        self->batchAnswered(
+            modules, std::move(answer), [](auto body) { return MetadataParser().parse(body); },
+            [&self](auto& detail, auto& info) {
+                platform::log(platform::LogLevel::progress, "metadata",
+                              "MetadataInfo Parsing completed for " + info.moduleName);
+                self->writer_.store(detail);
+            });
+    });
+}
+
+std::string InitMetadataDM::profileID() const {
+    auto authentication = CommonConfigration::sharedInstance().authentication.get();
+    auto account = authentication ? authentication->currentUser().value_or("") : "";
+    auto users = persistance_.userDAO->getUsersWithBrenUID({account});
+    return users && !users->empty() ? users->front().profileID : std::string(profileOfNobody);
+}
+
+void InitMetadataDM::allBatchesCompleted() {
+    platform::log(platform::LogLevel::progress, "metadata", "MetadataInfo Batch completed.");
+    // The statements of the tables went past the modules in memory.
+    persistance_.batches.moduleDAO->reloadAll();
+    notifyModulesAdded(true);
+    callSuccess();
+    notifyModulesAdded(false);
+    endRun();
+}
+
+}  // namespace tarvo

@@ -1,0 +1,85 @@
+#include "tarvobase/metadata/GetFieldListDM.h"
+
+#include <algorithm>
+#include <span>
+
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
+#include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
+
+namespace tarvo {
+
+namespace {
+
+using Picklist = PicklistMetadataPersistanceDelegate::Picklist;
+const std::string activitiesModule = "Activities";
+using PicklistsByModule = std::unordered_map<std::string, Picklist>;
+
+/// The modules whose picklists a module's fields take their values from. "Activities" has no rows of its own: it shows
+/// the records of the three.
+std::vector<std::string> picklistModules(const std::string& moduleName) {
+    if (moduleName == activitiesModule) return {"Calls", "Events", "Tasks"};
+    return {moduleName};
+}
+
+PicklistsByModule readPicklists(PicklistMetadataPersistanceDelegate& store, std::span<const std::string> moduleNames) {
+    std::vector<std::string> asked;
+    for (auto& name : moduleNames)
+        for (auto& source : picklistModules(name))
+            if (std::find(asked.begin(), asked.end(), source) == asked.end()) asked.push_back(std::move(source));
+    return store.getPicklistMetadataByModuleNames(asked).value_or(PicklistsByModule());
+}
+
+/// Takes the rows of a module away. "Activities" gets copies, and has to be asked for first.
+Picklist takePicklist(const std::string& moduleName, PicklistsByModule& picklists) {
+    auto sources = picklistModules(moduleName);
+    if (sources.size() == 1) return std::move(picklists[moduleName]);
+    Picklist joined;
+    for (auto& source : sources)
+        if (auto rows = picklists.find(source); rows != picklists.end())
+            joined.insert(joined.end(), rows->second.begin(), rows->second.end());
+    return joined;
+}
+
+}  // namespace
+
+GetFieldListDM::FieldListResult GetFieldListDM::getFields(const std::string& moduleName,
+                                                          const std::optional<std::vector<std::string>>& columnList,
+                                                          const std::vector<FieldSort>& sortList) const {
+    auto naming = CommonConfigration::sharedInstance().fieldIdentifier.get();
+    auto fields = fieldPersistence->getFieldMetadata(moduleName, columnList, sortList);
+    if (!fields) return fields.error();
+    auto picklists = readPicklists(*pickListPersistence, std::span(&moduleName, 1));
+    return FieldList(moduleName, *std::move(fields), takePicklist(moduleName, picklists), naming);
+}
+
+GetFieldListDM::FieldListsByModule GetFieldListDM::getFields(const std::vector<std::string>& moduleNames,
+                                                             const std::vector<FieldSort>& sort) const {
+    FieldListsByModule lists;
+    for (auto& name : moduleNames) lists.emplace(name, MetadataError::notFound);
+    if (lists.empty()) return lists;
+    auto naming = CommonConfigration::sharedInstance().fieldIdentifier.get();
+    auto fields = fieldPersistence->getFieldMetadataByModuleNames(moduleNames, sort);
+    if (!fields) return lists;
+    auto picklists = readPicklists(*pickListPersistence, moduleNames);
+    auto build = [&](const std::string& name, std::vector<FieldMetadata>& found) {
+        if (auto list = lists.find(name); list != lists.end() && !found.empty())
+            list->second = FieldList(name, std::move(found), takePicklist(name, picklists), naming);
+    };
+    auto& byModule = fields.value();
+    if (auto activities = byModule.find(activitiesModule); activities != byModule.end())
+        build(activitiesModule, activities->second);
+    for (auto& [name, found] : byModule)
+        if (name != activitiesModule) build(name, found);
+    return lists;
+}
+
+std::shared_ptr<GetFieldListDM> FieldListAssembler::getFieldListDM(std::shared_ptr<DatabaseAdapter> databaseAdapter) {
+    FieldMetadataDatabaseConstants constants;
+    return std::make_shared<GetFieldListDM>(
+        std::make_shared<PicklistMetadataInDatabase>(),
+        std::make_shared<FieldMetadataInDatabase>(std::string(constants.TableName), std::move(databaseAdapter),
+                                                  constants));
+}
+
+}  // namespace tarvo

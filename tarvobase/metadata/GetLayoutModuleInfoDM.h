@@ -1,0 +1,45 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tarvobase/metadata/GetLayoutInfoDM.h"
+#include "tarvobase/metadata/GetModuleInfoDataManager.h"
+
+namespace tarvo {
+
+/// Reads modules as `GetModuleInfoDataManager` does, with their layouts as fields in order. Blocks its caller; from any
+/// thread.
+class GetLayoutModuleInfoDM final : public platform::Object {
+public:
+    using Info = LayoutModuleInfo<OrderedLayoutFieldList>;
+    /// An entry a name that was asked for; `notFound` for one that is no module, or has no fields or no layouts.
+    using Infos = std::map<std::string, Result<Info, MetadataError>>;
+
+    GetLayoutModuleInfoDM(std::shared_ptr<GetModuleInfoDataManager> getModuleInfoDM,
+                          std::shared_ptr<GetLayoutInfoDM<OrderedLayoutFieldList>> getLayoutInfoDM)
+        : getModuleInfoDM(std::move(getModuleInfoDM)), getLayoutInfoDM(std::move(getLayoutInfoDM)) {}
+    /// Over the database that is open at this moment.
+    static std::shared_ptr<GetLayoutModuleInfoDM> make();
+
+    const std::shared_ptr<GetModuleInfoDataManager> getModuleInfoDM;
+    const std::shared_ptr<GetLayoutInfoDM<OrderedLayoutFieldList>> getLayoutInfoDM;
+
+    /// A mode leaves out of the layouts the fields that it does not show.
+    Infos getModuleInfosByModuleNames(const std::vector<std::string>& moduleNames,
+                                      std::optional<DisplayMode> mode) const {
+        return withLayouts(getModuleInfoDM->getModuleInfosByModuleNames(moduleNames), mode);
+    }
+    Infos getModuleInfosByModuleApiNames(const std::vector<std::string>& moduleApiNames,
+                                         std::optional<DisplayMode> mode) const {
+        return withLayouts(getModuleInfoDM->getModuleInfosByModuleApiNames(moduleApiNames), mode);
+    }
+
+private:
+    Infos withLayouts(GetModuleInfoDataManager::ModuleInfos infos, std::optional<DisplayMode> mode) const;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Object.h"
+
+namespace tarvo {
+
+/// Topic of the notices that views of a module were stored. On the background queue of the bus.
+class CustomViewChangedObserver : public virtual platform::Object {
+public:
+    virtual void customViewChanged(const std::vector<std::string>& viewIDs, const std::string& moduleName) {
+        static_cast<void>(viewIDs), static_cast<void>(moduleName);
+    }
+};
+
+}  // namespace tarvo

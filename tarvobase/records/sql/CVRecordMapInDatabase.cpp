@@ -1,0 +1,102 @@
+#include "tarvobase/records/sql/CVRecordMapInDatabase.h"
+
+#include <span>
+
+#include "kelva_db/Database.h"
+#include "tarvobase/records/Record.h"
+#include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+
+namespace tarvo {
+
+namespace {
+
+constexpr CVRecordMapDatabaseConstants mapNames;
+
+Criteria ofView(const std::string& cvId) { return columnIs(mapNames.criteriaId, cvId); }
+
+/// The rows of a view's records, without a map a row: a page of the first download has thousands.
+class MapRows final : public RowSource {
+public:
+    MapRows(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName)
+        : ids_(ids), cvId_(cvId), moduleName_(moduleName) {}
+    std::span<const std::string> columns() const override { return columns_; }
+    std::size_t rowCount() const override { return ids_.size(); }
+    ValueView cell(std::size_t row, std::size_t column) const override {
+        return ValueView::text(column == 0 ? cvId_ : column == 1 ? ids_[row] : moduleName_);
+    }
+    bool mayHoldObjects() const override { return false; }
+
+private:
+    const std::vector<std::string> columns_{std::string(mapNames.criteriaId), std::string(mapNames.recordId),
+                                            std::string(mapNames.moduleName)};
+    const std::vector<std::string>& ids_;
+    const std::string &cvId_, &moduleName_;
+};
+
+}  // namespace
+
+std::string CVRecordMapInDatabase::getTableName(const std::string& moduleName) {
+    return moduleName + std::string(CVRecordMapDatabaseConstants::tableNameSuffix);
+}
+
+void CVRecordMapInDatabase::store(const std::vector<ValueMap>& records, const std::string& cvId,
+                                  const std::string& moduleName) {
+    auto identifier = RecordUtil::getIdentifierFieldName(moduleName);
+    std::vector<std::string> ids;
+    for (auto& record : records) {
+        auto id = record.find(identifier);
+        if (id && id->asText()) ids.push_back(*id->asText());
+    }
+    store(ids, cvId, moduleName);
+}
+
+void CVRecordMapInDatabase::store(const std::vector<Record>& records, const std::string& cvId,
+                                  const std::string& moduleName) {
+    std::vector<std::string> ids;
+    for (auto& record : records)
+        if (!record.recordId().empty()) ids.push_back(record.recordId());
+    store(ids, cvId, moduleName);
+}
+
+void CVRecordMapInDatabase::store(const std::vector<std::string>& ids, const std::string& cvId,
+                                  const std::string& moduleName) {
+    if (databaseAdapter_ && !ids.empty())
+        databaseAdapter_->insertInto(getTableName(moduleName), MapRows(ids, cvId, moduleName));
+}
+
+void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
+                                    const std::string& moduleName) {
+    table(moduleName).deleteObjects(Criteria::and_({ofView(cvId), columnIn(mapNames.recordId, recordIds)}));
+}
+
+void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& moduleName) {
+    table(moduleName).deleteObjects(ofView(cvId));
+}
+
+Criteria CVRecordMapInDatabase::getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) {
+    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    query.columns = {std::string(mapNames.recordId)};
+    return Criteria::custom(kelva::quotedName(FieldIdentifierConstants().id) + " in (" + query.sql() + ")",
+                            query.parameters());
+}
+
+Criteria CVRecordMapInDatabase::getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) {
+    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    query.columns = {"1"};
+    auto id = kelva::quotedName(RecordUtil::getTableName(moduleName)) + "." +
+              kelva::quotedName(FieldIdentifierConstants().id);
+    query.filter(Criteria::equalTo(std::string(mapNames.recordId), Criteria::ColumnType::column(id)));
+    return Criteria::exists(query.sql(), query.parameters());
+}
+
+bool CVRecordMapInDatabase::hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) {
+    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    query.columns = {"1"};
+    query.limit = 1;
+    query.offset = count;
+    auto rows = table(moduleName).fetch(query);
+    return rows && rows->size() > 0;
+}
+
+}  // namespace tarvo

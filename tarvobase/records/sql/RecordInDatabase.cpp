@@ -1,0 +1,376 @@
+#include "tarvobase/records/sql/RecordInDatabase.h"
+
+#include "kelva_db/Database.h"
+#include "platform/Log.h"
+#include "platform/Text.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
+#include "tarvobase/metadata/ModuleInfo.h"
+#include "tarvobase/records/sql/CustomViewQueryFormation.h"
+#include "tarvobase/records/sql/DependentRecords.h"
+#include "tarvobase/records/sql/FilterToWhereConverter.h"
+#include "tarvobase/records/sql/RecordQueries.h"
+#include "tarvobase/records/sql/SortFieldToSortDescriptor.h"
+#include "tarvobase/records/wire/ModuleParser.h"
+#include "tarvobase/records/wire/RecordConversion.h"
+#include "tarvobase/records/wire/RecordPage.h"
+#include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+
+namespace tarvo {
+
+namespace {
+
+using Names = RecordPersistanceDelegate::Names;
+
+std::string idColumn(const FieldIdentifier& naming) { return std::string(naming.constant->id); }
+
+/// The id of a row that may be stored under it: a text that is not empty.
+const std::string* usableId(const ValueMap& row, std::string_view identifier) {
+    auto id = row.find(identifier);
+    return id && id->asText() && !id->asText()->empty() ? id->asText() : nullptr;
+}
+
+void noteLeftOut(std::size_t count, const std::string& moduleName) {
+    if (count > 0)
+        platform::log(platform::LogLevel::warning, "records",
+                      "records of " + moduleName + " without an id were left out: " + std::to_string(count));
+}
+
+/// Records of a list of wire dictionaries on their way into the table, those without an id left out.
+struct RowsOfWire {
+    std::vector<ValueMap> rows;
+    std::vector<const ValueMap*> wire;
+    Names ids;
+
+    RowsOfWire(const std::vector<ValueMap>& wireRecords, const FieldList& fields) {
+        RecordConversion conversion(fields);
+        auto identifier = RecordUtil::getIdentifierFieldName(fields.moduleName(), fields.naming());
+        for (auto& record : wireRecords) {
+            auto row = conversion.toRow(record);
+            auto id = usableId(row, identifier);
+            if (!id) continue;
+            ids.push_back(*id);
+            rows.push_back(std::move(row));
+            wire.push_back(&record);
+        }
+    }
+
+    std::vector<NestedRecords> nestedRecords(std::string_view wireName) const {
+        auto key = ModuleParser::systemKey(wireName, CommonConfigration::sharedInstance().modifySystemProperties.get());
+        std::vector<NestedRecords> nested;
+        for (std::size_t i = 0; i < wire.size(); ++i) {
+            auto value = wire[i]->find(key);
+            auto list = value ? value->asList() : nullptr;
+            auto isMap = [](auto& item) { return item.kind() == ValueKind::map; };
+            if (!list || !std::all_of(list->begin(), list->end(), isMap)) continue;
+            nested.push_back({ids[i], {}});
+            for (auto& item : *list) nested.back().records.push_back(*item.asMap());
+        }
+        return nested;
+    }
+};
+
+std::vector<NestedRecords> nestedRecords(const RecordPage& page, std::string_view wireName) {
+    std::vector<NestedRecords> nested;
+    for (auto& list : page.nestedRecords(wireName))
+        nested.push_back({std::string(page.recordId(list.row)), std::move(list.records)});
+    return nested;
+}
+
+/// The condition of a view; none when it cannot be judged here.
+std::string conditionOf(const CustomView& customView, const FieldList& fields) {
+    auto condition = CustomViewQueryFormation::getWhereCondition(customView, fields);
+    if (condition) return condition.value();
+    platform::log(platform::LogLevel::warning, "records", "no local condition for view " + customView.viewID);
+    return "";
+}
+
+std::string conditionOf(const std::vector<ColumnFilter>& filters, const std::string& moduleName) {
+    return FilterToWhereConverter::getWhereStatement(filters, moduleName).value_or("");
+}
+
+std::optional<Criteria> allOf(const std::vector<std::string>& conditions) {
+    auto text = RecordQueries::allOf(conditions);
+    return text.empty() ? std::nullopt : std::optional(Criteria::custom(text));
+}
+
+std::optional<Criteria> criteriaOf(const RecordQuery& query, const FieldList& fields) {
+    std::vector<std::string> conditions;
+    if (query.filters) conditions.push_back(conditionOf(*query.filters, query.module.moduleName));
+    if (query.customView) conditions.push_back(conditionOf(*query.customView, fields));
+    if (query.columnNamesAndValues) conditions.push_back(RecordQueries::getWhereString(*query.columnNamesAndValues));
+    if (query.equalColumnNames) conditions.push_back(RecordQueries::getWhereString(*query.equalColumnNames));
+    if (query.customQuery) conditions.push_back(*query.customQuery);
+    return allOf(conditions);
+}
+
+std::optional<Criteria> criteriaOf(const ViewRecordQuery& query) {
+    std::vector<std::string> conditions{conditionOf(query.customView, query.moduleInfo.metadata)};
+    if (query.filters) conditions.push_back(conditionOf(*query.filters, query.moduleInfo.moduleName()));
+    return allOf(conditions);
+}
+
+template <class Term>
+Names columnsOf(const std::vector<Term>& terms) {
+    Names columns;
+    for (auto& term : terms) columns.push_back(term.column);
+    return columns;
+}
+
+}  // namespace
+
+/// What is read of the records that a condition holds for.
+struct RecordInDatabase::Selection {
+    std::optional<Names> columnsToFetch{};
+    RecordQueries::Others others = RecordQueries::Others::areDropped;
+    std::vector<SortDescriptor> order{};
+    Names sortColumns{};
+    std::optional<std::int64_t> from{};
+    std::optional<std::int64_t> limit{};
+};
+
+RecordInDatabase::RecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                                   std::shared_ptr<GetFieldListDM> fieldLists)
+    : databaseAdapter_(std::move(databaseAdapter)), fieldLists_(std::move(fieldLists)) {}
+
+std::shared_ptr<RecordInDatabase> RecordInDatabase::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter) {
+    return std::make_shared<RecordInDatabase>(databaseAdapter, FieldListAssembler::getFieldListDM(databaseAdapter));
+}
+
+TableAccess RecordInDatabase::tableOf(const std::string& moduleName) const {
+    return {databaseAdapter_, RecordUtil::getTableName(moduleName)};
+}
+
+std::optional<FieldList> RecordInDatabase::fieldsOf(const std::string& moduleName) const {
+    auto fields = fieldLists_->getFields(moduleName, std::nullopt);
+    if (fields) return std::move(fields).value();
+    platform::log(platform::LogLevel::warning, "records", "no fields of the module " + moduleName);
+    return std::nullopt;
+}
+
+// Storing
+
+void RecordInDatabase::storeRecord(const ValueMap& wireRecord, const std::string& moduleName) {
+    storeRecord(std::vector<ValueMap>{wireRecord}, moduleName);
+}
+
+void RecordInDatabase::storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) {
+    auto fields = fieldsOf(moduleName);
+    if (!fields) return;
+    RowsOfWire records(wireRecords, *fields);
+    noteLeftOut(wireRecords.size() - records.rows.size(), moduleName);
+    DependentRecords(databaseAdapter_, *fieldLists_).store(*fields, [&](std::string_view wireName) {
+        return records.nestedRecords(wireName);
+    });
+    store(MapRowSource(records.rows), records.ids, moduleName);
+}
+
+Names RecordInDatabase::storeRecord(const WireRecords& wireRecords, const std::string& moduleName) {
+    auto fields = fieldsOf(moduleName);
+    if (!fields) return {};
+    RecordPage page(wireRecords.document, wireRecords.list, *fields);
+    noteLeftOut(page.leftOut(), moduleName);
+    DependentRecords(databaseAdapter_, *fieldLists_).store(*fields, [&](std::string_view wireName) {
+        return nestedRecords(page, wireName);
+    });
+    Names ids;
+    ids.reserve(page.rowCount());
+    for (std::size_t row = 0; row < page.rowCount(); ++row) ids.emplace_back(page.recordId(row));
+    return store(page, ids, moduleName);
+}
+
+/// Gives the ids that are stored.
+Names RecordInDatabase::store(const RowSource& rows, const Names& ids, const std::string& moduleName) const {
+    auto refused = tableOf(moduleName).storeAccepted(rows);
+    if (!refused) return {};
+    if (refused->empty()) return ids;
+    Names stored, left;
+    auto next = refused->begin();
+    for (std::size_t row = 0; row < ids.size(); ++row) {
+        bool isRefused = next != refused->end() && *next == row;
+        (isRefused ? left : stored).push_back(ids[row]);
+        if (isRefused) ++next;
+    }
+    platform::log(platform::LogLevel::warning, "records",
+                  "the table of " + moduleName + " refuses the records " + text::join(left, ", "));
+    return stored;
+}
+
+void RecordInDatabase::storeRecord(const Record& record, const std::string& moduleName) {
+    tableOf(moduleName).store({rowOf(record, namingInForce())});
+}
+
+void RecordInDatabase::updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) {
+    auto naming = namingInForce();
+    auto table = tableOf(moduleName);
+    auto row = rowOf(record, naming);
+    auto id = idColumn(naming);
+    if (!databaseAdapter_ || record.recordId() == recordID) return table.update(std::move(row), columnIs(id, recordID));
+
+    // The record may have come under its new id already. That row gives way, or the old one could never take the id.
+    auto name = kelva::quotedName(table.tableName());
+    auto isThere = Criteria::exists("SELECT 1 FROM " + name + " WHERE " + id + " = ?", {recordID});
+    DeleteQuery giveWay(name, Criteria::and_({columnIs(id, record.recordId()), isThere}));
+    UpdateQuery update(name, ValueMap());
+    auto columns = table.columns();
+    for (auto& entry : row)
+        if (table.has(std::string(entry.name), columns))
+            update.columnValues.set(kelva::quotedName(entry.name), entry.value);
+    update.filter(columnIs(id, recordID));
+    databaseAdapter_->execute({giveWay, update});
+}
+
+void RecordInDatabase::modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) {
+    modifyRecord(moduleName, std::vector<ValueMap>{wireRecord});
+}
+
+void RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) {
+    auto fields = fieldsOf(moduleName);
+    if (!fields) return;
+    RecordConversion conversion(*fields);
+    std::vector<ValueMap> rows;
+    for (auto& record : wireRecords) rows.push_back(conversion.toRow(record));
+    modify(rows, moduleName, fields->naming());
+}
+
+void RecordInDatabase::modifyRecord(const std::string& moduleName, const Record& record) {
+    modifyRecord(moduleName, std::vector<Record>{record});
+}
+
+void RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<Record>& records) {
+    auto naming = namingInForce();
+    std::vector<ValueMap> rows;
+    for (auto& record : records) rows.push_back(rowOf(record, naming));
+    modify(rows, moduleName, naming);
+}
+
+void RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,
+                              const FieldIdentifier& naming) const {
+    auto table = tableOf(moduleName);
+    auto id = idColumn(naming);
+    for (auto& row : rows) {
+        auto value = row.find(id);
+        if (value && value->asText())
+            table.update(row, columnIs(id, *value->asText()));
+        else
+            platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
+    }
+}
+
+// Reading
+
+RecordInDatabase::Records RecordInDatabase::fetch(const FieldList& fields, std::optional<Criteria> criteria,
+                                                  Selection selection) const {
+    auto table = tableOf(fields.moduleName());
+    FetchQuery query(kelva::quotedName(table.tableName()));
+    auto columns = RecordQueries::getColumns(selection.columnsToFetch, fields, selection.others);
+    query.columns = RecordQueries::selectList(columns, table);
+    if (selection.columnsToFetch)
+        for (auto& column : RecordQueries::defaultColumns(columns, fields, selection.sortColumns))
+            query.columns.push_back(column);
+    if (criteria) query.filter(*std::move(criteria));
+    query.sortBy = std::move(selection.order);
+    query.offset = selection.from;
+    query.limit = selection.limit;
+    auto rows = table.fetch(query);
+    return rows ? Records(recordsOf(*rows, fields)) : std::nullopt;
+}
+
+std::vector<Record> RecordInDatabase::recordsOf(const Rows& rows, const FieldList& fields) {
+    auto records = Record::fromRows(rows, fields.moduleName(), fields.naming());
+    std::string_view attachments = fields.naming().constant->attachments;
+    if (!rows.columns().find(attachments)) return records;
+    for (auto& record : records)
+        if (auto ids = attachmentIds(record[attachments], fields.moduleName()))
+            record.set(attachments, *std::move(ids));
+    return records;
+}
+
+Names RecordInDatabase::getColumnNameList(const std::optional<Names>& columns, const ModuleInfo& moduleInfo) {
+    return RecordQueries::getColumns(columns, moduleInfo.metadata, RecordQueries::Others::stay);
+}
+
+RecordInDatabase::Records RecordInDatabase::fetchRecords(const std::string& moduleName,
+                                                         const ValueMap& columnNamesAndValues,
+                                                         const std::optional<Names>& columnsToFetch) {
+    RecordQuery query;
+    query.module.moduleName = moduleName;
+    query.columnNamesAndValues = columnNamesAndValues;
+    query.columnsToFetch = columnsToFetch;
+    return fetchRecords(query);
+}
+
+std::optional<Record> RecordInDatabase::fetchRecordsFor(const std::string& moduleName, const std::string& recordID,
+                                                        const Names& columnsToFetch) {
+    return firstOf(fetchRecords(moduleName, Names{recordID}, columnsToFetch));
+}
+
+std::optional<Record> RecordInDatabase::fetchRecord(const std::string& moduleName, const std::string& recordID) {
+    auto fields = fieldsOf(moduleName);
+    if (!fields) return std::nullopt;
+    auto table = tableOf(moduleName);
+    FetchQuery query(kelva::quotedName(table.tableName()), columnIs(idColumn(fields->naming()), recordID));
+    auto rows = table.fetch(query);
+    return rows ? firstOf(Records(recordsOf(*rows, *fields))) : std::nullopt;
+}
+
+RecordInDatabase::Records RecordInDatabase::fetchRecords(const std::string& moduleName, const Names& recordIds,
+                                                         const std::optional<Names>& columnsToFetch) {
+    auto fields = fieldsOf(moduleName);
+    if (!fields) return std::nullopt;
+    return fetch(*fields, columnIn(idColumn(fields->naming()), recordIds), {.columnsToFetch = columnsToFetch});
+}
+
+RecordInDatabase::Records RecordInDatabase::fetchRecords(const RecordQuery& query) {
+    auto fields = fieldsOf(query.module.moduleName);
+    if (!fields) return std::nullopt;
+    Selection selection{.columnsToFetch = query.columnsToFetch, .from = query.from, .limit = query.limit};
+    if (query.columnsToSortWith) {
+        selection.order = RecordQueries::getSortDescriptors(*query.columnsToSortWith, *fields);
+        selection.sortColumns = columnsOf(*query.columnsToSortWith);
+    }
+    return fetch(*fields, criteriaOf(query, *fields), std::move(selection));
+}
+
+RecordInDatabase::Records RecordInDatabase::getRecords(const ViewRecordQuery& query) {
+    Selection selection{.columnsToFetch = query.columns,
+                        .others = RecordQueries::Others::stay,
+                        .from = query.from,
+                        .limit = query.limit};
+    if (query.sortBy) {
+        selection.order = SortFieldToSortDescriptor::sortDescriptor(*query.sortBy, query.moduleInfo);
+        selection.sortColumns = columnsOf(*query.sortBy);
+    }
+    return fetch(query.moduleInfo.metadata, criteriaOf(query), std::move(selection));
+}
+
+std::optional<std::int64_t> RecordInDatabase::countRecords(const RecordQuery& query) {
+    auto fields = fieldsOf(query.module.moduleName);
+    return fields ? count(criteriaOf(query, *fields), fields->moduleName()) : std::nullopt;
+}
+
+std::optional<std::int64_t> RecordInDatabase::countRecords(const ViewRecordQuery& query) {
+    return count(criteriaOf(query), query.moduleInfo.moduleName());
+}
+
+std::optional<std::int64_t> RecordInDatabase::count(const std::optional<Criteria>& criteria,
+                                                    const std::string& moduleName) const {
+    auto table = kelva::quotedName(RecordUtil::getTableName(moduleName));
+    return databaseAdapter_ ? databaseAdapter_->count(table, criteria) : std::nullopt;
+}
+
+// Deleting
+
+void RecordInDatabase::deleteRecord(const std::string& recordId, const std::string& moduleName) {
+    deleteRecords(moduleName, columnIs(idColumn(namingInForce()), recordId));
+}
+
+void RecordInDatabase::deleteRecords(const Names& recordIds, const std::string& moduleName) {
+    deleteRecords(moduleName, columnIn(idColumn(namingInForce()), recordIds));
+}
+
+void RecordInDatabase::deleteRecords(const std::string& moduleName, const Criteria& criteria) {
+    tableOf(moduleName).deleteObjects(criteria);
+}
+
+}  // namespace tarvo

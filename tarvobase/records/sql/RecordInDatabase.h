@@ -1,0 +1,90 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tarvobase/records/sql/RecordPersistanceDelegate.h"
+#include "tarvobase/value_objects/field/FieldList.h"
+
+namespace tarvo {
+
+class DatabaseAdapter;
+class GetFieldListDM;
+class TableAccess;
+
+/// The record tables. Their shape is the server's: one table a module, with the columns that its fields name. Columns
+/// that a table lacks are left out of writes, have no value in reads, and are logged once. Keeps nothing between calls;
+/// the fields of a module are read on each call, but for the operations that are given them.
+class RecordInDatabase : public RecordPersistanceDelegate {
+public:
+    RecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::shared_ptr<GetFieldListDM> fieldLists);
+    /// Over the tables of an adapter.
+    static std::shared_ptr<RecordInDatabase> make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter);
+
+    void storeRecord(const ValueMap& wireRecord, const std::string& moduleName) override;
+    void storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) override;
+    Names storeRecord(const WireRecords& wireRecords, const std::string& moduleName) override;
+    void storeRecord(const Record& record, const std::string& moduleName) override;
+    void updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) override;
+
+    Records fetchRecords(const std::string& moduleName, const ValueMap& columnNamesAndValues,
+                         const std::optional<Names>& columnsToFetch) override;
+    std::optional<Record> fetchRecordsFor(const std::string& moduleName, const std::string& recordID,
+                                          const Names& columnsToFetch) override;
+    std::optional<Record> fetchRecord(const std::string& moduleName, const std::string& recordID) override;
+    Records fetchRecords(const std::string& moduleName, const Names& recordIds,
+                         const std::optional<Names>& columnsToFetch = std::nullopt) override;
+    Records fetchRecords(const RecordQuery& query) override;
+    Records getRecords(const ViewRecordQuery& query) override;
+    std::optional<std::int64_t> countRecords(const RecordQuery& query) override;
+    std::optional<std::int64_t> countRecords(const ViewRecordQuery& query) override;
+
+    void modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) override;
+    void modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) override;
+    void modifyRecord(const std::string& moduleName, const Record& record) override;
+    void modifyRecord(const std::string& moduleName, const std::vector<Record>& records) override;
+
+    void deleteRecord(const std::string& recordId, const std::string& moduleName) override;
+    void deleteRecords(const Names& recordIds, const std::string& moduleName) override;
+    void deleteRecords(const std::string& moduleName, const Criteria& criteria) override;
+
+    // For callers that have the fields already. Wire dictionaries are stored as they stand but for dates, which become
+    // seconds, and lookups of several records, whose ids get a key of their own.
+    static std::string getTableName(const ModuleIdentifier& moduleId);
+    void saveNetworkRecord(const ValueMap& wireRecord, const ModuleIdentifier& moduleId, const FieldList& metadataList);
+    void saveNetworkRecordList(std::vector<ValueMap> wireRecords, const ModuleIdentifier& moduleId,
+                               const FieldList& metadataList);
+    /// Database dictionaries as they stand.
+    void saveRecordDictionary(const ValueMap& dictionary, const ModuleIdentifier& moduleId);
+    void saveRecordDictionary(const std::vector<ValueMap>& dictionaries, const ModuleIdentifier& moduleId);
+    void saveRecord(const Record& record, const ModuleIdentifier& moduleId, const FieldList& metadataList);
+    void saveRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
+                        const FieldList& metadataList);
+    void modifyRecord(const Record& record, const ModuleIdentifier& moduleId, const FieldList& metadataList);
+    void modifyRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
+                          const FieldList& metadataList);
+
+    /// Columns of a list: those named, or all of the module's fields, with the display texts of lookups and the
+    /// identifier, as the names of the fields. A name without a field stays.
+    static Names getColumnNameList(const std::optional<Names>& columns, const ModuleInfo& moduleInfo);
+    /// Rows of a module's table as records: those without an identifier are left out, stored ids of attachments become
+    /// a list of texts.
+    static std::vector<Record> recordsOf(const Rows& rows, const FieldList& fields);
+
+private:
+    struct Selection;
+
+    TableAccess tableOf(const std::string& moduleName) const;
+    std::optional<FieldList> fieldsOf(const std::string& moduleName) const;
+    Names store(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
+    void modify(const std::vector<ValueMap>& rows, const std::string& moduleName, const FieldIdentifier& naming) const;
+    Records fetch(const FieldList& fields, std::optional<Criteria> criteria, Selection selection) const;
+    std::optional<std::int64_t> count(const std::optional<Criteria>& criteria, const std::string& moduleName) const;
+
+    const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
+    const std::shared_ptr<GetFieldListDM> fieldLists_;
+};
+
+}  // namespace tarvo

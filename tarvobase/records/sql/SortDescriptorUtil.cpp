@@ -1,0 +1,117 @@
+#include "tarvobase/records/sql/SortDescriptorUtil.h"
+
+#include <algorithm>
+
+#include "kelva_db/Database.h"
+#include "platform/Text.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/metadata/ModuleInfo.h"
+#include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/sql/SortFieldToSortDescriptor.h"
+#include "tarvobase/utils/LogOnce.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+
+namespace tarvo {
+
+namespace {
+
+using kelva::quotedName;
+
+/// The order of one choice, and what it takes to name its sections.
+class SectionSort {
+public:
+    SectionSort(const ModuleInfo& module, const SortField& sortField, const FieldMetadata& field)
+        : module_(module), names_(*module.metadata.naming().constant), sortField_(sortField), field_(field) {}
+
+    SortDescriptorUtil::SortList fieldSpecificSort() const {
+        auto& column = sortField_.column;
+        if (field_.fieldType == FieldDataType::dateTime)
+            return {{named("(" + quotedName(column) + " / 1000)", column)}, {plain()}};
+        if (field_.fieldType == FieldDataType::currency) return {{}, {byBaseCurrency()}};
+        if (field_.isLookupNameField() && hasNameParts()) return {{named(personName(), column)}, {bySection(column)}};
+        if (isLookupField(field_.fieldType))
+            return {{named(quotedName(getLookupColumn(column)), column)}, {bySection(column)}};
+        if (column == names_.fullName) return byName();
+        if (field_.fieldType == FieldDataType::text && isName())
+            return {{named(initial(column), column)}, {text(column)}};
+        return {{}, {plain()}};
+    }
+
+private:
+    static std::string sectionName(const std::string& column) {
+        return quotedName(column + std::string(sectionNameSuffix));
+    }
+    static std::string named(const std::string& expression, const std::string& column) {
+        return expression + " as " + sectionName(column);
+    }
+    static std::string initial(const std::string& column) {
+        return "COALESCE(UPPER(SUBSTR(" + quotedName(column) + ", 1, 1)), '#')";
+    }
+    std::string firstName() const { return sortField_.column + std::string(firstNameSuffix); }
+    std::string lastName() const { return sortField_.column + std::string(lastNameSuffix); }
+    std::string personName() const {
+        return "(COALESCE(" + quotedName(firstName()) + ", '') || ' ' || COALESCE(" + quotedName(lastName()) + ", ''))";
+    }
+    /// The server decides whether a table keeps the first and the last name of a person. Without them the display text
+    /// is the name.
+    bool hasNameParts() const {
+        auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get();
+        if (!adapter) return false;
+        auto columns = adapter->columnNames(RecordUtil::getTableName(module_.moduleName()));
+        auto has = [&](const std::string& name) {
+            return std::find(columns.begin(), columns.end(), name) != columns.end();
+        };
+        return has(firstName()) && has(lastName());
+    }
+    bool isName() const { return text::asciiLowercase(sortField_.column).find("name") != std::string::npos; }
+
+    SortDescriptor plain() const { return SortFieldToSortDescriptor::plainDescriptor(sortField_, field_); }
+    SortDescriptor text(const std::string& column) const {
+        return SortDescriptor({.colName = quotedName(column), .ascending = sortField_.isAscending});
+    }
+    SortDescriptor bySection(const std::string& column) const {
+        return SortDescriptor({.colName = sectionName(column), .ascending = sortField_.isAscending});
+    }
+
+    /// Amounts in different currencies compare in the base currency, whose rate is 1. A module of one currency has no
+    /// rates.
+    SortDescriptor byBaseCurrency() const {
+        auto rate = std::string(names_.exchangeRate);
+        auto term = "CAST(" + quotedName(sortField_.column) + " AS REAL)";
+        if (module_.metadata.hasField(rate))
+            term += " / COALESCE(NULLIF(CAST(" + quotedName(rate) + " AS REAL), 0), 1)";
+        return SortDescriptor::customOrderBy("(" + term + ")" + (sortField_.isAscending ? " ASC" : " DESC"));
+    }
+
+    SortDescriptorUtil::SortList byName() const {
+        std::string first(names_.firstName), second(names_.lastName);
+        if (!module_.settings.isSortByFirstNameLastName()) std::swap(first, second);
+        return {{named(initial(first), first)}, {text(first), text(second)}};
+    }
+
+    const ModuleInfo& module_;
+    const IdentifierConstants& names_;
+    const SortField& sortField_;
+    const FieldMetadata& field_;
+};
+
+}  // namespace
+
+SortDescriptorUtil::SortList SortDescriptorUtil::getSortList(const ModuleInfo& moduleInfo,
+                                                             const std::vector<SortField>& sortFields) {
+    SortList list;
+    for (auto& sortField : sortFields) {
+        auto field = moduleInfo.metadata.getField(sortField.column);
+        if (!field) {
+            logOnce("no field for the sort column " + sortField.column + " of " + moduleInfo.moduleName());
+            continue;
+        }
+        auto [columns, descriptors] = SectionSort(moduleInfo, sortField, *field).fieldSpecificSort();
+        list.first.insert(list.first.end(), columns.begin(), columns.end());
+        list.second.insert(list.second.end(), descriptors.begin(), descriptors.end());
+    }
+    return list;
+}
+
+}  // namespace tarvo

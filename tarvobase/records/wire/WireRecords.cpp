@@ -1,0 +1,79 @@
+#include "tarvobase/records/wire/WireRecords.h"
+
+#include "tarvobase/records/wire/RecordParser.h"
+
+namespace tarvo {
+
+namespace {
+
+using json::Element;
+
+/// The named members of a map, as far as they are there.
+ValueMap membersOf(const Element& map, std::initializer_list<std::string_view> names) {
+    ValueMap members;
+    for (auto name : names)
+        if (auto member = map.find(name); member.kind() != ValueKind::null) members.set(name, member.copy());
+    return members;
+}
+
+/// An entry of "result" with an empty list in the place of its records.
+Value withoutRecords(const Element& entry) {
+    if (entry.kind() != ValueKind::map) return entry.copy();
+    auto members = membersOf(entry, {"info", "error"});
+    auto data = entry.find("data");
+    if (data.kind() != ValueKind::null)
+        members.set("data", data.kind() == ValueKind::list ? Value(ValueList()) : data.copy());
+    return members;
+}
+
+/// The body of an answer without its records.
+Value withoutRecords(const Element& root, const std::vector<Element>& entries) {
+    if (root.kind() != ValueKind::map) return {};
+    auto body = membersOf(root, {"error"});
+    auto response = root.find("response");
+    if (response.kind() != ValueKind::map) {
+        if (response.kind() != ValueKind::null) body.set("response", response.copy());
+        return body;
+    }
+    auto members = membersOf(response, {"error", "responseInfo"});
+    auto result = response.find("result");
+    if (result.kind() == ValueKind::list) {
+        ValueList bare;
+        for (auto& entry : entries) bare.push_back(withoutRecords(entry));
+        members.set("result", std::move(bare));
+    } else if (result.kind() != ValueKind::null) {
+        members.set("result", result.copy());
+    }
+    body.set("response", std::move(members));
+    return body;
+}
+
+}  // namespace
+
+Result<WireRecordsParser::Response, ParserError> WireRecordsParser::parse(const platform::Data& data) {
+    auto document = json::Document::parse(data);
+    if (!document) return ParserError(ParserError::Case::jsonSerializationFailed);
+    std::vector<Element> entries;
+    document->root().find("response").find("result").items(entries);
+    auto envelope = parseEnvelope(withoutRecords(document->root(), entries));
+    if (!envelope) return envelope.error();
+
+    Response response;
+    response.responseInfo = envelope->responseInfo;
+    RecordParser parser;
+    for (std::size_t i = 0; i < envelope->entries.size(); ++i) {
+        auto list = parser.parseRecordList(*envelope->entries[i].asMap());
+        if (!list) {
+            response.result.push_back(list.error());
+            continue;
+        }
+        using Entry = RParsedResult<WireRecords, RecordListInfo>;
+        if (list->records)
+            response.result.push_back(Entry{WireRecords{*document, entries[i].find("data")}, list->info});
+        else
+            response.result.push_back(Entry{list->records.error(), list->info});
+    }
+    return response;
+}
+
+}  // namespace tarvo

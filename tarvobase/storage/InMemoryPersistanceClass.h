@@ -1,0 +1,201 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/Result.h"
+#include "tarvobase/network_layer/ParserError.h"
+#include "tarvobase/storage/InMemoryDatabaseAdapter.h"
+
+namespace tarvo {
+
+/// Base of the classes that answer from memory and stand in front of a table class.
+class InMemoryPersistanceClass : public virtual platform::Object {
+public:
+    explicit InMemoryPersistanceClass(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass)
+        : inMemoryPersistanceClass(std::move(inMemoryPersistanceClass)) {}
+
+    std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass;
+    std::string currentAccountBrenUID() const;
+};
+
+/// Counts the changes that in-memory classes make to a table of an account, so that what was read from the primary
+/// store before a change is never put over it.
+namespace memory_changes {
+std::uint64_t count(const std::string& account, const std::string& tableName);
+void note(const std::string& account, const std::string& tableName);
+}  // namespace memory_changes
+
+/// Stands in a table that may lack objects of the primary store. No filter but the empty one finds it; whoever asks for
+/// the whole table sees an object of another class, and takes that for a miss.
+struct PartOfTable final : InMemeoryDatabaseStorable {
+    InMemoryPropertyValue operator[](std::string_view) const override;
+};
+
+/// What an in-memory class does with its table. `Key` gives what tells two objects apart: storing a value replaces the
+/// one of the same key. Values come from the primary store in two ways: `store` for what was written through, `fill`
+/// for what was read from it.
+template <class T>
+class InMemoryTable {
+public:
+    using Key = std::string (*)(const T&);
+    using ColumnValues = InMemoryDatabaseAdapter::ColumnValues;
+    using Objects = InMemoryDatabaseAdapter::Objects;
+    enum class Extent { part, whole };
+
+    /// Without a primary store, memory is all there is: then no table is a part.
+    InMemoryTable(InMemoryPersistanceClass& owner, std::string tableName, Key key, bool hasPrimary)
+        : owner_(owner), tableName_(std::move(tableName)), key_(key), hasPrimary_(hasPrimary) {}
+
+    /// All objects; absent when memory may lack some.
+    std::optional<std::vector<T>> all() const { return valuesOf(memory().fetchAllObjects(tableName_)); }
+    /// All objects that memory holds, be they all or not; absent without a table.
+    std::optional<std::vector<T>> held() const {
+        auto objects = memory().fetchAllObjects(tableName_);
+        if (objects)
+            std::erase_if(*objects, [](auto& object) { return dynamic_cast<const PartOfTable*>(object.get()); });
+        return valuesOf(objects);
+    }
+    std::optional<T> first(const ColumnValues& filter) const {
+        auto found = valuesOf(memory().fetchObjects(tableName_, filter, 1));
+        return found && !found->empty() ? std::optional<T>(std::move(found->front())) : std::nullopt;
+    }
+
+    /// Where and when a read of the primary store began.
+    struct Moment {
+        std::string account;
+        std::uint64_t changes;
+    };
+    Moment now() const {
+        auto account = owner_.currentAccountBrenUID();
+        auto changes = memory_changes::count(account, tableName_);
+        return {std::move(account), changes};
+    }
+
+    /// Takes in what the primary store gave, unless the table was changed since the read began: what was read may be
+    /// older than the change, and the next miss reads again.
+    void fill(const Moment& since, const std::vector<T>& values, Extent extent) const {
+        memory().change(tableName_, since.account, [&](std::optional<Objects>& table) {
+            if (memory_changes::count(since.account, tableName_) != since.changes) return;
+            if (extent == Extent::whole) table = Objects();
+            merge(table, values);
+        });
+    }
+    void store(const std::string& account, const std::vector<T>& values) const {
+        change(account, [&](std::optional<Objects>& table) { merge(table, values); });
+    }
+    /// For what the primary store now holds and nothing else.
+    void replaceAll(const std::string& account, const std::vector<T>& values) const {
+        change(account, [&](std::optional<Objects>& table) {
+            table = Objects();
+            merge(table, values);
+        });
+    }
+    /// Puts the value in the place of those that match; adds nothing.
+    void update(const std::string& account, const T& value, const ColumnValues& filter) const {
+        change(account, [&](std::optional<Objects>& table) {
+            if (!table) return;
+            for (auto& present : *table)
+                if (matches(*present, filter)) present = std::make_shared<InMemoryObject<T>>(value);
+        });
+    }
+    void remove(const std::string& account, const std::vector<ColumnValues>& filters) const {
+        change(account, [&](std::optional<Objects>& table) {
+            if (!table) return;
+            for (auto& filter : filters) std::erase_if(*table, [&](auto& object) { return matches(*object, filter); });
+        });
+    }
+
+    /// The first object that memory has, or the answer of the primary store, which memory then keeps.
+    template <class Ask>
+    Result<T, ParserError> firstOr(const ColumnValues& filter, Ask&& ask) const {
+        if (auto found = first(filter)) return *std::move(found);
+        auto since = now();
+        Result<T, ParserError> answer = ask();
+        if (answer) fill(since, {*answer}, Extent::part);
+        return answer;
+    }
+    /// All objects from memory, or the whole answer of the primary store, which memory then keeps.
+    template <class Ask>
+    Result<std::vector<T>, ParserError> allOr(Ask&& ask) const {
+        if (auto everything = all()) return *std::move(everything);
+        auto since = now();
+        Result<std::vector<T>, ParserError> answer = ask();
+        if (answer) fill(since, *answer, Extent::whole);
+        return answer;
+    }
+    /// The objects of memory that `chosen` takes, when they are as many as were asked for; else the answer of the
+    /// primary store to the whole request.
+    template <class Chosen, class Ask>
+    Result<std::vector<T>, ParserError> chosenOr(std::size_t asked, Chosen&& chosen, Ask&& ask) const {
+        if (auto values = held()) {
+            std::erase_if(*values, [&](auto& value) { return !chosen(value); });
+            if (values->size() == asked) return *std::move(values);
+        }
+        auto since = now();
+        Result<std::vector<T>, ParserError> answer = ask();
+        if (answer) fill(since, *answer, Extent::part);
+        return answer;
+    }
+
+private:
+    InMemoryDatabaseAdapter& memory() const { return *owner_.inMemoryPersistanceClass; }
+
+    static bool matches(const InMemeoryDatabaseStorable& object, const ColumnValues& filter) {
+        for (auto& [key, value] : filter)
+            if (!object[key].isEqual(value)) return false;
+        return true;
+    }
+
+    template <class Change>
+    void change(const std::string& account, Change&& apply) const {
+        memory().change(tableName_, account, [&](std::optional<Objects>& table) {
+            memory_changes::note(account, tableName_);
+            apply(table);
+        });
+    }
+
+    static std::optional<std::vector<T>> valuesOf(const std::optional<Objects>& objects) {
+        if (!objects) return std::nullopt;
+        std::vector<T> values;
+        values.reserve(objects->size());
+        for (auto& object : *objects) {
+            auto held = dynamic_cast<const InMemoryObject<T>*>(object.get());
+            if (!held) return std::nullopt;
+            values.push_back(held->value);
+        }
+        return values;
+    }
+
+    void merge(std::optional<Objects>& table, const std::vector<T>& values) const {
+        if (!table) {
+            table.emplace();
+            if (hasPrimary_) table->push_back(std::make_shared<PartOfTable>());
+        }
+        std::unordered_map<std::string, std::size_t> places;
+        for (std::size_t place = 0; place < table->size(); ++place)
+            if (auto held = dynamic_cast<const InMemoryObject<T>*>((*table)[place].get()))
+                places[key_(held->value)] = place;
+        for (auto& value : values) {
+            auto object = std::make_shared<InMemoryObject<T>>(value);
+            auto [known, isNew] = places.emplace(key_(value), table->size());
+            if (isNew)
+                table->push_back(std::move(object));
+            else
+                (*table)[known->second] = std::move(object);
+        }
+    }
+
+    InMemoryPersistanceClass& owner_;
+    std::string tableName_;
+    Key key_;
+    bool hasPrimary_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,113 @@
+#include "tarvobase/storage/InMemoryStorage.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <mutex>
+
+#include "platform/ProcessState.h"
+#include "tarvobase/configuration/CommonConfigration.h"
+
+namespace tarvo {
+
+namespace {
+
+using Objects = InMemoryDatabaseAdapter::Objects;
+using ColumnValues = InMemoryDatabaseAdapter::ColumnValues;
+
+constexpr auto unlimited = std::numeric_limits<std::int64_t>::max();
+
+/// Tables by name, by account. One lock for reads and writes alike: a table is some hundred objects, and a lock that is
+/// held for a walk over them is shorter than what a finer one would cost.
+struct StoredValues {
+    std::mutex mutex;
+    std::map<std::string, std::map<std::string, std::optional<Objects>>> accounts;
+
+    template <class F>
+    auto withTable(const std::string& account, const std::string& tableName, F&& use) {
+        std::lock_guard lock(mutex);
+        return use(accounts[account][tableName]);
+    }
+    static StoredValues& shared() { return platform::ProcessState::current().get<StoredValues>(); }
+};
+
+std::string currentAccount() { return CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""); }
+
+template <class F>
+auto withTable(const std::string& tableName, F&& use) {
+    return StoredValues::shared().withTable(currentAccount(), tableName, std::forward<F>(use));
+}
+
+bool matches(const InMemeoryDatabaseStorable& object, const ColumnValues& filterValues) {
+    return std::all_of(filterValues.begin(), filterValues.end(),
+                       [&](auto& filter) { return object[filter.first].isEqual(filter.second); });
+}
+
+std::optional<Objects> getFilteredArray(const std::optional<Objects>& table, const ColumnValues& filterValues,
+                                        std::int64_t limit) {
+    if (!table) return std::nullopt;
+    Objects found;
+    for (auto& object : *table) {
+        if (limit <= 0) break;
+        if (!matches(*object, filterValues)) continue;
+        found.push_back(object);
+        --limit;
+    }
+    return found;
+}
+
+}  // namespace
+
+void InMemoryStorage::insertInto(const std::string& tableName, Object object) {
+    insertInto(tableName, Objects{std::move(object)});
+}
+
+void InMemoryStorage::insertInto(const std::string& tableName, const Objects& objects) {
+    withTable(tableName, [&](std::optional<Objects>& table) {
+        if (!table) table.emplace();
+        table->insert(table->end(), objects.begin(), objects.end());
+    });
+}
+
+void InMemoryStorage::update(const std::string& tableName, Object object, const ColumnValues& columnValues) {
+    withTable(tableName, [&](std::optional<Objects>& table) {
+        if (!table) return;
+        for (auto& present : *table)
+            if (matches(*present, columnValues)) present = object;
+    });
+}
+
+std::optional<Objects> InMemoryStorage::fetchObjects(const std::string& tableName, const ColumnValues& columnValues,
+                                                     std::int64_t limit) {
+    return withTable(tableName,
+                     [&](std::optional<Objects>& table) { return getFilteredArray(table, columnValues, limit); });
+}
+
+std::optional<Objects> InMemoryStorage::fetchAllObjects(const std::string& fromTable, std::int64_t) {
+    return fetchAllObjects(fromTable);
+}
+
+std::optional<Objects> InMemoryStorage::fetchObjects(const std::string& tableName, const ColumnValues& columnValues) {
+    return fetchObjects(tableName, columnValues, unlimited);
+}
+
+std::optional<Objects> InMemoryStorage::fetchAllObjects(const std::string& tableName) {
+    return withTable(tableName, [](std::optional<Objects>& table) { return table; });
+}
+
+void InMemoryStorage::deleteObjects(const std::string& tableName, const ColumnValues& columnValues) {
+    withTable(tableName, [&](std::optional<Objects>& table) {
+        if (table) std::erase_if(*table, [&](auto& object) { return matches(*object, columnValues); });
+    });
+}
+
+void InMemoryStorage::deleteAllObjects(const std::string& tableName) {
+    withTable(tableName, [](std::optional<Objects>& table) { table = Objects(); });
+}
+
+void InMemoryStorage::change(const std::string& tableName, const std::string& account,
+                             platform::FunctionRef<void(std::optional<Objects>& table)> change) {
+    StoredValues::shared().withTable(account, tableName, [&](std::optional<Objects>& table) { change(table); });
+}
+
+}  // namespace tarvo

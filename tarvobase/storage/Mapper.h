@@ -1,0 +1,66 @@
+#pragma once
+
+#include <concepts>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/Result.h"
+#include "tarvobase/storage/StoredNames.h"
+
+namespace tarvo {
+
+/// Why a map is not the value that it should be.
+struct ParsingError {
+    std::string failedPath;  ///< key of the first member that is missing or of another type
+    friend bool operator==(const ParsingError&, const ParsingError&) = default;
+};
+
+/// Strict conversion between a value and a map: a member that is missing or mistyped fails the value. A mapper is a
+/// constants object (keys, and the `tableName`) whose `getValue` and `getDictionary` read the keys through the object;
+/// its table twin derives from it and sets columns in place of keys.
+///
+/// `Derived` gives `getValue(const ValueMap&)` and `getDictionary(const T&)`; the list operations are shared.
+template <class Derived, class T>
+struct Mapper : NamesInForm {
+    using MappedType = T;
+
+    /// The values of the maps that can be read; one damaged row does not cost the others.
+    std::vector<T> getValue(const std::vector<ValueMap>& maps) const {
+        std::vector<T> values;
+        values.reserve(maps.size());
+        for (auto& map : maps)
+            if (Result<T, ParsingError> value = self().getValue(map)) values.push_back(std::move(value).value());
+        return values;
+    }
+    std::vector<ValueMap> getDictionary(const std::vector<T>& values) const {
+        std::vector<ValueMap> maps;
+        maps.reserve(values.size());
+        for (auto& value : values) maps.push_back(self().getDictionary(value));
+        return maps;
+    }
+
+private:
+    const Derived& self() const { return static_cast<const Derived&>(*this); }
+};
+
+/// What code that is generic over mappers may rely on.
+template <class M>
+concept MapperType = requires(const M& mapper, const ValueMap& map, const typename M::MappedType& value) {
+    { mapper.tableName } -> std::convertible_to<std::string_view>;
+    { mapper.getValue(map) } -> std::same_as<Result<typename M::MappedType, ParsingError>>;
+    { mapper.getDictionary(value) } -> std::same_as<ValueMap>;
+};
+
+template <Described T>
+class StoredForm;
+
+/// A strict read through the stored form of a value. The source file includes StoredForm.h.
+template <class T, class Source, class Names>
+Result<T, ParsingError> strictly(const Source& source, const Names& names, Form form) {
+    auto read = StoredForm<T>::readStrictly(source, names, form);
+    return read ? Result<T, ParsingError>(std::move(read).value())
+                : Result<T, ParsingError>(ParsingError{read.error()});
+}
+
+}  // namespace tarvo

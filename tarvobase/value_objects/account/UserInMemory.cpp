@@ -1,0 +1,80 @@
+#include "tarvobase/value_objects/account/UserInMemory.h"
+
+#include <algorithm>
+
+#include "platform/Text.h"
+
+namespace tarvo {
+
+namespace {}  // namespace
+
+UserInMemory::UserInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
+                           std::shared_ptr<UserPersistanceDelegate> primaryPersistance,
+                           UserConstants activeUserConstants)
+    : InMemoryPersistanceClass(std::move(inMemoryPersistanceClass)),
+      activeUserConstants(activeUserConstants),
+      primaryPersistance(std::move(primaryPersistance)),
+      memory_(
+          *this, std::string(activeUserConstants.TableName), [](const User& user) { return user.id; },
+          this->primaryPersistance != nullptr) {}
+
+void UserInMemory::storeUser(const User& user) {
+    auto account = currentAccountBrenUID();
+    if (primaryPersistance) primaryPersistance->storeUser(user);
+    memory_.store(account, {user});
+}
+
+void UserInMemory::storeUsers(const std::vector<User>& users) {
+    auto account = currentAccountBrenUID();
+    if (primaryPersistance) primaryPersistance->storeUsers(users);
+    memory_.store(account, users);
+}
+
+void UserInMemory::updateUser(const User& user, const std::string& oldUserID) {
+    auto account = currentAccountBrenUID();
+    if (primaryPersistance) primaryPersistance->updateUser(user, oldUserID);
+    memory_.update(account, user, {{std::string(activeUserConstants.ID), oldUserID}});
+}
+
+Result<User, ParserError> UserInMemory::getUserWithBrenUID() {
+    return memory_.firstOr({{std::string(activeUserConstants.BrenUID), currentAccountBrenUID()}}, [&] {
+        return primaryPersistance ? primaryPersistance->getUserWithBrenUID()
+                                  : Result<User, ParserError>(ParserError::noData());
+    });
+}
+
+Result<User, ParserError> UserInMemory::getUser(const std::string& userID) {
+    return memory_.firstOr({{std::string(activeUserConstants.ID), userID}}, [&] {
+        return primaryPersistance ? primaryPersistance->getUser(userID)
+                                  : Result<User, ParserError>(ParserError::noData());
+    });
+}
+
+UserPersistanceDelegate::Users UserInMemory::getUsers() {
+    return memory_.allOr(
+        [&] { return primaryPersistance ? primaryPersistance->getUsers() : Users(ParserError::noData()); });
+}
+
+UserPersistanceDelegate::Users UserInMemory::getActiveUsers() {
+    return usersWhere([](const User& user, const std::vector<std::string>&) { return user.confirm; }, {});
+}
+UserPersistanceDelegate::Users UserInMemory::getUsersWithBrenUID(const std::vector<std::string>& brenUIDs) {
+    return usersWhere(
+        [](const User& user, const std::vector<std::string>& asked) { return text::contains(asked, user.BrenUID); },
+        brenUIDs);
+}
+UserPersistanceDelegate::Users UserInMemory::getUsersWithUserId(const std::vector<std::string>& userIds) {
+    return usersWhere(
+        [](const User& user, const std::vector<std::string>& asked) { return text::contains(asked, user.id); },
+        userIds);
+}
+
+// Several users may be meant, so that only the whole table can answer: it is read at the first such question.
+UserPersistanceDelegate::Users UserInMemory::usersWhere(bool (*chosen)(const User&, const std::vector<std::string>&),
+                                                        const std::vector<std::string>& asked) {
+    auto users = getUsers();
+    if (users) std::erase_if(users.value(), [&](auto& user) { return !chosen(user, asked); });
+    return users;
+}
+
+}  // namespace tarvo

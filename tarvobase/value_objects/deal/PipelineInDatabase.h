@@ -1,0 +1,30 @@
+#pragma once
+
+#include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/deal/PipelinePersistanceDelegate.h"
+#include "tarvobase/value_objects/deal/PipelineStagePersistanceDelegate.h"
+
+namespace tarvo {
+
+/// The table of pipelines.
+class PipelineInDatabase final : public StaticDatabasePersistanceClass<PipelineDBParser>,
+                                 public PipelinePersistanceDelegate {
+public:
+    void storePipelines(const std::vector<Pipeline>& pipelines) override;
+    Pipelines getPipelines() override;
+};
+
+/// The stages of pipelines. Their table holds the stages of the organisation too, which belong to no pipeline and are
+/// not seen here.
+class PipelineStageInDatabase final : public StaticDatabasePersistanceClass<PipelineStageDBParser>,
+                                      public PipelineStagePersistanceDelegate {
+public:
+    void storePipelineStages(const std::vector<PipelineStage>& stages) override;
+    Stages getPipelineStages() override;
+    Stages getPipelineStagesWith(const std::string& pipelineId) override;
+
+private:
+    Stages stagesWhere(Criteria criteria) const;
+};
+
+}  // namespace tarvo

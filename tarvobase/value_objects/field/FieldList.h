@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tarvobase/utils/OrderedDictionary.h"
+#include "tarvobase/value_objects/field/MetadataInfoContract.h"
+
+namespace tarvo {
+
+/// The fields of one module with their picklists. A value that never changes: copies are cheap and share their content,
+/// and what one hands out stays valid as long as any of them lives. It keeps the naming that it was built with, so that
+/// a switch of naming while an operation runs never mixes two. From any thread.
+class FieldList final : public MetadataInfoContract {
+public:
+    using Fields = OrderedDictionary<std::string, FieldMetadata>;
+
+    /// A list without fields.
+    FieldList();
+    /// Fields in the order in which lists show them. Of two fields with one identifier the first stays.
+    FieldList(std::string moduleName, std::vector<FieldMetadata> fields, std::vector<PicklistMetadata> picklists);
+    FieldList(std::string moduleName, std::vector<FieldMetadata> fields, std::vector<PicklistMetadata> picklists,
+              const FieldIdentifier& naming);
+
+    const std::string& moduleName() const { return content_->moduleName; }
+    const Fields& orderedFields() const { return content_->orderedFields; }
+    /// Fields that share their identifier with one of `orderedFields` (subjects of tasks and of events in one table).
+    /// Lists do not show them, but their values belong under the same column.
+    const std::vector<FieldMetadata>& fieldsOfSharedColumns() const { return content_->sharingFields; }
+    const PicklistsByIdentifier& picklistIdentifierMap() const { return content_->picklistIdentifierMap; }
+    /// The naming of the identifiers.
+    const FieldIdentifier& naming() const { return content_->naming; }
+    const std::string& identifierOf(const Metadata& field) const { return field.fieldIdentifier(naming()); }
+
+    const FieldMetadata* getField(const std::string& identifier) const override {
+        return content_->orderedFields.find(identifier);
+    }
+    std::vector<const Metadata*> allFields() const override;
+    const std::vector<PicklistMetadata>& getPicklist(const Metadata& field) const override;
+
+    bool hasField(const std::string& identifier) const { return getField(identifier) != nullptr; }
+    /// Whether all of them are there.
+    bool hasFields(const std::vector<std::string>& identifiers) const;
+    std::vector<const Metadata*> getAllLookupFields() const;
+    std::vector<const Metadata*> getAllDateAndDateTimeFields() const;
+
+private:
+    struct Content {
+        std::string moduleName;
+        Fields orderedFields;
+        std::vector<FieldMetadata> sharingFields;
+        PicklistsByIdentifier picklistIdentifierMap;
+        FieldIdentifier naming;
+    };
+    std::shared_ptr<const Content> content_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Describe.h"
+#include "tarvobase/database_layer/SortDescriptor.h"
+
+namespace tarvo {
+
+enum class SortOrder { ascending, descending };
+
+template <>
+struct EnumCases<SortOrder> {
+    static constexpr EnumCase<SortOrder> cases[] = {{SortOrder::ascending, "ascending", "asc"},
+                                                    {SortOrder::descending, "descending", "desc"}};
+};
+
+/// One step of an order: a column, by name or by the case of an enumeration, and a direction.
+template <class Column>
+struct Sort {
+    Column column{};
+    SortOrder order = SortOrder::ascending;
+
+    static constexpr auto fields() {
+        return describe(field("column", &Sort::column), optionalField("order", &Sort::order));
+    }
+    friend bool operator==(const Sort&, const Sort&) = default;
+};
+
+/// The column of a table that a case of an enumeration stands for. A column that holds numbers sorts as numbers, though
+/// it is stored as text.
+struct SortColumn {
+    std::string_view name;
+    bool isNumeric = false;
+};
+
+/// The order terms on a table's columns, for an enumeration that has a `sortColumn(case)` beside it.
+template <class Column>
+SortDescriptor sortDescriptor(const Sort<Column>& sort) {
+    auto column = sortColumn(sort.column);
+    return SortDescriptor({.colName = std::string(column.name),
+                           .ascending = sort.order == SortOrder::ascending,
+                           .numeric = column.isNumeric});
+}
+template <class Column>
+std::vector<SortDescriptor> sortDescriptors(const std::vector<Sort<Column>>& sorts) {
+    std::vector<SortDescriptor> descriptors;
+    descriptors.reserve(sorts.size());
+    for (auto& sort : sorts) descriptors.push_back(sortDescriptor(sort));
+    return descriptors;
+}
+
+}  // namespace tarvo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/Object.h"
+#include "tarvobase/value_objects/layout/LayoutFieldColumnName.h"
+#include "tarvobase/value_objects/layout/LayoutMetadata.h"
+#include "tarvobase/value_objects/layout/ModuleLayoutInfo.h"
+
+namespace tarvo {
+
+/// The field lists of modules, by module name.
+using ModuleFieldsMap = std::unordered_map<std::string, FieldList>;
+
+/// The store of layouts. A row is answered joined with its field; one whose field is not in the given list is left out.
+/// Lists are empty when nothing is found and absent without an answer of the store; without an order asked for they
+/// come in that of the store. From any thread.
+class LayoutMetadataPersistanceDelegate : public virtual platform::Object {
+public:
+    using LayoutFields = std::vector<LayoutMetadata>;
+    using LayoutFieldsByName = std::unordered_map<std::string, LayoutFields>;
+
+    virtual void storeLayoutMetadata(const std::vector<LayoutFieldData>& places) = 0;
+    virtual void storeLayoutMetadata(const LayoutMetadata& layoutMetadata) = 0;
+    virtual void storeLayoutMetadata(const std::vector<LayoutMetadata>& layoutMetadata) = 0;
+    std::optional<LayoutFields> getLayoutMetadata(const std::string& moduleName, const FieldList& fieldList) {
+        return getLayoutMetadata(moduleName, fieldList, {});
+    }
+    virtual std::optional<LayoutFields> getLayoutMetadata(const std::string& moduleName, const FieldList& fieldList,
+                                                          const std::vector<LayoutSort>& sortBy) = 0;
+    /// Of all modules of the map in one query, by module name. A module without rows has no entry.
+    virtual std::optional<LayoutFieldsByName> getLayoutMetadata(const ModuleFieldsMap& moduleFieldsMap,
+                                                                const std::vector<LayoutSort>& sortBy) = 0;
+    /// The fields of these layouts of one module, in one list.
+    virtual std::optional<LayoutFields> getLayoutMetadata(const std::vector<ModuleLayoutInfo>& layouts,
+                                                          const FieldList& fieldList) = 0;
+    /// The fields of these layouts by layout id. A layout of a module that the map lacks is logged and left out.
+    virtual std::optional<LayoutFieldsByName> getLayoutMetadatas(const std::vector<std::string>& layoutIds,
+                                                                 const ModuleFieldsMap& moduleFieldsMap) = 0;
+    /// Absent when the layout is not known.
+    virtual std::optional<std::string> getModuleName(const std::string& forLayoutId) = 0;
+    /// By layout id; a layout that is not known has no entry.
+    virtual std::optional<std::unordered_map<std::string, std::string>> getModuleNames(
+        const std::vector<std::string>& layoutIds) = 0;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/Result.h"
+#include "tarvobase/network_layer/ParserError.h"
+#include "tarvobase/value_objects/module/ModulePermission.h"
+#include "tarvobase/value_objects/naming/ModuleIdentifier.h"
+
+namespace tarvo {
+
+/// The store of permissions. From any thread.
+class ModulePermissionsPersistanceDelegate : public virtual platform::Object {
+public:
+    using Permissions = std::vector<ModulePermission>;
+    /// By module name. A module without rows has no entry; an absent answer of the store is `ParserError::noData`.
+    using PermissionsByModule = Result<std::unordered_map<std::string, Permissions>, ParserError>;
+
+    virtual void storeModulePermission(const ModulePermission& permission) = 0;
+    virtual void storeModulePermissions(const std::vector<ModulePermission>& permissions) = 0;
+    /// Absent when the module has no row of the key.
+    virtual std::optional<ModulePermission> getModulePermissionWith(const std::string& moduleName,
+                                                                    const std::string& key) = 0;
+    /// Empty when the module has no row; absent without an answer.
+    virtual std::optional<Permissions> getModulePermissionWith(const std::string& moduleName) = 0;
+    /// False without a row.
+    virtual bool hasPermission(const ModuleIdentifier& module, PermissionKeys key) = 0;
+    virtual PermissionsByModule getModulePermissionsByModuleNames(const std::vector<std::string>& moduleNames) = 0;
+    virtual PermissionsByModule getModulePermissionsByModuleAPINames(
+        const std::vector<std::string>& moduleAPINames) = 0;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,43 @@
+#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
+
+namespace tarvo {
+
+void ModuleRelatedListInDatabase::storeModuleRelatedList(const std::vector<RelatedList>& lists) {
+    table().store(rowsOf(lists, constants_));
+}
+
+void ModuleRelatedListInDatabase::setLookupColumnByRealtedListID(const std::string& realtedListID,
+                                                                 const std::string& lookupColumn) {
+    setLookupColumn(constants_.ListID, realtedListID, lookupColumn);
+}
+void ModuleRelatedListInDatabase::setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
+                                                                     const std::string& lookupColumn) {
+    setLookupColumn(constants_.RelatedModuleName, relatedModuleName, lookupColumn);
+}
+
+std::optional<ModuleRelatedListPersistanceDelegate::RelatedLists>
+ModuleRelatedListInDatabase::getModulesRelatedToModule(const std::string& moduleName) {
+    FetchQuery query(table().tableName(), columnIs(constants_.ModuleName, moduleName));
+    query.sortBy = {SortDescriptor({.colName = std::string(constants_.RelatedOrder), .numeric = true})};
+    auto lists = listsOf(query);
+    return lists && !lists->empty() ? std::move(lists) : std::nullopt;
+}
+
+std::optional<ModuleRelatedListPersistanceDelegate::RelatedLists> ModuleRelatedListInDatabase::getModuleRelatedWith(
+    const std::string& moduleName, const std::string& relatedModuleName) {
+    return listsOf(
+        FetchQuery(table().tableName(), Criteria::and_({columnIs(constants_.ModuleName, moduleName),
+                                                        columnIs(constants_.RelatedModuleName, relatedModuleName)})));
+}
+
+void ModuleRelatedListInDatabase::setLookupColumn(std::string_view column, const std::string& value,
+                                                  const std::string& lookupColumn) const {
+    table().update({{std::string(constants_.LookupColumn), lookupColumn}}, columnIs(column, value));
+}
+
+std::optional<ModuleRelatedListPersistanceDelegate::RelatedLists> ModuleRelatedListInDatabase::listsOf(
+    const FetchQuery& query) const {
+    return table().valuesOf(table().fetch(query), [](const Row& row) { return constants_.getValue(row); });
+}
+
+}  // namespace tarvo

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "tarvobase/storage/InMemoryPersistanceClass.h"
+#include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// Modules from memory, in front of the table of modules. Without a primary store a miss is `noData`.
+class ModulesInMemory final : public InMemoryPersistanceClass, public ModulesPersistanceDelegate {
+public:
+    explicit ModulesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
+                             std::shared_ptr<ModulesPersistanceDelegate> primaryPersistance = nullptr,
+                             ModuleConstants activeModuleConstants = {});
+
+    const ModuleConstants activeModuleConstants;
+    const std::shared_ptr<ModulesPersistanceDelegate> primaryPersistance;
+
+    using ModulesPersistanceDelegate::getModule;
+    void storeModule(const Module& module) override { storeModules({module}); }
+    void storeModules(const std::vector<Module>& modules) override;
+    Result<std::vector<Module>, ParserError> getAllModules() override;
+    Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) override;
+    Result<Module, ParserError> getModuleByApiName(const std::string& apiName) override;
+    Result<std::vector<Module>, ParserError> getModulesByModuleNames(
+        const std::vector<std::string>& moduleNames) override;
+    Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) override;
+    void deleteModules(const std::vector<Module>& modules) override;
+    /// A failure of the primary store leaves memory as it is.
+    void reloadAll() override;
+
+private:
+    std::vector<Module> asStored(std::vector<Module> modules) const;
+
+    InMemoryTable<Module> memory_;
+};
+
+}  // namespace tarvo

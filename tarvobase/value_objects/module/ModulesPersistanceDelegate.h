@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/Result.h"
+#include "tarvobase/network_layer/ParserError.h"
+#include "tarvobase/value_objects/module/Module.h"
+
+namespace tarvo {
+
+/// The store of modules. Reads fail with `ParserError::noData` when there is no such module, or no answer at all. From
+/// any thread.
+class ModulesPersistanceDelegate : public virtual platform::Object {
+public:
+    virtual void storeModule(const Module& module) = 0;
+    virtual void storeModules(const std::vector<Module>& modules) = 0;
+    /// In no particular order; an empty table gives an empty list.
+    virtual Result<std::vector<Module>, ParserError> getAllModules() = 0;
+    Result<Module, ParserError> getModule(const ModuleIdentifier& identifier) {
+        return getModuleByModuleName(identifier.rawValue());
+    }
+    virtual Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) = 0;
+    virtual Result<Module, ParserError> getModuleByApiName(const std::string& apiName) = 0;
+    virtual Result<std::vector<Module>, ParserError> getModulesByModuleNames(
+        const std::vector<std::string>& moduleNames) = 0;
+    virtual Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) = 0;
+    virtual void deleteModules(const std::vector<Module>& modules) = 0;
+    /// Brings a store in memory back in line with the one behind it; does nothing for a table.
+    virtual void reloadAll() = 0;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/Result.h"
+#include "tarvobase/network_layer/ParserError.h"
+#include "tarvobase/value_objects/module/Settings.h"
+
+namespace tarvo {
+
+/// The store of settings. Reads fail with `ParserError::noData` when there is no such setting, or no answer at all; a
+/// list may be empty. Lists are in no particular order. From any thread.
+class SettingsPersistanceDelegate : public virtual platform::Object {
+public:
+    using SettingsResult = Result<std::vector<Settings>, ParserError>;
+    /// The settings of each module that was asked for; an empty list for a module without any.
+    using SettingsByModule = std::map<std::string, std::vector<Settings>>;
+
+    virtual void storeSettings(const std::vector<Settings>& settings) = 0;
+    virtual Result<Settings, ParserError> getSettingsForModule(const std::string& moduleName,
+                                                               SettingName settingsKey) = 0;
+    /// All settings of a module.
+    virtual SettingsResult getSettings(const std::string& for_) = 0;
+    virtual SettingsByModule getSettingsByModuleNames(const std::vector<std::string>& moduleNames) = 0;
+    /// One setting of all modules that have it.
+    virtual SettingsResult getAllSettings(SettingName settingsKey) = 0;
+    /// All settings of all modules.
+    virtual SettingsResult getAllSettings() = 0;
+    /// Brings the columns that a module's list shows back in line with the store behind, and gives the module's
+    /// settings.
+    virtual SettingsResult updateDisplayColumns(const std::string& moduleName) = 0;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/tag/TagPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// The table of tags.
+class TagInDatabase final : public StaticDatabasePersistanceClass<TagDBMapper>, public TagPersistanceDelegate {
+public:
+    Tags getTags(const std::string& moduleName) override;
+    void storeTags(const std::vector<Tag>& tags) override;
+    void removeTags(const std::string& tagId) override;
+    Tags getTagsByTagIds(const std::vector<std::string>& tagIds) override;
+    void updateTag(const std::string& oldTagId, const std::string& newTagId) override;
+
+private:
+    Tags tagsWhere(const Criteria& criteria) const;
+};
+
+/// The table of the records' tags.
+class TagRecordInDatabase final : public StaticDatabasePersistanceClass<TagRecordDBMapper>,
+                                  public TagRecordsPersistanceDelegate {
+public:
+    TagRecords getTagRecordsByRecordId(const std::string& recordId) override;
+    TagRecords getTagRecordsByTagId(const std::string& tagId) override;
+    void storeTagRecords(const std::vector<Tag>& tags, const std::string& recordId) override;
+    void deleteTagRecords(const std::vector<std::string>& ids) override;
+    void deleteTagRecordsByTagIds(const std::vector<std::string>& tagIds, const std::string& id) override;
+    void updateTagRecord(const std::string& oldTagId, const std::string& newTagId, const std::string& id) override;
+
+private:
+    TagRecords tagRecordsWhere(const Criteria& criteria) const;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// The table of custom views.
+class CustomViewInDatabase final : public DatabasePersistanceClass, public CustomViewPersistanceDelegate {
+public:
+    /// With the columns that the configuration names at this moment.
+    explicit CustomViewInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter);
+    CustomViewInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                         const CustomViewDatabaseConstants& databaseConstants);
+
+    void storeCustomView(const CustomView& customView) override { storeCustomView(CustomViews{customView}); }
+    void storeCustomView(const CustomViews& customViews) override;
+    std::optional<CustomViews> getCustomViews(const std::string& moduleName) override;
+    std::optional<CustomViews> getCustomViews(const std::string& moduleName,
+                                              const std::vector<CustomViewColumnName>& sortBy) override;
+    std::optional<CustomViews> getDefaultCustomViews() override;
+    std::optional<CustomView> getCustomView(const std::string& id, const std::string& moduleName) override;
+    std::optional<CustomView> getUnreadCustomView(const std::string& moduleName) override;
+    std::optional<CustomView> getDefaultCustomView(const std::string& moduleName) override;
+    std::optional<CustomView> getAllViewCustomView(const std::string& moduleName) override;
+    void setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) override;
+    void removeCustomViews(const std::vector<std::string>& moduleList) override;
+    void updateSortfield(const SortField& sortField, const std::string& cvId, const std::string& moduleName) override;
+
+private:
+    std::optional<CustomViews> viewsWhere(std::vector<Criteria> criterias,
+                                          const std::vector<CustomViewColumnName>& sortBy = {}) const;
+    std::optional<CustomView> firstWhere(std::vector<Criteria> criterias) const;
+    Criteria oneView(const std::string& cvId, const std::string& moduleName) const;
+
+    CustomViewDatabaseConstants names_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,164 @@
+#include "platform/Files.h"
+#include "tarvobase/configuration/AppPlatformConstants.h"
+#include "tarvobase/configuration/Assemblers.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
+#include "tarvobase/configuration/UserAccounts.h"
+#include "tarvobase/value_objects/account/DateTimeInUserDefaults.h"
+#include "tarvobase/value_objects/field/FieldMetadata.h"
+#include "tarvobase/value_objects/view/CustomViewConstants.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+class ConfigurationTest : public FoundationTest {
+protected:
+    std::shared_ptr<UserAccountsManager> accounts() {
+        return std::make_shared<UserAccountsManager>(std::make_shared<BrenUserDefaults>(),
+                                                     std::make_shared<UserAccountsConstants>(),
+                                                     std::make_shared<DatabaseConstants>());
+    }
+};
+
+TEST_F(ConfigurationTest, ReadsTheLiveAccount) {
+    EXPECT_EQ(configuration().getCurrentAccountID(), "1001");
+    configuration().currentAccountIDSource = [] { return std::optional<std::string>("2002"); };
+    EXPECT_EQ(configuration().getCurrentAccountID(), "2002");
+    configuration().currentAccountIDSource = nullptr;
+    configuration().authentication = nullptr;
+    EXPECT_EQ(configuration().getCurrentAccountID(), std::nullopt);
+    EXPECT_EQ(accounts()->getCurrentBrenUID(), "");
+    EXPECT_FALSE(accounts()->hasBrenuid());
+}
+
+TEST_F(ConfigurationTest, DerivedFieldsFollowTheirSources) {
+    EXPECT_EQ(organisationTableName("T"), "T");
+    configuration().currentOrgID = "9";
+    EXPECT_EQ(organisationTableName("T"), "T_9");
+    EXPECT_EQ(configuration().customViewDBConstants().ListFields, "list_fields");
+    for (int i = 0; i < 2; ++i) {
+        configuration().serverCVCriteria = true;
+        EXPECT_EQ(configuration().customViewDBConstants().ListFields, "selected_columns");
+        EXPECT_EQ(configuration().customViewDBConstants().ViewID, "view_id");
+    }
+    auto voice = configuration().voiceFileDirectoryLocation();
+    EXPECT_EQ(voice, folder() + "/VoiceNotes/");
+    configuration().localDirectoryLocation = "/elsewhere";
+    EXPECT_EQ(configuration().voiceFileDirectoryLocation(), voice);
+    FieldMetadata field;
+    field.columnCRMName = "COLUMN";
+    field.fieldAPIName = "api";
+    EXPECT_EQ(field.fieldIdentifier(), "COLUMN");
+    configuration().fieldIdentifier = FieldIdentifier::fieldAPINameIdentifier();
+    EXPECT_EQ(field.fieldIdentifier(), "api");
+}
+
+TEST_F(ConfigurationTest, VoiceNotesWithoutAFolderAreAProgrammingError) {
+    configuration().localDirectoryLocation = std::nullopt;
+    configuration().voiceFileDirectoryLocation();
+    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
+}
+
+TEST_F(ConfigurationTest, SettingsMayBeReadAndSetByManyThreads) {
+    auto queue = DispatchQueue::concurrent("tests.settings");
+    for (int i = 0; i < 200; ++i) {
+        queue->async([this, i] { configuration().dclBD = std::string(40, static_cast<char>('a' + i % 2)); });
+        queue->async([this] {
+            auto domain = configuration().dclBD.get();
+            EXPECT_EQ(domain.find_first_not_of(domain.front()), domain == "crm.example" ? 1u : std::string::npos);
+        });
+    }
+    settle();
+}
+
+TEST_F(ConfigurationTest, KeepsTheFactsOfAccounts) {
+    auto manager = accounts();
+    EXPECT_EQ(manager->userWithInitialDownloadComplete(), std::nullopt);
+    manager->resetInitialDownload("1");
+    EXPECT_EQ(manager->userWithInitialDownloadComplete(), std::nullopt);
+    for (auto id : {"1", "2", "1"}) manager->initDownloadCompleteForUser(id);
+    manager->resetInitialDownload("1");
+    EXPECT_EQ(accounts()->userWithInitialDownloadComplete(), (std::vector<std::string>{"2", "1"}));
+    EXPECT_TRUE(manager->isInitialDownloadComplete("1"));
+    EXPECT_FALSE(manager->isInitialDownloadComplete("3"));
+
+    EXPECT_EQ(manager->getPersistenceMode("1"), PersistenceMode::offline);
+    manager->updatePersistenceMode("1", PersistenceMode::online);
+    manager->updatePersistenceMode("2", PersistenceMode::offline);
+    EXPECT_EQ(manager->getPersistenceMode("1"), PersistenceMode::online);
+    EXPECT_TRUE(wasLogged("PersistanceMode updated for `1` to `online`"));
+    BrenUserDefaults().setDictionary({{"3", "ONLINE"}}, "PersistanceMode", UserDefaultsGroup::base());
+    EXPECT_EQ(manager->getPersistenceMode("3"), PersistenceMode::offline);
+
+    EXPECT_FALSE(manager->isDatabasePresentForUser("1001"));
+    openDatabase();
+    EXPECT_TRUE(manager->isDatabasePresentForUser("1001"));
+    EXPECT_FALSE(manager->isDatabasePresentForUser("1002"));
+}
+
+TEST_F(ConfigurationTest, ReadsTheTimeOfTheLastModuleSync) {
+    auto defaults = std::make_shared<BrenUserDefaults>();
+    AppState state(defaults);
+    EXPECT_EQ(state.getLastModulesSyncTime("7"), std::nullopt);
+    struct {
+        const char* text;
+        std::optional<std::int64_t> milliseconds;
+    } cases[] = {{"12.5", 12500}, {"-1", -1000}, {"soon", std::nullopt}, {"", std::nullopt}, {"1e300", std::nullopt}};
+    for (auto& one : cases) {
+        defaults->setString(one.text, "ModuleSyncTime", UserDefaultsGroup::other("7"));
+        auto time = state.getLastModulesSyncTime("7");
+        EXPECT_EQ(time ? std::optional(time->time_since_epoch().count()) : std::nullopt, one.milliseconds) << one.text;
+    }
+}
+
+TEST_F(ConfigurationTest, SettingsAreScoped) {
+    BrenUserDefaults defaults;
+    using G = UserDefaultsGroup;
+    defaults.setString("mine", "k", G::current());
+    defaults.setString("all", "k", G::base());
+    defaults.setString("bare", "k", G::none());
+    defaults.setInteger(7, "n", G::other("x"));
+    EXPECT_EQ(defaults.stringForKey("k", G::other("1001")), "mine");
+    EXPECT_EQ(defaults.stringForKey("k", G::other("BaseGroup")), "all");
+    EXPECT_EQ(defaults.stringForKey("n", G::other("x")), std::nullopt);
+    signIn("2002");
+    EXPECT_EQ(defaults.stringForKey("k", G::current()), std::nullopt);
+    defaults.setSecureArray(ValueList{1}, "s", G::current());
+    defaults.setSecureArray(std::nullopt, "s", G::current());
+    EXPECT_EQ(defaults.secureArrayForKey("s", G::current()), std::nullopt);
+    defaults.removeAllStoredValues();
+    EXPECT_EQ(defaults.stringForKey("k", G::base()), std::nullopt);
+    EXPECT_EQ(defaults.stringForKey("k", G::none()), "bare");
+}
+
+TEST_F(ConfigurationTest, ObserversHearTheirKeysInTheirGroups) {
+    struct Observer final : UserDefaultsValueObserver {
+        std::vector<std::string> observingKeys() const override { return {"k"}; }
+        std::vector<std::string> observingGroups() const override { return {"1001", ""}; }
+        void newValue(const Value& value, const std::string& key, const std::string& group) override {
+            heard.push_back(key + "@" + group + "=" + value.toText().value_or("?"));
+        }
+        std::vector<std::string> heard;
+    };
+    BrenUserDefaults defaults;
+    auto observer = std::make_shared<Observer>();
+    defaults.addObserver(observer);
+    defaults.setString("1", "k", UserDefaultsGroup::current());
+    defaults.setBool(true, "k", UserDefaultsGroup::none());
+    defaults.setString("3", "k", UserDefaultsGroup::base());
+    defaults.setString("4", "other", UserDefaultsGroup::current());
+    settle();
+    EXPECT_EQ(observer->heard, (std::vector<std::string>{"k@1001=1", "k@=true"}));
+}
+
+TEST_F(ConfigurationTest, AnAssemblerOfTwoDatabasesTakesTheSecondaryOne) {
+    auto primary = std::make_shared<KelvaDatabasePersistance>(StorageLocation::inMemory());
+    auto secondary = std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk("x"));
+    BaseAssemblerWithDatabaseUserDefaults assembler(
+        {primary, secondary}, nullptr, std::make_shared<DatabaseConstants>(), std::make_shared<BrenUserDefaults>());
+    EXPECT_EQ(assembler.databaseAdapter, secondary);
+    EXPECT_EQ(OSXPlatformConstants().maximumNumberOfThreads(), std::nullopt);
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,190 @@
+#include <filesystem>
+#include <fstream>
+
+#include "platform/Files.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+/// Something that no statement can bind.
+struct Opaque final : ValueObject {
+    std::string_view typeName() const override { return "Opaque"; }
+};
+
+class AdapterTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        adapter = openDatabase();
+        adapter->create("t", {{"id", TableColumnType::text}, {"n", TableColumnType::integer}}, {"id"});
+    }
+    std::vector<std::string> ids(const std::optional<Rows>& rows) {
+        std::vector<std::string> list;
+        for (auto row : rows.value()) list.emplace_back(*row.find("id")->asText());
+        return list;
+    }
+    std::vector<std::string> allIds() { return ids(adapter->fetchObjects(FetchQuery("t").sortedBy({"id"}))); }
+    void fill() {
+        adapter->insertInto(
+            "t", std::vector<ValueMap>{{{"id", "a"}, {"n", 1}}, {{"id", "b"}, {"n", 2}}, {{"id", "c"}, {"n", 3}}});
+    }
+
+    std::shared_ptr<KelvaDatabasePersistance> adapter;
+    const Value opaque = std::shared_ptr<const ValueObject>(std::make_shared<Opaque>());
+};
+
+TEST_F(AdapterTest, StoresReplacesAndReads) {
+    fill();
+    adapter->insertInto("t", ValueMap{{"id", "b"}, {"n", 20}});
+    adapter->insertObject(InsertQuery("t", {{"id", "d"}, {"n", Value()}}));
+    auto rows = adapter->fetchObjects(FetchQuery("t", Criteria::in("id", {"b", "d"})).sortedBy({"id"}));
+    ASSERT_EQ(ids(rows), (std::vector<std::string>{"b", "d"}));
+    EXPECT_EQ((*rows)[0].valueOf("n"), Value(20));
+    EXPECT_TRUE((*rows)[1].find("n")->isNull());
+    EXPECT_EQ(adapter->fetchAllObjects("t")->size(), 4u);
+}
+
+TEST_F(AdapterTest, AnEmptyAnswerIsPresentAndAFailedOneIsAbsent) {
+    auto none = adapter->fetchObjects(FetchQuery("t"));
+    ASSERT_TRUE(none.has_value());
+    EXPECT_TRUE(none->empty());
+    EXPECT_EQ(adapter->fetchObjects(FetchQuery("no_such_table")), std::nullopt);
+    EXPECT_EQ(adapter->count("no_such_table", std::nullopt), std::nullopt);
+    EXPECT_EQ(adapter->fetchObjects("SELECT ?", ValueList{opaque}), std::nullopt);
+    EXPECT_TRUE(wasLogged("Could not convert [object] to [DatabaseValueConvertible?"));
+}
+
+TEST_F(AdapterTest, Counts) {
+    fill();
+    EXPECT_EQ(adapter->count("t", std::nullopt), 3);
+    EXPECT_EQ(adapter->count("t", Criteria::greaterThan("n", 1)), 2);
+    EXPECT_EQ(adapter->count("t", std::nullopt, 5), std::nullopt);  // the offset passes over the one row of the count
+    FetchQuery query("t");
+    query.columns = {"id"};
+    EXPECT_EQ(adapter->count(query), 3);
+    EXPECT_EQ(query.columns, std::vector<std::string>{"COUNT(1) AS CNT"});
+}
+
+TEST_F(AdapterTest, UpdatesByMapListAndQuery) {
+    fill();
+    adapter->update("t", ValueMap{{"n", 10}}, Criteria::equalTo("id", "a"));
+    adapter->update("t", std::vector<ValueMap>{{{"n", 20}}, {{"n", 30}}},
+                    {Criteria::equalTo("id", "b"), Criteria::equalTo("id", "c")});
+    EXPECT_EQ(adapter->count("t", Criteria::in("n", {10, 20, 30})), 3);
+    adapter->update("t", ValueMap{{"n", opaque}}, Criteria::equalTo("id", "a"));
+    adapter->update("t", ValueMap{{"n", 0}}, Criteria::equalTo("id", opaque));
+    EXPECT_EQ(adapter->count("t", Criteria::equalTo("n", 10)), 1);
+    EXPECT_TRUE(wasLogged("Could not convert cast values to [String: DatabaseValueConvertible?"));
+    EXPECT_TRUE(wasLogged("Could not convert criteria values to [DatabaseValueConvertible?"));
+    adapter->update("t", std::vector<ValueMap>{{{"n", 0}}}, {});
+    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
+}
+
+TEST_F(AdapterTest, AListOfStatementsHoldsWholeOrNotAtAll) {
+    adapter->execute({{"INSERT INTO t VALUES ('x', 1)", std::nullopt},
+                      {"INSERT INTO nowhere VALUES (1)", std::nullopt},
+                      {"INSERT INTO t VALUES ('y', 1)", std::nullopt}});
+    EXPECT_TRUE(allIds().empty());
+    adapter->execute(
+        {{"INSERT INTO t VALUES (?, 1)", ValueList{"x"}}, {"INSERT INTO t VALUES (?, 1)", ValueList{opaque}}});
+    EXPECT_TRUE(allIds().empty());
+    EXPECT_TRUE(wasLogged("could not convert `[object] to [DatabaseValueConvertible]`"));
+    DeleteQuery remove("t", ValueMap{{"id", "b"}});
+    InsertQuery add("t", {{"id", "z"}, {"n", 0}});
+    fill();
+    adapter->execute(std::vector<std::reference_wrapper<const Query>>{remove, add});
+    EXPECT_EQ(allIds(), (std::vector<std::string>{"a", "c", "z"}));
+}
+
+TEST_F(AdapterTest, DeletesCopiesDropsAndCreatesAgain) {
+    fill();
+    adapter->create("u", {{"id", TableColumnType::text}, {"n", TableColumnType::integer}}, {}, {{"id"}});
+    adapter->copyRecord(CopyQuery("t", "u").filter(Criteria::lessThan("n", 3)));
+    EXPECT_EQ(adapter->count("u", std::nullopt), 2);
+    adapter->insertInto("u", ValueMap{{"id", "a"}, {"n", 100}});  // replaces by the unique key
+    EXPECT_EQ(adapter->count("u", std::nullopt), 2);
+    adapter->deleteObjects("t", Criteria::equalTo("id", "a"));
+    EXPECT_EQ(allIds(), (std::vector<std::string>{"b", "c"}));
+    adapter->create("t", {{"other", TableColumnType::blob}}, {});
+    EXPECT_EQ(adapter->columnNames("t"), (std::vector<std::string>{"id", "n"}));
+    adapter->deleteAllObjects("t");
+    EXPECT_TRUE(allIds().empty());
+    adapter->dropTable("t");
+    adapter->dropTable("t");
+    EXPECT_TRUE(adapter->columnNames("t").empty());
+}
+
+TEST_F(AdapterTest, OpensOnceAndAgainAfterClosing) {
+    EXPECT_FALSE(adapter->registerDB("another").value());
+    EXPECT_TRUE(wasLogged("Already registered database at path: "));
+    EXPECT_TRUE(adapter->deregisterDB());
+    EXPECT_FALSE(adapter->deregisterDB());
+    EXPECT_EQ(adapter->fetchAllObjects("t"), std::nullopt);
+    adapter->insertInto("t", ValueMap{{"id", "a"}});
+    EXPECT_TRUE(adapter->registerDB("a passphrase").value());
+    EXPECT_TRUE(allIds().empty());
+}
+
+TEST_F(AdapterTest, AWrongPassphraseIsRefusedAndTheFileStays) {
+    fill();
+    adapter->deregisterDB();
+    auto before = files::read(adapter->databaseName());
+    auto refused = adapter->registerDB("wrong");
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().kind, KelvaDatabasePersistance::OpeningFailure::Kind::wrongPassphrase);
+    EXPECT_EQ(files::read(adapter->databaseName()), before);
+    EXPECT_TRUE(adapter->registerDB("a passphrase").value());
+    EXPECT_EQ(allIds().size(), 3u);
+}
+
+TEST_F(AdapterTest, AttachesAnotherAccountsFileAndCopiesFromIt) {
+    fill();
+    KelvaDatabasePersistance other(StorageLocation::onDisk(DatabaseConstants().databaseName("other")));
+    ASSERT_TRUE(other.registerDB("a passphrase").ok());
+    other.create("t", {{"id", TableColumnType::text}, {"n", TableColumnType::integer}}, {"id"});
+    other.insertInto("t", ValueMap{{"id", "far"}, {"n", 9}});
+    other.deregisterDB();
+    adapter->attachDatabase(other.databaseName(), "far");
+    adapter->copyRecord(CopyQuery("far.t", "t"));
+    EXPECT_EQ(allIds(), (std::vector<std::string>{"a", "b", "c", "far"}));
+    adapter->detachDatabase("far");
+    EXPECT_EQ(adapter->fetchAllObjects("far.t"), std::nullopt);
+    EXPECT_TRUE(wasLogged("Detached database having name `far`"));
+}
+
+TEST_F(AdapterTest, TheMemoryDatabaseIsOneConnection) {
+    KelvaDatabasePersistance memory(StorageLocation::inMemory());
+    ASSERT_TRUE(memory.registerDB("a passphrase").ok());
+    EXPECT_EQ(memory.databaseName(), "file::memory:?cache=shared");
+    memory.create("m", {{"id", TableColumnType::text}}, {"id"});
+    memory.insertInto("m", ValueMap{{"id", "x"}});
+    EXPECT_EQ(memory.count("m", std::nullopt), 1);
+    EXPECT_FALSE(std::filesystem::exists(memory.databaseName()));
+    memory.deregisterDB();
+}
+
+TEST_F(AdapterTest, WritesOnTheHostsQueue) {
+    auto queue = DispatchQueue::serial("tests.db");
+    configuration().dbQueue = queue;
+    KelvaDatabasePersistance own(StorageLocation::onDisk(folder() + "/own.sqlite"));
+    ASSERT_TRUE(own.registerDB(std::nullopt).ok());  // without a passphrase there is no key
+    own.create("t", {{"id", TableColumnType::text}}, {"id"});
+    std::atomic<bool> done = false;
+    queue->sync([&] {
+        // The queue is held here: a write from elsewhere waits for its turn.
+        DispatchQueue::concurrent("tests.writer")->async([&] {
+            own.insertInto("t", ValueMap{{"id", "late"}});
+            done = true;
+        });
+        EXPECT_EQ(own.count("t", std::nullopt), 0);
+        EXPECT_FALSE(done);
+    });
+    settle();
+    EXPECT_EQ(own.count("t", std::nullopt), 1);
+    own.deregisterDB();
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,154 @@
+#include <filesystem>
+
+#include "tests/tarvobase/Fixture.h"
+
+#include "tarvobase/configuration/DatabaseConstants.h"
+#include "tarvobase/database_layer/Statements.h"
+#include "tarvobase/value_objects/field/FieldMetadata.h"
+#include "tarvobase/value_objects/field/SortField.h"
+
+namespace tarvo {
+namespace {
+
+using Right = Criteria::ColumnType;
+using Pattern = Criteria::StringCriteria;
+
+TEST(CriteriaTest, RendersTextAndParameters) {
+    struct {
+        Criteria criteria;
+        std::string sql;
+        ValueList parameters;
+    } cases[] = {
+        {Criteria::equalTo("a", 7), "a = ?", {7}},
+        {Criteria::equalTo("a", Right::column("b")), "a = b", {}},
+        {Criteria::notEqualTo("a", "x"), "a != ?", {"x"}},
+        {Criteria::greaterThan("a", 1), "a > ?", {1}},
+        {Criteria::lessThan("a", 1), "a < ?", {1}},
+        {Criteria::greaterThanOrEqualTo("a", Right::column("b")), "a >= b", {}},
+        {Criteria::lessThanOrEqualTo("a", Value()), "a <= ?", {Value()}},
+        {Criteria::isNull("a"), "a IS NULL", {}},
+        {Criteria::isNotNull("a"), "a IS NOT NULL", {}},
+        {Criteria::between("a", 1, 2), "a BETWEEN ? AND ?", {1, 2}},
+        {Criteria::notBetween("a", 1, 2), "a NOT BETWEEN ? AND ?", {1, 2}},
+        {Criteria::exists("SELECT 1 WHERE ?", {3}), "EXISTS (SELECT 1 WHERE ?)", {3}},
+        {Criteria::notExists("SELECT 1", {}), "NOT EXISTS (SELECT 1)", {}},
+        {Criteria::in("a", {1, 2, 3}), "a IN (?,?,?)", {1, 2, 3}},
+        {Criteria::in("a", {}), "a IN ()", {}},
+        {Criteria::notIn("a", {1}), "a NOT IN (?)", {1}},
+        {Criteria::like("a", "x", Pattern::startsWith), "a LIKE ?", {"x%"}},
+        {Criteria::like("a", "x", Pattern::endsWith), "a LIKE ?", {"%x"}},
+        {Criteria::notLike("a", "5%_", Pattern::contains), "a NOT LIKE ?", {"%5%_%"}},
+        {Criteria::custom("x = ? OR 1", ValueList{9}), "x = ? OR 1", {9}},
+        {Criteria::custom("1"), "1", {}},
+        {Criteria::and_({}), "()", {}},
+        {Criteria::or_({Criteria::equalTo("a", 1), Criteria::and_({Criteria::equalTo("b", 2), Criteria::isNull("c")}),
+                        Criteria::in("d", {3})}),
+         "(a = ? OR (b = ? AND c IS NULL) OR d IN (?))",
+         {1, 2, 3}},
+        {Criteria::equals({{"a", 1}, {"b", ValueList{2, 3}}}), "(a = ? AND b IN (?,?))", {1, 2, 3}},
+        {Criteria::equals({}), "()", {}},
+    };
+    for (auto& one : cases) {
+        EXPECT_EQ(one.criteria.sql(), one.sql);
+        EXPECT_EQ(one.criteria.parameters(), one.parameters) << one.sql;
+    }
+}
+
+TEST(SortDescriptorTest, RendersItsTerm) {
+    FieldMetadata amount;
+    amount.fieldType = FieldDataType::currency;
+    FieldMetadata count;
+    count.fieldType = FieldDataType::bigInt;
+    struct {
+        SortDescriptor descriptor;
+        std::string sql;
+    } cases[] = {
+        {SortDescriptor({.colName = "name"}), " name COLLATE NOCASE ASC"},
+        {SortDescriptor({.colName = "name", .ascending = false}), " name COLLATE NOCASE DESC"},
+        {SortDescriptor({.colName = "n", .numeric = true}), "CAST(n AS INTEGER) ASC"},
+        {SortDescriptor({.colName = "n", .nullValuesAtEnd = true}),
+         " n COLLATE NOCASE ASC, case when n is null then '~' when trim(n)='' then '~' end"},
+        {SortDescriptor({.colName = "s", .ascending = false, .pickListField = true, .pickListValues = {"A", "B"}}),
+         "CASE \nWHEN s LIKE \"A\" THEN 0\nWHEN s LIKE \"B\" THEN 1\nEND \n"},
+        {SortDescriptor::customOrderBy("a, b DESC"), "a, b DESC"},
+        {sortDescriptor(SortField{"amount", false}, &amount), "CAST(amount AS INTEGER) DESC"},
+        {sortDescriptor(SortField{"count", true}, &count), " count COLLATE NOCASE ASC"},
+        {sortDescriptor(SortField{"count", true}, nullptr), " count COLLATE NOCASE ASC"},
+    };
+    for (auto& one : cases) EXPECT_EQ(one.descriptor.sql(), one.sql);
+}
+
+FetchQuery limited(std::optional<std::int64_t> limit, std::optional<std::int64_t> offset) {
+    FetchQuery query("t", Criteria::equalTo("a", 1));
+    query.limit = limit;
+    query.offset = offset;
+    return query;
+}
+
+CopyQuery mapped() {
+    CopyQuery query("s", "d", 5);
+    query.columnMap = {{"x", "a"}, {"y", "b"}};
+    return query.filter(ValueMap{{"a", 1}});
+}
+
+UpdateQuery ignoring() {
+    UpdateQuery query("t", {{"a", 1}, {"b", 2}}, {{"id", 9}});
+    query.ignoreOnError = true;
+    return query.set({{"a", 3}, {"c", 4}});
+}
+
+template <class Q>
+Q with(Q query, auto change) {
+    change(query);
+    return query;
+}
+
+TEST(StatementTest, RendersTextAndParameters) {
+    auto plainInsert = with(InsertQuery("t", {{"a", 1}}), [](auto& query) { query.replaceOnConflict = false; });
+    auto columns = with(FetchQuery("t"), [](auto& query) {
+        query.columns = {"a", "b"};
+        query.sortBy = {SortDescriptor({.colName = "a"}), SortDescriptor::customOrderBy("b")};
+    });
+    auto check = [](const Query& query, const std::string& sql, const ValueList& parameters) {
+        EXPECT_EQ(query.sql(), sql);
+        EXPECT_EQ(query.parameters(), parameters) << sql;
+    };
+    check(FetchQuery("t"), "SELECT * FROM t", {});
+    check(FetchQuery("t", std::optional<ValueMap>()), "SELECT * FROM t", {});
+    check(FetchQuery("t", std::optional<ValueMap>(ValueMap())), "SELECT * FROM t WHERE ()", {});
+    check(columns, "SELECT a, b FROM t ORDER BY  a COLLATE NOCASE ASC, b", {});
+    check(FetchQuery("t", std::nullopt, std::vector<std::string>{"x"}),
+          "SELECT * FROM t ORDER BY  x COLLATE NOCASE ASC", {});
+    check(limited(10, std::nullopt), "SELECT * FROM t WHERE a = ? LIMIT ?", {1, 10});
+    check(limited(std::nullopt, 20), "SELECT * FROM t WHERE a = ? LIMIT ? OFFSET ?", {1, -1, 20});
+    check(limited(10, 20).filter(Criteria::isNull("b")), "SELECT * FROM t WHERE a = ? AND b IS NULL LIMIT ? OFFSET ?",
+          {1, 10, 20});
+    check(InsertQuery("t", {{"a", 1}, {"b", "x"}}), "INSERT OR REPLACE INTO t (a,b) VALUES (?,?)", {1, "x"});
+    check(plainInsert, "INSERT INTO t (a) VALUES (?)", {1});
+    check(ignoring(), "UPDATE OR IGNORE t SET a = ? , b = ? , c = ?  WHERE (id = ?)", {3, 2, 4, 9});
+    check(UpdateQuery("t", {{"a", 1}}), "UPDATE t SET a = ? ", {1});
+    check(DeleteQuery("t"), "DELETE FROM t", {});
+    check(DeleteQuery("t", ValueMap{{"a", 1}}).filter(Criteria::isNull("b")),
+          "DELETE FROM t WHERE (a = ?) AND b IS NULL", {1});
+    check(CopyQuery("s", "d"), "INSERT INTO d SELECT * FROM s", {});
+    check(mapped(), "INSERT INTO d (x, y) SELECT a, b FROM s WHERE (a = ?) LIMIT ?", {1, 5});
+    check(RawQuery("x", {1}), "x", {1});
+}
+
+class DatabaseConstantsTest : public FoundationTest {};
+
+TEST_F(DatabaseConstantsTest, NamesTheFileOfEachAccount) {
+    DatabaseConstants constants;
+    auto location = folder() + "/Databases";
+    EXPECT_EQ(constants.databaseName(), location + "/TarvoDatabaseForBrenUID1001.sqlite");
+    EXPECT_EQ(constants.databaseName("7"), location + "/TarvoDatabaseForBrenUID7.sqlite");
+    EXPECT_TRUE(std::filesystem::is_directory(location));
+    signIn(std::nullopt);
+    EXPECT_EQ(constants.databaseName(), location + "/TarvoDatabaseForBrenUID.sqlite");
+    auto outside = constants.databaseName("../../etc/x");
+    EXPECT_EQ(std::filesystem::path(outside).parent_path(), location);
+    EXPECT_NE(outside, constants.databaseName("..%2F..%2Fetc%2Fx"));
+}
+
+}  // namespace
+}  // namespace tarvo

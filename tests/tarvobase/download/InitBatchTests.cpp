@@ -1,0 +1,391 @@
+#include <algorithm>
+
+#include "platform/Text.h"
+#include "tarvobase/configuration/UserAccounts.h"
+#include "tarvobase/init_process/InitRecordProcessUseCase.h"
+#include "tarvobase/init_process/steps/InitCustomViewDM.h"
+#include "tarvobase/init_process/steps/InitMetadataDM.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/CustomViewChangedObserver.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
+#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/MetadataTables.h"
+#include "tests/tarvobase/MetadataWire.h"
+
+namespace tarvo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
+using Feature = ModuleBatchConstant::Feature;
+using Names = std::vector<std::string>;
+
+std::string namesOf(const std::vector<Module>& modules) {
+    Names names;
+    for (auto& module : modules) names.push_back(module.moduleName);
+    return text::join(names, " ");
+}
+Names namesOf(const ModuleBatch::Batches& batches) {
+    Names names;
+    for (auto& batch : batches) names.push_back(namesOf(batch));
+    return names;
+}
+
+/// Hears of a step, whatever the queue.
+class Runner final : public DownloadProgressible,
+                     public CustomViewChangedObserver,
+                     public InitRecordProcessUseCaseDelegate {
+public:
+    void didComplete(Downloadable&, bool status) override { add(status ? "complete" : "failed"); }
+    void progressDidUpdate(Downloadable&, int current, int total) override {
+        add(std::to_string(current) + "/" + std::to_string(total));
+    }
+    void parsingError() override { add("parsingError"); }
+    void networkResponseError() override { add("networkResponseError"); }
+    void noAuthtoken(const std::string& account) override { add("noAuthtoken " + account); }
+    void customViewChanged(const Names& viewIDs, const std::string& moduleName) override {
+        add(moduleName + ": " + text::join(viewIDs, " "));
+    }
+    void initRecordProcessCompleted(InitRecordProcessUseCase&) override { add("records complete"); }
+    Names take() {
+        std::lock_guard lock(mutex_);
+        return std::exchange(events_, {});
+    }
+
+private:
+    void add(std::string event) {
+        std::lock_guard lock(mutex_);
+        events_.push_back(std::move(event));
+    }
+    std::mutex mutex_;
+    Names events_;
+};
+
+/// Keeps the calls until the test answers them.
+class HeldViews final : public InitCustomViewNSP {
+public:
+    void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) override {
+        asked.push_back(namesOf(modules));
+        calls.push_back([callback](std::string body, std::optional<NetworkError> error) {
+            callback({.body = Data(std::move(body)), .error = std::move(error)});
+        });
+    }
+    Names asked;
+    std::vector<std::function<void(std::string, std::optional<NetworkError>)>> calls;
+};
+
+ValueMap viewsEntry(const std::string& module, ValueList rows) {
+    return {{"info", ValueMap{{"module", module}}}, {"data", std::move(rows)}};
+}
+/// A default view of all records.
+ValueList viewRow(const std::string& id) {
+    return {id, "All", "All", "s", "S", "true", "true", nullptr, nullptr, ValueList{"F1"}, "null", "asc", nullptr};
+}
+/// A module whose records have an id and a name.
+ValueMap metadataEntry(const std::string& module) {
+    auto id = wire::fieldRow(module, "ID");
+    id[1] = "id", id[3] = "ID";
+    auto entry = wire::entryWithTables(
+        module, {{"module", module}, {"query", "CREATE TABLE " + module + "Records (ID UNIQUE, COL_F1)"}});
+    auto sections = wire::sections(module);
+    sections[wire::fields] = ValueList{id, wire::fieldRow(module, "F1")};
+    entry.set("data", std::move(sections));
+    return entry;
+}
+ValueMap recordsEntry(const std::string& module, const std::string& id) {
+    auto record = ValueList{ValueList{"id", id}, ValueList{"Api_F1", "Doe"}};
+    return {{"info", ValueMap{{"module", module}}}, {"data", ValueList{Value(std::move(record))}}};
+}
+
+class InitBatchTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        signIn("1001");
+        database = openDatabase();
+        for (auto& statement : metadataTables()) database->createTable(statement);
+        database->createTable(customViewTable());
+        defaults = std::make_shared<BrenUserDefaults>();
+        BrenNotificationCenter::shared().add<CustomViewChangedObserver>(runner);
+    }
+    MetadataStores stores() { return {database, std::make_shared<InMemoryStorage>()}; }
+    void store(const Names& names, ModuleType type = ModuleType::default_) {
+        std::vector<Module> modules;
+        for (auto& name : names) modules.push_back({.moduleName = name, .apiName = name + "_API", .type = type});
+        stores().modules()->storeModules(modules);
+    }
+    void forgetModules() { stores().modules()->deleteModules(stores().modules()->getAllModules().value()); }
+    std::string flag(const std::string& step, const std::string& module) {
+        return step + "_" + module + "_downloadable";
+    }
+    bool isFlagged(const std::string& step, const std::string& module) {
+        return defaults->boolForKey(flag(step, module), UserDefaultsGroup::current()).value_or(false);
+    }
+    template <class Service>
+    std::shared_ptr<Service> overNetwork() {
+        auto service = std::make_shared<Service>();
+        service->setNetworkAdapter(network);
+        return service;
+    }
+    template <class Step>
+    std::shared_ptr<Step> heard(std::shared_ptr<Step> step) {
+        step->delegate = runner;
+        step->errorResponder = runner;
+        return step;
+    }
+    /// What was heard, but for the progress, whose first report meets the answers anywhere.
+    Names runToEnd(BatchedDownloadable& step) {
+        step.initiate();
+        step.execute();
+        settle();
+        auto events = runner->take();
+        std::erase_if(events, [](auto& event) { return event.find('/') != std::string::npos; });
+        return events;
+    }
+
+    std::shared_ptr<KelvaDatabasePersistance> database;
+    std::shared_ptr<BrenUserDefaults> defaults;
+    std::shared_ptr<Runner> runner = std::make_shared<Runner>();
+    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+};
+
+TEST_F(InitBatchTest, AFeatureTakesItsModules) {
+    using enum ModuleBatchConstant::Feature;
+    using enum ModuleType;
+    struct {
+        Feature feature;
+        std::optional<std::string> supported;
+        Names stored;
+        Names done;
+        std::string taken;
+        ModuleType type = default_;
+    } cases[] = {
+        {metadaInfo,
+         {},
+         {"Leads", "Tasks", "Dashboards", "Approvals", "Consents", "Other", "XLeads"},
+         {},
+         "Leads Tasks Consents"},
+        {metadaInfo,
+         {},
+         {"CustomModule0", "CustomModule9", "CustomModule100", "CustomModule101"},
+         {},
+         "CustomModule9 CustomModule100"},
+        {metadaInfo, {}, {"Other"}, {}, "Other", picklisttracker},
+        {metadaInfo, {}, {"Other"}, {}, "", web},
+        {metadaInfo, "Other,Dashboards", {"Leads", "Other", "Notes", "Dashboards"}, {}, "Other Notes"},
+        {metadaInfo,
+         "Leads,Deals",
+         {"Leads", "Deals", "Notes"},
+         {"metadata_Leads", "customviews_Deals"},
+         "Deals Notes"},
+        {customView, {}, {"Leads", "Calls", "Tasks", "Activities", "Notes"}, {}, "Leads Activities"},
+        {customView, "Leads,Tasks", {"Leads", "Tasks", "Activities"}, {}, "Leads Activities"},
+        {customView, "Leads,Tasks", {"Leads", "Tasks"}, {}, "Leads"},
+        {customView, {}, {"Other"}, {}, "", subform},
+        {initialRecords, "Leads,Tasks,Dashboards", {"Leads", "Tasks", "Dashboards", "Activities"}, {}, "Leads Tasks"},
+        {initialRecords, {}, {"Leads", "Deals"}, {"initialRecords_Leads"}, "Deals"},
+        {initialRecords, "", {"Leads"}, {}, ""},
+    };
+    for (auto& one : cases) {
+        forgetModules();
+        store(one.stored, one.type);
+        database->deleteAllObjects("APP_SETTINGS");
+        auto persistance = stores();
+        // Straight from the tables, whose rows each case replaces.
+        persistance.inMemoryDatabaseAdapter = nullptr;
+        if (one.supported)
+            persistance.settings()->storeSettings({{.moduleName = "Settings",
+                                                    .settingsKey = SettingName::supportedModules,
+                                                    .defaultSettings = *one.supported}});
+        for (auto& step : one.done) defaults->setBool(true, step + "_downloadable", UserDefaultsGroup::current());
+        ModuleBatch batches(one.feature, {persistance.modules(), persistance.settings(), UserDefaultsUtil(defaults)});
+        EXPECT_THAT(namesOf(batches.initiateBatch({}, 100)), one.taken.empty() ? Names() : Names{one.taken})
+            << one.supported.value_or("by pattern") << ": " << text::join(one.stored, " ");
+        for (auto& step : one.done) defaults->removeValueForKey(step + "_downloadable", UserDefaultsGroup::current());
+    }
+}
+
+TEST_F(InitBatchTest, ViewsComeInBatchesAndARestartAsksForTheRest) {
+    store({"Leads", "Contacts", "Accounts", "Deals", "Cases", "Solutions", "Products", "Vendors", "Quotes"});
+    auto service = std::make_shared<HeldViews>();
+    auto step = heard(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
+    EXPECT_EQ(step->totalCallsCount(), 3);
+    EXPECT_TRUE(service->asked.empty());
+    step->execute();
+    EXPECT_THAT(service->asked, ElementsAre("Leads Contacts Accounts Deals", "Cases Solutions Products Vendors"));
+    EXPECT_THAT(runner->take(), ElementsAre("0/3"));
+    service->calls[0](wire::body({viewsEntry("Leads", {viewRow("1"), viewRow("2")}), viewsEntry("Contacts", {})}), {});
+    settle();
+    EXPECT_THAT(runner->take(), UnorderedElementsAre("1/3", "Leads: 1 2", "Contacts: "));
+    EXPECT_EQ(service->asked.size(), 3u) << "the third starts as soon as one of two is done";
+    EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 2u);
+    EXPECT_TRUE(isFlagged("customviews", "Deals"));
+    EXPECT_FALSE(isFlagged("customviews", "Cases"));
+
+    // The program ends here: what is answered afterwards is nobody's.
+    step = nullptr;
+    service->calls[1](wire::body({}), {});
+    service->asked.clear(), service->calls.clear();
+    step = heard(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
+    step->execute();
+    EXPECT_THAT(service->asked, ElementsAre("Cases Solutions Products Vendors", "Quotes"));
+    service->calls[1]("<html>", {});
+    service->calls[0](wire::body({viewsEntry("Cases", {Value(viewRow("3"))})}),
+                      NetworkError{NetworkError::Kind::timeout, ""});
+    settle();
+    EXPECT_THAT(runner->take(), ElementsAre("0/2", "parsingError", "1/2", "networkResponseError", "complete", "2/2"));
+    EXPECT_TRUE(isFlagged("customviews", "Cases") && isFlagged("customviews", "Quotes"));
+    EXPECT_TRUE(CustomViewInDatabase(database).getCustomViews("Cases")->empty());
+    EXPECT_TRUE(wasLogged("CustomViewInfo Requested for Cases, Solutions, Products, Vendors"));
+    EXPECT_TRUE(wasLogged("CustomViewInfo Completed - failure for Quotes"));
+    EXPECT_TRUE(wasLogged("CustomViewInfo Batch completed."));
+
+    EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
+    EXPECT_EQ(service->asked.size(), 2u);
+}
+
+TEST_F(InitBatchTest, AProgramThatShutsDownLeavesItsBatchUndone) {
+    store({"Leads"});
+    for (auto kind : {NetworkError::Kind::shutDown, NetworkError::Kind::notSent}) {
+        network->fail(kind);
+        auto step = heard(InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
+        bool isShutDown = kind == NetworkError::Kind::shutDown;
+        EXPECT_EQ(runToEnd(*step), isShutDown ? Names() : (Names{"noAuthtoken 1001", "complete"}));
+        EXPECT_EQ(isFlagged("customviews", "Leads"), !isShutDown);
+    }
+}
+
+/// Everything an answer of records may lack, of which nothing may stop the run.
+TEST_F(InitBatchTest, RecordsOfDefaultViewsAreStoredAndCounted) {
+    store({"Leads", "Contacts", "Accounts", "Deals"});
+    network->answer(wire::body({metadataEntry("Leads"), metadataEntry("Deals")}));
+    auto metadata = heard(InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
+    EXPECT_EQ(metadata->totalCallsCount(), 1);
+    EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
+    EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
+    EXPECT_EQ(network->calls().size(), 1u) << "all modules are done";
+    network->answer(wire::body({viewsEntry("Leads", {Value(viewRow("11"))}),
+                                viewsEntry("Deals", {Value(viewRow("44"))}), viewsEntry("Contacts", {})}));
+    runToEnd(*InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
+    runner->take();
+
+    auto nameless = recordsEntry("Leads", "9");
+    nameless.set("info", ValueMap());
+    auto refused = recordsEntry("Deals", "9");
+    refused.set("error", ValueList{"CODE", "words"});
+    auto nothing = ValueMap{{"info", ValueMap{{"module", "Deals"}, {"nodata", true}}}};
+    network->answer(wire::body({recordsEntry("Leads", "1"), nameless, refused, ValueMap(), nothing,
+                                recordsEntry("Nowhere", "9"), recordsEntry("Leads", "2")}));
+    auto step = heard(InitCVRecordsDM::make(database, defaults, overNetwork<InitCVRecordsNS>()));
+    EXPECT_EQ(step->totalCallsCount(), 1) << "nothing is known yet";
+    EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
+    auto call = network->calls().back();
+    EXPECT_TRUE(call.request.url.ends_with("/products/getcvrecords")) << call.request.url;
+    EXPECT_EQ(call.params.value(), (ValueMap{{"cvid", ValueList{"11", "44"}},
+                                             {"module", ValueList{"Leads", "Deals"}},
+                                             {"moduleAPI", ValueList{"Leads_API", "Deals_API"}},
+                                             {"cvName", ValueList{"All", "All"}}}));
+    EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 2);
+    EXPECT_EQ(database->count("DealsRecords", std::nullopt), 0);
+    RecordSyncSettingsPersistance settings(defaults);
+    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 2);
+    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Deals"), 1);
+    EXPECT_TRUE(isFlagged("initialRecords", "Leads") && isFlagged("initialRecords", "Deals"));
+    EXPECT_FALSE(isFlagged("initialRecords", "Contacts")) << "it has no default view";
+    EXPECT_TRUE(wasLogged("InitCVRecords request completed - success for Leads, Deals"));
+    EXPECT_FALSE(wasLogged("words"));
+
+    // Done: neither this step nor the smaller entry asks again, until a module is
+    // taken back.
+    auto useCase = InitRecordProcessUseCase::make(database, defaults, overNetwork<InitCVRecordsNS>());
+    useCase->delegate = runner;
+    auto calls = network->calls().size();
+    EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
+    EXPECT_FALSE(useCase->defaultCustomViewRequestsCompleted());
+    useCase->startInitRecordProcess();
+    settle();
+    EXPECT_THAT(runner->take(), ElementsAre("records complete"));
+    EXPECT_EQ(network->calls().size(), calls);
+    defaults->removeValueForKey(flag("initialRecords", "Deals"), UserDefaultsGroup::current());
+    network->answer("{}");
+    useCase->startInitRecordProcess();
+    settle();
+    EXPECT_THAT(runner->take(), UnorderedElementsAre("parsingError", "records complete"));
+    EXPECT_TRUE(useCase->defaultCustomViewRequestsCompleted());
+    EXPECT_EQ(network->calls().size(), calls + 1);
+
+    int ends = 0;
+    step->getCustomViewRecords(
+        std::vector<Module>(), [&] { ++ends; }, [] { FAIL(); });
+    EXPECT_EQ(ends, 1) << "nothing is asked for";
+    auto& around = *useCase->initRecordProcessDataManager;
+    around.resetRecordDownloadedForAllModules();
+    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 0);
+    database->dropTable("LeadsRecords");
+    around.createTableForAllModules();
+    EXPECT_EQ(database->columnNames("LeadsRecords"), (Names{"ID", "COL_F1"}));
+    around.initRecordProcessCompleteForUser("1001");
+    EXPECT_TRUE(UserAccountsManager(defaults).isInitialDownloadComplete("1001"));
+}
+
+/// Completes its batches on a queue of many threads, while the first ones are
+/// still being started.
+class Hasty final : public ModuleBatchDelegate {
+public:
+    void nextBatch(const std::vector<Module>& modules) override {
+        EXPECT_LE(++inFlight, 2);
+        ++asked;
+        queue->async([this, modules] {
+            --inFlight;
+            batches->batchCompleted(modules);
+        });
+    }
+    void allBatchesCompleted() override { ++ends; }
+    const std::shared_ptr<DispatchQueue> queue = DispatchQueue::concurrent("tests.hasty");
+    std::shared_ptr<ModuleBatch> batches;
+    std::atomic<int> inFlight = 0, asked = 0, ends = 0;
+};
+
+TEST_F(InitBatchTest, BatchesCompleteFromManyThreads) {
+    auto hasty = std::make_shared<Hasty>();
+    hasty->batches = std::make_shared<ModuleBatch>(
+        Feature::metadaInfo,
+        ModuleBatch::Persistance{stores().modules(), stores().settings(), UserDefaultsUtil(defaults)});
+    hasty->batches->delegate = hasty;
+    std::vector<Module> modules(41);
+    for (std::size_t i = 0; i < modules.size(); ++i) modules[i].moduleName = "M" + std::to_string(i);
+    hasty->batches->initiateBatchOfAll(modules, 1);
+    hasty->batches->start();
+    settle();
+    EXPECT_EQ(hasty->asked, 41);
+    EXPECT_EQ(hasty->ends, 1);
+    EXPECT_EQ(hasty->batches->completedBatchCount(), 41);
+    EXPECT_TRUE(isFlagged("metadata", "M40"));
+}
+
+TEST_F(InitBatchTest, WatermarksBelongToTheAccount) {
+    RecordSyncSettingsPersistance settings(defaults);
+    EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
+    settings.storeNumberOfRecordsDownloaded(3, "Leads");
+    settings.storeLastModifiedTime("1700", "Leads");
+    settings.storeRecordsSynced("Leads", 200, "1700");
+    EXPECT_EQ(settings.getLastModifiedTime("Leads"), "1700");
+    EXPECT_EQ(settings.getNumberOfRcordsSynced("Leads", "1700"), 200);
+    EXPECT_EQ(settings.getNumberOfRcordsSynced("Leads", "1800"), std::nullopt);
+    EXPECT_EQ(settings.getNumberOfRcordsSynced("Deals", "1700"), std::nullopt);
+    signIn("1002");
+    EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
+    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 3);
+    // Another program's value under the key is no dictionary of modules.
+    defaults->setDictionary({{"Leads", "odd"}}, "ModuleDetails", UserDefaultsGroup::current());
+    EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
+    settings.storeLastModifiedTime("1", "Leads");
+    EXPECT_EQ(settings.getLastModifiedTime("Leads"), "1");
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,251 @@
+#include <algorithm>
+#include <thread>
+
+#include "tarvobase/configuration/UserAccounts.h"
+#include "tarvobase/init_process/InitProcessUseCase.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/InitialProcessComplete.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+using ::testing::ElementsAre;
+using enum Process;
+
+/// What happened in the test under way, in its order. The runner does one thing at a time.
+std::vector<std::string> events;
+
+/// A step that is started by the runner and completed by the test, or at once.
+class ScriptedStep : public CurrentUserStep {
+public:
+    explicit ScriptedStep(Process process, std::vector<Process> waitsFor = {}) : process(process) {
+        for (auto one : waitsFor) dependencyList.push_back({one});
+    }
+    Process processName() const override { return process; }
+    void storeParsedUser() override { events.push_back("user stored"); }
+    void initiate() override { events.push_back("initiate " + name()); }
+    int totalCallsCount() const override { return total; }
+    void execute() override {
+        EXPECT_NE(state, ProcessState::inProgress);
+        events.push_back(name());
+        if (atOnce) complete(true);
+    }
+    void complete(bool status) { delegate.lock()->didComplete(*this, status); }
+    std::string name() const { return std::string(rawText(process)); }
+
+    const Process process;
+    int total = 1;
+    bool atOnce = false;
+};
+
+class ScriptedInitCall final : public AppInitNetworkServiceProtocol {
+public:
+    void getAppInitData() override {
+        events.push_back("appInit");
+        initDataDelegate.lock()->initDataParsed(answer);
+    }
+    ParsedInitData answer{.createTableQueries = std::vector<std::string>()};
+};
+
+class ScriptedLookups final : public PopulateRelatedModulesDMP {
+public:
+    void populateLookupColumn() override { events.push_back("lookups"); }
+};
+
+class Host final : public InitProcessUseCaseDelegate, public InitialProcessComplete {
+public:
+    void initProcessCompleted(InitProcessUseCaseProtocol&) override {
+        EXPECT_NE(std::this_thread::get_id(), mainThread);
+        events.push_back("completed");
+        if (letGoWhenCompleted) useCase = nullptr;
+    }
+    void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
+        EXPECT_EQ(std::this_thread::get_id(), mainThread);
+        percentages.push_back(value);
+        failures += !isSucess;
+    }
+    void parsingError() override {
+        EXPECT_EQ(std::this_thread::get_id(), mainThread);
+        events.push_back("parsingError");
+    }
+    void initialProcessComplete(const std::string& userId) override { events.push_back("complete for " + userId); }
+
+    const std::thread::id mainThread = std::this_thread::get_id();
+    std::shared_ptr<InitProcessUseCase> useCase;
+    bool letGoWhenCompleted = false;
+    std::vector<double> percentages;
+    int failures = 0;
+};
+
+class InitProcessTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        events.clear();
+        BrenNotificationCenter::shared().add<InitialProcessComplete>(host);
+        defaults = std::make_shared<BrenUserDefaults>();
+        openDatabase();
+        newRun();
+    }
+    /// Fresh steps, as a start of the program makes them.
+    void newRun() {
+        auto step = [&](Process process, std::vector<Process> waitsFor = {}) {
+            return std::make_shared<ScriptedStep>(process, std::move(waitsFor));
+        };
+        list = {step(customviews), step(metadata),
+                step(currency),    step(initialRecords, {metadata, customviews}),
+                step(permission),  step(pipelines, {metadata})};
+        user = step(currentUser);
+        user->atOnce = true;
+        auto appInit = std::make_shared<AppInitDataManager>(
+            AppInitDataManager::Persistance{.database = configuration().databaseAdapter.get()}, call);
+        call->initDataDelegate = appInit;
+        host->useCase = InitProcessUseCase::make({std::make_shared<InitProcessDataManager>(defaults),
+                                                  user,
+                                                  appInit,
+                                                  UserDefaultsUtil(defaults),
+                                                  {list.begin(), list.end()},
+                                                  std::make_shared<ScriptedLookups>()});
+        host->useCase->delegate = host;
+    }
+    std::vector<std::string> start() {
+        host->useCase->startInitProcess();
+        settle();
+        return std::exchange(events, {});
+    }
+    ScriptedStep& step(Process process) {
+        return **std::ranges::find_if(list, [&](auto& one) { return one->process == process; });
+    }
+    bool isNoted() { return UserAccountsManager(defaults).isInitialDownloadComplete("1001"); }
+
+    std::shared_ptr<Host> host = std::make_shared<Host>();
+    std::shared_ptr<ScriptedInitCall> call = std::make_shared<ScriptedInitCall>();
+    std::shared_ptr<UserDefaultsProtocol> defaults;
+    std::shared_ptr<ScriptedStep> user;
+    std::vector<std::shared_ptr<ScriptedStep>> list;
+};
+
+struct Move {
+    Process completes;
+    bool status;
+    std::vector<std::string> then;
+};
+const std::vector<std::string> end{"completed", "complete for 1001"};
+
+class InitProcessOrderTest : public InitProcessTest, public ::testing::WithParamInterface<std::vector<Move>> {};
+
+TEST_P(InitProcessOrderTest, AStepStartsWhenTheLastOneItWaitsForIsDone) {
+    EXPECT_THAT(start(),
+                ElementsAre("currentUser", "appInit", "user stored", "initiate customviews", "initiate metadata",
+                            "initiate currency", "initiate initialRecords", "initiate permission", "initiate pipelines",
+                            "customviews", "metadata", "currency", "permission"));
+    bool ended = false;
+    for (auto& move : GetParam()) {
+        EXPECT_EQ(isNoted(), ended);
+        step(move.completes).complete(move.status);
+        settle();
+        EXPECT_EQ(std::exchange(events, {}), move.then) << rawText(move.completes);
+        ended |= move.then == end;
+    }
+    EXPECT_EQ(UserAccountsManager(defaults).userWithInitialDownloadComplete()->size(), 1u);
+    EXPECT_EQ(host->failures, 1);
+    EXPECT_TRUE(std::ranges::is_sorted(host->percentages));
+    EXPECT_EQ(host->percentages.back(), 100);
+    EXPECT_EQ(UserDefaultsUtil(defaults).getProgressPercent(), 100);
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, InitProcessOrderTest,
+                         ::testing::Values(std::vector<Move>{{metadata, true, {"lookups", "pipelines"}},
+                                                             {currency, false, {}},
+                                                             {customviews, true, {"initialRecords"}},
+                                                             {initialRecords, true, {}},
+                                                             {permission, true, {}},
+                                                             {pipelines, true, end},
+                                                             {pipelines, true, {}}},
+                                           std::vector<Move>{
+                                               {permission, true, {}},
+                                               {customviews, true, {}},
+                                               {metadata, false, {"lookups", "initialRecords", "pipelines"}},
+                                               {pipelines, true, {}},
+                                               {initialRecords, true, {}},
+                                               {currency, true, end}}));
+
+TEST_F(InitProcessTest, StepsThatAreDoneCompleteAtOnceAndTheHostSeesAHundred) {
+    for (auto& one : list) one->atOnce = true;
+    list[0]->total = list[1]->total = 0;
+    host->letGoWhenCompleted = true;
+    auto heard = start();
+    EXPECT_EQ(std::vector(heard.end() - 2, heard.end()), end);
+    EXPECT_EQ(host->percentages.back(), 100);
+    EXPECT_TRUE(isNoted());
+}
+
+TEST_F(InitProcessTest, ThePercentageNeverGoesDown) {
+    auto report = [&](Process process, int current, int total) {
+        host->useCase->progressDidUpdate(step(process), current, total);
+        settle();
+        return host->percentages.back();
+    };
+    EXPECT_EQ(report(metadata, 0, 0), 0) << "nothing is counted yet";
+    step(customviews).total = 4;
+    start();
+    EXPECT_EQ(host->percentages.back(), 10) << "the init call of 1 + 4 + 5 units";
+    EXPECT_EQ(report(metadata, 2, 11), 15) << "3 of 20";
+    EXPECT_EQ(report(customviews, 2, 4), 25);
+    EXPECT_EQ(report(customviews, 1, 4), 25);
+
+    UserDefaultsUtil(defaults).setProgressPercent(73);
+    newRun();
+    settle();
+    EXPECT_EQ(host->percentages.back(), 73);
+    start();
+    EXPECT_EQ(report(metadata, 1, 4), 73);
+    EXPECT_EQ(UserDefaultsUtil(defaults).getProgressPercent(), 73);
+    EXPECT_EQ(report(metadata, 91, 94), 92);
+}
+
+TEST_F(InitProcessTest, ARunThatIsLetGoEndsQuietly) {
+    start();
+    host->useCase->didComplete(step(metadata), true);
+    auto released = std::exchange(host->useCase, nullptr);
+    std::weak_ptr watched = released;
+    released = nullptr;
+    settle();
+    EXPECT_TRUE(watched.expired());
+    EXPECT_FALSE(isNoted());
+}
+
+TEST_F(InitProcessTest, AnUnusableInitCallStopsTheRunAndIsTold) {
+    call->answer.createTableQueries = std::nullopt;
+    EXPECT_THAT(start(), ElementsAre("currentUser", "appInit", "parsingError"));
+    EXPECT_FALSE(isNoted());
+}
+
+TEST_F(InitProcessTest, ExecutesWhatIsReady) {
+    struct {
+        ProcessState first, second;
+        bool allCompleted;
+        std::vector<std::string> started;
+        ProcessState firstThen;
+    } cases[] = {
+        {ProcessState::completed, ProcessState::completed, true, {}, ProcessState::completed},
+        {ProcessState::inProgress, ProcessState::completed, false, {}, ProcessState::inProgress},
+        {ProcessState::waitingForDependency, ProcessState::inProgress, false, {}, ProcessState::waitingForDependency},
+        {ProcessState::readyForExecution,
+         ProcessState::readyForExecution,
+         false,
+         {"customviews", "metadata"},
+         ProcessState::inProgress},
+    };
+    for (auto& one : cases) {
+        step(customviews).state = one.first, step(metadata).state = one.second;
+        EXPECT_EQ(executeProcess({list[0], list[1]}), one.allCompleted);
+        EXPECT_EQ(std::exchange(events, {}), one.started);
+        EXPECT_EQ(list[0]->state, one.firstThen);
+    }
+    EXPECT_TRUE(executeProcess({}));
+}
+
+}  // namespace
+}  // namespace tarvo

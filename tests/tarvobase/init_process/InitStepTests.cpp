@@ -1,0 +1,255 @@
+#include "sandbox/data/StaticTables.h"
+#include "tarvobase/init_process/parsers/PipelinesNWParser.h"
+#include "tarvobase/init_process/steps/GetCurrentUserDM.h"
+#include "tarvobase/init_process/steps/InitCurrencyDM.h"
+#include "tarvobase/init_process/steps/InitGetPermissionsDM.h"
+#include "tarvobase/init_process/steps/InitGetPipelinesDM.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+using enum Process;
+using Kind = NetworkError::Kind;
+
+std::string body(const std::string& rows, const std::string& info = R"("servertime":1)") {
+    return R"({"response":{"result":[{"info":{"module":"x",)" + info + R"(},"data":)" + rows + "}]}}";
+}
+std::string older(const std::string& currencies, const std::string& tax = R"([{"error":0},[["T1","VAT"]]])") {
+    return R"({"response":[)" + tax + "," + currencies + "]}";
+}
+std::string currencies(const std::string& rows) { return older(R"([{"servertime":5,"error":0},)" + rows + "]"); }
+const std::string refusedBody = R"({"error":[{"code":"NO"}]})";
+
+const std::string dollar = R"(["1","1",",","true","USD","C1","true","$","true","2","US Dollar","."])";
+const std::string euro = R"(["2","0.85","","false","EUR","C2","false","€","x","-3","Euro",null])";
+std::string replaced(std::string text, const std::string& piece, const std::string& by) {
+    return text.replace(text.find(piece), piece.size(), by);
+}
+const std::string storedUserRow =
+    R"(["1001","Ann Lee","a@x","","","","",7,"Ann","Lee","U1","active","true","CEO","Standard","P1"])";
+const std::string pipelineRows = R"([["P1","Std","Standard",[["Open","Opened","1","S1"],["Won",3,"2","S2"],["Cut"]]],
+    [7,"a","b",[["x","y","1","S9"]]],["P2","Other","Others",[["Open","Opened","1","S1"]]],["S1","Open","Opened","Open"],
+    ["S2","Won","Won",  "Closed Won"],["S3","n","d","Sometimes"],["S4","n","d"],"row"])";
+
+/// Hears of the end of steps and of failures.
+class StepListener final : public DownloadProgressible, public CommonErrorProtocol {
+public:
+    void didComplete(Downloadable& step, bool status) override {
+        ended = std::string(rawText(step.processName())) + (status ? " true" : " false");
+    }
+    void progressDidUpdate(Downloadable&, int, int) override {}
+    void parsingError() override { told += "parsing "; }
+    void networkResponseError() override { told += "network "; }
+    void noAuthtoken(const std::string& brenuid) override { told += "token of " + brenuid; }
+    std::string ended, told;
+};
+
+/// Keeps the call until the test answers it.
+struct HeldCurrencyService final : InitGetCurrencyNSP {
+    void getCurrencyMetadata(NetworkCompletion callback) override { answer = std::move(callback); }
+    NetworkCompletion answer;
+};
+
+class InitStepTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        database = openDatabase();
+    }
+    void makeTables() {
+        for (auto& statement : sandbox::staticTables(sandbox::Naming::column, "")) database->createTable(statement);
+        stores().modules()->storeModule({.moduleName = "Deals", .apiName = "Deals_API"});
+        run("INSERT INTO MODULE_LAYOUT_INFO (module_name, layout_id) VALUES "
+            "('Leads','L0'),('Deals','L2'),('Deals','L1')");
+        run("INSERT INTO CURRENCY_METADATA (order_no, exchange_rate, currency_id) VALUES (9, 9, 'old')");
+        run("INSERT INTO DEALS_STAGES (id, name) VALUES ('S7', 'a stage of no pipeline')");
+    }
+    void run(const std::string& statement) { database->execute(statement, std::nullopt); }
+    MetadataStores stores() const { return {database, std::make_shared<InMemoryStorage>()}; }
+
+    template <class Service>
+    std::shared_ptr<Service> service() {
+        auto made = std::make_shared<Service>();
+        made->setNetworkAdapter(network);
+        return made;
+    }
+    std::shared_ptr<FlaggedStep> make(Process process) {
+        auto defaults = std::make_shared<BrenUserDefaults>();
+        std::shared_ptr<FlaggedStep> step;
+        if (process == currency) step = InitCurrencyDM::make(database, defaults, service<InitGetCurrencyNS>());
+        if (process == permission) step = InitGetPermissionsDM::make(database, defaults, service<GetPermissionsNS>());
+        if (process == currentUser) step = GetCurrentUserDM::make(database, defaults, service<GetCurrentUserNS>());
+        if (process == pipelines) step = InitGetPipelinesDM::make(database, defaults, service<GetPipelinesNS>());
+        step->delegate = listener;
+        step->errorResponder = listener;
+        return step;
+    }
+    /// Runs a step of its own to its end, as the runner would, and tells what the delegate heard.
+    std::string execute(Process process) {
+        listener->ended.clear();
+        listener->told.clear();
+        auto step = make(process);
+        step->execute([&] { closures += "success "; }, [&] { closures += "failure "; });
+        settle();
+        if (auto user = std::dynamic_pointer_cast<CurrentUserStep>(step)) user->storeParsedUser();
+        return listener->ended;
+    }
+    static bool flag(Process process) {
+        return UserDefaultsUtil(std::make_shared<BrenUserDefaults>()).isCompleted(std::string(rawText(process)));
+    }
+    /// The rows of the step's table, columns joined by "|".
+    std::string stored(Process process) {
+        const char* query =
+            process == currency
+                ? "SELECT order_no||'|'||exchange_rate||'|'||ifnull(is_base||'|'||iso_code||'|'||"
+                  "decimal_places||'|'||is_active||'|'||currency_symbol||decimal_seperator, currency_id) "
+                  "FROM CURRENCY_METADATA ORDER BY order_no"
+            : process == permission
+                ? "SELECT module_name||'|'||module_api_name||'|'||permission_key||'|'||permission_value FROM "
+                  "PERMISSIONS"
+            : process == currentUser
+                ? "SELECT user_id||'|'||user_brenuid||'|'||user_name||'|'||user_last_name||'|'||user_confirm||'|'||"
+                  "user_profile_id||'|'||ifnull(date_format, '') FROM ACTIVE_USERS"
+                : "SELECT pipeline_id||'|'||actual_value||'|'||display_value FROM DEALS_PIPELINE UNION ALL SELECT "
+                  "pipeline_id||stage_id||sequence_number||actual_value FROM DEALS_STAGES WHERE pipeline_id > ''";
+        std::string rows;
+        if (auto found = database->fetchObjects(query, std::nullopt))
+            for (auto row : *found) rows += row.cell(0).copy().toText().value_or("NULL") + "; ";
+        return rows;
+    }
+
+    std::shared_ptr<KelvaDatabasePersistance> database;
+    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+    std::shared_ptr<StepListener> listener = std::make_shared<StepListener>();
+    std::string closures;
+};
+
+TEST_F(InitStepTest, AnAnswerIsStoredWholeOrLeavesTheFlagClear) {
+    makeTables();
+    const std::string old = "9|9.0|old; ";
+    const std::string twoPipelines = "P1|Std|Standard; P2|Other|Others; P1S11Open; P2S11Open; ";
+    struct {
+        Process process;
+        std::string answer;
+        std::string rows;
+        bool well = false;
+    } cases[] = {
+        {currency, "<html>", old},
+        {currency, refusedBody, old},
+        {currency, R"({"response":[]})", old},
+        {currency, older(R"([{"error":1},{"code":4832,"message":"no"}])"), old},
+        {currency, older(R"([{"error":0},"rows"])"), old},
+        {currency, currencies("[" + dollar + R"(,["2","1"]])"), old},
+        {currency, currencies("[" + replaced(dollar, "\"2\"", "\"2x\"") + "]"), old},
+        {currency, currencies("[" + replaced(dollar, "\"1\"", "\"99999999999\"") + "]"), old},
+        {currency, currencies("[" + replaced(dollar, "\"1\",\",", "\"1,5\",\",") + "]"), old},
+        {currency, currencies("[]"), "", true},
+        {currency, older("[{\"error\":0},[" + dollar + "," + euro + "]]", R"([{"error":1},{}])"),
+         "1|1.0|true|USD|2|true|$.; 2|0.85|false|EUR|-3|false|€; ", true},
+        {permission, "", ""},
+        {permission, refusedBody, ""},
+        {permission, body("[]"), ""},
+        {permission, body(R"([["Leads"],["Leads","L","Edit",true]])"), ""},
+        {permission, body(R"([["Leads","L","Edit","true"]])", R"("nodata":true)"), ""},
+        {permission, body(R"([["Leads","L","Edit","true"],["Leads"],["Deals","D","View","yes",1]])"),
+         "Leads|L|Edit|true; Deals|D|View|false; ", true},
+        {currentUser, body("[]"), ""},
+        {currentUser, body(replaced(storedUserRow, R"(,"P1")", "")), ""},
+        {currentUser, body(replaced(storedUserRow, R"("U1")", "5")), ""},
+        {currentUser, body("[" + storedUserRow + "]"), "U1|1001|Ann Lee|Lee|true|P1|; ", true},
+        {pipelines, refusedBody, ""},
+        {pipelines, body(pipelineRows, R"("nodata":true)"), ""},
+        {pipelines, body(R"({"a":1})"), ""},
+        {pipelines, body("[]"), "", true},
+        {pipelines, body(pipelineRows), twoPipelines, true},
+    };
+    for (auto& one : cases) {
+        auto name = std::string(rawText(one.process));
+        if (flag(one.process))
+            BrenUserDefaults().removeValueForKey(name + "_downloadable", UserDefaultsGroup::current());
+        network->answer(one.answer);
+        EXPECT_EQ(execute(one.process), name + (one.well ? " true" : " false")) << one.answer;
+        EXPECT_EQ(stored(one.process), one.rows) << one.answer;
+        EXPECT_EQ(flag(one.process), one.well) << one.answer;
+        EXPECT_EQ(listener->told, one.well ? "" : "parsing ") << one.answer;
+        EXPECT_EQ(std::exchange(closures, ""), one.well ? "success " : "failure ");
+    }
+    auto sent = network->calls().size();
+    for (auto process : {currency, permission, currentUser, pipelines})
+        EXPECT_EQ(execute(process), std::string(rawText(process)) + " true");
+    EXPECT_EQ(network->calls().size(), sent) << "a step that is done asks nothing";
+
+    for (auto& from : {stores(), MetadataStores{database, nullptr}}) {
+        EXPECT_EQ(from.currencies()->getDefaultCurrencyMetadata()->isoCode, "USD");
+        EXPECT_EQ(from.currencies()->getCurrencyMetadata("EUR")->exchangeRate, 0.85);
+        EXPECT_FALSE(from.currencies()->getCurrencyMetadata("old"));
+        EXPECT_EQ(from.pipelines()->getPipelines()->size(), 2u);
+        EXPECT_EQ(from.pipelineStages()->getPipelineStages()->size(), 2u);
+        EXPECT_EQ(from.pipelineStages()->getPipelineStagesWith("P2").value(),
+                  (std::vector<PipelineStage>{{"P2", "S1", "Open", "Opened", "1"}}));
+        from.currencies()->removeAllCurrencyMetadata();
+        from.currencies()->storeCurrenctMetadata(
+            {{.isBase = true, .isoCode = "USD"}, {.exchangeRate = 0.85, .isoCode = "EUR", .currencyId = "2"}});
+    }
+    EXPECT_EQ(PipelinesNWParser::getParsedStages(Data(body(pipelineRows))).value(),
+              (std::vector<DealStage>{{"S1", "Open", "Opened", DealStage::StageType::open},
+                                      {"S2", "Won", "Won", DealStage::StageType::closedWon}}));
+}
+
+TEST_F(InitStepTest, AsksForWhatIsStoredAndTellsOfRequestsWithoutAnAnswer) {
+    EXPECT_EQ(execute(pipelines), "pipelines false") << "without the module";
+    makeTables();
+    network->fail(Kind::timeout);
+    EXPECT_EQ(execute(permission), "permission false");
+    EXPECT_EQ(listener->told, "network ");
+    stores().users()->storeUser({.id = "U1", .BrenUID = "1001", .profileID = "P1"});
+    network->fail(Kind::notSent);
+    EXPECT_EQ(execute(permission), "permission false");
+    EXPECT_EQ(listener->told, "token of 1001");
+    network->fail(Kind::shutDown);
+    EXPECT_EQ(execute(pipelines), "") << "a run that is cut off has not come to its end";
+    run("DELETE FROM MODULE_LAYOUT_INFO WHERE module_name = 'Deals'");
+    EXPECT_EQ(execute(pipelines), "pipelines false") << "without a layout";
+
+    auto calls = network->calls();
+    ASSERT_EQ(calls.size(), 3u);
+    EXPECT_TRUE(calls[0].request.url.ends_with("/getpermissions")) << calls[0].request.url;
+    EXPECT_EQ(calls[0].params.value(), (ValueMap{{"profileid", ""}}));
+    EXPECT_EQ(calls[1].params.value(), (ValueMap{{"profileid", "P1"}}));
+    EXPECT_EQ(calls[2].params.value(), (ValueMap{{"module", "Deals"}, {"moduleAPI", "Deals_API"}, {"layoutid", "L2"}}));
+    EXPECT_FALSE(flag(permission) || flag(pipelines));
+}
+
+TEST_F(InitStepTest, TheUserIsKeptUntilThereAreTables) {
+    for (bool tablesCome : {false, true}) {
+        network->answer(body(storedUserRow));
+        auto step = std::dynamic_pointer_cast<GetCurrentUserDM>(make(currentUser));
+        step->execute();
+        settle();
+        EXPECT_EQ(listener->ended, "currentUser true");
+        EXPECT_FALSE(flag(currentUser));
+        if (!tablesCome) continue;
+        makeTables();
+        stores().users()->storeUser({.id = "U1", .name = "Former", .BrenUID = "1001", .dateFormat = "dd.MM.yyyy"});
+        step->storeParsedUser();
+        EXPECT_TRUE(flag(currentUser));
+        run("UPDATE ACTIVE_USERS SET user_name = user_name || ' once'");
+        step->storeParsedUser();
+        EXPECT_EQ(stored(currentUser), "U1|1001|Ann Lee once|Lee|true|P1|dd.MM.yyyy; ");
+    }
+
+    auto service = std::make_shared<HeldCurrencyService>();
+    auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
+    step->delegate = listener;
+    step->execute();
+    step = nullptr;
+    service->answer({.body = Data(currencies("[]"))});
+    EXPECT_EQ(listener->ended, "currentUser true") << "a step that was let go ends without a report";
+    EXPECT_FALSE(flag(currency));
+}
+
+}  // namespace
+}  // namespace tarvo

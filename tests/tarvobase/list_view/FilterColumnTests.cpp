@@ -1,0 +1,156 @@
+#include "platform/Text.h"
+#include "tarvobase/list_view/GetFilters.h"
+#include "tarvobase/list_view/GetFiltersUseCase.h"
+#include "tarvobase/records/sql/FilterToWhereConverter.h"
+#include "tests/tarvobase/records/sql/FilterFixture.h"
+
+namespace tarvo {
+namespace {
+
+ColumnFilter filter(FilterType type, std::vector<std::string> inputs, const std::string& column = "Company") {
+    return {.filerName = {}, .column = column, .filterInputValues = std::move(inputs), .filterType = type};
+}
+
+class FilterColumnTest : public FilterTest {
+protected:
+    std::string run(const ColumnFilter& one) {
+        auto plain = FilterToWhereConverter::getWhereStatement(one);
+        auto qualified = FilterToWhereConverter::getWhereStatement(one, "Leads");
+        if (!plain) return "none";
+        auto ids = idsWhere(*plain);
+        EXPECT_EQ(idsWhere(*qualified), ids) << *qualified;
+        return ids;
+    }
+};
+
+TEST_F(FilterColumnTest, EveryComparatorFindsItsRows) {
+    using C = CommonFilterType;
+    using N = NumberFilterTypes;
+    using S = StringFilterTypes;
+    struct Case {
+        ColumnFilter filter;
+        std::string ids;
+    };
+    const Case texts[] = {
+        {filter(C::isEmpty, {}), "5"},
+        {filter(C::isNotEmpty, {}), "1 2 3 4"},
+        {filter(S::isExactly, {"acme"}), "1"},
+        {filter(S::isExactly, {"[\"Acme\", \"Zylker\"]"}), "1 3"},
+        {filter(S::isExactly, {"[\"Acme\",\"Zylker\"]"}), "1 3"},
+        {filter(S::isExactly, {"\"Acme\", \"Zylker\""}), "1 3"},
+        {filter(S::isExactly, {"a#TarvoSeparator#b"}), "4"},
+        {filter(S::isnt, {"Acme"}), "2 3 4"},
+        {filter(S::isnt, {"[\"Acme\", \"Zylker\"]"}), "2 4"},
+        {filter(S::contains, {"acme"}), "1 2"},
+        {filter(S::doesntContain, {"acme"}), "3 4"},
+        {filter(S::beginsWith, {"acme"}), "1"},
+        {filter(S::endsWith, {"acme"}), "1 2"},
+        {filter(S::contains, {}), "none"},
+    };
+    store("Company", {"Acme", "The Acme", "Zylker", "a,b", nullptr});
+    for (auto& one : texts) EXPECT_EQ(run(one.filter), one.ids);
+
+    store("Amount", {"2", "10", "9.5", "", nullptr});
+    const Case numbers[] = {
+        {filter(N::equalTo, {"10"}, "Amount"), "2"},        {filter(N::notEqualTo, {"10"}, "Amount"), "1 3"},
+        {filter(N::greaterThan, {"9"}, "Amount"), "2 3"},   {filter(N::greaterThanEqualTo, {"9.5"}, "Amount"), "2 3"},
+        {filter(N::lesserThan, {" 9.5 "}, "Amount"), "1"},  {filter(N::lesserThanEqualTo, {"9.5"}, "Amount"), "1 3"},
+        {filter(N::equalTo, {"1) or (1=1"}, "Amount"), ""}, {filter(N::equalTo, {}, "Amount"), "none"},
+    };
+    for (auto& one : numbers) EXPECT_EQ(run(one.filter), one.ids);
+}
+
+TEST_F(FilterColumnTest, AnyTextMeansItself) {
+    using S = StringFilterTypes;
+    std::string withNul("a\0b", 3);
+    const ValueList values{"O'Brien",          "5\" pipe 6\"",  "50%",     "a_b",   "back\\slash",
+                           "\xF0\x9F\x99\x82", "\"Company\" x", "Company", withNul, std::string(100000, 'x')};
+    for (std::string column : {"Company", "$status"}) {
+        store(column, values);
+        for (std::size_t i = 0; i < values.size(); ++i)
+            for (auto type : {S::isExactly, S::contains, S::beginsWith, S::endsWith}) {
+                auto id = std::to_string(i + 1);
+                auto ids = run(filter(type, {*values[i].asText()}, column));
+                // One value is part of another.
+                if (type == S::contains && values[i] == Value("Company")) id = "7 8";
+                EXPECT_EQ(ids, id) << caseName(type);
+            }
+    }
+}
+
+TEST_F(FilterColumnTest, ListsKeepWhatGivesText) {
+    store("Company", {"ab", "ac", "b"});
+    auto where = [&](const std::vector<ColumnFilter>& filters) {
+        return FilterToWhereConverter::getWhereStatement(filters);
+    };
+    auto without = filter(StringFilterTypes::contains, {});
+    EXPECT_EQ(where({}), std::nullopt);
+    EXPECT_EQ(where({without, filter(DateFilterTypes::on, {"soon"})}), std::nullopt);
+    EXPECT_TRUE(wasLogged("Illegal filter input"));
+    EXPECT_EQ(idsWhere(*where(
+                  {filter(StringFilterTypes::beginsWith, {"a"}), without, filter(StringFilterTypes::endsWith, {"b"})})),
+              "1");
+}
+
+TEST_F(FilterColumnTest, FieldsOfferTheirFilters) {
+    auto namesFor = [](FieldDataType type) {
+        FieldMetadata field;
+        field.fieldType = type;
+        std::vector<std::string> names;
+        for (auto& filter : GetFilters::getFilters(field)) names.push_back(filter.filerName);
+        return text::join(names, "|");
+    };
+    using T = FieldDataType;
+    EXPECT_EQ(namesFor(T::currency), "=|!=|>|>=|<=>|<=|is empty|is not empty");
+    EXPECT_EQ(namesFor(T::boolean), "is");
+    EXPECT_EQ(
+        namesFor(T::dateTime),
+        "in the last|due in|on|before|after|between|today|yesterday|this week|this month|this year|last week|last "
+        "month|is empty|is not empty");
+    EXPECT_EQ(namesFor(T::date), namesFor(T::dateTime));
+    EXPECT_EQ(namesFor(T::email), "is|isn't|contains|doesn't contain|starts with|ends with|is empty|is not empty");
+    EXPECT_EQ(namesFor(T::picklist), "is|isn't|is empty|is not empty");
+    EXPECT_EQ(namesFor(T::ownerlookup), "is|isn't");
+    EXPECT_EQ(namesFor(T::subform), "");
+    auto between = GetColumnFilter::getFilter(DateTimeFilterTypes::between, "Created_Time");
+    EXPECT_EQ(between.filerName, "between");
+    EXPECT_EQ(between.filterInputs.size(), 3u);
+    EXPECT_EQ(between.filterInputTypes(),
+              std::vector({ColumnFilterInputType::fieldValue(), ColumnFilterInputType::fieldValue()}));
+}
+
+TEST_F(FilterColumnTest, InputsOfAFormFindTheirRows) {
+    auto offered = GetFilters::getFilters("Status", fields);
+    ASSERT_EQ(offered.size(), 4u);
+    store("Status", {"Open", "Won, lost", "Closed"});
+    offered[0].setInput(ValueList{Value(ValueList{"Open", "Won, lost"})});
+    EXPECT_EQ(run(offered[0]), "1 2");
+    offered[1].setInput({"Open"});
+    EXPECT_EQ(run(offered[1]), "2 3");
+    EXPECT_TRUE(GetFilters::getFilters("Missing", fields).empty());
+}
+
+TEST_F(FilterColumnTest, TheUseCaseAnswersOnTheMainQueue) {
+    struct Delegate final : GetFiltersUseCaseDelegate {
+        void filters(const GetFilters::Filters& filters, const std::string& column) override {
+            told = column + " " + std::to_string(filters.size());
+        }
+        void filters(const GetFilters::FiltersByColumn& filters) override {
+            told = std::to_string(filters.find("Owner")->size()) + " and " +
+                   std::to_string(filters.find("Status")->size());
+        }
+        std::string told;
+    };
+    auto delegate = std::make_shared<Delegate>();
+    auto useCase = std::make_shared<GetFiltersUseCase>();
+    useCase->delegate = delegate;
+    useCase->getFilters(*fields.getField("Status"));
+    settle();
+    EXPECT_EQ(delegate->told, "Status 4");
+    useCase->getFilters(std::vector<Metadata>{*fields.getField("Status"), *fields.getField("Owner")});
+    settle();
+    EXPECT_EQ(delegate->told, "2 and 4");
+}
+
+}  // namespace
+}  // namespace tarvo

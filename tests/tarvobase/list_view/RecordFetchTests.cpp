@@ -1,0 +1,211 @@
+#include "platform/Clock.h"
+#include "platform/Text.h"
+#include "tarvobase/list_view/GetRecordsUseCase.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/records/sql/FilterToWhereConverter.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tests/tarvobase/MetadataFixture.h"
+
+namespace tarvo {
+namespace {
+
+constexpr std::int64_t noon = 1709204400;  // 2024-02-29, 12:00 in Berlin
+constexpr std::int64_t hour = 3600, midnight = noon - 12 * hour;
+
+std::string fetchedIds(const std::optional<std::vector<Record>>& records) {
+    if (!records) return "absent";
+    std::vector<std::string> ids;
+    for (auto& record : *records) ids.push_back(record.recordId());
+    return text::join(ids, " ");
+}
+
+/// Keeps what it hears, in order.
+class Heard final : public GetRecordsUseCaseDelegate {
+public:
+    using RecordsFetchDataManagerDelegate::record;
+    void record(const Records& records, const RecordQuery&, const Value& miscData) override {
+        lines.push_back(fetchedIds(records) + " " + miscData.toText().value_or(""));
+    }
+    void record(const std::optional<Record>& record, const std::string& recordID, const Module&,
+                const Value& miscData) override {
+        lines.push_back(recordID + ": " + (record ? record->getString("COMPANY") : "none") + " " +
+                        miscData.toText().value_or(""));
+    }
+    void activityRecords(const Records& records, const RecordQuery&) override { lines.push_back(fetchedIds(records)); }
+    void parsingError() override { lines.push_back("parsingError"); }
+    void networkResponseError() override { lines.push_back("networkResponseError"); }
+    void noAuthtoken(const std::string& user) override { lines.push_back("noAuthtoken " + user); }
+    void unableToConvertRecordFromDictionaryError() override { lines.push_back("not converted"); }
+    void unableToGetIDForRecordError() override { lines.push_back("no id"); }
+    std::vector<std::string> lines;
+};
+
+class RecordFetchTest : public MetadataTest {
+protected:
+    void SetUp() override {
+        MetadataTest::SetUp();
+        platform::Clock::setTimeZone("Europe/Berlin");
+        platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(noon)));
+    }
+    void TearDown() override {
+        platform::Clock::release();
+        platform::Clock::setTimeZone(std::nullopt);
+        MetadataTest::TearDown();
+    }
+
+    /// A module with its table, whose columns go by the naming in force.
+    void makeModule(const std::string& name, std::vector<std::pair<std::string, FieldDataType>> further) {
+        std::vector<FieldMetadata> fields = {field(name, "id"), field(name, "Created_Time", FieldDataType::dateTime)};
+        for (auto& [field, type] : further) fields.push_back(this->field(name, field, type));
+        storeModule(name, fields);
+        std::vector<std::string> columns;
+        for (auto& field : fields)
+            columns.push_back(field.fieldIdentifier() + (field.fieldAPIName == "id" ? " UNIQUE" : ""));
+        adapter().dropTable(name + "Records");
+        adapter().createTable("CREATE TABLE " + name + "Records (" + text::join(columns, ", ") + ")");
+    }
+    void makeActivities(const std::string& module) {
+        makeModule(module, {{"Activity_Type", FieldDataType::text},
+                            {"Status", FieldDataType::picklist},
+                            {"Call_Status", FieldDataType::picklist},
+                            {"Due_Date", FieldDataType::date},
+                            {"Start_DateTime", FieldDataType::dateTime},
+                            {"End_DateTime", FieldDataType::dateTime},
+                            {"Call_Start_Time", FieldDataType::dateTime}});
+        auto add = [&](const std::string& kind, const std::string& id,
+                       std::vector<std::pair<std::string, Value>> more) {
+            if (module != "Activities" && module != kind) return;
+            ValueMap row{{identifier("id"), id}, {identifier("Activity_Type"), kind}};
+            for (auto& [name, value] : more) row.set(identifier(name), value);
+            adapter().insertInto(module + "Records", row);
+        };
+        add("Tasks", "late", {{"Status", "In Progress"}, {"Due_Date", midnight - 24 * hour}});
+        add("Tasks", "today", {{"Status", "Not Started"}, {"Due_Date", midnight}, {"Created_Time", noon}});
+        add("Tasks", "done", {{"Status", "Completed"}, {"Due_Date", midnight - 24 * hour}});
+        add("Events", "over", {{"Start_DateTime", noon - 2 * hour}, {"End_DateTime", noon - 1}});
+        add("Events", "running", {{"Start_DateTime", noon - hour}, {"End_DateTime", noon + hour}});
+        add("Events", "ahead", {{"Start_DateTime", noon + 20 * hour}, {"End_DateTime", noon + 21 * hour}});
+        add("Calls", "missed", {{"Call_Status", "Scheduled"}, {"Call_Start_Time", noon - 1}});
+        add("Calls", "planned", {{"Call_Status", "Scheduled"}, {"Call_Start_Time", noon}});
+        add("Calls", "made", {{"Call_Status", "Completed"}, {"Call_Start_Time", noon - hour}});
+    }
+    Module moduleNamed(const std::string& name) {
+        return MetadataStores::current().modules()->getModuleByModuleName(name).value();
+    }
+    std::vector<std::string> lines(std::size_t count) {
+        pump([&] { return heard->lines.size() >= count; });
+        settle();
+        return std::exchange(heard->lines, {});
+    }
+
+    std::shared_ptr<Heard> heard = std::make_shared<Heard>();
+};
+
+TEST_F(RecordFetchTest, ActivitiesAreToldApartByStatusAndTime) {
+    using F = GetColumnFilter;
+    const struct {
+        F::Filters (*filters)();
+        const char* kind;
+        const char* ids;
+    } cases[] = {
+        {F::Tasks::open, "Tasks", "late today"}, {F::Tasks::closed, "Tasks", "done"},
+        {F::Tasks::overdue, "Tasks", "late"},    {F::Events::upcoming, "Events", "ahead running"},
+        {F::Events::past, "Events", "over"},     {F::Calls::scheduled, "Calls", "planned"},
+        {F::Calls::overdue, "Calls", "missed"},  {F::Calls::upcoming, "Calls", "missed planned"},
+        {F::Calls::completed, "Calls", "made"},
+    };
+    for (auto naming : {Naming::column, Naming::api}) {
+        use(naming);
+        makeActivities("Activities");
+        for (auto& one : cases) {
+            FetchQuery query("ActivitiesRecords");
+            query.filter(Criteria::equalTo(identifier("Activity_Type"), one.kind));
+            query.filter(Criteria::custom(FilterToWhereConverter::getWhereStatement(one.filters()).value()));
+            query.sortBy.push_back(SortDescriptor({.colName = identifier("id")}));
+            std::vector<std::string> ids;
+            auto rows = adapter().fetchObjects(query);
+            ASSERT_TRUE(rows) << one.ids;
+            for (auto row : *rows) ids.emplace_back(*row.find(identifier("id"))->asText());
+            EXPECT_EQ(text::join(ids, " "), one.ids);
+        }
+    }
+}
+
+TEST_F(RecordFetchTest, ReadsActivitiesOfTheSharedTableOrOfTheirOwnKindByKind) {
+    for (auto module : {"Activities", "Tasks", "Events", "Calls"}) makeActivities(module);
+    auto usecase = GetRecordsUseCase::make();
+    usecase->delegate = heard;
+    auto sorted = [&](const std::string& module) {
+        RecordQuery query{.module = moduleNamed(module)};
+        query.columnsToSortWith.emplace({Sort<std::string>{identifier("id")}});
+        return query;
+    };
+    for (auto module : {"Activities", "Tasks"}) {
+        usecase->getActivitiesRecords(sorted(module), true);
+        EXPECT_EQ(lines(1), std::vector<std::string>{"late today ahead running missed planned"}) << module;
+        usecase->getActivitiesRecords(sorted(module), false);
+        EXPECT_EQ(lines(1), std::vector<std::string>{"done over made"});
+        usecase->getActivityRecords(sorted(module), midnight, midnight + 24 * hour);
+        EXPECT_EQ(lines(1), std::vector<std::string>{"today over running made missed planned"});
+        auto narrow = sorted(module);
+        narrow.customQuery = identifier("id") + " = 'late' OR " + identifier("id") + " = 'done'";
+        usecase->getActivitiesRecords(narrow, true);
+        EXPECT_EQ(lines(1), std::vector<std::string>{"late"}) << "a condition of the caller's own";
+    }
+    // The newest first where no order is asked for.
+    RecordQuery first{.module = moduleNamed("Tasks"), .limit = 1};
+    usecase->getRecords(first, "mine");
+    EXPECT_EQ(lines(1), std::vector<std::string>{"today mine"});
+    usecase->getRecords({.module = {.moduleName = "Nothing"}});
+    EXPECT_EQ(lines(1), std::vector<std::string>{"absent "});
+}
+
+TEST_F(RecordFetchTest, ARecordIsToldAsStoredAndThenAsTheServerHasIt) {
+    makeModule("Leads", {{"Company", FieldDataType::text}});
+    auto network = std::make_shared<ScriptedNetworkAdapter>();
+    auto service = std::make_shared<FetchRecordNetworkService>();
+    service->setNetworkAdapter(network);
+    auto database = configuration().databaseAdapter.get();
+    auto manager = RecordsFetchDataManager::make({.recordPersistance = RecordInDatabase::make(database),
+                                                  .modulePersistance = MetadataStores::current().modules(),
+                                                  .fieldLists = FieldListAssembler::getFieldListDM(database),
+                                                  .recordFetchNetworkService = service});
+    service->errorHandler = manager;
+    auto usecase = GetRecordsUseCase::make(manager);
+    usecase->delegate = heard;
+    auto answer = [](const std::string& info, const std::string& rest) {
+        return R"({"response":{"result":[{"info":{"module":"Leads")" + info + "}" + rest + "}]}}";
+    };
+    const struct {
+        std::string body;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {answer("", R"(,"data":[[["id","7"],["Company","Acme"]]])"), {"7: none it", "7: Acme it"}},
+        {"<html>", {"7: Acme it", "parsingError"}},
+        {answer("", R"(,"error":["crmNO_PERMISSION","no"])"), {"7: Acme it", "parsingError"}},
+        {answer(R"(,"nodata":true)", ""), {"7: Acme it", "not converted"}},
+        {answer("", R"(,"data":[[["Company","Nobody's"]]])"), {"7: Acme it", "no id"}},
+        {answer("", R"(,"data":[[["id","7"],["Company","\"Zylker\""]]])"), {"7: Acme it", "7: \"Zylker\" it"}},
+    };
+    for (auto& one : cases) {
+        network->answer(one.body);
+        usecase->getRecord(moduleNamed("Leads"), "7", "it");
+        EXPECT_EQ(lines(2), one.lines) << one.body;
+    }
+    auto call = network->calls().front();
+    EXPECT_TRUE(call.request.url.ends_with("/crm/v4/products/getrecord")) << call.request.url;
+    ValueMap expected{{"id", "7"}, {"module", "Leads"}, {"moduleAPI", "Leads_Api"}};
+    EXPECT_EQ(call.params, expected);
+    EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
+
+    network->fail(NetworkError::Kind::timeout);
+    usecase->getRecord(moduleNamed("Leads"), "7");
+    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: \"Zylker\" ", "networkResponseError"}));
+    signIn("42", std::nullopt);
+    usecase->getRecord(moduleNamed("Leads"), "7");
+    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: \"Zylker\" ", "noAuthtoken 42"}));
+}
+
+}  // namespace
+}  // namespace tarvo

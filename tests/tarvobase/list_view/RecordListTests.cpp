@@ -1,0 +1,340 @@
+#include "platform/Json.h"
+#include "platform/Text.h"
+#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/list_view/GetListFilterRecords.h"
+#include "tarvobase/records/sql/CVRecordMapInDatabase.h"
+#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
+#include "tests/tarvobase/MetadataFixture.h"
+
+namespace tarvo {
+namespace {
+
+using Lists = GetListFilterRecords<>;
+
+/// A queue that holds some records that were refused.
+class RefusedRecords final : public TransactionManagerContract {
+public:
+    std::optional<RecordIds> getRecordIds(const std::string& moduleName,
+                                          const std::vector<RecordDependency::Kind>& kinds,
+                                          const std::string& errorMessage) override {
+        bool asked = moduleName == "Leads" && kinds == std::vector{RecordDependency::Kind::add} &&
+                     errorMessage == "Duplicate value";
+        return asked ? ids : std::nullopt;
+    }
+    std::optional<RecordIds> ids;
+};
+
+/// A server that answers when it is told to.
+class HeldNetwork final : public NetworkAdapter {
+public:
+    void send(NetworkCall call) override { held = std::move(call); }
+    void download(NetworkCall) override {}
+    void upload(NetworkUpload) override {}
+    NetworkCall held;
+};
+
+/// Leads in a real database: "offline" is a view that is kept in step, "online" one that needs the server.
+class RecordListTest : public MetadataTest {
+protected:
+    void SetUp() override {
+        MetadataTest::SetUp();
+        use(Naming::api);
+        auto typed = [](const char* name, FieldDataType type) { return field("Leads", name, type); };
+        using T = FieldDataType;
+        storeModule("Leads", {typed("id", T::bigInt), typed("Company", T::text), typed("Status", T::picklist),
+                              typed("Owner", T::ownerlookup), typed("Amount", T::currency), typed("Size", T::integer)});
+        for (auto table :
+             {"LeadsRecords (id TEXT UNIQUE, Company TEXT COLLATE NOCASE, Status TEXT COLLATE NOCASE, Owner TEXT, "
+              "Owner_LOOKUP TEXT COLLATE NOCASE, Amount TEXT, Size TEXT)",
+              "Leads_CUSTOM_VIEW_RECORDS (cv_id TEXT, record TEXT, module_name TEXT, UNIQUE (cv_id, record))",
+              "CUSTOM_VIEWS_METADATA (view_id, view_name, module_name, is_offline_supported, default_sort_by, "
+              "default_sort_order)"})
+            adapter().createTable(std::string("CREATE TABLE ") + table);
+        map = std::make_shared<CVRecordMapInDatabase>(configuration().databaseAdapter.get());
+        settings = std::make_shared<UserDefaultsUtil>(std::make_shared<BrenUserDefaults>());
+        storeView("offline", true);
+        storeView("online", false);
+        useNetwork();
+    }
+    /// A network without answers or requests of former questions.
+    void useNetwork() {
+        network = std::make_shared<ScriptedNetworkAdapter>();
+        seenCalls_ = 0;
+        auto parts = GetFilterRecordListDM::current()->parts;
+        parts.networkService->setNetworkAdapter(network);
+        parts.transactionManager = refused;
+        manager = std::make_shared<GetFilterRecordListDM>(parts);
+    }
+
+    void storeView(const std::string& id, bool isOffline, const std::string& sortBy = "null",
+                   const std::string& order = "asc") {
+        adapter().insertInto("CUSTOM_VIEWS_METADATA", {{"view_id", id},
+                                                       {"view_name", "Name of " + id},
+                                                       {"module_name", "Leads"},
+                                                       {"is_offline_supported", isOffline ? "true" : "false"},
+                                                       {"default_sort_by", sortBy},
+                                                       {"default_sort_order", order}});
+    }
+    /// Records with the ids from `first` on, in the map of the view.
+    void store(const std::string& view, int first, int count) {
+        std::vector<ValueMap> rows;
+        std::vector<std::string> ids;
+        for (int i = first; i < first + count; ++i) {
+            ids.push_back(std::to_string(i));
+            rows.push_back({{"id", ids.back()}});
+        }
+        adapter().insertInto("LeadsRecords", rows);
+        map->store(ids, view, "Leads");
+    }
+    void answer(const std::vector<std::string>& ids, const std::string& info) {
+        std::vector<std::string> records;
+        for (auto& id : ids) records.push_back(R"([["id",")" + id + R"("],["Company","of the server"]])");
+        network->answer(R"({"response":{"result":[{"info":{"module":"Leads",)" + info + R"(},"data":[)" +
+                        text::join(records, ",") + "]}]}}");
+    }
+    static GetListFilterRecordsParams page(const std::string& view, std::optional<std::int64_t> from = {},
+                                           std::optional<std::int64_t> limit = {},
+                                           DataSource source = DataSource::both) {
+        GetListFilterRecordsParams params;
+        params.moduleName = "Leads";
+        params.criteriaId = view;
+        params.from = from;
+        params.limit = limit;
+        params.wished = source;
+        return params;
+    }
+    /// Every answer: its source, the ids when they are few, and "+" when the server has more.
+    std::string ask(const GetListFilterRecordsParams& params) {
+        std::vector<std::string> answers;
+        auto lists = std::make_shared<Lists>(manager);
+        lists->execute(Lists::Request(params), [&](auto response, auto failure) {
+            if (failure) return answers.push_back("failure " + std::string(caseName(failure->which())));
+            EXPECT_EQ(response->count, static_cast<std::int64_t>(response->records->size()));
+            EXPECT_FALSE(response->groups);
+            auto ids = response->count > 9 ? std::to_string(response->count) + " records" : idsOf(*response->records);
+            answers.push_back(std::string(caseName(response->source())) + ": " + ids +
+                              (response->moreRecords ? "+" : ""));
+        });
+        settle();
+        return text::join(answers, " | ");
+    }
+    static std::string idsOf(const std::vector<Record>& records) {
+        std::vector<std::string> ids;
+        for (auto& record : records) ids.push_back(record.recordId());
+        return text::join(ids, " ");
+    }
+    /// The parameters of the newest request; null when none went out since the last question.
+    std::optional<ValueMap> takeSent() {
+        auto calls = network->calls();
+        auto isNew = std::exchange(seenCalls_, calls.size()) < calls.size();
+        return isNew ? calls.back().params : std::nullopt;
+    }
+    std::string takeCounts() {
+        auto sent = takeSent();
+        if (!sent) return "not asked";
+        return std::to_string(*sent->find("count")->asInteger()) + "/" +
+               std::to_string(*sent->find("mcount")->asInteger());
+    }
+
+    std::shared_ptr<ScriptedNetworkAdapter> network;
+    std::shared_ptr<RefusedRecords> refused = std::make_shared<RefusedRecords>();
+    std::shared_ptr<GetFilterRecordListDM> manager;
+    std::shared_ptr<CVRecordMapInDatabase> map;
+    std::shared_ptr<UserDefaultsUtil> settings;
+
+private:
+    std::size_t seenCalls_ = 0;
+};
+
+TEST_F(RecordListTest, TheServerIsAskedForWhatAPageLacks) {
+    struct Case {
+        int stored;
+        GetListFilterRecordsParams page;
+        bool hasMore;
+        const char *asked, *answers;
+    };
+    using enum DataSource;
+    const Case cases[] = {
+        {0, page("offline"), true, "0/200", "network: 9001"},
+        {150, page("offline"), true, "150/1000", "database: 150 records+ | network: 151 records"},
+        {250, page("offline", 0, 200), true, "not asked", "database: 200 records+"},
+        {250, page("offline"), true, "not asked", "database: 250 records+"},
+        {250, page("offline", 200, 200), true, "250/1000", "database: 50 records+ | network: 51 records"},
+        {3, page("offline"), false, "not asked", "database: 3 2 1"},
+        {0, page("offline"), false, "not asked", "database: "},
+        {3, page("offline", 1, 1), false, "not asked", "database: 2"},
+        {3, page("offline", 1), false, "not asked", "database: 2 1"},
+        {3, page("offline", 20001), true, "not asked", "database: "},
+        {3, page("offline", 20000), true, "20000/1000", "network: "},
+        {3, page("offline", -1, 9'223'372'036'854'775'807), true, "3/1000", "database: 3 2 1+ | network: 9001 3 2 1"},
+        {3, page("offline", {}, {}, database), true, "not asked", "database: 3 2 1+"},
+        {3, page("offline", {}, {}, either), true, "not asked", "database: 3 2 1+"},
+        {0, page("offline", {}, {}, either), true, "0/200", "network: 9001"},
+        {3, page("offline", {}, {}, DataSource::network), true, "0/200", "network: 9001 3 2 1"},
+        {3, page("offline", {}, {}, none), true, "not asked", ""}};
+    int number = 0;
+    for (auto& one : cases) {
+        SCOPED_TRACE("case " + std::to_string(number++));
+        adapter().deleteAllObjects("LeadsRecords");
+        map->delete_("offline", "Leads");
+        store("offline", 1, one.stored);
+        settings->setListFilterHasMoreRecord(one.hasMore, "Leads", "offline");
+        useNetwork();
+        answer({"9001"}, R"("more_records":false)");
+        EXPECT_EQ(ask(one.page), one.answers);
+        EXPECT_EQ(takeCounts(), one.asked);
+    }
+}
+
+TEST_F(RecordListTest, AnAnswerIsStoredWithItsPositionAndAskedInTheOrderOfTheView) {
+    storeView("sorted", true, "Company", "desc");
+    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "sorted"));
+    answer({"7", "8"}, R"("more_records":true,"servertime":1700000000123)");
+    EXPECT_EQ(ask(page("sorted")), "network: 8 7+");
+    EXPECT_EQ(json::write(*takeSent()), R"({"cvid":"sorted","module":"Leads","moduleAPI":"Leads_Api",)"
+                                        R"("cvName":"Name of sorted","count":0,"sort_by":"Company",)"
+                                        R"("sort_order":"desc","mcount":200})");
+    EXPECT_EQ(settings->getListFilterRecordSyncTime("Leads", "sorted"), 1700000000123);
+    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Accounts", "sorted"));
+    // Without a sort of its own a view is newest first. An answer that tells nothing of more leaves the question open.
+    answer({}, R"("nodata":true)");
+    EXPECT_EQ(ask(page("offline")), "network: ");
+    auto sent = *takeSent();
+    EXPECT_EQ(*sent.find("sort_by")->asText() + " " + *sent.find("sort_order")->asText(), "id desc");
+    EXPECT_FALSE(settings->getListFilterHasMoreRecord("Leads", "offline"));
+    EXPECT_TRUE(wasLogged("No record after network call for Name of offline"));
+}
+
+TEST_F(RecordListTest, TheFirstAnswerOfARunReplacesAnOnlineView) {
+    store("online", 1, 3);
+    settings->setListFilterHasMoreRecord(false, "Leads", "online");
+    settings->setListFilterRecordSyncTime(5, "Leads", "online");
+    // The server does not answer: nothing is shown, and nothing of the former run is lost.
+    network->fail(NetworkError::Kind::cannotConnect);
+    EXPECT_EQ(ask(page("online")), "failure unknownError");
+    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Leads", "online"));
+    // The second request reads what is there and asks for the whole list anew.
+    answer({"2", "7"}, R"("more_records":true)");
+    EXPECT_EQ(ask(page("online")), "database: 3 2 1+ | network: 7 2+");
+    EXPECT_EQ(takeCounts(), "0/200");
+    // From then on it is a list like any other, for every use case of the run.
+    manager = std::make_shared<GetFilterRecordListDM>(manager->parts);
+    answer({"9"}, R"("more_records":false)");
+    EXPECT_EQ(ask(page("online")), "database: 7 2+ | network: 9 7 2");
+    EXPECT_EQ(takeCounts(), "2/1000");
+}
+
+TEST_F(RecordListTest, RefusedDuplicatesFiltersAndColumnsTakePart) {
+    settings->setListFilterHasMoreRecord(false, "Leads", "offline");
+    store("offline", 1, 3);
+    adapter().insertInto("LeadsRecords", {{"id", "NEW_000000001"}, {"Company", "mine"}, {"Owner_LOOKUP", "Ann"}});
+    EXPECT_EQ(ask(page("offline")), "database: 3 2 1");
+    refused->ids.emplace();
+    EXPECT_EQ(ask(page("offline")), "database: 3 2 1");
+    refused->ids->push_back("NEW_000000001");
+    EXPECT_EQ(ask(page("offline")), "database: NEW_000000001 3 2 1");
+    auto mine = page("offline");
+    mine.filters = {ColumnFilter{.filerName = "is",
+                                 .column = "Company",
+                                 .filterInputValues = {{"mine"}},
+                                 .filterType = StringFilterTypes::isExactly}};
+    mine.columns = {{"Owner", "no such column"}};
+    EXPECT_EQ(ask(mine), "database: NEW_000000001");
+    std::optional<Record> shown;
+    manager->getRecordList(std::make_shared<const GetListFilterRecordsParams>(mine),
+                           {.callback = [&](auto list) { shown = list.records.front(); }},
+                           std::vector{Criteria::isNotNull("Owner_LOOKUP")});
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(shown->getString("Owner_LOOKUP"), "Ann");
+    EXPECT_FALSE(shown->hasColumn("Company"));
+}
+
+TEST_F(RecordListTest, EveryFailureIsUnknownAndChangesNothing) {
+    store("offline", 1, 2);
+    auto elsewhere = page("offline");
+    elsewhere.moduleName = "Nowhere";
+    EXPECT_EQ(ask(elsewhere), "failure unknownError");
+    EXPECT_EQ(ask(page("no such view")), "failure unknownError");
+    EXPECT_EQ(takeCounts(), "not asked");
+    for (auto body : {"", "{}", R"({"error":[{"code":"X","message":"m"}]})", R"({"response":{"result":[]}})",
+                      R"({"response":{"result":[{"info":{"more_records":false},"error":[{"code":"X"}]}]}})",
+                      R"({"response":{"result":[{"info":{"more_records":false},"data":{}}]}})"}) {
+        network->answer(body);
+        EXPECT_EQ(ask(page("offline")), "database: 2 1+ | failure unknownError") << body;
+    }
+    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Leads", "offline"));
+    // Nobody is left to answer.
+    auto held = std::make_shared<HeldNetwork>();
+    manager->parts.networkService->setNetworkAdapter(held);
+    std::string heard;
+    manager->getRecordList(
+        std::make_shared<const GetListFilterRecordsParams>(page("offline")),
+        {[&](auto) { heard += "rows"; }, [&](auto) { heard += " more"; }, [&](auto) { heard += " failure"; }});
+    settle();
+    manager.reset();
+    held->held.completionHandler({.body = Data("{}"), .taskNumber = 1});
+    settle();
+    EXPECT_EQ(heard, "rows");
+}
+
+TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
+    std::vector<ValueMap> rows;
+    std::vector<std::string> ids;
+    for (int i = 0; i < 3000; ++i) {
+        auto number = i * 7919 % 3000;
+        rows.push_back(
+            {{"id", std::to_string(10000 + number)},
+             {"Company", i % 5 ? Value((i % 2 ? "company " : "COMPANY ") + std::to_string(number % 40)) : Value()},
+             {"Status", "Status " + std::to_string(i % 3)},
+             {"Owner_LOOKUP", i % 7 ? Value("Owner " + std::to_string(number % 11)) : Value()},
+             {"Amount", std::to_string(number % 50) + ".5"},
+             {"Size", std::to_string(number % 100)}});
+        if (i % 10) ids.push_back(std::to_string(10000 + number));
+    }
+    adapter().insertInto("LeadsRecords", rows);
+    settings->setListFilterHasMoreRecord(false, "Leads", "offline");
+    map->store(ids, "offline", "Leads");
+    ASSERT_TRUE(map->hasMoreThan(2000, "offline", "Leads"));
+    refused->ids = {{"10000", rows.front().find("id")->asText()->c_str()}};
+    auto info = *manager->parts.moduleInfoDatamanager->getModuleInfo("Leads");
+    for (std::string column : {"null", "Company", "Status", "Owner", "Amount", "Size", "id"})
+        for (std::string order : {"asc", "desc"}) {
+            SCOPED_TRACE(column + " " + order);
+            adapter().deleteAllObjects("CUSTOM_VIEWS_METADATA");
+            storeView("offline", true, column, order);
+            auto view = *manager->parts.filterPersistence->getCustomView("offline", "Leads");
+            auto expected = [&](std::vector<Criteria> conditions, std::optional<std::int64_t> from,
+                                std::int64_t limit) {
+                auto sort = GetCVRecordsDBS::getCVSortDescriptor(view, info);
+                FetchQuery query("LeadsRecords", Criteria::or_(std::move(conditions)));
+                query.columns = sort.columns;
+                query.columns.push_back("id");
+                query.sortBy = sort.descriptors;
+                query.offset = from;
+                query.limit = limit;
+                return idsOf(Record::fromRows(*adapter().fetchObjects(query), "Leads", info.metadata.naming()));
+            };
+            auto inMap = map->getFilterMappingCriteria("offline", "Leads");
+            std::vector both{inMap, columnIn("id", *refused->ids)};
+            // Once without an index in this order, and once with it.
+            for (int round = 0; round < 2; ++round)
+                for (std::int64_t from : {0, 1500, 2690}) {
+                    auto request = page("offline", from, 20);
+                    auto found = manager->parts.filterRecordDBS->getRecords(
+                        {.filter = view, .moduleInfo = info, .request = request, .unsyncedCriteria = both.back()});
+                    ASSERT_TRUE(found);
+                    EXPECT_EQ(idsOf(*found), expected(both, from, 20));
+                    settle();
+                }
+            auto last = manager->parts.filterRecordDBS->getLastRecord(view, info);
+            ASSERT_TRUE(last);
+            EXPECT_EQ(last->recordId(), expected({inMap}, 2699, 1));
+            EXPECT_TRUE(last->hasColumn("Size"));
+            auto indexes = adapter().fetchObjects(
+                "SELECT name FROM sqlite_master WHERE type = 'index' AND name LIKE 'tarvo_order_%'", std::nullopt);
+            EXPECT_EQ(indexes->size(), 1u);
+        }
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,293 @@
+#include <gmock/gmock.h>
+
+#include "platform/Text.h"
+#include "tarvobase/get_metadata/GetFieldList.h"
+#include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
+#include "tarvobase/get_metadata/GetModule.h"
+#include "tarvobase/get_metadata/GetModuleInfo.h"
+#include "tarvobase/get_metadata/GetModuleInfoWithChild.h"
+#include "tarvobase/get_metadata/GetModuleUseCase.h"
+#include "tarvobase/get_metadata/GetPermissionsUseCase.h"
+#include "tarvobase/get_metadata/GetRelatedModulesUC.h"
+#include "tarvobase/get_metadata/GetRelatedModulesUseCase.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
+#include "tests/tarvobase/MetadataFixture.h"
+
+namespace tarvo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Strings = std::vector<std::string>;
+
+Settings setting(const std::string& module, SettingName key, const std::string& value,
+                 const std::string& byDefault = "") {
+    return {module, key, byDefault, value, true};
+}
+
+SettingsList listOf(std::vector<Settings> settings) { return {std::move(settings)}; }
+
+TEST(SettingsListTest, ColumnsAndOrdersAreReadFromTheirTexts) {
+    using S = SettingName;
+    auto list = listOf({setting("Leads", S::display, "A,,B,", "C,D"), setting("Leads", S::display, "Z"),
+                        setting("Leads", S::primarySort, "Name,desc"), setting("Leads", S::secondarySort, "Time,asc"),
+                        setting("Leads", S::groupBy, "")});
+    EXPECT_THAT(list.getDisplayCrmColumns(), ElementsAre("A", "B"));
+    EXPECT_THAT(list.getDefaultDisplayCrmColumns(), ElementsAre("C", "D"));
+    EXPECT_THAT(list.getSearchCrmColumns(), IsEmpty());
+    EXPECT_EQ(list.getPrimarySortField(), (SortField{"Name", false}));
+    EXPECT_THAT(list.getSortColumns(), ElementsAre(SortField{"Name", false}, SortField{"Time", true}));
+    EXPECT_THAT(listOf({list.settingsList[2]}).getSortColumns(), ElementsAre(SortField{"Name", false}));
+    EXPECT_EQ(listOf({}).getPrimarySortField(), std::nullopt);
+
+    for (auto [value, isFirst] :
+         {std::pair("First Name,Last Name", true), {"Last Name,First Name", false}, {"", false}}) {
+        EXPECT_EQ(listOf({setting("Settings", S::sortOrderPreference, value)}).isSortByFirstNameLastName(), isFirst);
+        EXPECT_EQ(listOf({setting("Settings", S::displayNameOrder, value)}).isDisplayFirstNameLastName(), isFirst);
+    }
+    EXPECT_FALSE(listOf({}).isDisplayFirstNameLastName());
+}
+
+/// Every test runs in both namings.
+class ModuleInfoTest : public MetadataTest, public ::testing::WithParamInterface<Naming> {
+protected:
+    void SetUp() override {
+        MetadataTest::SetUp();
+        use(GetParam());
+    }
+    Strings namesOf(const FieldList& list) {
+        Strings names;
+        for (auto field : list.allFields()) names.push_back(field->fieldAPIName);
+        return names;
+    }
+};
+
+TEST_P(ModuleInfoTest, BringsFieldsPermissionsAndSettings) {
+    storeModule("Leads", {field("Leads", "Last_Name"), field("Leads", "City"), field("Leads", "City")});
+    storeModule("Deals", {field("Deals", "Stage")});
+    storeModule("Bare", {});
+    storePermission("Leads", "Create", true);
+    storePermission("Deals", "Create", false);
+    store(std::vector{setting("Leads", SettingName::display, identifier("City") + ",Gone," + identifier("Last_Name"))});
+
+    auto answer = run<GetModuleInfo>(GetModuleInfo::Request({"Leads", "Deals", "Bare", "Nowhere", "Leads"}));
+    auto& infos = answer.response->moduleInfoDict;
+    EXPECT_EQ(infos.size(), 2u);
+    EXPECT_EQ(answer.response->modules.size(), 5u);
+    auto& leads = infos.at("Leads");
+    EXPECT_EQ(leads.moduleApi(), "Leads_Api");
+    EXPECT_THAT(namesOf(leads.metadata), ElementsAre("Last_Name", "City"));
+    EXPECT_TRUE(leads.hasCreatePermission());
+    EXPECT_THAT(leads.settings.getDisplayFieldLabels(leads.metadata, false),
+                ElementsAre("Label of City", "Label of Last_Name"));
+    EXPECT_EQ(leads.settings.getDisplayFieldsMetadata(leads.metadata).size(), 2u);
+    EXPECT_THAT(leads.settings.getSearchFieldLabels(leads.metadata, true), IsEmpty());
+    EXPECT_FALSE(infos.at("Deals").hasCreatePermission());
+    EXPECT_THAT(infos.at("Deals").settings.settingsList, IsEmpty());
+}
+
+TEST_P(ModuleInfoTest, FieldsOfActivitiesTakeTheirValuesFromTheThreeModules) {
+    auto status = field("Activities", "Status", FieldDataType::picklist);
+    storeModule("Activities", {status, field("Activities", "Subject")});
+    for (auto module : {"Tasks", "Events", "Calls", "Leads"})
+        storePicklist(field(module, "Status"), "1", {std::string("of ") + module});
+    for (auto& list : {run<GetFieldList>(GetFieldList::Request("Activities")).response->fieldList,
+                       run<GetModuleInfo>(GetModuleInfo::Request({"Activities"}))
+                           .response->moduleInfoDict.at("Activities")
+                           .metadata}) {
+        Strings values;
+        for (auto& row : list.getPicklist(status)) values.push_back(row.fieldActualValue);
+        EXPECT_THAT(values, ElementsAre("of Calls", "of Events", "of Tasks"));
+    }
+}
+
+TEST_P(ModuleInfoTest, FieldsCanBeChosenAndSorted) {
+    storeModule("Leads", {field("Leads", "City"), field("Leads", "Company"), field("Leads", "Age")});
+    auto chosen =
+        run<GetFieldList>(GetFieldList::Request("Leads", Strings{identifier("City"), identifier("Age"), "Nothing"},
+                                                {{FieldColumnName::FieldLabel, SortOrder::ascending}}));
+    EXPECT_THAT(namesOf(chosen.response->fieldList), ElementsAre("Age", "City"));
+    EXPECT_EQ(*run<GetFieldList>(GetFieldList::Request("Nowhere")).failure->getDomainError(), MetadataError::notFound);
+}
+
+TEST_P(ModuleInfoTest, AWholeAccountCostsAFixedNumberOfReads) {
+    Strings names;
+    for (int i = 0; i < 40; ++i) {
+        names.push_back("Module" + std::to_string(i));
+        storeModule(names.back(),
+                    {field(names.back(), "Name"), subform(names.back(), "Rows", ValueList{"1", "Module0_Api"})});
+        store(std::vector{setting(names.back(), SettingName::display, "A")});
+        store(std::vector{place(field(names.back(), "Name"), names.back(), "S", 1, 1)});
+        storeLayout(names.back(), names.back(), true);
+    }
+    auto reads = [&](auto&& ask) {
+        adapter().takeReads();
+        ask();
+        return adapter().takeReads();
+    };
+    EXPECT_LE(reads([&] {
+                  auto infos = GetModuleInfoAssembler::getModuleInfoDM()->getModuleInfosByModuleNames(names);
+                  EXPECT_TRUE(infos.size() == 40 && infos.at("Module39").ok());
+              }),
+              6);
+    EXPECT_EQ(reads([&] { GetModuleInfoAssembler::getModuleInfoDM()->getModuleInfosByModuleNames(names); }), 3);
+    auto layoutsOf = [&](Strings asked) {
+        return reads([&] {
+            for (auto& [name, info] :
+                 GetLayoutModuleInfoWithChildDM(GetLayoutModuleInfoDM::make()).getModuleInfos(asked, std::nullopt))
+                EXPECT_NE(info->getLayout("Module0", "Module0"), nullptr);
+        });
+    };
+    EXPECT_EQ(layoutsOf(names), layoutsOf({"Module0"}));
+    int told = 0;
+    GetModuleInfoAssembler::getModuleInfoDM()->getmoduleInfo(
+        [&](auto& infos) { told = static_cast<int>(infos.size()); });
+    EXPECT_EQ(told, 40);
+}
+
+TEST_P(ModuleInfoTest, ChildrenAreTheModulesOfSubformFields) {
+    storeModule("Quotes",
+                {subform("Quotes", "Lines", ValueList{"7", "Lines_Api"}), subform("Quotes", "Short", ValueList{"7"}),
+                 subform("Quotes", "Lost", ValueList{"8", "Nowhere_Api"})});
+    storeModule("Lines", {field("Lines", "Amount")});
+    storeModule("Leads", {field("Leads", "City")});
+    auto answer = run<GetModuleInfoWithChild>(GetModuleInfoWithChild::Request({"Quotes", "Leads", "Nowhere"}));
+    auto& infos = answer.response->moduleInfoDict;
+    EXPECT_EQ(infos.at("Quotes")->childModules->moduleMap.size(), 1u);
+    EXPECT_THAT(namesOf(infos.at("Quotes")->getModuleInfo("Lines")->metadata), ElementsAre("Amount"));
+    EXPECT_EQ(infos.at("Quotes")->getModuleInfo("Short"), nullptr);
+    EXPECT_FALSE(infos.at("Leads")->childModules.has_value());
+    EXPECT_EQ(infos.at("Nowhere").failure(), MetadataError::notFound);
+}
+
+TEST_P(ModuleInfoTest, LayoutsAreFilteredByModeAndChildrenHaveTheirs) {
+    auto name = field("Quotes", "Name"), shown = field("Quotes", "Shown"), amount = field("Lines", "Amount"),
+         lines = subform("Quotes", "Lines", ValueList{"7", "Lines_Api"});
+    shown.mode = "1";
+    storeModule("Quotes", {name, shown, lines});
+    storeModule("Lines", {amount});
+    storeModule("Plain", {field("Plain", "A")});
+    store(std::vector{place(name, "1", "S", 1, 1), place(shown, "1", "S", 1, 2), place(amount, "2", "S", 1, 1)});
+    storeLayout("Quotes", "1", true);
+    storeLayout("Lines", "2", false);
+
+    auto answer = run<GetLayoutModuleInfoWithChild>(LayoutModuleInfoRequest({"Quotes", "Plain"}, DisplayMode::edit));
+    auto& quotes = answer.response->moduleInfoDict.at("Quotes");
+    EXPECT_EQ(quotes->layoutInfo.getDefaultLayout()->metadata.orderedFields.keys(), Strings{identifier("Name")});
+    EXPECT_NE(quotes->getLayout("2", "Lines"), nullptr);
+    EXPECT_EQ(quotes->getLayout("2", "Quotes"), nullptr);
+    EXPECT_EQ(answer.response->moduleInfoDict.at("Plain").failure(), MetadataError::notFound);
+
+    auto unfiltered = run<GetLayoutModuleInfo>(LayoutModuleInfoRequest({"Quotes"}));
+    EXPECT_EQ(
+        unfiltered.response->moduleInfoDict.at("Quotes")->getLayout("1", "Quotes")->metadata.orderedFields.count(), 2u);
+}
+
+TEST_P(ModuleInfoTest, OneModuleByEachOfItsNamesOrAll) {
+    storeModule("Leads", {});
+    storeModule("Deals", {});
+    using Request = GetModule::Request;
+    for (auto& request : {Request::moduleId(ModuleIdentifier::Case::leads), Request::moduleName("Leads"),
+                          Request::apiName("Leads_Api")}) {
+        auto answer = run<GetModule>(request);
+        ASSERT_EQ(answer.response->moduleList.size(), 1u);
+        EXPECT_EQ(answer.response->moduleList[0].moduleName, "Leads");
+        EXPECT_EQ(answer.response->request.which, request.which);
+    }
+    EXPECT_EQ(run<GetModule>(Request::all()).response->moduleList.size(), 2u);
+    EXPECT_EQ(run<GetModule>(Request::apiName("Leads")).failure->which(), AppErrorCase::unknownError);
+}
+
+TEST_P(ModuleInfoTest, WithoutADatabaseEachAnswersItsFailure) {
+    configuration().databaseAdapter = nullptr;
+    EXPECT_EQ(run<GetModule>(GetModule::Request::all()).failure->which(), AppErrorCase::unknownError);
+    EXPECT_THAT(run<GetModuleInfo>(GetModuleInfo::Request({"Leads"})).response->moduleInfoDict, IsEmpty());
+    EXPECT_FALSE(
+        run<GetModuleInfoWithChild>(GetModuleInfoWithChild::Request({"Leads"})).response->moduleInfoDict.at("Leads"));
+    EXPECT_FALSE(run<GetLayoutModuleInfo>(LayoutModuleInfoRequest({"Leads"})).response->moduleInfoDict.at("Leads"));
+    EXPECT_NE(run<GetFieldList>(GetFieldList::Request("Leads")).failure->getDomainError(), nullptr);
+    auto related = run<GetRelatedModulesUC>(GetRelatedModulesUC::Request("Leads"));
+    EXPECT_EQ(related.failure->getDomainError()->moduleUnableToFetch, "Leads");
+}
+
+struct DelegateListener final : GetModuleUseCaseDelegate,
+                                GetPermissionsUseCaseDelegate,
+                                GetRelatedModulesUseCaseDelegate {
+    void moduleFetched(const Module& module) override { heard.push_back(module.moduleName); }
+    void modulesFetched(const std::vector<Module>& modules) override {
+        heard.push_back(std::to_string(modules.size()));
+    }
+    void unableToFetchModules(const Strings& names) override { heard.push_back("no " + text::join(names, ",")); }
+    void permissionFetched(const ModulePermission& permission) override { heard.push_back(permission.key); }
+    void permissionsFetched(const std::string& module, const std::vector<ModulePermission>& permissions) override {
+        heard.push_back(module + " " + std::to_string(permissions.size()));
+    }
+    void unableToFetchPermissions(const std::string& module) override { heard.push_back("no " + module); }
+    void relatedModulesFetched(const std::string& module, const std::vector<RelatedList>& modules) override {
+        heard.push_back(module);
+        for (auto& list : modules) heard.push_back(list.listID);
+    }
+    void unableToFetchRelatedModules(const std::string& module) override { heard.push_back("no " + module); }
+    Strings heard;
+};
+
+class DelegateFormsTest : public MetadataTest {
+protected:
+    template <class UC, class Ask>
+    Strings heard(Ask ask) {
+        auto listener = std::make_shared<DelegateListener>();
+        auto usecase = std::make_shared<UC>();
+        usecase->delegate = listener;
+        ask(*usecase);
+        settle();
+        return listener->heard;
+    }
+};
+
+TEST_F(DelegateFormsTest, TellEachAnswerOnce) {
+    storeModule("Leads", {});
+    storeModule("Deals", {});
+    storePermission("Leads", "Create", true);
+    storePermission("Leads", "Edit", true);
+    for (auto order : {10, 9}) {
+        RelatedList list;
+        list.moduleName = "Leads", list.listID = "list" + std::to_string(order), list.relatedOrder = order;
+        ModuleRelatedListInDatabase().storeModuleRelatedList(list);
+    }
+    using Modules = GetModuleUseCase;
+    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModule("Leads"); }), ElementsAre("Leads"));
+    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModule(ModuleIdentifier::Case::deals); }), ElementsAre("Deals"));
+    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModule("Nowhere"); }), ElementsAre("no Nowhere"));
+    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getAllModules(); }), ElementsAre("2"));
+    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModulesWith({"Deals", "Nowhere"}); }), ElementsAre("1"));
+    using Permissions = GetPermissionsUseCase;
+    EXPECT_THAT(heard<Permissions>([](auto& uc) { uc.getPermission("Leads", "Edit"); }), ElementsAre("Edit"));
+    EXPECT_THAT(heard<Permissions>([](auto& uc) { uc.getPermission("Leads", "View"); }), ElementsAre("no Leads"));
+    EXPECT_THAT(heard<Permissions>([](auto& uc) { uc.getPermissions("Leads"); }), ElementsAre("Leads 2"));
+    EXPECT_THAT(heard<Permissions>([](auto& uc) {
+                    uc.getPermissions("Leads", {"Edit", "View"});
+                }),
+                ElementsAre("Leads 1"));
+    using Related = GetRelatedModulesUseCase;
+    EXPECT_THAT(heard<Related>([](auto& uc) { uc.getRelatedModules("Leads"); }),
+                ElementsAre("Leads", "list9", "list10"));
+    EXPECT_THAT(heard<Related>([](auto& uc) { uc.getRelatedModules("Deals"); }), ElementsAre("no Deals"));
+}
+
+TEST_F(DelegateFormsTest, TellNobodyWhoHasGone) {
+    storeModule("Leads", {});
+    auto listener = std::make_shared<DelegateListener>();
+    auto usecase = std::make_shared<GetModuleUseCase>();
+    usecase->delegate = listener;
+    usecase->getModule("Leads");
+    usecase.reset();
+    settle();
+    EXPECT_THAT(listener->heard, IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Namings, ModuleInfoTest, ::testing::Values(Naming::column, Naming::api),
+                         [](auto& info) { return info.param == Naming::column ? "Column" : "Api"; });
+
+}  // namespace
+}  // namespace tarvo

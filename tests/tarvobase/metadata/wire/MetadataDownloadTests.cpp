@@ -1,0 +1,394 @@
+#include <thread>
+
+#include "platform/MainQueue.h"
+#include "platform/Text.h"
+#include "sandbox/calls/Answers.h"
+#include "sandbox/data/DataSet.h"
+#include "tarvobase/init_process/steps/InitMetadataDM.h"
+#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/PopulateRelatedModulesDM.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/ModuleChangedObserver.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/module/ModuleInDatabase.h"
+#include "tarvobase/value_objects/module/ModulesInMemory.h"
+#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/MetadataTables.h"
+#include "tests/tarvobase/MetadataWire.h"
+
+namespace tarvo {
+namespace {
+
+constexpr const char* sectionTables[] = {"MODULE_RELATED_LIST", "MODULE_LAYOUT_INFO", "LAYOUT_SPECIFIC_METADATA",
+                                         "PICKLIST_METADATA",   "APP_SETTINGS",       "MODULE_SPECIFIC_METADATA"};
+
+std::vector<Module> modulesNamed(const std::vector<std::string>& names) {
+    std::vector<Module> modules;
+    for (auto& name : names) modules.push_back({.moduleName = name, .apiName = name + "_API"});
+    return modules;
+}
+
+std::string moduleNames(const std::vector<Module>& modules) {
+    std::vector<std::string> names;
+    for (auto& module : modules) names.push_back(module.moduleName);
+    return text::join(names, " ");
+}
+
+/// Counts the notices by where they arrive.
+class ModuleListener final : public ModuleChangedObserver {
+public:
+    using ModuleChangedObserver::modulesAdded;
+    void modulesAdded() override { ++(std::this_thread::get_id() == mainThread ? onMain : inBackground); }
+    const std::thread::id mainThread = std::this_thread::get_id();
+    std::atomic<int> onMain = 0;
+    std::atomic<int> inBackground = 0;
+};
+
+/// Keeps the calls until the test answers them.
+class HeldMetadataService final : public MetadataNSP {
+public:
+    struct Call {
+        MetadataNetworkParams params;
+        NetworkCompletion callback;
+    };
+    void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
+        calls.push_back({params, std::move(callback)});
+    }
+    /// Answers a call with everything about its modules, or with a body that is no answer.
+    void answer(std::size_t call, bool well = true) {
+        ValueList entries;
+        for (auto& module : calls[call].params.modules) entries.emplace_back(wire::entry(module.moduleName));
+        auto callback = calls[call].callback;
+        callback({.body = Data(well ? wire::body(std::move(entries)) : "<html>")});
+    }
+    std::vector<std::string> asked() const {
+        std::vector<std::string> names;
+        for (auto& call : calls) names.push_back(moduleNames(call.params.modules));
+        return names;
+    }
+    std::deque<Call> calls;
+};
+
+class MetadataDownloadTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        database = openDatabase();
+        for (auto& statement : metadataTables()) database->createTable(statement);
+        BrenNotificationCenter::shared().add<ModuleChangedObserver>(listener);
+    }
+    std::shared_ptr<InitMetadataDM> overNetwork(const std::shared_ptr<DatabaseAdapter>& secondary) {
+        auto service = std::make_shared<MetadataNS>();
+        service->setNetworkAdapter(network);
+        return InitMetadataDM::make(database, secondary, std::make_shared<BrenUserDefaults>(), service);
+    }
+    /// Downloads the modules, each answered as scripted, and waits for the end.
+    void download(const std::vector<std::string>& modules,
+                  const std::shared_ptr<DatabaseAdapter>& secondary = nullptr) {
+        auto step = overNetwork(secondary ? secondary : database);
+        std::atomic<bool> done = false;
+        step->getMetaData(modulesNamed(modules), [&] { done = true; }, {});
+        pump([&] { return done.load(); });
+        settle();
+    }
+    void downloadAnswered(ValueList entries) {
+        network->answer(wire::body(std::move(entries)));
+        download({"Leads"});
+    }
+    std::vector<std::int64_t> rowCounts() {
+        std::vector<std::int64_t> counts;
+        for (auto table : sectionTables) counts.push_back(database->count(table, std::nullopt).value_or(-1));
+        return counts;
+    }
+    std::vector<std::string> column(const std::string& query) {
+        std::vector<std::string> values;
+        if (auto rows = database->fetchObjects(query, std::nullopt))
+            for (auto row : *rows) values.push_back(row.cell(0).copy().toText().value_or("NULL"));
+        return values;
+    }
+
+    std::shared_ptr<KelvaDatabasePersistance> database;
+    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+    std::shared_ptr<ModuleListener> listener = std::make_shared<ModuleListener>();
+};
+
+TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
+    struct {
+        std::optional<User> stored;
+        std::optional<std::string> user;
+        std::string expected;
+    } cases[] = {
+        {std::nullopt, "1001", "123"},
+        {User{.id = "7", .BrenUID = "1001", .profileID = "P7"}, "1001", "P7"},
+        {std::nullopt, "1002", "123"},
+        {std::nullopt, std::nullopt, "123"},
+        {User{.id = "8", .BrenUID = "1003"}, "1003", ""},
+    };
+    MetadataStores stores{database, std::make_shared<InMemoryStorage>()};
+    auto service = std::make_shared<HeldMetadataService>();
+    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
+    for (auto& one : cases) {
+        signIn(one.user);
+        if (one.stored) stores.users()->storeUser(*one.stored);
+        step->getMetaData(modulesNamed({"Leads"}), {}, {});
+        EXPECT_EQ(service->calls.back().params.profile, one.expected) << one.user.value_or("nobody");
+        service->answer(service->calls.size() - 1);
+    }
+
+    signIn("1001");
+    configuration().getMetadataApiVersion = GetMetadataApiVersion::crm;
+    network->answer(wire::body({}));
+    download({"Leads", "CustomModule1"});
+    auto call = network->calls().front();
+    EXPECT_TRUE(call.request.url.ends_with("/crm/v5/getmetadatainfo")) << call.request.url;
+    EXPECT_EQ(call.params.value(), (ValueMap{{"profileid", "P7"},
+                                             {"module", ValueList{"Leads", "CustomModule1"}},
+                                             {"moduleAPI", ValueList{"Leads_API", "CustomModule1_API"}}}));
+}
+
+TEST_F(MetadataDownloadTest, StoresTheSameInBothNamings) {
+    for (auto& naming : {FieldIdentifier::crmColumnNameIdentifier(), FieldIdentifier::fieldAPINameIdentifier()}) {
+        configuration().fieldIdentifier = naming;
+        downloadAnswered({wire::entry("Leads")});
+        EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 3, 4}));
+        EXPECT_EQ(
+            column("SELECT field_api_name FROM MODULE_SPECIFIC_METADATA WHERE module_name = 'Leads' AND crm_col_name "
+                   "= 'COL_F2' AND field_type = 'picklist' AND mode = '5' AND visible = 'true'"),
+            (std::vector<std::string>{"Api_F2"}));
+        EXPECT_EQ(column("SELECT additional_info FROM MODULE_SPECIFIC_METADATA WHERE field_id = 'LeadsB1'"),
+                  (std::vector<std::string>{R"({"decimal_place":"2"})"}));
+        EXPECT_EQ(
+            column(
+                "SELECT settings_key || '=' || custom_settings FROM APP_SETTINGS WHERE is_default = 'true' ORDER BY 1"),
+            (std::vector<std::string>{"businessCard=Last_Name,Email", "relatedList=Phone",
+                                      "relatedListSort=Created_Time,asc"}));
+        EXPECT_EQ(column("SELECT position FROM LAYOUT_SPECIFIC_METADATA WHERE field_id = 'F1'"),
+                  (std::vector<std::string>{"7"}));
+    }
+}
+
+TEST_F(MetadataDownloadTest, RowsThatAreTooShortAreDroppedAndCounted) {
+    auto sections = wire::sections("Leads");
+    for (auto place : {wire::layoutFields, wire::picklists, wire::fields, wire::dependentFields})
+        for (auto one : {1, 2})
+            sections[place].mutableList()->insert(sections[place].mutableList()->begin(),
+                                                  ValueList(static_cast<std::size_t>(one), "x"));
+    sections.resize(wire::relatedSort);
+    downloadAnswered({wire::entry(wire::info("Leads"), sections)});
+    EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 2, 4}));
+    for (auto section : {"fields of layouts", "picklists", "fields", "fields of dependent modules"})
+        EXPECT_TRUE(
+            wasLogged("metadata of Leads, " + std::string(section) + ": 2 rows left out, the first: lessNumberOfKeys"));
+    EXPECT_FALSE(wasLogged("order of related lists"));
+}
+
+TEST_F(MetadataDownloadTest, EntriesStandByThemselves) {
+    auto empty = wire::info("Tasks");
+    empty.set("nodata", true);
+    ValueMap refused{{"info", wire::info("Calls")},
+                     {"error", ValueList{ValueMap{{"code", "NO"}, {"message", "private"}}}},
+                     {"data", wire::sections("Calls")}};
+    downloadAnswered({refused, wire::entry(empty, {}), ValueMap{{"info", empty}}, ValueMap{}, wire::entry("Leads")});
+    EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 3, 4}));
+    EXPECT_EQ(column("SELECT DISTINCT module_name FROM MODULE_LAYOUT_INFO"), (std::vector<std::string>{"Leads"}));
+    EXPECT_TRUE(wasLogged("MetadataInfo of Calls could not be read: responseError"));
+    EXPECT_FALSE(wasLogged("private"));
+    EXPECT_TRUE(wasLogged("MetadataInfo Parsing completed for Leads"));
+    EXPECT_TRUE(wasLogged("MetadataInfo Completed - success for Leads"));
+}
+
+TEST_F(MetadataDownloadTest, CreatesRecordTablesAndKeepsTheirStatements) {
+    auto elsewhere = std::make_shared<KelvaDatabasePersistance>(StorageLocation::inMemory());
+    ASSERT_TRUE(elsewhere->registerDB(std::nullopt).ok());
+    elsewhere->createTable(metadataTables().front());
+    for (auto& adapter :
+         {std::static_pointer_cast<DatabaseAdapter>(database), std::static_pointer_cast<DatabaseAdapter>(elsewhere)})
+        ModuleInDatabase("MODULE_DETAILS", adapter).storeModules(modulesNamed({"Leads", "Events", "Activities"}));
+    const std::string tag = " , Tag TEXT COLLATE NOCASE";
+    auto repeated = "CREATE TABLE ActivitiesRecords (_id INTEGER" + tag + " , Subject TEXT" + tag + tag + ")";
+    auto once = "CREATE TABLE ActivitiesRecords (_id INTEGER" + tag + " , Subject TEXT)";
+    auto events = wire::info("Events");
+    events.set("tables", ValueList{ValueMap{{"module", "Events"},
+                                            {"query", "CREATE TABLE EventsRecords (id TEXT)"},
+                                            {"lookupRecordsTable", "CREATE TABLE Events_LOOKUP (id TEXT)"},
+                                            {"relatedListTable", ""}},
+                                   ValueMap{{"module", "EventInvitees"},
+                                            {"query", "CREATE TABLE broken"},
+                                            {"customViewTable", "CREATE TABLE Invitees_CV (id TEXT)"},
+                                            {"relatedListTable", "CREATE TABLE Invitees_RL (id TEXT)"}}});
+    network->answer(
+        wire::body({wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", repeated}}), wire::entry(events, {}),
+                    wire::entryWithTables("Activities", {{"module", "Activities"}, {"query", repeated}})}));
+    download({"Leads", "Events", "Activities"}, elsewhere);
+
+    auto statements = [&](const std::string& module) {
+        return ModuleInDatabase("MODULE_DETAILS", elsewhere).getModuleByModuleName(module)->tableCreationQuery;
+    };
+    EXPECT_EQ(statements("Leads"), repeated);
+    EXPECT_EQ(statements("Activities"), once);
+    EXPECT_EQ(statements("Events"),
+              "CREATE TABLE EventsRecords (id TEXT)|CREATE TABLE Events_LOOKUP (id TEXT)|CREATE TABLE broken|CREATE "
+              "TABLE Invitees_CV (id TEXT)|CREATE TABLE Invitees_RL (id TEXT)");
+    EXPECT_EQ(ModuleInDatabase("MODULE_DETAILS", database).getModuleByModuleName("Leads")->tableCreationQuery, "");
+    EXPECT_EQ(database->columnNames("ActivitiesRecords"), (std::vector<std::string>{"_id", "Tag", "Subject"}));
+    for (auto table : {"EventsRecords", "Events_LOOKUP", "Invitees_CV", "Invitees_RL"}) {
+        EXPECT_EQ(database->columnNames(table), (std::vector<std::string>{"id"})) << table;
+        EXPECT_EQ(elsewhere->columnNames(table), (std::vector<std::string>{})) << table;
+    }
+
+    // An answer without statements takes none away.
+    network->answer(
+        wire::body({wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", ""}}), wire::entry("Activities")}));
+    download({"Leads"}, elsewhere);
+    EXPECT_EQ(statements("Leads"), repeated);
+    EXPECT_EQ(statements("Activities"), once);
+    elsewhere->deregisterDB();
+}
+
+TEST_F(MetadataDownloadTest, ModulesInMemorySeeTheNewStatements) {
+    ModuleInDatabase("MODULE_DETAILS", database).storeModules(modulesNamed({"Leads"}));
+    ModulesInMemory memory(std::make_shared<InMemoryStorage>(),
+                           std::make_shared<ModuleInDatabase>("MODULE_DETAILS", database));
+    EXPECT_EQ(memory.getAllModules()->front().tableCreationQuery, "");
+    downloadAnswered(
+        {wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", "CREATE TABLE LeadsRecords (id TEXT)"}})});
+    EXPECT_EQ(memory.getAllModules()->front().tableCreationQuery, "CREATE TABLE LeadsRecords (id TEXT)");
+}
+
+TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {
+    auto step = overNetwork(database);
+    network->fail(NetworkError::Kind::other);
+    std::atomic<bool> done = false;
+    step->getMetaData(modulesNamed({"Leads"}),
+                      [&] {
+                          // The first notice is on its way; the second one is not told before this returns.
+                          MainQueue::shared()->sync([] {});
+                          EXPECT_EQ(listener->onMain, 1);
+                          EXPECT_EQ(listener->inBackground, 0);
+                          done = true;
+                      },
+                      {});
+    pump([&] { return done.load(); });
+    settle();
+    EXPECT_EQ(listener->onMain, 1);
+    EXPECT_EQ(listener->inBackground, 1);
+    EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>(6, 0)));
+}
+
+TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
+    auto service = std::make_shared<HeldMetadataService>();
+    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
+    std::vector<std::string> ends;
+    auto ending = [&](const std::string& name) { return [&ends, name] { ends.push_back(name); }; };
+    step->getMetaData(modulesNamed({"A"}),
+                      [&] {
+                          ends.push_back("first");
+                          step->getMetaData(modulesNamed({"C"}), ending("third"), {});
+                      },
+                      {});
+    step->getMetaData(modulesNamed({"B"}), ending("second"), {});
+    EXPECT_EQ(service->asked(), (std::vector<std::string>{"A"}));
+    for (std::size_t call = 0; call < 3; ++call) service->answer(call);
+    EXPECT_EQ(service->asked(), (std::vector<std::string>{"A", "B", "C"}));
+    EXPECT_EQ(ends, (std::vector<std::string>{"first", "second", "third"}));
+
+    // With none given all stored ones are asked for; without any the download is over at once.
+    step->getMetaData({}, ending("nothing stored"), {});
+    EXPECT_EQ(ends.back(), "nothing stored");
+    ModulesInMemory(std::make_shared<InMemoryStorage>(), std::make_shared<ModuleInDatabase>("MODULE_DETAILS", database))
+        .storeModules(modulesNamed({"X", "Y"}));
+    step->getMetaData({}, ending("all"), {});
+    EXPECT_EQ(service->asked().back(), "X Y");
+
+    // Whoever let go of the download hears nothing more.
+    step.reset();
+    service->answer(service->calls.size() - 1);
+    EXPECT_EQ(ends.back(), "nothing stored");
+}
+
+/// What the sandbox answers to a call, by the calls' own names of modules.
+Value sandboxAnswer(sandbox::Reply (*call)(const sandbox::Call&), sandbox::DataSet& data, sandbox::Naming naming,
+                    const ValueList& modules) {
+    sandbox::Request request;
+    request.parameters.emplace("module", json::write(modules).value());
+    return call({.request = request, .account = "1001", .data = data, .now = 1, .naming = naming, .version = 5}).json;
+}
+
+TEST_F(MetadataDownloadTest, TakesAllThatTheSandboxHasInBothNamings) {
+    configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
+    sandbox::DataSet data(1, sandbox::Accounts(std::vector<sandbox::Account>{{"1001", "token"}}), 0);
+    ValueList names;
+    for (auto& module : data.modules) names.emplace_back(module.name);
+    std::vector<std::string> places;
+    for (auto naming : {sandbox::Naming::column, sandbox::Naming::api}) {
+        for (auto table : sectionTables) database->deleteAllObjects(table);
+        network->answer(json::write(sandboxAnswer(sandbox::calls::metadata, data, naming, names)).value());
+        download({"Leads"});
+        std::size_t fields = 0;
+        for (auto& [name, module] : data.metadata) {
+            auto table = name + "Records";
+            fields += module.fields.size();
+            for (auto& field : module.fields)
+                EXPECT_THAT(database->columnNames(table),
+                            ::testing::Contains(naming == sandbox::Naming::column ? field.column : field.apiName))
+                    << table;
+            database->dropTable(table);
+        }
+        EXPECT_EQ(database->count("MODULE_SPECIFIC_METADATA", std::nullopt), static_cast<std::int64_t>(fields));
+        auto found = column(
+            "SELECT layout_id || section_sequence || '.' || position || field_id FROM LAYOUT_SPECIFIC_METADATA ORDER "
+            "BY 1");
+        EXPECT_GT(found.size(), 100u);
+        if (places.empty()) places = found;
+        EXPECT_EQ(found, places);
+    }
+    EXPECT_FALSE(wasLogged("left out"));
+    EXPECT_FALSE(wasLogged("not known to this version"));
+    EXPECT_FALSE(wasLogged("could not be read"));
+}
+
+TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
+    auto leads = wire::sections("Leads");
+    leads[wire::relatedLists] =
+        ValueList{wire::relatedListRow("R1", "Contacts"), wire::relatedListRow("R2", "Tasks"),
+                  wire::relatedListRow("R3", "Attachments"), wire::relatedListRow("R4", "Notes")};
+    leads[wire::fields] = ValueList{Value(wire::lookupRow("Leads", "Boss", "Leads", "R9"))};
+    auto accounts = wire::sections("Accounts");
+    accounts[wire::relatedLists] = ValueList{wire::relatedListRow("R5", "Tasks"), wire::relatedListRow("R6", "Tasks")};
+    accounts[wire::fields] =
+        ValueList{wire::lookupRow("Contacts", "Account", "Accounts", "R1"),
+                  wire::lookupRow("Tasks", "What", "se_module", ""), wire::lookupRow("Tasks", "Who", "Contacts", "R6")};
+    auto notALookup = wire::fieldRow("Notes", "Parent", "text");
+    notALookup[13] = "se_module";
+    accounts[wire::dependentFields] = ValueList{Value(notALookup)};
+
+    const std::string asked = "SELECT list_id || '=' || lookup_column FROM MODULE_RELATED_LIST ORDER BY 1";
+    PopulateRelatedModulesDM().populateLookupColumn();
+    struct {
+        FieldIdentifier naming;
+        std::vector<std::string> expected;
+    } cases[] = {
+        {FieldIdentifier::crmColumnNameIdentifier(),
+         {"R1=COL_Account", "R2=COL_What", "R3=SEID", "R4=", "R5=COL_What", "R6=COL_Who"}},
+        {FieldIdentifier::fieldAPINameIdentifier(),
+         {"R1=Api_Account", "R2=Api_What", "R3=Parent_Id", "R4=", "R5=Api_What", "R6=Api_Who"}},
+    };
+    for (auto& one : cases) {
+        configuration().fieldIdentifier = one.naming;
+        downloadAnswered({wire::entry(wire::info("Leads"), leads), wire::entry(wire::info("Accounts"), accounts)});
+        EXPECT_EQ(column(asked), (std::vector<std::string>{"R1=", "R2=", "R3=", "R4=", "R5=", "R6="}));
+        PopulateRelatedModulesDM().populateLookupColumn();
+        EXPECT_EQ(column(asked), one.expected);
+    }
+
+    // Without lookup fields nothing is written, without a database nothing happens.
+    database->execute("DELETE FROM MODULE_SPECIFIC_METADATA WHERE field_type = 'lookup'", std::nullopt);
+    database->execute("UPDATE MODULE_RELATED_LIST SET lookup_column = 'kept'", std::nullopt);
+    PopulateRelatedModulesDataManager().populateLookupColumn();
+    EXPECT_EQ(column("SELECT DISTINCT lookup_column FROM MODULE_RELATED_LIST"), (std::vector<std::string>{"kept"}));
+    configuration().databaseAdapter = nullptr;
+    PopulateRelatedModulesDM().populateLookupColumn();
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,208 @@
+#include "platform/Json.h"
+#include "tarvobase/network_layer/BaseNetworkService.h"
+#include "tarvobase/network_layer/StaticBaseNetworkService.h"
+#include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+using Case = CRMAPIs::Case;
+
+class NetworkConstantsTest : public FoundationTest {};
+
+TEST_F(NetworkConstantsTest, ComposesURLs) {
+    NetworkConstants constants;
+    configuration().dclBD = "base.test";
+    EXPECT_EQ(constants.getURL(Case::appMetadata), "https://mproxy.base.test/crm/v4/getmetadatainfo");
+    EXPECT_EQ(constants.getURL(Case::appMetadata, ApiVersion::v5), "https://mproxy.base.test/crm/v5/getmetadatainfo");
+    EXPECT_EQ(constants.getURLTo(Case::getRecords, "CustomModule1"),
+              "https://mproxy.base.test/crm/v4/custommodule1/products/getrecords");
+    EXPECT_EQ(constants.getURL(Case::downloadUserPhoto), "https://mproxy.base.test/contacts/downloadphoto");
+    EXPECT_EQ(constants.getURL(CRMAPIs::getMyJobsRecord("12")), "https://mproxy.base.test/crm/v4/12/markasread");
+    EXPECT_EQ(constants.getURL(Case::appinitdata), "https://mproxy.base.test/crm/v4/getappinitdata");
+
+    configuration().servletPath = ServletPathV4::lumet;
+    configuration().initDataType = InitDataType::lumet;
+    configuration().dclPrefix = "eu-";
+    configuration().serverType = MProxyServerType::type0;
+    EXPECT_EQ(constants.getURL(Case::getUserDetails), "https://eu-sandbox.base.test/vestra/v4/getuserdetails");
+    EXPECT_EQ(constants.getURL(Case::appinitdata), "https://eu-sandbox.base.test/vestra/v4/getlumetappinitdata");
+    EXPECT_EQ(constants.getBaseUrl(DependentServerType::contactServer, "d", std::nullopt), "https://contacts.d");
+
+    auto webRoot = constants.getURL(Case::relatedEmailSharedDetails);
+    EXPECT_TRUE(webRoot.ends_with("/crm/v2/"));
+    EXPECT_EQ(constants.getURL(CRMAPIs::sendMail("Leads", "9")), webRoot + "Leads/9/actions/send_mail");
+    configuration().baseURLType = WebBaseURLType::lumetV2;
+    EXPECT_NE(constants.getURL(Case::relatedEmailSharedDetails), webRoot);
+    std::set<std::string> endpoints;
+    for (auto& one : EnumCases<MProxyServerType>::cases)
+        endpoints.insert(constants.getBaseUrl(one.value, "d", std::nullopt));
+    EXPECT_EQ(endpoints.size(), 12u);
+}
+
+/// What went out, in one line: URL, authorization, parameters and body.
+std::string sent(const NetworkCall& call) {
+    auto text = call.request.method + " " + call.request.url;
+    text += " auth=" + call.authorization.value_or("-");
+    text += " params=" + (call.params ? json::write(Value(*call.params)).value() : "-");
+    if (call.request.body) text += " body=" + call.request.body->text();
+    return text;
+}
+
+class ServiceTest : public FoundationTest {
+protected:
+    struct Outcome {
+        int completions = 0;
+        std::optional<NetworkError> error;
+    };
+    template <class Service>
+    std::shared_ptr<Service> scripted(std::shared_ptr<Service> service) {
+        adapter = std::make_shared<ScriptedNetworkAdapter>();
+        service->setNetworkAdapter(adapter);
+        return service;
+    }
+    std::shared_ptr<BaseNetworkService> base(std::string url = "https://h.test/call") {
+        auto service = scripted(std::make_shared<BaseNetworkService>(std::make_shared<NetworkConstants>()));
+        service->baseURL = std::move(url);
+        return service;
+    }
+    std::shared_ptr<StaticBaseNetworkService> plain() { return scripted(std::make_shared<StaticBaseNetworkService>()); }
+
+    template <class Service, class Request>
+    std::string outcomeOf(const std::shared_ptr<Service>& service, Request request) {
+        Outcome outcome;
+        request.completionHandler = [&](NetworkAnswer answer) {
+            ++outcome.completions;
+            outcome.error = answer.error;
+        };
+        service->sendRequest(std::move(request));
+        settle();
+        EXPECT_EQ(outcome.completions, 1);
+        auto calls = adapter->calls();
+        if (calls.empty())
+            return outcome.error ? "unsent " + std::string(bren::kindName(outcome.error->kind)) : "unsent";
+        return sent(calls.front());
+    }
+    void chooseOrganisation() {
+        OrganisationInUserDefaults().setCurrentOrganisation(Organisation{"77", "Org", true, true});
+    }
+
+    std::shared_ptr<ScriptedNetworkAdapter> adapter;
+    const std::string bearer = "Nimbra-oauthtoken secret-token";
+};
+
+TEST_F(ServiceTest, PutsTokenParametersAndOrganisationWhereTheyBelong) {
+    using R = BaseNetworkService::Request;
+    ValueMap a{{"a", "1 2"}};
+    EXPECT_EQ(outcomeOf(base(), R{.params = a}), "POST https://h.test/call auth=" + bearer + " params={\"a\":\"1 2\"}");
+    EXPECT_EQ(outcomeOf(base(), R{.params = a, .body = Data("B")}),
+              "POST https://h.test/call?a=1%202 auth=" + bearer + " params=- body=B");
+    EXPECT_EQ(outcomeOf(base(), R{.params = a, .method = HTTPMethod::get, .shouldAddOrgId = true}),
+              "GET https://h.test/call auth=" + bearer + " params={\"a\":\"1 2\"}");
+    configuration().verticalDomain = "v";
+    EXPECT_EQ(outcomeOf(base(), R{.params = a, .body = Data("B")}),
+              "POST https://h.test/call?a=1%202&domain=v auth=" + bearer + " params=- body=B");
+    EXPECT_EQ(outcomeOf(base(), R{}), "POST https://h.test/call?domain=v auth=" + bearer + " params=-");
+    configuration().verticalDomain = std::nullopt;
+
+    chooseOrganisation();
+    EXPECT_EQ(outcomeOf(base(), R{.params = ValueMap(), .shouldAddOrgId = true}),
+              "POST https://h.test/call auth=" + bearer + " params={}");
+    configuration().passOrgID = true;
+    EXPECT_EQ(outcomeOf(base(), R{.params = ValueMap(), .shouldAddOrgId = true}),
+              "POST https://h.test/call auth=" + bearer + " params={\"orgid\":\"77\"}");
+    EXPECT_EQ(outcomeOf(base(), R{.shouldAddOrgId = true}), "POST https://h.test/call auth=" + bearer + " params=-");
+    signIn("1001", "secret-token", AuthenticationType::plain);
+    EXPECT_EQ(outcomeOf(base(), R{}), "POST https://h.test/call auth=secret-token params=-");
+    auto open = base();
+    open->shouldAddAuthtoken = false;
+    EXPECT_EQ(outcomeOf(open, R{.params = a, .shouldAddOrgId = true}),
+              "POST https://h.test/call auth=- params={\"a\":\"1 2\"}");
+}
+
+TEST_F(ServiceTest, TheStaticBaseDiffersWithoutATokenAndWithAPlainOne) {
+    using R = StaticBaseNetworkService::Request;
+    ValueMap a{{"a", 1}};
+    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x", .body = Data("B")}),
+              "POST https://h.test/x?a=1 auth=" + bearer + " params=- body=B");
+    EXPECT_EQ(outcomeOf(plain(), R{.params = ValueMap(), .url = "https://h.test/x", .body = Data("B")}),
+              "POST https://h.test/x auth=" + bearer + " params={} body=B");
+    configuration().verticalDomain = "v";
+    EXPECT_EQ(outcomeOf(plain(), R{.url = "https://h.test/x"}), "POST https://h.test/x auth=" + bearer + " params=-");
+    EXPECT_EQ(outcomeOf(plain(), R{}), "unsent invalid URL");
+    signIn("1001", "secret-token", AuthenticationType::plain);
+    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x", .body = Data("B")}),
+              "POST https://h.test/x?authtoken=secret-token&a=1 auth=- params=- body=B");
+    signIn("1001", std::nullopt);
+    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x"}),
+              "POST https://h.test/x auth=- params={\"a\":1}");
+}
+
+TEST_F(ServiceTest, ACallThatCannotBeSentStillCompletes) {
+    struct Heard final : CommonErrorProtocol {
+        void noAuthtoken(const std::string& user) override { users.push_back(user); }
+        std::vector<std::string> users;
+    };
+    auto heard = std::make_shared<Heard>();
+    EXPECT_EQ(outcomeOf(base("not a url"), BaseNetworkService::Request()), "unsent invalid URL");
+    signIn("1001", std::nullopt);
+    auto service = base();
+    service->errorHandler = heard;
+    EXPECT_EQ(outcomeOf(service, BaseNetworkService::Request()), "unsent not sent");
+    EXPECT_EQ(heard->users, std::vector<std::string>{"1001"});
+    configuration().authentication = nullptr;
+    EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "unsent not sent");
+}
+
+TEST_F(ServiceTest, SetsTheFixedHeadersAndLogsNamesOnly) {
+    configuration().appBuildID = "build-7";
+    configuration().currentOrgID = "org-9";
+    auto service = base();
+    outcomeOf(service, BaseNetworkService::Request());
+    auto request = adapter->calls().front().request;
+    EXPECT_EQ(request.headers.find("x-app-buildid"), "build-7");
+    EXPECT_EQ(request.headers.find("X-CRM-ORG"), "org-9");
+    EXPECT_EQ(request.timeout, std::chrono::seconds(60));
+    EXPECT_TRUE(wasLogged("Header: "));
+    EXPECT_FALSE(wasLogged("build-7"));
+}
+
+TEST_F(ServiceTest, AnswersThroughTaskCompletionHandlerWhileTheServiceLives) {
+    struct Service final : BaseNetworkService {
+        explicit Service(std::vector<std::string>& bodies)
+            : BaseNetworkService(std::make_shared<NetworkConstants>()), bodies(bodies) {
+            baseURL = "https://h.test/";
+        }
+        void taskCompletionHandler(NetworkAnswer answer) override {
+            bodies.push_back(answer.body.text() + answer.identifier.value_or(""));
+        }
+        std::vector<std::string>& bodies;
+    };
+    std::vector<std::string> bodies;
+    auto service = scripted(std::make_shared<Service>(bodies));
+    adapter->answer("one ");
+    service->sendRequest({.identifier = "id"});
+    settle();
+    EXPECT_EQ(bodies, std::vector<std::string>{"one id"});
+}
+
+TEST_F(ServiceTest, UploadsCarryTheTokenInTheirHeadersOrParameters) {
+    configuration().appBuildID = "build-7";
+    auto service = plain();
+    service->uploadRequest(
+        {.url = "https://h.test/up", .params = {{"k", "v"}}, .fileURL = "/tmp/dir/photo.png", .fileParamName = "file"});
+    signIn("1001", "secret-token", AuthenticationType::plain);
+    service->uploadRequest({.url = "https://h.test/up", .fileURL = "/tmp/x", .fileParamName = "file"});
+    settle();
+    auto uploads = adapter->uploads();
+    ASSERT_EQ(uploads.size(), 2u);
+    EXPECT_EQ(uploads[0].headers.find("Authorization"), bearer);
+    EXPECT_EQ(uploads[0].headers.find("x-app-buildid"), "build-7");
+    EXPECT_EQ(uploads[0].fileName, "photo.png");
+    EXPECT_EQ(uploads[1].headers.find("Authorization"), std::nullopt);
+    EXPECT_EQ(uploads[1].params.valueOf("authtoken"), Value("secret-token"));
+}
+
+}  // namespace
+}  // namespace tarvo

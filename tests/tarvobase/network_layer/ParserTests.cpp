@@ -1,0 +1,176 @@
+#include "tarvobase/network_layer/OldResponse.h"
+#include "tarvobase/network_layer/Parser.h"
+#include "tarvobase/network_layer/ParserProtocol.h"
+#include "tarvobase/network_layer/PositionalRow.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+using Error = ParserError;
+using ErrorCase = ParserError::Case;
+
+Data body(std::string text) { return Data(std::move(text)); }
+
+TEST(ParserTest, ReadsThePlainEnvelope) {
+    struct {
+        std::string body;
+        std::string expected;
+    } cases[] = {
+        {"", "absent"},
+        {"null", "absent"},
+        {"17", "absent"},
+        {"[1]", "absent"},
+        {"{}", "absent"},
+        {"{\"response\":[]}", "absent"},
+        {"{\"response\":{\"result\":[1]}}", "absent"},
+        {"{\"response\":{\"result\":[{}, {}]}}", "2 entries, times 0 0"},
+        {"{\"response\":{\"result\":[],\"responseInfo\":{\"servertime\":5,\"responsetime\":7}}}",
+         "0 entries, times 5 7"},
+        {"{\"response\":{\"result\":[],\"responseInfo\":{\"servertime\":\"5\",\"responsetime\":7}}}",
+         "0 entries, times 0 7"},
+        {"{\"response\":{\"result\":[],\"responseInfo\":{\"servertime\":-5,\"responsetime\":7}}}",
+         "0 entries, times 0 7"},
+        {"{\"error\":[{\"code\":\"x\"}],\"response\":{\"result\":[]}}", "1 errors"},
+        {"{\"error\":{},\"response\":{\"result\":[]}}", "0 entries, times 0 0"},
+    };
+    for (auto& one : cases) {
+        auto parsed = Parser::getJSONData(body(one.body));
+        std::string seen = "absent";
+        if (parsed && parsed->error) seen = std::to_string(parsed->error->size()) + " errors";
+        if (parsed && parsed->result)
+            seen = std::to_string(parsed->result->size()) + " entries, times " + std::to_string(parsed->serverTime) +
+                   " " + std::to_string(parsed->responseTime);
+        EXPECT_EQ(seen, one.expected) << one.body;
+    }
+    EXPECT_EQ(Parser::getOldJSONData(body("{\"response\":{\"result\":[],\"responseInfo\":{\"responsetime\":7}}}"))
+                  ->responseTime,
+              0u);
+}
+
+/// Gives the number of rows; refuses a list that begins with "refuse".
+class CountingParser final : public ParserProtocol<std::size_t, RecordListInfo> {
+public:
+    Result<std::size_t, Error> parseResult(const ValueList& rows, const RecordListInfo&) override {
+        if (!rows.empty() && rows.front() == Value("refuse")) return Error(ErrorCase::inValidInput);
+        return rows.size();
+    }
+};
+
+std::string described(const Error& error) {
+    return std::string(caseName(error.which())) + (error.key().empty() ? "" : "(" + error.key() + ")");
+}
+
+std::string described(const Data& data) {
+    CountingParser parser;
+    auto response = parser.parse(data);
+    if (!response) return described(response.error());
+    std::string text;
+    for (auto& item : response->result) {
+        if (!item)
+            text += described(item.error()) + ";";
+        else
+            text += item->info.moduleName.value_or("?") + ":" +
+                    (item->data ? std::to_string(*item->data) : described(item->data.error())) + ";";
+    }
+    return text + std::to_string(response->responseInfo.serverTime) + "," +
+           std::to_string(response->responseInfo.responseTime);
+}
+
+std::string result(const std::string& entries, const std::string& info = "{\"servertime\":5,\"responsetime\":7}") {
+    return "{\"response\":{\"result\":" + entries + ",\"responseInfo\":" + info + "}}";
+}
+
+TEST(ParserProtocolTest, OneEntrysFailureLeavesTheOthers) {
+    struct {
+        std::string body;
+        std::string expected;
+    } cases[] = {
+        {"null", "jsonSerializationFailed"},
+        {"12", "jsonSerializationFailed"},
+        {"{\"a\"", "jsonSerializationFailed"},
+        {"{\"error\":[]}", "responseError"},
+        {"{\"error\":{}}", "keyNotFound(response)"},
+        {"{\"response\":3}", "typeConversionFailedForKey(response)"},
+        {"{\"response\":{\"error\":{\"code\":\"x\"},\"result\":[]}}", "responseError"},
+        {"{\"response\":{}}", "keyNotFound(result)"},
+        {"{\"response\":{\"result\":[3]}}", "typeConversionFailedForKey(result)"},
+        {result("[]"), "5,7"},
+        {result("[]", "null"), "0,0"},
+        {result("[]", "{\"servertime\":5,\"responsetime\":\"7\"}"), "0,0"},
+        {result("[]", "{\"servertime\":5}"), "0,0"},
+        {result("[{\"info\":{\"module\":\"A\",\"count\":3,\"more_records\":true},\"data\":[1,2]}]"), "A:2;5,7"},
+        {result(
+             "[{\"info\":{\"module\":\"A\"},\"data\":[1],\"error\":[{}]},{\"info\":{\"module\":\"B\"},\"data\":[]}]"),
+         "A:responseError;B:0;5,7"},
+        {result("[{\"info\":{\"module\":\"A\"},\"error\":\"text\",\"data\":[1]}]"), "A:1;5,7"},
+        {result("[{\"data\":[]},{\"info\":3},{\"info\":{\"module\":7},\"data\":[]},{\"info\":{}},{\"info\":{},\"data\":"
+                "{}}]"),
+         "keyNotFound(info);typeConversionFailedForKey(info);typeConversionFailedForKey(info);keyNotFound(data);"
+         "typeConversionFailedForKey(data);5,7"},
+        {result("[{\"info\":{\"module\":\"A\"},\"data\":[\"refuse\"]},{\"info\":{\"module\":null},\"data\":[0]}]"),
+         "A:inValidInput;?:1;5,7"},
+    };
+    for (auto& one : cases) EXPECT_EQ(described(body(one.body)), one.expected) << one.body;
+}
+
+TEST(ResultInfoTest, AMapIsReadLenientlyAndJSONStrictly) {
+    ValueMap map{{"module", "M"}, {"responsetime", "7"}, {"resetLocal", true}, {"more_records", 1}, {"count", 3}};
+    auto lenient = infoFromMap<SyncLFRecordsInfo>(map);
+    EXPECT_EQ(lenient.moduleName, "M");
+    EXPECT_EQ(lenient.responseTime, std::nullopt);
+    EXPECT_EQ(lenient.hasMore, std::nullopt);
+    EXPECT_EQ(lenient.count, 3);
+    EXPECT_EQ(lenient.resetLocal, true);
+    EXPECT_EQ(decodeInfo<SyncLFRecordsInfo>(map).error(), Error::typeConversionFailedForKey("info"));
+}
+
+TEST(TypedReadTest, NamesWhatIsMissingAndWhatIsOfAnotherType) {
+    ValueMap map{{"a", 1}};
+    ValueList list{1, "x"};
+    EXPECT_EQ(parseAs<std::string>(ValueMap(), "a").error(), Error::keyNotFound("a"));
+    EXPECT_EQ(parseAs<std::string>(map, "a").error(), Error::typeConversionFailedForKey("a"));
+    EXPECT_EQ(parseAs<std::int64_t>(list, 2).error(), Error::keyNotFound("2"));
+    EXPECT_EQ(parseAs<std::int64_t>(list, 1).error(), Error::typeConversionFailedForIndex(1));
+    EXPECT_EQ(parseAs<std::int64_t>(list, 0).value(), 1);
+    EXPECT_FALSE(parseAs<bool>(list, 0).ok());
+}
+
+TEST(OldResponseTest, ReadsPartsApart) {
+    auto parts = parseOldResponse(
+        body("{\"response\":[[{\"servertime\":9,\"error\":0},[1,2]],[{\"error\":1},{\"code\":4,\"message\":\"no\"}],"
+             "[{\"error\":2},[]],[{\"error\":0},{}],7]}"));
+    ASSERT_EQ(parts->size(), 5u);
+    EXPECT_EQ((*parts)[0].result.value().size(), 2u);
+    EXPECT_EQ((*parts)[0].responseInfo.servertime, 9u);
+    EXPECT_EQ((*parts)[1].result.error(), (OldResultError{OldResultError::Case::serverError, 4, "no"}));
+    for (int i : {2, 3, 4}) EXPECT_EQ((*parts)[i].result.error(), OldResultError{}) << i;
+    EXPECT_EQ(parseOldResponse(body("{\"response\":{}}")).error(), Error::typeConversionFailedForKey("response"));
+}
+
+TEST(PositionalRowTest, TheModeDecidesWhatAnotherTypeCosts) {
+    Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
+    for (auto mode : {PositionalRow::Mode::lenient, PositionalRow::Mode::strict}) {
+        PositionalRow row = PositionalRow::open(entry, 6, mode).value();
+        EXPECT_EQ(row.text(0) + row.text(1) + row.text(6), "Leads");
+        EXPECT_EQ(row.number(3), 12);
+        EXPECT_EQ(row.number(0), 0);
+        EXPECT_FALSE(row.error()) << "neither a null nor a column beyond the end fails a row";
+        EXPECT_EQ(row.text(2), "");
+        EXPECT_FALSE(row.flag(4));
+        EXPECT_EQ(row.error().has_value(), mode == PositionalRow::Mode::strict);
+    }
+    PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::strict).value();
+    row.text(4), row.text(2);
+    EXPECT_EQ(row.error(), Error::typeConversionFailedForIndex(2)) << "the leftmost column that failed";
+    EXPECT_EQ(row.integer(2), 7);
+    EXPECT_EQ(row.real(5), 1.5);
+    EXPECT_EQ(row.integer(5), std::nullopt);
+    EXPECT_FALSE(row.leadingTexts(2)) << "a null is not a text";
+    EXPECT_EQ(PositionalRow::open(entry, 7, PositionalRow::Mode::lenient).error(), Error(ErrorCase::lessNumberOfKeys));
+    EXPECT_EQ(PositionalRow::open("Leads", 0, PositionalRow::Mode::lenient).error(),
+              Error(ErrorCase::typeConversionFailed));
+}
+
+}  // namespace
+}  // namespace tarvo

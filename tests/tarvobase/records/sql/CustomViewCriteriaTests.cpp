@@ -1,0 +1,251 @@
+#include "platform/Text.h"
+#include "tarvobase/records/sql/CustomViewOfflineQueryParser.h"
+#include "tarvobase/records/sql/CustomViewQueryFormation.h"
+#include "tarvobase/value_objects/view/CustomView.h"
+#include "tests/tarvobase/records/sql/FilterFixture.h"
+
+namespace tarvo {
+namespace {
+
+const std::string separator(CustomViewOfflineQuery::replaceSeparator);
+
+ValueMap leaf(const std::string& field, const std::string& comparator, Value value) {
+    return {{"field", field}, {"comparator", comparator}, {"value", std::move(value)}};
+}
+
+ValueList chain(std::size_t count, const std::string& word, const std::function<Value(std::size_t)>& node) {
+    ValueList list;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0) list.emplace_back(word);
+        list.push_back(node(i));
+    }
+    return list;
+}
+
+class CustomViewCriteriaTest : public FilterTest {
+protected:
+    static CustomView viewOf(const Value& criteria) {
+        auto query = CustomViewOfflineQueryParser::compile(criteria).value();
+        CustomView view;
+        view.isOfflineSupported = query.isRunnable;
+        view.offlineQuery = query.placeholder;
+        view.offlineQueryReplaceInfo = query.replaceInfo;
+        return view;
+    }
+    /// The ids that a view gives, or the name of its failure.
+    std::string run(const CustomView& view) {
+        auto where = CustomViewQueryFormation::getWhereCondition(view, fields);
+        if (where) return idsWhere(*where);
+        return std::string(caseName(where.error().which)) + " " + where.error().fieldAPI;
+    }
+    std::string run(const Value& criteria) { return run(viewOf(criteria)); }
+};
+
+TEST_F(CustomViewCriteriaTest, TemplatesHaveTheStoredShape) {
+    struct Case {
+        Value criteria;
+        std::string placeholder;
+        std::vector<std::string> pieces;
+    };
+    auto a = leaf("A", "equal", "1");
+    const Case cases[] = {
+        {leaf("Status", "equal", "Open"), "({0} = '{1}')", {"Status", "Open"}},
+        {leaf("A", "equal", "x,,y"), "({0} = '{1}' or {2} = '{3}')", {"A", "x", "A", "y"}},
+        {leaf("A", "equal", ""), "({0} = '{1}')", {"A", ""}},
+        {leaf("A", "contains", "a, b"), "({0} like '{1}' or {2} like '{3}')", {"A", "%a%", "A", "%b%"}},
+        {leaf("A", "contains", ValueList{"a,b"}), "({0} like '{1}')", {"A", "%a,b%"}},
+        {leaf("A", "not_like", "a"), "({0} not like '{1}')", {"A", "%a%"}},
+        {leaf("A", "starts_with", "a"), "({0} like '{1}')", {"A", "a%"}},
+        {leaf("A", "ends_with", "a"), "({0} like '{1}')", {"A", "%a"}},
+        {leaf("A", "like", "${EMPTY}"), "({0} like '{1}')", {"A", "${EMPTY}"}},
+        {leaf("A", "greater_than", 5), "({0} > '{1}')", {"A", "5"}},
+        {leaf("A", "in", "x,y"), "({0} in '{1}')", {"A", "[x,y]"}},
+        {ValueList{a, "and", leaf("B", "in", ValueList{"x", "y"})},
+         "(({0} = '{1}') and ({2} in '{3}'))",
+         {"A", "1", "B", "[x,y]"}},
+        {ValueList{ValueList{a, "or", a}, "and", a},
+         "((({0} = '{1}') or ({2} = '{3}')) and ({4} = '{5}'))",
+         {"A", "1", "A", "1", "A", "1"}},
+    };
+    for (auto& one : cases) {
+        auto query = CustomViewOfflineQueryParser::compile(one.criteria);
+        ASSERT_TRUE(query);
+        EXPECT_EQ(query->placeholder, one.placeholder);
+        EXPECT_EQ(query->replaceInfo, text::join(one.pieces, separator));
+        EXPECT_TRUE(query->isRunnable) << one.placeholder;
+    }
+}
+
+TEST_F(CustomViewCriteriaTest, EveryComparatorFindsItsRows) {
+    struct Case {
+        std::string field;
+        ValueList rows;
+        std::string comparator;
+        Value value;
+        std::string ids;
+    };
+    const ValueList texts{"Acme", "acme ltd", "The Acme", "Zylker", nullptr, ""};
+    const ValueList numbers{"2", "10", "9.5", "", nullptr, "1e1"};
+    const Case cases[] = {
+        {"Company", texts, "equal", "ACME", "1"},
+        {"Company", texts, "equal", "Acme,Zylker", "1 4"},
+        {"Company", texts, "equal", "", "6"},
+        {"Company", texts, "not_equal", "Acme", "2 3 4 6"},
+        {"Company", texts, "like", "acme", "1 2 3"},
+        {"Company", texts, "contains", "cme l", "2"},
+        {"Company", texts, "not_like", "acme", "4 6"},
+        {"Company", texts, "not_contains", "acme", "4 6"},
+        {"Company", texts, "starts_with", "acme", "1 2"},
+        {"Company", texts, "ends_with", "acme", "1 3"},
+        {"Company", texts, "in", ValueList{"Zylker", "Acme"}, "1 4"},
+        {"Company", texts, "in", ValueList{}, "6"},
+        {"Company", texts, "not_in", ValueList{"Zylker", "Acme"}, "2 3 6"},
+        {"Company", texts, "greater_equal", "The Acme", "3 4"},
+        {"Company", texts, "less_than", "b", "1 2 6"},
+        {"Amount", numbers, "equal", "10", "2 6"},
+        {"Amount", numbers, "greater_than", "9", "2 3 6"},
+        {"Amount", numbers, "greater_equal", "9.5", "2 3 6"},
+        {"Amount", numbers, "less_than", "10", "1 3"},
+        {"Amount", numbers, "less_equal", "9.5", "1 3"},
+        {"Created_Time", {5, 7, "", nullptr}, "greater_equal", "6", "2"},
+        {"Created_Time", {5, 7, "", nullptr}, "less_than", "6", "1"},
+        {"Converted", {"false", "true", nullptr}, "equal", "0", "1"},
+        {"Converted", {"false", "true", nullptr}, "equal", "1", "2"},
+        {"Converted", {"false", "true", nullptr}, "equal", "true", "2"},
+        {"$status", {"c_new", "c-new"}, "equal", "c_new", "1"},
+    };
+    for (auto naming : {FieldIdentifier::fieldAPINameIdentifier(), FieldIdentifier::crmColumnNameIdentifier()}) {
+        use(naming);
+        for (auto& one : cases) {
+            store(fields.identifierOf(*fields.getFieldByApiName(one.field)), one.rows);
+            EXPECT_EQ(run(leaf(one.field, one.comparator, one.value)), one.ids)
+                << one.field << " " << one.comparator << " " << one.value.toText().value_or("a list");
+        }
+    }
+}
+
+TEST_F(CustomViewCriteriaTest, AnyTextMeansItself) {
+    std::string withNul("a\0b", 3);
+    const ValueList values{"O'Brien",
+                           "say \"hi\"",
+                           "50%",
+                           "a_b",
+                           "back\\slash",
+                           "{2}",
+                           "[x]",
+                           "{0} = '{1}'",
+                           "\xF0\x9F\x99\x82",
+                           "Company",
+                           "' or 1=1 --",
+                           withNul,
+                           std::string(100000, 'x'),
+                           "${EMPTY}"};
+    store("Company", values);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        for (auto comparator : {"equal", "contains", "starts_with", "ends_with", "in"}) {
+            auto id = std::to_string(i + 1);
+            EXPECT_EQ(run(leaf("Company", comparator, ValueList{values[i]})), id) << comparator << " of value " << id;
+        }
+    // Signs that patterns know stand for themselves.
+    store("Company", {"505", "50%", "axb", "a_b"});
+    EXPECT_EQ(run(leaf("Company", "contains", "0%")), "2");
+    EXPECT_EQ(run(leaf("Company", "contains", "a_")), "4");
+    EXPECT_EQ(run(leaf("Company", "not_contains", "a_")), "1 2 3");
+    // A comma inside an item of a list does not part it.
+    store("Company", {"a,b", "a", "b"});
+    EXPECT_EQ(run(leaf("Company", "in", ValueList{"a,b"})), "1");
+}
+
+TEST_F(CustomViewCriteriaTest, TreesConnectAsWritten) {
+    store("Company", {"a", "b", "c", "ab"});
+    auto is = [](const char* text) { return Value(leaf("Company", "equal", text)); };
+    EXPECT_EQ(run(ValueList{is("a"), "or", is("b")}), "1 2");
+    EXPECT_EQ(run(ValueList{is("a"), "and", is("b")}), "");
+    EXPECT_EQ(run(ValueList{leaf("Company", "contains", "a"), "and", ValueList{is("a"), "or", is("ab")}}), "1 4");
+    EXPECT_EQ(run(nullptr), "1 2 3 4");
+    EXPECT_EQ(run(ValueList{}), "1 2 3 4");
+}
+
+TEST_F(CustomViewCriteriaTest, LargeTreesRunOrAreRefused) {
+    store("Company", {"v1999", "v7", "other"});
+    auto oneOf = [](std::size_t i) { return Value(leaf("Company", "equal", "v" + std::to_string(i))); };
+    EXPECT_EQ(run(chain(2000, "or", oneOf)), "1 2");
+    EXPECT_EQ(run(leaf("Company", "in", chain(1, "", [](auto) { return "v7"; }))), "2");
+
+    auto nested = [&](int depth) {
+        Value node = oneOf(7);
+        for (int i = 0; i < depth; ++i) node = ValueList{oneOf(i), i % 2 ? "or" : "and", node};
+        return node;
+    };
+    EXPECT_NE(run(nested(20)), "failed");
+    EXPECT_NE(run(nested(20)), "offlineNotSupported ");
+    EXPECT_EQ(run(nested(200)), "offlineNotSupported ");
+    auto mixed = chain(2000, "or", oneOf);
+    mixed[1] = "and";
+    EXPECT_EQ(run(mixed), "offlineNotSupported ");
+    EXPECT_EQ(run(leaf("Company", "equal", ValueList(2000, "x"))), "offlineNotSupported ");
+}
+
+TEST_F(CustomViewCriteriaTest, WhatCannotBeCompiledOrRunIsRefused) {
+    // A leaf without one of its parts ends the whole.
+    auto good = leaf("Company", "equal", "a");
+    for (auto key : {"field", "value", "comparator"})
+        for (auto& bad : {Value(), Value(ValueMap())}) {
+            auto broken = good;
+            broken.set(key, bad);
+            EXPECT_FALSE(CustomViewOfflineQueryParser::compile(ValueList{good, "and", broken})) << key;
+        }
+    // Others compile, and only the server can judge them.
+    const Value onlyForServer[] = {leaf("Company", "between", "a"),
+                                   leaf("Company", "sounds_like", "a"),
+                                   leaf("Company", "equal", "a" + separator),
+                                   ValueList{good, "and"},
+                                   ValueList{good, good},
+                                   ValueList{good, "; DROP TABLE LeadsRecords; --", good},
+                                   ValueList{good, "and", 7},
+                                   ValueList{good, "and", ValueList{}},
+                                   7};
+    for (auto& criteria : onlyForServer) EXPECT_EQ(run(criteria), "offlineNotSupported ");
+    EXPECT_TRUE(wasLogged("Comparator is new (not specified in enum CustomViewComparator)"));
+    EXPECT_EQ(run(leaf("Missing", "equal", "a")), "metadataNotFound Missing");
+    // More holes than pieces.
+    auto view = viewOf(good);
+    view.offlineQuery += " and {2} = '{3}'";
+    EXPECT_EQ(run(view), "offlineNotSupported ");
+}
+
+TEST_F(CustomViewCriteriaTest, ActivitiesOfATypeAreViewsOfTheirModules) {
+    struct Case {
+        Value value;
+        std::string comparator;
+        std::optional<std::vector<std::string>> modules;
+    };
+    const Case cases[] = {{"Calls", "equal", {{"Calls"}}},
+                          {ValueList{"Tasks", "Calls"}, "in", {{"Calls", "Tasks"}}},
+                          {"Calls", "not_equal", {{"Events", "Tasks"}}}};
+    for (auto& one : cases) {
+        auto criteria = leaf("Activity_Type", one.comparator, one.value);
+        EXPECT_FALSE(CustomViewOfflineQueryParser::compile(criteria)->moduleList);
+        criteria.set("module", "Activities");
+        EXPECT_EQ(CustomViewOfflineQueryParser::compile(criteria)->moduleList, one.modules);
+    }
+}
+
+TEST_F(CustomViewCriteriaTest, TemplatesOfTheServerAreFilledToo) {
+    configuration().serverCVCriteria = true;
+    store("Company", {"it's", "x", "10"});
+    CustomView view;
+    view.isOfflineSupported = true;
+    auto ids = [&](const std::string& query, const std::string& pieces) {
+        view.offlineQuery = query;
+        view.offlineQueryReplaceInfo = pieces;
+        return run(view);
+    };
+    EXPECT_EQ(ids("({0} = '{1}' or {2} = '{3}')", "Company,x,Company,it's"), "1 2");
+    EXPECT_EQ(ids("{0} like '%{1}%'", "Company,t's"), "1");
+    EXPECT_EQ(ids("{0} = {1}", "Company,it's"), "1");
+    EXPECT_EQ(ids("{0} in {1}", "Company,[x]"), "2");
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/Json.h"
+#include "platform/Text.h"
+#include "tarvobase/value_objects/field/FieldList.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+
+/// A record table of leads in a real database, whose columns hold texts as the server declares them, and the fields of
+/// it in both namings.
+class FilterTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        adapter = openDatabase();
+        use(FieldIdentifier::fieldAPINameIdentifier());
+    }
+
+    void use(const FieldIdentifier& naming) {
+        configuration().fieldIdentifier = naming;
+        fields = FieldList("Leads", metadata(), picklists, naming);
+        adapter->dropTable("LeadsRecords");
+        std::vector<std::string> columns;
+        for (auto& field : metadata()) {
+            auto& name = field.fieldIdentifier(naming);
+            auto type = isDate(field.fieldType) ? " INTEGER" : " TEXT COLLATE NOCASE";
+            columns.push_back('"' + name + '"' + (name == naming.constant->id ? " TEXT UNIQUE" : type));
+            if (field.isLookUpField()) columns.push_back('"' + name + "_LOOKUP\" TEXT COLLATE NOCASE");
+        }
+        adapter->createTable("CREATE TABLE LeadsRecords (" + text::join(columns, ", ") + ")");
+    }
+
+    /// Rows with the ids "1", "2" and so on, and these values in a column.
+    void store(const std::string& column, const ValueList& values) {
+        adapter->deleteAllObjects("LeadsRecords");
+        std::string id(configuration().fieldIdentifier.get().constant->id);
+        for (std::size_t i = 0; i < values.size(); ++i)
+            adapter->insertInto("LeadsRecords", {{id, std::to_string(i + 1)}, {column, values[i]}});
+    }
+
+    /// The ids of a condition's rows, joined; "failed" when SQLite refuses it.
+    std::string idsWhere(const std::string& condition, std::vector<SortDescriptor> order = {},
+                         std::vector<std::string> columns = {}) {
+        std::string id(configuration().fieldIdentifier.get().constant->id);
+        FetchQuery query("LeadsRecords");
+        if (!condition.empty()) query.filter(Criteria::custom(condition));
+        query.sortBy = std::move(order);
+        if (query.sortBy.empty()) query.sortBy.push_back(SortDescriptor({.colName = id, .numeric = true}));
+        if (!columns.empty()) {
+            query.columns = std::move(columns);
+            query.columns.insert(query.columns.begin(), id);
+        }
+        auto rows = adapter->fetchObjects(query);
+        if (!rows) return "failed";
+        std::vector<std::string> ids;
+        for (auto row : *rows) ids.emplace_back(*row.find(id)->asText());
+        return text::join(ids, " ");
+    }
+
+    static std::vector<FieldMetadata> metadata() {
+        auto field = [](std::string api, std::string column, FieldDataType type) {
+            FieldMetadata field;
+            field.fieldAPIName = std::move(api);
+            field.columnCRMName = std::move(column);
+            field.moduleName = "Leads";
+            field.fieldType = type;
+            return field;
+        };
+        using T = FieldDataType;
+        return {field("id", "ID", T::bigInt),
+                field("Company", "COMPANY", T::text),
+                field("Status", "STATUS", T::picklist),
+                field("Amount", "AMOUNT", T::currency),
+                field("Exchange_Rate", "EXCHANGERATE", T::decimal),
+                field("Converted", "CONVERTED", T::boolean),
+                field("Created_Time", "CREATEDTIME", T::dateTime),
+                field("Account_Name", "ACCOUNTID", T::lookup),
+                field("Owner", "SMOWNERID", T::ownerlookup),
+                field("First_Name", "FIRSTNAME", T::text),
+                field("Last_Name", "LASTNAME", T::text),
+                field("Full_Name", "FULLNAME", T::text),
+                field("$status", "SE_STATUS", T::text)};
+    }
+
+    static std::vector<PicklistMetadata> picklistOf(const std::vector<std::string>& values) {
+        std::vector<PicklistMetadata> rows;
+        for (auto& value : values)
+            rows.push_back({.fieldActualValue = value,
+                            .fieldAPIName = "Status",
+                            .crmColumnName = "STATUS",
+                            .moduleName = "Leads",
+                            .position = static_cast<int>(rows.size()) + 1});
+        return rows;
+    }
+
+    std::shared_ptr<KelvaDatabasePersistance> adapter;
+    std::vector<PicklistMetadata> picklists;
+    FieldList fields;
+};
+
+}  // namespace tarvo

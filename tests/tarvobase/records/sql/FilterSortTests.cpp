@@ -1,0 +1,134 @@
+#include "tarvobase/metadata/ModuleInfo.h"
+#include "tarvobase/records/sql/SortDescriptorUtil.h"
+#include "tarvobase/records/sql/SortFieldToSortDescriptor.h"
+#include "tarvobase/value_objects/view/CustomView.h"
+#include "tests/tarvobase/records/sql/FilterFixture.h"
+
+namespace tarvo {
+namespace {
+
+class FilterSortTest : public FilterTest {
+protected:
+    void SetUp() override {
+        FilterTest::SetUp();
+        picklists = picklistOf({"Open", "O'Brien's", "Won"});
+        use(FieldIdentifier::fieldAPINameIdentifier());
+    }
+    std::string sorted(const std::string& column, bool isAscending) {
+        return idsWhere("", SortFieldToSortDescriptor::sortDescriptor({{column, isAscending}}, fields));
+    }
+    /// In the order of a list with sections, whose columns are selected.
+    std::string sectioned(const std::string& column, bool isAscending) {
+        ModuleInfo module;
+        module.module.moduleName = "Leads";
+        module.metadata = fields;
+        module.settings = settings;
+        auto [columns, order] = SortDescriptorUtil::getSortList(module, {{column, isAscending}});
+        if (order.empty()) return "no order";
+        return idsWhere("", order, columns);
+    }
+    void storeRows(const std::vector<ValueMap>& rows) {
+        adapter->deleteAllObjects("LeadsRecords");
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            auto row = rows[i];
+            row.set("id", std::to_string(i + 1));
+            adapter->insertInto("LeadsRecords", row);
+        }
+    }
+
+    SettingsList settings;
+};
+
+TEST_F(FilterSortTest, PicklistsSortByTheOrderOfTheirValuesAndNullsComeLast) {
+    store("Status", {nullptr, "Won", "unknown b", "O'Brien's", "open", "unknown a"});
+    EXPECT_EQ(sorted("Status", true), "5 4 2 6 3 1");
+    EXPECT_EQ(sorted("Status", false), "2 4 5 3 6 1");
+    // Without values of its own it sorts as a text.
+    picklists.clear();
+    use(FieldIdentifier::fieldAPINameIdentifier());
+    store("Status", {"b", "a", "C"});
+    EXPECT_EQ(sorted("Status", true), "2 1 3");
+}
+
+TEST_F(FilterSortTest, ColumnsSortAsTheirTypesSay) {
+    storeRows({{{"Account_Name", "1"}, {"Account_Name_LOOKUP", "b"}, {"Amount", "9"}, {"$status", "b"}},
+               {{"Account_Name", "2"}, {"Account_Name_LOOKUP", "A"}, {"Amount", "10"}, {"$status", "C"}},
+               {{"Account_Name", "0"}, {"Account_Name_LOOKUP", "c"}, {"Amount", "2"}, {"$status", "a"}}});
+    EXPECT_EQ(sorted("Account_Name", true), "2 1 3");
+    EXPECT_EQ(sorted("Amount", true), "3 1 2");
+    EXPECT_EQ(sorted("Amount", false), "2 1 3");
+    EXPECT_EQ(sorted("$status", false), "2 1 3");
+    EXPECT_TRUE(SortFieldToSortDescriptor::sortDescriptor({{"Missing", true}}, fields).empty());
+    EXPECT_TRUE(wasLogged("no field for the sort column Missing of Leads"));
+}
+
+TEST_F(FilterSortTest, AmountsCompareInTheBaseCurrency) {
+    storeRows({{{"Amount", "100"}, {"Exchange_Rate", "1"}},
+               {{"Amount", "150"}, {"Exchange_Rate", "2"}},
+               {{"Amount", "90"}, {"Exchange_Rate", nullptr}},
+               {{"Amount", "33.5"}, {"Exchange_Rate", "0.25"}},
+               {{"Amount", "20"}, {"Exchange_Rate", "0"}}});
+    EXPECT_EQ(sectioned("Amount", true), "5 2 3 1 4");
+    EXPECT_EQ(sectioned("Amount", false), "4 1 3 2 5");
+}
+
+TEST_F(FilterSortTest, SectionsOfNamesLookupsAndTimes) {
+    storeRows({{{"First_Name", "Zoe"}, {"Last_Name", "Adams"}, {"Owner_LOOKUP", "b"}, {"Created_Time", 3}},
+               {{"First_Name", "Ann"}, {"Last_Name", "Young"}, {"Owner_LOOKUP", "C"}, {"Created_Time", 20}},
+               {{"First_Name", "ann"}, {"Last_Name", "adams"}, {"Owner_LOOKUP", "a"}, {"Created_Time", 100}}});
+    EXPECT_EQ(sectioned("Full_Name", true), "3 1 2");
+    settings.settingsList = {{.moduleName = "Leads",
+                              .settingsKey = SettingName::sortOrderPreference,
+                              .customSettings = "First Name,Last Name"}};
+    EXPECT_EQ(sectioned("Full_Name", true), "3 2 1");
+    EXPECT_EQ(sectioned("Full_Name", false), "1 2 3");
+    EXPECT_EQ(sectioned("Owner", true), "3 1 2");
+    EXPECT_EQ(sectioned("Created_Time", false), "3 2 1");
+    EXPECT_EQ(sectioned("Last_Name", false), "2 1 3");
+    EXPECT_EQ(sectioned("Missing", true), "no order");
+}
+
+TEST_F(FilterSortTest, SectionNamesOfPeopleComeFromTheirPartsWhereTheTableHasThem) {
+    adapter->dropTable("LeadsRecords");
+    adapter->createTable(
+        "CREATE TABLE LeadsRecords (id TEXT, Owner TEXT, Owner_LOOKUP, Owner_FIRSTNAME, Owner_LASTNAME)");
+    storeRows(
+        {{{"Owner_LOOKUP", "a"}, {"Owner_FIRSTNAME", "Zoe"}}, {{"Owner_LOOKUP", "b"}, {"Owner_LASTNAME", "Ann"}}});
+    EXPECT_EQ(sectioned("Owner", true), "2 1");
+}
+
+TEST_F(FilterSortTest, ViewsSortByTheirFieldAndThenByTheDefault) {
+    struct Case {
+        std::string sortBy;
+        std::string sortOrder;
+        std::vector<SortField> list;
+    };
+    const SortField newest{"ID", false};
+    const Case cases[] = {{"Company", "asc", {{"COMPANY", true}, newest}},
+                          {"Company", "desc", {{"COMPANY", false}, newest}},
+                          {"Company", "null", {{"COMPANY", false}, newest}},
+                          {"COMPANY", "asc", {{"COMPANY", true}, newest}},
+                          {"id", "asc", {{"ID", true}}},
+                          {"null", "asc", {newest}},
+                          {"", "", {newest}},
+                          {"Missing", "asc", {newest}}};
+    use(FieldIdentifier::crmColumnNameIdentifier());
+    for (auto& one : cases) {
+        CustomView view;
+        view.sortBy = one.sortBy;
+        view.sortOrder = one.sortOrder;
+        EXPECT_EQ(view.sortFieldList(fields), one.list) << one.sortBy << " " << one.sortOrder;
+        EXPECT_EQ(view.sortField(fields).has_value(), one.list.size() == 2 || one.sortBy == "id");
+        auto field = view.sortColumnMetadata(fields, true);
+        ASSERT_TRUE(field);
+        EXPECT_EQ(field->columnCRMName, one.list.front().column);
+    }
+    CustomView view;
+    view.sortOrder = "null";
+    EXPECT_EQ(view.getSortOrder(false), std::nullopt);
+    EXPECT_EQ(view.getSortOrder(true), SortOrder::descending);
+    EXPECT_EQ(view.sortColumnMetadata(fields, false), nullptr);
+}
+
+}  // namespace
+}  // namespace tarvo

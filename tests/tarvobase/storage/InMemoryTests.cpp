@@ -1,0 +1,300 @@
+#include <thread>
+
+#include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/account/UserInMemory.h"
+#include "tarvobase/value_objects/module/ModulesInMemory.h"
+#include "tarvobase/value_objects/module/SettingsInMemeory.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+using Objects = std::optional<InMemoryDatabaseAdapter::Objects>;
+using ::testing::ElementsAre;
+
+const ParserError noData(ParserError::Case::noData);
+
+InMemoryDatabaseAdapter::Object object(const Module& module) {
+    return std::make_shared<InMemoryObject<Module>>(module);
+}
+
+Module module(const std::string& name, int position = 0) {
+    return {
+        .id = name, .moduleName = name, .apiName = name + "_API", .position = position, .tableCreationQuery = "CREATE"};
+}
+
+std::string namesOf(const Objects& objects) {
+    if (!objects) return "absent";
+    std::string names;
+    for (auto& one : *objects) names += dynamic_cast<const InMemoryObject<Module>&>(*one).value.moduleName + " ";
+    return names;
+}
+
+class InMemoryStorageTest : public FoundationTest {
+protected:
+    InMemoryStorage storage;
+};
+
+TEST_F(InMemoryStorageTest, FiltersByTypeAndValue) {
+    storage.insertInto("T", {object(module("A", 1)), object(module("B", 2)), object(module("C", 1))});
+    struct {
+        InMemoryDatabaseAdapter::ColumnValues filter;
+        std::int64_t limit;
+        std::string found;
+    } cases[] = {
+        {{}, 9, "A B C "},
+        {{}, 2, "A B "},
+        {{}, 0, ""},
+        {{{"position", 1}}, 9, "A C "},
+        {{{"position", 1}, {"moduleName", "C"}}, 9, "C "},
+        {{{"position", "1"}}, 9, ""},
+        {{{"position", true}}, 9, ""},
+        {{{"type", ModuleType::none}}, 1, "A "},
+        {{{"type", "none"}}, 9, ""},
+        {{{"unheard", "x"}}, 9, ""},
+        {{{"unheard", ""}}, 9, "A B C "},
+    };
+    for (auto& one : cases) EXPECT_EQ(namesOf(storage.fetchObjects("T", one.filter, one.limit)), one.found);
+    EXPECT_EQ(namesOf(storage.fetchObjects("other", {}, 9)), "absent");
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T", 1)), "A B C ");
+    EXPECT_FALSE(InMemoryPropertyValue("x").isEqual(std::nullopt));
+}
+
+TEST_F(InMemoryStorageTest, ChangesWhatMatches) {
+    storage.update("T", object(module("Z")), {});
+    storage.deleteObjects("T", {});
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "absent");
+    storage.insertInto("T", object(module("A")));
+    storage.insertInto("T", object(module("A")));
+    storage.insertInto("T", object(module("B")));
+    storage.update("T", object(module("Z")), {{"moduleName", "A"}});
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "Z Z B ");
+    storage.update("T", object(module("Y")), {{"moduleName", "A"}});
+    storage.deleteObjects("T", {{"moduleName", "Z"}});
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "B ");
+    storage.deleteAllObjects("T");
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "");
+}
+
+TEST_F(InMemoryStorageTest, KeepsAccountsApartAndFindsThemAgain) {
+    storage.insertInto("T", object(module("A")));
+    signIn("2002");
+    EXPECT_EQ(namesOf(InMemoryStorage().fetchAllObjects("T")), "absent");
+    storage.insertInto("T", object(module("B")));
+    signIn(std::nullopt);
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "absent");
+    signIn("1001");
+    EXPECT_EQ(namesOf(InMemoryStorage().fetchAllObjects("T")), "A ");
+}
+
+TEST_F(InMemoryStorageTest, LosesNothingUnderThreads) {
+    constexpr int rounds = 200;
+    auto writer = [&](const std::string& name) {
+        for (int i = 0; i < rounds; ++i) {
+            storage.insertInto("T", object(module(name)));
+            storage.update("T", object(module(name, i)), {{"moduleName", name}});
+            storage.deleteObjects("T", {{"moduleName", "nobody"}});
+        }
+    };
+    std::thread a(writer, "A"), b(writer, "B");
+    while (storage.fetchObjects("T", {{"moduleName", "A"}}).value_or(InMemoryDatabaseAdapter::Objects()).size() <
+           rounds)
+        std::this_thread::yield();
+    a.join(), b.join();
+    EXPECT_EQ(storage.fetchAllObjects("T")->size(), 2u * rounds);
+}
+
+/// A primary store that counts how often it is asked. `duringRead` runs after it has read and before it answers.
+class CountingModules final : public ModulesPersistanceDelegate {
+public:
+    using Modules = Result<std::vector<Module>, ParserError>;
+    std::vector<Module> stored;
+    bool fails = false;
+    int asked = 0;
+    std::function<void()> duringRead;
+
+    void storeModule(const Module& module) override { stored.push_back(module); }
+    void storeModules(const std::vector<Module>& modules) override {
+        stored.insert(stored.end(), modules.begin(), modules.end());
+    }
+    Modules getAllModules() override {
+        return where([](auto&) { return true; });
+    }
+    Result<Module, ParserError> getModuleByModuleName(const std::string& name) override {
+        return firstOrNoData(where([&](auto& one) { return one.moduleName == name; }).success());
+    }
+    Result<Module, ParserError> getModuleByApiName(const std::string& name) override {
+        return firstOrNoData(where([&](auto& one) { return one.apiName == name; }).success());
+    }
+    Modules getModulesByModuleNames(const std::vector<std::string>& names) override {
+        return where([&](auto& one) { return std::count(names.begin(), names.end(), one.moduleName) > 0; });
+    }
+    Modules getModulesByApiNames(const std::vector<std::string>& names) override {
+        return where([&](auto& one) { return std::count(names.begin(), names.end(), one.apiName) > 0; });
+    }
+    void deleteModules(const std::vector<Module>& modules) override {
+        for (auto& gone : modules) std::erase_if(stored, [&](auto& one) { return one.moduleName == gone.moduleName; });
+    }
+    void reloadAll() override {}
+
+private:
+    template <class Chosen>
+    Modules where(Chosen&& chosen) {
+        ++asked;
+        auto found = stored;
+        std::erase_if(found, [&](auto& one) { return !chosen(one); });
+        if (duringRead) std::exchange(duringRead, nullptr)();
+        return fails ? Modules(noData) : Modules(found);
+    }
+};
+
+class ModulesInMemoryTest : public FoundationTest {
+protected:
+    std::shared_ptr<CountingModules> primary = std::make_shared<CountingModules>();
+    std::shared_ptr<InMemoryStorage> storage = std::make_shared<InMemoryStorage>();
+    ModulesInMemory modules{storage, primary};
+
+    std::vector<std::string> allNames() {
+        std::vector<std::string> names;
+        auto all = modules.getAllModules();
+        if (!all) return {"failed"};
+        for (auto& one : *all) names.push_back(one.moduleName);
+        return names;
+    }
+};
+
+TEST_F(ModulesInMemoryTest, AsksThePrimaryStoreOnceForEachThing) {
+    primary->stored = {module("Leads"), module("Deals"), module("Tasks")};
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModuleByModuleName("Leads")->apiName, "Leads_API");
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModuleByApiName("Deals_API")->moduleName, "Deals");
+    EXPECT_EQ(primary->asked, 2);
+    EXPECT_EQ(modules.getModule(ModuleIdentifier::Case::leads)->moduleName, "Leads");
+    EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Leads"})->size(), 2u);
+    EXPECT_EQ(primary->asked, 2);
+    EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Deals"})->size(), 1u);
+    EXPECT_EQ(primary->asked, 3);
+    // Two of three are known: the list is not.
+    for (int i = 0; i < 2; ++i) EXPECT_THAT(allNames(), ElementsAre("Leads", "Deals", "Tasks"));
+    EXPECT_EQ(primary->asked, 4);
+    EXPECT_EQ(modules.getModulesByApiNames({"Tasks_API"})->front().moduleName, "Tasks");
+    EXPECT_EQ(modules.getModuleByModuleName("Nobody").error(), noData);
+    EXPECT_EQ(primary->asked, 5);
+}
+
+TEST_F(ModulesInMemoryTest, WritesThroughAndReplaces) {
+    EXPECT_THAT(allNames(), ElementsAre());
+    modules.storeModule(module("Leads", 1));
+    modules.storeModules({module("Deals", 2), module("Leads", 3), module("Deals", 4)});
+    EXPECT_EQ(primary->stored.size(), 4u);
+    EXPECT_THAT(allNames(), ElementsAre("Leads", "Deals"));
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3);
+    EXPECT_EQ(modules.getModuleByModuleName("Deals")->position, 4);
+    modules.deleteModules({module("Leads")});
+    EXPECT_THAT(allNames(), ElementsAre("Deals"));
+    EXPECT_EQ(primary->asked, 1);
+}
+
+TEST_F(ModulesInMemoryTest, AModuleWithoutItsStatementsKeepsThose) {
+    primary->stored = {module("Leads")};
+    auto bare = module("Leads");
+    bare.tableCreationQuery.clear();
+    modules.storeModules({bare});
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->tableCreationQuery, "CREATE");
+}
+
+TEST_F(ModulesInMemoryTest, AnEmptiedTableIsEmptyAndReloadingFillsIt) {
+    primary->stored = {module("Leads")};
+    storage->deleteAllObjects("Modules");
+    EXPECT_THAT(allNames(), ElementsAre());
+    EXPECT_EQ(primary->asked, 0);
+    primary->fails = true;
+    modules.reloadAll();
+    EXPECT_THAT(allNames(), ElementsAre());
+    primary->fails = false;
+    modules.reloadAll();
+    EXPECT_THAT(allNames(), ElementsAre("Leads"));
+}
+
+TEST_F(ModulesInMemoryTest, WithoutAPrimaryStoreMemoryIsAllThereIs) {
+    ModulesInMemory alone(storage);
+    EXPECT_EQ(alone.getAllModules().error(), noData);
+    EXPECT_EQ(alone.getModuleByApiName("x").error(), noData);
+    EXPECT_EQ(alone.getModulesByModuleNames({"x"}).error(), noData);
+    alone.reloadAll();
+    alone.storeModule(module("Leads"));
+    EXPECT_EQ(alone.getAllModules()->size(), 1u);
+    storage->insertInto("Modules", std::make_shared<InMemoryObject<User>>(User()));
+    EXPECT_EQ(alone.getAllModules().error(), noData) << "an object of another class is a miss";
+}
+
+TEST_F(ModulesInMemoryTest, WhatWasReadNeverCoversALaterChange) {
+    primary->stored = {module("Leads", 1), module("Deals", 1)};
+    primary->duringRead = [&] { modules.storeModule(module("Leads", 2)); };
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
+    primary->duringRead = [&] { modules.deleteModules({module("Deals")}); };
+    EXPECT_TRUE(modules.getModuleByModuleName("Deals").ok());
+    EXPECT_FALSE(modules.getModuleByModuleName("Deals").ok());
+    primary->stored = {module("Tasks")};
+    primary->duringRead = [&] { signIn("2002"); };
+    EXPECT_EQ(modules.getModuleByModuleName("Tasks")->moduleName, "Tasks");
+    EXPECT_EQ(namesOf(storage->fetchAllObjects("Modules")), "absent") << "the other account's memory stays clean";
+}
+
+TEST_F(ModulesInMemoryTest, SeesASwitchOfTheAccountAtTheNextRead) {
+    modules.storeModule(module("Leads", 1));
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+    signIn("2002");
+    primary->stored = {module("Leads", 9)};
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 9);
+    signIn("1001");
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+}
+
+class UsersAndSettingsInMemoryTest : public FoundationTest {
+protected:
+    std::shared_ptr<InMemoryStorage> storage = std::make_shared<InMemoryStorage>();
+};
+
+TEST_F(UsersAndSettingsInMemoryTest, FindsUsersByEveryKey) {
+    UserInMemory users(storage);
+    EXPECT_EQ(users.getActiveUsers().error(), noData);
+    User ada{.id = "u1", .name = "Ada", .BrenUID = "1001", .confirm = true};
+    User bob{.id = "u2", .name = "Bob", .BrenUID = "2002"};
+    users.storeUsers({ada, bob});
+    EXPECT_EQ(users.getUserWithBrenUID()->name, "Ada");
+    EXPECT_EQ(users.getUser("u2")->name, "Bob");
+    EXPECT_EQ(users.getActiveUsers().value(), std::vector{ada});
+    EXPECT_EQ(users.getUsersWithBrenUID({"2002", "x"}).value(), std::vector{bob});
+    EXPECT_EQ(users.getUsersWithUserId({"u1", "u1"}).value(), std::vector{ada});
+    auto renamed = ada;
+    renamed.id = "u9";
+    users.updateUser(renamed, "u1");
+    users.updateUser(ada, "nobody");
+    EXPECT_EQ(users.getUsers().value(), (std::vector{renamed, bob}));
+    EXPECT_EQ(storage->fetchObjects("Users", {{"confirm", true}})->size(), 1u);
+    EXPECT_EQ(storage->fetchObjects("Users", {{"confirm", "true"}})->size(), 0u);
+    EXPECT_EQ(storage->fetchObjects("Users", {{"dateFormat", ""}})->size(), 2u) << "absent is the empty text";
+}
+
+TEST_F(UsersAndSettingsInMemoryTest, SettingsAreToldApartByModuleAndName) {
+    SettingsInMemeory settings(storage);
+    Settings shown{"Leads", SettingName::display, "a,b", "a,b", true};
+    Settings sorted{"Leads", SettingName::sort, "a", "b", true};
+    Settings deals{"Deals", SettingName::display, "c", "c", true};
+    settings.storeSettings({shown, sorted, deals});
+    shown.customSettings = "b";
+    settings.storeSettings({shown});
+    EXPECT_EQ(settings.getSettingsForModule("Leads", SettingName::display).value(), shown);
+    EXPECT_EQ(settings.getSettingsForModule("Deals", SettingName::sort).error(), noData);
+    EXPECT_EQ(settings.getSettings("Leads").value(), (std::vector{shown, sorted}));
+    EXPECT_EQ(settings.getAllSettings(SettingName::display).value(), (std::vector{shown, deals}));
+    auto byModule = settings.getSettingsByModuleNames({"Deals", "Nobody"});
+    EXPECT_EQ(byModule["Deals"], std::vector{deals});
+    EXPECT_TRUE(byModule["Nobody"].empty());
+    EXPECT_EQ(settings.updateDisplayColumns("Leads")->size(), 2u);
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,177 @@
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/value_objects/account/CompanyInfoInDatabase.h"
+#include "tarvobase/value_objects/account/OrganisationInDatabase.h"
+#include "tarvobase/value_objects/account/UserInDatabase.h"
+#include "tarvobase/value_objects/module/SettingsInDatabase.h"
+#include "tarvobase/value_objects/module/SettingsInMemeory.h"
+#include "tarvobase/value_objects/tag/TagInDatabase.h"
+#include "tests/tarvobase/AccountTables.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
+
+class TableClassTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        adapter = openDatabase();
+        for (auto& statement : accountTables()) adapter->createTable(statement);
+    }
+    std::shared_ptr<KelvaDatabasePersistance> adapter;
+};
+
+const User ada{.id = "u1",
+               .firstName = "Ada",
+               .lastName = "Byron",
+               .name = "Ada Byron",
+               .BrenUID = "1001",
+               .email = "ada@crm.test",
+               .status = "active",
+               .role = "CEO",
+               .confirm = true,
+               .profile = "Administrator",
+               .profileID = "p1",
+               .isLoggedInUser = false,
+               .dateFormat = "dd/MM/yyyy",
+               .timeZone = "Europe/Berlin"};
+
+TEST_F(TableClassTest, Users) {
+    UserInDatabase users("ACTIVE_USERS", adapter);
+    User bob{.id = "u2", .BrenUID = "2002"};
+    users.storeUsers({ada, bob});
+    EXPECT_EQ(users.getUser("u1").value(), ada);
+    EXPECT_EQ(users.getUserWithBrenUID().value(), ada);
+    EXPECT_EQ(users.getActiveUsers().value(), std::vector{ada});
+    EXPECT_EQ(users.getUsersWithBrenUID({"2002", "3003"}).value(), std::vector{bob});
+    EXPECT_EQ(users.getUsersWithUserId({}).value().size(), 0u);
+    auto row = adapter->fetchObjects("SELECT * FROM ACTIVE_USERS WHERE user_id = 'u1'", std::nullopt)->front();
+    EXPECT_EQ(row.valueOf("user_name"), Value("Ada Byron"));
+    EXPECT_EQ(row.valueOf("user_confirm"), Value("true"));
+    EXPECT_EQ(row.valueOf("is_logged_in_user"), Value("false"));
+    EXPECT_TRUE(row.valueOf("time_format").isNull());
+
+    auto moved = ada;
+    moved.id = "u7";
+    moved.dateFormat.reset();
+    users.updateUser(moved, "u1");
+    EXPECT_EQ(users.getUser("u7").value(), moved);
+    EXPECT_FALSE(users.getUser("u1").ok());
+    users.storeUser(bob);
+    EXPECT_EQ(users.getUsers()->size(), 2u) << "storing again replaces";
+}
+
+TEST_F(TableClassTest, Settings) {
+    SettingsInDatabase table("APP_SETTINGS", adapter);
+    const tarvo::Settings shown{"Leads", SettingName::display, "a,b", "b", true};
+    const tarvo::Settings sorted{"Leads", SettingName::sort, "", "x", false};
+    table.storeSettings({shown, sorted, {"Deals", SettingName::display, "c", "c", true}});
+    EXPECT_EQ(table.getSettingsForModule("Leads", SettingName::display).value(), shown);
+    EXPECT_FALSE(table.getSettingsForModule("Leads", SettingName::search).ok());
+    EXPECT_THAT(table.getSettings("Leads").value(), UnorderedElementsAre(shown, sorted));
+    EXPECT_EQ(table.getAllSettings(SettingName::display)->size(), 2u);
+    EXPECT_EQ(table.getSettingsByModuleNames({"Leads", "Nobody"})["Nobody"].size(), 0u);
+    adapter->execute("UPDATE APP_SETTINGS SET settings_key = 'of a later version' WHERE settings_key = 'sort'",
+                     std::nullopt);
+    EXPECT_EQ(table.getSettings("Leads")->back().settingsKey, SettingName::unknown);
+
+    SettingsInMemeory memory(std::make_shared<InMemoryStorage>(),
+                             std::make_shared<SettingsInDatabase>("APP_SETTINGS", adapter));
+    EXPECT_EQ(memory.getSettings("Leads")->size(), 2u);
+    adapter->execute("UPDATE APP_SETTINGS SET custom_settings = 'a' WHERE settings_key = 'display'", std::nullopt);
+    EXPECT_EQ(memory.getSettingsForModule("Leads", SettingName::display)->customSettings, "b");
+    EXPECT_EQ(memory.updateDisplayColumns("Leads")->size(), 2u);
+    EXPECT_EQ(memory.getSettingsForModule("Leads", SettingName::display)->customSettings, "a");
+}
+
+TEST_F(TableClassTest, CompanyInfo) {
+    CompanyInfoInDatabase table("COMPANY_DETAILS", adapter);
+    table.storeCompanyInfo({{"name", "Acme"}, {"city", "Rome"}, {"city", "Ur"}});
+    EXPECT_THAT(table.getCompanyInfo().value(),
+                UnorderedElementsAre(tarvo::CompanyInfo{"name", "Acme"}, tarvo::CompanyInfo{"city", "Ur"}));
+    EXPECT_EQ(table.getCompanyInfo("city")->value, "Ur");
+    EXPECT_EQ(table.getCompanyInfo("moon").error(), ParserError(ParserError::Case::noData));
+}
+
+TEST_F(TableClassTest, OrganisationsInBothStores) {
+    auto settings = std::make_shared<BrenUserDefaults>();
+    OrganisationInDatabase table("ORGANISATIONS", adapter, settings);
+    OrganisationInUserDefaults defaults(settings);
+    EXPECT_EQ(defaults.getOrganisations(), std::nullopt);
+    const Organisation acme{"1", "Acme", true, false}, bolt{"2", "Bolt", false, true};
+    for (OrganisationPersistance* store : std::initializer_list<OrganisationPersistance*>{&table, &defaults}) {
+        store->storeOrganisations({acme, bolt});
+        EXPECT_THAT(*store->getOrganisations(), UnorderedElementsAre(acme, bolt));
+        store->storeOrganisations({bolt});
+        EXPECT_THAT(*store->getOrganisations(), ElementsAre(bolt));
+        store->storeOrganisations({});
+        EXPECT_THAT(*store->getOrganisations(), ElementsAre());
+    }
+    table.setCurrentOrganisation(bolt);
+    EXPECT_EQ(defaults.getCurrentOrganisation(), bolt);
+    EXPECT_EQ(defaults.currentOrganisationID(), "2");
+    signIn("2002");
+    EXPECT_EQ(defaults.getCurrentOrganisation(), std::nullopt);
+}
+
+TEST_F(TableClassTest, MappersReadStrictly) {
+    struct {
+        ValueMap map;
+        std::string failedPath;
+    } cases[] = {
+        {{{"id", "1"}, {"name", "hot"}, {"moduleName", "Leads"}}, ""},
+        {{{"id", 1}, {"name", "hot"}, {"moduleName", "Leads"}}, "id"},
+        {{{"id", "1"}, {"moduleName", "Leads"}}, "name"},
+        {{{"id", "1"}, {"name", "hot"}, {"moduleName", Value()}}, "moduleName"},
+        {{}, "id"},
+    };
+    TagMapper mapper;
+    std::vector<ValueMap> maps;
+    for (auto& one : cases) {
+        auto value = mapper.getValue(one.map);
+        EXPECT_EQ(value ? "" : value.error().failedPath, one.failedPath);
+        maps.push_back(one.map);
+    }
+    EXPECT_THAT(mapper.getValue(maps), ElementsAre(Tag{"1", "hot", "Leads"}));
+    EXPECT_EQ(mapper.getDictionary(Tag{"1", "hot", "Leads"}), cases[0].map);
+    auto link = TagRecordDBMapper().getDictionary(TagRecord{{"1", "hot", "Leads"}, "r"});
+    EXPECT_EQ(link, (ValueMap{{"tag_id", "1"}, {"tag_name", "hot"}, {"module_name", "Leads"}, {"record_id", "r"}}));
+    link.remove("record_id");
+    EXPECT_EQ(TagRecordDBMapper().getValue(link).error().failedPath, "record_id");
+}
+
+TEST_F(TableClassTest, TagsFollowTheOpenDatabase) {
+    TagInDatabase tags;
+    TagRecordInDatabase links;
+    configuration().databaseAdapter = nullptr;
+    EXPECT_EQ(tags.getTags("Leads"), std::nullopt);
+    tags.storeTags({{"1", "hot", "Leads"}});
+    configuration().databaseAdapter = adapter;
+    EXPECT_THAT(*tags.getTags("Leads"), ElementsAre());
+
+    tags.storeTags({{"1", "hot", "Leads"}, {"2", "cold", "Leads"}, {"3", "big", "Deals"}});
+    tags.storeTags({{"1", "warm", "Leads"}});
+    EXPECT_THAT(*tags.getTags("Leads"), UnorderedElementsAre(Tag{"1", "warm", "Leads"}, Tag{"2", "cold", "Leads"}));
+    EXPECT_EQ(tags.getTagsByTagIds({"2", "3", "9"})->size(), 2u);
+    tags.updateTag("3", "30");
+    tags.removeTags("2");
+    EXPECT_EQ(tags.getTagsByTagIds({"2", "3"})->size(), 0u);
+
+    links.storeTagRecords({{"1", "warm", "Leads"}, {"30", "big", "Leads"}}, "r1");
+    links.storeTagRecords({{"1", "warm", "Leads"}}, "r2");
+    links.updateTagRecord("1", "10", "r1");
+    EXPECT_EQ(links.getTagRecordsByTagId("1")->front().recordId, "r2");
+    links.deleteTagRecordsByTagIds({"10"}, "r1");
+    links.deleteTagRecords({"r2", "r3"});
+    EXPECT_THAT(*links.getTagRecordsByRecordId("r1"), ElementsAre(TagRecord{{"30", "big", "Leads"}, "r1"}));
+    EXPECT_THAT(*links.getTagRecordsByRecordId("r2"), ElementsAre());
+
+    adapter->execute("INSERT INTO Tags_Info (tag_id, module_name) VALUES ('5', 'Deals')", std::nullopt);
+    EXPECT_EQ(tags.getTags("Deals"), std::nullopt) << "a row that does not map ends the read";
+}
+
+}  // namespace
+}  // namespace tarvo

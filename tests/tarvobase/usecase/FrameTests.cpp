@@ -1,0 +1,220 @@
+#include "platform/MainQueue.h"
+#include "tarvobase/get_metadata/GetModulesUC.h"
+#include "tarvobase/usecase/BaseDataManager.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
+#include "tarvobase/value_objects/module/ModuleInDatabase.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+struct EchoOperation {
+    struct Request : BaseRequest {
+        DataSource wished = DataSource::both;
+        DataSource source() const override { return wished; }
+    };
+    struct Response : BaseResponse {
+        explicit Response(std::string from) : from(std::move(from)) {}
+        std::string from;
+    };
+    using DomainError = NoDomainError;
+};
+
+/// A request of a caller's own, to see that it travels uncut.
+struct MarkedRequest : EchoOperation::Request {
+    std::string mark = "marked";
+};
+
+class EchoDM : public BaseDataManager<EchoOperation> {
+public:
+    enum class Local { absent, answers, fails };
+    explicit EchoDM(Local local) : local(local) {}
+
+    bool getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError onError) override {
+        auto marked = dynamic_cast<const MarkedRequest*>(request.get());
+        if (local == Local::answers) onSuccess(Response(marked ? marked->mark : "database"));
+        if (local == Local::fails) onError(Failure::unknownError());
+        return local == Local::answers;
+    }
+    void getNWResponse(const RequestPtr&, OnNWSuccess onSuccess, OnNWError) override { onSuccess(Response("network")); }
+
+    Local local;
+};
+
+class EchoUC final : public Usecase<EchoOperation> {
+public:
+    explicit EchoUC(EchoDM::Local local) : dataManager(std::make_shared<EchoDM>(local)) {}
+
+private:
+    void run(std::shared_ptr<const Request> request, UICallback handler) override {
+        EXPECT_TRUE(UsecaseQueue::queue()->isCurrent());
+        dataManager->runRequest(request, handler);
+    }
+    std::shared_ptr<EchoDM> dataManager;
+};
+
+class FrameTest : public FoundationTest {
+protected:
+    template <class Request>
+    std::vector<std::string> eventsOf(EchoDM::Local local, Request request) {
+        std::vector<std::string> events;
+        std::make_shared<EchoUC>(local)->execute(
+            std::move(request), [&](auto& response) { events.push_back("success " + response.from); },
+            [&](auto& error) { events.push_back("error " + std::string(caseName(error.which()))); },
+            [&](auto* response, auto* error) {
+                EXPECT_TRUE(MainQueue::shared()->isCurrent());
+                EXPECT_NE(response == nullptr, error == nullptr);
+                events.push_back(response ? "complete" : "complete with error");
+            });
+        settle();
+        return events;
+    }
+};
+
+TEST_F(FrameTest, AnswersAsTheSourceTells) {
+    using L = EchoDM::Local;
+    using Events = std::vector<std::string>;
+    struct {
+        DataSource source;
+        L local;
+        Events expected;
+    } cases[] = {
+        {DataSource::database, L::answers, {"success database", "complete"}},
+        {DataSource::database, L::absent, {}},
+        {DataSource::network, L::answers, {"success network", "complete"}},
+        {DataSource::both, L::answers, {"success database", "complete", "success network", "complete"}},
+        {DataSource::both, L::fails, {"error unknownError", "complete with error", "success network", "complete"}},
+        {DataSource::either, L::answers, {"success database", "complete"}},
+        {DataSource::either, L::absent, {"success network", "complete"}},
+        {DataSource::none, L::answers, {}},
+    };
+    for (auto& one : cases) {
+        EchoOperation::Request request;
+        request.wished = one.source;
+        EXPECT_EQ(eventsOf(one.local, request), one.expected) << caseName(one.source);
+    }
+}
+
+TEST_F(FrameTest, ADerivedRequestTravelsUncut) {
+    MarkedRequest request;
+    request.wished = DataSource::database;
+    EXPECT_EQ(eventsOf(EchoDM::Local::answers, request), (std::vector<std::string>{"success marked", "complete"}));
+}
+
+TEST_F(FrameTest, WorksWithoutAnyCallbackAndWithoutItsOwner) {
+    std::weak_ptr<EchoUC> weak;
+    {
+        auto usecase = std::make_shared<EchoUC>(EchoDM::Local::answers);
+        weak = usecase;
+        usecase->execute(EchoOperation::Request(), EchoUC::Callback());
+    }
+    settle();
+    EXPECT_TRUE(weak.expired());
+}
+
+TEST_F(FrameTest, AResponseOfADerivedClassArrivesUncut) {
+    struct Detailed : EchoOperation::Response {
+        Detailed() : EchoOperation::Response("x") {}
+        ResponseSource source() const override { return ResponseSource::network; }
+    };
+    auto source = ResponseSource::database;
+    EchoUC::UICallback handler([&](auto& response) { source = response.source(); }, nullptr, nullptr);
+    handler.onSuccess(Detailed());
+    settle();
+    EXPECT_EQ(source, ResponseSource::network);
+}
+
+class Link final : public CommonErrorProtocolWithChaining {
+public:
+    explicit Link(std::weak_ptr<CommonErrorProtocol> next) : next(std::move(next)) {}
+    std::shared_ptr<CommonErrorProtocol> nextCommonErrorProtocolResponder() override { return next.lock(); }
+    std::weak_ptr<CommonErrorProtocol> next;
+};
+
+TEST_F(FrameTest, FailuresBubbleAlongTheChainAndEndWithAGoneResponder) {
+    struct Heard final : CommonErrorProtocol {
+        void parsingError() override { events.push_back("parsing"); }
+        void networkResponseError() override { events.push_back("response"); }
+        void networkParamsError() override { events.push_back("params"); }
+        void networkIdentifierError() override { events.push_back("identifier"); }
+        void noAuthtoken(const std::string& user) override { events.push_back("token " + user); }
+        void unableToGetMetadata(const std::string& module, const std::string& column) override {
+            events.push_back(module + " " + column);
+        }
+        std::vector<std::string> events;
+    };
+    auto heard = std::make_shared<Heard>();
+    auto upper = std::make_shared<Link>(heard);
+    auto lower = std::make_shared<Link>(upper);
+    auto tellAll = [&] {
+        lower->parsingError();
+        lower->networkResponseError();
+        lower->networkParamsError();
+        lower->networkIdentifierError();
+        lower->noAuthtoken("7");
+        lower->unableToGetMetadata("Leads", "ID");
+    };
+    tellAll();
+    std::vector<std::string> expected{"parsing", "response", "params", "identifier", "token 7", "Leads ID"};
+    EXPECT_EQ(heard->events, expected);
+    upper.reset();
+    tellAll();
+    EXPECT_EQ(heard->events, expected);
+}
+
+class GetModulesTest : public FoundationTest {
+protected:
+    void storeModules(std::vector<std::string> names) {
+        auto adapter = openDatabase();
+        adapter->createTable(
+            "CREATE TABLE MODULE_DETAILS (module_name TEXT PRIMARY KEY, singular_name TEXT, plural_name TEXT, api_name "
+            "TEXT, position TEXT, "
+            "generated_type TEXT, table_creation_query TEXT)");
+        std::vector<Module> modules;
+        for (auto& name : names) modules.push_back({.moduleName = name, .singularName = "One " + name, .position = 3});
+        ModuleInDatabase("MODULE_DETAILS", adapter).storeModules(modules);
+    }
+    std::string answerOf(GetModulesUC& usecase, std::vector<std::string> names) {
+        std::string answer;
+        usecase.execute(GetModulesUC::Request(std::move(names)), [&](auto* response, auto* error) {
+            if (response)
+                for (auto& module : response->modules) answer += module.moduleName + ";";
+            else
+                for (auto& name : error->getDomainError()->modulesUnableToFetch) answer += "no " + name + ";";
+            answer += ".";
+        });
+        settle();
+        return answer;
+    }
+};
+
+TEST_F(GetModulesTest, GivesTheModulesNamedInTheOrderOfTheRequest) {
+    storeModules({"Leads", "Contacts", "Deals"});
+    auto usecase = std::make_shared<GetModulesUC>();
+    EXPECT_EQ(answerOf(*usecase, {"Deals", "Nobody", "Leads", "Deals"}), "Deals;Leads;Deals;.");
+    EXPECT_EQ(answerOf(*usecase, {}), ".");
+}
+
+TEST_F(GetModulesTest, StaysWithoutAStoreWhenNoneWasOpenAtFirst) {
+    auto usecase = std::make_shared<GetModulesUC>();
+    EXPECT_EQ(answerOf(*usecase, {"Leads", "Deals"}), "no Leads;no Deals;.");
+    storeModules({"Leads"});
+    EXPECT_EQ(answerOf(*usecase, {"Leads"}), "no Leads;.");
+    EXPECT_EQ(answerOf(*std::make_shared<GetModulesUC>(), {"Leads"}), "Leads;.");
+}
+
+TEST_F(GetModulesTest, TwoFirstCallsMayRace) {
+    storeModules({"Leads"});
+    for (int round = 0; round < 20; ++round) {
+        auto usecase = std::make_shared<GetModulesUC>();
+        int answers = 0;
+        for (int i = 0; i < 8; ++i)
+            usecase->execute(GetModulesUC::Request({"Leads"}),
+                             [&](auto* response, auto*) { answers += response->modules.size() == 1; });
+        settle();
+        ASSERT_EQ(answers, 8);
+    }
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,125 @@
+#include "platform/Json.h"
+#include "tarvobase/get_metadata/GetModuleTagsUC.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/RecordChangedObserver.h"
+#include "tarvobase/value_objects/tag/TagInDatabase.h"
+#include "tests/tarvobase/AccountTables.h"
+#include "tests/tarvobase/Fixture.h"
+
+namespace tarvo {
+namespace {
+
+const Module taggedLeads{.moduleName = "Leads", .apiName = "Leads_API"};
+
+std::string tagsBody(Value rows) {
+    return *json::write(ValueMap{{"response", ValueMap{{"result", ValueList{ValueMap{{"data", std::move(rows)}}}}}}});
+}
+
+std::string idsOf(const std::optional<std::vector<Tag>>& tags) {
+    if (!tags) return "absent";
+    std::string ids;
+    for (auto& tag : *tags) ids += tag.id + "=" + tag.name + " ";
+    return ids;
+}
+
+class HeardRecords final : public RecordChangedObserver {
+public:
+    using RecordChangedObserver::recordUpdated;
+    void recordUpdated(const std::string& moduleName, const RecordIds& recordIds) override {
+        heard += moduleName + ":";
+        for (auto& id : recordIds) heard += " " + id.recordID;
+        heard += ";";
+    }
+    std::string heard;
+};
+
+class TagsTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        auto adapter = openDatabase();
+        for (auto& statement : accountTables()) adapter->createTable(statement);
+        usecase = std::make_shared<GetModuleTagsUC>();
+        usecase->getTagsDM->tagsNWService->setNetworkAdapter(network);
+        BrenNotificationCenter::shared().add<RecordChangedObserver>(observer);
+    }
+
+    /// The answers in their order: source and tags, or the failure.
+    std::string ask(DataSource source) {
+        std::string answers;
+        usecase->execute(GetModuleTagsUC::Request(taggedLeads, source), [&](auto* response, auto* failure) {
+            answers += response ? std::string(caseName(response->source())) + " " + idsOf(response->tags)
+                                : std::string(caseName(failure->which()));
+            answers += "; ";
+        });
+        settle();
+        return answers;
+    }
+
+    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+    std::shared_ptr<GetModuleTagsUC> usecase;
+    std::shared_ptr<HeardRecords> observer = std::make_shared<HeardRecords>();
+    TagInDatabase tags;
+    TagRecordInDatabase links;
+};
+
+TEST_F(TagsTest, TakesOverWhatTheServerHas) {
+    tags.storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}, {"9", "big", "Deals"}});
+    links.storeTagRecords({{"2", "old", "Leads"}, {"1", "hot", "Leads"}}, "r1");
+    network->answer(tagsBody(ValueList{ValueList{"1", "warm"}, ValueList{"3"}, ValueList{"4", "new", "#ff0000"}}));
+    EXPECT_EQ(ask(DataSource::both), "database 1=hot 2=old ; network 1=warm 4=new ; ");
+    EXPECT_EQ(idsOf(tags.getTags("Leads")), "1=warm 4=new ");
+    EXPECT_EQ(idsOf(tags.getTags("Deals")), "9=big ");
+    EXPECT_EQ(links.getTagRecordsByRecordId("r1")->size(), 1u);
+    EXPECT_EQ(observer->heard, "Leads: r1;");
+    auto call = network->calls().front();
+    EXPECT_TRUE(call.request.url.ends_with("/getmoduletags"));
+    EXPECT_EQ(*call.params, (ValueMap{{"module", "Leads"}, {"moduleAPI", "Leads_API"}}));
+}
+
+TEST_F(TagsTest, KeepsWhatWaitsForItsUpload) {
+    struct {
+        std::string tag, record;
+        bool stays;
+    } cases[] = {{"a", "TarvoTEMPID#1", true},
+                 {"b", "NEW_000000001", true},
+                 {"c", "NEW_1", false},
+                 {"d", "77", false},
+                 {"TarvoTEMPID#5", "77", true}};
+    std::string expected;
+    for (auto& one : cases) {
+        tags.storeTags({{one.tag, "t", "Leads"}});
+        links.storeTagRecords({{one.tag, "t", "Leads"}}, "66");
+        links.storeTagRecords({{one.tag, "t", "Leads"}}, one.record);
+        if (one.stays) expected += one.tag + "=t ";
+    }
+    network->answer(tagsBody(ValueList{}));
+    EXPECT_EQ(ask(DataSource::network), "network ; ");
+    auto left = *tags.getTags("Leads");
+    std::sort(left.begin(), left.end(), [](auto& a, auto& b) { return a.id < b.id; });
+    EXPECT_EQ(idsOf(left), "TarvoTEMPID#5=t a=t b=t ");
+}
+
+TEST_F(TagsTest, AnUnusableAnswerChangesNothing) {
+    tags.storeTags({{"1", "hot", "Leads"}});
+    for (auto& answer : {std::string("nonsense"), std::string(R"({"error":[{"code":"X"}]})"), tagsBody("rows"),
+                         tagsBody(ValueList{Value(ValueList{"1", 2})}), tagsBody(ValueList{"row"})}) {
+        network->answer(answer);
+        EXPECT_EQ(ask(DataSource::network), "network absent; ") << answer;
+    }
+    network->fail(NetworkError::Kind::timeout);
+    EXPECT_EQ(ask(DataSource::both), "database 1=hot ; timeout; ");
+    network->fail(NetworkError::Kind::cannotConnect);
+    EXPECT_EQ(ask(DataSource::network), "networkUnavailable; ");
+    EXPECT_EQ(idsOf(tags.getTags("Leads")), "1=hot ");
+    EXPECT_EQ(observer->heard, "");
+}
+
+TEST_F(TagsTest, WithoutStoredTagsTheServerIsAsked) {
+    configuration().databaseAdapter = nullptr;
+    network->answer(tagsBody(ValueList{Value(ValueList{"1", "hot"})}));
+    EXPECT_EQ(ask(DataSource::either), "network 1=hot ; ");
+}
+
+}  // namespace
+}  // namespace tarvo
