@@ -94,14 +94,14 @@ public:
     void authToken(const std::string&, TokenCompletion completion) override { completion("token-of-42"); }
 };
 
-class DownloadListener final : public InitProcessUseCaseDelegate {
+class DownloadListener final : public CommonErrorRelay, public InitProcessUseCaseDelegate {
 public:
     void initProcessCompleted(InitProcessUseCaseProtocol&) override { isCompleted = true; }
-    void parsingError() override { hasFailed = true; }
-    void networkResponseError() override { hasFailed = true; }
-    void noAuthtoken(const std::string&) override { hasFailed = true; }
 
     std::atomic<bool> isCompleted = false, hasFailed = false;
+
+private:
+    void relay(const CommonErrorNotice&) override { hasFailed = true; }
 };
 
 /// Runs the download into an open, empty database. False when it failed or has not ended in half an hour.

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "tarvobase/usecase/DelegateUseCase.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 
 namespace tarvo {
@@ -37,11 +38,8 @@ public:
 };
 
 /// The first download of an account.
-class InitProcessUseCaseProtocol : public virtual platform::Object {
+class InitProcessUseCaseProtocol : public DelegateUseCase<InitProcessUseCaseDelegate> {
 public:
-    /// Set on the main queue or before `startInitProcess`.
-    std::weak_ptr<InitProcessUseCaseDelegate> delegate;
-
     /// Starts the download and returns. Once an object: another run takes a new object.
     virtual void startInitProcess() = 0;
 };

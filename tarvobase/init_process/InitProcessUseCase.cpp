@@ -123,10 +123,8 @@ void InitProcessUseCase::calculateProgressPercent(Process process, Count count) 
 }
 
 void InitProcessUseCase::reportProgress(bool status) {
-    CommonUtils::performAsyncInMain([weak = platform::weakSelf(this), value = processPercent_, status] {
-        auto self = weak.lock();
-        auto listener = self ? self->delegate.lock() : nullptr;
-        if (listener) listener->progressDidUpdate(*self, value, status);
+    tellDelegate([this, value = processPercent_, status](InitProcessUseCaseDelegate& listener) {
+        listener.progressDidUpdate(*this, value, status);
     });
 }
 

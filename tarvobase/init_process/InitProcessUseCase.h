@@ -9,7 +9,7 @@
 #include "tarvobase/init_process/steps/AppInitDataManager.h"
 #include "tarvobase/init_process/steps/CurrentUserStep.h"
 #include "tarvobase/metadata/PopulateRelatedModulesDM.h"
-#include "tarvobase/usecase/CommonErrorsOnMainQueue.h"
+#include "tarvobase/usecase/NoticesOnMainQueue.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
 
 namespace tarvo {

@@ -31,11 +31,7 @@ void InitRecordProcessUseCase::startInitRecordProcess() {
 
 void InitRecordProcessUseCase::allCustomViewRecordsRequestsCompleted() {
     defaultCustomViewRequestsCompleted_ = true;
-    CommonUtils::performAsyncInMain([weak = platform::weakSelf(this)] {
-        auto self = weak.lock();
-        auto listener = self ? self->delegate.lock() : nullptr;
-        if (listener) listener->initRecordProcessCompleted(*self);
-    });
+    tellDelegate([this](InitRecordProcessUseCaseDelegate& listener) { listener.initRecordProcessCompleted(*this); });
 }
 
 }  // namespace tarvo

@@ -5,7 +5,8 @@
 
 #include "tarvobase/init_process/InitRecordProcessDataManager.h"
 #include "tarvobase/init_process/steps/InitCVRecordsDM.h"
-#include "tarvobase/usecase/CommonErrorsOnMainQueue.h"
+#include "tarvobase/usecase/DelegateUseCase.h"
+#include "tarvobase/usecase/NoticesOnMainQueue.h"
 
 namespace tarvo {
 
@@ -21,7 +22,8 @@ public:
 /// The first records alone, for an account whose modules, metadata and views are stored already: what the step
 /// `initialRecords` of the first download does, without the steps around it. Modules that are done are not asked for
 /// again. Held by `shared_ptr`; when it is let go nothing more is told.
-class InitRecordProcessUseCase final : public CommonErrorsOnMainQueue {
+class InitRecordProcessUseCase final : public DelegateUseCase<InitRecordProcessUseCaseDelegate>,
+                                       public CommonErrorsOnMainQueue {
 public:
     InitRecordProcessUseCase(std::shared_ptr<InitRecordProcessDataManagerProtocol> initRecordProcessDataManager,
                              std::shared_ptr<InitCVRecordsDMP> customViewRecordsDataManager);
@@ -30,9 +32,6 @@ public:
         const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
         const std::shared_ptr<UserDefaultsProtocol>& userDefaults,
         std::shared_ptr<InitCVRecordsNSP> networkService = std::make_shared<InitCVRecordsNS>());
-
-    /// Set on the main queue or before the start.
-    std::weak_ptr<InitRecordProcessUseCaseDelegate> delegate;
 
     /// Creates the tables beforehand, or sets the counts back, for a host that needs it.
     const std::shared_ptr<InitRecordProcessDataManagerProtocol> initRecordProcessDataManager;

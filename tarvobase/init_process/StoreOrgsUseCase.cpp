@@ -1,6 +1,5 @@
 #include "tarvobase/init_process/StoreOrgsUseCase.h"
 
-#include "tarvobase/utils/CommonUtils.h"
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 
 namespace tarvo {
@@ -34,20 +33,10 @@ std::shared_ptr<StoreOrgsUseCase> StoreOrgsUseCase::make(std::shared_ptr<StoreOr
 }
 
 void StoreOrgsUseCase::storeOrgs() {
-    CommonUtils::performAsyncInBackground([weak = platform::weakSelf(this)] {
-        if (auto self = weak.lock()) self->dataManager->fetchAndStoreOrgs();
-    });
+    inBackground([manager = dataManager] { manager->fetchAndStoreOrgs(); });
 }
 
-void StoreOrgsUseCase::orgsStored() { tell(&StoreOrgsUseCaseDelegate::orgsStored); }
-void StoreOrgsUseCase::noOrgsFetched() { tell(&StoreOrgsUseCaseDelegate::noOrgsFetched); }
-
-void StoreOrgsUseCase::tell(void (StoreOrgsUseCaseDelegate::*operation)()) {
-    CommonUtils::performAsyncInMain([weak = platform::weakSelf(this), operation] {
-        auto self = weak.lock();
-        auto listener = self ? self->delegate.lock() : nullptr;
-        if (listener) (listener.get()->*operation)();
-    });
-}
+void StoreOrgsUseCase::orgsStored() { tellDelegate(&StoreOrgsUseCaseDelegate::orgsStored); }
+void StoreOrgsUseCase::noOrgsFetched() { tellDelegate(&StoreOrgsUseCaseDelegate::noOrgsFetched); }
 
 }  // namespace tarvo

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "tarvobase/init_process/steps/AppInitNetworkService.h"
+#include "tarvobase/usecase/DelegateUseCase.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/account/OrganisationPersistance.h"
 
@@ -38,12 +39,11 @@ private:
 /// Brings the list of organisations up to date. `storeOrgs` returns at once; its delegate hears exactly one of the two
 /// ends, unless it or the use case is gone. An answer without the organisations leaves the stored list alone and counts
 /// as a failure. Held by `shared_ptr`.
-class StoreOrgsUseCase final : public StoreOrgsDataManagerDelegate {
+class StoreOrgsUseCase final : public DelegateUseCase<StoreOrgsUseCaseDelegate>, public StoreOrgsDataManagerDelegate {
 public:
     static std::shared_ptr<StoreOrgsUseCase> make();
     static std::shared_ptr<StoreOrgsUseCase> make(std::shared_ptr<StoreOrgsDataManager> dataManager);
 
-    std::weak_ptr<StoreOrgsUseCaseDelegate> delegate;
     const std::shared_ptr<StoreOrgsDataManager> dataManager;
 
     void storeOrgs();
@@ -53,7 +53,6 @@ public:
 private:
     explicit StoreOrgsUseCase(std::shared_ptr<StoreOrgsDataManager> dataManager)
         : dataManager(std::move(dataManager)) {}
-    void tell(void (StoreOrgsUseCaseDelegate::*operation)());
 };
 
 }  // namespace tarvo

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "tarvobase/list_view/RecordsFetchDataManager.h"
-#include "tarvobase/usecase/CommonErrorsOnMainQueue.h"
 #include "tarvobase/usecase/DelegateUseCase.h"
+#include "tarvobase/usecase/NoticesOnMainQueue.h"
 
 namespace tarvo {
 
@@ -25,7 +25,8 @@ public:
 class GetRecordsUseCase final : public DelegateUseCase<GetRecordsUseCaseDelegate>,
                                 public GetRecordsUseCaseProtocol,
                                 public RecordsFetchDataManagerDelegate,
-                                public CommonErrorsOnMainQueue {
+                                public CommonErrorsOnMainQueue,
+                                public GetRecordsErrorsOnMainQueue {
 public:
     /// Over the database that is open at this moment.
     static std::shared_ptr<GetRecordsUseCase> make() { return make(RecordsFetchDataManager::current()); }
@@ -44,19 +45,12 @@ public:
     void record(const std::optional<Record>& record, const std::string& recordID, const Module& module,
                 const Value& miscData) override;
     void activityRecords(const Records& records, const RecordQuery& query) override;
-    void unableToConvertRecordFromDictionaryError() override;
-    void unableToGetIDForRecordError() override;
     std::shared_ptr<CommonErrorProtocol> nextCommonErrorProtocolResponder() override { return delegate.lock(); }
+    std::shared_ptr<GetRecordsErrorProtocol> nextGetRecordsErrorProtocolResponder() override { return delegate.lock(); }
 
 private:
     explicit GetRecordsUseCase(std::shared_ptr<RecordsFetchDataManagerProtocol> dataManager)
         : dataManager(std::move(dataManager)) {}
-    /// `work(dataManager)` in the background.
-    template <class Work>
-    void ask(Work work);
-    /// `notice(delegate)` on the main queue, while both are there.
-    template <class Notice>
-    void tell(Notice notice);
 };
 
 }  // namespace tarvo

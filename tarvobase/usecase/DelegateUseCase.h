@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -9,8 +10,8 @@
 namespace tarvo {
 
 /// Base of the use cases that answer a delegate. A question returns at once; the data manager is asked in the
-/// background, and the delegate hears the answer on the main queue, unless use case or delegate are gone by then.
-/// Held by `shared_ptr`.
+/// background, and the delegate hears the answer on the main queue, unless use case or delegate are gone by then. Both
+/// hops are here, so that no use case writes its own. Held by `shared_ptr`.
 template <class Delegate>
 class DelegateUseCase : public virtual platform::Object {
 public:
@@ -18,18 +19,35 @@ public:
     std::weak_ptr<Delegate> delegate;
 
 protected:
-    /// `work()` in the background, then `tell(delegate, result)`. Neither holds the use case.
+    /// The hop in: `work()` in the background. It does not hold the use case.
+    template <class Work>
+    void inBackground(Work work) {
+        CommonUtils::performAsyncInBackground([weak = platform::weakSelf(this), work = std::move(work)]() mutable {
+            if (!weak.expired()) work();
+        });
+    }
+    /// The hop out: `tell(delegate)` on the main queue. The use case lives while `tell` runs.
+    template <class Tell>
+    void tellDelegate(Tell tell) {
+        tellDelegateOf(platform::weakSelf(this), std::move(tell));
+    }
+    /// `work()` in the background, then `tell(delegate, result)` on the main queue. Neither holds the use case.
     template <class Work, class Tell>
     void answer(Work work, Tell tell) {
-        CommonUtils::performAsyncInBackground(
-            [weak = platform::weakSelf(this), work = std::move(work), tell = std::move(tell)]() mutable {
-                if (weak.expired()) return;
-                CommonUtils::performAsyncInMain([weak, result = work(), tell = std::move(tell)] {
-                    auto self = weak.lock();
-                    auto listener = self ? self->delegate.lock() : nullptr;
-                    if (listener) tell(*listener, result);
-                });
-            });
+        inBackground([weak = platform::weakSelf(this), work = std::move(work), tell = std::move(tell)]() mutable {
+            tellDelegateOf(weak,
+                           [result = work(), tell = std::move(tell)](Delegate& delegate) { tell(delegate, result); });
+        });
+    }
+
+private:
+    template <class Tell>
+    static void tellDelegateOf(std::weak_ptr<DelegateUseCase> weak, Tell tell) {
+        CommonUtils::performAsyncInMain([weak = std::move(weak), tell = std::move(tell)] {
+            auto self = weak.lock();
+            auto listener = self ? self->delegate.lock() : nullptr;
+            if (listener) std::invoke(tell, *listener);
+        });
     }
 };
 

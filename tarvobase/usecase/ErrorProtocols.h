@@ -6,13 +6,16 @@
 #include <string>
 #include <vector>
 
+#include "platform/Describe.h"
 #include "platform/Object.h"
+#include "tarvobase/usecase/Notice.h"
 
 /// The failure notices of delegate use cases. Every operation is empty unless overridden. Use cases call their
 /// delegates' notices on the main queue; between service, data manager and use case they come on the queue of the work.
 ///
 /// A class `...WithChaining` passes each notice, with the same arguments, to its next responder if there is one. So
 /// failures bubble from a network service through its data manager to the use case and from there to its delegate.
+/// Whoever treats all notices of an interface alike derives from its `...Relay`.
 namespace tarvo {
 
 class CommonErrorProtocol : public virtual platform::Object {
@@ -30,27 +33,56 @@ public:
     }
 };
 
-class CommonErrorProtocolWithChaining : public virtual CommonErrorProtocol {
+/// In the order of their names, in which lists of failures show them.
+enum class CommonError {
+    networkIdentifierError,
+    networkParamsError,
+    networkResponseError,
+    noAuthtoken,
+    parsingError,
+    unableToGetMetadata
+};
+
+template <>
+struct EnumCases<CommonError> {
+    static constexpr EnumCase<CommonError> cases[] = {{CommonError::networkIdentifierError, "networkIdentifierError"},
+                                                      {CommonError::networkParamsError, "networkParamsError"},
+                                                      {CommonError::networkResponseError, "networkResponseError"},
+                                                      {CommonError::noAuthtoken, "noAuthtoken"},
+                                                      {CommonError::parsingError, "parsingError"},
+                                                      {CommonError::unableToGetMetadata, "unableToGetMetadata"}};
+};
+
+using CommonErrorNotice = Notice<CommonErrorProtocol, CommonError>;
+
+class CommonErrorRelay : public NoticeRelay<CommonErrorNotice> {
+public:
+    void parsingError() override { relayCall(CommonError::parsingError, &CommonErrorProtocol::parsingError); }
+    void networkResponseError() override {
+        relayCall(CommonError::networkResponseError, &CommonErrorProtocol::networkResponseError);
+    }
+    void networkParamsError() override {
+        relayCall(CommonError::networkParamsError, &CommonErrorProtocol::networkParamsError);
+    }
+    void networkIdentifierError() override {
+        relayCall(CommonError::networkIdentifierError, &CommonErrorProtocol::networkIdentifierError);
+    }
+    void noAuthtoken(const std::string& brenuid) override {
+        relayCall(CommonError::noAuthtoken, &CommonErrorProtocol::noAuthtoken, argument("brenuid", brenuid));
+    }
+    void unableToGetMetadata(const std::string& moduleName, const std::string& crmColumnName) override {
+        relayCall(CommonError::unableToGetMetadata, &CommonErrorProtocol::unableToGetMetadata,
+                  argument("moduleName", moduleName), argument("crmColumnName", crmColumnName));
+    }
+};
+
+class CommonErrorProtocolWithChaining : public CommonErrorRelay {
 public:
     virtual std::shared_ptr<CommonErrorProtocol> nextCommonErrorProtocolResponder() = 0;
 
-    void parsingError() override {
-        if (auto next = nextCommonErrorProtocolResponder()) next->parsingError();
-    }
-    void networkResponseError() override {
-        if (auto next = nextCommonErrorProtocolResponder()) next->networkResponseError();
-    }
-    void networkParamsError() override {
-        if (auto next = nextCommonErrorProtocolResponder()) next->networkParamsError();
-    }
-    void networkIdentifierError() override {
-        if (auto next = nextCommonErrorProtocolResponder()) next->networkIdentifierError();
-    }
-    void noAuthtoken(const std::string& brenuid) override {
-        if (auto next = nextCommonErrorProtocolResponder()) next->noAuthtoken(brenuid);
-    }
-    void unableToGetMetadata(const std::string& moduleName, const std::string& crmColumnName) override {
-        if (auto next = nextCommonErrorProtocolResponder()) next->unableToGetMetadata(moduleName, crmColumnName);
+protected:
+    void relay(const Notice& notice) override {
+        if (auto next = nextCommonErrorProtocolResponder()) notice.repeatOn(*next);
     }
 };
 
@@ -62,21 +94,40 @@ public:
     virtual void unableToReadFile() {}
 };
 
-class FileDownloadErrorProtocolWithChaining : public virtual FileDownloadErrorProtocol {
+enum class FileDownloadError { unableToWriteToDisc, unableToCreateDirectory, photosDirectoryNotSet, unableToReadFile };
+
+template <>
+struct EnumCases<FileDownloadError> {
+    static constexpr EnumCase<FileDownloadError> cases[] = {
+        {FileDownloadError::unableToWriteToDisc, "unableToWriteToDisc"},
+        {FileDownloadError::unableToCreateDirectory, "unableToCreateDirectory"},
+        {FileDownloadError::photosDirectoryNotSet, "photosDirectoryNotSet"},
+        {FileDownloadError::unableToReadFile, "unableToReadFile"}};
+};
+
+class FileDownloadErrorRelay : public NoticeRelay<Notice<FileDownloadErrorProtocol, FileDownloadError>> {
+public:
+    void unableToWriteToDisc() override {
+        relayCall(FileDownloadError::unableToWriteToDisc, &FileDownloadErrorProtocol::unableToWriteToDisc);
+    }
+    void unableToCreateDirectory() override {
+        relayCall(FileDownloadError::unableToCreateDirectory, &FileDownloadErrorProtocol::unableToCreateDirectory);
+    }
+    void photosDirectoryNotSet() override {
+        relayCall(FileDownloadError::photosDirectoryNotSet, &FileDownloadErrorProtocol::photosDirectoryNotSet);
+    }
+    void unableToReadFile() override {
+        relayCall(FileDownloadError::unableToReadFile, &FileDownloadErrorProtocol::unableToReadFile);
+    }
+};
+
+class FileDownloadErrorProtocolWithChaining : public FileDownloadErrorRelay {
 public:
     virtual std::shared_ptr<FileDownloadErrorProtocol> nextFileDownloadErrorProtocolResponder() = 0;
 
-    void unableToWriteToDisc() override {
-        if (auto next = nextFileDownloadErrorProtocolResponder()) next->unableToWriteToDisc();
-    }
-    void unableToCreateDirectory() override {
-        if (auto next = nextFileDownloadErrorProtocolResponder()) next->unableToCreateDirectory();
-    }
-    void photosDirectoryNotSet() override {
-        if (auto next = nextFileDownloadErrorProtocolResponder()) next->photosDirectoryNotSet();
-    }
-    void unableToReadFile() override {
-        if (auto next = nextFileDownloadErrorProtocolResponder()) next->unableToReadFile();
+protected:
+    void relay(const Notice& notice) override {
+        if (auto next = nextFileDownloadErrorProtocolResponder()) notice.repeatOn(*next);
     }
 };
 
@@ -87,18 +138,41 @@ public:
     virtual void unableToGetIDForRecordError() {}
 };
 
-class GetRecordsErrorProtocolWithChaining : public virtual GetRecordsErrorProtocol {
+enum class GetRecordsError {
+    relatedModuleIsNilError,
+    unableToConvertRecordFromDictionaryError,
+    unableToGetIDForRecordError
+};
+
+template <>
+struct EnumCases<GetRecordsError> {
+    static constexpr EnumCase<GetRecordsError> cases[] = {
+        {GetRecordsError::relatedModuleIsNilError, "relatedModuleIsNilError"},
+        {GetRecordsError::unableToConvertRecordFromDictionaryError, "unableToConvertRecordFromDictionaryError"},
+        {GetRecordsError::unableToGetIDForRecordError, "unableToGetIDForRecordError"}};
+};
+
+class GetRecordsErrorRelay : public NoticeRelay<Notice<GetRecordsErrorProtocol, GetRecordsError>> {
+public:
+    void relatedModuleIsNilError() override {
+        relayCall(GetRecordsError::relatedModuleIsNilError, &GetRecordsErrorProtocol::relatedModuleIsNilError);
+    }
+    void unableToConvertRecordFromDictionaryError() override {
+        relayCall(GetRecordsError::unableToConvertRecordFromDictionaryError,
+                  &GetRecordsErrorProtocol::unableToConvertRecordFromDictionaryError);
+    }
+    void unableToGetIDForRecordError() override {
+        relayCall(GetRecordsError::unableToGetIDForRecordError, &GetRecordsErrorProtocol::unableToGetIDForRecordError);
+    }
+};
+
+class GetRecordsErrorProtocolWithChaining : public GetRecordsErrorRelay {
 public:
     virtual std::shared_ptr<GetRecordsErrorProtocol> nextGetRecordsErrorProtocolResponder() = 0;
 
-    void relatedModuleIsNilError() override {
-        if (auto next = nextGetRecordsErrorProtocolResponder()) next->relatedModuleIsNilError();
-    }
-    void unableToConvertRecordFromDictionaryError() override {
-        if (auto next = nextGetRecordsErrorProtocolResponder()) next->unableToConvertRecordFromDictionaryError();
-    }
-    void unableToGetIDForRecordError() override {
-        if (auto next = nextGetRecordsErrorProtocolResponder()) next->unableToGetIDForRecordError();
+protected:
+    void relay(const Notice& notice) override {
+        if (auto next = nextGetRecordsErrorProtocolResponder()) notice.repeatOn(*next);
     }
 };
 
@@ -107,12 +181,28 @@ public:
     virtual void noteObjectNotPassedError() {}
 };
 
-class AttachmentsErrorProtocolWithChaining : public virtual AttachmentsErrorProtocol {
+enum class AttachmentsError { noteObjectNotPassedError };
+
+template <>
+struct EnumCases<AttachmentsError> {
+    static constexpr EnumCase<AttachmentsError> cases[] = {
+        {AttachmentsError::noteObjectNotPassedError, "noteObjectNotPassedError"}};
+};
+
+class AttachmentsErrorRelay : public NoticeRelay<Notice<AttachmentsErrorProtocol, AttachmentsError>> {
+public:
+    void noteObjectNotPassedError() override {
+        relayCall(AttachmentsError::noteObjectNotPassedError, &AttachmentsErrorProtocol::noteObjectNotPassedError);
+    }
+};
+
+class AttachmentsErrorProtocolWithChaining : public AttachmentsErrorRelay {
 public:
     virtual std::shared_ptr<AttachmentsErrorProtocol> nextAttachmentsErrorProtocolResponder() = 0;
 
-    void noteObjectNotPassedError() override {
-        if (auto next = nextAttachmentsErrorProtocolResponder()) next->noteObjectNotPassedError();
+protected:
+    void relay(const Notice& notice) override {
+        if (auto next = nextAttachmentsErrorProtocolResponder()) notice.repeatOn(*next);
     }
 };
 
@@ -137,12 +227,28 @@ public:
     }
 };
 
-class SearchErrorProtocolWithChaining : public virtual SearchErrorProtocol {
+enum class SearchError { recordNotFound };
+
+template <>
+struct EnumCases<SearchError> {
+    static constexpr EnumCase<SearchError> cases[] = {{SearchError::recordNotFound, "recordNotFound"}};
+};
+
+class SearchErrorRelay : public NoticeRelay<Notice<SearchErrorProtocol, SearchError>> {
+public:
+    void recordNotFound(const std::string& forKeyword, const std::string& moduleName) override {
+        relayCall(SearchError::recordNotFound, &SearchErrorProtocol::recordNotFound, argument("forKeyword", forKeyword),
+                  argument("moduleName", moduleName));
+    }
+};
+
+class SearchErrorProtocolWithChaining : public SearchErrorRelay {
 public:
     virtual std::shared_ptr<SearchErrorProtocol> nextSearchErrorProtocolResponder() = 0;
 
-    void recordNotFound(const std::string& forKeyword, const std::string& moduleName) override {
-        if (auto next = nextSearchErrorProtocolResponder()) next->recordNotFound(forKeyword, moduleName);
+protected:
+    void relay(const Notice& notice) override {
+        if (auto next = nextSearchErrorProtocolResponder()) notice.repeatOn(*next);
     }
 };
 

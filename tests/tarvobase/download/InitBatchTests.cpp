@@ -13,6 +13,7 @@
 #include "tests/tarvobase/Fixture.h"
 #include "tests/tarvobase/MetadataTables.h"
 #include "tests/tarvobase/MetadataWire.h"
+#include "tests/tarvobase/NoticeListener.h"
 
 namespace tarvo {
 namespace {
@@ -36,15 +37,13 @@ Names namesOf(const ModuleBatch::Batches& batches) {
 /// Hears of a step, whatever the queue.
 class Runner final : public DownloadProgressible,
                      public CustomViewChangedObserver,
+                     public NoticeListener<CommonErrorRelay>,
                      public InitRecordProcessUseCaseDelegate {
 public:
     void didComplete(Downloadable&, bool status) override { add(status ? "complete" : "failed"); }
     void progressDidUpdate(Downloadable&, int current, int total) override {
         add(std::to_string(current) + "/" + std::to_string(total));
     }
-    void parsingError() override { add("parsingError"); }
-    void networkResponseError() override { add("networkResponseError"); }
-    void noAuthtoken(const std::string& account) override { add("noAuthtoken " + account); }
     void customViewChanged(const Names& viewIDs, const std::string& moduleName) override {
         add(moduleName + ": " + text::join(viewIDs, " "));
     }
@@ -55,6 +54,7 @@ public:
     }
 
 private:
+    void noticed(const std::string& notice) override { add(notice); }
     void add(std::string event) {
         std::lock_guard lock(mutex_);
         events_.push_back(std::move(event));

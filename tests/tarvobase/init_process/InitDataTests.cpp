@@ -10,6 +10,7 @@
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 #include "tests/tarvobase/AccountTables.h"
 #include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/NoticeListener.h"
 
 namespace tarvo {
 namespace {
@@ -70,12 +71,12 @@ public:
     int completed = 0;
 };
 
-class HeardFailures final : public CommonErrorProtocol {
+class HeardFailures final : public NoticeListener<CommonErrorRelay> {
 public:
-    void parsingError() override { notices += "parsing;"; }
-    void networkResponseError() override { notices += "network;"; }
-    void noAuthtoken(const std::string& brenuid) override { notices += "no token of " + brenuid + ";"; }
     std::string notices;
+
+private:
+    void noticed(const std::string& notice) override { notices += notice + ";"; }
 };
 
 class InitDataTest : public FoundationTest {
@@ -167,13 +168,13 @@ TEST_F(InitDataTest, StoresTheWholeAnswer) {
 
 TEST_F(InitDataTest, AFailureReachesTheHostOnce) {
     EXPECT_EQ(run("no envelope"), 0);
-    EXPECT_EQ(std::exchange(failures->notices, ""), "parsing;");
+    EXPECT_EQ(std::exchange(failures->notices, ""), "parsingError;");
     network->fail(NetworkError::Kind::timeout);
     EXPECT_EQ(run(""), 0);
-    EXPECT_EQ(std::exchange(failures->notices, ""), "network;");
+    EXPECT_EQ(std::exchange(failures->notices, ""), "networkResponseError;");
     signIn("1001", std::nullopt);
     EXPECT_EQ(run(""), 0);
-    EXPECT_EQ(failures->notices, "no token of 1001;");
+    EXPECT_EQ(failures->notices, "noAuthtoken 1001;");
 }
 
 TEST_F(InitDataTest, ReadsUserDetails) {

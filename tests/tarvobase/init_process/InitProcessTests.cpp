@@ -6,6 +6,7 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/InitialProcessComplete.h"
 #include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/NoticeListener.h"
 
 namespace tarvo {
 namespace {
@@ -53,7 +54,9 @@ public:
     void populateLookupColumn() override { events.push_back("lookups"); }
 };
 
-class Host final : public InitProcessUseCaseDelegate, public InitialProcessComplete {
+class Host final : public InitProcessUseCaseDelegate,
+                   public NoticeListener<CommonErrorRelay>,
+                   public InitialProcessComplete {
 public:
     void initProcessCompleted(InitProcessUseCaseProtocol&) override {
         EXPECT_NE(std::this_thread::get_id(), mainThread);
@@ -65,10 +68,6 @@ public:
         percentages.push_back(value);
         failures += !isSucess;
     }
-    void parsingError() override {
-        EXPECT_EQ(std::this_thread::get_id(), mainThread);
-        events.push_back("parsingError");
-    }
     void initialProcessComplete(const std::string& userId) override { events.push_back("complete for " + userId); }
 
     const std::thread::id mainThread = std::this_thread::get_id();
@@ -76,6 +75,12 @@ public:
     bool letGoWhenCompleted = false;
     std::vector<double> percentages;
     int failures = 0;
+
+private:
+    void noticed(const std::string& notice) override {
+        EXPECT_EQ(std::this_thread::get_id(), mainThread);
+        events.push_back(notice);
+    }
 };
 
 class InitProcessTest : public FoundationTest {

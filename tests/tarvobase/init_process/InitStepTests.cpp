@@ -7,6 +7,7 @@
 #include "tarvobase/metadata/MetadataStores.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/NoticeListener.h"
 
 namespace tarvo {
 namespace {
@@ -35,16 +36,16 @@ const std::string pipelineRows = R"([["P1","Std","Standard",[["Open","Opened","1
     ["S2","Won","Won",  "Closed Won"],["S3","n","d","Sometimes"],["S4","n","d"],"row"])";
 
 /// Hears of the end of steps and of failures.
-class StepListener final : public DownloadProgressible, public CommonErrorProtocol {
+class StepListener final : public DownloadProgressible, public NoticeListener<CommonErrorRelay> {
 public:
     void didComplete(Downloadable& step, bool status) override {
         ended = std::string(rawText(step.processName())) + (status ? " true" : " false");
     }
     void progressDidUpdate(Downloadable&, int, int) override {}
-    void parsingError() override { told += "parsing "; }
-    void networkResponseError() override { told += "network "; }
-    void noAuthtoken(const std::string& brenuid) override { told += "token of " + brenuid; }
     std::string ended, told;
+
+private:
+    void noticed(const std::string& notice) override { told += notice; }
 };
 
 /// Keeps the call until the test answers it.
@@ -174,7 +175,7 @@ TEST_F(InitStepTest, AnAnswerIsStoredWholeOrLeavesTheFlagClear) {
         EXPECT_EQ(execute(one.process), name + (one.well ? " true" : " false")) << one.answer;
         EXPECT_EQ(stored(one.process), one.rows) << one.answer;
         EXPECT_EQ(flag(one.process), one.well) << one.answer;
-        EXPECT_EQ(listener->told, one.well ? "" : "parsing ") << one.answer;
+        EXPECT_EQ(listener->told, one.well ? "" : "parsingError") << one.answer;
         EXPECT_EQ(std::exchange(closures, ""), one.well ? "success " : "failure ");
     }
     auto sent = network->calls().size();
@@ -204,11 +205,11 @@ TEST_F(InitStepTest, AsksForWhatIsStoredAndTellsOfRequestsWithoutAnAnswer) {
     makeTables();
     network->fail(Kind::timeout);
     EXPECT_EQ(execute(permission), "permission false");
-    EXPECT_EQ(listener->told, "network ");
+    EXPECT_EQ(listener->told, "networkResponseError");
     stores().users()->storeUser({.id = "U1", .BrenUID = "1001", .profileID = "P1"});
     network->fail(Kind::notSent);
     EXPECT_EQ(execute(permission), "permission false");
-    EXPECT_EQ(listener->told, "token of 1001");
+    EXPECT_EQ(listener->told, "noAuthtoken 1001");
     network->fail(Kind::shutDown);
     EXPECT_EQ(execute(pipelines), "") << "a run that is cut off has not come to its end";
     run("DELETE FROM MODULE_LAYOUT_INFO WHERE module_name = 'Deals'");

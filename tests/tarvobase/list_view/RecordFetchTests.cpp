@@ -6,6 +6,7 @@
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tests/tarvobase/MetadataFixture.h"
+#include "tests/tarvobase/NoticeListener.h"
 
 namespace tarvo {
 namespace {
@@ -21,7 +22,9 @@ std::string fetchedIds(const std::optional<std::vector<Record>>& records) {
 }
 
 /// Keeps what it hears, in order.
-class Heard final : public GetRecordsUseCaseDelegate {
+class Heard final : public GetRecordsUseCaseDelegate,
+                    public NoticeListener<CommonErrorRelay>,
+                    public NoticeListener<GetRecordsErrorRelay> {
 public:
     using RecordsFetchDataManagerDelegate::record;
     void record(const Records& records, const RecordQuery&, const Value& miscData) override {
@@ -33,12 +36,10 @@ public:
                         miscData.toText().value_or(""));
     }
     void activityRecords(const Records& records, const RecordQuery&) override { lines.push_back(fetchedIds(records)); }
-    void parsingError() override { lines.push_back("parsingError"); }
-    void networkResponseError() override { lines.push_back("networkResponseError"); }
-    void noAuthtoken(const std::string& user) override { lines.push_back("noAuthtoken " + user); }
-    void unableToConvertRecordFromDictionaryError() override { lines.push_back("not converted"); }
-    void unableToGetIDForRecordError() override { lines.push_back("no id"); }
     std::vector<std::string> lines;
+
+private:
+    void noticed(const std::string& notice) override { lines.push_back(notice); }
 };
 
 class RecordFetchTest : public MetadataTest {
@@ -184,8 +185,8 @@ TEST_F(RecordFetchTest, ARecordIsToldAsStoredAndThenAsTheServerHasIt) {
         {answer("", R"(,"data":[[["id","7"],["Company","Acme"]]])"), {"7: none it", "7: Acme it"}},
         {"<html>", {"7: Acme it", "parsingError"}},
         {answer("", R"(,"error":["crmNO_PERMISSION","no"])"), {"7: Acme it", "parsingError"}},
-        {answer(R"(,"nodata":true)", ""), {"7: Acme it", "not converted"}},
-        {answer("", R"(,"data":[[["Company","Nobody's"]]])"), {"7: Acme it", "no id"}},
+        {answer(R"(,"nodata":true)", ""), {"7: Acme it", "unableToConvertRecordFromDictionaryError"}},
+        {answer("", R"(,"data":[[["Company","Nobody's"]]])"), {"7: Acme it", "unableToGetIDForRecordError"}},
         {answer("", R"(,"data":[[["id","7"],["Company","\"Zylker\""]]])"), {"7: Acme it", "7: \"Zylker\" it"}},
     };
     for (auto& one : cases) {

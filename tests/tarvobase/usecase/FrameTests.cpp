@@ -4,6 +4,7 @@
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/ModuleInDatabase.h"
 #include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/NoticeListener.h"
 
 namespace tarvo {
 namespace {
@@ -132,15 +133,8 @@ public:
 };
 
 TEST_F(FrameTest, FailuresBubbleAlongTheChainAndEndWithAGoneResponder) {
-    struct Heard final : CommonErrorProtocol {
-        void parsingError() override { events.push_back("parsing"); }
-        void networkResponseError() override { events.push_back("response"); }
-        void networkParamsError() override { events.push_back("params"); }
-        void networkIdentifierError() override { events.push_back("identifier"); }
-        void noAuthtoken(const std::string& user) override { events.push_back("token " + user); }
-        void unableToGetMetadata(const std::string& module, const std::string& column) override {
-            events.push_back(module + " " + column);
-        }
+    struct Heard final : NoticeListener<CommonErrorRelay> {
+        void noticed(const std::string& notice) override { events.push_back(notice); }
         std::vector<std::string> events;
     };
     auto heard = std::make_shared<Heard>();
@@ -155,7 +149,8 @@ TEST_F(FrameTest, FailuresBubbleAlongTheChainAndEndWithAGoneResponder) {
         lower->unableToGetMetadata("Leads", "ID");
     };
     tellAll();
-    std::vector<std::string> expected{"parsing", "response", "params", "identifier", "token 7", "Leads ID"};
+    std::vector<std::string> expected{"parsingError",           "networkResponseError", "networkParamsError",
+                                      "networkIdentifierError", "noAuthtoken 7",        "unableToGetMetadata Leads ID"};
     EXPECT_EQ(heard->events, expected);
     upper.reset();
     tellAll();
