@@ -2,10 +2,9 @@
 
 #include <functional>
 #include <memory>
-#include <string>
+#include <optional>
 #include <vector>
 
-#include "bridge/Recorder.h"
 #include "tarvobase/init_process/InitProcessAssembler.h"
 
 namespace tarvo::bridge {
@@ -18,13 +17,18 @@ class StepWatch;
 class FirstDownload final : public platform::Object {
 public:
     enum class StepEvent { progressed, completed, failed };
-    /// Who hears of it, on the main queue. Each may be absent.
+    /// What a step reported. `why` is the notice of a failure, absent for a step that failed without one.
+    struct StepReport {
+        Process step;
+        StepEvent event;
+        std::optional<CommonError> why{};
+    };
+    /// What is called on the main queue. Each may be absent.
     struct Listeners {
-        /// Every operation of the run's delegate, by name.
-        Recorder::Listener notice;
-        /// What a step reported; `why` is the notice of a failure, empty for a step that failed without one.
-        std::function<void(Process step, StepEvent event, const std::string& why)> step;
-        /// Once, behind the last percentage. False when the run stays.
+        /// The delegate of the run. All its operations come on the main queue, also `initProcessCompleted`.
+        std::shared_ptr<InitProcessUseCaseDelegate> delegate;
+        std::function<void(const StepReport& report)> step;
+        /// Called once, after the last percentage, with false when the run stays.
         std::function<void(bool completed)> ended;
     };
 
@@ -35,12 +39,15 @@ public:
 private:
     explicit FirstDownload(Listeners listeners) : listeners_(std::move(listeners)) {}
     void watch(Downloadable& step, const std::shared_ptr<InitProcessUseCase>& run);
-    void noticeTold(std::string_view name, ValueMap arguments);
-    void stepTold(Process step, StepEvent event, const std::string& why);
+    void runCompleted();
+    void progressed(double percent, bool isSucess);
+    void stepReported(const StepReport& report);
     void end(bool completed);
 
+    class RunDelegate;
+
     const Listeners listeners_;
-    std::shared_ptr<platform::Object> recorder_;
+    std::shared_ptr<RunDelegate> runDelegate_;
     std::vector<std::shared_ptr<StepWatch>> watches_;
     std::shared_ptr<InitProcessUseCase> run_;
     bool isCompleted_ = false, hasEnded_ = false;

@@ -54,17 +54,14 @@ std::shared_ptr<UseCase> answeringOnce(std::shared_ptr<UseCase> usecase, const C
     return usecase;
 }
 
-/// The failures that every delegate operation may report.
-class CommonErrorRecorder : public virtual Recorder, public virtual CommonErrorProtocol {
-public:
-    void parsingError() override { told("parsingError"); }
-    void networkResponseError() override { told("networkResponseError"); }
-    void networkParamsError() override { told("networkParamsError"); }
-    void networkIdentifierError() override { told("networkIdentifierError"); }
-    void noAuthtoken(const std::string& brenuid) override { told("noAuthtoken", {{"brenuid", toJson(brenuid)}}); }
-    void unableToGetMetadata(const std::string& moduleName, const std::string& crmColumnName) override {
-        told("unableToGetMetadata", {{"moduleName", toJson(moduleName)}, {"crmColumnName", toJson(crmColumnName)}});
-    }
+/// The failures of an error interface as lines, `Relay` being its relay.
+template <class Relay>
+class ErrorRecorder : public virtual Recorder, public Relay {
+protected:
+    void relay(const typename Relay::Notice& notice) override { told(caseName(notice.kind), notice.arguments); }
 };
+
+/// The failures that every delegate operation may report.
+using CommonErrorRecorder = ErrorRecorder<CommonErrorRelay>;
 
 }  // namespace tarvo::bridge

@@ -2,19 +2,18 @@
 
 #include <functional>
 #include <memory>
-#include <string>
+#include <optional>
 
-#include "platform/Value.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
 
 namespace tarvo::host {
 
-/// How the init step ended: the one operation of its delegates that it called.
+/// How the init step ended: what it brought is stored, or a failure was reported.
 struct InitOutcome {
-    std::string notice;
-    ValueMap arguments;
+    std::optional<CommonErrorNotice> failure{};
 
-    bool isStored() const;
+    bool isStored() const { return !failure; }
 };
 
 /// Makes the init call and stores what it brings. `whenEnded` is called exactly once, on the network queue, when the

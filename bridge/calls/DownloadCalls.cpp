@@ -1,4 +1,5 @@
 #include "bridge/FirstDownload.h"
+#include "bridge/Recorder.h"
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/RecordForms.h"
 #include "tarvobase/configuration/CommonConfigration.h"
@@ -25,14 +26,22 @@ std::shared_ptr<DatabaseAdapter> databaseFor(const CallPtr& call) {
     return database;
 }
 
+class DownloadRecorder final : public CommonErrorRecorder, public InitProcessUseCaseDelegate {
+public:
+    void initProcessCompleted(InitProcessUseCaseProtocol&) override { told("initProcessCompleted"); }
+    void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
+        told("progressDidUpdate", {{"value", value}, {"isSucess", isSucess}});
+    }
+};
+
 void startInitProcess(const DownloadRequest& request, const CallPtr& call) {
     auto database = databaseFor(call);
     if (!database) return;
     auto steps = request.pipelines ? InitSteps::all : InitSteps::withoutPipelines;
-    auto notice = [call](std::string_view name, ValueMap arguments) { call->delegate(name, std::move(arguments)); };
     // Also a run that stays has ended for the caller.
     auto ended = [call](bool) { call->finish(); };
-    call->keepUntilEnd(FirstDownload::start(database, steps, {.notice = notice, .step = nullptr, .ended = ended}));
+    call->keepUntilEnd(FirstDownload::start(
+        database, steps, {.delegate = recorderFor<DownloadRecorder>(call), .step = nullptr, .ended = ended}));
 }
 
 class RecordDownloadRecorder final : public CommonErrorRecorder, public InitRecordProcessUseCaseDelegate {

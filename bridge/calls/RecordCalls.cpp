@@ -37,7 +37,9 @@ struct OpenRequest : RecordQueryTold {
     }
 };
 
-class RecordsRecorder final : public CommonErrorRecorder, public GetRecordsUseCaseDelegate {
+class RecordsRecorder final : public CommonErrorRecorder,
+                              public ErrorRecorder<GetRecordsErrorRelay>,
+                              public GetRecordsUseCaseDelegate {
 public:
     void record(const Records& records, const RecordQuery& query, const Value& miscData) override {
         told("record", {{"records", toJson(records)},
@@ -54,9 +56,6 @@ public:
     void activityRecords(const Records& records, const RecordQuery& query) override {
         told("activityRecords", {{"records", toJson(records)}, {"moduleName", toJson(query.module.moduleName)}});
     }
-    void relatedModuleIsNilError() override { told("relatedModuleIsNilError"); }
-    void unableToConvertRecordFromDictionaryError() override { told("unableToConvertRecordFromDictionaryError"); }
-    void unableToGetIDForRecordError() override { told("unableToGetIDForRecordError"); }
 };
 
 /// The stored record is told first, and then the server's or what failed.

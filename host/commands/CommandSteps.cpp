@@ -57,7 +57,7 @@ std::vector<std::string> storedModuleNames(const std::shared_ptr<DatabaseAdapter
 std::optional<std::string> fetchModules(Host& host) {
     auto outcome = awaited<InitOutcome>([&](auto whenEnded) { return runInitStep(host.database(), whenEnded); });
     if (!outcome) return "the server did not answer in time";
-    return outcome->isStored() ? std::nullopt : std::optional(explanationOf(outcome->notice));
+    return outcome->isStored() ? std::nullopt : std::optional(explanationOf(outcome->failure->kind));
 }
 
 std::optional<int> findModule(Host& host, const Arguments& arguments, const char* tokenNeeded) {
@@ -142,11 +142,17 @@ std::optional<std::string> fetchViews(Host& host, const std::string& moduleName)
     return fetchFor(host.database(), moduleName, runViewDownload);
 }
 
-std::string explanationOf(const std::string& notice) {
-    if (notice == "networkResponseError") return "the server did not answer";
-    if (notice == "parsingError") return "the server's answer cannot be used; the token may be wrong";
-    if (notice == "noAuthtoken") return "the account has no token";
-    return "the server's data could not be fetched (" + notice + ")";
+std::string explanationOf(CommonError error) {
+    switch (error) {
+        case CommonError::networkResponseError:
+            return "the server did not answer";
+        case CommonError::parsingError:
+            return "the server's answer cannot be used; the token may be wrong";
+        case CommonError::noAuthtoken:
+            return "the account has no token";
+        default:
+            return "the server's data could not be fetched (" + std::string(caseName(error)) + ")";
+    }
 }
 
 int print(const std::string& text) {

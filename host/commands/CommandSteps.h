@@ -10,6 +10,7 @@
 #include "platform/MainQueue.h"
 #include "platform/Result.h"
 #include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/field/FieldList.h"
 #include "tarvobase/value_objects/view/ColumnFilter.h"
 #include "tarvobase/value_objects/view/CustomView.h"
@@ -57,8 +58,8 @@ std::string comparatorOf(const ColumnFilter& filter);
 /// Why the metadata, or the views, of a stored module could not be fetched, or nothing.
 std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName);
 std::optional<std::string> fetchViews(Host& host, const std::string& moduleName);
-/// A notice of a failed fetch as part of a line.
-std::string explanationOf(const std::string& notice);
+/// The reason of a failed fetch as part of a line.
+std::string explanationOf(CommonError error);
 /// Writes to standard output and gives the exit status.
 int print(const std::string& text);
 

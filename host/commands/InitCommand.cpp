@@ -6,6 +6,7 @@
 #include <set>
 
 #include "bridge/FirstDownload.h"
+#include "bridge/forms/JsonForm.h"
 #include "host/commands/CommandSteps.h"
 #include "host/commands/Console.h"
 #include "host/commands/Progress.h"
@@ -40,11 +41,23 @@ std::int64_t bytesOf(const std::string& path) {
     return static_cast<std::int64_t>(bytes);
 }
 
+using Reasons = std::map<std::optional<CommonError>, int>;
+
 /// How a run went.
 struct RunOutcome {
     bool isCompleted = false;
-    /// Why steps failed: the notices of each, with how often they came.
-    std::map<Process, std::map<std::string, int>> failures;
+    /// Why steps failed, with how often; without a reason where a step gave none.
+    std::map<Process, Reasons> failures;
+};
+
+class PercentageListener final : public InitProcessUseCaseDelegate {
+public:
+    explicit PercentageListener(std::function<void(double percent)> progressed) : progressed_(std::move(progressed)) {}
+    void initProcessCompleted(InitProcessUseCaseProtocol&) override {}
+    void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool) override { progressed_(value); }
+
+private:
+    const std::function<void(double percent)> progressed_;
 };
 
 /// One run, shown while it goes on.
@@ -56,8 +69,8 @@ public:
     std::optional<RunOutcome> run() {
         auto download = FirstDownload::start(
             database_, InitSteps::all,
-            {.notice = [this](auto name, auto arguments) { noticeTold(name, arguments); },
-             .step = [this](auto step, auto event, auto& why) { stepTold(step, event, why); },
+            {.delegate = std::make_shared<PercentageListener>([this](double percent) { progressed(percent); }),
+             .step = [this](auto& report) { stepReported(report); },
              .ended = [this](bool completed) { hasEnded_ = true, outcome_.isCompleted = completed; }});
         while (!hasEnded_) {
             auto seen = reports_;
@@ -68,21 +81,22 @@ public:
     }
 
 private:
-    void noticeTold(std::string_view name, const ValueMap& arguments) {
+    void progressed(double percent) {
         ++reports_;
-        if (name != "progressDidUpdate") return;
-        percent_ = arguments.valueOf("value").toReal().value_or(percent_);
+        percent_ = percent;
         show();
     }
 
-    void stepTold(Process step, FirstDownload::StepEvent event, const std::string& why) {
-        using Event = FirstDownload::StepEvent;
+    void stepReported(const FirstDownload::StepReport& report) {
         ++reports_;
-        step_ = step;
-        auto told = outcome_.failures.find(step);
-        // A step that reports its end as failed has mostly told why before.
-        if (event == Event::failed && (!why.empty() || told == outcome_.failures.end())) ++outcome_.failures[step][why];
+        step_ = report.step;
+        if (report.event == FirstDownload::StepEvent::failed) noteFailure(report);
         show();
+    }
+
+    /// A step that reports its end as failed has mostly given its reason before.
+    void noteFailure(const FirstDownload::StepReport& report) {
+        if (report.why || !outcome_.failures.contains(report.step)) ++outcome_.failures[report.step][report.why];
     }
 
     void show() {
@@ -121,10 +135,10 @@ struct Summary {
     }
 };
 
-std::string stepExplanation(Process step, const std::map<std::string, int>& notices) {
+std::string stepExplanation(Process step, const Reasons& reasonsOfStep) {
     std::vector<std::string> reasons;
-    for (auto& [why, times] : notices)
-        reasons.push_back((why.empty() ? "not done" : explanationOf(why)) +
+    for (auto& [why, times] : reasonsOfStep)
+        reasons.push_back((why ? explanationOf(*why) : "not done") +
                           (times > 1 ? " (" + std::to_string(times) + " times)" : ""));
     return std::string(caseName(step)) + ": " + text::join(reasons, "; ");
 }
@@ -166,7 +180,7 @@ int initAccount(Host& host, const Arguments& arguments) {
         auto outcome = ShownRun(host, arguments.json).run();
         if (!outcome) return fail("the server did not answer in time; the next init goes on from here");
         completeAgain(*arguments.account, wasComplete, outcome->isCompleted);
-        for (auto& [step, notices] : outcome->failures) summary.failures.push_back(stepExplanation(step, notices));
+        for (auto& [step, reasons] : outcome->failures) summary.failures.push_back(stepExplanation(step, reasons));
         if (!outcome->isCompleted)
             return fail("the first download could not begin: " + text::join(summary.failures, "; "));
     }

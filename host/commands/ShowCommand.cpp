@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "bridge/Recorder.h"
 #include "bridge/forms/RecordForms.h"
 #include "host/commands/CommandSteps.h"
 #include "host/commands/Console.h"
@@ -35,36 +34,34 @@ struct SectionTold {
     }
 };
 
-/// The first notices of the two that answer is the stored record, which was found missing before.
+/// A record, or the failure of the request. The server has no such record when both are absent.
 struct ServerAnswer {
-    std::optional<Record> record;
-    std::string failure;
+    std::optional<Record> record{};
+    std::optional<CommonError> failure{};
 };
 
-class RecordListener final : public bridge::CommonErrorRecorder, public GetRecordsUseCaseDelegate {
+class RecordListener final : public CommonErrorRelay, public GetRecordsErrorRelay, public GetRecordsUseCaseDelegate {
 public:
-    std::function<void(ServerAnswer)> answered;
-    void start() {
-        listener = [this](std::string_view name, const ValueMap&) { answered({std::nullopt, std::string(name)}); };
-    }
+    explicit RecordListener(std::function<void(ServerAnswer)> answered) : answered_(std::move(answered)) {}
+
+    /// The first of the two notices is the stored record, which was found missing before.
     void record(const std::optional<Record>& record, const std::string&, const Module&, const Value&) override {
-        if (isLocalTold_) answered({record, {}});
-        isLocalTold_ = true;
+        if (std::exchange(hasLocalAnswer_, true)) answered_({.record = record});
     }
-    void unableToConvertRecordFromDictionaryError() override { told("unableToConvertRecordFromDictionaryError"); }
-    void unableToGetIDForRecordError() override { told("unableToGetIDForRecordError"); }
     using GetRecordsUseCaseDelegate::record;
 
 private:
-    bool isLocalTold_ = false;
+    void relay(const CommonErrorNotice& notice) override { answered_({.failure = notice.kind}); }
+    void relay(const GetRecordsErrorRelay::Notice&) override { answered_({}); }
+
+    const std::function<void(ServerAnswer)> answered_;
+    bool hasLocalAnswer_ = false;
 };
 
 std::optional<ServerAnswer> askServer(const Module& module, const std::string& id) {
     return awaited<ServerAnswer>([&](auto answered) {
         auto usecase = GetRecordsUseCase::make();
-        auto listener = std::make_shared<RecordListener>();
-        listener->answered = answered;
-        listener->start();
+        auto listener = std::make_shared<RecordListener>(answered);
         usecase->delegate = listener;
         usecase->getRecord(module, id);
         return std::make_shared<std::pair<std::shared_ptr<GetRecordsUseCase>, std::shared_ptr<RecordListener>>>(
@@ -80,8 +77,9 @@ Result<Record, int> recordOf(Host& host, const Arguments& arguments) {
     auto module = MetadataStores::current().modules()->getModuleByModuleName(arguments.module);
     auto answer = module ? askServer(*module, arguments.recordId) : std::nullopt;
     if (answer && answer->record) return *answer->record;
-    if (answer && answer->failure.starts_with("unable")) return fail(missing + ", and the server has none");
-    return fail(missing + ", and " + (answer ? explanationOf(answer->failure) : "the server did not answer in time"));
+    if (!answer) return fail(missing + ", and the server did not answer in time");
+    if (!answer->failure) return fail(missing + ", and the server has none");
+    return fail(missing + ", and " + explanationOf(*answer->failure));
 }
 
 /// The record's own layout, or the module's default, or any; null when there are none.

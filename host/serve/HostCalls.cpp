@@ -12,6 +12,7 @@
 #include "platform/Clock.h"
 #include "platform/dates/LocalZone.h"
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/download/Downloadable.h"
 
 namespace tarvo {
 
@@ -86,8 +87,11 @@ void openDatabase(Host& host, const std::optional<std::string>& passphrase, cons
 void appInit(Host& host, const InitRequest& request, const CallPtr& call) {
     if (!host.database()) return call->refuse("no database is open");
     if (request.holdInput) call->holdInput();
-    call->keepUntilEnd(runInitStep(host.database(), [call](InitOutcome outcome) {
-        call->delegate(outcome.notice, std::move(outcome.arguments));
+    call->keepUntilEnd(runInitStep(host.database(), [call](const InitOutcome& outcome) {
+        if (auto& failure = outcome.failure)
+            call->delegate(caseName(failure->kind), failure->arguments);
+        else
+            call->delegate("appInitDataFetchedAndSaved", {{"by", bridge::toJson(Process::appInit)}});
         done(call);
         call->finish();
     }));

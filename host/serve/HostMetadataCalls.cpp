@@ -42,7 +42,8 @@ Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::str
 }
 
 void tell(const DownloadOutcome& outcome, const CallPtr& call) {
-    for (auto& [notice, names] : outcome.failed) call->delegate(notice, {{"moduleNames", bridge::toJson(names)}});
+    for (auto& [error, names] : outcome.failed)
+        call->delegate(caseName(error), {{"moduleNames", bridge::toJson(names)}});
     call->event("done", "response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
     call->finish();
 }

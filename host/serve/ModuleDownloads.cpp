@@ -21,7 +21,7 @@ protected:
     template <class Parser>
     void note(const NetworkAnswer& answer, Parser&& parser, const std::vector<Module>& modules) {
         auto parsed = parser.parse(answer.body);
-        auto missing = !parsed ? failureOf(answer.error) : "unableToGetMetadata";
+        auto missing = !parsed ? failureOf(answer.error) : CommonError::unableToGetMetadata;
         for (auto& module : modules) {
             bool came = parsed && std::any_of(parsed->result.begin(), parsed->result.end(), [&](auto& entry) {
                             return entry && entry->data && entry->info.moduleName == module.moduleName;
@@ -31,9 +31,10 @@ protected:
     }
 
 private:
-    static const char* failureOf(const std::optional<NetworkError>& error) {
-        if (!error) return "parsingError";
-        return error->kind == NetworkError::Kind::notSent ? "noAuthtoken" : "networkResponseError";
+    static CommonError failureOf(const std::optional<NetworkError>& error) {
+        if (!error) return CommonError::parsingError;
+        bool wasSent = error->kind != NetworkError::Kind::notSent;
+        return wasSent ? CommonError::networkResponseError : CommonError::noAuthtoken;
     }
 };
 

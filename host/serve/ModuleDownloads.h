@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/Module.h"
 
 /// Downloads by modules, into the database. `whenEnded` is called exactly once, on the network queue, when the storing
@@ -16,9 +17,9 @@ namespace tarvo::host {
 /// How a download ended, by names of modules.
 struct DownloadOutcome {
     std::vector<std::string> stored;
-    /// By the notice that a host hears of such a failure; `unableToGetMetadata` when the server refused a module or
-    /// left it out.
-    std::map<std::string, std::vector<std::string>> failed;
+    /// By the notice that a host gets of such a failure; `unableToGetMetadata` when the server refused a module or left
+    /// it out.
+    std::map<CommonError, std::vector<std::string>> failed;
 };
 using DownloadEnd = std::function<void(DownloadOutcome)>;
 
