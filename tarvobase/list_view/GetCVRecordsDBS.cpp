@@ -1,7 +1,6 @@
 #include "tarvobase/list_view/GetCVRecordsDBS.h"
 
 #include <algorithm>
-#include <tuple>
 #include <utility>
 
 #include "kelva_db/Database.h"
@@ -12,7 +11,6 @@
 #include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
-#include "tarvobase/records/sql/SortDescriptorUtil.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 
 namespace tarvo {
@@ -26,33 +24,19 @@ using CVSort = GetCVRecordsDBS::CVSort;
 /// depends on the share of the table that is the view's; between one and some thousand records both are quick.
 constexpr std::int64_t fewRecords = 2000;
 
-CVSort sortOf(const std::vector<SortField>& sortFields, const ModuleInfo& moduleInfo) {
-    CVSort sort;
-    if (sortFields.size() > 1)
-        std::tie(sort.columns, sort.descriptors) = SortDescriptorUtil::getSortList(moduleInfo, {sortFields.front()});
-    auto& last = sortFields.back();
-    sort.descriptors.push_back(
-        sortDescriptor({kelva::quotedName(last.column), last.isAscending}, moduleInfo.metadata.getField(last.column)));
-    return sort;
+/// A term over columns of the table: the name of a selected column is replaced by its expression, so that neither an
+/// index nor a query without that column needs it.
+SortDescriptor termOf(const SortDescriptor& descriptor, const std::vector<SortDescriptorUtil::SelectColumn>& columns) {
+    for (auto& column : columns)
+        if (descriptor.colName() == column.name)
+            return SortDescriptor(
+                {.colName = column.expression, .ascending = descriptor.ascending(), .numeric = descriptor.numeric()});
+    return descriptor;
 }
 
-/// The terms of an order over columns of the table: a name that the select list gives to an expression is replaced by
-/// the expression, so that neither an index nor a query without that list needs it.
 std::string termsOf(const CVSort& sort) {
     std::vector<std::string> terms;
-    for (auto& descriptor : sort.descriptors) {
-        auto term = descriptor.sql();
-        for (auto& column : sort.columns) {
-            auto as = column.rfind(" as ");
-            auto name = column.substr(as + 4);
-            if (descriptor.colName() == name && !name.empty())
-                term = SortDescriptor({.colName = column.substr(0, as),
-                                       .ascending = descriptor.ascending(),
-                                       .numeric = descriptor.numeric()})
-                           .sql();
-        }
-        terms.push_back(std::move(term));
-    }
+    for (auto& descriptor : sort.descriptors) terms.push_back(termOf(descriptor, sort.columns).sql());
     return text::join(terms, ", ");
 }
 
@@ -97,8 +81,18 @@ GetCVRecordsDBS::GetCVRecordsDBS(std::shared_ptr<DatabaseAdapter> databaseAdapte
       databaseAdapter_(std::move(databaseAdapter)),
       filterRecordMapPersistance_(std::move(filterRecordMapPersistance)) {}
 
-CVSort GetCVRecordsDBS::getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo) {
+CVSort GetCVRecordsDBS::getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const {
     return sortOf(filter.sortFieldList(moduleInfo.metadata), moduleInfo);
+}
+
+CVSort GetCVRecordsDBS::sortOf(const std::vector<SortField>& sortFields, const ModuleInfo& moduleInfo) const {
+    CVSort sort;
+    if (sortFields.size() > 1)
+        sort = SortDescriptorUtil::getSortList(moduleInfo, {sortFields.front()}, databaseAdapter_);
+    auto& last = sortFields.back();
+    sort.descriptors.push_back(
+        sortDescriptor({kelva::quotedName(last.column), last.isAscending}, moduleInfo.metadata.getField(last.column)));
+    return sort;
 }
 
 std::optional<std::vector<Record>> GetCVRecordsDBS::getRecords(const FilterRecordsQuery& query) {
@@ -148,7 +142,7 @@ GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, c
     FetchQuery fetch(kelva::quotedName(table), std::move(ofView));
     for (auto& condition : furtherConditions(query)) fetch.filter(std::move(condition));
     fetch.columns = columnsOf(query, TableAccess(databaseAdapter_, table));
-    fetch.columns.insert(fetch.columns.end(), sort.columns.begin(), sort.columns.end());
+    for (auto& column : sort.columns) fetch.columns.push_back(column.sql());
     fetch.sortBy = {SortDescriptor::customOrderBy(terms)};
     fetch.offset = query.request.from;
     fetch.limit = query.request.limit;

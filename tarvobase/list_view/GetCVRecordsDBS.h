@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/database_layer/SortDescriptor.h"
 #include "tarvobase/list_view/GetListFilterRecordsParams.h"
 #include "tarvobase/records/sql/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/records/sql/SortDescriptorUtil.h"
 #include "tarvobase/value_objects/view/FilterProtocol.h"
 
 namespace tarvo {
@@ -41,18 +41,16 @@ public:
     std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) override;
     std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) override;
 
-    /// Columns to select for the order of a view, and the order. The columns are "expression as name".
-    struct CVSort {
-        std::vector<std::string> columns;
-        std::vector<SortDescriptor> descriptors;
-    };
-    static CVSort getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo);
+    /// The order of a view, and what has to be selected for it.
+    using CVSort = SortDescriptorUtil::SortList;
+    CVSort getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const;
 
 private:
     struct Found {
         std::optional<std::vector<Record>> records;
         bool isLong = false;  // read by walking the table in the order
     };
+    CVSort sortOf(const std::vector<SortField>& sortFields, const ModuleInfo& moduleInfo) const;
     std::vector<SortField> sortFieldsOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const;
     Found fetch(const FilterRecordsQuery& query, const CVSort& sort) const;
 

@@ -1,10 +1,9 @@
 #include "tarvobase/records/sql/SortDescriptorUtil.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "kelva_db/Database.h"
 #include "platform/Text.h"
-#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/records/RecordUtil.h"
@@ -21,8 +20,13 @@ using kelva::quotedName;
 /// The order of one choice, and what it takes to name its sections.
 class SectionSort {
 public:
-    SectionSort(const ModuleInfo& module, const SortField& sortField, const FieldMetadata& field)
-        : module_(module), names_(*module.metadata.naming().constant), sortField_(sortField), field_(field) {}
+    SectionSort(const ModuleInfo& module, const SortField& sortField, const FieldMetadata& field,
+                const std::shared_ptr<DatabaseAdapter>& database)
+        : module_(module),
+          names_(*module.metadata.naming().constant),
+          sortField_(sortField),
+          field_(field),
+          database_(database) {}
 
     SortDescriptorUtil::SortList fieldSpecificSort() const {
         auto& column = sortField_.column;
@@ -34,7 +38,7 @@ public:
             return {{named(quotedName(getLookupColumn(column)), column)}, {bySection(column)}};
         if (column == names_.fullName) return byName();
         if (field_.fieldType == FieldDataType::text && isName())
-            return {{named(initial(column), column)}, {text(column)}};
+            return {{named(initial(column), column)}, {asText(column)}};
         return {{}, {plain()}};
     }
 
@@ -42,8 +46,8 @@ private:
     static std::string sectionName(const std::string& column) {
         return quotedName(column + std::string(sectionNameSuffix));
     }
-    static std::string named(const std::string& expression, const std::string& column) {
-        return expression + " as " + sectionName(column);
+    static SortDescriptorUtil::SelectColumn named(std::string expression, const std::string& column) {
+        return {std::move(expression), sectionName(column)};
     }
     static std::string initial(const std::string& column) {
         return "COALESCE(UPPER(SUBSTR(" + quotedName(column) + ", 1, 1)), '#')";
@@ -56,18 +60,14 @@ private:
     /// The server decides whether a table keeps the first and the last name of a person. Without them the display text
     /// is the name.
     bool hasNameParts() const {
-        auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get();
-        if (!adapter) return false;
-        auto columns = adapter->columnNames(RecordUtil::getTableName(module_.moduleName()));
-        auto has = [&](const std::string& name) {
-            return std::find(columns.begin(), columns.end(), name) != columns.end();
-        };
-        return has(firstName()) && has(lastName());
+        if (!database_) return false;
+        auto columns = database_->columnNames(RecordUtil::getTableName(module_.moduleName()));
+        return text::contains(columns, firstName()) && text::contains(columns, lastName());
     }
     bool isName() const { return text::asciiLowercase(sortField_.column).find("name") != std::string::npos; }
 
     SortDescriptor plain() const { return SortFieldToSortDescriptor::plainDescriptor(sortField_, field_); }
-    SortDescriptor text(const std::string& column) const {
+    SortDescriptor asText(const std::string& column) const {
         return SortDescriptor({.colName = quotedName(column), .ascending = sortField_.isAscending});
     }
     SortDescriptor bySection(const std::string& column) const {
@@ -87,19 +87,21 @@ private:
     SortDescriptorUtil::SortList byName() const {
         std::string first(names_.firstName), second(names_.lastName);
         if (!module_.settings.isSortByFirstNameLastName()) std::swap(first, second);
-        return {{named(initial(first), first)}, {text(first), text(second)}};
+        return {{named(initial(first), first)}, {asText(first), asText(second)}};
     }
 
     const ModuleInfo& module_;
     const IdentifierConstants& names_;
     const SortField& sortField_;
     const FieldMetadata& field_;
+    const std::shared_ptr<DatabaseAdapter>& database_;
 };
 
 }  // namespace
 
 SortDescriptorUtil::SortList SortDescriptorUtil::getSortList(const ModuleInfo& moduleInfo,
-                                                             const std::vector<SortField>& sortFields) {
+                                                             const std::vector<SortField>& sortFields,
+                                                             const std::shared_ptr<DatabaseAdapter>& database) {
     SortList list;
     for (auto& sortField : sortFields) {
         auto field = moduleInfo.metadata.getField(sortField.column);
@@ -107,9 +109,9 @@ SortDescriptorUtil::SortList SortDescriptorUtil::getSortList(const ModuleInfo& m
             logOnce("no field for the sort column " + sortField.column + " of " + moduleInfo.moduleName());
             continue;
         }
-        auto [columns, descriptors] = SectionSort(moduleInfo, sortField, *field).fieldSpecificSort();
-        list.first.insert(list.first.end(), columns.begin(), columns.end());
-        list.second.insert(list.second.end(), descriptors.begin(), descriptors.end());
+        auto [columns, descriptors] = SectionSort(moduleInfo, sortField, *field, database).fieldSpecificSort();
+        list.columns.insert(list.columns.end(), columns.begin(), columns.end());
+        list.descriptors.insert(list.descriptors.end(), descriptors.begin(), descriptors.end());
     }
     return list;
 }

@@ -297,6 +297,7 @@ TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
     ASSERT_TRUE(map->hasMoreThan(2000, "offline", "Leads"));
     refused->ids = {{"10000", rows.front().find("id")->asText()->c_str()}};
     auto info = *manager->parts.moduleInfoDatamanager->getModuleInfo("Leads");
+    GetCVRecordsDBS orders(configuration().databaseAdapter.get(), map);
     for (std::string column : {"null", "Company", "Status", "Owner", "Amount", "Size", "id"})
         for (std::string order : {"asc", "desc"}) {
             SCOPED_TRACE(column + " " + order);
@@ -305,9 +306,9 @@ TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
             auto view = *manager->parts.filterPersistence->getCustomView("offline", "Leads");
             auto expected = [&](std::vector<Criteria> conditions, std::optional<std::int64_t> from,
                                 std::int64_t limit) {
-                auto sort = GetCVRecordsDBS::getCVSortDescriptor(view, info);
+                auto sort = orders.getCVSortDescriptor(view, info);
                 FetchQuery query("LeadsRecords", Criteria::or_(std::move(conditions)));
-                query.columns = sort.columns;
+                for (auto& column : sort.columns) query.columns.push_back(column.sql());
                 query.columns.push_back("id");
                 query.sortBy = sort.descriptors;
                 query.offset = from;

@@ -23,9 +23,11 @@ protected:
         module.module.moduleName = "Leads";
         module.metadata = fields;
         module.settings = settings;
-        auto [columns, order] = SortDescriptorUtil::getSortList(module, {{column, isAscending}});
+        auto [columns, order] = SortDescriptorUtil::getSortList(module, {{column, isAscending}}, adapter);
         if (order.empty()) return "no order";
-        return idsWhere("", order, columns);
+        std::vector<std::string> selected;
+        for (auto& column : columns) selected.push_back(column.sql());
+        return idsWhere("", order, selected);
     }
     void storeRows(const std::vector<ValueMap>& rows) {
         adapter->deleteAllObjects("LeadsRecords");
