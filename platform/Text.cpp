@@ -46,6 +46,13 @@ std::string join(const std::vector<std::string>& pieces, std::string_view separa
     return joined;
 }
 
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    auto first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
 std::string asciiLowercase(std::string_view text) {
     std::string lowered(text);
     for (auto& c : lowered) c = lower(c);

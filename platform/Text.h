@@ -13,6 +13,9 @@ std::vector<std::string> split(std::string_view text, std::string_view separator
 bool contains(const std::vector<std::string>& texts, std::string_view text);
 std::string join(const std::vector<std::string>& pieces, std::string_view separator);
 
+/// Without the blanks, tabs and line ends at both ends. Refers to the bytes of `text`.
+std::string_view trimmed(std::string_view text);
+
 /// A-Z to a-z, all other bytes as they are. For names and keywords, not for people's text.
 std::string asciiLowercase(std::string_view text);
 bool equalsIgnoringAsciiCase(std::string_view a, std::string_view b);

@@ -45,13 +45,6 @@ Kind kindOf(CURLcode code) {
     }
 }
 
-std::string_view trimmed(std::string_view text) {
-    auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-    return text;
-}
-
 /// "HTTP/1.1 200 OK" or "HTTP/2 200".
 int statusCodeOf(std::string_view statusLine) {
     auto blank = statusLine.find(' ');
@@ -208,7 +201,7 @@ Outcome Transfer::fail(Kind kind) { return {Data(), takeResponse(), networkError
 
 void Transfer::headerArrived(std::string_view line) {
     noteProgress();
-    line = trimmed(line);
+    line = text::trimmed(line);
     if (line.starts_with("HTTP/")) {
         response_ = URLResponse();
         response_.statusCode = statusCodeOf(line);
@@ -217,7 +210,7 @@ void Transfer::headerArrived(std::string_view line) {
     }
     auto colon = line.find(':');
     if (colon == line.npos || colon == 0) return;
-    response_.headers.add(line.substr(0, colon), trimmed(line.substr(colon + 1)));
+    response_.headers.add(line.substr(0, colon), text::trimmed(line.substr(colon + 1)));
 }
 
 void Transfer::bodyArrived(std::string_view piece) {

@@ -64,7 +64,7 @@ std::optional<std::vector<std::string>> UserAccountsManager::userWithInitialDown
 
 bool UserAccountsManager::isInitialDownloadComplete(const std::string& accountId) const {
     auto users = userWithInitialDownloadComplete();
-    return users && std::find(users->begin(), users->end(), accountId) != users->end();
+    return users && text::contains(*users, accountId);
 }
 
 bool UserAccountsManager::isDatabasePresentForUser(const std::string& with) const {

@@ -1,7 +1,6 @@
 #include "tarvobase/get_metadata/GetPermissionsUseCase.h"
 
-#include <algorithm>
-
+#include "platform/Text.h"
 #include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
 
 namespace tarvo {
@@ -24,7 +23,7 @@ void GetPermissionsUseCase::getPermissions(const std::string& moduleName) {
 void GetPermissionsUseCase::getPermissions(const std::string& moduleName,
                                            const std::vector<std::string>& permissionNames) {
     answerPermissions(moduleName, [permissionNames](const ModulePermission& permission) {
-        return std::find(permissionNames.begin(), permissionNames.end(), permission.key) != permissionNames.end();
+        return text::contains(permissionNames, permission.key);
     });
 }
 

@@ -1,7 +1,6 @@
 #include "tarvobase/get_metadata/ReduceMetadataForEdit.h"
 
-#include <algorithm>
-
+#include "platform/Text.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
@@ -23,7 +22,7 @@ Record reduced(const Record& record, const Record::Names& columns, const ModuleI
 std::vector<Record> ReduceMetadataForEdit::reduce(const std::vector<Record>& records, Record::Names columns,
                                                   const ModuleIdentifier& moduleId) {
     auto id = FieldIdentifierConstants().id;
-    if (std::find(columns.begin(), columns.end(), id) == columns.end()) columns.emplace_back(id);
+    if (!text::contains(columns, id)) columns.emplace_back(id);
     std::vector<Record> smaller;
     smaller.reserve(records.size());
     for (auto& record : records) smaller.push_back(reduced(record, columns, moduleId));

@@ -1,6 +1,5 @@
 #include "platform/Clock.h"
 #include "platform/dates/Dates.h"
-#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/list_view/GetFilters.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -9,10 +8,6 @@ namespace tarvo {
 namespace {
 
 using Filters = GetColumnFilter::Filters;
-
-const IdentifierConstants& namesInForce() {
-    return *CommonConfigration::sharedInstance().fieldIdentifier.get().constant;
-}
 
 ColumnFilter with(const FilterType& type, std::string_view column, const ValueList& inputs) {
     auto filter = GetColumnFilter::getFilter(type, std::string(column));
@@ -35,38 +30,38 @@ ColumnFilter isNotCompleted(std::string_view column) { return with(StringFilterT
 
 }  // namespace
 
-Filters GetColumnFilter::Tasks::open() { return {isNotCompleted(namesInForce().Tasks.status)}; }
-Filters GetColumnFilter::Tasks::closed() { return {isCompleted(namesInForce().Tasks.status)}; }
+Filters GetColumnFilter::Tasks::open() { return {isNotCompleted(FieldIdentifierConstants().Tasks.status)}; }
+Filters GetColumnFilter::Tasks::closed() { return {isCompleted(FieldIdentifierConstants().Tasks.status)}; }
 Filters GetColumnFilter::Tasks::overdue() {
-    return {isNotCompleted(namesInForce().Tasks.status),
-            with(DateFilterTypes::before, namesInForce().Tasks.dueDate, {now()})};
+    return {isNotCompleted(FieldIdentifierConstants().Tasks.status),
+            with(DateFilterTypes::before, FieldIdentifierConstants().Tasks.dueDate, {now()})};
 }
 Filters GetColumnFilter::Tasks::betweenDates(std::int64_t from, std::int64_t to) {
-    return {between(namesInForce().Tasks.dueDate, from, to)};
+    return {between(FieldIdentifierConstants().Tasks.dueDate, from, to)};
 }
 
 Filters GetColumnFilter::Events::upcoming() {
-    return {with(DateTimeFilterTypes::after, namesInForce().Events.endDateTime, {now()})};
+    return {with(DateTimeFilterTypes::after, FieldIdentifierConstants().Events.endDateTime, {now()})};
 }
 Filters GetColumnFilter::Events::past() {
-    return {with(DateTimeFilterTypes::before, namesInForce().Events.endDateTime, {now()})};
+    return {with(DateTimeFilterTypes::before, FieldIdentifierConstants().Events.endDateTime, {now()})};
 }
 Filters GetColumnFilter::Events::betweenDates(std::int64_t from, std::int64_t to) {
-    return {between(namesInForce().Events.startDateTime, from, to)};
+    return {between(FieldIdentifierConstants().Events.startDateTime, from, to)};
 }
 
 Filters GetColumnFilter::Calls::scheduled() {
-    return {isNotCompleted(namesInForce().Calls.status),
-            with(DateTimeFilterTypes::after, namesInForce().Calls.callStartTime, {now()})};
+    return {isNotCompleted(FieldIdentifierConstants().Calls.status),
+            with(DateTimeFilterTypes::after, FieldIdentifierConstants().Calls.callStartTime, {now()})};
 }
 Filters GetColumnFilter::Calls::overdue() {
-    return {isNotCompleted(namesInForce().Calls.status),
-            with(DateTimeFilterTypes::before, namesInForce().Calls.callStartTime, {now()})};
+    return {isNotCompleted(FieldIdentifierConstants().Calls.status),
+            with(DateTimeFilterTypes::before, FieldIdentifierConstants().Calls.callStartTime, {now()})};
 }
-Filters GetColumnFilter::Calls::upcoming() { return {isNotCompleted(namesInForce().Calls.status)}; }
-Filters GetColumnFilter::Calls::completed() { return {isCompleted(namesInForce().Calls.status)}; }
+Filters GetColumnFilter::Calls::upcoming() { return {isNotCompleted(FieldIdentifierConstants().Calls.status)}; }
+Filters GetColumnFilter::Calls::completed() { return {isCompleted(FieldIdentifierConstants().Calls.status)}; }
 Filters GetColumnFilter::Calls::betweenDates(std::int64_t from, std::int64_t to) {
-    return {between(namesInForce().Calls.callStartTime, from, to)};
+    return {between(FieldIdentifierConstants().Calls.callStartTime, from, to)};
 }
 
 }  // namespace tarvo

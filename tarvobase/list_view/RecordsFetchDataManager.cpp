@@ -16,12 +16,10 @@ namespace {
 
 constexpr std::string_view allActivities = "Activities", tasks = "Tasks", events = "Events", calls = "Calls";
 
-const IdentifierConstants& fieldNames() { return *CommonConfigration::sharedInstance().fieldIdentifier.get().constant; }
-
 RecordQuery ordered(RecordQuery query) {
     if (!query.columnsToSortWith)
         query.columnsToSortWith.emplace(
-            {Sort<std::string>{std::string(fieldNames().createdTime), SortOrder::descending}});
+            {Sort<std::string>{std::string(FieldIdentifierConstants().createdTime), SortOrder::descending}});
     return query;
 }
 
@@ -107,7 +105,7 @@ RecordsFetchDataManager::Records RecordsFetchDataManager::recordsOf(const Activi
     std::string moduleName(activity.moduleName);
     if (query.module.moduleName == allActivities) {
         if (!query.columnNamesAndValues) query.columnNamesAndValues.emplace();
-        query.columnNamesAndValues->set(std::string(fieldNames().Activities.activityType), moduleName);
+        query.columnNamesAndValues->set(std::string(FieldIdentifierConstants().Activities.activityType), moduleName);
     } else {
         auto module = collaborators.modulePersistance->getModuleByModuleName(moduleName);
         if (!module) return std::nullopt;

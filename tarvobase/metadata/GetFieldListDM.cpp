@@ -1,8 +1,8 @@
 #include "tarvobase/metadata/GetFieldListDM.h"
 
-#include <algorithm>
 #include <span>
 
+#include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
 #include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
@@ -26,7 +26,7 @@ PicklistsByModule readPicklists(PicklistMetadataPersistanceDelegate& store, std:
     std::vector<std::string> asked;
     for (auto& name : moduleNames)
         for (auto& source : picklistModules(name))
-            if (std::find(asked.begin(), asked.end(), source) == asked.end()) asked.push_back(std::move(source));
+            if (!text::contains(asked, source)) asked.push_back(std::move(source));
     return store.getPicklistMetadataByModuleNames(asked).value_or(PicklistsByModule());
 }
 
@@ -46,7 +46,7 @@ Picklist takePicklist(const std::string& moduleName, PicklistsByModule& picklist
 GetFieldListDM::FieldListResult GetFieldListDM::getFields(const std::string& moduleName,
                                                           const std::optional<std::vector<std::string>>& columnList,
                                                           const std::vector<FieldSort>& sortList) const {
-    auto naming = CommonConfigration::sharedInstance().fieldIdentifier.get();
+    auto naming = namingInForce();
     auto fields = fieldPersistence->getFieldMetadata(moduleName, columnList, sortList);
     if (!fields) return fields.error();
     auto picklists = readPicklists(*pickListPersistence, std::span(&moduleName, 1));
@@ -58,7 +58,7 @@ GetFieldListDM::FieldListsByModule GetFieldListDM::getFields(const std::vector<s
     FieldListsByModule lists;
     for (auto& name : moduleNames) lists.emplace(name, MetadataError::notFound);
     if (lists.empty()) return lists;
-    auto naming = CommonConfigration::sharedInstance().fieldIdentifier.get();
+    auto naming = namingInForce();
     auto fields = fieldPersistence->getFieldMetadataByModuleNames(moduleNames, sort);
     if (!fields) return lists;
     auto picklists = readPicklists(*pickListPersistence, moduleNames);

@@ -1,5 +1,7 @@
 #include "tarvobase/metadata/GetModuleInfoWithChildDM.h"
 
+#include "platform/Text.h"
+
 namespace tarvo {
 
 std::optional<std::vector<std::string>> childApiNames(const FieldList& fields) {
@@ -8,7 +10,7 @@ std::optional<std::vector<std::string>> childApiNames(const FieldList& fields) {
     std::vector<std::string> names;
     for (auto field : subforms) {
         auto info = field->getSubformModuleInfo();
-        if (info && std::find(names.begin(), names.end(), info->apiName) == names.end()) names.push_back(info->apiName);
+        if (info && !text::contains(names, info->apiName)) names.push_back(info->apiName);
     }
     return names;
 }

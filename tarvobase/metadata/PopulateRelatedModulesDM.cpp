@@ -26,7 +26,7 @@ std::shared_ptr<FieldMetadataPersistanceDelegate> PopulateRelatedModulesDM::fiel
 }
 
 void PopulateRelatedModulesDM::populateLookupColumn() {
-    auto naming = CommonConfigration::sharedInstance().fieldIdentifier.get();
+    auto naming = namingInForce();
     auto lookups = fieldDAO()->getFieldMetadata(FieldDataType::lookup);
     if (!lookups || lookups->empty()) return;
     auto lists = relatedListDAO();

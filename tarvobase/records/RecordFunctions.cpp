@@ -64,7 +64,7 @@ Record reduceRecordSize(const Record& record, const std::vector<FieldMetadata>& 
 
 bool isSeidAndNameField(const FieldMetadata& field, const Record& record) {
     using M = ModuleIdentifier::Case;
-    auto naming = CommonConfigration::sharedInstance().fieldIdentifier.get();
+    auto naming = namingInForce();
     auto& names = *naming.constant;
     if (field.fieldIdentifier(naming) != names.seid) return false;
     auto parent = record[names.seModule].asText();

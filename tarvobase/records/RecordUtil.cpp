@@ -26,7 +26,7 @@ std::string_view RecordUtil::getIdentifierFieldName(std::string_view forModule, 
 }
 
 std::string_view RecordUtil::getIdentifierFieldName(std::string_view forModule) {
-    return getIdentifierFieldName(forModule, CommonConfigration::sharedInstance().fieldIdentifier.get());
+    return getIdentifierFieldName(forModule, namingInForce());
 }
 
 std::string_view RecordUtil::getIdentifierFieldName(const ModuleIdentifier& forModule) {

@@ -53,7 +53,7 @@ bool getDefault(const CustomView& view, const std::string& flag, const std::stri
 
 std::vector<std::string> getModuleList(const CustomViewOfflineQuery& query, const std::string& defaultModule) {
     auto modules = query.moduleList.value_or(std::vector{defaultModule});
-    bool isNamed = std::find(modules.begin(), modules.end(), activities) != modules.end();
+    bool isNamed = text::contains(modules, activities);
     if (defaultModule == activities && !isNamed) modules.emplace_back(activities);
     return modules;
 }

@@ -15,6 +15,12 @@ TEST(Text, SplitAndJoin) {
     EXPECT_EQ(text::join({}, ","), "");
 }
 
+TEST(Text, Trimmed) {
+    EXPECT_EQ(text::trimmed(" \t a b\r\n"), "a b");
+    EXPECT_EQ(text::trimmed("a"), "a");
+    EXPECT_EQ(text::trimmed(" \n "), "");
+}
+
 TEST(Text, Numbers) {
     struct Case {
         std::string_view text;

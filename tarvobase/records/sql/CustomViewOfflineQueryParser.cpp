@@ -23,13 +23,6 @@ int bounded(std::size_t length) { return static_cast<int>(std::min<std::size_t>(
 
 std::string describe(const Value& value) { return value.toText().value_or(""); }
 
-std::string trimmed(const std::string& text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    auto first = text.find_first_not_of(blanks);
-    if (first == std::string::npos) return "";
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 /// A value that the server fills in by itself, such as "${CURRENTUSER}".
 bool isServerValue(const std::string& text) { return text.starts_with("${") && text.ends_with("}"); }
 
@@ -53,7 +46,7 @@ std::vector<std::string> eachValue(const CustomViewCriteria& criteria, std::stri
 
 std::vector<std::string> likeQuery(const CustomViewCriteria& criteria, CustomViewComparator comparator) {
     return eachValue(criteria, getEquivalentSqlComparator(comparator),
-                     [&](const std::string& value) { return pattern(comparator, trimmed(value)); });
+                     [&](const std::string& value) { return pattern(comparator, std::string(text::trimmed(value))); });
 }
 
 std::vector<std::string> otherQuery(const CustomViewCriteria& criteria, CustomViewComparator comparator) {
@@ -95,7 +88,7 @@ struct Connectors {
             auto word = list[i].asText();
             if ((i % 2 == 1) != (word != nullptr)) isWellFormed = false;
             if (!word) continue;
-            auto plain = text::asciiLowercase(trimmed(*word));
+            auto plain = text::asciiLowercase(text::trimmed(*word));
             if (plain != "and" && plain != "or") isWellFormed = false;
             if (first.empty()) first = plain;
             if (plain != first) areAllTheSame = false;

@@ -3,6 +3,7 @@
 #include "platform/Json.h"
 #include "platform/Log.h"
 #include "platform/Text.h"
+#include "tarvobase/network_layer/TypedReads.h"
 #include "tarvobase/records/wire/RecordPlan.h"
 #include "tarvobase/storage/StoredForm.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
@@ -11,17 +12,6 @@
 namespace tarvo {
 
 namespace {
-
-std::optional<std::vector<std::string>> textsOf(const Value& value) {
-    auto list = value.asList();
-    if (!list) return std::nullopt;
-    std::vector<std::string> texts;
-    for (auto& item : *list) {
-        if (!item.asText()) return std::nullopt;
-        texts.push_back(*item.asText());
-    }
-    return texts;
-}
 
 bool isListOf(const Value* value, ValueKind kind) {
     auto list = value ? value->asList() : nullptr;
@@ -174,7 +164,8 @@ ValueMap rowOf(const Record& record, const FieldIdentifier& naming) {
         if (value.isNull()) continue;
         if (auto tags = value.asObjectOf<TagList>())
             row.set(column, static_cast<std::int64_t>(tags->tags().size()));
-        else if (auto ids = column == naming.constant->attachments ? textsOf(value) : std::nullopt)
+        else if (auto ids =
+                     column == naming.constant->attachments ? readAs<std::vector<std::string>>(value) : std::nullopt)
             row.set(column, storedAttachments(*ids, isOfNotes));
         else if (isListOf(&value, ValueKind::map))
             row.set(column, static_cast<std::int64_t>(value.asList()->size()));
@@ -220,7 +211,8 @@ void createLookupFields(ValueMap& wire, const std::vector<std::string>& keys, co
         auto field = fieldList.getField(key);
         auto value = wire.find(key);
         if (!field || field->fieldType != FieldDataType::multiselectlookup || !value) continue;
-        if (auto ids = textsOf(*value)) wire.set(key + std::string(lookupDataSuffix), text::join(*ids, ","));
+        if (auto ids = readAs<std::vector<std::string>>(*value))
+            wire.set(key + std::string(lookupDataSuffix), text::join(*ids, ","));
     }
 }
 

@@ -28,8 +28,7 @@ FieldList::Fields takeOrderedBy(const FieldIdentifier& naming, std::vector<Field
 FieldList::FieldList() : FieldList("", {}, {}) {}
 
 FieldList::FieldList(std::string moduleName, std::vector<FieldMetadata> fields, std::vector<PicklistMetadata> picklists)
-    : FieldList(std::move(moduleName), std::move(fields), std::move(picklists),
-                CommonConfigration::sharedInstance().fieldIdentifier.get()) {}
+    : FieldList(std::move(moduleName), std::move(fields), std::move(picklists), namingInForce()) {}
 
 FieldList::FieldList(std::string moduleName, std::vector<FieldMetadata> fields, std::vector<PicklistMetadata> picklists,
                      const FieldIdentifier& naming)

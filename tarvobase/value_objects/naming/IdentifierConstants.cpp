@@ -7,8 +7,6 @@ namespace tarvo {
 std::string_view seModuleApiName() { return rawText(CommonConfigration::sharedInstance().seModule.get()); }
 std::string_view attachmentsApiName() { return rawText(CommonConfigration::sharedInstance().attachments.get()); }
 
-const IdentifierConstants& FieldIdentifierConstants() {
-    return *CommonConfigration::sharedInstance().fieldIdentifier.get().constant;
-}
+const IdentifierConstants& FieldIdentifierConstants() { return *namingInForce().constant; }
 
 }  // namespace tarvo

@@ -14,9 +14,7 @@ SortField newestFirst(const FieldIdentifier& naming) { return {std::string(namin
 
 }  // namespace
 
-SortField FilterProtocol::defaultSortField() {
-    return newestFirst(CommonConfigration::sharedInstance().fieldIdentifier.get());
-}
+SortField FilterProtocol::defaultSortField() { return newestFirst(namingInForce()); }
 SortField FilterProtocol::defaultSortField(const FieldList& fieldList) { return newestFirst(fieldList.naming()); }
 
 std::optional<SortOrder> FilterProtocol::getSortOrder(bool includeDefault) const {
