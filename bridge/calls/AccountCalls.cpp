@@ -1,4 +1,4 @@
-#include "bridge/Recorder.h"
+#include "bridge/DelegateLines.h"
 #include "bridge/calls/Calls.h"
 #include "tarvobase/get_metadata/GetSettingsUseCase.h"
 #include "tarvobase/get_metadata/GetUsersUseCase.h"
@@ -24,14 +24,14 @@ struct SettingsRequest {
     }
 };
 
-class UsersRecorder final : public virtual Recorder, public GetUsersUseCaseDelegate {
+class UsersLines final : public virtual DelegateLines, public GetUsersUseCaseDelegate {
 public:
     void userFetched(const User& user) override { told("userFetched", {{"user", toJson(user)}}); }
     void usersFetched(const std::vector<User>& users) override { told("usersFetched", {{"users", toJson(users)}}); }
     void unableToFetchUsers() override { told("unableToFetchUsers"); }
 };
 
-class SettingsRecorder final : public virtual Recorder, public GetSettingsUseCaseDelegate {
+class SettingsLines final : public virtual DelegateLines, public GetSettingsUseCaseDelegate {
 public:
     void settingsFetched(const std::vector<Settings>& settings) override {
         told("settingsFetched", {{"settings", toJson(settings)}});
@@ -39,18 +39,18 @@ public:
     void unableToFetchSettings() override { told("unableToFetchSettings"); }
 };
 
-class OrgsRecorder final : public virtual Recorder, public StoreOrgsUseCaseDelegate {
+class OrgsLines final : public virtual DelegateLines, public StoreOrgsUseCaseDelegate {
 public:
     void orgsStored() override { told("orgsStored"); }
     void noOrgsFetched() override { told("noOrgsFetched"); }
 };
 
 std::shared_ptr<GetUsersUseCase> usersFor(const CallPtr& call) {
-    return answeringOnce<UsersRecorder>(std::make_shared<GetUsersUseCase>(), call);
+    return answeringOnce<UsersLines>(std::make_shared<GetUsersUseCase>(), call);
 }
 
 void getSettings(const SettingsRequest& request, const CallPtr& call) {
-    auto usecase = answeringOnce<SettingsRecorder>(std::make_shared<GetSettingsUseCase>(), call);
+    auto usecase = answeringOnce<SettingsLines>(std::make_shared<GetSettingsUseCase>(), call);
     if (request.moduleName && request.settingsKey)
         usecase->getSettings(*request.moduleName, *request.settingsKey);
     else if (request.moduleName)
@@ -75,7 +75,7 @@ void addAccountCalls(Registry& registry) {
     });
     registry.addOperation<SettingsRequest>("GetSettingsUseCase.getSettings", getSettings);
     registry.addOperation<NoRequest>("StoreOrgsUseCase.storeOrgs", [](NoRequest, const CallPtr& call) {
-        answeringOnce<OrgsRecorder>(StoreOrgsUseCase::make(), call)->storeOrgs();
+        answeringOnce<OrgsLines>(StoreOrgsUseCase::make(), call)->storeOrgs();
     });
 }
 

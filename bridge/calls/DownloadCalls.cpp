@@ -1,5 +1,5 @@
+#include "bridge/DelegateLines.h"
 #include "bridge/FirstDownload.h"
-#include "bridge/Recorder.h"
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/RecordForms.h"
 #include "tarvobase/configuration/CommonConfigration.h"
@@ -26,7 +26,7 @@ std::shared_ptr<DatabaseAdapter> databaseFor(const CallPtr& call) {
     return database;
 }
 
-class DownloadRecorder final : public CommonErrorRecorder, public InitProcessUseCaseDelegate {
+class DownloadLines final : public CommonErrorLines, public InitProcessUseCaseDelegate {
 public:
     void initProcessCompleted(InitProcessUseCaseProtocol&) override { told("initProcessCompleted"); }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
@@ -41,10 +41,10 @@ void startInitProcess(const DownloadRequest& request, const CallPtr& call) {
     // Also a run that stays has ended for the caller.
     auto ended = [call](bool) { call->finish(); };
     call->keepUntilEnd(FirstDownload::start(
-        database, steps, {.delegate = recorderFor<DownloadRecorder>(call), .step = nullptr, .ended = ended}));
+        database, steps, {.delegate = linesFor<DownloadLines>(call), .step = nullptr, .ended = ended}));
 }
 
-class RecordDownloadRecorder final : public CommonErrorRecorder, public InitRecordProcessUseCaseDelegate {
+class RecordDownloadLines final : public CommonErrorLines, public InitRecordProcessUseCaseDelegate {
 public:
     std::function<void()> ended;
     void initRecordProcessCompleted(InitRecordProcessUseCase&) override {
@@ -56,10 +56,10 @@ public:
 void startInitRecordProcess(RecordDownloadRequest, const CallPtr& call) {
     auto database = databaseFor(call);
     if (!database) return;
-    auto recorder = recorderFor<RecordDownloadRecorder>(call);
-    recorder->ended = [call] { call->finish(); };
+    auto lines = linesFor<RecordDownloadLines>(call);
+    lines->ended = [call] { call->finish(); };
     auto usecase = InitRecordProcessUseCase::make(database, std::make_shared<BrenUserDefaults>());
-    usecase->delegate = recorder;
+    usecase->delegate = lines;
     call->keepUntilEnd(usecase);
     usecase->startInitRecordProcess();
 }

@@ -1,6 +1,6 @@
 #include <functional>
 
-#include "bridge/Recorder.h"
+#include "bridge/DelegateLines.h"
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/MetadataForms.h"
 #include "tarvobase/get_metadata/GetFieldList.h"
@@ -50,7 +50,7 @@ struct RelatedRequest {
     static constexpr auto fields() { return describe(field("moduleName", &RelatedRequest::moduleName)); }
 };
 
-class ModulesRecorder final : public virtual Recorder, public GetModuleUseCaseDelegate {
+class ModulesLines final : public virtual DelegateLines, public GetModuleUseCaseDelegate {
 public:
     void moduleFetched(const Module& module) override { told("moduleFetched", {{"module", toJson(module)}}); }
     void modulesFetched(const std::vector<Module>& modules) override {
@@ -61,7 +61,7 @@ public:
     }
 };
 
-class PermissionsRecorder final : public virtual Recorder, public GetPermissionsUseCaseDelegate {
+class PermissionsLines final : public virtual DelegateLines, public GetPermissionsUseCaseDelegate {
 public:
     void permissionFetched(const ModulePermission& permission) override {
         told("permissionFetched", {{"permission", toJson(permission)}});
@@ -74,7 +74,7 @@ public:
     }
 };
 
-class RelatedRecorder final : public virtual Recorder, public GetRelatedModulesUseCaseDelegate {
+class RelatedLines final : public virtual DelegateLines, public GetRelatedModulesUseCaseDelegate {
 public:
     void relatedModulesFetched(const std::string& moduleName, const std::vector<RelatedList>& modules) override {
         told("relatedModulesFetched", {{"moduleName", toJson(moduleName)}, {"modules", toJson(modules)}});
@@ -84,7 +84,7 @@ public:
     }
 };
 
-class LayoutsRecorder final : public virtual Recorder, public GetLayoutMetadataUsecaseDelegate {
+class LayoutsLines final : public virtual DelegateLines, public GetLayoutMetadataUsecaseDelegate {
 public:
     void layoutMetadataFetched(const std::string& moduleName,
                                const GetLayoutMetadataDataManager::LayoutRows& layouts) override {
@@ -122,7 +122,7 @@ void getLayouts(const LayoutsRequest& request, const CallPtr& call) {
 }
 
 void tellLayouts(const LayoutsRequest& request, const CallPtr& call) {
-    auto usecase = answeringOnce<LayoutsRecorder>(std::make_shared<GetLayoutMetadataUsecase>(), call);
+    auto usecase = answeringOnce<LayoutsLines>(std::make_shared<GetLayoutMetadataUsecase>(), call);
     withFields(request.moduleName, [request, usecase](const FieldList& fields) {
         auto& [moduleName, type, mode] = request;
         if (type == LayoutRequestType::linear)
@@ -135,7 +135,7 @@ void tellLayouts(const LayoutsRequest& request, const CallPtr& call) {
 }
 
 void getModules(const ModulesRequest& request, const CallPtr& call) {
-    auto usecase = answeringOnce<ModulesRecorder>(std::make_shared<GetModuleUseCase>(), call);
+    auto usecase = answeringOnce<ModulesLines>(std::make_shared<GetModuleUseCase>(), call);
     if (request.moduleName)
         usecase->getModule(*request.moduleName);
     else if (request.moduleNames)
@@ -145,7 +145,7 @@ void getModules(const ModulesRequest& request, const CallPtr& call) {
 }
 
 void getPermissions(const PermissionsRequest& request, const CallPtr& call) {
-    auto usecase = answeringOnce<PermissionsRecorder>(std::make_shared<GetPermissionsUseCase>(), call);
+    auto usecase = answeringOnce<PermissionsLines>(std::make_shared<GetPermissionsUseCase>(), call);
     if (request.permissionName)
         usecase->getPermission(request.moduleName, *request.permissionName);
     else if (request.permissionNames)
@@ -168,7 +168,7 @@ void addMetadataCalls(Registry& registry) {
     registry.addOperation<PermissionsRequest>("GetPermissionsUseCase", getPermissions);
     registry.addOperation<RelatedRequest>(
         "GetRelatedModulesUseCase", [](const RelatedRequest& request, const CallPtr& call) {
-            answeringOnce<RelatedRecorder>(std::make_shared<GetRelatedModulesUseCase>(), call)
+            answeringOnce<RelatedLines>(std::make_shared<GetRelatedModulesUseCase>(), call)
                 ->getRelatedModules(request.moduleName);
         });
 }

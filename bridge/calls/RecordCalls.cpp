@@ -1,4 +1,4 @@
-#include "bridge/Recorder.h"
+#include "bridge/DelegateLines.h"
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/RecordForms.h"
 #include "tarvobase/list_view/GetRecordsUseCase.h"
@@ -37,9 +37,9 @@ struct OpenRequest : RecordQueryTold {
     }
 };
 
-class RecordsRecorder final : public CommonErrorRecorder,
-                              public ErrorRecorder<GetRecordsErrorRelay>,
-                              public GetRecordsUseCaseDelegate {
+class RecordsLines final : public CommonErrorLines,
+                           public ErrorLines<GetRecordsErrorRelay>,
+                           public GetRecordsUseCaseDelegate {
 public:
     void record(const Records& records, const RecordQuery& query, const Value& miscData) override {
         told("record", {{"records", toJson(records)},
@@ -64,12 +64,12 @@ void getRecord(const RecordRequest& request, const CallPtr& call) {
     named.moduleName = request.moduleName;
     if (auto missing = named.complete()) return call->refuse(*missing);
     auto usecase = GetRecordsUseCase::make();
-    auto recorder = recorderFor<RecordsRecorder>(call);
-    recorder->listener = [call, notices = 0](std::string_view name, ValueMap arguments) mutable {
+    auto lines = linesFor<RecordsLines>(call);
+    lines->listener = [call, count = 0](std::string_view name, ValueMap arguments) mutable {
         call->delegate(name, std::move(arguments));
-        if (++notices == 2) call->finish();
+        if (++count == 2) call->finish();
     };
-    usecase->delegate = recorder;
+    usecase->delegate = lines;
     call->keepUntilEnd(usecase);
     usecase->getRecord(named.module, request.recordID, request.miscData);
 }
@@ -79,7 +79,7 @@ template <class Request, class Ask>
 void addList(Registry& registry, const std::string& name, Ask ask) {
     registry.addOperation<Request>("GetRecordsUseCase." + name, [ask](Request request, const CallPtr& call) {
         if (auto missing = request.complete()) return call->refuse(*missing);
-        ask(*answeringOnce<RecordsRecorder>(GetRecordsUseCase::make(), call), request);
+        ask(*answeringOnce<RecordsLines>(GetRecordsUseCase::make(), call), request);
     });
 }
 

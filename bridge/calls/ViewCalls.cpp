@@ -1,6 +1,6 @@
 #include <functional>
 
-#include "bridge/Recorder.h"
+#include "bridge/DelegateLines.h"
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/RecordForms.h"
 #include "tarvobase/get_metadata/GetFieldList.h"
@@ -77,7 +77,7 @@ struct FiltersRequest {
     }
 };
 
-class ViewsRecorder final : public virtual Recorder, public GetCustomViewsUseCaseDelegate {
+class ViewsLines final : public virtual DelegateLines, public GetCustomViewsUseCaseDelegate {
 public:
     void sortFieldUpdated(const std::string& cvId, const std::string& moduleName) override {
         told("sortFieldUpdated", {{"cvId", toJson(cvId)}, {"moduleName", toJson(moduleName)}});
@@ -101,7 +101,7 @@ public:
     }
 };
 
-class FiltersRecorder final : public virtual Recorder, public GetFiltersUseCaseDelegate {
+class FiltersLines final : public virtual DelegateLines, public GetFiltersUseCaseDelegate {
 public:
     void filters(const GetFilters::Filters& filters, const std::string& column) override {
         told("filters", {{"filters", toJson(filters)}, {"column", toJson(column)}});
@@ -112,7 +112,7 @@ public:
 };
 
 std::shared_ptr<GetCustomViewsUseCase> viewsFor(const CallPtr& call) {
-    return answeringOnce<ViewsRecorder>(std::make_shared<GetCustomViewsUseCase>(), call);
+    return answeringOnce<ViewsLines>(std::make_shared<GetCustomViewsUseCase>(), call);
 }
 
 void getCustomViews(const ViewsRequest& request, const CallPtr& call) {
@@ -129,7 +129,7 @@ void getFiltersOf(const FieldList& fields, const FiltersRequest& request, const 
         if (!column) return call->refuse(request.moduleName + " has no field \"" + name + "\"");
         columns.push_back(*column);
     }
-    auto usecase = answeringOnce<FiltersRecorder>(std::make_shared<GetFiltersUseCase>(), call);
+    auto usecase = answeringOnce<FiltersLines>(std::make_shared<GetFiltersUseCase>(), call);
     if (request.column)
         usecase->getFilters(columns.front());
     else

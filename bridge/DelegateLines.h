@@ -12,15 +12,15 @@
 
 namespace tarvo::bridge {
 
-/// Base of the delegates that pass each of their operations on by name. A recorder has a line for each:
+/// Base of the delegates whose operations become lines: each passes its operations on by name.
 ///
-///     class StoreOrgsErrors : public virtual Recorder, public virtual StoreOrgsErrorProtocol {
+///     class StoreOrgsErrors : public virtual DelegateLines, public virtual StoreOrgsErrorProtocol {
 ///         void noOrgsFetched() override { told("noOrgsFetched"); }
 ///     };
-class Recorder : public virtual platform::Object {
+class DelegateLines : public virtual platform::Object {
 public:
     using Listener = std::function<void(std::string_view name, ValueMap arguments)>;
-    /// Hears every operation, on the thread that calls it. Set before the recorder is handed to anybody.
+    /// Called for each operation, on the thread that calls it. Set before the delegate is handed over.
     Listener listener;
 
 protected:
@@ -29,39 +29,37 @@ protected:
     }
 };
 
-/// A recorder whose operations are lines of a call, which keeps it until its end. Since the recorder holds the call in
+/// A delegate whose operations are lines of a call, which keeps it until its end. Since the delegate holds the call in
 /// turn, such a call ends with `finish` alone.
-template <std::derived_from<Recorder> R>
-std::shared_ptr<R> recorderFor(const CallPtr& call) {
-    auto recorder = std::make_shared<R>();
-    recorder->listener = [call](std::string_view name, ValueMap arguments) {
-        call->delegate(name, std::move(arguments));
-    };
-    call->keepUntilEnd(recorder);
-    return recorder;
+template <std::derived_from<DelegateLines> R>
+std::shared_ptr<R> linesFor(const CallPtr& call) {
+    auto lines = std::make_shared<R>();
+    lines->listener = [call](std::string_view name, ValueMap arguments) { call->delegate(name, std::move(arguments)); };
+    call->keepUntilEnd(lines);
+    return lines;
 }
 
-/// Gives the use case a recorder whose first notice ends the call, and keeps both until then.
+/// Gives the use case a delegate whose first notice ends the call, and keeps both until then.
 template <class R, class UseCase>
 std::shared_ptr<UseCase> answeringOnce(std::shared_ptr<UseCase> usecase, const CallPtr& call) {
-    auto recorder = recorderFor<R>(call);
-    recorder->listener = [call](std::string_view name, ValueMap arguments) {
+    auto lines = linesFor<R>(call);
+    lines->listener = [call](std::string_view name, ValueMap arguments) {
         call->delegate(name, std::move(arguments));
         call->finish();
     };
-    usecase->delegate = recorder;
+    usecase->delegate = lines;
     call->keepUntilEnd(usecase);
     return usecase;
 }
 
 /// The failures of an error interface as lines, `Relay` being its relay.
 template <class Relay>
-class ErrorRecorder : public virtual Recorder, public Relay {
+class ErrorLines : public virtual DelegateLines, public Relay {
 protected:
     void relay(const typename Relay::Notice& notice) override { told(caseName(notice.kind), notice.arguments); }
 };
 
 /// The failures that every delegate operation may report.
-using CommonErrorRecorder = ErrorRecorder<CommonErrorRelay>;
+using CommonErrorLines = ErrorLines<CommonErrorRelay>;
 
 }  // namespace tarvo::bridge
