@@ -10,17 +10,17 @@ constexpr std::string_view finishedKey = "isFinished";
 }  // namespace
 
 void AsynchronousOperation::start() {
-    // `main` may end the operation on another thread, and with it the last reference of its queue.
+    // `main` may end the operation on another thread, which releases the queue's reference to it.
     auto self = platform::strongSelf(this);
     if (isCancelled()) {
-        set(finished_, true, finishedKey);
+        set(&AsynchronousOperation::finished_, true, finishedKey);
         return;
     }
-    set(executing_, true, executingKey);
+    set(&AsynchronousOperation::executing_, true, executingKey);
     try {
         main();
     } catch (...) {
-        // Left unfinished, it would hold up all that depends on it.
+        // An unfinished operation would block all that depend on it.
         platform::reportProgrammingError("An exception left the main of an asynchronous operation");
         completeOperation();
     }
@@ -28,20 +28,20 @@ void AsynchronousOperation::start() {
 
 void AsynchronousOperation::completeOperation() {
     auto self = platform::strongSelf(this);
-    set(executing_, false, executingKey);
-    set(finished_, true, finishedKey);
+    set(&AsynchronousOperation::executing_, false, executingKey);
+    set(&AsynchronousOperation::finished_, true, finishedKey);
 }
 
-bool AsynchronousOperation::get(const bool& state) const {
-    std::lock_guard lock(stateLock_);
-    return state;
+bool AsynchronousOperation::get(State state) const {
+    platform::MutexLock lock(stateLock_);
+    return this->*state;
 }
 
-void AsynchronousOperation::set(bool& state, bool value, std::string_view key) {
+void AsynchronousOperation::set(State state, bool value, std::string_view key) {
     willChangeValue(key);
     {
-        std::lock_guard lock(stateLock_);
-        state = value;
+        platform::MutexLock lock(stateLock_);
+        this->*state = value;
     }
     didChangeValue(key);
 }

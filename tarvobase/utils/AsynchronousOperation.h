@@ -1,32 +1,33 @@
 #pragma once
 
-#include <mutex>
 #include <string_view>
 
+#include "platform/ThreadSafety.h"
 #include "platform/operations/Operation.h"
 
 namespace tarvo {
 
-/// An operation that ends later than `main` returns: whoever carries its work out calls `completeOperation` once, from
-/// any thread. Until then it counts as executing, and operations that depend on it wait. Cancelled before its start,
-/// it never runs `main` and is finished at once.
+/// An operation that ends after `main` has returned. Whoever does its work calls `completeOperation` once, from any
+/// thread. Until then it counts as executing, and operations that depend on it wait. If it is cancelled before its
+/// start, it never runs `main` and is finished at once.
 class AsynchronousOperation : public platform::Operation {
 public:
     bool isAsynchronous() const override { return true; }
-    bool isExecuting() const override { return get(executing_); }
-    bool isFinished() const override { return get(finished_); }
+    bool isExecuting() const override { return get(&AsynchronousOperation::executing_); }
+    bool isFinished() const override { return get(&AsynchronousOperation::finished_); }
 
     void start() override;
     void completeOperation();
 
 private:
-    bool get(const bool& state) const;
-    /// Announces the change of `key` before and after it.
-    void set(bool& state, bool value, std::string_view key);
+    using State = bool AsynchronousOperation::*;
+    bool get(State state) const;
+    /// Sets the state and announces the change of `key` before and after.
+    void set(State state, bool value, std::string_view key);
 
-    mutable std::mutex stateLock_;
-    bool executing_ = false;  // both guarded by stateLock_
-    bool finished_ = false;
+    mutable platform::Mutex stateLock_;
+    bool executing_ TARVO_GUARDED_BY(stateLock_) = false;
+    bool finished_ TARVO_GUARDED_BY(stateLock_) = false;
 };
 
 }  // namespace tarvo

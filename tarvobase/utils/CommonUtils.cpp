@@ -1,9 +1,9 @@
 #include "tarvobase/utils/CommonUtils.h"
 
-#include <mutex>
 #include <vector>
 
 #include "platform/ProcessState.h"
+#include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/AppPlatformConstants.h"
 #include "tarvobase/configuration/UserAccounts.h"
 
@@ -14,10 +14,11 @@ namespace {
 std::shared_ptr<DispatchQueue> makeQueue() { return DispatchQueue::serial("BrenCommonUtilsQueue"); }
 
 struct Background {
-    std::mutex mutex;
-    std::shared_ptr<AppPlatformConstantsProtocol> constants = std::make_shared<OSXPlatformConstants>();
-    std::vector<std::shared_ptr<DispatchQueue>> pool;
-    std::size_t next = 0;
+    platform::Mutex mutex;
+    std::shared_ptr<AppPlatformConstantsProtocol> constants TARVO_GUARDED_BY(mutex) =
+        std::make_shared<OSXPlatformConstants>();
+    std::vector<std::shared_ptr<DispatchQueue>> pool TARVO_GUARDED_BY(mutex);
+    std::size_t next TARVO_GUARDED_BY(mutex) = 0;
 };
 
 Background& background() { return platform::ProcessState::current().get<Background>(); }
@@ -35,19 +36,21 @@ std::shared_ptr<DispatchQueue> CommonUtils::nextBackgroundDispatchQueue() {
     auto& state = background();
     auto size = platformConstants()->maximumNumberOfThreads().value_or(0);
     if (size <= 0) return makeQueue();
-    std::lock_guard lock(state.mutex);
+    platform::MutexLock lock(state.mutex);
     while (state.pool.size() < static_cast<std::size_t>(size)) state.pool.push_back(makeQueue());
     return state.pool[state.next++ % state.pool.size()];
 }
 
 std::shared_ptr<AppPlatformConstantsProtocol> CommonUtils::platformConstants() {
-    std::lock_guard lock(background().mutex);
-    return background().constants;
+    auto& state = background();
+    platform::MutexLock lock(state.mutex);
+    return state.constants;
 }
 
 void CommonUtils::setPlatformConstants(std::shared_ptr<AppPlatformConstantsProtocol> constants) {
-    std::lock_guard lock(background().mutex);
-    background().constants = std::move(constants);
+    auto& state = background();
+    platform::MutexLock lock(state.mutex);
+    state.constants = std::move(constants);
 }
 
 std::string CommonUtils::getCurrentUserBrenUID() { return UserAccountsManager::userAccounts().getCurrentBrenUID(); }

@@ -13,7 +13,7 @@ namespace tarvo {
 
 class AppPlatformConstantsProtocol;
 
-/// Queues and small helpers that many operations share. From any thread.
+/// Queues and small helpers that many operations share. Any thread may use them.
 class CommonUtils {
 public:
     using Work = platform::Work;
@@ -23,23 +23,25 @@ public:
     /// Runs the work later on the main queue, also when called from it.
     static void performAsyncInMain(Work work) { MainQueue::shared()->async(std::move(work)); }
     enum class Sync { no, yes };
-    /// Runs the work on a queue; with `yes` it has run when this returns.
+    /// Runs the work on a queue. With `yes` the work has run when this returns.
     static void performRequestInQueue(const std::shared_ptr<DispatchQueue>& queue, Sync sync, Work work);
 
-    /// A serial queue for a background job. The platform's number of threads, when it has one, is the size of a pool
-    /// whose queues take turns; else each call gets a queue of its own, and jobs run side by side as far as the thread
-    /// pool goes.
+    /// Returns a serial queue for a background job. If the platform has a number of threads, there are as many queues
+    /// and they take turns. Otherwise each call gets a queue of its own, and jobs run side by side as far as the thread
+    /// pool allows.
     static std::shared_ptr<DispatchQueue> nextBackgroundDispatchQueue();
-    /// The limits of the platform; a desktop's at first. Set before the first background job.
+    /// Returns the limits of the platform, which are a desktop's unless a host sets others. A host sets them before the
+    /// first background job.
     static std::shared_ptr<AppPlatformConstantsProtocol> platformConstants();
     static void setPlatformConstants(std::shared_ptr<AppPlatformConstantsProtocol> constants);
 
     enum class BinarySearchOptions {
         firstEqual,     ///< the first of several equal items
         lastEqual,      ///< the last of them
-        insertionIndex  ///< where the search ended, whether there is an equal item or not
+        insertionIndex  ///< where the search ended, with or without an equal item
     };
-    /// The index of an element in a list that is sorted by `elementFromItem(item)`; none in an empty list.
+    /// Returns the index of an element in a list that is sorted by `elementFromItem(item)`, or nullopt for an empty
+    /// list.
     template <class List, class Element, class ElementFromItem>
     static std::optional<std::size_t> binarySearch(const List& in, const Element& for_,
                                                    BinarySearchOptions searchOptions,
@@ -63,7 +65,7 @@ public:
         if (!(oldValue == newValue)) callIfUnequal();
     }
 
-    /// The account id of the signed-in user; the empty text without one.
+    /// Returns the account id of the signed-in user, or an empty text if nobody is signed in.
     static std::string getCurrentUserBrenUID();
     static bool hasBrenuid();
 

@@ -1,25 +1,26 @@
 #include "tarvobase/utils/LogOnce.h"
 
-#include <mutex>
 #include <set>
 
 #include "platform/Log.h"
 #include "platform/ProcessState.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo {
 
 namespace {
 
-// Some lines hold a word of the server's. One that makes up a new word for every row would fill the memory and the log.
+// Some lines contain a word that the server sent. A server that sends a new word per row would fill the memory and the
+// log.
 constexpr std::size_t mostLines = 1000;
 
 struct LoggedLines {
     bool add(const std::string& line) {
-        std::lock_guard lock(mutex);
+        platform::MutexLock lock(mutex);
         return lines.size() < mostLines && lines.insert(line).second;
     }
-    std::mutex mutex;
-    std::set<std::string> lines;
+    platform::Mutex mutex;
+    std::set<std::string> lines TARVO_GUARDED_BY(mutex);
 };
 
 }  // namespace

@@ -9,15 +9,15 @@
 
 namespace tarvo {
 
-/// A dictionary that keeps the order in which its keys came. A value: copies are independent. Finding is constant in
-/// time, removing linear.
+/// A dictionary that keeps its keys in order of insertion. Copies are independent. Finding takes constant time,
+/// removing linear time.
 template <class K, class V>
 class OrderedDictionary {
 public:
     OrderedDictionary() = default;
 
-    /// From pairs of key and value. Of equal keys the first pair stays and the others are passed over: keys come from
-    /// the server's metadata, where two fields may share a column.
+    /// Makes a dictionary from pairs of key and value. If several pairs have the same key, the first one stays: keys
+    /// come from the server's metadata, where two fields may share a column.
     template <class Pairs>
     static OrderedDictionary uniqueKeysWithValues(Pairs&& pairs) {
         OrderedDictionary dictionary;
@@ -29,7 +29,7 @@ public:
         return uniqueKeysWithValues<const std::initializer_list<std::pair<K, V>>&>(pairs);
     }
 
-    /// The value of a key, or null. Valid until the dictionary changes.
+    /// Returns the value of a key, or null. The pointer is valid until the dictionary changes.
     const V* find(const K& key) const {
         auto found = keyValueMap_.find(key);
         return found == keyValueMap_.end() ? nullptr : &found->second;
@@ -41,12 +41,12 @@ public:
     }
     bool contains(const K& key) const { return keyValueMap_.contains(key); }
 
-    /// A new key goes to the end, a known one keeps its place.
+    /// Sets the value of a key. A new key goes to the end; a known key keeps its place.
     void set(const K& key, V value) {
         auto [place, added] = keyValueMap_.insert_or_assign(key, std::move(value));
         if (added) orderedKeys_.push_back(place->first);
     }
-    /// The value that the key had.
+    /// Removes a key and returns the value that it had.
     std::optional<V> removeValue(const K& key) {
         auto node = keyValueMap_.extract(key);
         if (!node) return std::nullopt;
@@ -68,7 +68,7 @@ public:
     std::size_t count() const { return orderedKeys_.size(); }
     bool isEmpty() const { return orderedKeys_.empty(); }
 
-    /// Walks pairs of references in the order of the keys.
+    /// Iterates over pairs of references in the order of the keys.
     class Iterator {
     public:
         Iterator(const OrderedDictionary& dictionary, std::size_t position)
@@ -90,7 +90,7 @@ public:
     Iterator begin() const { return Iterator(*this, 0); }
     Iterator end() const { return Iterator(*this, count()); }
 
-    /// Same keys in the same order with equal values.
+    /// Dictionaries are equal if they have the same keys in the same order with equal values.
     friend bool operator==(const OrderedDictionary& a, const OrderedDictionary& b) {
         return a.orderedKeys_ == b.orderedKeys_ && a.keyValueMap_ == b.keyValueMap_;
     }

@@ -8,9 +8,10 @@
 
 namespace tarvo {
 
-/// A value behind a concurrent queue: reads run side by side, a write runs alone and blocks its caller until it has
-/// run. Any thread may use it. Functions given to `read` and `write` run on the calling thread and must not write to
-/// the same box: a write from inside a read would wait for itself, and is reported as a programming error.
+/// A value that a concurrent queue guards. Reads run side by side; a write runs alone and blocks its caller until it
+/// has run. Any thread may use it. Functions that are passed to `read` and `write` run on the calling thread and must
+/// not write to the same box. A write from inside a read would wait for itself, so it is reported as a programming
+/// error.
 template <class T>
 class ReadWriteBox {
 public:
@@ -26,12 +27,12 @@ public:
         write([&](T& held) { held = std::move(value); });
     }
 
-    /// The result of the function, which sees the value and must keep no reference to it.
+    /// Returns the result of the function, which reads the value and must not keep a reference to it.
     template <class F>
     auto read(F&& function) const {
         return queue_->sync([&] { return function(std::as_const(value_)); });
     }
-    /// The result of the function, which may change the value.
+    /// Returns the result of the function, which may change the value.
     template <class F>
     auto write(F&& function) {
         return queue_->syncBarrier([&] { return function(value_); });

@@ -6,19 +6,19 @@
 
 namespace tarvo {
 
-/// Last in, first out. A value: copies are independent.
+/// A stack: last in, first out. Copies are independent.
 template <class T>
 class Stack {
 public:
     void push(T element) { storage_.push_back(std::move(element)); }
-    /// Takes the top element off; nothing from an empty stack.
+    /// Removes and returns the top element, or nullopt if the stack is empty.
     std::optional<T> pop() {
         if (storage_.empty()) return std::nullopt;
         std::optional<T> top(std::move(storage_.back()));
         storage_.pop_back();
         return top;
     }
-    /// The top element, or null. Valid until the stack changes.
+    /// Returns the top element, or null. The pointer is valid until the stack changes.
     const T* peek() const { return storage_.empty() ? nullptr : &storage_.back(); }
     bool isEmpty() const { return storage_.empty(); }
     std::size_t count() const { return storage_.size(); }

@@ -8,16 +8,16 @@
 
 namespace tarvo {
 
-/// A list that any thread may use, with the discipline of `SynchronizedDictionary`. Between a look at `count` and the
-/// next call other threads may have changed the list, so an index out of range is no error: it reads as nothing and
-/// changes nothing.
+/// A list that any thread may use, synchronized like `SynchronizedDictionary`. Other threads may change the list
+/// between a call of `count` and the next call, so an index out of range is not an error: reading it returns nullopt,
+/// and writing to it does nothing.
 template <class T>
 class SynchronizedArray {
 public:
     void append(T newElement) {
         elements_.write([&](Elements& elements) { elements.push_back(std::move(newElement)); });
     }
-    /// The element that was removed.
+    /// Returns the element that was removed.
     std::optional<T> removeAtIndex(std::size_t index) {
         return elements_.write([&](Elements& elements) -> std::optional<T> {
             if (index >= elements.size()) return std::nullopt;
@@ -26,7 +26,7 @@ public:
             return removed;
         });
     }
-    /// False when there is no such index.
+    /// Returns false if there is no such index.
     bool set(std::size_t index, T element) {
         return elements_.write([&](Elements& elements) {
             if (index >= elements.size()) return false;

@@ -8,8 +8,8 @@
 
 namespace tarvo {
 
-/// A dictionary that any thread may use. Reads run side by side; a write has happened when the call returns, so that
-/// every later read sees it. A key may be present without a value; reading it gives nothing, as for an absent key.
+/// A dictionary that any thread may use. Reads run side by side. A write is complete when the call returns, so every
+/// later read sees it. A key may be present without a value; reading it returns nullopt, as for an absent key.
 template <class K, class V>
 class SynchronizedDictionary {
 public:
@@ -22,11 +22,11 @@ public:
     bool contains(const K& key) const {
         return dictionary_.read([&](const Dictionary& dictionary) { return dictionary.contains(key); });
     }
-    /// Sets the value of a key, also in place of a former one; nothing leaves the key present without a value.
+    /// Sets or replaces the value of a key. With nullopt the key is present without a value.
     void addValue(const K& key, std::optional<V> value) {
         dictionary_.write([&](Dictionary& dictionary) { dictionary.insert_or_assign(key, std::move(value)); });
     }
-    /// The value that the key had.
+    /// Removes a key and returns the value that it had.
     std::optional<V> removeValue(const K& key) {
         return dictionary_.write([&](Dictionary& dictionary) {
             auto node = dictionary.extract(key);
@@ -36,7 +36,7 @@ public:
 
 private:
     using Dictionary = std::unordered_map<K, std::optional<V>>;
-    // Many reads to a write everywhere, so reads may run side by side.
+    // All users read far more often than they write, so reads run side by side.
     ReadWriteBox<Dictionary> dictionary_;
 };
 

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <string_view>
 
-/// The two forms of an id that a record carries until the server has given it one. Neither test knows the other form.
+/// The two forms of the id that a record has until the server gives it one. Neither test accepts the other form.
 namespace tarvo {
 
-/// Of ids that the host or the legacy queue makes; a number or a UUID stands behind it.
+/// The prefix of ids that the host or the legacy queue makes; a number or a UUID follows.
 inline constexpr std::string_view tempIDPrefix = "TarvoTEMPID#";
 
 inline bool isTempId(std::string_view id) { return id.starts_with(tempIDPrefix); }
 
-/// "NEW_" and exactly nine digits: the ids of the current queue of changes.
+/// Returns whether the id is "NEW_" and exactly nine digits, the form of the current queue of changes.
 inline bool isNewRecordId(std::string_view id) {
     constexpr std::string_view prefix = "NEW_";
     constexpr std::size_t digits = 9;

@@ -35,14 +35,14 @@ UserDefaultsUtil::UserDefaultsUtil(std::shared_ptr<UserDefaultsProtocol> userDef
 
 std::string UserDefaultsUtil::getNewRecordId() {
     auto number = platform::Clock::secondsSince1970();
-    // One counter for all accounts: an id is the same whoever looks at it.
+    // All accounts share one counter, so that an id is unique among all of them.
     bool stored = userDefaults_->update(lastTemporaryNumber, UserDefaultsGroup::base(), [&](const Value& last) {
         number = std::max(number, last.asInteger().value_or(0) + 1);
         return Value(number);
     });
     if (stored) return std::string(tempIDPrefix) + std::to_string(number);
     platform::log(platform::LogLevel::warning, "utils",
-                  "the number of a temporary record could not be stored: a random one is taken");
+                  "the number of a temporary record could not be stored: a random one is used");
     return std::string(tempIDPrefix) + std::to_string(platform::Random::number());
 }
 

@@ -10,17 +10,18 @@ namespace tarvo {
 
 class UserDefaultsProtocol;
 
-/// Small facts of the current account in the settings store: how far the first download and the lists are, and what the
-/// user chose last. From any thread. Times are whole seconds or milliseconds as told at each operation.
+/// Small facts about the current account in the settings store: the progress of the first download and of the lists,
+/// and what the user chose last. Any thread may use it. Times are whole seconds or milliseconds, as each operation
+/// says.
 class UserDefaultsUtil {
 public:
     explicit UserDefaultsUtil(std::shared_ptr<UserDefaultsProtocol> userDefaults);
 
-    /// A temporary record id: "TarvoTEMPID#" and the present time in whole seconds. Never the same one twice, also
-    /// after a crash: when the second was given out already, the next free number follows.
+    /// Returns a temporary record id: "TarvoTEMPID#" and the present time in whole seconds. No id is returned twice,
+    /// even after a crash: if the second has been used, the next free number is.
     std::string getNewRecordId();
 
-    /// Which steps of the first download are done, and how much of it in percent; 0 before it has begun.
+    /// Say which steps of the first download are done, and how much of it in percent; 0 before it has begun.
     bool isCurrentUserCompleted() const { return isCompleted("currentUser"); }
     void setCurrentUserCompleted() { setCompleted("currentUser"); }
     bool isCurrencyCompleted() const { return isCompleted("currency"); }
@@ -29,26 +30,26 @@ public:
     void setPipelinesCompleted() { setCompleted("pipelines"); }
     bool isPermissionsCompleted() const { return isCompleted("permission"); }
     void setPermissionsCompleted() { setCompleted("permission"); }
-    /// The same for a step that is done module by module, under "STEP_MODULE".
+    /// The same for any step. A step that is done per module has the key "STEP_MODULE".
     bool isCompleted(const std::string& step) const;
     void setCompleted(const std::string& step);
     int getProgressPercent() const;
     void setProgressPercent(int percent);
 
-    /// Where a list stands: the server's time of its last download, absent when there was none, and whether the server
-    /// has more of its records, which holds until it is told otherwise.
+    /// The state of a list: the server's time of its last download in milliseconds, or nullopt if there was none, and
+    /// whether the server has more of its records, which is true until it is set.
     std::optional<std::int64_t> getListFilterRecordSyncTime(const std::string& moduleName,
                                                             const std::string& criteriaId) const;
     void setListFilterRecordSyncTime(std::int64_t time, const std::string& moduleName, const std::string& criteriaId);
     bool getListFilterHasMoreRecord(const std::string& moduleName, const std::string& criteriaId) const;
     void setListFilterHasMoreRecord(bool hasMore, const std::string& moduleName, const std::string& criteriaId);
-    /// Back to what holds before the first download.
+    /// Restores the state before the first download.
     void resetListFilter(const std::string& moduleName, const std::string& criteriaId);
-    /// When the views of modules changed last, in seconds.
+    /// The time in seconds when the views of modules changed last.
     std::optional<std::int64_t> getListFilterLastUpdatedTime(const std::string& moduleName) const;
     void setListFilterLastUpdatedTime(std::int64_t time, const std::vector<std::string>& moduleNames);
 
-    /// What the user's screens remember; absent until something was stored.
+    /// What the user's screens remember; nullopt until something has been stored.
     std::optional<std::string> getLastSelectedModule() const;
     void setLastSelectedModule(const std::string& moduleName);
     std::optional<std::vector<std::string>> getModuleOrder() const;

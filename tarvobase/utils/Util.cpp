@@ -1,9 +1,8 @@
 #include "tarvobase/utils/Util.h"
 
-#include <mutex>
-
 #include "platform/ProcessState.h"
 #include "platform/Random.h"
+#include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/utils/TemporaryIds.h"
 
@@ -16,20 +15,20 @@ const std::string timeFormatKey = "TarvoTimeFormat";
 
 using Style = DateFormatter::Style;
 
-/// The user's formats. Patterns come in one by one; a formatter is made when its pattern is set.
+/// The user's formats. Patterns arrive one by one; a formatter is made when its pattern is set.
 class UserFormats final : public UserDefaultsValueObserver {
 public:
-    DateFormatter date() const { return read(date_); }
-    DateFormatter time() const { return read(time_); }
-    DateFormatter dateTime() const { return read(dateTime_); }
+    DateFormatter date() const { return read(&UserFormats::date_); }
+    DateFormatter time() const { return read(&UserFormats::time_); }
+    DateFormatter dateTime() const { return read(&UserFormats::dateTime_); }
     DateFormatter dateAtTime() {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         if (!dateAtTime_) dateAtTime_ = DateFormatter::pattern(date_.pattern() + "' at '" + time_.pattern());
         return *dateAtTime_;
     }
 
     void set(const std::string& key, std::string format) {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         (key == dateFormatKey ? dateFormat_ : timeFormat_) = std::move(format);
         setDateFormatters();
     }
@@ -41,22 +40,22 @@ public:
     }
 
 private:
-    DateFormatter read(const DateFormatter& formatter) const {
-        std::lock_guard lock(mutex_);
-        return formatter;
+    DateFormatter read(DateFormatter UserFormats::*formatter) const {
+        platform::MutexLock lock(mutex_);
+        return this->*formatter;
     }
-    void setDateFormatters() {
+    void setDateFormatters() TARVO_REQUIRES(mutex_) {
         if (dateFormat_) date_ = DateFormatter::pattern(*dateFormat_);
         if (timeFormat_) time_ = DateFormatter::pattern(*timeFormat_);
         if (dateFormat_ && timeFormat_) dateTime_ = DateFormatter::pattern(*dateFormat_ + " " + *timeFormat_);
     }
 
-    mutable std::mutex mutex_;
-    std::optional<std::string> dateFormat_, timeFormat_;
-    DateFormatter date_ = DateFormatter::styles(Style::medium, Style::none, {});
-    DateFormatter time_ = DateFormatter::styles(Style::none, Style::short_, {});
-    DateFormatter dateTime_ = DateFormatter::styles(Style::medium, Style::short_, {});
-    std::optional<DateFormatter> dateAtTime_;
+    mutable platform::Mutex mutex_;
+    std::optional<std::string> dateFormat_ TARVO_GUARDED_BY(mutex_), timeFormat_ TARVO_GUARDED_BY(mutex_);
+    DateFormatter date_ TARVO_GUARDED_BY(mutex_) = DateFormatter::styles(Style::medium, Style::none, {});
+    DateFormatter time_ TARVO_GUARDED_BY(mutex_) = DateFormatter::styles(Style::none, Style::short_, {});
+    DateFormatter dateTime_ TARVO_GUARDED_BY(mutex_) = DateFormatter::styles(Style::medium, Style::short_, {});
+    std::optional<DateFormatter> dateAtTime_ TARVO_GUARDED_BY(mutex_);
 };
 
 struct SharedFormats {

@@ -17,10 +17,10 @@ struct DeepUnwrapped {
 template <class T>
 struct DeepUnwrapped<std::optional<T>> : DeepUnwrapped<T> {};
 
-/// Helpers that the operations lean on. From any thread.
+/// Helpers that the operations share. Any thread may use them.
 class Util {
 public:
-    /// The fixed formats, each made once.
+    /// The fixed formats. Each is made once.
     struct DateFormatters {
         static const DateFormatter& iso8601DateFormatter();
         static const DateFormatter& isoDateFormatter() { return iso8601DateFormatter(); }
@@ -29,24 +29,24 @@ public:
         static const DateFormatter& monthDateYear();
         static const DateFormatter& dateMonthFormatter();
         static const DateFormatter& monthDateFormatter();
-        /// The user's date and time with " at " between, as the two stand at the first use; later changes of them do
-        /// not reach it.
+        /// Returns the user's date and time with " at " between them. The formats are taken at the first use and do not
+        /// follow later changes.
         static DateFormatter dateAtTimeFormatter();
     };
 
-    /// The user's formats as they stand now; the locale's until the user's are known.
+    /// Return the user's current formats, or the locale's until the user's are known.
     static DateFormatter dateFormatter();
     static DateFormatter timeFormatter();
     static DateFormatter dateTimeFormatter();
 
-    /// Takes the formats of the current account from the settings and follows their changes from now on. Called at the
-    /// start and after each switch of account.
+    /// Reads the formats of the current account from the settings and follows their changes from now on. It is called
+    /// at the start and after each switch of account.
     static void performInitialOperations(const std::shared_ptr<UserDefaultsProtocol>& userDefaults);
 
-    /// "TarvoTEMPID#" and a new UUID.
+    /// Returns "TarvoTEMPID#" and a new UUID.
     static std::string getNewRecordId();
 
-    /// The value inside any number of optionals; absent as soon as one of them is.
+    /// Returns the value inside any number of optionals, or nullopt if one of them is empty.
     template <class T>
     static std::optional<typename DeepUnwrapped<T>::Type> deepUnwrap(const T& value) {
         return value;

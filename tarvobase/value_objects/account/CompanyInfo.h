@@ -15,7 +15,7 @@ struct CompanyInfoConstants : StoredNames<CompanyInfoConstants, CompanyInfo> {
 };
 struct CompanyInfoDatabaseConstants : TableTwin<CompanyInfoConstants> {};
 
-/// One fact of the company, as a key and a text.
+/// One fact about the company: a key and a text.
 struct CompanyInfo {
     std::string key;
     std::string value;

@@ -5,11 +5,11 @@
 
 namespace tarvo {
 
-/// The store of the company's facts. From any thread.
+/// The store of the company's facts. Any thread may use it.
 class CompanyInfoPersistanceDelegate : public virtual platform::Object {
 public:
     virtual void storeCompanyInfo(const std::vector<CompanyInfo>& infos) = 0;
-    /// Fails with `noData` when there is no answer; the list may be empty.
+    /// Fails with `noData` when the table cannot be read. The list may be empty.
     virtual Result<std::vector<CompanyInfo>, ParserError> getCompanyInfo() = 0;
     virtual Result<CompanyInfo, ParserError> getCompanyInfo(const std::string& key) = 0;
 };

@@ -28,7 +28,7 @@ struct CurrencyMetadataDatabaseConstants : TableTwin<CurrencyMetadataConstants> 
 /// A currency of the organisation and how its amounts are written.
 struct CurrencyMetadata {
     int orderNo = 0;
-    double exchangeRate = 0;  ///< of the base currency; an amount divided by it is one of the base currency
+    double exchangeRate = 0;  ///< an amount divided by it is the amount in the base currency
     std::string thousandSeperator;
     bool isBase = false;
     std::string isoCode;

@@ -6,7 +6,8 @@ namespace tarvo {
 
 namespace {
 
-/// The constants have a blank before the name. A statement reads past it; in quotes it would name another table.
+/// The constants have a blank before the name. Unquoted SQL ignores the blank, but a quoted name would be that of
+/// another table.
 std::string withoutLeadingBlanks(const std::string& name) {
     return name.substr(std::min(name.find_first_not_of(' '), name.size()));
 }

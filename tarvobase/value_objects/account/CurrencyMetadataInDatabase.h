@@ -8,7 +8,7 @@ namespace tarvo {
 /// The table of currencies.
 class CurrencyMetadataInDatabase final : public DatabasePersistanceClass, public CurrencyMetadataPersistanceDelegate {
 public:
-    /// Blanks before the name are no part of it.
+    /// Blanks before the name are ignored.
     CurrencyMetadataInDatabase(const std::string& tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                CurrencyMetadataDatabaseConstants databaseConstants = {});
 

@@ -2,8 +2,6 @@
 
 namespace tarvo {
 
-namespace {}
-
 CurrencyMetadataInMemory::CurrencyMetadataInMemory(
     std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
     std::shared_ptr<CurrencyMetadataPersistanceDelegate> primaryPersistance,

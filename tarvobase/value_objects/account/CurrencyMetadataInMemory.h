@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// Currencies from memory, in front of the table of currencies. Without a primary store a miss is `noData`.
+/// Keeps currencies in memory, in front of the table of currencies. Without a primary store a miss is `noData`.
 class CurrencyMetadataInMemory final : public InMemoryPersistanceClass, public CurrencyMetadataPersistanceDelegate {
 public:
     explicit CurrencyMetadataInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,

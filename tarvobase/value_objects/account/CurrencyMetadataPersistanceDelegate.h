@@ -10,20 +10,21 @@
 
 namespace tarvo {
 
-/// The store of currencies. Reads fail with `ParserError::noData` when there is no such currency, or no answer at all;
-/// a list may be empty. From any thread.
+/// The store of currencies. Reads fail with `ParserError::noData` when there is no such currency or the store cannot be
+/// read. A list may be empty. Any thread may use it.
 class CurrencyMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using Currencies = Result<std::vector<CurrencyMetadata>, ParserError>;
 
     virtual void storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) = 0;
     virtual void removeAllCurrencyMetadata() = 0;
-    /// Both as one change: nobody sees the store between, and a failure leaves it as it was.
+    /// Removes all currencies and stores the new ones as one change: no reader sees a state between, and a failure
+    /// leaves the store as it was.
     virtual void replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) = 0;
-    /// In the order of the store.
+    /// Returns the currencies in the order of the store.
     virtual Currencies getAllCurrencyMetadata() = 0;
     virtual Result<CurrencyMetadata, ParserError> getCurrencyMetadata(const std::string& for_) = 0;
-    /// The base currency.
+    /// Returns the base currency.
     virtual Result<CurrencyMetadata, ParserError> getDefaultCurrencyMetadata() = 0;
 };
 

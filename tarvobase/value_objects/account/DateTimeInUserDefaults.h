@@ -8,7 +8,7 @@
 
 namespace tarvo {
 
-/// The store of the account's date and time format, as patterns.
+/// The store of the account's date and time formats, which are patterns.
 class DateTimePersistanceDelegate : public virtual platform::Object {
 public:
     virtual void storeDateFormat(const std::string& dateFormat) = 0;

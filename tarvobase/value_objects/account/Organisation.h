@@ -16,7 +16,7 @@ struct OrganisationConstants : StoredNames<OrganisationConstants, Organisation> 
     std::string_view IsAppDefault = of("isAppDefault", "is_app_default");
     std::string_view IsWebDefault = of("isWebDefault", "is_web_default");
 
-    /// Absent for a map without an id.
+    /// Returns nullopt for a map without an id.
     std::optional<Organisation> getOrganisation(const ValueMap& map) const;
 };
 struct OrganisationDatabaseConstants : TableTwin<OrganisationConstants> {};

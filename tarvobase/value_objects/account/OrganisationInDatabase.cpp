@@ -17,7 +17,7 @@ void OrganisationInDatabase::storeOrganisations(const std::vector<Organisation>&
         kept.emplace_back(organisation.orgID);
     }
     table().store(std::move(rows));
-    // After the new rows, so that nobody ever reads a list without an organisation that stays.
+    // Runs after the new rows are stored, so that no reader misses an organisation that stays.
     table().deleteObjects(Criteria::notIn(std::string(databaseConstants_.OrgID), std::move(kept)));
 }
 

@@ -5,8 +5,8 @@
 
 namespace tarvo {
 
-/// The list of organisations in a table of its own, for servers that have one. The current organisation stays with the
-/// settings, where it is found before a database is open.
+/// Keeps the list of organisations in a table of its own, for servers that have one. The current organisation stays in
+/// the settings, where it can be read before a database is open.
 class OrganisationInDatabase final : public DatabasePersistanceClass, public OrganisationPersistance {
 public:
     OrganisationInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,

@@ -10,8 +10,8 @@
 
 namespace tarvo {
 
-/// The organisations of the current account, and which of them is the current one, in the settings store: they are
-/// asked for before a database is open.
+/// Keeps the organisations of the current account, and which of them is the current one, in the settings store, because
+/// they are needed before a database is open.
 class OrganisationInUserDefaults final : public CurrentOrganisationProtocol, public OrganisationPersistance {
 public:
     OrganisationInUserDefaults();

@@ -8,16 +8,16 @@
 
 namespace tarvo {
 
-/// The store of the account's organisations. From any thread.
+/// The store of the account's organisations. Any thread may use it.
 class OrganisationPersistance : public virtual platform::Object {
 public:
-    /// The organisation that the account works on; absent until one was chosen.
+    /// Returns the organisation that the account works on, or nullopt until one has been chosen.
     virtual std::optional<Organisation> getCurrentOrganisation() const = 0;
-    /// Nothing takes the choice back.
+    /// Chooses the organisation; nullopt takes the choice back.
     virtual void setCurrentOrganisation(const std::optional<Organisation>& organisation) = 0;
-    /// Stores the list in place of the former one: an organisation that the account has left is in it no more.
+    /// Replaces the stored list, so that an organisation which the account has left is gone.
     virtual void storeOrganisations(const std::vector<Organisation>& organisations) = 0;
-    /// Absent until a list was stored.
+    /// Returns nullopt until a list has been stored.
     virtual std::optional<std::vector<Organisation>> getOrganisations() const = 0;
 };
 

@@ -19,7 +19,7 @@ struct UserDetailsConstants : StoredNames<UserDetailsConstants, UserDetails> {
     std::string_view SecondEmail = "secondEmail";
 };
 
-/// What the server tells of the account itself.
+/// What the server sends about the account itself.
 struct UserDetails {
     std::string BrenUID;
     std::string timeZone;  ///< a name such as "Europe/Berlin"

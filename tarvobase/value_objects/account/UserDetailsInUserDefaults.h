@@ -13,11 +13,11 @@ namespace tarvo {
 class UserDetailsPersistanceDelegate : public virtual platform::Object {
 public:
     virtual void storeUserDetails(const UserDetails& details) = 0;
-    /// Absent until the first download of the account.
+    /// Returns nullopt until the account's first download.
     virtual std::optional<UserDetails> getUserDetails() const = 0;
 };
 
-/// The details of the current account, in the settings store. From any thread.
+/// Keeps the details of the current account in the settings store. Any thread may use it.
 class UserDetailsInUserDefaults final : public UserDetailsPersistanceDelegate {
 public:
     static constexpr const char* userDetailsKey = "UserDetails";

@@ -17,7 +17,7 @@ void UserInDatabase::storeUsers(const std::vector<User>& users) {
 void UserInDatabase::updateUser(const User& user, const std::string& oldUserID) {
     auto row = databaseConstants_.getDictionary(user);
     auto& names = databaseConstants_;
-    // What the user has not is cleared: the row is replaced, not merged.
+    // Members that the user lacks are cleared: the row is replaced, not merged.
     for (auto name : {names.IsLoggedInUser, names.DateFormat, names.TimeFormat, names.TimeZone, names.NameFormat})
         if (!row.contains(name)) row.set(name, Value());
     table().update(std::move(row), Criteria::equalTo(std::string(databaseConstants_.ID), oldUserID));

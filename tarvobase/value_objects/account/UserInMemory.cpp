@@ -6,8 +6,6 @@
 
 namespace tarvo {
 
-namespace {}  // namespace
-
 UserInMemory::UserInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
                            std::shared_ptr<UserPersistanceDelegate> primaryPersistance,
                            UserConstants activeUserConstants)
@@ -69,7 +67,7 @@ UserPersistanceDelegate::Users UserInMemory::getUsersWithUserId(const std::vecto
         userIds);
 }
 
-// Several users may be meant, so that only the whole table can answer: it is read at the first such question.
+// Several users may match, so only the whole table can answer. It is read for the first such request.
 UserPersistanceDelegate::Users UserInMemory::usersWhere(bool (*chosen)(const User&, const std::vector<std::string>&),
                                                         const std::vector<std::string>& asked) {
     auto users = getUsers();

@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// Users from memory, in front of the table of users. Without a primary store a miss is `noData`.
+/// Keeps users in memory, in front of the table of users. Without a primary store a miss is `noData`.
 class UserInMemory final : public InMemoryPersistanceClass, public UserPersistanceDelegate {
 public:
     explicit UserInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,

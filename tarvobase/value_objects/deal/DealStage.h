@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// A stage that deals of the organisation pass through, whatever their pipeline.
+/// A stage that the organisation's deals pass through, whatever their pipeline.
 struct DealStage {
     enum class StageType { open, closedWon, closedLost };
 

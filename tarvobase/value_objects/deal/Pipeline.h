@@ -16,7 +16,7 @@ struct PipelineParser : StoredNames<PipelineParser, Pipeline> {
 };
 struct PipelineDBParser : TableTwin<PipelineParser> {};
 
-/// A way that deals go, stage by stage.
+/// A pipeline: the stages that a deal passes through, in order.
 struct Pipeline {
     std::string id;
     std::string actualName;

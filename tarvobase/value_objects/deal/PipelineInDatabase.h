@@ -14,8 +14,8 @@ public:
     Pipelines getPipelines() override;
 };
 
-/// The stages of pipelines. Their table holds the stages of the organisation too, which belong to no pipeline and are
-/// not seen here.
+/// The table of the pipelines' stages. It also holds the organisation's stages, which belong to no pipeline and are not
+/// read here.
 class PipelineStageInDatabase final : public StaticDatabasePersistanceClass<PipelineStageDBParser>,
                                       public PipelineStagePersistanceDelegate {
 public:

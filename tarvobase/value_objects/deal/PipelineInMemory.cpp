@@ -49,7 +49,7 @@ PipelineStagePersistanceDelegate::Stages PipelineStagesInMemory::getPipelineStag
         [&] { return primaryPersistance ? primaryPersistance->getPipelineStages() : Stages(ParserError::noData()); });
 }
 
-// Several stages are meant, so that only the whole table can answer: it is read at the first such question.
+// Several stages match, so only the whole table can answer. It is read for the first such request.
 PipelineStagePersistanceDelegate::Stages PipelineStagesInMemory::getPipelineStagesWith(const std::string& pipelineId) {
     auto stages = getPipelineStages();
     if (stages) std::erase_if(stages.value(), [&](auto& stage) { return stage.pipelineId != pipelineId; });

@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// Pipelines from memory, in front of the table of pipelines. Without a primary store a miss is `noData`.
+/// Keeps pipelines in memory, in front of the table of pipelines. Without a primary store a miss is `noData`.
 class PipelineInMemory final : public InMemoryPersistanceClass, public PipelinePersistanceDelegate {
 public:
     explicit PipelineInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
@@ -23,7 +23,7 @@ private:
     InMemoryTable<Pipeline> memory_;
 };
 
-/// Stages of pipelines from memory, in front of their table. Without a primary store a miss is `noData`.
+/// Keeps the stages of pipelines in memory, in front of their table. Without a primary store a miss is `noData`.
 class PipelineStagesInMemory final : public InMemoryPersistanceClass, public PipelineStagePersistanceDelegate {
 public:
     explicit PipelineStagesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,

@@ -10,8 +10,8 @@
 
 namespace tarvo {
 
-/// The store of pipelines. Lists are in the order of the store and may be empty; without an answer of the store
-/// reads fail with `ParserError::noData`. From any thread.
+/// The store of pipelines. Lists are in the order of the store and may be empty. Reads fail with `ParserError::noData`
+/// when the store cannot be read. Any thread may use it.
 class PipelinePersistanceDelegate : public virtual platform::Object {
 public:
     using Pipelines = Result<std::vector<Pipeline>, ParserError>;

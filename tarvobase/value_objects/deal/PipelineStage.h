@@ -18,7 +18,7 @@ struct PipelineStageParser : StoredNames<PipelineStageParser, PipelineStage> {
 };
 struct PipelineStageDBParser : TableTwin<PipelineStageParser> {};
 
-/// A stage that deals of a pipeline pass through. A stage may belong to several pipelines.
+/// A stage that the deals of a pipeline pass through. A stage may belong to several pipelines.
 struct PipelineStage {
     std::string pipelineId;
     std::string stageId;

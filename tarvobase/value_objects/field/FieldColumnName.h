@@ -49,6 +49,7 @@ struct EnumCases<FieldColumnName> {
                                             {C::DisplayPrefs, "DisplayPrefs"}};
 };
 
+/// Returns the column of the table of fields for this case.
 SortColumn sortColumn(FieldColumnName column);
 
 using FieldSort = Sort<FieldColumnName>;

@@ -4,7 +4,7 @@
 
 namespace tarvo {
 
-/// Data type of a field, by the server's name of it.
+/// The data type of a field. The raw text is the server's name for it.
 enum class FieldDataType {
     autonumber,
     bigInt,
@@ -77,7 +77,7 @@ struct EnumCases<FieldDataType> {
                                             {T::unknown, "unknown", " - "}};
 };
 
-/// Scalar type of a field's value. Dates count as 64-bit integers.
+/// The scalar type of a field's value. Dates count as 64-bit integers.
 enum class FieldScalarType { text, integer, integer64, real, boolean };
 
 constexpr FieldScalarType getType(FieldDataType type) {
@@ -100,7 +100,7 @@ constexpr FieldScalarType getType(FieldDataType type) {
     }
 }
 
-/// Whether a column of this type sorts as a number. Big integers do not.
+/// Returns whether a column of this type sorts as a number. Big integers do not.
 constexpr bool isNumeric(FieldDataType type) {
     return getType(type) == FieldScalarType::real || getType(type) == FieldScalarType::integer;
 }

@@ -8,7 +8,7 @@ namespace tarvo {
 
 namespace {
 
-/// Leaves the fields behind whose identifier an earlier one has.
+/// Takes the fields in order. Fields whose identifier an earlier field has stay in `fields`.
 FieldList::Fields takeOrderedBy(const FieldIdentifier& naming, std::vector<FieldMetadata>& fields) {
     FieldList::Fields ordered;
     std::vector<FieldMetadata> sharing;

@@ -9,27 +9,28 @@
 
 namespace tarvo {
 
-/// The fields of one module with their picklists. A value that never changes: copies are cheap and share their content,
-/// and what one hands out stays valid as long as any of them lives. It keeps the naming that it was built with, so that
-/// a switch of naming while an operation runs never mixes two. From any thread.
+/// The fields of one module with their picklists. The value never changes: copies are cheap and share their content,
+/// and pointers into it stay valid as long as any copy lives. It keeps the naming that it was built with, so that a
+/// switch of naming while an operation runs never mixes two. Any thread may use it.
 class FieldList final : public MetadataInfoContract {
 public:
     using Fields = OrderedDictionary<std::string, FieldMetadata>;
 
-    /// A list without fields.
+    /// Makes a list without fields.
     FieldList();
-    /// Fields in the order in which lists show them. Of two fields with one identifier the first stays.
+    /// Takes the fields in the order in which lists show them. If two fields have the same identifier, the first one
+    /// stays.
     FieldList(std::string moduleName, std::vector<FieldMetadata> fields, std::vector<PicklistMetadata> picklists);
     FieldList(std::string moduleName, std::vector<FieldMetadata> fields, std::vector<PicklistMetadata> picklists,
               const FieldIdentifier& naming);
 
     const std::string& moduleName() const { return content_->moduleName; }
     const Fields& orderedFields() const { return content_->orderedFields; }
-    /// Fields that share their identifier with one of `orderedFields` (subjects of tasks and of events in one table).
-    /// Lists do not show them, but their values belong under the same column.
+    /// Returns the fields that share their identifier with one of `orderedFields`, such as the subjects of tasks and of
+    /// events in one table. Lists do not show them, but their values are stored in the same column.
     const std::vector<FieldMetadata>& fieldsOfSharedColumns() const { return content_->sharingFields; }
     const PicklistsByIdentifier& picklistIdentifierMap() const { return content_->picklistIdentifierMap; }
-    /// The naming of the identifiers.
+    /// Returns the naming that the identifiers follow.
     const FieldIdentifier& naming() const { return content_->naming; }
     const std::string& identifierOf(const Metadata& field) const { return field.fieldIdentifier(naming()); }
 
@@ -40,7 +41,7 @@ public:
     const std::vector<PicklistMetadata>& getPicklist(const Metadata& field) const override;
 
     bool hasField(const std::string& identifier) const { return getField(identifier) != nullptr; }
-    /// Whether all of them are there.
+    /// Returns whether the list has all of these fields.
     bool hasFields(const std::vector<std::string>& identifiers) const;
     std::vector<const Metadata*> getAllLookupFields() const;
     std::vector<const Metadata*> getAllDateAndDateTimeFields() const;

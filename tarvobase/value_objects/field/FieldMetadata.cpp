@@ -15,7 +15,7 @@ Value DisplayPrefsCodec::write(const ValueMap& map, Form form) {
 }
 std::optional<ValueMap> DisplayPrefsCodec::read(const ValueView& view, Form form) {
     auto map = MemberCodec<ValueMap>::read(view, form);
-    if (!map) logOnce("displayPrefs: a stored text is no JSON map");
+    if (!map) logOnce("displayPrefs: a stored text is not a JSON map");
     return map;
 }
 

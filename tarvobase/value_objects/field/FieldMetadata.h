@@ -13,8 +13,8 @@ namespace tarvo {
 
 struct FieldMetadata;
 
-/// Reading fails with the key of the type when it is absent or not known to this version: nobody could say what the
-/// values of such a field are.
+/// Reading fails with the key of the type if the type is absent or unknown to this version, since nobody could
+/// interpret the values of such a field.
 struct FieldMetadataConstants : StoredNames<FieldMetadataConstants, FieldMetadata, Result<FieldMetadata, std::string>> {
     std::string_view TableName = of("ModuleSpecificMetadata", "MODULE_SPECIFIC_METADATA");
     std::string_view FieldID = of("FiledID", "field_id");
@@ -39,25 +39,25 @@ struct FieldMetadataConstants : StoredNames<FieldMetadataConstants, FieldMetadat
 struct FieldMetadataDatabaseConstants : TableTwin<FieldMetadataConstants> {
     std::string_view crmColumn() const { return ColumnCRMName; }
     std::string_view fieldApiName() const { return FieldAPIName; }
-    /// The column of the identifier of the naming in force, or of a naming that was taken earlier.
+    /// Returns the column that holds the identifier under the naming in force, or under the given naming.
     std::string_view fieldIdentifier() const;
     std::string_view fieldIdentifier(const FieldIdentifier& naming) const {
         return this->*naming.fieldConstantIdentifierKP;
     }
 };
 
-/// A stored text that is not a JSON map costs the preferences, not the field.
+/// If the stored text is not a JSON map, the field loses its preferences but is still read.
 struct DisplayPrefsCodec {
     static Value write(const ValueMap& map, Form form);
     static std::optional<ValueMap> read(const ValueView& view, Form form);
 };
 
-/// A column of a module.
+/// A field of a module.
 struct FieldMetadata {
     std::string fieldID;
     std::string fieldAPIName;
     std::string moduleName;
-    std::string columnCRMName;  ///< column of the record table where fields go by their CRM name
+    std::string columnCRMName;  ///< column of the record table
     std::string fieldLabel;
     FieldDataType fieldType = FieldDataType::none;
     int maxLength = 0;
@@ -66,14 +66,14 @@ struct FieldMetadata {
     bool isUnique = false;
     bool isQuickCreate = false;
     bool isPrimaryKey = false;
-    bool isMproxyMetadata = false;  ///< such fields are left out of sort lists
+    bool isMproxyMetadata = false;  ///< such fields are not offered for sorting
     std::string lookupModule;       ///< API name of the module that a lookup points to
     std::string relatedListID;      ///< the related list that a lookup fills
     bool visible = false;
     std::string mode;  ///< decimal text of a `DisplayMode`
     ValueMap displayPrefs;
 
-    /// Where a field is shown: a set of bits.
+    /// The set of places where a field is shown, as bits.
     struct DisplayMode {
         int rawValue = 0;
 
@@ -82,7 +82,7 @@ struct FieldMetadata {
         static const DisplayMode edit;
         static const DisplayMode create;
 
-        /// Whether every bit of the other set is in this one. `none` is in every set.
+        /// Returns whether every bit of the other set is in this one. Every set contains `none`.
         constexpr bool contains(DisplayMode wanted) const { return (rawValue & wanted.rawValue) == wanted.rawValue; }
         friend constexpr DisplayMode operator|(DisplayMode a, DisplayMode b) { return {a.rawValue | b.rawValue}; }
         friend bool operator==(const DisplayMode&, const DisplayMode&) = default;
@@ -99,18 +99,19 @@ struct FieldMetadata {
         };
     };
 
-    /// The number in `mode`; 1 when it is empty or unreadable, so that such a field is shown and not edited.
+    /// Returns the number in `mode`, or 1 if the text is empty or unreadable, so that such a field is shown but not
+    /// edited.
     int integerMode() const;
     DisplayMode displayMode() const { return {integerMode()}; }
 
-    /// The member by which the running system knows fields, or by which a naming that was taken earlier does.
+    /// Returns the field's identifier under the naming in force, or under the given naming.
     const std::string& fieldIdentifier() const;
     const std::string& fieldIdentifier(const FieldIdentifier& naming) const {
         return this->*naming.fieldIdentifierPath;
     }
 
     bool isLookUpField() const { return isLookupField(fieldType); }
-    /// Whether the value is a person, whose name is shown from a first and a last name.
+    /// Returns whether the value is a person, whose shown name is made of a first and a last name.
     bool isLookupNameField() const;
 
     struct SubformModuleInfo {
@@ -118,7 +119,8 @@ struct FieldMetadata {
         std::string apiName;
         friend bool operator==(const SubformModuleInfo&, const SubformModuleInfo&) = default;
     };
-    /// The module of a subform's rows; nothing for another field or when the server said it in another form.
+    /// Returns the module of a subform's rows, or nullopt if the field is not a subform or the server sent another
+    /// form.
     std::optional<SubformModuleInfo> getSubformModuleInfo() const;
 
     static constexpr auto fields() {
@@ -152,7 +154,7 @@ inline constexpr FieldMetadata::DisplayMode FieldMetadata::DisplayMode::edit{2};
 inline constexpr FieldMetadata::DisplayMode FieldMetadata::DisplayMode::create{4};
 using DisplayMode = FieldMetadata::DisplayMode;
 
-/// What a field of a module and a field of a layout have in common; a `LayoutMetadata` is one too.
+/// What a field of a module and a field of a layout have in common. A `LayoutMetadata` is one, too.
 using Metadata = FieldMetadata;
 
 }  // namespace tarvo

@@ -8,7 +8,7 @@ namespace tarvo {
 
 namespace {
 
-/// Counts the rows of the table in the order in which they were stored, which is the server's order of the fields.
+/// Orders rows as they were stored, which is the server's order of the fields.
 constexpr const char* rowNumber = "_id";
 
 struct NumberedField {

@@ -14,18 +14,20 @@
 
 namespace tarvo {
 
-/// The store of fields. Unless an order is asked for, lists come in the order in which the fields were stored, which is
-/// the server's. A read that finds nothing is `MetadataError::notFound` where it has a failure, and an empty list
-/// elsewhere; without an answer of the store it is absent. A damaged row is left out. From any thread.
+/// The store of fields. Unless an order is given, lists are in the order in which the fields were stored, which is the
+/// server's. A read that finds nothing fails with `MetadataError::notFound` if its type has a failure and is an empty
+/// list otherwise. If the store cannot be read, the result is nullopt. A damaged row is left out. Any thread may use
+/// it.
 class FieldMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using Fields = std::vector<FieldMetadata>;
 
-    /// The fields of a module with these identifiers (of the naming in force); all of them when the list is absent.
+    /// Returns the fields of a module that have these identifiers (in the naming in force), or all of them without a
+    /// list.
     virtual Result<Fields, MetadataError> getFieldMetadata(
         const std::string& moduleName, const std::optional<std::vector<std::string>>& fieldIdentifiers,
         const std::vector<FieldSort>& sort) = 0;
-    /// By module name, in one query. A module without fields has no entry.
+    /// Returns the fields by module name, with one query. A module without fields has no entry.
     virtual Result<std::unordered_map<std::string, Fields>, MetadataError> getFieldMetadataByModuleNames(
         const std::vector<std::string>& moduleNames, const std::vector<FieldSort>& sort) = 0;
     virtual void storeFieldMetadata(const FieldMetadata& fieldMetadata) = 0;
@@ -34,18 +36,18 @@ public:
         return getFieldMetadata(moduleIdentifier.rawValue());
     }
     virtual std::optional<Fields> getFieldMetadata(const std::string& moduleName) = 0;
-    /// The fields of all these modules in one list.
+    /// Returns the fields of all these modules in one list.
     virtual std::optional<Fields> getFieldMetadataByModuleNames(const std::vector<std::string>& moduleNames) = 0;
-    /// Absent when there is no such field.
+    /// Returns nullopt if there is no such field.
     virtual std::optional<FieldMetadata> getFieldMetadataByCrmColumnName(const std::string& moduleName,
                                                                          const std::string& crmColumnName) = 0;
     virtual std::optional<FieldMetadata> getFieldMetadataByFieldAPIName(const std::string& moduleName,
                                                                         const std::string& fieldAPIName) = 0;
-    /// The fields of a type, of all modules.
+    /// Returns the fields of this type of all modules.
     virtual std::optional<Fields> getFieldMetadata(FieldDataType metadataType) = 0;
     virtual std::optional<Fields> getFieldMetadataByCrmColumnList(const std::string& moduleName,
                                                                   const std::vector<std::string>& crmColumnList) = 0;
-    /// The fields that a list of the module may be sorted by, in the order of their labels.
+    /// Returns the fields that a list of the module may be sorted by, ordered by label.
     virtual std::optional<Fields> getSortFieldList(const std::string& moduleName) = 0;
 };
 

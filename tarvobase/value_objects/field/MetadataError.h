@@ -4,7 +4,7 @@
 
 namespace tarvo {
 
-/// Why metadata could not be had: there is none, or the store gave no answer.
+/// Why metadata is not available: there is none, or the store could not be read.
 enum class MetadataError { notFound };
 
 template <>

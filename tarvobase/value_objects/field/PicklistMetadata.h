@@ -9,7 +9,7 @@ namespace tarvo {
 
 struct PicklistMetadata;
 
-/// Reading fails with the key of the value that a record stores when it is absent.
+/// Reading fails with the key of `fieldActualValue` if that value is absent.
 struct PicklistMetadataConstants
     : StoredNames<PicklistMetadataConstants, PicklistMetadata, Result<PicklistMetadata, std::string>> {
     std::string_view TableName = of("PicklistMetadata", "PICKLIST_METADATA");

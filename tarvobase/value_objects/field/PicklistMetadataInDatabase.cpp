@@ -6,7 +6,7 @@ namespace tarvo {
 
 namespace {
 
-// The places are sorted and not the rows, which are long: an account has thousands of them.
+// Sorts indexes instead of the rows, because rows are large and an account has thousands of them.
 void sortByPosition(std::vector<PicklistMetadata>& rows) {
     std::vector<std::pair<int, std::size_t>> places;
     places.reserve(rows.size());
@@ -64,7 +64,7 @@ std::optional<PicklistMetadataPersistanceDelegate::Picklist> PicklistMetadataInD
     FetchQuery query(table().tableName());
     query.criterias = std::move(criterias);
     auto picklist = table().undamagedOf(table().fetch(query), [](const Row& row) { return constants_.getValue(row); });
-    // Here and not by SQL: the column is text, and rows of one position keep the order of the table.
+    // SQL cannot sort here: the column is text, and rows with the same position keep the order of the table.
     if (picklist) sortByPosition(*picklist);
     return picklist;
 }

@@ -11,20 +11,21 @@
 
 namespace tarvo {
 
-/// The store of picklist values. Lists come in the order of `position`; empty when nothing is found, absent without an
-/// answer of the store. A damaged row is left out. From any thread.
+/// The store of picklist values. Lists are ordered by `position`. They are empty if nothing is found, and nullopt if
+/// the store cannot be read. A damaged row is left out. Any thread may use it.
 class PicklistMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using Picklist = std::vector<PicklistMetadata>;
 
     virtual void storePicklistMetadata(const PicklistMetadata& picklist) = 0;
     virtual void storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) = 0;
-    /// Of a module, of one layout when it is given, and under the caller's conditions on the table's columns.
+    /// Returns the values of a module, limited to one layout if it is given and to the caller's conditions on the
+    /// table's columns.
     virtual std::optional<Picklist> getPicklist(const std::string& moduleName,
                                                 const std::optional<std::string>& layoutId,
                                                 const std::vector<Criteria>& criteria) = 0;
     virtual std::optional<Picklist> getPicklistMetadataForModuleWith(const std::string& moduleName) = 0;
-    /// By module name, in one query. A module without picklists has no entry.
+    /// Returns the values by module name, with one query. A module without picklists has no entry.
     virtual std::optional<std::unordered_map<std::string, Picklist>> getPicklistMetadataByModuleNames(
         const std::vector<std::string>& moduleNames) = 0;
     virtual std::optional<Picklist> getPicklistMetadataForModuleWith(const std::string& moduleName,

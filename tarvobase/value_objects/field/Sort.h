@@ -17,7 +17,7 @@ struct EnumCases<SortOrder> {
                                                     {SortOrder::descending, "descending", "desc"}};
 };
 
-/// One step of an order: a column, by name or by the case of an enumeration, and a direction.
+/// One term of an order: a column, given by name or as a case of an enumeration, and a direction.
 template <class Column>
 struct Sort {
     Column column{};
@@ -29,14 +29,14 @@ struct Sort {
     friend bool operator==(const Sort&, const Sort&) = default;
 };
 
-/// The column of a table that a case of an enumeration stands for. A column that holds numbers sorts as numbers, though
-/// it is stored as text.
+/// The table column that a case of an enumeration stands for. A column of numbers sorts as numbers although it is
+/// stored as text.
 struct SortColumn {
     std::string_view name;
     bool isNumeric = false;
 };
 
-/// The order terms on a table's columns, for an enumeration that has a `sortColumn(case)` beside it.
+/// Returns the order terms on a table's columns. The enumeration needs a function `sortColumn(case)`.
 template <class Column>
 SortDescriptor sortDescriptor(const Sort<Column>& sort) {
     auto column = sortColumn(sort.column);

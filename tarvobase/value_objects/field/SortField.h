@@ -9,7 +9,7 @@ namespace tarvo {
 
 struct FieldMetadata;
 
-/// A choice of order: a column (its identifier) and a direction.
+/// A chosen order: the identifier of a column, and a direction.
 struct SortField {
     std::string column;
     bool isAscending = true;
@@ -20,7 +20,8 @@ struct SortField {
     friend bool operator==(const SortField&, const SortField&) = default;
 };
 
-/// The order term of a choice. The metadata of its field, which may be null, decides whether it sorts as a number.
+/// Returns the order term of a choice. The metadata of its field, which may be null, decides whether it sorts as a
+/// number.
 SortDescriptor sortDescriptor(const SortField& sortField, const FieldMetadata* fieldMetadata);
 SortDescriptor sortDescriptor(const SortField& sortField, const FieldMetadata& fieldMetadata, bool nullValuesAtEnd);
 

@@ -26,12 +26,12 @@ struct Layout {
           metadata(std::move(metadata)) {}
 };
 
-/// The layouts of a module by their ids, in the order of the store.
+/// The layouts of a module by id, in the order of the store.
 template <class T>
 struct LayoutInfo {
     OrderedDictionary<std::string, Layout<T>> orderedLayouts;
 
-    /// The first default layout; null when there is none.
+    /// Returns the first default layout, or null if there is none.
     const Layout<T>* getDefaultLayout() const {
         for (auto [id, layout] : orderedLayouts)
             if (layout.isDefault) return &layout;

@@ -7,6 +7,7 @@ namespace tarvo {
 /// Columns that the rows of layouts may be sorted by.
 enum class LayoutFieldColumnName { layoutID, sectionSequence, fieldPosition };
 
+/// Returns the column of the table of layouts for this case.
 SortColumn sortColumn(LayoutFieldColumnName column);
 
 using LayoutSort = Sort<LayoutFieldColumnName>;

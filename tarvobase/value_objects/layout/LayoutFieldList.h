@@ -10,8 +10,8 @@
 
 namespace tarvo {
 
-/// The fields of one layout; its subclasses are the shapes in which screens take them. Maps go by the identifier of the
-/// field under the naming that the list was built with.
+/// The fields of one layout. The subclasses are the shapes that screens read. The keys of maps are identifiers of
+/// fields under the naming that the list was built with.
 class LayoutFieldList : public MetadataInfoContract {
 public:
     using SubformInfo = std::unordered_map<std::string, SubformMetadata>;
@@ -31,14 +31,14 @@ public:
     FieldIdentifier naming;
 
     const LayoutMetadata* getField(const std::string& identifier) const override = 0;
-    /// In display order.
+    /// Returns the fields in display order.
     virtual std::vector<const LayoutMetadata*> layoutFields() const = 0;
     std::vector<const Metadata*> allFields() const override;
-    /// The fields of a section by its name, in display order.
+    /// Returns the fields of the section with this name, in display order.
     std::vector<const LayoutMetadata*> getFieldsInSection(const std::string& name) const;
 
     const std::vector<PicklistMetadata>& getPicklist(const Metadata& field) const override;
-    /// Null for a field that is no subform, or one that the layout tells nothing about.
+    /// Returns null if the field is not a subform or the layout says nothing about it.
     const SubformMetadata* getSubformMetadata(const Metadata& field) const;
     std::optional<std::string> getSubformLayoutId(const Metadata& field) const;
 };

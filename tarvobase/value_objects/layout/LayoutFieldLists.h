@@ -10,13 +10,13 @@
 #include "tarvobase/utils/OrderedDictionary.h"
 #include "tarvobase/value_objects/layout/LayoutFieldList.h"
 
-/// The three shapes of a layout, each filled by one walk over the layout's rows in display order. Where two rows have
-/// one identifier, or two sections one name, the first is found by it. What a shape hands out is valid as long as it
-/// lives and is not changed.
+/// The three shapes of a layout. Each is filled by one walk over the layout's rows in display order. If two rows have
+/// the same identifier, or two sections the same name, the first one is found by it. Pointers into a shape are valid as
+/// long as it lives unchanged.
 namespace tarvo {
 
-/// Walks rows in display order: `list.openSection(row)` at the first row of each section, then `list.add(row)`. A
-/// section ends where `key`, a member of the rows, changes.
+/// Walks rows in display order. Calls `list.openSection(row)` for the first row of each section and `list.add(row)` for
+/// every row. A section ends where the member `key` changes.
 template <class Key, class List>
 void walkLayout(std::vector<LayoutMetadata> rows, Key LayoutMetadata::*key, List& list) {
     std::optional<Key> section;
@@ -29,7 +29,7 @@ void walkLayout(std::vector<LayoutMetadata> rows, Key LayoutMetadata::*key, List
     }
 }
 
-/// The fields in order, without sections.
+/// The fields in display order, without sections.
 class OrderedLayoutFieldList final : public LayoutFieldList {
 public:
     using LayoutFieldList::LayoutFieldList;
@@ -68,7 +68,7 @@ public:
     void openSection(const LayoutMetadata& first);
     void add(LayoutMetadata row);
 
-    /// Null when there is no such section.
+    /// Returns null if there is no such section.
     const GroupedLayoutSection* getSection(const std::string& name) const;
     const LayoutMetadata* getField(const std::string& identifier) const override;
     std::vector<const LayoutMetadata*> layoutFields() const override;
@@ -90,9 +90,9 @@ public:
     static LinearLayoutItem header(LinearLayoutSection section) { return LinearLayoutItem(std::move(section)); }
     static LinearLayoutItem item(LayoutMetadata metadata) { return LinearLayoutItem(std::move(metadata)); }
 
-    /// The field, or null for a header.
+    /// Returns the field, or null for a header.
     const LayoutMetadata* metadata() const { return std::get_if<LayoutMetadata>(&value_); }
-    /// The header, or null for a field.
+    /// Returns the header, or null for a field.
     const LinearLayoutSection* section() const { return std::get_if<LinearLayoutSection>(&value_); }
     std::string debugDescription() const;
 
@@ -101,7 +101,7 @@ private:
     std::variant<LinearLayoutSection, LayoutMetadata> value_;
 };
 
-/// Headers and fields in one list, as a table view shows them.
+/// The headers and fields in one list, as a table view shows them.
 class LinearLayoutFieldList final : public LayoutFieldList {
 public:
     using LayoutFieldList::LayoutFieldList;
@@ -114,7 +114,7 @@ public:
     void add(LayoutMetadata row);
 
     std::vector<LinearLayoutSection> allSections() const;
-    /// Null when there is no such section.
+    /// Returns null if there is no such section.
     const LinearLayoutSection* getSection(const std::string& name) const;
     const LayoutMetadata* getField(const std::string& identifier) const override;
     std::vector<const LayoutMetadata*> layoutFields() const override;
@@ -135,7 +135,7 @@ public:
         return LinearLayoutMetadataItemType(std::move(metadata));
     }
 
-    /// Null for a field, and the other way round.
+    /// `header` returns null for a field, and `item` returns null for a header.
     const Header* header() const { return std::get_if<Header>(&value_); }
     const LayoutMetadata* item() const { return std::get_if<LayoutMetadata>(&value_); }
 

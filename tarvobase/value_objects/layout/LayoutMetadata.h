@@ -16,7 +16,7 @@ struct User;
 struct LayoutFieldData;
 struct LayoutMetadata;
 
-/// Columns of the table of layouts. It holds layout data alone: the field is found by its identifier.
+/// Columns of the table of layouts. The table holds layout data only; the field is found by its identifier.
 struct LayoutMetadataDatabaseConstants : FieldMetadataDatabaseConstants {
     std::string_view LayoutID = "layout_id";
     std::string_view SectionName = "section_name";
@@ -25,24 +25,24 @@ struct LayoutMetadataDatabaseConstants : FieldMetadataDatabaseConstants {
     std::string_view Mandatory = "mandatory";
     std::string_view DefaultValue = "default_value";
     std::string_view FieldPosition = "position";
-    /// Written and read only with `CommonConfigration.hasAdditionalInfoAndSubformKeysInLayoutMeta`.
+    /// These two are written and read only with `CommonConfigration.hasAdditionalInfoAndSubformKeysInLayoutMeta`.
     std::string_view IsSubformSection = "is_subform_section";
     std::string_view AdditionalInfo = "layout_additional_info";
 
     constexpr LayoutMetadataDatabaseConstants() { TableName = "LAYOUT_SPECIFIC_METADATA"; }
 
     ValueMap convertLayoutMetadataToDictionary(const LayoutFieldData& place) const;
-    /// The row joined with its field; nullopt when the list does not have the field.
+    /// Returns the row joined with its field, or nullopt if the list lacks the field.
     std::optional<LayoutMetadata> convertDictionaryToLayoutMetadata(const Row& row, const FieldList& fieldList) const;
 };
 
-/// True is the integer 1, a Bool true or the text "true", whatever the server's type of the column.
+/// Reads the integer 1, the Bool true and the text "true" as true, whatever type the server gave the column.
 struct OptBoolCodec {
     static Value write(bool value, Form form);
     static std::optional<bool> read(const ValueView& view, Form form);
 };
 
-/// Information that JSON cannot say is left out.
+/// Information that JSON cannot express is left out.
 struct AdditionalInfoCodec {
     static Value write(const std::optional<ValueMap>& map, Form form);
     static std::optional<std::optional<ValueMap>> read(const ValueView& view, Form form);
@@ -84,7 +84,7 @@ struct LayoutFieldData {
     friend bool operator==(const LayoutFieldData&, const LayoutFieldData&) = default;
 };
 
-/// A field in a layout, joined with what is known of the field.
+/// A field in a layout, joined with the field's metadata.
 struct LayoutMetadata : FieldMetadata {
     std::string layoutID;
     std::string sectionName;
@@ -96,14 +96,14 @@ struct LayoutMetadata : FieldMetadata {
     int fieldPosition = 0;
     std::optional<ValueMap> additionalInfo;
 
-    /// What a screen needs to offer values of a lookup; retrieval sets it.
+    /// What a screen needs to offer values for a lookup. The reader of layouts fills it in.
     struct LookupData {
-        /// The modules that the lookup points to with their fields; an entry is absent when it could not be read.
+        /// The modules that the lookup points to, with their fields. A module that could not be read has no fields.
         struct Lookup {
             std::vector<std::optional<Module>> modules;
             std::vector<std::optional<FieldList>> fields;
         };
-        /// The users to choose from, shared by all such fields; null when they could not be read.
+        /// The users to choose from, shared by all such fields; null if they could not be read.
         struct OwnerLookup {
             std::shared_ptr<const std::vector<User>> users;
         };
@@ -127,7 +127,7 @@ struct LayoutMetadata : FieldMetadata {
 
     LayoutMetadata() = default;
     LayoutMetadata(const LayoutFieldData& place, const FieldMetadata& field);
-    /// The stored form of its place.
+    /// Returns the stored form of the field's place in the layout.
     LayoutFieldData layoutFieldData() const;
 
     static constexpr auto fields() {

@@ -29,7 +29,7 @@ std::optional<LayoutFields> joined(const std::optional<Rows>& rows, const FieldL
     return fields;
 }
 
-/// The rows joined with the fields of the module that each names, grouped by a column.
+/// Joins each row with the field of the module that it names and groups the results by a column.
 template <class NotFound>
 std::optional<LayoutFieldsByName> joinedBy(std::string_view column, const std::optional<Rows>& rows,
                                            const ModuleFieldsMap& moduleFieldsMap, NotFound&& notFound) {

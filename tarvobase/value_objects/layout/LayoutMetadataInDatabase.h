@@ -10,7 +10,7 @@ namespace tarvo {
 class LayoutMetadataInDatabase final : public StaticDatabasePersistanceClass<LayoutMetadataDatabaseConstants>,
                                        public LayoutMetadataPersistanceDelegate {
 public:
-    /// The store of fields on the adapter of the moment.
+    /// Uses the store of fields on the current adapter.
     std::shared_ptr<FieldMetadataPersistanceDelegate> fieldMetadataDAO() const;
 
     using LayoutMetadataPersistanceDelegate::getLayoutMetadata;

@@ -15,9 +15,9 @@ namespace tarvo {
 /// The field lists of modules, by module name.
 using ModuleFieldsMap = std::unordered_map<std::string, FieldList>;
 
-/// The store of layouts. A row is answered joined with its field; one whose field is not in the given list is left out.
-/// Lists are empty when nothing is found and absent without an answer of the store; without an order asked for they
-/// come in that of the store. From any thread.
+/// The store of layouts. Each row is returned joined with its field; a row whose field is not in the given list is left
+/// out. Lists are empty if nothing is found and nullopt if the store cannot be read. Unless an order is given, they are
+/// in the order of the store. Any thread may use it.
 class LayoutMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using LayoutFields = std::vector<LayoutMetadata>;
@@ -31,18 +31,19 @@ public:
     }
     virtual std::optional<LayoutFields> getLayoutMetadata(const std::string& moduleName, const FieldList& fieldList,
                                                           const std::vector<LayoutSort>& sortBy) = 0;
-    /// Of all modules of the map in one query, by module name. A module without rows has no entry.
+    /// Returns the fields of all modules of the map by module name, with one query. A module without rows has no entry.
     virtual std::optional<LayoutFieldsByName> getLayoutMetadata(const ModuleFieldsMap& moduleFieldsMap,
                                                                 const std::vector<LayoutSort>& sortBy) = 0;
-    /// The fields of these layouts of one module, in one list.
+    /// Returns the fields of these layouts of one module in one list.
     virtual std::optional<LayoutFields> getLayoutMetadata(const std::vector<ModuleLayoutInfo>& layouts,
                                                           const FieldList& fieldList) = 0;
-    /// The fields of these layouts by layout id. A layout of a module that the map lacks is logged and left out.
+    /// Returns the fields of these layouts by layout id. A layout whose module is not in the map is logged and left
+    /// out.
     virtual std::optional<LayoutFieldsByName> getLayoutMetadatas(const std::vector<std::string>& layoutIds,
                                                                  const ModuleFieldsMap& moduleFieldsMap) = 0;
-    /// Absent when the layout is not known.
+    /// Returns nullopt if the layout is unknown.
     virtual std::optional<std::string> getModuleName(const std::string& forLayoutId) = 0;
-    /// By layout id; a layout that is not known has no entry.
+    /// Returns the module names by layout id. An unknown layout has no entry.
     virtual std::optional<std::unordered_map<std::string, std::string>> getModuleNames(
         const std::vector<std::string>& layoutIds) = 0;
 };

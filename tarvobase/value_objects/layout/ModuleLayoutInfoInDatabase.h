@@ -17,7 +17,7 @@ public:
                                                                      const std::string& layoutName) override;
     std::optional<std::unordered_map<std::string, Layouts>> getModuleLayoutInfoByModuleNames(
         const std::vector<std::string>& moduleNames) override;
-    /// Absent when there is no such layout.
+    /// Returns nullopt if there is no such layout.
     std::optional<ModuleLayoutInfo> getModuleLayoutInfoByLayoutId(const std::string& layoutId);
 
 private:

@@ -10,20 +10,20 @@
 
 namespace tarvo {
 
-/// The store of the layouts' names. Lists are in the order of the store. Without an answer of the store reads are
-/// absent. From any thread.
+/// The store of the layouts' names. Lists are in the order of the store. Reads return nullopt if the store cannot be
+/// read. Any thread may use it.
 class ModuleLayoutInfoPersistanceDelegate : public virtual platform::Object {
 public:
     using Layouts = std::vector<ModuleLayoutInfo>;
 
     virtual void storeModuleLayoutInfo(const ModuleLayoutInfo& layout) = 0;
     virtual void storeModuleLayoutInfo(const std::vector<ModuleLayoutInfo>& layouts) = 0;
-    /// Empty when the module has no layout.
+    /// Returns an empty list if the module has no layout.
     virtual std::optional<Layouts> getModuleLayoutInfoByModuleName(const std::string& moduleName) = 0;
-    /// Absent too when the module has no layout of that name.
+    /// Returns nullopt also if the module has no layout with this name.
     virtual std::optional<ModuleLayoutInfo> getModuleLayoutInfoForModuleName(const std::string& moduleName,
                                                                              const std::string& layoutName) = 0;
-    /// By module name; a module without layouts has no entry.
+    /// Returns the layouts by module name. A module without layouts has no entry.
     virtual std::optional<std::unordered_map<std::string, Layouts>> getModuleLayoutInfoByModuleNames(
         const std::vector<std::string>& moduleNames) = 0;
 };

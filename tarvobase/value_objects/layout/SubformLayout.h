@@ -6,10 +6,10 @@
 #include "tarvobase/utils/OrderedDictionary.h"
 #include "tarvobase/value_objects/layout/LayoutFieldLists.h"
 
-/// Values for hosts that show the rows of a subform by a layout of the subform's module.
+/// Values for hosts that show the rows of a subform with a layout of the subform's module.
 namespace tarvo {
 
-/// Which layout of which module, as a parent's layout says it.
+/// Names the layout that a subform uses and its module, as the parent's layout says.
 struct SubformLayoutMetadata {
     std::string layoutID;
     std::string moduleAPIName;

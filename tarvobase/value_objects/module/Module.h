@@ -27,7 +27,7 @@ struct ModuleConstants : NamesInForm {
 };
 struct ModuleDatabaseConstants : TableTwin<ModuleConstants> {};
 
-/// How the server came to a module.
+/// How a module came to exist on the server.
 enum class ModuleType { custom, subform, picklisttracker, widget, web, linking, default_, mobileApp, none };
 
 template <>

@@ -13,7 +13,7 @@ public:
 
     using ModulesPersistanceDelegate::getModule;
     void storeModule(const Module& module) override { storeModules({module}); }
-    /// A module that comes without its table statements keeps those that are stored.
+    /// Stores the modules. A module without table statements keeps the stored ones.
     void storeModules(const std::vector<Module>& modules) override;
     Result<std::vector<Module>, ParserError> getAllModules() override;
     Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) override;

@@ -18,11 +18,11 @@ struct ModulePermissionConstants : StoredNames<ModulePermissionConstants, Module
 };
 struct ModulePermissionDatabaseConstants : TableTwin<ModulePermissionConstants> {};
 
-/// Whether the user's profile may do one thing with a module.
+/// Says whether the user's profile may do one thing with a module.
 struct ModulePermission {
     std::string moduleName;
     std::string moduleAPIName;
-    std::string key;  ///< raw text of a `PermissionKeys`, or one that only the server knows
+    std::string key;  ///< raw text of a `PermissionKeys`, or a key that only the server knows
     bool value = false;
 
     static constexpr auto fields() {
@@ -50,7 +50,7 @@ struct EnumCases<PermissionKeys> {
 struct PermissionList {
     std::vector<ModulePermission> permissionList;
 
-    /// The value of the first row of the key; false without one.
+    /// Returns the value of the first row with this key, or false if there is none.
     bool hasPermission(PermissionKeys key) const;
 
     static constexpr auto fields() { return describe(field("permissionList", &PermissionList::permissionList)); }

@@ -13,21 +13,22 @@
 
 namespace tarvo {
 
-/// The store of permissions. From any thread.
+/// The store of permissions. Any thread may use it.
 class ModulePermissionsPersistanceDelegate : public virtual platform::Object {
 public:
     using Permissions = std::vector<ModulePermission>;
-    /// By module name. A module without rows has no entry; an absent answer of the store is `ParserError::noData`.
+    /// Returns the permissions by module name. A module without rows has no entry. Fails with `ParserError::noData` if
+    /// the store cannot be read.
     using PermissionsByModule = Result<std::unordered_map<std::string, Permissions>, ParserError>;
 
     virtual void storeModulePermission(const ModulePermission& permission) = 0;
     virtual void storeModulePermissions(const std::vector<ModulePermission>& permissions) = 0;
-    /// Absent when the module has no row of the key.
+    /// Returns nullopt if the module has no row with this key.
     virtual std::optional<ModulePermission> getModulePermissionWith(const std::string& moduleName,
                                                                     const std::string& key) = 0;
-    /// Empty when the module has no row; absent without an answer.
+    /// Returns an empty list if the module has no rows, and nullopt if the store cannot be read.
     virtual std::optional<Permissions> getModulePermissionWith(const std::string& moduleName) = 0;
-    /// False without a row.
+    /// Returns false if there is no row.
     virtual bool hasPermission(const ModuleIdentifier& module, PermissionKeys key) = 0;
     virtual PermissionsByModule getModulePermissionsByModuleNames(const std::vector<std::string>& moduleNames) = 0;
     virtual PermissionsByModule getModulePermissionsByModuleAPINames(

@@ -9,21 +9,21 @@
 
 namespace tarvo {
 
-/// The store of related lists. From any thread.
+/// The store of related lists. Any thread may use it.
 class ModuleRelatedListPersistanceDelegate : public virtual platform::Object {
 public:
     using RelatedLists = std::vector<RelatedList>;
 
     virtual void storeModuleRelatedList(const RelatedList& list) = 0;
     virtual void storeModuleRelatedList(const std::vector<RelatedList>& lists) = 0;
-    /// Of the list with this id, under every parent.
+    /// Sets the column of the list with this id, under every parent.
     virtual void setLookupColumnByRealtedListID(const std::string& realtedListID, const std::string& lookupColumn) = 0;
-    /// Of every list of the module's records.
+    /// Sets the column of every list that shows records of this module.
     virtual void setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
                                                     const std::string& lookupColumn) = 0;
-    /// In the order of the parent's detail. Absent when there is none.
+    /// Returns the lists in the order of the parent's detail, or nullopt if there are none.
     virtual std::optional<RelatedLists> getModulesRelatedToModule(const std::string& moduleName) = 0;
-    /// Empty when there is none, absent without an answer.
+    /// Returns an empty list if there is none, and nullopt if the store cannot be read.
     virtual std::optional<RelatedLists> getModuleRelatedWith(const std::string& moduleName,
                                                              const std::string& relatedModuleName) = 0;
 };

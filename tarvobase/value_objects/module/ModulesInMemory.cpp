@@ -28,8 +28,8 @@ void ModulesInMemory::storeModules(const std::vector<Module>& modules) {
     memory_.store(account, asStored(modules));
 }
 
-// A module that comes without its table statements keeps those that the primary store has, so memory takes such a
-// module from there.
+// The primary store keeps its table statements for a module that comes without them, so memory takes such a module from
+// there.
 std::vector<Module> ModulesInMemory::asStored(std::vector<Module> modules) const {
     std::vector<std::string> bare;
     for (auto& module : modules)

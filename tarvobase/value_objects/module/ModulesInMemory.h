@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// Modules from memory, in front of the table of modules. Without a primary store a miss is `noData`.
+/// Keeps modules in memory, in front of the table of modules. Without a primary store a miss is `noData`.
 class ModulesInMemory final : public InMemoryPersistanceClass, public ModulesPersistanceDelegate {
 public:
     explicit ModulesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,
@@ -25,7 +25,7 @@ public:
         const std::vector<std::string>& moduleNames) override;
     Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) override;
     void deleteModules(const std::vector<Module>& modules) override;
-    /// A failure of the primary store leaves memory as it is.
+    /// Refreshes memory from the primary store. If that fails, memory stays as it is.
     void reloadAll() override;
 
 private:

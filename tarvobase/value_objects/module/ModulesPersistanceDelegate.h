@@ -10,13 +10,13 @@
 
 namespace tarvo {
 
-/// The store of modules. Reads fail with `ParserError::noData` when there is no such module, or no answer at all. From
-/// any thread.
+/// The store of modules. Reads fail with `ParserError::noData` when there is no such module or the store cannot be
+/// read. Any thread may use it.
 class ModulesPersistanceDelegate : public virtual platform::Object {
 public:
     virtual void storeModule(const Module& module) = 0;
     virtual void storeModules(const std::vector<Module>& modules) = 0;
-    /// In no particular order; an empty table gives an empty list.
+    /// Returns all modules in no particular order. The list is empty if the table is.
     virtual Result<std::vector<Module>, ParserError> getAllModules() = 0;
     Result<Module, ParserError> getModule(const ModuleIdentifier& identifier) {
         return getModuleByModuleName(identifier.rawValue());
@@ -27,7 +27,7 @@ public:
         const std::vector<std::string>& moduleNames) = 0;
     virtual Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) = 0;
     virtual void deleteModules(const std::vector<Module>& modules) = 0;
-    /// Brings a store in memory back in line with the one behind it; does nothing for a table.
+    /// Refreshes a store in memory from the store behind it. Does nothing for a table.
     virtual void reloadAll() = 0;
 };
 

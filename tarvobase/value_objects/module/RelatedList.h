@@ -23,16 +23,16 @@ struct ModuleRelatedListConstants : StoredNames<ModuleRelatedListConstants, Rela
 };
 struct ModuleRelatedListDatabaseConstants : TableTwin<ModuleRelatedListConstants> {};
 
-/// A list of records of one module that belong to a record of another.
+/// A list of records of one module that belong to a record of another module.
 struct RelatedList {
     std::string moduleName;         ///< the parent's module
-    std::string relatedModuleName;  ///< as the server names it; `_relatedModuleName` is what to read from
+    std::string relatedModuleName;  ///< the server's name; records are read from `_relatedModuleName`
     std::string dislayName;
     std::string listID;
     bool isDefault = false;  ///< a standard list of the server
-    int relatedOrder = 0;    ///< place in the parent's detail
-    /// The column of the related module that points to the parent. The server does not send it: it is filled in after
-    /// the download of metadata, and empty until then.
+    int relatedOrder = 0;    ///< place in the parent's detail view
+    /// The column of the related module that points to the parent. The server does not send it; it is filled in after
+    /// the download of metadata and is empty until then.
     std::string lookupColumn;
     std::string listName;
     std::string relatedListAPIName;
@@ -40,9 +40,9 @@ struct RelatedList {
     bool isInvitedEvents() const;
     bool isInvitees() const;
     bool isContactRole() const;
-    /// "Events" for the meetings that a lead or contact is invited to, else `relatedModuleName`.
+    /// Returns "Events" for the meetings that a lead or contact is invited to, and `relatedModuleName` otherwise.
     std::string _relatedModuleName() const;
-    /// Newest change first, by API name and by the naming in force.
+    /// Sorts by the time of the last change, newest first; by API name, and by the name in the naming in force.
     SortField defaultSortFieldApi() const;
     SortField defaultSortField() const;
 

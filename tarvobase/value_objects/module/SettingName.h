@@ -4,7 +4,7 @@
 
 namespace tarvo {
 
-/// The settings of a module or of the application. The raw text, which tables and bridge use, is the case's name.
+/// The settings of a module or of the application. The raw text, which tables and the bridge use, is the case's name.
 enum class SettingName {
     businessCard,
     groupBy,

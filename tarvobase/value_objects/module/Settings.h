@@ -12,10 +12,10 @@ namespace tarvo {
 struct Settings;
 
 struct SettingsConstants : StoredNames<SettingsConstants, Settings> {
-    /// The two halves of a name, as the settings of name orders say them.
+    /// The two parts of a person's name, as the settings of the name order write them.
     static constexpr std::string_view FirstNameKey = "First Name";
     static constexpr std::string_view LastNameKey = "Last Name";
-    /// The module that the application's own settings belong to.
+    /// The module that the application's own settings are stored under.
     static constexpr std::string_view applicationModule = "Settings";
 
     std::string_view TableName = of("Settings", "APP_SETTINGS");
@@ -27,8 +27,8 @@ struct SettingsConstants : StoredNames<SettingsConstants, Settings> {
 };
 struct SettingsDatabaseConstants : TableTwin<SettingsConstants> {};
 
-/// One setting of a module, or of the application under the module "Settings". `customSettings` is what the user has
-/// chosen, `defaultSettings` what the server gives; several values in one are joined with ",".
+/// One setting of a module, or of the application under the module "Settings". `customSettings` is the user's choice
+/// and `defaultSettings` the server's. Several values in one text are joined with ",".
 struct Settings {
     std::string moduleName;
     SettingName settingsKey = SettingName::unknown;
@@ -36,7 +36,7 @@ struct Settings {
     std::string customSettings;
     bool isDefault = false;
 
-    /// The order that a sort setting stands for: a column and, behind ",", "asc" or "desc". Nothing without a column.
+    /// Reads a sort setting: a column and, after ",", "asc" or "desc". Returns nullopt if the text has no column.
     std::optional<SortField> getSortField() const;
 
     using InMemoryKeys = SettingsConstants;

@@ -4,7 +4,7 @@ namespace tarvo {
 
 namespace {
 
-// A name may hold any character, so it comes last.
+// A module name may contain any character, so it comes last.
 std::string keyOf(const Settings& setting) {
     return std::string(rawText(setting.settingsKey)) + " " + setting.moduleName;
 }
@@ -70,7 +70,7 @@ SettingsPersistanceDelegate::SettingsResult SettingsInMemeory::updateDisplayColu
     return getSettings(moduleName);
 }
 
-// Several settings may be meant, so that only the whole table can answer: it is read at the first such question.
+// Several settings may match, so only the whole table can answer. It is read for the first such request.
 template <class Chosen>
 SettingsPersistanceDelegate::SettingsResult SettingsInMemeory::settingsWhere(Chosen&& chosen) {
     auto settings = getAllSettings();

@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// Settings from memory, in front of the table of settings. Without a primary store a miss is `noData`.
+/// Keeps settings in memory, in front of the table of settings. Without a primary store a miss is `noData`.
 class SettingsInMemeory final : public InMemoryPersistanceClass, public SettingsPersistanceDelegate {
 public:
     explicit SettingsInMemeory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass,

@@ -11,26 +11,25 @@
 
 namespace tarvo {
 
-/// The store of settings. Reads fail with `ParserError::noData` when there is no such setting, or no answer at all; a
-/// list may be empty. Lists are in no particular order. From any thread.
+/// The store of settings. Reads fail with `ParserError::noData` when there is no such setting or the store cannot be
+/// read. A list may be empty and is in no particular order. Any thread may use it.
 class SettingsPersistanceDelegate : public virtual platform::Object {
 public:
     using SettingsResult = Result<std::vector<Settings>, ParserError>;
-    /// The settings of each module that was asked for; an empty list for a module without any.
+    /// The settings of each requested module; the list is empty for a module without settings.
     using SettingsByModule = std::map<std::string, std::vector<Settings>>;
 
     virtual void storeSettings(const std::vector<Settings>& settings) = 0;
     virtual Result<Settings, ParserError> getSettingsForModule(const std::string& moduleName,
                                                                SettingName settingsKey) = 0;
-    /// All settings of a module.
+    /// Returns all settings of a module.
     virtual SettingsResult getSettings(const std::string& for_) = 0;
     virtual SettingsByModule getSettingsByModuleNames(const std::vector<std::string>& moduleNames) = 0;
-    /// One setting of all modules that have it.
+    /// Returns one setting of all modules that have it.
     virtual SettingsResult getAllSettings(SettingName settingsKey) = 0;
-    /// All settings of all modules.
+    /// Returns all settings of all modules.
     virtual SettingsResult getAllSettings() = 0;
-    /// Brings the columns that a module's list shows back in line with the store behind, and gives the module's
-    /// settings.
+    /// Refreshes the columns that a module's list shows from the store behind, and returns the module's settings.
     virtual SettingsResult updateDisplayColumns(const std::string& moduleName) = 0;
 };
 

@@ -4,10 +4,10 @@
 
 namespace tarvo {
 
-/// Which of its two names a field goes by.
+/// The two namings of fields.
 enum class Naming { column, api };
 
-/// A name that is the same at all times, or that follows a setting of the host and is looked up at each use.
+/// A name that is either fixed or follows a setting of the host. The latter is looked up at each use.
 class ConstantName {
 public:
     constexpr ConstantName(std::string_view fixed) : fixed_(fixed) {}                         // NOLINT: implicit
@@ -23,9 +23,9 @@ private:
     std::string_view (*followed_)() = nullptr;
 };
 
-/// Base of every list of names: each member has its two names once, and the naming chooses. A column is the field's
-/// name in capitals without separators and an API name its capitalised words joined by "_"; where a field breaks the
-/// rule both stand here as the server has them.
+/// The base of every list of names. Each member has its two names on one line, and the naming chooses between them. A
+/// column is the field's name in capitals without separators, and an API name is its capitalised words joined by "_".
+/// Where a field breaks the rule, both names are the server's.
 struct NamesOf {
     Naming naming;
     constexpr std::string_view of(std::string_view column, std::string_view api) const {
@@ -37,7 +37,7 @@ struct NamesOf {
     }
 };
 
-/// API names that follow `CommonConfigration.seModule` and `CommonConfigration.attachments`.
+/// Return the API names that follow `CommonConfigration.seModule` and `CommonConfigration.attachments`.
 std::string_view seModuleApiName();
 std::string_view attachmentsApiName();
 
@@ -104,8 +104,8 @@ struct AccountsConstants : NamesOf {
     std::string_view industry = of("INDUSTRY", "Industry");
 };
 
-/// A deal's contact is one field with the API name "Contact_Name"; its id and its text are two columns, as an
-/// account's.
+/// A deal's contact is one field with the API name "Contact_Name". Its id and its text are two columns, like those of
+/// an account.
 struct DealsConstants : NamesOf {
     std::string_view potentialName = of("POTENTIALNAME", "Deal_Name");
     std::string_view closingDate = of("CLOSINGDATE", "Closing_Date");
@@ -244,7 +244,7 @@ struct VendorsConstants : NamesOf {
     std::string_view website = of("WEBSITE", "Website");
 };
 
-/// Where and when a user was at the place of a meeting; columns of the meeting.
+/// Says where and when a user checked in at the place of a meeting. These are columns of the meeting.
 struct CheckInConstants : NamesOf {
     std::string_view createdBy = of("CHECKINOWNERID", "Check_In_By");
     std::string_view createdTime = of("CHECKINCREATEDTIME", "Check_In_Time");
@@ -290,13 +290,13 @@ struct MyJobsConstants : NamesOf {
     std::string_view user = of("USER", "user");
 };
 
-/// A tag as it stands in a record.
+/// A tag inside a record.
 struct TagsConstants : NamesOf {
     std::string_view id = of("ID", "id");
     std::string_view name = of("NAME", "name");
 };
 
-/// The fields that the logic knows by heart, in one of the two namings.
+/// The names of the fields that the library's own logic uses, in one of the two namings.
 struct IdentifierConstants : NamesOf {
     std::string_view rowID = of("_id");
     std::string_view id = of("ID", "id");
@@ -397,11 +397,11 @@ struct IdentifierConstants : NamesOf {
     TagsConstants Tags{naming};
 };
 
-/// By CRM column name (the column of a record table), and by API name (the key on the wire).
+/// The names of columns of record tables, and the API names, which are the keys on the wire.
 inline constexpr IdentifierConstants CRMColumnConstant{Naming::column};
 inline constexpr IdentifierConstants FieldAPIConstant{Naming::api};
 
-/// The names of the naming in force. An operation asks once, at its start.
+/// Returns the names of the naming in force. An operation calls this once, at its start.
 const IdentifierConstants& FieldIdentifierConstants();
 
 }  // namespace tarvo

@@ -12,7 +12,7 @@ void logUnknown(const std::string& name) {
 
 }  // namespace
 
-// Every plain case can be read but `owners`, which only stands for itself.
+// Every plain case can be read except `owners`, which has no module of the server.
 std::optional<ModuleIdentifier> ModuleIdentifier::known(const std::string& name) {
     if (name.starts_with("CustomModule")) return custom(name);
     auto plain = fromRawText<Case>(name);

@@ -8,8 +8,8 @@
 
 namespace tarvo {
 
-/// A module by kind: one of those that the logic knows, a custom one, or one that it does not know. The raw text is the
-/// module's internal name.
+/// Identifies a module: one that the library knows, a custom one, or an unknown one. The raw text is the module's
+/// internal name.
 class ModuleIdentifier {
 public:
     enum class Case {
@@ -54,14 +54,14 @@ public:
         owners
     };
 
-    /// One of the plain cases.
+    /// Makes one of the plain cases.
     ModuleIdentifier(Case plain) : case_(plain) {}  // NOLINT: implicit, so that a plain case is an identifier by itself
     static ModuleIdentifier custom(std::string name) { return {Case::custom, std::move(name)}; }
     static ModuleIdentifier unsupportedOrNew(std::string name) { return {Case::unsupportedOrNew, std::move(name)}; }
 
-    /// The identifier of a module name. A name that is not known is logged and comes back as `unsupportedOrNew`.
+    /// Returns the identifier of a module name. An unknown name is logged and returned as `unsupportedOrNew`.
     static ModuleIdentifier fromModuleName(const std::string& moduleName);
-    /// The same, but a name that is not known is logged and gives nothing.
+    /// The same, but returns nullopt for an unknown name after logging it.
     static std::optional<ModuleIdentifier> fromRawValue(const std::string& rawValue);
 
     Case which() const { return case_; }

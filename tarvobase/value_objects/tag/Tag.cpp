@@ -6,8 +6,8 @@ namespace tarvo {
 
 namespace {
 
-// All members are texts, which both forms write alike. A map is read as the plain form, where a number is not a text; a
-// row as the table form, where the server's column type may have made a number of one.
+// All members are texts, which both forms write alike. A map is read as the plain form, where a number is not a text. A
+// row is read as the table form, since the server's column type may have turned a text into a number.
 Form formOf(const ValueMap&) { return Form::plain; }
 Form formOf(const Row&) { return Form::table; }
 

@@ -52,7 +52,7 @@ struct Tag {
     friend bool operator==(const Tag&, const Tag&) = default;
 };
 
-/// That a record carries a tag.
+/// Says that a record has a tag.
 struct TagRecord {
     Tag tag;
     std::string recordId;

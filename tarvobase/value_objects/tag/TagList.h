@@ -9,7 +9,8 @@
 
 namespace tarvo {
 
-/// The tags of a record as a value of the record. No statement binds it: a table holds their number.
+/// The tags of a record as one of its values. No statement binds it, because the record's table stores only the number
+/// of tags.
 class TagList final : public ValueObject {
 public:
     explicit TagList(std::vector<Tag> tags) : tags_(std::move(tags)) {}

@@ -9,21 +9,22 @@
 
 namespace tarvo {
 
-/// The store of tags. A read is absent when there is no answer, or when a stored tag cannot be read. From any thread.
+/// The store of tags. A read returns nullopt if the store or one of the stored tags cannot be read. Any thread may use
+/// it.
 class TagPersistanceDelegate : public virtual platform::Object {
 public:
     using Tags = std::optional<std::vector<Tag>>;
 
     virtual Tags getTags(const std::string& moduleName) = 0;
-    /// A tag with an id that is stored already replaces it.
+    /// Stores the tags. A tag replaces the stored one with the same id.
     virtual void storeTags(const std::vector<Tag>& tags) = 0;
     virtual void removeTags(const std::string& tagId) = 0;
     virtual Tags getTagsByTagIds(const std::vector<std::string>& tagIds) = 0;
-    /// When a temporary tag gets the server's id.
+    /// Replaces a tag's temporary id with the server's.
     virtual void updateTag(const std::string& oldTagId, const std::string& newTagId) = 0;
 };
 
-/// The store of which record carries which tags. Reads as above.
+/// The store that links records and tags. Reads behave as above.
 class TagRecordsPersistanceDelegate : public virtual platform::Object {
 public:
     using TagRecords = std::optional<std::vector<TagRecord>>;
@@ -31,9 +32,9 @@ public:
     virtual TagRecords getTagRecordsByRecordId(const std::string& recordId) = 0;
     virtual TagRecords getTagRecordsByTagId(const std::string& tagId) = 0;
     virtual void storeTagRecords(const std::vector<Tag>& tags, const std::string& recordId) = 0;
-    /// All tags of these records.
+    /// Removes all tags of these records.
     virtual void deleteTagRecords(const std::vector<std::string>& ids) = 0;
-    /// These tags of one record.
+    /// Removes these tags of one record.
     virtual void deleteTagRecordsByTagIds(const std::vector<std::string>& tagIds, const std::string& id) = 0;
     virtual void updateTagRecord(const std::string& oldTagId, const std::string& newTagId, const std::string& id) = 0;
 };

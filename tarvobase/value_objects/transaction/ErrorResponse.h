@@ -7,18 +7,20 @@
 
 namespace tarvo {
 
-/// Why the server, or this library before it asked the server, refused a change. Kept with the change as JSON.
+/// Says why the server refused a change, or why this library refused it before asking the server. It is kept with the
+/// change as JSON.
 struct ErrorResponse {
     std::string code;     ///< the server's code, or one of the local codes below
-    std::string message;  ///< the server's words; the code itself for a local code
+    std::string message;  ///< the server's message; the code itself for a local code
     std::optional<ValueMap> details;
 
-    /// Fails with "code" or "message" when that is missing or no text. Details that are no map are absent.
+    /// Fails with "code" or "message" if that member is missing or is not a text. Details that are not a map are
+    /// dropped.
     static Result<ErrorResponse, ParsingError> fromJSON(const ValueMap& json);
-    /// "details" is left out when there are none.
+    /// Leaves "details" out when there are none.
     ValueMap toJSON() const;
-    /// From the error list of an answer, exactly two texts (code and message), and the answer's details; nothing for
-    /// any other list.
+    /// Reads the error list of an answer, which is exactly two texts (code and message). Returns nullopt for any other
+    /// list.
     static std::optional<ErrorResponse> fromErrorList(const ValueList& errors,
                                                       std::optional<ValueMap> details = std::nullopt);
 

@@ -10,7 +10,7 @@
 #include "platform/Describe.h"
 #include "platform/Value.h"
 
-/// Filters that a user puts on a column of a list: what a filter compares, and the inputs that a screen asks for.
+/// Filters that a user sets on a column of a list: what a filter compares, and the inputs that a screen asks for.
 namespace tarvo {
 
 enum class CommonFilterType { isEmpty, isNotEmpty };
@@ -79,7 +79,7 @@ struct ColumnFilterInputType {
     static ColumnFilterInputType picklist(std::vector<std::string> values) {
         return {Case::picklist, std::move(values)};
     }
-    /// A value of the field's own kind.
+    /// A value of the field's own type.
     static ColumnFilterInputType fieldValue() { return {Case::fieldValue, {}}; }
     static ColumnFilterInputType integer() { return {Case::integer, {}}; }
     static ColumnFilterInputType string() { return {Case::string, {}}; }
@@ -89,7 +89,7 @@ struct ColumnFilterInputType {
     friend bool operator==(const ColumnFilterInputType&, const ColumnFilterInputType&) = default;
 };
 
-/// A part of the form that asks for the inputs: an input, or a fixed text between two.
+/// A part of the form that asks for the inputs: an input, or a fixed text between two inputs.
 using ColumnFilterInputFields = std::variant<ColumnFilterInputType, std::string>;
 
 /// One filter on one column.
@@ -101,9 +101,10 @@ struct ColumnFilter {
     std::vector<ColumnFilterInputFields> filterInputs{};
     FilterType filterType{};
 
-    /// The kinds of its inputs, in their order.
+    /// Returns the kinds of the inputs, in order.
     std::vector<ColumnFilterInputType> filterInputTypes() const;
-    /// Keeps the inputs as texts: a text as it is, a list as `["a", "b"]`. An input without a text is the empty text.
+    /// Stores the inputs as texts: a text unchanged, a list as `["a", "b"]`. A value that has no text becomes the empty
+    /// text.
     void setInput(const ValueList& values);
     void setLookup(const std::map<int, Value>& values);
 

@@ -9,7 +9,7 @@
 
 namespace tarvo {
 
-/// A saved list filter of the server, with what it takes to run it on the local tables.
+/// A list filter that is saved on the server, with what is needed to run it on the local tables.
 struct CustomView final : FilterProtocol {
     std::string viewID;
     std::string viewType;
@@ -37,7 +37,8 @@ struct CustomView final : FilterProtocol {
     static constexpr auto fields() {
         using V = CustomView;
         using Names = CustomViewConstants;
-        // Where columns are shared, the last member that is written stays: the sort by name, not the one by number.
+        // Where two members share a column, the one that is written last stays: the sort by name, not the one by
+        // number.
         return describe(field("viewID", &V::viewID, &Names::ViewID), field("viewType", &V::viewType, &Names::ViewType),
                         field("viewName", &V::viewName, &Names::ViewName),
                         field("viewDisplayName", &V::viewDisplayName, &Names::ViewDisplayName),
@@ -61,17 +62,18 @@ struct CustomView final : FilterProtocol {
     friend bool operator==(const CustomView&, const CustomView&) = default;
 };
 
-/// Views by their ids.
+/// Views by id.
 struct CustomViewList {
     CustomViewList() = default;
-    /// Of views with one id the last stays.
+    /// If two views have the same id, the last one stays.
     explicit CustomViewList(std::vector<CustomView> cvArray);
 
     std::map<std::string, CustomView> cvList;
 
-    /// The first view, by id, that is marked as default; null when none is. Valid as long as the list.
+    /// Returns the first view, by id, that is marked as default, or null if none is. The pointer is valid as long as
+    /// the list.
     const CustomView* default_() const;
-    /// Null when there is no such view.
+    /// Returns null if there is no such view.
     const CustomView* operator[](const std::string& viewID) const;
 };
 

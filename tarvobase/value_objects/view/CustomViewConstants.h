@@ -8,7 +8,7 @@ namespace tarvo {
 
 struct CustomView;
 
-/// A member without a column has the empty name there.
+/// A member without a column has an empty column name.
 struct CustomViewConstants : StoredNames<CustomViewConstants, CustomView> {
     std::string_view TableName = of("CustomView", "CUSTOM_VIEWS_METADATA");
     std::string_view ViewID = of("ViewID", "view_id");
@@ -35,7 +35,7 @@ struct CustomViewConstants : StoredNames<CustomViewConstants, CustomView> {
 };
 struct CustomViewDatabaseConstants : TableTwin<CustomViewConstants> {};
 
-/// The same table where views keep the server's own criteria.
+/// The columns of the same table for views that store the server's own criteria.
 struct CustomViewWithOfflineQueryDatabaseConstants : CustomViewDatabaseConstants {
     constexpr CustomViewWithOfflineQueryDatabaseConstants() {
         OfflineQueryReplaceInfo = "fields_in_criteria";

@@ -5,7 +5,7 @@ namespace tarvo {
 namespace {
 
 constexpr std::string_view yes = "true", no = "false";
-/// Leads are converted, and their view of all records leaves those out that were: it has a condition.
+/// Leads can be converted, and their view of all records leaves the converted ones out, so it has a condition.
 constexpr std::string_view leads = "Leads", allOpenLeads = "All Open Leads";
 
 using ViewNames = CustomViewConstants;

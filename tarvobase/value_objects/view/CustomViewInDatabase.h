@@ -8,7 +8,7 @@ namespace tarvo {
 /// The table of custom views.
 class CustomViewInDatabase final : public DatabasePersistanceClass, public CustomViewPersistanceDelegate {
 public:
-    /// With the columns that the configuration names at this moment.
+    /// Uses the columns that the configuration currently names.
     explicit CustomViewInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter);
     CustomViewInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                          const CustomViewDatabaseConstants& databaseConstants);

@@ -32,29 +32,30 @@ enum class CustomViewColumnName {
     SortOrder
 };
 
-/// The store of custom views. A read is absent when the store fails, or for one view also when there is none. From any
-/// thread.
+/// The store of custom views. A read returns nullopt if the store cannot be read; a read of one view also if there is
+/// no such view. Any thread may use it.
 class CustomViewPersistanceDelegate : public virtual platform::Object {
 public:
     using CustomViews = std::vector<CustomView>;
 
-    /// Views of the same keys are replaced.
+    /// Stores the views. A view replaces the stored one with the same keys.
     virtual void storeCustomView(const CustomView& customView) = 0;
     virtual void storeCustomView(const CustomViews& customViews) = 0;
-    /// In no particular order.
+    /// Returns the views in no particular order.
     virtual std::optional<CustomViews> getCustomViews(const std::string& moduleName) = 0;
-    /// Ascending by each of the columns.
+    /// Returns the views in ascending order of these columns.
     virtual std::optional<CustomViews> getCustomViews(const std::string& moduleName,
                                                       const std::vector<CustomViewColumnName>& sortBy) = 0;
-    /// Of all modules.
+    /// Returns the views of all modules.
     virtual std::optional<CustomViews> getDefaultCustomViews() = 0;
     virtual std::optional<CustomView> getCustomView(const std::string& id, const std::string& moduleName) = 0;
-    /// The default view that shows what the user has not read.
+    /// Returns the default view that shows the records which the user has not read.
     virtual std::optional<CustomView> getUnreadCustomView(const std::string& moduleName) = 0;
     virtual std::optional<CustomView> getDefaultCustomView(const std::string& moduleName) = 0;
-    /// The view that shows every record: of leads the one of that name, of other modules one without a condition.
+    /// Returns the view that shows every record: for leads the one named "All Open Leads", for other modules one
+    /// without a condition.
     virtual std::optional<CustomView> getAllViewCustomView(const std::string& moduleName) = 0;
-    /// Takes the mark from the view that has it and gives it to another.
+    /// Moves the default mark of a module's views to this view.
     virtual void setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) = 0;
     virtual void removeCustomViews(const std::vector<std::string>& moduleList) = 0;
     virtual void updateSortfield(const SortField& sortField, const std::string& cvId,

@@ -38,7 +38,7 @@ std::vector<SortField> FilterProtocol::sortFieldList(const FieldList& fieldList)
     auto fallback = defaultSortField(fieldList);
     auto own = sortField(fieldList);
     if (!own) return {fallback};
-    // A second term on the column of the first decides nothing, whatever its direction.
+    // A second term on the same column has no effect, whatever its direction.
     if (own->column == fallback.column) return {*own};
     return {*own, fallback};
 }
@@ -51,7 +51,7 @@ const FieldMetadata* FilterProtocol::sortColumnMetadata(const FieldList& fieldLi
 
 const FieldMetadata* FilterProtocol::sortMetadata(const FieldList& fieldList) const {
     if (sortBy.empty() || sortBy == none) return nullptr;
-    // The server names fields by their API names; a sort that the user chose here is kept by identifier.
+    // The server refers to fields by API name; a sort that the user chose in this application is stored by identifier.
     auto field = fieldList.getFieldByApiName(sortBy);
     return field ? field : fieldList.getField(sortBy);
 }

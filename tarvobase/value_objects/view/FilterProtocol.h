@@ -12,8 +12,8 @@ namespace tarvo {
 class FieldList;
 struct FieldMetadata;
 
-/// The face of a saved list filter towards the code of lists: what it is called, where it applies, how it sorts. Base
-/// of values: copies are independent.
+/// The interface of a saved list filter: its name, where it applies and how it sorts. It is a base of values, so copies
+/// are independent.
 struct FilterProtocol {
     virtual ~FilterProtocol() = default;
 
@@ -27,20 +27,21 @@ struct FilterProtocol {
     virtual const std::string& filterName() const = 0;
     virtual void setFilterName(std::string name) = 0;
 
-    /// Newest first, by id, in the naming in force or in that of the fields.
+    /// Sorts by id, newest first, in the naming in force or in that of the fields.
     static SortField defaultSortField();
     static SortField defaultSortField(const FieldList& fieldList);
 
-    /// The direction of its sort; nothing without one, or with `includeDefault` that of the default field.
+    /// Returns the direction of its sort. Without a sort it returns nullopt, or the default's direction with
+    /// `includeDefault`.
     std::optional<SortOrder> getSortOrder(bool includeDefault) const;
-    /// Its sort by the identifier of the field. Nothing without a sort, or when the list has no such field.
+    /// Returns its sort by the identifier of the field, or nullopt if it has no sort or the list lacks the field.
     std::optional<SortField> sortField(const FieldList& fieldList) const;
-    /// The same where no fields are at hand: the column is `sortBy` as it stands.
+    /// The same without a list of fields: the column is `sortBy` unchanged.
     std::optional<SortField> sortField() const;
-    /// Its sort and behind it the default one, which is left out as a repetition.
+    /// Returns its sort followed by the default one, unless that sorts by the same column.
     std::vector<SortField> sortFieldList(const FieldList& fieldList) const;
-    /// The field of its sort, or with `includeDefault` that of the default one when it has none; null when there is no
-    /// such field. Valid as long as the list.
+    /// Returns the field of its sort. Without a sort it returns null, or the field of the default sort with
+    /// `includeDefault`. Returns null if the list lacks the field. The pointer is valid as long as the list.
     const FieldMetadata* sortColumnMetadata(const FieldList& fieldList, bool includeDefault) const;
 
 protected:
