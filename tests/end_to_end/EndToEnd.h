@@ -11,7 +11,7 @@
 
 namespace tarvo::tests {
 
-/// A member of a JSON object; null if it is absent, or if `json` is no object.
+/// Returns a member of a JSON object; null if it is absent, or if `json` is not an object.
 inline Value member(const Value& json, std::string_view name) {
     return json.asMap() ? json.asMap()->valueOf(name) : Value();
 }
@@ -42,7 +42,7 @@ public:
         server_.reset();
     }
 
-    /// Arguments that reach the server as account 42, then those given.
+    /// Returns the arguments that reach the server as account 42, then the given ones.
     std::vector<std::string> arguments(const std::vector<std::string>& further) const {
         std::vector<std::string> all = {
             "--home", home(),    "--account",     "42", "--token",  "token-of-42",
@@ -72,7 +72,7 @@ public:
 
     std::string home() const { return folder + "/home"; }
     std::string databasePath() const { return home() + "/Databases/TarvoDatabaseForBrenUID42.sqlite"; }
-    /// Empty for a file that is not there.
+    /// Returns the content of a file, which is empty for a missing file.
     std::string content(const std::string& path) const {
         auto data = files::exists(path) ? files::read(path) : std::nullopt;
         return data ? data->text() : "";
@@ -87,7 +87,7 @@ private:
     std::unique_ptr<Process> server_;
 };
 
-/// How a program ended and what it said.
+/// The exit status of a program and its output.
 struct Ended {
     std::optional<int> status;
     std::string output;
@@ -103,7 +103,7 @@ inline bool contains(const std::string& text, std::string_view part) { return te
 
 inline bool isOneLine(const std::string& text) { return !text.empty() && text.find('\n') == text.size() - 1; }
 
-/// A command that did not do its work says in one line why.
+/// Expects a command that did not do its work and says in one line why.
 inline void expectRefusal(const Ended& ended, int status, std::string_view says) {
     EXPECT_EQ(ended.status, status) << says;
     EXPECT_TRUE(isOneLine(ended.errors) && contains(ended.errors, says)) << "not \"" << says << "\": " << ended.errors;

@@ -20,7 +20,7 @@ protected:
     void forgetHome() { files::remove(world.home()); }
     std::map<std::string, std::string> tables() const { return tablesOf(world.databasePath(), passphrase); }
 
-    /// The modules whose first records are noted as done.
+    /// Returns the modules whose first records are noted as done.
     std::vector<std::string> modulesDone(const std::vector<std::string>& modules) const {
         auto settings = world.content(world.home() + "/settings/tarvo-host.jsonl");
         std::vector<std::string> done;
@@ -28,7 +28,7 @@ protected:
             if (contains(settings, "initialRecords_" + module + "_downloadable")) done.push_back(module);
         return done;
     }
-    /// The modules whose first records the server was asked for since the last question.
+    /// Returns the modules whose first records were requested from the server since the last call.
     std::vector<std::string> modulesAsked() {
         auto answer = world.control->get("/control/requests");
         auto log = json::parse(answer ? answer->body : "").value_or(Value());
@@ -47,7 +47,7 @@ protected:
     EndToEnd world{{"--records", "30", "--log-values"}};
 };
 
-/// The summary, which is the last line.
+/// Returns the summary, which is the last line.
 ValueMap summaryOf(const std::string& output) {
     auto lines = text::split(output, "\n");
     while (!lines.empty() && lines.back().empty()) lines.pop_back();
@@ -87,10 +87,10 @@ TEST_F(FirstDownload, EndsWithTheSameTablesWhereverItWasKilled) {
         for (auto& module : modulesAsked())
             EXPECT_EQ(std::count(done.begin(), done.end(), module), 0) << module << " again, round " << round;
     }
-    EXPECT_GT(sparedModules, 0u) << "no round was killed behind a batch";
+    EXPECT_GT(sparedModules, 0u) << "no round was killed after a batch";
 }
 
-TEST_F(FirstDownload, TellsOfEveryFaultAndTheNextRunCompletes) {
+TEST_F(FirstDownload, ReportsEveryFaultAndTheNextRunCompletes) {
     const std::vector<std::pair<std::string, std::string>> calls = {
         {"getuserdetails", "currentUser"},          {"getmetadatainfo", "metadata"},
         {"getcustomviewsinfo", "customviews"},      {"gettaxcurrencies", "currency"},
@@ -115,12 +115,12 @@ TEST_F(FirstDownload, TellsOfEveryFaultAndTheNextRunCompletes) {
         forgetHome();
         for (auto& [call, step] : calls) world.setFault(R"({"call":")" + call + R"(","times":1,)" + one.fault + "}");
         auto first = init();
-        // A step behind one that failed may have had nothing to ask for.
+        // A step after a failed one may have had no request to make.
         world.control->remove("/control/faults");
         ASSERT_EQ(first.status, 0) << one.fault << first.errors;
-        auto told = json::write(summaryOf(first.output).valueOf("failures")).value_or("");
+        auto reported = json::write(summaryOf(first.output).valueOf("failures")).value_or("");
         for (auto& [call, step] : calls)
-            EXPECT_TRUE(!one.isWhole || contains(told, "\"" + step + ": ")) << one.fault << " " << told;
+            EXPECT_TRUE(!one.isWhole || contains(reported, "\"" + step + ": ")) << one.fault << " " << reported;
         auto second = init({"--fetch"});
         ASSERT_EQ(second.status, 0) << one.fault << second.errors;
         auto summary = summaryOf(second.output);
@@ -131,7 +131,7 @@ TEST_F(FirstDownload, TellsOfEveryFaultAndTheNextRunCompletes) {
     }
 }
 
-TEST_F(FirstDownload, StaysWhereTheInitCallFailsAndBeginsAnew) {
+TEST_F(FirstDownload, StopsWhereTheInitCallFailsAndStartsAgain) {
     world.setFault(R"({"call":"getappinitdata","times":1,"fault":"nonJson"})");
     auto first = init();
     EXPECT_EQ(first.status, 1);
@@ -139,7 +139,8 @@ TEST_F(FirstDownload, StaysWhereTheInitCallFailsAndBeginsAnew) {
     auto second = init();
     EXPECT_EQ(second.status, 0) << second.errors;
     EXPECT_EQ(summaryOf(second.output).valueOf("downloaded"), Value(true));
-    EXPECT_EQ(summaryOf(init().output).valueOf("downloaded"), Value(false)) << "a completed account asks no more";
+    EXPECT_EQ(summaryOf(init().output).valueOf("downloaded"), Value(false))
+        << "a completed account makes no more requests";
 }
 
 }  // namespace

@@ -10,9 +10,9 @@ constexpr const char* unusable = "parsingError";
 
 struct FaultCase {
     const char* name;
-    const char* fault;  // members of the fault beside its call
+    const char* fault;  // members of the fault besides its call
     const char* notice;
-    std::size_t modules;  // of the two that are asked for
+    std::size_t modules;  // how many of the two requested modules are stored
     bool formats;         // whether the date and time formats are stored
 };
 

@@ -3,31 +3,36 @@
 
 namespace tarvo::tests {
 
-TEST(ModulesCommand, ListsFromTheEncryptedFileAlsoWithoutTheServer) {
+TEST(ModulesCommand, ListsTheModulesByPosition) {
+    EndToEnd world;
+    auto listed = endOf(world.host({"modules"}));
+    ASSERT_EQ(listed.status, 0) << listed.errors;
+    EXPECT_EQ(listed.errors, "");
+    EXPECT_TRUE(contains(listed.output, "\nLeads  ")) << listed.output;
+    EXPECT_LT(listed.output.find("Leads"), listed.output.find("Contacts")) << "sorted by position";
+    EXPECT_TRUE(contains(listed.output, "Café Visits"));
+    EXPECT_TRUE(contains(listed.output, world.databasePath()));
+}
+
+TEST(ModulesCommand, AsksTheServerOnceAndThenWorksWithoutIt) {
     EndToEnd world;
     auto first = endOf(world.host({"modules"}));
     ASSERT_EQ(first.status, 0) << first.errors;
-    EXPECT_EQ(first.errors, "");
-    EXPECT_TRUE(contains(first.output, "\nLeads  ")) << first.output;
-    EXPECT_LT(first.output.find("Leads"), first.output.find("Contacts")) << "sorted by position";
-    EXPECT_TRUE(contains(first.output, "Café Visits"));
-    EXPECT_TRUE(contains(first.output, world.databasePath()));
     EXPECT_EQ(world.initRequests(), 1u);
-
-    auto second = endOf(world.host({"modules"}));
-    EXPECT_EQ(second.output, first.output);
+    EXPECT_EQ(endOf(world.host({"modules"})).output, first.output);
     EXPECT_EQ(world.initRequests(), 1u) << "stored modules need no server";
     world.stopServer();
     EXPECT_EQ(endOf(world.host({"modules"})).output, first.output);
-
     expectRefusal(endOf(world.host({"modules", "--fetch"})), 1, "server");
+}
 
-    auto machine = json::parse(endOf(world.host({"modules", "--json"})).output);
-    ASSERT_TRUE(machine && machine->asMap());
-    auto modules = machine->asMap()->valueOf("modules");
+TEST(ModulesCommand, PrintsOneMapForPrograms) {
+    EndToEnd world;
+    auto printed = json::parse(endOf(world.host({"modules", "--json"})).output).value_or(Value());
+    auto modules = member(printed, "modules");
     ASSERT_TRUE(modules.asList() && !modules.asList()->empty());
-    EXPECT_EQ(modules.asList()->front().asMap()->valueOf("moduleName"), Value("Leads"));
-    EXPECT_EQ(machine->asMap()->valueOf("database"), Value(world.databasePath()));
+    EXPECT_EQ(member(modules.asList()->front(), "moduleName"), Value("Leads"));
+    EXPECT_EQ(member(printed, "database"), Value(world.databasePath()));
 }
 
 TEST(ModulesCommand, LeavesNoReadableFileAndOpensWithTheRightPassphraseAlone) {

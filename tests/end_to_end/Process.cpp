@@ -12,6 +12,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <gtest/gtest.h>
+
 extern char** environ;
 
 namespace tarvo::tests {
@@ -29,6 +31,18 @@ bool isReady(int descriptor, std::chrono::milliseconds atMost) {
     pollfd waiting{descriptor, POLLIN, 0};
     return ::poll(&waiting, 1, static_cast<int>(atMost.count())) == 1;
 }
+
+/// Stops the run before the first test if the folder of the programs is unknown: every test would wait for output that
+/// never comes.
+class ProgramsAreKnown final : public ::testing::Environment {
+    void SetUp() override {
+        for (auto name : {"TARVO_BIN_DIR", "TARVO_SOURCE_DIR"})
+            ASSERT_TRUE(std::getenv(name))
+                << name << " is not set; ctest sets it: ctest --test-dir build/dev -R end_to_end";
+    }
+};
+
+[[maybe_unused]] const auto* const programsAreKnown = ::testing::AddGlobalTestEnvironment(new ProgramsAreKnown);
 
 }  // namespace
 

@@ -8,11 +8,11 @@
 
 namespace tarvo::tests {
 
-/// A program that was started, with pipes to its input and output. Every wait has a deadline, after which the program
-/// is taken to hang and killed. What it says on standard error goes into a file.
+/// A started program with pipes to its input and output. Every wait has a deadline, after which the program counts as
+/// hanging and is killed. Its standard error goes into a file.
 class Process {
 public:
-    /// The program is a name in the folder of the built programs. "NAME=value" texts are added to its environment.
+    /// Starts a program in the folder that TARVO_BIN_DIR names. "NAME=value" texts are added to its environment.
     Process(const std::string& program, std::vector<std::string> arguments, const std::string& errorFile,
             std::vector<std::string> environment = {});
     ~Process();
@@ -22,14 +22,14 @@ public:
     bool started() const { return pid_ > 0; }
     void send(const std::string& line);
     void closeInput();
-    /// The next line of its output; nothing at the end of the output or after the deadline.
+    /// Returns the next line of its output; nullopt at the end of the output or after the deadline.
     std::optional<std::string> line();
-    /// All further output, then its exit status; nothing when it hangs or ended by a signal.
+    /// Reads all further output and returns the exit status; nullopt if the program hangs or was ended by a signal.
     std::optional<int> finish();
     const std::string& output() const { return output_; }
     std::string errors() const;
     void terminate();
-    /// Ends it at once, without a chance to tidy up.
+    /// Ends the program at once, without a chance to tidy up.
     void kill();
 
 private:
@@ -39,7 +39,7 @@ private:
     pid_t pid_ = -1;
     int input_ = -1;
     int outputEnd_ = -1;
-    std::string output_;  // read and not yet given
+    std::string output_;  // read and not yet returned
     const std::string errorFile_;
 };
 

@@ -9,8 +9,8 @@
 
 namespace tarvo::tests {
 
-/// What the tables of an encrypted database hold, by table: the number of rows and a sum over them that does not depend
-/// on their order and leaves out the local row numbers. Empty when the file does not open.
+/// Returns the contents of an encrypted database by table: the number of rows and a hash over them that does not depend
+/// on their order and leaves out the local row numbers. Empty if the file does not open.
 inline std::map<std::string, std::string> tablesOf(const std::string& path, const std::string& passphrase) {
     sqlite3* database = nullptr;
     std::map<std::string, std::string> tables;

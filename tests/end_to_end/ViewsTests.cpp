@@ -7,7 +7,7 @@ namespace tarvo::tests {
 
 namespace {
 
-/// Makes a call and gives its first line, which must be of this event.
+/// Makes a call and returns its first line, which must be of this event.
 Value answerTo(Process& host, const std::string& call, ValueMap request, std::string_view event = "done") {
     host.send(*json::write(ValueMap{{"id", 1}, {"call", call}, {"request", std::move(request)}}));
     auto line = host.line().value_or("");
@@ -16,7 +16,8 @@ Value answerTo(Process& host, const std::string& call, ValueMap request, std::st
     return answer;
 }
 
-/// What the server answers to a call about one module: its records in the server's form, an empty list for none.
+/// Returns the server's answer to a call about one module: records in the server's form, an empty list if there are
+/// none.
 Value recordsOf(EndToEnd& world, const std::string& path, const sandbox::tests::Client::Form& form) {
     auto answer = world.control->post(path, form, "Nimbra-oauthtoken token-of-42");
     auto body = json::parse(answer ? answer->body : "").value_or(Value());
@@ -25,7 +26,7 @@ Value recordsOf(EndToEnd& world, const std::string& path, const sandbox::tests::
     return data.asList() ? data : Value(ValueList());
 }
 
-/// The ids of records in the server's form and in the host's.
+/// Returns the ids of records in the server's form or in the host's.
 std::set<std::string> idsOf(const Value& records) {
     std::set<std::string> ids;
     if (!records.asList()) return {"absent"};
@@ -40,7 +41,7 @@ std::set<std::string> idsOf(const Value& records) {
 
 }  // namespace
 
-TEST(Views, EveryViewFindsOnTheLocalTablesWhatTheServerFinds) {
+TEST(Views, EveryViewFindsLocallyWhatTheServerFinds) {
     const std::pair<std::string, std::string> editions[] = {{"crm", "/crm/v4/products/"},
                                                             {"lumet", "/vestra/v4/products/"}};
     for (auto& [servlet, path] : editions) {
