@@ -36,11 +36,11 @@ void Call::holdInput() const {
 void Call::whenOthersEnded(std::function<void()> work) const {
     if (auto session = session_.lock()) session->hold(number_, std::move(work));
 }
-void Call::endSession(std::function<void()> lastWords) const {
-    if (auto session = session_.lock()) session->end(std::move(lastWords));
+void Call::endSession(std::function<void()> beforeClose) const {
+    if (auto session = session_.lock()) session->end(std::move(beforeClose));
 }
 
-// The last reference may go on any thread, and with it what the call kept.
+// The last reference may be released on any thread, but the kept objects belong to the main queue.
 void Call::finish() const {
     MainQueue::shared()->async([session = session_, number = number_] {
         if (auto present = session.lock()) present->ended(number);

@@ -12,10 +12,10 @@
 
 namespace tarvo::bridge {
 
-/// Base of the delegates whose operations become lines: each passes its operations on by name.
+/// The base of the delegates whose operations become lines: each passes its operations on by name.
 ///
 ///     class StoreOrgsErrors : public virtual DelegateLines, public virtual StoreOrgsErrorProtocol {
-///         void noOrgsFetched() override { told("noOrgsFetched"); }
+///         void noOrgsFetched() override { report("noOrgsFetched"); }
 ///     };
 class DelegateLines : public virtual platform::Object {
 public:
@@ -24,13 +24,13 @@ public:
     Listener listener;
 
 protected:
-    void told(std::string_view name, ValueMap arguments = {}) {
+    void report(std::string_view name, ValueMap arguments = {}) {
         if (listener) listener(name, std::move(arguments));
     }
 };
 
-/// A delegate whose operations are lines of a call, which keeps it until its end. Since the delegate holds the call in
-/// turn, such a call ends with `finish` alone.
+/// Makes a delegate whose operations are lines of a call. The call keeps it until the end; since the delegate holds the
+/// call in turn, such a call ends with `finish` only.
 template <std::derived_from<DelegateLines> R>
 std::shared_ptr<R> linesFor(const CallPtr& call) {
     auto lines = std::make_shared<R>();
@@ -39,7 +39,7 @@ std::shared_ptr<R> linesFor(const CallPtr& call) {
     return lines;
 }
 
-/// Gives the use case a delegate whose first notice ends the call, and keeps both until then.
+/// Sets a delegate whose first notice ends the call, and keeps use case and delegate until then.
 template <class R, class UseCase>
 std::shared_ptr<UseCase> answeringOnce(std::shared_ptr<UseCase> usecase, const CallPtr& call) {
     auto lines = linesFor<R>(call);
@@ -56,7 +56,7 @@ std::shared_ptr<UseCase> answeringOnce(std::shared_ptr<UseCase> usecase, const C
 template <class Relay>
 class ErrorLines : public virtual DelegateLines, public Relay {
 protected:
-    void relay(const typename Relay::Notice& notice) override { told(caseName(notice.kind), notice.arguments); }
+    void relay(const typename Relay::Notice& notice) override { report(caseName(notice.kind), notice.arguments); }
 };
 
 /// The failures that every delegate operation may report.

@@ -18,7 +18,7 @@ std::shared_ptr<InitProcessUseCase> runOver(const std::shared_ptr<DatabaseAdapte
 
 }  // namespace
 
-/// Hears of the run in the host's place, and passes everything on.
+/// Is the run's delegate in the host's place, and passes everything on.
 class FirstDownload::RunDelegate final : public CommonErrorRelay, public InitProcessUseCaseDelegate {
 public:
     explicit RunDelegate(std::weak_ptr<FirstDownload> download) : download_(std::move(download)) {}
@@ -60,7 +60,7 @@ public:
 
 private:
     void relay(const CommonErrorNotice& notice) override {
-        // The run's own notice comes first, so that a listener who learns of the end has learnt of the reason.
+        // The run is notified first, so that a listener knows the reason before it learns of the end.
         if (auto run = run_.lock()) notice.repeatOn(*run);
         report(StepEvent::failed, notice.kind);
     }
@@ -105,7 +105,7 @@ void FirstDownload::runCompleted() {
 
 void FirstDownload::progressed(double percent, bool isSucess) {
     if (listeners_.delegate) listeners_.delegate->progressDidUpdate(*run_, percent, isSucess);
-    // The percentage of an earlier run may be whole from the start: the last report is the first after the completion.
+    // The percentage of an earlier run may be 100 from the start: only a report after the completion is the last.
     if (isCompleted_ && percent >= 100.0) end(true);
 }
 

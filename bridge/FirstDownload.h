@@ -11,28 +11,28 @@ namespace tarvo::bridge {
 
 class StepWatch;
 
-/// A first download under watch. A run tells its delegate how far it is, but not which step is at work, which one
-/// failed, or that it stays where it is since the init call brought nothing usable; here all of that is told. Main
-/// queue; letting go of the object ends the run.
+/// A first download that is watched step by step. A run reports its percentage to its delegate, but not which step is
+/// at work, which one failed, or that it stopped because the init call brought nothing usable; this class reports all
+/// of that. Main queue; releasing the object ends the run.
 class FirstDownload final : public platform::Object {
 public:
     enum class StepEvent { progressed, completed, failed };
-    /// What a step reported. `why` is the notice of a failure, absent for a step that failed without one.
+    /// A report of a step. `why` is the notice of a failure, absent for a step that failed without one.
     struct StepReport {
         Process step;
         StepEvent event;
         std::optional<CommonError> why{};
     };
-    /// What is called on the main queue. Each may be absent.
+    /// Callbacks on the main queue. Each may be absent.
     struct Listeners {
-        /// The delegate of the run. All its operations come on the main queue, also `initProcessCompleted`.
+        /// The delegate of the run. All its operations are called on the main queue, `initProcessCompleted` included.
         std::shared_ptr<InitProcessUseCaseDelegate> delegate;
         std::function<void(const StepReport& report)> step;
-        /// Called once, after the last percentage, with false when the run stays.
+        /// Called once, after the last percentage, with false if the run stopped at the init call.
         std::function<void(bool completed)> ended;
     };
 
-    /// Starts a run for the current account, whose open database it is.
+    /// Starts a run for the current account, whose open database is passed in.
     static std::shared_ptr<FirstDownload> start(const std::shared_ptr<DatabaseAdapter>& database, InitSteps steps,
                                                 Listeners listeners);
 

@@ -13,17 +13,18 @@
 
 namespace tarvo::bridge {
 
-/// The calls by name. Each operation is one line here; request, response and error go by their `fields()`.
+/// The calls by name. Each operation is registered in one line; request, response and error are described by
+/// `fields()`.
 class Registry {
 public:
-    /// Starts a call, on the main queue, or says why its request cannot be read.
+    /// Starts a call, on the main queue, or returns why its request cannot be read.
     using Start = std::function<Reading(const CallPtr& call)>;
 
     void add(std::string name, Start start) { calls_.insert_or_assign(std::move(name), std::move(start)); }
     const Start* find(std::string_view name) const;
     std::vector<std::string> names() const;
 
-    /// An operation over a described request: `start(request, call)`.
+    /// Registers an operation over a described request: `start(request, call)`.
     template <Described Request, class F>
     void addOperation(std::string name, F start) {
         add(std::move(name), [start = std::move(start)](const CallPtr& call) -> Reading {
@@ -34,8 +35,8 @@ public:
         });
     }
 
-    /// A frame use case: `UC::Request` is described and default-constructible. Every call gets an object of its own,
-    /// from `make`, and a line for each of its callbacks.
+    /// Registers a frame use case, whose `UC::Request` is described and default-constructible. Each call gets an object
+    /// of its own, from `make`, and a line per callback.
     template <class UC>
     void addUsecase(
         std::string name, std::function<std::shared_ptr<UC>()> make = [] { return std::make_shared<UC>(); }) {
@@ -47,7 +48,7 @@ public:
                                            });
     }
 
-    /// The callbacks of a use case as lines of a call.
+    /// Makes callbacks of a use case that write lines of a call.
     template <class UC>
     static typename UC::Callback callbackOf(const CallPtr& call) {
         using Response = typename UC::Response;

@@ -8,7 +8,7 @@
 
 namespace tarvo::bridge {
 
-/// A line that could be read.
+/// A line of input after it was read.
 struct Session::Line {
     Value id;
     std::string call;
@@ -20,7 +20,7 @@ namespace {
 bool isId(const Value& value) { return value.asInteger() || value.asText(); }
 bool isKnown(std::string_view name) { return name == "id" || name == "call" || name == "request"; }
 
-// Why a line cannot be a call; nothing when it can.
+// Returns why a line cannot be a call; nullopt when it can.
 std::optional<std::string> faultOf(const ValueMap& line) {
     for (auto& entry : line)
         if (!isKnown(entry.name)) return "there is no member \"" + entry.name + "\" in a line";
@@ -57,7 +57,7 @@ void Session::handleWaiting() {
         waiting_.pop_front();
         handle(line);
     }
-    if (!inputEnded_ || holder_ || std::exchange(toldInputEnded_, true)) return;
+    if (!inputEnded_ || holder_ || std::exchange(hasReportedEnd_, true)) return;
     if (onInputEnded) onInputEnded();
 }
 
@@ -65,7 +65,7 @@ void Session::handle(const std::string& text) {
     if (text.find_first_not_of(" \t\r") == std::string::npos) return;
     auto json = json::parse(std::string_view(text));
     auto map = json ? json->asMap() : nullptr;
-    if (!map) return refuse(std::nullopt, "the line is no JSON object");
+    if (!map) return refuse(std::nullopt, "the line is not a JSON object");
     auto id = map->find("id");
     if (auto fault = faultOf(*map)) return refuse(id ? std::optional(*id) : std::nullopt, *fault);
     auto request = map->find("request");
@@ -94,7 +94,7 @@ void Session::write(const ValueMap& line) {
     auto text = json::write(writable(line));
     if (!text)
         return platform::log(platform::LogLevel::warning, "bridge", "error: a line of the session has no form in JSON");
-    std::lock_guard lock(writing_);
+    platform::MutexLock lock(writing_);
     sink_(*text);
 }
 
@@ -111,8 +111,8 @@ void Session::hold(Number call, std::function<void()> whenAlone) {
     if (holder_->whenAlone && onlyHolderIsLeft()) std::exchange(holder_->whenAlone, nullptr)();
 }
 
-void Session::end(std::function<void()> lastWords) {
-    lastWords_ = std::move(lastWords);
+void Session::end(std::function<void()> beforeClose) {
+    beforeClose_ = std::move(beforeClose);
     waiting_.clear();
     inputEnded_ = true;
 }
@@ -120,7 +120,7 @@ void Session::end(std::function<void()> lastWords) {
 void Session::ended(Number call) {
     auto found = underWay_.find(call);
     if (found == underWay_.end()) return;
-    // What it kept goes after the entry: its end may reach back here.
+    // The kept objects are released after the entry is gone: their destructors may call back into the session.
     auto kept = std::move(found->second);
     underWay_.erase(found);
     if (holder_ && holder_->call == call) holder_.reset();
@@ -130,7 +130,7 @@ void Session::ended(Number call) {
 
 void Session::close() {
     auto kept = std::exchange(underWay_, {});
-    if (auto lastWords = std::exchange(lastWords_, nullptr)) lastWords();
+    if (auto beforeClose = std::exchange(beforeClose_, nullptr)) beforeClose();
 }
 
 }  // namespace tarvo::bridge

@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,32 +13,33 @@
 #include "bridge/Registry.h"
 #include "platform/DispatchQueue.h"
 #include "platform/Object.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::bridge {
 
-/// A conversation in lines of JSON: requests in, callbacks out. Calls are started on the main queue in the order of
-/// their lines; a call that holds the input makes the lines behind it wait. Held by `shared_ptr`.
+/// A conversation in lines of JSON: requests in, callbacks out. It starts calls on the main queue in the order of their
+/// lines; a call that holds the input makes later lines wait. Held by `shared_ptr`.
 class Session final : public platform::Object {
 public:
-    /// Takes one line without a line feed. Called from any thread, one call at a time.
+    /// Receives one line without a line feed. Called from any thread, one call at a time.
     using Sink = std::function<void(std::string_view line)>;
 
     Session(Registry registry, Sink sink) : registry_(std::move(registry)), sink_(std::move(sink)) {}
 
-    /// Called once on the main queue when no further line will be taken.
+    /// Called once on the main queue when the session accepts no further line.
     std::function<void()> onInputEnded;
 
-    /// The next line. Any thread.
+    /// Queues the next line. Any thread.
     void receive(std::string line);
-    /// No line will follow. Any thread.
+    /// Notes that no further line follows. Any thread.
     void inputEnded();
 
-    /// Whether no call is under way. Main queue.
+    /// Returns whether no call is under way. Main queue.
     bool isIdle() const { return underWay_.empty(); }
-    /// Lets go of everything and writes the last words. Main thread, after its loop has ended.
+    /// Releases everything and runs what `Call::endSession` left. Main thread, after its loop has ended.
     void close();
 
-    /// A notice that belongs to no call. Any thread.
+    /// Writes a notice that belongs to no call. Any thread.
     void notification(std::string_view topic, std::string_view name, ValueMap arguments);
 
 private:
@@ -55,26 +55,26 @@ private:
 
     void keep(Number call, std::shared_ptr<void> object);
     void hold(Number call, std::function<void()> whenAlone);
-    void end(std::function<void()> lastWords);
+    void end(std::function<void()> beforeClose);
     void ended(Number call);
 
     struct Holder {
         Number call;
-        std::function<void()> whenAlone;  // until it has run
+        std::function<void()> whenAlone;  // null once it has run
     };
     bool onlyHolderIsLeft() const { return underWay_.size() == 1 && underWay_.contains(holder_->call); }
 
-    // All but `write` and its lock belong to the main queue.
+    // Everything except `write` and its mutex belongs to the main queue.
     const Registry registry_;
-    const Sink sink_;
-    std::mutex writing_;
+    platform::Mutex writing_;
+    const Sink sink_ TARVO_GUARDED_BY(writing_);
     std::deque<std::string> waiting_;
     bool inputEnded_ = false;
-    bool toldInputEnded_ = false;
+    bool hasReportedEnd_ = false;
     Number lastNumber_ = 0;
-    std::map<Number, std::vector<std::shared_ptr<void>>> underWay_;  // with what each keeps
+    std::map<Number, std::vector<std::shared_ptr<void>>> underWay_;  // with the objects that each keeps
     std::optional<Holder> holder_;
-    std::function<void()> lastWords_;
+    std::function<void()> beforeClose_;
 };
 
 }  // namespace tarvo::bridge

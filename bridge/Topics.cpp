@@ -15,7 +15,7 @@ public:
     TopicListener(const Topics::Request& request, Notify notify) : request_(request), notify_(std::move(notify)) {}
 
 protected:
-    void told(std::string_view name, ValueMap arguments) { notify_(request_.topic, name, std::move(arguments)); }
+    void report(std::string_view name, ValueMap arguments) { notify_(request_.topic, name, std::move(arguments)); }
 
     const Topics::Request request_;
 
@@ -29,7 +29,7 @@ public:
     std::vector<std::string> observingKeys() const override { return request_.keys; }
     std::vector<std::string> observingGroups() const override { return request_.groups; }
     void newValue(const Value& value, const std::string& forKey, const std::string& inGroup) override {
-        told("newValue", {{"value", value}, {"forKey", forKey}, {"inGroup", inGroup}});
+        report("newValue", {{"value", value}, {"forKey", forKey}, {"inGroup", inGroup}});
     }
 };
 
@@ -37,7 +37,7 @@ class InitialProcessListener final : public TopicListener, public InitialProcess
 public:
     using TopicListener::TopicListener;
     void initialProcessComplete(const std::string& userId) override {
-        told("initialProcessComplete", {{"userId", userId}});
+        report("initialProcessComplete", {{"userId", userId}});
     }
 };
 
@@ -48,7 +48,7 @@ std::shared_ptr<platform::Object> listener(const Topics::Request& request, const
     return made;
 }
 
-/// One row a topic.
+/// One row per topic.
 struct Row {
     std::string_view topic;
     std::shared_ptr<platform::Object> (*listen)(const Topics::Request& request, const Notify& notify);

@@ -11,7 +11,7 @@
 
 namespace tarvo::bridge {
 
-/// The topics of the notification bus that a session listens to, each written as lines. Main queue.
+/// The topics of the notification bus that a session listens to. Each notice becomes a line. Main queue.
 class Topics {
 public:
     /// Called from any thread.
@@ -20,7 +20,7 @@ public:
     struct Request {
         std::string topic;
         bool listen = true;
-        /// What a listener to settings hears of; other topics have neither.
+        /// The settings that `UserDefaultsValueObserver` observes; other topics have neither.
         std::vector<std::string> keys;
         std::vector<std::string> groups;
 
@@ -30,7 +30,8 @@ public:
         }
     };
 
-    /// Starts or stops listening; starting again replaces what was listened to. False when there is no such topic.
+    /// Starts or stops listening; starting again replaces the former keys and groups. Returns false if there is no such
+    /// topic.
     bool change(const Request& request, const Notify& notify);
 
 private:

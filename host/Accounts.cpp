@@ -3,25 +3,25 @@
 namespace tarvo::host {
 
 void Accounts::signIn(const std::string& id, Account account) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     accounts_.insert_or_assign(id, std::move(account));
     current_ = id;
 }
 
 bool Accounts::select(const std::string& id) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     if (!accounts_.contains(id)) return false;
     current_ = id;
     return true;
 }
 
 AuthenticationType Accounts::authenticationType() {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return current_ ? accounts_.at(*current_).authenticationType : AuthenticationType::oauth;
 }
 
 std::optional<std::vector<std::string>> Accounts::loggedInUsers() {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     if (accounts_.empty()) return std::nullopt;
     std::vector<std::string> ids;
     for (auto& [id, account] : accounts_) ids.push_back(id);
@@ -29,21 +29,21 @@ std::optional<std::vector<std::string>> Accounts::loggedInUsers() {
 }
 
 std::optional<std::string> Accounts::currentUser() {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return current_;
 }
 
 void Accounts::authToken(const std::string& forUser, TokenCompletion completion) {
     std::optional<std::string> token;
     {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         if (auto found = accounts_.find(forUser); found != accounts_.end()) token = found->second.token;
     }
     completion(std::move(token));
 }
 
 void Accounts::signOut(const std::string& user) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     accounts_.erase(user);
     if (current_ == user) current_.reset();
 }

@@ -1,16 +1,16 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/AuthenticationProtocol.h"
 
 namespace tarvo::host {
 
-/// The accounts that were signed in to this process, in memory alone. Any thread.
+/// The accounts that are signed in to this process, kept in memory only. Any thread.
 class Accounts final : public AuthenticationProtocol {
 public:
     struct Account {
@@ -18,12 +18,12 @@ public:
         AuthenticationType authenticationType = AuthenticationType::oauth;
     };
 
-    /// Signs an account in, or replaces what is known of it, and selects it.
+    /// Signs an account in, or replaces its token, and selects it.
     void signIn(const std::string& id, Account account);
-    /// Selects an account that is signed in; false when it is not.
+    /// Selects an account that is signed in. Returns false if it is not.
     bool select(const std::string& id);
 
-    /// That of the selected account.
+    /// Returns the type of the selected account.
     AuthenticationType authenticationType() override;
     std::optional<std::vector<std::string>> loggedInUsers() override;
     std::optional<std::string> currentUser() override;
@@ -31,9 +31,9 @@ public:
     void signOut(const std::string& user) override;
 
 private:
-    std::mutex mutex_;
-    std::map<std::string, Account> accounts_;
-    std::optional<std::string> current_;
+    platform::Mutex mutex_;
+    std::map<std::string, Account> accounts_ TARVO_GUARDED_BY(mutex_);
+    std::optional<std::string> current_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo::host

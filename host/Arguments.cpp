@@ -26,7 +26,7 @@ std::string defaultHome() {
 
 void blank(char* text) { std::memset(text, '*', std::strlen(text)); }
 
-// "--passphrase TEXT" and "--passphrase=TEXT" alike.
+// Blanks "--passphrase TEXT" and "--passphrase=TEXT" alike.
 void blankSecrets(int count, char** values) {
     for (std::string_view option : {"--passphrase", "--token"})
         for (int i = 1; i < count; ++i) {
@@ -47,7 +47,7 @@ std::string oneLine(std::string text) {
 
 EarlyEnd wrong(const std::string& why) { return {2, "tarvo-host: " + oneLine(why)}; }
 
-// What the parser by itself does not see.
+// Returns what is wrong beyond what the parser checks.
 std::optional<EarlyEnd> faultOf(const Arguments& arguments) {
     if (arguments.account && arguments.account->empty()) return wrong("--account: an account id is not empty");
     if (arguments.passphrase && arguments.passphrase->empty()) return wrong("--passphrase: a passphrase is not empty");
@@ -106,7 +106,7 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
         ->delimiter(',')
         ->allow_extra_args(false);
     list->add_option("--filter", arguments.filters,
-                     "FIELD:TYPE:VALUE[,VALUE], as the command filters tells; repeatable")
+                     "FIELD:TYPE:VALUE[,VALUE], as the command filters lists them; repeatable")
         ->allow_extra_args(false);
     list->add_option("--sort", arguments.sort, "FIELD, FIELD:asc or FIELD:desc; sorts the stored records");
     show->add_option("ID", arguments.recordId, "Id of the record")->required();
@@ -128,7 +128,7 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
         if (parsed->parsed()) arguments.command = command;
     arguments.home = std::filesystem::absolute(arguments.home).string();
     arguments.servlet = *fromCaseName<ServletPathV4>(servlet);
-    // The editions differ in the names that their servers keep tables under.
+    // The servers of the editions name tables differently.
     if (identifier.empty()) identifier = servlet == "crm" ? "column" : "api";
     arguments.identifier = identifier == "column" ? Identifier::column : Identifier::api;
     if (auto fault = faultOf(arguments)) return *fault;

@@ -13,7 +13,7 @@ namespace tarvo::host {
 enum class Command { init, modules, fields, views, filters, list, show, serve };
 enum class Identifier { column, api };
 
-/// What the command line says.
+/// The arguments of the command line.
 struct Arguments {
     Command command = Command::serve;
     std::string home;  ///< absolute
@@ -40,7 +40,7 @@ struct Arguments {
     bool verbose = false;
 };
 
-/// The program ends before it begins: help, or arguments that are wrong.
+/// An end before any work is done: help, or wrong arguments.
 struct EarlyEnd {
     int status;
     std::string text;

@@ -14,7 +14,7 @@ namespace tarvo::host {
 
 namespace {
 
-// An edition is its path, its init call and the names that go with them.
+// An edition consists of its path, its init call and the names that go with them.
 void setEdition(CommonConfigration& configuration, ServletPathV4 servlet) {
     bool crm = servlet == ServletPathV4::crm;
     configuration.servletPath = servlet;
@@ -55,7 +55,7 @@ Result<std::unique_ptr<Host>, std::string> Host::setUp(const Arguments& argument
 }
 
 Host::~Host() {
-    // Work that is under way ends before the database that it uses.
+    // Work under way ends before the database that it uses.
     shutdown();
     closeDatabase();
     CommonConfigration::sharedInstance().authentication = nullptr;

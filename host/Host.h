@@ -11,22 +11,22 @@
 
 namespace tarvo::host {
 
-/// The application around the library: configuration, accounts and the open database. One a process, on the main
-/// thread; its end closes the database and shuts the library down.
+/// The application around the library: configuration, accounts and the open database. There is one per process, on the
+/// main thread; its destructor closes the database and shuts the library down.
 class Host {
 public:
-    /// Sets the library up by the arguments; the text says why it cannot be done.
+    /// Sets the library up by the arguments, or returns why it cannot be done.
     static Result<std::unique_ptr<Host>, std::string> setUp(const Arguments& arguments);
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
     using OpeningFailure = KelvaDatabasePersistance::OpeningFailure;
-    /// Opens the database file of the selected account and hands it to the library. Gives its path.
+    /// Opens the database file of the selected account, hands it to the library and returns its path.
     Result<std::string, OpeningFailure> openDatabase(const std::string& passphrase);
-    /// False when none is open.
+    /// Returns false if none is open.
     bool closeDatabase();
-    /// The open database, or null.
+    /// Returns the open database, or null.
     const std::shared_ptr<KelvaDatabasePersistance>& database() const { return database_; }
 
     Accounts& accounts() { return *accounts_; }

@@ -10,7 +10,7 @@ namespace tarvo::host {
 
 namespace {
 
-/// Listens to the step, and reports the first end of it.
+/// Listens to the step, and reports its first end.
 class InitListener final : public CommonErrorRelay, public AppInitDataManagerDelegate {
 public:
     explicit InitListener(std::function<void(InitOutcome)> whenEnded) : whenEnded_(std::move(whenEnded)) {}
@@ -21,7 +21,7 @@ private:
     void relay(const CommonErrorNotice& notice) override { end({notice}); }
     void end(InitOutcome outcome) {
         if (hasEnded_.exchange(true)) return;
-        // After the answer under way, which is not yet done with its own bookkeeping.
+        // Runs after the answer under way has finished its own bookkeeping.
         networkQueue()->async([whenEnded = whenEnded_, outcome = std::move(outcome)] { whenEnded(outcome); });
     }
 
@@ -29,7 +29,7 @@ private:
     std::atomic<bool> hasEnded_ = false;
 };
 
-/// The step and its listener: both are held weakly by the work.
+/// The step and its listener, which the work holds weakly.
 struct Run {
     std::shared_ptr<InitListener> listener;
     std::shared_ptr<AppInitDataManager> step;

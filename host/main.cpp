@@ -48,7 +48,7 @@ int run(const Arguments& arguments) {
 }  // namespace
 
 int main(int count, char** values) {
-    // A reader that goes away shows as a failed write.
+    // A reader that goes away is noticed as a failed write.
     std::signal(SIGPIPE, SIG_IGN);
     auto parsed = parseArguments(count, values);
     if (auto* end = std::get_if<EarlyEnd>(&parsed)) {

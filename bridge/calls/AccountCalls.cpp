@@ -26,23 +26,23 @@ struct SettingsRequest {
 
 class UsersLines final : public virtual DelegateLines, public GetUsersUseCaseDelegate {
 public:
-    void userFetched(const User& user) override { told("userFetched", {{"user", toJson(user)}}); }
-    void usersFetched(const std::vector<User>& users) override { told("usersFetched", {{"users", toJson(users)}}); }
-    void unableToFetchUsers() override { told("unableToFetchUsers"); }
+    void userFetched(const User& user) override { report("userFetched", {{"user", toJson(user)}}); }
+    void usersFetched(const std::vector<User>& users) override { report("usersFetched", {{"users", toJson(users)}}); }
+    void unableToFetchUsers() override { report("unableToFetchUsers"); }
 };
 
 class SettingsLines final : public virtual DelegateLines, public GetSettingsUseCaseDelegate {
 public:
     void settingsFetched(const std::vector<Settings>& settings) override {
-        told("settingsFetched", {{"settings", toJson(settings)}});
+        report("settingsFetched", {{"settings", toJson(settings)}});
     }
-    void unableToFetchSettings() override { told("unableToFetchSettings"); }
+    void unableToFetchSettings() override { report("unableToFetchSettings"); }
 };
 
 class OrgsLines final : public virtual DelegateLines, public StoreOrgsUseCaseDelegate {
 public:
-    void orgsStored() override { told("orgsStored"); }
-    void noOrgsFetched() override { told("noOrgsFetched"); }
+    void orgsStored() override { report("orgsStored"); }
+    void noOrgsFetched() override { report("noOrgsFetched"); }
 };
 
 std::shared_ptr<GetUsersUseCase> usersFor(const CallPtr& call) {

@@ -4,22 +4,22 @@
 
 namespace tarvo::bridge {
 
-/// Every public operation of the library, by the name of its class.
+/// Registers every public operation of the library, by the name of its class.
 void addCalls(Registry& registry);
 
-/// Those that answer a delegate about users, settings and organisations.
+/// Registers the calls for users, settings and organisations.
 void addAccountCalls(Registry& registry);
 
-/// Those that tell of modules, fields and layouts.
+/// Registers the calls for modules, fields and layouts.
 void addMetadataCalls(Registry& registry);
 
-/// Those that tell of views and of the filters of columns.
+/// Registers the calls for views and the filters of columns.
 void addViewCalls(Registry& registry);
 
-/// Those that answer a delegate with records.
+/// Registers the calls whose delegate receives records.
 void addRecordCalls(Registry& registry);
 
-/// The first download, the one of records alone, and the lists of views.
+/// Registers the first download, the download of records alone, and the lists of views.
 void addDownloadCalls(Registry& registry);
 
 }  // namespace tarvo::bridge

@@ -19,7 +19,7 @@ struct RecordDownloadRequest {
     static constexpr auto fields() { return describe(); }
 };
 
-/// The open database; without one the call is refused.
+/// Returns the open database; refuses the call without one.
 std::shared_ptr<DatabaseAdapter> databaseFor(const CallPtr& call) {
     auto database = CommonConfigration::sharedInstance().databaseAdapter.get();
     if (!database) call->refuse("no database is open");
@@ -28,9 +28,9 @@ std::shared_ptr<DatabaseAdapter> databaseFor(const CallPtr& call) {
 
 class DownloadLines final : public CommonErrorLines, public InitProcessUseCaseDelegate {
 public:
-    void initProcessCompleted(InitProcessUseCaseProtocol&) override { told("initProcessCompleted"); }
+    void initProcessCompleted(InitProcessUseCaseProtocol&) override { report("initProcessCompleted"); }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
-        told("progressDidUpdate", {{"value", value}, {"isSucess", isSucess}});
+        report("progressDidUpdate", {{"value", value}, {"isSucess", isSucess}});
     }
 };
 
@@ -38,7 +38,7 @@ void startInitProcess(const DownloadRequest& request, const CallPtr& call) {
     auto database = databaseFor(call);
     if (!database) return;
     auto steps = request.pipelines ? InitSteps::all : InitSteps::withoutPipelines;
-    // Also a run that stays has ended for the caller.
+    // A run that stopped at the init call has ended for the caller, too.
     auto ended = [call](bool) { call->finish(); };
     call->keepUntilEnd(FirstDownload::start(
         database, steps, {.delegate = linesFor<DownloadLines>(call), .step = nullptr, .ended = ended}));
@@ -48,7 +48,7 @@ class RecordDownloadLines final : public CommonErrorLines, public InitRecordProc
 public:
     std::function<void()> ended;
     void initRecordProcessCompleted(InitRecordProcessUseCase&) override {
-        told("initRecordProcessCompleted");
+        report("initRecordProcessCompleted");
         ended();
     }
 };

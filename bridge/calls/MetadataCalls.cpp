@@ -16,7 +16,7 @@ namespace tarvo::bridge {
 
 namespace {
 
-/// What layouts are wanted. The host takes the module's fields from the database.
+/// Asks for the layouts of a module, whose fields are read from the database.
 struct LayoutsRequest {
     std::string moduleName;
     LayoutRequestType type = LayoutRequestType::array;
@@ -26,7 +26,7 @@ struct LayoutsRequest {
                         field("displayMode", &LayoutsRequest::displayMode));
     }
 };
-/// One module by its name, several, or all.
+/// Asks for one module by its name, for several, or for all.
 struct ModulesRequest {
     std::optional<std::string> moduleName;
     std::optional<std::vector<std::string>> moduleNames;
@@ -52,35 +52,35 @@ struct RelatedRequest {
 
 class ModulesLines final : public virtual DelegateLines, public GetModuleUseCaseDelegate {
 public:
-    void moduleFetched(const Module& module) override { told("moduleFetched", {{"module", toJson(module)}}); }
+    void moduleFetched(const Module& module) override { report("moduleFetched", {{"module", toJson(module)}}); }
     void modulesFetched(const std::vector<Module>& modules) override {
-        told("modulesFetched", {{"modules", toJson(modules)}});
+        report("modulesFetched", {{"modules", toJson(modules)}});
     }
     void unableToFetchModules(const std::vector<std::string>& moduleNames) override {
-        told("unableToFetchModules", {{"moduleNames", toJson(moduleNames)}});
+        report("unableToFetchModules", {{"moduleNames", toJson(moduleNames)}});
     }
 };
 
 class PermissionsLines final : public virtual DelegateLines, public GetPermissionsUseCaseDelegate {
 public:
     void permissionFetched(const ModulePermission& permission) override {
-        told("permissionFetched", {{"permission", toJson(permission)}});
+        report("permissionFetched", {{"permission", toJson(permission)}});
     }
     void permissionsFetched(const std::string& moduleName, const std::vector<ModulePermission>& permissions) override {
-        told("permissionsFetched", {{"moduleName", toJson(moduleName)}, {"permissions", toJson(permissions)}});
+        report("permissionsFetched", {{"moduleName", toJson(moduleName)}, {"permissions", toJson(permissions)}});
     }
     void unableToFetchPermissions(const std::string& moduleName) override {
-        told("unableToFetchPermissions", {{"moduleName", toJson(moduleName)}});
+        report("unableToFetchPermissions", {{"moduleName", toJson(moduleName)}});
     }
 };
 
 class RelatedLines final : public virtual DelegateLines, public GetRelatedModulesUseCaseDelegate {
 public:
     void relatedModulesFetched(const std::string& moduleName, const std::vector<RelatedList>& modules) override {
-        told("relatedModulesFetched", {{"moduleName", toJson(moduleName)}, {"modules", toJson(modules)}});
+        report("relatedModulesFetched", {{"moduleName", toJson(moduleName)}, {"modules", toJson(modules)}});
     }
     void unableToFetchRelatedModules(const std::string& moduleName) override {
-        told("unableToFetchRelatedModules", {{"moduleName", toJson(moduleName)}});
+        report("unableToFetchRelatedModules", {{"moduleName", toJson(moduleName)}});
     }
 };
 
@@ -88,22 +88,22 @@ class LayoutsLines final : public virtual DelegateLines, public GetLayoutMetadat
 public:
     void layoutMetadataFetched(const std::string& moduleName,
                                const GetLayoutMetadataDataManager::LayoutRows& layouts) override {
-        told("layoutMetadataFetched", {{"moduleName", toJson(moduleName)}, {"layouts", toJson(layouts)}});
+        report("layoutMetadataFetched", {{"moduleName", toJson(moduleName)}, {"layouts", toJson(layouts)}});
     }
     void sectionedMetadataFetched(const std::string& moduleName,
                                   const GetLayoutMetadataDataManager::SectionedLayouts& layouts) override {
-        told("sectionedMetadataFetched", {{"moduleName", toJson(moduleName)}, {"layouts", toJson(layouts)}});
+        report("sectionedMetadataFetched", {{"moduleName", toJson(moduleName)}, {"layouts", toJson(layouts)}});
     }
     void linearMetadataFetched(const std::string& moduleName,
                                const GetLayoutMetadataDataManager::LinearLayouts& layouts) override {
-        told("linearMetadataFetched", {{"moduleName", toJson(moduleName)}, {"layouts", toJson(layouts)}});
+        report("linearMetadataFetched", {{"moduleName", toJson(moduleName)}, {"layouts", toJson(layouts)}});
     }
     void unableToFetchLayouts(const std::string& moduleName) override {
-        told("unableToFetchLayouts", {{"moduleName", toJson(moduleName)}});
+        report("unableToFetchLayouts", {{"moduleName", toJson(moduleName)}});
     }
 };
 
-/// Reads the fields of a module; an unknown module has an empty list.
+/// Reads the fields of a module and passes them on; an unknown module has an empty list.
 void withFields(const std::string& moduleName, std::function<void(const FieldList&)> then) {
     std::make_shared<GetFieldList>()->execute(
         GetFieldList::Request(moduleName),
@@ -121,7 +121,7 @@ void getLayouts(const LayoutsRequest& request, const CallPtr& call) {
     });
 }
 
-void tellLayouts(const LayoutsRequest& request, const CallPtr& call) {
+void reportLayouts(const LayoutsRequest& request, const CallPtr& call) {
     auto usecase = answeringOnce<LayoutsLines>(std::make_shared<GetLayoutMetadataUsecase>(), call);
     withFields(request.moduleName, [request, usecase](const FieldList& fields) {
         auto& [moduleName, type, mode] = request;
@@ -163,7 +163,7 @@ void addMetadataCalls(Registry& registry) {
     registry.addUsecase<GetLayoutModuleInfo>("GetLayoutModuleInfo");
     registry.addUsecase<GetLayoutModuleInfoWithChild>("GetLayoutModuleInfoWithChild");
     registry.addOperation<LayoutsRequest>("GetLayoutMetadataUC", getLayouts);
-    registry.addOperation<LayoutsRequest>("GetLayoutMetadataUsecase", tellLayouts);
+    registry.addOperation<LayoutsRequest>("GetLayoutMetadataUsecase", reportLayouts);
     registry.addOperation<ModulesRequest>("GetModuleUseCase", getModules);
     registry.addOperation<PermissionsRequest>("GetPermissionsUseCase", getPermissions);
     registry.addOperation<RelatedRequest>(

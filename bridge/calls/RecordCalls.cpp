@@ -7,10 +7,10 @@ namespace tarvo::bridge {
 
 namespace {
 
-struct RecordsRequest : RecordQueryTold {
+struct RecordsRequest : JsonRecordQuery {
     Value miscData;
     static constexpr auto fields() {
-        return describe(RecordQueryTold::fields(), optionalField("miscData", &RecordsRequest::miscData));
+        return describe(JsonRecordQuery::fields(), optionalField("miscData", &RecordsRequest::miscData));
     }
 };
 struct RecordRequest {
@@ -22,18 +22,18 @@ struct RecordRequest {
                         optionalField("miscData", &RecordRequest::miscData));
     }
 };
-/// Seconds since 1970.
-struct DatesRequest : RecordQueryTold {
+/// The dates are seconds since 1970.
+struct DatesRequest : JsonRecordQuery {
     std::int64_t fromDate = 0, toDate = 0;
     static constexpr auto fields() {
-        return describe(RecordQueryTold::fields(), field("fromDate", &DatesRequest::fromDate),
+        return describe(JsonRecordQuery::fields(), field("fromDate", &DatesRequest::fromDate),
                         field("toDate", &DatesRequest::toDate));
     }
 };
-struct OpenRequest : RecordQueryTold {
+struct OpenRequest : JsonRecordQuery {
     bool fetchOnlyOpen = false;
     static constexpr auto fields() {
-        return describe(RecordQueryTold::fields(), field("fetchOnlyOpen", &OpenRequest::fetchOnlyOpen));
+        return describe(JsonRecordQuery::fields(), field("fetchOnlyOpen", &OpenRequest::fetchOnlyOpen));
     }
 };
 
@@ -42,25 +42,25 @@ class RecordsLines final : public CommonErrorLines,
                            public GetRecordsUseCaseDelegate {
 public:
     void record(const Records& records, const RecordQuery& query, const Value& miscData) override {
-        told("record", {{"records", toJson(records)},
-                        {"moduleName", toJson(query.module.moduleName)},
-                        {"miscData", toJson(miscData)}});
+        report("record", {{"records", toJson(records)},
+                          {"moduleName", toJson(query.module.moduleName)},
+                          {"miscData", toJson(miscData)}});
     }
     void record(const std::optional<Record>& record, const std::string& recordID, const Module& module,
                 const Value& miscData) override {
-        told("record", {{"record", toJson(record)},
-                        {"recordID", toJson(recordID)},
-                        {"moduleName", toJson(module.moduleName)},
-                        {"miscData", toJson(miscData)}});
+        report("record", {{"record", toJson(record)},
+                          {"recordID", toJson(recordID)},
+                          {"moduleName", toJson(module.moduleName)},
+                          {"miscData", toJson(miscData)}});
     }
     void activityRecords(const Records& records, const RecordQuery& query) override {
-        told("activityRecords", {{"records", toJson(records)}, {"moduleName", toJson(query.module.moduleName)}});
+        report("activityRecords", {{"records", toJson(records)}, {"moduleName", toJson(query.module.moduleName)}});
     }
 };
 
-/// The stored record is told first, and then the server's or what failed.
+/// The delegate receives the stored record first, and then the server's record or a failure.
 void getRecord(const RecordRequest& request, const CallPtr& call) {
-    RecordQueryTold named;
+    JsonRecordQuery named;
     named.moduleName = request.moduleName;
     if (auto missing = named.complete()) return call->refuse(*missing);
     auto usecase = GetRecordsUseCase::make();
@@ -74,7 +74,7 @@ void getRecord(const RecordRequest& request, const CallPtr& call) {
     usecase->getRecord(named.module, request.recordID, request.miscData);
 }
 
-/// A question about a list, which one notice answers.
+/// Registers a request for a list, which one notice answers.
 template <class Request, class Ask>
 void addList(Registry& registry, const std::string& name, Ask ask) {
     registry.addOperation<Request>("GetRecordsUseCase." + name, [ask](Request request, const CallPtr& call) {

@@ -66,7 +66,7 @@ struct SortRequest {
                         field("moduleName", &SortRequest::moduleName));
     }
 };
-/// Of one column or of several. The host takes the module's fields from the database.
+/// Asks for one column or for several. The module's fields are read from the database.
 struct FiltersRequest {
     std::string moduleName;
     std::optional<std::string> column;
@@ -80,34 +80,34 @@ struct FiltersRequest {
 class ViewsLines final : public virtual DelegateLines, public GetCustomViewsUseCaseDelegate {
 public:
     void sortFieldUpdated(const std::string& cvId, const std::string& moduleName) override {
-        told("sortFieldUpdated", {{"cvId", toJson(cvId)}, {"moduleName", toJson(moduleName)}});
+        report("sortFieldUpdated", {{"cvId", toJson(cvId)}, {"moduleName", toJson(moduleName)}});
     }
     void customViews(const std::optional<CustomViews>& customViews, const std::string& moduleName) override {
-        told("customViews", {{"customViews", toJson(customViews)}, {"moduleName", toJson(moduleName)}});
+        report("customViews", {{"customViews", toJson(customViews)}, {"moduleName", toJson(moduleName)}});
     }
     void customView(const std::optional<CustomView>& customView, const std::string& cvId,
                     const std::string& moduleName) override {
-        told("customView",
-             {{"customView", toJson(customView)}, {"cvId", toJson(cvId)}, {"moduleName", toJson(moduleName)}});
+        report("customView",
+               {{"customView", toJson(customView)}, {"cvId", toJson(cvId)}, {"moduleName", toJson(moduleName)}});
     }
     void allViewCustomView(const std::optional<CustomView>& customView, const std::string& moduleName) override {
-        told("allViewCustomView", {{"customView", toJson(customView)}, {"moduleName", toJson(moduleName)}});
+        report("allViewCustomView", {{"customView", toJson(customView)}, {"moduleName", toJson(moduleName)}});
     }
     void defaultFieldUpdated(const std::string& cvId, const std::string& moduleName) override {
-        told("defaultFieldUpdated", {{"cvId", toJson(cvId)}, {"moduleName", toJson(moduleName)}});
+        report("defaultFieldUpdated", {{"cvId", toJson(cvId)}, {"moduleName", toJson(moduleName)}});
     }
     void defaultCustomView(const std::optional<CustomView>& customView, const std::string& moduleName) override {
-        told("defaultCustomView", {{"customView", toJson(customView)}, {"moduleName", toJson(moduleName)}});
+        report("defaultCustomView", {{"customView", toJson(customView)}, {"moduleName", toJson(moduleName)}});
     }
 };
 
 class FiltersLines final : public virtual DelegateLines, public GetFiltersUseCaseDelegate {
 public:
     void filters(const GetFilters::Filters& filters, const std::string& column) override {
-        told("filters", {{"filters", toJson(filters)}, {"column", toJson(column)}});
+        report("filters", {{"filters", toJson(filters)}, {"column", toJson(column)}});
     }
     void filters(const GetFilters::FiltersByColumn& filters) override {
-        told("filters", {{"filters", toJson(filters)}});
+        report("filters", {{"filters", toJson(filters)}});
     }
 };
 

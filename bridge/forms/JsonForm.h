@@ -21,8 +21,8 @@
 /// `JsonForm` beside it.
 namespace tarvo::bridge {
 
-/// Why a text from outside could not be read, and where: "moduleNames[1]" and "text is expected, not integer". Names
-/// kinds, never the value, which may be a secret.
+/// The place and the reason why JSON from outside could not be read: "moduleNames[1]" and "text is expected, not
+/// integer". It names kinds, never the value, which may be a secret.
 struct Misread {
     std::string path;
     std::string message;
@@ -34,13 +34,13 @@ struct Misread {
     std::string text() const { return path.empty() ? message : path + ": " + message; }
 };
 
-/// Nothing when all went well.
+/// The outcome of reading: nullopt if all went well.
 using Reading = std::optional<Misread>;
 
 Misread unexpected(std::string_view expected, const Value& found);
 
-/// A value that JSON can say: objects of the program become the name of their kind in a map, a number that is not
-/// finite null, a text that is no UTF-8 its Base64 text.
+/// Returns a value that JSON can express: an object of the program becomes a map with the name of its type, a number
+/// that is not finite becomes null, and a text that is not UTF-8 becomes its Base64 text.
 Value writable(const Value& value);
 
 template <class T>
@@ -51,7 +51,7 @@ Value toJson(const T& value) {
     return JsonForm<T>::write(value);
 }
 
-/// Reads into a value; after a failure the value is valid but of no use.
+/// Reads into a value; after a failure the value is valid but incomplete.
 template <class T>
 [[nodiscard]] Reading fromJson(const Value& json, T& into) {
     return JsonForm<T>::read(json, into);
@@ -205,8 +205,8 @@ constexpr bool isOptional = false;
 template <class T>
 constexpr bool isOptional<std::optional<T>> = true;
 
-/// A described type. A name that is not described is refused: it is a spelling mistake. A response also tells its
-/// `source`, by which two answers to one call are told apart.
+/// A described type. A name that is not described is refused, since it is a spelling mistake. A response also has its
+/// `source`, which distinguishes the two answers to one call.
 template <Described T>
 struct JsonForm<T> {
     static Value write(const T& value) {

@@ -8,14 +8,14 @@
 /// The JSON forms of fields and layouts.
 namespace tarvo::bridge {
 
-/// The bits as a number: 1 display, 2 edit, 4 create.
+/// The bits of a display mode as a number: 1 display, 2 edit, 4 create.
 template <>
 struct JsonForm<DisplayMode> {
     static Value write(DisplayMode mode) { return mode.rawValue; }
     static Reading read(const Value& json, DisplayMode& into) { return fromJson(json, into.rawValue); }
 };
 
-/// A list with the picklists of its fields by identifier. Fields without picklist rows are left out of them.
+/// Returns the picklists of fields by identifier. Fields without picklist rows are left out.
 template <class List>
 Value picklistsOf(const List& list, const std::vector<const Metadata*>& fields, const FieldIdentifier& naming) {
     ValueMap picklists;
@@ -36,7 +36,7 @@ struct JsonForm<FieldList> {
     }
 };
 
-/// Modules in full; of their fields and of users the identifiers, since a layout may hold dozens of lookups.
+/// Modules are written in full, their fields and users by identifier, since a layout may hold dozens of lookups.
 template <>
 struct JsonForm<LayoutMetadata::LookupData> {
     static Value write(const LayoutMetadata::LookupData& data) {

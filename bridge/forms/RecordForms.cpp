@@ -5,7 +5,7 @@
 
 namespace tarvo::bridge {
 
-std::optional<std::string> RecordQueryTold::complete() {
+std::optional<std::string> JsonRecordQuery::complete() {
     auto stored = MetadataStores::current().modules()->getModuleByModuleName(moduleName);
     if (!stored) return "request.moduleName: there is no module \"" + moduleName + "\"";
     module = *stored;

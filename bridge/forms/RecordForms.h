@@ -8,35 +8,35 @@
 /// The JSON forms of records and of the filters on their columns.
 namespace tarvo::bridge {
 
-/// A record as it is told: every column by its name, null for one without a value, tags as maps. It cannot say bytes,
-/// which become their Base64 text.
-struct RecordTold {
+/// A record in JSON: every column by its name, null for one without a value, tags as maps. Bytes have no form of their
+/// own and become Base64 text.
+struct JsonRecord {
     std::string recordId;
     std::string moduleName;
     ValueMap values;
 
-    static RecordTold of(const Record& record) {
-        RecordTold told{record.recordId(), record.moduleName(), {}};
+    static JsonRecord of(const Record& record) {
+        JsonRecord form{record.recordId(), record.moduleName(), {}};
         auto present = record.getDictionary();
         for (std::size_t i = 0; i < record.columnCount(); ++i)
-            told.values.set(record.columnName(i), present.valueOf(record.columnName(i)));
-        return told;
+            form.values.set(record.columnName(i), present.valueOf(record.columnName(i)));
+        return form;
     }
-    /// In the naming in force; the id counts, whatever stands in the column of the identifier.
+    /// Makes a record in the naming in force. `recordId` is its id, whatever the column of the identifier holds.
     Record record() const { return Record(values, recordId, moduleName); }
 
     static constexpr auto fields() {
-        return describe(field("recordId", &RecordTold::recordId), field("moduleName", &RecordTold::moduleName),
-                        field("values", &RecordTold::values));
+        return describe(field("recordId", &JsonRecord::recordId), field("moduleName", &JsonRecord::moduleName),
+                        field("values", &JsonRecord::values));
     }
 };
 
 template <>
 struct JsonForm<Record> {
-    static Value write(const Record& record) { return toJson(RecordTold::of(record)); }
+    static Value write(const Record& record) { return toJson(JsonRecord::of(record)); }
 };
 
-/// The kind of a comparator and its case, `{"DateFilterTypes":"before"}`: two kinds share names.
+/// The kind of a comparator and its case, `{"DateFilterTypes":"before"}`, since some kinds share names of cases.
 template <>
 struct JsonForm<FilterType> {
     static Value write(const FilterType& type) {
@@ -57,7 +57,7 @@ private:
 
     template <class... Kinds>
     static Reading readAs(std::string_view name, const Value& json, FilterType& into, std::variant<Kinds...>*) {
-        Reading misread = Misread{std::string(name), "there is no kind of comparators of this name"};
+        Reading misread = Misread{std::string(name), "there is no kind of comparator of this name"};
         static_cast<void>((... || (name == nameOf(Kinds()) && ((misread = readKind<Kinds>(json, into)), true))));
         return misread;
     }
@@ -68,7 +68,7 @@ private:
     }
 };
 
-/// The kind by its name, a picklist with what may be picked.
+/// The kind by its name; a picklist with its values.
 template <>
 struct JsonForm<ColumnFilterInputType> {
     static Value write(const ColumnFilterInputType& type) {
@@ -96,8 +96,8 @@ struct JsonForm<ColumnFilterInputFields> {
     }
 };
 
-/// What is read is a column, a comparator and the inputs; the name and the form of the inputs, which follow from the
-/// comparator, may stand there and count for nothing, so that a filter that was offered comes back with its inputs.
+/// Reads a column, a comparator and the inputs. The name and the form of the inputs, which follow from the comparator,
+/// are accepted and ignored, so that an offered filter may be sent back with its inputs.
 template <>
 struct JsonForm<ColumnFilter> {
     static Value write(const ColumnFilter& filter) {
@@ -114,13 +114,13 @@ struct JsonForm<ColumnFilter> {
     }
 
     static Reading read(const Value& json, ColumnFilter& into) {
-        Told told;
-        if (auto misread = fromJson(json, told)) return misread;
-        into = GetColumnFilter::getFilter(told.filterType, std::move(told.column));
-        if (told.filterInputValues) into.setInput(*told.filterInputValues);
-        if (!told.lookupValues) return {};
+        Parts parts;
+        if (auto misread = fromJson(json, parts)) return misread;
+        into = GetColumnFilter::getFilter(parts.filterType, std::move(parts.column));
+        if (parts.filterInputValues) into.setInput(*parts.filterInputValues);
+        if (!parts.lookupValues) return {};
         std::map<int, Value> lookups;
-        for (auto& [index, value] : *told.lookupValues) {
+        for (auto& [index, value] : *parts.lookupValues) {
             auto number = text::toInteger(index);
             if (!number || !std::in_range<int>(*number))
                 return Misread{"lookupValues." + index, "the place of an input is expected"};
@@ -131,31 +131,31 @@ struct JsonForm<ColumnFilter> {
     }
 
 private:
-    struct Told {
+    struct Parts {
         std::string column;
         FilterType filterType;
         std::optional<ValueList> filterInputValues;
         std::optional<std::map<std::string, Value>> lookupValues;
         Value filerName, filterInputs;
         static constexpr auto fields() {
-            return describe(field("column", &Told::column), field("filterType", &Told::filterType),
-                            field("filterInputValues", &Told::filterInputValues),
-                            field("lookupValues", &Told::lookupValues), optionalField("filerName", &Told::filerName),
-                            optionalField("filterInputs", &Told::filterInputs));
+            return describe(field("column", &Parts::column), field("filterType", &Parts::filterType),
+                            field("filterInputValues", &Parts::filterInputValues),
+                            field("lookupValues", &Parts::lookupValues), optionalField("filerName", &Parts::filerName),
+                            optionalField("filterInputs", &Parts::filterInputs));
         }
     };
 };
 
-/// A query as it is told, with the module and the view by their names.
-struct RecordQueryTold : RecordQuery {
+/// A query in JSON, which names its module and its view.
+struct JsonRecordQuery : RecordQuery {
     std::string moduleName;
     std::optional<std::string> cvId;
 
-    /// Reads module and view from the open database. Gives a line that says which of them is not there, or nothing.
+    /// Reads module and view from the open database. Returns a line that names the missing one, or nullopt.
     std::optional<std::string> complete();
 
     static constexpr auto fields() {
-        using Q = RecordQueryTold;
+        using Q = JsonRecordQuery;
         return describe(field("moduleName", &Q::moduleName), field("cvId", &Q::cvId),
                         field("columnNamesAndValues", &Q::columnNamesAndValues),
                         field("equalColumnNames", &Q::equalColumnNames), field("filters", &Q::filters),

@@ -1,11 +1,11 @@
 #include "host/commands/CommandSteps.h"
 
-#include <algorithm>
 #include <cstdio>
 
 #include "host/InitStep.h"
 #include "host/commands/Console.h"
 #include "host/serve/ModuleDownloads.h"
+#include "platform/Text.h"
 #include "tarvobase/get_metadata/GetFieldList.h"
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/metadata/MetadataStores.h"
@@ -18,12 +18,12 @@ namespace {
 
 using Download = decltype(&runMetadataDownload);
 
-/// By the name that people read; nothing when the table cannot be read.
+/// Returns the views by the name that people read; nullopt if the table cannot be read.
 std::optional<std::vector<CustomView>> storedViews(const std::string& module) {
     return GetCustomViewsDataManager::current()->getCustomViews(module, {CustomViewColumnName::ViewDisplayName});
 }
 
-/// Why a download for one module did not succeed, or nothing.
+/// Downloads for one module. Returns why it failed, or nullopt.
 std::optional<std::string> fetchFor(const std::shared_ptr<DatabaseAdapter>& database, const std::string& moduleName,
                                     Download download) {
     auto module = MetadataStores::current().modules()->getModuleByModuleName(moduleName);
@@ -67,7 +67,7 @@ std::optional<int> findModule(Host& host, const Arguments& arguments, const char
         if (auto failure = fetchModules(host)) return fail(*failure);
         names = storedModuleNames(host.database());
     }
-    if (std::find(names.begin(), names.end(), arguments.module) != names.end()) return std::nullopt;
+    if (text::contains(names, arguments.module)) return std::nullopt;
     return fail("there is no module \"" + arguments.module + "\"; the command modules lists them");
 }
 
@@ -106,7 +106,7 @@ Result<FieldList, int> neededFields(Host& host, const Arguments& arguments, cons
         if (auto failure = fetchMetadata(host, arguments.module)) return fail(*failure);
         fields = storedFields(arguments.module);
     }
-    if (!fields) return fail("the server told no fields of " + arguments.module);
+    if (!fields) return fail("the server sent no fields of " + arguments.module);
     return *std::move(fields);
 }
 

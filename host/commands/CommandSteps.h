@@ -15,13 +15,13 @@
 #include "tarvobase/value_objects/view/ColumnFilter.h"
 #include "tarvobase/value_objects/view/CustomView.h"
 
-/// What the commands for people have in common. Main thread; the main queue runs while a step waits.
+/// Steps that the commands for people share. Main thread; the main queue runs while a step waits.
 namespace tarvo::host {
 
-/// Longer than a request may take; the library answers before.
+/// How long a command waits for an answer: longer than a request of the library may take.
 constexpr std::chrono::seconds patience{150};
 
-/// Gives what `start` hands to its callback, from any thread; nothing when it does not come in time. `start` returns
+/// Returns what `start` passes to its callback, from any thread; nullopt if it does not come in time. `start` returns
 /// what must live until then.
 template <class T, class Start>
 std::optional<T> awaited(Start start) {
@@ -32,35 +32,35 @@ std::optional<T> awaited(Start start) {
     return came ? std::move(*answer) : std::nullopt;
 }
 
-/// Opens the database of the account and gives its path. When it cannot be opened, says why in one line on standard
-/// error and gives the exit status.
+/// Opens the database of the account and returns its path. If it cannot be opened, writes why in one line to standard
+/// error and returns the exit status.
 Result<std::string, int> openDatabase(Host& host, const Arguments& arguments);
-/// The names of the stored modules; none when modules were never fetched.
+/// Returns the names of the stored modules; an empty list if modules were never fetched.
 std::vector<std::string> storedModuleNames(const std::shared_ptr<DatabaseAdapter>& database);
-/// Makes the init call. Gives one line that says why it could not be done, or nothing.
+/// Makes the init call. Returns one line with the reason why it failed, or nullopt.
 std::optional<std::string> fetchModules(Host& host);
-/// Sees to it that the module of the arguments is stored, after an init call where no modules are. Nothing when it is,
-/// otherwise the exit status; `tokenNeeded` is what is said where the call cannot be made for want of a token.
+/// Checks that the module of the arguments is stored, after an init call if no modules are. Returns nullopt if it is,
+/// otherwise the exit status; `tokenNeeded` is the error if the call cannot be made without a token.
 std::optional<int> findModule(Host& host, const Arguments& arguments, const char* tokenNeeded);
-/// Nothing when no metadata of the module is stored.
+/// Returns the stored fields; nullopt if no metadata of the module is stored.
 std::optional<FieldList> storedFields(const std::string& module);
-/// The same for its layouts, which may be lacking where its fields are stored.
+/// Returns the stored layouts, which may be missing although the fields are stored.
 using StoredLayouts = std::vector<Layout<OrderedLayoutFieldList>>;
 StoredLayouts storedLayouts(const std::string& module);
-/// The fields of the module of the arguments, or its views by the name that people read, after a fetch where none are
-/// stored or where one is asked for; otherwise the exit status.
+/// These return the fields of the module of the arguments, or its views by the name that people read, after a fetch if
+/// none are stored or a fetch is asked for; otherwise the exit status.
 Result<FieldList, int> neededFields(Host& host, const Arguments& arguments, const char* tokenNeeded);
 Result<std::vector<CustomView>, int> neededViews(Host& host, const Arguments& arguments, const char* tokenNeeded);
-/// A field by its identifier, or by its name in the other naming; null when there is none.
+/// Returns a field by its identifier, or by its name in the other naming; null if there is none.
 const FieldMetadata* fieldNamed(const FieldList& fields, const std::string& name);
-/// The name of what a filter compares.
+/// Returns the name of a filter's comparator.
 std::string comparatorOf(const ColumnFilter& filter);
-/// Why the metadata, or the views, of a stored module could not be fetched, or nothing.
+/// These fetch the metadata, or the views, of a stored module. They return why it failed, or nullopt.
 std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName);
 std::optional<std::string> fetchViews(Host& host, const std::string& moduleName);
-/// The reason of a failed fetch as part of a line.
+/// Returns the reason of a failed fetch as part of a line.
 std::string explanationOf(CommonError error);
-/// Writes to standard output and gives the exit status.
+/// Writes to standard output and returns the exit status.
 int print(const std::string& text);
 
 }  // namespace tarvo::host

@@ -16,7 +16,7 @@ std::string harmless(std::string text) {
     return text;
 }
 
-// Terminals give a character of East Asia two places, and an accent by itself none.
+// Terminals give a wide character of East Asia two places, and a combining accent none.
 std::size_t placesOf(UChar32 character) {
     auto type = u_charType(character);
     if (type == U_NON_SPACING_MARK || type == U_ENCLOSING_MARK || type == U_FORMAT_CHAR) return 0;

@@ -56,7 +56,7 @@ LayoutLines linesOf(const Layout<OrderedLayoutFieldList>& layout) {
     return lines;
 }
 
-/// All that is to be listed. The fields of a module without layouts come in one section.
+/// Arranges what is listed. The fields of a module without layouts stand in one section.
 std::vector<LayoutLines> listing(const FieldList& fields, const StoredLayouts& layouts) {
     std::vector<LayoutLines> listing;
     for (auto& layout : layouts) listing.push_back(linesOf(layout));
@@ -71,7 +71,7 @@ std::string headingOf(const LayoutLines& layout) {
     return "Layout " + layout.name + (layout.isDefault ? " (default)" : "");
 }
 
-/// One table over all sections, so that its columns stand under each other, cut where headings belong.
+/// Sets one table over all sections, so that columns align, and cuts it where headings belong.
 std::string forPeople(const std::vector<LayoutLines>& listing, const std::string& module, const std::string& path) {
     std::vector<std::vector<std::string>> rows = {{"LABEL", "API NAME", "COLUMN", "TYPE", "MANDATORY"}};
     for (auto& layout : listing)
@@ -98,18 +98,18 @@ std::string forPrograms(const std::vector<LayoutLines>& listing, const std::stri
     return json::write(map).value_or("") + "\n";
 }
 
-/// What is stored of a module.
+/// The stored fields and layouts of a module.
 struct Stored {
     std::optional<FieldList> fields;
     StoredLayouts layouts;
 
     static Stored of(const std::string& module) { return {storedFields(module), storedLayouts(module)}; }
-    /// Fields alone may have come with a module that depends on this one.
+    /// Fields without layouts may have come with a module that depends on this one.
     bool isWhole() const { return fields && !layouts.empty(); }
 };
 
-/// What is stored, after a fetch where something is missing or where one is asked for; otherwise the exit status.
-/// Fields without layouts are listed also when no more can be had.
+/// Returns what is stored, after a fetch if something is missing or a fetch is asked for; otherwise the exit status.
+/// Fields without layouts are listed even if nothing more can be fetched.
 Result<Stored, int> storedOf(Host& host, const Arguments& arguments) {
     auto stored = Stored::of(arguments.module);
     if (stored.isWhole() && !arguments.fetch) return stored;
@@ -119,7 +119,7 @@ Result<Stored, int> storedOf(Host& host, const Arguments& arguments) {
     auto failure = fetchMetadata(host, arguments.module);
     if (failure && !mayFail) return fail(*failure);
     stored = Stored::of(arguments.module);
-    if (!stored.fields) return fail("the server told no fields of " + arguments.module);
+    if (!stored.fields) return fail("the server sent no fields of " + arguments.module);
     return stored;
 }
 

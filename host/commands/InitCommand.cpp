@@ -36,17 +36,17 @@ std::int64_t storedRecordCount(const std::shared_ptr<DatabaseAdapter>& database)
 
 std::int64_t bytesOf(const std::string& path) {
     std::uint64_t bytes = 0;
-    // What was written last lies beside the file until it is merged.
+    // The last writes lie beside the file until they are merged.
     for (auto suffix : {"", "-wal"}) bytes += files::size(path + suffix).value_or(0);
     return static_cast<std::int64_t>(bytes);
 }
 
 using Reasons = std::map<std::optional<CommonError>, int>;
 
-/// How a run went.
+/// The outcome of a run.
 struct RunOutcome {
     bool isCompleted = false;
-    /// Why steps failed, with how often; without a reason where a step gave none.
+    /// The reasons why steps failed and how often; nullopt if a step gave no reason.
     std::map<Process, Reasons> failures;
 };
 
@@ -60,12 +60,12 @@ private:
     const std::function<void(double percent)> progressed_;
 };
 
-/// One run, shown while it goes on.
+/// One run, which shows its progress.
 class ShownRun {
 public:
     ShownRun(Host& host, bool json) : database_(host.database()), progress_(Progress::formFor(json)) {}
 
-    /// Nothing when the server has kept silent for too long.
+    /// Returns nullopt if the server was silent for too long.
     std::optional<RunOutcome> run() {
         auto download = FirstDownload::start(
             database_, InitSteps::all,
@@ -94,7 +94,7 @@ private:
         show();
     }
 
-    /// A step that reports its end as failed has mostly given its reason before.
+    /// A step that ends as failed has usually reported its reason before.
     void noteFailure(const FirstDownload::StepReport& report) {
         if (report.why || !outcome_.failures.contains(report.step)) ++outcome_.failures[report.step][report.why];
     }
@@ -119,12 +119,12 @@ private:
     bool hasEnded_ = false;
 };
 
-/// What is stored, and what it took.
+/// The summary: what is stored, and what the download took.
 struct Summary {
     std::int64_t modules = 0, records = 0, bytes = 0;
     double seconds = 0;
     int requests = 0;
-    bool isDownloaded = false;  ///< by this very run
+    bool isDownloaded = false;  ///< by this run
     std::vector<std::string> failures;
     std::string database;
     static constexpr auto fields() {
@@ -162,7 +162,7 @@ std::string forPeople(const Summary& summary) {
     return text + tableText(rows);
 }
 
-/// The account is noted once, however often it was completed.
+/// Resets the completion of an account that is completed again, so that it is noted once.
 void completeAgain(const std::string& account, bool wasComplete, bool isCompleted) {
     if (wasComplete && isCompleted) UserAccountsManager::userAccounts().resetInitialDownload(account);
 }

@@ -4,9 +4,9 @@
 
 namespace tarvo::host {
 
-/// Downloads the account for the first time, or what an interrupted download still lacks, showing how far it is, and
-/// sums up what is stored. An account that is complete is summed up alone, unless the arguments ask to fetch. Gives the
-/// exit status of the program: 1 when the download could not be brought to its end.
+/// Downloads the account for the first time, or what an interrupted download still lacks, with its progress, and prints
+/// a summary. For a complete account it prints the summary only, unless the arguments ask to fetch. Returns the
+/// exit status of the program: 1 if the download did not come to its end.
 int initAccount(Host& host, const Arguments& arguments);
 
 }  // namespace tarvo::host

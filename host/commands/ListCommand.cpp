@@ -21,8 +21,8 @@ constexpr const char* tokenNeededForList = "--token is required to sign in and f
 constexpr std::size_t cellWidth = 32;
 constexpr std::size_t columnsWithoutView = 6;
 
-/// What the arguments ask for, in the words of the library.
-struct Question {
+/// The arguments, resolved to fields, a view and filters.
+struct ListRequest {
     FieldList fields;
     CustomView view;
     std::vector<const FieldMetadata*> shown;
@@ -30,10 +30,10 @@ struct Question {
     std::optional<SortField> sort;
 };
 
-/// What came of it.
+/// The answer.
 struct Page {
     std::vector<Record> records;
-    std::optional<bool> moreRecords;  ///< absent for a page that was sorted here
+    std::optional<bool> moreRecords;  ///< absent for a page that was sorted locally
     std::string source;
     bool isServerAway = false;
 };
@@ -49,7 +49,7 @@ Result<CustomView, int> viewOf(const std::vector<CustomView>& views, const Argum
     return fail(arguments.module + " has no view \"" + *arguments.view + "\"; the command views lists them");
 }
 
-/// The fields that the view shows, in its order. A view may name fields that the user has no right to see.
+/// Returns the fields that the view shows, in its order. A view may name fields that the user has no right to see.
 std::vector<const FieldMetadata*> shownFields(const CustomView& view, const FieldList& fields) {
     std::vector<const FieldMetadata*> shown;
     for (auto& name : text::split(view.listFields, ","))
@@ -65,7 +65,7 @@ Result<const FieldMetadata*, int> fieldOf(const FieldList& fields, const std::st
     return fail(fields.moduleName() + " has no field \"" + name + "\"; the command fields lists them");
 }
 
-/// Whether several values of the filter are alternatives: those of a field that is filled by picking.
+/// Returns whether several values of the filter are alternatives, as for a field that is filled by picking.
 bool takesAlternatives(const ColumnFilter& filter, const FieldMetadata& field) {
     auto comparator = std::get_if<StringFilterTypes>(&filter.filterType);
     bool isEquality =
@@ -85,7 +85,7 @@ Result<std::vector<const FieldMetadata*>, int> columnsWanted(const Arguments& ar
     return wanted;
 }
 
-/// One value an input; nothing when there are more or fewer.
+/// Returns one value per input; nullopt if there are more or fewer.
 std::optional<ValueList> inputsOf(const ColumnFilter& filter, const FieldMetadata& field, const std::string& values) {
     auto types = filter.filterInputTypes();
     if (types.empty() || values.empty())
@@ -96,10 +96,10 @@ std::optional<ValueList> inputsOf(const ColumnFilter& filter, const FieldMetadat
     return ValueList{takesAlternatives(filter, field) ? Value(std::move(list)) : Value(values)};
 }
 
-/// `FIELD:TYPE:VALUE[,VALUE]`; the values may hold colons.
-Result<ColumnFilter, int> filterOf(const FieldList& fields, const std::string& told) {
-    auto pieces = text::split(told, ":");
-    if (pieces.size() < 2) return fail("--filter: FIELD:TYPE:VALUE[,VALUE] is expected, not \"" + told + "\"", 2);
+/// Reads `FIELD:TYPE:VALUE[,VALUE]`; the values may hold colons.
+Result<ColumnFilter, int> filterOf(const FieldList& fields, const std::string& argument) {
+    auto pieces = text::split(argument, ":");
+    if (pieces.size() < 2) return fail("--filter: FIELD:TYPE:VALUE[,VALUE] is expected, not \"" + argument + "\"", 2);
     auto field = fieldOf(fields, pieces[0]);
     if (!field) return field.error();
     auto offered = GetFilters::getFilters(**field);
@@ -117,17 +117,17 @@ Result<ColumnFilter, int> filterOf(const FieldList& fields, const std::string& t
     return *filter;
 }
 
-Result<std::optional<SortField>, int> sortOf(const FieldList& fields, const std::optional<std::string>& told) {
-    if (!told) return std::optional<SortField>();
-    auto pieces = text::split(*told, ":");
-    auto order = pieces.size() == 2 ? fromRawText<SortOrder>(pieces[1]) : std::optional(SortOrder::ascending);
-    if (pieces.size() > 2 || !order) return fail("--sort: FIELD, FIELD:asc or FIELD:desc is expected", 2);
+Result<std::optional<SortField>, int> sortOf(const FieldList& fields, const std::optional<std::string>& order) {
+    if (!order) return std::optional<SortField>();
+    auto pieces = text::split(*order, ":");
+    auto direction = pieces.size() == 2 ? fromRawText<SortOrder>(pieces[1]) : std::optional(SortOrder::ascending);
+    if (pieces.size() > 2 || !direction) return fail("--sort: FIELD, FIELD:asc or FIELD:desc is expected", 2);
     auto field = fieldOf(fields, pieces[0]);
     if (!field) return field.error();
-    return std::optional(SortField{fields.identifierOf(**field), *order == SortOrder::ascending});
+    return std::optional(SortField{fields.identifierOf(**field), *direction == SortOrder::ascending});
 }
 
-Result<Question, int> questionOf(Host& host, const Arguments& arguments) {
+Result<ListRequest, int> requestOf(Host& host, const Arguments& arguments) {
     auto fields = neededFields(host, arguments, tokenNeededForList);
     if (!fields) return fields.error();
     auto views = neededViews(host, arguments, tokenNeededForList);
@@ -138,38 +138,38 @@ Result<Question, int> questionOf(Host& host, const Arguments& arguments) {
     if (!sort) return sort.error();
     if (*sort && !view->isOfflineSupported)
         return fail("--sort: which records \"" + view->viewDisplayName +
-                    "\" has the server alone can tell; it comes in the view's own order");
+                    "\" has, only the server knows; it comes in the view's own order");
     auto shown = columnsWanted(arguments, *view, *fields);
     if (!shown) return shown.error();
-    Question question{*fields, *view, *std::move(shown), {}, *sort};
-    for (auto& told : arguments.filters) {
-        auto filter = filterOf(*fields, told);
+    ListRequest request{*fields, *view, *std::move(shown), {}, *sort};
+    for (auto& argument : arguments.filters) {
+        auto filter = filterOf(*fields, argument);
         if (!filter) return filter.error();
-        question.filters.push_back(*filter);
+        request.filters.push_back(*filter);
     }
-    return question;
+    return request;
 }
 
-std::vector<std::string> columnsOf(const Question& question) {
+std::vector<std::string> columnsOf(const ListRequest& request) {
     std::vector<std::string> columns;
-    for (auto field : question.shown) columns.push_back(question.fields.identifierOf(*field));
+    for (auto field : request.shown) columns.push_back(request.fields.identifierOf(*field));
     return columns;
 }
 
-/// The last answer is the one that counts; whether there is a second one shows when nobody can answer any more.
+/// The last answer counts. Whether there is a second one is known when the use case has released its callbacks.
 struct Answers {
     std::optional<GetListFilterRecords<>::Response> last;
     bool hasFailed = false;
 };
 
-Result<Page, int> ask(const Question& question, const Arguments& arguments) {
+Result<Page, int> ask(const ListRequest& request, const Arguments& arguments) {
     GetListFilterRecordsParams params;
     params.moduleName = arguments.module;
-    params.criteriaId = question.view.viewID;
-    params.columns = columnsOf(question);
+    params.criteriaId = request.view.viewID;
+    params.columns = columnsOf(request);
     params.from = arguments.from;
     params.limit = arguments.limit;
-    if (!question.filters.empty()) params.filters = question.filters;
+    if (!request.filters.empty()) params.filters = request.filters;
     auto answers = awaited<Answers>([&](auto answered) {
         auto usecase = std::make_shared<GetListFilterRecords<>>();
         std::shared_ptr<Answers> all(new Answers, [answered](Answers* answers) {
@@ -183,20 +183,20 @@ Result<Page, int> ask(const Question& question, const Arguments& arguments) {
         return usecase;
     });
     if (!answers) return fail("the server did not answer in time");
-    if (!answers->last) return fail("no record of this page is stored, and the server did not tell any");
+    if (!answers->last) return fail("no record of this page is stored, and the server sent none");
     Page page{std::move(answers->last->records).value_or(std::vector<Record>()), answers->last->moreRecords,
               std::string(caseName(answers->last->source())), answers->hasFailed};
     return page;
 }
 
-/// In an order of the caller's: judged and sorted on the stored records.
-Result<Page, int> askSorted(Host& host, const Question& question, const Arguments& arguments) {
+/// Lists in the order of `--sort`, judged and sorted on the stored records.
+Result<Page, int> askSorted(Host& host, const ListRequest& request, const Arguments& arguments) {
     auto moduleInfo = GetModuleInfoAssembler::getModuleInfoDM()->getModuleInfo(arguments.module);
     if (!moduleInfo) return fail("the module " + arguments.module + " cannot be read");
-    ViewRecordQuery query{.customView = question.view, .moduleInfo = *moduleInfo};
-    query.columns = columnsOf(question);
-    query.filters = question.filters;
-    query.sortBy = std::vector{*question.sort};
+    ViewRecordQuery query{.customView = request.view, .moduleInfo = *moduleInfo};
+    query.columns = columnsOf(request);
+    query.filters = request.filters;
+    query.sortBy = std::vector{*request.sort};
     query.from = arguments.from;
     query.limit = arguments.limit;
     auto records = RecordInDatabase::make(host.database())->getRecords(query);
@@ -210,43 +210,43 @@ std::string extentOf(const Page& page, const Arguments& arguments) {
     return "Records " + std::to_string(arguments.from + 1) + " to " + std::to_string(last);
 }
 
-std::string forPeople(const Page& page, const Question& question, const Arguments& arguments) {
+std::string forPeople(const Page& page, const ListRequest& request, const Arguments& arguments) {
     std::vector<std::string> heading = {"ID"};
-    for (auto field : question.shown) heading.push_back(shortened(field->fieldLabel, cellWidth));
+    for (auto field : request.shown) heading.push_back(shortened(field->fieldLabel, cellWidth));
     std::vector<std::vector<std::string>> rows = {heading};
     for (auto& record : page.records) {
         std::vector<std::string> row = {record.recordId()};
-        for (auto field : question.shown)
-            row.push_back(shortened(readableText(record, *field, question.fields), cellWidth));
+        for (auto field : request.shown)
+            row.push_back(shortened(readableText(record, *field, request.fields), cellWidth));
         rows.push_back(std::move(row));
     }
     return tableText(rows) + "\n" + extentOf(page, arguments) + " of " + arguments.module + ", \"" +
-           question.view.viewDisplayName + "\"" + (question.sort ? ", sorted here" : "") +
+           request.view.viewDisplayName + "\"" + (request.sort ? ", sorted here" : "") +
            (page.source == caseName(ResponseSource::network) ? ", asked of the server" : ", from the encrypted copy") +
            (page.moreRecords == true ? "; the server has more" : "") + "\n";
 }
 
-struct ColumnTold {
+struct ShownColumn {
     std::string label, apiName, column;
     static constexpr auto fields() {
-        return describe(field("label", &ColumnTold::label), field("apiName", &ColumnTold::apiName),
-                        field("column", &ColumnTold::column));
+        return describe(field("label", &ShownColumn::label), field("apiName", &ShownColumn::apiName),
+                        field("column", &ShownColumn::column));
     }
 };
 
-std::string forPrograms(const Page& page, const Question& question, const Arguments& arguments,
+std::string forPrograms(const Page& page, const ListRequest& request, const Arguments& arguments,
                         const std::string& path) {
-    std::vector<ColumnTold> columns;
-    for (auto field : question.shown)
-        columns.push_back({field->fieldLabel, field->fieldAPIName, question.fields.identifierOf(*field)});
+    std::vector<ShownColumn> columns;
+    for (auto field : request.shown)
+        columns.push_back({field->fieldLabel, field->fieldAPIName, request.fields.identifierOf(*field)});
     ValueList texts;
     for (auto& record : page.records) {
         std::vector<std::string> row;
-        for (auto field : question.shown) row.push_back(readableText(record, *field, question.fields));
+        for (auto field : request.shown) row.push_back(readableText(record, *field, request.fields));
         texts.push_back(bridge::toJson(row));
     }
     ValueMap map{{"module", bridge::toJson(arguments.module)},
-                 {"view", ValueMap{{"id", question.view.viewID}, {"name", question.view.viewDisplayName}}},
+                 {"view", ValueMap{{"id", request.view.viewID}, {"name", request.view.viewDisplayName}}},
                  {"columns", bridge::toJson(columns)},
                  {"records", bridge::toJson(page.records)},
                  {"texts", std::move(texts)},
@@ -262,13 +262,13 @@ int listRecords(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
     if (auto status = findModule(host, arguments, tokenNeededForList)) return *status;
-    auto question = questionOf(host, arguments);
-    if (!question) return question.error();
-    auto page = question->sort ? askSorted(host, *question, arguments) : ask(*question, arguments);
+    auto request = requestOf(host, arguments);
+    if (!request) return request.error();
+    auto page = request->sort ? askSorted(host, *request, arguments) : ask(*request, arguments);
     if (!page) return page.error();
     if (page->isServerAway) note("the server did not answer; these are the stored records");
-    return print(arguments.json ? forPrograms(*page, *question, arguments, *path)
-                                : forPeople(*page, *question, arguments));
+    return print(arguments.json ? forPrograms(*page, *request, arguments, *path)
+                                : forPeople(*page, *request, arguments));
 }
 
 }  // namespace tarvo::host

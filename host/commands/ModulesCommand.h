@@ -4,7 +4,7 @@
 
 namespace tarvo::host {
 
-/// Lists the stored modules and says where they are stored. Fetches them first when there are none. Gives the exit
+/// Lists the stored modules and the path of their database. Fetches them first when there are none. Returns the exit
 /// status of the program.
 int listModules(Host& host, const Arguments& arguments);
 

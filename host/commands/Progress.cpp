@@ -34,7 +34,7 @@ void Progress::show(double percent, const std::string& step, std::int64_t record
     shownStep_ = step;
     switch (form_) {
         case Form::bar:
-            // The rest of the line before is cleared.
+            // Clears the rest of the former line.
             print("\r" + barText(whole, step, records) + "\x1b[K");
             isBarOpen_ = true;
             break;

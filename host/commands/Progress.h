@@ -10,13 +10,13 @@ namespace tarvo::host {
 class Progress {
 public:
     enum class Form { bar, lines, json };
-    /// The form that suits standard output.
+    /// Returns the form that suits standard output.
     static Form formFor(bool json);
 
     explicit Progress(Form form) : form_(form) {}
-    /// `step` is the one that reported last, `records` how many are stored.
+    /// Shows the percentage, the step that reported last and how many records are stored.
     void show(double percent, const std::string& step, std::int64_t records);
-    /// Leaves the bar behind on a line of its own.
+    /// Ends the line of the bar.
     void end();
 
 private:
@@ -26,7 +26,7 @@ private:
     bool isBarOpen_ = false;
 };
 
-/// "1,234,567".
+/// Writes a number with separators, "1,234,567".
 std::string grouped(std::int64_t number);
 
 }  // namespace tarvo::host

@@ -10,7 +10,7 @@ namespace tarvo::host {
 
 namespace {
 
-/// What the server shows for a lookup; for a person perhaps in two parts.
+/// Returns the text that the server shows for a lookup, which may be in two parts for a person.
 std::string lookupText(const Record& record, const std::string& column) {
     if (auto shown = record.getString(getLookupColumn(column)); !shown.empty()) return shown;
     auto first = record.getString(column + std::string(firstNameSuffix));
@@ -30,7 +30,7 @@ std::optional<std::string> dateText(std::int64_t seconds, FieldDataType type) {
     return std::nullopt;
 }
 
-/// Booleans are stored as numbers or as texts, as the server declared the column.
+/// Reads a Bool, which is stored as a number or as a text, as the server declared the column.
 std::optional<bool> truthOf(const ValueView& value) {
     if (auto truth = value.asBool()) return truth;
     if (auto number = value.asInteger()) return *number != 0;

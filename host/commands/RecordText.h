@@ -7,11 +7,11 @@
 
 namespace tarvo::host {
 
-/// What people read of a field of a record: lookups by what is shown for them, dates in the user's formats and the zone
-/// in force, labels of picklists, everything else as it is stored. Empty without a value.
+/// Returns what people read of a field of a record: lookups and picklists by their shown texts, dates in the user's
+/// formats and the zone in force, everything else as it is stored. Empty without a value.
 std::string readableText(const Record& record, const FieldMetadata& field, const FieldList& fields);
 
-/// At most so many characters, with "…" for what is left out.
+/// Cuts a text after so many characters, with "…" for the rest.
 std::string shortened(const std::string& text, std::size_t characters);
 
 }  // namespace tarvo::host

@@ -26,15 +26,15 @@ struct Entry {
                         field("column", &Entry::column), field("text", &Entry::text));
     }
 };
-struct SectionTold {
+struct ShownSection {
     std::string name;
     std::vector<Entry> entries;
     static constexpr auto fields() {
-        return describe(field("name", &SectionTold::name), field("fields", &SectionTold::entries));
+        return describe(field("name", &ShownSection::name), field("fields", &ShownSection::entries));
     }
 };
 
-/// A record, or the failure of the request. The server has no such record when both are absent.
+/// A record, or the failure of the request. If both are absent, the server has no such record.
 struct ServerAnswer {
     std::optional<Record> record{};
     std::optional<CommonError> failure{};
@@ -44,7 +44,7 @@ class RecordListener final : public CommonErrorRelay, public GetRecordsErrorRela
 public:
     explicit RecordListener(std::function<void(ServerAnswer)> answered) : answered_(std::move(answered)) {}
 
-    /// The first of the two notices is the stored record, which was found missing before.
+    /// The first of the two notices is for the stored record, which was found missing before.
     void record(const std::optional<Record>& record, const std::string&, const Module&, const Value&) override {
         if (std::exchange(hasLocalAnswer_, true)) answered_({.record = record});
     }
@@ -82,7 +82,7 @@ Result<Record, int> recordOf(Host& host, const Arguments& arguments) {
     return fail(missing + ", and " + explanationOf(*answer->failure));
 }
 
-/// The record's own layout, or the module's default, or any; null when there are none.
+/// Returns the record's own layout, or the module's default, or any; null if there are none.
 const Layout<OrderedLayoutFieldList>* layoutOf(const Record& record, const StoredLayouts& layouts) {
     auto own = record.getString(FieldIdentifierConstants().layout);
     auto at = std::find_if(layouts.begin(), layouts.end(), [&](auto& one) { return one.layoutID == own; });
@@ -91,9 +91,9 @@ const Layout<OrderedLayoutFieldList>* layoutOf(const Record& record, const Store
     return at == layouts.end() ? nullptr : &*at;
 }
 
-/// What has a value, by section; without a layout all of it in one.
-std::vector<SectionTold> sectionsOf(const Record& record, const FieldList& fields, const StoredLayouts& layouts) {
-    std::vector<SectionTold> sections;
+/// Returns the fields that have a value, by section; without a layout in one section.
+std::vector<ShownSection> sectionsOf(const Record& record, const FieldList& fields, const StoredLayouts& layouts) {
+    std::vector<ShownSection> sections;
     auto add = [&](const std::string& section, const FieldMetadata& field) {
         auto text = readableText(record, field, fields);
         if (text.empty()) return;
@@ -109,8 +109,8 @@ std::vector<SectionTold> sectionsOf(const Record& record, const FieldList& field
     return sections;
 }
 
-std::string forPeople(const Record& record, const std::vector<SectionTold>& sections, const std::string& path) {
-    // One table over all sections, so that the values stand under each other.
+std::string forPeople(const Record& record, const std::vector<ShownSection>& sections, const std::string& path) {
+    // One table over all sections aligns the values.
     std::vector<std::vector<std::string>> rows;
     for (auto& section : sections)
         for (auto& entry : section.entries) rows.push_back({entry.label, entry.text});

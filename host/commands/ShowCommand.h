@@ -5,7 +5,7 @@
 namespace tarvo::host {
 
 /// Shows one record by the sections of its layout, from the database; the server is asked for one that is not stored.
-/// Gives the exit status of the program.
+/// Returns the exit status of the program.
 int showRecord(Host& host, const Arguments& arguments);
 
 }  // namespace tarvo::host

@@ -32,7 +32,7 @@ using Change = std::function<void()>;
 
 struct ConfigField {
     std::string_view name;
-    /// Reads the value and gives the change, which is not made yet.
+    /// Reads the value and prepares the change, without making it.
     Reading (*read)(const Value& json, Change& change);
 };
 
@@ -47,7 +47,7 @@ Reading readSetting(const Value& json, Change& change) {
 
 using C = CommonConfigration;
 
-// Objects of the program (adapters, queues, generators) are no fields to be set by a text.
+// Objects of the program (adapters, queues, generators) cannot be set by a text.
 constexpr ConfigField configFields[] = {
     {"photosLocation", readSetting<&C::photosLocation>},
     {"appBuildID", readSetting<&C::appBuildID>},

@@ -4,7 +4,7 @@
 
 namespace tarvo::host {
 
-/// Sets fields of `CommonConfigration` by their names: all of them, or none when a name or a type is wrong.
+/// Sets fields of `CommonConfigration` by name: all of them, or none if a name or a type is wrong.
 [[nodiscard]] bridge::Reading setConfigFields(const ValueMap& fields);
 
 }  // namespace tarvo::host

@@ -97,7 +97,7 @@ void appInit(Host& host, const InitRequest& request, const CallPtr& call) {
     }));
 }
 
-// The database belongs to the account that was selected before, so it goes with it.
+// The open database belongs to the former account, so it is closed with it.
 void account(Host& host, const AccountRequest& request, const CallPtr& call) {
     if (request.account.empty()) return call->refuse("request.account: an account id is not empty");
     if (host.accounts().currentUser() != request.account) host.closeDatabase();

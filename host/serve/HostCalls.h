@@ -9,8 +9,8 @@
 
 namespace tarvo::host {
 
-/// Adds the calls of the host itself. The passphrase is the one for calls that bring none. The host must live as long
-/// as the registry is used.
+/// Adds the calls of the host itself. The passphrase is for calls that bring none. The host must live as long as the
+/// registry is used.
 void addHostCalls(bridge::Registry& registry, Host& host, const std::optional<std::string>& passphrase);
 
 }  // namespace tarvo::host

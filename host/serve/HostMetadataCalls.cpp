@@ -24,7 +24,7 @@ struct PopulateRequest {
     static constexpr auto fields() { return describe(); }
 };
 
-/// The stored modules of these names, each once, or the refusal.
+/// Returns the stored modules of these names, each once, or why there are none.
 Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::string>& names) {
     using Answer = Result<std::vector<Module>, std::string>;
     auto stored = MetadataStores::current().modules()->getAllModules();
@@ -41,7 +41,7 @@ Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::str
     return Answer::success(std::move(modules));
 }
 
-void tell(const DownloadOutcome& outcome, const CallPtr& call) {
+void reportOutcome(const DownloadOutcome& outcome, const CallPtr& call) {
     for (auto& [error, names] : outcome.failed)
         call->delegate(caseName(error), {{"moduleNames", bridge::toJson(names)}});
     call->event("done", "response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
@@ -55,7 +55,8 @@ void download(Host& host, Download run, const DownloadRequest& request, const Ca
     auto modules = modulesNamed(request.moduleNames);
     if (!modules) return call->refuse("request.moduleNames: " + modules.error());
     if (request.holdInput) call->holdInput();
-    call->keepUntilEnd(run(host.database(), *modules, [call](const DownloadOutcome& outcome) { tell(outcome, call); }));
+    call->keepUntilEnd(
+        run(host.database(), *modules, [call](const DownloadOutcome& outcome) { reportOutcome(outcome, call); }));
 }
 
 }  // namespace
@@ -68,7 +69,7 @@ void addMetadataCalls(bridge::Registry& registry, Host& host) {
     };
     add("host.metadata", runMetadataDownload);
     add("host.views", runViewDownload);
-    // On the main queue like every start of a call, so that the lines behind it read what it wrote.
+    // Runs on the main queue like every start of a call, so that later lines read what it wrote.
     registry.addOperation<PopulateRequest>("host.populateLookupColumn", [&host](PopulateRequest, const CallPtr& call) {
         if (!host.database()) return call->refuse("no database is open");
         PopulateRelatedModulesDM().populateLookupColumn();

@@ -5,7 +5,8 @@
 
 namespace tarvo::host {
 
-/// Adds the calls that bring metadata and views into the database. The host must live as long as the registry is used.
+/// Adds the calls that download metadata and views into the database. The host must live as long as the registry is
+/// used.
 void addMetadataCalls(bridge::Registry& registry, Host& host);
 
 }  // namespace tarvo::host

@@ -14,7 +14,7 @@ namespace tarvo::host {
 namespace {
 
 using bridge::CallPtr;
-using bridge::RecordTold;
+using bridge::JsonRecord;
 using Dictionaries = std::vector<ValueMap>;
 using Names = std::vector<std::string>;
 
@@ -26,17 +26,17 @@ struct ParseRequest {
     }
 };
 struct RecordRequest {
-    RecordTold record;
+    JsonRecord record;
     static constexpr auto fields() { return describe(field("record", &RecordRequest::record)); }
 };
 struct UpdateRequest {
-    RecordTold record;
+    JsonRecord record;
     std::string recordID;
     static constexpr auto fields() {
         return describe(field("record", &UpdateRequest::record), field("recordID", &UpdateRequest::recordID));
     }
 };
-/// Wire dictionaries, or a page in the server's form.
+/// Stores wire dictionaries, or a page in the server's form.
 struct StoreRequest {
     std::string moduleName;
     std::optional<Dictionaries> dictionaries;
@@ -46,11 +46,11 @@ struct StoreRequest {
                         field("dictionaries", &StoreRequest::dictionaries), field("data", &StoreRequest::data));
     }
 };
-/// Wire dictionaries, or records.
+/// Stores wire dictionaries, or records.
 struct ModifyRequest {
     std::string moduleName;
     std::optional<Dictionaries> dictionaries;
-    std::optional<std::vector<RecordTold>> records;
+    std::optional<std::vector<JsonRecord>> records;
     static constexpr auto fields() {
         return describe(field("moduleName", &ModifyRequest::moduleName),
                         field("dictionaries", &ModifyRequest::dictionaries), field("records", &ModifyRequest::records));
@@ -65,7 +65,7 @@ struct FetchRequest {
                         field("columnsToFetch", &FetchRequest::columnsToFetch));
     }
 };
-/// By ids, or by the values of columns.
+/// Fetches by ids, or by the values of columns.
 struct FetchSomeRequest {
     std::string moduleName;
     std::optional<Names> recordIds;
@@ -78,7 +78,7 @@ struct FetchSomeRequest {
                         field("columnsToFetch", &FetchSomeRequest::columnsToFetch));
     }
 };
-/// A `ViewRecordQuery` with names in place of what the host reads from the database.
+/// A `ViewRecordQuery` that names what the host reads from the database.
 struct ViewListRequest {
     std::string moduleName;
     std::string cvId;
@@ -108,7 +108,7 @@ using Store = RecordPersistanceDelegate;
 void finish(const CallPtr& call) { call->event("done"); }
 void finish(const CallPtr& call, ValueMap response) { call->event("done", "response", std::move(response)); }
 
-/// An absent answer leaves the member out.
+/// Ends the call with a member, which is left out if the value is absent.
 template <class T>
 void answer(const CallPtr& call, std::string name, const std::optional<T>& value) {
     ValueMap response;
@@ -116,7 +116,7 @@ void answer(const CallPtr& call, std::string name, const std::optional<T>& value
     finish(call, std::move(response));
 }
 
-/// Nothing, and the refusal, unless exactly one of two members is there.
+/// Returns whether exactly one of two members is there; refuses the call otherwise.
 template <class A, class B>
 bool isOneOf(const std::optional<A>& a, const std::optional<B>& b, std::string_view names, const CallPtr& call) {
     if (a.has_value() != b.has_value()) return true;
@@ -130,7 +130,7 @@ std::optional<FieldList> fieldsOf(const std::string& module) {
     return fields ? std::optional(*std::move(fields)) : std::nullopt;
 }
 
-/// The server's form of records as a page of an answer is parsed.
+/// Parses records in the server's form as a page of an answer is parsed.
 std::optional<WireRecords> pageOf(const ValueList& data) {
     auto text = json::write(data);
     auto document = text ? json::Document::parse(platform::Data(*text)) : std::nullopt;
@@ -164,7 +164,7 @@ void store(const StoreRequest& request, Store& store, const CallPtr& call) {
         return finish(call);
     }
     auto page = pageOf(*request.data);
-    if (!page) return call->refuse("request.data: cannot be said in JSON");
+    if (!page) return call->refuse("request.data: cannot be written as JSON");
     finish(call, {{"recordIds", bridge::toJson(store.storeRecord(*page, request.moduleName))}});
 }
 
@@ -174,7 +174,7 @@ void modify(const ModifyRequest& request, Store& store, const CallPtr& call) {
         store.modifyRecord(request.moduleName, *request.dictionaries);
     } else {
         std::vector<Record> records;
-        for (auto& told : *request.records) records.push_back(told.record());
+        for (auto& form : *request.records) records.push_back(form.record());
         store.modifyRecord(request.moduleName, records);
     }
     finish(call);
@@ -192,20 +192,20 @@ void fetchSome(const FetchSomeRequest& request, Store& store, const CallPtr& cal
            ids ? store.fetchRecords(module, *ids, columns) : store.fetchRecords(module, *values, columns));
 }
 
-void fetchList(bridge::RecordQueryTold query, Store& store, const CallPtr& call) {
+void fetchList(bridge::JsonRecordQuery query, Store& store, const CallPtr& call) {
     if (auto missing = query.complete()) return call->refuse(*missing);
     answer(call, "records", store.fetchRecords(query));
 }
 
-void count(bridge::RecordQueryTold query, Store& store, const CallPtr& call) {
+void count(bridge::JsonRecordQuery query, Store& store, const CallPtr& call) {
     if (auto missing = query.complete()) return call->refuse(*missing);
     answer(call, "count", store.countRecords(query));
 }
 
-/// `use(query)` with what the host reads for it.
+/// Calls `use(query)` with the view and the module's info from the database.
 template <class Use>
 void withView(const ViewListRequest& request, const CallPtr& call, Use use) {
-    bridge::RecordQueryTold named;
+    bridge::JsonRecordQuery named;
     named.moduleName = request.moduleName;
     named.cvId = request.cvId;
     if (auto missing = named.complete()) return call->refuse(*missing);
@@ -240,7 +240,7 @@ void remove(const DeleteRequest& request, Store& store, const CallPtr& call) {
 }  // namespace
 
 void addRecordCalls(bridge::Registry& registry, Host& host) {
-    // On the main queue like every start of a call, so that the lines behind it read what it wrote.
+    // Runs on the main queue like every start of a call, so that later lines read what it wrote.
     auto add = [&]<class Request>(std::string name, void (*work)(Request, Store&, const CallPtr&)) {
         registry.addOperation<std::remove_cvref_t<Request>>(
             "host.record." + name, [&host, work](const auto& request, const CallPtr& call) {

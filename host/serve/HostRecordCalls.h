@@ -5,7 +5,7 @@
 
 namespace tarvo::host {
 
-/// Adds the calls on the record tables, one an operation, and those that turn records from and into the server's form.
+/// Adds the calls on the record tables, one per operation, and the conversions from and into the server's form.
 /// The host must live as long as the registry is used.
 void addRecordCalls(bridge::Registry& registry, Host& host);
 

@@ -62,7 +62,7 @@ UserDefaultsGroup groupOf(const SettingsRequest& request) {
     return UserDefaultsGroup::current();
 }
 
-// A setting has one kind, so at most one of the readers knows it.
+// A setting has one kind, so at most one of the readers finds it.
 Value read(const UserDefaultsProtocol& store, const std::string& key, const UserDefaultsGroup& group) {
     if (auto text = store.stringForKey(key, group)) return *text;
     if (auto number = store.integerForKey(key, group)) return *number;
@@ -72,7 +72,7 @@ Value read(const UserDefaultsProtocol& store, const std::string& key, const User
     return {};
 }
 
-/// False for a value of a kind that settings do not have.
+/// Returns false for a value of a kind that settings do not have.
 bool write(UserDefaultsProtocol& store, const Value& value, const std::string& key, const UserDefaultsGroup& group) {
     if (value.asText())
         store.setString(*value.asText(), key, group);

@@ -8,7 +8,7 @@
 namespace tarvo::host {
 
 /// Adds `host.settings`: reads, writes, removes and observes values of the settings store. Observing goes through the
-/// topics that the session listens to anyway.
+/// topics of the session.
 void addSettingsCalls(bridge::Registry& registry, const std::shared_ptr<bridge::Topics>& topics);
 
 }  // namespace tarvo::host

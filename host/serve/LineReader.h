@@ -12,14 +12,14 @@ public:
     using OnLine = std::function<void(std::string line)>;
     using OnEnd = std::function<void()>;
 
-    /// Both callbacks come on the reader's thread; `onEnd` once, unless the reader is ended before.
+    /// Both callbacks are called on the reader's thread; `onEnd` once, unless the reader is destroyed before.
     LineReader(int descriptor, OnLine onLine, OnEnd onEnd);
     /// Ends reading at once, also while it waits for input.
     ~LineReader();
     LineReader(const LineReader&) = delete;
     LineReader& operator=(const LineReader&) = delete;
 
-    /// What a line may hold in bytes; the rest of a longer one is dropped, so that it is no call any more.
+    /// The longest line in bytes. The rest of a longer line is dropped, so that it is refused as a call.
     static constexpr std::size_t longestLine = 64 * 1024 * 1024;
 
 private:
@@ -31,7 +31,7 @@ private:
     const OnLine onLine_;
     const OnEnd onEnd_;
     std::string line_;
-    int wake_[2] = {-1, -1};  // a pipe: closing its second end ends the thread
+    int wake_[2] = {-1, -1};  // a pipe; closing its second end ends the thread
     std::thread thread_;
 };
 

@@ -12,7 +12,7 @@ namespace tarvo::host {
 
 namespace {
 
-/// A note of what each answer brought: the downloads themselves tell no failure. It belongs to the network queue.
+/// Notes what each answer brought, since the downloads themselves report no failure. Network queue.
 class Notes {
 public:
     DownloadOutcome outcome;
@@ -38,7 +38,7 @@ private:
     }
 };
 
-/// The library's services with their notes.
+/// The library's services, with notes of their answers.
 class WatchedMetadataNS final : public MetadataNSP, public Notes {
 public:
     void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
@@ -67,12 +67,12 @@ private:
     const std::shared_ptr<InitCustomViewNS> service_ = std::make_shared<InitCustomViewNS>();
 };
 
-/// Starts a step over its service, both of which are held weakly by the work: what is returned holds them.
+/// Starts a step over its service. The work holds both weakly; the returned object holds them.
 template <class Step, class Service, class Start>
 std::shared_ptr<void> run(std::shared_ptr<Step> step, std::shared_ptr<Service> service, Start start,
                           const std::vector<Module>& modules, DownloadEnd whenEnded) {
     auto ended = [watched = std::weak_ptr(service), whenEnded = std::move(whenEnded)] {
-        // Behind the answer under way, which has a notice yet to give.
+        // After the answer under way, whose notice is still to come.
         networkQueue()->async([watched, whenEnded] {
             if (auto service = watched.lock()) whenEnded(std::move(service->outcome));
         });

@@ -10,23 +10,23 @@
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/Module.h"
 
-/// Downloads by modules, into the database. `whenEnded` is called exactly once, on the network queue, when the storing
-/// is done. What is returned must be kept until then; when it is dropped before, nothing is called.
+/// Downloads of given modules into the database. `whenEnded` is called exactly once, on the network queue, after the
+/// answers are stored. The caller keeps the returned object until then; if it is released before, nothing is called.
 namespace tarvo::host {
 
-/// How a download ended, by names of modules.
+/// The outcome of a download, by names of modules.
 struct DownloadOutcome {
     std::vector<std::string> stored;
-    /// By the notice that a host gets of such a failure; `unableToGetMetadata` when the server refused a module or left
-    /// it out.
+    /// The modules that failed, by the notice of the failure; `unableToGetMetadata` if the server refused a module or
+    /// left it out.
     std::map<CommonError, std::vector<std::string>> failed;
 };
 using DownloadEnd = std::function<void(DownloadOutcome)>;
 
-/// The metadata of the given modules, at least one.
+/// Downloads the metadata of the given modules, at least one.
 std::shared_ptr<void> runMetadataDownload(const std::shared_ptr<DatabaseAdapter>& database,
                                           const std::vector<Module>& modules, DownloadEnd whenEnded);
-/// Their views.
+/// Downloads the views of the given modules, at least one.
 std::shared_ptr<void> runViewDownload(const std::shared_ptr<DatabaseAdapter>& database,
                                       const std::vector<Module>& modules, DownloadEnd whenEnded);
 

@@ -16,10 +16,10 @@ namespace tarvo::host {
 
 namespace {
 
-// What calls under way may take once the input has ended: a request of the library ends before.
-constexpr std::chrono::seconds farewellPatience{75};
+// How long calls under way may take after the input has ended. A request of the library ends sooner.
+constexpr std::chrono::seconds endPatience{75};
 
-/// Standard output. Once a line cannot be written nobody hears the answers any more.
+/// Standard output. After a line could not be written nobody reads the answers, so the session ends.
 struct Output {
     std::atomic<bool> isBroken = false;
 
@@ -51,8 +51,7 @@ int serve(Host& host, const Arguments& arguments) {
         STDIN_FILENO, [session](std::string line) { session->receive(std::move(line)); },
         [session] { session->inputEnded(); });
     MainQueue::shared()->run();
-    bool answered =
-        MainQueue::shared()->runUntil([&] { return session->isIdle() || output->isBroken; }, farewellPatience);
+    bool answered = MainQueue::shared()->runUntil([&] { return session->isIdle() || output->isBroken; }, endPatience);
     session->close();
     if (output->isBroken) return fail("standard output cannot be written");
     return answered ? 0 : fail("calls were still under way at the end of the input");

@@ -4,8 +4,8 @@
 
 namespace tarvo::host {
 
-/// Takes calls as lines of JSON from standard input until it ends, and writes their callbacks to standard output. Gives
-/// the exit status of the program.
+/// Takes calls as lines of JSON from standard input until it ends, and writes their callbacks to standard output.
+/// Returns the exit status of the program.
 int serve(Host& host, const Arguments& arguments);
 
 }  // namespace tarvo::host
