@@ -23,7 +23,7 @@ std::string idOf(std::int64_t number) {
 NewRecordIds::NewRecordIds(std::shared_ptr<UserDefaultsProtocol> userDefaults)
     : userDefaults_(std::move(userDefaults)) {}
 
-// One counter for all accounts, as the texts of ids tell nothing of an account.
+// All accounts share one counter, since an id does not say which account it belongs to.
 std::string NewRecordIds::getNewRecordId() {
     std::int64_t number = 0;
     bool stored = userDefaults_->update(lastRecordId, UserDefaultsGroup::base(), [&](const Value& last) {

@@ -51,7 +51,7 @@ std::string freshId() {
     return Util::getNewRecordId();
 }
 
-Value withTagsAsMaps(const TagList& list) {
+Value tagMaps(const TagList& list) {
     ValueList maps;
     for (auto& tag : list.tags())
         maps.push_back(ValueMap{{"id", tag.id}, {"name", tag.name}, {"moduleName", tag.moduleName}});
@@ -91,7 +91,7 @@ Record::Record(const Names& columns, const std::optional<ValueList>& values, std
 Record::Record(ValueMap dictionary, std::string recordId, std::string moduleName)
     : Record(std::move(dictionary), std::move(recordId), std::move(moduleName), namingInForce()) {}
 Record::Record(ValueMap dictionary, std::string recordId, std::string moduleName, const FieldIdentifier& naming)
-    // A copy of the name: arguments are evaluated in no certain order.
+    // The name is copied, because arguments are evaluated in no particular order.
     : Record(std::move(dictionary), RecordUtil::getIdentifierFieldName(moduleName, naming), std::move(recordId),
              std::string(moduleName)) {}
 
@@ -160,7 +160,7 @@ Record Record::getNewRecord(const Names& columns, const std::optional<ValueList>
     return getNewRecord(columns, values, moduleId.rawValue());
 }
 
-// Names that come twice in a row are one column of the map, so places may move.
+// A name that stands twice in a row is one column of the map, so places may move.
 ValueMap& Record::ownValues() {
     if (looksIntoBlock()) {
         auto identifier = identifierColumn();
@@ -183,7 +183,7 @@ ValueView Record::operator[](std::string_view column) const {
 }
 
 void Record::set(std::string_view column, Value value) {
-    auto held = row_;  // the name may lie in the block that is left here
+    auto held = row_;  // keeps the block alive, in which the name may lie
     if (column != identifierColumn()) return ownValues().set(column, std::move(value));
     if (auto text = value.asText()) return setRecordId(*text);
     platform::log(platform::LogLevel::warning, "records", "Invalid Record ID");
@@ -218,7 +218,7 @@ ValueMap Record::getDictionary() const {
     for (std::size_t index = 0; index < columnCount(); ++index)
         if (auto view = value(index); !view.isNull()) dictionary.set(columnName(index), view.copy());
     auto tags = dictionary.find(FieldIdentifierConstants().tag);
-    if (auto list = tags ? tags->asObjectOf<TagList>() : nullptr) *tags = withTagsAsMaps(*list);
+    if (auto list = tags ? tags->asObjectOf<TagList>() : nullptr) *tags = tagMaps(*list);
     return dictionary;
 }
 

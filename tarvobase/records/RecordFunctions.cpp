@@ -84,7 +84,7 @@ std::vector<LinearLayoutMetadataItemType> nonNullLayoutFields(
     const Record& record, const std::vector<LinearLayoutMetadataItemType>& layoutMetadata) {
     auto naming = namingInForce();
     std::vector<LinearLayoutMetadataItemType> shown;
-    const LinearLayoutMetadataItemType* header = nullptr;  // waits for its first entry
+    const LinearLayoutMetadataItemType* header = nullptr;  // the section whose first entry has not come yet
     for (auto& line : layoutMetadata) {
         if (line.header()) {
             header = &line;

@@ -15,7 +15,8 @@ std::string RecordUtil::getSearchTableName(std::string_view moduleName) {
     return std::string(moduleName) + "RecordsSearch";
 }
 
-// By the raw name, without making a module of it: names that are no module are common here and no news.
+// Compares the raw name instead of making a `ModuleIdentifier` of it, which logs unknown names: names that are not a
+// module are common here.
 std::string_view RecordUtil::getIdentifierFieldName(std::string_view forModule, const FieldIdentifier& naming) {
     using M = ModuleIdentifier::Case;
     auto& names = *naming.constant;

@@ -12,19 +12,19 @@ namespace tarvo {
 
 class Record;
 
-/// Suffixes and joiners of the keys of records.
+/// Suffixes and separators of the keys of records.
 inline constexpr std::string_view lookupSuffix = "_LOOKUP";
 inline constexpr std::string_view firstNameSuffix = "_FIRSTNAME";
 inline constexpr std::string_view lastNameSuffix = "_LASTNAME";
-/// Behind the key of a lookup of several records: the ids joined by ",".
+/// Suffix of the key that holds the ids of a multi-select lookup, joined by ",".
 inline constexpr std::string_view lookupDataSuffix = "#TarvoSeparator#Data#TarvoSeparator#";
-/// Joins compound texts.
+/// Separates the pieces of compound texts.
 inline constexpr std::string_view separatorString = "#TarvoSeparator#";
 
-/// The column beside a lookup that holds what is shown for it.
+/// Returns the name of the column that holds the display text of a lookup.
 inline std::string getLookupColumn(std::string_view column) { return std::string(column).append(lookupSuffix); }
 
-/// Keys that are known by their text alone.
+/// Keys that no metadata describes.
 struct RecordConstants {
     struct FieldAPINames {
         static constexpr std::string_view Id = "id";
@@ -38,23 +38,23 @@ struct RecordConstants {
         static constexpr std::string_view activityType = "Host_or_Participant";
     };
     struct NewRecordIdentifier {
-        /// The ids that the queue of changes gives to new records, as a regular expression.
+        /// Matches the ids that the queue of changes gives to new records.
         static constexpr std::string_view regex = "NEW_\\d{9}";
     };
 };
 
-/// Names that follow from a module's name. From any thread.
+/// Derives names from a module's name. May be called from any thread.
 struct RecordUtil {
-    /// The record table of a module: its name and "Records"; approvals have a table of another name.
+    /// Returns the record table of a module: its name and "Records", except for approvals.
     static std::string getTableName(std::string_view moduleName);
-    /// The table of a module's search tokens.
+    /// Returns the table of a module's search tokens.
     static std::string getSearchTableName(std::string_view moduleName);
-    /// The column that identifies a record of a module, in a naming that was taken earlier or in the one in force.
+    /// Returns the column that identifies a record of a module, in the given naming or in the one in force.
     static std::string_view getIdentifierFieldName(std::string_view forModule, const FieldIdentifier& naming);
     static std::string_view getIdentifierFieldName(std::string_view forModule);
     static std::string_view getIdentifierFieldName(const ModuleIdentifier& forModule);
 
-    /// Whether the id is "NEW_" and nine digits, and nothing else.
+    /// Returns whether the id is exactly "NEW_" and nine digits.
     static bool isNewRecord(std::string_view recordId) { return isNewRecordId(recordId); }
     static bool isNewRecord(const Record& record);
 };

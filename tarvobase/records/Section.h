@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// A run of neighbours in a list that share a header.
+/// Neighbouring records of a list that share a header.
 template <class Name, class Value>
 struct Section {
     Name name;

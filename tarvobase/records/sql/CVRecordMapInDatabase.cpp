@@ -13,9 +13,9 @@ namespace {
 
 constexpr CVRecordMapDatabaseConstants mapNames;
 
-Criteria ofView(const std::string& cvId) { return columnIs(mapNames.criteriaId, cvId); }
+Criteria belongsToView(const std::string& cvId) { return columnIs(mapNames.criteriaId, cvId); }
 
-/// The rows of a view's records, without a map a row: a page of the first download has thousands.
+/// The rows of a view's records, without a map per row: a page of the first download has thousands of rows.
 class MapRows final : public RowSource {
 public:
     MapRows(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName)
@@ -67,22 +67,22 @@ void CVRecordMapInDatabase::store(const std::vector<std::string>& ids, const std
 
 void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                                     const std::string& moduleName) {
-    table(moduleName).deleteObjects(Criteria::and_({ofView(cvId), columnIn(mapNames.recordId, recordIds)}));
+    table(moduleName).deleteObjects(Criteria::and_({belongsToView(cvId), columnIn(mapNames.recordId, recordIds)}));
 }
 
 void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& moduleName) {
-    table(moduleName).deleteObjects(ofView(cvId));
+    table(moduleName).deleteObjects(belongsToView(cvId));
 }
 
 Criteria CVRecordMapInDatabase::getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) {
-    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    FetchQuery query(getTableName(moduleName), belongsToView(cvId));
     query.columns = {std::string(mapNames.recordId)};
     return Criteria::custom(kelva::quotedName(FieldIdentifierConstants().id) + " in (" + query.sql() + ")",
                             query.parameters());
 }
 
 Criteria CVRecordMapInDatabase::getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) {
-    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    FetchQuery query(getTableName(moduleName), belongsToView(cvId));
     query.columns = {"1"};
     auto id = kelva::quotedName(RecordUtil::getTableName(moduleName)) + "." +
               kelva::quotedName(FieldIdentifierConstants().id);
@@ -91,7 +91,7 @@ Criteria CVRecordMapInDatabase::getRowMappingCriteria(const std::string& cvId, c
 }
 
 bool CVRecordMapInDatabase::hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) {
-    FetchQuery query(getTableName(moduleName), ofView(cvId));
+    FetchQuery query(getTableName(moduleName), belongsToView(cvId));
     query.columns = {"1"};
     query.limit = 1;
     query.offset = count;

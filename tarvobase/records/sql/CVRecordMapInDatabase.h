@@ -7,7 +7,7 @@
 
 namespace tarvo {
 
-/// The tables of the records of views. They come with the record tables from the server.
+/// The tables that map views to their records. The server defines them together with the record tables.
 class CVRecordMapInDatabase final : public FilterRecordMapPersistanceDelegate {
 public:
     explicit CVRecordMapInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter)

@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// How a leaf of a view's criteria compares, by the server's name of it.
+/// The comparators of view criteria, with the server's names.
 enum class CustomViewComparator {
     equal,
     notEqual,
@@ -85,7 +85,7 @@ constexpr bool isInLikeQueryList(CustomViewComparator comparator) {
 constexpr bool isInInQueryList(CustomViewComparator comparator) {
     return comparator == CustomViewComparator::in || comparator == CustomViewComparator::notIn;
 }
-/// They take two values and a template has one hole a value.
+/// Ranges take two values, and a template has one placeholder per value.
 constexpr bool isRange(CustomViewComparator comparator) {
     return comparator == CustomViewComparator::between || comparator == CustomViewComparator::notBetween;
 }

@@ -11,14 +11,14 @@ namespace tarvo {
 
 namespace {
 
-// SQLite's parser holds a hundred open symbols, of which each level of a condition takes three, and its expressions may
-// be a thousand deep. The rest is left for the statement around the condition.
+// SQLite's parser holds a hundred open symbols, and each level of a condition takes three of them. Its expressions may
+// be a thousand levels deep. The rest is left for the statement around the condition.
 constexpr int maxParentheses = 20;
 constexpr int maxExpression = 900;
-// A chain of one connector is as deep as it is long. A long one is cut into groups, which says the same and is flat.
+// A chain of one connector is as deep as it is long. A long chain is cut into groups, which means the same and is flat.
 constexpr std::size_t groupSize = 64;
 
-/// A length as a depth; what is beyond the limit anyway just stays beyond it.
+/// Returns a length as a depth. A length beyond the limit stays just beyond it.
 int bounded(std::size_t length) { return static_cast<int>(std::min<std::size_t>(length, maxExpression + 1)); }
 
 std::string describe(const Value& value) { return value.toText().value_or(""); }
@@ -33,7 +33,7 @@ std::string pattern(CustomViewComparator comparator, const std::string& value) {
     return "%" + value + "%";
 }
 
-/// Field, operator, value; field, operator, value; with "or" between.
+/// Returns field, operator and value per value, with "or" between them.
 template <class Write>
 std::vector<std::string> eachValue(const CustomViewCriteria& criteria, std::string_view op, Write&& write) {
     std::vector<std::string> items;
@@ -53,7 +53,7 @@ std::vector<std::string> otherQuery(const CustomViewCriteria& criteria, CustomVi
     return eachValue(criteria, getEquivalentSqlComparator(comparator), [](const std::string& value) { return value; });
 }
 
-/// A comma inside an item is written in another way, so that the list comes apart where it was joined.
+/// Encodes the commas inside an item, so that the list is split where it was joined.
 std::string listItem(const Value& item) { return text::join(text::split(describe(item), ","), separatorString); }
 
 std::string listText(const Value& value) {
@@ -76,8 +76,8 @@ bool isValueOfLeaf(const Value& value) {
     return list ? std::all_of(list->begin(), list->end(), isSingle) : isSingle(value);
 }
 
-/// What is known of the words between the nodes of a list: whether nodes and words alternate and every word is "and" or
-/// "or", and whether all of them are the same one.
+/// Describes the words between the nodes of a list: whether nodes and words alternate and each word is "and" or "or",
+/// and whether all words are the same.
 struct Connectors {
     bool isWellFormed = true;
     bool areAllTheSame = true;
@@ -202,14 +202,14 @@ void CustomViewOfflineQueryParser::updateOfflineQueryPlaceholder(const CustomVie
         if (i % 2 == 1)
             offlineQueryPlaceholder += " " + items[i] + " ";
         else
-            appendHole(items[i]);
+            appendPlaceholder(items[i]);
     }
 }
 
-void CustomViewOfflineQueryParser::appendHole(const std::string& text) {
+void CustomViewOfflineQueryParser::appendPlaceholder(const std::string& text) {
     require(text.find(CustomViewOfflineQuery::replaceSeparator) == std::string::npos);
-    auto hole = "{" + std::to_string(placeholderCount) + "}";
-    offlineQueryPlaceholder += placeholderCount % 2 == 0 ? hole : "'" + hole + "'";
+    auto placeholder = "{" + std::to_string(placeholderCount) + "}";
+    offlineQueryPlaceholder += placeholderCount % 2 == 0 ? placeholder : "'" + placeholder + "'";
     if (placeholderCount > 0) offlineQueryReplaceInfo += CustomViewOfflineQuery::replaceSeparator;
     offlineQueryReplaceInfo += text;
     ++placeholderCount;

@@ -11,7 +11,7 @@
 
 namespace tarvo {
 
-/// One leaf of the tree of criteria that the server gives for a view.
+/// One leaf of the criteria tree that the server sends for a view.
 struct CustomViewCriteria {
     std::string fieldName;  ///< API name of the field
     Value value;
@@ -19,37 +19,37 @@ struct CustomViewCriteria {
     std::optional<std::string> moduleName;
 };
 
-/// A leaf lacks what it cannot do without, or has it in another type; the text says which.
+/// A mandatory member of a leaf is missing or has the wrong type. The text says which one.
 struct CustomViewOfflineParserError {
     std::string mandatoryColumnNotFoundOrNil;
 };
 
-/// A compiled view: a condition with numbered holes, and what fills them.
+/// A compiled view: a condition with numbered placeholders, and the texts that fill them.
 struct CustomViewOfflineQuery {
-    /// Joins the texts of the holes. It occurs in no name and in no value; a leaf that has it cannot run here.
+    /// Separates the texts of the placeholders. A leaf that contains it cannot be run locally.
     static constexpr std::string_view replaceSeparator = "\xE0\xAE\x83\xE0\xAF\x80";
 
     std::string placeholder;
     std::string replaceInfo;
     std::optional<std::vector<std::string>> moduleList;  ///< the modules that the criteria name, if they name any
-    /// False for criteria that only the server can judge: comparators that this version does not know, ranges, pieces
-    /// that are no criteria, and trees beyond what SQLite takes.
+    /// False for criteria that only the server can evaluate: unknown comparators, ranges, parts that are not criteria,
+    /// and trees beyond SQLite's limits.
     bool isRunnable = true;
 };
 
-/// Turns a leaf into the alternation of hole text, SQL word, hole text and so on.
+/// Turns a leaf into alternating placeholder texts and SQL words.
 struct CriteriaParser {
-    /// Empty for a comparator that is not known, which is logged.
+    /// Returns an empty list for an unknown comparator, which is logged.
     static std::vector<std::string> getPlaceholderAndReplaceInfo(const CustomViewCriteria& criteria);
-    /// The items of a list as texts; the pieces of any other value between commas, without empty ones. A value without
-    /// any stands for the empty text.
+    /// Returns the items of a list as texts. Any other value is split at its commas, and empty pieces are left out. The
+    /// result is one empty text if nothing is left.
     static std::vector<std::string> getValuesAsArray(const Value& value);
 };
 
-/// Turns a tree of criteria into a template. A leaf is a map with "field", "comparator", "value" and maybe "module"; a
-/// list holds nodes and between them the words that connect them. For one tree, on one thread.
+/// Compiles a tree of criteria into a template. A leaf is a map with "field", "comparator", "value" and an optional
+/// "module"; a list holds nodes and, between them, the words that connect them. Use one parser per tree, on one thread.
 ///
-/// The columns are filled in at the time of a query, so that a stored view follows the naming in force.
+/// Columns are filled in when a query is made, so that a stored view follows the naming in force.
 class CustomViewOfflineQueryParser {
 public:
     std::string offlineQueryPlaceholder;
@@ -57,18 +57,18 @@ public:
     int placeholderCount = 0;
     std::set<std::string> modulesMap;
 
-    /// The whole tree of a view. Nothing when a leaf lacks its field, value or comparator; null criteria give the empty
-    /// query, which is the view of all records.
+    /// Compiles the whole tree of a view. Returns nullopt if a leaf lacks its field, value or comparator. Null criteria
+    /// give the empty query, which selects all records.
     static std::optional<CustomViewOfflineQuery> compile(const Value& criteria);
 
-    /// Appends a node. False when a leaf lacks its field, value or comparator.
+    /// Appends a node. Returns false if a leaf lacks its field, value or comparator.
     bool formOfflineQuery(const Value& node);
 
-    /// The leaf in a map.
+    /// Reads a leaf from a map.
     static Result<CustomViewCriteria, CustomViewOfflineParserError> getCriteria(const ValueMap& map);
 
 private:
-    /// How far down a node stands: in parentheses, and in the tree of the expression that SQLite makes of the text.
+    /// The depth of a node: in parentheses, and in the expression tree that SQLite builds from the text.
     struct Depth {
         int parentheses = 0;
         int expression = 0;
@@ -77,7 +77,7 @@ private:
     bool appendList(const ValueList& list, Depth depth);
     bool appendLeaf(const ValueMap& map, Depth depth);
     void updateOfflineQueryPlaceholder(const CustomViewCriteria& criteria, Depth depth);
-    void appendHole(const std::string& text);
+    void appendPlaceholder(const std::string& text);
     void updateModuleList(const CustomViewCriteria& criteria);
     void require(bool holds) { isRunnable_ = isRunnable_ && holds; }
 

@@ -20,11 +20,11 @@ namespace {
 
 using Error = CustomViewQueryError;
 
-// SQLite takes statements of a million bytes; the rest is left for what stands around the condition.
+// SQLite accepts statements of a million bytes. The rest is left for the statement around the condition.
 constexpr std::size_t maxCondition = 900000;
 constexpr std::string_view convertedColumn = "CONVERTED";
 
-/// What a pair of holes is filled with.
+/// The field and the value that fill a pair of placeholders.
 struct Pair {
     const FieldMetadata* field = nullptr;
     std::string column;
@@ -32,12 +32,12 @@ struct Pair {
 };
 
 std::string_view separatorOfPieces() {
-    // The server's own pieces were joined as a list of names is.
+    // The server joins the pieces of its own templates with commas.
     if (CommonConfigration::sharedInstance().serverCVCriteria.get()) return ",";
     return CustomViewOfflineQuery::replaceSeparator;
 }
 
-/// Names and values in turn. A value may be empty; a name may not, so an empty piece in its place is none.
+/// Returns names and values in turn. A value may be empty. A name may not, so an empty piece in its place is dropped.
 std::vector<std::string> piecesOf(const std::string& replaceInfo) {
     std::vector<std::string> pieces;
     for (auto& piece : text::split(replaceInfo, separatorOfPieces()))
@@ -70,8 +70,8 @@ Result<std::vector<Pair>, Error> pairsOf(const std::vector<std::string>& pieces,
 
 bool isNumber(const std::string& text) { return text::toReal(text).has_value(); }
 
-/// Whether a column holds numbers, be it as texts. A moment that the server left empty is a text among the seconds, and
-/// as such would stand above them all.
+/// Returns whether a column holds numbers, possibly as texts. Dates count, because a date that the server left empty is
+/// an empty text, which would compare greater than all seconds.
 bool isNumberField(const FieldMetadata& field) {
     return isNumeric(field.fieldType) || field.fieldType == FieldDataType::bigInt || isDate(field.fieldType);
 }
@@ -87,7 +87,7 @@ std::string like(const Pair& pair, bool isNegated) {
     using Where = Criteria::StringCriteria;
     std::string_view value = pair.value;
     bool atStart = value.starts_with('%') && value.size() > 1, atEnd = value.ends_with('%');
-    // A pattern without signs is a value that only the server knows: it matches itself.
+    // A pattern without wildcards is a value that only the server knows. It matches itself.
     if (!atStart && !atEnd) return pair.column + (isNegated ? " not like " : " like ") + kelva::literal(value);
     if (atStart) value.remove_prefix(1);
     if (atEnd) value.remove_suffix(1);
@@ -114,41 +114,41 @@ std::string leaf(const Pair& pair, CustomViewComparator comparator) {
     return comparison(pair, op);
 }
 
-/// Goes through a template once, so that what fills a hole is never taken for a hole.
-class Filling {
+/// Fills a template in one pass, so that a text that fills a placeholder is never taken for a placeholder.
+class TemplateFiller {
 public:
-    Filling(std::string_view text, const std::vector<Pair>& pairs) : text_(text), pairs_(pairs) {}
+    TemplateFiller(std::string_view text, const std::vector<Pair>& pairs) : text_(text), pairs_(pairs) {}
 
     Result<std::string, Error> run() {
         while (at_ < text_.size() && !failed_)
-            if (!takeLeaf() && !takeHole()) takeCharacter();
+            if (!takeLeaf() && !takePlaceholder()) takeCharacter();
         if (failed_ || condition_.size() > maxCondition) return Error::offlineNotSupported();
         return std::move(condition_);
     }
 
 private:
-    struct Hole {
+    struct Placeholder {
         std::size_t number;
         std::size_t end;
     };
-    std::optional<Hole> holeAt(std::size_t from) const {
+    std::optional<Placeholder> placeholderAt(std::size_t from) const {
         if (from >= text_.size() || text_[from] != '{') return std::nullopt;
-        Hole hole{};
+        Placeholder placeholder{};
         auto first = text_.data() + from + 1, last = text_.data() + text_.size();
-        auto [end, error] = std::from_chars(first, last, hole.number);
+        auto [end, error] = std::from_chars(first, last, placeholder.number);
         if (error != std::errc() || end == first || end == last || *end != '}') return std::nullopt;
-        hole.end = static_cast<std::size_t>(end - text_.data()) + 1;
-        return hole;
+        placeholder.end = static_cast<std::size_t>(end - text_.data()) + 1;
+        return placeholder;
     }
 
-    /// "{0} = '{1}'" as a whole: what the operator is decides how the value is written.
+    /// Takes "{0} = '{1}'" as a whole, since the operator decides how the value is written.
     bool takeLeaf() {
-        auto column = isInText_ ? std::nullopt : holeAt(at_);
+        auto column = isInText_ ? std::nullopt : placeholderAt(at_);
         if (!column || column->number % 2 == 1 || column->number / 2 >= pairs_.size()) return false;
         for (auto& comparator : EnumCases<CustomViewComparator>::cases) {
             auto op = " " + std::string(getEquivalentSqlComparator(comparator.value)) + " '";
             if (text_.substr(column->end, op.size()) != op) continue;
-            auto value = holeAt(column->end + op.size());
+            auto value = placeholderAt(column->end + op.size());
             if (!value || value->number != column->number + 1 || text_.substr(value->end, 1) != "'") return false;
             condition_ += leaf(pairs_[column->number / 2], comparator.value);
             at_ = value->end + 1;
@@ -157,15 +157,15 @@ private:
         return false;
     }
 
-    /// A hole by itself, in a text that the server made.
-    bool takeHole() {
-        auto hole = holeAt(at_);
-        if (!hole) return false;
-        at_ = hole->end;
-        if (hole->number / 2 >= pairs_.size())
+    /// Takes a placeholder by itself, in a template that the server made.
+    bool takePlaceholder() {
+        auto placeholder = placeholderAt(at_);
+        if (!placeholder) return false;
+        at_ = placeholder->end;
+        if (placeholder->number / 2 >= pairs_.size())
             failed_ = true;
         else
-            fill(pairs_[hole->number / 2], hole->number % 2 == 0);
+            fill(pairs_[placeholder->number / 2], placeholder->number % 2 == 0);
         return true;
     }
 
@@ -173,7 +173,7 @@ private:
         if (isColumn)
             condition_ += pair.column;
         else if (isInText_)
-            // Inside quotes: a literal without its own.
+            // The template has the quotes already.
             appendInText(pair.value);
         else if (isListText(pair.value))
             condition_ += list(std::string_view(pair.value).substr(1, pair.value.size() - 2));
@@ -182,7 +182,7 @@ private:
     }
 
     void appendInText(const std::string& value) {
-        // A NUL would end the statement, and inside a text there is no way to write one.
+        // A NUL would end the statement, and a quoted text cannot contain an escaped one.
         if (value.find('\0') != std::string::npos) failed_ = true;
         for (char c : value) condition_.append(c == '\'' ? 2 : 1, c);
     }
@@ -210,7 +210,7 @@ Result<std::string, CustomViewQueryError> CustomViewQueryFormation::getWhereCond
     if (pieces.size() < 2) return Condition::success("");
     auto pairs = pairsOf(pieces, fieldList);
     if (!pairs) return pairs.error();
-    return Filling(customView.offlineQuery, *pairs).run();
+    return TemplateFiller(customView.offlineQuery, *pairs).run();
 }
 
 }  // namespace tarvo

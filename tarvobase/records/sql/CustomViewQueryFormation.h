@@ -10,11 +10,11 @@ namespace tarvo {
 struct CustomView;
 class FieldList;
 
-/// Why a view cannot be answered from the local tables.
+/// The reason why a view cannot be evaluated on the local tables.
 struct CustomViewQueryError {
     enum class Case {
         metadataNotFound,    ///< the module has no field of this name
-        offlineNotSupported  ///< only the server can judge the view
+        offlineNotSupported  ///< only the server can evaluate the view
     };
     Case which = Case::offlineNotSupported;
     std::string fieldAPI;  ///< the field that is missing
@@ -36,8 +36,8 @@ struct EnumCases<CustomViewQueryError::Case> {
 
 /// Fills the template of a stored view with columns and values.
 struct CustomViewQueryFormation {
-    /// The condition of a view on the record table of its module, for a where-clause; empty for the view of all
-    /// records.
+    /// Returns the condition of a view on the record table of its module, for a where-clause. It is empty for the view
+    /// of all records.
     static Result<std::string, CustomViewQueryError> getWhereCondition(const CustomView& customView,
                                                                        const FieldList& fieldList);
 };

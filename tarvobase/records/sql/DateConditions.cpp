@@ -7,10 +7,10 @@ namespace tarvo {
 
 namespace {
 
-// Enough for any list, and no product of it leaves the calendar of SQLite.
+// Enough for any list, and small enough that no computed date leaves SQLite's calendar.
 constexpr std::int64_t maxUnits = 100000;
 
-/// A span of time of a column: from the first moment on, before the second.
+/// Writes conditions on the local time of a column. Spans include their first moment and exclude their end.
 class Span {
 public:
     explicit Span(const std::string& column) : column_("datetime(" + column + ", 'unixepoch', 'localtime')") {}
@@ -116,7 +116,7 @@ std::optional<std::string> dateCondition(const std::string& column, DateFilterTy
             return span.between(startOfDay(), startOfDay("+1"));
         case D::yesterday:
             return span.between(startOfDay("-1"), startOfDay());
-        // Weeks keep the time of day of the moment, as the server's own do.
+        // Weeks begin at the current time of day, as the server's weeks do.
         case D::thisWeek:
             return span.between(now("'-6 days', 'weekday 0'"), now("'weekday 6'"));
         case D::lastWeek:

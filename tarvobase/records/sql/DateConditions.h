@@ -8,12 +8,12 @@
 
 namespace tarvo {
 
-/// The condition of a date filter on a column that holds seconds since 1970, in local time. It goes by the moment at
-/// which it runs, so that "today" stays right for as long as a text is kept. Nothing for inputs that are missing or
-/// cannot be read.
+/// Returns the condition of a date filter on a column that holds seconds since 1970. Days are those of the local time
+/// zone. "Today" and its like are evaluated when the statement runs, so the text never becomes stale. Returns nullopt
+/// if an input is missing or cannot be read.
 std::optional<std::string> dateCondition(const std::string& column, DateFilterTypes type,
                                          const std::vector<std::string>& inputs);
-/// The same to the second.
+/// The same for filters that are exact to the second.
 std::optional<std::string> dateCondition(const std::string& column, DateTimeFilterTypes type,
                                          const std::vector<std::string>& inputs);
 

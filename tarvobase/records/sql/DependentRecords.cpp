@@ -19,7 +19,7 @@ namespace tarvo {
 
 namespace {
 
-/// The column of a dependent row that holds the id of the record it hangs on.
+/// The column of a dependent row that holds the id of its parent record.
 constexpr std::string_view parentColumn = "record_id";
 constexpr std::string_view tagList = "Tag";
 
@@ -45,7 +45,7 @@ const Rule* ruleOf(std::string_view module) {
 
 bool isParentColumn(std::string_view name) { return text::equalsIgnoringAsciiCase(name, parentColumn); }
 
-/// SQLite takes names in any case of letters for one column, and a row names each once.
+/// Sets the parent column. SQLite ignores the case of column names, and a row must name each column only once.
 void setParent(ValueMap& row, const std::string& id) {
     std::vector<std::string> same;
     for (auto& entry : row)
@@ -54,7 +54,7 @@ void setParent(ValueMap& row, const std::string& id) {
     row.set(parentColumn, id);
 }
 
-/// One row for each tag of records, read where the tags lie. The lists and the name must outlive it.
+/// One row per tag of each record, read in place. The lists and the name must outlive it.
 class TagRows final : public RowSource {
 public:
     TagRows(const std::vector<NestedRecords>& lists, const std::string& moduleName) : moduleName_(moduleName) {
@@ -85,8 +85,8 @@ void DependentRecords::store(const FieldList& fields, const Lists& lists) const 
     auto& moduleName = fields.moduleName();
     auto rule = ruleOf(moduleName);
     if (rule) storeRows(lists(rule->wireName), std::string(rule->dependentModule), true);
-    bool isOfNotes = moduleName == rawText(ModuleIdentifier::Case::notes);
-    if (isOfNotes)
+    bool isNotesModule = moduleName == rawText(ModuleIdentifier::Case::notes);
+    if (isNotesModule)
         storeRows(lists(FieldAPIConstant.Notes.attachments), std::string(rawText(ModuleIdentifier::Case::attachments)),
                   false);
     storeSubforms(fields, rule ? rule->wireName : std::string_view(), lists);
@@ -108,7 +108,8 @@ void DependentRecords::storeRows(const std::vector<NestedRecords>& lists, const 
     TableAccess(databaseAdapter_, RecordUtil::getTableName(moduleName)).storeAccepted(MapRowSource(rows));
 }
 
-/// A subform names its module by API name. Its rows go there when that module has a table.
+/// Stores the rows of subforms. A subform names its module by API name; its rows are stored if that module has a
+/// table.
 void DependentRecords::storeSubforms(const FieldList& fields, std::string_view exceptWireName,
                                      const Lists& lists) const {
     for (auto field : fields.getFields(FieldDataType::subform)) {
@@ -134,8 +135,8 @@ void DependentRecords::storeTags(const std::vector<NestedRecords>& lists, const 
     std::sort(recordIds.begin(), recordIds.end());
     recordIds.erase(std::unique(recordIds.begin(), recordIds.end()), recordIds.end());
 
-    // The server's key of this table begins with the tag. Without an index of ours every page of a download would look
-    // through the tags of all pages before it.
+    // The server's key of this table begins with the tag. Without our own index, every page of a download would scan
+    // the tags of all pages before it.
     std::string tableName(columns.tableName);
     DeleteQuery former(tableName, columnIn(columns.recordId, recordIds));
     databaseAdapter_->execute({{"CREATE INDEX IF NOT EXISTS tarvo_tags_of_records ON " + tableName + " (" +

@@ -14,24 +14,25 @@ namespace tarvo {
 class DatabaseAdapter;
 class GetFieldListDM;
 
-/// The records that stand in a list of another, as wire dictionaries.
+/// The records in a list of another record, as wire dictionaries.
 struct NestedRecords {
     std::string parentId;
     std::vector<ValueMap> records;
 };
 
-/// Keeps the rows that hang on records in step: participants, product and price lines, comments, attachments of notes,
-/// rows of subforms, tags. Rows that the server no longer sends stay; of the tags those of the named records go first.
+/// Stores the rows that belong to records: participants, product and price lines, comments, attachments of notes, rows
+/// of subforms, and tags. Rows that the server no longer sends are kept, except for tags, which are replaced per
+/// record.
 class DependentRecords {
 public:
-    /// The lists under a name of the wire, one for each record that has such a list, the empty ones included.
+    /// Returns the lists under a wire name: one per record that has such a list, empty ones included.
     using Lists = std::function<std::vector<NestedRecords>(std::string_view wireName)>;
 
     /// Both must outlive the object.
     DependentRecords(const std::shared_ptr<DatabaseAdapter>& databaseAdapter, const GetFieldListDM& fieldLists)
         : databaseAdapter_(databaseAdapter), fieldLists_(fieldLists) {}
 
-    /// Stores what hangs on records of the module that the fields are of.
+    /// Stores the dependent rows of records of the module to which `fields` belongs.
     void store(const FieldList& fields, const Lists& lists) const;
 
 private:

@@ -12,7 +12,7 @@ namespace tarvo {
 
 class Record;
 
-/// Columns of the tables that hold which records a view has, one table a module.
+/// Columns of the tables that map views to their records. There is one table per module.
 struct CVRecordMapDatabaseConstants {
     static constexpr std::string_view tableNameSuffix = "_CUSTOM_VIEW_RECORDS";
     std::string_view criteriaId = "cv_id";
@@ -20,10 +20,10 @@ struct CVRecordMapDatabaseConstants {
     std::string_view moduleName = "module_name";
 };
 
-/// The store of the records that the server gave for views. From any thread.
+/// Stores which records the server returned for views. May be called from any thread.
 class FilterRecordMapPersistanceDelegate : public virtual platform::Object {
 public:
-    /// Adds records to a view; those without an id are left out.
+    /// Adds records to a view. Records without an id are left out.
     virtual void store(const std::vector<ValueMap>& records, const std::string& cvId,
                        const std::string& moduleName) = 0;
     virtual void store(const std::vector<Record>& records, const std::string& cvId, const std::string& moduleName) = 0;
@@ -31,15 +31,15 @@ public:
     virtual std::string getTableName(const std::string& moduleName) = 0;
     virtual void delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                          const std::string& moduleName) = 0;
-    /// Forgets all records of a view.
+    /// Removes all records of a view from the map.
     virtual void delete_(const std::string& cvId, const std::string& moduleName) = 0;
-    /// The condition on a record table that a record belongs to the view. SQLite reads the view's records from the map
-    /// and looks each up in the record table: the quick way for few records.
+    /// Returns the condition on a record table that a record belongs to the view. SQLite reads the view's records from
+    /// the map and looks each one up in the record table, which is quick for few records.
     virtual Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) = 0;
-    /// The same condition, asked of one row of the record table after the other: the quick way for many records, since
-    /// SQLite may then walk the table in the order that is wanted.
+    /// Returns the same condition in a form that SQLite checks row by row. This is quick for many records, since SQLite
+    /// may then walk the record table in the requested order.
     virtual Criteria getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) = 0;
-    /// Whether the view has more records than this many. False when the database does not answer.
+    /// Returns whether the view has more than `count` records. Returns false if the database cannot be read.
     virtual bool hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) = 0;
 };
 

@@ -15,32 +15,32 @@ using Inputs = std::vector<std::string>;
 
 constexpr std::string_view numberOperators[] = {" = ", " != ", " > ", " >= ", " < ", " <= "};
 
-std::string_view withoutOuterSpaces(std::string_view text) {
+std::string_view trimmedOfSpaces(std::string_view text) {
     auto first = text.find_first_not_of(' ');
     if (first == std::string_view::npos) return {};
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-/// Takes the two characters away that stand around a text, if both do.
+/// Removes the two characters that enclose a text, if both are there.
 bool unwrap(std::string_view& text, char open, char close) {
     if (text.size() < 2 || text.front() != open || text.back() != close) return false;
     text = text.substr(1, text.size() - 2);
     return true;
 }
 
-/// The texts in `["a", "b"]`, with or without the blank behind the comma; any other text is one, by itself. Quotes that
-/// are not those of an item belong to the text.
+/// Returns the texts of `["a", "b"]`, with or without a space after the comma. Any other text is a single item. Quotes
+/// inside an item belong to it.
 std::vector<std::string> itemsOf(const std::string& input) {
     auto text = text::join(text::split(input, separatorString), ",");
-    auto rest = withoutOuterSpaces(text);
+    auto rest = trimmedOfSpaces(text);
     unwrap(rest, '[', ']');
-    rest = withoutOuterSpaces(rest);
+    rest = trimmedOfSpaces(rest);
     if (!unwrap(rest, '"', '"')) return {std::string(rest)};
     std::vector<std::string> items;
     for (std::size_t at = 0; at <= rest.size();) {
         auto end = std::min(rest.find("\",\"", at), rest.find("\", \"", at));
         if (end == std::string_view::npos) end = rest.size();
-        items.emplace_back(withoutOuterSpaces(rest.substr(at, end - at)));
+        items.emplace_back(trimmedOfSpaces(rest.substr(at, end - at)));
         at = end + (rest.substr(end).starts_with("\",\"") ? 3 : 4);
     }
     return items;
@@ -59,8 +59,8 @@ std::optional<std::string> condition(const std::string& column, CommonFilterType
 std::optional<std::string> condition(const std::string& column, NumberFilterTypes type, const Inputs& inputs) {
     if (inputs.empty()) return std::nullopt;
     auto op = numberOperators[static_cast<std::size_t>(type)];
-    std::string number(withoutOuterSpaces(inputs.front()));
-    // What is no number is compared as a text.
+    std::string number(trimmedOfSpaces(inputs.front()));
+    // An input that is not a number is compared as a text.
     if (!text::toReal(number)) return std::string(column).append(op).append(kelva::literal(inputs.front()));
     return sql_conditions::number(column).append(op).append(number);
 }

@@ -8,11 +8,11 @@
 
 namespace tarvo {
 
-/// Column filters as where-texts over a record table. A filter that lacks a value it needs, or has one that cannot be
-/// read, gives no text, which is logged for dates. Stateless, from any thread.
+/// Converts column filters to conditions on a record table. A filter that lacks a value it needs, or whose value cannot
+/// be read, gives no condition; for dates this is logged. Stateless, may be called from any thread.
 struct FilterToWhereConverter {
-    /// All filters that give text, joined by AND in parentheses; nothing when none does. With a module the columns are
-    /// qualified by its record table.
+    /// Returns the conditions of all filters, joined by AND in parentheses, or nullopt if no filter gives one. With a
+    /// module, the columns are qualified by its record table.
     static std::optional<std::string> getWhereStatement(const std::vector<ColumnFilter>& filters,
                                                         const std::optional<std::string>& moduleName = std::nullopt);
     static std::optional<std::string> getWhereStatement(const ColumnFilter& filter,

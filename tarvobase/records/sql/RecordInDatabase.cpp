@@ -24,25 +24,25 @@ using Names = RecordPersistanceDelegate::Names;
 
 std::string idColumn(const FieldIdentifier& naming) { return std::string(naming.constant->id); }
 
-/// The id of a row that may be stored under it: a text that is not empty.
+/// Returns the id of a row if it is a text that is not empty, and null otherwise.
 const std::string* usableId(const ValueMap& row, std::string_view identifier) {
     auto id = row.find(identifier);
     return id && id->asText() && !id->asText()->empty() ? id->asText() : nullptr;
 }
 
-void noteLeftOut(std::size_t count, const std::string& moduleName) {
+void logLeftOut(std::size_t count, const std::string& moduleName) {
     if (count > 0)
         platform::log(platform::LogLevel::warning, "records",
                       "records of " + moduleName + " without an id were left out: " + std::to_string(count));
 }
 
-/// Records of a list of wire dictionaries on their way into the table, those without an id left out.
-struct RowsOfWire {
+/// The rows of wire dictionaries in the form of the table. Records without an id are left out.
+struct WireRows {
     std::vector<ValueMap> rows;
     std::vector<const ValueMap*> wire;
     Names ids;
 
-    RowsOfWire(const std::vector<ValueMap>& wireRecords, const FieldList& fields) {
+    WireRows(const std::vector<ValueMap>& wireRecords, const FieldList& fields) {
         RecordConversion conversion(fields);
         auto identifier = RecordUtil::getIdentifierFieldName(fields.moduleName(), fields.naming());
         for (auto& record : wireRecords) {
@@ -77,7 +77,7 @@ std::vector<NestedRecords> nestedRecords(const RecordPage& page, std::string_vie
     return nested;
 }
 
-/// The condition of a view; none when it cannot be judged here.
+/// Returns the condition of a view, or an empty text if the view cannot be evaluated locally.
 std::string conditionOf(const CustomView& customView, const FieldList& fields) {
     auto condition = CustomViewQueryFormation::getWhereCondition(customView, fields);
     if (condition) return condition.value();
@@ -119,10 +119,10 @@ Names columnsOf(const std::vector<Term>& terms) {
 
 }  // namespace
 
-/// What is read of the records that a condition holds for.
+/// The columns, the order and the range of a read.
 struct RecordInDatabase::Selection {
     std::optional<Names> columnsToFetch{};
-    RecordQueries::Others others = RecordQueries::Others::areDropped;
+    RecordQueries::UnknownNames unknownNames = RecordQueries::UnknownNames::drop;
     std::vector<SortDescriptor> order{};
     Names sortColumns{};
     std::optional<std::int64_t> from{};
@@ -157,8 +157,8 @@ void RecordInDatabase::storeRecord(const ValueMap& wireRecord, const std::string
 void RecordInDatabase::storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) {
     auto fields = fieldsOf(moduleName);
     if (!fields) return;
-    RowsOfWire records(wireRecords, *fields);
-    noteLeftOut(wireRecords.size() - records.rows.size(), moduleName);
+    WireRows records(wireRecords, *fields);
+    logLeftOut(wireRecords.size() - records.rows.size(), moduleName);
     DependentRecords(databaseAdapter_, *fieldLists_).store(*fields, [&](std::string_view wireName) {
         return records.nestedRecords(wireName);
     });
@@ -169,7 +169,7 @@ Names RecordInDatabase::storeRecord(const WireRecords& wireRecords, const std::s
     auto fields = fieldsOf(moduleName);
     if (!fields) return {};
     RecordPage page(wireRecords.document, wireRecords.list, *fields);
-    noteLeftOut(page.leftOut(), moduleName);
+    logLeftOut(page.leftOut(), moduleName);
     DependentRecords(databaseAdapter_, *fieldLists_).store(*fields, [&](std::string_view wireName) {
         return nestedRecords(page, wireName);
     });
@@ -179,7 +179,7 @@ Names RecordInDatabase::storeRecord(const WireRecords& wireRecords, const std::s
     return store(page, ids, moduleName);
 }
 
-/// Gives the ids that are stored.
+/// Returns the ids of the rows that are stored.
 Names RecordInDatabase::store(const RowSource& rows, const Names& ids, const std::string& moduleName) const {
     auto refused = tableOf(moduleName).storeAccepted(rows);
     if (!refused) return {};
@@ -207,17 +207,17 @@ void RecordInDatabase::updateRecord(const Record& record, const std::string& rec
     auto id = idColumn(naming);
     if (!databaseAdapter_ || record.recordId() == recordID) return table.update(std::move(row), columnIs(id, recordID));
 
-    // The record may have come under its new id already. That row gives way, or the old one could never take the id.
+    // A row with the new id may exist already. It is deleted first, or the old row could never take that id.
     auto name = kelva::quotedName(table.tableName());
     auto isThere = Criteria::exists("SELECT 1 FROM " + name + " WHERE " + id + " = ?", {recordID});
-    DeleteQuery giveWay(name, Criteria::and_({columnIs(id, record.recordId()), isThere}));
+    DeleteQuery deleteFormer(name, Criteria::and_({columnIs(id, record.recordId()), isThere}));
     UpdateQuery update(name, ValueMap());
     auto columns = table.columns();
     for (auto& entry : row)
         if (table.has(std::string(entry.name), columns))
             update.columnValues.set(kelva::quotedName(entry.name), entry.value);
     update.filter(columnIs(id, recordID));
-    databaseAdapter_->execute({giveWay, update});
+    databaseAdapter_->execute({deleteFormer, update});
 }
 
 void RecordInDatabase::modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) {
@@ -263,7 +263,7 @@ RecordInDatabase::Records RecordInDatabase::fetch(const FieldList& fields, std::
                                                   Selection selection) const {
     auto table = tableOf(fields.moduleName());
     FetchQuery query(kelva::quotedName(table.tableName()));
-    auto columns = RecordQueries::getColumns(selection.columnsToFetch, fields, selection.others);
+    auto columns = RecordQueries::getColumns(selection.columnsToFetch, fields, selection.unknownNames);
     query.columns = RecordQueries::selectList(columns, table);
     if (selection.columnsToFetch)
         for (auto& column : RecordQueries::defaultColumns(columns, fields, selection.sortColumns))
@@ -287,7 +287,7 @@ std::vector<Record> RecordInDatabase::recordsOf(const Rows& rows, const FieldLis
 }
 
 Names RecordInDatabase::getColumnNameList(const std::optional<Names>& columns, const ModuleInfo& moduleInfo) {
-    return RecordQueries::getColumns(columns, moduleInfo.metadata, RecordQueries::Others::stay);
+    return RecordQueries::getColumns(columns, moduleInfo.metadata, RecordQueries::UnknownNames::keep);
 }
 
 RecordInDatabase::Records RecordInDatabase::fetchRecords(const std::string& moduleName,
@@ -334,7 +334,7 @@ RecordInDatabase::Records RecordInDatabase::fetchRecords(const RecordQuery& quer
 
 RecordInDatabase::Records RecordInDatabase::getRecords(const ViewRecordQuery& query) {
     Selection selection{.columnsToFetch = query.columns,
-                        .others = RecordQueries::Others::stay,
+                        .unknownNames = RecordQueries::UnknownNames::keep,
                         .from = query.from,
                         .limit = query.limit};
     if (query.sortBy) {

@@ -14,13 +14,13 @@ class DatabaseAdapter;
 class GetFieldListDM;
 class TableAccess;
 
-/// The record tables. Their shape is the server's: one table a module, with the columns that its fields name. Columns
-/// that a table lacks are left out of writes, have no value in reads, and are logged once. Keeps nothing between calls;
-/// the fields of a module are read on each call, but for the operations that are given them.
+/// The record tables. The server defines them: one table per module, with the columns that its fields name. Columns
+/// that a table lacks are left out of writes, have no value in reads, and are logged once. The class keeps no state
+/// between calls. Operations that are not given the fields of the module read them on each call.
 class RecordInDatabase : public RecordPersistanceDelegate {
 public:
     RecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::shared_ptr<GetFieldListDM> fieldLists);
-    /// Over the tables of an adapter.
+    /// Makes a store over the tables of an adapter.
     static std::shared_ptr<RecordInDatabase> make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter);
 
     void storeRecord(const ValueMap& wireRecord, const std::string& moduleName) override;
@@ -50,13 +50,13 @@ public:
     void deleteRecords(const Names& recordIds, const std::string& moduleName) override;
     void deleteRecords(const std::string& moduleName, const Criteria& criteria) override;
 
-    // For callers that have the fields already. Wire dictionaries are stored as they stand but for dates, which become
-    // seconds, and lookups of several records, whose ids get a key of their own.
+    // For callers that have the fields already. Wire dictionaries are stored unchanged, except that dates become
+    // seconds and the ids of multi-select lookups get a key of their own.
     static std::string getTableName(const ModuleIdentifier& moduleId);
     void saveNetworkRecord(const ValueMap& wireRecord, const ModuleIdentifier& moduleId, const FieldList& metadataList);
     void saveNetworkRecordList(std::vector<ValueMap> wireRecords, const ModuleIdentifier& moduleId,
                                const FieldList& metadataList);
-    /// Database dictionaries as they stand.
+    /// Stores database dictionaries unchanged.
     void saveRecordDictionary(const ValueMap& dictionary, const ModuleIdentifier& moduleId);
     void saveRecordDictionary(const std::vector<ValueMap>& dictionaries, const ModuleIdentifier& moduleId);
     void saveRecord(const Record& record, const ModuleIdentifier& moduleId, const FieldList& metadataList);
@@ -66,11 +66,11 @@ public:
     void modifyRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
                           const FieldList& metadataList);
 
-    /// Columns of a list: those named, or all of the module's fields, with the display texts of lookups and the
-    /// identifier, as the names of the fields. A name without a field stays.
+    /// Returns the columns of a list: the named ones, or those of all the module's fields, with the display texts of
+    /// lookups and the identifier. A name without a field is kept.
     static Names getColumnNameList(const std::optional<Names>& columns, const ModuleInfo& moduleInfo);
-    /// Rows of a module's table as records: those without an identifier are left out, stored ids of attachments become
-    /// a list of texts.
+    /// Returns the rows of a module's table as records. Rows without an identifier are left out, and the stored ids of
+    /// attachments become a list of texts.
     static std::vector<Record> recordsOf(const Rows& rows, const FieldList& fields);
 
 private:

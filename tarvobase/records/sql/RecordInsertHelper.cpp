@@ -2,7 +2,7 @@
 #include "tarvobase/records/wire/RecordConversion.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 
-// The operations of the record tables for callers that have the fields of the module already.
+// Operations on the record tables for callers that have the module's fields already.
 namespace tarvo {
 
 std::string RecordInDatabase::getTableName(const ModuleIdentifier& moduleId) { return moduleId.rawValue() + "Records"; }

@@ -19,21 +19,21 @@ namespace tarvo {
 
 struct ModuleInfo;
 
-/// Which records of a module's table: everything that is told must hold. What is absent asks for nothing.
+/// Selects records of a module's table. All given conditions must hold; an absent one does not restrict the result.
 struct RecordQuery {
     Module module;
     std::optional<CustomView> customView{};
-    std::optional<ValueMap> columnNamesAndValues{};                        ///< a list value: any of its items
-    std::optional<std::map<std::string, std::string>> equalColumnNames{};  ///< columns that are equal to columns
+    std::optional<ValueMap> columnNamesAndValues{};                        ///< a list matches any of its items
+    std::optional<std::map<std::string, std::string>> equalColumnNames{};  ///< pairs of columns with equal values
     std::optional<std::vector<ColumnFilter>> filters{};
     std::optional<std::string> customQuery{};                  ///< a condition in SQL
-    std::optional<std::vector<std::string>> columnsToFetch{};  ///< by identifier; absent: all
+    std::optional<std::vector<std::string>> columnsToFetch{};  ///< by identifier; all if absent
     std::optional<std::vector<Sort<std::string>>> columnsToSortWith{};
-    std::optional<std::int64_t> from{};  ///< rows to pass over; without a limit it reads to the end
+    std::optional<std::int64_t> from{};  ///< rows to skip; without a limit the read goes to the end
     std::optional<std::int64_t> limit{};
 };
 
-/// The same over metadata that the caller has already. The two references must outlive the call.
+/// Selects records by a view and metadata that the caller has already. The two references must outlive the call.
 struct ViewRecordQuery {
     const CustomView& customView;
     const ModuleInfo& moduleInfo;
@@ -44,48 +44,48 @@ struct ViewRecordQuery {
     std::optional<std::int64_t> limit{};
 };
 
-/// The store of the records of all modules. Every operation blocks its caller; from any thread. Nothing throws: a read
-/// is absent when the module has no fields or the database refuses, a write then does nothing, which is logged without
-/// values. Wire dictionaries are what `ModuleParser` gives.
+/// The store of the records of all modules. Operations block their caller and may be called from any thread. They do
+/// not throw. If the module has no fields or the database refuses, a read returns nullopt and a write does nothing;
+/// this is logged without values. Wire dictionaries are those of `ModuleParser`.
 class RecordPersistanceDelegate : public virtual platform::Object {
 public:
     using Records = std::optional<std::vector<Record>>;
     using Names = std::vector<std::string>;
 
-    /// Stores records as the server sent them, with the rows that hang on them (participants, product lines, price
-    /// lines, comments, attachments, tags). A record with a known id is replaced as a whole: columns that it does not
-    /// bring become null. One record that the table refuses never costs the others.
+    /// Stores records as the server sent them, with their dependent rows (participants, product lines, price lines,
+    /// comments, attachments, tags). A record with a known id is replaced as a whole: columns that it does not bring
+    /// become null. A record that the table refuses does not prevent the others from being stored.
     virtual void storeRecord(const ValueMap& wireRecord, const std::string& moduleName) = 0;
     virtual void storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) = 0;
-    /// A page of an answer. Gives the ids that are stored now, in the order of the page; records without a usable id
-    /// are left out.
+    /// Stores a page of an answer. Returns the ids that are stored now, in the order of the page. Records without a
+    /// usable id are left out.
     virtual Names storeRecord(const WireRecords& wireRecords, const std::string& moduleName) = 0;
     virtual void storeRecord(const Record& record, const std::string& moduleName) = 0;
-    /// Writes the record over the row of another id, which is how a temporary id gives way to the server's.
+    /// Writes the record over the row of another id. This is how the server's id replaces a temporary one.
     virtual void updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) = 0;
 
     virtual Records fetchRecords(const std::string& moduleName, const ValueMap& columnNamesAndValues,
                                  const std::optional<Names>& columnsToFetch) = 0;
     virtual std::optional<Record> fetchRecordsFor(const std::string& moduleName, const std::string& recordID,
                                                   const Names& columnsToFetch) = 0;
-    /// With all columns.
+    /// Returns the record with all columns.
     virtual std::optional<Record> fetchRecord(const std::string& moduleName, const std::string& recordID) = 0;
-    /// In no promised order; ids without a row are passed over.
+    /// Returns the records in no particular order. Ids without a row are skipped.
     virtual Records fetchRecords(const std::string& moduleName, const Names& recordIds,
                                  const std::optional<Names>& columnsToFetch = std::nullopt) = 0;
     virtual Records fetchRecords(const RecordQuery& query) = 0;
     virtual Records getRecords(const ViewRecordQuery& query) = 0;
-    /// `columnsToFetch`, the order, `from` and `limit` count for nothing.
+    /// Counts records. `columnsToFetch`, the order, `from` and `limit` are ignored.
     virtual std::optional<std::int64_t> countRecords(const RecordQuery& query) = 0;
     virtual std::optional<std::int64_t> countRecords(const ViewRecordQuery& query) = 0;
 
-    /// Writes what the record brings and leaves its other columns alone. Without an id as text nothing is written.
+    /// Writes the columns that the record brings and leaves the others alone. Writes nothing if the id is not a text.
     virtual void modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) = 0;
     virtual void modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) = 0;
     virtual void modifyRecord(const std::string& moduleName, const Record& record) = 0;
     virtual void modifyRecord(const std::string& moduleName, const std::vector<Record>& records) = 0;
 
-    /// The rows that hang on a record stay.
+    /// Deletes a record and keeps its dependent rows.
     virtual void deleteRecord(const std::string& recordId, const std::string& moduleName) = 0;
     virtual void deleteRecords(const Names& recordIds, const std::string& moduleName) = 0;
     virtual void deleteRecords(const std::string& moduleName, const Criteria& criteria) = 0;

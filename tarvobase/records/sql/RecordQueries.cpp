@@ -21,8 +21,8 @@ void addOnce(Names& names, std::string_view name) {
     if (!text::contains(names, name)) names.emplace_back(name);
 }
 
-/// A value as the columns may hold it: the server's texts stand for numbers and booleans too, and a column without a
-/// type compares a number with a text as different.
+/// Adds the literals by which a column may hold a value. The server also sends numbers and booleans as texts, and a
+/// column without a type treats a number and its text as different.
 void addLiterals(std::vector<std::string>& literals, const Value& value) {
     if (value.isNull() || value.kind() == ValueKind::object) return;
     literals.push_back(kelva::literal(value));
@@ -43,7 +43,7 @@ std::string condition(const std::string& column, const Value& value) {
 SortDescriptor byPlaceInList(const std::string& column, const std::vector<PicklistMetadata>& values) {
     std::string term = "CASE \n";
     for (auto& value : values)
-        // Compares as LIKE does, but percent signs and underscores stand for themselves.
+        // Ignores the case of letters as LIKE does, but percent signs and underscores stand for themselves.
         term += "WHEN " + column + " = " + kelva::literal(value.fieldOptionalValue) + " COLLATE NOCASE THEN " +
                 std::to_string(value.position) + "\n";
     return SortDescriptor::customOrderBy(term + "END \n");
@@ -51,7 +51,7 @@ SortDescriptor byPlaceInList(const std::string& column, const std::vector<Pickli
 
 }  // namespace
 
-Names RecordQueries::getColumns(const std::optional<Names>& names, const FieldList& fields, Others others) {
+Names RecordQueries::getColumns(const std::optional<Names>& names, const FieldList& fields, UnknownNames unknownNames) {
     Names columns;
     auto add = [&](const std::string& name, const FieldMetadata* field) {
         addOnce(columns, name);
@@ -59,7 +59,7 @@ Names RecordQueries::getColumns(const std::optional<Names>& names, const FieldLi
     };
     if (names) {
         for (auto& name : *names)
-            if (auto field = fields.getField(name); field || others == Others::stay) add(name, field);
+            if (auto field = fields.getField(name); field || unknownNames == UnknownNames::keep) add(name, field);
     } else {
         for (auto field : fields.allFields()) add(fields.identifierOf(*field), field);
     }

@@ -14,32 +14,33 @@ namespace tarvo {
 class FieldList;
 class TableAccess;
 
-/// What reads of the record tables ask for, as SQL. Values become literals, so that any text means itself.
+/// Writes reads of the record tables as SQL, piece by piece. Values become literals, so that any text means itself.
 struct RecordQueries {
     using Names = std::vector<std::string>;
 
-    /// The named columns, or those of all fields, with the display texts of lookups and what identifies a record; each
-    /// once. `others` tells what becomes of names without a field.
-    enum class Others { stay, areDropped };
+    /// What happens to names without a field.
+    enum class UnknownNames { keep, drop };
+    /// Returns the named columns, or those of all fields, with the display texts of lookups and the identifier of a
+    /// record, each once.
     static Names getColumns(const std::optional<Names>& names, const FieldList& fields,
-                            Others others = Others::areDropped);
+                            UnknownNames unknownNames = UnknownNames::drop);
 
-    /// Columns as SQL selects them. One that the table lacks is there without a value.
+    /// Returns columns as SQL selects them. A column that the table lacks is selected as NULL.
     static Names selectList(const Names& columns, const TableAccess& table);
-    /// Columns that records of a read by names have besides those, without a value: the row's number and the layout.
-    /// One of the order's columns is read instead, since a column without a value would stand for it there.
+    /// Returns the columns that records have in addition to the requested ones, as NULL: the row's number and the
+    /// layout. A column of the order is read for real, since its NULL would replace the column in the order.
     static Names defaultColumns(const Names& columns, const FieldList& fields, const Names& sortColumns);
 
-    /// All of the values. A list stands for any of its items, a null for an empty column.
+    /// Returns the condition that all values match. A list matches any of its items, a null matches an empty column.
     static std::string getWhereString(const ValueMap& columnValues);
-    /// Columns that are equal to columns.
+    /// Returns the condition that all pairs of columns are equal.
     static std::string getWhereString(const std::map<std::string, std::string>& equalColumns);
 
-    /// The conditions that are not empty, all of which must hold.
+    /// Joins the conditions that are not empty with AND.
     static std::string allOf(const std::vector<std::string>& conditions);
 
-    /// Lookups sort by what they show, picklists by the place of the label in their list and always upwards, numbers as
-    /// numbers. A column without a field and a picklist without values give no term.
+    /// Returns order terms. Lookups sort by their display text, picklists by the place of the label in their list and
+    /// always ascending, numbers as numbers. A column without a field and a picklist without values give no term.
     static std::vector<SortDescriptor> getSortDescriptors(const std::vector<Sort<std::string>>& sorts,
                                                           const FieldList& fields);
 };

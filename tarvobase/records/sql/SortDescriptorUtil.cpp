@@ -17,7 +17,7 @@ namespace {
 
 using kelva::quotedName;
 
-/// The order of one choice, and what it takes to name its sections.
+/// Makes the order of one sort field and the columns that name its sections.
 class SectionSort {
 public:
     SectionSort(const ModuleInfo& module, const SortField& sortField, const FieldMetadata& field,
@@ -57,8 +57,8 @@ private:
     std::string personName() const {
         return "(COALESCE(" + quotedName(firstName()) + ", '') || ' ' || COALESCE(" + quotedName(lastName()) + ", ''))";
     }
-    /// The server decides whether a table keeps the first and the last name of a person. Without them the display text
-    /// is the name.
+    /// Returns whether the table stores the first and the last name of a person, which the server decides. Without them
+    /// the display text is the name.
     bool hasNameParts() const {
         if (!database_) return false;
         auto columns = database_->columnNames(RecordUtil::getTableName(module_.moduleName()));
@@ -74,8 +74,7 @@ private:
         return SortDescriptor({.colName = sectionName(column), .ascending = sortField_.isAscending});
     }
 
-    /// Amounts in different currencies compare in the base currency, whose rate is 1. A module of one currency has no
-    /// rates.
+    /// Compares amounts in the base currency, whose rate is 1. A module with one currency has no rates.
     SortDescriptor byBaseCurrency() const {
         auto rate = std::string(names_.exchangeRate);
         auto term = "CAST(" + quotedName(sortField_.column) + " AS REAL)";

@@ -12,24 +12,24 @@ namespace tarvo {
 class DatabaseAdapter;
 struct ModuleInfo;
 
-/// Behind the name of a column: what a list shows as the header of a section.
+/// Suffix of the column that holds the header of a section.
 inline constexpr std::string_view sectionNameSuffix = "_sectionName";
 
-/// Orders of lists that are shown with section headers.
+/// Makes the orders of lists that are shown with section headers.
 struct SortDescriptorUtil {
-    /// A column to select besides those of the list. Both parts are SQL.
+    /// A column to select in addition to those of the list. Both parts are SQL.
     struct SelectColumn {
         std::string expression;
         std::string name;
         std::string sql() const { return expression + " as " + name; }
     };
-    /// An order, whose terms may refer to the columns by their names.
+    /// An order. Its terms may refer to the columns by their names.
     struct SortList {
         std::vector<SelectColumn> columns;
         std::vector<SortDescriptor> descriptors;
     };
-    /// A column without a field is logged and adds nothing. `database` has the table of the module's records; without
-    /// it the table counts as one that keeps no parts of names.
+    /// Returns the order of `sortFields`. A column without a field is logged and skipped. `database` holds the module's
+    /// record table; without it, the table is assumed not to store parts of names.
     static SortList getSortList(const ModuleInfo& moduleInfo, const std::vector<SortField>& sortFields,
                                 const std::shared_ptr<DatabaseAdapter>& database);
 };

@@ -22,16 +22,16 @@ SortDescriptor getPickListDescriptor(const std::string& column, bool isAscending
     auto null = isAscending ? highest->position + 2 : lowest->position - 2;
     std::string direction = isAscending ? "ASC" : "DESC";
 
-    std::vector<std::string> words{"CASE"};
+    std::vector<std::string> parts{"CASE"};
     for (auto& value : values)
-        // No case of letters matters to the server, so none matters here.
-        words.push_back("WHEN " + column + " = " + kelva::literal(value.fieldActualValue) + " COLLATE NOCASE THEN " +
+        // The server ignores the case of letters here.
+        parts.push_back("WHEN " + column + " = " + kelva::literal(value.fieldActualValue) + " COLLATE NOCASE THEN " +
                         std::to_string(value.position));
-    words.push_back("WHEN " + column + " IS NULL THEN " + std::to_string(null));
-    words.push_back("ELSE " + std::to_string(unknown));
-    words.push_back("END " + direction + ",");
-    words.push_back(column + " " + direction);
-    return SortDescriptor::customOrderBy(text::join(words, " "));
+    parts.push_back("WHEN " + column + " IS NULL THEN " + std::to_string(null));
+    parts.push_back("ELSE " + std::to_string(unknown));
+    parts.push_back("END " + direction + ",");
+    parts.push_back(column + " " + direction);
+    return SortDescriptor::customOrderBy(text::join(parts, " "));
 }
 
 SortDescriptor descriptorFor(const SortField& sortField, const FieldMetadata& field, const FieldList& fieldList) {

@@ -21,7 +21,7 @@ std::string escaped(std::string_view value) {
     return text;
 }
 
-/// LIKE ends at a NUL and refuses long patterns. These say the same of any text.
+/// Returns a condition without LIKE, which ends at a NUL and refuses long patterns. It means the same for any text.
 std::string withoutPattern(const std::string& column, bool isNegated, Where where, std::string_view value) {
     auto text = "lower(" + kelva::literal(value) + ")";
     auto place = "instr(lower(" + column + "), " + text + ")";

@@ -5,19 +5,19 @@
 
 #include "tarvobase/database_layer/Criteria.h"
 
-/// Conditions with values as SQL text, for where-texts without parameters. Columns are given as SQL takes them; values
-/// become literals, so that any text means itself.
+/// Writes conditions without parameters. Columns are passed as SQL; values become literals, so that any text means
+/// itself.
 namespace tarvo::sql_conditions {
 
-/// A column, behind the table when there is one, quoted where the names need it.
+/// Returns a column, qualified by the table unless that is empty, and quoted where a name needs it.
 std::string column(std::string_view table, std::string_view name);
 
-/// Whether a text column contains, begins or ends with a text. ASCII letters are equal in both cases, percent signs and
-/// underscores stand for themselves. Like LIKE, neither form holds for a null.
+/// Returns the condition that a text column contains, begins or ends with a text. The case of ASCII letters is ignored;
+/// percent signs and underscores stand for themselves. As with LIKE, neither form matches a null.
 std::string like(const std::string& column, bool isNegated, Criteria::StringCriteria where, std::string_view value);
 
-/// The column as a number: columns hold the server's texts, which would sort "10" below "9". A null or empty text is
-/// no number.
+/// Returns the column as a number. Columns hold the server's texts, which would sort "10" below "9". A null or empty
+/// text becomes NULL.
 std::string number(const std::string& column);
 
 }  // namespace tarvo::sql_conditions

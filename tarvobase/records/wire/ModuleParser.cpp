@@ -23,12 +23,12 @@ std::string_view suffixOf(wire::Part part) {
     return {};
 }
 
-/// Fills a wire dictionary.
+/// Writes the entries of one record into a wire dictionary.
 template <class Node>
 class WireDictionarySink {
 public:
-    WireDictionarySink(ValueMap& record, bool modifySystemProperties, bool namesOfPeople)
-        : record_(record), modifySystemProperties_(modifySystemProperties), namesOfPeople_(namesOfPeople) {}
+    WireDictionarySink(ValueMap& record, bool modifySystemProperties, bool withPersonNames)
+        : record_(record), modifySystemProperties_(modifySystemProperties), withPersonNames_(withPersonNames) {}
 
     std::string key(std::string_view name) const { return ModuleParser::systemKey(name, modifySystemProperties_); }
     void remove(const std::string& key) { record_.remove(key); }
@@ -39,13 +39,13 @@ public:
         set(key, part, std::move(list));
     }
     void joined(const std::string& key, const std::vector<Node>& texts) {
-        bool noRecords = texts.empty() && wire::holdsRecords(key, modifySystemProperties_);
+        bool noRecords = texts.empty() && wire::isRecordList(key, modifySystemProperties_);
         record_.set(key, noRecords ? Value(ValueList()) : Value(wire::joined(texts)));
     }
     void nested(const std::string& key, const Node& records) {
         std::vector<Node> items;
         records.items(items);
-        auto maps = wire::dictionaries(items, modifySystemProperties_, namesOfPeople_);
+        auto maps = wire::dictionaries(items, modifySystemProperties_, withPersonNames_);
         record_.set(key, ValueList(maps.begin(), maps.end()));
     }
 
@@ -55,7 +55,7 @@ private:
                                   : record_.set(key + std::string(suffixOf(part)), std::move(value));
     }
     ValueMap& record_;
-    bool modifySystemProperties_, namesOfPeople_;
+    bool modifySystemProperties_, withPersonNames_;
 };
 
 std::optional<std::string> moduleOf(std::string_view text) {
@@ -69,13 +69,14 @@ std::optional<std::string> moduleOf(std::string_view text) {
 namespace wire {
 
 template <class Node>
-std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modifySystemProperties, bool namesOfPeople) {
+std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modifySystemProperties,
+                                   bool withPersonNames) {
     std::vector<ValueMap> maps;
     maps.reserve(records.size());
-    RecordReader<Node> reader(namesOfPeople);
+    RecordReader<Node> reader(withPersonNames);
     for (auto& record : records) {
         ValueMap map;
-        WireDictionarySink<Node> sink(map, modifySystemProperties, namesOfPeople);
+        WireDictionarySink<Node> sink(map, modifySystemProperties, withPersonNames);
         if (reader.read(record, sink)) maps.push_back(std::move(map));
     }
     return maps;
@@ -83,14 +84,14 @@ std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modify
 template std::vector<ValueMap> dictionaries(const std::vector<ValueNode>&, bool, bool);
 template std::vector<ValueMap> dictionaries(const std::vector<json::Element>&, bool, bool);
 
-std::array<std::string_view, 6> namesOfRecordLists() {
+std::array<std::string_view, 6> recordListNames() {
     auto& names = FieldAPIConstant;
     return {names.tag,      names.Events.participants, names.PriceBooks.pricingDetails,
             names.comments, names.productDetails,      names.Notes.attachments};
 }
 
-bool holdsRecords(std::string_view key, bool modifySystemProperties) {
-    auto names = namesOfRecordLists();
+bool isRecordList(std::string_view key, bool modifySystemProperties) {
+    auto names = recordListNames();
     return std::any_of(names.begin(), names.end(),
                        [&](auto name) { return key == ModuleParser::systemKey(name, modifySystemProperties); });
 }

@@ -9,22 +9,23 @@
 
 namespace tarvo {
 
-/// What the server's list of records becomes: flat dictionaries of text keys.
+/// The server's list of records as flat dictionaries with text keys.
 struct ParsedRecords {
     std::vector<ValueMap> records;
-    std::optional<std::string> moduleName;  ///< "Leads" or "Accounts" when the module's text holds their stem
+    std::optional<std::string> moduleName;  ///< "Leads" or "Accounts" if the module's name contains their stem
 };
 
-/// Reads the server's form of records: a record is a list of entries, an entry a name, a value and, for a lookup, what
-/// is shown for it. Stateless; from any thread. The host's settings are read once a call.
+/// Parses the server's form of records: a record is a list of entries, and an entry is a name, a value and, for a
+/// lookup, its display text. Stateless, may be called from any thread. The host's settings are read once per call.
 struct ModuleParser {
-    /// Nothing for no list. What is no record, no entry or no usable value is left out, never the rest.
+    /// Returns nullopt if `data` is not a list. Whatever is not a record, an entry or a usable value is left out, and
+    /// the rest is kept.
     static std::optional<ParsedRecords> parseRecord(const Value* data, std::string_view forModule);
     static ParsedRecords parseRecord(const ValueList& data, std::string_view forModule);
 
-    /// A name as the parser writes it: with `CommonConfigration.modifySystemProperties` "$se..." loses its "$", and
-    /// another leading "$" becomes "se_". Names of metadata and literal names go through this before they are compared
-    /// with a wire dictionary's.
+    /// Returns a name as the parser writes it: with `CommonConfigration.modifySystemProperties`, "$se..." loses its
+    /// "$", and any other leading "$" becomes "se_". Pass names of metadata and literal names through this before you
+    /// compare them with the keys of a wire dictionary.
     static std::string systemKey(std::string_view name);
     static std::string systemKey(std::string_view name, bool modifySystemProperties);
 };

@@ -23,13 +23,13 @@ std::string textIn(const ValueMap& map, std::string_view key) {
     return value ? value->textOr("") : "";
 }
 
-/// The ids of attachments as a column holds them.
-Value storedAttachments(const std::vector<std::string>& ids, bool isOfNotes) {
-    if (isOfNotes) return text::join(ids, ",");
+/// Returns the ids of attachments as a column holds them.
+Value storedAttachments(const std::vector<std::string>& ids, bool isNotesModule) {
+    if (isNotesModule) return text::join(ids, ",");
     return Bytes{json::write(Value(ids)).value_or("[]")};
 }
 
-/// A wire dictionary by the slots of a plan.
+/// Reads a wire dictionary by the slots of a plan.
 class DictionarySource {
 public:
     DictionarySource(const RecordPlan& plan, const ValueMap& wire) : plan_(plan), wire_(wire) {}
@@ -51,7 +51,7 @@ private:
     const ValueMap& wire_;
 };
 
-/// Fills a database dictionary, or the same in the form that a table takes.
+/// Writes a database dictionary, or its table form.
 class DatabaseDictionarySink {
 public:
     DatabaseDictionarySink(const RecordPlan& plan, const DictionarySource& source, ValueMap& dictionary, Form form)
@@ -67,7 +67,7 @@ public:
         std::vector<std::string> ids;
         for (auto& map : *source_.value(slot)->asList())
             if (auto id = map.asMap()->find("id"); id && id->asText()) ids.push_back(*id->asText());
-        set(column, storedAttachments(ids, form_ == Form::table && plan_.isOfNotes()));
+        set(column, storedAttachments(ids, form_ == Form::table && plan_.isNotesModule()));
         return true;
     }
     void tags(std::size_t column, std::size_t slot) {
@@ -117,7 +117,7 @@ Value wireBoolean(const ValueView& stored) {
     return {};
 }
 
-/// Null when a value has no wire form.
+/// Returns null if a value has no wire form.
 Value wireValue(FieldDataType type, const ValueView& stored) {
     switch (type) {
         case FieldDataType::boolean:
@@ -157,7 +157,7 @@ std::optional<Record> RecordConversion::toRecord(const ValueMap& wire) const {
 
 ValueMap rowOf(const Record& record, const FieldIdentifier& naming) {
     ValueMap row;
-    bool isOfNotes = record.moduleName() == rawText(ModuleIdentifier::Case::notes);
+    bool isNotesModule = record.moduleName() == rawText(ModuleIdentifier::Case::notes);
     for (std::size_t index = 0; index < record.columnCount(); ++index) {
         auto& column = record.columnName(index);
         auto value = record.value(index).copy();
@@ -166,7 +166,7 @@ ValueMap rowOf(const Record& record, const FieldIdentifier& naming) {
             row.set(column, static_cast<std::int64_t>(tags->tags().size()));
         else if (auto ids =
                      column == naming.constant->attachments ? readAs<std::vector<std::string>>(value) : std::nullopt)
-            row.set(column, storedAttachments(*ids, isOfNotes));
+            row.set(column, storedAttachments(*ids, isNotesModule));
         else if (isListOf(&value, ValueKind::map))
             row.set(column, static_cast<std::int64_t>(value.asList()->size()));
         else

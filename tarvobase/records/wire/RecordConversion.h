@@ -10,12 +10,12 @@ namespace tarvo {
 
 class RecordPlan;
 
-/// A wire dictionary and the database dictionary into each other, by a module's fields. Made once for any number of
-/// records; it keeps the naming and the settings of the host as they stood then. From any thread.
+/// Converts wire dictionaries to database dictionaries by a module's fields. Make it once for any number of records; it
+/// keeps the naming and the host's settings of the time when it was made. May be used from any thread.
 ///
-/// Into the database only what the fields name gets in: dates become whole seconds since 1970, tags a `TagList`, a
-/// note's attachments the JSON bytes of their ids; a lookup's display text goes under its "_LOOKUP" column; everything
-/// else stays as it is. A value that is absent leaves the key out.
+/// Only keys that a field names are converted. Dates become whole seconds since 1970, tags become a `TagList`, and a
+/// note's attachments become the JSON bytes of their ids. A lookup's display text goes under its "_LOOKUP" column.
+/// Everything else stays as it is. An absent value leaves its key out.
 class RecordConversion {
 public:
     explicit RecordConversion(const FieldList& metadata);
@@ -23,36 +23,36 @@ public:
     RecordConversion(RecordConversion&&) noexcept;
 
     ValueMap toDatabaseDictionary(const ValueMap& wire) const;
-    /// The dictionary in the form that a table takes: of lists of dependent records and of tags their number, of the
-    /// attachments of a note their ids joined by ",". What `RecordPage` makes of the same record.
+    /// Returns the dictionary in the form that a table takes, which is what `RecordPage` makes of the same record:
+    /// lists of dependent records and of tags become their number, a note's attachments become their ids joined by ",".
     ValueMap toRow(const ValueMap& wire) const;
-    /// A record of the field list's module; its id is empty when the dictionary has none as text. Nothing for a list
-    /// without fields.
+    /// Returns a record of the field list's module, whose id is empty if the dictionary does not have one as a text.
+    /// Returns nullopt if the field list is empty.
     std::optional<Record> toRecord(const ValueMap& wire) const;
 
 private:
     std::unique_ptr<const RecordPlan> plan_;
 };
 
-/// What a record brings to its table: the columns with a value, in the form of `RecordConversion::toRow`.
+/// Returns the columns of a record that have a value, in the form of `RecordConversion::toRow`.
 ValueMap rowOf(const Record& record, const FieldIdentifier& naming);
 
-/// The ids in a stored attachments column, as a list of texts: of the bytes of such a list and, for notes, of the ids
-/// joined by ",". Nothing for what holds neither.
+/// Returns the ids in a stored attachments column as a list of texts. The column holds the JSON bytes of such a list
+/// or, for notes, the ids joined by ",". Returns nullopt for anything else.
 std::optional<Value> attachmentIds(const ValueView& stored, const std::string& moduleName);
 
-/// The same for one record. For several make a `RecordConversion`.
+/// Convert one record. Make a `RecordConversion` for more than one.
 ValueMap convertRecordFromNetworkToDBDictionary(const ValueMap& wire, const FieldList& metadata);
 std::optional<Record> recordFromNetworkDictionary(const std::optional<ValueMap>& wire, const FieldList& with);
 
-/// For dictionaries that are stored as they came, in place, by the keys that are named. Dates and date-times become
-/// whole seconds since 1970, 0 for a text that is none; the other leaves a lookup of several records as it is and puts
-/// its ids, joined by ",", under the key with `lookupDataSuffix`.
+/// Convert the named keys of a dictionary in place, for dictionaries that are otherwise stored as they came. The first
+/// turns dates and date-times into whole seconds since 1970, and a text that is not a date into 0. The second leaves a
+/// multi-select lookup as it is and adds its ids, joined by ",", under the key with `lookupDataSuffix`.
 void convertDateToTimestamp(ValueMap& wire, const std::vector<std::string>& keys, const FieldList& fieldList);
 void createLookupFields(ValueMap& wire, const std::vector<std::string>& keys, const FieldList& fieldList);
 
-/// What goes to the server: the fields that the record has a value for, by their API names, but for the time and the
-/// user of the last change and the display texts of lookups. A value that has no wire form stays away.
+/// Returns what is sent to the server: the fields for which the record has a value, by their API names. The time and
+/// the user of the last change, the display texts of lookups, and values without a wire form are left out.
 ValueMap convertRecordToNetworkDictionary(const Record& record, const FieldList& metadata);
 
 }  // namespace tarvo

@@ -16,7 +16,7 @@ namespace {
 
 using json::Element;
 
-/// A value of a row, 16 bytes. Texts lie in the document or in the page's own.
+/// A value of a row, 16 bytes. Its text lies in the document or among the page's own texts.
 struct Cell {
     union {
         std::int64_t integer = 0;
@@ -26,7 +26,7 @@ struct Cell {
     ValueKind kind = ValueKind::null;
 };
 
-/// Texts of the page's own. They stay where they are.
+/// The page's own texts. A deque, so that they never move.
 using Texts = std::deque<std::string>;
 
 std::string_view keep(Texts& texts, std::string text) { return texts.emplace_back(std::move(text)); }
@@ -39,10 +39,10 @@ struct WireValue {
     std::vector<Element> items;  // of `texts`
 };
 
-/// The entries of one record by the slots of a plan: the sink of the reader and the source of the conversion.
+/// The entries of one record by the slots of a plan. It is the sink of the reader and the source of the conversion.
 class WireRecord {
 public:
-    /// The slot of each part of an entry.
+    /// One slot per value of an entry.
     using Key = std::array<std::size_t, 4>;
 
     WireRecord(const RecordPlan& plan, Texts& texts) : plan_(plan), texts_(texts), values_(plan.keys().size()) {}
@@ -52,7 +52,7 @@ public:
         entry_ = 0;
     }
 
-    // Records of a page name the same entries in the same order nearly always, so that one look at a name suffices.
+    // Records of a page nearly always name the same entries in the same order, so comparing one name usually suffices.
     const Key& key(std::string_view name) {
         if (entry_ == expected_.size()) expected_.emplace_back();
         auto& expected = expected_[entry_++];
@@ -68,7 +68,7 @@ public:
     void joined(const Key& key, const std::vector<Element>& items) {
         auto slot = slotOf(key, wire::Part::value);
         if (slot == RecordPlan::none) return;
-        if (items.empty() && wire::holdsRecords(plan_.keys()[slot], plan_.modifySystemProperties()))
+        if (items.empty() && wire::isRecordList(plan_.keys()[slot], plan_.modifySystemProperties()))
             return records(slot, Element());
         text(key, wire::Part::value, keep(texts_, wire::joined(items)));
     }
@@ -129,7 +129,7 @@ private:
 std::vector<ValueMap> recordsOf(const Element& list, const RecordPlan& plan) {
     std::vector<Element> items;
     list.items(items);
-    return wire::dictionaries(items, plan.modifySystemProperties(), plan.namesOfPeople());
+    return wire::dictionaries(items, plan.modifySystemProperties(), plan.withPersonNames());
 }
 
 std::vector<std::string> idsOf(const std::vector<ValueMap>& records) {
@@ -139,7 +139,7 @@ std::vector<std::string> idsOf(const std::vector<ValueMap>& records) {
     return ids;
 }
 
-/// Fills the cells of one row.
+/// Writes the cells of one row.
 class CellSink {
 public:
     CellSink(const RecordPlan& plan, const WireRecord& record, Texts& texts, std::vector<Cell>& cells)
@@ -148,7 +148,7 @@ public:
         row_ = cells_.size();
         cells_.resize(row_ + plan_.columns().size());
     }
-    void takeBack() { cells_.resize(row_); }
+    void discard() { cells_.resize(row_); }
     const Cell& operator[](std::size_t column) const { return cells_[row_ + column]; }
 
     void value(std::size_t column, const ValueView& view) {
@@ -157,7 +157,7 @@ public:
         if (auto text = view.asText()) return set(cell, *text);
         cell.integer = view.asInteger().value_or(0);
     }
-    /// A list that no rule knows, as the database writes one.
+    /// Writes a list that no rule covers as JSON text, as the database would.
     void other(std::size_t column, std::size_t slot) {
         auto& list = record_.value(slot);
         ValueList items;
@@ -174,9 +174,9 @@ public:
     void tags(std::size_t column, std::size_t slot) { rows(column, slot); }
     bool attachments(std::size_t column, std::size_t slot) {
         auto ids = idsOf(recordsOf(record_.value(slot).list, plan_));
-        auto stored = plan_.isOfNotes() ? std::optional(text::join(ids, ",")) : json::write(Value(ids));
+        auto stored = plan_.isNotesModule() ? std::optional(text::join(ids, ",")) : json::write(Value(ids));
         auto& cell = cells_[row_ + column];
-        cell.kind = plan_.isOfNotes() ? ValueKind::text : ValueKind::bytes;
+        cell.kind = plan_.isNotesModule() ? ValueKind::text : ValueKind::bytes;
         set(cell, keep(texts_, stored.value_or("[]")));
         return true;
     }
@@ -238,7 +238,7 @@ void RecordPage::Content::read(const Element& data) {
     std::vector<Element> records;
     data.items(records);
     cells.reserve(records.size() * plan.columns().size());
-    wire::RecordReader<Element> reader(plan.namesOfPeople());
+    wire::RecordReader<Element> reader(plan.withPersonNames());
     WireRecord record(plan, texts);
     CellSink row(plan, record, texts, cells);
     for (auto& item : records) {
@@ -249,7 +249,7 @@ void RecordPage::Content::read(const Element& data) {
         auto identifier = plan.identifierColumn();
         if (!isRecord || identifier == RecordPlan::none || row[identifier].kind != ValueKind::text ||
             row[identifier].length == 0) {
-            row.takeBack();
+            row.discard();
             ++leftOut;
             continue;
         }

@@ -10,15 +10,15 @@
 
 namespace tarvo {
 
-/// The records of one entry of an answer, or why there are none.
+/// The records of one entry of an answer, or the reason why there are none.
 template <class Info = RecordListInfo>
 struct ParsedRecordList {
     Result<std::vector<ValueMap>, ParserError> records;
     Info info;
 };
 
-/// Lists of records as wire dictionaries. An entry without "data" is a failure, unless its info says `nodata`: then it
-/// is an empty list. Stateless: any thread.
+/// Parses lists of records into wire dictionaries. An entry without "data" is a failure, unless its info says `nodata`:
+/// then it is an empty list. Stateless, may be used from any thread.
 template <class Info = RecordListInfo>
 class RecordParser : public ParserProtocol<std::vector<ValueMap>, Info> {
 public:
@@ -36,7 +36,7 @@ public:
     Result<Records, ParserError> parseResult(const ValueList& rows, const Info& info) override {
         return ModuleParser::parseRecord(rows, info.moduleName.value_or("")).records;
     }
-    /// One entry of "result".
+    /// Parses one entry of "result".
     Result<ParsedRecordList<Info>, ParserError> parseRecordList(const ValueMap& entry) {
         auto parsed = parseEntry(entry);
         if (!parsed) return parsed.error();
@@ -47,14 +47,14 @@ private:
     using Entry = RParsedResult<Records, Info>;
 
     Result<Entry, ParserError> parseEntry(const ValueMap& entry) {
-        if (auto info = infoOfNothing(entry)) return Entry{Records(), *info};
+        if (auto info = noDataInfo(entry)) return Entry{Records(), *info};
         auto parsed = BaseResultParser::parse<Info>(entry);
         if (!parsed) return parsed.error();
         if (!parsed->data) return Entry{parsed->data.error(), parsed->info};
         return Entry{parseResult(*parsed->data, parsed->info), parsed->info};
     }
-    /// The info of an entry that says that there is nothing.
-    static std::optional<Info> infoOfNothing(const ValueMap& entry) {
+    /// Returns the info of an entry that says `nodata`, and nullopt for any other entry.
+    static std::optional<Info> noDataInfo(const ValueMap& entry) {
         if (entry.contains("data") || readKey<ValueList>(entry, "error")) return std::nullopt;
         auto map = readKey<ValueMap>(entry, "info");
         if (!map) return std::nullopt;
@@ -63,21 +63,21 @@ private:
     }
 };
 
-/// One entry of an answer of records, as it came and as wire dictionaries.
+/// One entry of an answer with records, both as it came and as wire dictionaries.
 struct DownloadedRecords {
     RecordListInfo info;
     std::optional<std::vector<ValueMap>> records;
     std::optional<ValueList> error;
     std::optional<ValueList> data;
 
-    /// The refusal, when the error list is a code and a message.
+    /// Returns the refusal if the error list is a code and a message.
     std::optional<ErrorResponse> getErrorResponse() const {
         return error ? ErrorResponse::fromErrorList(*error, info.details) : std::nullopt;
     }
 };
 
 struct GetRecordsParser {
-    /// `nodata` without data gives an empty list of records; no data otherwise gives none.
+    /// Without data, `records` is an empty list if the info says `nodata`, and absent otherwise.
     static DownloadedRecords parse(const ValueMap& entry, RecordListInfo info);
 };
 

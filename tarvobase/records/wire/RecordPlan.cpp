@@ -10,12 +10,12 @@ namespace tarvo {
 
 RecordPlan::RecordPlan(const FieldList& metadata) : moduleName_(metadata.moduleName()), naming_(metadata.naming()) {
     auto& configuration = CommonConfigration::sharedInstance();
-    isOfNotes_ = moduleName_ == rawText(ModuleIdentifier::Case::notes);
+    isNotesModule_ = moduleName_ == rawText(ModuleIdentifier::Case::notes);
     modifySystemProperties_ = configuration.modifySystemProperties.get();
-    namesOfPeople_ = configuration.getMetadataApiVersion.get() == GetMetadataApiVersion::lumet;
+    withPersonNames_ = configuration.getMetadataApiVersion.get() == GetMetadataApiVersion::lumet;
     checkInSlot_ = slot(ModuleParser::systemKey(FieldAPIConstant.Notes.isCheckIn, modifySystemProperties_));
     checkInParentSlot_ = slot(getLookupColumn(FieldAPIConstant.Notes.seid));
-    for (auto name : wire::namesOfRecordLists()) slot(ModuleParser::systemKey(name, modifySystemProperties_));
+    for (auto name : wire::recordListNames()) slot(ModuleParser::systemKey(name, modifySystemProperties_));
     for (auto field : metadata.allFields()) add(*field);
     for (auto& field : metadata.fieldsOfSharedColumns()) add(field);
     auto identifier = columnPlaces_.find(std::string(RecordUtil::getIdentifierFieldName(moduleName_, naming_)));
@@ -40,9 +40,9 @@ RecordPlan::Rule RecordPlan::ruleOf(const FieldMetadata& field, const std::strin
     if (identifier == names.tag) return Rule::tags;
     if (identifier == names.Notes.noteTitle) return Rule::noteTitle;
     if (isSubform(field.fieldType) || field.fieldType == FieldDataType::eventParticipant ||
-        wire::holdsRecords(key(field.fieldAPIName), modifySystemProperties_))
+        wire::isRecordList(key(field.fieldAPIName), modifySystemProperties_))
         return Rule::dependentRows;
-    return Rule::asItIs;
+    return Rule::plain;
 }
 
 bool RecordPlan::hasDisplayText(const FieldMetadata& field, const std::string& identifier) const {

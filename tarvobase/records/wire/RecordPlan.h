@@ -13,21 +13,21 @@
 
 namespace tarvo {
 
-/// How the records of one module get from the wire into the database, worked out once for all of them: which key of a
-/// wire dictionary goes into which column, by which rule. Slots number the keys that anything is read from, those of
-/// the lists of dependent records included, columns the names that anything is written to. Immutable.
+/// The plan by which records of one module are converted from the wire to the database: which key of a wire dictionary
+/// goes into which column, by which rule. It is made once per page. Slots number the keys that are read, including
+/// those of the lists of dependent records; columns number the names that are written. Immutable.
 class RecordPlan {
 public:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-    /// What becomes of a value, beside what its type asks for.
-    enum class Rule { asItIs, attachments, tags, noteTitle, dependentRows };
+    /// A conversion that a field needs in addition to that of its type.
+    enum class Rule { plain, attachments, tags, noteTitle, dependentRows };
 
     struct Field {
         FieldDataType type;
         Rule rule;
         std::size_t slot;
-        std::size_t lookupSlot;  // `none` when the display text is not stored
+        std::size_t lookupSlot;  // `none` if the display text is not stored
         std::size_t column;
         std::size_t lookupColumn;
     };
@@ -35,34 +35,34 @@ public:
     explicit RecordPlan(const FieldList& metadata);
 
     const std::vector<Field>& fields() const { return fields_; }
-    /// Keys of the wire dictionary by slot.
+    /// The keys of the wire dictionary by slot.
     const std::vector<std::string>& keys() const { return keys_; }
     const std::vector<std::string>& columns() const { return columns_; }
     std::size_t slotOf(const std::string& key) const {
         auto found = slots_.find(key);
         return found == slots_.end() ? none : found->second;
     }
-    /// The column that identifies a record; `none` when no field fills it.
+    /// The column that identifies a record; `none` if no field fills it.
     std::size_t identifierColumn() const { return identifierColumn_; }
     std::size_t checkInSlot() const { return checkInSlot_; }
     std::size_t checkInParentSlot() const { return checkInParentSlot_; }
 
     const std::string& moduleName() const { return moduleName_; }
     const FieldIdentifier& naming() const { return naming_; }
-    bool isOfNotes() const { return isOfNotes_; }
+    bool isNotesModule() const { return isNotesModule_; }
     bool modifySystemProperties() const { return modifySystemProperties_; }
-    bool namesOfPeople() const { return namesOfPeople_; }
+    bool withPersonNames() const { return withPersonNames_; }
 
-    /// Converts one record from a source into a sink. Only columns that get a value are told to the sink, and the last
-    /// of two fields that share one counts. A source answers by slot:
+    /// Converts one record from a source into a sink. The sink receives only columns that get a value. If two fields
+    /// share a column, the last one counts. A source answers by slot:
     ///
-    /// - `view(slot)`: a flat value; null for an absent one and for a list;
-    /// - `isPresent(slot)`, `isRecords(slot)` for a list of records, `isTexts(slot)` for a list of texts.
+    /// - `view(slot)` returns a flat value, and null for an absent value and for a list;
+    /// - `isPresent(slot)`, `isRecords(slot)` (a list of records) and `isTexts(slot)` (a list of texts).
     ///
-    /// A sink takes, by column: `value(column, view)` and, with the slot to read further from, `other(column, slot)`
-    /// for what is not flat, `rows(column, slot)` and `noRecords(column)` for records of another table,
-    /// `attachments(column, slot)`, `tags(column, slot)`, and `noteTitle(column, slot)`, which answers false when it
-    /// has no title.
+    /// A sink takes values by column: `value(column, view)` takes a flat value. The other calls name the slot to read
+    /// from: `other(column, slot)` for a value that is not flat, `rows(column, slot)` and `noRecords(column)` for
+    /// records of another table, `attachments(column, slot)`, `tags(column, slot)`, and `noteTitle(column, slot)`,
+    /// which returns false if there is no title.
     template <class Source, class Sink>
     void convert(const Source& source, Sink& sink) const {
         for (auto& field : fields_) {
@@ -90,7 +90,7 @@ private:
         if (field.rule == Rule::noteTitle && isCheckIn(source) && sink.noteTitle(field.column, checkInParentSlot_))
             return;
         if (field.rule == Rule::dependentRows && records) return sink.rows(field.column, field.slot);
-        // The parser, which knows no fields, says an empty text for an empty list.
+        // The parser does not know the fields and turns an empty list into an empty text.
         if (field.rule == Rule::dependentRows && text && text->empty()) return sink.noRecords(field.column);
         if (source.isPresent(field.slot)) put(source, field.slot, field.column, sink);
     }
@@ -114,7 +114,7 @@ private:
 
     std::string moduleName_;
     FieldIdentifier naming_;
-    bool isOfNotes_, modifySystemProperties_, namesOfPeople_;
+    bool isNotesModule_, modifySystemProperties_, withPersonNames_;
     std::vector<Field> fields_;
     std::vector<std::string> keys_, columns_;
     std::unordered_map<std::string, std::size_t> slots_, columnPlaces_;

@@ -9,11 +9,11 @@
 #include "platform/JsonDocument.h"
 #include "platform/Rows.h"
 
-/// How one record of the server is read, whatever holds it (a Value, a page that was just parsed) and whatever becomes
-/// of it (a dictionary, cells of a table). The two sides meet here alone, so that both ways give the same.
+/// Reads one record of the server, whatever holds it (a Value, a page that was just parsed) and whatever it is read
+/// into (a dictionary, cells of a table). Both sides meet only here, so that every way gives the same values.
 namespace tarvo::wire {
 
-/// A Value with the reads of `json::Element`.
+/// Gives a Value the interface of `json::Element`.
 class ValueNode {
 public:
     ValueNode() = default;
@@ -41,7 +41,8 @@ private:
     const Value* value_ = nullptr;
 };
 
-/// What an entry fills: the key of its name, or that key with a suffix.
+/// One of the values of an entry: the main value under the key of its name, or a companion under that key with a
+/// suffix.
 enum class Part { value, lookup, firstName, lastName };
 
 template <class Node>
@@ -49,19 +50,19 @@ bool areAll(ValueKind kind, const std::vector<Node>& items) {
     return std::all_of(items.begin(), items.end(), [&](auto& item) { return item.kind() == kind; });
 }
 
-/// Reads records one after another into sinks; keeps its buffers. A sink has:
+/// Reads records one after another into sinks, and keeps its buffers between them. A sink has:
 ///
-/// - `key(name)`: what the name stands for there, handed to the others;
-/// - `text(key, part, text)`, `list(key, part, node)` for a list of texts that stays one;
-/// - `joined(key, items)` for texts that become one, `nested(key, node)` for a list of records;
-/// - `remove(key)` when the value cannot be read.
+/// - `key(name)`, which returns the sink's own form of the name; the other calls receive it;
+/// - `text(key, part, text)`, and `list(key, part, items)` for a list of texts that stays a list;
+/// - `joined(key, items)` for texts that become one text, and `nested(key, node)` for a list of records;
+/// - `remove(key)` for a value that cannot be read.
 template <class Node>
 class RecordReader {
 public:
-    /// With `namesOfPeople` first and last names are told too.
-    explicit RecordReader(bool namesOfPeople) : namesOfPeople_(namesOfPeople) {}
+    /// With `withPersonNames`, the sink also receives first and last names.
+    explicit RecordReader(bool withPersonNames) : withPersonNames_(withPersonNames) {}
 
-    /// False for what is no list of entries.
+    /// Returns false if the record is not a list of entries.
     template <class Sink>
     bool read(const Node& record, Sink& sink) {
         if (!record.items(entries_)) return false;
@@ -101,19 +102,19 @@ private:
     void readLookup(const Node& lookup, Key& key, Sink& sink) {
         if (auto text = lookup.asText()) return sink.text(key, Part::lookup, *text);
         if (!lookup.items(pieces_) || !areAll(ValueKind::text, pieces_)) return;
-        // Last name, first name, and the two as they are shown.
+        // The last name, the first name, and the display text.
         if (pieces_.size() != 3) return sink.list(key, Part::lookup, pieces_);
         sink.text(key, Part::lookup, *pieces_[2].asText());
-        if (!namesOfPeople_) return;
+        if (!withPersonNames_) return;
         sink.text(key, Part::firstName, *pieces_[1].asText());
         sink.text(key, Part::lastName, *pieces_[0].asText());
     }
 
-    bool namesOfPeople_;
+    bool withPersonNames_;
     std::vector<Node> entries_, pieces_;
 };
 
-/// The texts of a list as one.
+/// Joins the texts of a list with ",".
 template <class Node>
 std::string joined(const std::vector<Node>& texts) {
     std::string joined;
@@ -124,13 +125,13 @@ std::string joined(const std::vector<Node>& texts) {
     return joined;
 }
 
-/// Records as wire dictionaries; what is no record is left out.
+/// Returns records as wire dictionaries and leaves out what is not a record.
 template <class Node>
-std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modifySystemProperties, bool namesOfPeople);
+std::vector<ValueMap> dictionaries(const std::vector<Node>& records, bool modifySystemProperties, bool withPersonNames);
 
-/// The names whose lists are records of other tables in every module, whatever its fields say.
-std::array<std::string_view, 6> namesOfRecordLists();
-/// Whether a key of a dictionary stands for one of them; then an empty list means no records rather than no text.
-bool holdsRecords(std::string_view key, bool modifySystemProperties);
+/// Returns the names whose lists are records of other tables in every module, whatever its fields say.
+std::array<std::string_view, 6> recordListNames();
+/// Returns whether a key of a dictionary is one of them. An empty list then means no records rather than no text.
+bool isRecordList(std::string_view key, bool modifySystemProperties);
 
 }  // namespace tarvo::wire

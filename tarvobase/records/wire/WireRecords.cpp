@@ -8,7 +8,7 @@ namespace {
 
 using json::Element;
 
-/// The named members of a map, as far as they are there.
+/// Returns the named members that a map has.
 ValueMap membersOf(const Element& map, std::initializer_list<std::string_view> names) {
     ValueMap members;
     for (auto name : names)
@@ -16,7 +16,7 @@ ValueMap membersOf(const Element& map, std::initializer_list<std::string_view> n
     return members;
 }
 
-/// An entry of "result" with an empty list in the place of its records.
+/// Returns an entry of "result" with an empty list in place of its records.
 Value withoutRecords(const Element& entry) {
     if (entry.kind() != ValueKind::map) return entry.copy();
     auto members = membersOf(entry, {"info", "error"});
@@ -26,7 +26,7 @@ Value withoutRecords(const Element& entry) {
     return members;
 }
 
-/// The body of an answer without its records.
+/// Returns the body of an answer without its records.
 Value withoutRecords(const Element& root, const std::vector<Element>& entries) {
     if (root.kind() != ValueKind::map) return {};
     auto body = membersOf(root, {"error"});
