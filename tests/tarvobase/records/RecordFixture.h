@@ -14,7 +14,7 @@ inline Value fromJson(const std::string& text) {
     return value.value_or(Value());
 }
 
-/// A field of column "NAME" and API name "Api_NAME", or of two names told.
+/// Makes a field with the API name "Api_COLUMN", or with the given one.
 inline FieldMetadata recordField(const std::string& column, FieldDataType type, const std::string& api = "") {
     FieldMetadata field;
     field.columnCRMName = column;
@@ -30,12 +30,12 @@ protected:
         configuration().fieldIdentifier = mode == Mode::column ? FieldIdentifier::crmColumnNameIdentifier()
                                                                : FieldIdentifier::fieldAPINameIdentifier();
     }
-    /// A list with the field of the id in front.
+    /// Makes a field list that begins with the field of the id.
     static FieldList fieldsOf(const std::string& module, std::vector<FieldMetadata> fields) {
         fields.insert(fields.begin(), recordField("ID", FieldDataType::text, "id"));
         return FieldList(module, std::move(fields), {});
     }
-    /// The one record of a list in the server's form.
+    /// Parses one record in the server's form.
     static ValueMap parsed(const std::string& record, const std::string& module = "Leads") {
         auto list = fromJson("[" + record + "]");
         auto parsed = ModuleParser::parseRecord(*list.asList(), module);

@@ -13,7 +13,7 @@ namespace tarvo {
 class RecordValueTest : public RecordTest {
 protected:
     static Record::Names names(std::initializer_list<std::string> list) { return list; }
-    /// A fetch of two rows, the second without an id.
+    /// Returns a fetch of two rows, the second without an id.
     static Rows fetched() {
         Rows::Builder builder({"NAME", "ID", "AMOUNT"});
         for (bool hasId : {true, false}) {
@@ -36,6 +36,9 @@ TEST_F(RecordValueTest, TheIdentifierColumnFollowsTheModuleAndTheNaming) {
         use(Mode::api);
         EXPECT_EQ(Record("1", std::string(c.module)).identifierColumn(), c.api);
     }
+}
+
+TEST_F(RecordValueTest, TableNamesFollowTheModule) {
     EXPECT_EQ(RecordUtil::getTableName("Approvals"), "APPROVAL_PROCESS_RECORDS");
     EXPECT_EQ(RecordUtil::getTableName("Custom Module"), "Custom ModuleRecords");
 }
@@ -50,6 +53,9 @@ TEST_F(RecordValueTest, ConstructorsPlaceTheIdentifier) {
     Record mapped(Record::ColumnMap{{"ID", 1}, {"NAME", 0}, {"FAR", 9}}, {"x", "1"}, "1", "Leads");
     EXPECT_EQ(mapped.getDictionary(), (ValueMap{{"NAME", "x"}, {"ID", "1"}}));
     EXPECT_TRUE(mapped.hasColumn("FAR"));
+}
+
+TEST_F(RecordValueTest, NameThatIsGivenTwiceIsAProgrammingError) {
     Record twice(names({"A", "A"}), ValueList{"1", "2"}, "1", "Leads");
     EXPECT_EQ(twice.valueOf("A"), Value("2"));
     EXPECT_EQ(takeProgrammingErrors().size(), 1u);
@@ -66,7 +72,7 @@ TEST_F(RecordValueTest, WithoutAnIdentifierThereIsNoRecord) {
     EXPECT_EQ(Record::fromRows(fetched(), "Leads", FieldIdentifier::crmColumnNameIdentifier()).size(), 1u);
 }
 
-// A record over a fetch and one of its own storage answer alike, before and after changes.
+// A record over a fetch and one with storage of its own behave alike, before and after changes.
 TEST_F(RecordValueTest, ReadsAndWritesAreTheSameOverAFetch) {
     auto overFetch = *Record::fromRow(fetched()[0], "Leads", FieldIdentifier::crmColumnNameIdentifier());
     Record own(names({"NAME", "ID", "AMOUNT"}), ValueList{"first", "7", nullptr}, "7", "Leads");
@@ -91,7 +97,7 @@ TEST_F(RecordValueTest, ReadsAndWritesAreTheSameOverAFetch) {
     }
 }
 
-TEST_F(RecordValueTest, TheTwoFormsOfTemporaryIdsDoNotKnowEachOther) {
+TEST_F(RecordValueTest, TheTwoFormsOfTemporaryIdsAreDistinct) {
     for (auto id : {"NEW_000000001", "NEW_123456789"}) EXPECT_TRUE(RecordUtil::isNewRecord(std::string_view(id)));
     for (auto id :
          {"NEW_12345678", "NEW_1234567890", "new_123456789", " NEW_123456789", "NEW_12345678x", "TarvoTEMPID#1", ""})
@@ -105,13 +111,15 @@ TEST_F(RecordValueTest, NewRecordsNeverShareAnId) {
     auto first = Record::getNewRecord("Leads");
     EXPECT_EQ(first.recordId(), "NEW_000000001");
     EXPECT_TRUE(first.isTempRecord());
-    // As after a crash: another object finds what the first left on the disk.
+    // As after a crash: another object reads the counter from the disk.
     NewRecordIds later(std::make_shared<BrenUserDefaults>());
     EXPECT_EQ(later.getNewRecordId(), "NEW_000000002");
     EXPECT_EQ(Record::getNewRecord(names({"NAME"}), std::nullopt, "Leads").recordId(), "NEW_000000003");
     later.resetRecordId();
     EXPECT_EQ(later.getNewRecordId(), "NEW_000000001");
+}
 
+TEST_F(RecordValueTest, NewRecordsWithoutAGeneratorAreAProgrammingError) {
     configuration().recordIDGenerator = nullptr;
     EXPECT_NE(Record::getNewRecord("Leads").recordId(), Record::getNewRecord("Leads").recordId());
     EXPECT_EQ(takeProgrammingErrors().size(), 2u);
@@ -149,9 +157,19 @@ TEST_F(RecordValueTest, EqualRecords) {
     for (auto& c : cases) EXPECT_EQ(areRecordsEqual(of(c.a), of(c.b)), c.equal);
 }
 
-TEST_F(RecordValueTest, SmallerRecordsAndShownFields) {
-    use(Mode::column);
-    auto owner = recordField("OWNER", FieldDataType::ownerlookup), phone = recordField("PHONE", FieldDataType::phone);
+class ReducedRecordTest : public RecordValueTest {
+protected:
+    void SetUp() override {
+        RecordValueTest::SetUp();
+        use(Mode::column);
+    }
+    static LayoutMetadata entry(const FieldMetadata& field) { return LayoutMetadata(LayoutFieldData(), field); }
+
+    const FieldMetadata owner = recordField("OWNER", FieldDataType::ownerlookup);
+    const FieldMetadata phone = recordField("PHONE", FieldDataType::phone);
+};
+
+TEST_F(ReducedRecordTest, KeepsRequiredColumnsAndTheirCompanions) {
     Record record({{"OWNER", "5"}, {"OWNER_LOOKUP", ""}, {"OWNER_LASTNAME", "L"}, {"PHONE", ""}, {"NOTE", "n"}}, "1",
                   "Leads");
     auto columns = record.columnNames();
@@ -160,9 +178,10 @@ TEST_F(RecordValueTest, SmallerRecordsAndShownFields) {
     EXPECT_EQ(small.getDictionary(),
               (ValueMap{{"ID", "1"}, {"OWNER", "5"}, {"OWNER_LOOKUP", ""}, {"OWNER_LASTNAME", "L"}, {"PHONE", ""}}));
     EXPECT_TRUE(wasLogged("Invalid Record ID"));
+}
 
-    record.set("OWNER", "");
-    auto entry = [](const FieldMetadata& field) { return LayoutMetadata(LayoutFieldData(), field); };
+TEST_F(ReducedRecordTest, LayoutsShowOnlyFieldsWithSomethingToShow) {
+    Record record({{"OWNER", ""}, {"OWNER_LOOKUP", ""}, {"OWNER_LASTNAME", "L"}, {"PHONE", ""}}, "1", "Leads");
     auto shown = nonNullLayoutFields(record, {entry(owner), entry(phone)});
     ASSERT_EQ(shown.size(), 1u) << "a part of the owner's name is enough";
     EXPECT_EQ(shown[0].columnCRMName, "OWNER");

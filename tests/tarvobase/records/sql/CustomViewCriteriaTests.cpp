@@ -32,7 +32,7 @@ protected:
         view.offlineQueryReplaceInfo = query.replaceInfo;
         return view;
     }
-    /// The ids that a view gives, or the name of its failure.
+    /// Returns the ids that a view selects, or the name of its failure.
     std::string run(const CustomView& view) {
         auto where = CustomViewQueryFormation::getWhereCondition(view, fields);
         if (where) return idsWhere(*where);
@@ -146,12 +146,16 @@ TEST_F(CustomViewCriteriaTest, AnyTextMeansItself) {
             auto id = std::to_string(i + 1);
             EXPECT_EQ(run(leaf("Company", comparator, ValueList{values[i]})), id) << comparator << " of value " << id;
         }
-    // Signs that patterns know stand for themselves.
+}
+
+TEST_F(CustomViewCriteriaTest, WildcardsStandForThemselves) {
     store("Company", {"505", "50%", "axb", "a_b"});
     EXPECT_EQ(run(leaf("Company", "contains", "0%")), "2");
     EXPECT_EQ(run(leaf("Company", "contains", "a_")), "4");
     EXPECT_EQ(run(leaf("Company", "not_contains", "a_")), "1 2 3");
-    // A comma inside an item of a list does not part it.
+}
+
+TEST_F(CustomViewCriteriaTest, CommasInsideItemsDoNotSplitThem) {
     store("Company", {"a,b", "a", "b"});
     EXPECT_EQ(run(leaf("Company", "in", ValueList{"a,b"})), "1");
 }
@@ -186,8 +190,7 @@ TEST_F(CustomViewCriteriaTest, LargeTreesRunOrAreRefused) {
     EXPECT_EQ(run(leaf("Company", "equal", ValueList(2000, "x"))), "offlineNotSupported ");
 }
 
-TEST_F(CustomViewCriteriaTest, WhatCannotBeCompiledOrRunIsRefused) {
-    // A leaf without one of its parts ends the whole.
+TEST_F(CustomViewCriteriaTest, LeavesThatLackAPartAreNotCompiled) {
     auto good = leaf("Company", "equal", "a");
     for (auto key : {"field", "value", "comparator"})
         for (auto& bad : {Value(), Value(ValueMap())}) {
@@ -195,7 +198,10 @@ TEST_F(CustomViewCriteriaTest, WhatCannotBeCompiledOrRunIsRefused) {
             broken.set(key, bad);
             EXPECT_FALSE(CustomViewOfflineQueryParser::compile(ValueList{good, "and", broken})) << key;
         }
-    // Others compile, and only the server can judge them.
+}
+
+TEST_F(CustomViewCriteriaTest, CriteriaThatOnlyTheServerCanEvaluate) {
+    auto good = leaf("Company", "equal", "a");
     const Value onlyForServer[] = {leaf("Company", "between", "a"),
                                    leaf("Company", "sounds_like", "a"),
                                    leaf("Company", "equal", "a" + separator),
@@ -207,9 +213,12 @@ TEST_F(CustomViewCriteriaTest, WhatCannotBeCompiledOrRunIsRefused) {
                                    7};
     for (auto& criteria : onlyForServer) EXPECT_EQ(run(criteria), "offlineNotSupported ");
     EXPECT_TRUE(wasLogged("Comparator is new (not specified in enum CustomViewComparator)"));
+}
+
+TEST_F(CustomViewCriteriaTest, FieldsAndPiecesThatAreMissing) {
     EXPECT_EQ(run(leaf("Missing", "equal", "a")), "metadataNotFound Missing");
-    // More holes than pieces.
-    auto view = viewOf(good);
+    // More placeholders than pieces.
+    auto view = viewOf(leaf("Company", "equal", "a"));
     view.offlineQuery += " and {2} = '{3}'";
     EXPECT_EQ(run(view), "offlineNotSupported ");
 }

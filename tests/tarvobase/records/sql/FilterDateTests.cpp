@@ -10,7 +10,7 @@ using DateType = DateTimeFilterTypes;
 
 class FilterDateTest : public FilterTest {
 protected:
-    /// The rows are local times: their ids are their places in the list. The clock stands at a local time.
+    /// `rows` and `now` are local times. The ids of the rows are their places in the list.
     struct Case {
         std::string zone;
         std::string now;
@@ -54,7 +54,7 @@ TEST_F(FilterDateTest, DaysBeginAtLocalMidnight) {
         {kolkata, "2024-02-28 12:00:00", D::on, {"2024-02-29 10:00:00 +0530"}, rows, "4 5"},
         {kolkata, "2024-02-28 12:00:00", D::before, {"2024-02-29 10:00:00 +0530"}, rows, "1 2 3"},
         {kolkata, "2024-02-28 12:00:00", D::after, {"2024-02-28 10:00:00 +0530"}, rows, "4 5 6"},
-        // The same moment is another day elsewhere.
+        // The same moment falls on another day in another zone.
         {losAngeles, "2024-02-28 12:00:00", D::on, {"2024-02-29 01:00:00 +0000"}, rows, "2 3"},
         {berlin,
          "2024-02-28 12:00:00",
@@ -103,7 +103,7 @@ TEST_F(FilterDateTest, WeeksRunFromSundayAtTheTimeOfDayOfTheMoment) {
         {berlin, "2024-03-13 12:00:00", D::lastWeek, {}, rows, "3 4"},
         {berlin, "2024-03-10 12:00:00", D::lastWeek, {}, rows, "3 4"},
         {berlin, "2024-03-16 12:00:00", D::lastWeek, {}, rows, "3 4"},
-        // Fourteen days back, and then on to the Sunday.
+        // Fourteen days back, and then forward to Sunday.
         {berlin, "2024-03-16 23:00:00", D::inTheLast, {"2", "weeks"}, rows, "2 3 4 5 6 7 8 9"},
         {berlin, "2024-03-03 00:00:00", D::dueIn, {"1", "weeks"}, rows, "2 3 4 5 6"},
     };

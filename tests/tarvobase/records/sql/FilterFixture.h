@@ -12,8 +12,8 @@
 
 namespace tarvo {
 
-/// A record table of leads in a real database, whose columns hold texts as the server declares them, and the fields of
-/// it in both namings.
+/// A record table of leads in a real database, with the fields of the module in both namings. Its columns hold texts,
+/// as the server declares them.
 class FilterTest : public FoundationTest {
 protected:
     void SetUp() override {
@@ -36,7 +36,7 @@ protected:
         adapter->createTable("CREATE TABLE LeadsRecords (" + text::join(columns, ", ") + ")");
     }
 
-    /// Rows with the ids "1", "2" and so on, and these values in a column.
+    /// Replaces all rows: ids "1", "2" and so on, with these values in a column.
     void store(const std::string& column, const ValueList& values) {
         adapter->deleteAllObjects("LeadsRecords");
         std::string id(configuration().fieldIdentifier.get().constant->id);
@@ -44,7 +44,7 @@ protected:
             adapter->insertInto("LeadsRecords", {{id, std::to_string(i + 1)}, {column, values[i]}});
     }
 
-    /// The ids of a condition's rows, joined; "failed" when SQLite refuses it.
+    /// Returns the ids of the rows that a condition selects, joined by spaces; "failed" if SQLite refuses it.
     std::string idsWhere(const std::string& condition, std::vector<SortDescriptor> order = {},
                          std::vector<std::string> columns = {}) {
         std::string id(configuration().fieldIdentifier.get().constant->id);

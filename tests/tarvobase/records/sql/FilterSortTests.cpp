@@ -17,7 +17,7 @@ protected:
     std::string sorted(const std::string& column, bool isAscending) {
         return idsWhere("", SortFieldToSortDescriptor::sortDescriptor({{column, isAscending}}, fields));
     }
-    /// In the order of a list with sections, whose columns are selected.
+    /// Returns the ids in the order of a list with sections.
     std::string sectioned(const std::string& column, bool isAscending) {
         ModuleInfo module;
         module.module.moduleName = "Leads";
@@ -45,14 +45,16 @@ TEST_F(FilterSortTest, PicklistsSortByTheOrderOfTheirValuesAndNullsComeLast) {
     store("Status", {nullptr, "Won", "unknown b", "O'Brien's", "open", "unknown a"});
     EXPECT_EQ(sorted("Status", true), "5 4 2 6 3 1");
     EXPECT_EQ(sorted("Status", false), "2 4 5 3 6 1");
-    // Without values of its own it sorts as a text.
+}
+
+TEST_F(FilterSortTest, PicklistsWithoutValuesSortAsTexts) {
     picklists.clear();
     use(FieldIdentifier::fieldAPINameIdentifier());
     store("Status", {"b", "a", "C"});
     EXPECT_EQ(sorted("Status", true), "2 1 3");
 }
 
-TEST_F(FilterSortTest, ColumnsSortAsTheirTypesSay) {
+TEST_F(FilterSortTest, ColumnsSortByTheirTypes) {
     storeRows({{{"Account_Name", "1"}, {"Account_Name_LOOKUP", "b"}, {"Amount", "9"}, {"$status", "b"}},
                {{"Account_Name", "2"}, {"Account_Name_LOOKUP", "A"}, {"Amount", "10"}, {"$status", "C"}},
                {{"Account_Name", "0"}, {"Account_Name_LOOKUP", "c"}, {"Amount", "2"}, {"$status", "a"}}});
@@ -60,8 +62,12 @@ TEST_F(FilterSortTest, ColumnsSortAsTheirTypesSay) {
     EXPECT_EQ(sorted("Amount", true), "3 1 2");
     EXPECT_EQ(sorted("Amount", false), "2 1 3");
     EXPECT_EQ(sorted("$status", false), "2 1 3");
+}
+
+TEST_F(FilterSortTest, ColumnsWithoutAFieldAreLoggedAndSkipped) {
     EXPECT_TRUE(SortFieldToSortDescriptor::sortDescriptor({{"Missing", true}}, fields).empty());
     EXPECT_TRUE(wasLogged("no field for the sort column Missing of Leads"));
+    EXPECT_EQ(sectioned("Missing", true), "no order");
 }
 
 TEST_F(FilterSortTest, AmountsCompareInTheBaseCurrency) {
@@ -74,20 +80,25 @@ TEST_F(FilterSortTest, AmountsCompareInTheBaseCurrency) {
     EXPECT_EQ(sectioned("Amount", false), "4 1 3 2 5");
 }
 
-TEST_F(FilterSortTest, SectionsOfNamesLookupsAndTimes) {
-    storeRows({{{"First_Name", "Zoe"}, {"Last_Name", "Adams"}, {"Owner_LOOKUP", "b"}, {"Created_Time", 3}},
-               {{"First_Name", "Ann"}, {"Last_Name", "Young"}, {"Owner_LOOKUP", "C"}, {"Created_Time", 20}},
-               {{"First_Name", "ann"}, {"Last_Name", "adams"}, {"Owner_LOOKUP", "a"}, {"Created_Time", 100}}});
+TEST_F(FilterSortTest, SectionsOfFullNamesFollowTheOrderOfTheirParts) {
+    storeRows({{{"First_Name", "Zoe"}, {"Last_Name", "Adams"}},
+               {{"First_Name", "Ann"}, {"Last_Name", "Young"}},
+               {{"First_Name", "ann"}, {"Last_Name", "adams"}}});
     EXPECT_EQ(sectioned("Full_Name", true), "3 1 2");
     settings.settingsList = {{.moduleName = "Leads",
                               .settingsKey = SettingName::sortOrderPreference,
                               .customSettings = "First Name,Last Name"}};
     EXPECT_EQ(sectioned("Full_Name", true), "3 2 1");
     EXPECT_EQ(sectioned("Full_Name", false), "1 2 3");
+}
+
+TEST_F(FilterSortTest, SectionsOfLookupsTimesAndNames) {
+    storeRows({{{"Last_Name", "Adams"}, {"Owner_LOOKUP", "b"}, {"Created_Time", 3}},
+               {{"Last_Name", "Young"}, {"Owner_LOOKUP", "C"}, {"Created_Time", 20}},
+               {{"Last_Name", "adams"}, {"Owner_LOOKUP", "a"}, {"Created_Time", 100}}});
     EXPECT_EQ(sectioned("Owner", true), "3 1 2");
     EXPECT_EQ(sectioned("Created_Time", false), "3 2 1");
     EXPECT_EQ(sectioned("Last_Name", false), "2 1 3");
-    EXPECT_EQ(sectioned("Missing", true), "no order");
 }
 
 TEST_F(FilterSortTest, SectionNamesOfPeopleComeFromTheirPartsWhereTheTableHasThem) {
@@ -125,6 +136,9 @@ TEST_F(FilterSortTest, ViewsSortByTheirFieldAndThenByTheDefault) {
         ASSERT_TRUE(field);
         EXPECT_EQ(field->columnCRMName, one.list.front().column);
     }
+}
+
+TEST_F(FilterSortTest, ViewsWithoutAnOrderOfTheirOwn) {
     CustomView view;
     view.sortOrder = "null";
     EXPECT_EQ(view.getSortOrder(false), std::nullopt);

@@ -16,22 +16,22 @@ using M = ModuleIdentifier::Case;
 
 struct Zone {
     const char* name;
-    std::int64_t leapDay;          // the first moment of 2024-02-29 there
-    std::int64_t lastDayOf1969;    // and of 1969-12-31
-    const char* leapDayAtTen;      // 10:00 UTC, said there
-    const char* lastMomentOf1969;  // in UTC
+    std::int64_t leapDay;          // the first moment of 2024-02-29 in the zone
+    std::int64_t lastDayOf1969;    // the first moment of 1969-12-31 in the zone
+    const char* leapDayAtTen;      // 2024-02-29 10:00 UTC, written in the zone
+    const char* lastMomentOf1969;  // 1969-12-31 23:59:59 UTC, written in the zone
 };
 const Zone zones[] = {
     {"UTC", 1709164800, -86400, "2024-02-29T10:00:00Z", "1969-12-31T23:59:59Z"},
     {"Asia/Kolkata", 1709145000, -106200, "2024-02-29T15:30:00+05:30", "1970-01-01T05:29:59+05:30"},
     {"America/New_York", 1709182800, -68400, "2024-02-29T05:00:00-05:00", "1969-12-31T18:59:59-05:00"}};
 
-/// What becomes of one value: in the table, and on its way back.
+/// The stored form of a wire value, and the form that is sent back.
 struct Outcome {
     T type;
     const char* wire;
     Value stored;
-    Value sent;  // null: it does not go out
+    Value sent;  // null if it is not sent
 };
 
 std::vector<Outcome> outcomes(const Zone& zone) {
@@ -57,7 +57,7 @@ std::vector<Outcome> outcomes(const Zone& zone) {
     return list;
 }
 
-/// A page of records of a module.
+/// Makes a page of records of a module.
 RecordPage pageOf(const std::string& records, const FieldList& fields) {
     auto document = json::Document::parse(platform::Data(records));
     EXPECT_TRUE(document) << records;
@@ -65,7 +65,7 @@ RecordPage pageOf(const std::string& records, const FieldList& fields) {
     return RecordPage(*std::move(document), root, fields);
 }
 
-/// A row of a page as a dictionary.
+/// Returns a row of a page as a dictionary.
 ValueMap rowOf(const RowSource& page, std::size_t row) {
     ValueMap map;
     for (std::size_t i = 0; i < page.columns().size(); ++i)
@@ -115,7 +115,7 @@ TEST_F(RecordWireTest, EntriesBecomeKeysOrAreLeftOut) {
         {R"([["a"],[],"x",7,null,{"a":1},["b","1"]])", {{"b", "1"}}},
         {R"([[7,"x"],[null,"x"],[["a"],"x"]])", {}},
         {R"([["a","1"],["a","2"]])", {{"a", "2"}}},
-        // What cannot be read takes the key away, and nobody looks at the third item.
+        // A value that cannot be read removes the key, and the third item is ignored.
         {R"([["a","1"],["a",7,"shown"]])", {}},
         {R"([["a",true,"s"],["b",null,"s"],["c",1.5],["d",{}],["e",["x",1]],["f",[[],"x"]]])", {}},
         {R"([["a",["x","y"]],["b",[]],["Tag",[]],["Participants",[]]])",
@@ -132,7 +132,9 @@ TEST_F(RecordWireTest, EntriesBecomeKeysOrAreLeftOut) {
          {{"se_status", "x"}, {"se_module", "y"}, {"sex", "z"}, {"se_", "q"}, {"a$", "r"}}},
     };
     for (auto& c : cases) EXPECT_EQ(parsed(c.record), c.wire) << c.record;
+}
 
+TEST_F(RecordWireTest, HostSettingsDecideOnPersonNamesAndSystemProperties) {
     configuration().getMetadataApiVersion = GetMetadataApiVersion::crm;
     EXPECT_EQ(parsed(R"([["a","1",["L","F","F L"]]])"), (ValueMap{{"a", "1"}, {"a_LOOKUP", "F L"}}));
     configuration().modifySystemProperties = false;
@@ -169,16 +171,34 @@ TEST_F(RecordWireTest, LookupsKeepTheirDisplayTextAndOtherFieldsDoNot) {
                                                                               {"TEXT", "x"}}));
 }
 
-TEST_F(RecordWireTest, TagsAttachmentsSubformsAndTitlesOfCheckIns) {
-    use(Mode::column);
-    auto fields =
-        fieldsOf("Notes", {recordField("TAG", T::text, "Tag"), recordField("ATTACHMENTS", T::text, "$attachments"),
-                           recordField("TITLE", T::text, "Note_Title"), recordField("SUB", T::subform)});
-    for (bool rewriting : {true, false}) {
-        configuration().modifySystemProperties = rewriting;
-        auto record = R"([["id","1"],["Tag",[[["id","5"],["name","hot"]],[["id","6"]]]],
-                          ["$attachments",[[["id","8"]],[["x","y"]],[["id","9"]]]],
-                          ["Note_Title","plain"],["$isCheckIn","true"],["Parent_Id","3",["Deals","Big one"]],["Api_SUB",[]]])";
+/// A check-in note with tags, attachments and an empty subform.
+class NoteWireTest : public RecordWireTest {
+protected:
+    void SetUp() override {
+        RecordWireTest::SetUp();
+        use(Mode::column);
+        fields =
+            fieldsOf("Notes", {recordField("TAG", T::text, "Tag"), recordField("ATTACHMENTS", T::text, "$attachments"),
+                               recordField("TITLE", T::text, "Note_Title"), recordField("SUB", T::subform)});
+    }
+    /// Runs a check with and without rewritten names of system properties.
+    void bothWays(const std::function<void()>& check) {
+        for (bool rewriting : {true, false}) {
+            SCOPED_TRACE(rewriting ? "rewritten names" : "names as sent");
+            configuration().modifySystemProperties = rewriting;
+            check();
+        }
+    }
+
+    const std::string record =
+        R"([["id","1"],["Tag",[[["id","5"],["name","hot"]],[["id","6"]]]],
+            ["$attachments",[[["id","8"]],[["x","y"]],[["id","9"]]]],
+            ["Note_Title","plain"],["$isCheckIn","true"],["Parent_Id","3",["Deals","Big one"]],["Api_SUB",[]]])";
+    FieldList fields;
+};
+
+TEST_F(NoteWireTest, DictionaryHoldsTagsAttachmentsAndTheTitle) {
+    bothWays([&] {
         auto stored = convertRecordFromNetworkToDBDictionary(parsed(record, "Notes"), fields);
         auto tags = stored.find("TAG")->asObjectOf<TagList>();
         ASSERT_TRUE(tags);
@@ -186,26 +206,41 @@ TEST_F(RecordWireTest, TagsAttachmentsSubformsAndTitlesOfCheckIns) {
         EXPECT_EQ(stored.valueOf("ATTACHMENTS"), Value(Bytes{R"(["8","9"])"}));
         EXPECT_EQ(stored.valueOf("TITLE"), Value(R"(["Deals","Big one"])"));
         EXPECT_EQ(stored.valueOf("SUB"), Value(ValueList()));
-        // In a row: numbers for lists, and a note's attachments as joined ids.
-        auto page = pageOf("[" + std::string(record) + "]", fields);
+    });
+}
+
+TEST_F(NoteWireTest, RowHoldsNumbersOfListsAndJoinedAttachments) {
+    bothWays([&] {
         EXPECT_EQ(
-            rowOf(page, 0),
+            rowOf(pageOf("[" + record + "]", fields), 0),
             (ValueMap{
                 {"ID", "1"}, {"TAG", 2}, {"ATTACHMENTS", "8,9"}, {"TITLE", R"(["Deals","Big one"])"}, {"SUB", 0}}));
-        auto nested = page.nestedRecords("Tag");
+    });
+}
+
+TEST_F(NoteWireTest, PageGivesItsNestedRecords) {
+    bothWays([&] {
+        auto nested = pageOf("[" + record + "]", fields).nestedRecords("Tag");
         ASSERT_EQ(nested.size(), 1u);
         EXPECT_EQ(nested[0].records, (std::vector<ValueMap>{{{"id", "5"}, {"name", "hot"}}, {{"id", "6"}}}));
+    });
+}
+
+TEST_F(NoteWireTest, RecordHoldsAttachmentsAsTextsAndTagsAsMaps) {
+    bothWays([&] {
         auto read = recordFromNetworkDictionary(parsed(record, "Notes"), fields);
         EXPECT_EQ(read->valueOf("ATTACHMENTS"), Value(ValueList{"8", "9"}));
         EXPECT_EQ(read->getDictionary().valueOf("TAG"),
                   Value(ValueList{ValueMap{{"id", "5"}, {"name", "hot"}, {"moduleName", "Notes"}}}));
-    }
-    // Three texts are a person's name, and no check-in's parent.
+    });
+}
+
+TEST_F(NoteWireTest, ThreeTextsAreAPersonsNameAndNotTheParentOfACheckIn) {
     auto named = parsed(R"([["id","1"],["Note_Title","t"],["$isCheckIn","true"],["Parent_Id","3",["L","F","D"]]])");
     EXPECT_EQ(convertRecordFromNetworkToDBDictionary(named, fields).valueOf("TITLE"), Value("t"));
 }
 
-TEST_F(RecordWireTest, OfTwoFieldsOfOneColumnThePresentOneCounts) {
+TEST_F(RecordWireTest, FieldsThatShareAColumnAreBothStored) {
     use(Mode::column);
     auto fields = fieldsOf(
         "Activities", {recordField("SUBJECT", T::text, "Subject"), recordField("SUBJECT", T::text, "Event_Title")});
@@ -217,7 +252,7 @@ TEST_F(RecordWireTest, OfTwoFieldsOfOneColumnThePresentOneCounts) {
     }
 }
 
-TEST_F(RecordWireTest, WhatNeverGoesOut) {
+TEST_F(RecordWireTest, ValuesThatAreNeverSent) {
     for (auto mode : {Mode::column, Mode::api}) {
         use(mode);
         auto fields =
@@ -264,11 +299,13 @@ TEST_F(RecordWireTest, AnswersWithoutData) {
     EXPECT_FALSE(answer(R"({"info":{"nodata":false}})").result[0].ok());
     EXPECT_FALSE(answer(R"({"info":{"nodata":true},"data":7})").result[0].ok());
     EXPECT_FALSE(answer(R"({"info":{"nodata":true},"error":["A","b"]})").result[0].value().data.ok());
+}
 
+TEST_F(RecordWireTest, RefusalsAreACodeAndAMessage) {
     RecordListInfo info;
     info.details = ValueMap{{"id", "7"}};
-    auto refused = GetRecordsParser::parse({{"error", ValueList{"CODE", "words"}}}, info);
-    EXPECT_EQ(refused.getErrorResponse(), (ErrorResponse{"CODE", "words", info.details}));
+    auto refused = GetRecordsParser::parse({{"error", ValueList{"CODE", "message"}}}, info);
+    EXPECT_EQ(refused.getErrorResponse(), (ErrorResponse{"CODE", "message", info.details}));
     EXPECT_FALSE(refused.records);
     for (auto errors : {ValueList{"CODE"}, ValueList{"a", "b", "c"}, ValueList{"a", 1}})
         EXPECT_FALSE(GetRecordsParser::parse({{"error", errors}}, {}).getErrorResponse());
