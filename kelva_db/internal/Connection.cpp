@@ -260,6 +260,12 @@ std::vector<std::string> Connection::columnNames(std::string_view table) {
     return names_.emplace(std::string(table), std::move(names)).first->second;
 }
 
+// The schema's version goes back with what is undone, and the next change of the schema takes the same number again.
+void Connection::forgetNames() noexcept {
+    names_.clear();
+    namesVersion_.clear();
+}
+
 void Connection::runInternal(const char* sql) {
     // Not through the kept statements, where a text from outside would find it prepared.
     internal_ = true;
@@ -299,6 +305,11 @@ void Connection::commit() {
 }
 
 void Connection::rollback() noexcept {
+    forgetNames();
+    endRead();
+}
+
+void Connection::endRead() noexcept {
     lost_.reset();
     inTransaction_ = false;
     if (sqlite3_get_autocommit(handle())) return;
@@ -308,6 +319,8 @@ void Connection::rollback() noexcept {
 }
 
 void Connection::inSavepoint(tarvo::platform::FunctionRef<void()> block) {
+    // Outside a transaction that SQLite has ended by itself, a savepoint would begin a new one.
+    checkUsable();
     auto mark = tracker_ ? tracker_->mark() : 0;
     runInternal("SAVEPOINT kelva");
     try {
@@ -317,6 +330,7 @@ void Connection::inSavepoint(tarvo::platform::FunctionRef<void()> block) {
             runInternal("ROLLBACK TO kelva");
             runInternal("RELEASE kelva");
         }
+        forgetNames();
         if (tracker_) tracker_->forgetSince(mark);
         throw;
     }

@@ -43,6 +43,8 @@ public:
     void commit();
     /// Never throws: what cannot be rolled back any more is over.
     void rollback() noexcept;
+    /// Ends a transaction that has changed nothing.
+    void endRead() noexcept;
     void inSavepoint(tarvo::platform::FunctionRef<void()> block);
 
     void attach(const Attachment& attachment);
@@ -80,6 +82,7 @@ private:
     int authorize(int action, const char* first);
     std::string schemaVersions();
     void noticeSchema();
+    void forgetNames() noexcept;
     void noteFailure();
     void checkUsable() const;
 

@@ -80,10 +80,10 @@ void ReaderPool::read(KelvaDatabase::Block block) {
     try {
         block(reader.database());
     } catch (...) {
-        reader.rollback();
+        reader.endRead();
         throw;
     }
-    reader.rollback();
+    reader.endRead();
 }
 
 ReaderPool::Readers ReaderPool::outdated() {

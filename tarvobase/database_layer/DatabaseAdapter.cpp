@@ -32,19 +32,19 @@ std::optional<std::int64_t> DatabaseAdapter::count(FetchQuery& query) {
     return countIn(fetchObjects(query));
 }
 
-void DatabaseAdapter::deleteObjects(const std::string& tableName, const Criteria& criteria) {
-    execute("DELETE FROM " + tableName + " WHERE " + criteria.sql(), criteria.parameters());
+bool DatabaseAdapter::deleteObjects(const std::string& tableName, const Criteria& criteria) {
+    return execute("DELETE FROM " + tableName + " WHERE " + criteria.sql(), criteria.parameters());
 }
 
-void DatabaseAdapter::deleteAllObjects(const std::string& tableName) {
-    execute("DELETE FROM " + tableName, std::nullopt);
+bool DatabaseAdapter::deleteAllObjects(const std::string& tableName) {
+    return execute("DELETE FROM " + tableName, std::nullopt);
 }
 
-void DatabaseAdapter::execute(const std::vector<std::reference_wrapper<const Query>>& queries) {
+bool DatabaseAdapter::execute(const std::vector<std::reference_wrapper<const Query>>& queries) {
     std::vector<Statement> statements;
     statements.reserve(queries.size());
     for (const Query& query : queries) statements.push_back({query.sql(), query.parameters()});
-    execute(statements);
+    return execute(statements);
 }
 
 }  // namespace tarvo

@@ -6,10 +6,12 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/Describe.h"
+#include "platform/FunctionRef.h"
 #include "platform/Object.h"
 #include "platform/Rows.h"
 #include "tarvobase/database_layer/Statements.h"
@@ -21,7 +23,7 @@ class SimpleObserver;
 
 namespace tarvo {
 
-/// Types of the columns that `create` declares; the raw text is the case's name.
+/// The types of the columns that `create` declares; the raw text is the case's name.
 enum class TableColumnType {
     int_,
     uint,
@@ -57,10 +59,12 @@ struct EnumCases<TableColumnType> {
                                                           {TableColumnType::blob, "blob"}};
 };
 
-/// The one interface of the local database. From any thread; every operation blocks its caller until it is done.
+/// The one interface of the local database. It may be used from any thread; every operation blocks its caller until it
+/// is done.
 ///
-/// Nothing here throws or reports a failure: a failure is logged and dropped. A write that fails returns normally with
-/// no effect. A read that fails is absent; a read that found nothing is empty.
+/// Nothing here throws. A write returns whether it was stored; one that fails is logged and has no effect. A read that
+/// fails returns nullopt, and one that finds no row returns an empty answer. Inside a `transaction` "stored" means that
+/// the transaction holds it: it is lost if the transaction is undone.
 class DatabaseAdapter : public virtual platform::Object {
 public:
     using ColumnDefinitions = std::vector<std::pair<std::string, TableColumnType>>;
@@ -71,80 +75,98 @@ public:
 
     virtual std::string databaseName() const = 0;
 
-    virtual void createTable(const std::string& rawQuery) = 0;
-    /// Changes nothing when the table exists.
-    void create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+    /// Runs `work` as one transaction over all tables that it writes, and returns whether it was committed. `name` says
+    /// in log lines what failed.
+    ///
+    /// The transaction commits when `work` returns true and no write in it failed. Otherwise all of it is undone. A
+    /// failed write fails every transaction around it, even if its caller ignored the answer.
+    ///
+    /// A transaction inside another one is a savepoint: true means that the outer one holds it, and may still undo it.
+    /// A savepoint whose `work` returns false without a failed write undoes itself only. It costs a copy of each page
+    /// that it changes, so a hot path begins none of its own.
+    ///
+    /// `work` runs on the calling thread, and reads of this thread see its writes. Writes of other threads wait, so it
+    /// must not wait for a thread that may write, send anything, or call out. Observers are notified once, after the
+    /// outermost commit, of what was not undone.
+    [[nodiscard]] virtual bool transaction(std::string_view name, platform::FunctionRef<bool()> work) = 0;
+
+    virtual bool createTable(const std::string& rawQuery) = 0;
+    /// Makes a table; one that exists already stays as it is, which is a success.
+    bool create(const std::string& table, const ColumnDefinitions& columnDefinitions,
                 const std::vector<std::string>& primaryKey) {
-        create(table, columnDefinitions, primaryKey, {});
+        return create(table, columnDefinitions, primaryKey, {});
     }
-    virtual void create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+    virtual bool create(const std::string& table, const ColumnDefinitions& columnDefinitions,
                         const std::vector<std::string>& primaryKey,
                         const std::vector<std::vector<std::string>>& uniqueKeys) = 0;
 
     /// Stores one row. A row with the same primary or unique key is replaced.
-    virtual void insertInto(const std::string& tableName, const ValueMap& values) = 0;
+    virtual bool insertInto(const std::string& tableName, const ValueMap& values) = 0;
     /// Stores many rows in one transaction, all or none.
-    void insertInto(const std::string& tableName, const std::vector<ValueMap>& values) {
-        insertInto(tableName, MapRowSource(values));
+    bool insertInto(const std::string& tableName, const std::vector<ValueMap>& values) {
+        return insertInto(tableName, MapRowSource(values));
     }
-    virtual void insertInto(const std::string& tableName, const RowSource& rows) = 0;
-    /// Stores what the table takes of many rows, in one transaction. Gives the places of the rows that break a rule of
-    /// the table; absent when nothing was stored for another reason.
+    virtual bool insertInto(const std::string& tableName, const RowSource& rows) = 0;
+    /// Stores what the table takes of many rows, in one transaction. Returns the places of the rows that break a rule
+    /// of the table, which fail no transaction; returns nullopt if nothing was stored for another reason.
     virtual std::optional<std::vector<std::size_t>> insertAccepted(const std::string& tableName,
                                                                    const RowSource& rows) = 0;
-    void insertObject(const InsertQuery& query) { execute(query); }
-    void insertObjects(const std::vector<InsertQuery>& queries) { executeAll(queries); }
+    bool insertObject(const InsertQuery& query) { return execute(query); }
+    bool insertObjects(const std::vector<InsertQuery>& queries) { return executeAll(queries); }
 
-    virtual void update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) = 0;
-    /// One map with the criteria at the same index each. There must be as many criteria as maps, or more.
-    virtual void update(const std::string& tableName, const std::vector<ValueMap>& values,
+    virtual bool update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) = 0;
+    /// Updates by each map with the criteria at the same index, each in a transaction of its own. There must be as many
+    /// criteria as maps, or more. Returns whether all of them were stored.
+    virtual bool update(const std::string& tableName, const std::vector<ValueMap>& values,
                         const std::vector<Criteria>& criteria) = 0;
-    void update(const UpdateQuery& query) { execute(query); }
-    void update(const std::vector<UpdateQuery>& queries) { executeAll(queries); }
+    bool update(const UpdateQuery& query) { return execute(query); }
+    bool update(const std::vector<UpdateQuery>& queries) { return executeAll(queries); }
 
     virtual std::optional<Rows> fetchObjects(const std::string& rawQuery,
                                              const std::optional<ValueList>& parameters) = 0;
     std::optional<Rows> fetchObjects(const FetchQuery& query) { return fetchObjects(query.sql(), query.parameters()); }
     std::optional<Rows> fetchAllObjects(const std::string& tableName);
 
-    /// `from` is the offset.
+    /// Counts rows; `from` is the offset. Returns nullopt if the read fails or the offset passes over the one row of
+    /// the count.
     std::optional<std::int64_t> count(const std::string& tableName, const std::optional<Criteria>& criteria,
                                       std::optional<std::int64_t> from = std::nullopt,
                                       std::optional<std::int64_t> limit = std::nullopt);
-    /// Overwrites the `columns` of the query.
+    /// Counts the rows of a query, and overwrites its `columns`.
     std::optional<std::int64_t> count(FetchQuery& query);
 
-    void deleteObjects(const std::string& tableName, const Criteria& criteria);
-    void deleteAllObjects(const std::string& tableName);
-    void deleteObject(const DeleteQuery& query) { execute(query); }
-    void deleteObjects(const std::vector<DeleteQuery>& queries) { executeAll(queries); }
-    virtual void dropTable(const std::string& tablename) = 0;
+    bool deleteObjects(const std::string& tableName, const Criteria& criteria);
+    bool deleteAllObjects(const std::string& tableName);
+    bool deleteObject(const DeleteQuery& query) { return execute(query); }
+    bool deleteObjects(const std::vector<DeleteQuery>& queries) { return executeAll(queries); }
+    virtual bool dropTable(const std::string& tablename) = 0;
 
-    virtual void attachDatabase(const std::string& fromPath, const std::string& withName) = 0;
-    virtual void detachDatabase(const std::string& named) = 0;
-    void copyRecord(const CopyQuery& query) { execute(query); }
+    virtual bool attachDatabase(const std::string& fromPath, const std::string& withName) = 0;
+    virtual bool detachDatabase(const std::string& named) = 0;
+    bool copyRecord(const CopyQuery& query) { return execute(query); }
 
-    void execute(const std::string& rawQuery, const std::optional<ValueList>& parameters) {
-        execute({Statement{rawQuery, parameters}});
+    bool execute(const std::string& rawQuery, const std::optional<ValueList>& parameters) {
+        return execute({Statement{rawQuery, parameters}});
     }
-    /// One transaction: the first failure stops the list and undoes all of it. A value that cannot be bound stops the
-    /// call before any statement runs.
-    virtual void execute(const std::vector<Statement>& queries) = 0;
-    void execute(const Query& query) { execute(query.sql(), query.parameters()); }
-    /// The whole list as one transaction.
-    void execute(const std::vector<std::reference_wrapper<const Query>>& queries);
+    /// Runs a list of statements as one transaction: the first failure stops the list and undoes all of it. A value
+    /// that cannot be bound stops the call before any statement runs.
+    virtual bool execute(const std::vector<Statement>& queries) = 0;
+    bool execute(const Query& query) { return execute(query.sql(), query.parameters()); }
+    /// Runs the whole list as one transaction.
+    bool execute(const std::vector<std::reference_wrapper<const Query>>& queries);
 
-    /// Columns that a table really has, empty when there is no such table. Kept until the schema changes.
+    /// Returns the columns that a table really has, an empty list if there is no such table. They are kept until the
+    /// schema changes.
     virtual std::vector<std::string> columnNames(const std::string& tableName) = 0;
 
 private:
     template <class T>
-    void executeAll(const std::vector<T>& queries) {
-        execute(std::vector<std::reference_wrapper<const Query>>(queries.begin(), queries.end()));
+    bool executeAll(const std::vector<T>& queries) {
+        return execute(std::vector<std::reference_wrapper<const Query>>(queries.begin(), queries.end()));
     }
 };
 
-/// The observers' side of the database. Observers die with the connection: they are added again after each opening.
+/// The observers' side of the database. Observers end with the connection: they are added again after each opening.
 class DatabaseTransactionAdapter : public virtual platform::Object {
 public:
     virtual void add(std::shared_ptr<kelva::TransactionObserver> transactionObserver) = 0;

@@ -6,6 +6,7 @@
 #include "platform/Log.h"
 #include "platform/ProgrammingError.h"
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/database_layer/RunningTransaction.h"
 
 namespace tarvo {
 
@@ -87,7 +88,7 @@ KelvaDatabasePersistance::KelvaDatabasePersistance(StorageLocation storageLocati
 KelvaDatabasePersistance::~KelvaDatabasePersistance() = default;
 
 Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::optional<std::string>& passphrase) {
-    std::unique_lock lock(mutex_);
+    platform::MutexLock lock(mutex_);
     if (database_) {
         platform::log(platform::LogLevel::progress, "database",
                       "Already registered database at path: " + databaseName());
@@ -111,9 +112,13 @@ Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::opt
 }
 
 bool KelvaDatabasePersistance::deregisterDB() {
+    if (RunningTransaction::find(*this)) {
+        platform::reportProgrammingError("a database is closed inside a transaction of it");
+        return false;
+    }
     std::shared_ptr<kelva::KelvaDatabase> database;
     {
-        std::unique_lock lock(mutex_);
+        platform::MutexLock lock(mutex_);
         database.swap(database_);
     }
     if (!database) {
@@ -132,12 +137,13 @@ bool KelvaDatabasePersistance::deregisterDB() {
 }
 
 std::shared_ptr<kelva::KelvaDatabase> KelvaDatabasePersistance::opened() const {
-    std::shared_lock lock(mutex_);
+    if (auto running = RunningTransaction::find(*this)) return running->database();
+    platform::MutexLock lock(mutex_);
     return database_;
 }
 
-template <class Work>
-bool KelvaDatabasePersistance::withDatabase(std::string_view doing, Work&& work) const {
+bool KelvaDatabasePersistance::withDatabase(std::string_view doing,
+                                            platform::FunctionRef<void(const Library&)> work) const {
     auto database = opened();
     if (!database) {
         platform::log(platform::LogLevel::warning, "database",
@@ -145,7 +151,7 @@ bool KelvaDatabasePersistance::withDatabase(std::string_view doing, Work&& work)
         return false;
     }
     try {
-        work(*database);
+        work(database);
         return true;
     } catch (const std::exception& error) {
         platform::log(platform::LogLevel::warning, "database", "error: " + std::string(doing) + ": " + error.what());
@@ -153,41 +159,74 @@ bool KelvaDatabasePersistance::withDatabase(std::string_view doing, Work&& work)
     }
 }
 
-void KelvaDatabasePersistance::createTable(const std::string& rawQuery) { execute(rawQuery, std::nullopt); }
+bool KelvaDatabasePersistance::write(std::string_view doing, platform::FunctionRef<void(kelva::Database&)> work) {
+    bool isDone = withDatabase(doing, [&](const Library& database) {
+        // A failed write fails its transaction whole, so it needs no savepoint of its own, which would cost a copy of
+        // each page.
+        if (auto running = RunningTransaction::find(*this)) return work(running->writer());
+        database->write(work);
+    });
+    if (!isDone) noteFailedWrite();
+    return isDone;
+}
 
-void KelvaDatabasePersistance::create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+bool KelvaDatabasePersistance::refuseWrite(const std::string& reason) {
+    platform::log(platform::LogLevel::warning, "database", reason);
+    noteFailedWrite();
+    return false;
+}
+
+void KelvaDatabasePersistance::noteFailedWrite() {
+    if (auto running = RunningTransaction::find(*this)) running->fail();
+}
+
+bool KelvaDatabasePersistance::transaction(std::string_view name, platform::FunctionRef<bool()> work) {
+    auto doing = "transaction " + std::string(name);
+    bool isWanted = false, hasFailed = false;
+    bool isDone = withDatabase(doing, [&](const Library& database) {
+        database->inTransaction([&](kelva::Database& writer) {
+            RunningTransaction running(*this, database, writer);
+            isWanted = work();
+            hasFailed = running.hasFailed();
+            return isWanted && !hasFailed ? kelva::TransactionCompletion::commit
+                                          : kelva::TransactionCompletion::rollback;
+        });
+    });
+    if (!isDone) noteFailedWrite();
+    if (isDone && hasFailed)
+        platform::log(platform::LogLevel::warning, "database",
+                      "error: " + doing + ": it was undone, since a write in it failed");
+    return isDone && isWanted && !hasFailed;
+}
+
+bool KelvaDatabasePersistance::createTable(const std::string& rawQuery) { return execute(rawQuery, std::nullopt); }
+
+bool KelvaDatabasePersistance::create(const std::string& table, const ColumnDefinitions& columnDefinitions,
                                       const std::vector<std::string>& primaryKey,
                                       const std::vector<std::vector<std::string>>& uniqueKeys) {
-    withDatabase("create " + table, [&](kelva::KelvaDatabase& database) {
-        database.write([&](kelva::Database& writer) {
-            writer.create(table, false, true, [&](kelva::TableDefinition& definition) {
-                for (auto& [name, type] : columnDefinitions) definition.column(name, libraryType(type));
-                if (!primaryKey.empty()) definition.primaryKey(primaryKey);
-                for (auto& columns : uniqueKeys) definition.uniqueKey(columns);
-            });
+    return write("create " + table, [&](kelva::Database& writer) {
+        writer.create(table, false, true, [&](kelva::TableDefinition& definition) {
+            for (auto& [name, type] : columnDefinitions) definition.column(name, libraryType(type));
+            if (!primaryKey.empty()) definition.primaryKey(primaryKey);
+            for (auto& columns : uniqueKeys) definition.uniqueKey(columns);
         });
     });
 }
 
-void KelvaDatabasePersistance::insertInto(const std::string& tableName, const ValueMap& values) {
-    withDatabase("insert into " + tableName, [&](kelva::KelvaDatabase& database) {
-        database.write([&](kelva::Database& writer) { writer.insert(tableName, values, kelva::OnConflict::replace); });
-    });
+bool KelvaDatabasePersistance::insertInto(const std::string& tableName, const ValueMap& values) {
+    return write("insert into " + tableName,
+                 [&](kelva::Database& writer) { writer.insert(tableName, values, kelva::OnConflict::replace); });
 }
 
-void KelvaDatabasePersistance::insertInto(const std::string& tableName, const RowSource& rows) {
-    withDatabase("insert into " + tableName, [&](kelva::KelvaDatabase& database) {
-        database.inTransaction([&](kelva::Database& writer) {
-            writer.insert(tableName, rows, kelva::OnConflict::replace);
-            return kelva::TransactionCompletion::commit;
-        });
-    });
+bool KelvaDatabasePersistance::insertInto(const std::string& tableName, const RowSource& rows) {
+    return write("insert into " + tableName,
+                 [&](kelva::Database& writer) { writer.insert(tableName, rows, kelva::OnConflict::replace); });
 }
 
 std::optional<std::vector<std::size_t>> KelvaDatabasePersistance::insertAccepted(const std::string& tableName,
                                                                                  const RowSource& rows) {
     std::vector<std::size_t> refused;
-    auto insert = [&](kelva::Database& writer) {
+    bool isDone = write("insert into " + tableName, [&](kelva::Database& writer) {
         // A savepoint costs a journal of every page, so only a batch that was refused as a whole is worth one.
         try {
             writer.insert(tableName, rows, kelva::OnConflict::replace);
@@ -195,34 +234,31 @@ std::optional<std::vector<std::size_t>> KelvaDatabasePersistance::insertAccepted
             if (error.kind() != kelva::FailureKind::constraint) throw;
             insertHalving(writer, tableName, rows, 0, rows.rowCount(), refused);
         }
-        return kelva::TransactionCompletion::commit;
-    };
-    bool isDone = withDatabase("insert into " + tableName,
-                               [&](kelva::KelvaDatabase& database) { database.inTransaction(insert); });
+    });
     return isDone ? std::optional(std::move(refused)) : std::nullopt;
 }
 
-void KelvaDatabasePersistance::update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) {
+bool KelvaDatabasePersistance::update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) {
     if (!kelva::allConvertible(boundValues(values)))
-        return platform::log(platform::LogLevel::warning, "database",
-                             "Could not convert cast values to [String: DatabaseValueConvertible?");
+        return refuseWrite("Could not convert cast values to [String: DatabaseValueConvertible?");
     auto parameters = criteria.parameters();
     if (!kelva::allConvertible(parameters))
-        return platform::log(platform::LogLevel::warning, "database",
-                             "Could not convert criteria values to [DatabaseValueConvertible?");
-    withDatabase("update " + tableName, [&](kelva::KelvaDatabase& database) {
-        database.inTransaction([&](kelva::Database& writer) {
-            writer.execute(kelva::UpdateQuery(tableName).set(values).filter(criteria.sql(), parameters));
-            return kelva::TransactionCompletion::commit;
-        });
+        return refuseWrite("Could not convert criteria values to [DatabaseValueConvertible?");
+    return write("update " + tableName, [&](kelva::Database& writer) {
+        writer.execute(kelva::UpdateQuery(tableName).set(values).filter(criteria.sql(), parameters));
     });
 }
 
-void KelvaDatabasePersistance::update(const std::string& tableName, const std::vector<ValueMap>& values,
+bool KelvaDatabasePersistance::update(const std::string& tableName, const std::vector<ValueMap>& values,
                                       const std::vector<Criteria>& criteria) {
-    if (criteria.size() < values.size())
-        return platform::reportProgrammingError("update of " + tableName + " with fewer criteria than maps");
-    for (std::size_t i = 0; i < values.size(); ++i) update(tableName, values[i], criteria[i]);
+    if (criteria.size() < values.size()) {
+        platform::reportProgrammingError("update of " + tableName + " with fewer criteria than maps");
+        noteFailedWrite();
+        return false;
+    }
+    bool areStored = true;
+    for (std::size_t i = 0; i < values.size(); ++i) areStored &= update(tableName, values[i], criteria[i]);
+    return areStored;
 }
 
 std::optional<Rows> KelvaDatabasePersistance::fetchObjects(const std::string& rawQuery,
@@ -234,67 +270,67 @@ std::optional<Rows> KelvaDatabasePersistance::fetchObjects(const std::string& ra
         return std::nullopt;
     }
     std::optional<Rows> rows;
-    withDatabase("fetch", [&](kelva::KelvaDatabase& database) {
-        database.read([&](kelva::Database& reader) { rows = reader.query(rawQuery, bound); });
+    withDatabase("fetch", [&](const Library& database) {
+        database->read([&](kelva::Database& reader) { rows = reader.query(rawQuery, bound); });
     });
     return rows;
 }
 
-void KelvaDatabasePersistance::dropTable(const std::string& tablename) {
-    withDatabase("drop " + tablename, [&](kelva::KelvaDatabase& database) {
-        database.write([&](kelva::Database& writer) { writer.drop(tablename, true); });
-    });
+bool KelvaDatabasePersistance::dropTable(const std::string& tablename) {
+    return write("drop " + tablename, [&](kelva::Database& writer) { writer.drop(tablename, true); });
 }
 
-void KelvaDatabasePersistance::attachDatabase(const std::string& fromPath, const std::string& withName) {
-    bool done =
-        withDatabase("attach", [&](kelva::KelvaDatabase& database) { database.attachDatabase(fromPath, withName); });
-    if (done)
+bool KelvaDatabasePersistance::attachDatabase(const std::string& fromPath, const std::string& withName) {
+    bool isDone =
+        withDatabase("attach", [&](const Library& database) { database->attachDatabase(fromPath, withName); });
+    if (isDone)
         platform::log(platform::LogLevel::progress, "database",
                       "Attached database `" + fromPath + "` with name `" + withName + "`");
+    else
+        noteFailedWrite();
+    return isDone;
 }
 
-void KelvaDatabasePersistance::detachDatabase(const std::string& named) {
-    bool done = withDatabase("detach", [&](kelva::KelvaDatabase& database) { database.detachDatabase(named); });
-    if (done) platform::log(platform::LogLevel::progress, "database", "Detached database having name `" + named + "`");
+bool KelvaDatabasePersistance::detachDatabase(const std::string& named) {
+    bool isDone = withDatabase("detach", [&](const Library& database) { database->detachDatabase(named); });
+    if (isDone)
+        platform::log(platform::LogLevel::progress, "database", "Detached database having name `" + named + "`");
+    else
+        noteFailedWrite();
+    return isDone;
 }
 
-void KelvaDatabasePersistance::execute(const std::vector<Statement>& queries) {
+bool KelvaDatabasePersistance::execute(const std::vector<Statement>& queries) {
     for (auto& query : queries)
         if (!kelva::allConvertible(orEmpty(query.parameters)))
-            return platform::log(
-                platform::LogLevel::warning, "database",
-                "could not convert `" + kindsOf(*query.parameters) + " to [DatabaseValueConvertible]`");
-    withDatabase("execute", [&](kelva::KelvaDatabase& database) {
-        database.inTransaction([&](kelva::Database& writer) {
-            for (auto& query : queries) writer.execute(query.rawQuery, orEmpty(query.parameters));
-            return kelva::TransactionCompletion::commit;
-        });
+            return refuseWrite("could not convert `" + kindsOf(*query.parameters) + " to [DatabaseValueConvertible]`");
+    return write("execute", [&](kelva::Database& writer) {
+        for (auto& query : queries) writer.execute(query.rawQuery, orEmpty(query.parameters));
     });
 }
 
 std::vector<std::string> KelvaDatabasePersistance::columnNames(const std::string& tableName) {
     std::vector<std::string> names;
-    withDatabase("columns of " + tableName, [&](kelva::KelvaDatabase& database) {
-        database.read([&](kelva::Database& reader) { names = reader.columnNames(tableName); });
+    withDatabase("columns of " + tableName, [&](const Library& database) {
+        database->read([&](kelva::Database& reader) { names = reader.columnNames(tableName); });
     });
     return names;
 }
 
 void KelvaDatabasePersistance::add(std::shared_ptr<kelva::TransactionObserver> transactionObserver) {
-    withDatabase("add observer", [&](kelva::KelvaDatabase& database) { database.add(std::move(transactionObserver)); });
+    withDatabase("add observer", [&](const Library& database) { database->add(std::move(transactionObserver)); });
 }
 void KelvaDatabasePersistance::remove(const std::shared_ptr<kelva::TransactionObserver>& transactionObserver) {
-    withDatabase("remove observer", [&](kelva::KelvaDatabase& database) { database.remove(transactionObserver); });
+    withDatabase("remove observer", [&](const Library& database) { database->remove(transactionObserver); });
 }
 void KelvaDatabasePersistance::add(std::shared_ptr<kelva::SimpleObserver> simpleObserver) {
-    withDatabase("add observer", [&](kelva::KelvaDatabase& database) { database.add(std::move(simpleObserver)); });
+    withDatabase("add observer", [&](const Library& database) { database->add(std::move(simpleObserver)); });
 }
 void KelvaDatabasePersistance::remove(const std::shared_ptr<kelva::SimpleObserver>& simpleObserver) {
-    withDatabase("remove observer", [&](kelva::KelvaDatabase& database) { database.remove(simpleObserver); });
+    withDatabase("remove observer", [&](const Library& database) { database->remove(simpleObserver); });
 }
 void KelvaDatabasePersistance::removeAllObserver() {
-    withDatabase("remove observers", [&](kelva::KelvaDatabase& database) { database.removeAllObserver(); });
+    withDatabase("remove observers", [&](const Library& database) { database->removeAllObserver(); });
 }
 
 }  // namespace tarvo

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <memory>
-#include <shared_mutex>
 #include <string>
 #include <string_view>
 
+#include "platform/FunctionRef.h"
 #include "platform/Result.h"
-
+#include "platform/ThreadSafety.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 
 namespace kelva {
@@ -16,13 +16,13 @@ class KelvaDatabase;
 
 namespace tarvo {
 
-/// Where a database is kept.
+/// The place where a database is kept.
 class StorageLocation {
 public:
     static StorageLocation onDisk(std::string path) { return StorageLocation(std::move(path)); }
     static StorageLocation inMemory() { return StorageLocation(std::nullopt); }
     bool isInMemory() const { return !path_; }
-    /// The path, or SQLite's name of the shared memory database.
+    /// Returns the path, or SQLite's name of the shared memory database.
     std::string path() const { return path_.value_or("file::memory:?cache=shared"); }
 
 private:
@@ -33,7 +33,7 @@ private:
 /// The adapter over the database library. A file gets one writer and parallel readers, the memory database one
 /// connection; writes run on `CommonConfigration.dbQueue`, or on a queue of the database's own when that is absent.
 ///
-/// Every operation needs an open database. Without one, reads are absent and writes do nothing but a log line.
+/// Every operation needs an open database. Without one, reads return nullopt, and writes log a line and return false.
 class KelvaDatabasePersistance final : public DatabaseAdapter, public DatabaseTransactionAdapter {
 public:
     explicit KelvaDatabasePersistance(StorageLocation storageLocation);
@@ -47,7 +47,8 @@ public:
         std::string message;
     };
     Result<bool, OpeningFailure> registerDB(const std::optional<std::string>& passphrase);
-    /// Closes the database; false when it was not open.
+    /// Closes the database after the transactions under way; those that wait for their turn fail. Returns false if it
+    /// was not open, or if the caller is inside a transaction of it, which is a programming error.
     bool deregisterDB();
 
     std::string databaseName() const override { return storageLocation_.path(); }
@@ -56,22 +57,23 @@ public:
     using DatabaseAdapter::fetchObjects;
     using DatabaseAdapter::insertInto;
     using DatabaseAdapter::update;
-    void createTable(const std::string& rawQuery) override;
-    void create(const std::string& table, const ColumnDefinitions& columnDefinitions,
+    bool transaction(std::string_view name, platform::FunctionRef<bool()> work) override;
+    bool createTable(const std::string& rawQuery) override;
+    bool create(const std::string& table, const ColumnDefinitions& columnDefinitions,
                 const std::vector<std::string>& primaryKey,
                 const std::vector<std::vector<std::string>>& uniqueKeys) override;
-    void insertInto(const std::string& tableName, const ValueMap& values) override;
-    void insertInto(const std::string& tableName, const RowSource& rows) override;
+    bool insertInto(const std::string& tableName, const ValueMap& values) override;
+    bool insertInto(const std::string& tableName, const RowSource& rows) override;
     std::optional<std::vector<std::size_t>> insertAccepted(const std::string& tableName,
                                                            const RowSource& rows) override;
-    void update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) override;
-    void update(const std::string& tableName, const std::vector<ValueMap>& values,
+    bool update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) override;
+    bool update(const std::string& tableName, const std::vector<ValueMap>& values,
                 const std::vector<Criteria>& criteria) override;
     std::optional<Rows> fetchObjects(const std::string& rawQuery, const std::optional<ValueList>& parameters) override;
-    void dropTable(const std::string& tablename) override;
-    void attachDatabase(const std::string& fromPath, const std::string& withName) override;
-    void detachDatabase(const std::string& named) override;
-    void execute(const std::vector<Statement>& queries) override;
+    bool dropTable(const std::string& tablename) override;
+    bool attachDatabase(const std::string& fromPath, const std::string& withName) override;
+    bool detachDatabase(const std::string& named) override;
+    bool execute(const std::vector<Statement>& queries) override;
     std::vector<std::string> columnNames(const std::string& tableName) override;
 
     void add(std::shared_ptr<kelva::TransactionObserver> transactionObserver) override;
@@ -81,14 +83,21 @@ public:
     void removeAllObserver() override;
 
 private:
-    std::shared_ptr<kelva::KelvaDatabase> opened() const;
-    /// Runs the work with the open database; every failure ends here, logged with what was being done.
-    template <class Work>
-    bool withDatabase(std::string_view doing, Work&& work) const;
+    using Library = std::shared_ptr<kelva::KelvaDatabase>;
+    /// The open database, or null. Inside a transaction it is that of the transaction.
+    Library opened() const;
+    /// Runs the work with the open database. Every failure ends here, logged with what was being done; returns whether
+    /// there was none.
+    bool withDatabase(std::string_view doing, platform::FunctionRef<void(const Library&)> work) const;
+    /// Runs the work as a part of the transaction of this thread, or as a transaction of its own.
+    bool write(std::string_view doing, platform::FunctionRef<void(kelva::Database&)> work);
+    /// Logs why a write was not begun, and fails the transaction of this thread.
+    bool refuseWrite(const std::string& reason);
+    void noteFailedWrite();
 
     const StorageLocation storageLocation_;
-    mutable std::shared_mutex mutex_;
-    std::shared_ptr<kelva::KelvaDatabase> database_;
+    mutable platform::Mutex mutex_;
+    Library database_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo

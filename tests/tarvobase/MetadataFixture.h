@@ -27,33 +27,38 @@ public:
     using DatabaseAdapter::insertInto;
     using DatabaseAdapter::update;
     std::string databaseName() const override { return next_->databaseName(); }
-    void createTable(const std::string& rawQuery) override { next_->createTable(rawQuery); }
-    void create(const std::string& table, const ColumnDefinitions& columns, const std::vector<std::string>& primaryKey,
-                const std::vector<std::vector<std::string>>& uniqueKeys) override {
-        next_->create(table, columns, primaryKey, uniqueKeys);
+    bool transaction(std::string_view name, platform::FunctionRef<bool()> work) override {
+        return next_->transaction(name, work);
     }
-    void insertInto(const std::string& table, const ValueMap& values) override { next_->insertInto(table, values); }
-    void insertInto(const std::string& table, const RowSource& rows) override { next_->insertInto(table, rows); }
+    bool createTable(const std::string& rawQuery) override { return next_->createTable(rawQuery); }
+    bool create(const std::string& table, const ColumnDefinitions& columns, const std::vector<std::string>& primaryKey,
+                const std::vector<std::vector<std::string>>& uniqueKeys) override {
+        return next_->create(table, columns, primaryKey, uniqueKeys);
+    }
+    bool insertInto(const std::string& table, const ValueMap& values) override {
+        return next_->insertInto(table, values);
+    }
+    bool insertInto(const std::string& table, const RowSource& rows) override { return next_->insertInto(table, rows); }
     std::optional<std::vector<std::size_t>> insertAccepted(const std::string& table, const RowSource& rows) override {
         return next_->insertAccepted(table, rows);
     }
-    void update(const std::string& table, const ValueMap& values, const Criteria& criteria) override {
-        next_->update(table, values, criteria);
+    bool update(const std::string& table, const ValueMap& values, const Criteria& criteria) override {
+        return next_->update(table, values, criteria);
     }
-    void update(const std::string& table, const std::vector<ValueMap>& values,
+    bool update(const std::string& table, const std::vector<ValueMap>& values,
                 const std::vector<Criteria>& criteria) override {
-        next_->update(table, values, criteria);
+        return next_->update(table, values, criteria);
     }
     std::optional<Rows> fetchObjects(const std::string& rawQuery, const std::optional<ValueList>& parameters) override {
         ++reads_;
         return next_->fetchObjects(rawQuery, parameters);
     }
-    void dropTable(const std::string& table) override { next_->dropTable(table); }
-    void attachDatabase(const std::string& path, const std::string& name) override {
-        next_->attachDatabase(path, name);
+    bool dropTable(const std::string& table) override { return next_->dropTable(table); }
+    bool attachDatabase(const std::string& path, const std::string& name) override {
+        return next_->attachDatabase(path, name);
     }
-    void detachDatabase(const std::string& name) override { next_->detachDatabase(name); }
-    void execute(const std::vector<Statement>& queries) override { next_->execute(queries); }
+    bool detachDatabase(const std::string& name) override { return next_->detachDatabase(name); }
+    bool execute(const std::vector<Statement>& queries) override { return next_->execute(queries); }
     std::vector<std::string> columnNames(const std::string& table) override { return next_->columnNames(table); }
 
 private:

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+
+namespace kelva {
+class Database;
+class KelvaDatabase;
+}  // namespace kelva
+
+namespace tarvo {
+
+class DatabaseAdapter;
+
+/// A transaction of an adapter that the calling thread is in, for as long as this lives. What the thread does with the
+/// adapter meanwhile finds it here, and belongs to it.
+class RunningTransaction {
+public:
+    RunningTransaction(const DatabaseAdapter& adapter, std::shared_ptr<kelva::KelvaDatabase> database,
+                       kelva::Database& writer);
+    ~RunningTransaction();
+    RunningTransaction(const RunningTransaction&) = delete;
+
+    /// Returns the innermost transaction of an adapter on this thread, or null.
+    static RunningTransaction* find(const DatabaseAdapter& adapter);
+
+    /// A write failed: neither this transaction nor one around it may be committed.
+    void fail();
+    bool hasFailed() const { return failed_; }
+
+    kelva::Database& writer() const { return writer_; }
+    /// The database that the transaction runs in, also when the adapter has been closed meanwhile.
+    const std::shared_ptr<kelva::KelvaDatabase>& database() const { return database_; }
+
+private:
+    const DatabaseAdapter& adapter_;
+    const std::shared_ptr<kelva::KelvaDatabase> database_;
+    kelva::Database& writer_;
+    RunningTransaction* const outer_;
+    bool failed_ = false;
+};
+
+}  // namespace tarvo
