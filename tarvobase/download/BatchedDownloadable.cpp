@@ -1,5 +1,6 @@
 #include "tarvobase/download/BatchedDownloadable.h"
 
+#include "platform/Log.h"
 #include "platform/Text.h"
 #include "tarvobase/network_layer/NetworkFailure.h"
 
@@ -8,12 +9,12 @@ namespace tarvo {
 void BatchedDownloadable::initiate() {
     auto batches = makeModuleBatch();
     batches->initiateBatch({});
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     prepared_ = std::move(batches);
 }
 
 int BatchedDownloadable::totalCallsCount() const {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     auto& batches = prepared_ ? prepared_ : running_;
     return batches ? batches->batchCount() : 0;
 }
@@ -21,7 +22,7 @@ int BatchedDownloadable::totalCallsCount() const {
 void BatchedDownloadable::execute() {
     std::shared_ptr<ModuleBatch> batches;
     {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         batches = std::exchange(prepared_, nullptr);
     }
     run(batches ? std::move(batches) : makeModuleBatch());
@@ -30,7 +31,7 @@ void BatchedDownloadable::execute() {
 void BatchedDownloadable::run(std::shared_ptr<ModuleBatch> batches, std::optional<Callbacks> callbacks) {
     batches->delegate = platform::weakSelf(this);
     {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         waiting_.push_back({std::move(batches), std::move(callbacks)});
         if (std::exchange(isRunning_, true)) return;
     }
@@ -38,7 +39,7 @@ void BatchedDownloadable::run(std::shared_ptr<ModuleBatch> batches, std::optiona
 }
 
 void BatchedDownloadable::startNextRun() {
-    auto self = platform::strongSelf(this);  // who hears of the end may let go of the step
+    auto self = platform::strongSelf(this);  // a callback at the end may release the step
     auto batches = takeNextRun();
     if (!batches) return;
     batches->start();
@@ -46,8 +47,8 @@ void BatchedDownloadable::startNextRun() {
 }
 
 std::shared_ptr<ModuleBatch> BatchedDownloadable::takeNextRun() {
-    Callbacks former;  // ends after the lock, as the host's destructors do
-    std::lock_guard lock(mutex_);
+    Callbacks former;  // released after the lock, since it may run destructors of the host
+    platform::MutexLock lock(mutex_);
     isRunning_ = !waiting_.empty();
     if (!isRunning_) return nullptr;
     auto next = std::move(waiting_.front());
@@ -58,14 +59,14 @@ std::shared_ptr<ModuleBatch> BatchedDownloadable::takeNextRun() {
 }
 
 std::shared_ptr<ModuleBatch> BatchedDownloadable::runningBatches() const {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return running_;
 }
 
 void BatchedDownloadable::callSuccess() {
     Callback success;
     {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         success = callbacks_.success;
     }
     if (success) success();
@@ -82,11 +83,11 @@ void BatchedDownloadable::reportProgress(const ModuleBatch& batches) {
 }
 
 void BatchedDownloadable::nextBatch(const std::vector<Module>& modules) {
-    logBatch(words_.requested, modules);
+    logBatch(logTexts_.requested, modules);
     request(modules);
 }
 
-// The end of the last batch is the end of the run, after which another one may be running.
+// The end of the last batch ends the run. Another run may be in progress afterwards, so the batches are taken first.
 void BatchedDownloadable::endBatch(const std::vector<Module>& modules) {
     auto batches = runningBatches();
     batches->batchCompleted(modules);
@@ -96,14 +97,14 @@ void BatchedDownloadable::endBatch(const std::vector<Module>& modules) {
 void BatchedDownloadable::transportFailed(const std::vector<Module>& modules, const NetworkError& error) {
     platform::log(platform::LogLevel::warning, "first download",
                   "progress updated failure invoked: " + std::string(bren::kindName(error.kind)));
-    logBatch(std::string(words_.completed) + " - failure for ", modules);
+    logBatch(std::string(logTexts_.completed) + " - failure for ", modules);
     tellFailure(errorResponder, error);
 }
 
 void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, const ParserError& error) {
     platform::log(platform::LogLevel::warning, "first download",
                   "progress updated failure invoked: " + error.logText());
-    logBatch(std::string(words_.completed) + " - failure for ", modules);
+    logBatch(std::string(logTexts_.completed) + " - failure for ", modules);
     if (auto responder = errorResponder.lock()) responder->parsingError();
 }
 
@@ -111,12 +112,12 @@ void BatchedDownloadable::logBatch(std::string_view what, const std::vector<Modu
     std::vector<std::string> names;
     for (auto& module : modules) names.push_back(module.moduleName);
     platform::log(platform::LogLevel::warning, "first download",
-                  std::string(words_.step).append(what).append(text::join(names, ", ")));
+                  std::string(logTexts_.step).append(what).append(text::join(names, ", ")));
 }
 
 void BatchedDownloadable::logUnreadable(const std::string& moduleName, const ParserError& error) const {
     platform::log(platform::LogLevel::warning, "first download",
-                  std::string(words_.step) + " of " + moduleName + " could not be read: " + error.logText());
+                  std::string(logTexts_.step) + " of " + moduleName + " could not be read: " + error.logText());
 }
 
 }  // namespace tarvo

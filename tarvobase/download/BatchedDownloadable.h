@@ -3,14 +3,13 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "platform/Log.h"
+#include "platform/ThreadSafety.h"
 #include "tarvobase/download/Downloadable.h"
 #include "tarvobase/download/ModuleBatch.h"
 #include "tarvobase/network_layer/NetworkAdapter.h"
@@ -19,18 +18,18 @@
 
 namespace tarvo {
 
-/// A step of the first download that goes by batches of modules. A subclass asks for a batch and stores what comes; the
-/// rest is here:
+/// A step of the first download that works in batches of modules. A subclass requests a batch and stores the answer.
+/// The rest happens here:
 ///
-///     initiate -> the batches are worked out
+///     initiate -> the batches are determined
 ///     execute  -> the first requests go out
-///     answer   -> stored or given up, the modules flagged, progress told, the next request goes out
-///     the last -> `allBatchesCompleted`, where the subclass ends the run: the delegate hears `didComplete`, with true
+///     answer   -> stored or given up, the modules flagged, progress reported, the next request goes out
+///     the last -> `allBatchesCompleted`, where the subclass ends the run: `didComplete(true)`
 ///
-/// A batch that gets no answer, or none that can be used, is logged, `errorResponder` hears of it on the network queue,
-/// and it counts as done all the same: what it lacks comes with a later sync. Only a program that shuts down leaves its
-/// last batches undone. A step runs one download at a time; what is asked for meanwhile waits. Held by `shared_ptr`;
-/// when it is let go nothing more is stored, flagged or told.
+/// A batch without a usable answer is logged, reported to `errorResponder` on the network queue, and counts as done:
+/// a later sync brings the missing content. Only a program that shuts down leaves its last batches undone. A step runs
+/// one download at a time; further downloads wait. Held by `shared_ptr`; a step that is released stores, flags and
+/// reports nothing more.
 class BatchedDownloadable : public Downloadable, public ModuleBatchDelegate {
 public:
     using Feature = ModuleBatchConstant::Feature;
@@ -44,32 +43,33 @@ public:
     void nextBatch(const std::vector<Module>& modules) final;
 
 protected:
-    /// What the progress lines of a step begin with and how they go on.
-    struct Words {
+    /// The texts of the step's progress lines: how each line begins, and how it continues.
+    struct LogTexts {
         std::string_view step;
         std::string_view requested;
         std::string_view completed;
     };
-    BatchedDownloadable(Feature feature, Words words) : feature_(feature), words_(words) {}
+    BatchedDownloadable(Feature feature, LogTexts logTexts) : feature_(feature), logTexts_(logTexts) {}
 
     virtual std::shared_ptr<ModuleBatch> makeModuleBatch() const = 0;
-    /// Sends the request of a batch, whose answer goes to `batchAnswered`.
+    /// Sends the request of a batch. The answer goes to `batchAnswered`.
     virtual void request(const std::vector<Module>& modules) = 0;
 
-    /// What the end of a download calls. The failure is kept and never called, as no failure ends a download.
+    /// The callbacks of a download's end. `failure` is kept but never called, since no failure ends a download.
     struct Callbacks {
         Callback success;
         Callback failure;
     };
-    /// Runs the batches now, or once the downloads before are done. Absent callbacks leave the former ones.
+    /// Runs the batches now, or after the downloads that were started before. Keeps the former callbacks if none are
+    /// given.
     void run(std::shared_ptr<ModuleBatch> batches, std::optional<Callbacks> callbacks = std::nullopt);
-    /// The batches of the download under way.
+    /// Returns the batches of the download in progress.
     std::shared_ptr<ModuleBatch> runningBatches() const;
     void callSuccess();
     void endRun();
 
-    /// What came of a batch: `parse(body)`, then `store(value, info)` for each entry that can be read, then the end of
-    /// the batch. Body and answer are let go before the next request goes out.
+    /// Handles the answer of a batch: `parse(body)`, then `store(value, info)` for each entry that can be read, then
+    /// the end of the batch. Body and answer are released before the next request goes out.
     template <class Parse, class Store>
     void batchAnswered(const std::vector<Module>& modules, NetworkAnswer answer, Parse parse, Store store) {
         if (answer.error && answer.error->kind == NetworkError::Kind::shutDown) return;
@@ -99,7 +99,7 @@ private:
     template <class T, class Info, class Store>
     void storeEntries(const std::vector<Module>& modules,
                       std::vector<Result<RParsedResult<T, Info>, ParserError>> entries, Store& store) {
-        logBatch(std::string(words_.completed) + " - success for ", modules);
+        logBatch(std::string(logTexts_.completed) + " - success for ", modules);
         for (auto& entry : entries) {
             if (!entry)
                 logUnreadable("a module", entry.error());
@@ -112,14 +112,14 @@ private:
     static std::string nameIn(const std::optional<std::string>& moduleName) { return moduleName.value_or("a module"); }
 
     const Feature feature_;
-    const Words words_;
+    const LogTexts logTexts_;
 
-    mutable std::mutex mutex_;
-    std::shared_ptr<ModuleBatch> prepared_;  ///< by `initiate`, for `execute`
-    std::deque<Run> waiting_;
-    bool isRunning_ = false;
-    std::shared_ptr<ModuleBatch> running_;
-    Callbacks callbacks_;
+    mutable platform::Mutex mutex_;
+    std::shared_ptr<ModuleBatch> prepared_ TARVO_GUARDED_BY(mutex_);  ///< by `initiate`, for `execute`
+    std::deque<Run> waiting_ TARVO_GUARDED_BY(mutex_);
+    bool isRunning_ TARVO_GUARDED_BY(mutex_) = false;
+    std::shared_ptr<ModuleBatch> running_ TARVO_GUARDED_BY(mutex_);
+    Callbacks callbacks_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo

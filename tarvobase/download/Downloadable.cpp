@@ -6,13 +6,13 @@ namespace tarvo {
 
 namespace {
 
-/// From ready on, dependencies no longer matter.
+/// Dependencies no longer matter once a step is ready.
 bool hasLeftWaiting(ProcessState state) {
     return state == ProcessState::completed || state == ProcessState::inProgress ||
            state == ProcessState::readyForExecution;
 }
 
-/// Steps and dependencies alike.
+/// Works on steps and on dependencies.
 constexpr auto hasCompleted = [](auto& one) { return one.state == ProcessState::completed; };
 
 }  // namespace

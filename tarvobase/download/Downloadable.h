@@ -9,7 +9,7 @@
 
 namespace tarvo {
 
-/// The steps of the first download, by the names that the settings and the dependencies use.
+/// The steps of the first download. Settings and dependencies use their names.
 enum class Process { appInit, currency, permission, currentUser, metadata, customviews, initialRecords, pipelines };
 
 template <>
@@ -34,39 +34,40 @@ struct ProcessDependency {
 
 class Downloadable;
 
-/// Hears how a step goes on, on the queue of the step's work.
+/// The observer of a step. It is called on the queue on which the step works.
 class DownloadProgressible : public virtual platform::Object {
 public:
     virtual void didComplete(Downloadable& step, bool status) = 0;
     virtual void progressDidUpdate(Downloadable& step, int current, int total) = 0;
 };
 
-/// A step of the first download. Its state and its dependencies belong to the runner, which touches them on one queue.
+/// A step of the first download. Its state and its dependencies belong to the runner, which accesses them on one queue.
 class Downloadable : public virtual platform::Object {
 public:
     virtual Process processName() const = 0;
     ProcessState state = ProcessState::initiated;
     std::vector<ProcessDependency> dependencyList;
     std::weak_ptr<DownloadProgressible> delegate;
-    /// Who hears of failures, on the queue of the step's work. Set before `execute`.
+    /// Receives failures on the queue on which the step works. Set before `execute`.
     std::weak_ptr<CommonErrorProtocol> errorResponder;
 
-    /// Prepares the step once the init data are stored. Empty for most.
+    /// Prepares the step after the init data are stored. Most steps need no preparation.
     virtual void initiate() {}
-    /// Units of progress that the step will report.
+    /// Returns how many units of progress the step will report.
     virtual int totalCallsCount() const { return 1; }
-    /// Starts the step and returns. The delegate hears `didComplete` once, perhaps before this returns.
+    /// Starts the step and returns. `didComplete` is called once, possibly before this returns.
     virtual void execute() = 0;
 
     void markCompleted() { state = ProcessState::completed; }
-    /// Ready when every dependency is completed, else waiting. A step that is ready, runs or is completed stays so.
+    /// Makes a step ready if all of its dependencies are completed, otherwise waiting. A step that is ready, in
+    /// progress or completed keeps its state.
     void updateState();
-    /// Notes that a process is completed, for a step that is not yet ready.
+    /// Marks a dependency as completed. Has no effect on a step that is already ready.
     void updateDependency(Process process);
 };
 
-/// Executes the steps that are ready, in their order, and marks each as in progress once its `execute` has returned.
-/// True, with nothing done, when all are completed.
+/// Executes the steps that are ready, in their order, and marks each as in progress after its `execute` has returned.
+/// Returns true and does nothing if all steps are completed.
 bool executeProcess(const std::vector<std::shared_ptr<Downloadable>>& steps);
 
 }  // namespace tarvo

@@ -16,7 +16,7 @@ void FlaggedStep::execute(Callback success, Callback failure) {
 
 void FlaggedStep::answered(const NetworkAnswer& answer) {
     auto& error = answer.error;
-    // The flag stays clear, and a run that is cut off must not count as one that has come to its end.
+    // The flag stays clear, and a run that is cut off must not be reported as one that has ended.
     if (error && error->kind == NetworkError::Kind::shutDown) return;
     if (error) {
         tellFailure(errorResponder, *error);

@@ -14,34 +14,35 @@
 
 namespace tarvo {
 
-/// A step of the first download that is one request, with a flag in the account's settings that says it is done. The
-/// order of events:
+/// A step of the first download that consists of one request. A flag in the account's settings records that it is done.
+/// The order of events:
 ///
-///     execute -> the flag is set: the delegate hears `didComplete(true)`, and nothing else happens
+///     execute -> the flag is set: `didComplete(true)`, and nothing else happens
 ///             -> `request` -> `store` -> the flag -> the success closure -> `didComplete(true)`
-///                          -> no answer, or none that can be used: the failure closure -> `didComplete(false)`
+///                          -> no answer, or an unusable one: the failure closure -> `didComplete(false)`
 ///
-/// A failed step keeps its flag clear, so that the next run asks again. The failure is logged, and `errorResponder`
-/// hears of it: `networkResponseError` or `noAuthtoken` of the transport, `parsingError` of the answer.
+/// A failed step leaves its flag clear, so the next run asks again. The failure is logged and reported to
+/// `errorResponder`: `networkResponseError` or `noAuthtoken` if the transport failed, `parsingError` if the answer is
+/// unusable.
 ///
-/// The answer is read, stored and told on the network queue. A step is executed once. Held by `shared_ptr`; one that is
-/// let go meanwhile, or a program that shuts down, ends without a report.
+/// The answer is parsed, stored and reported on the network queue. A step is executed once and is held by `shared_ptr`.
+/// It ends without a report if it is released before the answer comes, or if the program shuts down.
 class FlaggedStep : public virtual Downloadable {
 public:
     using Callback = std::function<void()>;
 
     void execute() final { execute({}, {}); }
-    /// The same, and tells the caller too, just before the delegate. Neither closure is called when the flag was set.
+    /// Does the same and calls one of the closures just before the delegate. Calls neither if the flag was already set.
     void execute(Callback success, Callback failure);
 
 protected:
     explicit FlaggedStep(UserDefaultsUtil userDefaultsUtil) : userDefaultsUtil_(std::move(userDefaultsUtil)) {}
 
-    /// Sends the request. Without what it takes to ask, says so through `fail` and sends nothing.
+    /// Sends the request. Calls `fail` and sends nothing if the data that the request needs are missing.
     virtual void request(NetworkCompletion answered) = 0;
-    /// Reads an answer and stores what it brings: all of it, or nothing and the error.
+    /// Parses an answer and stores all of its content. Stores nothing and returns the error if it cannot be parsed.
     virtual Result<platform::Nothing, ParserError> store(const Data& body) = 0;
-    /// Called when `store` has succeeded. Only a step that defers its storing defers the flag.
+    /// Called after `store` has succeeded. Sets the flag; a step that stores later overrides this and sets it later.
     virtual void markStored() { setFlag(); }
 
     void setFlag() { userDefaultsUtil_.setCompleted(flag()); }

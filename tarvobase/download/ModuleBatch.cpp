@@ -22,24 +22,26 @@ constexpr std::string_view shortPattern =
     "SalesOrders|PurchaseOrders|Invoices|Forecasts|PotContacts|Forecast History|Forecast Details|Emails|"
     "(CustomModule([1-9]|[1-9][0-9]|100))|AdditionalModules|CheckIns|SalesInbox";
 
-constexpr std::string_view notOfMetadata[] = {"Dashboards", "Approvals"};
-constexpr std::string_view alsoOfMetadata[] = {"Campaigns", "Notes", "Attachments", "Consents"};
-constexpr std::string_view notOfViews[] = {"Calls", "Events", "Tasks", "Dashboards"};
-constexpr std::string_view alsoOfViews[] = {"Activities"};
-constexpr std::string_view notOfRecords[] = {"Dashboards"};
+constexpr std::string_view modulesWithoutMetadata[] = {"Dashboards", "Approvals"};
+constexpr std::string_view modulesAlwaysWithMetadata[] = {"Campaigns", "Notes", "Attachments", "Consents"};
+constexpr std::string_view modulesWithoutViews[] = {"Calls", "Events", "Tasks", "Dashboards"};
+constexpr std::string_view modulesAlwaysWithViews[] = {"Activities"};
+constexpr std::string_view modulesWithoutRecords[] = {"Dashboards"};
 
-struct FeatureFacts {
+struct FeatureTraits {
     Process process;
     std::string_view pattern;
     BatchNames removed;
     BatchNames added;
-    bool takesLinkingModules;
+    bool includesLinkingModules;
 };
 
-const FeatureFacts& factsOf(Feature feature) {
-    static constexpr FeatureFacts metadata{Process::metadata, longPattern, notOfMetadata, alsoOfMetadata, true};
-    static constexpr FeatureFacts views{Process::customviews, shortPattern, notOfViews, alsoOfViews, false};
-    static constexpr FeatureFacts records{Process::initialRecords, shortPattern, notOfRecords, {}, false};
+const FeatureTraits& traitsOf(Feature feature) {
+    static constexpr FeatureTraits metadata{Process::metadata, longPattern, modulesWithoutMetadata,
+                                            modulesAlwaysWithMetadata, true};
+    static constexpr FeatureTraits views{Process::customviews, shortPattern, modulesWithoutViews,
+                                         modulesAlwaysWithViews, false};
+    static constexpr FeatureTraits records{Process::initialRecords, shortPattern, modulesWithoutRecords, {}, false};
     switch (feature) {
         case Feature::metadaInfo:
             return metadata;
@@ -51,11 +53,11 @@ const FeatureFacts& factsOf(Feature feature) {
     return records;
 }
 
-/// The patterns hold no repetition, so a name of any length costs no depth.
+/// The patterns contain no repetition, so a long name does not make the match recurse deeply.
 std::regex compiled(std::string_view pattern) { return std::regex(pattern.begin(), pattern.end()); }
 
-/// Pieces of at most `count` modules. A setting of 0 or less would never start anything.
-ModuleBatch::Batches cut(const std::vector<Module>& modules, std::optional<int> count) {
+/// Divides modules into batches of at most `count`. Batches of no modules would never complete a download.
+ModuleBatch::Batches batchesOf(const std::vector<Module>& modules, std::optional<int> count) {
     auto wanted = count.value_or(ModuleBatchConstant::shared().moduleCountPerBatch.get());
     auto size = static_cast<std::size_t>(std::max(1, wanted));
     ModuleBatch::Batches batches;
@@ -67,26 +69,22 @@ ModuleBatch::Batches cut(const std::vector<Module>& modules, std::optional<int> 
     return batches;
 }
 
-bool isNamedIn(ModuleBatchConstant::Names names, std::string_view name) {
-    return std::ranges::find(names, name) != names.end();
-}
-
 }  // namespace
 
 ModuleBatchConstant& ModuleBatchConstant::shared() {
     return platform::ProcessState::current().get<ModuleBatchConstant>();
 }
 
-Process ModuleBatchConstant::processOf(Feature feature) { return factsOf(feature).process; }
-std::string_view ModuleBatchConstant::getPattern(Feature feature) { return factsOf(feature).pattern; }
-BatchNames ModuleBatchConstant::removeModule(Feature feature) { return factsOf(feature).removed; }
-BatchNames ModuleBatchConstant::addModule(Feature feature) { return factsOf(feature).added; }
+Process ModuleBatchConstant::processOf(Feature feature) { return traitsOf(feature).process; }
+std::string_view ModuleBatchConstant::getPattern(Feature feature) { return traitsOf(feature).pattern; }
+BatchNames ModuleBatchConstant::removeModule(Feature feature) { return traitsOf(feature).removed; }
+BatchNames ModuleBatchConstant::addModule(Feature feature) { return traitsOf(feature).added; }
 
 void ModuleBatchConstant::additionalModules(Feature feature, std::set<std::string>& names,
                                             const std::vector<Module>& allModule) {
-    std::erase_if(names, [&](auto& name) { return isNamedIn(removeModule(feature), name); });
+    for (auto name : removeModule(feature)) names.erase(std::string(name));
     for (auto name : addModule(feature)) names.emplace(name);
-    if (!factsOf(feature).takesLinkingModules) return;
+    if (!traitsOf(feature).includesLinkingModules) return;
     for (auto& module : allModule)
         if (std::ranges::find(supportedLinkingModule, module.type) != supportedLinkingModule.end())
             names.insert(module.moduleName);
@@ -115,7 +113,7 @@ std::vector<std::string> ModuleBatch::removeUnSupportedModules(const std::vector
                                                                  SettingName::supportedModules);
     if (setting) {
         auto supported = text::split(setting->defaultSettings, ",");
-        std::erase_if(names, [&](auto& name) { return std::ranges::find(supported, name) == supported.end(); });
+        std::erase_if(names, [&](auto& name) { return !text::contains(supported, name); });
     } else {
         auto pattern = compiled(ModuleBatchConstant::getPattern(feature_));
         std::erase_if(names, [&](auto& name) { return !std::regex_match(name, pattern); });
@@ -130,12 +128,12 @@ ModuleBatch::Batches ModuleBatch::getModuleBatch(const std::vector<std::string>&
     ModuleBatchConstant::additionalModules(feature_, wanted, all);
     std::erase_if(wanted, [&](auto& name) { return persistance_.userDefaultsUtil.isCompleted(flagOf(name)); });
     std::erase_if(all, [&](auto& module) { return !wanted.contains(module.moduleName); });
-    return cut(all, count);
+    return batchesOf(all, count);
 }
 
 const ModuleBatch::Batches& ModuleBatch::initiateBatchOfAll(const std::vector<Module>& modules,
                                                             std::optional<int> moduleCountPerBatch) {
-    batch_ = cut(modules, moduleCountPerBatch);
+    batch_ = batchesOf(modules, moduleCountPerBatch);
     return batch_;
 }
 
@@ -149,7 +147,7 @@ void ModuleBatch::batchCompleted(const std::vector<Module>& modules) {
     for (auto& module : modules) flags.setCompleted(flagOf(module.moduleName));
     bool isLast = false;
     {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         ++completedBatchCount_;
         --currentParallelCount_;
         isLast = completedBatchCount_ == batch_.size() || batch_.empty();
@@ -159,7 +157,7 @@ void ModuleBatch::batchCompleted(const std::vector<Module>& modules) {
 }
 
 int ModuleBatch::completedBatchCount() const {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return static_cast<int>(completedBatchCount_);
 }
 
@@ -168,7 +166,7 @@ std::string ModuleBatch::flagOf(const std::string& moduleName) const {
 }
 
 std::optional<std::vector<Module>> ModuleBatch::takeNext() {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     if (currentParallelCount_ >= parallelBatchCount_ || batchIndex_ == batch_.size()) return std::nullopt;
     ++currentParallelCount_;
     return batch_[batchIndex_++];

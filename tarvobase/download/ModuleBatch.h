@@ -2,7 +2,6 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <span>
@@ -10,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/Setting.h"
 #include "tarvobase/download/Downloadable.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
@@ -19,42 +19,45 @@
 
 namespace tarvo {
 
-/// How downloads that go by modules are cut, and which modules each takes.
+/// The settings of downloads that work module by module: how modules are divided into batches, and which modules each
+/// feature covers.
 struct ModuleBatchConstant {
-    /// Larger batches make an answer that the server may cut off and that is lost as a whole; more of them at once take
-    /// the connection from what the user waits for. Less than 1 counts as 1.
+    /// Larger batches produce answers that the server may cut off and that are then lost as a whole. More batches at
+    /// once take bandwidth from the requests that the user waits for. Values below 1 count as 1.
     Setting<int> moduleCountPerBatch{4};
     Setting<int> parallelBatchCount{2};
 
     static ModuleBatchConstant& shared();
 
-    /// What is downloaded.
+    /// The kinds of content that are downloaded.
     enum class Feature { metadaInfo, customView, initialRecords };
     using Names = std::span<const std::string_view>;
 
-    /// The step whose raw value stands in front of the stored flags.
+    /// Returns the step whose raw value is the prefix of the stored flags.
     static Process processOf(Feature feature);
-    /// The names that are supported while the server names none: a regular expression over a whole name.
+    /// Returns a regular expression over whole names. It says which modules are supported if the server sends no list.
     static std::string_view getPattern(Feature feature);
-    /// Names that never take part, and names that take part whether supported or not.
+    /// Returns the modules that are never downloaded.
     static Names removeModule(Feature feature);
+    /// Returns the modules that are downloaded whether or not they are supported.
     static Names addModule(Feature feature);
-    /// Takes the one out and puts the other in; for metadata also the modules that others are linked by.
+    /// Removes the former from `names` and adds the latter. For metadata it also adds the linking modules.
     static void additionalModules(Feature feature, std::set<std::string>& names, const std::vector<Module>& allModule);
 };
 
-/// Does the work of a batch. Called on the thread that starts the batches or that completes one.
+/// Does the work of a batch. It is called on the thread that starts the batches or that completes one.
 class ModuleBatchDelegate : public virtual platform::Object {
 public:
-    /// Starts the work and returns; `batchCompleted` is called when it is done, well or not.
+    /// Starts the work and returns. The delegate calls `batchCompleted` when the work has ended, also after a failure.
     virtual void nextBatch(const std::vector<Module>& modules) = 0;
-    /// Every batch is done. Once a run.
+    /// Called once per run, after the last batch.
     virtual void allBatchesCompleted() = 0;
 };
 
-/// Works out which modules a download still has to ask for, cuts them into batches and keeps a bounded number of these
-/// under way. A flag a module and feature, in the settings of the current account, says what is done, so that a later
-/// run asks only for the rest. For one run: `initiateBatch`, `start`, `batchCompleted` for each batch from any thread.
+/// Determines which modules a download still has to request, divides them into batches and keeps a bounded number of
+/// batches in progress. A flag per module and feature, in the settings of the current account, records what is already
+/// done, so that a later run requests only the rest. An object serves one run: `initiateBatch`, `start`, then
+/// `batchCompleted` for each batch, from any thread.
 class ModuleBatch : public virtual platform::Object {
 public:
     using Feature = ModuleBatchConstant::Feature;
@@ -69,17 +72,18 @@ public:
 
     std::weak_ptr<ModuleBatchDelegate> delegate;
 
-    /// The batches of those of the modules that the feature takes and that are not done, in the order in which they are
-    /// stored; of all stored modules when none is given. No batches when the modules cannot be read.
+    /// Makes batches of the given modules, or of all stored modules if none is given. Leaves out the modules that the
+    /// feature does not cover and those that are already done. The modules keep the order in which they are stored.
+    /// Makes no batches if the modules cannot be read.
     virtual const Batches& initiateBatch(const std::vector<Module>& modules,
                                          std::optional<int> moduleCountPerBatch = std::nullopt);
-    /// The batches of exactly these modules, in their order, whether or not they are done.
+    /// Makes batches of exactly these modules, in their order, whether or not they are already done.
     const Batches& initiateBatchOfAll(const std::vector<Module>& modules,
                                       std::optional<int> moduleCountPerBatch = std::nullopt);
 
-    /// Starts the first batches. Without any, all are completed at once.
+    /// Starts the first batches. Completes the run at once if there are no batches.
     void start();
-    /// What there is of these modules is stored, or given up: sets their flags and starts what comes next.
+    /// Ends a batch, which is stored or has failed: sets the flags of its modules and starts the next batch.
     void batchCompleted(const std::vector<Module>& modules);
 
     int completedBatchCount() const;
@@ -101,30 +105,30 @@ private:
     const Feature feature_;
     const int parallelBatchCount_;
     // Two batches may complete while the first ones are still being started.
-    mutable std::mutex mutex_;
-    std::size_t batchIndex_ = 0;
-    std::size_t completedBatchCount_ = 0;
-    int currentParallelCount_ = 0;
+    mutable platform::Mutex mutex_;
+    std::size_t batchIndex_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::size_t completedBatchCount_ TARVO_GUARDED_BY(mutex_) = 0;
+    int currentParallelCount_ TARVO_GUARDED_BY(mutex_) = 0;
 };
 
-/// The batches of the modules that have a default view, and the view of each.
+/// The batches of the modules that have a default view, with the view of each module.
 class CVModuleBatch final : public ModuleBatch {
 public:
     CVModuleBatch(Feature feature, Persistance persistance, std::shared_ptr<CustomViewPersistanceDelegate> cvDAO)
         : ModuleBatch(feature, std::move(persistance)), cvDAO_(std::move(cvDAO)) {}
 
-    /// Without an answer about the default views the batches stay as they are.
+    /// Leaves the batches unchanged if the default views cannot be read.
     const Batches& initiateBatch(const std::vector<Module>& modules,
                                  std::optional<int> moduleCountPerBatch = std::nullopt) override;
 
-    /// By module name; of two default views of a module the later one. Settled by `initiateBatch`.
+    /// Maps module names to views; the later of two default views of a module counts. Filled by `initiateBatch`.
     std::map<std::string, CustomView> moduleCVMap;
 
 private:
     const std::shared_ptr<CustomViewPersistanceDelegate> cvDAO_;
 };
 
-/// A module whose records are asked for, and the view that says which.
+/// A module whose records are requested, and the view that selects them.
 struct CVRecordsParams {
     Module module;
     CustomView cv;

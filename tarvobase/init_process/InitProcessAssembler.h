@@ -8,15 +8,15 @@
 
 namespace tarvo {
 
-/// Which steps a first download has behind the init call.
+/// Says which steps a first download has after the init call.
 enum class InitSteps { withoutPipelines, all };
 
-/// A first download over the adapters: its steps, each with a network service of its own, failures chained to the use
-/// case. `databaseAdapter` must be the account's open database and the configuration's too.
+/// Makes a first download over the adapters. Each step has a network service of its own and reports failures to the use
+/// case. `databaseAdapter` must be the account's open database, and also that of the configuration.
 std::shared_ptr<InitProcessUseCase> makeInitProcessUseCase(const BaseAssemblerWithDatabaseUserDefaults& assembler,
                                                            InitSteps steps);
 
-/// Builds a first download and starts it. An assembler serves one run and holds its use case, so letting it go ends the
+/// Builds a first download and starts it. An assembler serves one run. It holds the use case, so releasing it ends the
 /// run.
 template <InitSteps steps>
 class BasicInitProcessAssembler final : public BaseAssemblerWithDatabaseUserDefaults {
@@ -28,7 +28,7 @@ public:
     std::shared_ptr<InitProcessUseCaseDelegate> initProcessUseCaseDelegate() const {
         return initProcessUseCase->delegate.lock();
     }
-    /// Held weakly. Set before `startInitProcess`.
+    /// Sets the delegate, which is held weakly. Call it before `startInitProcess`.
     void setInitProcessUseCaseDelegate(std::weak_ptr<InitProcessUseCaseDelegate> delegate) {
         initProcessUseCase->delegate = std::move(delegate);
     }

@@ -9,11 +9,11 @@ namespace tarvo {
 
 class InitProcessDataManagerProtocol : public virtual platform::Object {
 public:
-    /// Notes across launches that the first download of an account is complete.
+    /// Records across launches that the first download of an account is complete.
     virtual void initProcessCompleteForUser(const std::string& with) = 0;
 };
 
-/// Keeps that note in the settings store.
+/// Keeps the record in the settings store.
 class InitProcessDataManager final : public InitProcessDataManagerProtocol {
 public:
     explicit InitProcessDataManager(std::shared_ptr<UserDefaultsProtocol> userDefaultsAdapter)

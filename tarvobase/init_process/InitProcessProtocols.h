@@ -9,7 +9,7 @@ namespace tarvo {
 
 class InitProcessUseCaseProtocol;
 
-/// Failures of the init call and of the steps behind it.
+/// The failures of the init call and of the steps after it.
 class AppInitDataErrorProtocol : public virtual CommonErrorProtocol {};
 
 class AppInitDataErrorProtocolWithChaining : public virtual AppInitDataErrorProtocol,
@@ -21,17 +21,18 @@ public:
     }
 };
 
-/// What the host hears of a first download. Failures come on the main queue.
+/// The host's observer of a first download. Failures are reported on the main queue.
 ///
-/// When the init call fails there is no completion, and the failure is all that comes: the run stays where it is, and
-/// the next one starts over. A failure of any other step leaves that step for done, and the run goes on.
+/// If the init call fails, only the failure is reported: the run stops there without a completion, and the next run
+/// starts over. If any other step fails, that step counts as done, and the run continues.
 class InitProcessUseCaseDelegate : public AppInitDataErrorProtocol {
 public:
-    /// Every step is done and the account is noted as complete. Once a run, on the run's own queue and not on the main
-    /// one; the report of the last percentage follows on the main queue, also when the use case is let go here.
+    /// Called once per run when every step is done and the account is recorded as complete. Comes on the run's own
+    /// queue, not on the main queue. The last percentage is reported afterwards on the main queue, even if the use case
+    /// is released here.
     virtual void initProcessCompleted(InitProcessUseCaseProtocol& by) = 0;
-    /// How much of the whole download is done, in percent from 0 to 100, on the main queue. It never goes down, also
-    /// not from one run to the next. `isSucess` is false in the reports of a step that failed.
+    /// Reports on the main queue how much of the whole download is done, in percent from 0 to 100. The value never
+    /// decreases, also not from one run to the next. `isSucess` is false in the reports of a step that failed.
     virtual void progressDidUpdate(InitProcessUseCaseProtocol& by, double value, bool isSucess) {
         static_cast<void>(by), static_cast<void>(value), static_cast<void>(isSucess);
     }
@@ -40,7 +41,7 @@ public:
 /// The first download of an account.
 class InitProcessUseCaseProtocol : public DelegateUseCase<InitProcessUseCaseDelegate> {
 public:
-    /// Starts the download and returns. Once an object: another run takes a new object.
+    /// Starts the download and returns. Called once per object: another run needs a new object.
     virtual void startInitProcess() = 0;
 };
 

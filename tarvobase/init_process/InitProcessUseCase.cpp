@@ -43,7 +43,7 @@ void InitProcessUseCase::didComplete(Downloadable& step, bool status) {
 }
 
 void InitProcessUseCase::continueDownloadableExecution(Downloadable& step, bool status) {
-    // A step completes once: a second time must not note the account twice.
+    // A second completion of a step must not record the account twice.
     if (step.state == ProcessState::completed) return;
     switch (step.processName()) {
         case Process::currentUser:
@@ -62,7 +62,7 @@ void InitProcessUseCase::continueDownloadableExecution(Downloadable& step, bool 
 
 void InitProcessUseCase::appInitDataFetchedAndSaved(AppInitDataManager&) { parts_.currentUserDM->storeParsedUser(); }
 
-/// Every step is counted before the first one starts, so that a step that completes at once finds its count.
+/// Counts every step before the first one starts, so that a step that completes at once finds its count.
 void InitProcessUseCase::initiateList(bool status) {
     for (auto& step : parts_.downloadableList) {
         step->initiate();
@@ -80,7 +80,7 @@ void InitProcessUseCase::updateDownloadable(Downloadable& step, bool status) {
     auto count = downloadableProcess_.find(step.processName());
     if (count != downloadableProcess_.end())
         progressUpdate(step, {.total = count->second.total, .current = count->second.total}, status);
-    if (allCompleted) stayUntilReported();
+    if (allCompleted) keepAliveUntilReported();
 }
 
 void InitProcessUseCase::initialDownloadCompleted() {
@@ -91,8 +91,8 @@ void InitProcessUseCase::initialDownloadCompleted() {
         true, [id](InitialProcessComplete& observer) { observer.initialProcessComplete(id); });
 }
 
-/// A host lets go of a run that is complete; the last percentages are still on their way through both queues.
-void InitProcessUseCase::stayUntilReported() {
+/// A host releases a run that is complete while the last percentages are still queued on both queues.
+void InitProcessUseCase::keepAliveUntilReported() {
     synchronizingQueue_->async([self = platform::strongSelf(this)]() mutable {
         CommonUtils::performAsyncInMain([self = std::move(self)] {});
     });

@@ -14,22 +14,22 @@
 
 namespace tarvo {
 
-/// Runs the steps of the first download and tells a host how far it is. The order of events:
+/// Runs the steps of the first download and reports the progress to a host. The order of events:
 ///
 ///     startInitProcess
 ///       -> currentUser, alone
-///       -> appInit, whatever became of currentUser; unusable: the run stays here and only the failure is told
-///       -> the list: each step is initiated and counted, those without dependencies start side by side
+///       -> appInit, also if currentUser failed; if it fails, the run stops here and only the failure is reported
+///       -> the list: each step is initiated and counted, and the steps without dependencies start in parallel
 ///       -> each completed step makes others ready, which start at once
-///       -> all completed: the account is noted, the delegate and `InitialProcessComplete` hear of it
+///       -> all completed: the account is recorded, the delegate and `InitialProcessComplete` are notified
 ///
-/// A step's own way is `initiated` -> `waitingForDependency` or `readyForExecution` -> `inProgress` -> `completed`.
-/// A step that fails is completed all the same: what it lacks comes with a later sync, and one refused call must not
-/// keep the user from the rest.
+/// The states of a step are `initiated` -> `waitingForDependency` or `readyForExecution` -> `inProgress` ->
+/// `completed`. A step that fails is also completed: a later sync brings the missing content, and one refused call must
+/// not keep the user from the rest.
 ///
 /// Steps report from whatever queue they work on; everything here happens on one serial queue. The host holds the use
-/// case: letting it go ends the run quietly, and the flags of the steps let a later run begin where this one stopped.
-/// Flags and percentage belong to the account of the moment, so it must be let go before another account is chosen.
+/// case: releasing it ends the run silently, and the flags of the steps let a later run continue from there. Flags and
+/// percentage belong to the current account, so the host releases the use case before it selects another account.
 class InitProcessUseCase final : public InitProcessUseCaseProtocol,
                                  public DownloadProgressible,
                                  public AppInitDataManagerDelegate,
@@ -44,17 +44,17 @@ public:
         std::vector<std::shared_ptr<Downloadable>> downloadableList;
         std::shared_ptr<PopulateRelatedModulesDMP> populateRelatedModulesDM;
     };
-    /// Becomes the delegate of the steps and hears of their failures. Reports the percentage of the last run on the
-    /// main queue, to the delegate that is set by then.
+    /// Makes a use case that is the delegate and the error responder of the steps. It reports the percentage of the
+    /// last run on the main queue, to the delegate that is set by then.
     static std::shared_ptr<InitProcessUseCase> make(Parts parts);
 
     void startInitProcess() override;
-    /// The steps and what they work with, for a host that puts itself between a step and the run. Before the start.
+    /// Returns the parts, for a host that puts itself between a step and the run. Called before the start.
     const Parts& parts() const { return parts_; }
 
     void didComplete(Downloadable& step, bool status) override;
     void progressDidUpdate(Downloadable& step, int current, int total) override;
-    /// The tables are there: the user who was kept is stored, since steps of the list read that row.
+    /// Stores the current user, now that the tables exist. Steps of the list read that row.
     void appInitDataFetchedAndSaved(AppInitDataManager& by) override;
 
     std::shared_ptr<AppInitDataErrorProtocol> nextAppInitDataErrorProtocolResponder() override {
@@ -73,14 +73,14 @@ private:
     void initiateList(bool status);
     void updateDownloadable(Downloadable& step, bool status);
     void initialDownloadCompleted();
-    void stayUntilReported();
+    void keepAliveUntilReported();
     void progressUpdate(const Downloadable& step, Count count, bool status);
     void calculateProgressPercent(Process process, Count count);
     void reportProgress(bool status);
 
     Parts parts_;
     const std::shared_ptr<DispatchQueue> synchronizingQueue_ = DispatchQueue::serial("InitialDownloadQueue");
-    // On the queue above from the start of the run on.
+    // Accessed on the queue above after the run has started.
     double processPercent_ = 0;
     std::map<Process, Count> downloadableProcess_;
 };

@@ -12,14 +12,14 @@ namespace tarvo {
 
 class DatabaseAdapter;
 
-/// What a download of first records needs around it. Every operation blocks its caller; from any thread.
+/// Prepares a download of first records and records its end. From any thread; every operation blocks its caller.
 class InitRecordProcessDataManagerProtocol : public virtual platform::Object {
 public:
-    /// Creates the record tables of all stored modules from the statements that metadata brought. A statement that
-    /// fails, such as one of a table that is there, is logged by the adapter and costs itself alone.
+    /// Creates the record tables of all stored modules from the statements in their metadata. The adapter logs a
+    /// statement that fails, for example because the table exists; the others still run.
     virtual void createTableForAllModules() = 0;
     virtual void resetRecordDownloadedForAllModules() = 0;
-    /// Notes across launches that the first download of an account is complete.
+    /// Records across launches that the first download of an account is complete.
     virtual void initRecordProcessCompleteForUser(const std::string& with) = 0;
     virtual void storeNumberOfRecordsDownloaded(std::int64_t is, const std::string& for_) = 0;
 };

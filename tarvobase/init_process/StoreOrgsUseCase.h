@@ -9,19 +9,19 @@
 
 namespace tarvo {
 
-/// Hears how `StoreOrgsUseCase` ended, on the main queue: `orgsStored`, or `noOrgsFetched`.
+/// The delegate of `StoreOrgsUseCase`. One of `orgsStored` and `noOrgsFetched` is called on the main queue.
 class StoreOrgsUseCaseDelegate : public StoreOrgsErrorProtocol {
 public:
     virtual void orgsStored() {}
 };
 
-/// Hears of the data manager, on the queue of the work.
+/// The delegate of the data manager, called on the queue of its work.
 class StoreOrgsDataManagerDelegate : public StoreOrgsErrorProtocol {
 public:
     virtual void orgsStored() {}
 };
 
-/// Stores the organisations that an init call brings, and nothing else of it.
+/// Makes the init call and stores the organisations of its answer. Ignores the rest of the answer.
 class StoreOrgsDataManager final : public AppInitNetworkServiceDelegate {
 public:
     StoreOrgsDataManager(std::shared_ptr<OrganisationPersistance> orgsPersistance,
@@ -36,9 +36,9 @@ private:
     std::shared_ptr<AppInitNetworkServiceProtocol> initNetworkService_;
 };
 
-/// Brings the list of organisations up to date. `storeOrgs` returns at once; its delegate hears exactly one of the two
-/// ends, unless it or the use case is gone. An answer without the organisations leaves the stored list alone and counts
-/// as a failure. Held by `shared_ptr`.
+/// Updates the stored list of organisations. `storeOrgs` returns at once. Exactly one operation of the delegate is
+/// called, unless the delegate or the use case has been released. An answer without organisations leaves the stored
+/// list unchanged and counts as a failure. Held by `shared_ptr`.
 class StoreOrgsUseCase final : public DelegateUseCase<StoreOrgsUseCaseDelegate>, public StoreOrgsDataManagerDelegate {
 public:
     static std::shared_ptr<StoreOrgsUseCase> make();

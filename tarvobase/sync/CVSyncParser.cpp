@@ -12,7 +12,7 @@ namespace tarvo {
 
 namespace {
 
-/// Places in a row.
+/// Positions in a row.
 enum ViewColumn : std::size_t {
     viewId,
     viewName,
@@ -29,12 +29,12 @@ enum ViewColumn : std::size_t {
     criteria,
     columnCount
 };
-// The server's own criteria come in shorter rows, whose further columns read as empty.
+// Rows with the server's own criteria may be shorter; their missing columns read as empty.
 constexpr std::size_t leastWithServerCriteria = serverReplaceList;
 
 constexpr std::string_view activities = "Activities";
 
-/// A list of texts joined; the empty text for anything else, so that the columns shown never cost a view.
+/// Joins a list of texts. Returns an empty text for anything else, so that bad list columns never cost a view.
 std::string joined(const Value& value) {
     std::vector<std::string> texts;
     if (auto list = value.asList())
@@ -43,7 +43,7 @@ std::string joined(const Value& value) {
     return text::join(texts, ",");
 }
 
-/// Activities show the views of three modules, of which the server marks none: theirs are known by name.
+/// Activities show the views of three modules. The server marks none of them, so they are recognised by name.
 bool getDefault(const CustomView& view, const std::string& flag, const std::string& moduleName) {
     if (moduleName == "Calls") return view.viewDisplayName == "My Calls";
     if (moduleName == "Events") return view.viewDisplayName == "My Events";
@@ -58,7 +58,7 @@ std::vector<std::string> getModuleList(const CustomViewOfflineQuery& query, cons
     return modules;
 }
 
-/// A row with what it says of itself, before it is known for which modules it holds.
+/// A parsed row, before the modules to which it applies are known.
 struct ReadRow {
     CustomView view;
     std::string defaultFlag;
@@ -118,7 +118,7 @@ Result<std::vector<CustomView>, ParserError> CVSyncParser::parseResult(const Val
     for (auto& value : rows) {
         auto list = value.asList();
         if (!list) {
-            platform::log(platform::LogLevel::warning, "list view", "a custom view is left out: it is no row");
+            platform::log(platform::LogLevel::warning, "list view", "a custom view is left out: it is not a row");
             continue;
         }
         if (auto row = readRow(*list, hasServerCriteria)) append(views, *std::move(row), info.moduleName);

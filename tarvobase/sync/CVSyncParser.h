@@ -8,9 +8,9 @@
 
 namespace tarvo {
 
-/// Reads an answer with views: an entry a module, its data a list of positional rows. A row that cannot be read, or
-/// whose criteria cannot be compiled, costs itself and is logged by the view's name; its siblings stay. A view whose
-/// criteria only the server can judge stays, as one that needs the server.
+/// Parses an answer with views: one entry per module, whose data are a list of positional rows. A row that cannot be
+/// read, or whose criteria cannot be compiled, is left out and logged with the view's name; the other rows stay. A view
+/// whose criteria only the server can evaluate stays and is marked as one that needs the server.
 class CVSyncParser final : public ParserProtocol<std::vector<CustomView>, ParsedPermissionInfo> {
 public:
     Result<std::vector<CustomView>, ParserError> parseResult(const ValueList& rows,

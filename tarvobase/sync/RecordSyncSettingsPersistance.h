@@ -10,38 +10,39 @@
 
 namespace tarvo {
 
-/// Keys under which the settings store keeps how far the records of each module are.
+/// The keys of the sync state of each module's records in the settings store.
 struct ModuleDetailsConstants {
-    /// A map from module name to a module's map, which holds the next two.
+    /// A map from module name to the module's map, which contains the next two keys.
     std::string_view ModuleDetails = "ModuleDetails";
     std::string_view LastModifiedTime = "TarvoLastModifiedTime";
     std::string_view NumberOfRecordsFetched = "TarvoNumberOfRecordsFetched";
-    /// A map from module name to the state of a round that is under way: the number and the time that it began with.
+    /// A map from module name to the state of a sync round in progress: the number of records and the time with which
+    /// it began.
     std::string_view TempKeys = "TarvoTempKeys";
     std::string_view NumberOfRecordsSynced = "TarvoNumberOfRecordsSynced";
 };
 
-/// How far the records of modules are. A read is absent when nothing was stored; a write that the store refuses is
-/// logged and changes nothing. From any thread, for several modules at once: each write is one step.
+/// The sync state of the records of modules. A read returns nullopt if nothing was stored. A write that the store
+/// refuses is logged and changes nothing. From any thread; each write is atomic, also for several modules at once.
 class RecordSettingsPersistanceProtocol : public virtual platform::Object {
 public:
-    /// The watermark: the server's time, in its own text, of the last sync that was complete.
+    /// The watermark is the server's time of the last complete sync, in the server's own text.
     virtual std::optional<std::string> getLastModifiedTime(const std::string& for_) const = 0;
     virtual void storeLastModifiedTime(const std::string& time, const std::string& for_) = 0;
 
-    /// What downloads count of a module.
+    /// The number that downloads count for a module.
     virtual void storeNumberOfRecordsDownloaded(std::int64_t number, const std::string& moduleName) = 0;
     virtual std::optional<std::int64_t> getNumberOfRecordsDownloaded(const std::string& for_) const = 0;
 
-    /// How many records a round of sync has brought so far. Absent for a round that began with another time.
+    /// The number of records of a sync round so far. Absent if the round began with another time.
     virtual void storeRecordsSynced(const std::string& moduleName, std::int64_t numberOfRecords,
                                     const std::string& lastModifiedTime) = 0;
     virtual std::optional<std::int64_t> getNumberOfRcordsSynced(const std::string& moduleName,
                                                                 const std::string& lastModifiedTime) const = 0;
 };
 
-/// The same in the settings store. Watermarks and rounds belong to the current account: with the watermark of another
-/// one a sync would pass over changes. The counts of downloads belong to no group.
+/// Keeps the sync state in the settings store. Watermarks and rounds belong to the current account, since a sync with
+/// the watermark of another account would miss changes. The counts of downloads belong to no group.
 class RecordSyncSettingsPersistance final : public RecordSettingsPersistanceProtocol {
 public:
     explicit RecordSyncSettingsPersistance(std::shared_ptr<UserDefaultsProtocol> userDefaults,

@@ -7,7 +7,7 @@
 
 namespace tarvo {
 
-/// A record that a transaction of the queue of changes touches, and how.
+/// A record on which a transaction of the change queue depends, and the kind of the dependency.
 struct RecordDependency {
     enum class Kind { add = 0, edit = 1, delete_ = 2, read = 3 };
 

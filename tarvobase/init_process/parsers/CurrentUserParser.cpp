@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t columnCount = 16;
 }
 
-// Columns 3 to 7 belong to older clients.
+// Columns 3 to 7 are for older clients.
 Result<User, ParserError> CurrentUserParser::parseResult(const ValueList& rows, const BaseResultInfo&) {
     auto& columns = singleRow(rows);
     if (columns.size() < columnCount) return ParserError(ParserError::Case::lessNumberOfKeys);

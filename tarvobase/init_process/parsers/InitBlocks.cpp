@@ -30,7 +30,7 @@ UserDetails userDetailsOf(PositionalRow row) {
     auto list = row.read<ValueList>(8).value_or(ValueList());
     PositionalRow emails(list, PositionalRow::Mode::lenient);
     details.email = emails.text(0);
-    // The last entry of a list of several is no second address: it takes three to have one.
+    // The last entry of the list is never the second address, so the list needs three entries to contain one.
     if (emails.size() >= 3) details.secondEmail = emails.read<std::string>(1);
     return details;
 }
@@ -66,7 +66,7 @@ std::optional<Organisation> organisationOf(const Value& entry) {
     return Organisation{*id, *name, *isDefault, *isDefault};
 }
 
-/// The rows of a block, each through `read`; those without the text `name` are left out.
+/// Reads each row of a block with `read` and leaves out the rows whose member `name` is empty.
 template <class T, class Read>
 std::optional<std::vector<T>> rowsOf(const ValueList& data, std::string T::*name, Read&& read) {
     auto values = readUsableRows(data, [&](PositionalRow& row) {

@@ -6,14 +6,14 @@
 
 #include "tarvobase/init_process/parsers/InitDownloadParser.h"
 
-/// Readers of the blocks of the init answer. Each gets the block's positional data and gives nothing when it cannot be
-/// read as a whole. A row that is too short takes empty texts for what it lacks, since a module or a user with a gap is
-/// of more use than none; a row that is no list, or has no name or id, is left out. Rows that are all left out make the
-/// block one of another shape, which cannot be read.
+/// Parsers of the blocks of the init answer. Each parser takes the block's positional data and returns nullopt if the
+/// block as a whole cannot be read. A row that is too short reads as if its missing columns were empty, since a module
+/// or a user with a gap is of more use than none. A row that is not a list, or that has no name or id, is left out. A
+/// block whose rows are all left out has an unknown shape and cannot be read.
 namespace tarvo {
 
 struct InitTablesParser {
-    /// Nothing when any entry is no text: a schema with a hole is none.
+    /// Returns nullopt if any entry is not a text: a schema with a hole is not usable.
     static std::optional<std::vector<std::string>> parse(const ValueList& data);
 };
 
@@ -22,12 +22,12 @@ struct InitDateTimeFormatParser {
 };
 
 struct InitModulesParser {
-    /// A `position` that is no number counts as 0.
+    /// A `position` that is not a number counts as 0.
     static std::optional<std::vector<Module>> parse(const ValueList& data);
 };
 
 struct InitUserDetailsParser {
-    /// The data are the row itself, or a list with one row.
+    /// The data are the row itself, or a list that contains only that row.
     static std::optional<UserDetails> parse(const ValueList& data);
 };
 
@@ -40,17 +40,11 @@ struct InitCompanyInfoParser {
 };
 
 struct InitOrganisationParser {
-    /// One row with a value of another type makes the whole list nothing.
+    /// Returns nullopt if any row has a value of another type.
     static std::optional<std::vector<Organisation>> parse(const ValueList& data);
 };
 
-struct InitSettingsParser {
-    /// The data are the list itself, or a list with that list alone. Nothing when a module's row does not say which
-    /// module it is about. A value that is neither a text nor a list of texts makes no setting.
-    static std::optional<std::vector<Settings>> parse(const ValueList& data);
-};
-
-/// The only entry when it is a list, else the list itself.
+/// Returns the only entry if it is a list, otherwise the list itself.
 const ValueList& singleRow(const ValueList& data);
 
 }  // namespace tarvo

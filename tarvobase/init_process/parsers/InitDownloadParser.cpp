@@ -1,6 +1,7 @@
 #include "tarvobase/init_process/parsers/InitDownloadParser.h"
 
 #include "tarvobase/init_process/parsers/InitBlocks.h"
+#include "tarvobase/init_process/parsers/InitSettingsParser.h"
 #include "tarvobase/network_layer/Parser.h"
 #include "tarvobase/network_layer/TypedReads.h"
 
@@ -15,7 +16,7 @@ void readInto(const ValueList& data, ParsedInitData& parsed) {
     parsed.*field = Parser::parse(data);
 }
 
-/// The blocks by name. Of a block that comes twice the last one counts.
+/// A block by name. If a block comes twice, the last one counts.
 struct Block {
     std::string_view module;
     BlockReader read;

@@ -16,8 +16,8 @@
 
 namespace tarvo {
 
-/// What one init call brings for an empty account. A block that was missing, or that could not be read, is absent; one
-/// that came with an empty list is an empty list.
+/// The content of one init answer. A block that is missing or cannot be read is absent; a block with an empty list is
+/// an empty list.
 struct ParsedInitData {
     struct DateTimeFormat {
         std::string dateFormat;
@@ -35,9 +35,9 @@ struct ParsedInitData {
     std::uint64_t responseTime = 0;  ///< seconds since 1970, by the server's clock
 };
 
-/// Reads the answer of the init call: a list of blocks, each with a layout of its own by position.
+/// Parses the answer of the init call: a list of blocks, each with its own positional layout.
 struct InitDownloadParser {
-    /// Nothing when the body is no envelope with a result.
+    /// Returns nullopt if the body is not an envelope with a result.
     static std::optional<ParsedInitData> parseInitData(const platform::Data& data);
 };
 

@@ -1,3 +1,5 @@
+#include "tarvobase/init_process/parsers/InitSettingsParser.h"
+
 #include <array>
 
 #include "platform/Text.h"
@@ -10,7 +12,7 @@ namespace {
 
 using SettingKey = SettingName;
 
-/// What the positions of the block mean. The row of the modules' own settings stands among them.
+/// The settings at the positions of the block. The list of the modules' rows stands after the texts.
 constexpr std::array applicationTexts = {
     SettingKey::versionID,   SettingKey::themeID,           SettingKey::fontName,         SettingKey::fontSize,
     SettingKey::mapDistance, SettingKey::mapDistanceMetric, SettingKey::placeCalls,       SettingKey::callOption,
@@ -38,14 +40,14 @@ Settings settingOf(std::string_view moduleName, SettingName name, std::string va
     return {std::string(moduleName), name, value, value, true};
 }
 
-/// A text as it is, a list of texts joined with ",".
+/// Returns a text unchanged and a list of texts joined with ",".
 std::optional<std::string> valueAt(const PositionalRow& row, std::size_t position) {
     if (auto text = row.read<std::string>(position)) return text;
     auto texts = row.read<std::vector<std::string>>(position);
     return texts ? std::optional(text::join(*texts, ",")) : std::nullopt;
 }
 
-/// One pair of column and order a level. A level without a column, or without an order, is an empty text.
+/// Adds one pair of column and order per level. A level without a column or without an order is an empty text.
 void addSortLevels(const PositionalRow& row, std::string_view moduleName, std::vector<Settings>& settings) {
     auto texts = row.read<std::vector<std::string>>(sortPosition);
     if (!texts) return;
@@ -57,7 +59,7 @@ void addSortLevels(const PositionalRow& row, std::string_view moduleName, std::v
     }
 }
 
-/// False for a row that does not name its module.
+/// Returns false if the row does not name its module.
 bool addModuleRow(const Value& entry, std::vector<Settings>& settings) {
     auto row = PositionalRow::open(entry, 1, PositionalRow::Mode::lenient);
     auto moduleName = row ? row->read<std::string>(0) : std::nullopt;
@@ -71,7 +73,7 @@ bool addModuleRow(const Value& entry, std::vector<Settings>& settings) {
     return true;
 }
 
-/// The order of names that users start with differs from the server's.
+/// The initial order of names differs from the server's.
 Settings sortOrderPreference() {
     auto first = std::string(SettingsConstants::FirstNameKey), last = std::string(SettingsConstants::LastNameKey);
     return {std::string(SettingsConstants::applicationModule), SettingKey::sortOrderPreference, first + "," + last,

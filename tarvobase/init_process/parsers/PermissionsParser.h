@@ -8,8 +8,8 @@
 
 namespace tarvo {
 
-/// Reads what a profile may do. A row that is too short or no texts is left out; when none is left, or the server says
-/// that there are none, the answer is `noData`.
+/// Parses the permissions of a profile. Leaves out a row that is too short or contains anything but texts. Fails with
+/// `noData` if no row is left, or if the server says that there are none.
 class PermissionsParser final : public ParserProtocol<std::vector<ModulePermission>, ParsedPermissionInfo> {
 public:
     Result<std::vector<ModulePermission>, ParserError> parseResult(const ValueList& rows,

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t currencyColumnCount = 12;
 
-ParserError noNumber(std::string_view column) { return ParserError::typeConversionFailedForKey(std::string(column)); }
+ParserError notANumber(std::string_view column) { return ParserError::typeConversionFailedForKey(std::string(column)); }
 
 Result<CurrencyMetadata, ParserError> currencyOf(const Value& entry) {
     constexpr CurrencyMetadataDatabaseConstants columns;
@@ -18,11 +18,11 @@ Result<CurrencyMetadata, ParserError> currencyOf(const Value& entry) {
     auto orderNo = row.integer(0);
     auto exchangeRate = row.real(1);
     auto decimalPlaces = row.integer(9);
-    if (!orderNo) return noNumber(columns.OrderNo);
-    // With a wrong rate every amount is wrong.
-    if (!exchangeRate) return noNumber(columns.ExchangeRate);
-    if (!decimalPlaces) return noNumber(columns.DecimalPlaces);
-    // An id, for one, may come as a number.
+    if (!orderNo) return notANumber(columns.OrderNo);
+    // A wrong rate would make every amount wrong.
+    if (!exchangeRate) return notANumber(columns.ExchangeRate);
+    if (!decimalPlaces) return notANumber(columns.DecimalPlaces);
+    // An id, for example, may come as a number.
     auto text = [&](std::size_t column) { return row.value(column).toText().value_or(""); };
     return CurrencyMetadata{.orderNo = *orderNo,
                             .exchangeRate = *exchangeRate,

@@ -9,21 +9,20 @@
 
 namespace tarvo {
 
-/// The two parts of the call. Taxes are read and nowhere stored; an organisation without them has its currencies all
-/// the same.
+/// The two parts of the answer. Taxes are parsed but not stored; an organisation without taxes still has currencies.
 struct TaxCurrencyResult {
     Result<std::vector<std::vector<std::string>>, OldResultError> tax;
     std::vector<CurrencyMetadata> currency;
 };
 
 struct TaxCurrencyParser {
-    /// Fails when the currencies cannot be read, or were refused (`responseError`).
+    /// Fails if the currencies cannot be read, and with `responseError` if the server refused them.
     static Result<TaxCurrencyResult, ParserError> parse(const platform::Data& data);
 };
 
 struct CurrencyParser {
-    /// All rows or none: `lessNumberOfKeys` for a row that is too short, `typeConversionFailedForKey` with the column
-    /// of a number that is none.
+    /// Returns all rows or fails: with `lessNumberOfKeys` if a row is too short, with `typeConversionFailedForKey` and
+    /// the column if a number cannot be read.
     static Result<std::vector<CurrencyMetadata>, ParserError> parse(const ValueList& rows);
 };
 

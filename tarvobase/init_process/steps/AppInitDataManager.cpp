@@ -8,7 +8,7 @@ namespace tarvo {
 
 namespace {
 
-/// What is read all the time is stored through memory, so that memory never lags behind its table.
+/// Modules, users and settings are stored through memory, so that memory never lags behind its table.
 AppInitDataManager::Persistance persistanceOf(const std::shared_ptr<DatabaseAdapter>& adapter,
                                               const std::shared_ptr<UserDefaultsProtocol>& userDefaults) {
     MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
@@ -23,8 +23,8 @@ AppInitDataManager::Persistance persistanceOf(const std::shared_ptr<DatabaseAdap
             .database = adapter};
 }
 
-/// Stores what the server tells, except for what this application decides: with a current organisation, the one of its
-/// name is the application's default and no other.
+/// Stores the organisations as the server sent them, except for the application's own choice: if there is a current
+/// organisation, the one with its name becomes the application's only default.
 void storeOrganisations(std::vector<Organisation> organisations, OrganisationPersistance& persistance) {
     if (auto current = persistance.getCurrentOrganisation())
         for (auto& organisation : organisations) organisation.isAppDefault = organisation.orgName == current->orgName;
@@ -70,8 +70,8 @@ void AppInitDataManager::storeBlocks(const ParsedInitData& parsed) {
 
 void AppInitDataManager::createTables(const std::vector<std::string>& queries) {
     for (auto& query : queries) persistance_.database->createTable(query);
-    // The column of this library's own; the server's table does not have it. On a later run the statement fails and is
-    // dropped like any other.
+    // This library adds a column that the server's table does not have. On a later run the statement fails and is
+    // ignored like any other.
     persistance_.database->createTable("ALTER TABLE module_details ADD COLUMN table_creation_query TEXT");
 }
 

@@ -18,20 +18,20 @@ namespace tarvo {
 
 class AppInitDataManager;
 
-/// Hears that the answer of the init call is stored, on the queue of the work.
+/// Notified when the answer of the init call is stored, on the queue of the work.
 class AppInitDataManagerDelegate : public virtual platform::Object {
 public:
     virtual void appInitDataFetchedAndSaved(AppInitDataManager& by) = 0;
 };
 
-/// The step `appInit`: makes the init call, creates the account's tables from the SQL that it brings, and stores its
-/// blocks. Without the block of the tables nothing at all is stored, no completion is told, and the error chain hears
-/// `parsingError`. A statement that fails is logged by the adapter and dropped.
+/// The step `appInit`: makes the init call, creates the account's tables from the SQL in its answer, and stores the
+/// other blocks. If the block with the tables is missing, the step stores nothing, reports no completion, and passes
+/// `parsingError` to the error chain. The adapter logs a statement that fails; the others still run.
 class AppInitDataManager final : public Downloadable,
                                  public AppInitNetworkServiceDelegate,
                                  public CommonErrorProtocolWithChaining {
 public:
-    /// Where each kind of content is stored.
+    /// The stores of the blocks.
     struct Persistance {
         std::shared_ptr<DateTimePersistanceDelegate> dateTime;
         std::shared_ptr<ModulesPersistanceDelegate> activeModules;
@@ -44,7 +44,7 @@ public:
     };
     AppInitDataManager(Persistance persistance, std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService);
 
-    /// A step over an adapter and the settings store, wired together with a network service of its own.
+    /// Makes a step over an adapter and the settings store, with a network service of its own.
     static std::shared_ptr<AppInitDataManager> make(
         std::shared_ptr<DatabaseAdapter> adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<AppInitNetworkService> service = std::make_shared<AppInitNetworkService>());

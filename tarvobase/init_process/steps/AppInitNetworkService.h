@@ -8,8 +8,8 @@
 
 namespace tarvo {
 
-/// Gets what the init call brought, or nothing when there was no usable answer. On the network queue, or on the
-/// caller's queue when an answer of the last minute is given again.
+/// Receives the answer of the init call, or nullopt if there was no usable answer. Called on the network queue, or on
+/// the caller's queue if an answer of the last minute is reused.
 class AppInitNetworkServiceDelegate : public virtual platform::Object {
 public:
     virtual void initDataParsed(const std::optional<ParsedInitData>& parsed) = 0;
@@ -21,9 +21,9 @@ public:
     virtual void getAppInitData() = 0;
 };
 
-/// Makes the init call. An answer is kept for the process; within a minute of the server's time it is given again to
-/// the same account, so that a start that was interrupted costs one call. A transport error reaches `errorHandler` as
-/// `networkResponseError`, an answer that cannot be used as `parsingError`; the delegate hears of nothing either way.
+/// Makes the init call. The process keeps an answer and reuses it for the same account within a minute of the server's
+/// time, so that an interrupted start costs one call. `errorHandler` receives `networkResponseError` after a transport
+/// error and `parsingError` after an unusable answer; the delegate receives nullopt in both cases.
 class AppInitNetworkService final : public BaseNetworkService, public AppInitNetworkServiceProtocol {
 public:
     AppInitNetworkService() : BaseNetworkService(CRMAPIs::Case::appinitdata) {}

@@ -4,14 +4,14 @@
 
 namespace tarvo {
 
-/// The step `currentUser` as the runner sees it. It runs before the account has any table, so what it parsed is kept
-/// until the tables are there.
+/// The runner's view of the step `currentUser`. The step runs before the account has any table, so it keeps the parsed
+/// user until the tables exist.
 class CurrentUserStep : public virtual Downloadable {
 public:
     Process processName() const override { return Process::currentUser; }
-    /// Stores the user that was parsed and notes that the step is done, so that no later run asks again. Nothing
-    /// happens when there is none: the request failed, or an earlier run has stored it. On the queue of the work that
-    /// made the tables; blocks until it is stored.
+    /// Stores the parsed user and flags the step as done, so that no later run asks again. Does nothing if there is no
+    /// parsed user, because the request failed or an earlier run has stored it. Called on the queue that created the
+    /// tables; blocks until the user is stored.
     virtual void storeParsedUser() = 0;
 };
 

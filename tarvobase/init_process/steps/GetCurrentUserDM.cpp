@@ -9,8 +9,8 @@ namespace tarvo {
 
 namespace {
 
-/// What the row of the step does not tell, as it is stored.
-void takeOver(User& user, const User& stored) {
+/// Copies the members that the step's row does not contain from the stored user.
+void copyUnsentMembers(User& user, const User& stored) {
     user.isLoggedInUser = stored.isLoggedInUser;
     user.dateFormat = stored.dateFormat;
     user.timeFormat = stored.timeFormat;
@@ -46,8 +46,8 @@ Result<Nothing, ParserError> GetCurrentUserDM::store(const Data& body) {
 void GetCurrentUserDM::storeParsedUser() {
     auto user = std::exchange(parsedUser_, std::nullopt);
     if (!user) return;
-    // By now the list of users has been stored, whose rows tell more.
-    if (auto stored = userPersitanceDelegate_->getUser(user->id)) takeOver(*user, *stored);
+    // The list of users has been stored by now; its rows contain more members.
+    if (auto stored = userPersitanceDelegate_->getUser(user->id)) copyUnsentMembers(*user, *stored);
     userPersitanceDelegate_->storeUser(*user);
     setFlag();
 }

@@ -13,14 +13,14 @@ namespace tarvo {
 
 class DatabaseAdapter;
 
-/// The step `currentUser`: the row of the user who is signed in. It runs before the account has any table, so the step
-/// completes once the user is parsed; `storeParsedUser` stores the row and sets the flag.
+/// The step `currentUser`: downloads the row of the signed-in user. It runs before the account has any table, so the
+/// step completes when the user is parsed; `storeParsedUser` stores the row and sets the flag.
 class GetCurrentUserDM final : public FlaggedStep, public CurrentUserStep {
 public:
     GetCurrentUserDM(UserDefaultsUtil userDefaultsUtil, std::shared_ptr<GetCurrentUserNS> networkService,
                      std::shared_ptr<UserPersistanceDelegate> userPersitanceDelegate);
 
-    /// A step over an adapter and the settings store, wired together.
+    /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<GetCurrentUserDM> make(
         const std::shared_ptr<DatabaseAdapter>& adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<GetCurrentUserNS> networkService = std::make_shared<GetCurrentUserNS>());
@@ -35,7 +35,7 @@ protected:
 private:
     const std::shared_ptr<GetCurrentUserNS> networkService_;
     const std::shared_ptr<UserPersistanceDelegate> userPersitanceDelegate_;
-    std::optional<User> parsedUser_;  ///< until it is stored
+    std::optional<User> parsedUser_;  ///< kept until it is stored
 };
 
 }  // namespace tarvo

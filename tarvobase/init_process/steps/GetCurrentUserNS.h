@@ -4,11 +4,11 @@
 
 namespace tarvo {
 
-/// Asks the server who the user is.
+/// Requests the row of the signed-in user.
 class GetCurrentUserNS final : public BaseNetworkService {
 public:
     GetCurrentUserNS() : BaseNetworkService(CRMAPIs::Case::getUserDetails) {}
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before.
     void getUserDetails(NetworkCompletion callback) { post({}, std::move(callback)); }
 };
 

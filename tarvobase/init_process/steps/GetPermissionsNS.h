@@ -4,10 +4,10 @@
 
 namespace tarvo {
 
-/// Asks the server what a profile may do.
+/// Requests the permissions of a profile.
 class GetPermissionsNSP : public virtual platform::Object {
 public:
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before.
     virtual void getPermissions(const std::string& profileId, NetworkCompletion callback) = 0;
 };
 

@@ -5,10 +5,10 @@
 
 namespace tarvo {
 
-/// Asks the server for the pipelines of the deals.
+/// Requests the pipelines of the deals.
 class GetPipelinesNSP : public virtual platform::Object {
 public:
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before.
     virtual void getPipelinesAndStages(const Module& deals, const std::string& layoutId,
                                        NetworkCompletion callback) = 0;
 };

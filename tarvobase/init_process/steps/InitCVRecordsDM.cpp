@@ -46,7 +46,7 @@ void InitCVRecordsDM::getCustomViewRecords(const std::optional<std::vector<Modul
 void InitCVRecordsDM::getRecords(const std::optional<std::vector<Module>>& modules,
                                  std::optional<Callbacks> callbacks) {
     auto batches = makeModuleBatch();
-    // A list that is given and empty asks for nothing.
+    // An empty list requests nothing; an absent list requests all modules.
     if (!modules || !modules->empty()) batches->initiateBatch(modules.value_or(std::vector<Module>()));
     run(std::move(batches), std::move(callbacks));
 }
@@ -75,7 +75,7 @@ std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>
 }
 
 void InitCVRecordsDM::store(const WireRecords& records, const std::optional<std::string>& moduleName) {
-    // Nobody could say which table they belong to.
+    // The table of the records is unknown.
     if (!moduleName)
         return platform::log(platform::LogLevel::warning, "first download",
                              "InitCVRecords of a module left out: the answer does not name it");

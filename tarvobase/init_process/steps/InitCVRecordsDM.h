@@ -18,17 +18,17 @@ class DatabaseAdapter;
 class InitCVRecordsDMP : public virtual platform::Object {
 public:
     using Callback = std::function<void()>;
-    /// Downloads the first records of those of the modules, or of all when they are absent, that were not downloaded
-    /// before. `onSuccess` is called once when all is done, also what failed, on the queue of the last answer, or on
-    /// the caller's when there is nothing to ask for. `onFailure` is kept and never called. Both stay until the next
-    /// call takes their place. A call during a download waits until that is done.
+    /// Downloads the first records of the given modules, or of all modules if absent, that were not downloaded before.
+    /// `onSuccess` is called once when all batches have ended, including failed ones. It comes on the queue of the last
+    /// answer, or on the caller's if there is nothing to request. `onFailure` is kept but never called. The next call
+    /// replaces both. A call during a download waits until that download has ended.
     virtual void getCustomViewRecords(const std::optional<std::vector<Module>>& modules, Callback onSuccess,
                                       Callback onFailure) = 0;
 };
 
-/// The step `initialRecords`: downloads the first records of the default view of each module that has one, in batches,
-/// and stores them. It needs the record tables and the views, so it runs behind `metadata` and `customviews`, and works
-/// out its batches only then.
+/// The step `initialRecords`: downloads, in batches, the first records of the default view of each module that has one,
+/// and stores them. It needs the record tables and the views, so it runs after `metadata` and `customviews` and
+/// determines its batches only then.
 class InitCVRecordsDM final : public BatchedDownloadable, public InitCVRecordsDMP {
 public:
     using Callback = BatchedDownloadable::Callback;
@@ -41,14 +41,14 @@ public:
     };
     InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCVRecordsNSP> networkService);
 
-    /// A step over the open database, wired together.
+    /// Makes a step over the open database.
     static std::shared_ptr<InitCVRecordsDM> make(
         const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
         const std::shared_ptr<UserDefaultsProtocol>& userDefaults,
         std::shared_ptr<InitCVRecordsNSP> networkService = std::make_shared<InitCVRecordsNS>());
 
     void initiate() override {}
-    /// At least 1: the batches are not known when the runner counts.
+    /// Returns at least 1, since the batches are not known when the runner counts.
     int totalCallsCount() const override;
     void execute() override { getRecords(std::nullopt, std::nullopt); }
     void getCustomViewRecords(const std::optional<std::vector<Module>>& modules, Callback onSuccess,

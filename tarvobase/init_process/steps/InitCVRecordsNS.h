@@ -5,10 +5,10 @@
 
 namespace tarvo {
 
-/// Asks the server for the first records of views, one view per module.
+/// Requests the first records of views, one view per module.
 class InitCVRecordsNSP : public virtual platform::Object {
 public:
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before.
     virtual void getCVRecords(const std::vector<CVRecordsParams>& params, NetworkCompletion callback) = 0;
 };
 

@@ -12,14 +12,14 @@ namespace tarvo {
 
 class DatabaseAdapter;
 
-/// The step `currency`: the organisation's currencies take the place of those that were stored. An answer that refuses
-/// them leaves the stored ones and is a failure; an empty list empties the table.
+/// The step `currency`: replaces the stored currencies with those of the organisation. If the server refuses them, the
+/// step fails and the stored ones stay. An empty list empties the table.
 class InitCurrencyDM final : public FlaggedStep {
 public:
     InitCurrencyDM(UserDefaultsUtil userDefaultsUtil, std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO,
                    std::shared_ptr<InitGetCurrencyNSP> networkService);
 
-    /// A step over an adapter and the settings store, wired together.
+    /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<InitCurrencyDM> make(
         const std::shared_ptr<DatabaseAdapter>& adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<InitGetCurrencyNSP> networkService = std::make_shared<InitGetCurrencyNS>());

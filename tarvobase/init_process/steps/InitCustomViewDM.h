@@ -12,8 +12,8 @@ namespace tarvo {
 class BrenNotificationCenter;
 class DatabaseAdapter;
 
-/// The step `customviews`: downloads the views of modules in batches and stores them. For each module of an answer
-/// `CustomViewChangedObserver` hears the ids of its views once they are stored, on the bus's background queue.
+/// The step `customviews`: downloads the views of modules in batches and stores them. After the views of a module are
+/// stored, `CustomViewChangedObserver` receives their ids on the bus's background queue.
 class InitCustomViewDM final : public BatchedDownloadable {
 public:
     struct Persistance {
@@ -24,14 +24,14 @@ public:
     InitCustomViewDM(Persistance persistance, std::shared_ptr<InitCustomViewNSP> networkService,
                      BrenNotificationCenter& notifier);
 
-    /// A step over the open database, wired together.
+    /// Makes a step over the open database.
     static std::shared_ptr<InitCustomViewDM> make(
         const std::shared_ptr<DatabaseAdapter>& databaseAdapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<InitCustomViewNSP> networkService = std::make_shared<InitCustomViewNS>());
 
-    /// Downloads the views of exactly these modules, whether or not they were downloaded before. `success` and
-    /// `failure` as for the metadata: `success` is called once when all batches are done, also those that failed, and
-    /// `failure` never. A call during a download waits until that is done.
+    /// Downloads the views of exactly these modules, whether or not they were downloaded before. `success` is called
+    /// once when all batches have ended, including failed ones. `failure` is never called. A call during a download
+    /// waits until that download has ended.
     void getCustomViews(std::vector<Module> modules, Callback success, Callback failure);
 
     void allBatchesCompleted() override;

@@ -7,10 +7,10 @@
 
 namespace tarvo {
 
-/// Asks the server for the views of modules.
+/// Requests the views of modules.
 class InitCustomViewNSP : public virtual platform::Object {
 public:
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before.
     virtual void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) = 0;
 };
 

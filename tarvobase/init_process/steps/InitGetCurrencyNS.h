@@ -4,10 +4,10 @@
 
 namespace tarvo {
 
-/// Asks the server for taxes and currencies.
+/// Requests taxes and currencies.
 class InitGetCurrencyNSP : public virtual platform::Object {
 public:
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before.
     virtual void getCurrencyMetadata(NetworkCompletion callback) = 0;
 };
 

@@ -13,8 +13,8 @@ namespace tarvo {
 
 class DatabaseAdapter;
 
-/// The step `permission`: what the profile of the current user may do with each module. A user who is not stored has an
-/// empty profile. An answer without permissions is a failure, since every profile has some.
+/// The step `permission`: downloads what the profile of the current user may do with each module. A user who is not
+/// stored has an empty profile. The step fails if the answer contains no permissions, since every profile has some.
 class InitGetPermissionsDM final : public FlaggedStep {
 public:
     InitGetPermissionsDM(std::shared_ptr<GetPermissionsNSP> networkService,
@@ -22,7 +22,7 @@ public:
                          std::shared_ptr<ModulePermissionsPersistanceDelegate> permssionDAO,
                          UserDefaultsUtil userDefaultsUtil);
 
-    /// A step over an adapter and the settings store, wired together.
+    /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<InitGetPermissionsDM> make(
         const std::shared_ptr<DatabaseAdapter>& adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<GetPermissionsNSP> networkService = std::make_shared<GetPermissionsNS>());

@@ -15,8 +15,8 @@ namespace tarvo {
 
 class DatabaseAdapter;
 
-/// The step `pipelines`: the pipelines of deals and their stages, for the first layout of the deals; without the module
-/// or a layout the step fails. It waits for the metadata, which bring the layouts.
+/// The step `pipelines`: downloads the pipelines and stages of the first layout of the deals. The step fails if the
+/// module or a layout is not stored. It waits for the metadata, which contain the layouts.
 class InitGetPipelinesDM final : public FlaggedStep {
 public:
     struct Persistance {
@@ -28,7 +28,7 @@ public:
     InitGetPipelinesDM(std::shared_ptr<GetPipelinesNSP> networkService, Persistance persistance,
                        UserDefaultsUtil userDefaultsUtil);
 
-    /// A step over an adapter and the settings store, wired together.
+    /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<InitGetPipelinesDM> make(
         const std::shared_ptr<DatabaseAdapter>& adapter, std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<GetPipelinesNSP> networkService = std::make_shared<GetPipelinesNS>());

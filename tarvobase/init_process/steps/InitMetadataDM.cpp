@@ -16,8 +16,8 @@ namespace tarvo {
 
 namespace {
 
-/// What the server takes for a user of whom nothing is known yet.
-constexpr std::string_view profileOfNobody = "123";
+/// The server accepts this profile for a user who is not stored yet.
+constexpr std::string_view unknownUserProfile = "123";
 
 void notifyModulesAdded(bool onMainThread) {
     BrenNotificationCenter::shared().notify<ModuleChangedObserver>(
@@ -89,12 +89,12 @@ std::string InitMetadataDM::profileID() const {
     auto authentication = CommonConfigration::sharedInstance().authentication.get();
     auto account = authentication ? authentication->currentUser().value_or("") : "";
     auto users = persistance_.userDAO->getUsersWithBrenUID({account});
-    return users && !users->empty() ? users->front().profileID : std::string(profileOfNobody);
+    return users && !users->empty() ? users->front().profileID : std::string(unknownUserProfile);
 }
 
 void InitMetadataDM::allBatchesCompleted() {
     platform::log(platform::LogLevel::progress, "metadata", "MetadataInfo Batch completed.");
-    // The statements of the tables went past the modules in memory.
+    // The statements of the tables were stored without the modules in memory.
     persistance_.batches.moduleDAO->reloadAll();
     notifyModulesAdded(true);
     callSuccess();

@@ -16,11 +16,11 @@ namespace tarvo {
 /// The step `metadata`: downloads the metadata of modules in batches and stores it: fields, layouts, picklists, related
 /// lists, columns of lists, and the record tables.
 ///
-/// The server does not send which column of a related list points to its parent, so a download empties it:
+/// The server does not send the column by which a related list points to its parent, so a download clears it.
 /// `PopulateRelatedModulesDM` fills it again afterwards.
 ///
-/// When all batches are done, `ModuleChangedObserver` hears `modulesAdded()` on the main queue and then, after
-/// `success`, on the bus's background queue.
+/// After the last batch `ModuleChangedObserver` receives `modulesAdded()` on the main queue and then, after `success`,
+/// on the bus's background queue.
 class InitMetadataDM final : public BatchedDownloadable {
 public:
     struct Persistance {
@@ -30,18 +30,18 @@ public:
     };
     InitMetadataDM(Persistance persistance, std::shared_ptr<MetadataNSP> networkService);
 
-    /// A step over the open database, wired together. `secondaryDbAdapter` keeps the statements of the record tables;
-    /// it may be the same.
+    /// Makes a step over the open database. `secondaryDbAdapter` keeps the statements of the record tables; it may be
+    /// the same adapter.
     static std::shared_ptr<InitMetadataDM> make(
         const std::shared_ptr<DatabaseAdapter>& dbAdapter, const std::shared_ptr<DatabaseAdapter>& secondaryDbAdapter,
         std::shared_ptr<UserDefaultsProtocol> userDefaults,
         std::shared_ptr<MetadataNSP> networkService = std::make_shared<MetadataNS>());
 
-    /// Downloads the given modules, or all stored ones when none is given, whether or not they were downloaded before.
-    /// `success` is called once when all batches are done, also those that failed, on the queue of the last answer, or
-    /// on the caller's when there is nothing to ask for. `failure` is kept and never called, as no failure ends a
-    /// download. Both stay until the next call takes their place. A call during a download waits until that is done.
-    /// Nothing is called any more when the object is let go.
+    /// Downloads the given modules, or all stored modules if none is given, whether or not they were downloaded before.
+    /// `success` is called once when all batches have ended, including failed ones. It comes on the queue of the last
+    /// answer, or on the caller's if there is nothing to request. `failure` is kept but never called, since no failure
+    /// ends a download. The next call replaces both. A call during a download waits until that download has ended.
+    /// Nothing is called after the object is released.
     void getMetaData(std::vector<Module> modules, Callback success, Callback failure);
 
     int totalCallsCount() const override { return 1; }

@@ -1,9 +1,8 @@
 #include "tarvobase/init_process/steps/KeptInitData.h"
 
-#include <mutex>
-
 #include "platform/Clock.h"
 #include "platform/ProcessState.h"
+#include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 
 namespace tarvo {
@@ -15,8 +14,8 @@ struct OldResult {
         ParsedInitData data;
         std::optional<std::string> accountID;
     };
-    std::mutex mutex;
-    std::optional<Kept> kept;
+    platform::Mutex mutex;
+    std::optional<Kept> kept TARVO_GUARDED_BY(mutex);
 
     static OldResult& shared() { return platform::ProcessState::current().get<OldResult>(); }
 };
@@ -29,7 +28,7 @@ std::optional<ParsedInitData> KeptInitData::reusable() {
     auto account = CommonConfigration::sharedInstance().getCurrentAccountID();
     auto now = platform::Clock::secondsSince1970();
     auto& old = OldResult::shared();
-    std::lock_guard lock(old.mutex);
+    platform::MutexLock lock(old.mutex);
     if (!old.kept || !old.kept->accountID || old.kept->accountID != account) return std::nullopt;
     auto age = now - static_cast<std::int64_t>(old.kept->data.responseTime);
     return age >= 0 && age <= reusedForSeconds ? std::optional(old.kept->data) : std::nullopt;
@@ -38,7 +37,7 @@ std::optional<ParsedInitData> KeptInitData::reusable() {
 void KeptInitData::keep(ParsedInitData data) {
     auto account = CommonConfigration::sharedInstance().getCurrentAccountID();
     auto& old = OldResult::shared();
-    std::lock_guard lock(old.mutex);
+    platform::MutexLock lock(old.mutex);
     old.kept = OldResult::Kept{std::move(data), std::move(account)};
 }
 

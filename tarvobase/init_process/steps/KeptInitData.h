@@ -6,11 +6,11 @@
 
 namespace tarvo {
 
-/// The last answer of the init call in this process and whose it is. From any thread.
+/// The last answer of the init call in this process, with its account. From any thread.
 struct KeptInitData {
-    /// What was kept for the current account, if the server answered it within the last minute.
+    /// Returns the kept answer if it belongs to the current account and the server sent it within the last minute.
     static std::optional<ParsedInitData> reusable();
-    /// Keeps an answer of the current account in place of the one before.
+    /// Replaces the kept answer with one of the current account.
     static void keep(ParsedInitData data);
 };
 
