@@ -6,6 +6,7 @@
 #include "tarvobase/get_metadata/GetUsersUseCase.h"
 #include "tarvobase/init_process/StoreOrgsUseCase.h"
 #include "tarvobase/init_process/parsers/InitBlocks.h"
+#include "tarvobase/init_process/parsers/InitSettingsParser.h"
 #include "tarvobase/init_process/steps/AppInitDataManager.h"
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 #include "tests/tarvobase/AccountTables.h"
