@@ -44,7 +44,7 @@ TEST(ReadWriteBoxTests, WritesFromManyThreadsAllCount) {
     EXPECT_EQ(box.value().size(), 2000u);
 }
 
-TEST(ReadWriteBoxTests, ReadsRunSideBySideAndAWriteAlone) {
+TEST(ReadWriteBoxTests, ReadsRunSideBySideAndWritesAlone) {
     ReadWriteBox<int> box(1);
     std::latch bothInside(2);
     onThreads(2, [&](int) { box.read([&](int) { bothInside.arrive_and_wait(); }); });
@@ -66,7 +66,7 @@ TEST(ReadWriteBoxTests, ReadsRunSideBySideAndAWriteAlone) {
     EXPECT_EQ(box.value(), 401);
 }
 
-TEST(ReadWriteBoxTests, WriteFromInsideAReadIsReportedInsteadOfHanging) {
+TEST(ReadWriteBoxTests, AWriteInsideAReadIsReportedInsteadOfHanging) {
     std::string reported;
     auto former = platform::setProgrammingErrorHandler([&](std::string_view what) { reported = what; });
     ReadWriteBox<int> box(1, "the label");
@@ -75,7 +75,7 @@ TEST(ReadWriteBoxTests, WriteFromInsideAReadIsReportedInsteadOfHanging) {
     EXPECT_THAT(reported, HasSubstr("the label"));
 }
 
-TEST(SynchronizedDictionaryTests, AbsentValueIsNoAbsentKey) {
+TEST(SynchronizedDictionaryTests, AKeyWithoutAValueIsNotAnAbsentKey) {
     SynchronizedDictionary<std::string, int> dictionary;
     dictionary.addValue("a", 1);
     dictionary.addValue("a", 2);
@@ -106,7 +106,7 @@ TEST(SynchronizedCollectionsTests, EveryThreadSeesItsEarlierWrites) {
     EXPECT_EQ(array.count(), 1200u);
 }
 
-TEST(SynchronizedArrayTests, IndexOutOfRangeChangesNothing) {
+TEST(SynchronizedArrayTests, AnIndexOutOfRangeHasNoEffect) {
     SynchronizedArray<std::string> array;
     EXPECT_EQ(array.first(), std::nullopt);
     EXPECT_EQ(array.removeAtIndex(0), std::nullopt);
@@ -122,40 +122,40 @@ TEST(SynchronizedArrayTests, IndexOutOfRangeChangesNothing) {
 }
 
 struct Completion : ConcurrentCallsCompletion {
-    explicit Completion(std::vector<std::string>& heard) : heard(heard) {}
-    void allConcurrentCallsCompleted(const std::string& queueId) override { heard.push_back(queueId); }
-    std::vector<std::string>& heard;
+    explicit Completion(std::vector<std::string>& completed) : completed(completed) {}
+    void allConcurrentCallsCompleted(const std::string& queueId) override { completed.push_back(queueId); }
+    std::vector<std::string>& completed;
 };
 
-TEST(ConcurrentCallsTrackerTests, TellsDelegateThenCallbackAtZeroAndBelow) {
-    std::vector<std::string> heard;
-    auto delegate = std::make_shared<Completion>(heard);
-    auto tracker = ConcurrentCallsTracker::tracker(2, std::nullopt, delegate, [&] { heard.push_back("callback"); });
+TEST(ConcurrentCallsTrackerTests, CallsDelegateThenCallbackAtZeroAndBelow) {
+    std::vector<std::string> completed;
+    auto delegate = std::make_shared<Completion>(completed);
+    auto tracker = ConcurrentCallsTracker::tracker(2, std::nullopt, delegate, [&] { completed.push_back("callback"); });
     tracker->callCompleted();
-    EXPECT_THAT(heard, ElementsAre());
+    EXPECT_THAT(completed, ElementsAre());
     EXPECT_FALSE(tracker->isAllCallsCompleted());
     tracker->callCompleted();
-    EXPECT_THAT(heard, ElementsAre("ConcurrentCallsTracker", "callback"));
+    EXPECT_THAT(completed, ElementsAre("ConcurrentCallsTracker", "callback"));
     delegate.reset();
     tracker->callCompleted();
-    EXPECT_THAT(heard, ElementsAre("ConcurrentCallsTracker", "callback", "callback"));
+    EXPECT_THAT(completed, ElementsAre("ConcurrentCallsTracker", "callback", "callback"));
     EXPECT_EQ(tracker->getTotalCount(), -1);
 }
 
-TEST(ConcurrentCallsTrackerTests, CountMovesWithoutTelling) {
-    std::vector<std::string> heard;
-    auto delegate = std::make_shared<Completion>(heard);
+TEST(ConcurrentCallsTrackerTests, SettingTheCountCallsNobody) {
+    std::vector<std::string> completed;
+    auto delegate = std::make_shared<Completion>(completed);
     auto tracker = ConcurrentCallsTracker::tracker(1, "mine", delegate);
     tracker->increaseTotalCount();
     tracker->set(0);
     EXPECT_TRUE(tracker->isAllCallsCompleted());
-    EXPECT_THAT(heard, ElementsAre());
+    EXPECT_THAT(completed, ElementsAre());
     tracker->set(1);
     tracker->callCompleted();
-    EXPECT_THAT(heard, ElementsAre("mine"));
+    EXPECT_THAT(completed, ElementsAre("mine"));
 }
 
-TEST(ConcurrentCallsTrackerTests, RacingCallsNeverMissTheEnd) {
+TEST(ConcurrentCallsTrackerTests, RacingCallsAlwaysReportTheEnd) {
     for (int round = 0; round < 200; ++round) {
         std::atomic<int> ends = 0;
         auto tracker = ConcurrentCallsTracker::tracker(3, std::nullopt, {}, [&] { ++ends; });
@@ -170,9 +170,9 @@ struct SlowOperation : AsynchronousOperation {
     void main() override { body(); }
 };
 
-TEST(AsynchronousOperationTests, CancelledBeforeItsStartNeverRuns) {
+TEST(AsynchronousOperationTests, AnOperationThatIsCancelledBeforeItsStartNeverRuns) {
     auto operation = std::make_shared<SlowOperation>();
-    operation->body = [] { FAIL() << "ran"; };
+    operation->body = [] { FAIL() << "main ran"; };
     operation->cancel();
     operation->start();
     EXPECT_TRUE(operation->isFinished());
@@ -195,7 +195,7 @@ TEST(AsynchronousOperationTests, ExecutesUntilItIsCompleted) {
     EXPECT_EQ(completions, 1);
 }
 
-TEST(AsynchronousOperationTests, ThrowingMainStillFinishes) {
+TEST(AsynchronousOperationTests, AnOperationWhoseMainThrowsFinishes) {
     std::string reported;
     auto former = platform::setProgrammingErrorHandler([&](std::string_view what) { reported = what; });
     auto operation = std::make_shared<SlowOperation>();
@@ -236,11 +236,20 @@ TEST(OrderedDictionaryTests, KeepsTheOrderOfFirstInsertion) {
     dictionary.set("a", 2);
     EXPECT_THAT(dictionary.keys(), ElementsAre("z", "a", "m"));
     EXPECT_THAT(dictionary.values(), ElementsAre(1, 2, 1));
+    EXPECT_EQ(dictionary["q"], std::nullopt);
+}
+
+TEST(OrderedDictionaryTests, ARemovedKeyReturnsAtTheEnd) {
+    Ordered dictionary;
+    for (auto key : {"z", "a"}) dictionary.set(key, 1);
     EXPECT_EQ(dictionary.removeValue("z"), 1);
     EXPECT_EQ(dictionary.removeValue("z"), std::nullopt);
     dictionary.set("z", 3);
-    EXPECT_THAT(dictionary.keys(), ElementsAre("a", "m", "z"));
-    EXPECT_EQ(dictionary["q"], std::nullopt);
+    EXPECT_THAT(dictionary.keys(), ElementsAre("a", "z"));
+}
+
+TEST(OrderedDictionaryTests, EqualityIncludesTheOrder) {
+    auto dictionary = Ordered::uniqueKeysWithValues({{"a", 2}, {"m", 1}, {"z", 3}});
     EXPECT_NE(dictionary, Ordered::uniqueKeysWithValues({{"z", 3}, {"a", 2}, {"m", 1}}));
     EXPECT_EQ(dictionary, Ordered::uniqueKeysWithValues({{"a", 2}, {"m", 1}, {"z", 3}}));
 }

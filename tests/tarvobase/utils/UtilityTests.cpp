@@ -35,17 +35,33 @@ TEST_F(UtilityTest, FormatsFollowTheUser) {
     Util::performInitialOperations(defaults);
     EXPECT_EQ(Util::dateFormatter().string(moment), "29.02.2024");
     EXPECT_EQ(Util::dateTimeFormatter().string(moment), "29.02.2024 10:10");
-    EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
-
-    Util::performInitialOperations(defaults);
     store.storeDateFormat("yyyy/MM/dd");
-    defaults->setString("yy", "TarvoDateFormat", UserDefaultsGroup::other("2002"));
     settle();
     EXPECT_EQ(Util::dateFormatter().string(moment), "2024/02/29");
     EXPECT_EQ(Util::timeFormatter().string(moment), "10:10");
     EXPECT_EQ(Util::dateTimeFormatter().string(moment), "2024/02/29 10:10");
-    EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10")
-        << "fixed at first use";
+}
+
+TEST_F(UtilityTest, FormatsIgnoreTheSettingsOfOtherAccounts) {
+    platform::Clock::setTimeZone("UTC");
+    DateTimeInUserDefaults(defaults).storeDateFormat("dd.MM.yyyy");
+    Util::performInitialOperations(defaults);
+    defaults->setString("yy", "TarvoDateFormat", UserDefaultsGroup::other("2002"));
+    settle();
+    EXPECT_EQ(Util::dateFormatter().string(moment), "29.02.2024");
+}
+
+TEST_F(UtilityTest, TheFormatWithAtIsFixedAtItsFirstUse) {
+    platform::Clock::setTimeZone("UTC");
+    DateTimeInUserDefaults store(defaults);
+    store.storeDateFormat("dd.MM.yyyy");
+    store.storeTimeFormat("HH:mm");
+    Util::performInitialOperations(defaults);
+    for (auto format : {"dd.MM.yyyy", "yyyy/MM/dd"}) {
+        store.storeDateFormat(format);
+        settle();
+        EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
+    }
 }
 
 TEST_F(UtilityTest, FixedFormats) {
@@ -57,7 +73,7 @@ TEST_F(UtilityTest, FixedFormats) {
     EXPECT_EQ(F::timeOnlyFormatter().string(moment), "10:10");
 }
 
-TEST_F(UtilityTest, TemporaryIdsNeverComeTwice) {
+TEST_F(UtilityTest, ATemporaryIdIsTheSecondOrTheNextFreeNumber) {
     platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(moment)));
     UserDefaultsUtil util(defaults);
     EXPECT_EQ(util.getNewRecordId(), "TarvoTEMPID#" + std::to_string(moment));
@@ -72,15 +88,21 @@ TEST_F(UtilityTest, TemporaryIdsNeverComeTwice) {
         });
     settle();
     EXPECT_EQ(ids.size(), 50u);
-    // After a restart that finds the clock set back.
+}
+
+TEST_F(UtilityTest, TemporaryIdsStayUniqueAfterARestartWithTheClockSetBack) {
+    platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(moment)));
+    UserDefaultsUtil(defaults).getNewRecordId();
     auto folder = platform::ProcessState::current().get<SettingsStores>().folder();
     platform::ProcessState::installFresh();
     platform::ProcessState::current().get<SettingsStores>().setFolder(folder);
     configuration().userDefaultsGroup = "tests";
     platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(moment - 3600)));
     EXPECT_EQ(UserDefaultsUtil(std::make_shared<BrenUserDefaults>()).getNewRecordId(),
-              "TarvoTEMPID#" + std::to_string(moment + 51));
+              "TarvoTEMPID#" + std::to_string(moment + 1));
+}
 
+TEST_F(UtilityTest, TheTwoFormsOfTemporaryIdsAreDistinguished) {
     for (auto id : {"TarvoTEMPID#1", "TarvoTEMPID#"}) EXPECT_TRUE(isTempId(id) && !isNewRecordId(id)) << id;
     EXPECT_TRUE(isNewRecordId("NEW_000000001") && !isTempId("NEW_000000001"));
     for (auto id : {"NEW_00000001", "NEW_0000000001", "NEW_00000000x", "new_000000001", ""})
@@ -88,33 +110,39 @@ TEST_F(UtilityTest, TemporaryIdsNeverComeTwice) {
     EXPECT_TRUE(isTempId(Util::getNewRecordId()));
 }
 
-TEST_F(UtilityTest, FactsOfTheAccount) {
+TEST_F(UtilityTest, StateOfListsIsKeptPerModuleAndView) {
     UserDefaultsUtil util(defaults);
     EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), std::nullopt);
     EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "7"));
-    EXPECT_EQ(util.getProgressPercent(), 0);
-    EXPECT_FALSE(util.isCurrencyCompleted());
     util.setListFilterRecordSyncTime(1'700'000'000'000, "Leads", "7");
     util.setListFilterHasMoreRecord(false, "Leads", "7");
     util.setListFilterLastUpdatedTime(5, {"Leads", "Deals"});
-    util.setCurrencyCompleted();
-    util.setModuleOrder({"Deals", "Leads"});
-    util.setProgressPercent(40);
     EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), 1'700'000'000'000);
     EXPECT_FALSE(util.getListFilterHasMoreRecord("Leads", "7"));
     EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "8"));
     EXPECT_EQ(util.getListFilterLastUpdatedTime("Deals"), 5);
-    EXPECT_TRUE(util.isCurrencyCompleted() && !util.isPermissionsCompleted());
     EXPECT_EQ(defaults->boolForKey("Leads_7_LFHasMoreRecord", UserDefaultsGroup::current()), false);
+    util.resetListFilter("Leads", "7");
+    EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), std::nullopt);
+    EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "7"));
+}
+
+TEST_F(UtilityTest, ProgressAndChoicesBelongToTheirAccount) {
+    UserDefaultsUtil util(defaults);
+    EXPECT_EQ(util.getProgressPercent(), 0);
+    EXPECT_FALSE(util.isCurrencyCompleted());
+    util.setCurrencyCompleted();
+    util.setModuleOrder({"Deals", "Leads"});
+    util.setProgressPercent(40);
+    EXPECT_EQ(util.getProgressPercent(), 40);
+    EXPECT_TRUE(util.isCurrencyCompleted());
+    EXPECT_FALSE(util.isPermissionsCompleted());
     EXPECT_EQ(defaults->boolForKey("currency_downloadable", UserDefaultsGroup::current()), true);
     EXPECT_THAT(*util.getModuleOrder(), ElementsAre("Deals", "Leads"));
     signIn("2002");
     EXPECT_EQ(util.getProgressPercent(), 0);
+    EXPECT_FALSE(util.isCurrencyCompleted());
     EXPECT_EQ(util.getModuleOrder(), std::nullopt);
-    signIn("1001");
-    util.resetListFilter("Leads", "7");
-    EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), std::nullopt);
-    EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "7"));
 }
 
 TEST_F(UtilityTest, BinarySearch) {
@@ -142,15 +170,21 @@ TEST_F(UtilityTest, BinarySearch) {
     }
 }
 
-TEST_F(UtilityTest, SmallHelpers) {
+TEST_F(UtilityTest, CompareAndCallCallsForEqualValuesOnly) {
     int calls = 0;
     CommonUtils::compareAndCall(1, 1, [&] { ++calls; });
     CommonUtils::compareAndCall(std::string("a"), std::string("b"), [&] { ++calls; });
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(UtilityTest, DeepUnwrapReturnsTheInnermostValue) {
     using Deep = std::optional<std::optional<std::optional<int>>>;
     EXPECT_EQ(Util::deepUnwrap(Deep(std::optional(std::optional(5)))), 5);
     EXPECT_EQ(Util::deepUnwrap(Deep(std::optional<std::optional<int>>(std::optional<int>()))), std::nullopt);
     EXPECT_EQ(Util::deepUnwrap(7), 7);
+}
+
+TEST_F(UtilityTest, TheCurrentUserIsTheSignedInOne) {
     EXPECT_EQ(CommonUtils::getCurrentUserBrenUID(), "1001");
     EXPECT_TRUE(CommonUtils::hasBrenuid());
     signIn(std::nullopt);
@@ -173,12 +207,16 @@ TEST_F(UtilityTest, BackgroundQueuesTakeTurns) {
     EXPECT_NE(first, second);
     EXPECT_EQ(next(), first);
     EXPECT_EQ(first->label(), "BrenCommonUtilsQueue");
+}
+
+TEST_F(UtilityTest, WorkRunsAtOnceOrLater) {
+    auto queue = CommonUtils::nextBackgroundDispatchQueue();
     std::vector<std::string> order;
-    CommonUtils::performRequestInQueue(first, CommonUtils::Sync::yes, [&] { order.push_back("sync"); });
+    CommonUtils::performRequestInQueue(queue, CommonUtils::Sync::yes, [&] { order.push_back("sync"); });
     CommonUtils::performAsyncInMain([&] { order.push_back("main"); });
     EXPECT_THAT(order, ElementsAre("sync"));
     settle();
-    CommonUtils::performRequestInQueue(second, CommonUtils::Sync::no, [&] { order.push_back("async"); });
+    CommonUtils::performRequestInQueue(queue, CommonUtils::Sync::no, [&] { order.push_back("async"); });
     settle();
     EXPECT_THAT(order, ElementsAre("sync", "main", "async"));
 }

@@ -56,7 +56,7 @@ protected:
     std::shared_ptr<FieldMetadataInDatabase> fields;
 };
 
-TEST_F(MetadataModelTest, NamesAreThoseOfTheServersFields) {
+TEST_F(MetadataModelTest, NamesMatchTheServersFields) {
     auto list = [](const auto&... names) { return std::vector{std::string_view(names)...}; };
     auto namesByModule = [&](const IdentifierConstants& n) {
         auto& checkIn = n.CheckIn;
@@ -136,16 +136,20 @@ TEST_F(MetadataModelTest, NamesFollowTheNamingAndTheSettingsInForce) {
     EXPECT_EQ(CRMColumnConstant.seModule, "SE_MODULE");
 }
 
-TEST_F(MetadataModelTest, ValuesTakeTheirFormsAndComeBack) {
+TEST_F(MetadataModelTest, PermissionsAreWrittenInBothForms) {
     ModulePermission permission{"Leads", "Leads_API", "Create", true};
     EXPECT_EQ(ModulePermissionConstants().getDictionary(permission),
               (ValueMap{{"Modulename", "Leads"}, {"ModuleAPPIName", "Leads_API"}, {"Key", "Create"}, {"Value", true}}));
     EXPECT_EQ(ModulePermissionDatabaseConstants().getDictionary(permission).valueOf("permission_value"), Value("true"));
+}
 
+TEST_F(MetadataModelTest, RelatedListsAreWrittenInBothForms) {
     RelatedList list{.moduleName = "Contacts", .relatedModuleName = "Invited", .relatedOrder = 3};
     EXPECT_EQ(ModuleRelatedListConstants().getValue(ModuleRelatedListConstants().getDictionary(list)), list);
     EXPECT_EQ(ModuleRelatedListDatabaseConstants().getDictionary(list).valueOf("related_order"), Value("3"));
+}
 
+TEST_F(MetadataModelTest, FieldsAreWrittenInBothForms) {
     auto field = named("Leads", "LANE", "Street");
     field.displayPrefs = {{"decimal_place", "2"}};
     auto plain = FieldMetadataConstants().getDictionary(field);
@@ -155,13 +159,16 @@ TEST_F(MetadataModelTest, ValuesTakeTheirFormsAndComeBack) {
     EXPECT_EQ(row.valueOf("additional_info"), Value(R"({"decimal_place":"2"})"));
     EXPECT_EQ(row.valueOf("max_length"), Value("0"));
     EXPECT_EQ(row.valueOf("visible"), Value("false"));
+}
 
+TEST_F(MetadataModelTest, PreferencesThatJsonCannotExpressAreLeftOut) {
+    auto field = named("Leads", "LANE", "Street");
     field.displayPrefs = {{"decimal_place", std::nan("")}};
     EXPECT_FALSE(FieldMetadataDatabaseConstants().getDictionary(field).contains("additional_info"));
     EXPECT_TRUE(wasLogged("displayPrefs: "));
 }
 
-TEST_F(MetadataModelTest, AModeIsASetOfBitsAndDisplayWhenItIsUnreadable) {
+TEST_F(MetadataModelTest, AModeIsASetOfBitsAndDefaultsToDisplay) {
     struct {
         std::string mode;
         int number;
@@ -194,7 +201,7 @@ TEST_F(MetadataModelTest, ASubformsModuleIsAPairOfTexts) {
     EXPECT_EQ(FieldMetadata().getSubformModuleInfo(), std::nullopt);
 }
 
-TEST_F(MetadataModelTest, PeopleAreKnownByTypeTargetOrParent) {
+TEST_F(MetadataModelTest, PeopleAreRecognisedByTypeTargetOrParent) {
     auto lookup = [](const std::string& module) {
         auto field = named("Tasks", "X", "x", FieldDataType::lookup);
         field.lookupModule = module;
@@ -246,7 +253,7 @@ TEST_F(MetadataModelTest, FieldsAreFoundInBothNamings) {
     EXPECT_FALSE(fields->getFieldMetadata("Leads", std::nullopt, {}).ok());
 }
 
-TEST_F(MetadataModelTest, ALengthSortsAsANumberAndAModulesNameIsNoSql) {
+TEST_F(MetadataModelTest, ALengthSortsAsANumberAndAModulesNameIsEscaped) {
     openTables();
     auto one = named("O'Brien", "A", "a"), two = named("O'Brien", "B", "b");
     one.maxLength = 1000, two.maxLength = 90;
@@ -257,7 +264,7 @@ TEST_F(MetadataModelTest, ALengthSortsAsANumberAndAModulesNameIsNoSql) {
     EXPECT_THAT(*fields->getSortFieldList("' or '1'='1"), IsEmpty());
 }
 
-TEST_F(MetadataModelTest, ADamagedFieldCostsItselfAlone) {
+TEST_F(MetadataModelTest, ADamagedFieldIsLeftOutAndTheOthersAreRead) {
     openTables();
     fields->storeFieldMetadata({named("Leads", "A", "a"), named("Leads", "B", "b"), named("Leads", "C", "c")});
     adapter->execute("UPDATE MODULE_SPECIFIC_METADATA SET field_type = 'hologram' WHERE crm_col_name = 'A'", {});
@@ -270,7 +277,7 @@ TEST_F(MetadataModelTest, ADamagedFieldCostsItselfAlone) {
         ASSERT_EQ(columnsOf(left), (std::vector<std::string>{"B", "C"}));
         EXPECT_EQ(left[0].displayPrefs, ValueMap());
         EXPECT_EQ(left[0].maxLength, 0);
-        EXPECT_FALSE(left[0].isUnique) << "true is the text alone";
+        EXPECT_FALSE(left[0].isUnique) << "only the text true counts";
         EXPECT_EQ(left[0].fieldLabel, "");
     }
     EXPECT_EQ(linesWith("cannot be read for their column field_type"), 1);
@@ -278,26 +285,49 @@ TEST_F(MetadataModelTest, ADamagedFieldCostsItselfAlone) {
     EXPECT_FALSE(wasLogged("hologram"));
 }
 
-TEST_F(MetadataModelTest, AListKeepsItsNamingAndTheFirstOfTwoEqualFields) {
-    auto account = named("Deals", "ACCOUNTID", "Account_Name", FieldDataType::lookup);
-    auto text = named("Deals", "ACCOUNTNAME", "Account_Name");
-    auto stage = named("Deals", "STAGE", "Stage", FieldDataType::picklist);
-    auto copy = named("Deals", "STAGE", "Stage_Copy");
-    auto closing = named("Deals", "CLOSINGDATE", "Closing_Date", FieldDataType::date);
-    stage.mode = "3", closing.mode = "1", account.mode = "7", text.mode = "0";
-    PicklistMetadata won{
+/// A list of fields of deals in both namings. `copy` has the column of `stage`, and `text` the API name of `account`.
+class FieldListTest : public MetadataModelTest {
+protected:
+    void SetUp() override {
+        MetadataModelTest::SetUp();
+        auto account = named("Deals", "ACCOUNTID", "Account_Name", FieldDataType::lookup);
+        auto text = named("Deals", "ACCOUNTNAME", "Account_Name");
+        auto copy = named("Deals", "STAGE", "Stage_Copy");
+        stage = named("Deals", "STAGE", "Stage", FieldDataType::picklist);
+        closing = named("Deals", "CLOSINGDATE", "Closing_Date", FieldDataType::date);
+        stage.mode = "3", closing.mode = "1", account.mode = "7", text.mode = "0";
+        std::vector fields{account, text, stage, copy, closing};
+        byColumn = FieldList("Deals", fields, {won, lost}, columnNaming());
+        byApi = FieldList("Deals", fields, {won, lost}, apiNames());
+    }
+    /// Runs the check for both lists, each while the other naming is in force.
+    template <class Check>
+    void forBothLists(Check&& check) {
+        for (auto& list : {byColumn, byApi}) {
+            configuration().fieldIdentifier = list.naming() == columnNaming() ? apiNames() : columnNaming();
+            check(list);
+        }
+    }
+    const PicklistMetadata won{
         .fieldActualValue = "Won", .fieldOptionalValue = "Gewonnen", .fieldAPIName = "Stage", .crmColumnName = "STAGE"};
-    PicklistMetadata lost{.fieldActualValue = "Lost", .fieldAPIName = "Stage", .crmColumnName = "STAGE"};
+    const PicklistMetadata lost{.fieldActualValue = "Lost", .fieldAPIName = "Stage", .crmColumnName = "STAGE"};
+    FieldMetadata stage, closing;
+    FieldList byColumn, byApi;
+};
 
-    FieldList byColumn("Deals", {account, text, stage, copy, closing}, {won, lost}, columnNaming());
+TEST_F(FieldListTest, KeepsTheFirstOfTwoFieldsWithOneIdentifier) {
     EXPECT_EQ(byColumn.orderedFields().keys(),
               (std::vector<std::string>{"ACCOUNTID", "ACCOUNTNAME", "STAGE", "CLOSINGDATE"}));
     EXPECT_EQ(byColumn.getField("STAGE")->fieldAPIName, "Stage");
-    FieldList byApi("Deals", {account, text, stage, copy, closing}, {won, lost}, apiNames());
     EXPECT_EQ(byApi.orderedFields().keys(),
               (std::vector<std::string>{"Account_Name", "Stage", "Stage_Copy", "Closing_Date"}));
-    for (auto& list : {byColumn, byApi}) {
-        configuration().fieldIdentifier = list.naming() == columnNaming() ? apiNames() : columnNaming();
+    EXPECT_TRUE(byColumn.hasFields({"STAGE", "ACCOUNTID"}));
+    EXPECT_FALSE(byColumn.hasFields({"STAGE", "Stage"}));
+    EXPECT_EQ(FieldList().allFields().size(), 0u);
+}
+
+TEST_F(FieldListTest, FindsPicklistsInTheNamingThatItWasBuiltWith) {
+    forBothLists([&](const FieldList& list) {
         EXPECT_EQ(list.getPicklist(stage), (std::vector{won, lost}));
         EXPECT_EQ(list.getPicklistByApiName("Stage").size(), 2u);
         EXPECT_THAT(list.getPicklist(closing), IsEmpty());
@@ -305,6 +335,11 @@ TEST_F(MetadataModelTest, AListKeepsItsNamingAndTheFirstOfTwoEqualFields) {
         EXPECT_EQ(list.getPicklistByActualValue(stage, "Lost")->fieldOptionalValue, "");
         EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Gewonnen")->fieldActualValue, "Won");
         EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Nobody"), nullptr);
+    });
+}
+
+TEST_F(FieldListTest, SelectsFieldsByApiNameTypeAndMode) {
+    forBothLists([&](const FieldList& list) {
         EXPECT_EQ(list.getFieldByApiName("Closing_Date")->columnCRMName, "CLOSINGDATE");
         EXPECT_EQ(list.getFieldByApiName("CLOSINGDATE"), nullptr);
         EXPECT_EQ(list.getAllLookupFields().size(), 1u);
@@ -312,10 +347,7 @@ TEST_F(MetadataModelTest, AListKeepsItsNamingAndTheFirstOfTwoEqualFields) {
         EXPECT_EQ(list.getFields(FieldDataType::picklist).size(), 1u);
         EXPECT_EQ(list.getAllFields(DisplayMode::edit).size(), 2u);
         EXPECT_EQ(list.getAllFields(DisplayMode::edit | DisplayMode::create).size(), 1u);
-    }
-    EXPECT_TRUE(byColumn.hasFields({"STAGE", "ACCOUNTID"}));
-    EXPECT_FALSE(byColumn.hasFields({"STAGE", "Stage"}));
-    EXPECT_EQ(FieldList().allFields().size(), 0u);
+    });
 }
 
 TEST_F(MetadataModelTest, PicklistsComeInTheOrderOfTheirPositions) {
@@ -449,7 +481,7 @@ TEST_F(LayoutModelTest, RowsAreGroupedByModuleAndByLayout) {
     EXPECT_EQ(layouts.getModuleName("9"), std::nullopt);
 }
 
-TEST_F(MetadataModelTest, PermissionsAnswerFalseForWhatIsNotTold) {
+TEST_F(MetadataModelTest, AnUnknownPermissionIsFalse) {
     openTables();
     ModulePermissionsInDatabase permissions;
     permissions.storeModulePermissions({{"Leads", "Leads_API", "Create", true},
@@ -467,9 +499,11 @@ TEST_F(MetadataModelTest, PermissionsAnswerFalseForWhatIsNotTold) {
     EXPECT_EQ(permissions.getModulePermissionsByModuleNames({"Nobody"})->size(), 0u);
     adapter->dropTable("PERMISSIONS");
     EXPECT_FALSE(permissions.getModulePermissionsByModuleNames({"Leads"}).ok());
+}
 
+TEST_F(MetadataModelTest, OfTwoPermissionsTheFirstCounts) {
     PermissionList list{{{"Leads", "", "Edit", true}, {"Leads", "", "Edit", false}}};
-    EXPECT_TRUE(list.hasPermission(PermissionKeys::edit)) << "the first row counts";
+    EXPECT_TRUE(list.hasPermission(PermissionKeys::edit));
     EXPECT_FALSE(list.hasPermission(PermissionKeys::view));
 }
 
@@ -483,7 +517,10 @@ TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
     EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Deals", "Internal"), std::nullopt);
     EXPECT_EQ(infos.getModuleLayoutInfoByLayoutId("1"), standard);
     EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->size(), 1u);
+}
 
+TEST_F(MetadataModelTest, TheDefaultLayoutIsTheFirstWithTheMark) {
+    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, false};
     LayoutInfo<int> layouts;
     layouts.orderedLayouts.set("2", Layout<int>(closed, 20));
     EXPECT_EQ(layouts.getDefaultLayout(), nullptr);
@@ -492,7 +529,7 @@ TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
     EXPECT_EQ(layouts.getAllLayouts().front().layoutName, "Internal");
 }
 
-TEST_F(MetadataModelTest, RelatedListsAreSortedByTheirNumberAndLearnTheirColumn) {
+TEST_F(MetadataModelTest, RelatedListsAreSortedByTheirNumberAndTakeTheirColumn) {
     openTables();
     ModuleRelatedListInDatabase lists;
     RelatedList notes{.moduleName = "Leads", .relatedModuleName = "Notes", .listID = "1", .relatedOrder = 10};
@@ -509,7 +546,7 @@ TEST_F(MetadataModelTest, RelatedListsAreSortedByTheirNumberAndLearnTheirColumn)
     EXPECT_THAT(*lists.getModuleRelatedWith("Leads", "Nobody"), IsEmpty());
 }
 
-TEST_F(MetadataModelTest, SomeRelatedListsAreKnownByNameAndParent) {
+TEST_F(MetadataModelTest, SpecialRelatedListsAreRecognisedByNameAndParent) {
     struct {
         std::string listName, moduleName, related;
         bool invitedEvents, invitees, contactRole;
@@ -529,7 +566,7 @@ TEST_F(MetadataModelTest, SomeRelatedListsAreKnownByNameAndParent) {
     EXPECT_EQ(RelatedList().defaultSortFieldApi(), (SortField{"Modified_Time", false}));
 }
 
-TEST_F(MetadataModelTest, InMemoryFiltersGoByTheNamesOfMembers) {
+TEST_F(MetadataModelTest, InMemoryFiltersUseTheNamesOfMembers) {
     InMemoryObject<FieldMetadata> field(named("Leads", "LANE", "Street", FieldDataType::email));
     EXPECT_TRUE(field["fieldAPIName"].isEqual("Street"));
     EXPECT_TRUE(field["fieldType"].isEqual(FieldDataType::email));

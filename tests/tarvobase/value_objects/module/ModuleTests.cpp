@@ -68,7 +68,7 @@ TEST_F(ModuleTest, ConvertsInBothFormsWithAndWithoutIds) {
     Module without = leads;
     without.type = ModuleType::none;
     EXPECT_FALSE(plain.getDictionary(without).contains("type"));
-    auto odd = plain.getValue(ValueMap{{"moduleName", 5}, {"position", "4"}, {"type", "unheard"}});
+    auto odd = plain.getValue(ValueMap{{"moduleName", 5}, {"position", "4"}, {"type", "unknown"}});
     EXPECT_EQ(odd, Module());
 }
 
@@ -101,7 +101,7 @@ TEST_F(ModuleInDatabaseTest, StoresFindsAndDeletes) {
     EXPECT_EQ(modules->getAllModules().error(), ParserError(ParserError::Case::noData));
 }
 
-TEST_F(ModuleInDatabaseTest, StoringNeverEmptiesTheTableStatements) {
+TEST_F(ModuleInDatabaseTest, AModuleWithoutTableStatementsKeepsTheStoredOnes) {
     auto modules = open();
     modules->storeModule(leads);
     auto bare = leads;
@@ -113,7 +113,7 @@ TEST_F(ModuleInDatabaseTest, StoringNeverEmptiesTheTableStatements) {
     EXPECT_EQ(modules->getModuleByModuleName("Deals")->tableCreationQuery, "");
 }
 
-TEST_F(ModuleInDatabaseTest, AColumnThatTheServerLeftOutLosesNoRow) {
+TEST_F(ModuleInDatabaseTest, AMissingColumnDoesNotLoseARow) {
     auto modules = open("CREATE TABLE module_details (MODULE_NAME TEXT UNIQUE, singular_name TEXT, position INTEGER)");
     modules->storeModules({leads, Module{.moduleName = "Deals", .position = 2}});
     modules->storeModules({leads});
@@ -123,7 +123,7 @@ TEST_F(ModuleInDatabaseTest, AColumnThatTheServerLeftOutLosesNoRow) {
               1);
 }
 
-TEST_F(ModuleInDatabaseTest, ReadsNumbersThatTheServersTypesMadeOfTexts) {
+TEST_F(ModuleInDatabaseTest, NumbersInTextColumnsAreReadAsTexts) {
     auto modules =
         open("CREATE TABLE MODULE_DETAILS (module_name TEXT UNIQUE, singular_name INTEGER, position INTEGER)");
     modules->storeModule(Module{.moduleName = "Leads", .singularName = "42", .position = 7});

@@ -22,15 +22,15 @@ std::string idsOf(const std::optional<std::vector<Tag>>& tags) {
     return ids;
 }
 
-class HeardRecords final : public RecordChangedObserver {
+class ChangedRecords final : public RecordChangedObserver {
 public:
     using RecordChangedObserver::recordUpdated;
     void recordUpdated(const std::string& moduleName, const RecordIds& recordIds) override {
-        heard += moduleName + ":";
-        for (auto& id : recordIds) heard += " " + id.recordID;
-        heard += ";";
+        changed += moduleName + ":";
+        for (auto& id : recordIds) changed += " " + id.recordID;
+        changed += ";";
     }
-    std::string heard;
+    std::string changed;
 };
 
 class TagsTest : public FoundationTest {
@@ -44,7 +44,7 @@ protected:
         BrenNotificationCenter::shared().add<RecordChangedObserver>(observer);
     }
 
-    /// The answers in their order: source and tags, or the failure.
+    /// Returns the answers in order: source and tags, or the failure.
     std::string ask(DataSource source) {
         std::string answers;
         usecase->execute(GetModuleTagsUC::Request(taggedLeads, source), [&](auto* response, auto* failure) {
@@ -58,12 +58,12 @@ protected:
 
     std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
     std::shared_ptr<GetModuleTagsUC> usecase;
-    std::shared_ptr<HeardRecords> observer = std::make_shared<HeardRecords>();
+    std::shared_ptr<ChangedRecords> observer = std::make_shared<ChangedRecords>();
     TagInDatabase tags;
     TagRecordInDatabase links;
 };
 
-TEST_F(TagsTest, TakesOverWhatTheServerHas) {
+TEST_F(TagsTest, TheServersTagsReplaceTheStoredOnes) {
     tags.storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}, {"9", "big", "Deals"}});
     links.storeTagRecords({{"2", "old", "Leads"}, {"1", "hot", "Leads"}}, "r1");
     network->answer(tagsBody(ValueList{ValueList{"1", "warm"}, ValueList{"3"}, ValueList{"4", "new", "#ff0000"}}));
@@ -71,16 +71,16 @@ TEST_F(TagsTest, TakesOverWhatTheServerHas) {
     EXPECT_EQ(idsOf(tags.getTags("Leads")), "1=warm 4=new ");
     EXPECT_EQ(idsOf(tags.getTags("Deals")), "9=big ");
     EXPECT_EQ(links.getTagRecordsByRecordId("r1")->size(), 1u);
-    EXPECT_EQ(observer->heard, "Leads: r1;");
+    EXPECT_EQ(observer->changed, "Leads: r1;");
     auto call = network->calls().front();
     EXPECT_TRUE(call.request.url.ends_with("/getmoduletags"));
     EXPECT_EQ(*call.params, (ValueMap{{"module", "Leads"}, {"moduleAPI", "Leads_API"}}));
 }
 
-TEST_F(TagsTest, KeepsWhatWaitsForItsUpload) {
+TEST_F(TagsTest, TagsOfUnsentChangesStay) {
     struct {
         std::string tag, record;
-        bool stays;
+        bool isKept;
     } cases[] = {{"a", "TarvoTEMPID#1", true},
                  {"b", "NEW_000000001", true},
                  {"c", "NEW_1", false},
@@ -91,7 +91,7 @@ TEST_F(TagsTest, KeepsWhatWaitsForItsUpload) {
         tags.storeTags({{one.tag, "t", "Leads"}});
         links.storeTagRecords({{one.tag, "t", "Leads"}}, "66");
         links.storeTagRecords({{one.tag, "t", "Leads"}}, one.record);
-        if (one.stays) expected += one.tag + "=t ";
+        if (one.isKept) expected += one.tag + "=t ";
     }
     network->answer(tagsBody(ValueList{}));
     EXPECT_EQ(ask(DataSource::network), "network ; ");
@@ -100,7 +100,7 @@ TEST_F(TagsTest, KeepsWhatWaitsForItsUpload) {
     EXPECT_EQ(idsOf(left), "TarvoTEMPID#5=t a=t b=t ");
 }
 
-TEST_F(TagsTest, AnUnusableAnswerChangesNothing) {
+TEST_F(TagsTest, AnUnusableAnswerLeavesTheTagsAsTheyAre) {
     tags.storeTags({{"1", "hot", "Leads"}});
     for (auto& answer : {std::string("nonsense"), std::string(R"({"error":[{"code":"X"}]})"), tagsBody("rows"),
                          tagsBody(ValueList{Value(ValueList{"1", 2})}), tagsBody(ValueList{"row"})}) {
@@ -112,10 +112,10 @@ TEST_F(TagsTest, AnUnusableAnswerChangesNothing) {
     network->fail(NetworkError::Kind::cannotConnect);
     EXPECT_EQ(ask(DataSource::network), "networkUnavailable; ");
     EXPECT_EQ(idsOf(tags.getTags("Leads")), "1=hot ");
-    EXPECT_EQ(observer->heard, "");
+    EXPECT_EQ(observer->changed, "");
 }
 
-TEST_F(TagsTest, WithoutStoredTagsTheServerIsAsked) {
+TEST_F(TagsTest, WithoutADatabaseTheServerIsAsked) {
     configuration().databaseAdapter = nullptr;
     network->answer(tagsBody(ValueList{Value(ValueList{"1", "hot"})}));
     EXPECT_EQ(ask(DataSource::either), "network 1=hot ; ");
