@@ -34,11 +34,11 @@ Names namesOf(const ModuleBatch::Batches& batches) {
     return names;
 }
 
-/// Hears of a step, whatever the queue.
-class Runner final : public DownloadProgressible,
-                     public CustomViewChangedObserver,
-                     public NoticeListener<CommonErrorRelay>,
-                     public InitRecordProcessUseCaseDelegate {
+/// Records the events of a step from any queue.
+class EventRecorder final : public DownloadProgressible,
+                            public CustomViewChangedObserver,
+                            public NoticeListener<CommonErrorRelay>,
+                            public InitRecordProcessUseCaseDelegate {
 public:
     void didComplete(Downloadable&, bool status) override { add(status ? "complete" : "failed"); }
     void progressDidUpdate(Downloadable&, int current, int total) override {
@@ -64,7 +64,7 @@ private:
 };
 
 /// Keeps the calls until the test answers them.
-class HeldViews final : public InitCustomViewNSP {
+class HeldViewService final : public InitCustomViewNSP {
 public:
     void getCustomViews(const std::vector<Module>& modules, NetworkCompletion callback) override {
         asked.push_back(namesOf(modules));
@@ -108,7 +108,7 @@ protected:
         for (auto& statement : metadataTables()) database->createTable(statement);
         database->createTable(customViewTable());
         defaults = std::make_shared<BrenUserDefaults>();
-        BrenNotificationCenter::shared().add<CustomViewChangedObserver>(runner);
+        BrenNotificationCenter::shared().add<CustomViewChangedObserver>(recorder);
     }
     MetadataStores stores() { return {database, std::make_shared<InMemoryStorage>()}; }
     void store(const Names& names, ModuleType type = ModuleType::default_) {
@@ -130,28 +130,28 @@ protected:
         return service;
     }
     template <class Step>
-    std::shared_ptr<Step> heard(std::shared_ptr<Step> step) {
-        step->delegate = runner;
-        step->errorResponder = runner;
+    std::shared_ptr<Step> recorded(std::shared_ptr<Step> step) {
+        step->delegate = recorder;
+        step->errorResponder = recorder;
         return step;
     }
-    /// What was heard, but for the progress, whose first report meets the answers anywhere.
+    /// Runs a step to its end. Returns its events without the progress, whose first report may come at any point.
     Names runToEnd(BatchedDownloadable& step) {
         step.initiate();
         step.execute();
         settle();
-        auto events = runner->take();
+        auto events = recorder->take();
         std::erase_if(events, [](auto& event) { return event.find('/') != std::string::npos; });
         return events;
     }
 
     std::shared_ptr<KelvaDatabasePersistance> database;
     std::shared_ptr<BrenUserDefaults> defaults;
-    std::shared_ptr<Runner> runner = std::make_shared<Runner>();
+    std::shared_ptr<EventRecorder> recorder = std::make_shared<EventRecorder>();
     std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
 };
 
-TEST_F(InitBatchTest, AFeatureTakesItsModules) {
+TEST_F(InitBatchTest, AFeatureCoversItsModules) {
     using enum ModuleBatchConstant::Feature;
     using enum ModuleType;
     struct {
@@ -193,7 +193,7 @@ TEST_F(InitBatchTest, AFeatureTakesItsModules) {
         store(one.stored, one.type);
         database->deleteAllObjects("APP_SETTINGS");
         auto persistance = stores();
-        // Straight from the tables, whose rows each case replaces.
+        // Reads past the memory, since each case replaces the rows of the tables.
         persistance.inMemoryDatabaseAdapter = nullptr;
         if (one.supported)
             persistance.settings()->storeSettings({{.moduleName = "Settings",
@@ -207,81 +207,137 @@ TEST_F(InitBatchTest, AFeatureTakesItsModules) {
     }
 }
 
-TEST_F(InitBatchTest, ViewsComeInBatchesAndARestartAsksForTheRest) {
-    store({"Leads", "Contacts", "Accounts", "Deals", "Cases", "Solutions", "Products", "Vendors", "Quotes"});
-    auto service = std::make_shared<HeldViews>();
-    auto step = heard(InitCustomViewDM::make(database, defaults, service));
+const Names nineModules{"Leads",     "Contacts", "Accounts", "Deals", "Cases",
+                        "Solutions", "Products", "Vendors",  "Quotes"};
+
+TEST_F(InitBatchTest, TwoBatchesAreInProgressAtATime) {
+    store(nineModules);
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
     step->initiate();
     EXPECT_EQ(step->totalCallsCount(), 3);
     EXPECT_TRUE(service->asked.empty());
     step->execute();
     EXPECT_THAT(service->asked, ElementsAre("Leads Contacts Accounts Deals", "Cases Solutions Products Vendors"));
-    EXPECT_THAT(runner->take(), ElementsAre("0/3"));
+    EXPECT_THAT(recorder->take(), ElementsAre("0/3"));
+    service->calls[0](wire::body({}), {});
+    EXPECT_EQ(service->asked.back(), "Quotes") << "the third starts as soon as one of two is done";
+    EXPECT_THAT(recorder->take(), ElementsAre("1/3"));
+}
+
+TEST_F(InitBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlagged) {
+    store(nineModules);
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->execute();
+    recorder->take();
     service->calls[0](wire::body({viewsEntry("Leads", {viewRow("1"), viewRow("2")}), viewsEntry("Contacts", {})}), {});
     settle();
-    EXPECT_THAT(runner->take(), UnorderedElementsAre("1/3", "Leads: 1 2", "Contacts: "));
-    EXPECT_EQ(service->asked.size(), 3u) << "the third starts as soon as one of two is done";
+    EXPECT_THAT(recorder->take(), UnorderedElementsAre("1/3", "Leads: 1 2", "Contacts: "));
     EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 2u);
     EXPECT_TRUE(isFlagged("customviews", "Deals"));
     EXPECT_FALSE(isFlagged("customviews", "Cases"));
-
-    // The program ends here: what is answered afterwards is nobody's.
-    step = nullptr;
-    service->calls[1](wire::body({}), {});
-    service->asked.clear(), service->calls.clear();
-    step = heard(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
-    EXPECT_THAT(service->asked, ElementsAre("Cases Solutions Products Vendors", "Quotes"));
-    service->calls[1]("<html>", {});
-    service->calls[0](wire::body({viewsEntry("Cases", {Value(viewRow("3"))})}),
-                      NetworkError{NetworkError::Kind::timeout, ""});
-    settle();
-    EXPECT_THAT(runner->take(), ElementsAre("0/2", "parsingError", "1/2", "networkResponseError", "complete", "2/2"));
-    EXPECT_TRUE(isFlagged("customviews", "Cases") && isFlagged("customviews", "Quotes"));
-    EXPECT_TRUE(CustomViewInDatabase(database).getCustomViews("Cases")->empty());
-    EXPECT_TRUE(wasLogged("CustomViewInfo Requested for Cases, Solutions, Products, Vendors"));
-    EXPECT_TRUE(wasLogged("CustomViewInfo Completed - failure for Quotes"));
-    EXPECT_TRUE(wasLogged("CustomViewInfo Batch completed."));
-
-    EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
-    EXPECT_EQ(service->asked.size(), 2u);
 }
 
-TEST_F(InitBatchTest, AProgramThatShutsDownLeavesItsBatchUndone) {
+TEST_F(InitBatchTest, ARestartRequestsTheRest) {
+    store(nineModules);
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->execute();
+    service->calls[0](wire::body({}), {});
+    step = nullptr;
+    service->calls[1](wire::body({}), {});
+    EXPECT_FALSE(isFlagged("customviews", "Cases")) << "the answer came after the step was released";
+    service->asked.clear();
+    step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->execute();
+    EXPECT_THAT(service->asked, ElementsAre("Cases Solutions Products Vendors", "Quotes"));
+}
+
+TEST_F(InitBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
+    store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->execute();
+    service->calls[1]("<html>", {});
+    service->calls[0](wire::body({viewsEntry("Leads", {Value(viewRow("3"))})}),
+                      NetworkError{NetworkError::Kind::timeout, ""});
+    settle();
+    EXPECT_THAT(recorder->take(), ElementsAre("0/2", "parsingError", "1/2", "networkResponseError", "complete", "2/2"));
+    EXPECT_TRUE(isFlagged("customviews", "Leads") && isFlagged("customviews", "Cases"));
+    EXPECT_TRUE(CustomViewInDatabase(database).getCustomViews("Leads")->empty());
+    EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
+    EXPECT_EQ(service->asked.size(), 2u) << "no module is left";
+}
+
+TEST_F(InitBatchTest, ProgressLinesNameTheModules) {
+    store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->execute();
+    service->calls[1]("<html>", {});
+    service->calls[0](wire::body({}), {});
+    settle();
+    EXPECT_TRUE(wasLogged("CustomViewInfo Requested for Leads, Contacts, Accounts, Deals"));
+    EXPECT_TRUE(wasLogged("CustomViewInfo Completed - success for Leads, Contacts, Accounts, Deals"));
+    EXPECT_TRUE(wasLogged("CustomViewInfo Completed - failure for Cases"));
+    EXPECT_TRUE(wasLogged("CustomViewInfo Batch completed."));
+}
+
+TEST_F(InitBatchTest, AShutdownLeavesTheBatchUndone) {
     store({"Leads"});
     for (auto kind : {NetworkError::Kind::shutDown, NetworkError::Kind::notSent}) {
         network->fail(kind);
-        auto step = heard(InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
+        auto step = recorded(InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
         bool isShutDown = kind == NetworkError::Kind::shutDown;
         EXPECT_EQ(runToEnd(*step), isShutDown ? Names() : (Names{"noAuthtoken 1001", "complete"}));
         EXPECT_EQ(isFlagged("customviews", "Leads"), !isShutDown);
     }
 }
 
-/// Everything an answer of records may lack, of which nothing may stop the run.
-TEST_F(InitBatchTest, RecordsOfDefaultViewsAreStoredAndCounted) {
-    store({"Leads", "Contacts", "Accounts", "Deals"});
-    network->answer(wire::body({metadataEntry("Leads"), metadataEntry("Deals")}));
-    auto metadata = heard(InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
+/// An account with the metadata of Leads and Deals and a default view of each, before its records are downloaded.
+class InitRecordBatchTest : public InitBatchTest {
+protected:
+    void SetUp() override {
+        InitBatchTest::SetUp();
+        store({"Leads", "Contacts", "Accounts", "Deals"});
+        network->answer(wire::body({metadataEntry("Leads"), metadataEntry("Deals")}));
+        runToEnd(*InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
+        network->answer(wire::body({viewsEntry("Leads", {Value(viewRow("11"))}),
+                                    viewsEntry("Deals", {Value(viewRow("44"))}), viewsEntry("Contacts", {})}));
+        runToEnd(*InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
+        recorder->take();
+    }
+    std::shared_ptr<InitCVRecordsDM> recordsStep() {
+        return recorded(InitCVRecordsDM::make(database, defaults, overNetwork<InitCVRecordsNS>()));
+    }
+    std::shared_ptr<InitRecordProcessUseCase> recordProcess() {
+        auto useCase = InitRecordProcessUseCase::make(database, defaults, overNetwork<InitCVRecordsNS>());
+        useCase->delegate = recorder;
+        return useCase;
+    }
+    /// Downloads one lead; the entry of the deals says that there are none.
+    void downloadRecords() {
+        network->answer(wire::body({recordsEntry("Leads", "1"), withoutData("Deals")}));
+        runToEnd(*recordsStep());
+    }
+    static ValueMap withoutData(const std::string& module) {
+        return {{"info", ValueMap{{"module", module}, {"nodata", true}}}};
+    }
+};
+
+TEST_F(InitRecordBatchTest, MetadataThatIsDoneIsNotRequestedAgain) {
+    auto calls = network->calls().size();
+    auto metadata = recorded(InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
     EXPECT_EQ(metadata->totalCallsCount(), 1);
     EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
-    EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
-    EXPECT_EQ(network->calls().size(), 1u) << "all modules are done";
-    network->answer(wire::body({viewsEntry("Leads", {Value(viewRow("11"))}),
-                                viewsEntry("Deals", {Value(viewRow("44"))}), viewsEntry("Contacts", {})}));
-    runToEnd(*InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
-    runner->take();
+    EXPECT_EQ(network->calls().size(), calls);
+}
 
-    auto nameless = recordsEntry("Leads", "9");
-    nameless.set("info", ValueMap());
-    auto refused = recordsEntry("Deals", "9");
-    refused.set("error", ValueList{"CODE", "words"});
-    auto nothing = ValueMap{{"info", ValueMap{{"module", "Deals"}, {"nodata", true}}}};
-    network->answer(wire::body({recordsEntry("Leads", "1"), nameless, refused, ValueMap(), nothing,
-                                recordsEntry("Nowhere", "9"), recordsEntry("Leads", "2")}));
-    auto step = heard(InitCVRecordsDM::make(database, defaults, overNetwork<InitCVRecordsNS>()));
-    EXPECT_EQ(step->totalCallsCount(), 1) << "nothing is known yet";
+TEST_F(InitRecordBatchTest, RecordsAreRequestedByDefaultView) {
+    auto step = recordsStep();
+    EXPECT_EQ(step->totalCallsCount(), 1) << "the batches are not known yet";
+    network->answer(wire::body({}));
     EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
     auto call = network->calls().back();
     EXPECT_TRUE(call.request.url.ends_with("/products/getcvrecords")) << call.request.url;
@@ -289,52 +345,81 @@ TEST_F(InitBatchTest, RecordsOfDefaultViewsAreStoredAndCounted) {
                                              {"module", ValueList{"Leads", "Deals"}},
                                              {"moduleAPI", ValueList{"Leads_API", "Deals_API"}},
                                              {"cvName", ValueList{"All", "All"}}}));
+    EXPECT_TRUE(wasLogged("InitCVRecords request completed - success for Leads, Deals"));
+}
+
+/// No defect of one entry may cost another entry.
+TEST_F(InitRecordBatchTest, ReadableEntriesAreStoredBesideUnreadableOnes) {
+    auto nameless = recordsEntry("Leads", "9");
+    nameless.set("info", ValueMap());
+    auto refused = recordsEntry("Deals", "9");
+    refused.set("error", ValueList{"CODE", "words"});
+    network->answer(wire::body({recordsEntry("Leads", "1"), nameless, refused, ValueMap(), withoutData("Deals"),
+                                recordsEntry("Nowhere", "9"), recordsEntry("Leads", "2")}));
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
     EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 2);
     EXPECT_EQ(database->count("DealsRecords", std::nullopt), 0);
+    EXPECT_FALSE(wasLogged("words")) << "texts of the server's errors stay out of the log";
+}
+
+TEST_F(InitRecordBatchTest, DownloadsAreCountedAndFlaggedByModule) {
+    downloadRecords();
     RecordSyncSettingsPersistance settings(defaults);
-    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 2);
+    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 1);
     EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Deals"), 1);
     EXPECT_TRUE(isFlagged("initialRecords", "Leads") && isFlagged("initialRecords", "Deals"));
     EXPECT_FALSE(isFlagged("initialRecords", "Contacts")) << "it has no default view";
-    EXPECT_TRUE(wasLogged("InitCVRecords request completed - success for Leads, Deals"));
-    EXPECT_FALSE(wasLogged("words"));
+}
 
-    // Done: neither this step nor the smaller entry asks again, until a module is
-    // taken back.
-    auto useCase = InitRecordProcessUseCase::make(database, defaults, overNetwork<InitCVRecordsNS>());
-    useCase->delegate = runner;
+TEST_F(InitRecordBatchTest, RecordsThatAreDoneAreNotRequestedAgain) {
+    downloadRecords();
     auto calls = network->calls().size();
-    EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
+    auto useCase = recordProcess();
     EXPECT_FALSE(useCase->defaultCustomViewRequestsCompleted());
     useCase->startInitRecordProcess();
     settle();
-    EXPECT_THAT(runner->take(), ElementsAre("records complete"));
+    EXPECT_THAT(recorder->take(), ElementsAre("records complete"));
     EXPECT_EQ(network->calls().size(), calls);
+}
+
+TEST_F(InitRecordBatchTest, AModuleWithoutAFlagIsRequestedAgain) {
+    downloadRecords();
+    auto calls = network->calls().size();
     defaults->removeValueForKey(flag("initialRecords", "Deals"), UserDefaultsGroup::current());
     network->answer("{}");
+    auto useCase = recordProcess();
     useCase->startInitRecordProcess();
     settle();
-    EXPECT_THAT(runner->take(), UnorderedElementsAre("parsingError", "records complete"));
+    EXPECT_THAT(recorder->take(), UnorderedElementsAre("parsingError", "records complete"));
     EXPECT_TRUE(useCase->defaultCustomViewRequestsCompleted());
     EXPECT_EQ(network->calls().size(), calls + 1);
+}
 
+TEST_F(InitRecordBatchTest, AnEmptyListOfModulesRequestsNothing) {
+    auto calls = network->calls().size();
     int ends = 0;
-    step->getCustomViewRecords(
+    recordsStep()->getCustomViewRecords(
         std::vector<Module>(), [&] { ++ends; }, [] { FAIL(); });
-    EXPECT_EQ(ends, 1) << "nothing is asked for";
-    auto& around = *useCase->initRecordProcessDataManager;
-    around.resetRecordDownloadedForAllModules();
-    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 0);
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(network->calls().size(), calls);
+}
+
+TEST_F(InitRecordBatchTest, TheRecordProcessResetsCountsTablesAndCompletion) {
+    downloadRecords();
+    auto useCase = recordProcess();
+    auto& manager = *useCase->initRecordProcessDataManager;
+    manager.resetRecordDownloadedForAllModules();
+    EXPECT_EQ(RecordSyncSettingsPersistance(defaults).getNumberOfRecordsDownloaded("Leads"), 0);
     database->dropTable("LeadsRecords");
-    around.createTableForAllModules();
+    manager.createTableForAllModules();
     EXPECT_EQ(database->columnNames("LeadsRecords"), (Names{"ID", "COL_F1"}));
-    around.initRecordProcessCompleteForUser("1001");
+    manager.initRecordProcessCompleteForUser("1001");
     EXPECT_TRUE(UserAccountsManager(defaults).isInitialDownloadComplete("1001"));
 }
 
-/// Completes its batches on a queue of many threads, while the first ones are
-/// still being started.
-class Hasty final : public ModuleBatchDelegate {
+/// Completes its batches on a concurrent queue while the first ones are still being started.
+class ThreadedWorker final : public ModuleBatchDelegate {
 public:
     void nextBatch(const std::vector<Module>& modules) override {
         EXPECT_LE(++inFlight, 2);
@@ -345,29 +430,29 @@ public:
         });
     }
     void allBatchesCompleted() override { ++ends; }
-    const std::shared_ptr<DispatchQueue> queue = DispatchQueue::concurrent("tests.hasty");
+    const std::shared_ptr<DispatchQueue> queue = DispatchQueue::concurrent("tests.threadedWorker");
     std::shared_ptr<ModuleBatch> batches;
     std::atomic<int> inFlight = 0, asked = 0, ends = 0;
 };
 
 TEST_F(InitBatchTest, BatchesCompleteFromManyThreads) {
-    auto hasty = std::make_shared<Hasty>();
-    hasty->batches = std::make_shared<ModuleBatch>(
+    auto worker = std::make_shared<ThreadedWorker>();
+    worker->batches = std::make_shared<ModuleBatch>(
         Feature::metadaInfo,
         ModuleBatch::Persistance{stores().modules(), stores().settings(), UserDefaultsUtil(defaults)});
-    hasty->batches->delegate = hasty;
+    worker->batches->delegate = worker;
     std::vector<Module> modules(41);
     for (std::size_t i = 0; i < modules.size(); ++i) modules[i].moduleName = "M" + std::to_string(i);
-    hasty->batches->initiateBatchOfAll(modules, 1);
-    hasty->batches->start();
+    worker->batches->initiateBatchOfAll(modules, 1);
+    worker->batches->start();
     settle();
-    EXPECT_EQ(hasty->asked, 41);
-    EXPECT_EQ(hasty->ends, 1);
-    EXPECT_EQ(hasty->batches->completedBatchCount(), 41);
+    EXPECT_EQ(worker->asked, 41);
+    EXPECT_EQ(worker->ends, 1);
+    EXPECT_EQ(worker->batches->completedBatchCount(), 41);
     EXPECT_TRUE(isFlagged("metadata", "M40"));
 }
 
-TEST_F(InitBatchTest, WatermarksBelongToTheAccount) {
+TEST_F(InitBatchTest, WatermarksBelongToTheAccountAndCountsDoNot) {
     RecordSyncSettingsPersistance settings(defaults);
     EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
     settings.storeNumberOfRecordsDownloaded(3, "Leads");
@@ -380,7 +465,11 @@ TEST_F(InitBatchTest, WatermarksBelongToTheAccount) {
     signIn("1002");
     EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
     EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 3);
-    // Another program's value under the key is no dictionary of modules.
+}
+
+TEST_F(InitBatchTest, ABrokenWatermarkIsReplaced) {
+    RecordSyncSettingsPersistance settings(defaults);
+    // A value under the key that is not a dictionary of modules is ignored.
     defaults->setDictionary({{"Leads", "odd"}}, "ModuleDetails", UserDefaultsGroup::current());
     EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
     settings.storeLastModifiedTime("1", "Leads");

@@ -36,8 +36,8 @@ ValueList userRow(const std::string& id, const std::string& account) {
             "CEO", "true", "Administrator", "p1",        true,    "dd/MM/yyyy"};
 }
 
-/// The blocks of a whole answer by name.
-ValueMap wholeAnswer() {
+/// Returns the blocks of a complete answer by name.
+ValueMap completeAnswer() {
     auto tables = accountTables();
     ValueList emails{"a@crm.test", "b@crm.test", "c@crm.test"};
     return {{"tables", ValueList(tables.begin(), tables.end())},
@@ -59,20 +59,20 @@ std::string body(const ValueMap& blocks, std::int64_t responseTime = 0) {
         {"response", ValueMap{{"result", result}, {"responseInfo", ValueMap{{"responsetime", responseTime}}}}}});
 }
 
-class HeardSettings final : public GetSettingsUseCaseDelegate {
+class SettingsReceiver final : public GetSettingsUseCaseDelegate {
 public:
     void settingsFetched(const std::vector<Settings>& settings) override { fetched = settings; }
     std::vector<Settings> fetched;
 };
 
-class HeardSteps final : public DownloadProgressible {
+class CompletionCounter final : public DownloadProgressible {
 public:
     void didComplete(Downloadable&, bool status) override { completed += status ? 1 : 100; }
     void progressDidUpdate(Downloadable&, int, int) override {}
     int completed = 0;
 };
 
-class HeardFailures final : public NoticeListener<CommonErrorRelay> {
+class FailureRecorder final : public NoticeListener<CommonErrorRelay> {
 public:
     std::string notices;
 
@@ -88,18 +88,18 @@ protected:
         adapter = openDatabase();
     }
 
-    /// Runs the step with one answer; how often it told that it is complete.
+    /// Runs the step with one answer. Returns how often the step reported its completion.
     int run(const std::string& answer) {
         network->answer(answer);
         auto service = std::make_shared<AppInitNetworkService>();
         service->setNetworkAdapter(network);
         auto step = AppInitDataManager::make(adapter, defaults, service);
-        auto heard = std::make_shared<HeardSteps>();
-        step->delegate = heard;
+        auto counter = std::make_shared<CompletionCounter>();
+        step->delegate = counter;
         step->errorResponder = failures;
         step->execute();
         settle();
-        return heard->completed;
+        return counter->completed;
     }
 
     template <class UC>
@@ -114,16 +114,16 @@ protected:
     }
 
     std::vector<Settings> settings() {
-        auto heard = std::make_shared<HeardSettings>();
+        auto receiver = std::make_shared<SettingsReceiver>();
         auto usecase = std::make_shared<GetSettingsUseCase>();
-        usecase->delegate = heard;
+        usecase->delegate = receiver;
         usecase->getAllSettings();
         settle();
-        return heard->fetched;
+        return receiver->fetched;
     }
 
-    /// How much of each block can be read back.
-    Counts stored() {
+    /// Returns how many entries of each block can be read back.
+    Counts storedCounts() {
         auto modules = answerOf<GetModulesUC>(GetModulesUC::Request({"Leads", "Deals"}));
         auto users = answerOf<GetUsers>(GetUsers::Request::all());
         CompanyInfoInDatabase company("COMPANY_DETAILS", adapter);
@@ -137,29 +137,41 @@ protected:
                  OrganisationInUserDefaults(defaults).getOrganisations().value_or(std::vector<Organisation>()).size()}};
     }
 
-    std::shared_ptr<HeardFailures> failures = std::make_shared<HeardFailures>();
+    std::shared_ptr<FailureRecorder> failures = std::make_shared<FailureRecorder>();
     std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
     std::shared_ptr<UserDefaultsProtocol> defaults;
     std::shared_ptr<KelvaDatabasePersistance> adapter;
 };
 
-// 16 and 3 settings of the application and the order of names; 4 and 3 levels of Leads; 4 and the reportees of
-// Accounts.
-const Counts whole{{"dateTimeFormat", 1}, {"activeModules", 2}, {"userDetails", 1}, {"activeUsers", 2},
-                   {"settings", 32},      {"companyInfo", 1},   {"VestraOrgs", 2}};
+// Settings: 16 texts, 3 lists and the order of names of the application; 4 texts and 3 sort levels of Leads; 4 texts
+// and the reportees of Accounts.
+const Counts completeCounts{{"dateTimeFormat", 1}, {"activeModules", 2}, {"userDetails", 1}, {"activeUsers", 2},
+                            {"settings", 32},      {"companyInfo", 1},   {"VestraOrgs", 2}};
 
-TEST_F(InitDataTest, StoresTheWholeAnswer) {
-    EXPECT_EQ(run(body(wholeAnswer())), 1);
-    EXPECT_EQ(stored(), whole);
+TEST_F(InitDataTest, StoresEveryBlock) {
+    EXPECT_EQ(run(body(completeAnswer())), 1);
+    EXPECT_EQ(storedCounts(), completeCounts);
+}
+
+TEST_F(InitDataTest, StoresUsersWithAllMembers) {
+    run(body(completeAnswer()));
     auto user = answerOf<GetUser>(GetUser::Request::currentUser())->user;
     EXPECT_EQ(user.id, "u1");
     EXPECT_TRUE(user.confirm);
     EXPECT_EQ(user.isLoggedInUser, true);
     EXPECT_EQ(user.dateFormat, "dd/MM/yyyy");
     EXPECT_EQ(user.timeFormat, std::nullopt);
+}
+
+TEST_F(InitDataTest, FindsStoredUsers) {
+    run(body(completeAnswer()));
     EXPECT_EQ(answerOf<GetUser>(GetUser::Request::brenUID("2002"))->user.id, "u2");
     EXPECT_FALSE(answerOf<GetUser>(GetUser::Request::userId("nobody")));
     EXPECT_EQ(answerOf<GetUsers>(GetUsers::Request::userIds({"u2", "x"}))->users.size(), 1u);
+}
+
+TEST_F(InitDataTest, SettingsOfAnAccountAreNotReadForAnother) {
+    run(body(completeAnswer()));
     auto details = UserDetailsInUserDefaults(defaults).getUserDetails();
     EXPECT_EQ(details, (UserDetails{"1001", "Europe/Berlin", "US", "en", "a@crm.test", "b@crm.test"}));
     signIn("2002");
@@ -167,18 +179,24 @@ TEST_F(InitDataTest, StoresTheWholeAnswer) {
     EXPECT_EQ(OrganisationInUserDefaults(defaults).getOrganisations(), std::nullopt);
 }
 
-TEST_F(InitDataTest, AFailureReachesTheHostOnce) {
-    EXPECT_EQ(run("no envelope"), 0);
-    EXPECT_EQ(std::exchange(failures->notices, ""), "parsingError;");
+TEST_F(InitDataTest, ReportsAnUnreadableAnswerOnce) {
+    EXPECT_EQ(run("not an envelope"), 0);
+    EXPECT_EQ(failures->notices, "parsingError;");
+}
+
+TEST_F(InitDataTest, ReportsATransportErrorOnce) {
     network->fail(NetworkError::Kind::timeout);
     EXPECT_EQ(run(""), 0);
-    EXPECT_EQ(std::exchange(failures->notices, ""), "networkResponseError;");
+    EXPECT_EQ(failures->notices, "networkResponseError;");
+}
+
+TEST_F(InitDataTest, ReportsAMissingTokenOnce) {
     signIn("1001", std::nullopt);
     EXPECT_EQ(run(""), 0);
     EXPECT_EQ(failures->notices, "noAuthtoken 1001;");
 }
 
-TEST_F(InitDataTest, ReadsUserDetails) {
+TEST_F(InitDataTest, ParsesUserDetails) {
     auto details = [](ValueList emails, Value locale = "US|en") {
         return ValueList{"1", "Zone", 0, std::move(locale), 0, 0, 0, 0, std::move(emails)};
     };
@@ -188,11 +206,11 @@ TEST_F(InitDataTest, ReadsUserDetails) {
     EXPECT_EQ(InitUserDetailsParser::parse(details({}, "US"))->language, "");
     EXPECT_EQ(InitUserDetailsParser::parse(details({}, 5))->country, "");
     EXPECT_EQ(InitUserDetailsParser::parse(ValueList{Value(details({"a"}))})->timeZone, "Zone")
-        << "a list with one row";
+        << "a list that contains only the row";
     EXPECT_FALSE(InitUserDetailsParser::parse(ValueList{"1", "Zone"}));
 }
 
-TEST_F(InitDataTest, ReadsSortBlocks) {
+TEST_F(InitDataTest, ParsesSortLevels) {
     using S = SettingName;
     struct {
         Value block;
@@ -215,7 +233,7 @@ TEST_F(InitDataTest, ReadsSortBlocks) {
         auto settings = InitSettingsParser::parse(row).value();
         for (auto& setting : settings)
             if (setting.moduleName == "Leads") levels.emplace_back(setting.settingsKey, setting.customSettings);
-        EXPECT_EQ(levels, one.levels);
+        EXPECT_EQ(levels, one.levels) << json::write(one.block).value_or("");
     }
 }
 
@@ -229,6 +247,11 @@ TEST_F(InitDataTest, MakesSettingsInTheOrderOfTheirPositions) {
     using S = SettingName;
     EXPECT_THAT(ofLeads, ElementsAre(S::downloadRecords, S::userMaxRecords, S::search, S::display, S::groupBy,
                                      S::primarySort, S::secondarySort));
+}
+
+TEST_F(InitDataTest, MakesSettingsFromTextsAndLists) {
+    using S = SettingName;
+    auto settings = *InitSettingsParser::parse(settingsRow());
     EXPECT_EQ(settings[3], (Settings{"Settings", S::fontSize, "v3", "v3", true}));
     EXPECT_EQ(settings[19], (Settings{"Leads", S::display, "shown,too", "shown,too", true}));
     EXPECT_EQ(settings.back(),
@@ -239,7 +262,7 @@ TEST_F(InitDataTest, MakesSettingsInTheOrderOfTheirPositions) {
               1);
 }
 
-TEST_F(InitDataTest, TheCurrentOrganisationDecidesTheDefault) {
+TEST_F(InitDataTest, TheCurrentOrganisationIsTheDefault) {
     OrganisationInUserDefaults organisations(defaults);
     auto defaultsOf = [&] {
         std::vector<bool> flags;
@@ -247,19 +270,19 @@ TEST_F(InitDataTest, TheCurrentOrganisationDecidesTheDefault) {
         for (auto& one : list) flags.push_back(one.isAppDefault);
         return flags;
     };
-    run(body(wholeAnswer()));
+    run(body(completeAnswer()));
     EXPECT_THAT(defaultsOf(), ElementsAre(true, false));
     organisations.setCurrentOrganisation(Organisation{"2", "Bolt", false, false});
-    run(body(wholeAnswer()));
+    run(body(completeAnswer()));
     EXPECT_THAT(defaultsOf(), ElementsAre(false, true));
     EXPECT_TRUE(organisations.getOrganisations()->front().isWebDefault);
 }
 
-TEST_F(InitDataTest, GivesAnAnswerAgainForAMinuteToTheSameAccount) {
+TEST_F(InitDataTest, ReusesAnAnswerForAMinuteForTheSameAccount) {
     constexpr std::int64_t received = 1'700'000'000;
     using std::chrono::milliseconds;
     platform::Clock::set(platform::Clock::WallTime(milliseconds(received * 1000)));
-    run(body(wholeAnswer(), received * 1000 + 999));
+    run(body(completeAnswer(), received * 1000 + 999));
     struct {
         std::int64_t later;
         std::string account;
@@ -268,57 +291,57 @@ TEST_F(InitDataTest, GivesAnAnswerAgainForAMinuteToTheSameAccount) {
     for (auto& one : cases) {
         platform::Clock::set(platform::Clock::WallTime(milliseconds((received + one.later) * 1000)));
         signIn(one.account);
-        EXPECT_EQ(run(body(wholeAnswer(), received * 1000)), 1);
-        EXPECT_EQ(network->calls().size(), one.requests) << one.later;
+        EXPECT_EQ(run(body(completeAnswer(), received * 1000)), 1);
+        EXPECT_EQ(network->calls().size(), one.requests) << one.later << " s later, account " << one.account;
     }
 }
 
-class HeardOrgs final : public StoreOrgsUseCaseDelegate {
+class OrgsRecorder final : public StoreOrgsUseCaseDelegate {
 public:
-    void orgsStored() override { heard += "stored "; }
-    void noOrgsFetched() override { heard += "none "; }
-    std::string heard;
+    void orgsStored() override { events += "stored "; }
+    void noOrgsFetched() override { events += "none "; }
+    std::string events;
 };
 
-TEST_F(InitDataTest, StoresOrganisationsAlone) {
-    auto heard = std::make_shared<HeardOrgs>();
+TEST_F(InitDataTest, StoreOrgsStoresNothingElse) {
+    auto recorder = std::make_shared<OrgsRecorder>();
     auto store = [&](const std::string& answer) {
         network->answer(answer);
         auto service = std::make_shared<AppInitNetworkService>();
         service->setNetworkAdapter(network);
         auto usecase = StoreOrgsUseCase::make(
             std::make_shared<StoreOrgsDataManager>(std::make_shared<OrganisationInUserDefaults>(), service));
-        usecase->delegate = heard;
+        usecase->delegate = recorder;
         usecase->storeOrgs();
         settle();
     };
-    auto without = wholeAnswer();
+    auto without = completeAnswer();
     without.remove("VestraOrgs");
-    store(body(wholeAnswer()));
+    store(body(completeAnswer()));
     store(body(without));
     store("");
-    EXPECT_EQ(heard->heard, "stored none none ");
+    EXPECT_EQ(recorder->events, "stored none none ");
     EXPECT_EQ(OrganisationInUserDefaults().getOrganisations()->size(), 2u);
     EXPECT_EQ(UserDetailsInUserDefaults(defaults).getUserDetails(), std::nullopt);
 }
 
-class HeardUsers final : public GetUsersUseCaseDelegate {
+class UsersRecorder final : public GetUsersUseCaseDelegate {
 public:
-    void userFetched(const User& user) override { heard += user.id + " "; }
+    void userFetched(const User& user) override { events += user.id + " "; }
     void usersFetched(const std::vector<User>& users) override {
-        for (auto& user : users) heard += user.name + " ";
+        for (auto& user : users) events += user.name + " ";
     }
-    void unableToFetchUsers() override { heard += "none "; }
-    std::string heard;
+    void unableToFetchUsers() override { events += "none "; }
+    std::string events;
 };
 
-TEST_F(InitDataTest, TellsADelegateOfUsersByName) {
-    auto heard = std::make_shared<HeardUsers>();
+TEST_F(InitDataTest, GetUsersUseCaseSortsByName) {
+    auto recorder = std::make_shared<UsersRecorder>();
     auto usecase = std::make_shared<GetUsersUseCase>();
-    usecase->delegate = heard;
+    usecase->delegate = recorder;
     usecase->getUsers();
     settle();
-    EXPECT_EQ(heard->heard, "none ") << "there is no table yet";
+    EXPECT_EQ(std::exchange(recorder->events, ""), "none ") << "there is no table yet";
     for (auto& statement : accountTables()) adapter->createTable(statement);
     usecase->dataManager->storeUsers(
         {{.id = "1", .name = "zoe"}, {.id = "2", .name = "Ada"}, {.id = "3", .name = "Élan"}});
@@ -329,7 +352,7 @@ TEST_F(InitDataTest, TellsADelegateOfUsersByName) {
     settle();
     usecase->getCurrentUser();
     settle();
-    EXPECT_EQ(heard->heard, "none Ada Élan zoe 3 none ");
+    EXPECT_EQ(recorder->events, "Ada Élan zoe 3 none ");
 }
 
 }  // namespace

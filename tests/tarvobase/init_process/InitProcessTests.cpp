@@ -14,7 +14,7 @@ namespace {
 using ::testing::ElementsAre;
 using enum Process;
 
-/// What happened in the test under way, in its order. The runner does one thing at a time.
+/// The events of the running test in their order. The runner does one thing at a time.
 std::vector<std::string> events;
 
 /// A step that is started by the runner and completed by the test, or at once.
@@ -61,7 +61,7 @@ public:
     void initProcessCompleted(InitProcessUseCaseProtocol&) override {
         EXPECT_NE(std::this_thread::get_id(), mainThread);
         events.push_back("completed");
-        if (letGoWhenCompleted) useCase = nullptr;
+        if (releasesWhenCompleted) useCase = nullptr;
     }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
         EXPECT_EQ(std::this_thread::get_id(), mainThread);
@@ -72,7 +72,7 @@ public:
 
     const std::thread::id mainThread = std::this_thread::get_id();
     std::shared_ptr<InitProcessUseCase> useCase;
-    bool letGoWhenCompleted = false;
+    bool releasesWhenCompleted = false;
     std::vector<double> percentages;
     int failures = 0;
 
@@ -93,7 +93,7 @@ protected:
         openDatabase();
         newRun();
     }
-    /// Fresh steps, as a start of the program makes them.
+    /// Makes fresh steps, as a start of the program does.
     void newRun() {
         auto step = [&](Process process, std::vector<Process> waitsFor = {}) {
             return std::make_shared<ScriptedStep>(process, std::move(waitsFor));
@@ -119,10 +119,16 @@ protected:
         settle();
         return std::exchange(events, {});
     }
+    /// Reports progress of a step. Returns the percentage that the host sees afterwards.
+    double report(Process process, int current, int total) {
+        host->useCase->progressDidUpdate(step(process), current, total);
+        settle();
+        return host->percentages.back();
+    }
     ScriptedStep& step(Process process) {
         return **std::ranges::find_if(list, [&](auto& one) { return one->process == process; });
     }
-    bool isNoted() { return UserAccountsManager(defaults).isInitialDownloadComplete("1001"); }
+    bool isRecorded() { return UserAccountsManager(defaults).isInitialDownloadComplete("1001"); }
 
     std::shared_ptr<Host> host = std::make_shared<Host>();
     std::shared_ptr<ScriptedInitCall> call = std::make_shared<ScriptedInitCall>();
@@ -140,14 +146,14 @@ const std::vector<std::string> end{"completed", "complete for 1001"};
 
 class InitProcessOrderTest : public InitProcessTest, public ::testing::WithParamInterface<std::vector<Move>> {};
 
-TEST_P(InitProcessOrderTest, AStepStartsWhenTheLastOneItWaitsForIsDone) {
+TEST_P(InitProcessOrderTest, AStepStartsAfterItsLastDependency) {
     EXPECT_THAT(start(),
                 ElementsAre("currentUser", "appInit", "user stored", "initiate customviews", "initiate metadata",
                             "initiate currency", "initiate initialRecords", "initiate permission", "initiate pipelines",
                             "customviews", "metadata", "currency", "permission"));
     bool ended = false;
     for (auto& move : GetParam()) {
-        EXPECT_EQ(isNoted(), ended);
+        EXPECT_EQ(isRecorded(), ended);
         step(move.completes).complete(move.status);
         settle();
         EXPECT_EQ(std::exchange(events, {}), move.then) << rawText(move.completes);
@@ -176,22 +182,17 @@ INSTANTIATE_TEST_SUITE_P(Orders, InitProcessOrderTest,
                                                {initialRecords, true, {}},
                                                {currency, true, end}}));
 
-TEST_F(InitProcessTest, StepsThatAreDoneCompleteAtOnceAndTheHostSeesAHundred) {
+TEST_F(InitProcessTest, ReportsAHundredPercentIfEveryStepCompletesAtOnce) {
     for (auto& one : list) one->atOnce = true;
     list[0]->total = list[1]->total = 0;
-    host->letGoWhenCompleted = true;
-    auto heard = start();
-    EXPECT_EQ(std::vector(heard.end() - 2, heard.end()), end);
+    host->releasesWhenCompleted = true;
+    auto started = start();
+    EXPECT_EQ(std::vector(started.end() - 2, started.end()), end);
     EXPECT_EQ(host->percentages.back(), 100);
-    EXPECT_TRUE(isNoted());
+    EXPECT_TRUE(isRecorded());
 }
 
-TEST_F(InitProcessTest, ThePercentageNeverGoesDown) {
-    auto report = [&](Process process, int current, int total) {
-        host->useCase->progressDidUpdate(step(process), current, total);
-        settle();
-        return host->percentages.back();
-    };
+TEST_F(InitProcessTest, ThePercentageNeverDecreasesInARun) {
     EXPECT_EQ(report(metadata, 0, 0), 0) << "nothing is counted yet";
     step(customviews).total = 4;
     start();
@@ -199,7 +200,9 @@ TEST_F(InitProcessTest, ThePercentageNeverGoesDown) {
     EXPECT_EQ(report(metadata, 2, 11), 15) << "3 of 20";
     EXPECT_EQ(report(customviews, 2, 4), 25);
     EXPECT_EQ(report(customviews, 1, 4), 25);
+}
 
+TEST_F(InitProcessTest, ThePercentageNeverDecreasesFromRunToRun) {
     UserDefaultsUtil(defaults).setProgressPercent(73);
     newRun();
     settle();
@@ -207,10 +210,10 @@ TEST_F(InitProcessTest, ThePercentageNeverGoesDown) {
     start();
     EXPECT_EQ(report(metadata, 1, 4), 73);
     EXPECT_EQ(UserDefaultsUtil(defaults).getProgressPercent(), 73);
-    EXPECT_EQ(report(metadata, 91, 94), 92);
+    EXPECT_EQ(report(metadata, 91, 94), 92) << "92 of 100 units";
 }
 
-TEST_F(InitProcessTest, ARunThatIsLetGoEndsQuietly) {
+TEST_F(InitProcessTest, AReleasedRunEndsSilently) {
     start();
     host->useCase->didComplete(step(metadata), true);
     auto released = std::exchange(host->useCase, nullptr);
@@ -218,16 +221,16 @@ TEST_F(InitProcessTest, ARunThatIsLetGoEndsQuietly) {
     released = nullptr;
     settle();
     EXPECT_TRUE(watched.expired());
-    EXPECT_FALSE(isNoted());
+    EXPECT_FALSE(isRecorded());
 }
 
-TEST_F(InitProcessTest, AnUnusableInitCallStopsTheRunAndIsTold) {
+TEST_F(InitProcessTest, AnUnusableInitCallStopsTheRunAndIsReported) {
     call->answer.createTableQueries = std::nullopt;
     EXPECT_THAT(start(), ElementsAre("currentUser", "appInit", "parsingError"));
-    EXPECT_FALSE(isNoted());
+    EXPECT_FALSE(isRecorded());
 }
 
-TEST_F(InitProcessTest, ExecutesWhatIsReady) {
+TEST_F(InitProcessTest, ExecutesStepsThatAreReady) {
     struct {
         ProcessState first, second;
         bool allCompleted;

@@ -35,17 +35,17 @@ const std::string pipelineRows = R"([["P1","Std","Standard",[["Open","Opened","1
     [7,"a","b",[["x","y","1","S9"]]],["P2","Other","Others",[["Open","Opened","1","S1"]]],["S1","Open","Opened","Open"],
     ["S2","Won","Won",  "Closed Won"],["S3","n","d","Sometimes"],["S4","n","d"],"row"])";
 
-/// Hears of the end of steps and of failures.
+/// Records the ends of steps and their failures.
 class StepListener final : public DownloadProgressible, public NoticeListener<CommonErrorRelay> {
 public:
     void didComplete(Downloadable& step, bool status) override {
         ended = std::string(rawText(step.processName())) + (status ? " true" : " false");
     }
     void progressDidUpdate(Downloadable&, int, int) override {}
-    std::string ended, told;
+    std::string ended, notices;
 
 private:
-    void noticed(const std::string& notice) override { told += notice; }
+    void noticed(const std::string& notice) override { notices += notice; }
 };
 
 /// Keeps the call until the test answers it.
@@ -54,6 +54,12 @@ struct HeldCurrencyService final : InitGetCurrencyNSP {
     NetworkCompletion answer;
 };
 
+/// An answer of a step and what the step makes of it.
+struct AnswerCase {
+    std::string answer;
+    std::string rows;
+    bool isUsable = false;
+};
 class InitStepTest : public FoundationTest {
 protected:
     void SetUp() override {
@@ -88,20 +94,35 @@ protected:
         step->errorResponder = listener;
         return step;
     }
-    /// Runs a step of its own to its end, as the runner would, and tells what the delegate heard.
+    /// Makes a step and runs it to its end, as the runner does. Returns what the delegate received.
     std::string execute(Process process) {
         listener->ended.clear();
-        listener->told.clear();
+        listener->notices.clear();
         auto step = make(process);
         step->execute([&] { closures += "success "; }, [&] { closures += "failure "; });
         settle();
         if (auto user = std::dynamic_pointer_cast<CurrentUserStep>(step)) user->storeParsedUser();
         return listener->ended;
     }
+    /// Expects each answer to be stored with the flag set, or to be reported with table and flag unchanged.
+    void expectOutcomes(Process process, const std::vector<AnswerCase>& cases) {
+        makeTables();
+        auto name = std::string(rawText(process));
+        for (auto& one : cases) {
+            SCOPED_TRACE(one.answer);
+            BrenUserDefaults().removeValueForKey(name + "_downloadable", UserDefaultsGroup::current());
+            network->answer(one.answer);
+            EXPECT_EQ(execute(process), name + (one.isUsable ? " true" : " false"));
+            EXPECT_EQ(stored(process), one.rows);
+            EXPECT_EQ(flag(process), one.isUsable);
+            EXPECT_EQ(listener->notices, one.isUsable ? "" : "parsingError");
+            EXPECT_EQ(std::exchange(closures, ""), one.isUsable ? "success " : "failure ");
+        }
+    }
     static bool flag(Process process) {
         return UserDefaultsUtil(std::make_shared<BrenUserDefaults>()).isCompleted(std::string(rawText(process)));
     }
-    /// The rows of the step's table, columns joined by "|".
+    /// Returns the rows of the step's table, columns joined by "|".
     std::string stored(Process process) {
         const char* query =
             process == currency
@@ -128,127 +149,163 @@ protected:
     std::string closures;
 };
 
-TEST_F(InitStepTest, AnAnswerIsStoredWholeOrLeavesTheFlagClear) {
-    makeTables();
-    const std::string old = "9|9.0|old; ";
-    const std::string twoPipelines = "P1|Std|Standard; P2|Other|Others; P1S11Open; P2S11Open; ";
-    struct {
-        Process process;
-        std::string answer;
-        std::string rows;
-        bool well = false;
-    } cases[] = {
-        {currency, "<html>", old},
-        {currency, refusedBody, old},
-        {currency, R"({"response":[]})", old},
-        {currency, older(R"([{"error":1},{"code":4832,"message":"no"}])"), old},
-        {currency, older(R"([{"error":0},"rows"])"), old},
-        {currency, currencies("[" + dollar + R"(,["2","1"]])"), old},
-        {currency, currencies("[" + replaced(dollar, "\"2\"", "\"2x\"") + "]"), old},
-        {currency, currencies("[" + replaced(dollar, "\"1\"", "\"99999999999\"") + "]"), old},
-        {currency, currencies("[" + replaced(dollar, "\"1\",\",", "\"1,5\",\",") + "]"), old},
-        {currency, currencies("[]"), "", true},
-        {currency, older("[{\"error\":0},[" + dollar + "," + euro + "]]", R"([{"error":1},{}])"),
-         "1|1.0|true|USD|2|true|$.; 2|0.85|false|EUR|-3|false|€; ", true},
-        {permission, "", ""},
-        {permission, refusedBody, ""},
-        {permission, body("[]"), ""},
-        {permission, body(R"([["Leads"],["Leads","L","Edit",true]])"), ""},
-        {permission, body(R"([["Leads","L","Edit","true"]])", R"("nodata":true)"), ""},
-        {permission, body(R"([["Leads","L","Edit","true"],["Leads"],["Deals","D","View","yes",1]])"),
-         "Leads|L|Edit|true; Deals|D|View|false; ", true},
-        {currentUser, body("[]"), ""},
-        {currentUser, body(replaced(storedUserRow, R"(,"P1")", "")), ""},
-        {currentUser, body(replaced(storedUserRow, R"("U1")", "5")), ""},
-        {currentUser, body("[" + storedUserRow + "]"), "U1|1001|Ann Lee|Lee|true|P1|; ", true},
-        {pipelines, refusedBody, ""},
-        {pipelines, body(pipelineRows, R"("nodata":true)"), ""},
-        {pipelines, body(R"({"a":1})"), ""},
-        {pipelines, body("[]"), "", true},
-        {pipelines, body(pipelineRows), twoPipelines, true},
-    };
-    for (auto& one : cases) {
-        auto name = std::string(rawText(one.process));
-        if (flag(one.process))
-            BrenUserDefaults().removeValueForKey(name + "_downloadable", UserDefaultsGroup::current());
-        network->answer(one.answer);
-        EXPECT_EQ(execute(one.process), name + (one.well ? " true" : " false")) << one.answer;
-        EXPECT_EQ(stored(one.process), one.rows) << one.answer;
-        EXPECT_EQ(flag(one.process), one.well) << one.answer;
-        EXPECT_EQ(listener->told, one.well ? "" : "parsingError") << one.answer;
-        EXPECT_EQ(std::exchange(closures, ""), one.well ? "success " : "failure ");
-    }
-    auto sent = network->calls().size();
-    for (auto process : {currency, permission, currentUser, pipelines})
-        EXPECT_EQ(execute(process), std::string(rawText(process)) + " true");
-    EXPECT_EQ(network->calls().size(), sent) << "a step that is done asks nothing";
+const std::string oldCurrency = "9|9.0|old; ";
+const std::string usableCurrencies = older("[{\"error\":0},[" + dollar + "," + euro + "]]", R"([{"error":1},{}])");
 
+TEST_F(InitStepTest, CurrencyAnswersAreStoredWholeOrNotAtAll) {
+    expectOutcomes(currency, {{"<html>", oldCurrency},
+                              {refusedBody, oldCurrency},
+                              {R"({"response":[]})", oldCurrency},
+                              {older(R"([{"error":1},{"code":4832,"message":"no"}])"), oldCurrency},
+                              {older(R"([{"error":0},"rows"])"), oldCurrency},
+                              {currencies("[" + dollar + R"(,["2","1"]])"), oldCurrency},
+                              {currencies("[" + replaced(dollar, "\"2\"", "\"2x\"") + "]"), oldCurrency},
+                              {currencies("[" + replaced(dollar, "\"1\"", "\"99999999999\"") + "]"), oldCurrency},
+                              {currencies("[" + replaced(dollar, "\"1\",\",", "\"1,5\",\",") + "]"), oldCurrency},
+                              {currencies("[]"), "", true},
+                              {usableCurrencies, "1|1.0|true|USD|2|true|$.; 2|0.85|false|EUR|-3|false|€; ", true}});
+}
+
+TEST_F(InitStepTest, PermissionAnswersAreStoredWholeOrNotAtAll) {
+    expectOutcomes(permission, {{"", ""},
+                                {refusedBody, ""},
+                                {body("[]"), ""},
+                                {body(R"([["Leads"],["Leads","L","Edit",true]])"), ""},
+                                {body(R"([["Leads","L","Edit","true"]])", R"("nodata":true)"), ""},
+                                {body(R"([["Leads","L","Edit","true"],["Leads"],["Deals","D","View","yes",1]])"),
+                                 "Leads|L|Edit|true; Deals|D|View|false; ", true}});
+}
+
+TEST_F(InitStepTest, CurrentUserAnswersAreStoredWholeOrNotAtAll) {
+    expectOutcomes(currentUser, {{body("[]"), ""},
+                                 {body(replaced(storedUserRow, R"(,"P1")", "")), ""},
+                                 {body(replaced(storedUserRow, R"("U1")", "5")), ""},
+                                 {body("[" + storedUserRow + "]"), "U1|1001|Ann Lee|Lee|true|P1|; ", true}});
+}
+
+TEST_F(InitStepTest, PipelineAnswersAreStoredWholeOrNotAtAll) {
+    expectOutcomes(pipelines, {{refusedBody, ""},
+                               {body(pipelineRows, R"("nodata":true)"), ""},
+                               {body(R"({"a":1})"), ""},
+                               {body("[]"), "", true},
+                               {body(pipelineRows), "P1|Std|Standard; P2|Other|Others; P1S11Open; P2S11Open; ", true}});
+}
+
+TEST_F(InitStepTest, AStepThatIsDoneSendsNoRequest) {
+    for (auto process : {currency, permission, currentUser, pipelines}) {
+        auto name = std::string(rawText(process));
+        UserDefaultsUtil(std::make_shared<BrenUserDefaults>()).setCompleted(name);
+        EXPECT_EQ(execute(process), name + " true");
+        EXPECT_EQ(closures, "") << name;
+    }
+    EXPECT_TRUE(network->calls().empty());
+}
+
+TEST_F(InitStepTest, StoredCurrenciesAreReadThroughMemoryAndFromTheTable) {
+    makeTables();
+    network->answer(usableCurrencies);
+    execute(currency);
     for (auto& from : {stores(), MetadataStores{database, nullptr}}) {
         EXPECT_EQ(from.currencies()->getDefaultCurrencyMetadata()->isoCode, "USD");
         EXPECT_EQ(from.currencies()->getCurrencyMetadata("EUR")->exchangeRate, 0.85);
         EXPECT_FALSE(from.currencies()->getCurrencyMetadata("old"));
-        EXPECT_EQ(from.pipelines()->getPipelines()->size(), 2u);
-        EXPECT_EQ(from.pipelineStages()->getPipelineStages()->size(), 2u);
-        EXPECT_EQ(from.pipelineStages()->getPipelineStagesWith("P2").value(),
-                  (std::vector<PipelineStage>{{"P2", "S1", "Open", "Opened", "1"}}));
         from.currencies()->removeAllCurrencyMetadata();
         from.currencies()->storeCurrenctMetadata(
             {{.isBase = true, .isoCode = "USD"}, {.exchangeRate = 0.85, .isoCode = "EUR", .currencyId = "2"}});
     }
+}
+
+TEST_F(InitStepTest, StoredPipelinesAreReadThroughMemoryAndFromTheTable) {
+    makeTables();
+    network->answer(body(pipelineRows));
+    execute(pipelines);
+    for (auto& from : {stores(), MetadataStores{database, nullptr}}) {
+        EXPECT_EQ(from.pipelines()->getPipelines()->size(), 2u);
+        EXPECT_EQ(from.pipelineStages()->getPipelineStages()->size(), 2u);
+        EXPECT_EQ(from.pipelineStages()->getPipelineStagesWith("P2").value(),
+                  (std::vector<PipelineStage>{{"P2", "S1", "Open", "Opened", "1"}}));
+    }
+}
+
+TEST_F(InitStepTest, ParsesTheStagesOfTheOrganisation) {
     EXPECT_EQ(PipelinesNWParser::getParsedStages(Data(body(pipelineRows))).value(),
               (std::vector<DealStage>{{"S1", "Open", "Opened", DealStage::StageType::open},
                                       {"S2", "Won", "Won", DealStage::StageType::closedWon}}));
 }
 
-TEST_F(InitStepTest, AsksForWhatIsStoredAndTellsOfRequestsWithoutAnAnswer) {
+TEST_F(InitStepTest, PipelinesNeedTheDealsAndALayout) {
     EXPECT_EQ(execute(pipelines), "pipelines false") << "without the module";
     makeTables();
-    network->fail(Kind::timeout);
-    EXPECT_EQ(execute(permission), "permission false");
-    EXPECT_EQ(listener->told, "networkResponseError");
-    stores().users()->storeUser({.id = "U1", .BrenUID = "1001", .profileID = "P1"});
-    network->fail(Kind::notSent);
-    EXPECT_EQ(execute(permission), "permission false");
-    EXPECT_EQ(listener->told, "noAuthtoken 1001");
-    network->fail(Kind::shutDown);
-    EXPECT_EQ(execute(pipelines), "") << "a run that is cut off has not come to its end";
     run("DELETE FROM MODULE_LAYOUT_INFO WHERE module_name = 'Deals'");
     EXPECT_EQ(execute(pipelines), "pipelines false") << "without a layout";
-
-    auto calls = network->calls();
-    ASSERT_EQ(calls.size(), 3u);
-    EXPECT_TRUE(calls[0].request.url.ends_with("/getpermissions")) << calls[0].request.url;
-    EXPECT_EQ(calls[0].params.value(), (ValueMap{{"profileid", ""}}));
-    EXPECT_EQ(calls[1].params.value(), (ValueMap{{"profileid", "P1"}}));
-    EXPECT_EQ(calls[2].params.value(), (ValueMap{{"module", "Deals"}, {"moduleAPI", "Deals_API"}, {"layoutid", "L2"}}));
-    EXPECT_FALSE(flag(permission) || flag(pipelines));
+    EXPECT_TRUE(network->calls().empty());
 }
 
-TEST_F(InitStepTest, TheUserIsKeptUntilThereAreTables) {
-    for (bool tablesCome : {false, true}) {
-        network->answer(body(storedUserRow));
-        auto step = std::dynamic_pointer_cast<GetCurrentUserDM>(make(currentUser));
-        step->execute();
-        settle();
-        EXPECT_EQ(listener->ended, "currentUser true");
-        EXPECT_FALSE(flag(currentUser));
-        if (!tablesCome) continue;
-        makeTables();
-        stores().users()->storeUser({.id = "U1", .name = "Former", .BrenUID = "1001", .dateFormat = "dd.MM.yyyy"});
-        step->storeParsedUser();
-        EXPECT_TRUE(flag(currentUser));
-        run("UPDATE ACTIVE_USERS SET user_name = user_name || ' once'");
-        step->storeParsedUser();
-        EXPECT_EQ(stored(currentUser), "U1|1001|Ann Lee once|Lee|true|P1|dd.MM.yyyy; ");
-    }
+TEST_F(InitStepTest, PipelinesAreRequestedForTheFirstLayout) {
+    makeTables();
+    network->answer(body("[]"));
+    execute(pipelines);
+    EXPECT_EQ(network->calls().back().params.value(),
+              (ValueMap{{"module", "Deals"}, {"moduleAPI", "Deals_API"}, {"layoutid", "L2"}}));
+}
 
+TEST_F(InitStepTest, PermissionsAreRequestedForTheProfileOfTheUser) {
+    makeTables();
+    execute(permission);
+    EXPECT_TRUE(network->calls()[0].request.url.ends_with("/getpermissions")) << network->calls()[0].request.url;
+    EXPECT_EQ(network->calls()[0].params.value(), (ValueMap{{"profileid", ""}})) << "the user is not stored";
+    stores().users()->storeUser({.id = "U1", .BrenUID = "1001", .profileID = "P1"});
+    execute(permission);
+    EXPECT_EQ(network->calls()[1].params.value(), (ValueMap{{"profileid", "P1"}}));
+}
+
+TEST_F(InitStepTest, RequestsWithoutAnAnswerAreReported) {
+    makeTables();
+    struct {
+        Kind kind;
+        std::string ended, notices;
+    } cases[] = {{Kind::timeout, "permission false", "networkResponseError"},
+                 {Kind::notSent, "permission false", "noAuthtoken 1001"},
+                 {Kind::shutDown, "", ""}};
+    for (auto& one : cases) {
+        network->fail(one.kind);
+        EXPECT_EQ(execute(permission), one.ended);
+        EXPECT_EQ(listener->notices, one.notices);
+        EXPECT_FALSE(flag(permission));
+    }
+}
+
+TEST_F(InitStepTest, AUserWithoutTablesIsNotFlagged) {
+    network->answer(body(storedUserRow));
+    auto step = make(currentUser);
+    step->execute();
+    settle();
+    EXPECT_EQ(listener->ended, "currentUser true");
+    EXPECT_FALSE(flag(currentUser));
+}
+
+TEST_F(InitStepTest, AParsedUserIsStoredOnceTheTablesExist) {
+    network->answer(body(storedUserRow));
+    auto step = std::dynamic_pointer_cast<GetCurrentUserDM>(make(currentUser));
+    step->execute();
+    settle();
+    makeTables();
+    stores().users()->storeUser({.id = "U1", .name = "Former", .BrenUID = "1001", .dateFormat = "dd.MM.yyyy"});
+    step->storeParsedUser();
+    EXPECT_TRUE(flag(currentUser));
+    run("UPDATE ACTIVE_USERS SET user_name = user_name || ' once'");
+    step->storeParsedUser();
+    EXPECT_EQ(stored(currentUser), "U1|1001|Ann Lee once|Lee|true|P1|dd.MM.yyyy; ");
+}
+
+TEST_F(InitStepTest, AReleasedStepEndsWithoutAReport) {
     auto service = std::make_shared<HeldCurrencyService>();
     auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
     step->delegate = listener;
     step->execute();
     step = nullptr;
     service->answer({.body = Data(currencies("[]"))});
-    EXPECT_EQ(listener->ended, "currentUser true") << "a step that was let go ends without a report";
+    EXPECT_EQ(listener->ended, "");
     EXPECT_FALSE(flag(currency));
 }
 
