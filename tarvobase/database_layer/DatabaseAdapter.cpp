@@ -1,5 +1,7 @@
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 
+#include "platform/Random.h"
+
 namespace tarvo {
 
 namespace {
@@ -10,7 +12,27 @@ std::optional<std::int64_t> countIn(const std::optional<Rows>& rows) {
     return cell ? cell->asInteger() : std::nullopt;
 }
 
+// The one table that is the library's own; the server owns the schema of all others.
+constexpr const char* identityTable = "TARVO_DATABASE_IDENTITY";
+
 }  // namespace
+
+std::optional<std::string> DatabaseAdapter::identity() {
+    auto stored = [&]() -> std::optional<std::string> {
+        if (columnNames(identityTable).empty()) return std::nullopt;
+        auto rows = fetchAllObjects(identityTable);
+        if (!rows || rows->empty()) return std::nullopt;
+        return rows->front().valueOf("identity").textOr("");
+    };
+    if (auto identity = stored()) return identity;
+    // Two callers may get here at once: the first text stays.
+    bool isStored = execute({Statement{"CREATE TABLE IF NOT EXISTS " + std::string(identityTable) +
+                                           " (id INTEGER PRIMARY KEY CHECK (id = 1), identity TEXT NOT NULL)",
+                                       std::nullopt},
+                             Statement{"INSERT OR IGNORE INTO " + std::string(identityTable) + " VALUES (1, ?)",
+                                       ValueList{platform::Random::uuid()}}});
+    return isStored ? stored() : std::nullopt;
+}
 
 std::optional<Rows> DatabaseAdapter::fetchAllObjects(const std::string& tableName) {
     return fetchObjects("SELECt * FROM " + tableName, std::nullopt);

@@ -75,6 +75,11 @@ public:
 
     virtual std::string databaseName() const = 0;
 
+    /// Returns what tells this database from every other one, also from a new one in its place: a random text that is
+    /// stored in it when it is first asked for. Flags outside the database that speak of its content name it. Returns
+    /// nullopt if the database is not open, or does not take the text.
+    std::optional<std::string> identity();
+
     /// Runs `work` as one transaction over all tables that it writes, and returns whether it was committed. `name` says
     /// in log lines what failed.
     ///

@@ -10,7 +10,8 @@
 namespace tarvo::tests {
 
 /// Returns the contents of an encrypted database by table: the number of rows and a hash over them that does not depend
-/// on their order and leaves out the local row numbers. Empty if the file does not open.
+/// on their order and leaves out the local row numbers. The identity of the database is left out. Empty if the file
+/// does not open.
 inline std::map<std::string, std::string> tablesOf(const std::string& path, const std::string& passphrase) {
     sqlite3* database = nullptr;
     std::map<std::string, std::string> tables;
@@ -35,7 +36,8 @@ inline std::map<std::string, std::string> tablesOf(const std::string& path, cons
     if (sqlite3_open(path.c_str(), &database) == SQLITE_OK) {
         rowsOf("PRAGMA key = '" + passphrase + "'");
         rowsOf("PRAGMA cipher_page_size = 4096");
-        for (auto& name : rowsOf("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'")) {
+        for (auto& name : rowsOf("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%' "
+                                 "AND name <> 'TARVO_DATABASE_IDENTITY'")) {
             auto table = name.substr(0, name.size() - 1);
             auto rows = rowsOf("SELECT * FROM \"" + table + "\"");
             std::string all;

@@ -139,6 +139,21 @@ TEST_F(AdapterTest, AWrongPassphraseIsRefusedAndTheFileStays) {
     EXPECT_EQ(allIds().size(), 3u);
 }
 
+TEST_F(AdapterTest, ADatabaseKeepsItsIdentityAndANewOneHasAnother) {
+    auto identity = adapter->identity();
+    ASSERT_TRUE(identity.has_value());
+    EXPECT_EQ(adapter->identity(), identity);
+    adapter->deregisterDB();
+    EXPECT_EQ(adapter->identity(), std::nullopt);
+    ASSERT_TRUE(adapter->registerDB("a passphrase").ok());
+    EXPECT_EQ(adapter->identity(), identity);
+    adapter->deregisterDB();
+    files::remove(adapter->databaseName());
+    ASSERT_TRUE(adapter->registerDB("a passphrase").ok());
+    EXPECT_TRUE(adapter->identity().has_value());
+    EXPECT_NE(adapter->identity(), identity);
+}
+
 TEST_F(AdapterTest, AttachesAnotherAccountsFileAndCopiesFromIt) {
     fill();
     KelvaDatabasePersistance other(StorageLocation::onDisk(DatabaseConstants().databaseName("other")));
