@@ -2,12 +2,12 @@
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "kelva_db/Database.h"
 #include "platform/ProcessState.h"
+#include "platform/ThreadSafety.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/usecase/Usecase.h"
 
@@ -15,28 +15,28 @@ namespace tarvo {
 
 namespace {
 
-/// The order that each table was read in last, by the name of its index.
+/// Remembers the order in which each table was read last, by the name of its index.
 class LatestOrders {
 public:
-    /// Whether it was another one before.
+    /// Records an order. Returns whether the table was read in another order before.
     bool note(const std::string& database, const std::string& table, const std::string& index) {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         return std::exchange(latest_[{database, table}], index) != index;
     }
 
 private:
-    std::mutex mutex_;
-    std::map<std::pair<std::string, std::string>, std::string> latest_;
+    platform::Mutex mutex_;
+    std::map<std::pair<std::string, std::string>, std::string> latest_ TARVO_GUARDED_BY(mutex_);
 };
 
 std::string prefixOf(const std::string& table) { return "tarvo_order_" + table + "_"; }
 
-/// An index is known by the text of its order. Another build may number otherwise: the index is then made once more.
+/// The name is derived from the text of the order. Another build may hash differently; the index is then made anew.
 std::string indexName(const std::string& table, const std::string& terms) {
     return prefixOf(table) + std::to_string(std::hash<std::string>()(terms));
 }
 
-/// Indexes of the library's own on a table.
+/// Returns the indexes that this library has made on a table.
 std::vector<std::string> existing(DatabaseAdapter& adapter, const std::string& table) {
     auto rows =
         adapter.fetchObjects("SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = ?", ValueList{table});

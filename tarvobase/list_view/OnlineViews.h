@@ -1,40 +1,43 @@
 #pragma once
 
-#include <mutex>
 #include <set>
 #include <string>
 #include <tuple>
 
+#include "platform/ThreadSafety.h"
+
 namespace tarvo {
 
-/// Views that need the server (`isOfflineSupported` false), as this run of the program has met them: `onlineCVList`. Of
-/// the process state, since a view that one use case has met is met for all. From any thread.
+/// Remembers which views that need the server (`isOfflineSupported` false) this run of the program has met:
+/// `onlineCVList`. Belongs to the process state, because a view that one use case has met counts as met for all. May be
+/// called from any thread.
 ///
-/// A view is unknown, then requested, then answered. Until its first answer the rows of its map are those of a former
-/// run; that answer takes their place.
+/// A view is unknown, then requested, then answered. Until its first answer the rows of its map come from a former run;
+/// that answer replaces them.
 class OnlineViews {
 public:
-    /// A view id alone does not tell a view: another module or account may have the same.
+    /// A view id alone does not identify a view, because another module or account may use the same id.
     using Key = std::tuple<std::string, std::string, std::string>;  // account, module, view
 
-    /// Notes a request; true for the first one of this run.
+    /// Records a request. Returns true for the first request of this run.
     bool noteRequest(const Key& view) {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         return onlineCVList_.insert(view).second;
     }
-    /// Notes an answer that begins the list; true for the first one of this run.
+    /// Records an answer that begins the list. Returns true for the first such answer of this run.
     bool noteAnswer(const Key& view) {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         return answered_.insert(view).second;
     }
     bool isAnswered(const Key& view) const {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         return answered_.contains(view);
     }
 
 private:
-    mutable std::mutex mutex_;
-    std::set<Key> onlineCVList_, answered_;
+    mutable platform::Mutex mutex_;
+    std::set<Key> onlineCVList_ TARVO_GUARDED_BY(mutex_);
+    std::set<Key> answered_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo
