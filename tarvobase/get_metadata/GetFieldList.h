@@ -23,7 +23,7 @@ struct GetFieldListOperation::Request : BaseRequest {
                      std::vector<FieldSort> sortList = {})
         : moduleName(std::move(moduleName)), columnList(std::move(columnList)), sortList(std::move(sortList)) {}
     std::string moduleName;
-    std::optional<std::vector<std::string>> columnList;  ///< identifiers of the fields wanted; absent for all
+    std::optional<std::vector<std::string>> columnList;  ///< identifiers of the requested fields; absent for all
     std::vector<FieldSort> sortList;                     ///< empty for the server's order
 
     static constexpr auto fields() {
@@ -40,9 +40,9 @@ struct GetFieldListOperation::Response : BaseResponse {
     static constexpr auto fields() { return describe(field("fieldList", &Response::fieldList)); }
 };
 
-/// Gives the fields of a module with their picklists, from the database that was open when the object was made. Answers
-/// once, on the main queue, whatever the request's source; a module that is unknown or has no metadata yet is the
-/// domain error `notFound`.
+/// Answers the fields of a module with their picklists, from the database that was open when the object was made.
+/// Answers once, on the main queue, whatever the request's source. A module that is unknown or has no metadata yet is
+/// the domain error `notFound`.
 class GetFieldList final : public Usecase<GetFieldListOperation> {
 public:
     GetFieldList();

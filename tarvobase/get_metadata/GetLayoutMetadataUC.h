@@ -17,7 +17,7 @@ struct EnumCases<LayoutRequestType> {
                                                             {LayoutRequestType::array, "array"}};
 };
 
-/// The layouts in the form that was asked for, by layout id.
+/// The layouts in the requested form, by layout id.
 class LayoutResponseType {
 public:
     using Linear = GetLayoutMetadataDataManager::LinearLayouts;
@@ -27,7 +27,7 @@ public:
     LayoutResponseType() = default;
     explicit LayoutResponseType(std::variant<Linear, Sectioned, OrderedList> layouts) : layouts_(std::move(layouts)) {}
 
-    /// Each is null unless the request asked for it.
+    /// Each returns null unless the request asked for that form.
     const Linear* linear() const { return std::get_if<Linear>(&layouts_); }
     const Sectioned* sectioned() const { return std::get_if<Sectioned>(&layouts_); }
     const OrderedList* orderedList() const { return std::get_if<OrderedList>(&layouts_); }
@@ -55,7 +55,7 @@ struct GetLayoutMetadataOperation::Request : BaseRequest {
           type(type),
           displayMode(displayMode) {}
     std::string moduleName;
-    FieldList fieldMetadata;  ///< the module's fields; a layout shows none beyond them
+    FieldList fieldMetadata;  ///< the module's fields; layouts show only these
     LayoutRequestType type = LayoutRequestType::array;
     std::optional<DisplayMode> displayMode;  ///< leaves out the fields that it does not show; absent for all
 };
@@ -77,8 +77,8 @@ public:
     const std::shared_ptr<GetLayoutMetadataDataManager> layouts;
 };
 
-/// Gives the layouts of a module from the database that was open when the object was made. Answers once, on the main
-/// queue, when the request's source allows the database; a module without layouts is the domain error.
+/// Answers the layouts of a module from the database that was open when the object was made. Answers once, on the main
+/// queue, if the request's source allows the database. A module without layouts is the domain error.
 class GetLayoutMetadataUC final : public Usecase<GetLayoutMetadataOperation> {
 public:
     using GetLayoutError = GetLayoutMetadataOperation::GetLayoutError;

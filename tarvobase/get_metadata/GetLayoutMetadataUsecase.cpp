@@ -2,7 +2,7 @@
 
 namespace tarvo {
 
-struct GetLayoutMetadataUsecase::Question {
+struct GetLayoutMetadataUsecase::LayoutRequest {
     std::string moduleName;
     FieldList fieldList;
     std::optional<DisplayMode> mode;
@@ -26,13 +26,13 @@ void GetLayoutMetadataUsecase::getLinearMetadata(const std::string& moduleName, 
                   &GetLayoutMetadataUsecaseDelegate::linearMetadataFetched);
 }
 
-template <class Ask, class Tell>
-void GetLayoutMetadataUsecase::answerLayouts(Question question, Ask ask, Tell tell) {
-    auto moduleName = question.moduleName;
-    answer([manager = dataManager, question = std::move(question),
-            ask] { return ((*manager).*ask)(question.moduleName, question.fieldList, question.mode); },
-           [moduleName, tell](GetLayoutMetadataUsecaseDelegate& delegate, const auto& layouts) {
-               layouts ? (delegate.*tell)(moduleName, *layouts) : delegate.unableToFetchLayouts(moduleName);
+template <class Read, class Callback>
+void GetLayoutMetadataUsecase::answerLayouts(LayoutRequest request, Read read, Callback callback) {
+    auto moduleName = request.moduleName;
+    answer([manager = dataManager, request = std::move(request),
+            read] { return ((*manager).*read)(request.moduleName, request.fieldList, request.mode); },
+           [moduleName, callback](GetLayoutMetadataUsecaseDelegate& delegate, const auto& layouts) {
+               layouts ? (delegate.*callback)(moduleName, *layouts) : delegate.unableToFetchLayouts(moduleName);
            });
 }
 

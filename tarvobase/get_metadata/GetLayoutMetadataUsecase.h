@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// Hears the answers of `GetLayoutMetadataUsecase`, on the main queue.
+/// Receives the answers of `GetLayoutMetadataUsecase`, on the main queue.
 class GetLayoutMetadataUsecaseDelegate : public virtual platform::Object {
 public:
     virtual void layoutMetadataFetched(const std::string& moduleName,
@@ -24,7 +24,7 @@ public:
     virtual void unableToFetchLayouts(const std::string& moduleName) { static_cast<void>(moduleName); }
 };
 
-/// The layouts of a module, told to a delegate. Each question has one answer: its own or `unableToFetchLayouts`.
+/// Reports the layouts of a module to a delegate. Each call has one answer: its own, or `unableToFetchLayouts`.
 class GetLayoutMetadataUsecase final : public DelegateUseCase<GetLayoutMetadataUsecaseDelegate> {
 public:
     GetLayoutMetadataUsecase() : GetLayoutMetadataUsecase(GetLayoutMetadataDataManager::make()) {}
@@ -41,9 +41,9 @@ public:
     const std::shared_ptr<GetLayoutMetadataDataManager> dataManager;
 
 private:
-    struct Question;
-    template <class Ask, class Tell>
-    void answerLayouts(Question question, Ask ask, Tell tell);
+    struct LayoutRequest;
+    template <class Read, class Callback>
+    void answerLayouts(LayoutRequest request, Read read, Callback callback);
 };
 
 }  // namespace tarvo

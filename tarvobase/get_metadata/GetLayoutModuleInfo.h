@@ -5,13 +5,13 @@
 
 namespace tarvo {
 
-/// What `GetLayoutModuleInfo` and `GetLayoutModuleInfoWithChild` are asked.
+/// The request of `GetLayoutModuleInfo` and `GetLayoutModuleInfoWithChild`.
 struct LayoutModuleInfoRequest : BaseRequest {
     LayoutModuleInfoRequest() = default;
     explicit LayoutModuleInfoRequest(std::vector<std::string> modules, std::optional<DisplayMode> mode = std::nullopt)
         : modules(std::move(modules)), mode(mode) {}
     std::vector<std::string> modules;  ///< module names
-    std::optional<DisplayMode> mode;   ///< leaves out of the layouts what it does not show; absent for all
+    std::optional<DisplayMode> mode;   ///< leaves out the fields that it does not show; absent for all
 
     static constexpr auto fields() {
         return describe(field("modules", &LayoutModuleInfoRequest::modules),
@@ -19,11 +19,11 @@ struct LayoutModuleInfoRequest : BaseRequest {
     }
 };
 
-/// What they answer.
+/// The response of both.
 template <class Infos>
 struct LayoutModuleInfoResponse : BaseResponse {
-    Infos moduleInfoDict;              ///< by module name, an entry a name of the request
-    std::vector<std::string> modules;  ///< those of the request
+    Infos moduleInfoDict;              ///< by module name, one entry per name of the request
+    std::vector<std::string> modules;  ///< the names of the request
 
     static constexpr auto fields() {
         return describe(field("moduleInfoDict", &LayoutModuleInfoResponse::moduleInfoDict),
@@ -37,9 +37,9 @@ struct GetLayoutModuleInfoOperation {
     using DomainError = NoDomainError;
 };
 
-/// Gives modules with their fields, permissions, settings and layouts. A module that cannot be told (unknown, without
-/// fields or without layouts) has the entry `notFound`. Reads memory and the database that was open when the object was
-/// made. Answers once, on the main queue, whatever the request's source; never fails as a whole.
+/// Answers modules with their fields, permissions, settings and layouts. A module that is unknown, or has no fields or
+/// no layouts, has the entry `notFound`. Reads memory and the database that was open when the object was made. Answers
+/// once, on the main queue, whatever the request's source; never fails as a whole.
 class GetLayoutModuleInfo final : public Usecase<GetLayoutModuleInfoOperation> {
 public:
     GetLayoutModuleInfo() : GetLayoutModuleInfo(GetLayoutModuleInfoDM::make()) {}
@@ -58,7 +58,7 @@ struct GetLayoutModuleInfoWithChildOperation {
     using DomainError = NoDomainError;
 };
 
-/// The same with the modules of their subforms and those modules' layouts.
+/// Answers the same with the modules of the subforms and the layouts of those modules.
 class GetLayoutModuleInfoWithChild final : public Usecase<GetLayoutModuleInfoWithChildOperation> {
 public:
     GetLayoutModuleInfoWithChild()

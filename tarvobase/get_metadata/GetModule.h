@@ -16,7 +16,7 @@ struct GetModuleOperation {
     using DomainError = NoDomainError;
 };
 
-/// One module by one of its names, or all of them.
+/// Asks for one module by one of its names, or for all modules.
 struct GetModuleOperation::Request : BaseRequest {
     enum class Case { moduleId, moduleName, apiName, all };
 
@@ -27,7 +27,7 @@ struct GetModuleOperation::Request : BaseRequest {
 
     Request() = default;
     Case which = Case::all;
-    std::string name;  ///< empty for all
+    std::string name;  ///< empty for all modules
 
     static constexpr auto fields() {
         return describe(optionalField("which", &Request::which), optionalField("name", &Request::name));
@@ -53,9 +53,9 @@ struct GetModuleOperation::Response : BaseResponse {
     }
 };
 
-/// Gives a module, as a list of one, or all modules in no particular order. Reads memory, then the database that was
-/// open when the object was made. Answers once, on the main queue, whatever the request's source; a read that fails,
-/// also for a name that no module has, is `unknownError`.
+/// Answers one module as a list of one, or all modules in no particular order. Reads memory, then the database that was
+/// open when the object was made. Answers once, on the main queue, whatever the request's source. A failed read is
+/// `unknownError`, and so is a name that no module has.
 class GetModule final : public Usecase<GetModuleOperation> {
 public:
     GetModule();

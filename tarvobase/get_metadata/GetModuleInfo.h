@@ -27,16 +27,16 @@ struct GetModuleInfoOperation::Request : BaseRequest {
 
 struct GetModuleInfoOperation::Response : BaseResponse {
     std::map<std::string, ModuleInfo> moduleInfoDict;  ///< by module name
-    std::vector<std::string> modules;                  ///< those of the request
+    std::vector<std::string> modules;                  ///< the names of the request
 
     static constexpr auto fields() {
         return describe(field("moduleInfoDict", &Response::moduleInfoDict), field("modules", &Response::modules));
     }
 };
 
-/// Gives modules with their fields, permissions and settings. A module that cannot be told (unknown, or without fields)
-/// is missing from the answer; the caller compares it with `modules` if it cares. Reads memory and the database that
-/// was open when the object was made. Answers once, on the main queue, whatever the request's source; never fails.
+/// Answers modules with their fields, permissions and settings. A module that is unknown or has no fields is missing
+/// from the answer; the caller can compare it with `modules`. Reads memory and the database that was open when the
+/// object was made. Answers once, on the main queue, whatever the request's source; never fails.
 class GetModuleInfo final : public Usecase<GetModuleInfoOperation> {
 public:
     GetModuleInfo() : GetModuleInfo(GetModuleInfoAssembler::getModuleInfoDM()) {}

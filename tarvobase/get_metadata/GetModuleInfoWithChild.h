@@ -21,16 +21,17 @@ struct GetModuleInfoWithChildOperation::Request : BaseRequest {
 };
 
 struct GetModuleInfoWithChildOperation::Response : BaseResponse {
-    GetModuleInfoWithChildDM::Infos moduleInfoDict;  ///< by module name, an entry a name of the request
-    std::vector<std::string> modules;                ///< those of the request
+    GetModuleInfoWithChildDM::Infos moduleInfoDict;  ///< by module name, one entry per name of the request
+    std::vector<std::string> modules;                ///< the names of the request
 
     static constexpr auto fields() {
         return describe(field("moduleInfoDict", &Response::moduleInfoDict), field("modules", &Response::modules));
     }
 };
 
-/// Gives modules as `GetModuleInfo` does, with the modules of their subforms. A module that cannot be told has the
-/// entry `notFound`. Answers once, on the main queue, whatever the request's source; never fails as a whole.
+/// Answers modules as `GetModuleInfo` does, with the modules of their subforms. A module that is unknown or has no
+/// fields has the entry `notFound`. Answers once, on the main queue, whatever the request's source; never fails as a
+/// whole.
 class GetModuleInfoWithChild final : public Usecase<GetModuleInfoWithChildOperation> {
 public:
     GetModuleInfoWithChild() : GetModuleInfoWithChild(GetModuleInfoWithChildAssembler::getModuleInfoWithChildDM()) {}

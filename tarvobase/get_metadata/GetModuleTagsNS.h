@@ -8,11 +8,11 @@ namespace tarvo {
 /// Asks the server for the tags of a module.
 class GetModuleTagsNS final : public StaticBaseNetworkService {
 public:
-    /// The transport's error, or the tags; absent tags when the answer cannot be used.
+    /// Gets the transport's error, or the tags, which are absent if the answer cannot be used.
     using Callback = std::function<void(Result<std::optional<std::vector<Tag>>, NetworkError>)>;
 
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::getModuleTags); }
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before that.
     void getTags(const Module& module, Callback callback) {
         post({{"module", module.moduleName}, {"moduleAPI", module.apiName}},
              [module, callback = std::move(callback)](NetworkAnswer answer) {
@@ -22,7 +22,7 @@ public:
     }
 };
 
-/// Puts tags on records of the server. What goes into the request is the caller's.
+/// Puts tags on records of the server. The caller fills the request.
 class AddTagsNS final : public StaticBaseNetworkService {
 public:
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::addTags); }

@@ -15,7 +15,8 @@ namespace {
 
 bool isTemporary(const std::string& id) { return isTempId(id) || isNewRecordId(id); }
 
-/// The server cannot know a tag yet that was made here, or that a record which waits for its first upload carries.
+/// Returns whether the server cannot know the tag yet, because it was made here or because a record that waits for its
+/// first upload carries it.
 bool waitsForUpload(const Tag& tag, const std::vector<TagRecord>& links) {
     return isTemporary(tag.id) ||
            std::any_of(links.begin(), links.end(), [](auto& link) { return isTemporary(link.recordId); });
@@ -54,12 +55,12 @@ void GetModuleTagsDM::getNWResponse(const RequestPtr& request, OnNWSuccess onSuc
         auto self = weak.lock();
         if (!self) return;
         if (!answer) return onError(appErrorOf<GetModuleTagsOperation::DomainError>(answer.error()));
-        if (*answer) self->takeOver(request->module.moduleName, **answer);
+        if (*answer) self->replaceTags(request->module.moduleName, **answer);
         onSuccess(Response(*answer, ResponseSource::network));
     });
 }
 
-void GetModuleTagsDM::takeOver(const std::string& moduleName, const std::vector<Tag>& tags) {
+void GetModuleTagsDM::replaceTags(const std::string& moduleName, const std::vector<Tag>& tags) {
     for (auto& stored : tagsDBPersistance->getTags(moduleName).value_or(std::vector<Tag>()))
         if (!contains(tags, stored.id)) removeUnlessWaiting(stored);
     tagsDBPersistance->storeTags(tags);
@@ -67,7 +68,7 @@ void GetModuleTagsDM::takeOver(const std::string& moduleName, const std::vector<
 
 void GetModuleTagsDM::removeUnlessWaiting(const Tag& tag) {
     auto links = tagsRecordsDBPersistance->getTagRecordsByTagId(tag.id);
-    // Without an answer nobody knows whether a record waits: the tag stays until the next time.
+    // If the links cannot be read, a record may be waiting, so the tag stays until the next time.
     if (!links || waitsForUpload(tag, *links)) return;
     tagsDBPersistance->removeTags(tag.id);
     std::vector<std::string> records;

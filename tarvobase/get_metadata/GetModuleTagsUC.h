@@ -21,14 +21,15 @@ struct GetModuleTagsOperation {
 
 struct GetModuleTagsOperation::Request : BaseRequest {
     Request() = default;
-    explicit Request(Module module, DataSource source = DataSource::both) : module(std::move(module)), wished(source) {}
-    DataSource source() const override { return wished; }
+    explicit Request(Module module, DataSource source = DataSource::both)
+        : module(std::move(module)), requestedSource(source) {}
+    DataSource source() const override { return requestedSource; }
 
-    Module module;  ///< its names are enough
-    DataSource wished = DataSource::both;
+    Module module;  ///< only its names are used
+    DataSource requestedSource = DataSource::both;
 
     static constexpr auto fields() {
-        return describe(field("module", &Request::module), optionalField("source", &Request::wished));
+        return describe(field("module", &Request::module), optionalField("source", &Request::requestedSource));
     }
 };
 
@@ -37,7 +38,7 @@ struct GetModuleTagsOperation::Response : BaseResponse {
     Response(std::optional<std::vector<Tag>> tags, ResponseSource source) : tags(std::move(tags)), from(source) {}
     ResponseSource source() const override { return from; }
 
-    /// Absent when the server's answer could not be used; the stored tags then stand.
+    /// Absent if the server's answer could not be used; the stored tags then stay as they are.
     std::optional<std::vector<Tag>> tags;
     ResponseSource from = ResponseSource::database;
 
@@ -46,12 +47,12 @@ struct GetModuleTagsOperation::Response : BaseResponse {
     }
 };
 
-/// There is none at present.
+/// There are no errors of this kind at present.
 struct GetModuleTagsOperation::TagsError {
     static constexpr auto fields() { return describe(); }
 };
 
-/// Tags from the table, and from the server into the table.
+/// Reads tags from the table, and stores the server's tags in the table.
 class GetModuleTagsDM final : public BaseDataManager<GetModuleTagsOperation> {
 public:
     GetModuleTagsDM(std::shared_ptr<TagPersistanceDelegate> tagsDBPersistance,
@@ -66,19 +67,18 @@ public:
     void getNWResponse(const RequestPtr& request, OnNWSuccess onSuccess, OnNWError onError) override;
 
 private:
-    void takeOver(const std::string& moduleName, const std::vector<Tag>& tags);
+    void replaceTags(const std::string& moduleName, const std::vector<Tag>& tags);
     void removeUnlessWaiting(const Tag& tag);
 };
 
-/// Gives the tags of a module: those of the database, and those of the server, which then replace them. A tag that the
-/// server has no more is removed, unless it was made here or a record that waits for its first upload still carries it;
-/// observers of
-/// records hear of the records that lose it. Answers on the main queue, as often as the request's source says. A server
-/// answer that cannot be used changes nothing; a request that gets no answer is a failure.
+/// Answers the tags of a module: first those of the database, then those of the server, which replace them. A tag that
+/// the server no longer has is removed, unless it was made here or a record that waits for its first upload carries it.
+/// Observers of records are notified of the records that lose it. Answers on the main queue, as often as the request's
+/// source says. A server answer that cannot be used changes nothing; a request that gets no answer is a failure.
 class GetModuleTagsUC final : public Usecase<GetModuleTagsOperation> {
 public:
     using TagsError = GetModuleTagsOperation::TagsError;
-    /// Over the database that is open at the moment of each call.
+    /// Uses the database that is open at the moment of each call.
     GetModuleTagsUC();
     explicit GetModuleTagsUC(std::shared_ptr<GetModuleTagsDM> getTagsDM) : getTagsDM(std::move(getTagsDM)) {}
 

@@ -23,9 +23,9 @@ void GetModuleUseCase::getModulesWith(const std::vector<std::string>& moduleName
     });
 }
 
-template <class Ask>
-void GetModuleUseCase::answerModules(std::vector<std::string> moduleNames, Ask ask) {
-    answer([store = dataManager, moduleNames, ask] { return ask(*store, moduleNames); },
+template <class Read>
+void GetModuleUseCase::answerModules(std::vector<std::string> moduleNames, Read read) {
+    answer([store = dataManager, moduleNames, read] { return read(*store, moduleNames); },
            [moduleNames](GetModuleUseCaseDelegate& delegate, const Result<std::vector<Module>, ParserError>& modules) {
                modules ? delegate.modulesFetched(*modules) : delegate.unableToFetchModules(moduleNames);
            });

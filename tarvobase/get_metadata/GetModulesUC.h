@@ -34,7 +34,7 @@ struct GetModulesOperation::Response : BaseResponse {
     static constexpr auto fields() { return describe(field("modules", &Response::modules)); }
 };
 
-/// There is no store of modules: none of those asked for could be fetched.
+/// There is no store of modules, so none of the requested modules could be fetched.
 struct GetModulesOperation::GetModulesError {
     std::vector<std::string> modulesUnableToFetch;
 
@@ -49,18 +49,17 @@ public:
     bool getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError onError) override;
 
 private:
-    /// The store of modules, decided at the first call and kept, also when there is none: one made before a database is
-    /// open stays without.
+    /// Returns the store of modules, which is made at the first call and kept. It stays null if no database was open
+    /// then.
     std::shared_ptr<ModulesPersistanceDelegate> modulesPersistance();
 
     std::once_flag decided_;
     std::shared_ptr<ModulesPersistanceDelegate> modulesPersistance_;
 };
 
-/// Gives the modules named, in the order of the request, from the local database; a name given twice yields its module
-/// twice. A name that no module has is left out without a word: the caller compares if it cares. Answers once, on the
-/// main queue. Fails with `GetModulesError`, which holds all names, when no database was open at the object's first
-/// call.
+/// Answers the named modules from the local database, in the order of the request. A name that is given twice yields
+/// its module twice. A name that no module has is left out silently; the caller can compare. Answers once, on the main
+/// queue. Fails with `GetModulesError`, which holds all names, if no database was open at the object's first call.
 class GetModulesUC final : public Usecase<GetModulesOperation> {
 public:
     using GetModulesError = GetModulesOperation::GetModulesError;

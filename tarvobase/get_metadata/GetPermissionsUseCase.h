@@ -9,7 +9,7 @@
 
 namespace tarvo {
 
-/// Hears the answers of `GetPermissionsUseCase`, on the main queue.
+/// Receives the answers of `GetPermissionsUseCase`, on the main queue.
 class GetPermissionsUseCaseDelegate : public virtual platform::Object {
 public:
     virtual void permissionFetched(const ModulePermission& permission) { static_cast<void>(permission); }
@@ -20,8 +20,8 @@ public:
     virtual void unableToFetchPermissions(const std::string& moduleName) { static_cast<void>(moduleName); }
 };
 
-/// What the user may do with a module, told to a delegate. Permissions go by their keys, such as "Create". A module
-/// without rows has an empty list.
+/// Reports to a delegate what the user may do with a module. Permissions are named by their keys, such as "Create". A
+/// module without rows has an empty list.
 class GetPermissionsUseCase final : public DelegateUseCase<GetPermissionsUseCaseDelegate> {
 public:
     GetPermissionsUseCase();
@@ -30,7 +30,7 @@ public:
 
     void getPermission(const std::string& moduleName, const std::string& permissionName);
     void getPermissions(const std::string& moduleName);
-    /// Those of the names that the module has, in the order of the store.
+    /// Fetches the permissions with these names, in the order of the store. Unknown names are left out.
     void getPermissions(const std::string& moduleName, const std::vector<std::string>& permissionNames);
 
     const std::shared_ptr<ModulePermissionsPersistanceDelegate> dataManager;

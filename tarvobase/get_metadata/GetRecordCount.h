@@ -14,7 +14,8 @@ class RecordPersistanceDelegate;
 class RecordSettingsPersistanceProtocol;
 class UserDefaultsProtocol;
 
-/// How many records of a module are stored here and how fresh they are. Blocks its caller; from any thread.
+/// Reports how many records of a module are stored here and how fresh they are. Blocks its caller; may be called from
+/// any thread.
 class GetRecordCount final : public platform::Object {
 public:
     GetRecordCount(std::string moduleName, std::shared_ptr<RecordPersistanceDelegate> recordPersistance,
@@ -23,14 +24,14 @@ public:
           recordPersistance_(std::move(recordPersistance)),
           settingsPersistance_(std::move(settingsPersistance)) {}
 
-    /// Over the tables of an adapter and a settings store.
+    /// Uses the tables of an adapter and a settings store.
     static std::shared_ptr<GetRecordCount> make(const std::string& moduleName,
                                                 const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
                                                 std::shared_ptr<UserDefaultsProtocol> userDefaults);
 
-    /// Absent when the module has no fields or the database gives no answer.
+    /// Returns nullopt if the module has no fields or the database cannot be read.
     std::optional<std::int64_t> getCount() const;
-    /// The server's time, in its own text, of the last sync that was complete; absent before the first.
+    /// Returns the time of the last complete sync, in the server's own text, or nullopt before the first one.
     std::optional<std::string> getLastSyncTime() const;
 
 private:

@@ -43,7 +43,7 @@ struct GetRelatedModulesOperation::GetRelatedModulesError {
     }
 };
 
-/// Reads related lists from the local database, the one that is open at each call.
+/// Reads related lists from the local database that is open at each call.
 class GetRelatedModulesDM final : public BaseDataManager<GetRelatedModulesOperation> {
 public:
     GetRelatedModulesDM();
@@ -55,8 +55,8 @@ public:
     bool getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError onError) override;
 };
 
-/// Gives the related lists of a module in the order in which its records show them. Answers once, on the main queue,
-/// when the request's source allows the database; none is a `GetRelatedModulesError`.
+/// Answers the related lists of a module in the order in which its records show them. Answers once, on the main queue,
+/// if the request's source allows the database. A module without related lists is a `GetRelatedModulesError`.
 class GetRelatedModulesUC final : public Usecase<GetRelatedModulesOperation> {
 public:
     using GetRelatedModulesError = GetRelatedModulesOperation::GetRelatedModulesError;

@@ -9,10 +9,10 @@
 
 namespace tarvo {
 
-/// Hears the answers of `GetRelatedModulesUseCase`, on the main queue.
+/// Receives the answers of `GetRelatedModulesUseCase`, on the main queue.
 class GetRelatedModulesUseCaseDelegate : public virtual platform::Object {
 public:
-    /// In the order in which records of the module show them.
+    /// The lists come in the order in which records of the module show them.
     virtual void relatedModulesFetched(const std::string& moduleName, const std::vector<RelatedList>& modules) {
         static_cast<void>(moduleName), static_cast<void>(modules);
     }
@@ -20,7 +20,7 @@ public:
     virtual void unableToFetchRelatedModules(const std::string& moduleName) { static_cast<void>(moduleName); }
 };
 
-/// The related lists of a module, told to a delegate.
+/// Reports the related lists of a module to a delegate.
 class GetRelatedModulesUseCase final : public DelegateUseCase<GetRelatedModulesUseCaseDelegate> {
 public:
     GetRelatedModulesUseCase();

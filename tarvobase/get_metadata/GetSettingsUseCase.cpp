@@ -43,9 +43,9 @@ void GetSettingsUseCase::getSettings(const std::string& moduleName, SettingName 
     });
 }
 
-template <class Ask>
-void GetSettingsUseCase::answerSettings(Ask ask) {
-    answer([store = dataManager, ask] { return sorted(ask(*store)); },
+template <class Read>
+void GetSettingsUseCase::answerSettings(Read read) {
+    answer([store = dataManager, read] { return sorted(read(*store)); },
            [](GetSettingsUseCaseDelegate& delegate, const SettingsResult& settings) {
                settings ? delegate.settingsFetched(*settings) : delegate.unableToFetchSettings();
            });

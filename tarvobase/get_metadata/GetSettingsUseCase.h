@@ -9,36 +9,36 @@
 
 namespace tarvo {
 
-/// Hears the answers of `GetSettingsUseCase`, on the main queue.
+/// Receives the answers of `GetSettingsUseCase`, on the main queue.
 class GetSettingsUseCaseDelegate : public virtual platform::Object {
 public:
-    /// By module, then in the order of the settings' names in `SettingName`.
+    /// The settings are sorted by module, then by the order of their names in `SettingName`.
     virtual void settingsFetched(const std::vector<Settings>& settings) { static_cast<void>(settings); }
-    /// There is no such setting, or no store to ask.
+    /// There is no such setting, or no store.
     virtual void unableToFetchSettings() {}
 };
 
-/// Settings from memory and the local database, told to a delegate. The application's own settings are those of the
+/// Reports settings from memory and the local database to a delegate. The application's own settings belong to the
 /// module "Settings".
 class GetSettingsUseCase final : public DelegateUseCase<GetSettingsUseCaseDelegate> {
 public:
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     GetSettingsUseCase();
     explicit GetSettingsUseCase(std::shared_ptr<SettingsPersistanceDelegate> dataManager)
         : dataManager(std::move(dataManager)) {}
 
     void getAllSettings();
-    /// One setting of all modules that have it.
+    /// Fetches one setting of all modules that have it.
     void getAllSettings(SettingName settingsKey);
-    /// All settings of a module; a module without any has an empty list.
+    /// Fetches all settings of a module. The list is empty if it has none.
     void getSettings(const std::string& moduleName);
     void getSettings(const std::string& moduleName, SettingName settingsKey);
 
     const std::shared_ptr<SettingsPersistanceDelegate> dataManager;
 
 private:
-    template <class Ask>
-    void answerSettings(Ask ask);
+    template <class Read>
+    void answerSettings(Read read);
 };
 
 }  // namespace tarvo

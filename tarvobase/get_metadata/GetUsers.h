@@ -16,7 +16,7 @@ struct GetUserOperation {
     using DomainError = NoDomainError;
 };
 
-/// One user: the one who is signed in, or the one with an id of one of the two kinds.
+/// Asks for the user who is signed in, or for the user with an id of one of the two kinds.
 struct GetUserOperation::Request : BaseRequest {
     enum class Case { currentUser, userId, brenUID };
 
@@ -49,8 +49,8 @@ struct GetUserOperation::Response : BaseResponse {
     static constexpr auto fields() { return describe(field("user", &Response::user)); }
 };
 
-/// Gives one user from memory, then from the database that was open when the object was made. Answers once, on the main
-/// queue, whatever the request's source; without such a user the answer is `unknownError`.
+/// Answers one user from memory, then from the database that was open when the object was made. Answers once, on the
+/// main queue, whatever the request's source. If there is no such user, the answer is `unknownError`.
 class GetUser final : public Usecase<GetUserOperation> {
 public:
     GetUser();
@@ -70,7 +70,7 @@ struct GetUsersOperation {
     using DomainError = NoDomainError;
 };
 
-/// All users, those who are active, or those with the ids of one of the two kinds.
+/// Asks for all users, for the active ones, or for the users with ids of one of the two kinds.
 struct GetUsersOperation::Request : BaseRequest {
     enum class Case { all, active, userIds, brenUIDs };
 
@@ -81,7 +81,7 @@ struct GetUsersOperation::Request : BaseRequest {
 
     Request() = default;
     Case which = Case::all;
-    std::vector<std::string> ids;  ///< empty for all and for the active ones
+    std::vector<std::string> ids;  ///< empty for all users and for the active ones
 
     static constexpr auto fields() {
         return describe(optionalField("which", &Request::which), optionalField("ids", &Request::ids));
@@ -104,8 +104,8 @@ struct GetUsersOperation::Response : BaseResponse {
     static constexpr auto fields() { return describe(field("users", &Response::users)); }
 };
 
-/// Gives users in the order of their names, without case, then of their ids: the order of a list to choose from. An id
-/// that nobody has is left out. Answers once, on the main queue, whatever the request's source; a read that fails is
+/// Answers users sorted by name without regard to case, then by id, which is the order of a list to choose from. An id
+/// that nobody has is left out. Answers once, on the main queue, whatever the request's source. A failed read is
 /// `unknownError`.
 class GetUsers final : public Usecase<GetUsersOperation> {
 public:
@@ -115,7 +115,7 @@ public:
 
     const std::shared_ptr<UserPersistanceDelegate> usersPersistance;
 
-    /// The users for a request, in the order told above.
+    /// Returns the users for a request, in the order described above.
     static UserPersistanceDelegate::Users users(const Request& request, UserPersistanceDelegate& usersPersistance);
 
 protected:

@@ -23,17 +23,17 @@ void GetUsersUseCase::getCurrentUser() {
     answerUser([](UserPersistanceDelegate& store) { return store.getUserWithBrenUID(); });
 }
 
-template <class Ask>
-void GetUsersUseCase::answerUser(Ask ask) {
-    answer([store = dataManager, ask] { return ask(*store); },
+template <class Read>
+void GetUsersUseCase::answerUser(Read read) {
+    answer([store = dataManager, read] { return read(*store); },
            [](GetUsersUseCaseDelegate& delegate, const Result<User, ParserError>& user) {
                user ? delegate.userFetched(*user) : delegate.unableToFetchUsers();
            });
 }
 
-template <class Ask>
-void GetUsersUseCase::answerUsers(Ask ask) {
-    answer([store = dataManager, ask] { return ask(*store); },
+template <class Read>
+void GetUsersUseCase::answerUsers(Read read) {
+    answer([store = dataManager, read] { return read(*store); },
            [](GetUsersUseCaseDelegate& delegate, const UserPersistanceDelegate::Users& users) {
                users ? delegate.usersFetched(*users) : delegate.unableToFetchUsers();
            });

@@ -9,20 +9,20 @@
 
 namespace tarvo {
 
-/// Hears the answers of `GetUsersUseCase`, on the main queue.
+/// Receives the answers of `GetUsersUseCase`, on the main queue.
 class GetUsersUseCaseDelegate : public virtual platform::Object {
 public:
     virtual void userFetched(const User& user) { static_cast<void>(user); }
-    /// By name, as `GetUsers` gives them.
+    /// The users are sorted as `GetUsers` sorts them.
     virtual void usersFetched(const std::vector<User>& users) { static_cast<void>(users); }
-    /// There is no such user, or no store to ask.
+    /// There is no such user, or no store.
     virtual void unableToFetchUsers() {}
 };
 
-/// Users from memory and the local database, told to a delegate.
+/// Reports users from memory and the local database to a delegate.
 class GetUsersUseCase final : public DelegateUseCase<GetUsersUseCaseDelegate> {
 public:
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     GetUsersUseCase();
     explicit GetUsersUseCase(std::shared_ptr<UserPersistanceDelegate> dataManager)
         : dataManager(std::move(dataManager)) {}
@@ -35,10 +35,10 @@ public:
     const std::shared_ptr<UserPersistanceDelegate> dataManager;
 
 private:
-    template <class Ask>
-    void answerUser(Ask ask);
-    template <class Ask>
-    void answerUsers(Ask ask);
+    template <class Read>
+    void answerUser(Read read);
+    template <class Read>
+    void answerUsers(Read read);
 };
 
 }  // namespace tarvo

@@ -10,7 +10,7 @@ namespace {
 Record reduced(const Record& record, const Record::Names& columns, const ModuleIdentifier& moduleId) {
     Record smaller(columns, std::nullopt, record.recordId(), moduleId);
     for (auto& column : columns) {
-        // The identifier has its value, and takes no other.
+        // The identifier already has its value and refuses another.
         if (column != smaller.identifierColumn()) smaller.set(column, record.valueOf(column));
         if (auto shown = getLookupColumn(column); record.hasColumn(shown)) smaller.set(shown, record.valueOf(shown));
     }

@@ -6,10 +6,10 @@
 
 namespace tarvo {
 
-/// The smaller records that the edit screen of a list works on.
+/// Makes the smaller records that the edit screen of a list works on.
 struct ReduceMetadataForEdit {
-    /// Records of the same ids with the named columns and the id alone, each with the display text beside it when the
-    /// original has one. A column that the original lacks is there without a value.
+    /// Returns records of the same ids that have only the named columns and the id. A column keeps its display text if
+    /// the original has one. A column that the original lacks is present without a value.
     static std::vector<Record> reduce(const std::vector<Record>& records, Record::Names columns,
                                       const ModuleIdentifier& moduleId);
 };

@@ -10,8 +10,8 @@
 namespace tarvo {
 
 struct TagsNWParser {
-    /// The tags of the module in the server's order. Returns nullopt for a refusal and for a body that is not a list of
-    /// rows of texts. A row without a name gives no tag.
+    /// Returns the tags of the module in the server's order. Returns nullopt for a refusal and for a body that is not a
+    /// list of rows of texts. A row without a name gives no tag.
     static std::optional<std::vector<Tag>> getTags(const platform::Data& data, const Module& module);
 };
 

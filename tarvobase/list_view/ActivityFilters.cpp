@@ -15,7 +15,7 @@ ColumnFilter with(const FilterType& type, std::string_view column, const ValueLi
     return filter;
 }
 
-/// A moment in the form that the inputs of dates have.
+/// Formats a moment as the inputs of date filters are formatted.
 Value momentInput(std::int64_t secondsSince1970) {
     static const auto formatter = DateFormatter::pattern("yyyy-MM-dd HH:mm:ss Z", {.locale = "en_US_POSIX"});
     return formatter.string(secondsSince1970).value_or("");

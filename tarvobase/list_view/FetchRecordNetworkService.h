@@ -9,17 +9,17 @@
 
 namespace tarvo {
 
-/// A record that is asked for, and what its caller wants back with the answer.
+/// Which record to fetch, and a value that the caller gets back with the answer.
 struct RecordFetch {
     Module module;
     std::string recordID;
     Value miscData{};
 };
 
-/// Hears of the answers of `FetchRecordNetworkService`, on the network queue.
+/// Receives the answers of `FetchRecordNetworkService`, on the network queue.
 class RecordDelegate : public virtual platform::Object {
 public:
-    /// The record as a wire dictionary; no dictionary when the server has no such record.
+    /// Brings the record as a wire dictionary. The list is empty if the server has no such record.
     virtual void parsedRecords(const std::vector<ValueMap>& records, const RecordFetch& fetch) = 0;
 };
 
@@ -29,8 +29,8 @@ public:
     virtual void fetchRecord(RecordFetch fetch) = 0;
 };
 
-/// Asks the server for one record. Every call ends in one notice: `parsedRecords`, or at `errorHandler` one of
-/// `noAuthtoken`, `networkResponseError` and, for a refusal or an answer that cannot be read, `parsingError`.
+/// Asks the server for one record. Every call ends with one notice. A success is `parsedRecords`. A failure goes to
+/// `errorHandler`: `noAuthtoken`, `networkResponseError`, or `parsingError` for a refusal or an unreadable answer.
 class FetchRecordNetworkService final : public BaseNetworkService, public FetchRecordNetworkServiceProtocol {
 public:
     FetchRecordNetworkService() : BaseNetworkService(CRMAPIs::Case::getRecord) {}

@@ -19,13 +19,13 @@ namespace {
 
 using CVSort = GetCVRecordsDBS::CVSort;
 
-/// Up to here SQLite looks the view's records up and sorts them, which costs some microseconds a record. Beyond, it
-/// walks the record table in the list's order and asks each row whether it belongs to the view. Which way is quicker
-/// depends on the share of the table that is the view's; between one and some thousand records both are quick.
+/// Up to this number SQLite looks the view's records up and sorts them, which costs some microseconds per record. Above
+/// it, SQLite walks the record table in the list's order and checks for each row whether it belongs to the view. Which
+/// way is quicker depends on the view's share of the table; between one and a few thousand records both are quick.
 constexpr std::int64_t fewRecords = 2000;
 
-/// A term over columns of the table: the name of a selected column is replaced by its expression, so that neither an
-/// index nor a query without that column needs it.
+/// Returns a term over columns of the table. The name of a selected column is replaced by its expression, so that the
+/// term also works in an index and in a query that does not select the column.
 SortDescriptor termOf(const SortDescriptor& descriptor, const std::vector<SortDescriptorUtil::SelectColumn>& columns) {
     for (auto& column : columns)
         if (descriptor.colName() == column.name)
@@ -40,7 +40,8 @@ std::string termsOf(const CVSort& sort) {
     return text::join(terms, ", ");
 }
 
-/// Columns to read. A host may name a field either way; what the table does not have is left out, which is logged once.
+/// Returns the columns to read. A host may name a field by either naming. Columns that the table does not have are left
+/// out, which is logged once.
 std::vector<std::string> columnsOf(const FilterRecordsQuery& query, const TableAccess& table) {
     auto& metadata = query.moduleInfo.metadata;
     auto asked = query.request.columns;
@@ -64,8 +65,8 @@ std::vector<Criteria> furtherConditions(const FilterRecordsQuery& query) {
     return conditions;
 }
 
-/// The rows of the page are found first, from an index alone when there is one in this order, and their columns are
-/// read then: a row that is passed over costs no look at its record.
+/// Finds the rows of the page first, from an index alone if there is one in this order, and then reads their columns,
+/// so that skipped rows cost no look at their records.
 std::optional<Rows> fetchRowsFirst(DatabaseAdapter& adapter, FetchQuery query, const std::string& terms) {
     auto columns = std::exchange(query.columns, {"_rowid_"});
     return adapter.fetchObjects("SELECT " + text::join(columns, ", ") + " FROM " + query.tableName +
@@ -105,7 +106,7 @@ std::optional<std::vector<Record>> GetCVRecordsDBS::getRecords(const FilterRecor
 }
 
 std::optional<Record> GetCVRecordsDBS::getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) {
-    // Every term of an order turns with its field, so that the last row is the first of the turned order.
+    // Every term of an order is reversed with its field, so the last row is the first row of the reversed order.
     auto sortFields = sortFieldsOf(filter, moduleInfo);
     for (auto& sortField : sortFields) sortField.isAscending = !sortField.isAscending;
     GetListFilterRecordsParams request;
@@ -118,7 +119,8 @@ std::optional<Record> GetCVRecordsDBS::getLastRecord(const FilterProtocol& filte
     return std::move(found.records->front());
 }
 
-/// A view may be sorted by a field that the table has no column for; the default order is better than no list.
+/// Returns the sort fields of a view. A view may be sorted by a field that the table has no column for; the default
+/// order is then better than no list.
 std::vector<SortField> GetCVRecordsDBS::sortFieldsOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const {
     auto sortFields = filter.sortFieldList(moduleInfo.metadata);
     TableAccess table(databaseAdapter_, RecordUtil::getTableName(moduleInfo.moduleName()));

@@ -13,22 +13,22 @@
 
 namespace tarvo {
 
-/// One read of a view's stored records. The references must outlive the call.
+/// What one read of a view's stored records asks for. The references must outlive the call.
 struct FilterRecordsQuery {
     const FilterProtocol& filter;
     const ModuleInfo& moduleInfo;
     const GetListFilterRecordsParams& request;
-    std::optional<Criteria> unsyncedCriteria{};       ///< records that belong to the view besides those of its map
+    std::optional<Criteria> unsyncedCriteria{};       ///< selects records that belong to the view besides its map
     std::optional<std::vector<Criteria>> criteria{};  ///< further conditions
 };
 
-/// Stored records of views: those that the server gave for a view, in the view's order. Blocks its caller; from any
-/// thread.
+/// Reads the stored records that the server gave for a view, in the view's order. Blocks its caller; may be called from
+/// any thread.
 class GetFilterRecordsDBSP : public virtual platform::Object {
 public:
-    /// Absent when the database refuses.
+    /// Returns nullopt if the database cannot be read.
     virtual std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) = 0;
-    /// The last of the view's stored records, with all columns; absent when there is none.
+    /// Returns the last of the view's stored records with all its columns, or nullopt if there is none.
     virtual std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) = 0;
 };
 
@@ -41,7 +41,7 @@ public:
     std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) override;
     std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) override;
 
-    /// The order of a view, and what has to be selected for it.
+    /// Returns the order of a view, and the columns that have to be selected for it.
     using CVSort = SortDescriptorUtil::SortList;
     CVSort getCVSortDescriptor(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const;
 

@@ -11,18 +11,18 @@
 
 namespace tarvo {
 
-/// What to ask for. The references are read before the call returns.
+/// Which records of which view to ask for. The references are read before the call returns.
 struct GetCVRecordsNetworkRequest {
     const FilterProtocol& cv;
     const Module& module;
-    std::int64_t from = 0;  ///< records of the view that the client holds already
+    std::int64_t from = 0;  ///< how many records of the view the client already holds
     std::optional<std::int64_t> maxDownloadCount{};
 };
 
 /// Asks the server for the next records of a view, in the view's order.
 class GetCVRecordsNetworkService final : public StaticBaseNetworkService {
 public:
-    /// Absent when the server could not be reached or its answer is none, which is logged.
+    /// Gets nullopt if the server could not be reached or its answer cannot be read; both are logged.
     using Completion = std::function<void(std::optional<WireRecordsParser::Response>)>;
 
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::customViewRecords); }

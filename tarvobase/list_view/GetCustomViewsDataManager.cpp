@@ -12,7 +12,7 @@ namespace tarvo {
 
 namespace {
 
-void tellObservers(const std::string& moduleName) {
+void notifyObservers(const std::string& moduleName) {
     BrenNotificationCenter::shared().notify<CVObserver>(
         false, [moduleName](CVObserver& observer) { observer.customViewsChanged(moduleName); });
 }
@@ -58,20 +58,20 @@ std::optional<CustomView> GetCustomViewsDataManager::getAllViewCustomView(const 
 
 void GetCustomViewsDataManager::setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) {
     customViewsPersistance->setAsDefaultCustomView(cvId, moduleName);
-    noteChange(moduleName);
-    tellObservers(moduleName);
+    recordChange(moduleName);
+    notifyObservers(moduleName);
 }
 
 void GetCustomViewsDataManager::updateSortfield(const SortField& sortField, const std::string& cvId,
                                                 const std::string& moduleName) {
-    noteChange(moduleName);
+    recordChange(moduleName);
     customViewsPersistance->updateSortfield(sortField, cvId, moduleName);
     if (cvRecordMapPersistance) cvRecordMapPersistance->delete_(cvId, moduleName);
     if (userDefaultsUtil) userDefaultsUtil->setListFilterHasMoreRecord(true, moduleName, cvId);
-    tellObservers(moduleName);
+    notifyObservers(moduleName);
 }
 
-void GetCustomViewsDataManager::noteChange(const std::string& moduleName) {
+void GetCustomViewsDataManager::recordChange(const std::string& moduleName) {
     if (userDefaultsUtil)
         userDefaultsUtil->setListFilterLastUpdatedTime(platform::Clock::secondsSince1970(), {moduleName});
 }

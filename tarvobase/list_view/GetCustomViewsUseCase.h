@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// Hears the answers of `GetCustomViewsUseCase`, on the main queue.
+/// Receives the answers of `GetCustomViewsUseCase`, on the main queue.
 class GetCustomViewsUseCaseDelegate : public virtual platform::Object {
 public:
     using CustomViews = CustomViewPersistanceDelegate::CustomViews;
@@ -13,11 +13,11 @@ public:
     virtual void sortFieldUpdated(const std::string& cvId, const std::string& moduleName) {
         static_cast<void>(cvId), static_cast<void>(moduleName);
     }
-    /// Absent when the database did not answer.
+    /// The list is absent if the database could not be read.
     virtual void customViews(const std::optional<CustomViews>& customViews, const std::string& moduleName) {
         static_cast<void>(customViews), static_cast<void>(moduleName);
     }
-    /// Absent when there is no such view; so with the other answers of one view.
+    /// The view is absent if there is no such view. The same holds for the other answers with one view.
     virtual void customView(const std::optional<CustomView>& customView, const std::string& cvId,
                             const std::string& moduleName) {
         static_cast<void>(customView), static_cast<void>(cvId), static_cast<void>(moduleName);
@@ -45,11 +45,11 @@ public:
                                  const std::string& moduleName) = 0;
 };
 
-/// Views of the local database and their changes, told to a delegate. Every question is answered once.
+/// Reads and changes views of the local database and reports to a delegate. Each call is answered once.
 class GetCustomViewsUseCase final : public DelegateUseCase<GetCustomViewsUseCaseDelegate>,
                                     public GetCustomViewsUseCaseProtocol {
 public:
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     GetCustomViewsUseCase() : GetCustomViewsUseCase(GetCustomViewsDataManager::current()) {}
     explicit GetCustomViewsUseCase(std::shared_ptr<GetCustomViewsDataManagerProtocol> dataManager)
         : dataManager(std::move(dataManager)) {}

@@ -19,10 +19,10 @@ namespace {
 
 constexpr std::int64_t defaultFrom = 0;
 constexpr std::int64_t defaultLimit = 200;
-/// The first page comes soon, and the end of a long list is few requests away.
+/// The first page is small so that it comes soon; later pages are large so that a long list takes few requests.
 constexpr std::int64_t initialMaxCount = 200;
 constexpr std::int64_t defaultMaxCount = 1000;
-/// Beyond this offset a list is what is stored.
+/// Beyond this offset the server is not asked.
 constexpr std::int64_t maxCVRecordCount = 20000;
 
 const std::string duplicateValue = "Duplicate value";
@@ -33,7 +33,8 @@ OnlineViews::Key keyOf(const CustomView& view) {
     return {CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""), view.moduleName, view.viewID};
 }
 
-/// Whether the stored rows of a view are those of a former run, which its first answer of this run replaces.
+/// Returns whether the stored rows of a view come from a former run, so that the first answer of this run replaces
+/// them.
 bool awaitsReplacement(const CustomView& view) {
     return !view.isOfflineSupported && !onlineViews().isAnswered(keyOf(view));
 }
@@ -42,7 +43,7 @@ std::int64_t fromOf(const GetListFilterRecordsParams& request) {
     return std::max(defaultFrom, request.from.value_or(defaultFrom));
 }
 
-/// The one entry of an answer with its records; null when there are none to read.
+/// Returns the one entry of an answer with its records, or null if the answer has no readable records.
 const RParsedResult<WireRecords, RecordListInfo>* recordsOf(const std::optional<WireRecordsParser::Response>& answer) {
     if (!answer || answer->result.empty() || !answer->result.front()) return nullptr;
     auto& entry = *answer->result.front();
@@ -74,7 +75,7 @@ void GetFilterRecordListDM::getRecordList(const RequestPtr& request, Answers ans
                       "Records in DB for " + call->view.viewName + ": " + std::to_string(recordCount));
         call->answers.callback({std::move(records), hasMore(*request)});
     }
-    // Rows that are about to be replaced are shown, but they are no part of the list that the server is asked for.
+    // Rows that are about to be replaced are shown, but they are not part of the list that the server is asked for.
     auto heldCount = awaitsReplacement(call->view) ? 0 : recordCount;
     bool mayAsk = source != DataSource::database && !(source == DataSource::either && anyRows);
     if (mayAsk && canTriggerNetworkRequest(*request, heldCount))
@@ -116,7 +117,7 @@ bool GetFilterRecordListDM::canTriggerNetworkRequest(const GetListFilterRecordsP
                                                      std::int64_t recordCount) const {
     auto from = fromOf(request);
     if (from > maxCVRecordCount) return false;
-    // from + limit > recordCount, for any limit that a host may give.
+    // This is from + limit > recordCount, written so that no limit of a host overflows.
     return hasMore(request) && request.limit.value_or(defaultLimit) > recordCount - from;
 }
 
@@ -132,14 +133,14 @@ void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int6
                                         });
 }
 
-// On the network queue: answers are stored one after the other, in the order in which they come.
+// Runs on the network queue, so answers are stored one after the other, in the order in which they come.
 void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t from,
                                               std::optional<WireRecordsParser::Response> answer) {
     auto entry = recordsOf(answer);
     if (!entry) return call->answers.onError(Failure::unknownError());
     takeOver(*call, from, *entry->data);
     notePosition(*call, entry->info, answer->responseInfo);
-    // A long list may take a while to read; other completions need not wait for it.
+    // A long list may take a while to read, and other completions should not wait for it.
     UsecaseQueue::queue()->async([weak = platform::weakSelf(this), call] {
         if (auto self = weak.lock()) self->answerFinally(*call);
     });
@@ -161,7 +162,7 @@ void GetFilterRecordListDM::notePosition(const Call& call, const RecordListInfo&
                                          const ResponseInfo& responseInfo) {
     auto& request = *call.request;
     auto& defaults = *parts.userDefaultsUtil;
-    // An answer that does not tell leaves the question open, unless it says that there is nothing.
+    // An answer without `hasMore` leaves the flag as it is, unless the answer says that there is no data.
     if (info.hasMore || info.noData == true)
         defaults.setListFilterHasMoreRecord(info.hasMore.value_or(false), request.moduleName, request.criteriaId);
     auto time = info.serverTime.value_or(static_cast<std::int64_t>(responseInfo.serverTime));

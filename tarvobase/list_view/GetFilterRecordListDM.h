@@ -17,11 +17,11 @@
 
 namespace tarvo {
 
-/// Serves a page of a view: what is stored first, and then, when that is short of the page and the server has said that
-/// it has more, what the server adds. Which records belong to a view is the server's word, kept in the view's map; a
-/// record whose upload the server refused as a duplicate belongs to it besides.
+/// Serves a page of a view: the stored rows first, and then, if they do not fill the page and the server has said that
+/// it has more, the rows that the server adds. The server decides which records belong to a view, and the view's map
+/// keeps its decision. A record whose upload the server refused as a duplicate belongs to the view as well.
 ///
-/// Which answers come, in their order:
+/// These answers come, in this order:
 ///
 /// | stored rows | the server is asked | answers |
 /// |---|---|---|
@@ -30,7 +30,7 @@ namespace tarvo {
 /// | some | yes | `callback` with them, then `onSuccess` or `onError` |
 /// | none | yes | `onSuccess` or `onError` |
 ///
-/// Every failure is `unknownError`. When the data manager is let go while the server is asked, no further answer comes.
+/// Every failure is `unknownError`. No further answer comes if the data manager is released while the server is asked.
 class GetFilterRecordListDM final : public platform::Object {
 public:
     struct Parts {
@@ -44,7 +44,7 @@ public:
         std::shared_ptr<TransactionManagerContract> transactionManager;
     };
     explicit GetFilterRecordListDM(Parts parts) : parts(std::move(parts)) {}
-    /// Over the database that is open at this moment and the settings of the account.
+    /// Uses the database that is open at this moment and the settings of the account.
     static std::shared_ptr<GetFilterRecordListDM> current();
 
     const Parts parts;
@@ -55,7 +55,7 @@ public:
         std::vector<Record> records;
         bool moreRecords = false;  ///< whether the server has more records of the view
     };
-    /// All must be there. `callback` is called before `getRecordList` returns, the others perhaps later, on a
+    /// All three must be set. `callback` is called before `getRecordList` returns. The others may be called later, on a
     /// background queue.
     struct Answers {
         std::function<void(RecordList)> callback;
@@ -63,14 +63,14 @@ public:
         std::function<void(Failure)> onError;
     };
 
-    /// Blocks its caller for the local part. A source of `database` never asks the server, `network` reads no stored
-    /// rows first, `either` asks the server only when there are none, and `none` gives no answer. `criteria` are
-    /// further conditions on the stored rows.
+    /// Answers a page. Blocks its caller for the local part. The source `database` never asks the server, `network`
+    /// reads no stored rows first, `either` asks the server only if there are no stored rows, and `none` gives no
+    /// answer. `criteria` are further conditions on the stored rows.
     void getRecordList(const RequestPtr& request, Answers answers,
                        std::optional<std::vector<Criteria>> criteria = std::nullopt);
 
 private:
-    /// What one call works on.
+    /// The state of one call.
     struct Call {
         RequestPtr request;
         Answers answers;

@@ -29,8 +29,8 @@ using Text = StringFilterTypes;
 using Date = DateFilterTypes;
 using DateTime = DateTimeFilterTypes;
 
-/// Every comparator once. The order inside a kind is that of the sets, in which the common ones come last. The name of
-/// `lesserThan` is what users of the other clients know.
+/// Lists every comparator once. Within a kind the order is the order of the offered sets; the common comparators come
+/// last. The name of `lesserThan` is the one that users of the other clients know.
 const FilterForm forms[] = {
     {Number::equalTo, "=", fieldValue},
     {Number::notEqualTo, "!=", fieldValue},

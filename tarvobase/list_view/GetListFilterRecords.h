@@ -13,8 +13,8 @@
 
 namespace tarvo {
 
-/// What makes a screen's own rows of a page of records. `convert` runs on a background queue, before the answer goes to
-/// the main queue and perhaps for two answers at a time, so that the screen is given what it draws.
+/// Turns a page of records into a screen's own rows. `convert` runs on a background queue before the answer goes to the
+/// main queue, so that the screen gets what it draws. Two answers may be converted at the same time.
 template <class Converter>
 concept RecordListConvertible = requires(const Converter& converter, const std::vector<Record>& records) {
     { converter.convert(records) } -> std::convertible_to<typename Converter::Output>;
@@ -34,19 +34,19 @@ struct GetListFilterRecordsOperation {
         explicit Request(GetListFilterRecordsParams params, std::shared_ptr<const Converter> converter = nullptr)
             : GetListFilterRecordsParams(std::move(params)), converter(std::move(converter)) {}
 
-        std::shared_ptr<const Converter> converter;  ///< absent: nothing is converted
+        std::shared_ptr<const Converter> converter;  ///< null if nothing is to be converted
     };
     struct Response : BaseResponse {
         ResponseSource source() const override { return from; }
 
-        std::optional<std::vector<Record>> records;  ///< empty when the view has none here
-        /// The records in sections; absent at present, also for a request that should group.
+        std::optional<std::vector<Record>> records;  ///< empty if the view has no records here
+        /// The records in sections. Absent at present, even if the request asks for groups.
         std::optional<std::vector<Section<std::optional<Value>, Record>>> groups;
         bool moreRecords = false;  ///< whether the server has more records of the view than are stored
-        std::int64_t count = 0;    ///< of the records
+        std::int64_t count = 0;    ///< how many `records` there are
         Request request;
         ResponseSource from = ResponseSource::database;
-        std::optional<typename Converter::Output> converted;  ///< what the converter made; absent without one
+        std::optional<typename Converter::Output> converted;  ///< output of the converter; absent without one
 
         static constexpr auto fields() {
             return describe(field("records", &Response::records), field("groups", &Response::groups),
@@ -57,11 +57,11 @@ struct GetListFilterRecordsOperation {
     using DomainError = NoDomainError;
 };
 
-/// Gives a page of a view: the stored rows at once, and those of the server when they do not suffice. Answers on the
-/// main queue, once or twice: a first success with `source` `database` may be followed by one with `network`, which
-/// holds the whole page anew, or by a failure, which then says only that nothing better came. Every failure is
-/// `unknownError`: there is no such module or view, or the server gave no usable answer. Nothing comes for a source of
-/// `none`, and no second answer when the use case is let go.
+/// Answers a page of a view: the stored rows at once, and the server's rows if the stored ones do not fill the page.
+/// Answers on the main queue, once or twice. A first success with the source `database` may be followed by one with
+/// `network`, which holds the whole page anew, or by a failure, which then means only that nothing better came. Every
+/// failure is `unknownError`: there is no such module or view, or the server gave no usable answer. The source `none`
+/// gets no answer, and no second answer comes if the use case is released.
 template <RecordListConvertible Converter = NoRecordConversion>
 class GetListFilterRecords final : public Usecase<GetListFilterRecordsOperation<Converter>> {
     using Base = Usecase<GetListFilterRecordsOperation<Converter>>;
@@ -71,7 +71,7 @@ public:
     using typename Base::Response;
     using typename Base::UICallback;
 
-    /// Over the database that is open at this moment and the settings of the account.
+    /// Uses the database that is open at this moment and the settings of the account.
     GetListFilterRecords() : GetListFilterRecords(GetFilterRecordListDM::current()) {}
     explicit GetListFilterRecords(std::shared_ptr<GetFilterRecordListDM> dataManager)
         : dataManager(std::move(dataManager)) {}

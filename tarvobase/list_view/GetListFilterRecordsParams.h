@@ -10,25 +10,25 @@
 
 namespace tarvo {
 
-/// Which page of which view.
+/// Which page of which view to show.
 struct GetListFilterRecordsParams : BaseRequest {
-    DataSource source() const override { return wished; }
+    DataSource source() const override { return requestedSource; }
 
     std::string moduleName;
     std::string criteriaId;                           ///< id of the custom view
-    std::optional<std::vector<std::string>> columns;  ///< by identifier; absent: all of the module
+    std::optional<std::vector<std::string>> columns;  ///< identifiers; absent for all columns of the module
     bool shouldGroup = false;
-    std::optional<std::int64_t> from;   ///< rows of the view to pass over; absent: none
-    std::optional<std::int64_t> limit;  ///< rows of the page; absent: all that are stored
+    std::optional<std::int64_t> from;   ///< rows of the view to skip; absent for none
+    std::optional<std::int64_t> limit;  ///< rows of the page; absent for all stored rows
     std::optional<std::vector<ColumnFilter>> filters;
-    DataSource wished = DataSource::both;
+    DataSource requestedSource = DataSource::both;
 
     static constexpr auto fields() {
         using Params = GetListFilterRecordsParams;
         return describe(field("moduleName", &Params::moduleName), field("criteriaId", &Params::criteriaId),
                         field("columns", &Params::columns), optionalField("shouldGroup", &Params::shouldGroup),
                         field("from", &Params::from), field("limit", &Params::limit),
-                        field("filters", &Params::filters), optionalField("source", &Params::wished));
+                        field("filters", &Params::filters), optionalField("source", &Params::requestedSource));
     }
 };
 

@@ -6,31 +6,32 @@
 
 namespace tarvo {
 
-/// Hears the answers of `GetRecordsUseCase`, and what failed, on the main queue.
+/// Receives the answers of `GetRecordsUseCase` and its failures, on the main queue.
 class GetRecordsUseCaseDelegate : public RecordsFetchDataManagerDelegate {};
 
 class GetRecordsUseCaseProtocol : public virtual platform::Object {
 public:
-    /// What `miscData` holds comes back with the answer. One `record` answers.
+    /// Answers with one `record`, which brings `miscData` back.
     virtual void getRecords(RecordQuery query, Value miscData = {}) = 0;
-    /// Two notices answer: `record` with the stored record, and then `record` with the server's or what failed.
+    /// Answers with two notices: `record` with the stored record, then `record` with the server's record or a failure.
     virtual void getRecord(const Module& module, const std::string& recordID, Value miscData = {}) = 0;
-    /// Dates are seconds since 1970. One `activityRecords` answers these two.
+    /// Answers with one `activityRecords`. Dates are seconds since 1970.
     virtual void getActivityRecords(RecordQuery query, std::int64_t from, std::int64_t to) = 0;
+    /// Answers with one `activityRecords`.
     virtual void getActivitiesRecords(RecordQuery query, bool fetchOnlyOpen) = 0;
 };
 
-/// Records of lists that are judged on the local tables alone, and single records of both sides, told to a delegate.
-/// Held by `shared_ptr`; when it is let go, nothing more is told.
+/// Fetches lists of records from the local tables, and single records from both sides, and reports to a delegate. Held
+/// by `shared_ptr`. The delegate gets no further callback once the use case is released.
 class GetRecordsUseCase final : public DelegateUseCase<GetRecordsUseCaseDelegate>,
                                 public GetRecordsUseCaseProtocol,
                                 public RecordsFetchDataManagerDelegate,
                                 public CommonErrorsOnMainQueue,
                                 public GetRecordsErrorsOnMainQueue {
 public:
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     static std::shared_ptr<GetRecordsUseCase> make() { return make(RecordsFetchDataManager::current()); }
-    /// Becomes the data manager's delegate.
+    /// The use case becomes the data manager's delegate.
     static std::shared_ptr<GetRecordsUseCase> make(std::shared_ptr<RecordsFetchDataManagerProtocol> dataManager);
 
     void getRecords(RecordQuery query, Value miscData = {}) override;
@@ -40,7 +41,7 @@ public:
 
     const std::shared_ptr<RecordsFetchDataManagerProtocol> dataManager;
 
-    // What the data manager tells.
+    // Callbacks of the data manager.
     void record(const Records& records, const RecordQuery& query, const Value& miscData) override;
     void record(const std::optional<Record>& record, const std::string& recordID, const Module& module,
                 const Value& miscData) override;

@@ -23,7 +23,7 @@ RecordQuery ordered(RecordQuery query) {
     return query;
 }
 
-/// Adds a condition to those that a query has.
+/// Adds a condition to the conditions of a query.
 void restrict(RecordQuery& query, const std::string& condition) {
     query.customQuery = query.customQuery ? "(" + *query.customQuery + ") AND " + condition : condition;
 }
@@ -77,19 +77,19 @@ void RecordsFetchDataManager::parsedRecords(const std::vector<ValueMap>& records
 
 void RecordsFetchDataManager::getActivityRecords(RecordQuery query, std::int64_t from, std::int64_t to) {
     using F = GetColumnFilter;
-    tellActivities(std::move(query), {{tasks, F::Tasks::betweenDates(from, to)},
-                                      {events, F::Events::betweenDates(from, to)},
-                                      {calls, F::Calls::betweenDates(from, to)}});
+    reportActivities(std::move(query), {{tasks, F::Tasks::betweenDates(from, to)},
+                                        {events, F::Events::betweenDates(from, to)},
+                                        {calls, F::Calls::betweenDates(from, to)}});
 }
 
 void RecordsFetchDataManager::getActivitiesRecords(RecordQuery query, bool fetchOnlyOpen) {
     using F = GetColumnFilter;
-    tellActivities(std::move(query), {{tasks, fetchOnlyOpen ? F::Tasks::open() : F::Tasks::closed()},
-                                      {events, fetchOnlyOpen ? F::Events::upcoming() : F::Events::past()},
-                                      {calls, fetchOnlyOpen ? F::Calls::upcoming() : F::Calls::completed()}});
+    reportActivities(std::move(query), {{tasks, fetchOnlyOpen ? F::Tasks::open() : F::Tasks::closed()},
+                                        {events, fetchOnlyOpen ? F::Events::upcoming() : F::Events::past()},
+                                        {calls, fetchOnlyOpen ? F::Calls::upcoming() : F::Calls::completed()}});
 }
 
-void RecordsFetchDataManager::tellActivities(RecordQuery query, const std::vector<Activity>& activities) {
+void RecordsFetchDataManager::reportActivities(RecordQuery query, const std::vector<Activity>& activities) {
     query = ordered(std::move(query));
     Records all;
     for (auto& activity : activities) {

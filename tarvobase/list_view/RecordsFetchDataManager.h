@@ -17,27 +17,29 @@ namespace tarvo {
 
 class GetFieldListDM;
 
-/// Hears of `RecordsFetchDataManager`, on the thread of the question or, of the server's answers, on the network queue.
+/// Receives the answers of `RecordsFetchDataManager`: stored records on the thread of the call, and the server's
+/// answers on the network queue.
 class RecordsFetchDataManagerDelegate : public virtual CommonErrorProtocol, public virtual GetRecordsErrorProtocol {
 public:
     using Records = std::optional<std::vector<Record>>;
 
-    /// Absent when the database does not answer or knows no fields of the module.
+    /// The list is absent if the database cannot be read or knows no fields of the module.
     virtual void record(const Records& records, const RecordQuery& query, const Value& miscData) {
         static_cast<void>(records), static_cast<void>(query), static_cast<void>(miscData);
     }
-    /// The stored record, absent when there is none, and in a second call the server's.
+    /// Brings the stored record, which is absent if there is none, and in a second call the server's record.
     virtual void record(const std::optional<Record>& record, const std::string& recordID, const Module& module,
                         const Value& miscData) {
         static_cast<void>(record), static_cast<void>(recordID), static_cast<void>(module), static_cast<void>(miscData);
     }
-    /// Tasks, then events, then calls. Absent when none of the three could be read.
+    /// Brings tasks, then events, then calls. The list is absent if none of the three could be read.
     virtual void activityRecords(const Records& records, const RecordQuery& query) {
         static_cast<void>(records), static_cast<void>(query);
     }
 };
 
-/// Records of the local tables, told to a delegate, and single records of the server. From any thread.
+/// Fetches records of the local tables and single records of the server, and reports them to a delegate. May be called
+/// from any thread.
 class RecordsFetchDataManagerProtocol : public virtual platform::Object {
 public:
     std::weak_ptr<RecordsFetchDataManagerDelegate> delegate;
@@ -58,24 +60,27 @@ public:
         std::shared_ptr<GetFieldListDM> fieldLists;
         std::shared_ptr<FetchRecordNetworkServiceProtocol> recordFetchNetworkService;
     };
-    /// Listens to the service.
+    /// The data manager becomes the service's delegate.
     static std::shared_ptr<RecordsFetchDataManager> make(Collaborators collaborators);
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     static std::shared_ptr<RecordsFetchDataManager> current();
 
     const Collaborators collaborators;
 
-    /// Newest first where no order is asked for; so with activities. Tells before it returns.
+    /// Fetches stored records, newest first if the query names no order; activities do the same. The delegate is called
+    /// before this returns.
     void getRecords(RecordQuery query, const Value& miscData) override;
-    /// Tells the stored record before it returns, and in any case asks the server; what comes is stored, and the
-    /// delegate hears of it, of `unableToConvertRecordFromDictionaryError` where the server has no such record or none
-    /// can be made of it, of `unableToGetIDForRecordError` where it lacks its id, or of the failure of the request.
+    /// Reports the stored record before it returns, and always asks the server as well. The server's record is stored
+    /// and reported. The failures are `unableToConvertRecordFromDictionaryError` if the server has no such record or
+    /// its answer gives none, `unableToGetIDForRecordError` if the record lacks its id, and the failure of the request
+    /// itself.
     void getRecord(const Module& module, const std::string& recordID, const Value& miscData) override;
-    /// Tasks, events and calls of a span of time: from the first moment on, before the second, in seconds since 1970.
-    /// A query on "Activities" reads the table that the three share, any other the tables of the three; its view, its
-    /// filters and its limits count for each of the three by itself. Tells before it returns.
+    /// Fetches the tasks, events and calls of a span of time. Moments are seconds since 1970; the first is included,
+    /// the second is not. A query on "Activities" reads the table that the three share; any other query reads the
+    /// tables of the three. The view, filters and limits of the query apply to each of the three separately. The
+    /// delegate is called before this returns.
     void getActivityRecords(RecordQuery query, std::int64_t from, std::int64_t to) override;
-    /// Those that are still to be done, or those that are done.
+    /// Fetches the activities that are still to be done, or those that are done.
     void getActivitiesRecords(RecordQuery query, bool fetchOnlyOpen) override;
 
     void parsedRecords(const std::vector<ValueMap>& records, const RecordFetch& fetch) override;
@@ -85,12 +90,12 @@ private:
     explicit RecordsFetchDataManager(Collaborators collaborators) : collaborators(std::move(collaborators)) {}
 
     using Records = RecordsFetchDataManagerDelegate::Records;
-    /// One kind of activity and the filters that its records must pass.
+    /// One kind of activity, and the filters that its records must pass.
     struct Activity {
         std::string_view moduleName;
         GetColumnFilter::Filters filters;
     };
-    void tellActivities(RecordQuery query, const std::vector<Activity>& activities);
+    void reportActivities(RecordQuery query, const std::vector<Activity>& activities);
     Records recordsOf(const Activity& activity, RecordQuery query) const;
 };
 

@@ -15,8 +15,8 @@ using Picklist = PicklistMetadataPersistanceDelegate::Picklist;
 const std::string activitiesModule = "Activities";
 using PicklistsByModule = std::unordered_map<std::string, Picklist>;
 
-/// The modules whose picklists a module's fields take their values from. "Activities" has no rows of its own: it shows
-/// the records of the three.
+/// Returns the modules whose picklists supply the values of a module's fields. "Activities" has no rows of its own,
+/// because it shows the records of the three modules.
 std::vector<std::string> picklistModules(const std::string& moduleName) {
     if (moduleName == activitiesModule) return {"Calls", "Events", "Tasks"};
     return {moduleName};
@@ -30,7 +30,7 @@ PicklistsByModule readPicklists(PicklistMetadataPersistanceDelegate& store, std:
     return store.getPicklistMetadataByModuleNames(asked).value_or(PicklistsByModule());
 }
 
-/// Takes the rows of a module away. "Activities" gets copies, and has to be asked for first.
+/// Takes the rows of a module out of the map. "Activities" gets copies, so it must be taken first.
 Picklist takePicklist(const std::string& moduleName, PicklistsByModule& picklists) {
     auto sources = picklistModules(moduleName);
     if (sources.size() == 1) return std::move(picklists[moduleName]);

@@ -17,7 +17,7 @@ namespace tarvo {
 class DatabaseAdapter;
 
 /// Reads the fields of modules with their picklists from the local database. Fails with `MetadataError::notFound` for a
-/// module without fields, or when the database gives no answer. Blocks its caller; from any thread.
+/// module without fields, or if the database cannot be read. Blocks its caller; may be called from any thread.
 class GetFieldListDM final : public platform::Object {
 public:
     using FieldListResult = Result<FieldList, MetadataError>;
@@ -30,8 +30,8 @@ public:
     const std::shared_ptr<PicklistMetadataPersistanceDelegate> pickListPersistence;
     const std::shared_ptr<FieldMetadataPersistanceDelegate> fieldPersistence;
 
-    /// The fields of a module, those of `columnList` (identifiers of the naming in force) or all when it is absent. In
-    /// the order asked for; without one in the server's.
+    /// Returns the fields of a module: those in `columnList` (identifiers of the naming in force), or all if it is
+    /// absent. They come in the order of `sortList`, or in the server's order if it is empty.
     FieldListResult getFields(const std::string& moduleName, const std::optional<std::vector<std::string>>& columnList,
                               const std::vector<FieldSort>& sortList = {}) const;
     FieldListResult getFields(const ModuleIdentifier& module, const std::optional<std::vector<std::string>>& columnList,
@@ -41,12 +41,13 @@ public:
     FieldListResult getFieldList(const std::string& moduleName, const std::vector<std::string>& crmColumnList) const {
         return getFields(moduleName, crmColumnList);
     }
-    /// All fields of many modules, an entry a name, in one query for the fields and one for the picklists.
+    /// Returns all fields of many modules, one entry per name. Takes one query for the fields and one for the
+    /// picklists.
     FieldListsByModule getFields(const std::vector<std::string>& moduleNames,
                                  const std::vector<FieldSort>& sort = {}) const;
 };
 
-/// Builds it over the tables of an adapter.
+/// Builds a `GetFieldListDM` over the tables of an adapter.
 struct FieldListAssembler {
     static std::shared_ptr<GetFieldListDM> getFieldListDM(std::shared_ptr<DatabaseAdapter> databaseAdapter);
 };

@@ -57,7 +57,7 @@ void forEachRow(auto& layoutsByModule, Visit&& visit) {
                 for (auto& row : rows) visit(moduleName, id, row);
 }
 
-/// Modules by API name; those that cannot be read have no entry.
+/// Returns modules by API name. A module that cannot be read has no entry.
 std::map<std::string, Module> modulesByApiName(ModulesPersistanceDelegate& store,
                                                const std::set<std::string>& apiNames) {
     std::map<std::string, Module> modules;
@@ -71,7 +71,7 @@ std::map<std::string, Module> modulesByApiName(ModulesPersistanceDelegate& store
     return modules;
 }
 
-/// A member of `additionalInfo`, which comes as the server said it: typed, or as text.
+/// Reads a member of `additionalInfo`, which is stored as the server sent it: typed, or as text.
 template <class T>
 T infoOf(const LayoutMetadata& row, std::string_view key) {
     auto value = row.additionalInfo ? row.additionalInfo->find(key) : nullptr;

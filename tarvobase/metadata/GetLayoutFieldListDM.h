@@ -18,23 +18,23 @@ namespace tarvo {
 
 class DatabaseAdapter;
 
-/// The stores that layouts are read from.
+/// The stores from which layouts are read.
 struct LayoutStores {
     std::shared_ptr<LayoutMetadataPersistanceDelegate> metadataDAO;
     std::shared_ptr<PicklistMetadataPersistanceDelegate> pickListDAO;
     std::shared_ptr<ModulesPersistanceDelegate> modulePersistance;
     std::shared_ptr<GetFieldListDM> metadataPersistance;
 
-    /// The tables of an adapter, which may be null, with the memory of the process in front of modules.
+    /// Returns stores over the tables of an adapter, which may be null. The memory of the process serves modules first.
     static LayoutStores over(std::shared_ptr<DatabaseAdapter> databaseAdapter);
 };
 
-/// The rows of the layouts of modules, before they take a shape. Blocks its caller; from any thread. The number of
-/// queries depends neither on the number of modules nor on that of layouts or fields.
+/// Reads the rows of the layouts of modules, before they are shaped. Blocks its caller; may be called from any thread.
+/// The number of queries does not depend on the number of modules, layouts or fields.
 class LayoutRowsDM : public platform::Object {
 public:
     using Rows = std::vector<LayoutMetadata>;
-    /// By layout id.
+    /// Keyed by layout id.
     using LayoutRows = std::map<std::string, Rows>;
     using LayoutRowsResult = Result<LayoutRows, MetadataError>;
 
@@ -49,18 +49,18 @@ public:
     const std::shared_ptr<ModulesPersistanceDelegate> modulePersistance;
     const std::shared_ptr<GetFieldListDM> metadataPersistance;
 
-    /// An entry a module of the map; `notFound` for one without rows. Rows are those that are shown in every wanted
-    /// mode, sorted by the sequence of their sections, their positions and their API names; lookups have their modules
-    /// and fields in `addData`. A layout that loses all its rows is logged and left out.
+    /// Returns one entry per module of the map, `notFound` for a module without rows. The entry holds the rows that are
+    /// shown in every requested mode, sorted by the sequence of their sections, their positions and their API names.
+    /// Lookups have their modules and fields in `addData`. A layout that loses all its rows is logged and left out.
     std::map<std::string, LayoutRowsResult> getLayoutMetadata(const ModuleFieldsMap& moduleFieldsMap,
                                                               std::optional<DisplayMode> mode) const;
 
 protected:
     using PicklistsByLayout = std::map<std::string, std::vector<PicklistMetadata>>;
 
-    /// The picklists of modules, by module name and layout id.
+    /// Returns the picklists of modules by module name and layout id.
     std::map<std::string, PicklistsByLayout> picklists(const ModuleFieldsMap& moduleFieldsMap) const;
-    /// What the layouts of all modules tell about subform fields, by module name, layout id and identifier.
+    /// Returns the subform settings in the layouts of all modules, by module name, layout id and identifier.
     using SubformsByLayout = std::map<std::string, LayoutFieldList::SubformInfo>;
     std::map<std::string, SubformsByLayout> subforms(const std::map<std::string, LayoutRowsResult>& layouts,
                                                      const ModuleFieldsMap& moduleFieldsMap) const;
@@ -78,13 +78,13 @@ public:
 
     using LayoutRowsDM::LayoutRowsDM;
 
-    /// By layout id; `notFound` for a module without rows.
+    /// Returns the layouts by layout id, or `notFound` for a module without rows.
     LayoutsResult getLayoutList(const std::string& moduleName, const FieldList& fieldList,
                                 std::optional<DisplayMode> mode) const {
         return std::move(getLayoutList({{moduleName, fieldList}}, mode).at(moduleName));
     }
 
-    /// An entry a module of the map.
+    /// Returns one entry per module of the map.
     std::map<std::string, LayoutsResult> getLayoutList(const ModuleFieldsMap& moduleFieldsMap,
                                                        std::optional<DisplayMode> mode) const {
         auto rowsByModule = getLayoutMetadata(moduleFieldsMap, mode);
@@ -109,7 +109,7 @@ public:
     }
 
 protected:
-    /// What a shape knows beside its rows.
+    /// The attributes of a layout beside its rows.
     struct Frame {
         std::string moduleName;
         std::string layoutId;
@@ -117,7 +117,7 @@ protected:
         LayoutFieldList::SubformInfo subformMetadata;
         FieldIdentifier naming;
     };
-    /// Makes one list of rows in display order.
+    /// Builds one list from rows in display order.
     virtual T getLayoutList(Frame frame, Rows metadata) const {
         T list(std::move(frame.moduleName), std::move(frame.layoutId), std::move(frame.picklist),
                std::move(frame.subformMetadata), frame.naming);
@@ -130,7 +130,7 @@ using GetLinearLayoutFieldListDM = GetLayoutFieldListDM<LinearLayoutFieldList>;
 using GetGroupedLayoutFieldListDM = GetLayoutFieldListDM<GroupedLayoutFieldList>;
 using GetOrderedLayoutFieldListDM = GetLayoutFieldListDM<OrderedLayoutFieldList>;
 
-/// Build them over the tables of an adapter.
+/// These build the data managers over the tables of an adapter.
 struct GetLinearLayoutFieldListDMA {
     static std::shared_ptr<GetLinearLayoutFieldListDM> getLinearLayoutFieldListDM(
         std::shared_ptr<DatabaseAdapter> databaseAdapter);

@@ -12,7 +12,7 @@
 
 namespace tarvo {
 
-/// Reads the layouts of modules with their names, in the shape `T`. Blocks its caller; from any thread.
+/// Reads the layouts of modules with their names, in the shape `T`. Blocks its caller; may be called from any thread.
 template <class T>
 class GetLayoutInfoDM final : public platform::Object {
 public:
@@ -25,14 +25,15 @@ public:
     const std::shared_ptr<ModuleLayoutInfoPersistanceDelegate> moduleLayoutInfoDAO;
     const std::shared_ptr<GetLayoutFieldListDM<T>> getLayoutFieldListDM;
 
-    /// `notFound` for a module without layouts that can be shown. A mode leaves out the fields that it does not show.
+    /// Returns `notFound` for a module without layouts that can be shown. A mode leaves out the fields that it does not
+    /// show.
     LayoutInfoResult getLayoutInfo(const std::string& moduleName, const FieldList& fieldList,
                                    std::optional<DisplayMode> mode) const {
         return std::move(getLayoutInfo({{moduleName, fieldList}}, mode).at(moduleName));
     }
 
-    /// An entry a module of the map. Layouts come in the order of the store of their names; one without fields is
-    /// logged and left out.
+    /// Returns one entry per module of the map. Layouts come in the order in which their names are stored; a layout
+    /// without fields is logged and left out.
     std::map<std::string, LayoutInfoResult> getLayoutInfo(const ModuleFieldsMap& moduleFields,
                                                           std::optional<DisplayMode> mode) const {
         auto lists = getLayoutFieldListDM->getLayoutList(moduleFields, mode);
@@ -69,7 +70,7 @@ private:
     }
 };
 
-/// Builds it over the tables of an adapter.
+/// Builds a `GetLayoutInfoDM` over the tables of an adapter.
 struct GetLayoutInfoDMA {
     static std::shared_ptr<GetLayoutInfoDM<OrderedLayoutFieldList>> getOrderedLayoutInfoDM(
         std::shared_ptr<DatabaseAdapter> databaseAdapter);

@@ -10,7 +10,7 @@ namespace {
 
 using Manager = GetLayoutMetadataDataManager;
 
-/// Headers and fields in one list.
+/// Collects headers and fields in one list.
 struct Lines {
     std::vector<LinearLayoutMetadataItemType> result;
     void openSection(const LayoutMetadata& first) {
@@ -19,14 +19,14 @@ struct Lines {
     void add(LayoutMetadata row) { result.push_back(LinearLayoutMetadataItemType::item(std::move(row))); }
 };
 
-/// Fields by the sequence of their section.
+/// Collects fields by the sequence of their section.
 struct Sections {
     std::map<int, std::vector<LayoutMetadata>> result;
     void openSection(const LayoutMetadata& first) { result[first.sectionSequence]; }
     void add(LayoutMetadata row) { result[row.sectionSequence].push_back(std::move(row)); }
 };
 
-/// Every layout as its rows are collected by `List`. Sections are told apart by their sequence alone.
+/// Collects the rows of every layout with a `List`. Sections are distinguished by their sequence alone.
 template <class List>
 auto collected(std::optional<Manager::LayoutRows> layouts) {
     std::optional<std::map<std::string, decltype(List::result)>> shapes;
@@ -70,7 +70,7 @@ std::optional<Manager::SectionedLayouts> GetLayoutMetadataDataManager::getSectio
     return collected<Sections>(getLayoutMetadata(moduleName, fieldList, mode));
 }
 
-// All such fields share one list, which is read when there is a field that needs it.
+// All such fields share one list, which is read only if some field needs it.
 void GetLayoutMetadataDataManager::fillUsers(LayoutRows& layouts) const {
     std::optional<LayoutMetadata::LookupData::OwnerLookup> users;
     for (auto& [id, rows] : layouts)

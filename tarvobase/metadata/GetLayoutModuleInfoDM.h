@@ -11,18 +11,18 @@
 
 namespace tarvo {
 
-/// Reads modules as `GetModuleInfoDataManager` does, with their layouts as fields in order. Blocks its caller; from any
-/// thread.
+/// Reads modules as `GetModuleInfoDataManager` does, with their layouts as ordered fields. Blocks its caller; may be
+/// called from any thread.
 class GetLayoutModuleInfoDM final : public platform::Object {
 public:
     using Info = LayoutModuleInfo<OrderedLayoutFieldList>;
-    /// An entry a name that was asked for; `notFound` for one that is no module, or has no fields or no layouts.
+    /// Holds one entry per requested name: `notFound` if it is not a module, or has no fields or no layouts.
     using Infos = std::map<std::string, Result<Info, MetadataError>>;
 
     GetLayoutModuleInfoDM(std::shared_ptr<GetModuleInfoDataManager> getModuleInfoDM,
                           std::shared_ptr<GetLayoutInfoDM<OrderedLayoutFieldList>> getLayoutInfoDM)
         : getModuleInfoDM(std::move(getModuleInfoDM)), getLayoutInfoDM(std::move(getLayoutInfoDM)) {}
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     static std::shared_ptr<GetLayoutModuleInfoDM> make();
 
     const std::shared_ptr<GetModuleInfoDataManager> getModuleInfoDM;

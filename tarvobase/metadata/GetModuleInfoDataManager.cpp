@@ -61,7 +61,7 @@ void GetModuleInfoDataManager::getmoduleInfo(const std::function<void(const Modu
     callback(modules ? getModuleInfos(*modules) : ModuleInfos());
 }
 
-// A name given twice is asked for once, so that memory can answer it.
+// A name that is given twice is requested once, so that memory can answer it.
 template <class AskModules>
 ModuleInfos GetModuleInfoDataManager::namedInfos(const std::vector<std::string>& names, std::string Module::*key,
                                                  AskModules ask) const {

@@ -20,13 +20,14 @@ class DatabaseAdapter;
 class InMemoryDatabaseAdapter;
 class UserDefaultsProtocol;
 
-/// Reads modules with their fields, permissions and settings. A module without fields cannot be told; one without
-/// permissions or settings has empty lists. However many modules are asked for, it takes one query each for modules,
-/// permissions, fields, picklists and settings, fewer where memory knows. Blocks its caller; from any thread.
+/// Reads modules with their fields, permissions and settings. A module without fields is not found; a module without
+/// permissions or settings has empty lists. A call takes one query each for modules, permissions, fields, picklists and
+/// settings, however many modules it names, and fewer if memory holds them. Blocks its caller; may be called from any
+/// thread.
 class GetModuleInfoDataManager final : public platform::Object {
 public:
     using ModuleInfoResult = Result<ModuleInfo, MetadataError>;
-    /// An entry a name that was asked for; `notFound` for one that is no module or cannot be told.
+    /// Holds one entry per requested name: `notFound` if it is not a module or has no fields.
     using ModuleInfos = std::map<std::string, ModuleInfoResult>;
 
     struct Stores {
@@ -41,11 +42,12 @@ public:
 
     ModuleInfoResult getModuleInfo(const std::string& moduleName) const;
     ModuleInfos getModuleInfosByModuleNames(const std::vector<std::string>& moduleNames) const;
-    /// By API name.
+    /// The result is keyed by API name.
     ModuleInfos getModuleInfosByModuleApiNames(const std::vector<std::string>& moduleApiNames) const;
-    /// By module name.
+    /// The result is keyed by module name.
     ModuleInfos getModuleInfos(const std::vector<Module>& modules) const;
-    /// All modules of the account by module name, told before it returns; empty when modules cannot be read.
+    /// Passes all modules of the account to `callback`, keyed by module name, before it returns. The map is empty if
+    /// modules cannot be read.
     void getmoduleInfo(const std::function<void(const ModuleInfos&)>& callback) const;
 
 private:
@@ -54,16 +56,16 @@ private:
     ModuleInfos namedInfos(const std::vector<std::string>& names, std::string Module::*key, AskModules ask) const;
 };
 
-/// Build it over the tables of an adapter with memory in front of modules and settings.
+/// Builds a `GetModuleInfoDataManager` over the tables of an adapter, with memory in front of modules and settings.
 struct GetModuleInfoDMA {
-    /// Nothing of it is kept in the settings store at present.
+    /// `userDefaults` is not used at present.
     static std::shared_ptr<GetModuleInfoDataManager> getModuleInfoDM(
         std::shared_ptr<DatabaseAdapter> databaseAdapter,
         std::shared_ptr<InMemoryDatabaseAdapter> inMemoryDatabaseAdapter,
         std::shared_ptr<UserDefaultsProtocol> userDefaults = nullptr);
 };
 struct GetModuleInfoAssembler {
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     static std::shared_ptr<GetModuleInfoDataManager> getModuleInfoDM();
 };
 

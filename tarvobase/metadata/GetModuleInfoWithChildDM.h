@@ -11,12 +11,12 @@
 
 namespace tarvo {
 
-/// API names of the modules behind the subform fields, each once; a field that does not say its module has none. Absent
-/// without subform fields.
+/// Returns the API names of the modules behind the subform fields, each once. A field that does not name its module is
+/// skipped. Returns nullopt if there are no subform fields.
 std::optional<std::vector<std::string>> childApiNames(const FieldList& fields);
 
-/// Each info with those of its subforms' modules. The children of all are asked for at once: `ask(apiNames)` gives them
-/// by API name. A child that cannot be told is left out.
+/// Joins each info with the infos of its subforms' modules. The children of all infos are read at once:
+/// `ask(apiNames)` returns them by API name. A child that is not found is left out.
 template <class WithChild, class Info, class Ask>
 std::map<std::string, Result<WithChild, MetadataError>> withChildren(
     std::map<std::string, Result<Info, MetadataError>> infos, Ask ask) {
@@ -44,10 +44,10 @@ std::map<std::string, Result<WithChild, MetadataError>> withChildren(
     return joined;
 }
 
-/// Reads modules with the modules of their subforms. Blocks its caller; from any thread.
+/// Reads modules with the modules of their subforms. Blocks its caller; may be called from any thread.
 class GetModuleInfoWithChildDM final : public platform::Object {
 public:
-    /// An entry a name that was asked for; `notFound` for one that is no module or cannot be told.
+    /// Holds one entry per requested name: `notFound` if it is not a module or has no fields.
     using Infos = std::map<std::string, Result<ModuleInfoWithChild, MetadataError>>;
 
     explicit GetModuleInfoWithChildDM(std::shared_ptr<GetModuleInfoDataManager> getModuleInfoDM)
@@ -58,11 +58,11 @@ public:
     Infos getModuleInfos(const std::vector<std::string>& moduleNames) const;
 };
 
-/// The same with layouts. Blocks its caller; from any thread.
+/// Reads modules with the modules of their subforms and with layouts. Blocks its caller; may be called from any thread.
 class GetLayoutModuleInfoWithChildDM final : public platform::Object {
 public:
     using Info = LayoutModuleInfoWithChild<OrderedLayoutFieldList>;
-    /// An entry a name that was asked for; `notFound` for one that is no module, or has no fields or no layouts.
+    /// Holds one entry per requested name: `notFound` if it is not a module, or has no fields or no layouts.
     using Infos = std::map<std::string, Result<Info, MetadataError>>;
 
     explicit GetLayoutModuleInfoWithChildDM(std::shared_ptr<GetLayoutModuleInfoDM> getLayoutModuleInfoDM)
@@ -70,18 +70,18 @@ public:
 
     const std::shared_ptr<GetLayoutModuleInfoDM> getLayoutModuleInfoDM;
 
-    /// A mode leaves out of the layouts, also of the children's, the fields that it does not show.
+    /// A mode leaves the fields that it does not show out of all layouts, those of the children included.
     Infos getModuleInfos(const std::vector<std::string>& moduleNames, std::optional<DisplayMode> mode) const;
 };
 
-/// Build it over the tables of an adapter with memory in front of modules and settings.
+/// Builds a `GetModuleInfoWithChildDM` over the tables of an adapter, with memory in front of modules and settings.
 struct GetModuleInfoWithChildDMA {
     static std::shared_ptr<GetModuleInfoWithChildDM> getModuleInfoWithChildDM(
         std::shared_ptr<DatabaseAdapter> databaseAdapter,
         std::shared_ptr<InMemoryDatabaseAdapter> inMemoryDatabaseAdapter);
 };
 struct GetModuleInfoWithChildAssembler {
-    /// Over the database that is open at this moment.
+    /// Uses the database that is open at this moment.
     static std::shared_ptr<GetModuleInfoWithChildDM> getModuleInfoWithChildDM();
 };
 

@@ -13,14 +13,14 @@
 #include "tarvobase/value_objects/module/Module.h"
 #include "tarvobase/value_objects/module/ModulePermission.h"
 
-/// A module with what screens and record logic need to know of it, in four forms: alone, with its subforms' modules,
-/// with its layouts, with both.
+/// A module with all that screens and record logic need to know about it, in four forms: alone, with the modules of its
+/// subforms, with its layouts, and with both.
 namespace tarvo {
 
 class SettingsPersistanceDelegate;
 class ModulesPersistanceDelegate;
 
-/// What every form has.
+/// The members of every form.
 struct ModuleInfo {
     Module module;
     FieldList metadata;
@@ -29,11 +29,11 @@ struct ModuleInfo {
 
     const std::string& moduleName() const { return module.moduleName; }
     const std::string& moduleApi() const { return module.apiName; }
-    /// Whether the user may make records of the module.
+    /// Returns whether the user may create records of the module.
     bool hasCreatePermission() const { return permission.hasPermission(PermissionKeys::create); }
 
-    /// The info of a module whose fields are at hand; `notFound` when there is no such module. Permissions are read
-    /// from the database that is open.
+    /// Builds the info of a module whose fields are already read. Returns `notFound` if there is no such module.
+    /// Permissions are read from the database that is open.
     static Result<ModuleInfo, MetadataError> createModuleInfo(const std::string& moduleName, FieldList metadata,
                                                               ModulesPersistanceDelegate& modulePersistence,
                                                               SettingsPersistanceDelegate& settingPersistence);
@@ -44,7 +44,7 @@ struct ModuleInfo {
     }
 };
 
-/// What code that asks for a module's info in any form relies on.
+/// The interface for code that takes a module's info in any form.
 using ModuleInfoContract = ModuleInfo;
 
 /// The modules behind a module's subform fields, by module name.
@@ -62,12 +62,12 @@ struct ChildModuleInfo {
     static constexpr auto fields() { return describe(field("moduleMap", &ChildModuleInfo::moduleMap)); }
 };
 
-/// What a form holds of children.
+/// The children in a form that has them.
 template <class T>
 struct ChildInfoContract {
     std::optional<ChildModuleInfo<T>> childModules;  ///< absent for a module without subform fields
 
-    /// The info of a child, or null. Valid as long as this value.
+    /// Returns the info of a child, or null. The pointer is valid as long as this value.
     const T* getModuleInfo(const std::string& moduleName) const {
         if (!childModules) return nullptr;
         auto found = childModules->moduleMap.find(moduleName);
@@ -86,7 +86,7 @@ template <class T>
 struct LayoutModuleInfo : ModuleInfo {
     LayoutInfo<T> layoutInfo;
 
-    /// A layout of this module, or null. Valid as long as this value.
+    /// Returns a layout of this module, or null. The pointer is valid as long as this value.
     const Layout<T>* getLayout(const std::string& withID, const std::string& inModule) const {
         return inModule == moduleName() ? layoutInfo.getLayout(withID) : nullptr;
     }
@@ -97,7 +97,7 @@ struct LayoutModuleInfo : ModuleInfo {
 
 template <class T>
 struct LayoutModuleInfoWithChild : LayoutModuleInfo<T>, ChildInfoContract<LayoutModuleInfo<T>> {
-    /// A layout of this module or of a child, or null. Valid as long as this value.
+    /// Returns a layout of this module or of a child, or null. The pointer is valid as long as this value.
     const Layout<T>* getLayout(const std::string& withID, const std::string& inModule) const {
         if (auto child = this->getModuleInfo(inModule)) return child->getLayout(withID, inModule);
         return LayoutModuleInfo<T>::getLayout(withID, inModule);

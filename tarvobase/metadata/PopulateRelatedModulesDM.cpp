@@ -33,7 +33,7 @@ void PopulateRelatedModulesDM::populateLookupColumn() {
     for (auto& field : *lookups)
         if (field.lookupModule == anyModule)
             lists->setLookupColumnByRelatedModuleName(field.moduleName, field.fieldIdentifier(naming));
-    // Attachments have such a column, and no field of theirs says so.
+    // Attachments have such a column, but no field of the module describes it.
     lists->setLookupColumnByRelatedModuleName("Attachments", std::string(naming.constant->seid));
     for (auto& field : *lookups)
         if (!field.relatedListID.empty())

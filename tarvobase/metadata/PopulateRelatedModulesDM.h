@@ -12,12 +12,12 @@ public:
     virtual void populateLookupColumn() = 0;
 };
 
-/// Finds for each related list the column of its module that points to the parent, which the server does not send, from
-/// the lookup fields that are stored. Run after a download of metadata. Blocks until it is done; from any thread.
-/// Without a database, or without lookup fields, nothing happens.
+/// Sets for each related list the column of its module that points to the parent. The server does not send that column,
+/// so it is derived from the stored lookup fields. Runs after a download of metadata. Blocks until it is done; may be
+/// called from any thread. Does nothing without a database or without lookup fields.
 class PopulateRelatedModulesDM final : public PopulateRelatedModulesDMP {
 public:
-    /// A store that is absent is made when it is needed, over the database that is open then.
+    /// A store that is null is made when it is needed, over the database that is open then.
     explicit PopulateRelatedModulesDM(std::shared_ptr<ModuleRelatedListPersistanceDelegate> relatedListDAO = nullptr,
                                       std::shared_ptr<FieldMetadataPersistanceDelegate> fieldDAO = nullptr)
         : relatedListDAO_(std::move(relatedListDAO)), fieldDAO_(std::move(fieldDAO)) {}

@@ -69,7 +69,7 @@ std::vector<std::string> SettingsList::columns(SettingName key, bool isDefault) 
     return columns;
 }
 
-// The order of names is stored as its two halves joined with ",": the first of them leads.
+// The order of names is stored as two parts joined with ","; the first part comes first in the name.
 bool SettingsList::isFirstNameAhead(SettingName key) const {
     auto halves = columns(key, false);
     return !halves.empty() && halves.front() == SettingsConstants::FirstNameKey;

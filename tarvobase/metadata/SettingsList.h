@@ -12,28 +12,29 @@ namespace tarvo {
 class FieldList;
 struct FieldMetadata;
 
-/// The settings of one module, or of the application. A setting's value is what the user has chosen.
+/// The settings of one module, or of the application. A setting's value is the user's choice.
 struct SettingsList {
     std::vector<Settings> settingsList;
 
-    /// The first setting with this key, or null. Valid as long as the list.
+    /// Returns the first setting with this key, or null. The pointer is valid as long as the list.
     const Settings* getSetting(SettingName key) const;
 
-    /// Columns of the module's list, by identifier, in their order; empty without the setting.
+    /// Returns the identifiers of the columns of the module's list, in their order. Empty without the setting.
     std::vector<std::string> getDisplayCrmColumns() const;
-    /// The same as the server gave them, before the user's choice.
+    /// Returns the columns that the server gave, before the user's choice.
     std::vector<std::string> getDefaultDisplayCrmColumns() const;
     std::vector<std::string> getSearchCrmColumns() const;
 
     std::optional<SortField> getPrimarySortField() const;
-    /// Those of group, primary and secondary sort that are set, in this order.
+    /// Returns the group, primary and secondary sort in this order, as far as they are set.
     std::vector<SortField> getSortColumns() const;
 
-    /// Whether names are sorted, or shown, with the first name ahead of the last. False without the setting.
+    /// Return whether names are sorted, or shown, with the first name before the last. False without the setting.
     bool isSortByFirstNameLastName() const;
     bool isDisplayFirstNameLastName() const;
 
-    /// Labels of the search or display columns, or of the server's default ones. A column without a field is left out.
+    /// Return the labels of the user's columns, or of the server's default ones if `isDefault`. A column without a
+    /// field is left out.
     std::vector<std::string> getSearchFieldLabels(const FieldList& fields, bool isDefault) const;
     std::vector<std::string> getDisplayFieldLabels(const FieldList& fields, bool isDefault) const;
     std::vector<FieldMetadata> getDisplayFieldsMetadata(const FieldList& fields) const;

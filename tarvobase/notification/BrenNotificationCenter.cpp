@@ -29,18 +29,19 @@ void BrenNotificationCenter::removeEntry(std::type_index topic, Identity identit
 }
 
 void BrenNotificationCenter::notifyEach(std::type_index topic, bool onMainThread, std::function<void(void*)> callback) {
-    // Locked observers are let go after the queue is left: the last reference may end an object that signs off here.
+    // Locked observers are released after leaving the queue, because the last reference may end an object that
+    // unregisters here.
     std::vector<std::shared_ptr<platform::Object>> keptAlive;
     auto call = std::make_shared<const std::function<void(void*)>>(std::move(callback));
     auto post = [&](Identity identity, const BrenObserver& entry) {
         auto item = [state = state_, topic, identity, entry, call] {
             auto observer = entry.observer.lock();
             if (!observer) return;
-            bool stands = state->serialQueue->sync([&] {
+            bool isRegistered = state->serialQueue->sync([&] {
                 auto found = state->observers.find(topic);
                 return found != state->observers.end() && found->second.contains(identity);
             });
-            if (stands) (*call)(entry.topicAddress);
+            if (isRegistered) (*call)(entry.topicAddress);
         };
         (onMainThread ? std::static_pointer_cast<DispatchQueue>(MainQueue::shared()) : postNotificationQueue_)
             ->async(std::move(item));

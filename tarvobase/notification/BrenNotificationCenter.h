@@ -11,13 +11,13 @@
 
 namespace tarvo {
 
-/// The program's notices: an interface type is the topic, and every object registered under it hears each notice.
-/// Observers are held weakly; none has to sign off before it dies.
+/// The bus of the program's notices. An interface type is the topic, and every object that is registered under it gets
+/// each notice. Observers are held weakly, and none has to unregister before it dies.
 ///
-/// `notify` has finished its walk over the observers when it returns; the callbacks run later, on the main queue or on
-/// the bus's background queue, in no fixed order among observers. Right before its callback an observer's registration
-/// is looked at again: one that was removed, or is gone, hears nothing. A callback may add and remove. The order of two
-/// notices to one observer on the background queue is that of the two calls of `notify`.
+/// `notify` has finished its walk over the observers when it returns. The callbacks run later, on the main queue or on
+/// the bus's background queue, in no fixed order among observers. An observer's registration is checked again right
+/// before its callback, so an observer that was removed or has died gets none. A callback may add and remove observers.
+/// On the background queue one observer gets two notices in the order of the two calls of `notify`.
 class BrenNotificationCenter {
 public:
     static BrenNotificationCenter& shared();
@@ -25,7 +25,7 @@ public:
     BrenNotificationCenter();
     explicit BrenNotificationCenter(std::shared_ptr<DispatchQueue> postNotificationQueue);
 
-    /// Registers an object under a topic; a second time changes nothing.
+    /// Registers an object under a topic. Registering it again changes nothing.
     template <class Topic>
     void add(const std::shared_ptr<Topic>& observer) {
         addEntry(typeid(Topic), {observer, observer.get()});
@@ -34,20 +34,20 @@ public:
     void remove(const std::shared_ptr<Topic>& observer) {
         removeEntry(typeid(Topic), identity(observer.get()));
     }
-    /// For an object that signs off in its destructor, where no `shared_ptr` to it exists any more.
+    /// Unregisters an object in its destructor, where no `shared_ptr` to it exists any more.
     template <class Topic>
     void remove(const Topic* observer) {
         removeEntry(typeid(Topic), identity(observer));
     }
 
-    /// Has `callback` called once for each live observer of the topic.
+    /// Calls `callback` once for each live observer of the topic.
     template <class Topic>
     void notify(bool onMainThread, std::function<void(Topic&)> callback) {
         notifyEach(typeid(Topic), onMainThread,
                    [callback = std::move(callback)](void* observer) { callback(*static_cast<Topic*>(observer)); });
     }
 
-    /// Observers registered under a topic, gone ones included until the next `notify`.
+    /// Returns how many observers are registered under a topic, dead ones included until the next `notify`.
     template <class Topic>
     std::size_t count() const {
         return countEntries(typeid(Topic));
@@ -67,7 +67,7 @@ private:
     void notifyEach(std::type_index topic, bool onMainThread, std::function<void(void*)> callback);
     std::size_t countEntries(std::type_index topic) const;
 
-    // A notice under way outlives the center, so the registrations live beside it.
+    // A pending notice may outlive the center, so the registrations are shared with it.
     struct State {
         std::shared_ptr<DispatchQueue> serialQueue = DispatchQueue::serial("nimbra.kelvan.mail");
         std::unordered_map<std::type_index, Observers> observers;

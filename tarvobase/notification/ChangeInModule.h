@@ -4,7 +4,7 @@
 
 namespace tarvo {
 
-/// What changed in a module.
+/// The kind of change in a module.
 enum class ChangeInModule { ModulePermissionChanged, ModuleNameChanged, ModuleLayoutChanged, ModuleFieldsChanged };
 template <>
 struct EnumCases<ChangeInModule> {

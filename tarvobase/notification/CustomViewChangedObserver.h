@@ -7,7 +7,7 @@
 
 namespace tarvo {
 
-/// Topic of the notices that views of a module were stored. On the background queue of the bus.
+/// The topic for views of a module that were stored. Callbacks run on the background queue of the bus.
 class CustomViewChangedObserver : public virtual platform::Object {
 public:
     virtual void customViewChanged(const std::vector<std::string>& viewIDs, const std::string& moduleName) {

@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// Topic of the notice that the first download of an account is complete. On the main queue.
+/// The topic for the completion of an account's first download. Callbacks run on the main queue.
 class InitialProcessComplete : public virtual platform::Object {
 public:
     virtual void initialProcessComplete(const std::string& userId) { static_cast<void>(userId); }

@@ -8,7 +8,7 @@
 
 namespace tarvo {
 
-/// Hears which records of a module changed in the local database. Every operation is empty unless overridden.
+/// The topic for records of a module that changed in the local database. Every operation is empty unless overridden.
 class RecordChangedObserver : public virtual platform::Object {
 public:
     struct RecordId {
@@ -27,7 +27,7 @@ public:
     virtual void recordUpdated(const std::string& moduleName, const RecordIds& recordIds) {
         static_cast<void>(moduleName), static_cast<void>(recordIds);
     }
-    /// A record that got its id from the server.
+    /// A record got its id from the server.
     virtual void recordUpdated(const std::string& moduleName, const std::string& oldRecordID,
                                const std::string& newRecordID) {
         static_cast<void>(moduleName), static_cast<void>(oldRecordID), static_cast<void>(newRecordID);

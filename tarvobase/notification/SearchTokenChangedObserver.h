@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// Topic of the notices that the results of a search in a module may have changed. On the main queue.
+/// The topic for searches in a module whose results may have changed. Callbacks run on the main queue.
 class SearchTokenChangedObserver : public virtual platform::Object {
 public:
     virtual void searchTokenChanged(const std::string& moduleName) { static_cast<void>(moduleName); }

@@ -10,14 +10,14 @@
 namespace tarvo {
 
 struct MetadataNetworkParams {
-    std::string profile;  ///< id of the user's profile, which decides what the user sees of a module
+    std::string profile;  ///< id of the user's profile, which decides which parts of a module the user sees
     std::vector<Module> modules;
 };
 
 /// Asks the server for the metadata of modules.
 class MetadataNSP : public virtual platform::Object {
 public:
-    /// Calls back exactly once, on the network queue, unless the service is let go before.
+    /// Calls back exactly once, on the network queue, unless the service is released before that.
     virtual void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) = 0;
 };
 

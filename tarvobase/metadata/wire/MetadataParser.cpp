@@ -14,7 +14,8 @@ void readInto(const Value& section, const SectionContext& context, ParsedMetadat
     into.*Member = read(section, context);
 }
 
-/// The sections by their place. The one without a reader belongs to older clients; further ones to newer.
+/// The readers of the sections by position. The section without a reader is for older clients; further sections are for
+/// newer ones.
 constexpr SectionReader readers[] = {
     readInto<&ParsedMetadata::relatedList, metadata_sections::relatedLists>,
     readInto<&ParsedMetadata::layouts, metadata_sections::layouts>,

@@ -5,8 +5,8 @@
 
 namespace tarvo {
 
-/// Reads a metadata answer: an entry a module, its data a list of sections by position. An entry that is refused fails
-/// as a whole; of an entry that came, each section has its own result.
+/// Reads a metadata answer. It has one entry per module, whose data is a list of sections by position. An entry that
+/// the server refused fails as a whole. In any other entry each section has its own result.
 class MetadataParser final : public ParserProtocol<ParsedMetadataDetail, ParsedMetadataInfo> {
 public:
     Result<ParsedMetadataDetail, ParserError> parseResult(const ValueList& sections,

@@ -11,7 +11,7 @@ namespace {
 
 using Case = ParserError::Case;
 
-/// How the rows of a section are read: the columns that they have at least, and one row's value.
+/// How the rows of a section are read: the minimum number of columns, and the function that reads one row.
 template <class T>
 struct RowFormat {
     std::size_t columns;
@@ -38,7 +38,7 @@ RowSection<T> readRows(const Value& section, const RowFormat<T>& format, const S
     return rows;
 }
 
-/// The rows of a section that stands or falls as a whole.
+/// Reads the rows of a section that fails as a whole if one row fails.
 template <class T>
 ParsedMetadata::Section<std::vector<T>> readWhole(const Value& section, const RowFormat<T>& format,
                                                   const SectionContext& context) {
@@ -53,7 +53,7 @@ ParsedMetadata::Section<std::vector<T>> readWhole(const Value& section, const Ro
     return values;
 }
 
-/// A row that is a value as it stands.
+/// Reads a row whose columns are exactly the members of the value.
 template <class T>
 T filled(PositionalRow& row, const SectionContext&) {
     T value;
@@ -81,8 +81,8 @@ FieldDataType fieldTypeOf(const std::string& text) {
     return FieldDataType::unknown;
 }
 
-/// The extra options of a field: a map as it is, or the modules of a lookup as a list. Anything else costs the options,
-/// not the field.
+/// Returns the extra options of a field: a map as it is, or the modules of a lookup as a list. Anything else loses the
+/// options but not the field.
 ValueMap displayPrefsOf(const Value& column, const SectionContext& context) {
     if (auto map = column.asMap()) return *map;
     auto list = column.asList();
@@ -98,7 +98,7 @@ FieldMetadata fieldOf(PositionalRow& row, const SectionContext& context) {
     return field;
 }
 
-/// A setting as the server gives it: the user has not chosen yet.
+/// Makes a setting as the server gives it, before any choice of the user.
 Settings settingOf(const SectionContext& context, SettingName key, const std::string& value) {
     return {.moduleName = context.moduleName,
             .settingsKey = key,

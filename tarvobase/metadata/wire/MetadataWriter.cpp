@@ -15,30 +15,31 @@ std::vector<std::string> statementsOf(const std::vector<InfoTable>& tables) {
     return statements;
 }
 
-/// The table of all activities joins those of three modules, and each of them brings the column along.
+/// Removes repeated tag columns. The table of all activities joins the columns of three modules, and each module
+/// contributes one.
 void keepFirstTagColumn(std::string& statement) {
     constexpr std::string_view column = " , Tag TEXT COLLATE NOCASE";
     auto first = statement.find(column);
     if (first == std::string::npos) return;
-    auto behind = first + column.size();
-    for (auto next = statement.find(column, behind); next != std::string::npos; next = statement.find(column, behind))
+    auto rest = first + column.size();
+    for (auto next = statement.find(column, rest); next != std::string::npos; next = statement.find(column, rest))
         statement.erase(next, column.size());
 }
 
-/// Says what of a section was left out, once a section.
+/// Logs what was left out of a section, once per section.
 class SectionLog {
 public:
     SectionLog(const std::string& module, std::string_view section) : module_(module), section_(section) {}
     void failed(const ParserError& error) const {
-        // Absent is no failure: servers leave out what a module does not have.
-        if (error.which() != ParserError::Case::noData) say("left out: " + error.logText());
+        // An absent section is not a failure: servers leave out what a module does not have.
+        if (error.which() != ParserError::Case::noData) log("left out: " + error.logText());
     }
     void rowsFailed(std::size_t count, const ParserError& first) const {
-        say(std::to_string(count) + " rows left out, the first: " + first.logText());
+        log(std::to_string(count) + " rows left out, the first: " + first.logText());
     }
 
 private:
-    void say(const std::string& what) const {
+    void log(const std::string& what) const {
         platform::log(platform::LogLevel::warning, "metadata",
                       "metadata of " + module_ + ", " + std::string(section_) + ": " + what);
     }
@@ -52,7 +53,7 @@ void storeSection(const ParsedMetadata::Section<std::vector<T>>& section, const 
     if (!section->empty()) store(*section);
 }
 
-/// The rows that parsed.
+/// Stores the rows that could be read.
 template <class T, class Store>
 void storeSection(const ParsedMetadata::Section<ParsedMetadata::RowResults<T>>& section, const SectionLog& log,
                   Store&& store) {

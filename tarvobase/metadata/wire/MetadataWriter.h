@@ -15,9 +15,9 @@
 
 namespace tarvo {
 
-/// Stores what a metadata answer says of a module, and creates the module's record tables. A section that failed is
-/// left out, and so is a row that did; the log says how many. Rows take the place of those of the same key, and none is
-/// deleted. Blocks until all is stored; from any thread.
+/// Stores a metadata answer about a module, and creates the module's record tables. Sections and rows that failed are
+/// left out, and the log says how many. A row replaces the row of the same key, and no row is deleted. Blocks until all
+/// is stored; may be called from any thread.
 class MetadataWriter {
 public:
     struct Persistance {
@@ -27,18 +27,18 @@ public:
         std::shared_ptr<PicklistMetadataPersistanceDelegate> picklistDAO;
         std::shared_ptr<SettingsPersistanceDelegate> settingDAO;
         std::shared_ptr<FieldMetadataPersistanceDelegate> fieldsDAO;
-        /// Where the record tables are.
+        /// The database with the record tables.
         std::shared_ptr<DatabaseAdapter> dbAdapter;
-        /// Where the statements are kept: the store that outlives a change of persistence mode, so that the record
-        /// tables can be created again elsewhere.
+        /// The database that keeps the statements. It outlives a change of persistence mode, so that the record tables
+        /// can be created again elsewhere.
         std::shared_ptr<DatabaseAdapter> secondaryDbAdapter;
     };
     explicit MetadataWriter(Persistance persistance) : persistance_(std::move(persistance)) {}
 
     void store(const ParsedMetadataDetail& detail) const;
 
-    /// Runs the statements and keeps them with the module, joined by "|". A statement that fails is logged by the
-    /// adapter and kept all the same. Without a statement, those that are kept stay.
+    /// Runs the statements and stores them with the module, joined by "|". A statement that fails is logged by the
+    /// adapter and stored nevertheless. An empty list leaves the stored statements as they are.
     void parsedTableCreationCommands(std::vector<std::string> statements, const std::string& module) const;
 
 private:

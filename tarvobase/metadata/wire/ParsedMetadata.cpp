@@ -4,7 +4,7 @@ namespace tarvo {
 
 namespace {
 
-/// A key that the whole is of no use without.
+/// Reads a required key. The whole value fails without it.
 void require(InfoReader& reader, std::string_view key, std::string& into) {
     std::optional<std::string> text;
     reader.read(key, text);

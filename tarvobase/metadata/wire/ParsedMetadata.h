@@ -13,13 +13,13 @@
 #include "tarvobase/value_objects/module/RelatedList.h"
 #include "tarvobase/value_objects/module/Settings.h"
 
-/// What one entry of a metadata answer holds.
+/// The contents of one entry of a metadata answer.
 namespace tarvo {
 
 /// The statements that create the tables of one module.
 struct InfoTable {
     std::string moduleName;
-    std::string table;  ///< of the records themselves
+    std::string table;  ///< creates the table of the records themselves
     std::optional<std::string> cvTable;
     std::optional<std::string> rlTable;
     std::optional<std::string> lookupTable;
@@ -27,8 +27,8 @@ struct InfoTable {
     void readFrom(InfoReader& reader);
 };
 
-/// The header of an entry. Without a module, or with a table that lacks its module or statement, it is unusable: nobody
-/// could say what the rows belong to. Times are milliseconds since 1970 by the server's clock, 0 when it does not tell.
+/// The header of an entry. It is unusable without a module, or with a table that lacks its module or statement, because
+/// the rows could not be assigned. Times are milliseconds since 1970 by the server's clock, 0 if the server sends none.
 struct ParsedMetadataInfo {
     std::string moduleName;
     std::uint64_t serverTime = 0;
@@ -49,8 +49,8 @@ struct ParsedPermissionInfo {
     void readFrom(InfoReader& reader);
 };
 
-/// The sections of an entry. Each stands by itself: a section that is missing (`noData`), or that cannot be read,
-/// leaves the others usable. Where a section holds results, so does each of its rows.
+/// The sections of an entry. A section that is missing (`noData`) or that cannot be read leaves the others usable. In a
+/// section of row results each row may fail by itself.
 struct ParsedMetadata {
     template <class T>
     using Section = Result<T, ParserError>;
