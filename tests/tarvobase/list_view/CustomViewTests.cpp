@@ -94,13 +94,13 @@ TEST_F(CustomViewTest, ViewsAreFoundByWhatTheyAre) {
     views->removeCustomViews({"Leads", "Deals"});
     EXPECT_EQ(idsOf(views->getCustomViews("Leads")), "");
     EXPECT_EQ(idsOf(views->getCustomViews("Contacts")), "6 7");
-    // Without a database reads are absent and writes do nothing.
+    // Without a database reads return nullopt and writes do nothing.
     CustomViewInDatabase nowhere(nullptr);
     nowhere.storeCustomView(all);
     EXPECT_EQ(idsOf(nowhere.getCustomViews("Leads")), "absent");
 }
 
-TEST_F(CustomViewTest, OfEqualIdsAListKeepsTheLast) {
+TEST_F(CustomViewTest, AListKeepsTheLastOfEqualIds) {
     CustomViewList list({view("Leads", "1", "first"), view("Leads", "2", "b", true), view("Leads", "1", "last")});
     EXPECT_EQ(list.cvList.size(), 2u);
     EXPECT_EQ(list["1"]->viewName, "last");
@@ -111,21 +111,23 @@ TEST_F(CustomViewTest, OfEqualIdsAListKeepsTheLast) {
 
 class Delegate final : public GetCustomViewsUseCaseDelegate {
 public:
-    void sortFieldUpdated(const std::string& id, const std::string&) override { told.push_back("sort " + id); }
+    void sortFieldUpdated(const std::string& id, const std::string&) override { answers.push_back("sort " + id); }
     void customViews(const std::optional<CustomViews>& views, const std::string& module) override {
-        told.push_back(module + " " + idsOf(views));
+        answers.push_back(module + " " + idsOf(views));
     }
     void customView(const std::optional<CustomView>& view, const std::string& id, const std::string&) override {
-        told.push_back(id + " " + idOf(view));
+        answers.push_back(id + " " + idOf(view));
     }
     void allViewCustomView(const std::optional<CustomView>& view, const std::string&) override {
-        told.push_back("all " + idOf(view));
+        answers.push_back("all " + idOf(view));
     }
-    void defaultFieldUpdated(const std::string& id, const std::string&) override { told.push_back("default is " + id); }
+    void defaultFieldUpdated(const std::string& id, const std::string&) override {
+        answers.push_back("default is " + id);
+    }
     void defaultCustomView(const std::optional<CustomView>& view, const std::string&) override {
-        told.push_back("default " + idOf(view));
+        answers.push_back("default " + idOf(view));
     }
-    std::vector<std::string> told;
+    std::vector<std::string> answers;
 };
 
 class Observer final : public CVObserver {
@@ -134,36 +136,42 @@ public:
     std::string changed;
 };
 
-TEST_F(CustomViewTest, TheUseCaseTellsItsDelegateAndObserversOfChanges) {
+TEST_F(CustomViewTest, TheUseCaseAnswersItsDelegate) {
     auto delegate = std::make_shared<Delegate>();
+    auto useCase = std::make_shared<GetCustomViewsUseCase>();
+    useCase->delegate = delegate;
+    auto takeAnswers = [&] {
+        settle();
+        return text::join(std::exchange(delegate->answers, {}), ", ");
+    };
+    useCase->getDefaultCustomView("Leads");
+    EXPECT_EQ(takeAnswers(), "default none");
+    table()->storeCustomView({view("Leads", "1", "All Open Leads"), view("Leads", "2")});
+    useCase->getCustomViews("Leads");
+    EXPECT_EQ(takeAnswers(), "Leads 1 2");
+    useCase->getCustomView("2", "Leads");
+    EXPECT_EQ(takeAnswers(), "2 2");
+    useCase->getAllViewCustomView("Leads");
+    EXPECT_EQ(takeAnswers(), "all 1");
+    // Without a default the first view is used.
+    useCase->getDefaultCustomView("Leads");
+    EXPECT_EQ(takeAnswers(), "default 1");
+    useCase->setAsDefaultCustomView("2", "Leads");
+    EXPECT_EQ(takeAnswers(), "default is 2");
+}
+
+TEST_F(CustomViewTest, ANewDefaultReplacesTheOldOneAndNotifiesObservers) {
+    table()->storeCustomView({view("Leads", "1", "All Open Leads"), view("Leads", "2")});
     auto observer = std::make_shared<Observer>();
     BrenNotificationCenter::shared().add<CVObserver>(observer);
     auto useCase = std::make_shared<GetCustomViewsUseCase>();
-    useCase->delegate = delegate;
-    auto told = [&] {
-        settle();
-        return text::join(std::exchange(delegate->told, {}), ", ");
-    };
-    useCase->getDefaultCustomView("Leads");
-    EXPECT_EQ(told(), "default none");
-    table()->storeCustomView({view("Leads", "1", "All Open Leads"), view("Leads", "2")});
-    useCase->getCustomViews("Leads");
-    EXPECT_EQ(told(), "Leads 1 2");
-    useCase->getCustomView("2", "Leads");
-    EXPECT_EQ(told(), "2 2");
-    useCase->getAllViewCustomView("Leads");
-    EXPECT_EQ(told(), "all 1");
-    // Without a default the first one stands in.
-    useCase->getDefaultCustomView("Leads");
-    EXPECT_EQ(told(), "default 1");
-
     platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(1700000000)));
-    EXPECT_EQ(observer->changed, "");
     useCase->setAsDefaultCustomView("2", "Leads");
-    EXPECT_EQ(told(), "default is 2");
-    EXPECT_EQ(std::exchange(observer->changed, ""), "Leads");
+    settle();
+    EXPECT_EQ(observer->changed, "Leads");
+    EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), "2");
     useCase->setAsDefaultCustomView("1", "Leads");
-    EXPECT_EQ(told(), "default is 1");
+    settle();
     EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), "1");
     UserDefaultsUtil settings(std::make_shared<BrenUserDefaults>());
     EXPECT_EQ(settings.getListFilterLastUpdatedTime("Leads"), 1700000000);
@@ -189,12 +197,12 @@ TEST_F(CustomViewTest, ANewOrderSendsTheNextListToTheServer) {
     EXPECT_EQ(changed->sortBy + " " + changed->sortOrder, "Company desc");
     EXPECT_EQ(mapped(), 1);
     EXPECT_TRUE(settings.getListFilterHasMoreRecord("Leads", "1"));
-    // Without the map and the settings the rest goes on.
+    // The view changes even without the map and the settings.
     GetCustomViewsDataManager(table(), nullptr, nullptr).updateSortfield({"Company", true}, "1", "Leads");
     EXPECT_EQ(table()->getCustomView("1", "Leads")->sortOrder, "asc");
 }
 
-/// A row as the server sends it.
+/// Makes a row as the server sends it.
 ValueList wireRow(const std::string& id, Value criteria) {
     return {id,
             "View " + id,
@@ -236,7 +244,7 @@ TEST_F(CVSyncParserTest, RowsBecomeViews) {
     EXPECT_EQ(views[1].offlineQuery + views[1].offlineQueryReplaceInfo, "");
 }
 
-TEST_F(CVSyncParserTest, ABadRowCostsItselfAlone) {
+TEST_F(CVSyncParserTest, ABadRowIsLeftOutAlone) {
     auto withoutValue = open;
     withoutValue.remove("value");
     auto unknown = open;
@@ -252,7 +260,7 @@ TEST_F(CVSyncParserTest, ABadRowCostsItselfAlone) {
     EXPECT_TRUE(wasLogged("CustomViewOfflineQuery: CustomViewCriteria.value is nil"));
 }
 
-TEST_F(CVSyncParserTest, ViewsOfActivitiesStandInEachModuleTheyName) {
+TEST_F(CVSyncParserTest, ViewsOfActivitiesAreStoredForEachModuleTheyName) {
     const ValueMap calls{
         {"field", "Activity_Type"}, {"comparator", "not_equal"}, {"value", "Calls"}, {"module", "Activities"}};
     auto row = wireRow("1", calls);

@@ -71,14 +71,14 @@ TEST_F(FilterColumnTest, AnyTextMeansItself) {
             for (auto type : {S::isExactly, S::contains, S::beginsWith, S::endsWith}) {
                 auto id = std::to_string(i + 1);
                 auto ids = run(filter(type, {*values[i].asText()}, column));
-                // One value is part of another.
+                // One value contains the other.
                 if (type == S::contains && values[i] == Value("Company")) id = "7 8";
                 EXPECT_EQ(ids, id) << caseName(type);
             }
     }
 }
 
-TEST_F(FilterColumnTest, ListsKeepWhatGivesText) {
+TEST_F(FilterColumnTest, ListsSkipFiltersWithoutInput) {
     store("Company", {"ab", "ac", "b"});
     auto where = [&](const std::vector<ColumnFilter>& filters) {
         return FilterToWhereConverter::getWhereStatement(filters);
@@ -133,23 +133,23 @@ TEST_F(FilterColumnTest, InputsOfAFormFindTheirRows) {
 TEST_F(FilterColumnTest, TheUseCaseAnswersOnTheMainQueue) {
     struct Delegate final : GetFiltersUseCaseDelegate {
         void filters(const GetFilters::Filters& filters, const std::string& column) override {
-            told = column + " " + std::to_string(filters.size());
+            answer = column + " " + std::to_string(filters.size());
         }
         void filters(const GetFilters::FiltersByColumn& filters) override {
-            told = std::to_string(filters.find("Owner")->size()) + " and " +
-                   std::to_string(filters.find("Status")->size());
+            answer = std::to_string(filters.find("Owner")->size()) + " and " +
+                     std::to_string(filters.find("Status")->size());
         }
-        std::string told;
+        std::string answer;
     };
     auto delegate = std::make_shared<Delegate>();
     auto useCase = std::make_shared<GetFiltersUseCase>();
     useCase->delegate = delegate;
     useCase->getFilters(*fields.getField("Status"));
     settle();
-    EXPECT_EQ(delegate->told, "Status 4");
+    EXPECT_EQ(delegate->answer, "Status 4");
     useCase->getFilters(std::vector<Metadata>{*fields.getField("Status"), *fields.getField("Owner")});
     settle();
-    EXPECT_EQ(delegate->told, "2 and 4");
+    EXPECT_EQ(delegate->answer, "2 and 4");
 }
 
 }  // namespace

@@ -21,10 +21,10 @@ std::string fetchedIds(const std::optional<std::vector<Record>>& records) {
     return text::join(ids, " ");
 }
 
-/// Keeps what it hears, in order.
-class Heard final : public GetRecordsUseCaseDelegate,
-                    public NoticeListener<CommonErrorRelay>,
-                    public NoticeListener<GetRecordsErrorRelay> {
+/// Keeps all callbacks as lines, in order.
+class RecordsListener final : public GetRecordsUseCaseDelegate,
+                              public NoticeListener<CommonErrorRelay>,
+                              public NoticeListener<GetRecordsErrorRelay> {
 public:
     using RecordsFetchDataManagerDelegate::record;
     void record(const Records& records, const RecordQuery&, const Value& miscData) override {
@@ -55,7 +55,7 @@ protected:
         MetadataTest::TearDown();
     }
 
-    /// A module with its table, whose columns go by the naming in force.
+    /// Makes a module with its table, whose columns are named by the naming in force.
     void makeModule(const std::string& name, std::vector<std::pair<std::string, FieldDataType>> further) {
         std::vector<FieldMetadata> fields = {field(name, "id"), field(name, "Created_Time", FieldDataType::dateTime)};
         for (auto& [field, type] : further) fields.push_back(this->field(name, field, type));
@@ -95,15 +95,32 @@ protected:
         return MetadataStores::current().modules()->getModuleByModuleName(name).value();
     }
     std::vector<std::string> lines(std::size_t count) {
-        pump([&] { return heard->lines.size() >= count; });
+        pump([&] { return listener->lines.size() >= count; });
         settle();
-        return std::exchange(heard->lines, {});
+        return std::exchange(listener->lines, {});
     }
 
-    std::shared_ptr<Heard> heard = std::make_shared<Heard>();
+    /// Makes Leads, and a use case whose network service is scripted.
+    std::shared_ptr<GetRecordsUseCase> leadsOverNetwork() {
+        makeModule("Leads", {{"Company", FieldDataType::text}});
+        auto service = std::make_shared<FetchRecordNetworkService>();
+        service->setNetworkAdapter(network);
+        auto database = configuration().databaseAdapter.get();
+        auto manager = RecordsFetchDataManager::make({.recordPersistance = RecordInDatabase::make(database),
+                                                      .modulePersistance = MetadataStores::current().modules(),
+                                                      .fieldLists = FieldListAssembler::getFieldListDM(database),
+                                                      .recordFetchNetworkService = service});
+        service->errorHandler = manager;
+        auto usecase = GetRecordsUseCase::make(manager);
+        usecase->delegate = listener;
+        return usecase;
+    }
+
+    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+    std::shared_ptr<RecordsListener> listener = std::make_shared<RecordsListener>();
 };
 
-TEST_F(RecordFetchTest, ActivitiesAreToldApartByStatusAndTime) {
+TEST_F(RecordFetchTest, ActivitiesAreClassifiedByStatusAndTime) {
     using F = GetColumnFilter;
     const struct {
         F::Filters (*filters)();
@@ -136,7 +153,7 @@ TEST_F(RecordFetchTest, ActivitiesAreToldApartByStatusAndTime) {
 TEST_F(RecordFetchTest, ReadsActivitiesOfTheSharedTableOrOfTheirOwnKindByKind) {
     for (auto module : {"Activities", "Tasks", "Events", "Calls"}) makeActivities(module);
     auto usecase = GetRecordsUseCase::make();
-    usecase->delegate = heard;
+    usecase->delegate = listener;
     auto sorted = [&](const std::string& module) {
         RecordQuery query{.module = moduleNamed(module)};
         query.columnsToSortWith.emplace({Sort<std::string>{identifier("id")}});
@@ -154,7 +171,7 @@ TEST_F(RecordFetchTest, ReadsActivitiesOfTheSharedTableOrOfTheirOwnKindByKind) {
         usecase->getActivitiesRecords(narrow, true);
         EXPECT_EQ(lines(1), std::vector<std::string>{"late"}) << "a condition of the caller's own";
     }
-    // The newest first where no order is asked for.
+    // Records come newest first if the query names no order.
     RecordQuery first{.module = moduleNamed("Tasks"), .limit = 1};
     usecase->getRecords(first, "mine");
     EXPECT_EQ(lines(1), std::vector<std::string>{"today mine"});
@@ -162,19 +179,8 @@ TEST_F(RecordFetchTest, ReadsActivitiesOfTheSharedTableOrOfTheirOwnKindByKind) {
     EXPECT_EQ(lines(1), std::vector<std::string>{"absent "});
 }
 
-TEST_F(RecordFetchTest, ARecordIsToldAsStoredAndThenAsTheServerHasIt) {
-    makeModule("Leads", {{"Company", FieldDataType::text}});
-    auto network = std::make_shared<ScriptedNetworkAdapter>();
-    auto service = std::make_shared<FetchRecordNetworkService>();
-    service->setNetworkAdapter(network);
-    auto database = configuration().databaseAdapter.get();
-    auto manager = RecordsFetchDataManager::make({.recordPersistance = RecordInDatabase::make(database),
-                                                  .modulePersistance = MetadataStores::current().modules(),
-                                                  .fieldLists = FieldListAssembler::getFieldListDM(database),
-                                                  .recordFetchNetworkService = service});
-    service->errorHandler = manager;
-    auto usecase = GetRecordsUseCase::make(manager);
-    usecase->delegate = heard;
+TEST_F(RecordFetchTest, ARecordIsReportedAsStoredAndThenAsTheServerHasIt) {
+    auto usecase = leadsOverNetwork();
     auto answer = [](const std::string& info, const std::string& rest) {
         return R"({"response":{"result":[{"info":{"module":"Leads")" + info + "}" + rest + "}]}}";
     };
@@ -198,14 +204,18 @@ TEST_F(RecordFetchTest, ARecordIsToldAsStoredAndThenAsTheServerHasIt) {
     EXPECT_TRUE(call.request.url.ends_with("/crm/v4/products/getrecord")) << call.request.url;
     ValueMap expected{{"id", "7"}, {"module", "Leads"}, {"moduleAPI", "Leads_Api"}};
     EXPECT_EQ(call.params, expected);
-    EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
+    EXPECT_EQ(adapter().count("LeadsRecords", std::nullopt), 1);
+}
 
+TEST_F(RecordFetchTest, AFailedRequestIsReportedAfterTheStoredRecord) {
+    auto usecase = leadsOverNetwork();
+    adapter().insertInto("LeadsRecords", ValueMap{{identifier("id"), "7"}, {identifier("Company"), "Acme"}});
     network->fail(NetworkError::Kind::timeout);
     usecase->getRecord(moduleNamed("Leads"), "7");
-    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: \"Zylker\" ", "networkResponseError"}));
+    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: Acme ", "networkResponseError"}));
     signIn("42", std::nullopt);
     usecase->getRecord(moduleNamed("Leads"), "7");
-    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: \"Zylker\" ", "noAuthtoken 42"}));
+    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: Acme ", "noAuthtoken 42"}));
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 
 using Lists = GetListFilterRecords<>;
 
-/// A queue that holds some records that were refused.
+/// A transaction queue with records that the server refused.
 class RefusedRecords final : public TransactionManagerContract {
 public:
     std::optional<RecordIds> getRecordIds(const std::string& moduleName,
@@ -24,7 +24,7 @@ public:
     std::optional<RecordIds> ids;
 };
 
-/// A server that answers when it is told to.
+/// A server that answers when the test wants it to.
 class HeldNetwork final : public NetworkAdapter {
 public:
     void send(NetworkCall call) override { held = std::move(call); }
@@ -33,7 +33,7 @@ public:
     NetworkCall held;
 };
 
-/// Leads in a real database: "offline" is a view that is kept in step, "online" one that needs the server.
+/// Leads in a real database. The view "offline" is kept in step; the view "online" needs the server.
 class RecordListTest : public MetadataTest {
 protected:
     void SetUp() override {
@@ -56,7 +56,7 @@ protected:
         storeView("online", false);
         useNetwork();
     }
-    /// A network without answers or requests of former questions.
+    /// Installs a network that has no answers and has seen no requests.
     void useNetwork() {
         network = std::make_shared<ScriptedNetworkAdapter>();
         seenCalls_ = 0;
@@ -75,7 +75,7 @@ protected:
                                                        {"default_sort_by", sortBy},
                                                        {"default_sort_order", order}});
     }
-    /// Records with the ids from `first` on, in the map of the view.
+    /// Stores records with the ids from `first` on, and maps them to the view.
     void store(const std::string& view, int first, int count) {
         std::vector<ValueMap> rows;
         std::vector<std::string> ids;
@@ -100,10 +100,11 @@ protected:
         params.criteriaId = view;
         params.from = from;
         params.limit = limit;
-        params.wished = source;
+        params.requestedSource = source;
         return params;
     }
-    /// Every answer: its source, the ids when they are few, and "+" when the server has more.
+    /// Returns all answers, each with its source, its ids (or their number if there are many), and "+" if the server
+    /// has more.
     std::string ask(const GetListFilterRecordsParams& params) {
         std::vector<std::string> answers;
         auto lists = std::make_shared<Lists>(manager);
@@ -123,7 +124,7 @@ protected:
         for (auto& record : records) ids.push_back(record.recordId());
         return text::join(ids, " ");
     }
-    /// The parameters of the newest request; null when none went out since the last question.
+    /// Returns the parameters of the newest request, or nullopt if none was sent since the last call.
     std::optional<ValueMap> takeSent() {
         auto calls = network->calls();
         auto isNew = std::exchange(seenCalls_, calls.size()) < calls.size();
@@ -186,21 +187,31 @@ TEST_F(RecordListTest, TheServerIsAskedForWhatAPageLacks) {
     }
 }
 
-TEST_F(RecordListTest, AnAnswerIsStoredWithItsPositionAndAskedInTheOrderOfTheView) {
+TEST_F(RecordListTest, TheServerIsAskedInTheOrderOfTheView) {
     storeView("sorted", true, "Company", "desc");
-    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "sorted"));
-    answer({"7", "8"}, R"("more_records":true,"servertime":1700000000123)");
+    answer({"7", "8"}, R"("more_records":true)");
     EXPECT_EQ(ask(page("sorted")), "network: 8 7+");
     EXPECT_EQ(json::write(*takeSent()), R"({"cvid":"sorted","module":"Leads","moduleAPI":"Leads_Api",)"
                                         R"("cvName":"Name of sorted","count":0,"sort_by":"Company",)"
                                         R"("sort_order":"desc","mcount":200})");
-    EXPECT_EQ(settings->getListFilterRecordSyncTime("Leads", "sorted"), 1700000000123);
-    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Accounts", "sorted"));
-    // Without a sort of its own a view is newest first. An answer that tells nothing of more leaves the question open.
+    // A view without a sort of its own is sorted newest first.
     answer({}, R"("nodata":true)");
     EXPECT_EQ(ask(page("offline")), "network: ");
     auto sent = *takeSent();
     EXPECT_EQ(*sent.find("sort_by")->asText() + " " + *sent.find("sort_order")->asText(), "id desc");
+}
+
+TEST_F(RecordListTest, AnAnswerIsStoredWithItsPosition) {
+    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "offline"));
+    answer({"7", "8"}, R"("more_records":true,"servertime":1700000000123)");
+    EXPECT_EQ(ask(page("offline")), "network: 8 7+");
+    EXPECT_EQ(settings->getListFilterRecordSyncTime("Leads", "offline"), 1700000000123);
+    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Accounts", "offline"));
+}
+
+TEST_F(RecordListTest, AnAnswerWithoutDataEndsTheList) {
+    answer({}, R"("nodata":true)");
+    EXPECT_EQ(ask(page("offline")), "network: ");
     EXPECT_FALSE(settings->getListFilterHasMoreRecord("Leads", "offline"));
     EXPECT_TRUE(wasLogged("No record after network call for Name of offline"));
 }
@@ -209,22 +220,22 @@ TEST_F(RecordListTest, TheFirstAnswerOfARunReplacesAnOnlineView) {
     store("online", 1, 3);
     settings->setListFilterHasMoreRecord(false, "Leads", "online");
     settings->setListFilterRecordSyncTime(5, "Leads", "online");
-    // The server does not answer: nothing is shown, and nothing of the former run is lost.
+    // If the server does not answer, no rows are shown, but none of the former run is lost.
     network->fail(NetworkError::Kind::cannotConnect);
     EXPECT_EQ(ask(page("online")), "failure unknownError");
     EXPECT_FALSE(settings->getListFilterRecordSyncTime("Leads", "online"));
-    // The second request reads what is there and asks for the whole list anew.
+    // The second request reads the stored rows and asks for the whole list anew.
     answer({"2", "7"}, R"("more_records":true)");
     EXPECT_EQ(ask(page("online")), "database: 3 2 1+ | network: 7 2+");
     EXPECT_EQ(takeCounts(), "0/200");
-    // From then on it is a list like any other, for every use case of the run.
+    // From then on the view is handled like any other, by every use case of the run.
     manager = std::make_shared<GetFilterRecordListDM>(manager->parts);
     answer({"9"}, R"("more_records":false)");
     EXPECT_EQ(ask(page("online")), "database: 7 2+ | network: 9 7 2");
     EXPECT_EQ(takeCounts(), "2/1000");
 }
 
-TEST_F(RecordListTest, RefusedDuplicatesFiltersAndColumnsTakePart) {
+TEST_F(RecordListTest, RefusedDuplicatesBelongToTheView) {
     settings->setListFilterHasMoreRecord(false, "Leads", "offline");
     store("offline", 1, 3);
     adapter().insertInto("LeadsRecords", {{"id", "NEW_000000001"}, {"Company", "mine"}, {"Owner_LOOKUP", "Ann"}});
@@ -233,6 +244,13 @@ TEST_F(RecordListTest, RefusedDuplicatesFiltersAndColumnsTakePart) {
     EXPECT_EQ(ask(page("offline")), "database: 3 2 1");
     refused->ids->push_back("NEW_000000001");
     EXPECT_EQ(ask(page("offline")), "database: NEW_000000001 3 2 1");
+}
+
+TEST_F(RecordListTest, FiltersColumnsAndFurtherCriteriaNarrowThePage) {
+    settings->setListFilterHasMoreRecord(false, "Leads", "offline");
+    store("offline", 1, 3);
+    adapter().insertInto("LeadsRecords", {{"id", "NEW_000000001"}, {"Company", "mine"}, {"Owner_LOOKUP", "Ann"}});
+    refused->ids = {{"NEW_000000001"}};
     auto mine = page("offline");
     mine.filters = {ColumnFilter{.filerName = "is",
                                  .column = "Company",
@@ -249,13 +267,16 @@ TEST_F(RecordListTest, RefusedDuplicatesFiltersAndColumnsTakePart) {
     EXPECT_FALSE(shown->hasColumn("Company"));
 }
 
-TEST_F(RecordListTest, EveryFailureIsUnknownAndChangesNothing) {
-    store("offline", 1, 2);
+TEST_F(RecordListTest, AnUnknownModuleOrViewFailsWithoutARequest) {
     auto elsewhere = page("offline");
     elsewhere.moduleName = "Nowhere";
     EXPECT_EQ(ask(elsewhere), "failure unknownError");
     EXPECT_EQ(ask(page("no such view")), "failure unknownError");
     EXPECT_EQ(takeCounts(), "not asked");
+}
+
+TEST_F(RecordListTest, AnUnusableAnswerFailsAndChangesNoRow) {
+    store("offline", 1, 2);
     for (auto body : {"", "{}", R"({"error":[{"code":"X","message":"m"}]})", R"({"response":{"result":[]}})",
                       R"({"response":{"result":[{"info":{"more_records":false},"error":[{"code":"X"}]}]}})",
                       R"({"response":{"result":[{"info":{"more_records":false},"data":{}}]}})"}) {
@@ -263,18 +284,21 @@ TEST_F(RecordListTest, EveryFailureIsUnknownAndChangesNothing) {
         EXPECT_EQ(ask(page("offline")), "database: 2 1+ | failure unknownError") << body;
     }
     EXPECT_FALSE(settings->getListFilterRecordSyncTime("Leads", "offline"));
-    // Nobody is left to answer.
+}
+
+TEST_F(RecordListTest, AReleasedDataManagerAnswersNoMore) {
+    store("offline", 1, 2);
     auto held = std::make_shared<HeldNetwork>();
     manager->parts.networkService->setNetworkAdapter(held);
-    std::string heard;
+    std::string answers;
     manager->getRecordList(
         std::make_shared<const GetListFilterRecordsParams>(page("offline")),
-        {[&](auto) { heard += "rows"; }, [&](auto) { heard += " more"; }, [&](auto) { heard += " failure"; }});
+        {[&](auto) { answers += "rows"; }, [&](auto) { answers += " more"; }, [&](auto) { answers += " failure"; }});
     settle();
     manager.reset();
     held->held.completionHandler({.body = Data("{}"), .taskNumber = 1});
     settle();
-    EXPECT_EQ(heard, "rows");
+    EXPECT_EQ(answers, "rows");
 }
 
 TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
@@ -317,7 +341,7 @@ TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
             };
             auto inMap = map->getFilterMappingCriteria("offline", "Leads");
             std::vector both{inMap, columnIn("id", *refused->ids)};
-            // Once without an index in this order, and once with it.
+            // The first round runs without an index in this order, the second one with it.
             for (int round = 0; round < 2; ++round)
                 for (std::int64_t from : {0, 1500, 2690}) {
                     auto request = page("offline", from, 20);

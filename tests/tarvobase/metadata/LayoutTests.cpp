@@ -14,7 +14,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Strings = std::vector<std::string>;
 
-/// "[section]" for a header, the API name for a field.
+/// Returns "[section]" for a header and the API name for a field.
 Strings linesOf(const LinearLayoutFieldList& list) {
     Strings lines;
     for (auto& item : list.fields)
@@ -44,7 +44,7 @@ protected:
         configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
     }
 
-    /// Leads with two sections whose rows are stored out of order, one of them without its field.
+    /// Stores Leads with two sections. Their rows are stored out of order, and one row lacks its field.
     void storeLeads() {
         Strings names{"Zip_Code", "Last_Name", "City", "Company"};
         std::vector<FieldMetadata> fields;
@@ -79,7 +79,12 @@ TEST_P(LayoutTest, EveryShapeHasTheRowsInOneOrder) {
     EXPECT_EQ(linesOf(grouped), lines);
     EXPECT_THAT(namesOf(layout<OrderedLayoutFieldList>("Leads", "1")),
                 ElementsAre("Last_Name", "Company", "City", "Zip_Code"));
+}
 
+TEST_P(LayoutTest, FieldsAndSectionsAreFoundInEveryShape) {
+    storeLeads();
+    auto linear = layout<LinearLayoutFieldList>("Leads", "1");
+    auto grouped = layout<GroupedLayoutFieldList>("Leads", "1");
     EXPECT_EQ(linear.getField(identifier("City"))->fieldPosition, 2);
     EXPECT_EQ(grouped.getField(identifier("City"))->fieldPosition, 2);
     EXPECT_EQ(linear.getField("City of another naming"), nullptr);
@@ -107,7 +112,7 @@ TEST_P(LayoutTest, AModeLeavesOutFieldsAndEmptySections) {
     EXPECT_TRUE(wasLogged("layout-metadata not found for `2"));
 }
 
-TEST_P(LayoutTest, OfTwoRowsWithOneIdentifierTheFirstIsFound) {
+TEST_P(LayoutTest, TheFirstOfTwoRowsWithOneIdentifierIsFound) {
     auto first = field("Leads", "Name"), second = first;
     second.fieldID = "another";
     storeModule("Leads", {first, second});
@@ -182,7 +187,7 @@ TEST_P(LayoutTest, LayoutInfoLeavesOutLayoutsWithoutFields) {
     EXPECT_FALSE(manager->getLayoutInfo("Deals", FieldList(), std::nullopt).ok());
 }
 
-TEST_P(LayoutTest, TheUseCaseAnswersInTheFormAskedFor) {
+TEST_P(LayoutTest, TheUseCaseAnswersInTheRequestedForm) {
     storeLeads();
     auto fields = fieldsOf("Leads");
     auto linear = run<GetLayoutMetadataUC>({"Leads", fields, LayoutRequestType::linear, DisplayMode::edit});
@@ -197,7 +202,7 @@ TEST_P(LayoutTest, TheUseCaseAnswersInTheFormAskedFor) {
 
     for (auto type : {LayoutRequestType::linear, LayoutRequestType::sectioned, LayoutRequestType::array})
         EXPECT_NE(run<GetLayoutMetadataUC>({"Deals", fields, type}).failure->getDomainError(), nullptr);
-    // Nothing is left for this mode: an answer without layouts, not a failure.
+    // No field is shown in this mode, so the answer has no layouts; that is not a failure.
     auto none = run<GetLayoutMetadataUC>({"Leads", fields, LayoutRequestType::linear, DisplayMode{8}});
     EXPECT_THAT(*none.response->layoutMetadata.linear(), IsEmpty());
 }
@@ -205,21 +210,21 @@ TEST_P(LayoutTest, TheUseCaseAnswersInTheFormAskedFor) {
 struct LayoutListener final : GetLayoutMetadataUsecaseDelegate {
     void layoutMetadataFetched(const std::string& name,
                                const GetLayoutMetadataDataManager::LayoutRows& layouts) override {
-        heard.push_back(name + " rows " + std::to_string(layouts.at("1").size()));
+        answers.push_back(name + " rows " + std::to_string(layouts.at("1").size()));
     }
     void sectionedMetadataFetched(const std::string& name,
                                   const GetLayoutMetadataDataManager::SectionedLayouts& layouts) override {
-        heard.push_back(name + " sections " + std::to_string(layouts.at("1").size()));
+        answers.push_back(name + " sections " + std::to_string(layouts.at("1").size()));
     }
     void linearMetadataFetched(const std::string& name,
                                const GetLayoutMetadataDataManager::LinearLayouts& layouts) override {
-        heard.push_back(name + " lines " + std::to_string(layouts.at("1").size()));
+        answers.push_back(name + " lines " + std::to_string(layouts.at("1").size()));
     }
-    void unableToFetchLayouts(const std::string& name) override { heard.push_back(name + " failed"); }
-    Strings heard;
+    void unableToFetchLayouts(const std::string& name) override { answers.push_back(name + " failed"); }
+    Strings answers;
 };
 
-TEST_P(LayoutTest, TheDelegateFormTellsTheSame) {
+TEST_P(LayoutTest, TheDelegateFormReportsTheSame) {
     storeLeads();
     auto fields = fieldsOf("Leads");
     auto listener = std::make_shared<LayoutListener>();
@@ -233,7 +238,7 @@ TEST_P(LayoutTest, TheDelegateFormTellsTheSame) {
     settle();
     usecase->getLinearMetadata("Deals", fields);
     settle();
-    EXPECT_THAT(listener->heard, ElementsAre("Leads rows 4", "Leads sections 2", "Leads lines 6", "Deals failed"));
+    EXPECT_THAT(listener->answers, ElementsAre("Leads rows 4", "Leads sections 2", "Leads lines 6", "Deals failed"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Namings, LayoutTest, ::testing::Values(Naming::column, Naming::api),

@@ -111,7 +111,7 @@ TEST_P(ModuleInfoTest, FieldsCanBeChosenAndSorted) {
     EXPECT_EQ(*run<GetFieldList>(GetFieldList::Request("Nowhere")).failure->getDomainError(), MetadataError::notFound);
 }
 
-TEST_P(ModuleInfoTest, AWholeAccountCostsAFixedNumberOfReads) {
+TEST_P(ModuleInfoTest, AWholeAccountTakesAFixedNumberOfReads) {
     Strings names;
     for (int i = 0; i < 40; ++i) {
         names.push_back("Module" + std::to_string(i));
@@ -140,10 +140,10 @@ TEST_P(ModuleInfoTest, AWholeAccountCostsAFixedNumberOfReads) {
         });
     };
     EXPECT_EQ(layoutsOf(names), layoutsOf({"Module0"}));
-    int told = 0;
+    int reported = 0;
     GetModuleInfoAssembler::getModuleInfoDM()->getmoduleInfo(
-        [&](auto& infos) { told = static_cast<int>(infos.size()); });
-    EXPECT_EQ(told, 40);
+        [&](auto& infos) { reported = static_cast<int>(infos.size()); });
+    EXPECT_EQ(reported, 40);
 }
 
 TEST_P(ModuleInfoTest, ChildrenAreTheModulesOfSubformFields) {
@@ -184,7 +184,7 @@ TEST_P(ModuleInfoTest, LayoutsAreFilteredByModeAndChildrenHaveTheirs) {
         unfiltered.response->moduleInfoDict.at("Quotes")->getLayout("1", "Quotes")->metadata.orderedFields.count(), 2u);
 }
 
-TEST_P(ModuleInfoTest, OneModuleByEachOfItsNamesOrAll) {
+TEST_P(ModuleInfoTest, AModuleIsFoundByEachOfItsNames) {
     storeModule("Leads", {});
     storeModule("Deals", {});
     using Request = GetModule::Request;
@@ -199,7 +199,7 @@ TEST_P(ModuleInfoTest, OneModuleByEachOfItsNamesOrAll) {
     EXPECT_EQ(run<GetModule>(Request::apiName("Leads")).failure->which(), AppErrorCase::unknownError);
 }
 
-TEST_P(ModuleInfoTest, WithoutADatabaseEachAnswersItsFailure) {
+TEST_P(ModuleInfoTest, EachOperationFailsWithoutADatabase) {
     configuration().databaseAdapter = nullptr;
     EXPECT_EQ(run<GetModule>(GetModule::Request::all()).failure->which(), AppErrorCase::unknownError);
     EXPECT_THAT(run<GetModuleInfo>(GetModuleInfo::Request({"Leads"})).response->moduleInfoDict, IsEmpty());
@@ -214,68 +214,76 @@ TEST_P(ModuleInfoTest, WithoutADatabaseEachAnswersItsFailure) {
 struct DelegateListener final : GetModuleUseCaseDelegate,
                                 GetPermissionsUseCaseDelegate,
                                 GetRelatedModulesUseCaseDelegate {
-    void moduleFetched(const Module& module) override { heard.push_back(module.moduleName); }
+    void moduleFetched(const Module& module) override { answers.push_back(module.moduleName); }
     void modulesFetched(const std::vector<Module>& modules) override {
-        heard.push_back(std::to_string(modules.size()));
+        answers.push_back(std::to_string(modules.size()));
     }
-    void unableToFetchModules(const Strings& names) override { heard.push_back("no " + text::join(names, ",")); }
-    void permissionFetched(const ModulePermission& permission) override { heard.push_back(permission.key); }
+    void unableToFetchModules(const Strings& names) override { answers.push_back("no " + text::join(names, ",")); }
+    void permissionFetched(const ModulePermission& permission) override { answers.push_back(permission.key); }
     void permissionsFetched(const std::string& module, const std::vector<ModulePermission>& permissions) override {
-        heard.push_back(module + " " + std::to_string(permissions.size()));
+        answers.push_back(module + " " + std::to_string(permissions.size()));
     }
-    void unableToFetchPermissions(const std::string& module) override { heard.push_back("no " + module); }
+    void unableToFetchPermissions(const std::string& module) override { answers.push_back("no " + module); }
     void relatedModulesFetched(const std::string& module, const std::vector<RelatedList>& modules) override {
-        heard.push_back(module);
-        for (auto& list : modules) heard.push_back(list.listID);
+        answers.push_back(module);
+        for (auto& list : modules) answers.push_back(list.listID);
     }
-    void unableToFetchRelatedModules(const std::string& module) override { heard.push_back("no " + module); }
-    Strings heard;
+    void unableToFetchRelatedModules(const std::string& module) override { answers.push_back("no " + module); }
+    Strings answers;
 };
 
 class DelegateFormsTest : public MetadataTest {
 protected:
     template <class UC, class Ask>
-    Strings heard(Ask ask) {
+    Strings answersOf(Ask ask) {
         auto listener = std::make_shared<DelegateListener>();
         auto usecase = std::make_shared<UC>();
         usecase->delegate = listener;
         ask(*usecase);
         settle();
-        return listener->heard;
+        return listener->answers;
     }
 };
 
-TEST_F(DelegateFormsTest, TellEachAnswerOnce) {
+TEST_F(DelegateFormsTest, ModulesAreAnsweredOncePerCall) {
     storeModule("Leads", {});
     storeModule("Deals", {});
+    using Modules = GetModuleUseCase;
+    EXPECT_THAT(answersOf<Modules>([](auto& uc) { uc.getModule("Leads"); }), ElementsAre("Leads"));
+    EXPECT_THAT(answersOf<Modules>([](auto& uc) { uc.getModule(ModuleIdentifier::Case::deals); }),
+                ElementsAre("Deals"));
+    EXPECT_THAT(answersOf<Modules>([](auto& uc) { uc.getModule("Nowhere"); }), ElementsAre("no Nowhere"));
+    EXPECT_THAT(answersOf<Modules>([](auto& uc) { uc.getAllModules(); }), ElementsAre("2"));
+    EXPECT_THAT(answersOf<Modules>([](auto& uc) { uc.getModulesWith({"Deals", "Nowhere"}); }), ElementsAre("1"));
+}
+
+TEST_F(DelegateFormsTest, PermissionsAreAnsweredOncePerCall) {
+    storeModule("Leads", {});
     storePermission("Leads", "Create", true);
     storePermission("Leads", "Edit", true);
+    using Permissions = GetPermissionsUseCase;
+    EXPECT_THAT(answersOf<Permissions>([](auto& uc) { uc.getPermission("Leads", "Edit"); }), ElementsAre("Edit"));
+    EXPECT_THAT(answersOf<Permissions>([](auto& uc) { uc.getPermission("Leads", "View"); }), ElementsAre("no Leads"));
+    EXPECT_THAT(answersOf<Permissions>([](auto& uc) { uc.getPermissions("Leads"); }), ElementsAre("Leads 2"));
+    EXPECT_THAT(answersOf<Permissions>([](auto& uc) {
+                    uc.getPermissions("Leads", {"Edit", "View"});
+                }),
+                ElementsAre("Leads 1"));
+}
+
+TEST_F(DelegateFormsTest, RelatedModulesAreAnsweredOncePerCallInTheirOrder) {
     for (auto order : {10, 9}) {
         RelatedList list;
         list.moduleName = "Leads", list.listID = "list" + std::to_string(order), list.relatedOrder = order;
         ModuleRelatedListInDatabase().storeModuleRelatedList(list);
     }
-    using Modules = GetModuleUseCase;
-    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModule("Leads"); }), ElementsAre("Leads"));
-    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModule(ModuleIdentifier::Case::deals); }), ElementsAre("Deals"));
-    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModule("Nowhere"); }), ElementsAre("no Nowhere"));
-    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getAllModules(); }), ElementsAre("2"));
-    EXPECT_THAT(heard<Modules>([](auto& uc) { uc.getModulesWith({"Deals", "Nowhere"}); }), ElementsAre("1"));
-    using Permissions = GetPermissionsUseCase;
-    EXPECT_THAT(heard<Permissions>([](auto& uc) { uc.getPermission("Leads", "Edit"); }), ElementsAre("Edit"));
-    EXPECT_THAT(heard<Permissions>([](auto& uc) { uc.getPermission("Leads", "View"); }), ElementsAre("no Leads"));
-    EXPECT_THAT(heard<Permissions>([](auto& uc) { uc.getPermissions("Leads"); }), ElementsAre("Leads 2"));
-    EXPECT_THAT(heard<Permissions>([](auto& uc) {
-                    uc.getPermissions("Leads", {"Edit", "View"});
-                }),
-                ElementsAre("Leads 1"));
     using Related = GetRelatedModulesUseCase;
-    EXPECT_THAT(heard<Related>([](auto& uc) { uc.getRelatedModules("Leads"); }),
+    EXPECT_THAT(answersOf<Related>([](auto& uc) { uc.getRelatedModules("Leads"); }),
                 ElementsAre("Leads", "list9", "list10"));
-    EXPECT_THAT(heard<Related>([](auto& uc) { uc.getRelatedModules("Deals"); }), ElementsAre("no Deals"));
+    EXPECT_THAT(answersOf<Related>([](auto& uc) { uc.getRelatedModules("Deals"); }), ElementsAre("no Deals"));
 }
 
-TEST_F(DelegateFormsTest, TellNobodyWhoHasGone) {
+TEST_F(DelegateFormsTest, DoNotAnswerAfterRelease) {
     storeModule("Leads", {});
     auto listener = std::make_shared<DelegateListener>();
     auto usecase = std::make_shared<GetModuleUseCase>();
@@ -283,7 +291,7 @@ TEST_F(DelegateFormsTest, TellNobodyWhoHasGone) {
     usecase->getModule("Leads");
     usecase.reset();
     settle();
-    EXPECT_THAT(listener->heard, IsEmpty());
+    EXPECT_THAT(listener->answers, IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Namings, ModuleInfoTest, ::testing::Values(Naming::column, Naming::api),

@@ -6,17 +6,17 @@ namespace tarvo {
 namespace {
 
 struct Topic : virtual platform::Object {
-    virtual void told(int value) = 0;
+    virtual void changed(int value) = 0;
 };
 struct OtherTopic : virtual platform::Object {
-    virtual void toldOther() = 0;
+    virtual void otherChanged() = 0;
 };
 struct Listener final : Topic, OtherTopic {
-    void told(int value) override {
+    void changed(int value) override {
         onMain = MainQueue::shared()->isCurrent();
         values.push_back(value);
     }
-    void toldOther() override { ++others; }
+    void otherChanged() override { ++others; }
     std::vector<int> values;
     std::atomic<int> others = 0;
     bool onMain = false;
@@ -24,44 +24,44 @@ struct Listener final : Topic, OtherTopic {
 
 class NotificationTest : public FoundationTest {
 protected:
-    void tell(int value, bool onMainThread = true) {
-        center.notify<Topic>(onMainThread, [value](Topic& topic) { topic.told(value); });
+    void post(int value, bool onMainThread = true) {
+        center.notify<Topic>(onMainThread, [value](Topic& topic) { topic.changed(value); });
     }
     BrenNotificationCenter& center = BrenNotificationCenter::shared();
 };
 
-TEST_F(NotificationTest, EachObserverOfATopicHearsOnceOnTheQueueAskedFor) {
+TEST_F(NotificationTest, EachObserverOfATopicIsNotifiedOnceOnTheRequestedQueue) {
     auto one = std::make_shared<Listener>(), two = std::make_shared<Listener>();
     center.add<Topic>(one);
     center.add<Topic>(one);
     center.add<Topic>(two);
     center.add<OtherTopic>(one);
-    tell(1);
+    post(1);
     settle();
     EXPECT_EQ(one->values, std::vector{1});
     EXPECT_EQ(two->values, std::vector{1});
     EXPECT_TRUE(one->onMain);
     EXPECT_EQ(one->others, 0);
-    tell(2, false);
+    post(2, false);
     settle();
     EXPECT_FALSE(one->onMain);
-    center.notify<OtherTopic>(false, [](OtherTopic& topic) { topic.toldOther(); });
+    center.notify<OtherTopic>(false, [](OtherTopic& topic) { topic.otherChanged(); });
     settle();
     EXPECT_EQ(one->others, 1);
 }
 
-TEST_F(NotificationTest, RemovedAndGoneObserversHearNothing) {
+TEST_F(NotificationTest, RemovedAndDeadObserversAreNotNotified) {
     auto staying = std::make_shared<Listener>(), removed = std::make_shared<Listener>(),
          gone = std::make_shared<Listener>();
     for (auto& listener : {staying, removed, gone}) center.add<Topic>(listener);
-    tell(1);
-    // The notice is on its way; a registration that does not stand when it arrives counts no more.
+    post(1);
+    // The notice is pending; an observer that is unregistered when it arrives does not get it.
     center.remove<Topic>(removed);
     gone.reset();
     settle();
     EXPECT_EQ(staying->values, std::vector{1});
     EXPECT_TRUE(removed->values.empty());
-    tell(2);
+    post(2);
     EXPECT_EQ(center.count<Topic>(), 1u);
     settle();
 }
@@ -74,15 +74,15 @@ TEST_F(NotificationTest, ACallbackMayAddAndRemove) {
         center.add<Topic>(second);
     });
     settle();
-    tell(5);
+    post(5);
     settle();
     EXPECT_TRUE(first->values.empty());
     EXPECT_EQ(second->values, std::vector{5});
 }
 
-TEST_F(NotificationTest, ObserversMayDieWhileNoticesAreOnTheirWay) {
+TEST_F(NotificationTest, ObserversMayDieWhileNoticesArePending) {
     struct Fragile final : OtherTopic {
-        void toldOther() override { ASSERT_EQ(alive, 42); }
+        void otherChanged() override { ASSERT_EQ(alive, 42); }
         ~Fragile() override {
             BrenNotificationCenter::shared().remove<OtherTopic>(this);
             alive = 0;
@@ -92,7 +92,7 @@ TEST_F(NotificationTest, ObserversMayDieWhileNoticesAreOnTheirWay) {
     for (int round = 0; round < 300; ++round) {
         auto fragile = std::make_shared<Fragile>();
         center.add<OtherTopic>(fragile);
-        center.notify<OtherTopic>(false, [](OtherTopic& topic) { topic.toldOther(); });
+        center.notify<OtherTopic>(false, [](OtherTopic& topic) { topic.otherChanged(); });
         fragile.reset();
     }
     settle();

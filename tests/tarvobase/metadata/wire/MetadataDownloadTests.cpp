@@ -34,7 +34,7 @@ std::string moduleNames(const std::vector<Module>& modules) {
     return text::join(names, " ");
 }
 
-/// Counts the notices by where they arrive.
+/// Counts the notices by the thread on which they arrive.
 class ModuleListener final : public ModuleChangedObserver {
 public:
     using ModuleChangedObserver::modulesAdded;
@@ -54,12 +54,12 @@ public:
     void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
         calls.push_back({params, std::move(callback)});
     }
-    /// Answers a call with everything about its modules, or with a body that is no answer.
-    void answer(std::size_t call, bool well = true) {
+    /// Answers a call with full metadata of its modules, or with an unreadable body.
+    void answer(std::size_t call, bool isReadable = true) {
         ValueList entries;
         for (auto& module : calls[call].params.modules) entries.emplace_back(wire::entry(module.moduleName));
         auto callback = calls[call].callback;
-        callback({.body = Data(well ? wire::body(std::move(entries)) : "<html>")});
+        callback({.body = Data(isReadable ? wire::body(std::move(entries)) : "<html>")});
     }
     std::vector<std::string> asked() const {
         std::vector<std::string> names;
@@ -82,7 +82,7 @@ protected:
         service->setNetworkAdapter(network);
         return InitMetadataDM::make(database, secondary, std::make_shared<BrenUserDefaults>(), service);
     }
-    /// Downloads the modules, each answered as scripted, and waits for the end.
+    /// Downloads the modules with the scripted answers, and waits for the end.
     void download(const std::vector<std::string>& modules,
                   const std::shared_ptr<DatabaseAdapter>& secondary = nullptr) {
         auto step = overNetwork(secondary ? secondary : database);
@@ -182,7 +182,7 @@ TEST_F(MetadataDownloadTest, RowsThatAreTooShortAreDroppedAndCounted) {
     EXPECT_FALSE(wasLogged("order of related lists"));
 }
 
-TEST_F(MetadataDownloadTest, EntriesStandByThemselves) {
+TEST_F(MetadataDownloadTest, ABadEntryLeavesTheOthers) {
     auto empty = wire::info("Tasks");
     empty.set("nodata", true);
     ValueMap refused{{"info", wire::info("Calls")},
@@ -236,7 +236,7 @@ TEST_F(MetadataDownloadTest, CreatesRecordTablesAndKeepsTheirStatements) {
         EXPECT_EQ(elsewhere->columnNames(table), (std::vector<std::string>{})) << table;
     }
 
-    // An answer without statements takes none away.
+    // An answer without statements leaves the stored ones.
     network->answer(
         wire::body({wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", ""}}), wire::entry("Activities")}));
     download({"Leads"}, elsewhere);
@@ -261,7 +261,7 @@ TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {
     std::atomic<bool> done = false;
     step->getMetaData(modulesNamed({"Leads"}),
                       [&] {
-                          // The first notice is on its way; the second one is not told before this returns.
+                          // The first notice has arrived; the second one is not posted before this returns.
                           MainQueue::shared()->sync([] {});
                           EXPECT_EQ(listener->onMain, 1);
                           EXPECT_EQ(listener->inBackground, 0);
@@ -292,7 +292,7 @@ TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
     EXPECT_EQ(service->asked(), (std::vector<std::string>{"A", "B", "C"}));
     EXPECT_EQ(ends, (std::vector<std::string>{"first", "second", "third"}));
 
-    // With none given all stored ones are asked for; without any the download is over at once.
+    // Without module names all stored modules are downloaded; if none is stored, the download ends at once.
     step->getMetaData({}, ending("nothing stored"), {});
     EXPECT_EQ(ends.back(), "nothing stored");
     ModulesInMemory(std::make_shared<InMemoryStorage>(), std::make_shared<ModuleInDatabase>("MODULE_DETAILS", database))
@@ -300,13 +300,13 @@ TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
     step->getMetaData({}, ending("all"), {});
     EXPECT_EQ(service->asked().back(), "X Y");
 
-    // Whoever let go of the download hears nothing more.
+    // There is no callback after the step is released.
     step.reset();
     service->answer(service->calls.size() - 1);
     EXPECT_EQ(ends.back(), "nothing stored");
 }
 
-/// What the sandbox answers to a call, by the calls' own names of modules.
+/// Returns the sandbox's answer to a call about these modules.
 Value sandboxAnswer(sandbox::Reply (*call)(const sandbox::Call&), sandbox::DataSet& data, sandbox::Naming naming,
                     const ValueList& modules) {
     sandbox::Request request;
@@ -381,7 +381,7 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
         EXPECT_EQ(column(asked), one.expected);
     }
 
-    // Without lookup fields nothing is written, without a database nothing happens.
+    // Without lookup fields no row is written, and without a database the call does nothing.
     database->execute("DELETE FROM MODULE_SPECIFIC_METADATA WHERE field_type = 'lookup'", std::nullopt);
     database->execute("UPDATE MODULE_RELATED_LIST SET lookup_column = 'kept'", std::nullopt);
     PopulateRelatedModulesDataManager().populateLookupColumn();

@@ -9,7 +9,7 @@ template <class T>
 std::string described(const ParsedMetadata::Section<std::vector<T>>& section) {
     return section ? std::to_string(section->size()) : section.error().logText();
 }
-/// "2", or "1 of 2, lessNumberOfKeys" when a row is bad.
+/// Returns "2", or "1 of 2, lessNumberOfKeys" if a row is bad.
 template <class T>
 std::string described(const ParsedMetadata::Section<ParsedMetadata::RowResults<T>>& section) {
     if (!section) return section.error().logText();
@@ -42,7 +42,7 @@ protected:
         info.moduleName = "Leads";
         return MetadataParser().parseResult(sections, info)->metadata.value();
     }
-    /// The sections with one of them replaced.
+    /// Parses the standard sections with one of them replaced.
     ParsedMetadata parse(wire::Section place, Value section) {
         auto all = wire::sections("Leads");
         all[place] = std::move(section);
@@ -209,7 +209,7 @@ TEST_F(MetadataParserTest, FurtherColumnsOfLayoutFieldsFollowTheConfiguration) {
     EXPECT_FALSE(without.additionalInfo);
 }
 
-TEST_F(MetadataParserTest, OddColumnsCostNoField) {
+TEST_F(MetadataParserTest, OddColumnsDoNotLoseTheField) {
     struct {
         Value column;
         ValueMap expected;
@@ -289,7 +289,7 @@ TEST_F(MetadataParserTest, AnEntryNeedsAModuleAndWholeTables) {
         {infoWith("tables", ValueList{ValueMap{{"module", "Leads"}, {"query", "q"}}}), "Leads 1 tables"},
     };
     for (auto& one : cases) {
-        // A bad entry leaves the one behind it.
+        // A bad entry leaves the next one readable.
         auto answer =
             MetadataParser().parse(Data(wire::body({wire::entry(one.info, {}), wire::entry("Deals")}))).value();
         auto& entry = answer.result.front();
