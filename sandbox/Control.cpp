@@ -26,6 +26,7 @@ Reply Control::handle(const Request& request) {
         {"POST", "/control/faults", &Control::addFault},
         {"GET", "/control/faults", &Control::faults},
         {"DELETE", "/control/faults", &Control::clearFaults},
+        {"POST", "/control/release", &Control::release},
         {"GET", "/control/requests", &Control::requests},
         {"DELETE", "/control/requests", &Control::clearRequests},
         {"POST", "/control/clock", &Control::setClock},
@@ -53,6 +54,11 @@ Reply Control::faults(const Request&) {
 
 Reply Control::clearFaults(const Request&) {
     sandbox_.faults_.clear();
+    return done();
+}
+
+Reply Control::release(const Request&) {
+    sandbox_.releaseDelays();
     return done();
 }
 

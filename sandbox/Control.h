@@ -18,6 +18,7 @@ private:
     Reply addFault(const Request& request);
     Reply faults(const Request& request);
     Reply clearFaults(const Request& request);
+    Reply release(const Request& request);
     Reply requests(const Request& request);
     Reply clearRequests(const Request& request);
     Reply setTags(const Request& request);

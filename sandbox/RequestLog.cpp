@@ -22,9 +22,16 @@ Value RequestLog::describeParameters(const Request& request) const {
 
 void RequestLog::add(const LoggedRequest& request) {
     std::lock_guard lock(mutex_);
-    Value line = ValueMap{{"number", ++total_},       {"receivedAt", request.receivedAt}, {"method", request.method},
-                          {"path", request.path},     {"parameters", request.parameters}, {"account", request.account},
-                          {"status", request.status}, {"fault", request.fault},           {"ms", request.milliseconds}};
+    Value line = ValueMap{{"number", ++total_},
+                          {"receivedAt", request.receivedAt},
+                          {"method", request.method},
+                          {"path", request.path},
+                          {"parameters", request.parameters},
+                          {"account", request.account},
+                          {"organisation", request.organisation},
+                          {"status", request.status},
+                          {"fault", request.fault},
+                          {"ms", request.milliseconds}};
     if (file_) file_ << json::write(line).value_or("") << std::endl;
     requests_.push_back(std::move(line));
     if (requests_.size() > capacity) requests_.pop_front();

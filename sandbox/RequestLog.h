@@ -16,6 +16,7 @@ struct LoggedRequest {
     std::string path;
     Value parameters;
     std::string account;
+    std::string organisation;
     /// The HTTP status; 0 when no answer was sent.
     int status = 0;
     std::string fault;

@@ -71,6 +71,7 @@ Answer Sandbox::call(const Request& request, LoggedRequest& logged) {
     const auto* account = accounts_.of(request);
     if (!account) return failure(401, "AUTHENTICATION_FAILURE", "The token is missing or not valid.");
     logged.account = account->id;
+    logged.organisation = request.organisation;
 
     auto fault = faults_.take(row->name);
     if (fault) logged.fault = faultName(fault->kind);
@@ -91,7 +92,8 @@ Answer Sandbox::work(const CallRow& row, const CallPath& path, const Request& re
     Reply reply;
     {
         std::lock_guard lock(dataMutex_);
-        reply = row.handle({request, account, data_, clock_.milliseconds(), naming, path.version, path.name});
+        reply = row.handle({request, account, dataFor(account, request.organisation), clock_.milliseconds(), naming,
+                            path.version, path.name});
     }
     if (fault && touchesContent(fault->kind)) {
         parseWrittenBody(reply);
@@ -100,10 +102,41 @@ Answer Sandbox::work(const CallRow& row, const CallPath& path, const Request& re
     return toAnswer(std::move(reply));
 }
 
+// Data sets are made at the first call that needs them and never removed: answers are written without the lock.
+DataSet& Sandbox::dataFor(const std::string& account, const std::string& organisation) {
+    if (options_.dataSharing == DataSharing::everybody) return data_;
+    auto same = [&](const Account& one) { return one.id == account; };
+    auto place = std::find_if(options_.accounts.begin(), options_.accounts.end(), same) - options_.accounts.begin();
+    auto make = [&](std::size_t chosen) -> DataSet& {
+        auto& data = ownData_[{account, chosen}];
+        auto seed = options_.seed + 1000 * static_cast<std::uint64_t>(place + 1) + chosen;
+        if (!data)
+            data = std::make_unique<DataSet>(seed, Accounts({{account, ""}}), options_.recordsPerModule,
+                                             account + ".example.com");
+        return *data;
+    };
+    auto& own = make(0);
+    if (options_.dataSharing == DataSharing::account) return own;
+    for (std::size_t chosen = 1; chosen < own.organisations.size(); ++chosen)
+        if (own.organisations[chosen].id == organisation) {
+            auto& data = make(chosen);
+            data.organisations = own.organisations;
+            return data;
+        }
+    return own;
+}
+
 // Waits on a condition, so that a server that is shutting down need not wait for its own delays.
 void Sandbox::delay(std::chrono::milliseconds duration) {
     std::unique_lock lock(delayMutex_);
-    delayEnd_.wait_for(lock, duration, [&] { return delaysEnded_; });
+    auto seen = releases_;
+    delayEnd_.wait_for(lock, duration, [&] { return delaysEnded_ || releases_ != seen; });
+}
+
+void Sandbox::releaseDelays() {
+    std::lock_guard lock(delayMutex_);
+    ++releases_;
+    delayEnd_.notify_all();
 }
 
 void Sandbox::endDelays() {

@@ -2,9 +2,12 @@
 
 #include <condition_variable>
 #include <functional>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "sandbox/CallTable.h"
 #include "sandbox/Faults.h"
@@ -15,11 +18,16 @@
 
 namespace tarvo::sandbox {
 
+/// Who shares a data set: everybody, each account by itself, or each organisation that an account chooses. The ids of
+/// two data sets differ in their first ten digits, so that a client's mix-up can be found by its texts.
+enum class DataSharing { everybody, account, organisation };
+
 struct SandboxOptions {
     std::uint64_t seed = 1;
     /// The number of records in each module that has lists of its own.
     std::size_t recordsPerModule = 250;
     std::vector<Account> accounts;
+    DataSharing dataSharing = DataSharing::everybody;
     /// How fields are named. Nullopt follows the servlet: columns for "crm", API names for "vestra".
     std::optional<Naming> naming;
     /// Where the request log is written; empty keeps it only in memory.
@@ -35,6 +43,8 @@ public:
     Sandbox(SandboxOptions options, std::function<void()> onStop);
 
     Answer handle(const Request& request);
+    /// Ends every delay that is running. Later ones run as they are set.
+    void releaseDelays();
     /// Ends every delay that is running and skips all later ones.
     void endDelays();
 
@@ -43,6 +53,7 @@ private:
     Answer work(const CallRow& row, const CallPath& path, const Request& request, const std::string& account,
                 const std::optional<Fault>& fault);
     void delay(std::chrono::milliseconds duration);
+    DataSet& dataFor(const std::string& account, const std::string& organisation);
 
     const SandboxOptions options_;
     const std::function<void()> onStop_;
@@ -52,8 +63,10 @@ private:
     RequestLog log_;
     std::mutex dataMutex_;
     DataSet data_;
+    std::map<std::pair<std::string, std::size_t>, std::unique_ptr<DataSet>> ownData_;
     std::mutex delayMutex_;
     std::condition_variable delayEnd_;
+    std::uint64_t releases_ = 0;
     bool delaysEnded_ = false;
 
     friend class Control;

@@ -41,7 +41,7 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, const char* const* v
     Arguments arguments;
     arguments.stateFolder = defaultStateFolder();
     std::vector<std::string> accounts, tokens;
-    std::string naming = "servlet";
+    std::string naming = "servlet", sharing = "everybody";
 
     CLI::App app("A CRM server on loopback to develop and test against.", "tarvo-sandbox");
     app.add_option("--port", arguments.port, "Port to listen on; 0 picks a free one")->check(CLI::Range(0, 65535));
@@ -53,6 +53,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, const char* const* v
     app.add_option("--seed", arguments.sandbox.seed, "Seed of the data set")->check(CLI::NonNegativeNumber);
     app.add_option("--records", arguments.sandbox.recordsPerModule, "Records in each module")
         ->check(CLI::Range(0, 100000));
+    app.add_option("--data-per", sharing, "Who has a data set of their own")
+        ->check(CLI::IsMember({"everybody", "account", "organisation"}));
     app.add_option("--identifier", naming, "How fields are named")->check(CLI::IsMember({"servlet", "column", "api"}));
     app.add_option("--host-name", arguments.hostNames, "Further name or address for the certificate")
         ->check(CLI::Validator([](std::string& text) { return isHost(text) ? "" : "\"" + text + "\" is no host name"; },
@@ -72,6 +74,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, const char* const* v
     if (!arguments.authorityCopy.empty())
         arguments.authorityCopy = std::filesystem::absolute(arguments.authorityCopy).string();
     if (naming != "servlet") arguments.sandbox.naming = naming == "column" ? Naming::column : Naming::api;
+    if (sharing != "everybody")
+        arguments.sandbox.dataSharing = sharing == "account" ? DataSharing::account : DataSharing::organisation;
     for (const auto& account : accounts) arguments.sandbox.accounts.push_back(toAccount(account));
     for (const auto& token : tokens) arguments.sandbox.accounts.push_back({defaultAccountId, token});
     if (arguments.sandbox.accounts.empty()) arguments.sandbox.accounts.push_back({defaultAccountId, defaultToken});

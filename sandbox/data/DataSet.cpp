@@ -17,7 +17,8 @@ constexpr std::string_view tagNames[] = {"Hot", "Follow up", "Été", "Q4", "VIP
 constexpr std::string_view taggedModules[] = {"Leads", "Contacts", "Accounts", "Deals",
                                               "Tasks", "Events",   "Calls",    "CustomModule1"};
 
-std::vector<UserData> makeUsers(IdSequence& ids, Generator& random, const Accounts& accounts) {
+std::vector<UserData> makeUsers(IdSequence& ids, Generator& random, const Accounts& accounts,
+                                const std::string& mailDomain) {
     auto administrator = ids.next();
     auto standard = ids.next();
     std::vector<std::string> accountIds;
@@ -31,7 +32,7 @@ std::vector<UserData> makeUsers(IdSequence& ids, Generator& random, const Accoun
         auto account = number < accountIds.size() ? accountIds[number] : "7990" + std::to_string(10000 + number);
         users.push_back({ids.next(), std::string(random.oneOf(userFirstNames)),
                          std::string(random.oneOf(userLastNames)), account,
-                         "user" + std::to_string(number + 1) + "@example.com", "active",
+                         "user" + std::to_string(number + 1) + "@" + mailDomain, "active",
                          isFirst ? "CEO" : std::string(random.oneOf(roles)), number % 4 != 3,
                          isFirst ? "Administrator" : "Standard", isFirst ? administrator : standard, "Europe/Berlin"});
     }
@@ -48,10 +49,12 @@ std::vector<TagData> makeTags(IdSequence& ids, Generator& random) {
 
 }  // namespace
 
-DataSet::DataSet(std::uint64_t seed, const Accounts& accounts, std::size_t recordsPerModule) : ids(seed) {
+DataSet::DataSet(std::uint64_t seed, const Accounts& accounts, std::size_t recordsPerModule,
+                 const std::string& mailDomain)
+    : ids(seed) {
     Generator random(seed);
     modules = makeModules(ids);
-    users = makeUsers(ids, random, accounts);
+    users = makeUsers(ids, random, accounts, mailDomain);
     organisations = {{ids.next(), "Brightwater Trading", true}, {ids.next(), "Brightwater Café & Söhne", false}};
     companyInfo = {{"CompanyName", "Brightwater Trading"},
                    {"CurrencyLocale", "en_US"},

@@ -66,7 +66,8 @@ struct TagData {
 class DataSet {
 public:
     /// Makes `recordsPerModule` records in each module that has lists of its own.
-    DataSet(std::uint64_t seed, const Accounts& accounts, std::size_t recordsPerModule);
+    DataSet(std::uint64_t seed, const Accounts& accounts, std::size_t recordsPerModule,
+            const std::string& mailDomain = "example.com");
     DataSet(const DataSet&) = delete;
     DataSet& operator=(const DataSet&) = delete;
 

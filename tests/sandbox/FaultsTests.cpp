@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "platform/Text.h"
 #include "sandbox/Envelope.h"
 #include "tests/sandbox/RunningSandbox.h"
@@ -7,7 +9,10 @@ namespace {
 
 class FaultsTests : public RunningSandbox {
 protected:
-    ValueList log() { return *at(json(client->get("/control/requests")), "requests").asList(); }
+    ValueList log() {
+        Client control("localhost", port, certificates.authority);
+        return *at(json(control.get("/control/requests")), "requests").asList();
+    }
 };
 
 TEST_F(FaultsTests, EachFaultShowsOnTheWire) {
@@ -35,6 +40,17 @@ TEST_F(FaultsTests, EachFaultShowsOnTheWire) {
         }
         EXPECT_FALSE(block(json(init()), "tables").empty()) << "used up after " << row.fault;
     }
+}
+
+TEST_F(FaultsTests, ADelayEndsWhenItIsReleased) {
+    setFault(R"({"call":"getappinitdata","fault":"delay","milliseconds":600000,"times":1})");
+    std::optional<ClientAnswer> answer;
+    std::thread caller([&] { answer = init(); });
+    Client control("localhost", port, certificates.authority);
+    // A release that comes before the delay has begun ends nothing, so it is repeated.
+    while (log().empty()) ASSERT_EQ(control.postJson("/control/release", "{}")->status, 200);
+    caller.join();
+    EXPECT_FALSE(block(json(answer), "tables").empty());
 }
 
 TEST_F(FaultsTests, DamageTouchesTheNamedBlocksAlone) {
