@@ -38,8 +38,32 @@ void Accounts::authToken(const std::string& forUser, TokenCompletion completion)
     {
         platform::MutexLock lock(mutex_);
         if (auto found = accounts_.find(forUser); found != accounts_.end()) token = found->second.token;
+        if (isHolding_) {
+            held_.push_back([token, completion] { completion(token); });
+            return;
+        }
     }
     completion(std::move(token));
+}
+
+void Accounts::holdTokens() {
+    platform::MutexLock lock(mutex_);
+    isHolding_ = true;
+}
+
+void Accounts::releaseTokens() {
+    std::vector<std::function<void()>> held;
+    {
+        platform::MutexLock lock(mutex_);
+        isHolding_ = false;
+        held.swap(held_);
+    }
+    for (auto& handOut : held) handOut();
+}
+
+std::size_t Accounts::heldTokens() {
+    platform::MutexLock lock(mutex_);
+    return held_.size();
 }
 
 void Accounts::signOut(const std::string& user) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -23,6 +24,13 @@ public:
     /// Selects an account that is signed in. Returns false if it is not.
     bool select(const std::string& id);
 
+    /// Keeps back every token that is asked for from now on, as an account service does that answers late.
+    void holdTokens();
+    /// Hands out the tokens that were kept back, and later ones at once.
+    void releaseTokens();
+    /// Returns how many tokens are kept back.
+    std::size_t heldTokens();
+
     /// Returns the type of the selected account.
     AuthenticationType authenticationType() override;
     std::optional<std::vector<std::string>> loggedInUsers() override;
@@ -34,6 +42,8 @@ private:
     platform::Mutex mutex_;
     std::map<std::string, Account> accounts_ TARVO_GUARDED_BY(mutex_);
     std::optional<std::string> current_ TARVO_GUARDED_BY(mutex_);
+    bool isHolding_ TARVO_GUARDED_BY(mutex_) = false;
+    std::vector<std::function<void()>> held_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo::host

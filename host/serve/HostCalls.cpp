@@ -60,6 +60,11 @@ struct AccountRequest {
     }
 };
 
+struct TokensRequest {
+    std::optional<bool> hold;
+    static constexpr auto fields() { return describe(field("hold", &TokensRequest::hold)); }
+};
+
 struct ClockRequest {
     std::optional<std::int64_t> set;      // milliseconds since 1970
     std::optional<std::int64_t> advance;  // milliseconds
@@ -106,6 +111,12 @@ void account(Host& host, const AccountRequest& request, const CallPtr& call) {
     done(call);
 }
 
+void tokens(Host& host, const TokensRequest& request, const CallPtr& call) {
+    auto held = host.accounts().heldTokens();
+    if (request.hold) *request.hold ? host.accounts().holdTokens() : host.accounts().releaseTokens();
+    call->event("done", "response", ValueMap{{"held", bridge::toJson(held)}});
+}
+
 std::optional<std::string> faultOf(const ClockRequest& request) {
     if (request.free && (request.set || request.advance || request.zone)) return "request.free: stands alone";
     if (request.advance && !request.set && !Clock::isSet()) return "request.advance: the clock is not set";
@@ -146,6 +157,8 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<std::strin
         "host.appInit", [&host](const InitRequest& request, const CallPtr& call) { appInit(host, request, call); });
     registry.addOperation<AccountRequest>(
         "host.account", [&host](const AccountRequest& request, const CallPtr& call) { account(host, request, call); });
+    registry.addOperation<TokensRequest>(
+        "host.tokens", [&host](const TokensRequest& request, const CallPtr& call) { tokens(host, request, call); });
     registry.addOperation<ClockRequest>("host.clock",
                                         [](const ClockRequest& request, const CallPtr& call) { clock(request, call); });
     auto topics = std::make_shared<bridge::Topics>();
