@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <deque>
 
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserAccounts.h"
@@ -73,7 +74,8 @@ public:
         });
     }
     Names asked;
-    std::vector<std::function<void(std::string, std::optional<NetworkError>)>> calls;
+    /// A deque, since an answer adds calls while it is being given.
+    std::deque<std::function<void(std::string, std::optional<NetworkError>)>> calls;
 };
 
 ValueMap viewsEntry(const std::string& module, ValueList rows) {
@@ -220,7 +222,7 @@ TEST_F(InitBatchTest, TwoBatchesAreInProgressAtATime) {
     step->execute();
     EXPECT_THAT(service->asked, ElementsAre("Leads Contacts Accounts Deals", "Cases Solutions Products Vendors"));
     EXPECT_THAT(recorder->take(), ElementsAre("0/3"));
-    service->calls[0](wire::body({}), {});
+    service->calls.at(0)(wire::body({}), {});
     EXPECT_EQ(service->asked.back(), "Quotes") << "the third starts as soon as one of two is done";
     EXPECT_THAT(recorder->take(), ElementsAre("1/3"));
 }
@@ -229,9 +231,11 @@ TEST_F(InitBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlagged) {
     store(nineModules);
     auto service = std::make_shared<HeldViewService>();
     auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
     step->execute();
     recorder->take();
-    service->calls[0](wire::body({viewsEntry("Leads", {viewRow("1"), viewRow("2")}), viewsEntry("Contacts", {})}), {});
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {viewRow("1"), viewRow("2")}), viewsEntry("Contacts", {})}),
+                         {});
     settle();
     EXPECT_THAT(recorder->take(), UnorderedElementsAre("1/3", "Leads: 1 2", "Contacts: "));
     EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 2u);
@@ -243,13 +247,15 @@ TEST_F(InitBatchTest, ARestartRequestsTheRest) {
     store(nineModules);
     auto service = std::make_shared<HeldViewService>();
     auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
     step->execute();
-    service->calls[0](wire::body({}), {});
+    service->calls.at(0)(wire::body({}), {});
     step = nullptr;
-    service->calls[1](wire::body({}), {});
+    service->calls.at(1)(wire::body({}), {});
     EXPECT_FALSE(isFlagged("customviews", "Cases")) << "the answer came after the step was released";
     service->asked.clear();
     step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
     step->execute();
     EXPECT_THAT(service->asked, ElementsAre("Cases Solutions Products Vendors", "Quotes"));
 }
@@ -258,10 +264,11 @@ TEST_F(InitBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
     store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
     auto service = std::make_shared<HeldViewService>();
     auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
     step->execute();
-    service->calls[1]("<html>", {});
-    service->calls[0](wire::body({viewsEntry("Leads", {Value(viewRow("3"))})}),
-                      NetworkError{NetworkError::Kind::timeout, ""});
+    service->calls.at(1)("<html>", {});
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(viewRow("3"))})}),
+                         NetworkError{NetworkError::Kind::timeout, ""});
     settle();
     EXPECT_THAT(recorder->take(), ElementsAre("0/2", "parsingError", "1/2", "networkResponseError", "complete", "2/2"));
     EXPECT_TRUE(isFlagged("customviews", "Leads") && isFlagged("customviews", "Cases"));
@@ -274,9 +281,10 @@ TEST_F(InitBatchTest, ProgressLinesNameTheModules) {
     store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
     auto service = std::make_shared<HeldViewService>();
     auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
     step->execute();
-    service->calls[1]("<html>", {});
-    service->calls[0](wire::body({}), {});
+    service->calls.at(1)("<html>", {});
+    service->calls.at(0)(wire::body({}), {});
     settle();
     EXPECT_TRUE(wasLogged("CustomViewInfo Requested for Leads, Contacts, Accounts, Deals"));
     EXPECT_TRUE(wasLogged("CustomViewInfo Completed - success for Leads, Contacts, Accounts, Deals"));
