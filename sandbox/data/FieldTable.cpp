@@ -122,7 +122,7 @@ constexpr FieldRow deals[] = {
     {"Currency", "picklist", "Deal", "", "Currency", "CURRENCYISOCODE"},
     {"Exchange_Rate", "double", "Deal", "r"},
     {"Amount", "currency", "Deal", "q"},
-    {"Probability", "integer", "Deal"},
+    {"Probablity", "integer", "Deal"},
     {"Expected_Revenue", "currency", "Deal", "r"},
 };
 
@@ -143,8 +143,8 @@ constexpr FieldRow events[] = {
     {"Event_Title", "text", "Meeting", "!q", "", "SUBJECT"},
     {"Venue", "text", "Meeting", "", "", "LOCATION"},
     {"All_day", "boolean", "Meeting", "", "", "ALLDAYEVENT"},
-    {"Start_DateTime", "datetime", "Meeting", "!q"},
-    {"End_DateTime", "datetime", "Meeting", "!q"},
+    {"Start_Date_Time", "datetime", "Meeting", "!q"},
+    {"End_Date_Time", "datetime", "Meeting", "!q"},
     {"Who_Id", "lookup", "Meeting", "", "Contacts", "CONTACTID"},
     {"What_Id", "lookup", "Meeting", "", "se_module"},
     {"$se_module", "text", "", "rsh", "", "SE_MODULE"},

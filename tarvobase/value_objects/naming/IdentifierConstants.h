@@ -112,7 +112,7 @@ struct DealsConstants : NamesOf {
     std::string_view ownerID = of("SMOWNERID", "Owner");
     std::string_view stage = of("STAGE", "Stage");
     std::string_view amount = of("AMOUNT", "Amount");
-    std::string_view probablity = of("PROBABILITY", "Probability");
+    std::string_view probablity = of("PROBABLITY", "Probablity");
     std::string_view contactID = of("CONTACTID", "Contact_Name");
     std::string_view accountID = of("ACCOUNTID", "Account_Name");
     std::string_view expectedRevenue = of("EXPECTEDREVENUE", "Expected_Revenue");
@@ -129,8 +129,8 @@ struct ActivitiesConstants : NamesOf {
 struct EventsConstants : NamesOf {
     std::string_view checkInStatus = of("CHECKINSTATUS", "Check_In_Status");
     std::string_view subject = of("SUBJECT", "Event_Title");
-    std::string_view startDateTime = of("STARTDATETIME", "Start_DateTime");
-    std::string_view endDateTime = of("ENDDATETIME", "End_DateTime");
+    std::string_view startDateTime = of("STARTDATETIME", "Start_Date_Time");
+    std::string_view endDateTime = of("ENDDATETIME", "End_Date_Time");
     std::string_view allDayEvent = of("ALLDAYEVENT", "All_day");
     std::string_view location = of("LOCATION", "Venue");
     std::string_view eventType = of("$EVENTTYPE", "EVENTTYPE");
@@ -332,7 +332,7 @@ struct IdentifierConstants : NamesOf {
     std::string_view exchangeRate = of("EXCHANGERATE", "Exchange_Rate");
     std::string_view tag = of("TAG", "Tag");
     std::string_view productDetails = of("PRODUCTDETAILS", "Product_Details");
-    std::string_view probablity = of("PROBABILITY", "Probability");
+    std::string_view probablity = of("PROBABLITY", "Probablity");
     std::string_view accountID = of("ACCOUNTID", "Account_Name");
     std::string_view recurring = of("RECURRING", "Recurring_Activity");
     std::string_view contactID = of("CONTACTID", "Who_Id");
@@ -342,8 +342,8 @@ struct IdentifierConstants : NamesOf {
     std::string_view callStartTime = of("CALLSTARTTIME", "Call_Start_Time");
     std::string_view callDuration = of("CALLDURATION", "Call_Duration");
     std::string_view eventType = of("$EVENTTYPE", "EVENTTYPE");
-    std::string_view startDateTime = of("STARTDATETIME", "Start_DateTime");
-    std::string_view endDateTime = of("ENDDATETIME", "End_DateTime");
+    std::string_view startDateTime = of("STARTDATETIME", "Start_Date_Time");
+    std::string_view endDateTime = of("ENDDATETIME", "End_Date_Time");
     std::string_view allDayEvent = of("ALLDAYEVENT", "All_day");
     std::string_view status = of("STATUS", "Status");
     std::string_view remindAt = of("REMINDAT", "Reminder");

@@ -71,8 +71,8 @@ protected:
                             {"Status", FieldDataType::picklist},
                             {"Call_Status", FieldDataType::picklist},
                             {"Due_Date", FieldDataType::date},
-                            {"Start_DateTime", FieldDataType::dateTime},
-                            {"End_DateTime", FieldDataType::dateTime},
+                            {"Start_Date_Time", FieldDataType::dateTime},
+                            {"End_Date_Time", FieldDataType::dateTime},
                             {"Call_Start_Time", FieldDataType::dateTime}});
         auto add = [&](const std::string& kind, const std::string& id,
                        std::vector<std::pair<std::string, Value>> more) {
@@ -84,9 +84,9 @@ protected:
         add("Tasks", "late", {{"Status", "In Progress"}, {"Due_Date", midnight - 24 * hour}});
         add("Tasks", "today", {{"Status", "Not Started"}, {"Due_Date", midnight}, {"Created_Time", noon}});
         add("Tasks", "done", {{"Status", "Completed"}, {"Due_Date", midnight - 24 * hour}});
-        add("Events", "over", {{"Start_DateTime", noon - 2 * hour}, {"End_DateTime", noon - 1}});
-        add("Events", "running", {{"Start_DateTime", noon - hour}, {"End_DateTime", noon + hour}});
-        add("Events", "ahead", {{"Start_DateTime", noon + 20 * hour}, {"End_DateTime", noon + 21 * hour}});
+        add("Events", "over", {{"Start_Date_Time", noon - 2 * hour}, {"End_Date_Time", noon - 1}});
+        add("Events", "running", {{"Start_Date_Time", noon - hour}, {"End_Date_Time", noon + hour}});
+        add("Events", "ahead", {{"Start_Date_Time", noon + 20 * hour}, {"End_Date_Time", noon + 21 * hour}});
         add("Calls", "missed", {{"Call_Status", "Scheduled"}, {"Call_Start_Time", noon - 1}});
         add("Calls", "planned", {{"Call_Status", "Scheduled"}, {"Call_Start_Time", noon}});
         add("Calls", "made", {{"Call_Status", "Completed"}, {"Call_Start_Time", noon - hour}});
