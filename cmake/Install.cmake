@@ -1,5 +1,6 @@
-# Installs the public headers (all but those in folders named `internal`) under the paths that includes use, the static libraries, the programs, and a package config for
-# find_package(TarvoBase).
+# Installs the public headers (all but those in folders that hold internal ones) under the paths that includes use, the
+# static libraries, the programs, and a package config for find_package(TarvoBase). The architecture test has the same
+# list of folders.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -10,7 +11,8 @@ install(TARGETS ${libraries} EXPORT TarvoBaseTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}/tarvobase)
 foreach(folder ${libraries})
   install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvobase/${folder}
-    FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
+    FILES_MATCHING PATTERN "*.h"
+    PATTERN internal EXCLUDE PATTERN wire EXCLUDE PATTERN sql EXCLUDE PATTERN parsers EXCLUDE)
 endforeach()
 if(TARGET tarvo-host)
   install(TARGETS tarvo-host DESTINATION ${CMAKE_INSTALL_BINDIR})

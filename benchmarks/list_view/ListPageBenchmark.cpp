@@ -8,7 +8,7 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
-#include "tarvobase/list_view/GetCVRecordsDBS.h"
+#include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
 #include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/usecase/Usecase.h"

@@ -3,7 +3,7 @@
 #include "bridge/forms/JsonForm.h"
 #include "platform/Text.h"
 #include "tarvobase/list_view/GetFilters.h"
-#include "tarvobase/records/sql/RecordPersistanceDelegate.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
 
 /// The JSON forms of records and of the filters on their columns.
 namespace tarvo::bridge {

@@ -8,6 +8,7 @@
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/ModuleParser.h"
 #include "tarvobase/records/wire/RecordConversion.h"
+#include "tarvobase/records/wire/WireRecords.h"
 
 namespace tarvo::host {
 

@@ -5,8 +5,10 @@
 
 #include "tarvobase/init_process/steps/InitCustomViewDM.h"
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
+#include "tarvobase/metadata/wire/MetadataNS.h"
+#include "tarvobase/metadata/wire/MetadataParser.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
-#include "tarvobase/sync/CVSyncParser.h"
+#include "tarvobase/sync/wire/CVSyncParser.h"
 
 namespace tarvo::host {
 

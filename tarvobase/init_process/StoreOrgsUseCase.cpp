@@ -1,5 +1,6 @@
 #include "tarvobase/init_process/StoreOrgsUseCase.h"
 
+#include "tarvobase/init_process/parsers/InitDownloadParser.h"
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 
 namespace tarvo {

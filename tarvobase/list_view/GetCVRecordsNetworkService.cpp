@@ -1,6 +1,7 @@
 #include "tarvobase/list_view/GetCVRecordsNetworkService.h"
 
 #include "platform/Log.h"
+#include "tarvobase/records/wire/WireRecords.h"
 
 namespace tarvo {
 

@@ -4,12 +4,14 @@
 #include <functional>
 #include <optional>
 
+#include "tarvobase/network_layer/ParserProtocol.h"
 #include "tarvobase/network_layer/StaticBaseNetworkService.h"
-#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/value_objects/module/Module.h"
 #include "tarvobase/value_objects/view/FilterProtocol.h"
 
 namespace tarvo {
+
+struct WireRecords;
 
 /// Which records of which view to ask for. The references are read before the call returns.
 struct GetCVRecordsNetworkRequest {
@@ -23,7 +25,7 @@ struct GetCVRecordsNetworkRequest {
 class GetCVRecordsNetworkService final : public StaticBaseNetworkService {
 public:
     /// Gets nullopt if the server could not be reached or its answer cannot be read; both are logged.
-    using Completion = std::function<void(std::optional<WireRecordsParser::Response>)>;
+    using Completion = std::function<void(std::optional<ParsedResponse<WireRecords, RecordListInfo>>)>;
 
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::customViewRecords); }
     /// Completes exactly once, on the network queue.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/records/sql/FilterRecordMapPersistanceDelegate.h"
+#include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
 #include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
 

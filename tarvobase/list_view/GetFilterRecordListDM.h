@@ -5,11 +5,12 @@
 #include <optional>
 #include <vector>
 
-#include "tarvobase/list_view/GetCVRecordsDBS.h"
 #include "tarvobase/list_view/GetCVRecordsNetworkService.h"
+#include "tarvobase/list_view/GetFilterRecordsDBSP.h"
 #include "tarvobase/list_view/GetListFilterRecordsParams.h"
 #include "tarvobase/metadata/GetModuleInfoDataManager.h"
-#include "tarvobase/records/sql/RecordPersistanceDelegate.h"
+#include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
 #include "tarvobase/transaction/TransactionManagerContract.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
@@ -85,7 +86,8 @@ private:
                                                 const FieldIdentifier& naming) const;
     bool canTriggerNetworkRequest(const GetListFilterRecordsParams& request, std::int64_t recordCount) const;
     void triggerNetworkRequest(const CallPtr& call, std::int64_t from);
-    void networkCompletion(const CallPtr& call, std::int64_t from, std::optional<WireRecordsParser::Response> answer);
+    void networkCompletion(const CallPtr& call, std::int64_t from,
+                           std::optional<ParsedResponse<WireRecords, RecordListInfo>> answer);
     void takeOver(const Call& call, std::int64_t from, const WireRecords& records);
     void notePosition(const Call& call, const RecordListInfo& info, const ResponseInfo& responseInfo);
     void answerFinally(const Call& call) const;

@@ -9,7 +9,7 @@
 
 #include "tarvobase/list_view/FetchRecordNetworkService.h"
 #include "tarvobase/list_view/GetFilters.h"
-#include "tarvobase/records/sql/RecordPersistanceDelegate.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 

@@ -1,5 +1,6 @@
 #include "tarvobase/init_process/steps/AppInitDataManager.h"
 
+#include "tarvobase/init_process/parsers/InitDownloadParser.h"
 #include "tarvobase/metadata/MetadataStores.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"

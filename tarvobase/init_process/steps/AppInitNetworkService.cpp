@@ -1,5 +1,6 @@
 #include "tarvobase/init_process/steps/AppInitNetworkService.h"
 
+#include "tarvobase/init_process/parsers/InitDownloadParser.h"
 #include "tarvobase/init_process/steps/KeptInitData.h"
 
 namespace tarvo {

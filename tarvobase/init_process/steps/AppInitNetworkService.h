@@ -3,10 +3,11 @@
 #include <memory>
 #include <optional>
 
-#include "tarvobase/init_process/parsers/InitDownloadParser.h"
 #include "tarvobase/network_layer/BaseNetworkService.h"
 
 namespace tarvo {
+
+struct ParsedInitData;
 
 /// Receives the answer of the init call, or nullopt if there was no usable answer. Called on the network queue, or on
 /// the caller's queue if an answer of the last minute is reused.

@@ -5,6 +5,7 @@
 #include "platform/Log.h"
 #include "tarvobase/metadata/MetadataStores.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 

@@ -8,12 +8,13 @@
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/download/BatchedDownloadable.h"
 #include "tarvobase/init_process/steps/InitCVRecordsNS.h"
-#include "tarvobase/records/sql/RecordPersistanceDelegate.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
 #include "tarvobase/sync/RecordSyncSettingsPersistance.h"
 
 namespace tarvo {
 
 class DatabaseAdapter;
+struct WireRecords;
 
 class InitCVRecordsDMP : public virtual platform::Object {
 public:

@@ -5,7 +5,7 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CustomViewChangedObserver.h"
 #include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/sync/CVSyncParser.h"
+#include "tarvobase/sync/wire/CVSyncParser.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {

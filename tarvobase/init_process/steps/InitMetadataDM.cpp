@@ -3,6 +3,9 @@
 #include "platform/Log.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/wire/MetadataNS.h"
+#include "tarvobase/metadata/wire/MetadataParser.h"
+#include "tarvobase/metadata/wire/MetadataWriter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/ModuleChangedObserver.h"
 #include "tarvobase/storage/InMemoryStorage.h"
@@ -30,7 +33,6 @@ InitMetadataDM::InitMetadataDM(Persistance persistance, std::shared_ptr<Metadata
     : BatchedDownloadable(Feature::metadaInfo,
                           {.step = "MetadataInfo", .requested = " Requested for ", .completed = " Completed"}),
       persistance_(std::move(persistance)),
-      writer_(persistance_.metadata),
       networkService_(std::move(networkService)) {}
 
 std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<DatabaseAdapter>& dbAdapter,
@@ -45,17 +47,18 @@ std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<Datab
                     .batches = {.moduleDAO = stores.modules(),
                                 .settingDAO = stores.settings(),
                                 .userDefaultsUtil = UserDefaultsUtil(std::move(userDefaults))},
-                    .metadata = {.relatedListDAO = std::make_shared<ModuleRelatedListInDatabase>(),
-                                 .layoutDAO = std::make_shared<ModuleLayoutInfoInDatabase>(
-                                     std::string(layoutConstants.TableName), dbAdapter),
-                                 .layoutFieldsDAO = std::make_shared<LayoutMetadataInDatabase>(),
-                                 .picklistDAO = std::make_shared<PicklistMetadataInDatabase>(),
-                                 .settingDAO = stores.settings(),
-                                 .fieldsDAO = std::make_shared<FieldMetadataInDatabase>(
-                                     std::string(fieldConstants.TableName), dbAdapter, fieldConstants),
-                                 .dbAdapter = dbAdapter,
-                                 .secondaryDbAdapter = secondaryDbAdapter}},
-        std::move(networkService));
+                    .metadata = std::make_shared<MetadataWriter>(MetadataWriter::Persistance{
+                        .relatedListDAO = std::make_shared<ModuleRelatedListInDatabase>(),
+                        .layoutDAO = std::make_shared<ModuleLayoutInfoInDatabase>(
+                            std::string(layoutConstants.TableName), dbAdapter),
+                        .layoutFieldsDAO = std::make_shared<LayoutMetadataInDatabase>(),
+                        .picklistDAO = std::make_shared<PicklistMetadataInDatabase>(),
+                        .settingDAO = stores.settings(),
+                        .fieldsDAO = std::make_shared<FieldMetadataInDatabase>(std::string(fieldConstants.TableName),
+                                                                               dbAdapter, fieldConstants),
+                        .dbAdapter = dbAdapter,
+                        .secondaryDbAdapter = secondaryDbAdapter})},
+        networkService ? std::move(networkService) : std::make_shared<MetadataNS>());
 }
 
 std::shared_ptr<ModuleBatch> InitMetadataDM::makeModuleBatch() const {
@@ -80,7 +83,7 @@ void InitMetadataDM::request(const std::vector<Module>& modules) {
             [&self](auto& detail, auto& info) {
                 platform::log(platform::LogLevel::progress, "metadata",
                               "MetadataInfo Parsing completed for " + info.moduleName);
-                self->writer_.store(detail);
+                self->persistance_.metadata->store(detail);
             });
     });
 }

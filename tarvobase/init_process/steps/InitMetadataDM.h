@@ -6,12 +6,13 @@
 
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/download/BatchedDownloadable.h"
-#include "tarvobase/metadata/wire/MetadataNS.h"
-#include "tarvobase/metadata/wire/MetadataParser.h"
-#include "tarvobase/metadata/wire/MetadataWriter.h"
 #include "tarvobase/value_objects/account/UserPersistanceDelegate.h"
 
 namespace tarvo {
+
+class DatabaseAdapter;
+class MetadataNSP;
+class MetadataWriter;
 
 /// The step `metadata`: downloads the metadata of modules in batches and stores it: fields, layouts, picklists, related
 /// lists, columns of lists, and the record tables.
@@ -26,16 +27,16 @@ public:
     struct Persistance {
         std::shared_ptr<UserPersistanceDelegate> userDAO;
         ModuleBatch::Persistance batches;
-        MetadataWriter::Persistance metadata;
+        std::shared_ptr<const MetadataWriter> metadata;
     };
     InitMetadataDM(Persistance persistance, std::shared_ptr<MetadataNSP> networkService);
 
     /// Makes a step over the open database. `secondaryDbAdapter` keeps the statements of the record tables; it may be
-    /// the same adapter.
-    static std::shared_ptr<InitMetadataDM> make(
-        const std::shared_ptr<DatabaseAdapter>& dbAdapter, const std::shared_ptr<DatabaseAdapter>& secondaryDbAdapter,
-        std::shared_ptr<UserDefaultsProtocol> userDefaults,
-        std::shared_ptr<MetadataNSP> networkService = std::make_shared<MetadataNS>());
+    /// the same adapter. Without a service the step makes one of its own.
+    static std::shared_ptr<InitMetadataDM> make(const std::shared_ptr<DatabaseAdapter>& dbAdapter,
+                                                const std::shared_ptr<DatabaseAdapter>& secondaryDbAdapter,
+                                                std::shared_ptr<UserDefaultsProtocol> userDefaults,
+                                                std::shared_ptr<MetadataNSP> networkService = nullptr);
 
     /// Downloads the given modules, or all stored modules if none is given, whether or not they were downloaded before.
     /// `success` is called once when all batches have ended, including failed ones. It comes on the queue of the last
@@ -55,7 +56,6 @@ private:
     std::string profileID() const;
 
     const Persistance persistance_;
-    const MetadataWriter writer_;
     const std::shared_ptr<MetadataNSP> networkService_;
 };
 

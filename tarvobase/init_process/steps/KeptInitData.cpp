@@ -4,6 +4,7 @@
 #include "platform/ProcessState.h"
 #include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/init_process/parsers/InitDownloadParser.h"
 
 namespace tarvo {
 

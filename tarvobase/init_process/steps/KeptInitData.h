@@ -2,9 +2,9 @@
 
 #include <optional>
 
-#include "tarvobase/init_process/parsers/InitDownloadParser.h"
-
 namespace tarvo {
+
+struct ParsedInitData;
 
 /// The last answer of the init call in this process, with its account. From any thread.
 struct KeptInitData {

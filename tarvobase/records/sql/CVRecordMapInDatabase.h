@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "tarvobase/records/sql/FilterRecordMapPersistanceDelegate.h"
+#include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 
 namespace tarvo {

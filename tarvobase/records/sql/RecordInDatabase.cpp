@@ -13,6 +13,7 @@
 #include "tarvobase/records/wire/ModuleParser.h"
 #include "tarvobase/records/wire/RecordConversion.h"
 #include "tarvobase/records/wire/RecordPage.h"
+#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 

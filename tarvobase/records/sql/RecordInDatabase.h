@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/records/sql/RecordPersistanceDelegate.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
 #include "tarvobase/value_objects/field/FieldList.h"
 
 namespace tarvo {

@@ -7,6 +7,7 @@
 #include "tarvobase/init_process/steps/InitCustomViewDM.h"
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
 #include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CustomViewChangedObserver.h"
 #include "tarvobase/storage/InMemoryStorage.h"

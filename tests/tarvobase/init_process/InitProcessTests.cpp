@@ -3,6 +3,7 @@
 
 #include "tarvobase/configuration/UserAccounts.h"
 #include "tarvobase/init_process/InitProcessUseCase.h"
+#include "tarvobase/init_process/parsers/InitDownloadParser.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/InitialProcessComplete.h"
 #include "tests/tarvobase/Fixture.h"

@@ -5,7 +5,7 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CVObserver.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
-#include "tarvobase/sync/CVSyncParser.h"
+#include "tarvobase/sync/wire/CVSyncParser.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 #include "tests/tarvobase/MetadataTables.h"
 #include "tests/tarvobase/records/sql/FilterFixture.h"

@@ -2,6 +2,7 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/list_view/GetListFilterRecords.h"
+#include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 #include "tests/tarvobase/MetadataFixture.h"

@@ -7,6 +7,7 @@
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
 #include "tarvobase/metadata/MetadataStores.h"
 #include "tarvobase/metadata/PopulateRelatedModulesDM.h"
+#include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/ModuleChangedObserver.h"
 #include "tarvobase/storage/InMemoryStorage.h"

@@ -4,6 +4,7 @@
 #include "platform/Text.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/RecordParser.h"
+#include "tarvobase/records/wire/WireRecords.h"
 #include "tests/tarvobase/MetadataFixture.h"
 
 namespace tarvo {

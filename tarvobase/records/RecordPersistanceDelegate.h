@@ -9,7 +9,6 @@
 #include "platform/Object.h"
 #include "tarvobase/database_layer/Criteria.h"
 #include "tarvobase/records/Record.h"
-#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/value_objects/field/Sort.h"
 #include "tarvobase/value_objects/module/Module.h"
 #include "tarvobase/value_objects/view/ColumnFilter.h"
@@ -18,6 +17,7 @@
 namespace tarvo {
 
 struct ModuleInfo;
+struct WireRecords;
 
 /// Selects records of a module's table. All given conditions must hold; an absent one does not restrict the result.
 struct RecordQuery {

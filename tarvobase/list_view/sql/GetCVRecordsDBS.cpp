@@ -1,4 +1,4 @@
-#include "tarvobase/list_view/GetCVRecordsDBS.h"
+#include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "tarvobase/sync/CVSyncParser.h"
+#include "tarvobase/sync/wire/CVSyncParser.h"
 
 #include <algorithm>
 
