@@ -41,6 +41,8 @@ std::string_view kindName(NetworkError::Kind kind) {
             return "connection lost";
         case NetworkError::Kind::notSent:
             return "not sent";
+        case NetworkError::Kind::outdated:
+            return "the account at work has changed";
         case NetworkError::Kind::shutDown:
             return "shut down";
         case NetworkError::Kind::file:

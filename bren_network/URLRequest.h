@@ -59,8 +59,20 @@ struct URLResponse {
 
 /// Why a request has no answer.
 struct NetworkError {
-    /// `notSent` is for the layers above: the account had no authentication to send the request with.
-    enum class Kind { invalidURL, cannotConnect, timeout, certificate, connectionLost, notSent, shutDown, file, other };
+    /// Two kinds are for the layers above: `notSent`, the account had no authentication to send the request with, and
+    /// `outdated`, another account is at work by now.
+    enum class Kind {
+        invalidURL,
+        cannotConnect,
+        timeout,
+        certificate,
+        connectionLost,
+        notSent,
+        outdated,
+        shutDown,
+        file,
+        other
+    };
     Kind kind = Kind::other;
     /// Kind and host in words, no query, no header, no body.
     std::string message;

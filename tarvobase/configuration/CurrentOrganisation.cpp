@@ -4,8 +4,6 @@
 
 namespace tarvo {
 
-CurrentOrganisationInUserDefaults::CurrentOrganisationInUserDefaults()
-    : CurrentOrganisationInUserDefaults(std::make_shared<BrenUserDefaults>()) {}
 CurrentOrganisationInUserDefaults::CurrentOrganisationInUserDefaults(std::shared_ptr<UserDefaultsProtocol> userDefaults)
     : userDefaults_(std::move(userDefaults)) {}
 

@@ -22,10 +22,9 @@ public:
 inline constexpr std::string_view currentOrganisationSetting = "CurrentOrganisation";
 inline constexpr std::string_view currentOrganisationIDKey = "orgID";
 
-/// Reads the choice from the settings store of the current account at each call.
+/// Reads the choice of the account that the settings store takes as the current one, at each call.
 class CurrentOrganisationInUserDefaults final : public CurrentOrganisationProtocol {
 public:
-    CurrentOrganisationInUserDefaults();
     explicit CurrentOrganisationInUserDefaults(std::shared_ptr<UserDefaultsProtocol> userDefaults);
 
     /// Absent also if the stored id is empty.

@@ -24,6 +24,11 @@ void notify(const Value& newValue, const std::string& key, const UserDefaultsGro
         });
 }
 
+std::shared_ptr<platform::SettingsStore> suiteInForce() {
+    return platform::ProcessState::current().get<SettingsStores>().suite(
+        CommonConfigration::sharedInstance().userDefaultsGroup.get().value_or(""));
+}
+
 }  // namespace
 
 std::string UserDefaultsGroup::text() const {
@@ -45,15 +50,22 @@ std::string UserDefaultsGroup::keyForKeyName(std::string_view key) const {
     return case_ == Case::none ? stored : stored.append(groupMark).append(text());
 }
 
-BrenUserDefaults::BrenUserDefaults()
-    : userDefaults_(platform::ProcessState::current().get<SettingsStores>().suite(
-          CommonConfigration::sharedInstance().userDefaultsGroup.get().value_or(""))) {}
+BrenUserDefaults::BrenUserDefaults() : userDefaults_(suiteInForce()) {}
+BrenUserDefaults::BrenUserDefaults(std::string account) : account_(std::move(account)), userDefaults_(suiteInForce()) {}
+
+std::shared_ptr<BrenUserDefaults> BrenUserDefaults::ofCurrentAccount() {
+    return std::make_shared<BrenUserDefaults>(UserDefaultsGroup::current().text());
+}
+
+UserDefaultsGroup BrenUserDefaults::own(const Group& group) const {
+    return account_ && group.isCurrent() ? Group::other(*account_) : group;
+}
 
 void BrenUserDefaults::synchronise() { userDefaults_->synchronise(); }
 
 void BrenUserDefaults::store(Value value, const std::string& key, const Group& group) {
-    notify(value, key, group);
-    userDefaults_->set(group.keyForKeyName(key), std::move(value));
+    notify(value, key, own(group));
+    userDefaults_->set(keyOf(key, group), std::move(value));
 }
 
 void BrenUserDefaults::setString(const std::string& value, const std::string& forKey, const Group& forGroup) {
@@ -88,7 +100,7 @@ void BrenUserDefaults::set(std::int64_t value, const std::string& forKey, const 
 }
 
 std::optional<std::string> BrenUserDefaults::stringForKey(const std::string& key, const Group& forGroup) const {
-    return userDefaults_->string(forGroup.keyForKeyName(key));
+    return userDefaults_->string(keyOf(key, forGroup));
 }
 std::optional<std::string> BrenUserDefaults::secureStringForKey(const std::string& key, const Group& forGroup) const {
     return stringForKey(key, forGroup);
@@ -100,23 +112,23 @@ std::optional<ValueMap> BrenUserDefaults::secureDictionaryForKey(const std::stri
     return dictionaryForKey(key, forGroup);
 }
 std::optional<std::int64_t> BrenUserDefaults::integerForKey(const std::string& key, const Group& forGroup) const {
-    return userDefaults_->integer(forGroup.keyForKeyName(key));
+    return userDefaults_->integer(keyOf(key, forGroup));
 }
 std::optional<bool> BrenUserDefaults::boolForKey(const std::string& key, const Group& forGroup) const {
-    return userDefaults_->boolean(forGroup.keyForKeyName(key));
+    return userDefaults_->boolean(keyOf(key, forGroup));
 }
 std::optional<ValueList> BrenUserDefaults::arrayForKey(const std::string& key, const Group& forGroup) const {
-    return userDefaults_->list(forGroup.keyForKeyName(key));
+    return userDefaults_->list(keyOf(key, forGroup));
 }
 std::optional<ValueMap> BrenUserDefaults::dictionaryForKey(const std::string& key, const Group& forGroup) const {
-    return userDefaults_->map(forGroup.keyForKeyName(key));
+    return userDefaults_->map(keyOf(key, forGroup));
 }
 std::optional<std::int64_t> BrenUserDefaults::int64(const std::string& forKey, const Group& andGroup) const {
     return integerForKey(forKey, andGroup);
 }
 
 void BrenUserDefaults::removeValueForKey(const std::string& key, const Group& inGroup) {
-    userDefaults_->remove(inGroup.keyForKeyName(key));
+    userDefaults_->remove(keyOf(key, inGroup));
 }
 void BrenUserDefaults::removeSecureStringForKey(const std::string& key, const Group& inGroup) {
     removeValueForKey(key, inGroup);
@@ -132,11 +144,11 @@ void BrenUserDefaults::addObserver(const std::shared_ptr<UserDefaultsValueObserv
     BrenNotificationCenter::shared().add<UserDefaultsValueObserver>(observer);
 }
 
-// The new value is known only under the store's lock; observers hear of it as soon as that is left.
+// The new value is known only under the store's lock; observers are notified as soon as that is released.
 bool BrenUserDefaults::update(const std::string& key, const Group& inGroup,
                               platform::FunctionRef<Value(const Value&)> next) {
-    auto stored = userDefaults_->update(inGroup.keyForKeyName(key), next);
-    if (stored) notify(*stored, key, inGroup);
+    auto stored = userDefaults_->update(keyOf(key, inGroup), next);
+    if (stored) notify(*stored, key, own(inGroup));
     return stored.has_value();
 }
 

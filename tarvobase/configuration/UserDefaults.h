@@ -28,6 +28,7 @@ public:
     std::string text() const;
     /// The stored key of a key in this group, for the account of the moment.
     std::string keyForKeyName(std::string_view key) const;
+    bool isCurrent() const { return case_ == Case::current; }
 
 private:
     enum class Case { other, current, base, none };
@@ -92,7 +93,13 @@ public:
 /// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made.
 class BrenUserDefaults final : public UserDefaultsProtocol {
 public:
+    /// Takes the account of each call as the current one.
     BrenUserDefaults();
+    /// Takes one account as the current one, for work that belongs to it: a switch of account in the meantime does not
+    /// lead it to the settings of another one.
+    explicit BrenUserDefaults(std::string account);
+    /// Takes the account of the moment as the current one, from now on.
+    static std::shared_ptr<BrenUserDefaults> ofCurrentAccount();
 
     void synchronise() override;
     void setString(const std::string& value, const std::string& forKey, const Group& forGroup) override;
@@ -123,7 +130,11 @@ public:
 
 private:
     void store(Value value, const std::string& key, const Group& group);
+    /// The group with this object's own account in the place of the current one.
+    Group own(const Group& group) const;
+    std::string keyOf(const std::string& key, const Group& group) const { return own(group).keyForKeyName(key); }
 
+    const std::optional<std::string> account_;
     std::shared_ptr<platform::SettingsStore> userDefaults_;
 };
 

@@ -21,8 +21,10 @@ NetworkCall callOf(URLRequest prepared, BaseNetworkService::Request request) {
 }  // namespace
 
 BaseNetworkService::BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> withNetworkConstants)
-    : networkConstants(std::move(withNetworkConstants)),
-      orgsPersistance(std::make_shared<CurrentOrganisationInUserDefaults>()) {}
+    : networkConstants(std::move(withNetworkConstants)) {
+    orgsPersistance =
+        std::make_shared<CurrentOrganisationInUserDefaults>(std::make_shared<BrenUserDefaults>(scope_.account));
+}
 
 BaseNetworkService::BaseNetworkService(const CRMAPIs& endpoint, ApiVersion version,
                                        std::shared_ptr<NetworkConstantsProtocol> networkConstants)
@@ -50,32 +52,30 @@ void BaseNetworkService::post(ValueMap params, NetworkCompletion completion) {
 
 void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Request request) {
     request.completionHandler = completionOf(request);
-    auto prepared = service::getURLRequest(baseUrl, request.method, request.body);
+    auto prepared = service::getURLRequest(baseUrl, request.method, request.body, scope_.organisation);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     give(Transfer::download, callOf(*std::move(prepared), std::move(request)));
 }
 
 void BaseNetworkService::start(Transfer transfer, Request request) {
     request.completionHandler = completionOf(request);
-    auto prepared = service::getURLRequest(baseURL, request.method, request.body);
+    auto prepared = service::getURLRequest(baseURL, request.method, request.body, scope_.organisation);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     if (!shouldAddAuthtoken) return give(transfer, callOf(*std::move(prepared), std::move(request)));
-    bool asked = service::withToken(
-        [weak = platform::weakSelf(this), transfer, request](AuthenticationProtocol&, const std::string& user,
-                                                             const std::optional<std::string>& token) {
-            if (auto self = weak.lock()) self->startWithToken(transfer, request, user, token);
-        });
-    if (!asked)
-        completeUnsent(request.completionHandler, request.identifier, notSent("no authentication is configured"));
+    service::withToken(scope_, [weak = platform::weakSelf(this), transfer, request](auto answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        if (!answer) return completeUnsent(request.completionHandler, request.identifier, answer.error());
+        self->startWithToken(transfer, request, *answer);
+    });
 }
 
-void BaseNetworkService::startWithToken(Transfer transfer, Request request, const std::string& user,
-                                        const std::optional<std::string>& token) {
-    if (!token) {
-        reportNoToken(user);
+void BaseNetworkService::startWithToken(Transfer transfer, Request request, const service::TokenAnswer& answer) {
+    if (!answer.token) {
+        reportNoToken(answer.user);
         return completeUnsent(request.completionHandler, request.identifier, notSent("the account has no token"));
     }
-    auto prepared = url(token, request.method, request.body);
+    auto prepared = url(answer.token, request.method, request.body);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
     // Parameters cannot travel in a body that is taken; then they go into the URL.
@@ -94,7 +94,7 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
 
 std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::url(
     const std::optional<std::string>& authentication, HTTPMethod method, std::optional<Data> body) const {
-    auto request = service::getURLRequest(baseURL, method, std::move(body));
+    auto request = service::getURLRequest(baseURL, method, std::move(body), scope_.organisation);
     if (!request) return std::nullopt;
     auto asked = CommonConfigration::sharedInstance().authentication.get();
     auto type = asked ? asked->authenticationType() : AuthenticationType::oauth;
@@ -116,10 +116,10 @@ void BaseNetworkService::give(Transfer transfer, NetworkCall call) {
 }
 
 NetworkCompletion BaseNetworkService::completionOf(Request& request) {
-    if (request.completionHandler) return std::move(request.completionHandler);
-    return [weak = platform::weakSelf(this)](NetworkAnswer answer) {
+    if (request.completionHandler) return service::guarded(scope_, std::move(request.completionHandler));
+    return service::guarded(scope_, [weak = platform::weakSelf(this)](NetworkAnswer answer) {
         if (auto self = weak.lock()) self->taskCompletionHandler(std::move(answer));
-    };
+    });
 }
 
 void BaseNetworkService::reportFailure(const NetworkError& error) {
@@ -140,20 +140,18 @@ void BaseNetworkService::progressPercentHandler(float part, std::int64_t, std::i
 }
 
 void BaseNetworkService::upload(NetworkUpload upload) {
-    auto completion = upload.completionHandler;
-    bool asked = service::withToken([weak = platform::weakSelf(this), upload = std::move(upload)](
-                                        AuthenticationProtocol& authentication, const std::string& user,
-                                        const std::optional<std::string>& token) mutable {
+    upload.completionHandler = service::guarded(scope_, std::move(upload.completionHandler));
+    service::withToken(scope_, [weak = platform::weakSelf(this), upload = std::move(upload)](auto answer) mutable {
         auto self = weak.lock();
         if (!self) return;
-        if (!token) {
-            self->reportNoToken(user);
+        if (!answer) return completeUnsent(upload.completionHandler, std::nullopt, answer.error());
+        if (!answer->token) {
+            self->reportNoToken(answer->user);
             return completeUnsent(upload.completionHandler, std::nullopt, notSent("the account has no token"));
         }
-        service::authorize(upload, authentication.authenticationType(), *token);
+        service::authorize(upload, answer->type, *answer->token);
         self->networkAdapter()->upload(std::move(upload));
     });
-    if (!asked) completeUnsent(completion, std::nullopt, notSent("no authentication is configured"));
 }
 
 }  // namespace tarvo

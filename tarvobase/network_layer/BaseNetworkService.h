@@ -13,7 +13,7 @@ namespace tarvo {
 
 class BaseNetworkService;
 
-/// Hears of a service's calls, on the queue of the call. Every operation is empty unless overridden.
+/// Follows a service's calls, on the queue of the call. Every operation is empty unless overridden.
 class NetworkServiceDelegate : public virtual platform::Object {
 public:
     virtual void networkCallGiven(BaseNetworkService& by) { static_cast<void>(by); }
@@ -30,9 +30,11 @@ public:
 /// Base of the network services with a delegate. A subclass names its call, posts its parameters, and parses the answer
 /// in `taskCompletionHandler` or in the completion that it gives, unless its caller does.
 ///
-/// A call is one attempt. Every call completes, on the network queue, also one that could not be sent; then the failure
-/// is a `NetworkError` and the host hears what is told at each operation. A service that has been let go when its token
-/// or its answer comes does nothing more.
+/// A call is one attempt. Every call completes, on the network queue, also one that could not be sent; the failure is
+/// then a `NetworkError`. A service that has been let go when its token or its answer comes does nothing more.
+///
+/// A service belongs to the account, organisation and database for which it was made. Once another one is in force, it
+/// sends nothing, and an answer that is still on its way completes as the failure `outdated`, without a body.
 class BaseNetworkService : public virtual platform::Object {
 public:
     explicit BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> withNetworkConstants);
@@ -48,6 +50,9 @@ public:
     std::string baseURL;
     bool shouldAddAuthtoken = true;
     std::shared_ptr<CurrentOrganisationProtocol> orgsPersistance;
+
+    /// Whom the service works for.
+    const Scope& scope() const { return scope_; }
 
     /// Made on first read.
     std::shared_ptr<NetworkAdapter> networkAdapter();
@@ -66,7 +71,7 @@ public:
         /// Absent means `taskCompletionHandler`.
         NetworkCompletion completionHandler{};
     };
-    /// Sends to `baseURL`. Without a token the request is not sent and `errorHandler` hears `noAuthtoken`.
+    /// Sends to `baseURL`. Without a token the request is not sent and `errorHandler` gets `noAuthtoken`.
     void sendRequest(Request request);
     /// Posts the parameters to `baseURL` for the current organisation, as most services do.
     void post(ValueMap params, NetworkCompletion completion = {});
@@ -78,7 +83,7 @@ public:
         URLRequest request;
         std::optional<std::string> authorization;
     };
-    /// The request to `baseURL` with the text for a token; nothing when `baseURL` is no URL.
+    /// Returns the request to `baseURL` with the text for a token, or nullopt if `baseURL` is not a URL.
     std::optional<AuthenticatedURL> url(const std::optional<std::string>& authentication, HTTPMethod method,
                                         std::optional<Data> body) const;
 
@@ -100,12 +105,12 @@ protected:
 private:
     enum class Transfer { send, download };
     void start(Transfer transfer, Request request);
-    void startWithToken(Transfer transfer, Request request, const std::string& user,
-                        const std::optional<std::string>& token);
+    void startWithToken(Transfer transfer, Request request, const service::TokenAnswer& answer);
     void give(Transfer transfer, NetworkCall call);
     NetworkCompletion completionOf(Request& request);
     void reportNoToken(const std::string& user);
 
+    const Scope scope_ = Scope::current();
     LazyNetworkAdapter networkAdapter_;
 };
 

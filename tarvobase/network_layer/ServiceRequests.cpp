@@ -1,11 +1,39 @@
 #include "tarvobase/network_layer/ServiceRequests.h"
 
+#include <atomic>
+
+#include "platform/DispatchQueue.h"
 #include "platform/Log.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 
 namespace tarvo::service {
 
-std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body) {
+namespace {
+
+using TokenWork = std::function<void(Result<TokenAnswer, NetworkError>)>;
+
+/// Whoever comes first, the token or the end of the wait, does the work.
+class TokenWait {
+public:
+    explicit TokenWait(TokenWork work) : work_(std::move(work)) {}
+    void end(Result<TokenAnswer, NetworkError> answer) {
+        if (!ended_.exchange(true)) std::exchange(work_, nullptr)(std::move(answer));
+    }
+
+private:
+    std::atomic<bool> ended_ = false;
+    TokenWork work_;
+};
+
+const std::shared_ptr<DispatchQueue>& tokenQueue() {
+    static const auto queue = DispatchQueue::concurrent("TokenQueue");
+    return queue;
+}
+
+}  // namespace
+
+std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body,
+                                        const std::string& organisation) {
     if (!bren::isValidURL(url)) return std::nullopt;
     auto& configuration = CommonConfigration::sharedInstance();
     URLRequest request{.url = url,
@@ -14,8 +42,7 @@ std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod metho
                        .body = std::move(body),
                        .timeout = std::chrono::seconds(60)};
     if (auto build = configuration.appBuildID.get()) request.headers.set(HEADER_APP_BUILDID, *build);
-    if (auto organisation = configuration.currentOrgID.get(); !organisation.empty())
-        request.headers.set(HEADER_ORGID, organisation);
+    if (!organisation.empty()) request.headers.set(HEADER_ORGID, organisation);
     return request;
 }
 
@@ -37,8 +64,11 @@ void addOrganisation(std::optional<ValueMap>& params, CurrentOrganisationProtoco
     if (auto id = organisations.currentOrganisationID()) params->set(PARAM_ORGID, *id);
 }
 
-NetworkError invalidURL() { return {NetworkError::Kind::invalidURL, "the text is no URL"}; }
+NetworkError invalidURL() { return {NetworkError::Kind::invalidURL, "the text is not a URL"}; }
 NetworkError notSent(std::string why) { return {NetworkError::Kind::notSent, std::move(why)}; }
+NetworkError outdated() {
+    return {NetworkError::Kind::outdated, "the account, organisation or database at work has changed"};
+}
 
 void appendQuery(std::string& url, const std::string& query) {
     if (query.empty()) return;
@@ -46,15 +76,34 @@ void appendQuery(std::string& url, const std::string& query) {
     url += query;
 }
 
-bool withToken(
-    std::function<void(AuthenticationProtocol&, const std::string&, const std::optional<std::string>&)> work) {
+void withToken(const Scope& scope, TokenWork work) {
+    if (!scope.isCurrent()) return work(outdated());
     auto authentication = CommonConfigration::sharedInstance().authentication.get();
-    if (!authentication) return false;
+    if (!authentication) return work(notSent("no authentication is configured"));
     auto user = authentication->currentUser().value_or("");
-    authentication->authToken(user, [authentication, user, work = std::move(work)](std::optional<std::string> token) {
-        work(*authentication, user, token);
+    auto wait = std::make_shared<TokenWait>(std::move(work));
+    auto limit = tokenQueue()->asyncAfter(tokenTimeLimit, [wait] {
+        platform::log(platform::LogLevel::warning, "network", "the host gave no token in time");
+        wait->end(NetworkError{NetworkError::Kind::timeout, "the host gave no token in time"});
     });
-    return true;
+    authentication->authToken(user, [=](std::optional<std::string> token) mutable {
+        limit.cancel();
+        if (!scope.isCurrent() || authentication->currentUser().value_or("") != user) return wait->end(outdated());
+        wait->end(TokenAnswer{authentication->authenticationType(), user, std::move(token)});
+    });
+}
+
+NetworkCompletion guarded(const Scope& scope, NetworkCompletion completion) {
+    return [scope, completion = std::move(completion)](NetworkAnswer answer) {
+        if (!scope.isCurrent()) {
+            auto failure = outdated();
+            platform::log(platform::LogLevel::warning, "network", "an answer is dropped: " + failure.message);
+            answer.body = {};
+            answer.response.reset();
+            if (!answer.error) answer.error = std::move(failure);
+        }
+        if (completion) completion(std::move(answer));
+    };
 }
 
 void logHeaders(const URLRequest& request) {

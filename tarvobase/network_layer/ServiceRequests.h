@@ -2,13 +2,15 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/Result.h"
+#include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/AuthenticationProtocol.h"
 #include "tarvobase/configuration/CurrentOrganisation.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/network_layer/NetworkAdapter.h"
 
 /// What the two bases of network services share: how a request is built, and how a token gets into it.
@@ -18,18 +20,18 @@ namespace tarvo {
 class LazyNetworkAdapter {
 public:
     std::shared_ptr<NetworkAdapter> getOr(std::shared_ptr<NetworkAdapter> (*make)()) {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         if (!adapter_) adapter_ = make();
         return adapter_;
     }
     void set(std::shared_ptr<NetworkAdapter> adapter) {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         adapter_ = std::move(adapter);
     }
 
 private:
-    std::mutex mutex_;
-    std::shared_ptr<NetworkAdapter> adapter_;
+    platform::Mutex mutex_;
+    std::shared_ptr<NetworkAdapter> adapter_ TARVO_GUARDED_BY(mutex_);
 };
 
 namespace service {
@@ -41,10 +43,12 @@ inline constexpr std::string_view HEADER_ORGID = "X-CRM-ORG";
 inline constexpr std::string_view PARAM_ORGID = "orgid";
 inline constexpr std::string_view PARAM_AUTHTOKEN = "authtoken";
 
-/// The request with the fixed headers and a time-out of 60 seconds; nothing when the text is no URL.
-std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body);
+/// Returns the request with the fixed headers, that of the organisation if there is one, and a time-out of 60 seconds.
+/// Returns nullopt if the text is not a URL.
+std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body,
+                                        const std::string& organisation);
 
-/// Value of the "Authorization" header for a token.
+/// Returns the value of the "Authorization" header for a token.
 std::string authorizationText(AuthenticationType type, const std::string& token);
 
 /// Puts build and token of an upload where they belong: into its headers, a plain token into its parameters.
@@ -56,15 +60,31 @@ void addOrganisation(std::optional<ValueMap>& params, CurrentOrganisationProtoco
 /// The failures of requests that never went out.
 NetworkError invalidURL();
 NetworkError notSent(std::string why);
+/// The failure of work that belongs to an account, organisation or database which is no longer in force.
+NetworkError outdated();
 
-/// Puts "name=value" pairs behind a URL, after "?" or "&" as it needs.
+/// Appends "name=value" pairs to a URL, after "?" or "&" as it needs.
 void appendQuery(std::string& url, const std::string& query);
 
-/// Asks for the current user's token. Calls `work` exactly once, with the user and what was given, or does nothing and
-/// answers false when nobody can be asked.
-bool withToken(std::function<void(AuthenticationProtocol& authentication, const std::string& user,
-                                  const std::optional<std::string>& token)>
-                   work);
+/// What the host answered for the account at work.
+struct TokenAnswer {
+    AuthenticationType type;
+    std::string user;
+    std::optional<std::string> token;  ///< absent when the account has none
+};
+
+/// How long a host may take to give a token. A host that shows a sign-in window first is slow; one that never answers
+/// must not keep a screen waiting.
+inline constexpr std::chrono::seconds tokenTimeLimit{60};
+
+/// Asks for the token of the current user. Calls `work` exactly once: with the answer, or with the reason why the
+/// request must not go out. That is the case without authentication, once the scope is outdated, also while the token
+/// was on its way, and after `tokenTimeLimit`.
+void withToken(const Scope& scope, std::function<void(Result<TokenAnswer, NetworkError>)> work);
+
+/// Returns the completion with a guard before it: an answer to work whose scope is outdated loses its body and becomes
+/// the failure `outdated`, with one log line, so that nobody stores or shows it.
+NetworkCompletion guarded(const Scope& scope, NetworkCompletion completion);
 
 /// `read(item)` of each, in their order. Calls about several things send such lists side by side.
 template <class Item, class Read>

@@ -8,15 +8,11 @@
 
 namespace tarvo {
 
-namespace {
-
-constexpr const char* noAuthentication = "no authentication is configured";
-
-}  // namespace
-
 StaticBaseNetworkService::StaticBaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> networkConstants)
-    : networkConstants(std::move(networkConstants)),
-      orgsPersistance(std::make_shared<CurrentOrganisationInUserDefaults>()) {}
+    : networkConstants(std::move(networkConstants)) {
+    orgsPersistance =
+        std::make_shared<CurrentOrganisationInUserDefaults>(std::make_shared<BrenUserDefaults>(scope_.account));
+}
 
 std::shared_ptr<NetworkAdapter> StaticBaseNetworkService::networkAdapter() {
     return networkAdapter_.getOr(
@@ -32,15 +28,14 @@ void StaticBaseNetworkService::post(ValueMap params, NetworkCompletion completio
 
 void StaticBaseNetworkService::start(Transfer transfer, Request request) {
     if (!request.url) request.url = baseURL();
+    request.completionHandler = service::guarded(scope_, std::move(request.completionHandler));
     if (!shouldAddAuthtoken) return startWithToken(transfer, std::move(request), std::nullopt);
-    auto completion = request.completionHandler;
-    auto identifier = request.identifier;
-    bool asked =
-        service::withToken([weak = platform::weakSelf(this), transfer, request = std::move(request)](
-                               AuthenticationProtocol&, const std::string&, const std::optional<std::string>& token) {
-            if (auto self = weak.lock()) self->startWithToken(transfer, request, token);
-        });
-    if (!asked) completeUnsent(completion, identifier, service::notSent(noAuthentication));
+    service::withToken(scope_, [weak = platform::weakSelf(this), transfer, request](auto answer) {
+        auto self = weak.lock();
+        if (!self) return;
+        if (!answer) return completeUnsent(request.completionHandler, request.identifier, answer.error());
+        self->startWithToken(transfer, request, answer->token);
+    });
 }
 
 void StaticBaseNetworkService::startWithToken(Transfer transfer, Request request,
@@ -68,7 +63,7 @@ void StaticBaseNetworkService::startWithToken(Transfer transfer, Request request
 std::optional<StaticBaseNetworkService::AuthenticatedURL> StaticBaseNetworkService::url(
     const std::string& urlRequest, const std::optional<std::string>& authentication, HTTPMethod method,
     std::optional<Data> body) const {
-    auto request = service::getURLRequest(urlRequest, method, std::move(body));
+    auto request = service::getURLRequest(urlRequest, method, std::move(body), scope_.organisation);
     if (!request) return std::nullopt;
     if (!authentication) return AuthenticatedURL{*std::move(request), std::nullopt};
     auto asked = CommonConfigration::sharedInstance().authentication.get();
@@ -89,14 +84,13 @@ void StaticBaseNetworkService::give(Transfer transfer, NetworkCall call) {
 }
 
 void StaticBaseNetworkService::uploadRequest(Upload upload) {
-    auto completion = upload.completionHandler;
-    bool asked = service::withToken([weak = platform::weakSelf(this), upload = std::move(upload)](
-                                        AuthenticationProtocol& authentication, const std::string& user,
-                                        const std::optional<std::string>& token) {
+    upload.completionHandler = service::guarded(scope_, std::move(upload.completionHandler));
+    service::withToken(scope_, [weak = platform::weakSelf(this), upload = std::move(upload)](auto answer) {
         auto self = weak.lock();
         if (!self) return;
-        if (!token) {
-            if (auto handler = self->errorHandler.lock()) handler->noAuthtoken(user);
+        if (!answer) return completeUnsent(upload.completionHandler, std::nullopt, answer.error());
+        if (!answer->token) {
+            if (auto handler = self->errorHandler.lock()) handler->noAuthtoken(answer->user);
             return completeUnsent(upload.completionHandler, std::nullopt, service::notSent("the account has no token"));
         }
         std::optional<ValueMap> params = upload.params;
@@ -108,10 +102,9 @@ void StaticBaseNetworkService::uploadRequest(Upload upload) {
                            .fileName = std::filesystem::path(upload.fileURL).filename().string(),
                            .percentHandler = upload.percentHandler,
                            .completionHandler = upload.completionHandler};
-        service::authorize(file, authentication.authenticationType(), *token);
+        service::authorize(file, answer->type, *answer->token);
         self->networkAdapter()->upload(std::move(file));
     });
-    if (!asked) completeUnsent(completion, std::nullopt, service::notSent(noAuthentication));
 }
 
 }  // namespace tarvo

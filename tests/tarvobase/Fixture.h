@@ -52,6 +52,9 @@ public:
         uploads_.push_back(std::move(upload));
     }
 
+    /// Runs before each answer, on the queue of the answers. Set before the first call.
+    std::function<void()> beforeAnswer = [] {};
+
     std::vector<NetworkCall> calls() const {
         std::lock_guard lock(mutex_);
         return calls_;
@@ -76,7 +79,8 @@ private:
                 answers_.pop_front();
             }
         }
-        queue_->async([call = std::move(call), answer = std::move(answer)] {
+        queue_->async([call = std::move(call), answer = std::move(answer), before = beforeAnswer] {
+            before();
             if (call.completionHandler)
                 call.completionHandler(
                     {.body = Data(answer.body), .identifier = call.identifier, .error = answer.error, .taskNumber = 1});

@@ -10,7 +10,7 @@ const std::string organisationsKey = "Organisations";
 }  // namespace
 
 OrganisationInUserDefaults::OrganisationInUserDefaults()
-    : OrganisationInUserDefaults(std::make_shared<BrenUserDefaults>()) {}
+    : OrganisationInUserDefaults(BrenUserDefaults::ofCurrentAccount()) {}
 OrganisationInUserDefaults::OrganisationInUserDefaults(std::shared_ptr<UserDefaultsProtocol> userDefaults)
     : userDefaults_(std::move(userDefaults)) {}
 

@@ -1,3 +1,4 @@
+#include "platform/Clock.h"
 #include "platform/Json.h"
 #include "tarvobase/network_layer/BaseNetworkService.h"
 #include "tarvobase/network_layer/StaticBaseNetworkService.h"
@@ -119,6 +120,125 @@ TEST_F(ServiceTest, PutsTokenParametersAndOrganisationWhereTheyBelong) {
     open->shouldAddAuthtoken = false;
     EXPECT_EQ(outcomeOf(open, R{.params = a, .shouldAddOrgId = true}),
               "POST https://h.test/call auth=- params={\"a\":\"1 2\"}");
+}
+
+/// An account whose token comes when the test gives it.
+class SlowToken final : public AuthenticationProtocol {
+public:
+    AuthenticationType authenticationType() override { return AuthenticationType::oauth; }
+    std::optional<std::vector<std::string>> loggedInUsers() override { return std::vector{user}; }
+    std::optional<std::string> currentUser() override { return user; }
+    void authToken(const std::string&, TokenCompletion completion) override { give = std::move(completion); }
+
+    std::string user = "1001";
+    TokenCompletion give;
+};
+
+class ScopeOfServicesTest : public ServiceTest {
+protected:
+    struct Change {
+        std::string name;
+        std::function<void()> make;
+        bool outdates = true;
+    };
+    std::vector<Change> changes() {
+        return {
+            {"nothing", [] {}, false},
+            {"account", [this] { signIn("2002"); }},
+            {"organisation", [this] { configuration().currentOrgID = "7"; }},
+            {"database", [this] { configuration().databaseAdapter = nullptr; }},
+            {"naming", [this] { configuration().fieldIdentifier = FieldIdentifier::fieldAPINameIdentifier(); }, false}};
+    }
+    /// Each change begins with the same scope.
+    void restore() {
+        signIn("1001");
+        configuration().currentOrgID = "";
+        configuration().databaseAdapter = database;
+    }
+    void SetUp() override {
+        ServiceTest::SetUp();
+        database = openDatabase();
+    }
+    NetworkCompletion keep() {
+        return [this](NetworkAnswer answer) { answers.push_back(std::move(answer)); };
+    }
+    std::string taken() {
+        settle();
+        if (answers.size() != 1) return std::to_string(answers.size()) + " answers";
+        auto answer = std::exchange(answers, {}).front();
+        return answer.error ? std::string(bren::kindName(answer.error->kind)) + answer.body.text() : answer.body.text();
+    }
+
+    std::shared_ptr<DatabaseAdapter> database;
+    std::vector<NetworkAnswer> answers;
+};
+
+TEST_F(ScopeOfServicesTest, AnAnswerThatComesTooLateIsAFailureWithoutABody) {
+    for (auto& change : changes()) {
+        SCOPED_TRACE(change.name);
+        auto expected = change.outdates ? "the account at work has changed" : "body";
+        restore();
+        auto older = base();
+        adapter->answer("body");
+        adapter->beforeAnswer = change.make;
+        older->sendRequest({.completionHandler = keep()});
+        EXPECT_EQ(taken(), expected);
+
+        restore();
+        auto newer = plain();
+        adapter->answer("body");
+        adapter->beforeAnswer = change.make;
+        newer->sendRequest({.url = "https://h.test/x", .completionHandler = keep()});
+        EXPECT_EQ(taken(), expected);
+    }
+}
+
+TEST_F(ScopeOfServicesTest, AServiceSendsNothingForAnotherScope) {
+    for (auto& change : changes()) {
+        SCOPED_TRACE(change.name);
+        restore();
+        auto service = base();
+        change.make();
+        service->sendRequest({.completionHandler = keep()});
+        service->upload({.url = "https://h.test/up", .source = Data("x"), .completionHandler = keep()});
+        settle();
+        EXPECT_EQ(adapter->calls().empty(), change.outdates);
+        EXPECT_EQ(adapter->uploads().empty(), change.outdates);
+        EXPECT_EQ(answers.size(), change.outdates ? 2u : 1u);
+        answers.clear();
+    }
+}
+
+TEST_F(ScopeOfServicesTest, ATokenThatComesAfterASwitchIsNotUsed) {
+    for (auto& change : changes()) {
+        SCOPED_TRACE(change.name);
+        restore();
+        auto slow = std::make_shared<SlowToken>();
+        configuration().authentication = slow;
+        auto service = base();
+        service->sendRequest({.completionHandler = keep()});
+        if (change.name == "account")
+            slow->user = "2002";
+        else
+            change.make();
+        slow->give("token-of-1001");
+        settle();
+        EXPECT_EQ(adapter->calls().empty(), change.outdates);
+        answers.clear();
+    }
+}
+
+TEST_F(ScopeOfServicesTest, ATokenThatNeverComesEndsTheCall) {
+    auto slow = std::make_shared<SlowToken>();
+    configuration().authentication = slow;
+    platform::Clock::set(platform::Clock::now());
+    auto service = base();
+    service->sendRequest({.completionHandler = keep()});
+    platform::Clock::advance(service::tokenTimeLimit);
+    EXPECT_EQ(taken(), "time-out");
+    slow->give("late");
+    settle();
+    EXPECT_TRUE(adapter->calls().empty());
 }
 
 TEST_F(ServiceTest, TheStaticBaseDiffersWithoutATokenAndWithAPlainOne) {
