@@ -92,14 +92,19 @@ InMemoryPropertyValue propertyForKey(const T& value, std::string_view key) {
     return property;
 }
 
-/// Tables of objects in memory, one set an account. From any thread; each operation sees and leaves whole lists, works
-/// on the tables of the account of the moment, and neither fails nor reports: a missing table is an absent list.
+/// Tables of objects in memory, one set per owner. From any thread; each operation sees and leaves whole lists, and
+/// neither fails nor reports: a missing table is an absent list.
 class InMemoryDatabaseAdapter : public virtual platform::Object {
 public:
     using Object = std::shared_ptr<const InMemeoryDatabaseStorable>;
     using Objects = std::vector<Object>;
     /// All of them must hold. None at all matches every object.
     using ColumnValues = std::vector<std::pair<std::string, InMemoryPropertyValue>>;
+
+    /// Whose tables the operations work on at this moment: an account, or an account in one of its organisations.
+    virtual std::string owner() const = 0;
+    /// Returns false while somebody else than the owner is at work: then reads are absent and writes do nothing.
+    virtual bool isOwnerAtWork() const = 0;
 
     /// Adds at the end. Nothing is looked at: an object inserted twice is there twice.
     virtual void insertInto(const std::string& tableName, Object object) = 0;
@@ -117,9 +122,9 @@ public:
     /// Leaves an empty table, which is not an absent one.
     virtual void deleteAllObjects(const std::string& tableName) = 0;
 
-    /// Reads and changes the table of an account at once, so that nobody sees it between or changes it meanwhile. The
-    /// function must not use the adapter.
-    virtual void change(const std::string& tableName, const std::string& account,
+    /// Reads and changes the table of an owner in one step, so that nobody else sees or changes it meanwhile, whoever
+    /// is at work. The function must not use the adapter.
+    virtual void change(const std::string& tableName, const std::string& owner,
                         platform::FunctionRef<void(std::optional<Objects>& table)> change) = 0;
 };
 

@@ -25,11 +25,15 @@ public:
     std::string currentAccountBrenUID() const;
 };
 
-/// Counts the changes that in-memory classes make to a table of an account, so that what was read from the primary
-/// store before a change is never put over it.
+/// Counts the changes that in-memory classes make to a table of an owner, so that what was read from the primary store
+/// before a change is never put over it, and that of two writers at a time neither leaves memory older than the table.
 namespace memory_changes {
-std::uint64_t count(const std::string& account, const std::string& tableName);
-void note(const std::string& account, const std::string& tableName);
+std::uint64_t count(const std::string& owner, const std::string& tableName);
+/// Marks the beginning of a write to the primary store. Returns what `end` takes.
+std::uint64_t begin(const std::string& owner, const std::string& tableName);
+/// Marks its end. Returns false if another write began or ended in between: nobody knows then which of the two the
+/// primary store took last.
+bool end(const std::string& owner, const std::string& tableName, std::uint64_t began);
 }  // namespace memory_changes
 
 /// Stands in a table that may lack objects of the primary store. No filter but the empty one finds it; whoever asks for
@@ -67,46 +71,54 @@ public:
         return found && !found->empty() ? std::optional<T>(std::move(found->front())) : std::nullopt;
     }
 
-    /// Where and when a read of the primary store began.
+    /// Whose table it was when a read of the primary store began, and how often it had changed.
     struct Moment {
-        std::string account;
+        std::string owner;
         std::uint64_t changes;
     };
     Moment now() const {
-        auto account = owner_.currentAccountBrenUID();
-        auto changes = memory_changes::count(account, tableName_);
-        return {std::move(account), changes};
+        auto owner = memory().owner();
+        auto changes = memory_changes::count(owner, tableName_);
+        return {std::move(owner), changes};
     }
 
     /// Takes in what the primary store gave, unless the table was changed since the read began: what was read may be
     /// older than the change, and the next miss reads again.
     void fill(const Moment& since, const std::vector<T>& values, Extent extent) const {
-        memory().change(tableName_, since.account, [&](std::optional<Objects>& table) {
-            if (memory_changes::count(since.account, tableName_) != since.changes) return;
+        memory().change(tableName_, since.owner, [&](std::optional<Objects>& table) {
+            if (memory_changes::count(since.owner, tableName_) != since.changes) return;
             if (extent == Extent::whole) table = Objects();
             merge(table, values);
         });
     }
-    void store(const std::string& account, const std::vector<T>& values) const {
-        change(account, [&](std::optional<Objects>& table) { merge(table, values); });
+
+    /// The four ways to write. Each runs `toPrimary`, which says whether the primary store took the change, and then
+    /// changes memory; what `toPrimary` refuses memory does not get. Where two writes overlap, memory forgets the table
+    /// and the next read asks the primary store. Returns what `toPrimary` returned.
+    template <class Primary>
+    bool store(const std::vector<T>& values, Primary&& toPrimary) const {
+        return write(toPrimary, [&](std::optional<Objects>& table) { merge(table, values); });
     }
     /// For what the primary store now holds and nothing else.
-    void replaceAll(const std::string& account, const std::vector<T>& values) const {
-        change(account, [&](std::optional<Objects>& table) {
+    template <class Primary>
+    bool replaceAll(const std::vector<T>& values, Primary&& toPrimary) const {
+        return write(toPrimary, [&](std::optional<Objects>& table) {
             table = Objects();
             merge(table, values);
         });
     }
     /// Puts the value in the place of those that match; adds nothing.
-    void update(const std::string& account, const T& value, const ColumnValues& filter) const {
-        change(account, [&](std::optional<Objects>& table) {
+    template <class Primary>
+    bool update(const T& value, const ColumnValues& filter, Primary&& toPrimary) const {
+        return write(toPrimary, [&](std::optional<Objects>& table) {
             if (!table) return;
             for (auto& present : *table)
                 if (matches(*present, filter)) present = std::make_shared<InMemoryObject<T>>(value);
         });
     }
-    void remove(const std::string& account, const std::vector<ColumnValues>& filters) const {
-        change(account, [&](std::optional<Objects>& table) {
+    template <class Primary>
+    bool remove(const std::vector<ColumnValues>& filters, Primary&& toPrimary) const {
+        return write(toPrimary, [&](std::optional<Objects>& table) {
             if (!table) return;
             for (auto& filter : filters) std::erase_if(*table, [&](auto& object) { return matches(*object, filter); });
         });
@@ -153,12 +165,19 @@ private:
         return true;
     }
 
-    template <class Change>
-    void change(const std::string& account, Change&& apply) const {
-        memory().change(tableName_, account, [&](std::optional<Objects>& table) {
-            memory_changes::note(account, tableName_);
-            apply(table);
+    template <class Primary, class Change>
+    bool write(Primary& toPrimary, Change&& apply) const {
+        auto owner = memory().owner();
+        auto began = memory_changes::begin(owner, tableName_);
+        bool isTaken = toPrimary();
+        memory().change(tableName_, owner, [&](std::optional<Objects>& table) {
+            bool wasAlone = memory_changes::end(owner, tableName_, began);
+            if (hasPrimary_ && !wasAlone)
+                table.reset();
+            else if (isTaken)
+                apply(table);
         });
+        return isTaken;
     }
 
     static std::optional<std::vector<T>> valuesOf(const std::optional<Objects>& objects) {

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <limits>
 #include <map>
-#include <mutex>
 
 #include "platform/ProcessState.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo {
 
@@ -17,25 +16,28 @@ using ColumnValues = InMemoryDatabaseAdapter::ColumnValues;
 
 constexpr auto unlimited = std::numeric_limits<std::int64_t>::max();
 
-/// Tables by name, by account. One lock for reads and writes alike: a table is some hundred objects, and a lock that is
+/// Tables by name, by owner. One lock for reads and writes alike: a table is some hundred objects, and a lock that is
 /// held for a walk over them is shorter than what a finer one would cost.
-struct StoredValues {
-    std::mutex mutex;
-    std::map<std::string, std::map<std::string, std::optional<Objects>>> accounts;
-
+class StoredValues {
+public:
     template <class F>
-    auto withTable(const std::string& account, const std::string& tableName, F&& use) {
-        std::lock_guard lock(mutex);
-        return use(accounts[account][tableName]);
+    auto withTable(const std::string& owner, const std::string& tableName, F&& use) {
+        platform::MutexLock lock(mutex_);
+        return use(owners_[owner][tableName]);
     }
     static StoredValues& shared() { return platform::ProcessState::current().get<StoredValues>(); }
+
+private:
+    platform::Mutex mutex_;
+    std::map<std::string, std::map<std::string, std::optional<Objects>>> owners_ TARVO_GUARDED_BY(mutex_);
 };
 
-std::string currentAccount() { return CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""); }
-
+/// Nothing is found and nothing changes in the tables of an owner who is not at work.
 template <class F>
-auto withTable(const std::string& tableName, F&& use) {
-    return StoredValues::shared().withTable(currentAccount(), tableName, std::forward<F>(use));
+auto withTable(const InMemoryStorage& storage, const std::string& tableName, F&& use) {
+    std::optional<Objects> absent;
+    if (!storage.isOwnerAtWork()) return use(absent);
+    return StoredValues::shared().withTable(storage.owner(), tableName, std::forward<F>(use));
 }
 
 bool matches(const InMemeoryDatabaseStorable& object, const ColumnValues& filterValues) {
@@ -58,19 +60,25 @@ std::optional<Objects> getFilteredArray(const std::optional<Objects>& table, con
 
 }  // namespace
 
+// An account sees other modules in each of its organisations.
+std::string InMemoryStorage::owner() const {
+    if (!scope_) return Scope::current().account;
+    return scope_->organisation.empty() ? scope_->account : scope_->account + "\n" + scope_->organisation;
+}
+
 void InMemoryStorage::insertInto(const std::string& tableName, Object object) {
     insertInto(tableName, Objects{std::move(object)});
 }
 
 void InMemoryStorage::insertInto(const std::string& tableName, const Objects& objects) {
-    withTable(tableName, [&](std::optional<Objects>& table) {
+    withTable(*this, tableName, [&](std::optional<Objects>& table) {
         if (!table) table.emplace();
         table->insert(table->end(), objects.begin(), objects.end());
     });
 }
 
 void InMemoryStorage::update(const std::string& tableName, Object object, const ColumnValues& columnValues) {
-    withTable(tableName, [&](std::optional<Objects>& table) {
+    withTable(*this, tableName, [&](std::optional<Objects>& table) {
         if (!table) return;
         for (auto& present : *table)
             if (matches(*present, columnValues)) present = object;
@@ -79,7 +87,7 @@ void InMemoryStorage::update(const std::string& tableName, Object object, const 
 
 std::optional<Objects> InMemoryStorage::fetchObjects(const std::string& tableName, const ColumnValues& columnValues,
                                                      std::int64_t limit) {
-    return withTable(tableName,
+    return withTable(*this, tableName,
                      [&](std::optional<Objects>& table) { return getFilteredArray(table, columnValues, limit); });
 }
 
@@ -92,22 +100,22 @@ std::optional<Objects> InMemoryStorage::fetchObjects(const std::string& tableNam
 }
 
 std::optional<Objects> InMemoryStorage::fetchAllObjects(const std::string& tableName) {
-    return withTable(tableName, [](std::optional<Objects>& table) { return table; });
+    return withTable(*this, tableName, [](std::optional<Objects>& table) { return table; });
 }
 
 void InMemoryStorage::deleteObjects(const std::string& tableName, const ColumnValues& columnValues) {
-    withTable(tableName, [&](std::optional<Objects>& table) {
+    withTable(*this, tableName, [&](std::optional<Objects>& table) {
         if (table) std::erase_if(*table, [&](auto& object) { return matches(*object, columnValues); });
     });
 }
 
 void InMemoryStorage::deleteAllObjects(const std::string& tableName) {
-    withTable(tableName, [](std::optional<Objects>& table) { table = Objects(); });
+    withTable(*this, tableName, [](std::optional<Objects>& table) { table = Objects(); });
 }
 
-void InMemoryStorage::change(const std::string& tableName, const std::string& account,
+void InMemoryStorage::change(const std::string& tableName, const std::string& owner,
                              platform::FunctionRef<void(std::optional<Objects>& table)> change) {
-    StoredValues::shared().withTable(account, tableName, [&](std::optional<Objects>& table) { change(table); });
+    StoredValues::shared().withTable(owner, tableName, [&](std::optional<Objects>& table) { change(table); });
 }
 
 }  // namespace tarvo

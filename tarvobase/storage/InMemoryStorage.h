@@ -1,13 +1,21 @@
 #pragma once
 
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/storage/InMemoryDatabaseAdapter.h"
 
 namespace tarvo {
 
 /// The tables in memory of the process. All objects of this class share them; nothing is written to the disk. An
-/// account's tables live as long as the process and are found again when the account comes back.
+/// owner's tables live as long as the process and are found again when the owner comes back.
 class InMemoryStorage final : public InMemoryDatabaseAdapter {
 public:
+    /// The tables of the account at the moment of each call.
+    InMemoryStorage() = default;
+    /// The tables of one account in one organisation. They are passed by while another scope is current.
+    explicit InMemoryStorage(Scope scope) : scope_(std::move(scope)) {}
+
+    std::string owner() const override;
+    bool isOwnerAtWork() const override { return !scope_ || scope_->isCurrent(); }
     void insertInto(const std::string& tableName, Object object) override;
     void insertInto(const std::string& tableName, const Objects& objects) override;
     void update(const std::string& tableName, Object object, const ColumnValues& columnValues) override;
@@ -18,8 +26,11 @@ public:
     std::optional<Objects> fetchAllObjects(const std::string& tableName) override;
     void deleteObjects(const std::string& tableName, const ColumnValues& columnValues) override;
     void deleteAllObjects(const std::string& tableName) override;
-    void change(const std::string& tableName, const std::string& account,
+    void change(const std::string& tableName, const std::string& owner,
                 platform::FunctionRef<void(std::optional<Objects>& table)> change) override;
+
+private:
+    const std::optional<Scope> scope_;
 };
 
 }  // namespace tarvo

@@ -14,21 +14,24 @@ CurrencyMetadataInMemory::CurrencyMetadataInMemory(
           [](const CurrencyMetadata& currency) { return currency.currencyId; }, this->primaryPersistance != nullptr) {}
 
 void CurrencyMetadataInMemory::storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storeCurrenctMetadata(currencies);
-    memory_.store(account, currencies);
+    memory_.store(currencies, [&] {
+        if (primaryPersistance) primaryPersistance->storeCurrenctMetadata(currencies);
+        return true;
+    });
 }
 
 void CurrencyMetadataInMemory::removeAllCurrencyMetadata() {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->removeAllCurrencyMetadata();
-    memory_.replaceAll(account, {});
+    memory_.replaceAll({}, [&] {
+        if (primaryPersistance) primaryPersistance->removeAllCurrencyMetadata();
+        return true;
+    });
 }
 
 void CurrencyMetadataInMemory::replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->replaceAllCurrencyMetadata(currencies);
-    memory_.replaceAll(account, currencies);
+    memory_.replaceAll(currencies, [&] {
+        if (primaryPersistance) primaryPersistance->replaceAllCurrencyMetadata(currencies);
+        return true;
+    });
 }
 
 CurrencyMetadataPersistanceDelegate::Currencies CurrencyMetadataInMemory::getAllCurrencyMetadata() {

@@ -17,21 +17,24 @@ UserInMemory::UserInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPers
           this->primaryPersistance != nullptr) {}
 
 void UserInMemory::storeUser(const User& user) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storeUser(user);
-    memory_.store(account, {user});
+    memory_.store({user}, [&] {
+        if (primaryPersistance) primaryPersistance->storeUser(user);
+        return true;
+    });
 }
 
 void UserInMemory::storeUsers(const std::vector<User>& users) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storeUsers(users);
-    memory_.store(account, users);
+    memory_.store(users, [&] {
+        if (primaryPersistance) primaryPersistance->storeUsers(users);
+        return true;
+    });
 }
 
 void UserInMemory::updateUser(const User& user, const std::string& oldUserID) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->updateUser(user, oldUserID);
-    memory_.update(account, user, {{std::string(activeUserConstants.ID), oldUserID}});
+    memory_.update(user, {{std::string(activeUserConstants.ID), oldUserID}}, [&] {
+        if (primaryPersistance) primaryPersistance->updateUser(user, oldUserID);
+        return true;
+    });
 }
 
 Result<User, ParserError> UserInMemory::getUserWithBrenUID() {

@@ -20,9 +20,10 @@ PipelineInMemory::PipelineInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMe
           this->primaryPersistance != nullptr) {}
 
 void PipelineInMemory::storePipelines(const std::vector<Pipeline>& pipelines) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storePipelines(pipelines);
-    memory_.store(account, pipelines);
+    memory_.store(pipelines, [&] {
+        if (primaryPersistance) primaryPersistance->storePipelines(pipelines);
+        return true;
+    });
 }
 
 PipelinePersistanceDelegate::Pipelines PipelineInMemory::getPipelines() {
@@ -39,9 +40,10 @@ PipelineStagesInMemory::PipelineStagesInMemory(std::shared_ptr<InMemoryDatabaseA
       memory_(*this, std::string(pipelineStageParser.TableName), keyOf, this->primaryPersistance != nullptr) {}
 
 void PipelineStagesInMemory::storePipelineStages(const std::vector<PipelineStage>& stages) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storePipelineStages(stages);
-    memory_.store(account, stages);
+    memory_.store(stages, [&] {
+        if (primaryPersistance) primaryPersistance->storePipelineStages(stages);
+        return true;
+    });
 }
 
 PipelineStagePersistanceDelegate::Stages PipelineStagesInMemory::getPipelineStages() {

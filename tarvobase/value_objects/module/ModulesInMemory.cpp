@@ -23,9 +23,12 @@ ModulesInMemory::ModulesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemo
           this->primaryPersistance != nullptr) {}
 
 void ModulesInMemory::storeModules(const std::vector<Module>& modules) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storeModules(modules);
-    memory_.store(account, asStored(modules));
+    std::vector<Module> stored;
+    memory_.store(stored, [&] {
+        if (primaryPersistance) primaryPersistance->storeModules(modules);
+        stored = asStored(modules);
+        return true;
+    });
 }
 
 // The primary store keeps its table statements for a module that comes without them, so memory takes such a module from
@@ -80,12 +83,13 @@ Modules ModulesInMemory::getModulesByApiNames(const std::vector<std::string>& ap
 }
 
 void ModulesInMemory::deleteModules(const std::vector<Module>& modules) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->deleteModules(modules);
     std::vector<InMemoryDatabaseAdapter::ColumnValues> filters;
     for (auto& module : modules)
         filters.push_back({{std::string(activeModuleConstants.ModuleName), module.moduleName}});
-    memory_.remove(account, filters);
+    memory_.remove(filters, [&] {
+        if (primaryPersistance) primaryPersistance->deleteModules(modules);
+        return true;
+    });
 }
 
 void ModulesInMemory::reloadAll() {

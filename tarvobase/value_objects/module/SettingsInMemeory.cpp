@@ -20,9 +20,10 @@ SettingsInMemeory::SettingsInMemeory(std::shared_ptr<InMemoryDatabaseAdapter> in
       memory_(*this, std::string(settingsConstants.TableName), keyOf, this->primaryPersistance != nullptr) {}
 
 void SettingsInMemeory::storeSettings(const std::vector<Settings>& settings) {
-    auto account = currentAccountBrenUID();
-    if (primaryPersistance) primaryPersistance->storeSettings(settings);
-    memory_.store(account, settings);
+    memory_.store(settings, [&] {
+        if (primaryPersistance) primaryPersistance->storeSettings(settings);
+        return true;
+    });
 }
 
 Result<Settings, ParserError> SettingsInMemeory::getSettingsForModule(const std::string& moduleName,

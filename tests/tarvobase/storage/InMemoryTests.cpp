@@ -112,11 +112,13 @@ public:
     std::vector<Module> stored;
     bool fails = false;
     int asked = 0;
+    std::function<void()> duringWrite;
     std::function<void()> duringRead;
 
     void storeModule(const Module& module) override { stored.push_back(module); }
     void storeModules(const std::vector<Module>& modules) override {
         stored.insert(stored.end(), modules.begin(), modules.end());
+        if (duringWrite) std::exchange(duringWrite, nullptr)();
     }
     Modules getAllModules() override {
         return where([](auto&) { return true; });
@@ -240,6 +242,35 @@ TEST_F(ModulesInMemoryTest, WhatWasReadNeverCoversALaterChange) {
     primary->duringRead = [&] { signIn("2002"); };
     EXPECT_EQ(modules.getModuleByModuleName("Tasks")->moduleName, "Tasks");
     EXPECT_EQ(namesOf(storage->fetchAllObjects("Modules")), "absent") << "the other account's memory stays clean";
+}
+
+TEST_F(ModulesInMemoryTest, TwoWritesAtATimeNeverLeaveMemoryOlderThanItsTable) {
+    // The table takes the second write last, and memory would take it first.
+    primary->duringWrite = [&] {
+        primary->stored.clear();
+        modules.storeModules({module("Leads", 2)});
+    };
+    modules.storeModules({module("Leads", 1)});
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
+    modules.storeModules({module("Leads", 3)});
+    primary->stored.clear();
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3) << "a write that was alone is kept";
+}
+
+TEST_F(InMemoryStorageTest, TablesOfAScopeArePassedByWhileAnotherOneIsCurrent) {
+    InMemoryStorage first(Scope::current());
+    first.insertInto("T", object(module("A")));
+    configuration().currentOrgID = "7";
+    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "absent");
+    InMemoryStorage second(Scope::current());
+    second.insertInto("T", object(module("B")));
+    first.insertInto("T", object(module("C")));
+    first.deleteAllObjects("T");
+    EXPECT_EQ(namesOf(second.fetchAllObjects("T")), "B ");
+    configuration().currentOrgID = "";
+    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "A ");
+    signIn("2002");
+    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "absent");
 }
 
 TEST_F(ModulesInMemoryTest, SeesASwitchOfTheAccountAtTheNextRead) {
