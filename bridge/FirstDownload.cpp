@@ -12,7 +12,7 @@ namespace {
 std::shared_ptr<InitProcessUseCase> runOver(const std::shared_ptr<DatabaseAdapter>& database, InitSteps steps) {
     BaseAssemblerWithDatabaseUserDefaults adapters(database, std::make_shared<InMemoryStorage>(),
                                                    std::make_shared<DatabaseConstants>(),
-                                                   std::make_shared<BrenUserDefaults>());
+                                                   BrenUserDefaults::ofCurrentAccount());
     return makeInitProcessUseCase(adapters, steps);
 }
 

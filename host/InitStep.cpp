@@ -41,7 +41,7 @@ std::shared_ptr<void> runInitStep(std::shared_ptr<DatabaseAdapter> database,
                                   std::function<void(InitOutcome)> whenEnded) {
     auto run = std::make_shared<Run>();
     run->listener = std::make_shared<InitListener>(std::move(whenEnded));
-    run->step = AppInitDataManager::make(std::move(database), std::make_shared<BrenUserDefaults>());
+    run->step = AppInitDataManager::make(std::move(database), BrenUserDefaults::ofCurrentAccount());
     run->step->appInitdelegate = run->listener;
     run->step->errorResponder = run->listener;
     run->step->execute();

@@ -111,7 +111,7 @@ private:
 
 std::vector<std::string> moduleNames(const std::shared_ptr<DatabaseAdapter>& database) {
     std::vector<std::string> names;
-    auto stored = MetadataStores{database, std::make_shared<InMemoryStorage>()}.modules()->getAllModules();
+    auto stored = Stores::over(database).modules()->getAllModules();
     if (stored)
         for (auto& module : *stored) names.push_back(module.moduleName);
     return names;

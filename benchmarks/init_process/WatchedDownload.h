@@ -18,7 +18,7 @@
 #include "tarvobase/init_process/InitProcessAssembler.h"
 #include "tarvobase/init_process/steps/InitCVRecordsDM.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
@@ -110,7 +110,7 @@ inline bool download(const std::shared_ptr<DatabaseAdapter>& database, const std
     auto memory = std::make_shared<InMemoryStorage>();
     BaseAssemblerWithDatabaseUserDefaults adapters(database, memory, std::make_shared<DatabaseConstants>(), defaults);
     auto parts = makeInitProcessUseCase(adapters, InitSteps::all)->parts();
-    MetadataStores stores{database, memory};
+    Stores stores(Scope::over(database), memory, BrenUserDefaults::ofCurrentAccount());
     InitCVRecordsDM::Persistance persistance{
         .batches = {.moduleDAO = stores.modules(),
                     .settingDAO = stores.settings(),

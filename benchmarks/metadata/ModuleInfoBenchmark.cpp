@@ -132,8 +132,8 @@ private:
     void fill() {
         ModuleInDatabase("MODULE_DETAILS", adapter).storeModules(modules());
         FieldMetadataInDatabase("MODULE_SPECIFIC_METADATA", adapter).storeFieldMetadata(fields());
-        PicklistMetadataInDatabase().storePicklistMetadata(picklists(fields()));
-        ModulePermissionsInDatabase().storeModulePermissions(permissions());
+        PicklistMetadataInDatabase(adapter).storePicklistMetadata(picklists(fields()));
+        ModulePermissionsInDatabase(adapter).storeModulePermissions(permissions());
         SettingsInDatabase("APP_SETTINGS", adapter).storeSettings(settings());
     }
     void copy(const std::string& table) {

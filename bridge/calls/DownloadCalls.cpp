@@ -21,7 +21,7 @@ struct RecordDownloadRequest {
 
 /// Returns the open database; refuses the call without one.
 std::shared_ptr<DatabaseAdapter> databaseFor(const CallPtr& call) {
-    auto database = CommonConfigration::sharedInstance().databaseAdapter.get();
+    auto database = Scope::current().databaseAdapter;
     if (!database) call->refuse("no database is open");
     return database;
 }
@@ -58,7 +58,7 @@ void startInitRecordProcess(RecordDownloadRequest, const CallPtr& call) {
     if (!database) return;
     auto lines = linesFor<RecordDownloadLines>(call);
     lines->ended = [call] { call->finish(); };
-    auto usecase = InitRecordProcessUseCase::make(database, std::make_shared<BrenUserDefaults>());
+    auto usecase = InitRecordProcessUseCase::make(database, BrenUserDefaults::ofCurrentAccount());
     usecase->delegate = lines;
     call->keepUntilEnd(usecase);
     usecase->startInitRecordProcess();

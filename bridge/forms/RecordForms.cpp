@@ -1,12 +1,12 @@
 #include "bridge/forms/RecordForms.h"
 
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo::bridge {
 
 std::optional<std::string> JsonRecordQuery::complete() {
-    auto stored = MetadataStores::current().modules()->getModuleByModuleName(moduleName);
+    auto stored = Stores::current().modules()->getModuleByModuleName(moduleName);
     if (!stored) return "request.moduleName: there is no module \"" + moduleName + "\"";
     module = *stored;
     if (!cvId) return std::nullopt;

@@ -8,8 +8,8 @@
 #include "platform/Text.h"
 #include "tarvobase/get_metadata/GetFieldList.h"
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
-#include "tarvobase/metadata/MetadataStores.h"
 #include "tarvobase/metadata/PopulateRelatedModulesDM.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/value_objects/module/ModuleInDatabase.h"
 
 namespace tarvo::host {
@@ -26,7 +26,7 @@ std::optional<std::vector<CustomView>> storedViews(const std::string& module) {
 /// Downloads for one module. Returns why it failed, or nullopt.
 std::optional<std::string> fetchFor(const std::shared_ptr<DatabaseAdapter>& database, const std::string& moduleName,
                                     Download download) {
-    auto module = MetadataStores::current().modules()->getModuleByModuleName(moduleName);
+    auto module = Stores::current().modules()->getModuleByModuleName(moduleName);
     if (!module) return "the module " + moduleName + " cannot be read";
     auto outcome = awaited<DownloadOutcome>([&](auto whenEnded) { return download(database, {*module}, whenEnded); });
     if (!outcome) return "the server did not answer in time";
@@ -134,7 +134,7 @@ std::string comparatorOf(const ColumnFilter& filter) {
 
 std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName) {
     auto failure = fetchFor(host.database(), moduleName, runMetadataDownload);
-    if (!failure) PopulateRelatedModulesDM().populateLookupColumn();
+    if (!failure) PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn();
     return failure;
 }
 

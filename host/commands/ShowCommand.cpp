@@ -9,7 +9,7 @@
 #include "platform/Json.h"
 #include "platform/Text.h"
 #include "tarvobase/list_view/GetRecordsUseCase.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -74,7 +74,7 @@ Result<Record, int> recordOf(Host& host, const Arguments& arguments) {
         return *std::move(stored);
     auto missing = "no record " + arguments.recordId + " of " + arguments.module + " is stored";
     if (!arguments.token) return fail(missing + "; --token is required to ask the server", 2);
-    auto module = MetadataStores::current().modules()->getModuleByModuleName(arguments.module);
+    auto module = Stores::current().modules()->getModuleByModuleName(arguments.module);
     auto answer = module ? askServer(*module, arguments.recordId) : std::nullopt;
     if (answer && answer->record) return *answer->record;
     if (!answer) return fail(missing + ", and the server did not answer in time");

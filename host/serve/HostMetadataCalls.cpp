@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "host/serve/ModuleDownloads.h"
-#include "tarvobase/metadata/MetadataStores.h"
 #include "tarvobase/metadata/PopulateRelatedModulesDM.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo::host {
 
@@ -27,7 +27,7 @@ struct PopulateRequest {
 /// Returns the stored modules of these names, each once, or why there are none.
 Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::string>& names) {
     using Answer = Result<std::vector<Module>, std::string>;
-    auto stored = MetadataStores::current().modules()->getAllModules();
+    auto stored = Stores::current().modules()->getAllModules();
     if (!stored || stored->empty()) return Answer::failure("no modules are stored");
     if (names.empty()) return Answer::success(*stored);
     std::vector<Module> modules;
@@ -72,7 +72,7 @@ void addMetadataCalls(bridge::Registry& registry, Host& host) {
     // Runs on the main queue like every start of a call, so that later lines read what it wrote.
     registry.addOperation<PopulateRequest>("host.populateLookupColumn", [&host](PopulateRequest, const CallPtr& call) {
         if (!host.database()) return call->refuse("no database is open");
-        PopulateRelatedModulesDM().populateLookupColumn();
+        PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn();
         call->event("done");
     });
 }

@@ -126,7 +126,7 @@ bool isOneOf(const std::optional<A>& a, const std::optional<B>& b, std::string_v
 }
 
 std::optional<FieldList> fieldsOf(const std::string& module) {
-    auto database = CommonConfigration::sharedInstance().databaseAdapter.get();
+    auto database = Scope::current().databaseAdapter;
     auto fields = FieldListAssembler::getFieldListDM(database)->getFields(module, std::nullopt);
     return fields ? std::optional(*std::move(fields)) : std::nullopt;
 }

@@ -88,14 +88,14 @@ std::shared_ptr<void> run(std::shared_ptr<Step> step, std::shared_ptr<Service> s
 std::shared_ptr<void> runMetadataDownload(const std::shared_ptr<DatabaseAdapter>& database,
                                           const std::vector<Module>& modules, DownloadEnd whenEnded) {
     auto service = std::make_shared<WatchedMetadataNS>();
-    return run(InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service), service,
+    return run(InitMetadataDM::make(database, database, BrenUserDefaults::ofCurrentAccount(), service), service,
                &InitMetadataDM::getMetaData, modules, std::move(whenEnded));
 }
 
 std::shared_ptr<void> runViewDownload(const std::shared_ptr<DatabaseAdapter>& database,
                                       const std::vector<Module>& modules, DownloadEnd whenEnded) {
     auto service = std::make_shared<WatchedViewNS>();
-    return run(InitCustomViewDM::make(database, std::make_shared<BrenUserDefaults>(), service), service,
+    return run(InitCustomViewDM::make(database, BrenUserDefaults::ofCurrentAccount(), service), service,
                &InitCustomViewDM::getCustomViews, modules, std::move(whenEnded));
 }
 

@@ -1,6 +1,6 @@
 #include "tarvobase/get_metadata/GetModule.h"
 
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -28,7 +28,7 @@ Modules modulesFor(const GetModule::Request& request, ModulesPersistanceDelegate
 
 }  // namespace
 
-GetModule::GetModule() : GetModule(MetadataStores::current().modules()) {}
+GetModule::GetModule() : GetModule(Stores::current().modules()) {}
 
 void GetModule::run(std::shared_ptr<const Request> request, UICallback handler) {
     auto modules = modulesFor(*request, *databaseService);

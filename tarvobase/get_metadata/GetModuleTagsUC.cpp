@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "platform/Clock.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/network_layer/NetworkFailure.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/utils/TemporaryIds.h"
-#include "tarvobase/value_objects/tag/TagInDatabase.h"
 
 namespace tarvo {
 
@@ -80,8 +80,9 @@ void GetModuleTagsDM::removeUnlessWaiting(const Tag& tag) {
 }
 
 GetModuleTagsUC::GetModuleTagsUC()
-    : GetModuleTagsUC(std::make_shared<GetModuleTagsDM>(std::make_shared<TagInDatabase>(),
-                                                        std::make_shared<TagRecordInDatabase>(),
-                                                        std::make_shared<GetModuleTagsNS>())) {}
+    : GetModuleTagsUC([stores = Stores::current()] {
+          return std::make_shared<GetModuleTagsDM>(stores.tags(), stores.tagRecords(),
+                                                   std::make_shared<GetModuleTagsNS>());
+      }()) {}
 
 }  // namespace tarvo

@@ -78,7 +78,7 @@ private:
 class GetModuleTagsUC final : public Usecase<GetModuleTagsOperation> {
 public:
     using TagsError = GetModuleTagsOperation::TagsError;
-    /// Uses the database that is open at the moment of each call.
+    /// Uses the stores of the current scope.
     GetModuleTagsUC();
     explicit GetModuleTagsUC(std::shared_ptr<GetModuleTagsDM> getTagsDM) : getTagsDM(std::move(getTagsDM)) {}
 

@@ -1,10 +1,10 @@
 #include "tarvobase/get_metadata/GetModuleUseCase.h"
 
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
-GetModuleUseCase::GetModuleUseCase() : GetModuleUseCase(MetadataStores::current().modules()) {}
+GetModuleUseCase::GetModuleUseCase() : GetModuleUseCase(Stores::current().modules()) {}
 
 void GetModuleUseCase::getModule(const std::string& moduleName) {
     answer([store = dataManager, moduleName] { return store->getModuleByModuleName(moduleName); },

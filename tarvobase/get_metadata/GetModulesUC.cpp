@@ -1,6 +1,6 @@
 #include "tarvobase/get_metadata/GetModulesUC.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/value_objects/module/ModuleInDatabase.h"
 
 namespace tarvo {
@@ -8,7 +8,7 @@ namespace tarvo {
 std::shared_ptr<ModulesPersistanceDelegate> GetModulesDM::modulesPersistance() {
     std::call_once(decided_, [this] {
         ModuleDatabaseConstants constants;
-        if (auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get())
+        if (auto adapter = Scope::current().databaseAdapter)
             modulesPersistance_ =
                 std::make_shared<ModuleInDatabase>(std::string(constants.TableName), adapter, constants);
     });

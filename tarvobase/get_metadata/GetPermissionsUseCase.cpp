@@ -1,12 +1,11 @@
 #include "tarvobase/get_metadata/GetPermissionsUseCase.h"
 
 #include "platform/Text.h"
-#include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
-GetPermissionsUseCase::GetPermissionsUseCase()
-    : GetPermissionsUseCase(std::make_shared<ModulePermissionsInDatabase>()) {}
+GetPermissionsUseCase::GetPermissionsUseCase() : GetPermissionsUseCase(Stores::current().permissions()) {}
 
 void GetPermissionsUseCase::getPermission(const std::string& moduleName, const std::string& permissionName) {
     answer([store = dataManager, moduleName,

@@ -1,10 +1,10 @@
 #include "tarvobase/get_metadata/GetRelatedModulesUC.h"
 
-#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
-GetRelatedModulesDM::GetRelatedModulesDM() : GetRelatedModulesDM(std::make_shared<ModuleRelatedListInDatabase>()) {}
+GetRelatedModulesDM::GetRelatedModulesDM() : GetRelatedModulesDM(Stores::current().relatedLists()) {}
 
 bool GetRelatedModulesDM::getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError onError) {
     auto lists = relatedListPersistance->getModulesRelatedToModule(request->moduleName);

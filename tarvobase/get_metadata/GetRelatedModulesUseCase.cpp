@@ -1,11 +1,10 @@
 #include "tarvobase/get_metadata/GetRelatedModulesUseCase.h"
 
-#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
-GetRelatedModulesUseCase::GetRelatedModulesUseCase()
-    : GetRelatedModulesUseCase(std::make_shared<ModuleRelatedListInDatabase>()) {}
+GetRelatedModulesUseCase::GetRelatedModulesUseCase() : GetRelatedModulesUseCase(Stores::current().relatedLists()) {}
 
 void GetRelatedModulesUseCase::getRelatedModules(const std::string& moduleName) {
     answer(

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -21,7 +21,7 @@ SettingsResult sorted(SettingsResult settings) {
 
 }  // namespace
 
-GetSettingsUseCase::GetSettingsUseCase() : GetSettingsUseCase(MetadataStores::current().settings()) {}
+GetSettingsUseCase::GetSettingsUseCase() : GetSettingsUseCase(Stores::current().settings()) {}
 
 void GetSettingsUseCase::getAllSettings() {
     answerSettings([](SettingsPersistanceDelegate& store) { return store.getAllSettings(); });

@@ -4,7 +4,7 @@
 
 #include "platform/Folding.h"
 #include "platform/Text.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -58,7 +58,7 @@ void sortByName(std::vector<User>& users) {
 
 }  // namespace
 
-GetUser::GetUser() : GetUser(MetadataStores::current().users()) {}
+GetUser::GetUser() : GetUser(Stores::current().users()) {}
 
 void GetUser::run(std::shared_ptr<const Request> request, UICallback handler) {
     auto user = userFor(*request, *usersPersistance);
@@ -68,7 +68,7 @@ void GetUser::run(std::shared_ptr<const Request> request, UICallback handler) {
     handler.onSuccess(std::move(response));
 }
 
-GetUsers::GetUsers() : GetUsers(MetadataStores::current().users()) {}
+GetUsers::GetUsers() : GetUsers(Stores::current().users()) {}
 
 UserPersistanceDelegate::Users GetUsers::users(const Request& request, UserPersistanceDelegate& usersPersistance) {
     auto users = unsorted(request, usersPersistance);

@@ -1,11 +1,11 @@
 #include "tarvobase/get_metadata/GetUsersUseCase.h"
 
 #include "tarvobase/get_metadata/GetUsers.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
-GetUsersUseCase::GetUsersUseCase() : GetUsersUseCase(MetadataStores::current().users()) {}
+GetUsersUseCase::GetUsersUseCase() : GetUsersUseCase(Stores::current().users()) {}
 
 void GetUsersUseCase::getUsers() {
     answerUsers([](UserPersistanceDelegate& store) { return GetUsers::users(GetUsers::Request::all(), store); });

@@ -1,7 +1,6 @@
 #include "tarvobase/init_process/InitRecordProcessUseCase.h"
 
-#include "tarvobase/metadata/MetadataStores.h"
-#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -14,7 +13,7 @@ InitRecordProcessUseCase::InitRecordProcessUseCase(
 std::shared_ptr<InitRecordProcessUseCase> InitRecordProcessUseCase::make(
     const std::shared_ptr<DatabaseAdapter>& databaseAdapter, const std::shared_ptr<UserDefaultsProtocol>& userDefaults,
     std::shared_ptr<InitCVRecordsNSP> networkService) {
-    MetadataStores stores{databaseAdapter, std::make_shared<InMemoryStorage>()};
+    auto stores = Stores::over(databaseAdapter, userDefaults);
     auto records = InitCVRecordsDM::make(databaseAdapter, userDefaults, std::move(networkService));
     auto useCase = std::make_shared<InitRecordProcessUseCase>(
         std::make_shared<InitRecordProcessDataManager>(databaseAdapter, userDefaults, stores.modules()), records);

@@ -1,12 +1,10 @@
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 
 #include "platform/Clock.h"
-#include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CVObserver.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
-#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {
 
@@ -28,10 +26,10 @@ GetCustomViewsDataManager::GetCustomViewsDataManager(
       userDefaultsUtil(std::move(userDefaultsUtil)) {}
 
 std::shared_ptr<GetCustomViewsDataManager> GetCustomViewsDataManager::current() {
-    auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get();
+    auto stores = Stores::current();
     return std::make_shared<GetCustomViewsDataManager>(
-        std::make_shared<CustomViewInDatabase>(adapter), std::make_shared<CVRecordMapInDatabase>(adapter),
-        std::make_shared<UserDefaultsUtil>(std::make_shared<BrenUserDefaults>()));
+        stores.customViews(), std::make_shared<CVRecordMapInDatabase>(stores.databaseAdapter()),
+        std::make_shared<UserDefaultsUtil>(stores.userDefaults));
 }
 
 std::optional<GetCustomViewsDataManager::CustomViews> GetCustomViewsDataManager::getCustomViews(

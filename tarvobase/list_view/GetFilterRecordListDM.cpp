@@ -6,14 +6,13 @@
 #include "platform/Log.h"
 #include "platform/ProcessState.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/list_view/OnlineViews.h"
 #include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
-#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {
 
@@ -184,15 +183,15 @@ void GetFilterRecordListDM::answerFinally(const Call& call) const {
 }
 
 std::shared_ptr<GetFilterRecordListDM> GetFilterRecordListDM::current() {
-    auto& configuration = CommonConfigration::sharedInstance();
-    auto adapter = configuration.databaseAdapter.get();
+    auto stores = Stores::current();
+    auto& adapter = stores.databaseAdapter();
     auto map = std::make_shared<CVRecordMapInDatabase>(adapter);
     auto records = std::make_shared<GetCVRecordsDBS>(adapter, map);
     return std::make_shared<GetFilterRecordListDM>(
-        Parts{.userDefaultsUtil = std::make_shared<UserDefaultsUtil>(std::make_shared<BrenUserDefaults>()),
+        Parts{.userDefaultsUtil = std::make_shared<UserDefaultsUtil>(stores.userDefaults),
               .networkService = std::make_shared<GetCVRecordsNetworkService>(),
               .moduleInfoDatamanager = GetModuleInfoAssembler::getModuleInfoDM(),
-              .filterPersistence = std::make_shared<CustomViewInDatabase>(adapter),
+              .filterPersistence = stores.customViews(),
               .filterRecordMapPersistance = map,
               .filterRecordDBS = records,
               .recordPersistance = records,

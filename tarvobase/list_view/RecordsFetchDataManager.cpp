@@ -4,7 +4,7 @@
 
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/RecordConversion.h"
@@ -37,10 +37,11 @@ std::shared_ptr<RecordsFetchDataManager> RecordsFetchDataManager::make(Collabora
 }
 
 std::shared_ptr<RecordsFetchDataManager> RecordsFetchDataManager::current() {
-    auto adapter = CommonConfigration::sharedInstance().databaseAdapter.get();
+    auto stores = Stores::current();
+    auto& adapter = stores.databaseAdapter();
     auto service = std::make_shared<FetchRecordNetworkService>();
     auto manager = make({.recordPersistance = RecordInDatabase::make(adapter),
-                         .modulePersistance = MetadataStores::current().modules(),
+                         .modulePersistance = stores.modules(),
                          .fieldLists = FieldListAssembler::getFieldListDM(adapter),
                          .recordFetchNetworkService = service});
     service->errorHandler = manager;

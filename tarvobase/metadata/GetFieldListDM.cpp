@@ -4,8 +4,7 @@
 
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
-#include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -75,11 +74,8 @@ GetFieldListDM::FieldListsByModule GetFieldListDM::getFields(const std::vector<s
 }
 
 std::shared_ptr<GetFieldListDM> FieldListAssembler::getFieldListDM(std::shared_ptr<DatabaseAdapter> databaseAdapter) {
-    FieldMetadataDatabaseConstants constants;
-    return std::make_shared<GetFieldListDM>(
-        std::make_shared<PicklistMetadataInDatabase>(),
-        std::make_shared<FieldMetadataInDatabase>(std::string(constants.TableName), std::move(databaseAdapter),
-                                                  constants));
+    auto stores = Stores::over(std::move(databaseAdapter));
+    return std::make_shared<GetFieldListDM>(stores.picklists(), stores.fields());
 }
 
 }  // namespace tarvo

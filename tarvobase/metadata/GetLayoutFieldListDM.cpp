@@ -5,11 +5,9 @@
 #include <tuple>
 
 #include "platform/Log.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/storage/StoredForm.h"
-#include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
-#include "tarvobase/value_objects/layout/LayoutMetadataInDatabase.h"
 
 namespace tarvo {
 
@@ -87,9 +85,9 @@ bool canReorderRows(const LayoutMetadata& row) {
 }  // namespace
 
 LayoutStores LayoutStores::over(std::shared_ptr<DatabaseAdapter> databaseAdapter) {
-    MetadataStores stores{databaseAdapter, std::make_shared<InMemoryStorage>()};
-    return {std::make_shared<LayoutMetadataInDatabase>(), std::make_shared<PicklistMetadataInDatabase>(),
-            stores.modules(), FieldListAssembler::getFieldListDM(databaseAdapter)};
+    auto stores = Stores::over(databaseAdapter);
+    return {stores.layoutFields(), stores.picklists(), stores.modules(),
+            FieldListAssembler::getFieldListDM(databaseAdapter)};
 }
 
 LayoutsByModule LayoutRowsDM::getLayoutMetadata(const ModuleFieldsMap& moduleFieldsMap,

@@ -1,14 +1,13 @@
 #include "tarvobase/metadata/GetLayoutInfoDM.h"
 
-#include "tarvobase/value_objects/layout/ModuleLayoutInfoInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
 std::shared_ptr<GetLayoutInfoDM<OrderedLayoutFieldList>> GetLayoutInfoDMA::getOrderedLayoutInfoDM(
     std::shared_ptr<DatabaseAdapter> databaseAdapter) {
-    std::string table(ModuleLayoutInfoDatabaseConstants().TableName);
     return std::make_shared<GetLayoutInfoDM<OrderedLayoutFieldList>>(
-        std::make_shared<ModuleLayoutInfoInDatabase>(table, databaseAdapter),
+        Stores::over(databaseAdapter).layouts(),
         GetOrderedLayoutFieldListDMA::getOrderedLayoutFieldListDM(databaseAdapter));
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -47,9 +47,9 @@ bool isUserField(const LayoutMetadata& row) {
 }  // namespace
 
 std::shared_ptr<GetLayoutMetadataDataManager> GetLayoutMetadataDataManager::make() {
-    auto stores = MetadataStores::current();
+    auto stores = Stores::current();
     return std::make_shared<GetLayoutMetadataDataManager>(
-        GetOrderedLayoutFieldListDMA::getOrderedLayoutFieldListDM(stores.databaseAdapter), stores.users());
+        GetOrderedLayoutFieldListDMA::getOrderedLayoutFieldListDM(stores.databaseAdapter()), stores.users());
 }
 
 std::optional<Manager::LayoutRows> GetLayoutMetadataDataManager::getLayoutMetadata(

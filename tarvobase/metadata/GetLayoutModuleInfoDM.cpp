@@ -1,13 +1,13 @@
 #include "tarvobase/metadata/GetLayoutModuleInfoDM.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Scope.h"
 
 namespace tarvo {
 
 std::shared_ptr<GetLayoutModuleInfoDM> GetLayoutModuleInfoDM::make() {
     return std::make_shared<GetLayoutModuleInfoDM>(
         GetModuleInfoAssembler::getModuleInfoDM(),
-        GetLayoutInfoDMA::getOrderedLayoutInfoDM(CommonConfigration::sharedInstance().databaseAdapter.get()));
+        GetLayoutInfoDMA::getOrderedLayoutInfoDM(Scope::current().databaseAdapter));
 }
 
 GetLayoutModuleInfoDM::Infos GetLayoutModuleInfoDM::withLayouts(GetModuleInfoDataManager::ModuleInfos infos,

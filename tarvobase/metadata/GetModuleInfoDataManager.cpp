@@ -2,8 +2,7 @@
 
 #include <set>
 
-#include "tarvobase/metadata/MetadataStores.h"
-#include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -96,18 +95,18 @@ std::vector<ModuleInfo> GetModuleInfoDataManager::infosOf(std::vector<Module> mo
 
 std::shared_ptr<GetModuleInfoDataManager> GetModuleInfoDMA::getModuleInfoDM(
     std::shared_ptr<DatabaseAdapter> databaseAdapter, std::shared_ptr<InMemoryDatabaseAdapter> inMemoryDatabaseAdapter,
-    std::shared_ptr<UserDefaultsProtocol>) {
-    MetadataStores stores{databaseAdapter, std::move(inMemoryDatabaseAdapter)};
+    std::shared_ptr<UserDefaultsProtocol> userDefaults) {
+    tarvo::Stores stores(Scope::over(databaseAdapter), std::move(inMemoryDatabaseAdapter), std::move(userDefaults));
     return std::make_shared<GetModuleInfoDataManager>(
         GetModuleInfoDataManager::Stores{.modulePersistance = stores.modules(),
-                                         .permissionPersistance = std::make_shared<ModulePermissionsInDatabase>(),
+                                         .permissionPersistance = stores.permissions(),
                                          .metadataDataManager = FieldListAssembler::getFieldListDM(databaseAdapter),
                                          .settingPersistence = stores.settings()});
 }
 
 std::shared_ptr<GetModuleInfoDataManager> GetModuleInfoAssembler::getModuleInfoDM() {
-    auto stores = MetadataStores::current();
-    return GetModuleInfoDMA::getModuleInfoDM(stores.databaseAdapter, stores.inMemoryDatabaseAdapter);
+    auto stores = Stores::current();
+    return GetModuleInfoDMA::getModuleInfoDM(stores.databaseAdapter(), stores.memory, stores.userDefaults);
 }
 
 }  // namespace tarvo

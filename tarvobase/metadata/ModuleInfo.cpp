@@ -1,6 +1,6 @@
 #include "tarvobase/metadata/ModuleInfo.h"
 
-#include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 #include "tarvobase/value_objects/module/SettingsPersistanceDelegate.h"
 
@@ -14,7 +14,7 @@ Result<ModuleInfo, MetadataError> ModuleInfo::createModuleInfo(const std::string
     ModuleInfo info;
     info.module = *std::move(module);
     info.metadata = std::move(metadata);
-    if (auto permissions = ModulePermissionsInDatabase().getModulePermissionWith(moduleName))
+    if (auto permissions = Stores::current().permissions()->getModulePermissionWith(moduleName))
         info.permission.permissionList = *std::move(permissions);
     if (auto settings = settingPersistence.getSettings(moduleName)) info.settings.settingsList = *std::move(settings);
     return info;

@@ -7,6 +7,8 @@
 
 namespace tarvo {
 
+class Stores;
+
 class PopulateRelatedModulesDMP : public virtual platform::Object {
 public:
     virtual void populateLookupColumn() = 0;
@@ -17,17 +19,14 @@ public:
 /// called from any thread. Does nothing without a database or without lookup fields.
 class PopulateRelatedModulesDM final : public PopulateRelatedModulesDMP {
 public:
-    /// A store that is null is made when it is needed, over the database that is open then.
-    explicit PopulateRelatedModulesDM(std::shared_ptr<ModuleRelatedListPersistanceDelegate> relatedListDAO = nullptr,
-                                      std::shared_ptr<FieldMetadataPersistanceDelegate> fieldDAO = nullptr)
+    static std::shared_ptr<PopulateRelatedModulesDM> make(const Stores& stores);
+    PopulateRelatedModulesDM(std::shared_ptr<ModuleRelatedListPersistanceDelegate> relatedListDAO,
+                             std::shared_ptr<FieldMetadataPersistanceDelegate> fieldDAO)
         : relatedListDAO_(std::move(relatedListDAO)), fieldDAO_(std::move(fieldDAO)) {}
 
     void populateLookupColumn() override;
 
 private:
-    std::shared_ptr<ModuleRelatedListPersistanceDelegate> relatedListDAO() const;
-    std::shared_ptr<FieldMetadataPersistanceDelegate> fieldDAO() const;
-
     const std::shared_ptr<ModuleRelatedListPersistanceDelegate> relatedListDAO_;
     const std::shared_ptr<FieldMetadataPersistanceDelegate> fieldDAO_;
 };

@@ -11,7 +11,6 @@
 
 #include "platform/Object.h"
 #include "platform/Result.h"
-#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/network_layer/ParserError.h"
 
@@ -125,15 +124,16 @@ protected:
     TableAccess table() const { return {databaseAdapter, tableName}; }
 };
 
-/// Base of the table classes that ask the configuration for the adapter at each call, so that they may be made before a
-/// database is open and outlive a change of database. `Bound` is the class that knows the table's name: constants with
-/// `TableName` or a mapper with `tableName`.
+/// Base of the table classes whose table has one name. `Bound` is the class that knows it: constants with `TableName`
+/// or a mapper with `tableName`. The adapter is that of the scope for which the object is made; it may be null.
 template <class Bound>
 class StaticDatabasePersistanceClass : public virtual platform::Object {
+public:
+    explicit StaticDatabasePersistanceClass(std::shared_ptr<DatabaseAdapter> databaseAdapter)
+        : databaseAdapter_(std::move(databaseAdapter)) {}
+
 protected:
-    TableAccess table() const {
-        return {CommonConfigration::sharedInstance().databaseAdapter.get(), std::string(nameOf(Bound()))};
-    }
+    TableAccess table() const { return {databaseAdapter_, std::string(nameOf(Bound()))}; }
 
 private:
     static std::string_view nameOf(const auto& bound) {
@@ -142,6 +142,8 @@ private:
         else
             return bound.tableName;
     }
+
+    const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
 };
 
 /// The first value, or `noData` for an absent or empty answer.

@@ -88,7 +88,7 @@ void MetadataTest::store(const std::vector<FieldMetadata>& fields) {
     FieldMetadataInDatabase(tableOf<FieldMetadataDatabaseConstants>(), adapter_).storeFieldMetadata(fields);
 }
 void MetadataTest::store(const std::vector<LayoutFieldData>& places) {
-    LayoutMetadataInDatabase().storeLayoutMetadata(places);
+    LayoutMetadataInDatabase(adapter_).storeLayoutMetadata(places);
 }
 void MetadataTest::store(const std::vector<Settings>& settings) {
     SettingsInDatabase(tableOf<SettingsDatabaseConstants>(), adapter_).storeSettings(settings);
@@ -108,7 +108,7 @@ void MetadataTest::storePicklist(const FieldMetadata& field, const std::string& 
         row.position = static_cast<int>(rows.size());
         rows.push_back(std::move(row));
     }
-    PicklistMetadataInDatabase().storePicklistMetadata(rows);
+    PicklistMetadataInDatabase(adapter_).storePicklistMetadata(rows);
 }
 
 void MetadataTest::storeLayout(const std::string& module, const std::string& layout, bool isDefault) {
@@ -117,7 +117,7 @@ void MetadataTest::storeLayout(const std::string& module, const std::string& lay
 }
 
 void MetadataTest::storePermission(const std::string& module, const std::string& key, bool value) {
-    ModulePermissionsInDatabase().storeModulePermission({module, module + "_Api", key, value});
+    ModulePermissionsInDatabase(adapter_).storeModulePermission({module, module + "_Api", key, value});
 }
 
 void MetadataTest::storeModule(const std::string& name, const std::vector<FieldMetadata>& fields) {

@@ -1,8 +1,7 @@
 #include "tarvobase/init_process/steps/AppInitDataManager.h"
 
 #include "tarvobase/init_process/parsers/InitDownloadParser.h"
-#include "tarvobase/metadata/MetadataStores.h"
-#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 
 namespace tarvo {
@@ -12,15 +11,15 @@ namespace {
 /// Modules, users and settings are stored through memory, so that memory never lags behind its table.
 AppInitDataManager::Persistance persistanceOf(const std::shared_ptr<DatabaseAdapter>& adapter,
                                               const std::shared_ptr<UserDefaultsProtocol>& userDefaults) {
-    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
+    auto stores = Stores::over(adapter, userDefaults);
     CompanyInfoDatabaseConstants company;
-    return {.dateTime = std::make_shared<DateTimeInUserDefaults>(userDefaults),
+    return {.dateTime = std::make_shared<DateTimeInUserDefaults>(stores.userDefaults),
             .activeModules = stores.modules(),
-            .userDetails = std::make_shared<UserDetailsInUserDefaults>(userDefaults),
+            .userDetails = std::make_shared<UserDetailsInUserDefaults>(stores.userDefaults),
             .activeUsers = stores.users(),
             .settings = stores.settings(),
             .companyInfo = std::make_shared<CompanyInfoInDatabase>(std::string(company.TableName), adapter, company),
-            .orgs = std::make_shared<OrganisationInUserDefaults>(userDefaults),
+            .orgs = std::make_shared<OrganisationInUserDefaults>(stores.userDefaults),
             .database = adapter};
 }
 

@@ -1,9 +1,8 @@
 #include "tarvobase/init_process/steps/GetCurrentUserDM.h"
 
 #include "tarvobase/init_process/parsers/CurrentUserParser.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/network_layer/FirstEntry.h"
-#include "tarvobase/storage/InMemoryStorage.h"
 
 namespace tarvo {
 
@@ -29,9 +28,8 @@ GetCurrentUserDM::GetCurrentUserDM(UserDefaultsUtil userDefaultsUtil, std::share
 std::shared_ptr<GetCurrentUserDM> GetCurrentUserDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
                                                          std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                          std::shared_ptr<GetCurrentUserNS> networkService) {
-    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
-    return std::make_shared<GetCurrentUserDM>(UserDefaultsUtil(std::move(userDefaults)), std::move(networkService),
-                                              stores.users());
+    auto stores = Stores::over(adapter, userDefaults);
+    return std::make_shared<GetCurrentUserDM>(stores.userDefaultsUtil(), std::move(networkService), stores.users());
 }
 
 void GetCurrentUserDM::request(NetworkCompletion answered) { networkService_->getUserDetails(std::move(answered)); }

@@ -3,11 +3,9 @@
 #include <algorithm>
 
 #include "platform/Log.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/WireRecords.h"
-#include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {
 
@@ -22,14 +20,14 @@ InitCVRecordsDM::InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCV
 std::shared_ptr<InitCVRecordsDM> InitCVRecordsDM::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
                                                        const std::shared_ptr<UserDefaultsProtocol>& userDefaults,
                                                        std::shared_ptr<InitCVRecordsNSP> networkService) {
-    MetadataStores stores{databaseAdapter, std::make_shared<InMemoryStorage>()};
+    auto stores = Stores::over(databaseAdapter, userDefaults);
     return std::make_shared<InitCVRecordsDM>(
         Persistance{.batches = {.moduleDAO = stores.modules(),
                                 .settingDAO = stores.settings(),
-                                .userDefaultsUtil = UserDefaultsUtil(userDefaults)},
-                    .cvDAO = std::make_shared<CustomViewInDatabase>(databaseAdapter),
+                                .userDefaultsUtil = stores.userDefaultsUtil()},
+                    .cvDAO = stores.customViews(),
                     .recordDAO = RecordInDatabase::make(databaseAdapter),
-                    .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(userDefaults)},
+                    .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(stores.userDefaults)},
         std::move(networkService));
 }
 

@@ -1,8 +1,7 @@
 #include "tarvobase/init_process/steps/InitCurrencyDM.h"
 
 #include "tarvobase/init_process/parsers/TaxCurrencyParser.h"
-#include "tarvobase/metadata/MetadataStores.h"
-#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -16,9 +15,8 @@ InitCurrencyDM::InitCurrencyDM(UserDefaultsUtil userDefaultsUtil,
 std::shared_ptr<InitCurrencyDM> InitCurrencyDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
                                                      std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                      std::shared_ptr<InitGetCurrencyNSP> networkService) {
-    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
-    return std::make_shared<InitCurrencyDM>(UserDefaultsUtil(std::move(userDefaults)), stores.currencies(),
-                                            std::move(networkService));
+    auto stores = Stores::over(adapter, userDefaults);
+    return std::make_shared<InitCurrencyDM>(stores.userDefaultsUtil(), stores.currencies(), std::move(networkService));
 }
 
 void InitCurrencyDM::request(NetworkCompletion answered) { networkService_->getCurrencyMetadata(std::move(answered)); }

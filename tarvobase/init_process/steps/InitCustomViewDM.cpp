@@ -1,12 +1,10 @@
 #include "tarvobase/init_process/steps/InitCustomViewDM.h"
 
 #include "platform/Log.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CustomViewChangedObserver.h"
-#include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/sync/wire/CVSyncParser.h"
-#include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {
 
@@ -21,13 +19,12 @@ InitCustomViewDM::InitCustomViewDM(Persistance persistance, std::shared_ptr<Init
 std::shared_ptr<InitCustomViewDM> InitCustomViewDM::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
                                                          std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                          std::shared_ptr<InitCustomViewNSP> networkService) {
-    MetadataStores stores{databaseAdapter, std::make_shared<InMemoryStorage>()};
-    return std::make_shared<InitCustomViewDM>(
-        Persistance{.customViewDAO = std::make_shared<CustomViewInDatabase>(databaseAdapter),
-                    .batches = {.moduleDAO = stores.modules(),
-                                .settingDAO = stores.settings(),
-                                .userDefaultsUtil = UserDefaultsUtil(std::move(userDefaults))}},
-        std::move(networkService), BrenNotificationCenter::shared());
+    auto stores = Stores::over(databaseAdapter, userDefaults);
+    return std::make_shared<InitCustomViewDM>(Persistance{.customViewDAO = stores.customViews(),
+                                                          .batches = {.moduleDAO = stores.modules(),
+                                                                      .settingDAO = stores.settings(),
+                                                                      .userDefaultsUtil = stores.userDefaultsUtil()}},
+                                              std::move(networkService), BrenNotificationCenter::shared());
 }
 
 std::shared_ptr<ModuleBatch> InitCustomViewDM::makeModuleBatch() const {

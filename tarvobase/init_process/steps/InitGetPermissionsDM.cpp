@@ -2,10 +2,8 @@
 
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/init_process/parsers/PermissionsParser.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/network_layer/FirstEntry.h"
-#include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
 
 namespace tarvo {
 
@@ -21,10 +19,9 @@ InitGetPermissionsDM::InitGetPermissionsDM(std::shared_ptr<GetPermissionsNSP> ne
 std::shared_ptr<InitGetPermissionsDM> InitGetPermissionsDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
                                                                  std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                                  std::shared_ptr<GetPermissionsNSP> networkService) {
-    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
-    return std::make_shared<InitGetPermissionsDM>(std::move(networkService), stores.users(),
-                                                  std::make_shared<ModulePermissionsInDatabase>(),
-                                                  UserDefaultsUtil(std::move(userDefaults)));
+    auto stores = Stores::over(adapter, userDefaults);
+    return std::make_shared<InitGetPermissionsDM>(std::move(networkService), stores.users(), stores.permissions(),
+                                                  stores.userDefaultsUtil());
 }
 
 void InitGetPermissionsDM::request(NetworkCompletion answered) {
@@ -32,10 +29,8 @@ void InitGetPermissionsDM::request(NetworkCompletion answered) {
 }
 
 std::string InitGetPermissionsDM::profileID() const {
-    auto authentication = CommonConfigration::sharedInstance().authentication.get();
-    auto account = authentication ? authentication->currentUser().value_or("") : "";
-    auto users = usersPersistance_->getUsersWithBrenUID({account});
-    return users && !users->empty() ? users->front().profileID : "";
+    auto user = usersPersistance_->getUserWithBrenUID();
+    return user ? user->profileID : "";
 }
 
 Result<Nothing, ParserError> InitGetPermissionsDM::store(const Data& body) {

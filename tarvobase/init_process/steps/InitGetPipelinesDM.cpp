@@ -1,9 +1,7 @@
 #include "tarvobase/init_process/steps/InitGetPipelinesDM.h"
 
 #include "tarvobase/init_process/parsers/PipelinesNWParser.h"
-#include "tarvobase/metadata/MetadataStores.h"
-#include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/value_objects/layout/ModuleLayoutInfoInDatabase.h"
+#include "tarvobase/metadata/Stores.h"
 
 namespace tarvo {
 
@@ -18,15 +16,13 @@ InitGetPipelinesDM::InitGetPipelinesDM(std::shared_ptr<GetPipelinesNSP> networkS
 std::shared_ptr<InitGetPipelinesDM> InitGetPipelinesDM::make(const std::shared_ptr<DatabaseAdapter>& adapter,
                                                              std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                              std::shared_ptr<GetPipelinesNSP> networkService) {
-    MetadataStores stores{adapter, std::make_shared<InMemoryStorage>()};
-    return std::make_shared<InitGetPipelinesDM>(
-        std::move(networkService),
-        Persistance{.moduleDAO = stores.modules(),
-                    .layoutDAO = std::make_shared<ModuleLayoutInfoInDatabase>(
-                        std::string(ModuleLayoutInfoDatabaseConstants().TableName), adapter),
-                    .pipelineDAO = stores.pipelines(),
-                    .pipelineStageDAO = stores.pipelineStages()},
-        UserDefaultsUtil(std::move(userDefaults)));
+    auto stores = Stores::over(adapter, userDefaults);
+    return std::make_shared<InitGetPipelinesDM>(std::move(networkService),
+                                                Persistance{.moduleDAO = stores.modules(),
+                                                            .layoutDAO = stores.layouts(),
+                                                            .pipelineDAO = stores.pipelines(),
+                                                            .pipelineStageDAO = stores.pipelineStages()},
+                                                stores.userDefaultsUtil());
 }
 
 void InitGetPipelinesDM::request(NetworkCompletion answered) {

@@ -2,18 +2,12 @@
 
 #include "platform/Log.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/metadata/wire/MetadataParser.h"
 #include "tarvobase/metadata/wire/MetadataWriter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/ModuleChangedObserver.h"
-#include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
-#include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
-#include "tarvobase/value_objects/layout/LayoutMetadataInDatabase.h"
-#include "tarvobase/value_objects/layout/ModuleLayoutInfoInDatabase.h"
-#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
 
 namespace tarvo {
 
@@ -39,25 +33,21 @@ std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<Datab
                                                      const std::shared_ptr<DatabaseAdapter>& secondaryDbAdapter,
                                                      std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                      std::shared_ptr<MetadataNSP> networkService) {
-    MetadataStores stores{dbAdapter, std::make_shared<InMemoryStorage>()};
-    FieldMetadataDatabaseConstants fieldConstants;
-    ModuleLayoutInfoDatabaseConstants layoutConstants;
+    auto stores = Stores::over(dbAdapter, userDefaults);
     return std::make_shared<InitMetadataDM>(
         Persistance{.userDAO = stores.users(),
                     .batches = {.moduleDAO = stores.modules(),
                                 .settingDAO = stores.settings(),
-                                .userDefaultsUtil = UserDefaultsUtil(std::move(userDefaults))},
-                    .metadata = std::make_shared<MetadataWriter>(MetadataWriter::Persistance{
-                        .relatedListDAO = std::make_shared<ModuleRelatedListInDatabase>(),
-                        .layoutDAO = std::make_shared<ModuleLayoutInfoInDatabase>(
-                            std::string(layoutConstants.TableName), dbAdapter),
-                        .layoutFieldsDAO = std::make_shared<LayoutMetadataInDatabase>(),
-                        .picklistDAO = std::make_shared<PicklistMetadataInDatabase>(),
-                        .settingDAO = stores.settings(),
-                        .fieldsDAO = std::make_shared<FieldMetadataInDatabase>(std::string(fieldConstants.TableName),
-                                                                               dbAdapter, fieldConstants),
-                        .dbAdapter = dbAdapter,
-                        .secondaryDbAdapter = secondaryDbAdapter})},
+                                .userDefaultsUtil = stores.userDefaultsUtil()},
+                    .metadata = std::make_shared<MetadataWriter>(
+                        MetadataWriter::Persistance{.relatedListDAO = stores.relatedLists(),
+                                                    .layoutDAO = stores.layouts(),
+                                                    .layoutFieldsDAO = stores.layoutFields(),
+                                                    .picklistDAO = stores.picklists(),
+                                                    .settingDAO = stores.settings(),
+                                                    .fieldsDAO = stores.fields(),
+                                                    .dbAdapter = dbAdapter,
+                                                    .secondaryDbAdapter = secondaryDbAdapter})},
         networkService ? std::move(networkService) : std::make_shared<MetadataNS>());
 }
 

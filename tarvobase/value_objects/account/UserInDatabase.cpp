@@ -3,9 +3,10 @@
 namespace tarvo {
 
 UserInDatabase::UserInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
-                               UserDatabaseConstants databaseConstants)
+                               UserDatabaseConstants databaseConstants, std::string account)
     : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)),
-      databaseConstants_(databaseConstants) {}
+      databaseConstants_(databaseConstants),
+      account_(std::move(account)) {}
 
 void UserInDatabase::storeUsers(const std::vector<User>& users) {
     std::vector<ValueMap> rows;
@@ -24,8 +25,7 @@ void UserInDatabase::updateUser(const User& user, const std::string& oldUserID) 
 }
 
 Result<User, ParserError> UserInDatabase::getUserWithBrenUID() {
-    auto account = CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
-    return firstOrNoData(usersWhere(databaseConstants_.BrenUID, {account}));
+    return firstOrNoData(usersWhere(databaseConstants_.BrenUID, {account_}));
 }
 Result<User, ParserError> UserInDatabase::getUser(const std::string& userID) {
     return firstOrNoData(usersWhere(databaseConstants_.ID, {userID}));

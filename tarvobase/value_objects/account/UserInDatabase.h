@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 #include "tarvobase/value_objects/account/UserPersistanceDelegate.h"
 
@@ -9,7 +10,7 @@ namespace tarvo {
 class UserInDatabase final : public DatabasePersistanceClass, public UserPersistanceDelegate {
 public:
     UserInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
-                   UserDatabaseConstants databaseConstants = {});
+                   UserDatabaseConstants databaseConstants = {}, std::string account = Scope::current().account);
 
     void storeUser(const User& user) override { storeUsers({user}); }
     void storeUsers(const std::vector<User>& users) override;
@@ -26,6 +27,7 @@ private:
     std::optional<std::vector<User>> usersOf(const std::optional<Rows>& rows) const;
 
     UserDatabaseConstants databaseConstants_;
+    const std::string account_;
 };
 
 }  // namespace tarvo

@@ -10,6 +10,8 @@ namespace tarvo {
 class PipelineInDatabase final : public StaticDatabasePersistanceClass<PipelineDBParser>,
                                  public PipelinePersistanceDelegate {
 public:
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
     void storePipelines(const std::vector<Pipeline>& pipelines) override;
     Pipelines getPipelines() override;
 };
@@ -19,6 +21,8 @@ public:
 class PipelineStageInDatabase final : public StaticDatabasePersistanceClass<PipelineStageDBParser>,
                                       public PipelineStagePersistanceDelegate {
 public:
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
     void storePipelineStages(const std::vector<PipelineStage>& stages) override;
     Stages getPipelineStages() override;
     Stages getPipelineStagesWith(const std::string& pipelineId) override;

@@ -9,6 +9,8 @@ namespace tarvo {
 class PicklistMetadataInDatabase final : public StaticDatabasePersistanceClass<PicklistMetadataDatabseConstants>,
                                          public PicklistMetadataPersistanceDelegate {
 public:
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
     void storePicklistMetadata(const PicklistMetadata& picklist) override { storePicklistMetadata(Picklist{picklist}); }
     void storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) override;
     std::optional<Picklist> getPicklist(const std::string& moduleName, const std::optional<std::string>& layoutId,

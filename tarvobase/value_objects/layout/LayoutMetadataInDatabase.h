@@ -10,7 +10,9 @@ namespace tarvo {
 class LayoutMetadataInDatabase final : public StaticDatabasePersistanceClass<LayoutMetadataDatabaseConstants>,
                                        public LayoutMetadataPersistanceDelegate {
 public:
-    /// Uses the store of fields on the current adapter.
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
+    /// Returns the store of fields over the same adapter.
     std::shared_ptr<FieldMetadataPersistanceDelegate> fieldMetadataDAO() const;
 
     using LayoutMetadataPersistanceDelegate::getLayoutMetadata;

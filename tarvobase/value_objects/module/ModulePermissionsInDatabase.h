@@ -9,6 +9,8 @@ namespace tarvo {
 class ModulePermissionsInDatabase final : public StaticDatabasePersistanceClass<ModulePermissionDatabaseConstants>,
                                           public ModulePermissionsPersistanceDelegate {
 public:
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
     void storeModulePermission(const ModulePermission& permission) override { storeModulePermissions({permission}); }
     void storeModulePermissions(const std::vector<ModulePermission>& permissions) override;
     std::optional<ModulePermission> getModulePermissionWith(const std::string& moduleName,

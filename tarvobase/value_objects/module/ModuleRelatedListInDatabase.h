@@ -9,6 +9,8 @@ namespace tarvo {
 class ModuleRelatedListInDatabase final : public StaticDatabasePersistanceClass<ModuleRelatedListDatabaseConstants>,
                                           public ModuleRelatedListPersistanceDelegate {
 public:
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
     void storeModuleRelatedList(const RelatedList& list) override { storeModuleRelatedList(RelatedLists{list}); }
     void storeModuleRelatedList(const std::vector<RelatedList>& lists) override;
     void setLookupColumnByRealtedListID(const std::string& realtedListID, const std::string& lookupColumn) override;

@@ -8,6 +8,8 @@ namespace tarvo {
 /// The table of tags.
 class TagInDatabase final : public StaticDatabasePersistanceClass<TagDBMapper>, public TagPersistanceDelegate {
 public:
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
     Tags getTags(const std::string& moduleName) override;
     void storeTags(const std::vector<Tag>& tags) override;
     void removeTags(const std::string& tagId) override;
@@ -22,6 +24,8 @@ private:
 class TagRecordInDatabase final : public StaticDatabasePersistanceClass<TagRecordDBMapper>,
                                   public TagRecordsPersistanceDelegate {
 public:
+    using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
+
     TagRecords getTagRecordsByRecordId(const std::string& recordId) override;
     TagRecords getTagRecordsByTagId(const std::string& tagId) override;
     void storeTagRecords(const std::vector<Tag>& tags, const std::string& recordId) override;

@@ -6,7 +6,7 @@
 #include "tarvobase/init_process/InitRecordProcessUseCase.h"
 #include "tarvobase/init_process/steps/InitCustomViewDM.h"
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CustomViewChangedObserver.h"
@@ -113,7 +113,7 @@ protected:
         defaults = std::make_shared<BrenUserDefaults>();
         BrenNotificationCenter::shared().add<CustomViewChangedObserver>(recorder);
     }
-    MetadataStores stores() { return {database, std::make_shared<InMemoryStorage>()}; }
+    Stores stores() { return Stores::over(database); }
     void store(const Names& names, ModuleType type = ModuleType::default_) {
         std::vector<Module> modules;
         for (auto& name : names) modules.push_back({.moduleName = name, .apiName = name + "_API", .type = type});
@@ -197,7 +197,7 @@ TEST_F(InitBatchTest, AFeatureCoversItsModules) {
         database->deleteAllObjects("APP_SETTINGS");
         auto persistance = stores();
         // Reads past the memory, since each case replaces the rows of the tables.
-        persistance.inMemoryDatabaseAdapter = nullptr;
+        persistance.memory = nullptr;
         if (one.supported)
             persistance.settings()->storeSettings({{.moduleName = "Settings",
                                                     .settingsKey = SettingName::supportedModules,

@@ -4,7 +4,7 @@
 #include "tarvobase/init_process/steps/InitCurrencyDM.h"
 #include "tarvobase/init_process/steps/InitGetPermissionsDM.h"
 #include "tarvobase/init_process/steps/InitGetPipelinesDM.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tests/tarvobase/Fixture.h"
 #include "tests/tarvobase/NoticeListener.h"
@@ -75,7 +75,7 @@ protected:
         run("INSERT INTO DEALS_STAGES (id, name) VALUES ('S7', 'a stage of no pipeline')");
     }
     void run(const std::string& statement) { database->execute(statement, std::nullopt); }
-    MetadataStores stores() const { return {database, std::make_shared<InMemoryStorage>()}; }
+    Stores stores() const { return Stores::over(database); }
 
     template <class Service>
     std::shared_ptr<Service> service() {
@@ -205,7 +205,7 @@ TEST_F(InitStepTest, StoredCurrenciesAreReadThroughMemoryAndFromTheTable) {
     makeTables();
     network->answer(usableCurrencies);
     execute(currency);
-    for (auto& from : {stores(), MetadataStores{database, nullptr}}) {
+    for (auto& from : {stores(), Stores(Scope::over(database), nullptr, BrenUserDefaults::ofCurrentAccount())}) {
         EXPECT_EQ(from.currencies()->getDefaultCurrencyMetadata()->isoCode, "USD");
         EXPECT_EQ(from.currencies()->getCurrencyMetadata("EUR")->exchangeRate, 0.85);
         EXPECT_FALSE(from.currencies()->getCurrencyMetadata("old"));
@@ -219,7 +219,7 @@ TEST_F(InitStepTest, StoredPipelinesAreReadThroughMemoryAndFromTheTable) {
     makeTables();
     network->answer(body(pipelineRows));
     execute(pipelines);
-    for (auto& from : {stores(), MetadataStores{database, nullptr}}) {
+    for (auto& from : {stores(), Stores(Scope::over(database), nullptr, BrenUserDefaults::ofCurrentAccount())}) {
         EXPECT_EQ(from.pipelines()->getPipelines()->size(), 2u);
         EXPECT_EQ(from.pipelineStages()->getPipelineStages()->size(), 2u);
         EXPECT_EQ(from.pipelineStages()->getPipelineStagesWith("P2").value(),

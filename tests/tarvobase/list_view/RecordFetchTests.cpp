@@ -2,7 +2,7 @@
 #include "platform/Text.h"
 #include "tarvobase/list_view/GetRecordsUseCase.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tests/tarvobase/MetadataFixture.h"
@@ -92,7 +92,7 @@ protected:
         add("Calls", "made", {{"Call_Status", "Completed"}, {"Call_Start_Time", noon - hour}});
     }
     Module moduleNamed(const std::string& name) {
-        return MetadataStores::current().modules()->getModuleByModuleName(name).value();
+        return Stores::current().modules()->getModuleByModuleName(name).value();
     }
     std::vector<std::string> lines(std::size_t count) {
         pump([&] { return listener->lines.size() >= count; });
@@ -107,7 +107,7 @@ protected:
         service->setNetworkAdapter(network);
         auto database = configuration().databaseAdapter.get();
         auto manager = RecordsFetchDataManager::make({.recordPersistance = RecordInDatabase::make(database),
-                                                      .modulePersistance = MetadataStores::current().modules(),
+                                                      .modulePersistance = Stores::current().modules(),
                                                       .fieldLists = FieldListAssembler::getFieldListDM(database),
                                                       .recordFetchNetworkService = service});
         service->errorHandler = manager;
@@ -213,9 +213,9 @@ TEST_F(RecordFetchTest, AFailedRequestIsReportedAfterTheStoredRecord) {
     network->fail(NetworkError::Kind::timeout);
     usecase->getRecord(moduleNamed("Leads"), "7");
     EXPECT_EQ(lines(2), (std::vector<std::string>{"7: Acme ", "networkResponseError"}));
-    signIn("42", std::nullopt);
+    signIn("1001", std::nullopt);
     usecase->getRecord(moduleNamed("Leads"), "7");
-    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: Acme ", "noAuthtoken 42"}));
+    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: Acme ", "noAuthtoken 1001"}));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include "tarvobase/get_metadata/GetPermissionsUseCase.h"
 #include "tarvobase/get_metadata/GetRelatedModulesUC.h"
 #include "tarvobase/get_metadata/GetRelatedModulesUseCase.h"
-#include "tarvobase/metadata/MetadataStores.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
 #include "tests/tarvobase/MetadataFixture.h"
 
@@ -275,7 +275,7 @@ TEST_F(DelegateFormsTest, RelatedModulesAreAnsweredOncePerCallInTheirOrder) {
     for (auto order : {10, 9}) {
         RelatedList list;
         list.moduleName = "Leads", list.listID = "list" + std::to_string(order), list.relatedOrder = order;
-        ModuleRelatedListInDatabase().storeModuleRelatedList(list);
+        ModuleRelatedListInDatabase(configuration().databaseAdapter.get()).storeModuleRelatedList(list);
     }
     using Related = GetRelatedModulesUseCase;
     EXPECT_THAT(answersOf<Related>([](auto& uc) { uc.getRelatedModules("Leads"); }),

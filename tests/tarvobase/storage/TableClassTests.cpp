@@ -143,15 +143,22 @@ TEST_F(TableClassTest, MappersReadStrictly) {
     EXPECT_EQ(TagRecordDBMapper().getValue(link).error().failedPath, "record_id");
 }
 
-TEST_F(TableClassTest, TagsFollowTheOpenDatabase) {
-    TagInDatabase tags;
-    TagRecordInDatabase links;
-    configuration().databaseAdapter = nullptr;
+TEST_F(TableClassTest, WithoutADatabaseReadsAreAbsentAndWritesDoNothing) {
+    TagInDatabase tags(nullptr);
+    static_cast<void>(tags.storeTags({{"1", "hot", "Leads"}}));
     EXPECT_EQ(tags.getTags("Leads"), std::nullopt);
-    tags.storeTags({{"1", "hot", "Leads"}});
-    configuration().databaseAdapter = adapter;
-    EXPECT_THAT(*tags.getTags("Leads"), ElementsAre());
+}
 
+TEST_F(TableClassTest, ATableStaysWithTheDatabaseThatItWasMadeFor) {
+    TagInDatabase tags(adapter);
+    configuration().databaseAdapter = nullptr;
+    static_cast<void>(tags.storeTags({{"1", "hot", "Leads"}}));
+    EXPECT_THAT(*tags.getTags("Leads"), ElementsAre(Tag{"1", "hot", "Leads"}));
+}
+
+TEST_F(TableClassTest, TagsAndTheirLinksAreStoredAndChanged) {
+    TagInDatabase tags(adapter);
+    TagRecordInDatabase links(adapter);
     tags.storeTags({{"1", "hot", "Leads"}, {"2", "cold", "Leads"}, {"3", "big", "Deals"}});
     tags.storeTags({{"1", "warm", "Leads"}});
     EXPECT_THAT(*tags.getTags("Leads"), UnorderedElementsAre(Tag{"1", "warm", "Leads"}, Tag{"2", "cold", "Leads"}));

@@ -5,8 +5,8 @@
 #include "sandbox/calls/Answers.h"
 #include "sandbox/data/DataSet.h"
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
-#include "tarvobase/metadata/MetadataStores.h"
 #include "tarvobase/metadata/PopulateRelatedModulesDM.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/ModuleChangedObserver.h"
@@ -125,7 +125,7 @@ TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
         {std::nullopt, std::nullopt, "123"},
         {User{.id = "8", .BrenUID = "1003"}, "1003", ""},
     };
-    MetadataStores stores{database, std::make_shared<InMemoryStorage>()};
+    auto stores = Stores::over(database);
     auto service = std::make_shared<HeldMetadataService>();
     auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
     for (auto& one : cases) {
@@ -364,7 +364,7 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
     accounts[wire::dependentFields] = ValueList{Value(notALookup)};
 
     const std::string asked = "SELECT list_id || '=' || lookup_column FROM MODULE_RELATED_LIST ORDER BY 1";
-    PopulateRelatedModulesDM().populateLookupColumn();
+    PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn();
     struct {
         FieldIdentifier naming;
         std::vector<std::string> expected;
@@ -378,17 +378,17 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
         configuration().fieldIdentifier = one.naming;
         downloadAnswered({wire::entry(wire::info("Leads"), leads), wire::entry(wire::info("Accounts"), accounts)});
         EXPECT_EQ(column(asked), (std::vector<std::string>{"R1=", "R2=", "R3=", "R4=", "R5=", "R6="}));
-        PopulateRelatedModulesDM().populateLookupColumn();
+        PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn();
         EXPECT_EQ(column(asked), one.expected);
     }
 
     // Without lookup fields no row is written, and without a database the call does nothing.
     database->execute("DELETE FROM MODULE_SPECIFIC_METADATA WHERE field_type = 'lookup'", std::nullopt);
     database->execute("UPDATE MODULE_RELATED_LIST SET lookup_column = 'kept'", std::nullopt);
-    PopulateRelatedModulesDataManager().populateLookupColumn();
+    PopulateRelatedModulesDataManager::make(Stores::current())->populateLookupColumn();
     EXPECT_EQ(column("SELECT DISTINCT lookup_column FROM MODULE_RELATED_LIST"), (std::vector<std::string>{"kept"}));
     configuration().databaseAdapter = nullptr;
-    PopulateRelatedModulesDM().populateLookupColumn();
+    PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn();
 }
 
 }  // namespace

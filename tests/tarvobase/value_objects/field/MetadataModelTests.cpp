@@ -352,7 +352,7 @@ TEST_F(FieldListTest, SelectsFieldsByApiNameTypeAndMode) {
 
 TEST_F(MetadataModelTest, PicklistsComeInTheOrderOfTheirPositions) {
     openTables();
-    PicklistMetadataInDatabase picklists;
+    PicklistMetadataInDatabase picklists(configuration().databaseAdapter.get());
     auto value = [](const std::string& module, const std::string& layout, const std::string& actual, int position) {
         return PicklistMetadata{.fieldActualValue = actual,
                                 .fieldID = "f",
@@ -380,8 +380,7 @@ TEST_F(MetadataModelTest, PicklistsComeInTheOrderOfTheirPositions) {
     EXPECT_THAT(actual(std::optional(byModule->at("Deals"))), ElementsAre("C", "B", "A"));
     adapter->execute("UPDATE PICKLIST_METADATA SET field_actual_value = NULL WHERE layout_id = '1'", {});
     EXPECT_THAT(actual(picklists.getPicklistMetadataForModuleWith("Deals")), ElementsAre("C"));
-    configuration().databaseAdapter = nullptr;
-    EXPECT_EQ(picklists.getPicklistMetadataForModuleWith("Deals"), std::nullopt);
+    EXPECT_EQ(PicklistMetadataInDatabase(nullptr).getPicklistMetadataForModuleWith("Deals"), std::nullopt);
 }
 
 class LayoutModelTest : public MetadataModelTest {
@@ -389,6 +388,7 @@ protected:
     void SetUp() override {
         MetadataModelTest::SetUp();
         openTables();
+        layouts.emplace(adapter);
         deals = FieldList("Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {});
     }
     static LayoutFieldData place(const std::string& layout, const std::string& column, const std::string& apiName,
@@ -408,23 +408,24 @@ protected:
                 .additionalInfo = ValueMap{{"maximum_rows", 3}}};
     }
     FieldList deals;
-    LayoutMetadataInDatabase layouts;
+    /// Over the open database.
+    std::optional<LayoutMetadataInDatabase> layouts;
 };
 
 TEST_F(LayoutModelTest, ARowIsJoinedWithItsFieldInBothNamings) {
     configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
-    layouts.storeLayoutMetadata(
+    layouts->storeLayoutMetadata(
         {place("1", "STAGE", "Stage", 10), place("1", "AMOUNT", "Amount", 9), place("1", "GONE", "Gone", 1)});
     for (auto& naming : {columnNaming(), apiNames()}) {
         FieldList list("Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {}, naming);
-        auto rows = *layouts.getLayoutMetadata("Deals", list, {{LayoutFieldColumnName::fieldPosition}});
+        auto rows = *layouts->getLayoutMetadata("Deals", list, {{LayoutFieldColumnName::fieldPosition}});
         ASSERT_THAT(columnsOf({rows.begin(), rows.end()}), ElementsAre("AMOUNT", "STAGE"));
         EXPECT_EQ(rows[1].fieldLabel, "label of Stage");
         EXPECT_EQ(rows[1].sectionDV, "Geschäft");
         EXPECT_EQ(rows[1].fieldPosition, 10);
         EXPECT_TRUE(rows[1].isSubformSection);
         EXPECT_EQ(rows[1].additionalInfo->valueOf("maximum_rows"), Value(3));
-        layouts.storeLayoutMetadata(rows);
+        layouts->storeLayoutMetadata(rows);
     }
     EXPECT_EQ(adapter->count("LAYOUT_SPECIFIC_METADATA", Criteria::equalTo("default_value", "x")), 3)
         << "stored again in their own rows";
@@ -437,9 +438,9 @@ TEST_F(LayoutModelTest, TwoColumnsFollowTheirSetting) {
     for (auto& one : cases) {
         adapter->deleteAllObjects("LAYOUT_SPECIFIC_METADATA");
         configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = one.isWritten;
-        layouts.storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
+        layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
         configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = one.isRead;
-        auto rows = *layouts.getLayoutMetadata("Deals", deals);
+        auto rows = *layouts->getLayoutMetadata("Deals", deals);
         ASSERT_EQ(rows.size(), 1u);
         EXPECT_EQ(rows[0].isSubformSection, one.isWritten && one.isRead);
         EXPECT_EQ(rows[0].additionalInfo.has_value(), one.isWritten && one.isRead);
@@ -451,39 +452,39 @@ TEST_F(LayoutModelTest, MandatoryIsReadLeniently) {
         std::string sql;
         bool isMandatory;
     } cases[] = {{"1", true}, {"'true'", true}, {"0", false}, {"'false'", false}, {"'1'", false}, {"NULL", false}};
-    layouts.storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
+    layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
     for (auto& one : cases) {
         adapter->execute("UPDATE LAYOUT_SPECIFIC_METADATA SET mandatory = " + one.sql, std::nullopt);
-        EXPECT_EQ(layouts.getLayoutMetadata("Deals", deals)->at(0).mandatory, one.isMandatory) << one.sql;
+        EXPECT_EQ(layouts->getLayoutMetadata("Deals", deals)->at(0).mandatory, one.isMandatory) << one.sql;
     }
 }
 
 TEST_F(LayoutModelTest, RowsAreGroupedByModuleAndByLayout) {
     auto quote = place("3", "STAGE", "Stage");
     quote.moduleName = "Quotes";
-    layouts.storeLayoutMetadata({place("1", "STAGE", "Stage"), place("2", "AMOUNT", "Amount"), quote});
+    layouts->storeLayoutMetadata({place("1", "STAGE", "Stage"), place("2", "AMOUNT", "Amount"), quote});
     FieldList quotes("Quotes", {named("Quotes", "STAGE", "Stage")}, {});
     auto byModule =
-        *layouts.getLayoutMetadata(ModuleFieldsMap{{"Deals", deals}, {"Quotes", quotes}, {"Leads", {}}}, {});
+        *layouts->getLayoutMetadata(ModuleFieldsMap{{"Deals", deals}, {"Quotes", quotes}, {"Leads", {}}}, {});
     EXPECT_EQ(byModule.size(), 2u);
     EXPECT_EQ(byModule["Deals"].size(), 2u);
     EXPECT_EQ(byModule["Quotes"].at(0).moduleName, "Quotes");
 
-    auto byLayout = *layouts.getLayoutMetadatas({"1", "2", "3", "9"}, {{"Deals", deals}});
+    auto byLayout = *layouts->getLayoutMetadatas({"1", "2", "3", "9"}, {{"Deals", deals}});
     EXPECT_EQ(byLayout.size(), 2u);
     EXPECT_TRUE(wasLogged("moduleName or fields not found"));
-    EXPECT_EQ(layouts.getLayoutMetadata({ModuleLayoutInfo{.layoutID = "2"}, ModuleLayoutInfo{.layoutID = "3"}}, deals)
+    EXPECT_EQ(layouts->getLayoutMetadata({ModuleLayoutInfo{.layoutID = "2"}, ModuleLayoutInfo{.layoutID = "3"}}, deals)
                   ->size(),
               1u);
-    EXPECT_EQ(*layouts.getModuleNames({"1", "3", "9"}),
+    EXPECT_EQ(*layouts->getModuleNames({"1", "3", "9"}),
               (std::unordered_map<std::string, std::string>{{"1", "Deals"}, {"3", "Quotes"}}));
-    EXPECT_EQ(layouts.getModuleName("3"), "Quotes");
-    EXPECT_EQ(layouts.getModuleName("9"), std::nullopt);
+    EXPECT_EQ(layouts->getModuleName("3"), "Quotes");
+    EXPECT_EQ(layouts->getModuleName("9"), std::nullopt);
 }
 
 TEST_F(MetadataModelTest, AnUnknownPermissionIsFalse) {
     openTables();
-    ModulePermissionsInDatabase permissions;
+    ModulePermissionsInDatabase permissions(configuration().databaseAdapter.get());
     permissions.storeModulePermissions({{"Leads", "Leads_API", "Create", true},
                                         {"Leads", "Leads_API", "Edit", false},
                                         {"Deals", "Deals_API", "Create", false}});
@@ -531,7 +532,7 @@ TEST_F(MetadataModelTest, TheDefaultLayoutIsTheFirstWithTheMark) {
 
 TEST_F(MetadataModelTest, RelatedListsAreSortedByTheirNumberAndTakeTheirColumn) {
     openTables();
-    ModuleRelatedListInDatabase lists;
+    ModuleRelatedListInDatabase lists(configuration().databaseAdapter.get());
     RelatedList notes{.moduleName = "Leads", .relatedModuleName = "Notes", .listID = "1", .relatedOrder = 10};
     RelatedList tasks{.moduleName = "Leads", .relatedModuleName = "Tasks", .listID = "2", .relatedOrder = 9};
     RelatedList dealNotes{.moduleName = "Deals", .relatedModuleName = "Notes", .listID = "3"};

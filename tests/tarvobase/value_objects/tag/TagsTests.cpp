@@ -37,11 +37,15 @@ class TagsTest : public FoundationTest {
 protected:
     void SetUp() override {
         FoundationTest::SetUp();
-        auto adapter = openDatabase();
+        adapter = openDatabase();
         for (auto& statement : accountTables()) adapter->createTable(statement);
+        makeUseCase();
+        BrenNotificationCenter::shared().add<RecordChangedObserver>(observer);
+    }
+
+    void makeUseCase() {
         usecase = std::make_shared<GetModuleTagsUC>();
         usecase->getTagsDM->tagsNWService->setNetworkAdapter(network);
-        BrenNotificationCenter::shared().add<RecordChangedObserver>(observer);
     }
 
     /// Returns the answers in order: source and tags, or the failure.
@@ -57,20 +61,19 @@ protected:
     }
 
     std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+    std::shared_ptr<DatabaseAdapter> adapter;
     std::shared_ptr<GetModuleTagsUC> usecase;
     std::shared_ptr<ChangedRecords> observer = std::make_shared<ChangedRecords>();
-    TagInDatabase tags;
-    TagRecordInDatabase links;
 };
 
 TEST_F(TagsTest, TheServersTagsReplaceTheStoredOnes) {
-    tags.storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}, {"9", "big", "Deals"}});
-    links.storeTagRecords({{"2", "old", "Leads"}, {"1", "hot", "Leads"}}, "r1");
+    TagInDatabase(adapter).storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}, {"9", "big", "Deals"}});
+    TagRecordInDatabase(adapter).storeTagRecords({{"2", "old", "Leads"}, {"1", "hot", "Leads"}}, "r1");
     network->answer(tagsBody(ValueList{ValueList{"1", "warm"}, ValueList{"3"}, ValueList{"4", "new", "#ff0000"}}));
     EXPECT_EQ(ask(DataSource::both), "database 1=hot 2=old ; network 1=warm 4=new ; ");
-    EXPECT_EQ(idsOf(tags.getTags("Leads")), "1=warm 4=new ");
-    EXPECT_EQ(idsOf(tags.getTags("Deals")), "9=big ");
-    EXPECT_EQ(links.getTagRecordsByRecordId("r1")->size(), 1u);
+    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Leads")), "1=warm 4=new ");
+    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Deals")), "9=big ");
+    EXPECT_EQ(TagRecordInDatabase(adapter).getTagRecordsByRecordId("r1")->size(), 1u);
     EXPECT_EQ(observer->changed, "Leads: r1;");
     auto call = network->calls().front();
     EXPECT_TRUE(call.request.url.ends_with("/getmoduletags"));
@@ -88,20 +91,20 @@ TEST_F(TagsTest, TagsOfUnsentChangesStay) {
                  {"TarvoTEMPID#5", "77", true}};
     std::string expected;
     for (auto& one : cases) {
-        tags.storeTags({{one.tag, "t", "Leads"}});
-        links.storeTagRecords({{one.tag, "t", "Leads"}}, "66");
-        links.storeTagRecords({{one.tag, "t", "Leads"}}, one.record);
+        TagInDatabase(adapter).storeTags({{one.tag, "t", "Leads"}});
+        TagRecordInDatabase(adapter).storeTagRecords({{one.tag, "t", "Leads"}}, "66");
+        TagRecordInDatabase(adapter).storeTagRecords({{one.tag, "t", "Leads"}}, one.record);
         if (one.isKept) expected += one.tag + "=t ";
     }
     network->answer(tagsBody(ValueList{}));
     EXPECT_EQ(ask(DataSource::network), "network ; ");
-    auto left = *tags.getTags("Leads");
+    auto left = *TagInDatabase(adapter).getTags("Leads");
     std::sort(left.begin(), left.end(), [](auto& a, auto& b) { return a.id < b.id; });
     EXPECT_EQ(idsOf(left), "TarvoTEMPID#5=t a=t b=t ");
 }
 
 TEST_F(TagsTest, AnUnusableAnswerLeavesTheTagsAsTheyAre) {
-    tags.storeTags({{"1", "hot", "Leads"}});
+    TagInDatabase(adapter).storeTags({{"1", "hot", "Leads"}});
     for (auto& answer : {std::string("nonsense"), std::string(R"({"error":[{"code":"X"}]})"), tagsBody("rows"),
                          tagsBody(ValueList{Value(ValueList{"1", 2})}), tagsBody(ValueList{"row"})}) {
         network->answer(answer);
@@ -111,14 +114,22 @@ TEST_F(TagsTest, AnUnusableAnswerLeavesTheTagsAsTheyAre) {
     EXPECT_EQ(ask(DataSource::both), "database 1=hot ; timeout; ");
     network->fail(NetworkError::Kind::cannotConnect);
     EXPECT_EQ(ask(DataSource::network), "networkUnavailable; ");
-    EXPECT_EQ(idsOf(tags.getTags("Leads")), "1=hot ");
+    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Leads")), "1=hot ");
     EXPECT_EQ(observer->changed, "");
 }
 
 TEST_F(TagsTest, WithoutADatabaseTheServerIsAsked) {
     configuration().databaseAdapter = nullptr;
+    makeUseCase();
     network->answer(tagsBody(ValueList{Value(ValueList{"1", "hot"})}));
     EXPECT_EQ(ask(DataSource::either), "network 1=hot ; ");
+}
+
+TEST_F(TagsTest, AnAnswerForAnotherAccountIsStoredForNobody) {
+    network->answer(tagsBody(ValueList{Value(ValueList{"1", "hot"})}));
+    network->beforeAnswer = [this] { signIn("another"); };
+    EXPECT_EQ(ask(DataSource::network), "unknownError; ");
+    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Leads")), "");
 }
 
 }  // namespace

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <memory>
+
+#include "tarvobase/configuration/Scope.h"
+#include "tarvobase/utils/UserDefaultsUtil.h"
+#include "tarvobase/value_objects/account/CurrencyMetadataPersistanceDelegate.h"
+#include "tarvobase/value_objects/account/UserPersistanceDelegate.h"
+#include "tarvobase/value_objects/deal/PipelinePersistanceDelegate.h"
+#include "tarvobase/value_objects/deal/PipelineStagePersistanceDelegate.h"
+#include "tarvobase/value_objects/field/FieldMetadataPersistanceDelegate.h"
+#include "tarvobase/value_objects/field/PicklistMetadataPersistanceDelegate.h"
+#include "tarvobase/value_objects/layout/LayoutMetadataPersistanceDelegate.h"
+#include "tarvobase/value_objects/layout/ModuleLayoutInfoPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulePermissionsPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModuleRelatedListPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
+#include "tarvobase/value_objects/module/SettingsPersistanceDelegate.h"
+#include "tarvobase/value_objects/tag/TagPersistanceDelegate.h"
+#include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
+
+namespace tarvo {
+
+class InMemoryDatabaseAdapter;
+class UserDefaultsProtocol;
+
+/// The composition root: the one place where the stores of values are put together for a scope. Operations take what
+/// they need from here when they are made, and keep it. So their work stays with the account, organisation and
+/// database that they were made for; after a switch, whoever asks gets new operations. Cheap to make and to copy.
+///
+/// Values that are read all the time have a memory in front of their table. Without a database the reads of tables
+/// fail and writes do nothing.
+class Stores {
+public:
+    explicit Stores(Scope scope);
+    /// With a memory and a settings store of the caller's. Without a memory every read goes to the table.
+    Stores(Scope scope, std::shared_ptr<InMemoryDatabaseAdapter> memory,
+           std::shared_ptr<UserDefaultsProtocol> userDefaults);
+
+    /// The stores of the scope of the moment.
+    static Stores current();
+    /// The same over a database that the caller hands over, which may be null. A settings store that is absent is that
+    /// of the scope.
+    static Stores over(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                       std::shared_ptr<UserDefaultsProtocol> userDefaults = nullptr);
+
+    Scope scope;
+    std::shared_ptr<InMemoryDatabaseAdapter> memory;
+    /// Takes the account of the scope as the current one.
+    std::shared_ptr<UserDefaultsProtocol> userDefaults;
+
+    const std::shared_ptr<DatabaseAdapter>& databaseAdapter() const { return scope.databaseAdapter; }
+    UserDefaultsUtil userDefaultsUtil() const { return UserDefaultsUtil(userDefaults); }
+
+    /// With memory.
+    std::shared_ptr<ModulesPersistanceDelegate> modules() const;
+    std::shared_ptr<SettingsPersistanceDelegate> settings() const;
+    std::shared_ptr<UserPersistanceDelegate> users() const;
+    std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencies() const;
+    std::shared_ptr<PipelinePersistanceDelegate> pipelines() const;
+    std::shared_ptr<PipelineStagePersistanceDelegate> pipelineStages() const;
+
+    /// Without.
+    std::shared_ptr<FieldMetadataPersistanceDelegate> fields() const;
+    std::shared_ptr<PicklistMetadataPersistanceDelegate> picklists() const;
+    std::shared_ptr<ModuleLayoutInfoPersistanceDelegate> layouts() const;
+    std::shared_ptr<LayoutMetadataPersistanceDelegate> layoutFields() const;
+    std::shared_ptr<ModuleRelatedListPersistanceDelegate> relatedLists() const;
+    std::shared_ptr<ModulePermissionsPersistanceDelegate> permissions() const;
+    std::shared_ptr<CustomViewPersistanceDelegate> customViews() const;
+    std::shared_ptr<TagPersistanceDelegate> tags() const;
+    std::shared_ptr<TagRecordsPersistanceDelegate> tagRecords() const;
+};
+
+}  // namespace tarvo
