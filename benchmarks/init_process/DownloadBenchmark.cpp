@@ -97,7 +97,7 @@ private:
             if (!answer) std::abort();
             for (auto& entry : answer->result)
                 if (entry && entry->data)
-                    seconds.store += secondsOf([&] { records->storeRecord(*entry->data, *entry->info.moduleName); });
+                    seconds.store += secondsOf([&] { records->storePage(*entry->data, *entry->info.moduleName); });
         }
         return seconds;
     }

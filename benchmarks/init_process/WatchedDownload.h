@@ -72,13 +72,14 @@ class WatchedRecords final : public RecordInDatabase {
 public:
     WatchedRecords(const std::shared_ptr<DatabaseAdapter>& database, std::shared_ptr<Split> split)
         : RecordInDatabase(database, FieldListAssembler::getFieldListDM(database)), split_(std::move(split)) {}
-    using RecordInDatabase::storeRecord;
-    Names storeRecord(const WireRecords& wireRecords, const std::string& moduleName) override {
+    using RecordInDatabase::storePage;
+    std::optional<Names> storePage(const WireRecords& wireRecords, const std::string& moduleName,
+                                   PageWork alongside) override {
         auto start = Split::Clock::now();
         if (split_->parsed == split_->answered) split_->parsed = start;
-        auto ids = RecordInDatabase::storeRecord(wireRecords, moduleName);
+        auto ids = RecordInDatabase::storePage(wireRecords, moduleName, alongside);
         split_->store += Split::between(start, Split::Clock::now());
-        split_->records += ids.size();
+        split_->records += ids ? ids->size() : 0;
         return ids;
     }
 

@@ -194,7 +194,8 @@ struct Sides {
         hand.run(sql.c_str());
     }
     void store(const platform::Data& body) {
-        if (records->storeRecord(wireOf(body), "Leads").size() != recordCount) std::abort();
+        auto stored = records->storePage(wireOf(body), "Leads");
+        if (!stored || stored->size() != recordCount) std::abort();
     }
 };
 

@@ -166,7 +166,7 @@ void store(const StoreRequest& request, Store& store, const CallPtr& call) {
     }
     auto page = pageOf(*request.data);
     if (!page) return call->refuse("request.data: cannot be written as JSON");
-    finish(call, {{"recordIds", bridge::toJson(store.storeRecord(*page, request.moduleName))}});
+    finish(call, {{"recordIds", bridge::toJson(store.storePage(*page, request.moduleName).value_or(std::vector<std::string>()))}});
 }
 
 void modify(const ModifyRequest& request, Store& store, const CallPtr& call) {

@@ -1,5 +1,6 @@
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 
+#include "kelva_db/Database.h"
 #include "platform/Random.h"
 
 namespace tarvo {
@@ -55,11 +56,11 @@ std::optional<std::int64_t> DatabaseAdapter::count(FetchQuery& query) {
 }
 
 bool DatabaseAdapter::deleteObjects(const std::string& tableName, const Criteria& criteria) {
-    return execute("DELETE FROM " + tableName + " WHERE " + criteria.sql(), criteria.parameters());
+    return execute("DELETE FROM " + kelva::quotedName(tableName) + " WHERE " + criteria.sql(), criteria.parameters());
 }
 
 bool DatabaseAdapter::deleteAllObjects(const std::string& tableName) {
-    return execute("DELETE FROM " + tableName, std::nullopt);
+    return execute("DELETE FROM " + kelva::quotedName(tableName), std::nullopt);
 }
 
 bool DatabaseAdapter::execute(const std::vector<std::reference_wrapper<const Query>>& queries) {

@@ -3,6 +3,7 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserAccounts.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/records/sql/DependentRecords.h"
 
 namespace tarvo {
 
@@ -21,6 +22,7 @@ void InitRecordProcessDataManager::createTableForAllModules() {
     for (auto& module : *modules)
         for (auto& statement : text::split(module.tableCreationQuery, "|"))
             if (!statement.empty()) databaseAdapter_->createTable(statement);
+    DependentRecords::createIndexes(*databaseAdapter_);
 }
 
 void InitRecordProcessDataManager::resetRecordDownloadedForAllModules() {

@@ -149,7 +149,7 @@ void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t 
 
 void GetFilterRecordListDM::takeOver(const Call& call, std::int64_t from, const WireRecords& records) {
     auto& request = *call.request;
-    auto ids = parts.recordPersistance->storeRecord(records, request.moduleName);
+    auto ids = parts.recordPersistance->storePage(records, request.moduleName).value_or(std::vector<std::string>());
     platform::log(
         platform::LogLevel::progress, "list view",
         "Network call success for " + call.view.viewName + ", with count of records " + std::to_string(ids.size()));

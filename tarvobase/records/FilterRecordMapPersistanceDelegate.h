@@ -20,19 +20,20 @@ struct CVRecordMapDatabaseConstants {
     std::string_view moduleName = "module_name";
 };
 
-/// Stores which records the server returned for views. May be called from any thread.
+/// Stores which records the server returned for views. May be called from any thread. Writes return whether they were
+/// stored.
 class FilterRecordMapPersistanceDelegate : public virtual platform::Object {
 public:
     /// Adds records to a view. Records without an id are left out.
-    virtual void store(const std::vector<ValueMap>& records, const std::string& cvId,
+    virtual bool store(const std::vector<ValueMap>& records, const std::string& cvId,
                        const std::string& moduleName) = 0;
-    virtual void store(const std::vector<Record>& records, const std::string& cvId, const std::string& moduleName) = 0;
-    virtual void store(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName) = 0;
+    virtual bool store(const std::vector<Record>& records, const std::string& cvId, const std::string& moduleName) = 0;
+    virtual bool store(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName) = 0;
     virtual std::string getTableName(const std::string& moduleName) = 0;
-    virtual void delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
+    virtual bool delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                          const std::string& moduleName) = 0;
     /// Removes all records of a view from the map.
-    virtual void delete_(const std::string& cvId, const std::string& moduleName) = 0;
+    virtual bool delete_(const std::string& cvId, const std::string& moduleName) = 0;
     /// Returns the condition on a record table that a record belongs to the view. SQLite reads the view's records from
     /// the map and looks each one up in the record table, which is quick for few records.
     virtual Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) = 0;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/FunctionRef.h"
 #include "platform/Object.h"
 #include "tarvobase/database_layer/Criteria.h"
 #include "tarvobase/records/Record.h"
@@ -45,8 +46,9 @@ struct ViewRecordQuery {
 };
 
 /// The store of the records of all modules. Operations block their caller and may be called from any thread. They do
-/// not throw. If the module has no fields or the database refuses, a read returns nullopt and a write does nothing;
-/// this is logged without values. Wire dictionaries are those of `ModuleParser`.
+/// not throw. If the module has no fields or the database refuses, a read returns nullopt, and a write stores nothing
+/// and returns false; this is logged without values. Each write is one transaction over all tables that it touches, or
+/// a part of the transaction around it. Wire dictionaries are those of `ModuleParser`.
 class RecordPersistanceDelegate : public virtual platform::Object {
 public:
     using Records = std::optional<std::vector<Record>>;
@@ -55,14 +57,25 @@ public:
     /// Stores records as the server sent them, with their dependent rows (participants, product lines, price lines,
     /// comments, attachments, tags). A record with a known id is replaced as a whole: columns that it does not bring
     /// become null. A record that the table refuses does not prevent the others from being stored.
-    virtual void storeRecord(const ValueMap& wireRecord, const std::string& moduleName) = 0;
-    virtual void storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) = 0;
-    /// Stores a page of an answer. Returns the ids that are stored now, in the order of the page. Records without a
-    /// usable id are left out.
-    virtual Names storeRecord(const WireRecords& wireRecords, const std::string& moduleName) = 0;
-    virtual void storeRecord(const Record& record, const std::string& moduleName) = 0;
+    virtual bool storeRecord(const ValueMap& wireRecord, const std::string& moduleName) = 0;
+    virtual bool storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) = 0;
+    virtual bool storeRecord(const Record& record, const std::string& moduleName) = 0;
+
+    /// A part of the transaction of `storePage` that the caller adds, such as the rows of a view's map. It receives the
+    /// ids of the records that were stored, in the order of the page. If it returns false, or a write in it fails, the
+    /// whole page is undone.
+    using PageWork = platform::FunctionRef<bool(const Names& storedIds)>;
+    /// Stores a page of an answer as `storeRecord` stores dictionaries, and runs `alongside` in the same transaction.
+    /// Returns the ids of the stored records, in the order of the page, or nullopt if nothing was committed. Records
+    /// without a usable id, and those that the table refuses, are left out.
+    virtual std::optional<Names> storePage(const WireRecords& wireRecords, const std::string& moduleName,
+                                           PageWork alongside) = 0;
+    std::optional<Names> storePage(const WireRecords& wireRecords, const std::string& moduleName) {
+        return storePage(wireRecords, moduleName, [](const Names&) { return true; });
+    }
+
     /// Writes the record over the row of another id. This is how the server's id replaces a temporary one.
-    virtual void updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) = 0;
+    virtual bool updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) = 0;
 
     virtual Records fetchRecords(const std::string& moduleName, const ValueMap& columnNamesAndValues,
                                  const std::optional<Names>& columnsToFetch) = 0;
@@ -79,16 +92,17 @@ public:
     virtual std::optional<std::int64_t> countRecords(const RecordQuery& query) = 0;
     virtual std::optional<std::int64_t> countRecords(const ViewRecordQuery& query) = 0;
 
-    /// Writes the columns that the record brings and leaves the others alone. Writes nothing if the id is not a text.
-    virtual void modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) = 0;
-    virtual void modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) = 0;
-    virtual void modifyRecord(const std::string& moduleName, const Record& record) = 0;
-    virtual void modifyRecord(const std::string& moduleName, const std::vector<Record>& records) = 0;
+    /// Writes the columns that each record brings and leaves the others alone. A record whose id is not a text is
+    /// skipped, and the call then returns false.
+    virtual bool modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) = 0;
+    virtual bool modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) = 0;
+    virtual bool modifyRecord(const std::string& moduleName, const Record& record) = 0;
+    virtual bool modifyRecord(const std::string& moduleName, const std::vector<Record>& records) = 0;
 
     /// Deletes a record and keeps its dependent rows.
-    virtual void deleteRecord(const std::string& recordId, const std::string& moduleName) = 0;
-    virtual void deleteRecords(const Names& recordIds, const std::string& moduleName) = 0;
-    virtual void deleteRecords(const std::string& moduleName, const Criteria& criteria) = 0;
+    virtual bool deleteRecord(const std::string& recordId, const std::string& moduleName) = 0;
+    virtual bool deleteRecords(const Names& recordIds, const std::string& moduleName) = 0;
+    virtual bool deleteRecords(const std::string& moduleName, const Criteria& criteria) = 0;
 };
 
 }  // namespace tarvo

@@ -9,32 +9,52 @@ namespace tarvo {
 
 namespace {
 
-/// A batch without some of its columns.
-class ColumnSelection final : public RowSource {
+/// A batch without some of its columns, and without the rows that have values only in those.
+class BatchSelection final : public RowSource {
 public:
-    ColumnSelection(const RowSource& batch, std::vector<std::size_t> kept) : batch_(batch), kept_(std::move(kept)) {
-        for (auto place : kept_) names_.push_back(batch_.columns()[place]);
+    BatchSelection(const RowSource& batch, std::vector<std::size_t> keptColumns)
+        : batch_(batch), columns_(std::move(keptColumns)) {
+        for (auto place : columns_) names_.push_back(batch_.columns()[place]);
+        for (std::size_t row = 0; row < batch_.rowCount(); ++row) (hasValue(row) ? rows_ : leftOut_).push_back(row);
     }
     std::span<const std::string> columns() const override { return names_; }
-    std::size_t rowCount() const override { return batch_.rowCount(); }
-    ValueView cell(std::size_t row, std::size_t column) const override { return batch_.cell(row, kept_[column]); }
+    std::size_t rowCount() const override { return rows_.size(); }
+    ValueView cell(std::size_t row, std::size_t column) const override {
+        return batch_.cell(rows_[row], columns_[column]);
+    }
     bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
 
+    /// Returns the places in the batch of the rows that were left out and of those that were refused, in order.
+    std::vector<std::size_t> placesOf(const std::vector<std::size_t>& refused) const {
+        auto places = leftOut_;
+        for (auto row : refused) places.push_back(rows_[row]);
+        std::sort(places.begin(), places.end());
+        return places;
+    }
+
 private:
+    bool hasValue(std::size_t row) const {
+        return std::any_of(columns_.begin(), columns_.end(),
+                           [&](auto column) { return !batch_.cell(row, column).isNull(); });
+    }
+
     const RowSource& batch_;
-    const std::vector<std::size_t> kept_;
+    const std::vector<std::size_t> columns_;
+    std::vector<std::size_t> rows_, leftOut_;
     std::vector<std::string> names_;
 };
 
 }  // namespace
 
-void TableAccess::store(std::vector<ValueMap> rows) const {
-    if (!adapter_ || rows.empty()) return;
+bool TableAccess::store(std::vector<ValueMap> rows) const {
+    if (!adapter_) return false;
+    if (rows.empty()) return true;
     leaveOutMissingColumns(rows);
-    if (rows.size() == 1)
-        adapter_->insertInto(tableName_, rows.front());
-    else
-        adapter_->insertInto(tableName_, rows);
+    bool hasKeptAll = keepStorable(rows);
+    if (rows.empty()) return false;
+    bool isStored =
+        rows.size() == 1 ? adapter_->insertInto(tableName_, rows.front()) : adapter_->insertInto(tableName_, rows);
+    return isStored && hasKeptAll;
 }
 
 std::optional<std::vector<std::size_t>> TableAccess::storeAccepted(const RowSource& rows) const {
@@ -45,25 +65,33 @@ std::optional<std::vector<std::size_t>> TableAccess::storeAccepted(const RowSour
     for (std::size_t place = 0; place < rows.columns().size(); ++place)
         if (has(rows.columns()[place], inTable)) kept.push_back(place);
     if (kept.size() == rows.columns().size()) return adapter_->insertAccepted(tableName_, rows);
-    return adapter_->insertAccepted(tableName_, ColumnSelection(rows, std::move(kept)));
+    BatchSelection selection(rows, std::move(kept));
+    if (selection.rowCount() == 0) return selection.placesOf({});
+    auto refused = adapter_->insertAccepted(tableName_, selection);
+    return refused ? std::optional(selection.placesOf(*refused)) : std::nullopt;
 }
 
-void TableAccess::replaceAll(std::vector<ValueMap> rows) const {
-    if (!adapter_) return;
+bool TableAccess::replaceAll(std::vector<ValueMap> rows) const {
+    if (!adapter_) return false;
     leaveOutMissingColumns(rows);
+    if (!keepStorable(rows)) return false;
     std::vector<DatabaseAdapter::Statement> statements{{DeleteQuery(tableName_).sql(), std::nullopt}};
     for (auto& row : rows) {
         InsertQuery query(tableName_, std::move(row));
         statements.push_back({query.sql(), query.parameters()});
     }
-    adapter_->execute(statements);
+    return adapter_->execute(statements);
 }
 
-void TableAccess::update(ValueMap values, const Criteria& criteria) const {
-    if (!adapter_) return;
+bool TableAccess::update(ValueMap values, const Criteria& criteria) const {
+    if (!adapter_) return false;
+    if (values.empty()) return true;
     leaveOutMissingColumns({&values, 1});
-    if (values.empty()) return;
-    adapter_->update(tableName_, values, criteria);
+    return !values.empty() && adapter_->update(tableName_, values, criteria);
+}
+
+bool TableAccess::keepStorable(std::vector<ValueMap>& rows) {
+    return std::erase_if(rows, [](auto& row) { return row.empty(); }) == 0;
 }
 
 void TableAccess::leaveOutMissingColumns(std::span<ValueMap> rows) const {

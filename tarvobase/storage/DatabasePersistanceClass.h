@@ -27,27 +27,28 @@ public:
     TableAccess(std::shared_ptr<DatabaseAdapter> adapter, std::string tableName)
         : adapter_(std::move(adapter)), tableName_(std::move(tableName)) {}
 
+    // Writes return whether they were stored, as the adapter does; without an adapter they return false.
+
     /// Stores rows, replacing those of the same key. The server owns every schema, and one column that its table lacks
-    /// must never lose a row: such a column is left out of the write, and logged once.
-    void store(std::vector<ValueMap> rows) const;
-    /// The same for a batch of which one row never costs the others. Gives the places of the rows that the table
-    /// refuses; absent when nothing could be stored.
+    /// must never lose a row: such a column is left out of the write, and logged once. A row that has values only in
+    /// such columns is not stored, and the call then returns false.
+    bool store(std::vector<ValueMap> rows) const;
+    /// The same for a batch in which a bad row never costs the others. Returns the places of the rows that are not
+    /// stored, because the table refuses them or has none of their columns; returns nullopt if nothing could be stored.
     std::optional<std::vector<std::size_t>> storeAccepted(const RowSource& rows) const;
-    /// The table then holds these rows and no others: one transaction, and a failure leaves it as it was. Leaves
-    /// columns out as `store` does; the names of the others are pasted into statements.
-    void replaceAll(std::vector<ValueMap> rows) const;
+    /// Replaces the whole table by these rows: one transaction, and a failure leaves it as it was. Leaves columns out
+    /// as `store` does; the names of the others are pasted into statements.
+    bool replaceAll(std::vector<ValueMap> rows) const;
     std::optional<Rows> fetch(const FetchQuery& query) const {
         return adapter_ ? adapter_->fetchObjects(query) : std::nullopt;
     }
     std::optional<Rows> fetchAll() const { return adapter_ ? adapter_->fetchAllObjects(tableName_) : std::nullopt; }
-    void deleteObjects(const Criteria& criteria) const {
-        if (adapter_) adapter_->deleteObjects(tableName_, criteria);
+    bool deleteObjects(const Criteria& criteria) const {
+        return adapter_ && adapter_->deleteObjects(tableName_, criteria);
     }
-    void deleteAll() const {
-        if (adapter_) adapter_->deleteAllObjects(tableName_);
-    }
-    /// Leaves columns out as `store` does.
-    void update(ValueMap values, const Criteria& criteria) const;
+    bool deleteAll() const { return adapter_ && adapter_->deleteAllObjects(tableName_); }
+    /// Updates rows. Leaves columns out as `store` does.
+    bool update(ValueMap values, const Criteria& criteria) const;
 
     /// `read(row)` of every row, in row order. An absent answer is absent.
     template <class Read>
@@ -105,6 +106,8 @@ public:
 
 private:
     void leaveOutMissingColumns(std::span<ValueMap> rows) const;
+    /// Removes the rows that the table has no column for. Returns whether it kept all of them.
+    static bool keepStorable(std::vector<ValueMap>& rows);
     void noteDamaged(const std::string& column) const;
 
     std::shared_ptr<DatabaseAdapter> adapter_;

@@ -78,7 +78,7 @@ void InitCVRecordsDM::store(const WireRecords& records, const std::optional<std:
     if (!moduleName)
         return platform::log(platform::LogLevel::warning, "first download",
                              "InitCVRecords of a module left out: the answer does not name it");
-    persistance_.recordDAO->storeRecord(records, *moduleName);
+    if (!persistance_.recordDAO->storePage(records, *moduleName)) return;
     auto& settings = *persistance_.recordSettingsPersistance;
     auto number = settings.getNumberOfRecordsDownloaded(*moduleName).value_or(0);
     settings.storeNumberOfRecordsDownloaded(number + 1, *moduleName);

@@ -40,7 +40,7 @@ std::string CVRecordMapInDatabase::getTableName(const std::string& moduleName) {
     return moduleName + std::string(CVRecordMapDatabaseConstants::tableNameSuffix);
 }
 
-void CVRecordMapInDatabase::store(const std::vector<ValueMap>& records, const std::string& cvId,
+bool CVRecordMapInDatabase::store(const std::vector<ValueMap>& records, const std::string& cvId,
                                   const std::string& moduleName) {
     auto identifier = RecordUtil::getIdentifierFieldName(moduleName);
     std::vector<std::string> ids;
@@ -48,41 +48,42 @@ void CVRecordMapInDatabase::store(const std::vector<ValueMap>& records, const st
         auto id = record.find(identifier);
         if (id && id->asText()) ids.push_back(*id->asText());
     }
-    store(ids, cvId, moduleName);
+    return store(ids, cvId, moduleName);
 }
 
-void CVRecordMapInDatabase::store(const std::vector<Record>& records, const std::string& cvId,
+bool CVRecordMapInDatabase::store(const std::vector<Record>& records, const std::string& cvId,
                                   const std::string& moduleName) {
     std::vector<std::string> ids;
     for (auto& record : records)
         if (!record.recordId().empty()) ids.push_back(record.recordId());
-    store(ids, cvId, moduleName);
+    return store(ids, cvId, moduleName);
 }
 
-void CVRecordMapInDatabase::store(const std::vector<std::string>& ids, const std::string& cvId,
+bool CVRecordMapInDatabase::store(const std::vector<std::string>& ids, const std::string& cvId,
                                   const std::string& moduleName) {
-    if (databaseAdapter_ && !ids.empty())
-        databaseAdapter_->insertInto(getTableName(moduleName), MapRows(ids, cvId, moduleName));
+    if (!databaseAdapter_) return false;
+    return ids.empty() || databaseAdapter_->insertInto(getTableName(moduleName), MapRows(ids, cvId, moduleName));
 }
 
-void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
+bool CVRecordMapInDatabase::delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                                     const std::string& moduleName) {
-    table(moduleName).deleteObjects(Criteria::and_({belongsToView(cvId), columnIn(mapNames.recordId, recordIds)}));
+    return table(moduleName)
+        .deleteObjects(Criteria::and_({belongsToView(cvId), columnIn(mapNames.recordId, recordIds)}));
 }
 
-void CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& moduleName) {
-    table(moduleName).deleteObjects(belongsToView(cvId));
+bool CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& moduleName) {
+    return table(moduleName).deleteObjects(belongsToView(cvId));
 }
 
 Criteria CVRecordMapInDatabase::getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) {
-    FetchQuery query(getTableName(moduleName), belongsToView(cvId));
+    FetchQuery query(kelva::quotedName(getTableName(moduleName)), belongsToView(cvId));
     query.columns = {std::string(mapNames.recordId)};
     return Criteria::custom(kelva::quotedName(FieldIdentifierConstants().id) + " in (" + query.sql() + ")",
                             query.parameters());
 }
 
 Criteria CVRecordMapInDatabase::getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) {
-    FetchQuery query(getTableName(moduleName), belongsToView(cvId));
+    FetchQuery query(kelva::quotedName(getTableName(moduleName)), belongsToView(cvId));
     query.columns = {"1"};
     auto id = kelva::quotedName(RecordUtil::getTableName(moduleName)) + "." +
               kelva::quotedName(FieldIdentifierConstants().id);
@@ -91,7 +92,7 @@ Criteria CVRecordMapInDatabase::getRowMappingCriteria(const std::string& cvId, c
 }
 
 bool CVRecordMapInDatabase::hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) {
-    FetchQuery query(getTableName(moduleName), belongsToView(cvId));
+    FetchQuery query(kelva::quotedName(getTableName(moduleName)), belongsToView(cvId));
     query.columns = {"1"};
     query.limit = 1;
     query.offset = count;

@@ -13,13 +13,13 @@ public:
     explicit CVRecordMapInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter)
         : databaseAdapter_(std::move(databaseAdapter)) {}
 
-    void store(const std::vector<ValueMap>& records, const std::string& cvId, const std::string& moduleName) override;
-    void store(const std::vector<Record>& records, const std::string& cvId, const std::string& moduleName) override;
-    void store(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName) override;
+    bool store(const std::vector<ValueMap>& records, const std::string& cvId, const std::string& moduleName) override;
+    bool store(const std::vector<Record>& records, const std::string& cvId, const std::string& moduleName) override;
+    bool store(const std::vector<std::string>& ids, const std::string& cvId, const std::string& moduleName) override;
     std::string getTableName(const std::string& moduleName) override;
-    void delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
+    bool delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                  const std::string& moduleName) override;
-    void delete_(const std::string& cvId, const std::string& moduleName) override;
+    bool delete_(const std::string& cvId, const std::string& moduleName) override;
     Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
     Criteria getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
     bool hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) override;

@@ -6,11 +6,11 @@
 
 #include "platform/Rows.h"
 #include "platform/Text.h"
-#include "tarvobase/database_layer/Statements.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/wire/RecordConversion.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/utils/LogOnce.h"
 #include "tarvobase/value_objects/module/ModuleInDatabase.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 #include "tarvobase/value_objects/tag/Tag.h"
@@ -54,6 +54,12 @@ void setParent(ValueMap& row, const std::string& id) {
     row.set(parentColumn, id);
 }
 
+bool hasTable(DatabaseAdapter& databaseAdapter, const std::string& name) {
+    if (!databaseAdapter.columnNames(name).empty()) return true;
+    logOnce("the database has no table " + name + ": its rows are left out");
+    return false;
+}
+
 /// One row per tag of each record, read in place. The lists and the name must outlive it.
 class TagRows final : public RowSource {
 public:
@@ -81,37 +87,45 @@ private:
 
 }  // namespace
 
-void DependentRecords::store(const FieldList& fields, const Lists& lists) const {
-    auto& moduleName = fields.moduleName();
-    auto rule = ruleOf(moduleName);
-    if (rule) storeRows(lists(rule->wireName), std::string(rule->dependentModule), true);
-    bool isNotesModule = moduleName == rawText(ModuleIdentifier::Case::notes);
+DependentRecords::DependentRecords(std::shared_ptr<DatabaseAdapter> databaseAdapter, const GetFieldListDM& fieldLists,
+                                   const FieldList& fields, const Lists& lists)
+    : databaseAdapter_(std::move(databaseAdapter)), moduleName_(fields.moduleName()) {
+    if (!databaseAdapter_) return;
+    auto rule = ruleOf(moduleName_);
+    if (rule) addRows(fieldLists, lists(rule->wireName), std::string(rule->dependentModule), true);
+    bool isNotesModule = moduleName_ == rawText(ModuleIdentifier::Case::notes);
     if (isNotesModule)
-        storeRows(lists(FieldAPIConstant.Notes.attachments), std::string(rawText(ModuleIdentifier::Case::attachments)),
-                  false);
-    storeSubforms(fields, rule ? rule->wireName : std::string_view(), lists);
-    storeTags(lists(tagList), moduleName);
+        addRows(fieldLists, lists(FieldAPIConstant.Notes.attachments),
+                std::string(rawText(ModuleIdentifier::Case::attachments)), false);
+    addSubforms(fieldLists, fields, rule ? rule->wireName : std::string_view(), lists);
+    tags_ = lists(tagList);
 }
 
-void DependentRecords::storeRows(const std::vector<NestedRecords>& lists, const std::string& moduleName,
-                                 bool withParent) const {
-    if (lists.empty()) return;
-    auto fields = fieldLists_.getFields(moduleName, std::nullopt);
+bool DependentRecords::store() const {
+    for (auto& table : tables_)
+        if (!TableAccess(databaseAdapter_, table.name).storeAccepted(MapRowSource(table.rows))) return false;
+    return storeTags();
+}
+
+void DependentRecords::addRows(const GetFieldListDM& fieldLists, const std::vector<NestedRecords>& lists,
+                               const std::string& moduleName, bool withParent) {
+    auto tableName = RecordUtil::getTableName(moduleName);
+    if (lists.empty() || !hasTable(*databaseAdapter_, tableName)) return;
+    auto fields = fieldLists.getFields(moduleName, std::nullopt);
     if (!fields) return;
     RecordConversion conversion(*fields);
-    std::vector<ValueMap> rows;
+    Table table{std::move(tableName), {}};
     for (auto& list : lists)
         for (auto& record : list.records) {
-            rows.push_back(conversion.toRow(record));
-            if (withParent) setParent(rows.back(), list.parentId);
+            table.rows.push_back(conversion.toRow(record));
+            if (withParent) setParent(table.rows.back(), list.parentId);
         }
-    TableAccess(databaseAdapter_, RecordUtil::getTableName(moduleName)).storeAccepted(MapRowSource(rows));
+    tables_.push_back(std::move(table));
 }
 
-/// Stores the rows of subforms. A subform names its module by API name; its rows are stored if that module has a
-/// table.
-void DependentRecords::storeSubforms(const FieldList& fields, std::string_view exceptWireName,
-                                     const Lists& lists) const {
+/// Adds the rows of subforms. A subform names its module by API name; its rows are stored if that module has a table.
+void DependentRecords::addSubforms(const GetFieldListDM& fieldLists, const FieldList& fields,
+                                   std::string_view exceptWireName, const Lists& lists) {
     for (auto field : fields.getFields(FieldDataType::subform)) {
         auto target = field->fieldAPIName == exceptWireName ? std::nullopt : field->getSubformModuleInfo();
         auto nested = target ? lists(field->fieldAPIName) : std::vector<NestedRecords>();
@@ -123,27 +137,32 @@ void DependentRecords::storeSubforms(const FieldList& fields, std::string_view e
         auto columns = databaseAdapter_->columnNames(RecordUtil::getTableName(module->moduleName));
         if (columns.empty()) continue;
         bool withParent = std::any_of(columns.begin(), columns.end(), isParentColumn);
-        storeRows(nested, module->moduleName, withParent);
+        addRows(fieldLists, nested, module->moduleName, withParent);
     }
 }
 
-void DependentRecords::storeTags(const std::vector<NestedRecords>& lists, const std::string& moduleName) const {
-    if (lists.empty()) return;
+bool DependentRecords::storeTags() const {
     constexpr TagRecordDBMapper columns;
+    std::string tableName(columns.tableName);
+    if (tags_.empty() || !hasTable(*databaseAdapter_, tableName)) return true;
     std::vector<std::string> recordIds;
-    for (auto& list : lists) recordIds.push_back(list.parentId);
+    for (auto& list : tags_) recordIds.push_back(list.parentId);
     std::sort(recordIds.begin(), recordIds.end());
     recordIds.erase(std::unique(recordIds.begin(), recordIds.end()), recordIds.end());
+    TableAccess table(databaseAdapter_, tableName);
+    return table.deleteObjects(columnIn(columns.recordId, recordIds)) &&
+           table.storeAccepted(TagRows(tags_, moduleName_)).has_value();
+}
 
-    // The server's key of this table begins with the tag. Without our own index, every page of a download would scan
-    // the tags of all pages before it.
+// The server's key of this table begins with the tag. Without our own index, every page of a download would scan the
+// tags of all pages before it.
+bool DependentRecords::createIndexes(DatabaseAdapter& databaseAdapter) {
+    constexpr TagRecordDBMapper columns;
     std::string tableName(columns.tableName);
-    DeleteQuery former(tableName, columnIn(columns.recordId, recordIds));
-    databaseAdapter_->execute({{"CREATE INDEX IF NOT EXISTS tarvo_tags_of_records ON " + tableName + " (" +
-                                    std::string(columns.recordId) + ")",
-                                std::nullopt},
-                               {former.sql(), former.parameters()}});
-    TableAccess(databaseAdapter_, tableName).storeAccepted(TagRows(lists, moduleName));
+    if (!hasTable(databaseAdapter, tableName)) return true;
+    return databaseAdapter.execute(
+        "CREATE INDEX IF NOT EXISTS tarvo_tags_of_records ON " + tableName + " (" + std::string(columns.recordId) + ")",
+        std::nullopt);
 }
 
 }  // namespace tarvo

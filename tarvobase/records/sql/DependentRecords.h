@@ -20,28 +20,41 @@ struct NestedRecords {
     std::vector<ValueMap> records;
 };
 
-/// Stores the rows that belong to records: participants, product and price lines, comments, attachments of notes, rows
-/// of subforms, and tags. Rows that the server no longer sends are kept, except for tags, which are replaced per
-/// record.
+/// The rows that belong to records of one module: participants, product and price lines, comments, attachments of
+/// notes, rows of subforms, and tags. Rows that the server no longer sends are kept, except for tags, which are
+/// replaced per record.
 class DependentRecords {
 public:
     /// Returns the lists under a wire name: one per record that has such a list, empty ones included.
     using Lists = std::function<std::vector<NestedRecords>(std::string_view wireName)>;
 
-    /// Both must outlive the object.
-    DependentRecords(const std::shared_ptr<DatabaseAdapter>& databaseAdapter, const GetFieldListDM& fieldLists)
-        : databaseAdapter_(databaseAdapter), fieldLists_(fieldLists) {}
+    /// Converts the rows of records of the module to which `fields` belongs. Rows of tables that the database does not
+    /// have are left out.
+    DependentRecords(std::shared_ptr<DatabaseAdapter> databaseAdapter, const GetFieldListDM& fieldLists,
+                     const FieldList& fields, const Lists& lists);
 
-    /// Stores the dependent rows of records of the module to which `fields` belongs.
-    void store(const FieldList& fields, const Lists& lists) const;
+    /// Stores the rows, inside the transaction that stores the records. Returns false if the database failed.
+    bool store() const;
+
+    /// Creates the index without which storing tags scans those of all records before. Call it when the tables have
+    /// been made; without the table of tags it does nothing.
+    static bool createIndexes(DatabaseAdapter& databaseAdapter);
 
 private:
-    void storeRows(const std::vector<NestedRecords>& lists, const std::string& moduleName, bool withParent) const;
-    void storeSubforms(const FieldList& fields, std::string_view exceptWireName, const Lists& lists) const;
-    void storeTags(const std::vector<NestedRecords>& lists, const std::string& moduleName) const;
+    struct Table {
+        std::string name;
+        std::vector<ValueMap> rows;
+    };
+    void addRows(const GetFieldListDM& fieldLists, const std::vector<NestedRecords>& lists,
+                 const std::string& moduleName, bool withParent);
+    void addSubforms(const GetFieldListDM& fieldLists, const FieldList& fields, std::string_view exceptWireName,
+                     const Lists& lists);
+    bool storeTags() const;
 
-    const std::shared_ptr<DatabaseAdapter>& databaseAdapter_;
-    const GetFieldListDM& fieldLists_;
+    std::shared_ptr<DatabaseAdapter> databaseAdapter_;
+    std::string moduleName_;
+    std::vector<Table> tables_;
+    std::vector<NestedRecords> tags_;
 };
 
 }  // namespace tarvo

@@ -151,39 +151,54 @@ std::optional<FieldList> RecordInDatabase::fieldsOf(const std::string& moduleNam
 
 // Storing
 
-void RecordInDatabase::storeRecord(const ValueMap& wireRecord, const std::string& moduleName) {
-    storeRecord(std::vector<ValueMap>{wireRecord}, moduleName);
+bool RecordInDatabase::storeRecord(const ValueMap& wireRecord, const std::string& moduleName) {
+    return storeRecord(std::vector<ValueMap>{wireRecord}, moduleName);
 }
 
-void RecordInDatabase::storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) {
+bool RecordInDatabase::storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) {
     auto fields = fieldsOf(moduleName);
-    if (!fields) return;
+    if (!fields) return false;
     WireRows records(wireRecords, *fields);
     logLeftOut(wireRecords.size() - records.rows.size(), moduleName);
-    DependentRecords(databaseAdapter_, *fieldLists_).store(*fields, [&](std::string_view wireName) {
-        return records.nestedRecords(wireName);
-    });
-    store(MapRowSource(records.rows), records.ids, moduleName);
+    DependentRecords dependents(databaseAdapter_, *fieldLists_, *fields,
+                                [&](std::string_view wireName) { return records.nestedRecords(wireName); });
+    auto stored = store(MapRowSource(records.rows), records.ids, dependents, moduleName, [](auto&) { return true; });
+    return stored && stored->size() == wireRecords.size();
 }
 
-Names RecordInDatabase::storeRecord(const WireRecords& wireRecords, const std::string& moduleName) {
+std::optional<Names> RecordInDatabase::storePage(const WireRecords& wireRecords, const std::string& moduleName,
+                                                 PageWork alongside) {
     auto fields = fieldsOf(moduleName);
-    if (!fields) return {};
+    if (!fields) return std::nullopt;
     RecordPage page(wireRecords.document, wireRecords.list, *fields);
     logLeftOut(page.leftOut(), moduleName);
-    DependentRecords(databaseAdapter_, *fieldLists_).store(*fields, [&](std::string_view wireName) {
-        return nestedRecords(page, wireName);
-    });
+    DependentRecords dependents(databaseAdapter_, *fieldLists_, *fields,
+                                [&](std::string_view wireName) { return nestedRecords(page, wireName); });
     Names ids;
     ids.reserve(page.rowCount());
     for (std::size_t row = 0; row < page.rowCount(); ++row) ids.emplace_back(page.recordId(row));
-    return store(page, ids, moduleName);
+    return store(page, ids, dependents, moduleName, alongside);
+}
+
+/// Stores rows, what depends on them and what the caller adds as one transaction. Everything is converted before it
+/// begins, so that other writers wait for statements only.
+std::optional<Names> RecordInDatabase::store(const RowSource& rows, const Names& ids,
+                                             const DependentRecords& dependents, const std::string& moduleName,
+                                             PageWork alongside) const {
+    std::optional<Names> stored;
+    bool isCommitted = databaseAdapter_ && databaseAdapter_->transaction("store records of " + moduleName, [&] {
+        if (!dependents.store()) return false;
+        stored = storeRows(rows, ids, moduleName);
+        return stored && alongside(*stored);
+    });
+    return isCommitted ? std::move(stored) : std::nullopt;
 }
 
 /// Returns the ids of the rows that are stored.
-Names RecordInDatabase::store(const RowSource& rows, const Names& ids, const std::string& moduleName) const {
+std::optional<Names> RecordInDatabase::storeRows(const RowSource& rows, const Names& ids,
+                                                 const std::string& moduleName) const {
     auto refused = tableOf(moduleName).storeAccepted(rows);
-    if (!refused) return {};
+    if (!refused) return std::nullopt;
     if (refused->empty()) return ids;
     Names stored, left;
     auto next = refused->begin();
@@ -197,11 +212,11 @@ Names RecordInDatabase::store(const RowSource& rows, const Names& ids, const std
     return stored;
 }
 
-void RecordInDatabase::storeRecord(const Record& record, const std::string& moduleName) {
-    tableOf(moduleName).store({rowOf(record, namingInForce())});
+bool RecordInDatabase::storeRecord(const Record& record, const std::string& moduleName) {
+    return tableOf(moduleName).store({rowOf(record, namingInForce())});
 }
 
-void RecordInDatabase::updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) {
+bool RecordInDatabase::updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) {
     auto naming = namingInForce();
     auto table = tableOf(moduleName);
     auto row = rowOf(record, naming);
@@ -218,44 +233,51 @@ void RecordInDatabase::updateRecord(const Record& record, const std::string& rec
         if (table.has(std::string(entry.name), columns))
             update.columnValues.set(kelva::quotedName(entry.name), entry.value);
     update.filter(columnIs(id, recordID));
-    databaseAdapter_->execute({deleteFormer, update});
+    return databaseAdapter_->execute({deleteFormer, update});
 }
 
-void RecordInDatabase::modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) {
-    modifyRecord(moduleName, std::vector<ValueMap>{wireRecord});
+bool RecordInDatabase::modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) {
+    return modifyRecord(moduleName, std::vector<ValueMap>{wireRecord});
 }
 
-void RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) {
+bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) {
     auto fields = fieldsOf(moduleName);
-    if (!fields) return;
+    if (!fields) return false;
     RecordConversion conversion(*fields);
     std::vector<ValueMap> rows;
     for (auto& record : wireRecords) rows.push_back(conversion.toRow(record));
-    modify(rows, moduleName, fields->naming());
+    return modify(rows, moduleName, fields->naming());
 }
 
-void RecordInDatabase::modifyRecord(const std::string& moduleName, const Record& record) {
-    modifyRecord(moduleName, std::vector<Record>{record});
+bool RecordInDatabase::modifyRecord(const std::string& moduleName, const Record& record) {
+    return modifyRecord(moduleName, std::vector<Record>{record});
 }
 
-void RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<Record>& records) {
+bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<Record>& records) {
     auto naming = namingInForce();
     std::vector<ValueMap> rows;
     for (auto& record : records) rows.push_back(rowOf(record, naming));
-    modify(rows, moduleName, naming);
+    return modify(rows, moduleName, naming);
 }
 
-void RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,
+bool RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,
                               const FieldIdentifier& naming) const {
     auto table = tableOf(moduleName);
     auto id = idColumn(naming);
-    for (auto& row : rows) {
-        auto value = row.find(id);
-        if (value && value->asText())
-            table.update(row, columnIs(id, *value->asText()));
-        else
-            platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
-    }
+    bool haveIds = true;
+    auto updateAll = [&] {
+        for (auto& row : rows) {
+            auto value = row.find(id);
+            if (value && value->asText()) {
+                if (!table.update(row, columnIs(id, *value->asText()))) return false;
+            } else {
+                platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
+                haveIds = false;
+            }
+        }
+        return true;
+    };
+    return databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, updateAll) && haveIds;
 }
 
 // Reading
@@ -362,16 +384,16 @@ std::optional<std::int64_t> RecordInDatabase::count(const std::optional<Criteria
 
 // Deleting
 
-void RecordInDatabase::deleteRecord(const std::string& recordId, const std::string& moduleName) {
-    deleteRecords(moduleName, columnIs(idColumn(namingInForce()), recordId));
+bool RecordInDatabase::deleteRecord(const std::string& recordId, const std::string& moduleName) {
+    return deleteRecords(moduleName, columnIs(idColumn(namingInForce()), recordId));
 }
 
-void RecordInDatabase::deleteRecords(const Names& recordIds, const std::string& moduleName) {
-    deleteRecords(moduleName, columnIn(idColumn(namingInForce()), recordIds));
+bool RecordInDatabase::deleteRecords(const Names& recordIds, const std::string& moduleName) {
+    return deleteRecords(moduleName, columnIn(idColumn(namingInForce()), recordIds));
 }
 
-void RecordInDatabase::deleteRecords(const std::string& moduleName, const Criteria& criteria) {
-    tableOf(moduleName).deleteObjects(criteria);
+bool RecordInDatabase::deleteRecords(const std::string& moduleName, const Criteria& criteria) {
+    return tableOf(moduleName).deleteObjects(criteria);
 }
 
 }  // namespace tarvo

@@ -11,6 +11,7 @@
 namespace tarvo {
 
 class DatabaseAdapter;
+class DependentRecords;
 class GetFieldListDM;
 class TableAccess;
 
@@ -23,11 +24,13 @@ public:
     /// Makes a store over the tables of an adapter.
     static std::shared_ptr<RecordInDatabase> make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter);
 
-    void storeRecord(const ValueMap& wireRecord, const std::string& moduleName) override;
-    void storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) override;
-    Names storeRecord(const WireRecords& wireRecords, const std::string& moduleName) override;
-    void storeRecord(const Record& record, const std::string& moduleName) override;
-    void updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) override;
+    bool storeRecord(const ValueMap& wireRecord, const std::string& moduleName) override;
+    bool storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) override;
+    bool storeRecord(const Record& record, const std::string& moduleName) override;
+    using RecordPersistanceDelegate::storePage;
+    std::optional<Names> storePage(const WireRecords& wireRecords, const std::string& moduleName,
+                                   PageWork alongside) override;
+    bool updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) override;
 
     Records fetchRecords(const std::string& moduleName, const ValueMap& columnNamesAndValues,
                          const std::optional<Names>& columnsToFetch) override;
@@ -41,29 +44,29 @@ public:
     std::optional<std::int64_t> countRecords(const RecordQuery& query) override;
     std::optional<std::int64_t> countRecords(const ViewRecordQuery& query) override;
 
-    void modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) override;
-    void modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) override;
-    void modifyRecord(const std::string& moduleName, const Record& record) override;
-    void modifyRecord(const std::string& moduleName, const std::vector<Record>& records) override;
+    bool modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) override;
+    bool modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) override;
+    bool modifyRecord(const std::string& moduleName, const Record& record) override;
+    bool modifyRecord(const std::string& moduleName, const std::vector<Record>& records) override;
 
-    void deleteRecord(const std::string& recordId, const std::string& moduleName) override;
-    void deleteRecords(const Names& recordIds, const std::string& moduleName) override;
-    void deleteRecords(const std::string& moduleName, const Criteria& criteria) override;
+    bool deleteRecord(const std::string& recordId, const std::string& moduleName) override;
+    bool deleteRecords(const Names& recordIds, const std::string& moduleName) override;
+    bool deleteRecords(const std::string& moduleName, const Criteria& criteria) override;
 
     // For callers that have the fields already. Wire dictionaries are stored unchanged, except that dates become
     // seconds and the ids of multi-select lookups get a key of their own.
     static std::string getTableName(const ModuleIdentifier& moduleId);
-    void saveNetworkRecord(const ValueMap& wireRecord, const ModuleIdentifier& moduleId, const FieldList& metadataList);
-    void saveNetworkRecordList(std::vector<ValueMap> wireRecords, const ModuleIdentifier& moduleId,
+    bool saveNetworkRecord(const ValueMap& wireRecord, const ModuleIdentifier& moduleId, const FieldList& metadataList);
+    bool saveNetworkRecordList(std::vector<ValueMap> wireRecords, const ModuleIdentifier& moduleId,
                                const FieldList& metadataList);
     /// Stores database dictionaries unchanged.
-    void saveRecordDictionary(const ValueMap& dictionary, const ModuleIdentifier& moduleId);
-    void saveRecordDictionary(const std::vector<ValueMap>& dictionaries, const ModuleIdentifier& moduleId);
-    void saveRecord(const Record& record, const ModuleIdentifier& moduleId, const FieldList& metadataList);
-    void saveRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
+    bool saveRecordDictionary(const ValueMap& dictionary, const ModuleIdentifier& moduleId);
+    bool saveRecordDictionary(const std::vector<ValueMap>& dictionaries, const ModuleIdentifier& moduleId);
+    bool saveRecord(const Record& record, const ModuleIdentifier& moduleId, const FieldList& metadataList);
+    bool saveRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
                         const FieldList& metadataList);
-    void modifyRecord(const Record& record, const ModuleIdentifier& moduleId, const FieldList& metadataList);
-    void modifyRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
+    bool modifyRecord(const Record& record, const ModuleIdentifier& moduleId, const FieldList& metadataList);
+    bool modifyRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
                           const FieldList& metadataList);
 
     /// Returns the columns of a list: the named ones, or those of all the module's fields, with the display texts of
@@ -78,8 +81,10 @@ private:
 
     TableAccess tableOf(const std::string& moduleName) const;
     std::optional<FieldList> fieldsOf(const std::string& moduleName) const;
-    Names store(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
-    void modify(const std::vector<ValueMap>& rows, const std::string& moduleName, const FieldIdentifier& naming) const;
+    std::optional<Names> store(const RowSource& rows, const Names& ids, const DependentRecords& dependents,
+                               const std::string& moduleName, PageWork alongside) const;
+    std::optional<Names> storeRows(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
+    bool modify(const std::vector<ValueMap>& rows, const std::string& moduleName, const FieldIdentifier& naming) const;
     Records fetch(const FieldList& fields, std::optional<Criteria> criteria, Selection selection) const;
     std::optional<std::int64_t> count(const std::optional<Criteria>& criteria, const std::string& moduleName) const;
 

@@ -7,12 +7,12 @@ namespace tarvo {
 
 std::string RecordInDatabase::getTableName(const ModuleIdentifier& moduleId) { return moduleId.rawValue() + "Records"; }
 
-void RecordInDatabase::saveNetworkRecord(const ValueMap& wireRecord, const ModuleIdentifier& moduleId,
+bool RecordInDatabase::saveNetworkRecord(const ValueMap& wireRecord, const ModuleIdentifier& moduleId,
                                          const FieldList& metadataList) {
-    saveNetworkRecordList({wireRecord}, moduleId, metadataList);
+    return saveNetworkRecordList({wireRecord}, moduleId, metadataList);
 }
 
-void RecordInDatabase::saveNetworkRecordList(std::vector<ValueMap> wireRecords, const ModuleIdentifier& moduleId,
+bool RecordInDatabase::saveNetworkRecordList(std::vector<ValueMap> wireRecords, const ModuleIdentifier& moduleId,
                                              const FieldList& metadataList) {
     auto keysOf = [&](const std::vector<const Metadata*>& fields) {
         Names keys;
@@ -25,40 +25,41 @@ void RecordInDatabase::saveNetworkRecordList(std::vector<ValueMap> wireRecords, 
         createLookupFields(record, lookups, metadataList);
         convertDateToTimestamp(record, dates, metadataList);
     }
-    saveRecordDictionary(wireRecords, moduleId);
+    return saveRecordDictionary(wireRecords, moduleId);
 }
 
-void RecordInDatabase::saveRecordDictionary(const ValueMap& dictionary, const ModuleIdentifier& moduleId) {
-    saveRecordDictionary(std::vector<ValueMap>{dictionary}, moduleId);
+bool RecordInDatabase::saveRecordDictionary(const ValueMap& dictionary, const ModuleIdentifier& moduleId) {
+    return saveRecordDictionary(std::vector<ValueMap>{dictionary}, moduleId);
 }
 
-void RecordInDatabase::saveRecordDictionary(const std::vector<ValueMap>& dictionaries,
+bool RecordInDatabase::saveRecordDictionary(const std::vector<ValueMap>& dictionaries,
                                             const ModuleIdentifier& moduleId) {
-    TableAccess(databaseAdapter_, getTableName(moduleId)).storeAccepted(MapRowSource(dictionaries));
+    auto refused = TableAccess(databaseAdapter_, getTableName(moduleId)).storeAccepted(MapRowSource(dictionaries));
+    return refused && refused->empty();
 }
 
-void RecordInDatabase::saveRecord(const Record& record, const ModuleIdentifier& moduleId,
+bool RecordInDatabase::saveRecord(const Record& record, const ModuleIdentifier& moduleId,
                                   const FieldList& metadataList) {
-    saveRecordList({record}, moduleId, metadataList);
+    return saveRecordList({record}, moduleId, metadataList);
 }
 
-void RecordInDatabase::saveRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
+bool RecordInDatabase::saveRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
                                       const FieldList& metadataList) {
     std::vector<ValueMap> rows;
     for (auto& record : records) rows.push_back(rowOf(record, metadataList.naming()));
-    saveRecordDictionary(rows, moduleId);
+    return saveRecordDictionary(rows, moduleId);
 }
 
-void RecordInDatabase::modifyRecord(const Record& record, const ModuleIdentifier& moduleId,
+bool RecordInDatabase::modifyRecord(const Record& record, const ModuleIdentifier& moduleId,
                                     const FieldList& metadataList) {
-    modifyRecordList({record}, moduleId, metadataList);
+    return modifyRecordList({record}, moduleId, metadataList);
 }
 
-void RecordInDatabase::modifyRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
+bool RecordInDatabase::modifyRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
                                         const FieldList& metadataList) {
     std::vector<ValueMap> rows;
     for (auto& record : records) rows.push_back(rowOf(record, metadataList.naming()));
-    modify(rows, moduleId.rawValue(), metadataList.naming());
+    return modify(rows, moduleId.rawValue(), metadataList.naming());
 }
 
 }  // namespace tarvo

@@ -1,4 +1,6 @@
 #include "platform/Clock.h"
+#include "tarvobase/records/sql/CVRecordMapInDatabase.h"
+#include "tarvobase/records/sql/DependentRecords.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {
@@ -68,7 +70,7 @@ protected:
                 makeModules();
                 prepare();
                 if (asPage)
-                    EXPECT_EQ(records->storeRecord(wireOf(pageOfModule()), GetParam().module),
+                    EXPECT_EQ(records->storePage(wireOf(pageOfModule()), GetParam().module),
                               (Names{"1", "2", "3", "1"}));
                 else
                     records->storeRecord(dictionariesOf(pageOfModule()), GetParam().module);
@@ -122,6 +124,77 @@ TEST_P(DependentRecordTest, TagsOfTheNamedRecordsAreReplaced) {
         EXPECT_EQ(cells("Tags_Records", {"module_name"}),
                   R"("";")" + module + R"(";")" + module + R"(";")" + module + "\"");
     });
+}
+
+/// A page of one event with a participant and a tag.
+class PageTransactionTest : public RecordTableTest {
+protected:
+    void SetUp() override {
+        RecordTableTest::SetUp();
+        use(Naming::api);
+        adapter().createTable("CREATE TABLE Tags_Records (tag_id, tag_name, module_name, record_id)");
+        adapter().createTable("CREATE TABLE Events_CUSTOM_VIEW_RECORDS (cv_id, record, module_name)");
+        makeModule("EventInvitees", {field("EventInvitees", "participant")}, ", record_id");
+        makeModule("Events", {field("Events", "Tag"), field("Events", "Participants", T::eventParticipant)});
+    }
+    std::optional<Names> storePage(RecordPersistanceDelegate::PageWork alongside) {
+        return records->storePage(
+            wireOf(R"([[["id","1"],["Tag",[[["id","t"],["name","hot"]]]],["Participants",[[["id","p"]]]]]])"), "Events",
+            alongside);
+    }
+    std::string rowCounts() {
+        Names counts;
+        for (auto table : {"EventsRecords", "EventInviteesRecords", "Tags_Records", "Events_CUSTOM_VIEW_RECORDS"})
+            counts.push_back(std::to_string(adapter().count(table, std::nullopt).value_or(-1)));
+        return text::join(counts, " ");
+    }
+    bool addToView(const Names& ids) {
+        CVRecordMapInDatabase map(configuration().databaseAdapter.get());
+        return map.store(ids, "view", "Events");
+    }
+};
+
+TEST_F(PageTransactionTest, RecordsRowsTagsAndTheViewAreOneCommit) {
+    EXPECT_EQ(storePage([&](auto& ids) { return addToView(ids); }), Names{"1"});
+    EXPECT_EQ(rowCounts(), "1 1 1 1");
+}
+
+TEST_F(PageTransactionTest, CallerUndoesThePage) {
+    EXPECT_EQ(storePage([&](auto& ids) { return addToView(ids) && false; }), std::nullopt);
+    EXPECT_EQ(rowCounts(), "0 0 0 0");
+}
+
+TEST_F(PageTransactionTest, FailedWriteOfTheCallerUndoesThePage) {
+    EXPECT_EQ(storePage([&](auto&) {
+                  adapter().execute("INSERT INTO NoSuchTable VALUES (1)", std::nullopt);
+                  return true;
+              }),
+              std::nullopt);
+    EXPECT_EQ(rowCounts(), "0 0 0 0");
+}
+
+TEST_F(PageTransactionTest, FailedDependentRowsUndoThePage) {
+    adapter().execute("CREATE TRIGGER refuse BEFORE INSERT ON Tags_Records BEGIN SELECT no_such_function(); END",
+                      std::nullopt);
+    EXPECT_EQ(storePage([](auto&) { return true; }), std::nullopt);
+    EXPECT_EQ(rowCounts(), "0 0 0 0");
+}
+
+TEST_F(PageTransactionTest, TablesThatAreMissingDoNotCostThePage) {
+    adapter().dropTable("Tags_Records");
+    adapter().dropTable("EventInviteesRecords");
+    EXPECT_EQ(storePage([](auto&) { return true; }), Names{"1"});
+    EXPECT_TRUE(wasLogged("the database has no table EventInviteesRecords"));
+}
+
+TEST_F(PageTransactionTest, TagsOfRecordsHaveAnIndex) {
+    auto& database = *configuration().databaseAdapter.get();
+    EXPECT_TRUE(DependentRecords::createIndexes(database));
+    EXPECT_TRUE(DependentRecords::createIndexes(database)) << "a second time";
+    EXPECT_EQ(cells("sqlite_master WHERE type = 'index' AND tbl_name = 'Tags_Records'", {"name"}),
+              "\"tarvo_tags_of_records\"");
+    adapter().dropTable("Tags_Records");
+    EXPECT_TRUE(DependentRecords::createIndexes(database)) << "without the table";
 }
 
 }  // namespace tarvo

@@ -44,7 +44,7 @@ protected:
             columns.push_back("\"" + name + "\"" + (columns.empty() ? " " + idType + " NOT NULL UNIQUE" : ""));
             if (each.isLookUpField()) columns.push_back("\"" + name + "_LOOKUP\"");
         }
-        adapter().createTable("CREATE TABLE " + module + "Records (" + text::join(columns, ", ") + rule + ")");
+        adapter().createTable("CREATE TABLE \"" + module + "Records\" (" + text::join(columns, ", ") + rule + ")");
         records = RecordInDatabase::make(configuration().databaseAdapter.get());
     }
     /// Makes a module Leads with fields of these names and types.

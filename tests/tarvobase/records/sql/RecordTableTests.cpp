@@ -3,6 +3,7 @@
 #include "tarvobase/get_metadata/ReduceMetadataForEdit.h"
 #include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/records/RecordFunctions.h"
+#include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/sync/RecordSyncSettingsPersistance.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
@@ -27,7 +28,7 @@ TEST_F(RecordTableTest, RefusedRecordDoesNotCostItsPage) {
         if (!isBad) expected.push_back("r" + std::to_string(i));
     }
     page += "]";
-    EXPECT_EQ(records->storeRecord(wireOf(page), "Leads"), expected);
+    EXPECT_EQ(records->storePage(wireOf(page), "Leads"), expected);
     EXPECT_EQ(idsOf(records->fetchRecords({.module = {.moduleName = "Leads"}})), text::join(expected, " "));
     EXPECT_TRUE(wasLogged("refuses the records r4, r13, r22, r31"));
     EXPECT_TRUE(wasLogged("no column GONE"));
@@ -39,8 +40,34 @@ TEST_F(RecordTableTest, RefusedRecordDoesNotCostItsPage) {
 
 TEST_F(RecordTableTest, ModuleWithoutFieldsStoresAndReadsNothing) {
     makeLeads({});
-    EXPECT_TRUE(records->storeRecord(wireOf(R"([[["id","1"]]])"), "Strangers").empty());
+    EXPECT_EQ(records->storePage(wireOf(R"([[["id","1"]]])"), "Strangers"), std::nullopt);
+    EXPECT_FALSE(records->storeRecord(dictionariesOf(R"([[["id","1"]]])"), "Strangers"));
     EXPECT_EQ(records->fetchRecords({.module = {.moduleName = "Strangers"}}), std::nullopt);
+}
+
+TEST_F(RecordTableTest, ValuesWithoutAColumnInTheTableGiveNoRows) {
+    makeLeads({{"Name", T::text}}, "", "TEXT DEFAULT 'none'");
+    EXPECT_FALSE(records->saveRecordDictionary({{"NOBODY", "x"}, {"OTHERS", "y"}}, ModuleIdentifier::Case::leads));
+    EXPECT_FALSE(records->saveRecordDictionary(std::vector<ValueMap>{{{"ID", "1"}, {"NOBODY", "x"}}, {{"NOBODY", "y"}}},
+                                               ModuleIdentifier::Case::leads));
+    EXPECT_EQ(cells("LeadsRecords", {"ID", "NAME"}), R"("1",null)");
+}
+
+TEST_F(RecordTableTest, NamesOfModulesMayNeedQuotes) {
+    std::string module = "Odd-Module 1";
+    makeModule(module, {});
+    adapter().createTable("CREATE TABLE \"" + module + "_CUSTOM_VIEW_RECORDS\" (cv_id, record, module_name)");
+    CVRecordMapInDatabase map(configuration().databaseAdapter.get());
+    for (auto id : {"1", "2", "3"}) {
+        EXPECT_TRUE(records->storeRecord(Record(id, module), module));
+        EXPECT_TRUE(map.store(Names{id}, "view", module));
+    }
+    EXPECT_TRUE(map.hasMoreThan(2, "view", module));
+    EXPECT_TRUE(map.delete_("view", {"1"}, module));
+    EXPECT_FALSE(map.hasMoreThan(2, "view", module));
+    EXPECT_TRUE(records->deleteRecord("1", module));
+    EXPECT_TRUE(records->modifyRecord(module, Record("2", module)));
+    EXPECT_EQ(idsOf(records->fetchRecords({.module = {.moduleName = module}})), "2 3");
 }
 
 TEST_F(RecordTableTest, AnyStoredValueIsFoundByItself) {
