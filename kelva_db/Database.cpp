@@ -41,6 +41,43 @@ void requireBindable(const RowSource& rows) {
             if (auto cell = rows.cell(row, column); !isBindable(cell)) throwNotBindable(cell);
 }
 
+/// The length of the run of neighbouring rows that have the same columns, from a row on.
+std::size_t lengthOfRun(const RowSource& rows, std::size_t first) {
+    auto columns = rows.columns().size();
+    auto isAlike = [&](std::size_t row) {
+        for (std::size_t column = 0; column < columns; ++column)
+            if (rows.hasCell(row, column) != rows.hasCell(first, column)) return false;
+        return true;
+    };
+    auto end = first + 1;
+    while (end < rows.rowCount() && isAlike(end)) ++end;
+    return end - first;
+}
+
+/// A run of such rows with the columns that they have.
+class Run final : public RowSource {
+public:
+    Run(const RowSource& rows, std::size_t first) : rows_(rows), first_(first), count_(lengthOfRun(rows, first)) {
+        for (std::size_t column = 0; column < rows.columns().size(); ++column) {
+            if (!rows.hasCell(first, column)) continue;
+            kept_.push_back(column);
+            names_.push_back(rows.columns()[column]);
+        }
+    }
+    std::span<const std::string> columns() const override { return names_; }
+    std::size_t rowCount() const override { return count_; }
+    tarvo::ValueView cell(std::size_t row, std::size_t column) const override {
+        return rows_.cell(first_ + row, kept_[column]);
+    }
+    bool mayHoldObjects() const override { return false; }  // it has been looked at
+
+private:
+    const RowSource& rows_;
+    const std::size_t first_, count_;
+    std::vector<std::size_t> kept_;
+    std::vector<std::string> names_;
+};
+
 }  // namespace
 
 void Database::execute(std::string_view sql, std::span<const Value> parameters) {
@@ -69,7 +106,16 @@ void Database::insert(std::string_view intoTable, const RowSource& rows, OnConfl
         return;
     }
     requireBindable(rows);
-    connection_.insertBatch(batchStatement(intoTable, rows.columns(), onConflict), rows);
+    // A batch that goes in one statement writes NULL where a cell is absent.
+    if (rows.isUniform() || !connection_.hasDefaults(intoTable))
+        return connection_.insertBatch(batchStatement(intoTable, rows.columns(), onConflict), rows);
+    inSavepoint([&] {
+        for (std::size_t first = 0; first < rows.rowCount();) {
+            Run run(rows, first);
+            insert(intoTable, run, onConflict);
+            first += run.rowCount();
+        }
+    });
 }
 
 void Database::create(std::string_view table, bool temporary, bool ifNotExists,

@@ -37,8 +37,8 @@ public:
     Rows query(std::string_view sql, std::span<const Value> parameters = {});
 
     void insert(std::string_view intoTable, const ValueMap& values, OnConflict onConflict = OnConflict::replace);
-    /// Stores all rows in one statement, at the speed of the engine. Rows of one batch may have different columns: a
-    /// column that a row lacks is NULL in it.
+    /// Stores all rows, or none if it throws. Rows of one batch may have different columns: a column that a row lacks
+    /// takes its default. Rows alike go in one statement, at the speed of the engine.
     void insert(std::string_view intoTable, const RowSource& rows, OnConflict onConflict = OnConflict::replace);
     void insert(std::string_view intoTable, std::span<const ValueMap> rows,
                 OnConflict onConflict = OnConflict::replace);

@@ -73,20 +73,10 @@ void DatabasePool::remove(const std::shared_ptr<SimpleObserver>& observer) {
 }
 void DatabasePool::removeAllObserver() { state_->writer.tracker().removeAll(); }
 
-namespace {
-
-bool isMemory(const std::string& path) {
-    if (path == ":memory:") return true;
-    return path.starts_with("file:") &&
-           (path.find(":memory:") != std::string::npos || path.find("mode=memory") != std::string::npos);
-}
-
-}  // namespace
-
 struct DatabaseQueue::State {
     State(const std::string& path, const Configuration& configuration, std::shared_ptr<tarvo::DispatchQueue> queue)
         : writer(path, configuration, std::move(queue),
-                 isMemory(path) ? Connection::Role::memory : Connection::Role::writer) {}
+                 isMemoryDatabase(path) ? Connection::Role::memory : Connection::Role::writer) {}
 
     Writer writer;
 };

@@ -51,7 +51,8 @@ public:
     /// Ends all connections after the blocks under way. May be called twice; every later operation throws `misuse`.
     virtual void close() = 0;
 
-    /// The file must have the same key and page size as this database, or no key when this one has none.
+    /// The file must have the same key as this database, or no key if this one has none. The shared memory database is
+    /// attached by its name, whatever the key.
     virtual void attachDatabase(const std::string& fromPath, const std::string& withName) = 0;
     virtual void detachDatabase(const std::string& named) = 0;
 

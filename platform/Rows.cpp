@@ -218,4 +218,8 @@ ValueView MapRowSource::cell(std::size_t row, std::size_t column) const {
     return value ? ValueView(*value) : ValueView();
 }
 
+bool MapRowSource::hasCell(std::size_t row, std::size_t column) const {
+    return uniform_ || maps_[row].find(columns_[column]);
+}
+
 }  // namespace tarvo::platform

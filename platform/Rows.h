@@ -181,8 +181,11 @@ public:
     virtual ~RowSource() = default;
     virtual std::span<const std::string> columns() const = 0;
     virtual std::size_t rowCount() const = 0;
-    /// The cell at a place, null where the row has no such column. Valid until the next call for another row.
+    /// The cell at a place, null where the row lacks the column. Valid until the next call for another row.
     virtual ValueView cell(std::size_t row, std::size_t column) const = 0;
+    /// Whether every row has all columns. One that has not takes the table's default where a cell is absent.
+    virtual bool isUniform() const { return true; }
+    virtual bool hasCell(std::size_t /*row*/, std::size_t /*column*/) const { return true; }
     /// Whether a cell may be an object of the program, which perhaps cannot be stored. A source that knows that none is
     /// spares a look at all cells before the first is written.
     virtual bool mayHoldObjects() const { return true; }
@@ -196,6 +199,8 @@ public:
     std::span<const std::string> columns() const override { return columns_; }
     std::size_t rowCount() const override { return maps_.size(); }
     ValueView cell(std::size_t row, std::size_t column) const override;
+    bool isUniform() const override { return uniform_; }
+    bool hasCell(std::size_t row, std::size_t column) const override;
     bool mayHoldObjects() const override { return holdsObjects_; }
 
 private:

@@ -24,6 +24,8 @@
 /// The function takes the mutex, or releases it.
 #define TARVO_ACQUIRE(...) TARVO_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define TARVO_RELEASE(...) TARVO_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
+/// The function takes the mutex if it returns this value.
+#define TARVO_TRY_ACQUIRE(...) TARVO_THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
 /// The function follows a rule that the check cannot express; a comment beside it says which.
 #define TARVO_NO_THREAD_SAFETY_ANALYSIS TARVO_THREAD_ANNOTATION(no_thread_safety_analysis)
 
@@ -38,6 +40,8 @@ public:
 
     void lock() TARVO_ACQUIRE() { mutex_.lock(); }
     void unlock() TARVO_RELEASE() { mutex_.unlock(); }
+    /// Returns whether the mutex was free and is held now.
+    bool tryLock() TARVO_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
 
     /// Tells the check that the mutex is held, inside a lambda that runs under it. Checks nothing at run time.
     void assumeHeld() const TARVO_THREAD_ANNOTATION(assert_capability(this)) {}

@@ -4,8 +4,8 @@
 
 namespace kelva {
 
-/// That the calling thread is inside a block of a database, for as long as this lives. Blocks that begin inside it
-/// find it and use its connection.
+/// Says, as long as it lives, that the calling thread is inside a block of a database. Blocks that begin inside it find
+/// it and use its connection.
 class Access {
 public:
     /// `observing` is the time after a transaction, when its observers are notified: new blocks may begin then, but the

@@ -23,16 +23,21 @@ constexpr const char* readerCache = "PRAGMA cache_size = -16384";
 constexpr int largeLogPages = 2000;
 constexpr const char* logSizeLimit = "PRAGMA journal_size_limit = 67108864";
 
-int openFlags(Connection::Role role, const std::string& path) {
-    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
-    if (role != Connection::Role::reader) flags |= SQLITE_OPEN_CREATE;
-    if (role == Connection::Role::memory && path.starts_with("file:")) flags |= SQLITE_OPEN_URI;
-    return flags;
+// Databases in memory are known by a URI, also to ATTACH.
+int openFlags(Connection::Role role) {
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
+    return role == Connection::Role::reader ? flags : flags | SQLITE_OPEN_CREATE;
+}
+
+/// A path as SQLite takes it: the name of a file is never read as a URI.
+std::string nameForSqlite(const std::string& path) {
+    return path.starts_with("file:") && !isMemoryDatabase(path) ? "./" + path : path;
 }
 
 sqlite3* openFile(const std::string& path, Connection::Role role) {
     sqlite3* handle = nullptr;
-    if (sqlite3_open_v2(path.c_str(), &handle, openFlags(role, path), clockVfsName()) == SQLITE_OK) return handle;
+    if (sqlite3_open_v2(nameForSqlite(path).c_str(), &handle, openFlags(role), clockVfsName()) == SQLITE_OK)
+        return handle;
     std::unique_ptr<sqlite3, int (*)(sqlite3*)> failed(handle, sqlite3_close);
     throwLastError(handle, Stage::open);
 }
@@ -243,27 +248,30 @@ void Connection::noticeSchema() {
         singleText(handle(), "SELECT count(*) FROM " + quotedColumn(name) + ".sqlite_master WHERE 0", Stage::run);
 }
 
-std::vector<std::string> Connection::columnNames(std::string_view table) {
+const Connection::Shape& Connection::shapeOf(std::string_view table) {
     checkUsable();
-    if (auto versions = schemaVersions(); versions != namesVersion_) {
-        names_.clear();
-        namesVersion_ = std::move(versions);
+    if (auto versions = schemaVersions(); versions != shapesVersion_) {
+        shapes_.clear();
+        shapesVersion_ = std::move(versions);
         noticeSchema();
     }
-    if (auto known = names_.find(table); known != names_.end()) return known->second;
+    if (auto known = shapes_.find(table); known != shapes_.end()) return known->second;
     auto dot = table.find('.');
     auto prefix = dot == std::string_view::npos ? "" : quotedColumn(table.substr(0, dot)) + ".";
     auto bare = dot == std::string_view::npos ? table : table.substr(dot + 1);
-    std::vector<std::string> names;
+    Shape shape;
     auto rows = query("PRAGMA " + prefix + "table_info(" + quotedColumn(bare) + ")", {});
-    for (auto row : rows) names.emplace_back(row.find("name")->asText().value_or(""));
-    return names_.emplace(std::string(table), std::move(names)).first->second;
+    for (auto row : rows) {
+        shape.columns.emplace_back(row.find("name")->asText().value_or(""));
+        shape.hasDefaults = shape.hasDefaults || !row.find("dflt_value")->isNull();
+    }
+    return shapes_.emplace(std::string(table), std::move(shape)).first->second;
 }
 
 // The schema's version goes back with what is undone, and the next change of the schema takes the same number again.
-void Connection::forgetNames() noexcept {
-    names_.clear();
-    namesVersion_.clear();
+void Connection::forgetShapes() noexcept {
+    shapes_.clear();
+    shapesVersion_.clear();
 }
 
 void Connection::runInternal(const char* sql) {
@@ -305,7 +313,7 @@ void Connection::commit() {
 }
 
 void Connection::rollback() noexcept {
-    forgetNames();
+    forgetShapes();
     endRead();
 }
 
@@ -330,7 +338,7 @@ void Connection::inSavepoint(tarvo::platform::FunctionRef<void()> block) {
             runInternal("ROLLBACK TO kelva");
             runInternal("RELEASE kelva");
         }
-        forgetNames();
+        forgetShapes();
         if (tracker_) tracker_->forgetSince(mark);
         throw;
     }
@@ -376,7 +384,7 @@ void Connection::attach(const Attachment& attachment) {
     auto& format = attachment.format;
     std::optional<AttachSettings> settings;
     if (!format.key.empty()) settings.emplace(handle(), format);
-    auto words = "ATTACH " + literal(attachment.path) + " AS " + quotedColumn(attachment.name);
+    auto words = "ATTACH " + literal(nameForSqlite(attachment.path)) + " AS " + quotedColumn(attachment.name);
     runPlain(handle(), words + " KEY \"" + format.key + "\"", Stage::run);
     attached_[attachment.name] = format;
 }

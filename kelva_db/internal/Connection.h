@@ -36,7 +36,9 @@ public:
     void execute(std::string_view sql, std::span<const Value> parameters);
     Rows query(std::string_view sql, std::span<const Value> parameters);
     void insertBatch(const std::string& sql, const RowSource& rows);
-    std::vector<std::string> columnNames(std::string_view table);
+    std::vector<std::string> columnNames(std::string_view table) { return shapeOf(table).columns; }
+    /// Whether a column of the table has a default other than NULL.
+    bool hasDefaults(std::string_view table) { return shapeOf(table).hasDefaults; }
 
     /// Transactions. Only `Writer`, the readers and savepoints begin and end any.
     void begin(bool immediate);
@@ -75,14 +77,21 @@ private:
         void operator()(sqlite3* handle) const;
     };
 
+    /// What is kept of a table until the schema changes.
+    struct Shape {
+        std::vector<std::string> columns;
+        bool hasDefaults = false;
+    };
+
     void configure(Role role);
     void installHooks();
     void runInternal(const char* sql);
     std::size_t parameterLimit() const;
     int authorize(int action, const char* first);
+    const Shape& shapeOf(std::string_view table);
     std::string schemaVersions();
     void noticeSchema();
-    void forgetNames() noexcept;
+    void forgetShapes() noexcept;
     void noteFailure();
     void checkUsable() const;
 
@@ -101,8 +110,8 @@ private:
     std::string dropped_;                // table whose removal is being prepared
     int pagesInLog_ = 0;
 
-    std::string namesVersion_;  // schema for which the names were read
-    std::map<std::string, std::vector<std::string>, std::less<>> names_;
+    std::string shapesVersion_;  // schema for which the shapes were read
+    std::map<std::string, Shape, std::less<>> shapes_;
 };
 
 }  // namespace kelva

@@ -119,6 +119,12 @@ std::string singleText(sqlite3* handle, const std::string& sql, Stage stage) {
     return text;
 }
 
+bool isMemoryDatabase(const std::string& path) {
+    if (path == ":memory:") return true;
+    return path.starts_with("file:") &&
+           (path.find(":memory:") != std::string::npos || path.find("mode=memory") != std::string::npos);
+}
+
 std::string headOfFile(const std::string& path) {
     auto vfs = sqlite3_vfs_find(clockVfsName());
     // SQLite hands absolute names to its file layer, and this one leaves the name to live as long as the file.
@@ -153,6 +159,7 @@ void FileFormat::applyTo(sqlite3* handle) const {
 }
 
 FileFormat FileFormat::find(const std::string& path, const Configuration& configuration) {
+    if (isMemoryDatabase(path)) return {};
     bool keyed = configuration.key() || configuration.rawKey();
     auto generation = keyed ? generationOfLibrary() : 0;
     auto head = headOfFile(path);

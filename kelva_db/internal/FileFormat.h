@@ -27,6 +27,9 @@ struct FileFormat {
     void applyTo(sqlite3* handle) const;
 };
 
+/// Whether a path names a database in memory.
+bool isMemoryDatabase(const std::string& path);
+
 /// The first 16 bytes of a file, fewer when it is shorter. Read through SQLite's own file layer: closing a file by
 /// hand would drop the locks that connections of this process hold on it.
 std::string headOfFile(const std::string& path);

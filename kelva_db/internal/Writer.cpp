@@ -15,8 +15,22 @@ Writer::Writer(std::string path, const Configuration& configuration, std::shared
 
 Writer::~Writer() = default;
 
+/// Of two that find no file at the same time, one makes it, and the other fails with its own salt. SQLite's locks see
+/// to it that the file is of one piece.
 void Writer::open(Connection::Role role) {
-    queue_->assertCurrent();
+    constexpr int attempts = 3;
+    for (int attempt = 1;; ++attempt) {
+        try {
+            return openOnce(role);
+        } catch (const DatabaseError& error) {
+            bool wasMadeMeanwhile = format_.isNew && error.kind() == FailureKind::wrongKey;
+            if (!wasMadeMeanwhile || attempt == attempts) throw;
+        }
+    }
+}
+
+void Writer::openOnce(Connection::Role role) {
+    turn_.assumeHeld();
     if (role != Connection::Role::memory) format_ = FileFormat::find(path_, configuration_);
     try {
         connection_ = std::make_unique<Connection>(path_, format_, role, configuration_.busyTimeout, &tracker_);
@@ -32,20 +46,47 @@ void Writer::open(Connection::Role role) {
 
 /// A key is accepted without a word by an SQLite that cannot encrypt.
 void Writer::proveEncryption(Connection::Role role) {
+    turn_.assumeHeld();
     if (role == Connection::Role::memory || format_.key.empty()) return;
     bool answers = !singleText(connection_->handle(), "PRAGMA cipher_version", Stage::open).empty();
     if (answers && !isPlainHead(headOfFile(path_))) return;
     throwError(FailureKind::notEncrypted, "the file would not be encrypted although a key was given");
 }
 
-/// A caller that holds the queue already goes on in its turn.
+namespace {
+
+/// Holds the writer's turn.
+class TARVO_THREAD_ANNOTATION(scoped_lockable) Turn {
+public:
+    explicit Turn(tarvo::platform::Mutex& mutex) TARVO_ACQUIRE(mutex) : mutex_(mutex) {
+        if (mutex.tryLock()) return;
+        tarvo::platform::BlockingScope waiting;
+        mutex.lock();
+    }
+    ~Turn() TARVO_RELEASE() { mutex_.unlock(); }
+    Turn(const Turn&) = delete;
+
+private:
+    tarvo::platform::Mutex& mutex_;
+};
+
+}  // namespace
+
+/// A caller that is inside a block, or in a call of an observer, has the turn already. One that holds the queue for
+/// something else goes on in the queue's turn.
 void Writer::onQueue(tarvo::platform::FunctionRef<void()> work) {
-    if (queue_->isCurrent()) return work();
-    queue_->sync(work);
+    if (Access::isInside(this)) return work();
+    auto inTurn = [&] {
+        Turn turn(turn_);
+        work();
+    };
+    if (queue_->isCurrent()) return inTurn();
+    queue_->sync(inTurn);
 }
 
+/// Works call this, and works run in their turn.
 Connection& Writer::connection() {
-    queue_->assertCurrent();
+    turn_.assumeHeld();
     if (!connection_) throwError(FailureKind::misuse, "the database is closed");
     return *connection_;
 }
@@ -86,7 +127,6 @@ void Writer::transaction(KelvaDatabase::TransactionBlock block) {
 
 /// The transaction is over and its block left, so observers may begin blocks of their own.
 void Writer::notify(Connection& writer, bool committed) {
-    queue_->assertCurrent();
     Access observing(this, writer, Access::Kind::observing);
     Connection::Writability readOnly(writer, false);
     committed ? tracker_.notifyCommit(writer.database()) : tracker_.notifyRollback(writer.database());
@@ -124,6 +164,7 @@ void Writer::detach(const std::string& name) {
 void Writer::close() {
     requireOutside(this, "the database is closed");
     onQueue([&] {
+        turn_.assumeHeld();
         if (!connection_) return;
         connection_->checkpoint();
         connection_.reset();

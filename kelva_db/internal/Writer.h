@@ -7,10 +7,12 @@
 #include "kelva_db/internal/ChangeTracker.h"
 #include "kelva_db/internal/Connection.h"
 #include "platform/DispatchQueue.h"
+#include "platform/ThreadSafety.h"
 
 namespace kelva {
 
-/// The one connection of a database that writes, on its serial queue, with the observers of what it writes.
+/// The one connection of a database that writes, with the observers of what it writes. Works come one after the other
+/// in the order of the queue; on a concurrent queue they still come one after the other.
 class Writer {
 public:
     Writer(std::string path, const Configuration& configuration, std::shared_ptr<tarvo::DispatchQueue> queue,
@@ -35,11 +37,12 @@ public:
     void close();
 
 private:
-    void onQueue(tarvo::platform::FunctionRef<void()> work);
+    void onQueue(tarvo::platform::FunctionRef<void()> work) TARVO_EXCLUDES(turn_);
     Connection& connection();
     bool runTransaction(Connection& connection, KelvaDatabase::TransactionBlock block);
     void notify(Connection& writer, bool committed);
     void open(Connection::Role role);
+    void openOnce(Connection::Role role);
     void proveEncryption(Connection::Role role);
 
     std::string path_;
@@ -47,7 +50,9 @@ private:
     std::shared_ptr<tarvo::DispatchQueue> queue_;
     FileFormat format_;
     ChangeTracker tracker_;
-    std::unique_ptr<Connection> connection_;  // used on the queue alone, which `connection` asserts
+    // Held by the one work that runs. A serial queue never makes it wait; a concurrent one does.
+    tarvo::platform::Mutex turn_;
+    std::unique_ptr<Connection> connection_ TARVO_GUARDED_BY(turn_);
 };
 
 }  // namespace kelva

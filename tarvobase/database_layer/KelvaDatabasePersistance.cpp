@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kelva_db/KelvaDatabase.h"
+#include "platform/DispatchQueue.h"
 #include "platform/Log.h"
 #include "platform/ProgrammingError.h"
 #include "tarvobase/configuration/CommonConfigration.h"
@@ -61,6 +62,8 @@ public:
     std::span<const std::string> columns() const override { return batch_.columns(); }
     std::size_t rowCount() const override { return count_; }
     ValueView cell(std::size_t row, std::size_t column) const override { return batch_.cell(first_ + row, column); }
+    bool isUniform() const override { return batch_.isUniform(); }
+    bool hasCell(std::size_t row, std::size_t column) const override { return batch_.hasCell(first_ + row, column); }
     bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
 
 private:
@@ -88,8 +91,20 @@ KelvaDatabasePersistance::KelvaDatabasePersistance(StorageLocation storageLocati
 KelvaDatabasePersistance::~KelvaDatabasePersistance() = default;
 
 Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::optional<std::string>& passphrase) {
-    platform::MutexLock lock(mutex_);
-    if (database_) {
+    // The queue comes first: works on it may ask this adapter, so nothing that they need is held while it is waited
+    // for.
+    auto queue = CommonConfigration::sharedInstance().dbQueue.get();
+    if (!queue) queue = DispatchQueue::serial("tarvobase.database");
+    auto open = [&] {
+        platform::MutexLock opening(opening_);
+        return openOn(queue, passphrase);
+    };
+    return queue->isCurrent() ? open() : queue->sync(open);
+}
+
+Result<bool, OpeningFailure> KelvaDatabasePersistance::openOn(const std::shared_ptr<DispatchQueue>& queue,
+                                                              const std::optional<std::string>& passphrase) {
+    if (opened()) {
         platform::log(platform::LogLevel::progress, "database",
                       "Already registered database at path: " + databaseName());
         return false;
@@ -97,11 +112,13 @@ Result<bool, OpeningFailure> KelvaDatabasePersistance::registerDB(const std::opt
     try {
         kelva::Configuration configuration;
         if (passphrase) configuration.setKey(*passphrase);
-        auto queue = CommonConfigration::sharedInstance().dbQueue.get();
+        Library database;
         if (storageLocation_.isInMemory())
-            database_ = std::make_shared<kelva::DatabaseQueue>(databaseName(), configuration, queue);
+            database = std::make_shared<kelva::DatabaseQueue>(databaseName(), configuration, queue);
         else
-            database_ = std::make_shared<kelva::DatabasePool>(databaseName(), configuration, queue);
+            database = std::make_shared<kelva::DatabasePool>(databaseName(), configuration, queue);
+        platform::MutexLock lock(mutex_);
+        database_ = std::move(database);
     } catch (const kelva::DatabaseError& error) {
         return failureOf(error);
     } catch (const std::exception& error) {

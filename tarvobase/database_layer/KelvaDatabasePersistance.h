@@ -9,6 +9,10 @@
 #include "platform/ThreadSafety.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 
+namespace tarvo::platform {
+class DispatchQueue;
+}  // namespace tarvo::platform
+
 namespace kelva {
 class Database;
 class KelvaDatabase;
@@ -84,6 +88,8 @@ public:
 
 private:
     using Library = std::shared_ptr<kelva::KelvaDatabase>;
+    Result<bool, OpeningFailure> openOn(const std::shared_ptr<platform::DispatchQueue>& queue,
+                                        const std::optional<std::string>& passphrase);
     /// The open database, or null. Inside a transaction it is that of the transaction.
     Library opened() const;
     /// Runs the work with the open database. Every failure ends here, logged with what was being done; returns whether
@@ -96,6 +102,7 @@ private:
     void noteFailedWrite();
 
     const StorageLocation storageLocation_;
+    platform::Mutex opening_;  // held, on the queue, by the one who opens
     mutable platform::Mutex mutex_;
     Library database_ TARVO_GUARDED_BY(mutex_);
 };

@@ -22,6 +22,10 @@ public:
     ValueView cell(std::size_t row, std::size_t column) const override {
         return batch_.cell(rows_[row], columns_[column]);
     }
+    bool isUniform() const override { return batch_.isUniform(); }
+    bool hasCell(std::size_t row, std::size_t column) const override {
+        return batch_.hasCell(rows_[row], columns_[column]);
+    }
     bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
 
     /// Returns the places in the batch of the rows that were left out and of those that were refused, in order.

@@ -206,6 +206,27 @@ TEST_P(ContractTest, BatchesMayHaveDifferentColumns) {
     EXPECT_EQ(integer(*database_, "SELECT count(*) FROM people WHERE age = 9"), 0);
 }
 
+TEST_P(ContractTest, CellsThatABatchLacksTakeTheirDefaults) {
+    const std::vector<ValueMap> rows = {{{"id", "a"}, {"kind", "mine"}},
+                                        {{"id", "b"}},
+                                        {{"id", "c"}},
+                                        {{"kind", nullptr}, {"id", "d"}},
+                                        {{"note", "n"}, {"id", "a"}}};
+    database_->write([&](Database& writer) {
+        writer.execute("CREATE TABLE kinds (id TEXT UNIQUE, kind TEXT DEFAULT 'usual', note)");
+        writer.insert("kinds", rows);
+        auto stored = writer.query("SELECT id || ':' || ifnull(kind, '-') AS x FROM kinds ORDER BY id").toMaps();
+        EXPECT_EQ(stored,
+                  (std::vector<ValueMap>{{{"x", "a:usual"}}, {{"x", "b:usual"}}, {{"x", "c:usual"}}, {{"x", "d:-"}}}));
+        EXPECT_EQ(failureOf([&] { writer.insert("kinds", rows, OnConflict::none); }), FailureKind::constraint);
+        writer.execute("DELETE FROM kinds WHERE id <> 'd'");
+        auto late = rows;
+        late[3] = {{"id", "x"}, {"absent", 1}};
+        EXPECT_NE(failureOf([&] { writer.insert("kinds", late); }), std::nullopt);
+    });
+    EXPECT_EQ(integer(*database_, "SELECT count(*) FROM kinds"), 1) << "a batch that fails leaves nothing";
+}
+
 TEST_P(ContractTest, BatchThatCannotBeStoredLeavesNothing) {
     Value opaque(std::make_shared<const Opaque>());
     std::vector<ValueMap> rows(50);

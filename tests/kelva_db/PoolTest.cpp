@@ -83,6 +83,65 @@ TEST_F(PoolTest, WritesOfManyThreadsComeOneAfterTheOther) {
     EXPECT_EQ(integer(*database_, "SELECT count(DISTINCT x) FROM t"), 200);
 }
 
+TEST_F(PoolTest, WritesOnAConcurrentQueueComeOneAfterTheOther) {
+    auto queue = tarvo::DispatchQueue::concurrent("test.concurrent");
+    DatabasePool database(folder_.file("b.db"), rawConfiguration(), queue);
+    database.write([](Database& writer) { writer.execute("CREATE TABLE t (x)"); });
+    auto add = [&] {
+        database.write([](Database& writer) {
+            auto count = writer.query("SELECT count(*) FROM t").cell(0, 0).asInteger();
+            writer.insert("t", ValueMap{{"x", *count}});
+        });
+    };
+    constexpr int items = 8, writes = 10;
+    std::latch done(items);
+    auto addAll = [&] {
+        for (int i = 0; i < writes; ++i) EXPECT_NO_THROW(add());
+        done.count_down();
+    };
+    // Half of them are items of the queue, which hold it already.
+    for (int i = 0; i < items / 2; ++i) {
+        queue->async(addAll);
+        tarvo::DispatchQueue::concurrent("test.elsewhere")->async(addAll);
+    }
+    done.wait();
+    EXPECT_EQ(integer(database, "SELECT count(DISTINCT x) FROM t"), items * writes);
+}
+
+TEST_F(PoolTest, TwoFirstOpeningsAtOnceShareOneFile) {
+    for (int round = 0; round < 10; ++round) {
+        auto path = folder_.file("fresh" + std::to_string(round));
+        std::barrier together(2);
+        auto open = [&] {
+            together.arrive_and_wait();
+            EXPECT_NO_THROW({
+                DatabasePool database(path, passphraseConfiguration("a passphrase"));
+                database.write([](Database& writer) {
+                    writer.execute("CREATE TABLE IF NOT EXISTS t (x)");
+                    writer.insert("t", ValueMap{{"x", 1}});
+                });
+            });
+        };
+        std::thread other(open);
+        open();
+        other.join();
+        DatabasePool database(path, passphraseConfiguration("a passphrase"));
+        EXPECT_EQ(integer(database, "SELECT count(*) FROM t"), 2);
+    }
+}
+
+TEST_F(PoolTest, TheMemoryDatabaseIsAttachedByItsName) {
+    const std::string name = "file::memory:?cache=shared";
+    DatabaseQueue memory(name, Configuration());
+    memory.write([](Database& writer) { writer.execute("CREATE TABLE m (x); INSERT INTO m VALUES (1)"); });
+    database_->attachDatabase(name, "memory");
+    database_->write([](Database& writer) { writer.execute("INSERT INTO memory.m SELECT x + 1 FROM memory.m"); });
+    EXPECT_EQ(integer(*database_, "SELECT sum(x) FROM memory.m"), 3);
+    database_->detachDatabase("memory");
+    EXPECT_EQ(integer(memory, "SELECT sum(x) FROM m"), 3);
+    EXPECT_FALSE(tarvo::files::exists(name)) << "no file of that name";
+}
+
 TEST_F(PoolTest, ClosingWaitsForReadsUnderWay) {
     std::latch reading(1), go(1);
     std::atomic<bool> finished = false;

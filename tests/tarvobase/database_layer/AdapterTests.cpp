@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "platform/Files.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
@@ -178,6 +179,26 @@ TEST_F(AdapterTest, TheMemoryDatabaseIsOneConnection) {
     EXPECT_EQ(memory.count("m", std::nullopt), 1);
     EXPECT_FALSE(std::filesystem::exists(memory.databaseName()));
     memory.deregisterDB();
+}
+
+TEST_F(AdapterTest, OpeningWaitsForTheQueueWithoutALock) {
+    auto queue = DispatchQueue::serial("tests.db");
+    configuration().dbQueue = queue;
+    KelvaDatabasePersistance own(StorageLocation::onDisk(folder() + "/own.sqlite"));
+    std::atomic<bool> isOpening = false;
+    std::thread opening;
+    queue->sync([&] {
+        opening = std::thread([&] {
+            isOpening = true;
+            EXPECT_FALSE(own.registerDB("a passphrase").value()) << "it was opened meanwhile";
+        });
+        while (!isOpening) std::this_thread::yield();
+        // The queue is held here, and the other thread waits for it.
+        EXPECT_EQ(own.fetchAllObjects("t"), std::nullopt);
+        EXPECT_TRUE(own.registerDB("a passphrase").value());
+    });
+    opening.join();
+    own.deregisterDB();
 }
 
 TEST_F(AdapterTest, WritesOnTheHostsQueue) {
