@@ -13,12 +13,14 @@ Call::~Call() { finish(); }
 void Call::event(std::string_view name, std::string_view member, Value value) const {
     ValueMap line{{"id", id_}, {"event", name}};
     if (!member.empty()) line.set(member, std::move(value));
-    if (auto session = session_.lock()) session->write(line);
+    bool isLast = name == "done" || name == "refused";
+    if (auto session = session_.lock()) session->writeFor(number_, line, isLast);
 }
 
 void Call::delegate(std::string_view name, ValueMap arguments) const {
     if (auto session = session_.lock())
-        session->write({{"id", id_}, {"event", "delegate"}, {"name", name}, {"arguments", std::move(arguments)}});
+        session->writeFor(
+            number_, {{"id", id_}, {"event", "delegate"}, {"name", name}, {"arguments", std::move(arguments)}}, false);
 }
 
 std::function<void(std::string_view, std::string_view, ValueMap)> Call::notifier() const {
@@ -36,8 +38,8 @@ void Call::holdInput() const {
 void Call::whenOthersEnded(std::function<void()> work) const {
     if (auto session = session_.lock()) session->hold(number_, std::move(work));
 }
-void Call::endSession(std::function<void()> beforeClose) const {
-    if (auto session = session_.lock()) session->end(std::move(beforeClose));
+void Call::endSession() const {
+    if (auto session = session_.lock()) session->end(number_);
 }
 
 // The last reference may be released on any thread, but the kept objects belong to the main queue.

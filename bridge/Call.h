@@ -12,7 +12,8 @@ namespace tarvo::bridge {
 class Session;
 
 /// A call under way. Everything that may still answer holds it; the call ends when it is released, or with `finish`. So
-/// a call whose operation never answers (a request whose source is `none`) ends too.
+/// a call whose operation never answers (a request whose source is `none`) ends too. Its last line is `done`, which the
+/// session writes unless the call did, or `refused`; a line that comes later is dropped.
 ///
 /// Lines may be written from any thread; the other operations belong to the main queue unless they say otherwise.
 class Call {
@@ -28,7 +29,9 @@ public:
     void event(std::string_view name, std::string_view member = {}, Value value = {}) const;
     /// Writes that an operation of a delegate was called. Any thread.
     void delegate(std::string_view name, ValueMap arguments) const;
-    /// Writes that the request cannot be carried out and that nothing was changed. Any thread.
+    /// Writes the last line of the call, with one member if `member` is not empty. Any thread.
+    void done(std::string_view member = {}, Value value = {}) const { event("done", member, std::move(value)); }
+    /// Writes as its last line that the request cannot be carried out and that nothing was changed. Any thread.
     void refuse(std::string_view message) const { event("refused", "message", message); }
 
     /// Returns a function that writes notices that belong to no call, as long as the session lasts. It does not hold
@@ -41,8 +44,9 @@ public:
     void holdInput() const;
     /// Makes later lines wait, and runs the work once every other call has ended.
     void whenOthersEnded(std::function<void()> work) const;
-    /// Accepts no further line; the session ends when the calls under way have ended, and then runs `beforeClose`.
-    void endSession(std::function<void()> beforeClose) const;
+    /// Accepts no further line; the session ends when the other calls under way have ended, and then writes the last
+    /// line of this call.
+    void endSession() const;
     /// Ends the call although it is still held. Any thread; may be called twice.
     void finish() const;
 

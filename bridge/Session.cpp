@@ -76,7 +76,11 @@ void Session::start(Line line) {
     auto start = registry_.find(line.call);
     if (!start) return refuse(line.id, "there is no call \"" + line.call + "\"");
     auto number = ++lastNumber_;
-    underWay_[number];
+    underWay_[number].id = line.id;
+    {
+        platform::MutexLock lock(writing_);
+        unfinished_.insert(number);
+    }
     auto call =
         std::make_shared<const Call>(platform::weakSelf(this), number, std::move(line.id), std::move(line.request));
     if (auto misread = (*start)(call)) call->refuse(std::move(*misread).below("request").text());
@@ -90,12 +94,21 @@ void Session::refuse(const std::optional<Value>& id, std::string_view message) {
     write(line);
 }
 
-void Session::write(const ValueMap& line) {
+void Session::writeFor(Number call, const ValueMap& line, bool isLast) {
+    auto isWanted = [&] {
+        writing_.assumeHeld();
+        return isLast ? unfinished_.erase(call) == 1 : unfinished_.contains(call);
+    };
+    writeIf(isWanted, line);
+}
+
+template <class IsWanted>
+void Session::writeIf(IsWanted isWanted, const ValueMap& line) {
     auto text = json::write(writable(line));
     if (!text)
         return platform::log(platform::LogLevel::warning, "bridge", "error: a line of the session has no form in JSON");
     platform::MutexLock lock(writing_);
-    sink_(*text);
+    if (isWanted()) sink_(*text);
 }
 
 void Session::notification(std::string_view topic, std::string_view name, ValueMap arguments) {
@@ -103,7 +116,7 @@ void Session::notification(std::string_view topic, std::string_view name, ValueM
 }
 
 void Session::keep(Number call, std::shared_ptr<void> object) {
-    if (auto found = underWay_.find(call); found != underWay_.end()) found->second.push_back(std::move(object));
+    if (auto found = underWay_.find(call); found != underWay_.end()) found->second.kept.push_back(std::move(object));
 }
 
 void Session::hold(Number call, std::function<void()> whenAlone) {
@@ -111,8 +124,11 @@ void Session::hold(Number call, std::function<void()> whenAlone) {
     if (holder_->whenAlone && onlyHolderIsLeft()) std::exchange(holder_->whenAlone, nullptr)();
 }
 
-void Session::end(std::function<void()> beforeClose) {
-    beforeClose_ = std::move(beforeClose);
+void Session::end(Number call) {
+    auto found = underWay_.find(call);
+    if (found == underWay_.end()) return;
+    ending_.emplace(call, std::move(found->second));
+    underWay_.erase(found);
     waiting_.clear();
     inputEnded_ = true;
 }
@@ -123,6 +139,7 @@ void Session::ended(Number call) {
     // The kept objects are released after the entry is gone: their destructors may call back into the session.
     auto kept = std::move(found->second);
     underWay_.erase(found);
+    writeFor(call, {{"id", kept.id}, {"event", "done"}}, true);
     if (holder_ && holder_->call == call) holder_.reset();
     if (holder_ && holder_->whenAlone && onlyHolderIsLeft()) std::exchange(holder_->whenAlone, nullptr)();
     handleWaiting();
@@ -130,7 +147,8 @@ void Session::ended(Number call) {
 
 void Session::close() {
     auto kept = std::exchange(underWay_, {});
-    if (auto beforeClose = std::exchange(beforeClose_, nullptr)) beforeClose();
+    if (auto ending = std::exchange(ending_, std::nullopt))
+        writeFor(ending->first, {{"id", ending->second.id}, {"event", "done"}}, true);
 }
 
 }  // namespace tarvo::bridge

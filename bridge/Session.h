@@ -6,8 +6,10 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "bridge/Registry.h"
@@ -36,7 +38,8 @@ public:
 
     /// Returns whether no call is under way. Main queue.
     bool isIdle() const { return underWay_.empty(); }
-    /// Releases everything and runs what `Call::endSession` left. Main thread, after its loop has ended.
+    /// Releases everything and writes the last line of the call that ended the session. Main thread, after its loop has
+    /// ended.
     void close();
 
     /// Writes a notice that belongs to no call. Any thread.
@@ -51,13 +54,24 @@ private:
     void handle(const std::string& text);
     void start(Line line);
     void refuse(const std::optional<Value>& id, std::string_view message);
-    void write(const ValueMap& line);
+    void write(const ValueMap& line) {
+        writeIf([] { return true; }, line);
+    }
+    /// Drops the line if the last line of the call was written before.
+    void writeFor(Number call, const ValueMap& line, bool isLast);
+    template <class IsWanted>
+    void writeIf(IsWanted isWanted, const ValueMap& line);
 
     void keep(Number call, std::shared_ptr<void> object);
     void hold(Number call, std::function<void()> whenAlone);
-    void end(std::function<void()> beforeClose);
+    void end(Number call);
     void ended(Number call);
 
+    /// A call that has not ended, with the objects that it keeps.
+    struct UnderWay {
+        Value id;
+        std::vector<std::shared_ptr<void>> kept;
+    };
     struct Holder {
         Number call;
         std::function<void()> whenAlone;  // null once it has run
@@ -68,13 +82,14 @@ private:
     const Registry registry_;
     platform::Mutex writing_;
     const Sink sink_ TARVO_GUARDED_BY(writing_);
+    std::set<Number> unfinished_ TARVO_GUARDED_BY(writing_);  // calls whose last line is still to come
     std::deque<std::string> waiting_;
     bool inputEnded_ = false;
     bool hasReportedEnd_ = false;
     Number lastNumber_ = 0;
-    std::map<Number, std::vector<std::shared_ptr<void>>> underWay_;  // with the objects that each keeps
+    std::map<Number, UnderWay> underWay_;
     std::optional<Holder> holder_;
-    std::function<void()> beforeClose_;
+    std::optional<std::pair<Number, UnderWay>> ending_;  // the call that ends the session
 };
 
 }  // namespace tarvo::bridge

@@ -76,17 +76,16 @@ struct ClockRequest {
     }
 };
 
-void done(const CallPtr& call) { call->event("done"); }
-
 void openDatabase(Host& host, const std::optional<std::string>& passphrase, const CallPtr& call) {
     if (host.database()) return call->refuse("a database is open already");
     if (!host.accounts().currentUser()) return call->refuse("no account is signed in");
     if (!passphrase || passphrase->empty()) return call->refuse("a passphrase is needed");
     auto path = host.openDatabase(*passphrase);
-    if (path) return call->event("done", "response", ValueMap{{"path", bridge::toJson(*path)}});
+    if (path) return call->done("response", ValueMap{{"path", bridge::toJson(*path)}});
     call->event(
         "onError", "error",
         ValueMap{{"case", caseName(path.error().kind)}, {"value", ValueMap{{"message", path.error().message}}}});
+    call->done();
 }
 
 void appInit(Host& host, const InitRequest& request, const CallPtr& call) {
@@ -97,7 +96,7 @@ void appInit(Host& host, const InitRequest& request, const CallPtr& call) {
             call->delegate(caseName(failure->kind), failure->arguments);
         else
             call->delegate("appInitDataFetchedAndSaved", {{"by", bridge::toJson(Process::appInit)}});
-        done(call);
+        call->done();
         call->finish();
     }));
 }
@@ -108,13 +107,13 @@ void account(Host& host, const AccountRequest& request, const CallPtr& call) {
     if (host.accounts().currentUser() != request.account) host.closeDatabase();
     bool known = !request.token && host.accounts().select(request.account);
     if (!known) host.accounts().signIn(request.account, {request.token, request.authenticationType});
-    done(call);
+    call->done();
 }
 
 void tokens(Host& host, const TokensRequest& request, const CallPtr& call) {
     auto held = host.accounts().heldTokens();
     if (request.hold) *request.hold ? host.accounts().holdTokens() : host.accounts().releaseTokens();
-    call->event("done", "response", ValueMap{{"held", bridge::toJson(held)}});
+    call->done("response", ValueMap{{"held", bridge::toJson(held)}});
 }
 
 std::optional<std::string> faultOf(const ClockRequest& request) {
@@ -135,7 +134,7 @@ void clock(const ClockRequest& request, const CallPtr& call) {
     if (request.zone) Clock::setTimeZone(*request.zone);
     if (request.set) Clock::set(Clock::WallTime(std::chrono::milliseconds(*request.set)));
     if (request.advance) Clock::advance(std::chrono::milliseconds(*request.advance));
-    done(call);
+    call->done();
 }
 
 }  // namespace
@@ -143,7 +142,7 @@ void clock(const ClockRequest& request, const CallPtr& call) {
 void addHostCalls(Registry& registry, Host& host, const std::optional<std::string>& passphrase) {
     registry.add("host.config", [](const CallPtr& call) {
         auto misread = setConfigFields(call->request());
-        if (!misread) done(call);
+        if (!misread) call->done();
         return misread;
     });
     registry.addOperation<OpenRequest>(
@@ -151,7 +150,7 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<std::strin
             openDatabase(host, request.passphrase ? request.passphrase : passphrase, call);
         });
     registry.addOperation<NoRequest>("host.closeDatabase", [&host](NoRequest, const CallPtr& call) {
-        host.closeDatabase() ? done(call) : call->refuse("no database is open");
+        host.closeDatabase() ? call->done() : call->refuse("no database is open");
     });
     registry.addOperation<InitRequest>(
         "host.appInit", [&host](const InitRequest& request, const CallPtr& call) { appInit(host, request, call); });
@@ -168,13 +167,12 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<std::strin
     registry.addOperation<bridge::Topics::Request>(
         "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
             bool exists = topics->change(request, call->notifier());
-            exists ? done(call) : call->refuse("request.topic: there is no topic \"" + request.topic + "\"");
+            exists ? call->done() : call->refuse("request.topic: there is no topic \"" + request.topic + "\"");
         });
     registry.addOperation<NoRequest>("host.wait", [](NoRequest, const CallPtr& call) {
-        call->whenOthersEnded([call] { done(call), call->finish(); });
+        call->whenOthersEnded([call] { call->done(), call->finish(); });
     });
-    registry.addOperation<NoRequest>(
-        "host.quit", [](NoRequest, const CallPtr& call) { call->endSession([call] { done(call); }), call->finish(); });
+    registry.addOperation<NoRequest>("host.quit", [](NoRequest, const CallPtr& call) { call->endSession(); });
 }
 
 }  // namespace tarvo::host

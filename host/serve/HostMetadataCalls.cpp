@@ -44,7 +44,7 @@ Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::str
 void reportOutcome(const DownloadOutcome& outcome, const CallPtr& call) {
     for (auto& [error, names] : outcome.failed)
         call->delegate(caseName(error), {{"moduleNames", bridge::toJson(names)}});
-    call->event("done", "response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
+    call->done("response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
     call->finish();
 }
 
@@ -73,7 +73,7 @@ void addMetadataCalls(bridge::Registry& registry, Host& host) {
     registry.addOperation<PopulateRequest>("host.populateLookupColumn", [&host](PopulateRequest, const CallPtr& call) {
         if (!host.database()) return call->refuse("no database is open");
         PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn();
-        call->event("done");
+        call->done();
     });
 }
 

@@ -106,8 +106,8 @@ struct DeleteRequest {
 
 using Store = RecordPersistanceDelegate;
 
-void finish(const CallPtr& call) { call->event("done"); }
-void finish(const CallPtr& call, ValueMap response) { call->event("done", "response", std::move(response)); }
+void finish(const CallPtr& call) { call->done(); }
+void finish(const CallPtr& call, ValueMap response) { call->done("response", std::move(response)); }
 
 /// Ends the call with a member, which is left out if the value is absent.
 template <class T>

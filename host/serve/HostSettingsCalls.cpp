@@ -72,43 +72,39 @@ Value read(const UserDefaultsProtocol& store, const std::string& key, const User
     return {};
 }
 
-/// Returns false for a value of a kind that settings do not have.
-bool write(UserDefaultsProtocol& store, const Value& value, const std::string& key, const UserDefaultsGroup& group) {
-    if (value.asText())
-        store.setString(*value.asText(), key, group);
-    else if (value.asInteger())
-        store.setInteger(*value.asInteger(), key, group);
-    else if (value.asBool())
-        store.setBool(*value.asBool(), key, group);
-    else if (value.asList())
-        store.setArray(*value.asList(), key, group);
-    else if (value.asMap())
-        store.setDictionary(*value.asMap(), key, group);
-    else
-        return false;
-    return true;
+bool isSetting(const Value& value) {
+    return value.asText() || value.asInteger() || value.asBool() || value.asList() || value.asMap();
+}
+
+/// Stores a value, or removes the key for null. An error comes first if the disk refuses the value.
+void change(const SettingsRequest& request, const Value& value, const CallPtr& call) {
+    bool isStored =
+        BrenUserDefaults().update(request.key, groupOf(request), [&](const Value&) -> Value { return value; });
+    if (!isStored)
+        call->event("onError", "error",
+                    ValueMap{{"case", "notStored"},
+                             {"value", ValueMap{{"message", "the setting could not be written to the disk"}}}});
+    call->done();
 }
 
 void settings(const SettingsRequest& request, const CallPtr& call, bridge::Topics& topics) {
-    BrenUserDefaults store;
-    auto group = groupOf(request);
     switch (request.action) {
         case Action::read:
-            return call->event("done", "response",
-                               ValueMap{{"value", bridge::writable(read(store, request.key, group))}});
+            return call->done(
+                "response",
+                ValueMap{{"value", bridge::writable(read(BrenUserDefaults(), request.key, groupOf(request)))}});
         case Action::write:
-            if (!write(store, request.value, request.key, group))
+            if (!isSetting(request.value))
                 return call->refuse("request.value: text, a whole number, true or false, a list or a map is expected");
-            break;
+            return change(request, request.value, call);
         case Action::remove:
-            store.removeValueForKey(request.key, group);
-            break;
+            return change(request, Value(), call);
         case Action::observe:
-            topics.change({.topic = "UserDefaultsValueObserver", .keys = {request.key}, .groups = {group.text()}},
-                          call->notifier());
-            break;
+            topics.change(
+                {.topic = "UserDefaultsValueObserver", .keys = {request.key}, .groups = {groupOf(request).text()}},
+                call->notifier());
+            return call->done();
     }
-    call->event("done");
 }
 
 }  // namespace

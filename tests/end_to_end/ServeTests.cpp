@@ -102,9 +102,51 @@ TEST(Serve, AnswersWhatIsUnderWayBeforeItEndsWithItsInput) {
     host->send(R"({"id":3,"call":"GetModulesUC","request":{"moduleNames":[]}})");
     EXPECT_EQ(host->finish(), 0) << host->errors();
     auto lines = text::split(host->output(), "\n");
-    ASSERT_EQ(lines.size(), 6u) << host->output();
+    ASSERT_EQ(lines.size(), 7u) << host->output();
     EXPECT_EQ(lines[2], R"({"id":2,"event":"done"})");
     EXPECT_EQ(lines[4], R"({"id":3,"event":"didComplete","response":{"modules":[],"source":"database"}})");
+    EXPECT_EQ(lines[5], R"({"id":3,"event":"done"})");
+}
+
+TEST(Serve, ListensToEveryTopicOfTheBus) {
+    EndToEnd world;
+    auto host = world.host({"serve"});
+    for (auto topic : {"CVObserver", "CustomViewChangedObserver", "InitialProcessComplete", "ModuleChangedObserver",
+                       "RecordChangedObserver", "SearchTokenChangedObserver"}) {
+        host->send(R"({"id":1,"call":"host.notifications","request":{"topic":")" + std::string(topic) + "\"}}");
+        EXPECT_EQ(host->line(), R"({"id":1,"event":"done"})") << topic;
+    }
+    for (auto call : {"host.openDatabase", "host.appInit", "InitProcessUseCase"})
+        host->send(R"({"id":2,"call":")" + std::string(call) + "\"}");
+    EXPECT_EQ(host->finish(), 0) << host->errors();
+    for (auto notice :
+         {R"("topic":"ModuleChangedObserver","name":"modulesAdded","arguments":{}})",
+          R"("topic":"CustomViewChangedObserver","name":"customViewChanged","arguments":{"viewIDs":[)",
+          R"("topic":"InitialProcessComplete","name":"initialProcessComplete","arguments":{"userId":"42"})"})
+        EXPECT_TRUE(contains(host->output(), notice)) << notice;
+}
+
+TEST(Serve, ReportsASettingThatTheDiskRefuses) {
+    EndToEnd world;
+    auto host = world.host({"serve"});
+    auto answerTo = [&](const std::string& request) {
+        host->send(R"({"id":1,"call":"host.settings","request":)" + request + "}");
+        std::string lines;
+        while (auto line = host->line()) {
+            lines += *line;
+            if (contains(*line, R"("event":"done")")) break;
+        }
+        return lines;
+    };
+    EXPECT_EQ(answerTo(R"({"key":"colour","action":"write","value":"red"})"), R"({"id":1,"event":"done"})");
+    // No change of this process can be appended to a file that is a folder now.
+    auto file = world.home() + "/settings/tarvo-host.jsonl";
+    files::remove(file);
+    ASSERT_TRUE(files::createDirectories(file));
+    for (auto action : {R"("write","value":"blue")", R"("remove")"})
+        EXPECT_TRUE(contains(answerTo(R"({"key":"colour","action":)" + std::string(action) + "}"),
+                             R"("event":"onError","error":{"case":"notStored")"))
+            << action;
 }
 
 TEST(Serve, WritesTheNoticesOfATopicWhileItListens) {
