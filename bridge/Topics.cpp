@@ -1,8 +1,15 @@
 #include "bridge/Topics.h"
 
+#include "bridge/forms/JsonForm.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/CVObserver.h"
+#include "tarvobase/notification/CustomViewChangedObserver.h"
 #include "tarvobase/notification/InitialProcessComplete.h"
+#include "tarvobase/notification/ModuleChangedObserver.h"
+#include "tarvobase/notification/RecordChangedObserver.h"
+#include "tarvobase/notification/SearchTokenChangedObserver.h"
+#include "tarvobase/value_objects/module/Module.h"
 
 namespace tarvo::bridge {
 
@@ -41,6 +48,74 @@ public:
     }
 };
 
+class ModuleListener final : public TopicListener, public ModuleChangedObserver {
+public:
+    using TopicListener::TopicListener;
+    void modulesAdded() override { report("modulesAdded", {}); }
+    void modulesAdded(const std::vector<Module>& modules) override { reportModules("modulesAdded", modules); }
+    void modulesEdited(const std::vector<Module>& modules) override { reportModules("modulesEdited", modules); }
+    void modulesDeleted(const std::vector<Module>& modules) override { reportModules("modulesDeleted", modules); }
+
+private:
+    void reportModules(std::string_view name, const std::vector<Module>& modules) {
+        report(name, {{"modules", toJson(modules)}});
+    }
+};
+
+class RecordListener final : public TopicListener, public RecordChangedObserver {
+public:
+    using TopicListener::TopicListener;
+    void recordObtained(const std::string& recordID, const std::string& moduleName) override {
+        report("recordObtained", {{"recordID", recordID}, {"moduleName", moduleName}});
+    }
+    void recordAdded(const std::string& moduleName, const RecordIds& recordIds) override {
+        report("recordAdded", {{"moduleName", moduleName}, {"recordIds", idsOf(recordIds)}});
+    }
+    void recordUpdated(const std::string& moduleName, const RecordIds& recordIds) override {
+        report("recordUpdated", {{"moduleName", moduleName}, {"recordIds", idsOf(recordIds)}});
+    }
+    void recordUpdated(const std::string& moduleName, const std::string& oldRecordID,
+                       const std::string& newRecordID) override {
+        report("recordUpdated",
+               {{"moduleName", moduleName}, {"oldRecordID", oldRecordID}, {"newRecordID", newRecordID}});
+    }
+    void recordDeleted(const std::string& moduleName, const std::vector<std::string>& recordIds) override {
+        report("recordDeleted", {{"moduleName", moduleName}, {"recordIds", toJson(recordIds)}});
+    }
+
+private:
+    static ValueList idsOf(const RecordIds& recordIds) {
+        ValueList ids;
+        for (auto& [recordID, modifiedTime] : recordIds)
+            ids.push_back(ValueMap{{"recordID", recordID}, {"modifiedTime", modifiedTime}});
+        return ids;
+    }
+};
+
+class ViewListener final : public TopicListener, public CustomViewChangedObserver {
+public:
+    using TopicListener::TopicListener;
+    void customViewChanged(const std::vector<std::string>& viewIDs, const std::string& moduleName) override {
+        report("customViewChanged", {{"viewIDs", toJson(viewIDs)}, {"moduleName", moduleName}});
+    }
+};
+
+class ModuleViewsListener final : public TopicListener, public CVObserver {
+public:
+    using TopicListener::TopicListener;
+    void customViewsChanged(const std::string& moduleName) override {
+        report("customViewsChanged", {{"moduleName", moduleName}});
+    }
+};
+
+class SearchListener final : public TopicListener, public SearchTokenChangedObserver {
+public:
+    using TopicListener::TopicListener;
+    void searchTokenChanged(const std::string& moduleName) override {
+        report("searchTokenChanged", {{"moduleName", moduleName}});
+    }
+};
+
 template <class Topic, class Listener>
 std::shared_ptr<platform::Object> listener(const Topics::Request& request, const Notify& notify) {
     auto made = std::make_shared<Listener>(request, notify);
@@ -54,7 +129,12 @@ struct Row {
     std::shared_ptr<platform::Object> (*listen)(const Topics::Request& request, const Notify& notify);
 };
 constexpr Row rows[] = {
+    {"CVObserver", listener<CVObserver, ModuleViewsListener>},
+    {"CustomViewChangedObserver", listener<CustomViewChangedObserver, ViewListener>},
     {"InitialProcessComplete", listener<InitialProcessComplete, InitialProcessListener>},
+    {"ModuleChangedObserver", listener<ModuleChangedObserver, ModuleListener>},
+    {"RecordChangedObserver", listener<RecordChangedObserver, RecordListener>},
+    {"SearchTokenChangedObserver", listener<SearchTokenChangedObserver, SearchListener>},
     {"UserDefaultsValueObserver", listener<UserDefaultsValueObserver, SettingsListener>},
 };
 
