@@ -49,7 +49,7 @@ Stores Stores::current() { return Stores(Scope::current()); }
 Stores Stores::over(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                     std::shared_ptr<UserDefaultsProtocol> userDefaults) {
     auto scope = Scope::over(std::move(databaseAdapter));
-    if (!userDefaults) return Stores(std::move(scope));
+    if (!userDefaults || std::dynamic_pointer_cast<BrenUserDefaults>(userDefaults)) return Stores(std::move(scope));
     return Stores(scope, std::make_shared<InMemoryStorage>(scope), std::move(userDefaults));
 }
 

@@ -39,8 +39,8 @@ public:
 
     /// The stores of the scope of the moment.
     static Stores current();
-    /// The same over a database that the caller hands over, which may be null. A settings store that is absent is that
-    /// of the scope.
+    /// The same over a database that the caller hands over, which may be null. The settings store is that of the scope,
+    /// unless the caller hands over one of its own class: `BrenUserDefaults` would follow a switch of account.
     static Stores over(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                        std::shared_ptr<UserDefaultsProtocol> userDefaults = nullptr);
 
