@@ -3,6 +3,7 @@
 #include <simdjson.h>
 
 #include <bit>
+#include <charconv>
 
 #include "platform/Text.h"
 
@@ -45,35 +46,69 @@ Value valueOf(simdjson::dom::element element) {
     return {};
 }
 
-std::size_t endOfText(std::string_view json, std::size_t at) {
-    for (++at; at < json.size() && json[at] != '"'; ++at)
-        if (json[at] == '\\') ++at;
-    return std::min(at + 1, json.size());
-}
+constexpr std::size_t escapeSize = 6;  // as in "\ud83d"
 
-// The parser refuses whole numbers that fit in no integer type. They are rare, so the document is read again with ".0"
-// behind each of them. Returns nullopt if there is none.
-std::optional<std::string> withLongIntegersAsReals(std::string_view json) {
-    std::string out;
-    std::size_t copied = 0;
-    for (std::size_t at = 0; at < json.size();) {
-        if (json[at] == '"') {
-            at = endOfText(json, at);
-        } else if (json[at] == '-' || (json[at] >= '0' && json[at] <= '9')) {
-            auto end = std::min(json.find_first_not_of("+-0123456789.eE", at), json.size());
-            auto token = json.substr(at, end - at);
-            bool whole = token.find_first_of(".eE") == std::string_view::npos;
-            at = end;
-            if (!whole || text::toInteger(token)) continue;
-            out.append(json, copied, end - copied).append(".0");
-            copied = end;
-        } else {
-            ++at;
-        }
-    }
-    if (copied == 0) return std::nullopt;
-    return out.append(json, copied);
+// Returns the number of a "\uXXXX" escape at this place, or nullopt if there is none.
+std::optional<unsigned> escapedUnit(std::string_view json, std::size_t at) {
+    if (at + escapeSize > json.size() || json[at] != '\\' || json[at + 1] != 'u') return std::nullopt;
+    unsigned unit = 0;
+    auto end = json.data() + at + escapeSize;
+    auto read = std::from_chars(json.data() + at + 2, end, unit, 16);
+    return read.ptr == end ? std::optional(unit) : std::nullopt;
 }
+bool isHighSurrogate(std::optional<unsigned> unit) { return unit && *unit >= 0xD800 && *unit <= 0xDBFF; }
+bool isLowSurrogate(std::optional<unsigned> unit) { return unit && *unit >= 0xDC00 && *unit <= 0xDFFF; }
+
+// JSON allows two things that the parser refuses: a whole number that fits in no integer type, and an escape that is
+// half of a surrogate pair, which a server makes when it cuts a text. They are rare, so the document is read again with
+// ".0" after each such number and U+FFFD in place of each half. Returns nullopt if there is nothing to replace.
+class JsonRepair {
+public:
+    explicit JsonRepair(std::string_view json) : json_(json) {}
+
+    std::optional<std::string> repaired() {
+        while (at_ < json_.size()) {
+            if (json_[at_] == '"')
+                passText();
+            else if (json_[at_] == '-' || (json_[at_] >= '0' && json_[at_] <= '9'))
+                passNumber();
+            else
+                ++at_;
+        }
+        if (copied_ == 0) return std::nullopt;
+        return out_.append(json_, copied_);
+    }
+
+private:
+    void passText() {
+        for (++at_; at_ < json_.size() && json_[at_] != '"';) {
+            auto unit = escapedUnit(json_, at_);
+            if (isHighSurrogate(unit) && isLowSurrogate(escapedUnit(json_, at_ + escapeSize)))
+                at_ += 2 * escapeSize;
+            else if (isHighSurrogate(unit) || isLowSurrogate(unit))
+                replace(escapeSize, "\\ufffd");
+            else
+                at_ += json_[at_] == '\\' ? 2 : 1;
+        }
+        ++at_;
+    }
+    void passNumber() {
+        auto end = std::min(json_.find_first_not_of("+-0123456789.eE", at_), json_.size());
+        auto token = json_.substr(at_, end - at_);
+        bool isWhole = token.find_first_of(".eE") == std::string_view::npos;
+        at_ = end;
+        if (isWhole && !text::toInteger(token)) replace(0, ".0");
+    }
+    /// Writes the text in place of `size` bytes and goes on after them.
+    void replace(std::size_t size, std::string_view text) {
+        out_.append(json_, copied_, at_ - copied_).append(text);
+        copied_ = at_ += size;
+    }
+
+    std::string_view json_;
+    std::string out_;
+    std::size_t at_ = 0, copied_ = 0;
+};
 
 }  // namespace
 
@@ -107,10 +142,10 @@ std::optional<Document> Document::parse(const Data& data) {
         return std::nullopt;
     auto content = std::make_shared<Content>();
     auto error = parser->parse_into_document(content->document, text.data(), text.size(), false).error();
-    // Which error stands for a whole number beyond 64 bits depends on the version of the parser.
+    // The parser's errors do not say precisely what it refused, and they differ between its versions.
     if (error != simdjson::SUCCESS) {
-        auto rewritten = withLongIntegersAsReals(text);
-        if (rewritten) error = parser->parse_into_document(content->document, *rewritten).error();
+        auto repaired = JsonRepair(text).repaired();
+        if (repaired) error = parser->parse_into_document(content->document, *repaired).error();
     }
     if (parser->capacity() > keptCapacity) parser = std::make_unique<simdjson::dom::parser>();
     if (error != simdjson::SUCCESS) return std::nullopt;
