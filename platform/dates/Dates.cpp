@@ -1,6 +1,7 @@
 #include "platform/dates/Dates.h"
 
 #include <unicode/datefmt.h>
+#include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
 #include <chrono>
@@ -47,6 +48,17 @@ std::string utf8(const icu::UnicodeString& text) {
     std::string out;
     text.toUTF8String(out);
     return out;
+}
+
+/// ICU changes to the Julian calendar before October 1582. The wire's dates do not, so no formatter does: a date is
+/// written by the calendar that it was read by, and the ten days that ICU leaves out exist.
+void useGregorianCalendarAlways(icu::DateFormat& format) {
+    auto calendar = dynamic_cast<const icu::GregorianCalendar*>(format.getCalendar());
+    if (!calendar) return;
+    std::unique_ptr<icu::GregorianCalendar> gregorian(calendar->clone());
+    UErrorCode status = U_ZERO_ERROR;
+    gregorian->setGregorianChange(-static_cast<double>(farthestMoment) * 1000, status);
+    if (U_SUCCESS(status)) format.adoptCalendar(gregorian.release());
 }
 
 icu::TimeZone* icuZone(const LocalZone& zone) {
@@ -137,6 +149,7 @@ std::unique_ptr<icu::DateFormat> DateFormatter::Implementation::makePlain() cons
         format.reset(icu::DateFormat::createDateTimeInstance(icuStyle(date_), icuStyle(time_), locale()));
     if (U_FAILURE(status) || !format) return nullptr;
     format->setLenient(false);
+    useGregorianCalendarAlways(*format);
     return format;
 }
 

@@ -7,7 +7,7 @@ namespace tarvo::platform::wire {
 
 namespace {
 
-constexpr int firstGregorianYear = 1583;
+constexpr int firstYear = 1;
 constexpr std::size_t dateSize = 10, timeSize = 9, offsetSize = 6;  // "2024-02-29", "T10:00:00", "+05:30"
 
 // The number of two digits, or one above 99 for anything else.
@@ -22,7 +22,7 @@ std::optional<std::int64_t> readDay(const char* text) {
     if (century > 99 || year > 99 || text[4] != '-' || text[7] != '-') return std::nullopt;
     std::chrono::year_month_day date(std::chrono::year(static_cast<int>(century * 100 + year)),
                                      std::chrono::month(month), std::chrono::day(day));
-    if (!date.ok() || date.year() < std::chrono::year(firstGregorianYear)) return std::nullopt;
+    if (!date.ok() || date.year() < std::chrono::year(firstYear)) return std::nullopt;
     return std::chrono::sys_days(date).time_since_epoch().count();
 }
 
@@ -62,7 +62,7 @@ std::optional<LocalTime> localTime(std::int64_t secondsSince1970, const LocalZon
     sys_seconds local{seconds(secondsSince1970 + offset)};
     auto day = floor<days>(local);
     year_month_day date(day);
-    if (date.year() < year(firstGregorianYear) || date.year() > year(9999)) return std::nullopt;
+    if (date.year() < year(firstYear) || date.year() > year(9999)) return std::nullopt;
     return LocalTime{date, static_cast<unsigned>((local - day).count()), offset};
 }
 

@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
 #include <limits>
 #include <random>
 #include <thread>
+#include <tuple>
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
@@ -16,7 +18,7 @@ namespace {
 
 using Style = DateFormatter::Style;
 
-/// ICU in strict mode, asked directly.
+/// ICU in strict mode, with the Gregorian calendar at all times.
 class Reference {
 public:
     Reference(std::string_view pattern, const char* zone) {
@@ -26,6 +28,10 @@ public:
             icu::Locale("en_US_POSIX"), status);
         EXPECT_TRUE(U_SUCCESS(status));
         format_->setLenient(false);
+        std::unique_ptr<icu::GregorianCalendar> calendar(
+            dynamic_cast<const icu::GregorianCalendar&>(*format_->getCalendar()).clone());
+        calendar->setGregorianChange(-1e17, status);
+        format_->adoptCalendar(calendar.release());
         format_->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
     }
     std::optional<std::int64_t> date(const std::string& text) const {
@@ -108,6 +114,24 @@ TEST_F(DatesTests, DateOnlyIsMidnightInTheZoneInForce) {
             EXPECT_EQ(dateOnly_.string(*moment), text) << zone;
         }
     }
+}
+
+TEST_F(DatesTests, TheGregorianCalendarHoldsBefore1582) {
+    Clock::setTimeZone("UTC");
+    auto german = DateFormatter::pattern("dd.MM.yyyy", {.locale = "de_DE"});
+    const std::tuple<const char*, const char*, std::int64_t> cases[] = {
+        {"1582-10-15", "15.10.1582", -12219292800}, {"1582-10-14", "14.10.1582", -12219379200},
+        {"1582-10-10", "10.10.1582", -12219724800}, {"1500-02-28", "28.02.1500", -14826758400},
+        {"1066-10-14", "14.10.1066", -28502755200}, {"0001-01-01", "01.01.0001", -62135596800}};
+    for (auto& [date, shown, moment] : cases) {
+        EXPECT_EQ(dateOnly_.date(date), moment) << date;
+        EXPECT_EQ(dateOnly_.string(moment), date);
+        EXPECT_EQ(dateTime_.date(std::string(date) + "T00:00:00Z"), moment) << date;
+        EXPECT_EQ(dateTime_.string(moment), std::string(date) + "T00:00:00Z");
+        EXPECT_EQ(german.string(moment), shown);
+        EXPECT_EQ(german.date(shown), moment) << shown;
+    }
+    EXPECT_EQ(dateOnly_.date("1500-02-29"), std::nullopt) << "a leap day of the Julian calendar";
 }
 
 TEST_F(DatesTests, WritesTheZoneInForce) {
