@@ -15,47 +15,82 @@ const std::string timeFormatKey = "TarvoTimeFormat";
 
 using Style = DateFormatter::Style;
 
-/// The user's formats. Patterns arrive one by one; a formatter is made when its pattern is set.
+/// The formats of the account at work. They are read from the settings when the account changes, so that no format of
+/// a former account stays, and they follow changes of the settings. A formatter is made when its pattern is set.
 class UserFormats final : public UserDefaultsValueObserver {
 public:
-    DateFormatter date() const { return read(&UserFormats::date_); }
-    DateFormatter time() const { return read(&UserFormats::time_); }
-    DateFormatter dateTime() const { return read(&UserFormats::dateTime_); }
+    DateFormatter date() { return read(&Formatters::date); }
+    DateFormatter time() { return read(&Formatters::time); }
+    DateFormatter dateTime() { return read(&Formatters::dateTime); }
     DateFormatter dateAtTime() {
+        auto account = currentAccount();
         platform::MutexLock lock(mutex_);
-        if (!dateAtTime_) dateAtTime_ = DateFormatter::pattern(date_.pattern() + "' at '" + time_.pattern());
-        return *dateAtTime_;
+        useFormatsOf(account);
+        if (!formatters_.dateAtTime)
+            formatters_.dateAtTime =
+                DateFormatter::pattern(formatters_.date.pattern() + "' at '" + formatters_.time.pattern());
+        return *formatters_.dateAtTime;
     }
 
-    void set(const std::string& key, std::string format) {
+    /// Reads from these settings from now on.
+    void follow(std::shared_ptr<UserDefaultsProtocol> userDefaults) {
+        auto account = currentAccount();
         platform::MutexLock lock(mutex_);
-        (key == dateFormatKey ? dateFormat_ : timeFormat_) = std::move(format);
-        setDateFormatters();
+        userDefaults_ = std::move(userDefaults);
+        auto fixed = account == account_ ? formatters_.dateAtTime : std::nullopt;
+        account_.reset();
+        useFormatsOf(account);
+        formatters_.dateAtTime = fixed;
     }
 
     std::vector<std::string> observingKeys() const override { return {dateFormatKey, timeFormatKey}; }
-    std::vector<std::string> observingGroups() const override { return {UserDefaultsGroup::current().text()}; }
-    void newValue(const Value& value, const std::string& forKey, const std::string&) override {
-        if (auto format = value.asText()) set(forKey, *format);
+    std::vector<std::string> observingGroups() const override { return {currentAccount()}; }
+    void newValue(const Value& value, const std::string& forKey, const std::string& inGroup) override {
+        auto format = value.asText();
+        if (!format) return;
+        platform::MutexLock lock(mutex_);
+        useFormatsOf(inGroup);
+        set(forKey, *format);
     }
 
 private:
-    DateFormatter read(DateFormatter UserFormats::*formatter) const {
+    struct Formatters {
+        std::optional<std::string> datePattern, timePattern;
+        DateFormatter date = DateFormatter::styles(Style::medium, Style::none, {});
+        DateFormatter time = DateFormatter::styles(Style::none, Style::short_, {});
+        DateFormatter dateTime = DateFormatter::styles(Style::medium, Style::short_, {});
+        std::optional<DateFormatter> dateAtTime;
+    };
+
+    static std::string currentAccount() { return UserDefaultsGroup::current().text(); }
+
+    DateFormatter read(DateFormatter Formatters::*formatter) {
+        auto account = currentAccount();
         platform::MutexLock lock(mutex_);
-        return this->*formatter;
+        useFormatsOf(account);
+        return formatters_.*formatter;
     }
-    void setDateFormatters() TARVO_REQUIRES(mutex_) {
-        if (dateFormat_) date_ = DateFormatter::pattern(*dateFormat_);
-        if (timeFormat_) time_ = DateFormatter::pattern(*timeFormat_);
-        if (dateFormat_ && timeFormat_) dateTime_ = DateFormatter::pattern(*dateFormat_ + " " + *timeFormat_);
+    // The lock is held while the settings are read, so that a change which is announced meanwhile is not overwritten.
+    void useFormatsOf(const std::string& account) TARVO_REQUIRES(mutex_) {
+        if (account_ == account) return;
+        account_ = account;
+        formatters_ = Formatters();
+        if (!userDefaults_) return;
+        for (auto& key : {dateFormatKey, timeFormatKey})
+            if (auto format = userDefaults_->stringForKey(key, UserDefaultsGroup::other(account))) set(key, *format);
+    }
+    void set(const std::string& key, const std::string& format) TARVO_REQUIRES(mutex_) {
+        auto& [datePattern, timePattern, date, time, dateTime, dateAtTime] = formatters_;
+        (key == dateFormatKey ? datePattern : timePattern) = format;
+        if (datePattern) date = DateFormatter::pattern(*datePattern);
+        if (timePattern) time = DateFormatter::pattern(*timePattern);
+        if (datePattern && timePattern) dateTime = DateFormatter::pattern(*datePattern + " " + *timePattern);
     }
 
-    mutable platform::Mutex mutex_;
-    std::optional<std::string> dateFormat_ TARVO_GUARDED_BY(mutex_), timeFormat_ TARVO_GUARDED_BY(mutex_);
-    DateFormatter date_ TARVO_GUARDED_BY(mutex_) = DateFormatter::styles(Style::medium, Style::none, {});
-    DateFormatter time_ TARVO_GUARDED_BY(mutex_) = DateFormatter::styles(Style::none, Style::short_, {});
-    DateFormatter dateTime_ TARVO_GUARDED_BY(mutex_) = DateFormatter::styles(Style::medium, Style::short_, {});
-    std::optional<DateFormatter> dateAtTime_ TARVO_GUARDED_BY(mutex_);
+    platform::Mutex mutex_;
+    std::shared_ptr<UserDefaultsProtocol> userDefaults_ TARVO_GUARDED_BY(mutex_);
+    std::optional<std::string> account_ TARVO_GUARDED_BY(mutex_);  // whose formats these are
+    Formatters formatters_ TARVO_GUARDED_BY(mutex_);
 };
 
 struct SharedFormats {
@@ -99,9 +134,7 @@ DateFormatter Util::timeFormatter() { return userFormats()->time(); }
 DateFormatter Util::dateTimeFormatter() { return userFormats()->dateTime(); }
 
 void Util::performInitialOperations(const std::shared_ptr<UserDefaultsProtocol>& userDefaults) {
-    for (auto& key : {dateFormatKey, timeFormatKey})
-        if (auto format = userDefaults->stringForKey(key, UserDefaultsGroup::current()))
-            userFormats()->set(key, *format);
+    userFormats()->follow(userDefaults);
     userDefaults->addObserver(userFormats());
 }
 

@@ -29,18 +29,18 @@ public:
         static const DateFormatter& monthDateYear();
         static const DateFormatter& dateMonthFormatter();
         static const DateFormatter& monthDateFormatter();
-        /// Returns the user's date and time with " at " between them. The formats are taken at the first use and do not
-        /// follow later changes.
+        /// Returns the user's date and time with " at " between them. The formats are taken at the account's first use
+        /// and do not follow later changes.
         static DateFormatter dateAtTimeFormatter();
     };
 
-    /// Return the user's current formats, or the locale's until the user's are known.
+    /// Return the current formats of the account at work, or the locale's until the account's are known.
     static DateFormatter dateFormatter();
     static DateFormatter timeFormatter();
     static DateFormatter dateTimeFormatter();
 
-    /// Reads the formats of the current account from the settings and follows their changes from now on. It is called
-    /// at the start and after each switch of account.
+    /// Reads the formats from these settings and follows their changes from now on. It is called once at the start; the
+    /// formats then follow each switch of account by themselves.
     static void performInitialOperations(const std::shared_ptr<UserDefaultsProtocol>& userDefaults);
 
     /// Returns "TarvoTEMPID#" and a new UUID.

@@ -64,6 +64,28 @@ TEST_F(UtilityTest, TheFormatWithAtIsFixedAtItsFirstUse) {
     }
 }
 
+TEST_F(UtilityTest, FormatsBelongToTheirAccount) {
+    platform::Clock::setTimeZone("UTC");
+    DateTimeInUserDefaults store(defaults);
+    auto fallback = Util::dateFormatter().string(moment);
+    store.storeDateFormat("dd.MM.yyyy");
+    store.storeTimeFormat("HH:mm");
+    Util::performInitialOperations(defaults);
+    EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
+
+    signIn("2002");
+    EXPECT_EQ(Util::dateFormatter().string(moment), fallback);
+    EXPECT_NE(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
+    store.storeDateFormat("yyyy/MM/dd");
+    settle();
+    EXPECT_EQ(Util::dateFormatter().string(moment), "2024/02/29");
+
+    signIn("1001");
+    EXPECT_EQ(Util::dateTimeFormatter().string(moment), "29.02.2024 10:10");
+    Util::performInitialOperations(defaults);
+    EXPECT_EQ(Util::dateFormatter().string(moment), "29.02.2024");
+}
+
 TEST_F(UtilityTest, FixedFormats) {
     platform::Clock::setTimeZone("UTC");
     using F = Util::DateFormatters;
