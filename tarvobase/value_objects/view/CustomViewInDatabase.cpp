@@ -97,7 +97,8 @@ void CustomViewInDatabase::updateSortfield(const SortField& sortField, const std
 
 std::optional<CustomViewInDatabase::CustomViews> CustomViewInDatabase::viewsWhere(
     std::vector<Criteria> criterias, const std::vector<CustomViewColumnName>& sortBy) const {
-    FetchQuery query(tableName);
+    auto query = inStoredOrder(FetchQuery(tableName));
+    if (!sortBy.empty()) query.sortBy.clear();
     for (auto& criteria : criterias) query.filter(std::move(criteria));
     for (auto column : sortBy) {
         auto name = names_.*nameOf(column);

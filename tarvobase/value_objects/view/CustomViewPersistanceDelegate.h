@@ -41,7 +41,7 @@ public:
     /// Stores the views. A view replaces the stored one with the same keys.
     virtual void storeCustomView(const CustomView& customView) = 0;
     virtual void storeCustomView(const CustomViews& customViews) = 0;
-    /// Returns the views in no particular order.
+    /// Returns the views in the order in which they were stored.
     virtual std::optional<CustomViews> getCustomViews(const std::string& moduleName) = 0;
     /// Returns the views in ascending order of these columns.
     virtual std::optional<CustomViews> getCustomViews(const std::string& moduleName,

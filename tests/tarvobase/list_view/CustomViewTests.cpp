@@ -75,6 +75,14 @@ TEST_F(CustomViewTest, AViewComesBackFromItsTableInBothMappings) {
     EXPECT_FALSE(wasLogged("has no column"));
 }
 
+TEST_F(CustomViewTest, ViewsComeInTheOrderInWhichTheyWereStored) {
+    table()->storeCustomView({view("Leads", "7"), view("Leads", "3"), view("Leads", "5")});
+    auto views = *table()->getCustomViews("Leads");
+    EXPECT_EQ(views[0].viewID + views[1].viewID + views[2].viewID, "735");
+    auto chosen = GetCustomViewsDataManager::current()->getDefaultCustomView("Leads");
+    EXPECT_EQ(idOf(chosen), "7") << "without a default the first view is used";
+}
+
 TEST_F(CustomViewTest, ViewsAreFoundByWhatTheyAre) {
     auto views = table();
     EXPECT_EQ(idsOf(views->getCustomViews("Leads")), "");
