@@ -55,6 +55,13 @@ std::optional<std::int64_t> DatabaseAdapter::count(FetchQuery& query) {
     return countIn(fetchObjects(query));
 }
 
+bool DatabaseAdapter::createTables(const std::vector<std::string>& rawQueries) {
+    return tolerantTransaction("create tables", [&] {
+        for (auto& rawQuery : rawQueries) createTable(rawQuery);
+        return true;
+    });
+}
+
 bool DatabaseAdapter::deleteObjects(const std::string& tableName, const Criteria& criteria) {
     return execute("DELETE FROM " + kelva::quotedName(tableName) + " WHERE " + criteria.sql(), criteria.parameters());
 }

@@ -95,7 +95,18 @@ public:
     /// outermost commit, of what was not undone.
     [[nodiscard]] virtual bool transaction(std::string_view name, platform::FunctionRef<bool()> work) = 0;
 
+    /// Runs `work` like `transaction`, except that a write which SQLite rejects costs itself only: a table that is
+    /// missing or exists already, a column, a rule of the table. For content of the server, whose schema and rows need
+    /// not fit. Returns false if the database could not store the content that fits: the disk is full, another process
+    /// holds the lock, the file is damaged. Each write inside is a savepoint.
+    [[nodiscard]] virtual bool tolerantTransaction(std::string_view name, platform::FunctionRef<bool()> work) {
+        return transaction(name, work);
+    }
+
     virtual bool createTable(const std::string& rawQuery) = 0;
+    /// Runs the server's statements for tables as one `tolerantTransaction`, so a table that exists already costs
+    /// nothing. Returns false if the database could not store the tables.
+    bool createTables(const std::vector<std::string>& rawQueries);
     /// Makes a table; one that exists already stays as it is, which is a success.
     bool create(const std::string& table, const ColumnDefinitions& columnDefinitions,
                 const std::vector<std::string>& primaryKey) {

@@ -54,6 +54,12 @@ const ValueList& orEmpty(const std::optional<ValueList>& parameters) {
     return parameters ? *parameters : none;
 }
 
+/// Returns whether SQLite found fault with a statement or its values, as opposed to a database that cannot store.
+bool isRejection(kelva::FailureKind kind) {
+    return kind == kelva::FailureKind::schema || kind == kelva::FailureKind::constraint ||
+           kind == kelva::FailureKind::misuse;
+}
+
 /// Some neighbouring rows of a batch.
 class RowSlice final : public RowSource {
 public:
@@ -159,57 +165,75 @@ std::shared_ptr<kelva::KelvaDatabase> KelvaDatabasePersistance::opened() const {
     return database_;
 }
 
-bool KelvaDatabasePersistance::withDatabase(std::string_view doing,
-                                            platform::FunctionRef<void(const Library&)> work) const {
+KelvaDatabasePersistance::Outcome KelvaDatabasePersistance::withDatabase(
+    std::string_view doing, platform::FunctionRef<void(const Library&)> work) const {
     auto database = opened();
     if (!database) {
         platform::log(platform::LogLevel::warning, "database",
                       "error: the database is not open: " + std::string(doing));
-        return false;
+        return Outcome::failed;
     }
+    auto logFailure = [&](const std::exception& error) {
+        platform::log(platform::LogLevel::warning, "database", "error: " + std::string(doing) + ": " + error.what());
+    };
     try {
         work(database);
-        return true;
+        return Outcome::done;
+    } catch (const kelva::DatabaseError& error) {
+        logFailure(error);
+        return isRejection(error.kind()) ? Outcome::rejected : Outcome::failed;
     } catch (const std::exception& error) {
-        platform::log(platform::LogLevel::warning, "database", "error: " + std::string(doing) + ": " + error.what());
-        return false;
+        logFailure(error);
+        return Outcome::failed;
     }
 }
 
 bool KelvaDatabasePersistance::write(std::string_view doing, platform::FunctionRef<void(kelva::Database&)> work) {
-    bool isDone = withDatabase(doing, [&](const Library& database) {
+    auto outcome = withDatabase(doing, [&](const Library& database) {
+        auto running = RunningTransaction::find(*this);
+        if (!running) return database->write(work);
         // A failed write fails its transaction whole, so it needs no savepoint of its own, which would cost a copy of
-        // each page.
-        if (auto running = RunningTransaction::find(*this)) return work(running->writer());
-        database->write(work);
+        // each page. Only a tolerant transaction goes on after it.
+        auto& writer = running->writer();
+        running->isTolerant() ? writer.inSavepoint([&] { work(writer); }) : work(writer);
     });
-    if (!isDone) noteFailedWrite();
-    return isDone;
+    if (outcome != Outcome::done) noteFailedWrite(outcome);
+    return outcome == Outcome::done;
 }
 
 bool KelvaDatabasePersistance::refuseWrite(const std::string& reason) {
     platform::log(platform::LogLevel::warning, "database", reason);
-    noteFailedWrite();
+    noteFailedWrite(Outcome::rejected);
     return false;
 }
 
-void KelvaDatabasePersistance::noteFailedWrite() {
-    if (auto running = RunningTransaction::find(*this)) running->fail();
+void KelvaDatabasePersistance::noteFailedWrite(Outcome outcome) {
+    if (auto running = RunningTransaction::find(*this)) running->fail(outcome == Outcome::rejected);
 }
 
 bool KelvaDatabasePersistance::transaction(std::string_view name, platform::FunctionRef<bool()> work) {
+    return runTransaction(name, false, work);
+}
+
+bool KelvaDatabasePersistance::tolerantTransaction(std::string_view name, platform::FunctionRef<bool()> work) {
+    return runTransaction(name, true, work);
+}
+
+bool KelvaDatabasePersistance::runTransaction(std::string_view name, bool isTolerant,
+                                              platform::FunctionRef<bool()> work) {
     auto doing = "transaction " + std::string(name);
     bool isWanted = false, hasFailed = false;
-    bool isDone = withDatabase(doing, [&](const Library& database) {
+    auto outcome = withDatabase(doing, [&](const Library& database) {
         database->inTransaction([&](kelva::Database& writer) {
-            RunningTransaction running(*this, database, writer);
+            RunningTransaction running(*this, database, writer, isTolerant);
             isWanted = work();
             hasFailed = running.hasFailed();
             return isWanted && !hasFailed ? kelva::TransactionCompletion::commit
                                           : kelva::TransactionCompletion::rollback;
         });
     });
-    if (!isDone) noteFailedWrite();
+    bool isDone = outcome == Outcome::done;
+    if (!isDone) noteFailedWrite(outcome);
     if (isDone && hasFailed)
         platform::log(platform::LogLevel::warning, "database",
                       "error: " + doing + ": it was undone, since a write in it failed");
@@ -298,8 +322,9 @@ bool KelvaDatabasePersistance::dropTable(const std::string& tablename) {
 }
 
 bool KelvaDatabasePersistance::attachDatabase(const std::string& fromPath, const std::string& withName) {
-    bool isDone =
-        withDatabase("attach", [&](const Library& database) { database->attachDatabase(fromPath, withName); });
+    bool isDone = Outcome::done == withDatabase("attach", [&](const Library& database) {
+                      database->attachDatabase(fromPath, withName);
+                  });
     if (isDone)
         platform::log(platform::LogLevel::progress, "database",
                       "Attached database `" + fromPath + "` with name `" + withName + "`");
@@ -309,7 +334,8 @@ bool KelvaDatabasePersistance::attachDatabase(const std::string& fromPath, const
 }
 
 bool KelvaDatabasePersistance::detachDatabase(const std::string& named) {
-    bool isDone = withDatabase("detach", [&](const Library& database) { database->detachDatabase(named); });
+    bool isDone =
+        Outcome::done == withDatabase("detach", [&](const Library& database) { database->detachDatabase(named); });
     if (isDone)
         platform::log(platform::LogLevel::progress, "database", "Detached database having name `" + named + "`");
     else

@@ -62,6 +62,7 @@ public:
     using DatabaseAdapter::insertInto;
     using DatabaseAdapter::update;
     bool transaction(std::string_view name, platform::FunctionRef<bool()> work) override;
+    bool tolerantTransaction(std::string_view name, platform::FunctionRef<bool()> work) override;
     bool createTable(const std::string& rawQuery) override;
     bool create(const std::string& table, const ColumnDefinitions& columnDefinitions,
                 const std::vector<std::string>& primaryKey,
@@ -92,14 +93,15 @@ private:
                                         const std::optional<std::string>& passphrase);
     /// The open database, or null. Inside a transaction it is that of the transaction.
     Library opened() const;
-    /// Runs the work with the open database. Every failure ends here, logged with what was being done; returns whether
-    /// there was none.
-    bool withDatabase(std::string_view doing, platform::FunctionRef<void(const Library&)> work) const;
+    /// Runs the work with the open database. Every failure ends here, logged with what was being done; returns which.
+    enum class Outcome { done, rejected, failed };
+    Outcome withDatabase(std::string_view doing, platform::FunctionRef<void(const Library&)> work) const;
     /// Runs the work as a part of the transaction of this thread, or as a transaction of its own.
     bool write(std::string_view doing, platform::FunctionRef<void(kelva::Database&)> work);
     /// Logs why a write was not begun, and fails the transaction of this thread.
     bool refuseWrite(const std::string& reason);
-    void noteFailedWrite();
+    void noteFailedWrite(Outcome outcome = Outcome::failed);
+    bool runTransaction(std::string_view name, bool isTolerant, platform::FunctionRef<bool()> work);
 
     const StorageLocation storageLocation_;
     platform::Mutex opening_;  // held, on the queue, by the one who opens

@@ -11,8 +11,12 @@ thread_local RunningTransaction* innermostTransaction = nullptr;
 }  // namespace
 
 RunningTransaction::RunningTransaction(const DatabaseAdapter& adapter, std::shared_ptr<kelva::KelvaDatabase> database,
-                                       kelva::Database& writer)
-    : adapter_(adapter), database_(std::move(database)), writer_(writer), outer_(innermostTransaction) {
+                                       kelva::Database& writer, bool isTolerant)
+    : adapter_(adapter),
+      database_(std::move(database)),
+      writer_(writer),
+      outer_(innermostTransaction),
+      isTolerant_(isTolerant) {
     innermostTransaction = this;
 }
 
@@ -24,9 +28,12 @@ RunningTransaction* RunningTransaction::find(const DatabaseAdapter& adapter) {
     return running;
 }
 
-void RunningTransaction::fail() {
-    for (auto running = this; running; running = running->outer_)
-        if (&running->adapter_ == &adapter_) running->failed_ = true;
+void RunningTransaction::fail(bool isRejected) {
+    for (auto running = this; running; running = running->outer_) {
+        if (&running->adapter_ != &adapter_) continue;
+        if (isRejected && running->isTolerant_) return;
+        running->failed_ = true;
+    }
 }
 
 }  // namespace tarvo

@@ -16,15 +16,17 @@ class DatabaseAdapter;
 class RunningTransaction {
 public:
     RunningTransaction(const DatabaseAdapter& adapter, std::shared_ptr<kelva::KelvaDatabase> database,
-                       kelva::Database& writer);
+                       kelva::Database& writer, bool isTolerant = false);
     ~RunningTransaction();
     RunningTransaction(const RunningTransaction&) = delete;
 
     /// Returns the innermost transaction of an adapter on this thread, or null.
     static RunningTransaction* find(const DatabaseAdapter& adapter);
 
-    /// A write failed: neither this transaction nor one around it may be committed.
-    void fail();
+    /// A write failed: neither this transaction nor one around it may be committed. A write that SQLite rejected fails
+    /// only the transactions inside a tolerant one.
+    void fail(bool isRejected);
+    bool isTolerant() const { return isTolerant_; }
     bool hasFailed() const { return failed_; }
 
     kelva::Database& writer() const { return writer_; }
@@ -36,6 +38,7 @@ private:
     const std::shared_ptr<kelva::KelvaDatabase> database_;
     kelva::Database& writer_;
     RunningTransaction* const outer_;
+    const bool isTolerant_;
     bool failed_ = false;
 };
 
