@@ -29,6 +29,11 @@ public:
             if (auto present = download.lock()) present->runCompleted();
         });
     }
+    void initProcessIncomplete(InitProcessUseCaseProtocol&) override {
+        MainQueue::shared()->async([download = download_] {
+            if (auto present = download.lock()) present->runIncomplete();
+        });
+    }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
         if (auto download = download_.lock()) download->progressed(value, isSucess);
     }
@@ -50,7 +55,7 @@ public:
         : step_(step), run_(run), listener_(std::move(listener)) {}
 
     void didComplete(Downloadable& step, bool status) override {
-        report(status ? StepEvent::completed : StepEvent::failed);
+        report(status ? StepEvent::completed : step.hasUnstoredContent() ? StepEvent::notStored : StepEvent::failed);
         if (auto run = run_.lock()) run->didComplete(step, status);
     }
     void progressDidUpdate(Downloadable& step, int current, int total) override {
@@ -101,6 +106,11 @@ void FirstDownload::watch(Downloadable& step, const std::shared_ptr<InitProcessU
 void FirstDownload::runCompleted() {
     isCompleted_ = true;
     if (listeners_.delegate) listeners_.delegate->initProcessCompleted(*run_);
+}
+
+void FirstDownload::runIncomplete() {
+    if (listeners_.delegate) listeners_.delegate->initProcessIncomplete(*run_);
+    end(false);
 }
 
 void FirstDownload::progressed(double percent, bool isSucess) {

@@ -16,7 +16,8 @@ class StepWatch;
 /// of that. Main queue; releasing the object ends the run.
 class FirstDownload final : public platform::Object {
 public:
-    enum class StepEvent { progressed, completed, failed };
+    /// `notStored` is the end of a step whose content the database did not store.
+    enum class StepEvent { progressed, completed, failed, notStored };
     /// A report of a step. `why` is the notice of a failure, absent for a step that failed without one.
     struct StepReport {
         Process step;
@@ -28,7 +29,8 @@ public:
         /// The delegate of the run. All its operations are called on the main queue, `initProcessCompleted` included.
         std::shared_ptr<InitProcessUseCaseDelegate> delegate;
         std::function<void(const StepReport& report)> step;
-        /// Called once, after the last percentage, with false if the run stopped at the init call.
+        /// Called once: with true after the last percentage, with false if the run stopped at the init call or is
+        /// incomplete, since the database did not store all of it.
         std::function<void(bool completed)> ended;
     };
 
@@ -40,6 +42,7 @@ private:
     explicit FirstDownload(Listeners listeners) : listeners_(std::move(listeners)) {}
     void watch(Downloadable& step, const std::shared_ptr<InitProcessUseCase>& run);
     void runCompleted();
+    void runIncomplete();
     void progressed(double percent, bool isSucess);
     void stepReported(const StepReport& report);
     void end(bool completed);

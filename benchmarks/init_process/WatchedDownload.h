@@ -118,6 +118,7 @@ inline bool download(const std::shared_ptr<DatabaseAdapter>& database, const std
                     .userDefaultsUtil = UserDefaultsUtil(defaults)},
         .cvDAO = std::make_shared<CustomViewInDatabase>(database),
         .recordDAO = std::make_shared<WatchedRecords>(database, split),
+        .scope = stores.scope,
         .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(defaults)};
     for (auto& step : parts.downloadableList)
         if (step->processName() == Process::initialRecords)

@@ -15,8 +15,10 @@
 #include "platform/MainQueue.h"
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserAccounts.h"
+#include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/utils/UserDefaultsUtil.h"
 
 namespace tarvo::host {
 
@@ -46,18 +48,23 @@ using Reasons = std::map<std::optional<CommonError>, int>;
 /// The outcome of a run.
 struct RunOutcome {
     bool isCompleted = false;
+    bool isIncomplete = false;  ///< the database did not store all of it
     /// The reasons why steps failed and how often; nullopt if a step gave no reason.
     std::map<Process, Reasons> failures;
+    std::set<Process> unstored;  ///< the database did not store what these steps received
 };
 
 class PercentageListener final : public InitProcessUseCaseDelegate {
 public:
-    explicit PercentageListener(std::function<void(double percent)> progressed) : progressed_(std::move(progressed)) {}
+    PercentageListener(std::function<void(double percent)> progressed, std::function<void()> isIncomplete)
+        : progressed_(std::move(progressed)), isIncomplete_(std::move(isIncomplete)) {}
     void initProcessCompleted(InitProcessUseCaseProtocol&) override {}
+    void initProcessIncomplete(InitProcessUseCaseProtocol&) override { isIncomplete_(); }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool) override { progressed_(value); }
 
 private:
     const std::function<void(double percent)> progressed_;
+    const std::function<void()> isIncomplete_;
 };
 
 /// One run, which shows its progress.
@@ -69,7 +76,8 @@ public:
     std::optional<RunOutcome> run() {
         auto download = FirstDownload::start(
             database_, InitSteps::all,
-            {.delegate = std::make_shared<PercentageListener>([this](double percent) { progressed(percent); }),
+            {.delegate = std::make_shared<PercentageListener>([this](double percent) { progressed(percent); },
+                                                              [this] { outcome_.isIncomplete = true; }),
              .step = [this](auto& report) { stepReported(report); },
              .ended = [this](bool completed) { hasEnded_ = true, outcome_.isCompleted = completed; }});
         while (!hasEnded_) {
@@ -91,6 +99,7 @@ private:
         ++reports_;
         step_ = report.step;
         if (report.event == FirstDownload::StepEvent::failed) noteFailure(report);
+        if (report.event == FirstDownload::StepEvent::notStored) outcome_.unstored.insert(report.step);
         show();
     }
 
@@ -143,6 +152,12 @@ std::string stepExplanation(Process step, const Reasons& reasonsOfStep) {
     return std::string(caseName(step)) + ": " + text::join(reasons, "; ");
 }
 
+std::string stepNames(const std::set<Process>& steps) {
+    std::vector<std::string> names;
+    for (auto step : steps) names.emplace_back(caseName(step));
+    return names.empty() ? "" : " (" + text::join(names, ", ") + ")";
+}
+
 std::string decimal(double number) {
     char text[32];
     std::snprintf(text, sizeof text, "%.1f", number);
@@ -177,10 +192,14 @@ int initAccount(Host& host, const Arguments& arguments) {
     Summary summary;
     summary.isDownloaded = !wasComplete || arguments.fetch;
     if (summary.isDownloaded) {
+        if (arguments.fetch) UserDefaultsUtil(std::make_shared<BrenUserDefaults>()).requestMissingAgain();
         auto outcome = ShownRun(host, arguments.json).run();
         if (!outcome) return fail("the server did not answer in time; the next init goes on from here");
         completeAgain(*arguments.account, wasComplete, outcome->isCompleted);
         for (auto& [step, reasons] : outcome->failures) summary.failures.push_back(stepExplanation(step, reasons));
+        if (outcome->isIncomplete)
+            return fail("the first download is not complete, since the database did not store all of it" +
+                        stepNames(outcome->unstored) + "; the next init goes on from here");
         if (!outcome->isCompleted)
             return fail("the first download could not begin: " + text::join(summary.failures, "; "));
     }

@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 #include "platform/Text.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/network_layer/NetworkFailure.h"
 
 namespace tarvo {
@@ -42,6 +43,7 @@ void BatchedDownloadable::startNextRun() {
     auto self = platform::strongSelf(this);  // a callback at the end may release the step
     auto batches = takeNextRun();
     if (!batches) return;
+    forgetUnstored();
     batches->start();
     reportProgress(*batches);
 }
@@ -63,17 +65,17 @@ std::shared_ptr<ModuleBatch> BatchedDownloadable::runningBatches() const {
     return running_;
 }
 
-void BatchedDownloadable::callSuccess() {
-    Callback success;
+void BatchedDownloadable::callBack() {
+    Callback callback;
     {
         platform::MutexLock lock(mutex_);
-        success = callbacks_.success;
+        callback = hasUnstoredContent() ? callbacks_.failure : callbacks_.success;
     }
-    if (success) success();
+    if (callback) callback();
 }
 
 void BatchedDownloadable::endRun() {
-    if (auto listener = delegate.lock()) listener->didComplete(*this, true);
+    if (auto listener = delegate.lock()) listener->didComplete(*this, !hasUnstoredContent());
     startNextRun();
 }
 
@@ -88,9 +90,10 @@ void BatchedDownloadable::nextBatch(const std::vector<Module>& modules) {
 }
 
 // The end of the last batch ends the run. Another run may be in progress afterwards, so the batches are taken first.
-void BatchedDownloadable::endBatch(const std::vector<Module>& modules) {
+void BatchedDownloadable::endBatch(const std::vector<Module>& modules, const Failures& failures) {
+    for (auto& name : failures.unstored) reportUnstored(name);
     auto batches = runningBatches();
-    batches->batchCompleted(modules);
+    batches->batchCompleted(modules, failures);
     reportProgress(*batches);
 }
 
@@ -106,6 +109,20 @@ void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, cons
                   "progress updated failure invoked: " + error.logText());
     logBatch(std::string(logTexts_.completed) + " - failure for ", modules);
     if (auto responder = errorResponder.lock()) responder->parsingError();
+}
+
+std::set<std::string> BatchedDownloadable::namesOf(const std::vector<Module>& modules) {
+    std::set<std::string> names;
+    for (auto& module : modules) names.insert(module.moduleName);
+    return names;
+}
+
+bool BatchedDownloadable::commit(const std::string& name, platform::FunctionRef<void()> store) const {
+    auto& database = scope_.databaseAdapter;
+    return database && scope_.isCurrent() && database->tolerantTransaction(name, [&] {
+        store();
+        return true;
+    });
 }
 
 void BatchedDownloadable::logBatch(std::string_view what, const std::vector<Module>& modules) const {

@@ -9,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/FunctionRef.h"
 #include "platform/ThreadSafety.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/download/Downloadable.h"
 #include "tarvobase/download/ModuleBatch.h"
 #include "tarvobase/network_layer/NetworkAdapter.h"
@@ -24,16 +26,18 @@ namespace tarvo {
 ///     initiate -> the batches are determined
 ///     execute  -> the first requests go out
 ///     answer   -> stored or given up, the modules flagged, progress reported, the next request goes out
-///     the last -> `allBatchesCompleted`, where the subclass ends the run: `didComplete(true)`
+///     the last -> `allBatchesCompleted`, where the subclass ends the run: `didComplete`
 ///
 /// A batch without a usable answer is logged, reported to `errorResponder` on the network queue, and counts as done:
-/// a later sync brings the missing content. Only a program that shuts down leaves its last batches undone. A step runs
-/// one download at a time; further downloads wait. Held by `shared_ptr`; a step that is released stores, flags and
-/// reports nothing more.
+/// a later sync brings the missing content. A module whose content the database did not store keeps its flag clear; the
+/// run then ends with `didComplete(false)`, otherwise with true. A program that shuts down leaves its last batches
+/// undone. A step runs one download at a time; further downloads wait. Held by `shared_ptr`; a step that is released
+/// stores, flags and reports nothing more.
 class BatchedDownloadable : public Downloadable, public ModuleBatchDelegate {
 public:
     using Feature = ModuleBatchConstant::Feature;
     using Callback = std::function<void()>;
+    using Failures = ModuleBatch::Failures;
 
     Process processName() const override { return ModuleBatchConstant::processOf(feature_); }
     void initiate() override;
@@ -49,13 +53,19 @@ protected:
         std::string_view requested;
         std::string_view completed;
     };
-    BatchedDownloadable(Feature feature, LogTexts logTexts) : feature_(feature), logTexts_(logTexts) {}
+    /// The step belongs to the scope. It stores and flags nothing after the scope is outdated.
+    BatchedDownloadable(Feature feature, LogTexts logTexts, Scope scope)
+        : feature_(feature), logTexts_(logTexts), scope_(std::move(scope)) {}
+
+    const Scope& scope() const { return scope_; }
+    /// Stores content of the server through table classes, in one commit. Returns whether it was committed.
+    bool commit(const std::string& name, platform::FunctionRef<void()> store) const;
 
     virtual std::shared_ptr<ModuleBatch> makeModuleBatch() const = 0;
     /// Sends the request of a batch. The answer goes to `batchAnswered`.
     virtual void request(const std::vector<Module>& modules) = 0;
 
-    /// The callbacks of a download's end. `failure` is kept but never called, since no failure ends a download.
+    /// The callbacks of a download's end. `failure` is called if the database did not store all of the content.
     struct Callbacks {
         Callback success;
         Callback failure;
@@ -65,21 +75,26 @@ protected:
     void run(std::shared_ptr<ModuleBatch> batches, std::optional<Callbacks> callbacks = std::nullopt);
     /// Returns the batches of the download in progress.
     std::shared_ptr<ModuleBatch> runningBatches() const;
-    void callSuccess();
+    /// Calls the callback of the end.
+    void callBack();
     void endRun();
 
     /// Handles the answer of a batch: `parse(body)`, then `store(value, info)` for each entry that can be read, then
-    /// the end of the batch. Body and answer are released before the next request goes out.
+    /// the end of the batch. `store` returns whether the entry was committed. Body and answer are released before the
+    /// next request goes out.
     template <class Parse, class Store>
     void batchAnswered(const std::vector<Module>& modules, NetworkAnswer answer, Parse parse, Store store) {
         if (answer.error && answer.error->kind == NetworkError::Kind::shutDown) return;
-        if (answer.error)
+        Failures failures{.unstored = {}, .missing = namesOf(modules)};
+        if (!scope_.isCurrent())
+            std::swap(failures.unstored, failures.missing);
+        else if (answer.error)
             transportFailed(modules, *answer.error);
         else if (auto parsed = parse(std::exchange(answer.body, {})))
-            storeEntries(modules, (*std::move(parsed)).result, store);
+            storeEntries(modules, (*std::move(parsed)).result, store, failures);
         else
             parsingFailed(modules, parsed.error());
-        endBatch(modules);
+        endBatch(modules, failures);
     }
 
 private:
@@ -90,29 +105,38 @@ private:
     void startNextRun();
     std::shared_ptr<ModuleBatch> takeNextRun();
     void reportProgress(const ModuleBatch& batches);
-    void endBatch(const std::vector<Module>& modules);
+    void endBatch(const std::vector<Module>& modules, const Failures& failures);
     void transportFailed(const std::vector<Module>& modules, const NetworkError& error);
     void parsingFailed(const std::vector<Module>& modules, const ParserError& error);
     void logBatch(std::string_view what, const std::vector<Module>& modules) const;
     void logUnreadable(const std::string& moduleName, const ParserError& error) const;
 
+    /// Takes each module that gets its content out of `missing`.
     template <class T, class Info, class Store>
     void storeEntries(const std::vector<Module>& modules,
-                      std::vector<Result<RParsedResult<T, Info>, ParserError>> entries, Store& store) {
+                      std::vector<Result<RParsedResult<T, Info>, ParserError>> entries, Store& store,
+                      Failures& failures) {
         logBatch(std::string(logTexts_.completed) + " - success for ", modules);
         for (auto& entry : entries) {
-            if (!entry)
+            if (!entry) {
                 logUnreadable("a module", entry.error());
-            else if (!entry->data)
-                logUnreadable(nameIn(entry->info.moduleName), entry->data.error());
-            else
-                store(*entry->data, entry->info);
+                continue;
+            }
+            auto name = nameIn(entry->info.moduleName);
+            if (!entry->data) {
+                logUnreadable(name, entry->data.error());
+                continue;
+            }
+            if (!store(*entry->data, entry->info)) failures.unstored.insert(name);
+            failures.missing.erase(name);
         }
     }
+    static std::set<std::string> namesOf(const std::vector<Module>& modules);
     static std::string nameIn(const std::optional<std::string>& moduleName) { return moduleName.value_or("a module"); }
 
     const Feature feature_;
     const LogTexts logTexts_;
+    const Scope scope_;
 
     mutable platform::Mutex mutex_;
     std::shared_ptr<ModuleBatch> prepared_ TARVO_GUARDED_BY(mutex_);  ///< by `initiate`, for `execute`

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/Log.h"
+
 namespace tarvo {
 
 namespace {
@@ -32,6 +34,12 @@ void Downloadable::updateDependency(Process process) {
         found = true;
     }
     if (found) updateState();
+}
+
+void Downloadable::reportUnstored(const std::string& what) {
+    hasUnstoredContent_ = true;
+    platform::log(platform::LogLevel::warning, "first download",
+                  std::string(rawText(processName())) + ": " + what + " could not be stored");
 }
 
 bool executeProcess(const std::vector<std::shared_ptr<Downloadable>>& steps) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/Describe.h"
@@ -58,12 +60,25 @@ public:
     /// Starts the step and returns. `didComplete` is called once, possibly before this returns.
     virtual void execute() = 0;
 
+    /// Returns whether the step received content that the database did not store. The download is then not complete:
+    /// the flags of that content stay clear, and the next run requests it again. From any thread.
+    bool hasUnstoredContent() const { return hasUnstoredContent_; }
+
     void markCompleted() { state = ProcessState::completed; }
     /// Makes a step ready if all of its dependencies are completed, otherwise waiting. A step that is ready, in
     /// progress or completed keeps its state.
     void updateState();
     /// Marks a dependency as completed. Has no effect on a step that is already ready.
     void updateDependency(Process process);
+
+protected:
+    /// Logs what could not be stored, and marks the step.
+    void reportUnstored(const std::string& what);
+    /// For a step that starts another download.
+    void forgetUnstored() { hasUnstoredContent_ = false; }
+
+private:
+    std::atomic<bool> hasUnstoredContent_ = false;
 };
 
 /// Executes the steps that are ready, in their order, and marks each as in progress after its `execute` has returned.

@@ -1,6 +1,7 @@
 #include "tarvobase/download/FlaggedStep.h"
 
 #include "platform/Log.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/network_layer/NetworkFailure.h"
 
 namespace tarvo {
@@ -22,13 +23,29 @@ void FlaggedStep::answered(const NetworkAnswer& answer) {
         tellFailure(errorResponder, *error);
         return fail(std::string(bren::kindName(error->kind)));
     }
+    if (!scope_.isCurrent()) {
+        reportUnstored("the answer, which belongs to an account or database that is no longer in use,");
+        return fail("its scope is outdated");
+    }
     auto stored = store(answer.body);
     if (!stored) {
         if (auto responder = errorResponder.lock()) responder->parsingError();
         return fail(stored.error().logText());
     }
+    if (!*stored) {
+        reportUnstored("the answer");
+        return fail("the database did not store the answer");
+    }
     markStored();
     end(success_, true);
+}
+
+bool FlaggedStep::commit(platform::FunctionRef<void()> store) {
+    auto& database = scope_.databaseAdapter;
+    return database && scope_.isCurrent() && database->tolerantTransaction(flag(), [&] {
+        store();
+        return true;
+    });
 }
 
 void FlaggedStep::fail(const std::string& why) {

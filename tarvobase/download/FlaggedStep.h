@@ -6,7 +6,9 @@
 #include <string>
 
 #include "platform/Data.h"
+#include "platform/FunctionRef.h"
 #include "platform/Result.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/download/Downloadable.h"
 #include "tarvobase/network_layer/ParserError.h"
 #include "tarvobase/network_layer/ServiceRequests.h"
@@ -19,7 +21,8 @@ namespace tarvo {
 ///
 ///     execute -> the flag is set: `didComplete(true)`, and nothing else happens
 ///             -> `request` -> `store` -> the flag -> the success closure -> `didComplete(true)`
-///                          -> no answer, or an unusable one: the failure closure -> `didComplete(false)`
+///                          -> no answer, an unusable one, or one that the database does not store:
+///                             the failure closure -> `didComplete(false)`
 ///
 /// A failed step leaves its flag clear, so the next run asks again. The failure is logged and reported to
 /// `errorResponder`: `networkResponseError` or `noAuthtoken` if the transport failed, `parsingError` if the answer is
@@ -36,15 +39,20 @@ public:
     void execute(Callback success, Callback failure);
 
 protected:
-    explicit FlaggedStep(UserDefaultsUtil userDefaultsUtil) : userDefaultsUtil_(std::move(userDefaultsUtil)) {}
+    /// The step belongs to the scope. It stores and flags nothing after the scope is outdated.
+    FlaggedStep(UserDefaultsUtil userDefaultsUtil, Scope scope)
+        : userDefaultsUtil_(std::move(userDefaultsUtil)), scope_(std::move(scope)) {}
 
     /// Sends the request. Calls `fail` and sends nothing if the data that the request needs are missing.
     virtual void request(NetworkCompletion answered) = 0;
-    /// Parses an answer and stores all of its content. Stores nothing and returns the error if it cannot be parsed.
-    virtual Result<platform::Nothing, ParserError> store(const Data& body) = 0;
-    /// Called after `store` has succeeded. Sets the flag; a step that stores later overrides this and sets it later.
+    /// Parses an answer and stores all of its content in one commit. Returns whether it was committed, or the error if
+    /// the answer cannot be parsed.
+    virtual Result<bool, ParserError> store(const Data& body) = 0;
+    /// Called after `store` has committed. Sets the flag; a step that stores later overrides this and sets it later.
     virtual void markStored() { setFlag(); }
 
+    /// Stores content of the server through table classes, in one commit. Returns whether it was committed.
+    bool commit(platform::FunctionRef<void()> store);
     void setFlag() { userDefaultsUtil_.setCompleted(flag()); }
     void fail(const std::string& why);
 
@@ -54,6 +62,7 @@ private:
     void end(const Callback& closure, bool status);
 
     UserDefaultsUtil userDefaultsUtil_;
+    const Scope scope_;
     Callback success_;
     Callback failure_;
 };

@@ -142,9 +142,8 @@ void ModuleBatch::start() {
     if (auto listener = delegate.lock()) listener->allBatchesCompleted();
 }
 
-void ModuleBatch::batchCompleted(const std::vector<Module>& modules) {
-    auto flags = persistance_.userDefaultsUtil;
-    for (auto& module : modules) flags.setCompleted(flagOf(module.moduleName));
+void ModuleBatch::batchCompleted(const std::vector<Module>& modules, const Failures& failures) {
+    setFlags(modules, failures);
     bool isLast = false;
     {
         platform::MutexLock lock(mutex_);
@@ -154,6 +153,20 @@ void ModuleBatch::batchCompleted(const std::vector<Module>& modules) {
     }
     if (!isLast) return startNext();
     if (auto listener = delegate.lock()) listener->allBatchesCompleted();
+}
+
+void ModuleBatch::setFlags(const std::vector<Module>& modules, const Failures& failures) const {
+    auto flags = persistance_.userDefaultsUtil;
+    std::vector<std::string> flagged;
+    std::set<std::string> missing;
+    for (auto& module : modules) {
+        if (failures.unstored.contains(module.moduleName)) continue;
+        flagged.push_back(flagOf(module.moduleName));
+        if (failures.missing.contains(module.moduleName)) missing.insert(flagged.back());
+    }
+    // The note comes first: a flag without it would hide what is missing.
+    flags.noteMissing(flagged, missing);
+    for (auto& flag : flagged) flags.setCompleted(flag);
 }
 
 int ModuleBatch::completedBatchCount() const {

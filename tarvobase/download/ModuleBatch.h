@@ -83,8 +83,15 @@ public:
 
     /// Starts the first batches. Completes the run at once if there are no batches.
     void start();
-    /// Ends a batch, which is stored or has failed: sets the flags of its modules and starts the next batch.
-    void batchCompleted(const std::vector<Module>& modules);
+    /// Names of modules that did not get their content.
+    struct Failures {
+        std::set<std::string> unstored;  ///< the database did not store it
+        std::set<std::string> missing;   ///< the server sent no usable content
+    };
+    /// Ends a batch and starts the next one. Sets the flags of its modules. The flags of `unstored` modules stay clear,
+    /// so the next run requests them again. `missing` modules are flagged and noted, so that a run requests them again
+    /// only if it is asked to (`UserDefaultsUtil::requestMissingAgain`).
+    void batchCompleted(const std::vector<Module>& modules, const Failures& failures = {});
 
     int completedBatchCount() const;
     int batchCount() const { return static_cast<int>(batch_.size()); }
@@ -99,6 +106,7 @@ protected:
 
 private:
     std::string flagOf(const std::string& moduleName) const;
+    void setFlags(const std::vector<Module>& modules, const Failures& failures) const;
     std::optional<std::vector<Module>> takeNext();
     void startNext();
 

@@ -25,7 +25,8 @@ std::shared_ptr<InitProcessUseCase> makeInitProcessUseCase(const BaseAssemblerWi
                              InitMetadataDM::make(database, database, defaults),
                              InitCurrencyDM::make(database, defaults), InitCVRecordsDM::make(database, defaults),
                              InitGetPermissionsDM::make(database, defaults)},
-        .populateRelatedModulesDM = PopulateRelatedModulesDM::make(stores)};
+        .populateRelatedModulesDM = PopulateRelatedModulesDM::make(stores),
+        .scope = stores.scope};
     if (steps == InitSteps::all) parts.downloadableList.push_back(InitGetPipelinesDM::make(database, defaults));
     return InitProcessUseCase::make(std::move(parts));
 }

@@ -24,13 +24,18 @@ public:
 /// The host's observer of a first download. Failures are reported on the main queue.
 ///
 /// If the init call fails, only the failure is reported: the run stops there without a completion, and the next run
-/// starts over. If any other step fails, that step counts as done, and the run continues.
+/// starts over. If any other step fails, that step counts as done, and the run continues. It ends as incomplete if the
+/// database did not store what a step received.
 class InitProcessUseCaseDelegate : public AppInitDataErrorProtocol {
 public:
     /// Called once per run when every step is done and the account is recorded as complete. Comes on the run's own
     /// queue, not on the main queue. The last percentage is reported afterwards on the main queue, even if the use case
     /// is released here.
     virtual void initProcessCompleted(InitProcessUseCaseProtocol& by) = 0;
+    /// Called once per run, instead of the above, if the database did not store all of the content, for example because
+    /// the disk is full. The account is not recorded as complete. The next run requests what is missing. Comes on the
+    /// run's own queue like a completion.
+    virtual void initProcessIncomplete(InitProcessUseCaseProtocol& by) { static_cast<void>(by); }
     /// Reports on the main queue how much of the whole download is done, in percent from 0 to 100. The value never
     /// decreases, also not from one run to the next. `isSucess` is false in the reports of a step that failed.
     virtual void progressDidUpdate(InitProcessUseCaseProtocol& by, double value, bool isSucess) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "platform/Log.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/InitialProcessComplete.h"
 
@@ -49,10 +49,11 @@ void InitProcessUseCase::continueDownloadableExecution(Downloadable& step, bool 
         case Process::currentUser:
             return parts_.appInitDM->execute();
         case Process::appInit:
+            if (!status) return initialDownloadIncomplete();
             initiateList(status);
             break;
         case Process::metadata:
-            parts_.populateRelatedModulesDM->populateLookupColumn();
+            if (parts_.scope.isCurrent()) parts_.populateRelatedModulesDM->populateLookupColumn();
             break;
         default:
             break;
@@ -75,7 +76,7 @@ void InitProcessUseCase::updateDownloadable(Downloadable& step, bool status) {
     step.markCompleted();
     for (auto& other : parts_.downloadableList) other->updateDependency(step.processName());
     bool allCompleted = executeProcess(parts_.downloadableList);
-    if (allCompleted) initialDownloadCompleted();
+    if (allCompleted) isWhole() ? initialDownloadCompleted() : initialDownloadIncomplete();
     // A finished step counts in full, also when it reported less.
     auto count = downloadableProcess_.find(step.processName());
     if (count != downloadableProcess_.end())
@@ -83,8 +84,22 @@ void InitProcessUseCase::updateDownloadable(Downloadable& step, bool status) {
     if (allCompleted) keepAliveUntilReported();
 }
 
+/// Returns whether everything that the steps received is stored.
+bool InitProcessUseCase::isWhole() const {
+    return parts_.scope.isCurrent() && !parts_.currentUserDM->hasUnstoredContent() &&
+           std::ranges::none_of(parts_.downloadableList, [](auto& step) { return step->hasUnstoredContent(); });
+}
+
+void InitProcessUseCase::initialDownloadIncomplete() {
+    platform::log(platform::LogLevel::warning, "first download",
+                  "the first download is incomplete: the database did not store all of it");
+    // What an outdated run lacks says nothing about the account that is complete.
+    if (parts_.scope.isCurrent()) parts_.initProcessDataManager->initProcessIncompleteForUser(parts_.scope.account);
+    if (auto listener = delegate.lock()) listener->initProcessIncomplete(*this);
+}
+
 void InitProcessUseCase::initialDownloadCompleted() {
-    auto id = CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
+    auto id = parts_.scope.account;
     parts_.initProcessDataManager->initProcessCompleteForUser(id);
     if (auto listener = delegate.lock()) listener->initProcessCompleted(*this);
     BrenNotificationCenter::shared().notify<InitialProcessComplete>(
@@ -119,7 +134,7 @@ void InitProcessUseCase::calculateProgressPercent(Process process, Count count) 
         total += one.total;
     }
     if (total > 0) processPercent_ = std::max(processPercent_, 100 * current / total);
-    parts_.userDefaultsUtil.setProgressPercent(static_cast<int>(processPercent_));
+    if (parts_.scope.isCurrent()) parts_.userDefaultsUtil.setProgressPercent(static_cast<int>(processPercent_));
 }
 
 void InitProcessUseCase::reportProgress(bool status) {

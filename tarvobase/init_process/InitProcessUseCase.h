@@ -23,13 +23,17 @@ namespace tarvo {
 ///       -> each completed step makes others ready, which start at once
 ///       -> all completed: the account is recorded, the delegate and `InitialProcessComplete` are notified
 ///
+/// If the database did not store what a step received, the run does not claim to be complete: the account is not
+/// recorded, and the delegate is notified that the run is incomplete. The run stops at once if that step is appInit.
+///
 /// The states of a step are `initiated` -> `waitingForDependency` or `readyForExecution` -> `inProgress` ->
 /// `completed`. A step that fails is also completed: a later sync brings the missing content, and one refused call must
 /// not keep the user from the rest.
 ///
 /// Steps report from whatever queue they work on; everything here happens on one serial queue. The host holds the use
 /// case: releasing it ends the run silently, and the flags of the steps let a later run continue from there. Flags and
-/// percentage belong to the current account, so the host releases the use case before it selects another account.
+/// percentage belong to the scope in which the run was made. Once it is outdated, the run stores and flags nothing more
+/// and ends as incomplete.
 class InitProcessUseCase final : public InitProcessUseCaseProtocol,
                                  public DownloadProgressible,
                                  public AppInitDataManagerDelegate,
@@ -43,6 +47,7 @@ public:
         UserDefaultsUtil userDefaultsUtil;
         std::vector<std::shared_ptr<Downloadable>> downloadableList;
         std::shared_ptr<PopulateRelatedModulesDMP> populateRelatedModulesDM;
+        Scope scope;  ///< of all steps
     };
     /// Makes a use case that is the delegate and the error responder of the steps. It reports the percentage of the
     /// last run on the main queue, to the delegate that is set by then.
@@ -72,7 +77,9 @@ private:
     void continueDownloadableExecution(Downloadable& step, bool status);
     void initiateList(bool status);
     void updateDownloadable(Downloadable& step, bool status);
+    bool isWhole() const;
     void initialDownloadCompleted();
+    void initialDownloadIncomplete();
     void keepAliveUntilReported();
     void progressUpdate(const Downloadable& step, Count count, bool status);
     void calculateProgressPercent(Process process, Count count);

@@ -19,6 +19,7 @@ const std::string lastSelectedModule = "lastSelectedModule";
 const std::string moduleOrder = "moduleOrder";
 const std::string progressPercent = "_progressPercent";
 const std::string completedSuffix = "_downloadable";
+const std::string missingSteps = "stepsWithoutContent";
 const std::string lastTemporaryNumber = "lastTemporaryRecordNumber";
 
 UserDefaultsGroup ofAccount() { return UserDefaultsGroup::current(); }
@@ -51,6 +52,21 @@ bool UserDefaultsUtil::isCompleted(const std::string& step) const {
 }
 void UserDefaultsUtil::setCompleted(const std::string& step) {
     userDefaults_->setBool(true, step + completedSuffix, ofAccount());
+}
+void UserDefaultsUtil::noteMissing(const std::vector<std::string>& steps, const std::set<std::string>& missing) {
+    // Almost every batch is complete, and then there is nothing to write.
+    if (missing.empty() && !userDefaults_->arrayForKey(missingSteps, ofAccount())) return;
+    userDefaults_->update(missingSteps, ofAccount(), [&](const Value& present) -> Value {
+        auto noted = present.asList() ? *present.asList() : ValueList();
+        for (auto& step : steps) std::erase(noted, Value(step));
+        for (auto& step : steps)
+            if (missing.contains(step)) noted.emplace_back(step);
+        return noted.empty() ? Value() : Value(std::move(noted));
+    });
+}
+void UserDefaultsUtil::requestMissingAgain() {
+    for (auto& step : userDefaults_->arrayForKey(missingSteps, ofAccount()).value_or(ValueList()))
+        if (step.asText()) userDefaults_->removeValueForKey(*step.asText() + completedSuffix, ofAccount());
 }
 int UserDefaultsUtil::getProgressPercent() const {
     return static_cast<int>(

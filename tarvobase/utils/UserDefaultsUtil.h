@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,11 @@ public:
     /// The same for any step. A step that is done per module has the key "STEP_MODULE".
     bool isCompleted(const std::string& step) const;
     void setCompleted(const std::string& step);
+    /// Notes which of these steps were flagged as done although the server sent no usable content, and takes the notes
+    /// of the others back.
+    void noteMissing(const std::vector<std::string>& steps, const std::set<std::string>& missing);
+    /// Clears the flags of the noted steps, so that the next download requests exactly these again.
+    void requestMissingAgain();
     int getProgressPercent() const;
     void setProgressPercent(int percent);
 

@@ -60,6 +60,12 @@ std::shared_ptr<KelvaDatabasePersistance> FoundationTest::openDatabase(const std
     return adapter;
 }
 
+void FoundationTest::setFull(DatabaseAdapter& database, bool isFull) {
+    // A limit below the present size counts as the present size.
+    EXPECT_TRUE(
+        database.execute(isFull ? "PRAGMA max_page_count = 1" : "PRAGMA max_page_count = 1000000", std::nullopt));
+}
+
 void FoundationTest::pump(const std::function<bool()>& until) {
     ASSERT_TRUE(MainQueue::shared()->runUntil(until, patience));
 }

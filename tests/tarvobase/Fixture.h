@@ -112,6 +112,11 @@ protected:
     /// Opens the account's encrypted database and makes it the configuration's. Closed at the end of the test.
     std::shared_ptr<KelvaDatabasePersistance> openDatabase(const std::string& passphrase = "a passphrase");
 
+    /// Lets a database grow no further, as on a full disk, or lets it grow again.
+    static void setFull(DatabaseAdapter& database, bool isFull);
+    /// A text that needs pages of its own, so that a full database cannot store it.
+    static std::string longText() { return std::string(100'000, 'x'); }
+
     /// Runs the main queue until the condition holds; a test that waits in vain fails.
     void pump(const std::function<bool()>& until);
     /// Runs everything that is under way, on all queues.

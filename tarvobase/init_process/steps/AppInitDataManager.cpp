@@ -20,7 +20,7 @@ AppInitDataManager::Persistance persistanceOf(const std::shared_ptr<DatabaseAdap
             .settings = stores.settings(),
             .companyInfo = std::make_shared<CompanyInfoInDatabase>(std::string(company.TableName), adapter, company),
             .orgs = std::make_shared<OrganisationInUserDefaults>(stores.userDefaults),
-            .database = adapter};
+            .scope = stores.scope};
 }
 
 /// Stores the organisations as the server sent them, except for the application's own choice: if there is a current
@@ -49,30 +49,43 @@ std::shared_ptr<AppInitDataManager> AppInitDataManager::make(std::shared_ptr<Dat
 void AppInitDataManager::initDataParsed(const std::optional<ParsedInitData>& parsed) {
     if (!parsed) return;
     if (!parsed->createTableQueries) return parsingError();
-    createTables(*parsed->createTableQueries);
-    storeBlocks(*parsed);
-    if (auto listener = appInitdelegate.lock()) listener->appInitDataFetchedAndSaved(*this);
-    if (auto listener = delegate.lock()) listener->didComplete(*this, true);
+    bool isStored = store(*parsed);
+    if (!isStored) reportUnstored("the answer");
+    if (auto listener = isStored ? appInitdelegate.lock() : nullptr) listener->appInitDataFetchedAndSaved(*this);
+    if (auto listener = delegate.lock()) listener->didComplete(*this, isStored);
 }
 
-void AppInitDataManager::storeBlocks(const ParsedInitData& parsed) {
+bool AppInitDataManager::store(const ParsedInitData& parsed) {
+    auto& database = persistance_.scope.databaseAdapter;
+    if (!database || !persistance_.scope.isCurrent()) return false;
+    if (!createTables(*parsed.createTableQueries)) return false;
+    bool isCommitted = database->tolerantTransaction("init answer", [&] { return storeTables(parsed); });
+    if (isCommitted) storeSettings(parsed);
+    return isCommitted;
+}
+
+bool AppInitDataManager::storeTables(const ParsedInitData& parsed) {
+    if (parsed.modules) persistance_.activeModules->storeModules(*parsed.modules);
+    if (parsed.users) persistance_.activeUsers->storeUsers(*parsed.users);
+    if (parsed.settings) persistance_.settings->storeSettings(*parsed.settings);
+    if (parsed.companyInfo) persistance_.companyInfo->storeCompanyInfo(*parsed.companyInfo);
+    return true;
+}
+
+void AppInitDataManager::storeSettings(const ParsedInitData& parsed) {
     if (parsed.dateTimeFormat) {
         persistance_.dateTime->storeDateFormat(parsed.dateTimeFormat->dateFormat);
         persistance_.dateTime->storeTimeFormat(parsed.dateTimeFormat->timeFormat);
     }
-    if (parsed.modules) persistance_.activeModules->storeModules(*parsed.modules);
     if (parsed.userDetails) persistance_.userDetails->storeUserDetails(*parsed.userDetails);
-    if (parsed.users) persistance_.activeUsers->storeUsers(*parsed.users);
-    if (parsed.settings) persistance_.settings->storeSettings(*parsed.settings);
-    if (parsed.companyInfo) persistance_.companyInfo->storeCompanyInfo(*parsed.companyInfo);
     if (parsed.organisations) storeOrganisations(*parsed.organisations, *persistance_.orgs);
 }
 
-void AppInitDataManager::createTables(const std::vector<std::string>& queries) {
-    for (auto& query : queries) persistance_.database->createTable(query);
+bool AppInitDataManager::createTables(std::vector<std::string> queries) {
     // This library adds a column that the server's table does not have. On a later run the statement fails and is
     // ignored like any other.
-    persistance_.database->createTable("ALTER TABLE module_details ADD COLUMN table_creation_query TEXT");
+    queries.emplace_back("ALTER TABLE module_details ADD COLUMN table_creation_query TEXT");
+    return persistance_.scope.databaseAdapter->createTables(queries);
 }
 
 }  // namespace tarvo

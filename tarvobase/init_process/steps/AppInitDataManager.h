@@ -26,7 +26,8 @@ public:
 
 /// The step `appInit`: makes the init call, creates the account's tables from the SQL in its answer, and stores the
 /// other blocks. If the block with the tables is missing, the step stores nothing, reports no completion, and passes
-/// `parsingError` to the error chain. The adapter logs a statement that fails; the others still run.
+/// `parsingError` to the error chain. The adapter logs a statement that SQLite rejects; the others still run. If the
+/// database does not store the answer, the step reports `didComplete(false)`.
 class AppInitDataManager final : public Downloadable,
                                  public AppInitNetworkServiceDelegate,
                                  public CommonErrorProtocolWithChaining {
@@ -40,7 +41,7 @@ public:
         std::shared_ptr<SettingsPersistanceDelegate> settings;
         std::shared_ptr<CompanyInfoPersistanceDelegate> companyInfo;
         std::shared_ptr<OrganisationPersistance> orgs;
-        std::shared_ptr<DatabaseAdapter> database;
+        Scope scope;
     };
     AppInitDataManager(Persistance persistance, std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService);
 
@@ -59,8 +60,10 @@ public:
     void initDataParsed(const std::optional<ParsedInitData>& parsed) override;
 
 private:
-    void createTables(const std::vector<std::string>& queries);
-    void storeBlocks(const ParsedInitData& parsed);
+    bool store(const ParsedInitData& parsed);
+    bool createTables(std::vector<std::string> queries);
+    bool storeTables(const ParsedInitData& parsed);
+    void storeSettings(const ParsedInitData& parsed);
 
     Persistance persistance_;
     std::shared_ptr<AppInitNetworkServiceProtocol> appInitNetworkService_;

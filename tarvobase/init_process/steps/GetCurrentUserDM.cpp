@@ -20,8 +20,8 @@ void copyUnsentMembers(User& user, const User& stored) {
 }  // namespace
 
 GetCurrentUserDM::GetCurrentUserDM(UserDefaultsUtil userDefaultsUtil, std::shared_ptr<GetCurrentUserNS> networkService,
-                                   std::shared_ptr<UserPersistanceDelegate> userPersitanceDelegate)
-    : FlaggedStep(std::move(userDefaultsUtil)),
+                                   std::shared_ptr<UserPersistanceDelegate> userPersitanceDelegate, Scope scope)
+    : FlaggedStep(std::move(userDefaultsUtil), std::move(scope)),
       networkService_(std::move(networkService)),
       userPersitanceDelegate_(std::move(userPersitanceDelegate)) {}
 
@@ -29,16 +29,17 @@ std::shared_ptr<GetCurrentUserDM> GetCurrentUserDM::make(const std::shared_ptr<D
                                                          std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                          std::shared_ptr<GetCurrentUserNS> networkService) {
     auto stores = Stores::over(adapter, userDefaults);
-    return std::make_shared<GetCurrentUserDM>(stores.userDefaultsUtil(), std::move(networkService), stores.users());
+    return std::make_shared<GetCurrentUserDM>(stores.userDefaultsUtil(), std::move(networkService), stores.users(),
+                                              stores.scope);
 }
 
 void GetCurrentUserDM::request(NetworkCompletion answered) { networkService_->getUserDetails(std::move(answered)); }
 
-Result<Nothing, ParserError> GetCurrentUserDM::store(const Data& body) {
+Result<bool, ParserError> GetCurrentUserDM::store(const Data& body) {
     auto user = firstEntry(CurrentUserParser(), body);
     if (!user) return user.error();
     parsedUser_ = *std::move(user);
-    return Nothing();
+    return true;
 }
 
 void GetCurrentUserDM::storeParsedUser() {
@@ -46,7 +47,7 @@ void GetCurrentUserDM::storeParsedUser() {
     if (!user) return;
     // The list of users has been stored by now; its rows contain more members.
     if (auto stored = userPersitanceDelegate_->getUser(user->id)) copyUnsentMembers(*user, *stored);
-    userPersitanceDelegate_->storeUser(*user);
+    if (!commit([&] { userPersitanceDelegate_->storeUser(*user); })) return reportUnstored("the user");
     setFlag();
 }
 

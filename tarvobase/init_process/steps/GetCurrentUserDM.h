@@ -18,7 +18,7 @@ class DatabaseAdapter;
 class GetCurrentUserDM final : public FlaggedStep, public CurrentUserStep {
 public:
     GetCurrentUserDM(UserDefaultsUtil userDefaultsUtil, std::shared_ptr<GetCurrentUserNS> networkService,
-                     std::shared_ptr<UserPersistanceDelegate> userPersitanceDelegate);
+                     std::shared_ptr<UserPersistanceDelegate> userPersitanceDelegate, Scope scope);
 
     /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<GetCurrentUserDM> make(
@@ -29,7 +29,7 @@ public:
 
 protected:
     void request(NetworkCompletion answered) override;
-    Result<platform::Nothing, ParserError> store(const Data& body) override;
+    Result<bool, ParserError> store(const Data& body) override;
     void markStored() override {}
 
 private:

@@ -11,7 +11,8 @@ namespace tarvo {
 
 InitCVRecordsDM::InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCVRecordsNSP> networkService)
     : BatchedDownloadable(Feature::initialRecords,
-                          {.step = "InitCVRecords", .requested = " requested for ", .completed = " request completed"}),
+                          {.step = "InitCVRecords", .requested = " requested for ", .completed = " request completed"},
+                          persistance.scope),
       persistance_(std::move(persistance)),
       networkService_(std::move(networkService)) {
     dependencyList = {{.processName = Process::metadata}, {.processName = Process::customviews}};
@@ -27,6 +28,7 @@ std::shared_ptr<InitCVRecordsDM> InitCVRecordsDM::make(const std::shared_ptr<Dat
                                 .userDefaultsUtil = stores.userDefaultsUtil()},
                     .cvDAO = stores.customViews(),
                     .recordDAO = RecordInDatabase::make(databaseAdapter),
+                    .scope = stores.scope,
                     .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(stores.userDefaults)},
         std::move(networkService));
 }
@@ -59,7 +61,7 @@ void InitCVRecordsDM::request(const std::vector<Module>& modules) {
         if (!self) return;
         self->batchAnswered(
             asked, std::move(answer), [](auto body) { return WireRecordsParser::parse(body); },
-            [&self](auto& records, auto& info) { self->store(records, info.moduleName); });
+            [&self](auto& records, auto& info) { return self->store(records, info.moduleName); });
     });
 }
 
@@ -73,19 +75,38 @@ std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>
     return params;
 }
 
-void InitCVRecordsDM::store(const WireRecords& records, const std::optional<std::string>& moduleName) {
+bool InitCVRecordsDM::store(const WireRecords& records, const std::optional<std::string>& moduleName) {
     // The table of the records is unknown.
-    if (!moduleName)
-        return platform::log(platform::LogLevel::warning, "first download",
-                             "InitCVRecords of a module left out: the answer does not name it");
-    if (!persistance_.recordDAO->storePage(records, *moduleName)) return;
+    if (!moduleName) {
+        platform::log(platform::LogLevel::warning, "first download",
+                      "InitCVRecords of a module left out: the answer does not name it");
+        return true;
+    }
+    auto outcome = storePage(records, *moduleName);
+    if (outcome != PageOutcome::stored) return outcome == PageOutcome::rejected;
     auto& settings = *persistance_.recordSettingsPersistance;
     auto number = settings.getNumberOfRecordsDownloaded(*moduleName).value_or(0);
     settings.storeNumberOfRecordsDownloaded(number + 1, *moduleName);
+    return true;
+}
+
+InitCVRecordsDM::PageOutcome InitCVRecordsDM::storePage(const WireRecords& records,
+                                                        const std::string& moduleName) const {
+    auto& recordDAO = *persistance_.recordDAO;
+    if (recordDAO.storePage(records, moduleName)) return PageOutcome::stored;
+    // A second attempt, around which the database can store anything else, shows whether the page itself is at fault.
+    bool isStored = false;
+    bool canStore = commit("first records of " + moduleName,
+                           [&] { isStored = recordDAO.storePage(records, moduleName).has_value(); });
+    if (!canStore) return PageOutcome::failed;
+    if (isStored) return PageOutcome::stored;
+    platform::log(platform::LogLevel::warning, "first download",
+                  "InitCVRecords of " + moduleName + " left out: its tables do not take them");
+    return PageOutcome::rejected;
 }
 
 void InitCVRecordsDM::allBatchesCompleted() {
-    callSuccess();
+    callBack();
     endRun();
 }
 

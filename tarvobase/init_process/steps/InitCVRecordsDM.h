@@ -21,8 +21,8 @@ public:
     using Callback = std::function<void()>;
     /// Downloads the first records of the given modules, or of all modules if absent, that were not downloaded before.
     /// `onSuccess` is called once when all batches have ended, including failed ones. It comes on the queue of the last
-    /// answer, or on the caller's if there is nothing to request. `onFailure` is kept but never called. The next call
-    /// replaces both. A call during a download waits until that download has ended.
+    /// answer, or on the caller's if there is nothing to request. `onFailure` is called instead if the database did not
+    /// store all records. The next call replaces both. A call during a download waits until that download has ended.
     virtual void getCustomViewRecords(const std::optional<std::vector<Module>>& modules, Callback onSuccess,
                                       Callback onFailure) = 0;
 };
@@ -38,6 +38,7 @@ public:
         ModuleBatch::Persistance batches;
         std::shared_ptr<CustomViewPersistanceDelegate> cvDAO;
         std::shared_ptr<RecordPersistanceDelegate> recordDAO;
+        Scope scope;
         std::shared_ptr<RecordSettingsPersistanceProtocol> recordSettingsPersistance;
     };
     InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCVRecordsNSP> networkService);
@@ -64,7 +65,11 @@ protected:
 private:
     void getRecords(const std::optional<std::vector<Module>>& modules, std::optional<Callbacks> callbacks);
     std::vector<CVRecordsParams> paramsOf(const std::vector<Module>& modules) const;
-    void store(const WireRecords& records, const std::optional<std::string>& moduleName);
+    /// Returns false if the database did not store the page.
+    bool store(const WireRecords& records, const std::optional<std::string>& moduleName);
+    /// `rejected` pages do not fit the tables: the module has no fields or no table, and no later run could store them.
+    enum class PageOutcome { stored, rejected, failed };
+    PageOutcome storePage(const WireRecords& records, const std::string& moduleName) const;
 
     const Persistance persistance_;
     const std::shared_ptr<InitCVRecordsNSP> networkService_;

@@ -6,9 +6,9 @@
 namespace tarvo {
 
 InitCurrencyDM::InitCurrencyDM(UserDefaultsUtil userDefaultsUtil,
-                               std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO,
+                               std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO, Scope scope,
                                std::shared_ptr<InitGetCurrencyNSP> networkService)
-    : FlaggedStep(std::move(userDefaultsUtil)),
+    : FlaggedStep(std::move(userDefaultsUtil), std::move(scope)),
       currencyDAO_(std::move(currencyDAO)),
       networkService_(std::move(networkService)) {}
 
@@ -16,16 +16,16 @@ std::shared_ptr<InitCurrencyDM> InitCurrencyDM::make(const std::shared_ptr<Datab
                                                      std::shared_ptr<UserDefaultsProtocol> userDefaults,
                                                      std::shared_ptr<InitGetCurrencyNSP> networkService) {
     auto stores = Stores::over(adapter, userDefaults);
-    return std::make_shared<InitCurrencyDM>(stores.userDefaultsUtil(), stores.currencies(), std::move(networkService));
+    return std::make_shared<InitCurrencyDM>(stores.userDefaultsUtil(), stores.currencies(), stores.scope,
+                                            std::move(networkService));
 }
 
 void InitCurrencyDM::request(NetworkCompletion answered) { networkService_->getCurrencyMetadata(std::move(answered)); }
 
-Result<Nothing, ParserError> InitCurrencyDM::store(const Data& body) {
+Result<bool, ParserError> InitCurrencyDM::store(const Data& body) {
     auto parsed = TaxCurrencyParser::parse(body);
     if (!parsed) return parsed.error();
-    currencyDAO_->replaceAllCurrencyMetadata(parsed->currency);
-    return Nothing();
+    return commit([&] { currencyDAO_->replaceAllCurrencyMetadata(parsed->currency); });
 }
 
 }  // namespace tarvo

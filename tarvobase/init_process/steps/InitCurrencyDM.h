@@ -17,7 +17,7 @@ class DatabaseAdapter;
 class InitCurrencyDM final : public FlaggedStep {
 public:
     InitCurrencyDM(UserDefaultsUtil userDefaultsUtil, std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO,
-                   std::shared_ptr<InitGetCurrencyNSP> networkService);
+                   Scope scope, std::shared_ptr<InitGetCurrencyNSP> networkService);
 
     /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<InitCurrencyDM> make(
@@ -28,7 +28,7 @@ public:
 
 protected:
     void request(NetworkCompletion answered) override;
-    Result<platform::Nothing, ParserError> store(const Data& body) override;
+    Result<bool, ParserError> store(const Data& body) override;
 
 private:
     const std::shared_ptr<CurrencyMetadataPersistanceDelegate> currencyDAO_;

@@ -11,7 +11,8 @@ namespace tarvo {
 InitCustomViewDM::InitCustomViewDM(Persistance persistance, std::shared_ptr<InitCustomViewNSP> networkService,
                                    BrenNotificationCenter& notifier)
     : BatchedDownloadable(Feature::customView,
-                          {.step = "CustomViewInfo", .requested = " Requested for ", .completed = " Completed"}),
+                          {.step = "CustomViewInfo", .requested = " Requested for ", .completed = " Completed"},
+                          persistance.scope),
       persistance_(std::move(persistance)),
       networkService_(std::move(networkService)),
       notifier_(notifier) {}
@@ -21,6 +22,7 @@ std::shared_ptr<InitCustomViewDM> InitCustomViewDM::make(const std::shared_ptr<D
                                                          std::shared_ptr<InitCustomViewNSP> networkService) {
     auto stores = Stores::over(databaseAdapter, userDefaults);
     return std::make_shared<InitCustomViewDM>(Persistance{.customViewDAO = stores.customViews(),
+                                                          .scope = stores.scope,
                                                           .batches = {.moduleDAO = stores.modules(),
                                                                       .settingDAO = stores.settings(),
                                                                       .userDefaultsUtil = stores.userDefaultsUtil()}},
@@ -43,23 +45,25 @@ void InitCustomViewDM::request(const std::vector<Module>& modules) {
         if (!self) return;
         self->batchAnswered(
             modules, std::move(answer), [](auto body) { return CVSyncParser().parse(body); },
-            [&self](auto& views, auto& info) { self->store(views, info.moduleName); });
+            [&self](auto& views, auto& info) { return self->store(views, info.moduleName); });
     });
 }
 
-void InitCustomViewDM::store(const std::vector<CustomView>& views, const std::string& moduleName) {
+bool InitCustomViewDM::store(const std::vector<CustomView>& views, const std::string& moduleName) {
     platform::log(platform::LogLevel::progress, "list view", "CustomViewInfo Parsing completed for " + moduleName);
-    persistance_.customViewDAO->storeCustomView(views);
+    bool isCommitted = commit("views of " + moduleName, [&] { persistance_.customViewDAO->storeCustomView(views); });
+    if (!isCommitted) return false;
     std::vector<std::string> viewIDs;
     for (auto& view : views) viewIDs.push_back(view.viewID);
     notifier_.notify<CustomViewChangedObserver>(false, [viewIDs = std::move(viewIDs), moduleName](auto& observer) {
         observer.customViewChanged(viewIDs, moduleName);
     });
+    return true;
 }
 
 void InitCustomViewDM::allBatchesCompleted() {
     platform::log(platform::LogLevel::progress, "list view", "CustomViewInfo Batch completed.");
-    callSuccess();
+    callBack();
     endRun();
 }
 

@@ -18,6 +18,7 @@ class InitCustomViewDM final : public BatchedDownloadable {
 public:
     struct Persistance {
         std::shared_ptr<CustomViewPersistanceDelegate> customViewDAO;
+        Scope scope;
         ModuleBatch::Persistance batches;
     };
     /// `notifier` must outlive the step, as the bus of the process does.
@@ -30,8 +31,8 @@ public:
         std::shared_ptr<InitCustomViewNSP> networkService = std::make_shared<InitCustomViewNS>());
 
     /// Downloads the views of exactly these modules, whether or not they were downloaded before. `success` is called
-    /// once when all batches have ended, including failed ones. `failure` is never called. A call during a download
-    /// waits until that download has ended.
+    /// once when all batches have ended, including failed ones. `failure` is called instead if the database did not
+    /// store all views. A call during a download waits until that download has ended.
     void getCustomViews(std::vector<Module> modules, Callback success, Callback failure);
 
     void allBatchesCompleted() override;
@@ -41,7 +42,8 @@ protected:
     void request(const std::vector<Module>& modules) override;
 
 private:
-    void store(const std::vector<CustomView>& views, const std::string& moduleName);
+    /// Returns false if the database did not store the views.
+    bool store(const std::vector<CustomView>& views, const std::string& moduleName);
 
     const Persistance persistance_;
     const std::shared_ptr<InitCustomViewNSP> networkService_;

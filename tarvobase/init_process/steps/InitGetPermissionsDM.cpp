@@ -10,8 +10,8 @@ namespace tarvo {
 InitGetPermissionsDM::InitGetPermissionsDM(std::shared_ptr<GetPermissionsNSP> networkService,
                                            std::shared_ptr<UserPersistanceDelegate> usersPersistance,
                                            std::shared_ptr<ModulePermissionsPersistanceDelegate> permssionDAO,
-                                           UserDefaultsUtil userDefaultsUtil)
-    : FlaggedStep(std::move(userDefaultsUtil)),
+                                           UserDefaultsUtil userDefaultsUtil, Scope scope)
+    : FlaggedStep(std::move(userDefaultsUtil), std::move(scope)),
       networkService_(std::move(networkService)),
       usersPersistance_(std::move(usersPersistance)),
       permssionDAO_(std::move(permssionDAO)) {}
@@ -21,7 +21,7 @@ std::shared_ptr<InitGetPermissionsDM> InitGetPermissionsDM::make(const std::shar
                                                                  std::shared_ptr<GetPermissionsNSP> networkService) {
     auto stores = Stores::over(adapter, userDefaults);
     return std::make_shared<InitGetPermissionsDM>(std::move(networkService), stores.users(), stores.permissions(),
-                                                  stores.userDefaultsUtil());
+                                                  stores.userDefaultsUtil(), stores.scope);
 }
 
 void InitGetPermissionsDM::request(NetworkCompletion answered) {
@@ -33,11 +33,10 @@ std::string InitGetPermissionsDM::profileID() const {
     return user ? user->profileID : "";
 }
 
-Result<Nothing, ParserError> InitGetPermissionsDM::store(const Data& body) {
+Result<bool, ParserError> InitGetPermissionsDM::store(const Data& body) {
     auto permissions = firstEntry(PermissionsParser(), body);
     if (!permissions) return permissions.error();
-    permssionDAO_->storeModulePermissions(*permissions);
-    return Nothing();
+    return commit([&] { permssionDAO_->storeModulePermissions(*permissions); });
 }
 
 }  // namespace tarvo

@@ -20,7 +20,7 @@ public:
     InitGetPermissionsDM(std::shared_ptr<GetPermissionsNSP> networkService,
                          std::shared_ptr<UserPersistanceDelegate> usersPersistance,
                          std::shared_ptr<ModulePermissionsPersistanceDelegate> permssionDAO,
-                         UserDefaultsUtil userDefaultsUtil);
+                         UserDefaultsUtil userDefaultsUtil, Scope scope);
 
     /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<InitGetPermissionsDM> make(
@@ -31,7 +31,7 @@ public:
 
 protected:
     void request(NetworkCompletion answered) override;
-    Result<platform::Nothing, ParserError> store(const Data& body) override;
+    Result<bool, ParserError> store(const Data& body) override;
 
 private:
     std::string profileID() const;

@@ -6,8 +6,8 @@
 namespace tarvo {
 
 InitGetPipelinesDM::InitGetPipelinesDM(std::shared_ptr<GetPipelinesNSP> networkService, Persistance persistance,
-                                       UserDefaultsUtil userDefaultsUtil)
-    : FlaggedStep(std::move(userDefaultsUtil)),
+                                       UserDefaultsUtil userDefaultsUtil, Scope scope)
+    : FlaggedStep(std::move(userDefaultsUtil), std::move(scope)),
       networkService_(std::move(networkService)),
       persistance_(std::move(persistance)) {
     dependencyList = {{.processName = Process::metadata}};
@@ -22,7 +22,7 @@ std::shared_ptr<InitGetPipelinesDM> InitGetPipelinesDM::make(const std::shared_p
                                                             .layoutDAO = stores.layouts(),
                                                             .pipelineDAO = stores.pipelines(),
                                                             .pipelineStageDAO = stores.pipelineStages()},
-                                                stores.userDefaultsUtil());
+                                                stores.userDefaultsUtil(), stores.scope);
 }
 
 void InitGetPipelinesDM::request(NetworkCompletion answered) {
@@ -33,12 +33,13 @@ void InitGetPipelinesDM::request(NetworkCompletion answered) {
     networkService_->getPipelinesAndStages(*deals, layouts->front().layoutID, std::move(answered));
 }
 
-Result<Nothing, ParserError> InitGetPipelinesDM::store(const Data& body) {
+Result<bool, ParserError> InitGetPipelinesDM::store(const Data& body) {
     auto parsed = PipelinesNWParser::getParsedPipelines(body);
     if (!parsed) return parsed.error();
-    persistance_.pipelineDAO->storePipelines(parsed->pipelines);
-    persistance_.pipelineStageDAO->storePipelineStages(parsed->stages);
-    return Nothing();
+    return commit([&] {
+        persistance_.pipelineDAO->storePipelines(parsed->pipelines);
+        persistance_.pipelineStageDAO->storePipelineStages(parsed->stages);
+    });
 }
 
 }  // namespace tarvo

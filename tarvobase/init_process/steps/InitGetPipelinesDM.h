@@ -26,7 +26,7 @@ public:
         std::shared_ptr<PipelineStagePersistanceDelegate> pipelineStageDAO;
     };
     InitGetPipelinesDM(std::shared_ptr<GetPipelinesNSP> networkService, Persistance persistance,
-                       UserDefaultsUtil userDefaultsUtil);
+                       UserDefaultsUtil userDefaultsUtil, Scope scope);
 
     /// Makes a step over an adapter and the settings store.
     static std::shared_ptr<InitGetPipelinesDM> make(
@@ -37,7 +37,7 @@ public:
 
 protected:
     void request(NetworkCompletion answered) override;
-    Result<platform::Nothing, ParserError> store(const Data& body) override;
+    Result<bool, ParserError> store(const Data& body) override;
 
 private:
     const std::shared_ptr<GetPipelinesNSP> networkService_;

@@ -25,7 +25,8 @@ void notifyModulesAdded(bool onMainThread) {
 
 InitMetadataDM::InitMetadataDM(Persistance persistance, std::shared_ptr<MetadataNSP> networkService)
     : BatchedDownloadable(Feature::metadaInfo,
-                          {.step = "MetadataInfo", .requested = " Requested for ", .completed = " Completed"}),
+                          {.step = "MetadataInfo", .requested = " Requested for ", .completed = " Completed"},
+                          persistance.scope),
       persistance_(std::move(persistance)),
       networkService_(std::move(networkService)) {}
 
@@ -36,6 +37,7 @@ std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<Datab
     auto stores = Stores::over(dbAdapter, userDefaults);
     return std::make_shared<InitMetadataDM>(
         Persistance{.userDAO = stores.users(),
+                    .scope = stores.scope,
                     .batches = {.moduleDAO = stores.modules(),
                                 .settingDAO = stores.settings(),
                                 .userDefaultsUtil = stores.userDefaultsUtil()},
@@ -73,7 +75,7 @@ void InitMetadataDM::request(const std::vector<Module>& modules) {
             [&self](auto& detail, auto& info) {
                 platform::log(platform::LogLevel::progress, "metadata",
                               "MetadataInfo Parsing completed for " + info.moduleName);
-                self->persistance_.metadata->store(detail);
+                return self->persistance_.metadata->store(detail);
             });
     });
 }
@@ -90,7 +92,7 @@ void InitMetadataDM::allBatchesCompleted() {
     // The statements of the tables were stored without the modules in memory.
     persistance_.batches.moduleDAO->reloadAll();
     notifyModulesAdded(true);
-    callSuccess();
+    callBack();
     notifyModulesAdded(false);
     endRun();
 }

@@ -26,6 +26,7 @@ class InitMetadataDM final : public BatchedDownloadable {
 public:
     struct Persistance {
         std::shared_ptr<UserPersistanceDelegate> userDAO;
+        Scope scope;
         ModuleBatch::Persistance batches;
         std::shared_ptr<const MetadataWriter> metadata;
     };
@@ -40,9 +41,9 @@ public:
 
     /// Downloads the given modules, or all stored modules if none is given, whether or not they were downloaded before.
     /// `success` is called once when all batches have ended, including failed ones. It comes on the queue of the last
-    /// answer, or on the caller's if there is nothing to request. `failure` is kept but never called, since no failure
-    /// ends a download. The next call replaces both. A call during a download waits until that download has ended.
-    /// Nothing is called after the object is released.
+    /// answer, or on the caller's if there is nothing to request. `failure` is called instead if the database did not
+    /// store all of the metadata. The next call replaces both. A call during a download waits until that download has
+    /// ended. Nothing is called after the object is released.
     void getMetaData(std::vector<Module> modules, Callback success, Callback failure);
 
     int totalCallsCount() const override { return 1; }

@@ -73,11 +73,20 @@ void storeSection(const ParsedMetadata::Section<ParsedMetadata::RowResults<T>>& 
 
 }  // namespace
 
-void MetadataWriter::store(const ParsedMetadataDetail& detail) const {
+bool MetadataWriter::store(const ParsedMetadataDetail& detail) const {
     auto& module = detail.info.moduleName;
-    if (detail.info.tableList) parsedTableCreationCommands(statementsOf(*detail.info.tableList), module);
-    if (!detail.metadata) return SectionLog(module, "all sections").failed(detail.metadata.error());
-    auto& metadata = *detail.metadata;
+    if (detail.info.tableList && !parsedTableCreationCommands(statementsOf(*detail.info.tableList), module))
+        return false;
+    if (detail.metadata)
+        return persistance_.dbAdapter->tolerantTransaction("metadata of " + module, [&] {
+            storeSections(*detail.metadata, module);
+            return true;
+        });
+    SectionLog(module, "all sections").failed(detail.metadata.error());
+    return true;
+}
+
+void MetadataWriter::storeSections(const ParsedMetadata& metadata, const std::string& module) const {
     auto settings = [this](auto& list) { persistance_.settingDAO->storeSettings(list); };
     auto fields = [this](auto& list) { persistance_.fieldsDAO->storeFieldMetadata(list); };
     storeSection(metadata.relatedList, {module, "related lists"},
@@ -94,13 +103,13 @@ void MetadataWriter::store(const ParsedMetadataDetail& detail) const {
     storeSection(metadata.dependentModuleFields, {module, "fields of dependent modules"}, fields);
 }
 
-void MetadataWriter::parsedTableCreationCommands(std::vector<std::string> statements, const std::string& module) const {
-    if (statements.empty()) return;
+bool MetadataWriter::parsedTableCreationCommands(std::vector<std::string> statements, const std::string& module) const {
+    if (statements.empty()) return true;
     if (module == "Activities")
         for (auto& statement : statements) keepFirstTagColumn(statement);
-    for (auto& statement : statements) persistance_.dbAdapter->createTable(statement);
+    if (!persistance_.dbAdapter->createTables(statements)) return false;
     ModuleDatabaseConstants constants;
-    persistance_.secondaryDbAdapter->update(
+    return persistance_.secondaryDbAdapter->update(
         std::string(constants.TableName),
         ValueMap{{std::string(constants.TableCreationQuery), text::join(statements, "|")}},
         Criteria::equalTo(std::string(constants.ModuleName), module));

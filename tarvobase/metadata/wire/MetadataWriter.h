@@ -35,13 +35,18 @@ public:
     };
     explicit MetadataWriter(Persistance persistance) : persistance_(std::move(persistance)) {}
 
-    void store(const ParsedMetadataDetail& detail) const;
+    /// Stores the sections in one commit, after the record tables. Returns false if the database did not store all of
+    /// it.
+    bool store(const ParsedMetadataDetail& detail) const;
 
-    /// Runs the statements and stores them with the module, joined by "|". A statement that fails is logged by the
-    /// adapter and stored nevertheless. An empty list leaves the stored statements as they are.
-    void parsedTableCreationCommands(std::vector<std::string> statements, const std::string& module) const;
+    /// Runs the statements and stores them with the module, joined by "|". A statement that SQLite rejects is logged by
+    /// the adapter and stored nevertheless. An empty list leaves the stored statements as they are. Returns false if
+    /// the database could not store a table or the statements.
+    bool parsedTableCreationCommands(std::vector<std::string> statements, const std::string& module) const;
 
 private:
+    void storeSections(const ParsedMetadata& metadata, const std::string& module) const;
+
     Persistance persistance_;
 };
 

@@ -278,6 +278,83 @@ TEST_F(InitBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
     EXPECT_EQ(service->asked.size(), 2u) << "no module is left";
 }
 
+TEST_F(InitBatchTest, ViewsThatAreNotStoredAreRequestedByTheNextRun) {
+    store({"Leads", "Contacts"});
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
+    step->execute();
+    setFull(*database, true);
+    auto large = viewRow("1");
+    large[1] = longText();
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(large)}), viewsEntry("Contacts", {})}), {});
+    settle();
+    EXPECT_THAT(recorder->take(), UnorderedElementsAre("0/1", "1/1", "Contacts: ", "failed"));
+    EXPECT_TRUE(step->hasUnstoredContent());
+    EXPECT_FALSE(isFlagged("customviews", "Leads"));
+    EXPECT_TRUE(isFlagged("customviews", "Contacts"));
+    setFull(*database, false);
+    step->initiate();
+    step->execute();
+    EXPECT_EQ(service->asked.back(), "Leads");
+    service->calls.at(1)(wire::body({viewsEntry("Leads", {Value(large)})}), {});
+    settle();
+    EXPECT_FALSE(step->hasUnstoredContent());
+    EXPECT_TRUE(isFlagged("customviews", "Leads"));
+    EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 1u);
+}
+
+TEST_F(InitBatchTest, ADownloadThatIsNotStoredCallsTheFailure) {
+    auto service = std::make_shared<HeldViewService>();
+    auto step = InitCustomViewDM::make(database, defaults, service);
+    std::string ends;
+    step->getCustomViews(
+        {{.moduleName = "Leads"}}, [&] { ends += "success "; }, [&] { ends += "failure "; });
+    setFull(*database, true);
+    auto large = viewRow("1");
+    large[1] = longText();
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(large)})}), {});
+    EXPECT_EQ(ends, "failure ");
+}
+
+/// The host asks again for what the server did not send, for exactly that.
+TEST_F(InitBatchTest, ModulesWithoutContentAreRequestedAgainOnDemand) {
+    store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
+    step->execute();
+    auto refused = viewsEntry("Contacts", {});
+    refused.set("error", ValueList{"CODE", "words"});
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {}), refused, viewsEntry("Accounts", {})}), {});
+    service->calls.at(1)("<html>", {});
+    settle();
+    UserDefaultsUtil(defaults).requestMissingAgain();
+    step->initiate();
+    step->execute();
+    EXPECT_EQ(service->asked.back(), "Contacts Deals Cases") << "refused, left out, unreadable";
+    service->calls.at(2)(wire::body({viewsEntry("Contacts", {}), viewsEntry("Deals", {}), viewsEntry("Cases", {})}),
+                         {});
+    settle();
+    UserDefaultsUtil(defaults).requestMissingAgain();
+    step->initiate();
+    EXPECT_EQ(step->totalCallsCount(), 0) << "nothing is missing any more";
+}
+
+TEST_F(InitBatchTest, AnOutdatedStepStoresAndFlagsNothing) {
+    store({"Leads"});
+    auto service = std::make_shared<HeldViewService>();
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
+    step->execute();
+    configuration().currentOrgID = "other";
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(viewRow("1"))})}), {});
+    settle();
+    EXPECT_THAT(recorder->take(), UnorderedElementsAre("0/1", "1/1", "failed"));
+    EXPECT_TRUE(CustomViewInDatabase(database).getCustomViews("Leads")->empty());
+    EXPECT_FALSE(isFlagged("customviews", "Leads"));
+}
+
 TEST_F(InitBatchTest, ProgressLinesNameTheModules) {
     store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
     auto service = std::make_shared<HeldViewService>();
@@ -378,6 +455,29 @@ TEST_F(InitRecordBatchTest, DownloadsAreCountedAndFlaggedByModule) {
     EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Deals"), 1);
     EXPECT_TRUE(isFlagged("initialRecords", "Leads") && isFlagged("initialRecords", "Deals"));
     EXPECT_FALSE(isFlagged("initialRecords", "Contacts")) << "it has no default view";
+}
+
+TEST_F(InitRecordBatchTest, RecordsThatAreNotStoredAreNeitherCountedNorFlagged) {
+    setFull(*database, true);
+    auto large = recordsEntry("Leads", longText());
+    network->answer(wire::body({large, withoutData("Deals")}));
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("failed"));
+    RecordSyncSettingsPersistance settings(defaults);
+    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads").value_or(0), 0);
+    EXPECT_FALSE(isFlagged("initialRecords", "Leads"));
+    EXPECT_TRUE(isFlagged("initialRecords", "Deals"));
+    setFull(*database, false);
+    network->answer(wire::body({large}));
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
+    EXPECT_EQ(network->calls().back().params.value().find("module")->asList()->size(), 1u);
+    EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
+}
+
+TEST_F(InitRecordBatchTest, RecordsWithoutATableAreTheServersFault) {
+    database->dropTable("DealsRecords");
+    network->answer(wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")}));
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
+    EXPECT_TRUE(isFlagged("initialRecords", "Deals"));
 }
 
 TEST_F(InitRecordBatchTest, RecordsThatAreDoneAreNotRequestedAgain) {

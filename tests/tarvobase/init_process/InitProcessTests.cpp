@@ -34,6 +34,11 @@ public:
         if (atOnce) complete(true);
     }
     void complete(bool status) { delegate.lock()->didComplete(*this, status); }
+    /// Completes as a step does whose content the database did not store.
+    void completeUnstored() {
+        reportUnstored("content");
+        complete(false);
+    }
     std::string name() const { return std::string(rawText(process)); }
 
     const Process process;
@@ -64,6 +69,7 @@ public:
         events.push_back("completed");
         if (releasesWhenCompleted) useCase = nullptr;
     }
+    void initProcessIncomplete(InitProcessUseCaseProtocol&) override { events.push_back("incomplete"); }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
         EXPECT_EQ(std::this_thread::get_id(), mainThread);
         percentages.push_back(value);
@@ -91,7 +97,7 @@ protected:
         events.clear();
         BrenNotificationCenter::shared().add<InitialProcessComplete>(host);
         defaults = std::make_shared<BrenUserDefaults>();
-        openDatabase();
+        database = openDatabase();
         newRun();
     }
     /// Makes fresh steps, as a start of the program does.
@@ -104,15 +110,16 @@ protected:
                 step(permission),  step(pipelines, {metadata})};
         user = step(currentUser);
         user->atOnce = true;
-        auto appInit = std::make_shared<AppInitDataManager>(
-            AppInitDataManager::Persistance{.database = configuration().databaseAdapter.get()}, call);
+        auto appInit =
+            std::make_shared<AppInitDataManager>(AppInitDataManager::Persistance{.scope = Scope::current()}, call);
         call->initDataDelegate = appInit;
         host->useCase = InitProcessUseCase::make({std::make_shared<InitProcessDataManager>(defaults),
                                                   user,
                                                   appInit,
                                                   UserDefaultsUtil(defaults),
                                                   {list.begin(), list.end()},
-                                                  std::make_shared<ScriptedLookups>()});
+                                                  std::make_shared<ScriptedLookups>(),
+                                                  Scope::current()});
         host->useCase->delegate = host;
     }
     std::vector<std::string> start() {
@@ -131,6 +138,7 @@ protected:
     }
     bool isRecorded() { return UserAccountsManager(defaults).isInitialDownloadComplete("1001"); }
 
+    std::shared_ptr<KelvaDatabasePersistance> database;
     std::shared_ptr<Host> host = std::make_shared<Host>();
     std::shared_ptr<ScriptedInitCall> call = std::make_shared<ScriptedInitCall>();
     std::shared_ptr<UserDefaultsProtocol> defaults;
@@ -230,6 +238,58 @@ TEST_F(InitProcessTest, AnUnusableInitCallStopsTheRunAndIsReported) {
     EXPECT_THAT(start(), ElementsAre("currentUser", "appInit", "parsingError"));
     EXPECT_FALSE(isRecorded());
 }
+
+TEST_F(InitProcessTest, ContentThatIsNotStoredLeavesTheAccountIncomplete) {
+    start();
+    for (auto& one : list) one == list[0] ? one->completeUnstored() : one->complete(true);
+    settle();
+    EXPECT_EQ(events.back(), "incomplete");
+    EXPECT_THAT(events, ::testing::Contains("initialRecords")) << "the other steps still run";
+    EXPECT_FALSE(isRecorded());
+}
+
+TEST_F(InitProcessTest, ARunThatIsIncompleteTakesAnEarlierRecordBack) {
+    UserAccountsManager(defaults).initDownloadCompleteForUser("1001");
+    for (auto& one : list) one->atOnce = true;
+    start();
+    EXPECT_TRUE(isRecorded());
+    newRun();
+    start();
+    for (auto& one : list) one->completeUnstored();
+    settle();
+    EXPECT_EQ(events.back(), "incomplete");
+    EXPECT_FALSE(isRecorded());
+}
+
+TEST_F(InitProcessTest, AUserWhoIsNotStoredLeavesTheAccountIncomplete) {
+    start();
+    user->completeUnstored();
+    for (auto& one : list) one->complete(true);
+    settle();
+    EXPECT_EQ(events.back(), "incomplete");
+}
+
+TEST_F(InitProcessTest, AnInitAnswerThatIsNotStoredStopsTheRun) {
+    database->deregisterDB();
+    EXPECT_THAT(start(), ElementsAre("currentUser", "appInit", "incomplete"));
+    EXPECT_FALSE(isRecorded());
+}
+
+class InitProcessSwitchTest : public InitProcessTest, public ::testing::WithParamInterface<bool> {};
+
+/// A switch of account, or of organisation, in the middle of a run.
+TEST_P(InitProcessSwitchTest, AnOutdatedRunIsIncompleteAndFlagsNothing) {
+    start();
+    GetParam() ? signIn("2002") : void(configuration().currentOrgID = "other");
+    for (auto& one : list) one->complete(true);
+    settle();
+    EXPECT_EQ(events.back(), "incomplete");
+    EXPECT_EQ(UserAccountsManager(defaults).userWithInitialDownloadComplete(), std::nullopt);
+    EXPECT_THAT(events, ::testing::Not(::testing::Contains("lookups")));
+    EXPECT_EQ(UserDefaultsUtil(defaults).getProgressPercent() == 100, false);
+}
+
+INSTANTIATE_TEST_SUITE_P(AccountAndOrganisation, InitProcessSwitchTest, ::testing::Bool());
 
 TEST_F(InitProcessTest, ExecutesStepsThatAreReady) {
     struct {

@@ -298,6 +298,54 @@ TEST_F(InitStepTest, AParsedUserIsStoredOnceTheTablesExist) {
     EXPECT_EQ(stored(currentUser), "U1|1001|Ann Lee once|Lee|true|P1|dd.MM.yyyy; ");
 }
 
+/// A step, an answer too large for a full database, and the rows before and after it.
+class InitStepStoreTest : public InitStepTest, public ::testing::WithParamInterface<std::pair<Process, std::string>> {};
+
+TEST_P(InitStepStoreTest, AnAnswerThatIsNotStoredLeavesTheFlagClear) {
+    makeTables();
+    auto& [process, answer] = GetParam();
+    auto before = stored(process);
+    setFull(*database, true);
+    network->answer(answer);
+    auto step = make(process);
+    step->execute();
+    settle();
+    if (auto user = std::dynamic_pointer_cast<CurrentUserStep>(step))
+        user->storeParsedUser();
+    else
+        EXPECT_EQ(listener->ended, std::string(rawText(process)) + " false");
+    EXPECT_TRUE(step->hasUnstoredContent());
+    EXPECT_EQ(stored(process), before);
+    EXPECT_FALSE(flag(process));
+    setFull(*database, false);
+    network->answer(answer);
+    execute(process);
+    EXPECT_NE(stored(process), before);
+    EXPECT_TRUE(flag(process));
+}
+
+const std::string largeName(100'000, 'x');
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, InitStepStoreTest,
+    ::testing::Values(std::pair{currency, currencies("[" + replaced(dollar, "US Dollar", largeName) + "]")},
+                      std::pair{permission, body("[[\"Leads\",\"" + largeName + "\",\"Edit\",\"true\"]]")},
+                      std::pair{currentUser, body(replaced(storedUserRow, "Ann Lee", largeName))},
+                      std::pair{pipelines, body("[[\"P1\",\"Std\",\"" + largeName + "\",[]]]")}));
+
+TEST_F(InitStepTest, AnOutdatedStepStoresNothing) {
+    makeTables();
+    auto service = std::make_shared<HeldCurrencyService>();
+    auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
+    step->delegate = listener;
+    step->execute();
+    configuration().currentOrgID = "other";
+    service->answer({.body = Data(currencies("[]"))});
+    EXPECT_EQ(listener->ended, "currency false");
+    EXPECT_EQ(stored(currency), oldCurrency);
+    EXPECT_FALSE(flag(currency));
+}
+
 TEST_F(InitStepTest, AReleasedStepEndsWithoutAReport) {
     auto service = std::make_shared<HeldCurrencyService>();
     auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
