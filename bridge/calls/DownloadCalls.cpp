@@ -3,9 +3,13 @@
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/RecordForms.h"
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
+#include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/UserDefaults.h"
-#include "tarvobase/init_process/InitRecordProcessUseCase.h"
+#include "tarvobase/init_process/InitRecordProcessAssembler.h"
 #include "tarvobase/list_view/GetListFilterRecords.h"
+#include "tarvobase/storage/InMemoryStorage.h"
+#include "tarvobase/storage/InMemoryStorage.h"
 
 namespace tarvo::bridge {
 
@@ -29,6 +33,7 @@ std::shared_ptr<DatabaseAdapter> databaseFor(const CallPtr& call) {
 class DownloadLines final : public CommonErrorLines, public InitProcessUseCaseDelegate {
 public:
     void initProcessCompleted(InitProcessUseCaseProtocol&) override { report("initProcessCompleted"); }
+    void initProcessIncomplete(InitProcessUseCaseProtocol&) override { report("initProcessIncomplete"); }
     void progressDidUpdate(InitProcessUseCaseProtocol&, double value, bool isSucess) override {
         report("progressDidUpdate", {{"value", value}, {"isSucess", isSucess}});
     }
@@ -58,10 +63,12 @@ void startInitRecordProcess(RecordDownloadRequest, const CallPtr& call) {
     if (!database) return;
     auto lines = linesFor<RecordDownloadLines>(call);
     lines->ended = [call] { call->finish(); };
-    auto usecase = InitRecordProcessUseCase::make(database, BrenUserDefaults::ofCurrentAccount());
-    usecase->delegate = lines;
-    call->keepUntilEnd(usecase);
-    usecase->startInitRecordProcess();
+    auto assembler = std::make_shared<InitRecordProcessAssembler>(database, std::make_shared<InMemoryStorage>(),
+                                                                  std::make_shared<DatabaseConstants>(),
+                                                                  BrenUserDefaults::ofCurrentAccount());
+    assembler->setInitRecordProcessUseCaseDelegate(lines);
+    call->keepUntilEnd(assembler);
+    assembler->startInitRecordProcess();
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tarvobase/init_process/parsers/InitBlocks.h"
 
+#include "platform/Log.h"
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/network_layer/PositionalRow.h"
@@ -68,12 +69,16 @@ std::optional<Organisation> organisationOf(const Value& entry) {
 
 /// Reads each row of a block with `read` and leaves out the rows whose member `name` is empty.
 template <class T, class Read>
-std::optional<std::vector<T>> rowsOf(const ValueList& data, std::string T::*name, Read&& read) {
+std::optional<std::vector<T>> rowsOf(std::string_view block, const ValueList& data, std::string T::*name, Read&& read) {
     auto values = readUsableRows(data, [&](PositionalRow& row) {
         T value = read(row);
         return (value.*name).empty() ? std::nullopt : std::optional(std::move(value));
     });
     if (values.empty() && !data.empty()) return std::nullopt;
+    if (auto leftOut = data.size() - values.size(); leftOut > 0)
+        platform::log(
+            platform::LogLevel::warning, "init answer",
+            std::to_string(leftOut) + " rows of block " + std::string(block) + " are left out: they have no name");
     return values;
 }
 
@@ -89,7 +94,8 @@ std::optional<ParsedInitData::DateTimeFormat> InitDateTimeFormatParser::parse(co
 
 std::optional<std::vector<Module>> InitModulesParser::parse(const ValueList& data) {
     bool isModuleIDSupported = CommonConfigration::sharedInstance().isModuleIDSupported.get();
-    return rowsOf(data, &Module::moduleName, [&](PositionalRow& row) { return moduleOf(row, isModuleIDSupported); });
+    return rowsOf("activeModules", data, &Module::moduleName,
+                  [&](PositionalRow& row) { return moduleOf(row, isModuleIDSupported); });
 }
 
 std::optional<UserDetails> InitUserDetailsParser::parse(const ValueList& data) {
@@ -98,11 +104,11 @@ std::optional<UserDetails> InitUserDetailsParser::parse(const ValueList& data) {
 }
 
 std::optional<std::vector<User>> InitUsersParser::parse(const ValueList& data) {
-    return rowsOf(data, &User::id, userOf);
+    return rowsOf("activeUsers", data, &User::id, userOf);
 }
 
 std::optional<std::vector<CompanyInfo>> InitCompanyInfoParser::parse(const ValueList& data) {
-    return rowsOf(data, &CompanyInfo::key, companyInfoOf);
+    return rowsOf("companyInfo", data, &CompanyInfo::key, companyInfoOf);
 }
 
 std::optional<std::vector<Organisation>> InitOrganisationParser::parse(const ValueList& data) {

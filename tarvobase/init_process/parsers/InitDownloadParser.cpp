@@ -1,5 +1,8 @@
 #include "tarvobase/init_process/parsers/InitDownloadParser.h"
 
+#include <algorithm>
+
+#include "platform/Log.h"
 #include "tarvobase/init_process/parsers/InitBlocks.h"
 #include "tarvobase/init_process/parsers/InitSettingsParser.h"
 #include "tarvobase/network_layer/Parser.h"
@@ -9,11 +12,13 @@ namespace tarvo {
 
 namespace {
 
-using BlockReader = void (*)(const ValueList& data, ParsedInitData& parsed);
+/// Returns false if the block cannot be read.
+using BlockReader = bool (*)(const ValueList& data, ParsedInitData& parsed);
 
 template <class Parser, auto field>
-void readInto(const ValueList& data, ParsedInitData& parsed) {
+bool readInto(const ValueList& data, ParsedInitData& parsed) {
     parsed.*field = Parser::parse(data);
+    return (parsed.*field).has_value();
 }
 
 /// A block by name. If a block comes twice, the last one counts.
@@ -33,16 +38,20 @@ constexpr Block blocks[] = {
     {"VestraOrgs", readInto<InitOrganisationParser, &ParsedInitData::organisations>},
 };
 
+void logLeftOut(const std::string& what) {
+    platform::log(platform::LogLevel::warning, "init answer", what + " is left out: it cannot be read");
+}
+
 void readBlock(const ValueMap& entry, ParsedInitData& parsed) {
     auto infoValue = entry.find("info");
     auto dataValue = entry.find("data");
     auto info = infoValue ? infoValue->asMap() : nullptr;
     auto data = dataValue ? dataValue->asList() : nullptr;
-    if (!info || !data) return;
-    auto module = readKey<std::string>(*info, "module");
-    if (!module || readKey<bool>(*info, "nodata").value_or(false)) return;
-    for (auto& block : blocks)
-        if (block.module == *module) block.read(*data, parsed);
+    auto module = info ? readKey<std::string>(*info, "module") : std::nullopt;
+    if (!module) return logLeftOut("a block without a name");
+    if (readKey<bool>(*info, "nodata").value_or(false)) return;
+    auto block = std::ranges::find(blocks, *module, &Block::module);
+    if (block != std::end(blocks) && !(data && block->read(*data, parsed))) logLeftOut("block " + *module);
 }
 
 }  // namespace

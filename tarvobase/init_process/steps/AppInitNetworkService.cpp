@@ -6,7 +6,7 @@
 namespace tarvo {
 
 void AppInitNetworkService::getAppInitData() {
-    auto reusable = KeptInitData::reusable();
+    auto reusable = KeptInitData::reusable(scope());
     if (!reusable) return post({});
     if (auto listener = initDataDelegate.lock()) listener->initDataParsed(reusable);
 }
@@ -18,7 +18,7 @@ void AppInitNetworkService::taskCompletionHandler(NetworkAnswer answer) {
         reportFailure(*answer.error);
     else if (auto handler = parsed ? nullptr : errorHandler.lock())
         handler->parsingError();
-    if (parsed) KeptInitData::keep(*std::move(parsed));
+    if (parsed) KeptInitData::keep(scope(), *std::move(parsed));
 }
 
 }  // namespace tarvo

@@ -3,7 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/ProcessState.h"
 #include "platform/ThreadSafety.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/init_process/parsers/InitDownloadParser.h"
 
 namespace tarvo {
@@ -13,7 +13,7 @@ namespace {
 struct OldResult {
     struct Kept {
         ParsedInitData data;
-        std::optional<std::string> accountID;
+        std::string account, organisation;
     };
     platform::Mutex mutex;
     std::optional<Kept> kept TARVO_GUARDED_BY(mutex);
@@ -25,21 +25,22 @@ constexpr std::int64_t reusedForSeconds = 59;
 
 }  // namespace
 
-std::optional<ParsedInitData> KeptInitData::reusable() {
-    auto account = CommonConfigration::sharedInstance().getCurrentAccountID();
+std::optional<ParsedInitData> KeptInitData::reusable(const Scope& scope) {
     auto now = platform::Clock::secondsSince1970();
     auto& old = OldResult::shared();
     platform::MutexLock lock(old.mutex);
-    if (!old.kept || !old.kept->accountID || old.kept->accountID != account) return std::nullopt;
+    bool isOfScope = old.kept && !scope.account.empty() && old.kept->account == scope.account &&
+                     old.kept->organisation == scope.organisation;
+    if (!isOfScope) return std::nullopt;
     auto age = now - static_cast<std::int64_t>(old.kept->data.responseTime);
     return age >= 0 && age <= reusedForSeconds ? std::optional(old.kept->data) : std::nullopt;
 }
 
-void KeptInitData::keep(ParsedInitData data) {
-    auto account = CommonConfigration::sharedInstance().getCurrentAccountID();
+void KeptInitData::keep(const Scope& scope, ParsedInitData data) {
+    if (!data.createTableQueries || !scope.isCurrent()) return;
     auto& old = OldResult::shared();
     platform::MutexLock lock(old.mutex);
-    old.kept = OldResult::Kept{std::move(data), std::move(account)};
+    old.kept = OldResult::Kept{std::move(data), scope.account, scope.organisation};
 }
 
 }  // namespace tarvo

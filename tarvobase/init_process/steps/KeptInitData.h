@@ -2,16 +2,20 @@
 
 #include <optional>
 
+#include "tarvobase/init_process/parsers/InitDownloadParser.h"
+
 namespace tarvo {
 
-struct ParsedInitData;
+struct Scope;
 
-/// The last answer of the init call in this process, with its account. From any thread.
+/// The last usable answer of the init call in this process, with its account and organisation. From any thread.
 struct KeptInitData {
-    /// Returns the kept answer if it belongs to the current account and the server sent it within the last minute.
-    static std::optional<ParsedInitData> reusable();
-    /// Replaces the kept answer with one of the current account.
-    static void keep(ParsedInitData data);
+    /// Returns the kept answer if it belongs to the account and organisation of the scope and the server sent it within
+    /// the last minute.
+    static std::optional<ParsedInitData> reusable(const Scope& scope);
+    /// Replaces the kept answer. Keeps an answer without tables for nobody, so that a second attempt asks the server
+    /// again.
+    static void keep(const Scope& scope, ParsedInitData data);
 };
 
 }  // namespace tarvo

@@ -296,6 +296,43 @@ TEST_F(InitDataTest, ReusesAnAnswerForAMinuteForTheSameAccount) {
     }
 }
 
+TEST_F(InitDataTest, AnAnswerOfOneOrganisationIsNotReusedForAnother) {
+    run(body(completeAnswer(), platform::Clock::secondsSince1970() * 1000));
+    configuration().currentOrgID = "other";
+    run(body(completeAnswer()));
+    EXPECT_EQ(network->calls().size(), 2u);
+}
+
+TEST_F(InitDataTest, AnAnswerWithoutTablesIsNotReused) {
+    auto withoutTables = completeAnswer();
+    withoutTables.remove("tables");
+    EXPECT_EQ(run(body(withoutTables, platform::Clock::secondsSince1970() * 1000)), 0);
+    EXPECT_EQ(run(body(completeAnswer())), 1) << "a second attempt asks the server again";
+    EXPECT_EQ(network->calls().size(), 2u);
+}
+
+TEST_F(InitDataTest, BlocksAndRowsThatAreLeftOutAreLogged) {
+    auto answer = completeAnswer();
+    answer.set("companyInfo", ValueList{"no row"});
+    answer.set("userDetails", "no list");
+    answer.set("activeModules", ValueList{ValueList{"Leads", "Lead"}, ValueList{""}, "no row"});
+    answer.set("nobodyKnows", ValueList{});
+    EXPECT_EQ(run(body(answer)), 1);
+    EXPECT_TRUE(wasLogged("block companyInfo is left out"));
+    EXPECT_TRUE(wasLogged("block userDetails is left out"));
+    EXPECT_TRUE(wasLogged("2 rows of block activeModules are left out"));
+    EXPECT_FALSE(wasLogged("nobodyKnows")) << "a block of newer servers";
+}
+
+TEST_F(InitDataTest, AnAnswerThatIsNotStoredEndsTheStep) {
+    setFull(*adapter, true);
+    EXPECT_EQ(run(body(completeAnswer())), 100);
+    EXPECT_EQ(DateTimeInUserDefaults(defaults).getTimeFormat(), std::nullopt);
+    setFull(*adapter, false);
+    EXPECT_EQ(run(body(completeAnswer())), 1);
+    EXPECT_EQ(storedCounts(), completeCounts);
+}
+
 class OrgsRecorder final : public StoreOrgsUseCaseDelegate {
 public:
     void orgsStored() override { events += "stored "; }
