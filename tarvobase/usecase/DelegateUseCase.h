@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/Object.h"
+#include "platform/ProgrammingError.h"
 #include "tarvobase/utils/CommonUtils.h"
 
 namespace tarvo {
@@ -22,7 +23,10 @@ protected:
     /// The hop in: `work()` in the background. It does not hold the use case.
     template <class Work>
     void inBackground(Work work) {
-        CommonUtils::performAsyncInBackground([weak = platform::weakSelf(this), work = std::move(work)]() mutable {
+        auto weak = platform::weakSelf(this);
+        if (weak.expired())
+            return platform::reportProgrammingError("a use case is called that no shared_ptr holds; it cannot answer");
+        CommonUtils::performAsyncInBackground([weak = std::move(weak), work = std::move(work)]() mutable {
             if (!weak.expired()) work();
         });
     }

@@ -9,6 +9,7 @@
 #include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
 #include "platform/Object.h"
+#include "platform/ProgrammingError.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/usecase/DataSource.h"
 
@@ -82,8 +83,11 @@ public:
     /// The use case lives until `run` has returned, even when the caller lets it go.
     template <std::derived_from<Request> R>
     void execute(R request, Callback callback) {
+        auto self = platform::strongSelf(this);
+        if (!self)
+            return platform::reportProgrammingError("a use case is executed that no shared_ptr holds; it cannot run");
         UsecaseQueue::queue()->async(
-            [self = platform::strongSelf(this),
+            [self = std::move(self),
              request = std::shared_ptr<const Request>(std::make_shared<const R>(std::move(request))),
              callback = std::move(callback)]() mutable {
                 self->run(std::move(request), UICallback(std::move(callback.onSuccess), std::move(callback.onError),

@@ -1,5 +1,6 @@
 #include "platform/MainQueue.h"
 #include "tarvobase/get_metadata/GetModulesUC.h"
+#include "tarvobase/list_view/GetFiltersUseCase.h"
 #include "tarvobase/usecase/BaseDataManager.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/ModuleInDatabase.h"
@@ -111,6 +112,22 @@ TEST_F(FrameTest, WorksWithoutAnyCallbackAndWithoutItsOwner) {
     }
     settle();
     EXPECT_TRUE(weak.expired());
+}
+
+TEST_F(FrameTest, AUseCaseThatNoSharedPtrHoldsIsReported) {
+    EchoUC usecase(EchoDM::Local::answers);
+    bool isAnswered = false;
+    usecase.execute(EchoOperation::Request(), [&](auto, auto) { isAnswered = true; });
+    settle();
+    EXPECT_FALSE(isAnswered);
+    EXPECT_THAT(takeProgrammingErrors(), ::testing::ElementsAre(::testing::HasSubstr("no shared_ptr holds")));
+}
+
+TEST_F(FrameTest, ADelegateUseCaseThatNoSharedPtrHoldsIsReported) {
+    GetFiltersUseCase usecase;
+    usecase.getFilters(std::vector<Metadata>{});
+    settle();
+    EXPECT_THAT(takeProgrammingErrors(), ::testing::ElementsAre(::testing::HasSubstr("no shared_ptr holds")));
 }
 
 TEST_F(FrameTest, AResponseOfADerivedClassArrivesUncut) {
