@@ -77,7 +77,11 @@ std::vector<ModuleInfo> GetModuleInfoDataManager::infosOf(std::vector<Module> mo
     auto names = namesOf(modules);
     auto permissions = stores.permissionPersistance->getModulePermissionsByModuleNames(names);
     auto fields = stores.metadataDataManager->getFields(names);
-    auto settings = stores.settingPersistence->getSettingsByModuleNames(names);
+    std::string application(SettingsConstants::applicationModule);
+    auto namesWithApplication = names;
+    namesWithApplication.push_back(application);
+    auto settings = stores.settingPersistence->getSettingsByModuleNames(namesWithApplication);
+    auto ofApplication = SettingsList::heldByEveryModule(settings[application]);
     infos.reserve(modules.size());
     for (auto& module : modules) {
         auto& name = module.moduleName;
@@ -87,8 +91,10 @@ std::vector<ModuleInfo> GetModuleInfoDataManager::infosOf(std::vector<Module> mo
         if (permissions)
             if (auto found = permissions->find(name); found != permissions->end())
                 permission.permissionList = found->second;
-        infos.push_back(
-            {.module = module, .metadata = *list, .permission = std::move(permission), .settings = {settings[name]}});
+        infos.push_back({.module = module,
+                         .metadata = *list,
+                         .permission = std::move(permission),
+                         .settings = {settings[name], ofApplication}});
     }
     return infos;
 }

@@ -17,6 +17,8 @@ Result<ModuleInfo, MetadataError> ModuleInfo::createModuleInfo(const std::string
     if (auto permissions = Stores::current().permissions()->getModulePermissionWith(moduleName))
         info.permission.permissionList = *std::move(permissions);
     if (auto settings = settingPersistence.getSettings(moduleName)) info.settings.settingsList = *std::move(settings);
+    if (auto settings = settingPersistence.getSettings(std::string(SettingsConstants::applicationModule)))
+        info.settings.applicationSettings = SettingsList::heldByEveryModule(*std::move(settings));
     return info;
 }
 

@@ -10,10 +10,25 @@ namespace tarvo {
 
 namespace {
 
+/// Returns the field that a setting names. The server may name it by its API name in either naming.
+const FieldMetadata* fieldNamedBySetting(const std::string& name, const FieldList& fields) {
+    if (auto field = fields.getField(name)) return field;
+    return fields.getFieldByApiName(name);
+}
+
+SortField withIdentifier(SortField sortField, const FieldList& fields) {
+    if (auto field = fieldNamedBySetting(sortField.column, fields)) sortField.column = fields.identifierOf(*field);
+    return sortField;
+}
+
+bool isOrderOfNames(SettingName key) {
+    return key == SettingName::sortOrderPreference || key == SettingName::displayNameOrder;
+}
+
 std::vector<std::string> labelsOf(const std::vector<std::string>& columns, const FieldList& fields) {
     std::vector<std::string> labels;
     for (auto& column : columns)
-        if (auto field = fields.getField(column)) labels.push_back(field->fieldLabel);
+        if (auto field = fieldNamedBySetting(column, fields)) labels.push_back(field->fieldLabel);
     return labels;
 }
 
@@ -44,6 +59,22 @@ std::vector<SortField> SettingsList::getSortColumns() const {
     return sortFields;
 }
 
+std::optional<SortField> SettingsList::getPrimarySortField(const FieldList& fields) const {
+    auto sortField = getPrimarySortField();
+    return sortField ? std::optional(withIdentifier(*std::move(sortField), fields)) : std::nullopt;
+}
+
+std::vector<SortField> SettingsList::getSortColumns(const FieldList& fields) const {
+    auto sortFields = getSortColumns();
+    for (auto& sortField : sortFields) sortField = withIdentifier(std::move(sortField), fields);
+    return sortFields;
+}
+
+std::vector<Settings> SettingsList::heldByEveryModule(std::vector<Settings> ofApplication) {
+    std::erase_if(ofApplication, [](auto& setting) { return !isOrderOfNames(setting.settingsKey); });
+    return ofApplication;
+}
+
 bool SettingsList::isSortByFirstNameLastName() const { return isFirstNameAhead(SettingName::sortOrderPreference); }
 bool SettingsList::isDisplayFirstNameLastName() const { return isFirstNameAhead(SettingName::displayNameOrder); }
 
@@ -57,7 +88,7 @@ std::vector<std::string> SettingsList::getDisplayFieldLabels(const FieldList& fi
 std::vector<FieldMetadata> SettingsList::getDisplayFieldsMetadata(const FieldList& fields) const {
     std::vector<FieldMetadata> found;
     for (auto& column : getDisplayCrmColumns())
-        if (auto field = fields.getField(column)) found.push_back(*field);
+        if (auto field = fieldNamedBySetting(column, fields)) found.push_back(*field);
     return found;
 }
 
@@ -69,10 +100,15 @@ std::vector<std::string> SettingsList::columns(SettingName key, bool isDefault) 
     return columns;
 }
 
-// The order of names is stored as two parts joined with ","; the first part comes first in the name.
+// The order of names is stored as two parts joined with ","; the first part comes first in the name. The server sends
+// it as a setting of the application.
 bool SettingsList::isFirstNameAhead(SettingName key) const {
-    auto halves = columns(key, false);
-    return !halves.empty() && halves.front() == SettingsConstants::FirstNameKey;
+    auto setting = getSetting(key);
+    for (auto& ofApplication : applicationSettings)
+        if (!setting && ofApplication.settingsKey == key) setting = &ofApplication;
+    if (!setting) return false;
+    auto parts = text::split(setting->customSettings, ",");
+    return !parts.empty() && parts.front() == SettingsConstants::FirstNameKey;
 }
 
 }  // namespace tarvo

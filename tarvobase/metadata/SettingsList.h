@@ -15,6 +15,11 @@ struct FieldMetadata;
 /// The settings of one module, or of the application. A setting's value is the user's choice.
 struct SettingsList {
     std::vector<Settings> settingsList;
+    /// The application's settings that hold for every module: the orders of names. Not part of the JSON form.
+    std::vector<Settings> applicationSettings{};
+
+    /// Returns the settings that hold for every module out of those of the application.
+    static std::vector<Settings> heldByEveryModule(std::vector<Settings> ofApplication);
 
     /// Returns the first setting with this key, or null. The pointer is valid as long as the list.
     const Settings* getSetting(SettingName key) const;
@@ -28,13 +33,17 @@ struct SettingsList {
     std::optional<SortField> getPrimarySortField() const;
     /// Returns the group, primary and secondary sort in this order, as far as they are set.
     std::vector<SortField> getSortColumns() const;
+    /// The same for settings that may name a field by either naming: fields that the module has come by identifier.
+    std::optional<SortField> getPrimarySortField(const FieldList& fields) const;
+    std::vector<SortField> getSortColumns(const FieldList& fields) const;
 
-    /// Return whether names are sorted, or shown, with the first name before the last. False without the setting.
+    /// Return whether names are sorted, or shown, with the first name before the last. The module's own setting comes
+    /// before the application's; without either the answer is false.
     bool isSortByFirstNameLastName() const;
     bool isDisplayFirstNameLastName() const;
 
-    /// Return the labels of the user's columns, or of the server's default ones if `isDefault`. A column without a
-    /// field is left out.
+    /// Return the labels of the user's columns, or of the server's default ones if `isDefault`. The settings may name a
+    /// column by either naming. A column without a field is left out.
     std::vector<std::string> getSearchFieldLabels(const FieldList& fields, bool isDefault) const;
     std::vector<std::string> getDisplayFieldLabels(const FieldList& fields, bool isDefault) const;
     std::vector<FieldMetadata> getDisplayFieldsMetadata(const FieldList& fields) const;

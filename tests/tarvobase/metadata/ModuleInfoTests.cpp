@@ -87,6 +87,44 @@ TEST_P(ModuleInfoTest, BringsFieldsPermissionsAndSettings) {
     EXPECT_THAT(infos.at("Deals").settings.settingsList, IsEmpty());
 }
 
+TEST_P(ModuleInfoTest, TheOrderOfNamesIsASettingOfTheApplication) {
+    storeModule("Leads", {field("Leads", "City")});
+    store(std::vector{setting("Settings", SettingName::sortOrderPreference, "First Name,Last Name"),
+                      setting("Settings", SettingName::fontName, "Serif"),
+                      setting("Leads", SettingName::display, "City")});
+    auto answer = run<GetModuleInfo>(GetModuleInfo::Request({"Leads"}));
+    auto& settings = answer.response->moduleInfoDict.at("Leads").settings;
+    EXPECT_TRUE(settings.isSortByFirstNameLastName());
+    EXPECT_FALSE(settings.isDisplayFirstNameLastName());
+    EXPECT_EQ(settings.settingsList.size(), 1u);
+
+    auto stores = Stores::current();
+    auto created = ModuleInfo::createModuleInfo("Leads", FieldList(), *stores.modules(), *stores.settings());
+    EXPECT_TRUE(created->settings.isSortByFirstNameLastName());
+}
+
+TEST_P(ModuleInfoTest, AModulesOwnOrderOfNamesComesFirst) {
+    storeModule("Leads", {field("Leads", "City")});
+    store(std::vector{setting("Settings", SettingName::displayNameOrder, "First Name,Last Name"),
+                      setting("Leads", SettingName::displayNameOrder, "Last Name,First Name")});
+    auto answer = run<GetModuleInfo>(GetModuleInfo::Request({"Leads"}));
+    EXPECT_FALSE(answer.response->moduleInfoDict.at("Leads").settings.isDisplayFirstNameLastName());
+}
+
+TEST_P(ModuleInfoTest, SettingsNameFieldsByEitherNaming) {
+    storeModule("Leads", {field("Leads", "Last_Name"), field("Leads", "City")});
+    store(std::vector{setting("Leads", SettingName::display, "City," + identifier("Last_Name")),
+                      setting("Leads", SettingName::primarySort, "Last_Name,desc")});
+    auto answer = run<GetModuleInfo>(GetModuleInfo::Request({"Leads"}));
+    auto& leads = answer.response->moduleInfoDict.at("Leads");
+    EXPECT_THAT(leads.settings.getDisplayFieldLabels(leads.metadata, false),
+                ElementsAre("Label of City", "Label of Last_Name"));
+    EXPECT_EQ(leads.settings.getDisplayFieldsMetadata(leads.metadata).size(), 2u);
+    SortField sort{identifier("Last_Name"), false};
+    EXPECT_EQ(leads.settings.getPrimarySortField(leads.metadata), sort);
+    EXPECT_THAT(leads.settings.getSortColumns(leads.metadata), ElementsAre(sort));
+}
+
 TEST_P(ModuleInfoTest, FieldsOfActivitiesTakeTheirValuesFromTheThreeModules) {
     auto status = field("Activities", "Status", FieldDataType::picklist);
     storeModule("Activities", {status, field("Activities", "Subject")});
