@@ -30,10 +30,12 @@ constexpr SectionReader readers[] = {
 
 }  // namespace
 
+MetadataParser::MetadataParser()
+    : hasAdditionalInfo_(CommonConfigration::sharedInstance().hasAdditionalInfoAndSubformKeysInLayoutMeta.get()) {}
+
 Result<ParsedMetadataDetail, ParserError> MetadataParser::parseResult(const ValueList& sections,
                                                                       const ParsedMetadataInfo& info) {
-    auto& configuration = CommonConfigration::sharedInstance();
-    SectionContext context{info.moduleName, configuration.hasAdditionalInfoAndSubformKeysInLayoutMeta.get()};
+    SectionContext context{info.moduleName, hasAdditionalInfo_};
     ParsedMetadata metadata;
     for (std::size_t i = 0; i < std::min(sections.size(), std::size(readers)); ++i)
         if (readers[i]) readers[i](sections[i], context, metadata);

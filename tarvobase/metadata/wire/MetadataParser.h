@@ -9,8 +9,14 @@ namespace tarvo {
 /// the server refused fails as a whole. In any other entry each section has its own result.
 class MetadataParser final : public ParserProtocol<ParsedMetadataDetail, ParsedMetadataInfo> {
 public:
+    /// Takes the form of the rows from the configuration.
+    MetadataParser();
+
     Result<ParsedMetadataDetail, ParserError> parseResult(const ValueList& sections,
                                                           const ParsedMetadataInfo& info) override;
+
+private:
+    const bool hasAdditionalInfo_;
 };
 
 }  // namespace tarvo
