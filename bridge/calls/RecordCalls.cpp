@@ -1,7 +1,11 @@
 #include "bridge/DelegateLines.h"
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/RecordForms.h"
+#include "tarvobase/get_metadata/GetRecordCount.h"
+#include "tarvobase/get_metadata/ReduceMetadataForEdit.h"
 #include "tarvobase/list_view/GetRecordsUseCase.h"
+#include "tarvobase/metadata/Stores.h"
+#include "tarvobase/usecase/Usecase.h"
 
 namespace tarvo::bridge {
 
@@ -34,6 +38,21 @@ struct OpenRequest : JsonRecordQuery {
     bool fetchOnlyOpen = false;
     static constexpr auto fields() {
         return describe(JsonRecordQuery::fields(), field("fetchOnlyOpen", &OpenRequest::fetchOnlyOpen));
+    }
+};
+
+struct CountRequest {
+    std::string moduleName;
+    static constexpr auto fields() { return describe(field("moduleName", &CountRequest::moduleName)); }
+};
+/// Columns are identifiers.
+struct ReduceRequest {
+    std::string moduleName;
+    std::vector<JsonRecord> records;
+    std::vector<std::string> columns;
+    static constexpr auto fields() {
+        return describe(field("moduleName", &ReduceRequest::moduleName), field("records", &ReduceRequest::records),
+                        field("columns", &ReduceRequest::columns));
     }
 };
 
@@ -74,6 +93,26 @@ void getRecord(const RecordRequest& request, const CallPtr& call) {
     usecase->getRecord(named.module, request.recordID, request.miscData);
 }
 
+/// Reads in the background. A member is left out if it is absent.
+void getRecordCount(const CountRequest& request, const CallPtr& call) {
+    UsecaseQueue::queue()->async([request, call] {
+        auto stores = Stores::current();
+        auto count = GetRecordCount::make(request.moduleName, stores.databaseAdapter(), stores.userDefaults);
+        ValueMap response;
+        if (auto records = count->getCount()) response.set("count", *records);
+        if (auto time = count->getLastSyncTime()) response.set("lastSyncTime", *time);
+        call->done("response", std::move(response));
+    });
+}
+
+void reduceForEdit(const ReduceRequest& request, const CallPtr& call) {
+    std::vector<Record> records;
+    for (auto& record : request.records) records.push_back(record.record());
+    auto reduced =
+        ReduceMetadataForEdit::reduce(records, request.columns, ModuleIdentifier::fromModuleName(request.moduleName));
+    call->done("response", ValueMap{{"records", toJson(reduced)}});
+}
+
 /// Registers a request for a list, which one notice answers.
 template <class Request, class Ask>
 void addList(Registry& registry, const std::string& name, Ask ask) {
@@ -90,6 +129,8 @@ void addRecordCalls(Registry& registry) {
         usecase.getRecords(request, request.miscData);
     });
     registry.addOperation<RecordRequest>("GetRecordsUseCase.getRecord", getRecord);
+    registry.addOperation<CountRequest>("GetRecordCount", getRecordCount);
+    registry.addOperation<ReduceRequest>("ReduceMetadataForEdit", reduceForEdit);
     addList<DatesRequest>(registry, "getActivityRecords", [](GetRecordsUseCase& usecase, const DatesRequest& request) {
         usecase.getActivityRecords(request, request.fromDate, request.toDate);
     });
