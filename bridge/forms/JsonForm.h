@@ -260,6 +260,7 @@ struct JsonForm<AppError<DomainError>> {
     static Value write(const AppError<DomainError>& error) {
         ValueMap map{{"case", caseName(error.which())}};
         if (auto domainError = error.getDomainError()) map.set("value", toJson(*domainError));
+        if (auto reason = error.reason()) map.set("reason", caseName(*reason));
         return map;
     }
 };

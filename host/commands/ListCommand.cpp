@@ -35,7 +35,7 @@ struct Page {
     std::vector<Record> records;
     std::optional<bool> moreRecords;  ///< absent for a page that was sorted locally
     std::string source;
-    bool isServerAway = false;
+    std::optional<std::string> failure;  ///< why the server added nothing
 };
 
 Result<CustomView, int> viewOf(const std::vector<CustomView>& views, const Arguments& arguments) {
@@ -159,8 +159,28 @@ std::vector<std::string> columnsOf(const ListRequest& request) {
 /// The last answer counts. Whether there is a second one is known when the use case has released its callbacks.
 struct Answers {
     std::optional<GetListFilterRecords<>::Response> last;
-    bool hasFailed = false;
+    std::optional<std::string> failure;
 };
+
+std::string textOf(std::optional<FailureReason> reason) {
+    switch (reason.value_or(FailureReason::noNetwork)) {
+        case FailureReason::notSignedIn:
+            return "there is no token to ask the server with";
+        case FailureReason::refused:
+            return "the server refused";
+        case FailureReason::unusableAnswer:
+            return "the server's answer cannot be read";
+        case FailureReason::notStored:
+            return "the server's records could not be stored";
+        case FailureReason::noSuchModule:
+            return "there is no such module";
+        case FailureReason::noSuchView:
+            return "there is no such view";
+        case FailureReason::noNetwork:
+            break;
+    }
+    return "the server did not answer";
+}
 
 Result<Page, int> ask(const ListRequest& request, const Arguments& arguments) {
     GetListFilterRecordsParams params;
@@ -178,14 +198,15 @@ Result<Page, int> ask(const ListRequest& request, const Arguments& arguments) {
         });
         usecase->execute(GetListFilterRecords<>::Request(params),
                          {.onSuccess = [all](auto& answer) { all->last = answer; },
-                          .onError = [all](auto&) { all->hasFailed = true; },
+                          .onError = [all](auto& failure) { all->failure = textOf(failure.reason()); },
                           .didComplete = nullptr});
         return usecase;
     });
     if (!answers) return fail("the server did not answer in time");
-    if (!answers->last) return fail("no record of this page is stored, and the server sent none");
+    if (!answers->last)
+        return fail("no record of this page is stored, and " + answers->failure.value_or("the server sent none"));
     Page page{std::move(answers->last->records).value_or(std::vector<Record>()), answers->last->moreRecords,
-              std::string(caseName(answers->last->source())), answers->hasFailed};
+              std::string(caseName(answers->last->source())), answers->failure};
     return page;
 }
 
@@ -201,7 +222,7 @@ Result<Page, int> askSorted(Host& host, const ListRequest& request, const Argume
     query.limit = arguments.limit;
     auto records = RecordInDatabase::make(host.database())->getRecords(query);
     if (!records) return fail("the records could not be read");
-    return Page{*std::move(records), std::nullopt, std::string(caseName(ResponseSource::database)), false};
+    return Page{*std::move(records), std::nullopt, std::string(caseName(ResponseSource::database)), std::nullopt};
 }
 
 std::string extentOf(const Page& page, const Arguments& arguments) {
@@ -266,7 +287,7 @@ int listRecords(Host& host, const Arguments& arguments) {
     if (!request) return request.error();
     auto page = request->sort ? askSorted(host, *request, arguments) : ask(*request, arguments);
     if (!page) return page.error();
-    if (page->isServerAway) note("the server did not answer; these are the stored records");
+    if (page->failure) note(*page->failure + "; these are the stored records");
     return print(arguments.json ? forPrograms(*page, *request, arguments, *path)
                                 : forPeople(*page, *request, arguments));
 }

@@ -1,7 +1,8 @@
 #include "tarvobase/list_view/GetCVRecordsNetworkService.h"
 
 #include "platform/Log.h"
-#include "tarvobase/records/wire/WireRecords.h"
+#include "tarvobase/list_view/wire/ListPage.h"
+#include "tarvobase/network_layer/NetworkFailure.h"
 
 namespace tarvo {
 
@@ -21,21 +22,31 @@ ValueMap paramsOf(const GetCVRecordsNetworkRequest& request) {
     return params;
 }
 
+Result<ListPage, FailureReason> failedPage(FailureReason reason, const std::string& why) {
+    platform::log(platform::LogLevel::warning, "list view", "no records of a view from the server: " + why);
+    return reason;
+}
+Result<ListPage, FailureReason> failedPage(const ParserError& error) {
+    bool isRefusal = error.which() == ParserError::Case::responseError;
+    return failedPage(isRefusal ? FailureReason::refused : FailureReason::unusableAnswer, error.logText());
+}
+
+/// Reads the one entry of an answer.
+Result<ListPage, FailureReason> pageOf(const NetworkAnswer& answer) {
+    if (answer.error) return failedPage(failureReasonOf(*answer.error), answer.error->message);
+    auto parsed = WireRecordsParser::parse(answer.body);
+    if (!parsed) return failedPage(parsed.error());
+    if (parsed->result.empty()) return failedPage(ParserError::noData());
+    auto& entry = parsed->result.front();
+    if (!entry) return failedPage(entry.error());
+    if (!entry->data) return failedPage(entry->data.error());
+    return ListPage{*entry->data, entry->info, parsed->responseInfo};
+}
+
 }  // namespace
 
 void GetCVRecordsNetworkService::getRecordList(const GetCVRecordsNetworkRequest& request, Completion completion) {
-    post(paramsOf(request), [completion = std::move(completion)](NetworkAnswer answer) {
-        if (answer.error) {
-            platform::log(platform::LogLevel::warning, "list view",
-                          "the records of a view were not answered: " + answer.error->message);
-            return completion(std::nullopt);
-        }
-        auto parsed = WireRecordsParser::parse(answer.body);
-        if (!parsed)
-            platform::log(platform::LogLevel::warning, "list view",
-                          "the answer with the records of a view cannot be read");
-        completion(parsed ? std::optional(*std::move(parsed)) : std::nullopt);
-    });
+    post(paramsOf(request), [completion = std::move(completion)](NetworkAnswer answer) { completion(pageOf(answer)); });
 }
 
 }  // namespace tarvo

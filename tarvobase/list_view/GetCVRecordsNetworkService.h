@@ -4,14 +4,15 @@
 #include <functional>
 #include <optional>
 
-#include "tarvobase/network_layer/ParserProtocol.h"
+#include "platform/Result.h"
 #include "tarvobase/network_layer/StaticBaseNetworkService.h"
+#include "tarvobase/usecase/AppError.h"
 #include "tarvobase/value_objects/module/Module.h"
 #include "tarvobase/value_objects/view/FilterProtocol.h"
 
 namespace tarvo {
 
-struct WireRecords;
+struct ListPage;
 
 /// Which records of which view to ask for. The references are read before the call returns.
 struct GetCVRecordsNetworkRequest {
@@ -24,8 +25,8 @@ struct GetCVRecordsNetworkRequest {
 /// Asks the server for the next records of a view, in the view's order.
 class GetCVRecordsNetworkService final : public StaticBaseNetworkService {
 public:
-    /// Gets nullopt if the server could not be reached or its answer cannot be read; both are logged.
-    using Completion = std::function<void(std::optional<ParsedResponse<WireRecords, RecordListInfo>>)>;
+    /// Gets the page, or the reason why there is none, which is logged.
+    using Completion = std::function<void(Result<ListPage, FailureReason>)>;
 
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::customViewRecords); }
     /// Completes exactly once, on the network queue.

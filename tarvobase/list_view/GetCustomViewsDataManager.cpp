@@ -1,6 +1,9 @@
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 
 #include "platform/Clock.h"
+#include "platform/Log.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/list_view/ListChanges.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CVObserver.h"
@@ -20,16 +23,17 @@ void notifyObservers(const std::string& moduleName) {
 GetCustomViewsDataManager::GetCustomViewsDataManager(
     std::shared_ptr<CustomViewPersistanceDelegate> customViewsPersistance,
     std::shared_ptr<FilterRecordMapPersistanceDelegate> cvRecordMapPersistance,
-    std::shared_ptr<UserDefaultsUtil> userDefaultsUtil)
+    std::shared_ptr<UserDefaultsUtil> userDefaultsUtil, std::shared_ptr<DatabaseAdapter> databaseAdapter)
     : customViewsPersistance(std::move(customViewsPersistance)),
       cvRecordMapPersistance(std::move(cvRecordMapPersistance)),
-      userDefaultsUtil(std::move(userDefaultsUtil)) {}
+      userDefaultsUtil(std::move(userDefaultsUtil)),
+      databaseAdapter(std::move(databaseAdapter)) {}
 
 std::shared_ptr<GetCustomViewsDataManager> GetCustomViewsDataManager::current() {
     auto stores = Stores::current();
     return std::make_shared<GetCustomViewsDataManager>(
         stores.customViews(), std::make_shared<CVRecordMapInDatabase>(stores.databaseAdapter()),
-        std::make_shared<UserDefaultsUtil>(stores.userDefaults));
+        std::make_shared<UserDefaultsUtil>(stores.userDefaults), stores.databaseAdapter());
 }
 
 std::optional<GetCustomViewsDataManager::CustomViews> GetCustomViewsDataManager::getCustomViews(
@@ -63,10 +67,26 @@ void GetCustomViewsDataManager::setAsDefaultCustomView(const std::string& cvId, 
 void GetCustomViewsDataManager::updateSortfield(const SortField& sortField, const std::string& cvId,
                                                 const std::string& moduleName) {
     recordChange(moduleName);
-    customViewsPersistance->updateSortfield(sortField, cvId, moduleName);
-    if (cvRecordMapPersistance) cvRecordMapPersistance->delete_(cvId, moduleName);
-    if (userDefaultsUtil) userDefaultsUtil->setListFilterHasMoreRecord(true, moduleName, cvId);
+    {
+        platform::MutexLock lock(ListChanges::shared().mutex);
+        // The flag comes first: a process that ends in between must not leave an empty list that says "no more".
+        if (userDefaultsUtil) userDefaultsUtil->setListFilterHasMoreRecord(true, moduleName, cvId);
+        changeOrder(sortField, cvId, moduleName);
+    }
     notifyObservers(moduleName);
+}
+
+/// Stores the order and drops the map that follows the old one, both or neither.
+void GetCustomViewsDataManager::changeOrder(const SortField& sortField, const std::string& cvId,
+                                            const std::string& moduleName) {
+    auto change = [&] {
+        customViewsPersistance->updateSortfield(sortField, cvId, moduleName);
+        if (cvRecordMapPersistance) cvRecordMapPersistance->delete_(cvId, moduleName);
+        return true;
+    };
+    if (databaseAdapter && !databaseAdapter->transaction("order of a view", change))
+        platform::log(platform::LogLevel::warning, "list view", "the order of view " + cvId + " could not be stored");
+    if (!databaseAdapter) change();
 }
 
 void GetCustomViewsDataManager::recordChange(const std::string& moduleName) {

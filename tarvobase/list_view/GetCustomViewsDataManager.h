@@ -11,6 +11,8 @@
 
 namespace tarvo {
 
+class DatabaseAdapter;
+
 /// Reads and changes the views of the local database. May be called from any thread. The observers of `CVObserver` are
 /// notified of a change on the bus's background queue.
 class GetCustomViewsDataManagerProtocol : public virtual platform::Object {
@@ -35,10 +37,12 @@ public:
 
 class GetCustomViewsDataManager final : public GetCustomViewsDataManagerProtocol {
 public:
-    /// The map and the settings may be null; the work on them is then skipped.
+    /// The map and the settings may be null; the work on them is then skipped. With an adapter a change of several
+    /// tables is one commit.
     explicit GetCustomViewsDataManager(std::shared_ptr<CustomViewPersistanceDelegate> customViewsPersistance,
                                        std::shared_ptr<FilterRecordMapPersistanceDelegate> cvRecordMapPersistance,
-                                       std::shared_ptr<UserDefaultsUtil> userDefaultsUtil);
+                                       std::shared_ptr<UserDefaultsUtil> userDefaultsUtil,
+                                       std::shared_ptr<DatabaseAdapter> databaseAdapter = nullptr);
     /// Uses the database that is open at this moment and the settings of the account.
     static std::shared_ptr<GetCustomViewsDataManager> current();
 
@@ -54,8 +58,10 @@ public:
     const std::shared_ptr<CustomViewPersistanceDelegate> customViewsPersistance;
     const std::shared_ptr<FilterRecordMapPersistanceDelegate> cvRecordMapPersistance;
     const std::shared_ptr<UserDefaultsUtil> userDefaultsUtil;
+    const std::shared_ptr<DatabaseAdapter> databaseAdapter;
 
 private:
+    void changeOrder(const SortField& sortField, const std::string& cvId, const std::string& moduleName);
     void recordChange(const std::string& moduleName);
 };
 

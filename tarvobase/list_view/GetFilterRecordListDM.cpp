@@ -4,13 +4,12 @@
 
 #include "kelva_db/Database.h"
 #include "platform/Log.h"
-#include "platform/ProcessState.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/list_view/ListPageStore.h"
 #include "tarvobase/list_view/OnlineViews.h"
 #include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
+#include "tarvobase/list_view/wire/ListPage.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
-#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -28,27 +27,12 @@ constexpr std::int64_t maxCVRecordCount = 20000;
 
 const std::string duplicateValue = "Duplicate value";
 
-OnlineViews& onlineViews() { return platform::ProcessState::current().get<OnlineViews>(); }
-
-OnlineViews::Key keyOf(const CustomView& view) {
-    return {CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""), view.moduleName, view.viewID};
-}
-
-/// Returns whether the stored rows of a view come from a former run, so that the first answer of this run replaces
-/// them.
-bool awaitsReplacement(const CustomView& view) {
-    return !view.isOfflineSupported && !onlineViews().isAnswered(keyOf(view));
-}
-
 std::int64_t fromOf(const GetListFilterRecordsParams& request) {
     return std::max(defaultFrom, request.from.value_or(defaultFrom));
 }
 
-/// Returns the one entry of an answer with its records, or null if the answer has no readable records.
-const RParsedResult<WireRecords, RecordListInfo>* recordsOf(const std::optional<WireRecordsParser::Response>& answer) {
-    if (!answer || answer->result.empty() || !answer->result.front()) return nullptr;
-    auto& entry = *answer->result.front();
-    return entry.data ? &entry : nullptr;
+bool isNarrowed(const GetListFilterRecordsParams& request, const std::optional<std::vector<Criteria>>& criteria) {
+    return (request.filters && !request.filters->empty()) || (criteria && !criteria->empty());
 }
 
 }  // namespace
@@ -58,13 +42,14 @@ void GetFilterRecordListDM::getRecordList(const RequestPtr& request, Answers ans
     auto source = request->source();
     if (source == DataSource::none) return;
     auto moduleInfo = parts.moduleInfoDatamanager->getModuleInfo(request->moduleName);
-    if (!moduleInfo) return answers.onError(Failure::unknownError());
+    if (!moduleInfo) return answers.onError(Failure::unknownError(FailureReason::noSuchModule));
     auto view = parts.filterPersistence->getCustomView(request->criteriaId, request->moduleName);
-    if (!view) return answers.onError(Failure::unknownError());
+    if (!view) return answers.onError(Failure::unknownError(FailureReason::noSuchView));
     auto call = std::make_shared<const Call>(
         Call{request, std::move(answers), std::move(criteria), *std::move(moduleInfo), *std::move(view)});
 
-    bool isFirst = !call->view.isOfflineSupported && onlineViews().noteRequest(keyOf(call->view));
+    bool mayAsk = source != DataSource::database;
+    bool isFirst = mayAsk && OnlineViews::shared().addRequest(parts.account, call->view);
     if (isFirst) parts.userDefaultsUtil->resetListFilter(request->moduleName, request->criteriaId);
 
     std::vector<Record> records;
@@ -76,15 +61,18 @@ void GetFilterRecordListDM::getRecordList(const RequestPtr& request, Answers ans
                       "Records in DB for " + call->view.viewName + ": " + std::to_string(recordCount));
         call->answers.callback({std::move(records), hasMore(*request)});
     }
-    // Rows that are about to be replaced are shown, but they are not part of the list that the server is asked for.
-    auto heldCount = awaitsReplacement(call->view) ? 0 : recordCount;
-    bool mayAsk = source != DataSource::database && !(source == DataSource::either && anyRows);
-    if (mayAsk && canTriggerNetworkRequest(*request, heldCount))
-        return triggerNetworkRequest(call, fromOf(*request) + heldCount);
-    if (anyRows) return;
+    if (mayAsk && !(source == DataSource::either && anyRows))
+        if (auto position = firstPosition(*call, recordCount)) return triggerNetworkRequest(call, *position);
+    if (!anyRows) answerStored(*call);
+}
+
+/// Answers a call for which no row has been read and the server is not asked.
+void GetFilterRecordListDM::answerStored(const Call& call) const {
+    auto records = readLocally(call);
+    if (!records.empty()) return call.answers.callback({std::move(records), hasMore(*call.request)});
     platform::log(platform::LogLevel::progress, "list view",
-                  "No record in DB and Server not triggered for " + call->view.viewName);
-    call->answers.callback({});
+                  "No record in DB and Server not triggered for " + call.view.viewName);
+    call.answers.callback({});
 }
 
 std::vector<Record> GetFilterRecordListDM::readLocally(const Call& call) const {
@@ -94,7 +82,9 @@ std::vector<Record> GetFilterRecordListDM::readLocally(const Call& call) const {
          .moduleInfo = call.moduleInfo,
          .request = *call.request,
          .unsyncedCriteria = getUnsyncedCriteria(moduleName, call.view.moduleName, call.moduleInfo.metadata.naming()),
-         .criteria = call.criteria});
+         .criteria = call.criteria,
+         // Once the server has said that there are no more records, an empty map is an empty list.
+         .conditionOfEmptyMap = hasMore(*call.request) ? &call.view : nullptr});
     return std::move(records).value_or(std::vector<Record>());
 }
 
@@ -114,12 +104,42 @@ bool GetFilterRecordListDM::hasMore(const GetListFilterRecordsParams& request) c
     return parts.userDefaultsUtil->getListFilterHasMoreRecord(request.moduleName, request.criteriaId);
 }
 
-bool GetFilterRecordListDM::canTriggerNetworkRequest(const GetListFilterRecordsParams& request,
-                                                     std::int64_t recordCount) const {
-    auto from = fromOf(request);
+/// Returns how many records of the list the client holds. Rows that are about to be replaced are shown, but they are
+/// not part of the list that the server is asked for.
+std::int64_t GetFilterRecordListDM::heldCount(const Call& call) const {
+    if (OnlineViews::shared().awaitsReplacement(parts.account, call.view)) return 0;
+    auto& request = *call.request;
+    return parts.filterRecordMapPersistance->count(request.criteriaId, request.moduleName).value_or(0);
+}
+
+bool GetFilterRecordListDM::canTriggerNetworkRequest(const Call& call, std::int64_t recordCount) const {
+    auto from = fromOf(*call.request);
     if (from > maxCVRecordCount) return false;
+    bool mayHaveMore = hasMore(*call.request) || OnlineViews::shared().awaitsReplacement(parts.account, call.view);
     // This is from + limit > recordCount, written so that no limit of a host overflows.
-    return hasMore(request) && request.limit.value_or(defaultLimit) > recordCount - from;
+    return mayHaveMore && call.request->limit.value_or(defaultLimit) > recordCount - from;
+}
+
+/// Returns the position to ask the server from after `recordCount` rows were read, or nullopt if it is not asked.
+std::optional<std::int64_t> GetFilterRecordListDM::firstPosition(const Call& call, std::int64_t recordCount) const {
+    if (!canTriggerNetworkRequest(call, 0)) return std::nullopt;
+    auto held = heldCount(call);
+    // Rows that only the view's own condition found are not held.
+    if (held == 0) return 0;
+    if (!canTriggerNetworkRequest(call, recordCount)) return std::nullopt;
+    // The number of rows that pass filters says nothing about how far the list reaches.
+    if (isNarrowed(*call.request, call.criteria)) return held;
+    return std::min(fromOf(*call.request) + recordCount, held);
+}
+
+/// Returns the position of a further request after an answer was stored, or nullopt if the page can be answered. Only a
+/// later page may need one: the list is asked for from the end of its map, which may lie before the page.
+std::optional<std::int64_t> GetFilterRecordListDM::nextPosition(const Call& call, std::int64_t from) const {
+    auto pageStart = fromOf(*call.request);
+    auto pageEnd = pageStart + std::min(call.request->limit.value_or(defaultLimit), defaultMaxCount);
+    auto held = heldCount(call);
+    bool isShort = held > from && held < pageEnd;
+    return pageStart > 0 && isShort && hasMore(*call.request) ? std::optional(held) : std::nullopt;
 }
 
 void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int64_t from) {
@@ -128,46 +148,26 @@ void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int6
                                          .module = call->moduleInfo.module,
                                          .from = from,
                                          .maxDownloadCount = from == 0 ? initialMaxCount : defaultMaxCount},
-                                        [weak = platform::weakSelf(this), call, from](auto answer) {
-                                            if (auto self = weak.lock())
-                                                self->networkCompletion(call, from, std::move(answer));
+                                        [weak = platform::weakSelf(this), call, from](auto page) {
+                                            if (auto self = weak.lock()) self->networkCompletion(call, from, page);
                                         });
 }
 
 // Runs on the network queue, so answers are stored one after the other, in the order in which they come.
 void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t from,
-                                              std::optional<WireRecordsParser::Response> answer) {
-    auto entry = recordsOf(answer);
-    if (!entry) return call->answers.onError(Failure::unknownError());
-    takeOver(*call, from, *entry->data);
-    notePosition(*call, entry->info, answer->responseInfo);
+                                              const Result<ListPage, FailureReason>& page) {
+    if (!page) return call->answers.onError(Failure::unknownError(page.error()));
+    using Outcome = ListPageStore::Outcome;
+    auto outcome = ListPageStore{parts.account, parts.recordPersistance, parts.filterRecordMapPersistance,
+                                 parts.filterPersistence, parts.userDefaultsUtil}
+                       .store(*page, call->view, from);
+    if (outcome == Outcome::failed) return call->answers.onError(Failure::unknownError(FailureReason::notStored));
+    auto next = outcome == Outcome::stored ? nextPosition(*call, from) : std::nullopt;
+    if (next) return triggerNetworkRequest(call, *next);
     // A long list may take a while to read, and other completions should not wait for it.
     UsecaseQueue::queue()->async([weak = platform::weakSelf(this), call] {
         if (auto self = weak.lock()) self->answerFinally(*call);
     });
-}
-
-void GetFilterRecordListDM::takeOver(const Call& call, std::int64_t from, const WireRecords& records) {
-    auto& request = *call.request;
-    auto ids = parts.recordPersistance->storePage(records, request.moduleName).value_or(std::vector<std::string>());
-    platform::log(
-        platform::LogLevel::progress, "list view",
-        "Network call success for " + call.view.viewName + ", with count of records " + std::to_string(ids.size()));
-    // Only an answer that begins the list can stand for all of it.
-    bool replaces = !call.view.isOfflineSupported && from == 0 && onlineViews().noteAnswer(keyOf(call.view));
-    if (replaces) parts.filterRecordMapPersistance->delete_(request.criteriaId, request.moduleName);
-    parts.filterRecordMapPersistance->store(ids, request.criteriaId, request.moduleName);
-}
-
-void GetFilterRecordListDM::notePosition(const Call& call, const RecordListInfo& info,
-                                         const ResponseInfo& responseInfo) {
-    auto& request = *call.request;
-    auto& defaults = *parts.userDefaultsUtil;
-    // An answer without `hasMore` leaves the flag as it is, unless the answer says that there is no data.
-    if (info.hasMore || info.noData == true)
-        defaults.setListFilterHasMoreRecord(info.hasMore.value_or(false), request.moduleName, request.criteriaId);
-    auto time = info.serverTime.value_or(static_cast<std::int64_t>(responseInfo.serverTime));
-    if (time > 0) defaults.setListFilterRecordSyncTime(time, request.moduleName, request.criteriaId);
 }
 
 void GetFilterRecordListDM::answerFinally(const Call& call) const {
@@ -195,7 +195,8 @@ std::shared_ptr<GetFilterRecordListDM> GetFilterRecordListDM::current() {
               .filterRecordMapPersistance = map,
               .filterRecordDBS = records,
               .recordPersistance = records,
-              .transactionManager = std::make_shared<EmptyTransactionManager>()});
+              .transactionManager = std::make_shared<EmptyTransactionManager>(),
+              .account = stores.scope.account});
 }
 
 }  // namespace tarvo

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "tarvobase/list_view/GetCVRecordsNetworkService.h"
@@ -20,7 +21,12 @@ namespace tarvo {
 
 /// Serves a page of a view: the stored rows first, and then, if they do not fill the page and the server has said that
 /// it has more, the rows that the server adds. The server decides which records belong to a view, and the view's map
-/// keeps its decision. A record whose upload the server refused as a duplicate belongs to the view as well.
+/// keeps its decision. A record whose upload the server refused as a duplicate belongs to the view as well. While the
+/// map is empty and the server has not said that the list is, the rows are the stored records that meet the view's own
+/// condition.
+///
+/// The map always holds the beginning of the server's list, without gaps: a request asks for the records after those of
+/// the map, and for a page that begins further on, requests follow one another until the map reaches it.
 ///
 /// These answers come, in this order:
 ///
@@ -31,7 +37,8 @@ namespace tarvo {
 /// | some | yes | `callback` with them, then `onSuccess` or `onError` |
 /// | none | yes | `onSuccess` or `onError` |
 ///
-/// Every failure is `unknownError`. No further answer comes if the data manager is released while the server is asked.
+/// Every failure is `unknownError` with its reason. No further answer comes if the data manager is released while the
+/// server is asked.
 class GetFilterRecordListDM final : public platform::Object {
 public:
     struct Parts {
@@ -43,6 +50,7 @@ public:
         std::shared_ptr<GetFilterRecordsDBSP> filterRecordDBS;
         std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
         std::shared_ptr<TransactionManagerContract> transactionManager;
+        std::string account;  ///< whose views these are
     };
     explicit GetFilterRecordListDM(Parts parts) : parts(std::move(parts)) {}
     /// Uses the database that is open at this moment and the settings of the account.
@@ -64,9 +72,9 @@ public:
         std::function<void(Failure)> onError;
     };
 
-    /// Answers a page. Blocks its caller for the local part. The source `database` never asks the server, `network`
-    /// reads no stored rows first, `either` asks the server only if there are no stored rows, and `none` gives no
-    /// answer. `criteria` are further conditions on the stored rows.
+    /// Answers a page. Blocks its caller for the local part. The source `database` never asks the server. `network`
+    /// asks first, and answers stored rows only if the server has no more. `either` asks the server only if there are
+    /// no stored rows, and `none` gives no answer. `criteria` are further conditions on the stored rows.
     void getRecordList(const RequestPtr& request, Answers answers,
                        std::optional<std::vector<Criteria>> criteria = std::nullopt);
 
@@ -84,12 +92,13 @@ private:
     std::vector<Record> readLocally(const Call& call) const;
     std::optional<Criteria> getUnsyncedCriteria(const std::string& moduleName, const std::string& viewModule,
                                                 const FieldIdentifier& naming) const;
-    bool canTriggerNetworkRequest(const GetListFilterRecordsParams& request, std::int64_t recordCount) const;
+    std::int64_t heldCount(const Call& call) const;
+    bool canTriggerNetworkRequest(const Call& call, std::int64_t recordCount) const;
+    std::optional<std::int64_t> firstPosition(const Call& call, std::int64_t recordCount) const;
+    std::optional<std::int64_t> nextPosition(const Call& call, std::int64_t from) const;
     void triggerNetworkRequest(const CallPtr& call, std::int64_t from);
-    void networkCompletion(const CallPtr& call, std::int64_t from,
-                           std::optional<ParsedResponse<WireRecords, RecordListInfo>> answer);
-    void takeOver(const Call& call, std::int64_t from, const WireRecords& records);
-    void notePosition(const Call& call, const RecordListInfo& info, const ResponseInfo& responseInfo);
+    void networkCompletion(const CallPtr& call, std::int64_t from, const Result<ListPage, FailureReason>& page);
+    void answerStored(const Call& call) const;
     void answerFinally(const Call& call) const;
     bool hasMore(const GetListFilterRecordsParams& request) const;
 };

@@ -3,6 +3,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/Object.h"
 #include "tarvobase/database_layer/Criteria.h"
 #include "tarvobase/list_view/GetListFilterRecordsParams.h"
 #include "tarvobase/records/Record.h"
@@ -10,6 +11,7 @@
 
 namespace tarvo {
 
+struct CustomView;
 struct ModuleInfo;
 
 /// What one read of a view's stored records asks for. The references must outlive the call.
@@ -19,10 +21,12 @@ struct FilterRecordsQuery {
     const GetListFilterRecordsParams& request;
     std::optional<Criteria> unsyncedCriteria{};       ///< selects records that belong to the view besides its map
     std::optional<std::vector<Criteria>> criteria{};  ///< further conditions
+    /// The view whose own condition selects the records while its map is empty; null if nothing else selects them.
+    const CustomView* conditionOfEmptyMap = nullptr;
 };
 
-/// Reads the stored records that the server gave for a view, in the view's order. Blocks its caller; may be called from
-/// any thread.
+/// Reads the stored records of a view in the view's order: the records that the server gave for it or, while there are
+/// none, those that meet the view's own condition. Blocks its caller; may be called from any thread.
 class GetFilterRecordsDBSP : public virtual platform::Object {
 public:
     /// Returns nullopt if the database cannot be read.

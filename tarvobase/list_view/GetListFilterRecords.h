@@ -60,8 +60,9 @@ struct GetListFilterRecordsOperation {
 /// Answers a page of a view: the stored rows at once, and the server's rows if the stored ones do not fill the page.
 /// Answers on the main queue, once or twice. A first success with the source `database` may be followed by one with
 /// `network`, which holds the whole page anew, or by a failure, which then means only that nothing better came. Every
-/// failure is `unknownError`: there is no such module or view, or the server gave no usable answer. The source `none`
-/// gets no answer, and no second answer comes if the use case is released.
+/// failure is `unknownError`, whose `reason` says more: there is no such module or view, the server could not be
+/// reached, it refused, its answer cannot be read, or the answer could not be stored. The source `none` gets no answer,
+/// and no second answer comes if the use case is released.
 template <RecordListConvertible Converter = NoRecordConversion>
 class GetListFilterRecords final : public Usecase<GetListFilterRecordsOperation<Converter>> {
     using Base = Usecase<GetListFilterRecordsOperation<Converter>>;

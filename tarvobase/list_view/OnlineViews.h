@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "platform/ThreadSafety.h"
+#include "tarvobase/value_objects/view/CustomView.h"
 
 namespace tarvo {
 
@@ -16,25 +17,24 @@ namespace tarvo {
 /// that answer replaces them.
 class OnlineViews {
 public:
-    /// A view id alone does not identify a view, because another module or account may use the same id.
-    using Key = std::tuple<std::string, std::string, std::string>;  // account, module, view
+    static OnlineViews& shared();
 
-    /// Records a request. Returns true for the first request of this run.
-    bool noteRequest(const Key& view) {
-        platform::MutexLock lock(mutex_);
-        return onlineCVList_.insert(view).second;
-    }
-    /// Records an answer that begins the list. Returns true for the first such answer of this run.
-    bool noteAnswer(const Key& view) {
-        platform::MutexLock lock(mutex_);
-        return answered_.insert(view).second;
-    }
-    bool isAnswered(const Key& view) const {
-        platform::MutexLock lock(mutex_);
-        return answered_.contains(view);
-    }
+    /// Records a request to the server. Returns true for the first request of this run for a view that needs the
+    /// server.
+    bool addRequest(const std::string& account, const CustomView& view);
+    /// Records that an answer which begins the list was stored.
+    void addAnswer(const std::string& account, const CustomView& view);
+    /// Returns whether the stored rows of a view come from a former run, so that the first answer of this run replaces
+    /// them.
+    bool awaitsReplacement(const std::string& account, const CustomView& view) const;
 
 private:
+    /// A view id alone does not identify a view, because another module or account may use the same id.
+    using Key = std::tuple<std::string, std::string, std::string>;  // account, module, view
+    static Key keyOf(const std::string& account, const CustomView& view) {
+        return {account, view.moduleName, view.viewID};
+    }
+
     mutable platform::Mutex mutex_;
     std::set<Key> onlineCVList_ TARVO_GUARDED_BY(mutex_);
     std::set<Key> answered_ TARVO_GUARDED_BY(mutex_);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"

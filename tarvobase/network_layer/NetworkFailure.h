@@ -24,6 +24,11 @@ AppError<DomainError> appErrorOf(const bren::NetworkError& error) {
     }
 }
 
+/// The reason that an operation gives for a request that got no answer.
+inline FailureReason failureReasonOf(const bren::NetworkError& error) {
+    return error.kind == bren::NetworkError::Kind::notSent ? FailureReason::notSignedIn : FailureReason::noNetwork;
+}
+
 /// What delegate use cases hear of such a request, on the queue of the call.
 inline void tellFailure(const std::weak_ptr<CommonErrorProtocol>& responder, const bren::NetworkError& error) {
     auto hearing = responder.lock();

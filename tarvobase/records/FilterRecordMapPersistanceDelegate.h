@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,8 @@ public:
     virtual Criteria getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) = 0;
     /// Returns whether the view has more than `count` records. Returns false if the database cannot be read.
     virtual bool hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) = 0;
+    /// Returns how many records the view has, or nullopt if the database cannot be read.
+    virtual std::optional<std::int64_t> count(const std::string& cvId, const std::string& moduleName) = 0;
 };
 
 }  // namespace tarvo

@@ -26,6 +26,26 @@ struct EnumCases<AppErrorCase> {
                                                        {AppErrorCase::unknownError, "unknownError"}};
 };
 
+/// What went wrong behind an `unknownError`, as far as the operation knows it.
+enum class FailureReason {
+    noNetwork,       ///< the server could not be reached, or did not answer in time
+    notSignedIn,     ///< there was no token to send the request with
+    refused,         ///< the server refused
+    unusableAnswer,  ///< the server's answer cannot be read
+    noSuchModule,    ///< no such module is stored, or it has no fields
+    noSuchView,      ///< the module has no such view
+    notStored        ///< the answer came, and the database could not store it
+};
+
+template <>
+struct EnumCases<FailureReason> {
+    static constexpr EnumCase<FailureReason> cases[] = {
+        {FailureReason::noNetwork, "noNetwork"},       {FailureReason::notSignedIn, "notSignedIn"},
+        {FailureReason::refused, "refused"},           {FailureReason::unusableAnswer, "unusableAnswer"},
+        {FailureReason::noSuchModule, "noSuchModule"}, {FailureReason::noSuchView, "noSuchView"},
+        {FailureReason::notStored, "notStored"}};
+};
+
 /// What every frame use case reports: a failure of the operation's own kind with its value, or one of the general
 /// ones. `unknownError` is also the answer to a server answer that cannot be parsed.
 template <class DomainError>
@@ -37,17 +57,24 @@ public:
     static AppError networkUnavailable() { return AppError(Case::networkUnavailable); }
     static AppError timeout() { return AppError(Case::timeout); }
     static AppError authenticationFailure() { return AppError(Case::authenticationFailure); }
-    static AppError unknownError() { return AppError(Case::unknownError); }
+    static AppError unknownError(std::optional<FailureReason> reason = std::nullopt) {
+        AppError error(Case::unknownError);
+        error.reason_ = reason;
+        return error;
+    }
 
     Case which() const { return case_; }
     /// The domain error, or null for the other cases.
     const DomainError* getDomainError() const { return domainError_ ? &*domainError_ : nullptr; }
+    /// The reason of an `unknownError` whose operation gives one.
+    std::optional<FailureReason> reason() const { return reason_; }
 
 private:
     explicit AppError(Case which, std::optional<DomainError> error = std::nullopt)
         : case_(which), domainError_(std::move(error)) {}
     Case case_;
     std::optional<DomainError> domainError_;
+    std::optional<FailureReason> reason_;
 };
 
 /// An `AppError` with what the server said of it.

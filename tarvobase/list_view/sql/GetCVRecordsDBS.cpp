@@ -10,6 +10,7 @@
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/sql/CustomViewQueryFormation.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 
@@ -54,6 +55,13 @@ std::vector<std::string> columnsOf(const FilterRecordsQuery& query, const TableA
     for (auto& name : RecordInDatabase::getColumnNameList(asked, query.moduleInfo))
         if (table.has(name, known)) columns.push_back(kelva::quotedName(name));
     return columns;
+}
+
+/// Returns the view's own condition, which is empty for the view of all records, or nullopt if only the server can
+/// evaluate it.
+std::optional<std::string> ownCondition(const CustomView& view, const FieldList& fields) {
+    auto condition = CustomViewQueryFormation::getWhereCondition(view, fields);
+    return condition ? std::optional(*std::move(condition)) : std::nullopt;
 }
 
 std::vector<Criteria> furtherConditions(const FilterRecordsQuery& query) {
@@ -129,19 +137,30 @@ std::vector<SortField> GetCVRecordsDBS::sortFieldsOf(const FilterProtocol& filte
     return sortFields;
 }
 
-GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, const CVSort& sort) const {
-    if (!databaseAdapter_) return {};
+/// Returns the condition that a record belongs to the view, or nullopt if every record does.
+std::optional<Criteria> GetCVRecordsDBS::criteriaOf(const FilterRecordsQuery& query, bool isLong) const {
     auto& moduleName = query.moduleInfo.moduleName();
     auto& viewId = query.filter.filterId();
     auto& map = *filterRecordMapPersistance_;
-    bool isLong = map.hasMoreThan(fewRecords, viewId, moduleName);
-    auto ofView =
-        isLong ? map.getRowMappingCriteria(viewId, moduleName) : map.getFilterMappingCriteria(viewId, moduleName);
-    if (query.unsyncedCriteria) ofView = Criteria::or_({std::move(ofView), *query.unsyncedCriteria});
+    std::optional<std::string> condition;
+    if (query.conditionOfEmptyMap && !map.hasMoreThan(0, viewId, moduleName))
+        condition = ownCondition(*query.conditionOfEmptyMap, query.moduleInfo.metadata);
+    if (condition && condition->empty()) return std::nullopt;
+    auto ofView = condition ? Criteria::custom(*condition)
+                  : isLong  ? map.getRowMappingCriteria(viewId, moduleName)
+                            : map.getFilterMappingCriteria(viewId, moduleName);
+    if (!query.unsyncedCriteria) return ofView;
+    return Criteria::or_({std::move(ofView), *query.unsyncedCriteria});
+}
 
+GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, const CVSort& sort) const {
+    if (!databaseAdapter_) return {};
+    auto& moduleName = query.moduleInfo.moduleName();
+    bool isLong = filterRecordMapPersistance_->hasMoreThan(fewRecords, query.filter.filterId(), moduleName);
     auto terms = termsOf(sort);
     auto table = RecordUtil::getTableName(moduleName);
-    FetchQuery fetch(kelva::quotedName(table), std::move(ofView));
+    FetchQuery fetch(kelva::quotedName(table));
+    if (auto criteria = criteriaOf(query, isLong)) fetch.filter(*std::move(criteria));
     for (auto& condition : furtherConditions(query)) fetch.filter(std::move(condition));
     fetch.columns = columnsOf(query, TableAccess(databaseAdapter_, table));
     for (auto& column : sort.columns) fetch.columns.push_back(column.sql());

@@ -32,6 +32,7 @@ private:
     CVSort sortOf(const std::vector<SortField>& sortFields, const ModuleInfo& moduleInfo) const;
     std::vector<SortField> sortFieldsOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const;
     Found fetch(const FilterRecordsQuery& query, const CVSort& sort) const;
+    std::optional<Criteria> criteriaOf(const FilterRecordsQuery& query, bool isLong) const;
 
     const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
     const std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance_;

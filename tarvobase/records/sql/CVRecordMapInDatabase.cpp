@@ -100,4 +100,8 @@ bool CVRecordMapInDatabase::hasMoreThan(std::int64_t count, const std::string& c
     return rows && rows->size() > 0;
 }
 
+std::optional<std::int64_t> CVRecordMapInDatabase::count(const std::string& cvId, const std::string& moduleName) {
+    return databaseAdapter_ ? databaseAdapter_->count(getTableName(moduleName), belongsToView(cvId)) : std::nullopt;
+}
+
 }  // namespace tarvo

@@ -23,6 +23,7 @@ public:
     Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
     Criteria getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
     bool hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) override;
+    std::optional<std::int64_t> count(const std::string& cvId, const std::string& moduleName) override;
 
 private:
     TableAccess table(const std::string& moduleName) { return {databaseAdapter_, getTableName(moduleName)}; }

@@ -151,27 +151,35 @@ TEST_F(RecordFetchTest, ActivitiesAreClassifiedByStatusAndTime) {
 }
 
 TEST_F(RecordFetchTest, ReadsActivitiesOfTheSharedTableOrOfTheirOwnKindByKind) {
-    for (auto module : {"Activities", "Tasks", "Events", "Calls"}) makeActivities(module);
+    for (auto naming : {Naming::column, Naming::api}) {
+        use(naming);
+        for (auto module : {"Activities", "Tasks", "Events", "Calls"}) makeActivities(module);
+        auto usecase = GetRecordsUseCase::make();
+        usecase->delegate = listener;
+        auto sorted = [&](const std::string& module) {
+            RecordQuery query{.module = moduleNamed(module)};
+            query.columnsToSortWith.emplace({Sort<std::string>{identifier("id")}});
+            return query;
+        };
+        for (auto module : {"Activities", "Tasks"}) {
+            usecase->getActivitiesRecords(sorted(module), true);
+            EXPECT_EQ(lines(1), std::vector<std::string>{"late today ahead running missed planned"}) << module;
+            usecase->getActivitiesRecords(sorted(module), false);
+            EXPECT_EQ(lines(1), std::vector<std::string>{"done over made"});
+            usecase->getActivityRecords(sorted(module), midnight, midnight + 24 * hour);
+            EXPECT_EQ(lines(1), std::vector<std::string>{"today over running made missed planned"});
+            auto narrow = sorted(module);
+            narrow.customQuery = identifier("id") + " = 'late' OR " + identifier("id") + " = 'done'";
+            usecase->getActivitiesRecords(narrow, true);
+            EXPECT_EQ(lines(1), std::vector<std::string>{"late"}) << "a condition of the caller's own";
+        }
+    }
+}
+
+TEST_F(RecordFetchTest, RecordsComeNewestFirstIfTheQueryNamesNoOrder) {
+    makeActivities("Tasks");
     auto usecase = GetRecordsUseCase::make();
     usecase->delegate = listener;
-    auto sorted = [&](const std::string& module) {
-        RecordQuery query{.module = moduleNamed(module)};
-        query.columnsToSortWith.emplace({Sort<std::string>{identifier("id")}});
-        return query;
-    };
-    for (auto module : {"Activities", "Tasks"}) {
-        usecase->getActivitiesRecords(sorted(module), true);
-        EXPECT_EQ(lines(1), std::vector<std::string>{"late today ahead running missed planned"}) << module;
-        usecase->getActivitiesRecords(sorted(module), false);
-        EXPECT_EQ(lines(1), std::vector<std::string>{"done over made"});
-        usecase->getActivityRecords(sorted(module), midnight, midnight + 24 * hour);
-        EXPECT_EQ(lines(1), std::vector<std::string>{"today over running made missed planned"});
-        auto narrow = sorted(module);
-        narrow.customQuery = identifier("id") + " = 'late' OR " + identifier("id") + " = 'done'";
-        usecase->getActivitiesRecords(narrow, true);
-        EXPECT_EQ(lines(1), std::vector<std::string>{"late"}) << "a condition of the caller's own";
-    }
-    // Records come newest first if the query names no order.
     RecordQuery first{.module = moduleNamed("Tasks"), .limit = 1};
     usecase->getRecords(first, "mine");
     EXPECT_EQ(lines(1), std::vector<std::string>{"today mine"});

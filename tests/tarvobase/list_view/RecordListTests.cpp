@@ -1,6 +1,7 @@
 #include "platform/Json.h"
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/list_view/GetListFilterRecords.h"
 #include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
@@ -49,7 +50,7 @@ protected:
               "Owner_LOOKUP TEXT COLLATE NOCASE, Amount TEXT, Size TEXT)",
               "Leads_CUSTOM_VIEW_RECORDS (cv_id TEXT, record TEXT, module_name TEXT, UNIQUE (cv_id, record))",
               "CUSTOM_VIEWS_METADATA (view_id, view_name, module_name, is_offline_supported, default_sort_by, "
-              "default_sort_order)"})
+              "default_sort_order, offline_query, offline_query_replace_info)"})
             adapter().createTable(std::string("CREATE TABLE ") + table);
         map = std::make_shared<CVRecordMapInDatabase>(configuration().databaseAdapter.get());
         settings = std::make_shared<UserDefaultsUtil>(std::make_shared<BrenUserDefaults>());
@@ -87,11 +88,17 @@ protected:
         adapter().insertInto("LeadsRecords", rows);
         map->store(ids, view, "Leads");
     }
-    void answer(const std::vector<std::string>& ids, const std::string& info) {
+    static std::string bodyWith(const std::vector<std::string>& ids, const std::string& info) {
         std::vector<std::string> records;
         for (auto& id : ids) records.push_back(R"([["id",")" + id + R"("],["Company","of the server"]])");
-        network->answer(R"({"response":{"result":[{"info":{"module":"Leads",)" + info + R"(},"data":[)" +
-                        text::join(records, ",") + "]}]}}");
+        return R"({"response":{"result":[{"info":{"module":"Leads",)" + info + R"(},"data":[)" +
+               text::join(records, ",") + "]}]}}";
+    }
+    void answer(const std::vector<std::string>& ids, const std::string& info) { network->answer(bodyWith(ids, info)); }
+    /// Answers the request that a held network keeps, and waits until the answer is stored.
+    void answerHeld(HeldNetwork& held, const std::vector<std::string>& ids, const std::string& info) {
+        held.held.completionHandler({.body = Data(bodyWith(ids, info)), .taskNumber = 1});
+        settle();
     }
     static GetListFilterRecordsParams page(const std::string& view, std::optional<std::int64_t> from = {},
                                            std::optional<std::int64_t> limit = {},
@@ -110,7 +117,7 @@ protected:
         std::vector<std::string> answers;
         auto lists = std::make_shared<Lists>(manager);
         lists->execute(Lists::Request(params), [&](auto response, auto failure) {
-            if (failure) return answers.push_back("failure " + std::string(caseName(failure->which())));
+            if (failure) return answers.push_back(failureText(*failure));
             EXPECT_EQ(response->count, static_cast<std::int64_t>(response->records->size()));
             EXPECT_FALSE(response->groups);
             auto ids = response->count > 9 ? std::to_string(response->count) + " records" : idsOf(*response->records);
@@ -119,6 +126,11 @@ protected:
         });
         settle();
         return text::join(answers, " | ");
+    }
+    template <class Failure>
+    static std::string failureText(const Failure& failure) {
+        EXPECT_EQ(failure.which(), AppErrorCase::unknownError);
+        return "failure " + std::string(failure.reason() ? caseName(*failure.reason()) : "without a reason");
     }
     static std::string idsOf(const std::vector<Record>& records) {
         std::vector<std::string> ids;
@@ -131,12 +143,23 @@ protected:
         auto isNew = std::exchange(seenCalls_, calls.size()) < calls.size();
         return isNew ? calls.back().params : std::nullopt;
     }
+    /// Returns "count/mcount" of all requests since the last call.
     std::string takeCounts() {
-        auto sent = takeSent();
-        if (!sent) return "not asked";
-        return std::to_string(*sent->find("count")->asInteger()) + "/" +
-               std::to_string(*sent->find("mcount")->asInteger());
+        std::vector<std::string> counts;
+        auto calls = network->calls();
+        for (auto i = std::exchange(seenCalls_, calls.size()); i < calls.size(); ++i)
+            counts.push_back(std::to_string(*calls[i].params->find("count")->asInteger()) + "/" +
+                             std::to_string(*calls[i].params->find("mcount")->asInteger()));
+        return counts.empty() ? "not asked" : text::join(counts, " ");
     }
+    /// Returns ids that are sorted as numbers, so that the newest comes first.
+    static std::vector<std::string> ids(int first, int count) {
+        std::vector<std::string> ids;
+        for (int id = first; id > first - count; --id) ids.push_back(std::to_string(id));
+        return ids;
+    }
+    std::int64_t mapped(const std::string& view) { return map->count(view, "Leads").value_or(-1); }
+    std::int64_t stored() { return adapter().count("LeadsRecords", std::nullopt).value_or(-1); }
 
     std::shared_ptr<ScriptedNetworkAdapter> network;
     std::shared_ptr<RefusedRecords> refused = std::make_shared<RefusedRecords>();
@@ -167,12 +190,13 @@ TEST_F(RecordListTest, TheServerIsAskedForWhatAPageLacks) {
         {3, page("offline", 1, 1), false, "not asked", "database: 2"},
         {3, page("offline", 1), false, "not asked", "database: 2 1"},
         {3, page("offline", 20001), true, "not asked", "database: "},
-        {3, page("offline", 20000), true, "20000/1000", "network: "},
+        {3, page("offline", 20000), true, "3/1000", "network: "},
         {3, page("offline", -1, 9'223'372'036'854'775'807), true, "3/1000", "database: 3 2 1+ | network: 9001 3 2 1"},
         {3, page("offline", {}, {}, database), true, "not asked", "database: 3 2 1+"},
         {3, page("offline", {}, {}, either), true, "not asked", "database: 3 2 1+"},
         {0, page("offline", {}, {}, either), true, "0/200", "network: 9001"},
         {3, page("offline", {}, {}, DataSource::network), true, "0/200", "network: 9001 3 2 1"},
+        {3, page("offline", {}, {}, DataSource::network), false, "not asked", "database: 3 2 1"},
         {3, page("offline", {}, {}, none), true, "not asked", ""}};
     int number = 0;
     for (auto& one : cases) {
@@ -197,7 +221,7 @@ TEST_F(RecordListTest, TheServerIsAskedInTheOrderOfTheView) {
                                         R"("sort_order":"desc","mcount":200})");
     // A view without a sort of its own is sorted newest first.
     answer({}, R"("nodata":true)");
-    EXPECT_EQ(ask(page("offline")), "network: ");
+    EXPECT_EQ(ask(page("offline")), "database: 8 7+ | network: ");
     auto sent = *takeSent();
     EXPECT_EQ(*sent.find("sort_by")->asText() + " " + *sent.find("sort_order")->asText(), "id desc");
 }
@@ -223,12 +247,12 @@ TEST_F(RecordListTest, TheFirstAnswerOfARunReplacesAnOnlineView) {
     settings->setListFilterRecordSyncTime(5, "Leads", "online");
     // If the server does not answer, no rows are shown, but none of the former run is lost.
     network->fail(NetworkError::Kind::cannotConnect);
-    EXPECT_EQ(ask(page("online")), "failure unknownError");
+    EXPECT_EQ(ask(page("online")), "failure noNetwork");
     EXPECT_FALSE(settings->getListFilterRecordSyncTime("Leads", "online"));
     // The second request reads the stored rows and asks for the whole list anew.
     answer({"2", "7"}, R"("more_records":true)");
     EXPECT_EQ(ask(page("online")), "database: 3 2 1+ | network: 7 2+");
-    EXPECT_EQ(takeCounts(), "0/200");
+    EXPECT_EQ(takeCounts(), "0/200 0/200");
     // From then on the view is handled like any other, by every use case of the run.
     manager = std::make_shared<GetFilterRecordListDM>(manager->parts);
     answer({"9"}, R"("more_records":false)");
@@ -271,20 +295,110 @@ TEST_F(RecordListTest, FiltersColumnsAndFurtherCriteriaNarrowThePage) {
 TEST_F(RecordListTest, AnUnknownModuleOrViewFailsWithoutARequest) {
     auto elsewhere = page("offline");
     elsewhere.moduleName = "Nowhere";
-    EXPECT_EQ(ask(elsewhere), "failure unknownError");
-    EXPECT_EQ(ask(page("no such view")), "failure unknownError");
+    EXPECT_EQ(ask(elsewhere), "failure noSuchModule");
+    EXPECT_EQ(ask(page("no such view")), "failure noSuchView");
     EXPECT_EQ(takeCounts(), "not asked");
 }
 
 TEST_F(RecordListTest, AnUnusableAnswerFailsAndChangesNoRow) {
     store("offline", 1, 2);
-    for (auto body : {"", "{}", R"({"error":[{"code":"X","message":"m"}]})", R"({"response":{"result":[]}})",
-                      R"({"response":{"result":[{"info":{"more_records":false},"error":[{"code":"X"}]}]}})",
-                      R"({"response":{"result":[{"info":{"more_records":false},"data":{}}]}})"}) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "unusableAnswer"},
+        {"{}", "unusableAnswer"},
+        {R"({"error":[{"code":"X","message":"m"}]})", "refused"},
+        {R"({"response":{"result":[]}})", "unusableAnswer"},
+        {R"({"response":{"result":[{"info":{"more_records":false},"error":[{"code":"X"}]}]}})", "refused"},
+        {R"({"response":{"result":[{"info":{"more_records":false},"data":{}}]}})", "unusableAnswer"}};
+    for (auto& [body, reason] : cases) {
         network->answer(body);
-        EXPECT_EQ(ask(page("offline")), "database: 2 1+ | failure unknownError") << body;
+        EXPECT_EQ(ask(page("offline")), "database: 2 1+ | failure " + std::string(reason)) << body;
     }
     EXPECT_FALSE(settings->getListFilterRecordSyncTime("Leads", "offline"));
+}
+
+TEST_F(RecordListTest, ARequestWithoutAnAnswerSaysWhy) {
+    network->fail(NetworkError::Kind::cannotConnect);
+    EXPECT_EQ(ask(page("offline")), "failure noNetwork");
+    network->fail(NetworkError::Kind::timeout);
+    EXPECT_EQ(ask(page("offline")), "failure noNetwork");
+    network->fail(NetworkError::Kind::notSent);
+    EXPECT_EQ(ask(page("offline")), "failure notSignedIn");
+}
+
+TEST_F(RecordListTest, APageBeyondTheMapIsReachedWithoutAGap) {
+    answer(ids(90300, 200), R"("more_records":true)");
+    answer(ids(90100, 100), R"("more_records":true)");
+    answer(ids(90000, 100), R"("more_records":false)");
+    EXPECT_EQ(ask(page("offline", 298, 4)), "network: 90002 90001 90000 89999");
+    EXPECT_EQ(takeCounts(), "0/200 200/1000 300/1000");
+    EXPECT_EQ(ask(page("offline", 0, 2)), "database: 90300 90299");
+    EXPECT_EQ(mapped("offline"), 400);
+}
+
+TEST_F(RecordListTest, ADroppedFirstPageLeavesNoGap) {
+    network->fail(NetworkError::Kind::connectionLost);
+    EXPECT_EQ(ask(page("offline", 0, 50)), "failure noNetwork");
+    answer(ids(90000, 52), R"("more_records":false)");
+    EXPECT_EQ(ask(page("offline", 50, 50)), "network: 89950 89949");
+    EXPECT_EQ(takeCounts(), "0/200 0/200");
+    EXPECT_EQ(ask(page("offline", 0, 1)), "database: 90000");
+}
+
+TEST_F(RecordListTest, AFilteredPageAsksForTheRestOfTheList) {
+    store("offline", 1, 30);
+    auto filtered = page("offline");
+    filtered.filters = {ColumnFilter{.filerName = "is",
+                                     .column = "Company",
+                                     .filterInputValues = {{"of the server"}},
+                                     .filterType = StringFilterTypes::isExactly}};
+    answer(ids(90000, 2), R"("more_records":false)");
+    EXPECT_EQ(ask(filtered), "network: 90000 89999");
+    EXPECT_EQ(takeCounts(), "30/1000");
+}
+
+TEST_F(RecordListTest, AnAnswerForAListThatWasEmptiedIsNotMapped) {
+    store("offline", 1, 3);
+    auto held = std::make_shared<HeldNetwork>();
+    manager->parts.networkService->setNetworkAdapter(held);
+    std::optional<std::size_t> answered;
+    manager->getRecordList(std::make_shared<const GetListFilterRecordsParams>(page("offline")),
+                           {.callback = [](auto) {},
+                            .onSuccess = [&](auto list) { answered = list.records.size(); },
+                            .onError = [](auto) {}});
+    settle();
+    GetCustomViewsDataManager::current()->updateSortfield({"Company", true}, "offline", "Leads");
+    answerHeld(*held, {"9"}, R"("more_records":false)");
+    EXPECT_EQ(mapped("offline"), 0);
+    EXPECT_EQ(answered, 4u);
+    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "offline"));
+}
+
+TEST_F(RecordListTest, APageThatCannotBeStoredLeavesTheListAsItWas) {
+    adapter().dropTable("Leads_CUSTOM_VIEW_RECORDS");
+    answer({"7", "8"}, R"("more_records":false,"servertime":1700000000123)");
+    EXPECT_EQ(ask(page("offline")), "failure notStored");
+    EXPECT_EQ(stored(), 0);
+    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "offline"));
+    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Leads", "offline"));
+}
+
+TEST_F(RecordListTest, ALocalReadDoesNotUseUpTheFirstRequestOfAnOnlineView) {
+    store("online", 1, 3);
+    settings->setListFilterHasMoreRecord(false, "Leads", "online");
+    EXPECT_EQ(ask(page("online", {}, {}, DataSource::database)), "database: 3 2 1");
+    answer({"7"}, R"("more_records":false)");
+    EXPECT_EQ(ask(page("online")), "network: 7");
+    EXPECT_EQ(mapped("online"), 1);
+}
+
+TEST_F(RecordListTest, AnOnlineViewThatAwaitsItsReplacementIsAskedForWhateverThePositionSays) {
+    store("online", 1, 3);
+    network->fail(NetworkError::Kind::cannotConnect);
+    EXPECT_EQ(ask(page("online")), "failure noNetwork");
+    settings->setListFilterHasMoreRecord(false, "Leads", "online");
+    answer({"7"}, R"("more_records":false)");
+    EXPECT_EQ(ask(page("online", 0, 2)), "database: 3 2 | network: 7");
+    EXPECT_EQ(takeCounts(), "0/200 0/200");
 }
 
 TEST_F(RecordListTest, AReleasedDataManagerAnswersNoMore) {
@@ -361,6 +475,58 @@ TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
             EXPECT_EQ(indexes->size(), 1u);
         }
 }
+
+/// Leads that no map names, in both namings.
+class EmptyMapTest : public RecordListTest, public ::testing::WithParamInterface<Naming> {
+protected:
+    void SetUp() override {
+        RecordListTest::SetUp();
+        use(GetParam());
+        adapter().dropTable("LeadsRecords");
+        auto id = identifier("id"), company = identifier("Company"), status = identifier("Status");
+        adapter().createTable("CREATE TABLE LeadsRecords (" + id + " TEXT UNIQUE, " + company + " TEXT, " + status +
+                              " TEXT COLLATE NOCASE)");
+        for (auto& [record, name, state] :
+             {std::tuple("1", "Beta", "Open"), {"2", "Alpha", "Open"}, {"3", "Gamma", "Lost"}})
+            adapter().insertInto("LeadsRecords", ValueMap{{id, record}, {company, name}, {status, state}});
+        adapter().update("CUSTOM_VIEWS_METADATA",
+                         {{"offline_query", "({0} = '{1}')"},
+                          {"offline_query_replace_info", "Status\xE0\xAE\x83\xE0\xAF\x80Open"},
+                          {"default_sort_by", "Company"}},
+                         Criteria::notEqualTo("view_id", "all"));
+        useNetwork();
+    }
+};
+
+TEST_P(EmptyMapTest, TheViewsOwnConditionFindsStoredRecordsInItsOrder) {
+    EXPECT_EQ(ask(page("offline", {}, {}, DataSource::database)), "database: 2 1+");
+    EXPECT_EQ(ask(page("offline", 1, 1, DataSource::database)), "database: 1+");
+    storeView("all", true);
+    EXPECT_EQ(ask(page("all", {}, {}, DataSource::database)), "database: 3 2 1+");
+}
+
+TEST_P(EmptyMapTest, FoundRecordsDoNotCountAsHeld) {
+    network->fail(NetworkError::Kind::cannotConnect);
+    EXPECT_EQ(ask(page("offline", 0, 2)), "database: 2 1+ | failure noNetwork");
+    EXPECT_EQ(takeCounts(), "0/200");
+}
+
+TEST_P(EmptyMapTest, AListThatTheServerCallsEmptyIsEmpty) {
+    settings->setListFilterHasMoreRecord(false, "Leads", "offline");
+    EXPECT_EQ(ask(page("offline")), "database: ");
+}
+
+TEST_P(EmptyMapTest, AMapWithARecordDecidesAlone) {
+    map->store(std::vector<std::string>{"3"}, "offline", "Leads");
+    EXPECT_EQ(ask(page("offline", {}, {}, DataSource::database)), "database: 3+");
+}
+
+TEST_P(EmptyMapTest, OnlyTheServerKnowsTheRecordsOfAnOnlineView) {
+    EXPECT_EQ(ask(page("online", {}, {}, DataSource::database)), "database: ");
+}
+
+INSTANTIATE_TEST_SUITE_P(Namings, EmptyMapTest, ::testing::Values(Naming::column, Naming::api),
+                         [](auto& info) { return info.param == Naming::column ? "Column" : "Api"; });
 
 }  // namespace
 }  // namespace tarvo
