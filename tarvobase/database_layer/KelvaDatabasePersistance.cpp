@@ -221,6 +221,7 @@ bool KelvaDatabasePersistance::tolerantTransaction(std::string_view name, platfo
 
 bool KelvaDatabasePersistance::runTransaction(std::string_view name, bool isTolerant,
                                               platform::FunctionRef<bool()> work) {
+    RunningTransaction::Frame frame;
     auto doing = "transaction " + std::string(name);
     bool isWanted = false, hasFailed = false;
     auto outcome = withDatabase(doing, [&](const Library& database) {

@@ -23,6 +23,15 @@ public:
     /// Returns the innermost transaction of an adapter on this thread, or null.
     static RunningTransaction* find(const DatabaseAdapter& adapter);
 
+    /// Stands around a transaction and outlives its commit. The end of the outermost one runs what `afterTransaction`
+    /// was given.
+    class Frame {
+    public:
+        Frame();
+        ~Frame();
+        Frame(const Frame&) = delete;
+    };
+
     /// A write failed: neither this transaction nor one around it may be committed. A write that SQLite rejected fails
     /// only the transactions inside a tolerant one.
     void fail(bool isRejected);

@@ -49,6 +49,11 @@ std::uint64_t memory_changes::count(const std::string& owner, const std::string&
     return Tables::shared().with(owner, tableName, [](Table& table) { return table.changes; });
 }
 
+bool memory_changes::isUnchanged(const std::string& owner, const std::string& tableName, std::uint64_t count) {
+    return Tables::shared().with(owner, tableName,
+                                 [&](Table& table) { return table.changes == count && table.writers == 0; });
+}
+
 std::uint64_t memory_changes::begin(const std::string& owner, const std::string& tableName) {
     return Tables::shared().with(owner, tableName, [](Table& table) {
         ++table.writers;

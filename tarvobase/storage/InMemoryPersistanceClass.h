@@ -10,6 +10,7 @@
 
 #include "platform/Object.h"
 #include "platform/Result.h"
+#include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/network_layer/ParserError.h"
 #include "tarvobase/storage/InMemoryDatabaseAdapter.h"
 
@@ -29,6 +30,8 @@ public:
 /// before a change is never put over it, and that of two writers at a time neither leaves memory older than the table.
 namespace memory_changes {
 std::uint64_t count(const std::string& owner, const std::string& tableName);
+/// Returns whether the count is still that, and no write is under way.
+bool isUnchanged(const std::string& owner, const std::string& tableName, std::uint64_t count);
 /// Marks the beginning of a write to the primary store. Returns what `end` takes.
 std::uint64_t begin(const std::string& owner, const std::string& tableName);
 /// Marks its end. Returns false if another write began or ended in between: nobody knows then which of the two the
@@ -86,7 +89,7 @@ public:
     /// older than the change, and the next miss reads again.
     void fill(const Moment& since, const std::vector<T>& values, Extent extent) const {
         memory().change(tableName_, since.owner, [&](std::optional<Objects>& table) {
-            if (memory_changes::count(since.owner, tableName_) != since.changes) return;
+            if (!memory_changes::isUnchanged(since.owner, tableName_, since.changes)) return;
             if (extent == Extent::whole) table = Objects();
             merge(table, values);
         });
@@ -170,6 +173,10 @@ private:
         auto owner = memory().owner();
         auto began = memory_changes::begin(owner, tableName_);
         bool isTaken = toPrimary();
+        if (hasPrimary_ && isInTransaction()) {
+            forgetAfterTransaction(owner, began);
+            return isTaken;
+        }
         memory().change(tableName_, owner, [&](std::optional<Objects>& table) {
             bool wasAlone = memory_changes::end(owner, tableName_, began);
             if (hasPrimary_ && !wasAlone)
@@ -178,6 +185,17 @@ private:
                 apply(table);
         });
         return isTaken;
+    }
+
+    /// A transaction may still be undone, and until its end other threads read the table without it. So memory forgets
+    /// the table now and at the end.
+    void forgetAfterTransaction(const std::string& owner, std::uint64_t began) const {
+        auto forget = [](std::optional<Objects>& table) { table.reset(); };
+        memory().change(tableName_, owner, forget);
+        afterTransaction([storage = owner_.inMemoryPersistanceClass, tableName = tableName_, owner, began, forget] {
+            memory_changes::end(owner, tableName, began);
+            storage->change(tableName, owner, forget);
+        });
     }
 
     static std::optional<std::vector<T>> valuesOf(const std::optional<Objects>& objects) {

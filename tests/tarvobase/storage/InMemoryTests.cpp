@@ -257,6 +257,24 @@ TEST_F(ModulesInMemoryTest, TwoWritesAtATimeNeverLeaveMemoryOlderThanItsTable) {
     EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3) << "a write that was alone is kept";
 }
 
+TEST_F(ModulesInMemoryTest, WhatATransactionUndoesIsNotInMemory) {
+    auto database = openDatabase();
+    for (bool isCommitted : {false, true}) {
+        primary->stored = {module("Leads", 1)};
+        EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+        EXPECT_EQ(database->transaction("test",
+                                        [&] {
+                                            primary->stored.clear();
+                                            modules.storeModule(module("Leads", 2));
+                                            EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
+                                            return isCommitted;
+                                        }),
+                  isCommitted);
+        if (!isCommitted) primary->stored = {module("Leads", 1)};
+        EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, isCommitted ? 2 : 1);
+    }
+}
+
 TEST_F(InMemoryStorageTest, TablesOfAScopeArePassedByWhileAnotherOneIsCurrent) {
     InMemoryStorage first(Scope::current());
     first.insertInto("T", object(module("A")));
