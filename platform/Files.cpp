@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
@@ -100,6 +101,26 @@ bool writeAndFlush(const std::string& path, std::string_view content, mode_t mod
     return file.isOpen() && file.write(content) && file.flush() && file.close();
 }
 
+constexpr std::string_view temporarySuffix = ".tmp";
+constexpr std::size_t randomPart = 8;
+
+// A process that died between the writing and the renaming left its temporary file behind. One that is writing now has
+// a new one, which stays.
+void removeLeftovers(const std::string& path) {
+    constexpr auto longestWrite = std::chrono::minutes(10);
+    std::error_code error;
+    auto now = fs::last_write_time(path, error);
+    auto prefix = fs::path(path).filename().string() + ".";
+    for (fs::directory_iterator file(folderOf(path), error), end; !error && file != end; file.increment(error)) {
+        auto name = file->path().filename().string();
+        bool isTemporary = name.starts_with(prefix) && name.ends_with(temporarySuffix) &&
+                           name.size() == prefix.size() + randomPart + temporarySuffix.size();
+        std::error_code unknown;
+        if (!isTemporary || now - file->last_write_time(unknown) < longestWrite || unknown) continue;
+        fs::remove(file->path(), unknown);
+    }
+}
+
 // A file that is replaced keeps its mode.
 mode_t modeFor(const std::string& path, bool ownerOnly) {
     if (ownerOnly) return 0600;
@@ -120,13 +141,14 @@ std::optional<Data> read(const std::string& path) {
 }
 
 bool writeAtomically(const std::string& path, std::string_view content, bool ownerOnly) {
-    auto temporary = path + "." + Random::uuid().substr(0, 8) + ".tmp";
+    auto temporary = path + "." + Random::uuid().substr(0, randomPart) + std::string(temporarySuffix);
     if (!writeAndFlush(temporary, content, modeFor(path, ownerOnly)) ||
         ::rename(temporary.c_str(), path.c_str()) != 0) {
         logLastError("write", path);
         ::unlink(temporary.c_str());
         return false;
     }
+    removeLeftovers(path);
     return flushFolder(folderOf(path)) || logLastError("flush the folder of", path);
 }
 

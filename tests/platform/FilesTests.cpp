@@ -42,6 +42,17 @@ TEST_F(FilesTest, WhatIsWrittenIsReadBackAndNothingElseStays) {
     EXPECT_TRUE(log.lines().empty());
 }
 
+TEST_F(FilesTest, TemporaryFilesOfDeadProcessesGo) {
+    auto path = folder.file("settings"), old = path + ".0A1B2C3D.tmp", fresh = path + ".FFFFFFFF.tmp",
+         another = folder.file("other.0A1B2C3D.tmp"), kept = path + ".of-the-user.tmp";
+    for (auto& file : {old, fresh, another, kept}) std::ofstream(file) << "content";
+    auto anHourAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    for (auto& file : {old, another, kept}) std::filesystem::last_write_time(file, anHourAgo);
+    ASSERT_TRUE(files::writeAtomically(path, "new"));
+    EXPECT_FALSE(files::exists(old));
+    for (auto& file : {fresh, another, kept}) EXPECT_TRUE(files::exists(file)) << file;
+}
+
 TEST_F(FilesTest, AReplacedFileKeepsItsMode) {
     auto path = folder.file("shared");
     ASSERT_TRUE(files::writeAtomically(path, "a"));
