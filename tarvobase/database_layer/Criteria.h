@@ -10,7 +10,7 @@
 
 namespace tarvo {
 
-/// A where-condition. A column is a name that is pasted unchanged; a value is bound.
+/// A condition of a WHERE clause. A column is a name that is pasted unchanged; a value is bound.
 class Criteria final : public Query {
 public:
     enum class Case {
@@ -40,7 +40,7 @@ public:
     public:
         static ColumnType column(std::string name) { return ColumnType(true, Value(std::move(name))); }
         static ColumnType value(Value value) { return ColumnType(false, std::move(value)); }
-        /// A plain value, so that `equalTo("id", 7)` reads as it should.
+        /// Takes a plain value, so that `equalTo("id", 7)` reads as it should.
         ColumnType(Value value) : ColumnType(false, std::move(value)) {}  // NOLINT: implicit
         template <class T>
         requires(std::constructible_from<Value, T> && !std::same_as<std::remove_cvref_t<T>, Value> &&
@@ -58,7 +58,7 @@ public:
 
     enum class StringCriteria { startsWith, endsWith, contains };
 
-    /// How the entries of `and` and `or` are joined.
+    /// The word that joins the entries of `and` and `or`.
     enum class Separator { and_, or_ };
 
     static Criteria equalTo(std::string column, ColumnType right) {
@@ -93,14 +93,14 @@ public:
     static Criteria notExists(std::string sql, ValueList values) {
         return {Case::notExists, std::move(sql), std::move(values)};
     }
-    /// An empty list renders "()", which is SQLite's to judge.
+    /// Tests for a value of a list. An empty list renders "()", which matches no row.
     static Criteria in(std::string column, ValueList values) {
         return {Case::in, std::move(column), std::move(values)};
     }
     static Criteria notIn(std::string column, ValueList values) {
         return {Case::notIn, std::move(column), std::move(values)};
     }
-    /// Percent signs and underscores of the value keep their meaning for LIKE.
+    /// Compares with a pattern. Percent signs and underscores of the value keep their meaning for LIKE.
     static Criteria like(std::string column, std::string_view value, StringCriteria pattern) {
         return {Case::like, std::move(column), {likeText(value, pattern)}};
     }
@@ -113,7 +113,7 @@ public:
     static Criteria and_(std::vector<Criteria> entries) { return {Case::and_, std::move(entries)}; }
     static Criteria or_(std::vector<Criteria> entries) { return {Case::or_, std::move(entries)}; }
 
-    /// An `and` of one entry a pair, in the map's order: `in` for a list, `equalTo` for any other value.
+    /// Joins one entry per pair by `and`, in the map's order: `in` for a list, `equalTo` for any other value.
     static Criteria equals(const ValueMap& columnValues);
 
     Case which() const { return case_; }
@@ -132,16 +132,17 @@ private:
 
     Case case_;
     std::string text_;         // the column, or the SQL of exists and custom
-    std::string rightColumn_;  // of a comparison with a column; empty for one with a value
+    std::string rightColumn_;  // the other side of a comparison; empty if that is a value
     ValueList values_;
     std::vector<Criteria> entries_;
 };
 
-/// "?,?,?" for three; the empty text for none.
+/// Returns "?,?,?" for three, the empty text for none.
 std::string placeholders(std::size_t count);
 
-/// The entries' SQL joined by " AND ", and their parameters in the same order.
+/// Joins the SQL of the entries by " AND ".
 std::string joinedSql(std::span<const Criteria> criterias);
+/// Appends the parameters of the entries in the same order.
 void appendParameters(ValueList& parameters, std::span<const Criteria> criterias);
 
 }  // namespace tarvo

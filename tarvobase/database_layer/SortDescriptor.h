@@ -8,10 +8,10 @@
 
 namespace tarvo {
 
-/// One order term. Those made from a `SortField` and its metadata come from `value_objects/SortField.h`.
+/// One term of an ORDER BY clause. `value_objects/field/SortField.h` makes terms from fields and their metadata.
 class SortDescriptor final : public Query {
 public:
-    /// Every part by name.
+    /// The parts of a term by name.
     struct Parts {
         std::string colName;
         bool ascending = true;
@@ -23,7 +23,7 @@ public:
     };
 
     explicit SortDescriptor(Parts parts) : parts_(std::move(parts)) {}
-    /// A text that is the whole term.
+    /// Makes a term of a text that is the whole term.
     static SortDescriptor customOrderBy(std::string text);
 
     const std::string& colName() const { return parts_.colName; }

@@ -10,12 +10,12 @@
 
 namespace tarvo {
 
-/// SELECT. `count(query:)` of the adapter overwrites the `columns` of the object that it is given.
+/// A SELECT statement. `count` of the adapter overwrites the `columns` of the query that it is given.
 class FetchQuery final : public Query {
 public:
     explicit FetchQuery(std::string tableName) : tableName(std::move(tableName)) {}
     FetchQuery(std::string tableName, Criteria criteria);
-    /// An absent map adds no condition; an empty one adds "()".
+    /// Selects by the values of columns. An absent map adds no condition; an empty one adds "()".
     FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues);
     FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues, std::vector<SortDescriptor> sortBy);
     FetchQuery(std::string tableName, const std::optional<ValueMap>& columnValues,
@@ -23,12 +23,12 @@ public:
 
     FetchQuery& filter(const ValueMap& columnValues);
     FetchQuery& filter(Criteria criteria);
-    /// Ascending by these columns, in place of any former order.
+    /// Sorts ascending by these columns, in place of any former order.
     FetchQuery& sortedBy(const std::vector<std::string>& names);
 
     std::string sql() const override;
     ValueList parameters() const override;
-    /// Its `sql`.
+    /// Returns its `sql`.
     std::string description() const { return sql(); }
 
     std::string tableName;
@@ -56,7 +56,7 @@ public:
         : tableName(std::move(tableName)), columnValues(std::move(columnValues)) {}
     UpdateQuery(std::string tableName, ValueMap columnValues, const ValueMap& criteria);
 
-    /// Merges; a later value for a column replaces the earlier one.
+    /// Adds values; a later value for a column replaces the earlier one.
     UpdateQuery& set(const ValueMap& values);
     UpdateQuery& filter(const ValueMap& columnValues);
     UpdateQuery& filter(Criteria criteria);
@@ -84,7 +84,7 @@ public:
     std::vector<Criteria> criterias;
 };
 
-/// INSERT ... SELECT from one table into another.
+/// A statement that copies rows of one table into another: INSERT ... SELECT.
 class CopyQuery final : public Query {
 public:
     CopyQuery(std::string sourceTable, std::string destinationTable, std::optional<std::int64_t> limit = std::nullopt)
@@ -103,7 +103,7 @@ public:
     std::optional<std::int64_t> offset;
 };
 
-/// A text and its parameters, as they stand.
+/// A statement of a given text and its parameters, used as they stand.
 class RawQuery final : public Query {
 public:
     RawQuery(std::string sql, ValueList parameters) : sql_(std::move(sql)), parameters_(std::move(parameters)) {}
