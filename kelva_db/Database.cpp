@@ -84,6 +84,10 @@ void Database::execute(std::string_view sql, std::span<const Value> parameters) 
     connection_.execute(sql, parameters);
 }
 
+std::vector<std::string> Database::executeUntrusted(std::string_view sql, std::chrono::milliseconds timeLimit) {
+    return connection_.executeUntrusted(sql, timeLimit);
+}
+
 void Database::execute(const QueryInterfaceProtocol& query) { execute(query.sql(), query.parameters()); }
 
 Rows Database::query(std::string_view sql, std::span<const Value> parameters) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -32,6 +33,11 @@ public:
     /// Any number of parameters is accepted, also beyond SQLite's limit for one statement.
     void execute(std::string_view sql, std::span<const Value> parameters = {});
     void execute(const QueryInterfaceProtocol& query);
+
+    /// Runs statements that came from outside, within bounds: they may make, change, drop and fill tables and indexes,
+    /// and each may take `timeLimit`. A statement that wants more is left out, and the others run; returns the kinds of
+    /// those that were left out. A statement that fails or takes too long throws; the latter ends the transaction.
+    std::vector<std::string> executeUntrusted(std::string_view sql, std::chrono::milliseconds timeLimit);
 
     /// All rows of one statement; an empty result has its column names. Any number of parameters, as above.
     Rows query(std::string_view sql, std::span<const Value> parameters = {});

@@ -1,5 +1,6 @@
 #include "kelva_db/KelvaDatabase.h"
 
+#include "kelva_db/internal/DatabaseFile.h"
 #include "kelva_db/internal/ReaderPool.h"
 #include "kelva_db/internal/Sqlite.h"
 #include "kelva_db/internal/Writer.h"

@@ -23,7 +23,8 @@ public:
 
     /// Connections that read at the same time; at least 1. A `DatabaseQueue` has none.
     int readers = 4;
-    /// Milliseconds to wait for a lock of another process before the failure `busy`.
+    /// Milliseconds to wait for a lock of another process before the failure `busy`. Writes after one that waited in
+    /// vain wait for 500 ms at most, until one succeeds.
     int busyTimeout = 5000;
 
     const std::optional<std::string>& key() const { return key_; }
@@ -48,7 +49,8 @@ public:
     virtual void write(Block block) = 0;
     virtual void inTransaction(TransactionBlock block) = 0;
 
-    /// Ends all connections after the blocks under way. May be called twice; every later operation throws `misuse`.
+    /// Ends all connections after the blocks under way, and waits for no other process. May be called twice; every
+    /// later operation throws `misuse`.
     virtual void close() = 0;
 
     /// The file must have the same key as this database, or no key if this one has none. The shared memory database is

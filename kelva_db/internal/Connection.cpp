@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "kelva_db/internal/ClockVfs.h"
+#include "kelva_db/internal/DatabaseFile.h"
 #include "kelva_db/internal/Execution.h"
 #include "kelva_db/internal/Sql.h"
 #include "kelva_db/internal/Sqlite.h"
@@ -50,7 +51,7 @@ Connection::Connection(const std::string& path, const FileFormat& format, Role r
                        ChangeTracker* tracker)
     : handle_(openFile(path, role)), statements_(handle_.get()), database_(*this), tracker_(tracker) {
     sqlite3_extended_result_codes(handle(), 1);
-    sqlite3_busy_timeout(handle(), busyTimeout);
+    setBusyTimeout(busyTimeout);
     if (role != Role::memory) format.applyTo(handle());
     configure(role);
     listTables_.registerWith(handle());
@@ -78,8 +79,8 @@ void Connection::configure(Role role) {
 void Connection::installHooks() {
     sqlite3_set_authorizer(
         handle(),
-        [](void* self, int action, const char* first, const char*, const char*, const char*) {
-            return static_cast<Connection*>(self)->authorize(action, first);
+        [](void* self, int action, const char* first, const char* second, const char*, const char*) {
+            return static_cast<Connection*>(self)->authorize(action, first, second);
         },
         this);
     sqlite3_wal_hook(
@@ -91,7 +92,9 @@ void Connection::installHooks() {
         this);
 }
 
-int Connection::authorize(int action, const char* first) {
+int Connection::authorize(int action, const char* first, const char* second) {
+    if (untrusted_ && !internal_)
+        if (auto answer = untrusted_->authorize(action, first, second); answer != SQLITE_OK) return answer;
     switch (action) {
         case SQLITE_TRANSACTION:
         case SQLITE_SAVEPOINT:
@@ -103,18 +106,22 @@ int Connection::authorize(int action, const char* first) {
         case SQLITE_DROP_TEMP_VIEW:
             dropped_ = first ? first : "";
             return SQLITE_OK;
-        case SQLITE_DELETE: {
-            // "Ignore" makes a DELETE without WHERE go row by row, of which the observers are notified; the removal of
-            // a table and of its entries in the schema would not happen at all.
-            std::string_view table = first ? first : "";
-            bool removal = table == dropped_ || table.starts_with("sqlite_");
-            if (table == dropped_) dropped_.clear();
-            return watched_ && !removal ? SQLITE_IGNORE : SQLITE_OK;
-        }
+        case SQLITE_DELETE:
+            return authorizeDelete(first ? first : "");
         default:
             return SQLITE_OK;
     }
 }
+
+// "Ignore" makes a DELETE without WHERE go row by row, of which the observers are notified; the removal of a table and
+// of its entries in the schema would not happen at all.
+int Connection::authorizeDelete(std::string_view table) {
+    bool removal = table == dropped_ || table.starts_with("sqlite_");
+    if (table == dropped_) dropped_.clear();
+    return watched_ && !removal ? SQLITE_IGNORE : SQLITE_OK;
+}
+
+void Connection::setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(handle(), milliseconds); }
 
 std::size_t Connection::parameterLimit() const {
     return static_cast<std::size_t>(sqlite3_limit(handle(), SQLITE_LIMIT_VARIABLE_NUMBER, -1));
@@ -212,6 +219,60 @@ void Connection::execute(std::string_view sql, std::span<const Value> parameters
         execution.runToEnd();
     }
     if (!bound.empty()) throwError(FailureKind::misuse, "parameters were given for a statement without placeholders");
+}
+
+namespace {
+
+/// What follows the first statement of a text, when SQLite has not prepared it.
+std::string_view afterRefused(std::string_view sql, const std::string& kind) {
+    // A trigger holds statements of its own, which must not be taken for statements of the text.
+    if (kind == "trigger") return {};
+    SqlScanner scanner(sql);
+    for (auto token = scanner.next(); token.kind != SqlToken::Kind::end; token = scanner.next())
+        if (token.is(';')) return sql.substr(static_cast<std::size_t>(token.text.data() - sql.data()) + 1);
+    return {};
+}
+
+}  // namespace
+
+/// Runs the first statement of a text unless it is refused. Returns what follows it.
+std::string_view Connection::runUntrusted(std::string_view sql, UntrustedSql& bounds) {
+    std::string_view rest;
+    try {
+        Execution execution(*this, sql, rest);
+        if (execution.parameterCount() > 0) throwError(FailureKind::misuse, "a statement from outside has parameters");
+        if (execution.givesRows())
+            bounds.refuse("query");
+        else
+            execution.runToEnd();
+        return rest;
+    } catch (const DatabaseError& error) {
+        if (bounds.isOverdue())
+            throwError(FailureKind::other, "a statement from outside was stopped at its time limit");
+        bool wantsSchema = std::string_view(error.what()).ends_with("may not be modified");
+        if (wantsSchema) bounds.refuse("write to the schema");
+        if (bounds.refused().empty()) throw;
+        return afterRefused(sql, bounds.refused());
+    }
+}
+
+std::vector<std::string> Connection::executeUntrusted(std::string_view sql, std::chrono::milliseconds timeLimit) {
+    // Kept statements were prepared without the bounds, and those of this text must not be kept.
+    statements_.clear();
+    UntrustedSql bounds(handle(), timeLimit);
+    untrusted_ = &bounds;
+    auto leave = [this](void*) {
+        untrusted_ = nullptr;
+        statements_.clear();
+    };
+    std::unique_ptr<UntrustedSql, decltype(leave)> scope(&bounds, leave);
+    std::vector<std::string> refused;
+    for (auto rest = sql; !rest.empty();) {
+        bounds.beginStatement();
+        rest = runUntrusted(rest, bounds);
+        if (!bounds.refused().empty()) refused.push_back(bounds.refused());
+    }
+    return refused;
 }
 
 Rows Connection::query(std::string_view sql, std::span<const Value> parameters) {
@@ -396,6 +457,8 @@ void Connection::detach(const std::string& name) {
 }
 
 void Connection::checkpoint() noexcept {
+    // Waits for nobody, as another process may read for as long as it likes: what it still needs stays in the log.
+    setBusyTimeout(0);
     sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
 }
 

@@ -10,6 +10,7 @@
 #include "kelva_db/internal/FileFormat.h"
 #include "kelva_db/internal/ListTables.h"
 #include "kelva_db/internal/StatementCache.h"
+#include "kelva_db/internal/UntrustedSql.h"
 
 namespace kelva {
 
@@ -34,11 +35,15 @@ public:
     sqlite3* handle() const { return handle_.get(); }
 
     void execute(std::string_view sql, std::span<const Value> parameters);
+    std::vector<std::string> executeUntrusted(std::string_view sql, std::chrono::milliseconds timeLimit);
     Rows query(std::string_view sql, std::span<const Value> parameters);
     void insertBatch(const std::string& sql, const RowSource& rows);
     std::vector<std::string> columnNames(std::string_view table) { return shapeOf(table).columns; }
     /// Whether a column of the table has a default other than NULL.
     bool hasDefaults(std::string_view table) { return shapeOf(table).hasDefaults; }
+
+    /// Sets how long statements wait for a lock of another connection, in milliseconds.
+    void setBusyTimeout(int milliseconds);
 
     /// Transactions. Only `Writer`, the readers and savepoints begin and end any.
     void begin(bool immediate);
@@ -87,7 +92,9 @@ private:
     void installHooks();
     void runInternal(const char* sql);
     std::size_t parameterLimit() const;
-    int authorize(int action, const char* first);
+    int authorize(int action, const char* first, const char* second);
+    int authorizeDelete(std::string_view table);
+    std::string_view runUntrusted(std::string_view sql, UntrustedSql& bounds);
     const Shape& shapeOf(std::string_view table);
     std::string schemaVersions();
     void noticeSchema();
@@ -102,6 +109,7 @@ private:
     ChangeTracker* tracker_;
     std::map<std::string, FileFormat> attached_;
 
+    UntrustedSql* untrusted_ = nullptr;  // the bounds of the statements that run, if they came from outside
     bool readOnly_ = false;
     bool internal_ = false;  // a statement of the library's own is being prepared or run
     bool inTransaction_ = false;

@@ -19,6 +19,8 @@ std::size_t Execution::parameterCount() const {
     return loan_.get() ? static_cast<std::size_t>(sqlite3_bind_parameter_count(loan_.get())) : 0;
 }
 
+bool Execution::givesRows() const { return loan_.get() && sqlite3_column_count(loan_.get()) > 0; }
+
 void Execution::bind(std::span<const ValueView> values) {
     if (values.size() != parameterCount())
         throwError(FailureKind::misuse, "the statement has " + std::to_string(parameterCount()) +

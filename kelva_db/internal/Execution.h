@@ -13,6 +13,7 @@ public:
     Execution(Connection& connection, std::string_view sql, std::string_view& rest);
 
     std::size_t parameterCount() const;
+    bool givesRows() const;
     /// The values must stay where they are until the run is over.
     void bind(std::span<const ValueView> values);
     void runToEnd();

@@ -4,10 +4,10 @@
 #include <openssl/evp.h>
 #include <sqlite3.h>
 
-#include <filesystem>
-#include <vector>
+#include <algorithm>
 
 #include "kelva_db/internal/ClockVfs.h"
+#include "kelva_db/internal/DatabaseFile.h"
 #include "platform/Random.h"
 #include "platform/Text.h"
 
@@ -67,9 +67,9 @@ std::string keyFor(const Configuration& configuration, const std::string& salt, 
     return derivedKey(*configuration.key(), salt, generation);
 }
 
-/// Whether the file can be read so. Opened for reading alone, so that nothing of it changes when it cannot.
-bool opens(const std::string& path, const FileFormat& format, int busyTimeout) {
-    auto handle = openHandle(path, SQLITE_OPEN_READONLY);
+/// Whether the file can be read so.
+bool isReadable(const std::string& path, const FileFormat& format, int busyTimeout, int flags) {
+    auto handle = openHandle(path, flags);
     sqlite3_busy_timeout(handle.get(), busyTimeout);
     format.applyTo(handle.get());
     try {
@@ -80,6 +80,28 @@ bool opens(const std::string& path, const FileFormat& format, int busyTimeout) {
         if (error.kind() != FailureKind::wrongKey) throw;
         return false;
     }
+}
+
+/// The same, opened for reading alone, so that nothing of the file changes if it cannot be read. Only what a crash in
+/// the middle of a write has left is brought to its end, which needs the right to write and holds for every key: the
+/// pages that the journal puts back are those of the file.
+bool opens(const std::string& path, const FileFormat& format, int busyTimeout) {
+    try {
+        return isReadable(path, format, busyTimeout, SQLITE_OPEN_READONLY);
+    } catch (const DatabaseError& error) {
+        if (error.kind() != FailureKind::readOnly) throw;
+    }
+    return isReadable(path, format, busyTimeout, SQLITE_OPEN_READWRITE);
+}
+
+/// A key can be wrong only for a file that may be a database.
+void refuseDamaged(const std::string& head, std::uint64_t size) {
+    constexpr std::uint64_t smallestPage = 512;
+    if (size == 0) return;
+    if (size < smallestPage)
+        throwError(FailureKind::corrupt, "the file is too short for a database: " + std::to_string(size) + " bytes");
+    if (std::all_of(head.begin(), head.end(), [](char byte) { return byte == 0; }))
+        throwError(FailureKind::corrupt, "the file is damaged: it begins with zeros");
 }
 
 FileFormat newFile(const Configuration& configuration, int generation) {
@@ -99,7 +121,7 @@ FileFormat existingFile(const std::string& path, const Configuration& configurat
         }
     }
     throwError(FailureKind::wrongKey,
-               "the key does not open this file: it is wrong, or the file is damaged or no database");
+               "the key does not open this file: it is wrong, or the file is damaged or is not a database");
 }
 
 }  // namespace
@@ -119,37 +141,6 @@ std::string singleText(sqlite3* handle, const std::string& sql, Stage stage) {
     return text;
 }
 
-bool isMemoryDatabase(const std::string& path) {
-    if (path == ":memory:") return true;
-    return path.starts_with("file:") &&
-           (path.find(":memory:") != std::string::npos || path.find("mode=memory") != std::string::npos);
-}
-
-std::string headOfFile(const std::string& path) {
-    auto vfs = sqlite3_vfs_find(clockVfsName());
-    // SQLite hands absolute names to its file layer, and this one leaves the name to live as long as the file.
-    std::string full(static_cast<std::size_t>(vfs->mxPathname) + 1, '\0');
-    int exists = 0;
-    if (vfs->xFullPathname(vfs, path.c_str(), vfs->mxPathname + 1, full.data()) != SQLITE_OK ||
-        vfs->xAccess(vfs, full.c_str(), SQLITE_ACCESS_EXISTS, &exists) != SQLITE_OK || !exists)
-        return {};
-    std::vector<std::max_align_t> memory(static_cast<std::size_t>(vfs->szOsFile) / sizeof(std::max_align_t) + 1);
-    auto file = reinterpret_cast<sqlite3_file*>(memory.data());
-    if (vfs->xOpen(vfs, full.c_str(), file, SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, nullptr) != SQLITE_OK)
-        throwError(FailureKind::cannotOpen, "the database file cannot be opened");
-    sqlite3_int64 size = 0;
-    std::string head(saltBytes, '\0');
-    bool read = file->pMethods->xFileSize(file, &size) == SQLITE_OK;
-    head.resize(std::min<std::size_t>(head.size(), static_cast<std::size_t>(size)));
-    read = read &&
-           (head.empty() || file->pMethods->xRead(file, head.data(), static_cast<int>(head.size()), 0) == SQLITE_OK);
-    file->pMethods->xClose(file);
-    if (!read) throwError(FailureKind::cannotOpen, "the database file cannot be read");
-    return head;
-}
-
-bool isPlainHead(const std::string& head) { return head.starts_with("SQLite format 3"); }
-
 void FileFormat::applyTo(sqlite3* handle) const {
     if (key.empty()) return runPlain(handle, "PRAGMA page_size = " + std::to_string(pageSize), Stage::open);
     runPlain(handle, "PRAGMA key = \"" + key + "\"", Stage::open);
@@ -162,15 +153,15 @@ FileFormat FileFormat::find(const std::string& path, const Configuration& config
     if (isMemoryDatabase(path)) return {};
     bool keyed = configuration.key() || configuration.rawKey();
     auto generation = keyed ? generationOfLibrary() : 0;
-    auto head = headOfFile(path);
+    auto [head, size] = beginningOf(path);
+    refuseDamaged(head, size);
     if (!keyed) {
         if (!head.empty() && !isPlainHead(head))
-            throwError(FailureKind::wrongKey, "no key was given, and the file is encrypted or no database");
+            throwError(FailureKind::wrongKey, "no key was given, and the file is encrypted or is not a database");
         return {usualPageSize, 0, {}, head.empty()};
     }
     if (isPlainHead(head)) throwError(FailureKind::notEncrypted, "a key was given, but the file is not encrypted");
     if (head.empty()) return newFile(configuration, generation);
-    if (head.size() < saltBytes) throwError(FailureKind::wrongKey, "the file is too short for a database");
     return existingFile(path, configuration, head, generation);
 }
 

@@ -19,23 +19,13 @@ struct FileFormat {
     std::string key;           ///< x'key and salt in hex', empty for a plain file
     bool isNew = false;        ///< there was no file, or an empty one
 
-    /// Finds how the file opens with this configuration, deriving the key once. Nothing is written. Throws
-    /// `wrongKey`, `notEncrypted`, `cannotOpen`, `corrupt` or `busy`.
+    /// Finds how the file opens with this configuration, deriving the key once. Writes nothing, except that it undoes
+    /// what a crash has left half written. Throws `wrongKey`, `notEncrypted`, `cannotOpen`, `corrupt` or `busy`.
     static FileFormat find(const std::string& path, const Configuration& configuration);
 
     /// Sets key and page size on a fresh connection.
     void applyTo(sqlite3* handle) const;
 };
-
-/// Whether a path names a database in memory.
-bool isMemoryDatabase(const std::string& path);
-
-/// The first 16 bytes of a file, fewer when it is shorter. Read through SQLite's own file layer: closing a file by
-/// hand would drop the locks that connections of this process hold on it.
-std::string headOfFile(const std::string& path);
-
-/// Whether these bytes begin an unencrypted database.
-bool isPlainHead(const std::string& head);
 
 /// Runs internal statements that need no result; throws.
 void runPlain(sqlite3* handle, const std::string& sql, Stage stage);

@@ -1,5 +1,8 @@
 #include "kelva_db/internal/Writer.h"
 
+#include <algorithm>
+
+#include "kelva_db/internal/DatabaseFile.h"
 #include "kelva_db/internal/Sqlite.h"
 #include "platform/Files.h"
 
@@ -32,6 +35,7 @@ void Writer::open(Connection::Role role) {
 void Writer::openOnce(Connection::Role role) {
     turn_.assumeHeld();
     if (role != Connection::Role::memory) format_ = FileFormat::find(path_, configuration_);
+    if (role != Connection::Role::memory) keepToOwner(path_);
     try {
         connection_ = std::make_unique<Connection>(path_, format_, role, configuration_.busyTimeout, &tracker_);
         proveEncryption(role);
@@ -49,7 +53,7 @@ void Writer::proveEncryption(Connection::Role role) {
     turn_.assumeHeld();
     if (role == Connection::Role::memory || format_.key.empty()) return;
     bool answers = !singleText(connection_->handle(), "PRAGMA cipher_version", Stage::open).empty();
-    if (answers && !isPlainHead(headOfFile(path_))) return;
+    if (answers && !isPlainHead(beginningOf(path_).head)) return;
     throwError(FailureKind::notEncrypted, "the file would not be encrypted although a key was given");
 }
 
@@ -108,11 +112,31 @@ bool Writer::runTransaction(Connection& connection, KelvaDatabase::TransactionBl
     return false;
 }
 
+/// A process that holds the lock for long would make each of many writes wait its whole time. Those after the first one
+/// that waited in vain wait for a moment only, until one succeeds.
+void Writer::begin(Connection& writer) {
+    constexpr int moment = 500;
+    turn_.assumeHeld();
+    auto setPatience = [&](bool isLockedOut) {
+        turn_.assumeHeld();
+        isLockedOut_ = isLockedOut;
+        auto wait = configuration_.busyTimeout;
+        writer.setBusyTimeout(isLockedOut ? std::min(wait, moment) : wait);
+    };
+    try {
+        writer.begin(true);
+        if (isLockedOut_) setPatience(false);
+    } catch (const DatabaseError& error) {
+        if (error.kind() == FailureKind::busy) setPatience(true);
+        throw;
+    }
+}
+
 void Writer::transaction(KelvaDatabase::TransactionBlock block) {
     if (auto access = Access::find(this)) return access->transaction(block);
     onQueue([&] {
         auto& writer = connection();
-        writer.begin(true);
+        begin(writer);
         bool committed = false;
         try {
             committed = runTransaction(writer, block);

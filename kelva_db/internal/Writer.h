@@ -43,6 +43,7 @@ private:
     void notify(Connection& writer, bool committed);
     void open(Connection::Role role);
     void openOnce(Connection::Role role);
+    void begin(Connection& writer);
     void proveEncryption(Connection::Role role);
 
     std::string path_;
@@ -53,6 +54,7 @@ private:
     // Held by the one work that runs. A serial queue never makes it wait; a concurrent one does.
     tarvo::platform::Mutex turn_;
     std::unique_ptr<Connection> connection_ TARVO_GUARDED_BY(turn_);
+    bool isLockedOut_ TARVO_GUARDED_BY(turn_) = false;  // the last write waited in vain for another process
 };
 
 }  // namespace kelva

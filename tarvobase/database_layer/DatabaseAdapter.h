@@ -103,6 +103,9 @@ public:
         return transaction(name, work);
     }
 
+    /// Runs the statements of a text of the server, which makes its tables. They may make, change, drop and fill tables
+    /// and indexes. A statement that wants anything else (settings, other files, triggers, queries) is left out and
+    /// logged by its kind, which fails nothing; one that takes longer than some seconds is stopped and fails.
     virtual bool createTable(const std::string& rawQuery) = 0;
     /// Runs the server's statements for tables as one `tolerantTransaction`, so a table that exists already costs
     /// nothing. Returns false if the database could not store the tables.

@@ -43,13 +43,14 @@ public:
     explicit KelvaDatabasePersistance(StorageLocation storageLocation);
     ~KelvaDatabasePersistance() override;
 
-    /// Opens the database; false when it is open already. An absent passphrase opens it without a key. The passphrase
-    /// is neither kept nor logged. A failure (wrong passphrase, damaged file, no encryption in this process) leaves it
-    /// closed and comes back in the result; nothing of the file is changed.
+    /// Why a database was not opened. The message may be shown; it holds no secret.
     struct OpeningFailure {
         enum class Kind { wrongPassphrase, notEncrypted, damaged, cannotOpen, other } kind;
         std::string message;
     };
+    /// Opens the database; returns false if it is open already. An absent passphrase opens it without a key. The
+    /// passphrase is neither kept nor logged. A failure (wrong passphrase, damaged file, no encryption in this process)
+    /// leaves the database closed and the file unchanged.
     Result<bool, OpeningFailure> registerDB(const std::optional<std::string>& passphrase);
     /// Closes the database after the transactions under way; those that wait for their turn fail. Returns false if it
     /// was not open, or if the caller is inside a transaction of it, which is a programming error.
