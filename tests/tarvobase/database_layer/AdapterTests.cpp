@@ -68,53 +68,87 @@ TEST_F(AdapterTest, Counts) {
     EXPECT_EQ(query.columns, std::vector<std::string>{"COUNT(1) AS CNT"});
 }
 
-TEST_F(AdapterTest, UpdatesByMapListAndQuery) {
+TEST_F(AdapterTest, UpdatesByMapAndByList) {
     fill();
-    adapter->update("t", ValueMap{{"n", 10}}, Criteria::equalTo("id", "a"));
-    adapter->update("t", std::vector<ValueMap>{{{"n", 20}}, {{"n", 30}}},
-                    {Criteria::equalTo("id", "b"), Criteria::equalTo("id", "c")});
+    EXPECT_TRUE(adapter->update("t", ValueMap{{"n", 10}}, Criteria::equalTo("id", "a")));
+    EXPECT_TRUE(adapter->update("t", std::vector<ValueMap>{{{"n", 20}}, {{"n", 30}}},
+                                {Criteria::equalTo("id", "b"), Criteria::equalTo("id", "c")}));
     EXPECT_EQ(adapter->count("t", Criteria::in("n", {10, 20, 30})), 3);
-    adapter->update("t", ValueMap{{"n", opaque}}, Criteria::equalTo("id", "a"));
-    adapter->update("t", ValueMap{{"n", 0}}, Criteria::equalTo("id", opaque));
-    EXPECT_EQ(adapter->count("t", Criteria::equalTo("n", 10)), 1);
+}
+
+TEST_F(AdapterTest, AnUpdateWithAValueThatCannotBeBoundIsRefused) {
+    fill();
+    EXPECT_FALSE(adapter->update("t", ValueMap{{"n", opaque}}, Criteria::equalTo("id", "a")));
     EXPECT_TRUE(wasLogged("Could not convert cast values to [String: DatabaseValueConvertible?"));
+    EXPECT_FALSE(adapter->update("t", ValueMap{{"n", 0}}, Criteria::equalTo("id", opaque)));
     EXPECT_TRUE(wasLogged("Could not convert criteria values to [DatabaseValueConvertible?"));
-    adapter->update("t", std::vector<ValueMap>{{{"n", 0}}}, {});
+    EXPECT_EQ(adapter->count("t", Criteria::equalTo("n", 1)), 1);
+}
+
+TEST_F(AdapterTest, AnUpdateWithFewerCriteriaThanMapsIsAProgrammingError) {
+    fill();
+    EXPECT_FALSE(adapter->update("t", std::vector<ValueMap>{{{"n", 0}}}, {}));
+    EXPECT_EQ(adapter->count("t", Criteria::equalTo("n", 0)), 0);
     EXPECT_EQ(takeProgrammingErrors().size(), 1u);
 }
 
-TEST_F(AdapterTest, AListOfStatementsHoldsWholeOrNotAtAll) {
-    adapter->execute({{"INSERT INTO t VALUES ('x', 1)", std::nullopt},
-                      {"INSERT INTO nowhere VALUES (1)", std::nullopt},
-                      {"INSERT INTO t VALUES ('y', 1)", std::nullopt}});
+TEST_F(AdapterTest, AListWithAFailingStatementHasNoEffect) {
+    EXPECT_FALSE(adapter->execute({{"INSERT INTO t VALUES ('x', 1)", std::nullopt},
+                                   {"INSERT INTO nowhere VALUES (1)", std::nullopt},
+                                   {"INSERT INTO t VALUES ('y', 1)", std::nullopt}}));
     EXPECT_TRUE(allIds().empty());
-    adapter->execute(
-        {{"INSERT INTO t VALUES (?, 1)", ValueList{"x"}}, {"INSERT INTO t VALUES (?, 1)", ValueList{opaque}}});
+}
+
+TEST_F(AdapterTest, AListWithAValueThatCannotBeBoundDoesNotBegin) {
+    EXPECT_FALSE(adapter->execute(
+        {{"INSERT INTO t VALUES (?, 1)", ValueList{"x"}}, {"INSERT INTO t VALUES (?, 1)", ValueList{opaque}}}));
     EXPECT_TRUE(allIds().empty());
     EXPECT_TRUE(wasLogged("could not convert `[object] to [DatabaseValueConvertible]`"));
+}
+
+TEST_F(AdapterTest, AListOfQueriesRunsInOrder) {
     DeleteQuery remove("t", ValueMap{{"id", "b"}});
     InsertQuery add("t", {{"id", "z"}, {"n", 0}});
     fill();
-    adapter->execute(std::vector<std::reference_wrapper<const Query>>{remove, add});
+    EXPECT_TRUE(adapter->execute(std::vector<std::reference_wrapper<const Query>>{remove, add}));
     EXPECT_EQ(allIds(), (std::vector<std::string>{"a", "c", "z"}));
 }
 
-TEST_F(AdapterTest, DeletesCopiesDropsAndCreatesAgain) {
+TEST_F(AdapterTest, CopiesRowsOfOneTableIntoAnother) {
     fill();
     adapter->create("u", {{"id", TableColumnType::text}, {"n", TableColumnType::integer}}, {}, {{"id"}});
-    adapter->copyRecord(CopyQuery("t", "u").filter(Criteria::lessThan("n", 3)));
+    EXPECT_TRUE(adapter->copyRecord(CopyQuery("t", "u").filter(Criteria::lessThan("n", 3))));
     EXPECT_EQ(adapter->count("u", std::nullopt), 2);
-    adapter->insertInto("u", ValueMap{{"id", "a"}, {"n", 100}});  // replaces by the unique key
-    EXPECT_EQ(adapter->count("u", std::nullopt), 2);
-    adapter->deleteObjects("t", Criteria::equalTo("id", "a"));
+    EXPECT_TRUE(adapter->insertInto("u", ValueMap{{"id", "a"}, {"n", 100}}));
+    EXPECT_EQ(adapter->count("u", std::nullopt), 2) << "the unique key replaces the row";
+}
+
+TEST_F(AdapterTest, DeletesSomeOrAllRows) {
+    fill();
+    EXPECT_TRUE(adapter->deleteObjects("t", Criteria::equalTo("id", "a")));
     EXPECT_EQ(allIds(), (std::vector<std::string>{"b", "c"}));
-    adapter->create("t", {{"other", TableColumnType::blob}}, {});
-    EXPECT_EQ(adapter->columnNames("t"), (std::vector<std::string>{"id", "n"}));
-    adapter->deleteAllObjects("t");
+    EXPECT_TRUE(adapter->deleteAllObjects("t"));
     EXPECT_TRUE(allIds().empty());
-    adapter->dropTable("t");
-    adapter->dropTable("t");
+}
+
+TEST_F(AdapterTest, CreatingATableThatExistsChangesNothing) {
+    EXPECT_TRUE(adapter->create("t", {{"other", TableColumnType::blob}}, {}));
+    EXPECT_EQ(adapter->columnNames("t"), (std::vector<std::string>{"id", "n"}));
+}
+
+TEST_F(AdapterTest, DroppingATableTwiceIsASuccess) {
+    EXPECT_TRUE(adapter->dropTable("t"));
+    EXPECT_TRUE(adapter->dropTable("t"));
     EXPECT_TRUE(adapter->columnNames("t").empty());
+}
+
+TEST_F(AdapterTest, CreateTableLeavesOutWhatIsNotForTables) {
+    EXPECT_TRUE(adapter->createTable("CREATE TABLE u (id); PRAGMA rekey = 'mine'; CREATE TABLE v (id)"));
+    EXPECT_FALSE(adapter->columnNames("u").empty());
+    EXPECT_FALSE(adapter->columnNames("v").empty());
+    EXPECT_TRUE(wasLogged("since it wants more than tables: PRAGMA"));
+    EXPECT_FALSE(wasLogged("mine"));
+    EXPECT_FALSE(adapter->createTable("CREATE TABLE u (id)")) << "a statement that fails is a failure";
 }
 
 TEST_F(AdapterTest, OpensOnceAndAgainAfterClosing) {
@@ -123,7 +157,7 @@ TEST_F(AdapterTest, OpensOnceAndAgainAfterClosing) {
     EXPECT_TRUE(adapter->deregisterDB());
     EXPECT_FALSE(adapter->deregisterDB());
     EXPECT_EQ(adapter->fetchAllObjects("t"), std::nullopt);
-    adapter->insertInto("t", ValueMap{{"id", "a"}});
+    EXPECT_FALSE(adapter->insertInto("t", ValueMap{{"id", "a"}}));
     EXPECT_TRUE(adapter->registerDB("a passphrase").value());
     EXPECT_TRUE(allIds().empty());
 }
@@ -138,6 +172,16 @@ TEST_F(AdapterTest, AWrongPassphraseIsRefusedAndTheFileStays) {
     EXPECT_EQ(files::read(adapter->databaseName()), before);
     EXPECT_TRUE(adapter->registerDB("a passphrase").value());
     EXPECT_EQ(allIds().size(), 3u);
+}
+
+TEST_F(AdapterTest, AFileThatCannotBeADatabaseIsDamaged) {
+    adapter->deregisterDB();
+    for (auto& content : {std::string("short"), std::string(8192, '\0')}) {
+        std::ofstream(adapter->databaseName()) << content;
+        auto refused = adapter->registerDB("a passphrase");
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().kind, KelvaDatabasePersistance::OpeningFailure::Kind::damaged) << content.size();
+    }
 }
 
 TEST_F(AdapterTest, ADatabaseKeepsItsIdentityAndANewOneHasAnother) {
