@@ -2,10 +2,9 @@
 
 #include <optional>
 
-#include "tarvobase/init_process/parsers/InitDownloadParser.h"
-
 namespace tarvo {
 
+struct ParsedInitData;
 struct Scope;
 
 /// The last usable answer of the init call in this process, with its account and organisation. From any thread.
