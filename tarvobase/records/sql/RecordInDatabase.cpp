@@ -23,7 +23,22 @@ namespace {
 
 using Names = RecordPersistanceDelegate::Names;
 
-std::string idColumn(const FieldIdentifier& naming) { return std::string(naming.constant->id); }
+/// Returns the column of `Record::recordId`.
+std::string idColumn(const std::string& moduleName, const FieldIdentifier& naming) {
+    return std::string(RecordUtil::getIdentifierFieldName(moduleName, naming));
+}
+
+/// Returns the condition for the row that `row` is a new content of. Several rows may have one record id, as the rows
+/// of a participant in several events have; so a row that names its own key is found by that as well. Returns nullopt
+/// if the row has no record id.
+std::optional<Criteria> conditionFor(const ValueMap& row, const std::string& moduleName,
+                                     const FieldIdentifier& naming) {
+    auto column = idColumn(moduleName, naming), key = std::string(naming.constant->id);
+    auto id = row.find(column), ownKey = row.find(key);
+    if (!id || !id->asText()) return std::nullopt;
+    if (column == key || !ownKey || !ownKey->asText()) return columnIs(column, *id->asText());
+    return Criteria::and_({columnIs(column, *id->asText()), columnIs(key, *ownKey->asText())});
+}
 
 /// Returns the id of a row if it is a text that is not empty, and null otherwise.
 const std::string* usableId(const ValueMap& row, std::string_view identifier) {
@@ -220,8 +235,11 @@ bool RecordInDatabase::updateRecord(const Record& record, const std::string& rec
     auto naming = namingInForce();
     auto table = tableOf(moduleName);
     auto row = rowOf(record, naming);
-    auto id = idColumn(naming);
-    if (!databaseAdapter_ || record.recordId() == recordID) return table.update(std::move(row), columnIs(id, recordID));
+    auto id = idColumn(moduleName, naming);
+    // A column that is not the row's key takes the new id in any case.
+    bool isKey = id == naming.constant->id;
+    if (!databaseAdapter_ || record.recordId() == recordID || !isKey)
+        return table.update(std::move(row), columnIs(id, recordID));
 
     // A row with the new id may exist already. It is deleted first, or the old row could never take that id.
     auto name = kelva::quotedName(table.tableName());
@@ -263,13 +281,11 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::ve
 bool RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,
                               const FieldIdentifier& naming) const {
     auto table = tableOf(moduleName);
-    auto id = idColumn(naming);
     bool haveIds = true;
     auto updateAll = [&] {
         for (auto& row : rows) {
-            auto value = row.find(id);
-            if (value && value->asText()) {
-                if (!table.update(row, columnIs(id, *value->asText()))) return false;
+            if (auto condition = conditionFor(row, moduleName, naming)) {
+                if (!table.update(row, *condition)) return false;
             } else {
                 platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
                 haveIds = false;
@@ -332,7 +348,7 @@ std::optional<Record> RecordInDatabase::fetchRecord(const std::string& moduleNam
     auto fields = fieldsOf(moduleName);
     if (!fields) return std::nullopt;
     auto table = tableOf(moduleName);
-    FetchQuery query(kelva::quotedName(table.tableName()), columnIs(idColumn(fields->naming()), recordID));
+    FetchQuery query(kelva::quotedName(table.tableName()), columnIs(idColumn(moduleName, fields->naming()), recordID));
     auto rows = table.fetch(query);
     return rows ? firstOf(Records(recordsOf(*rows, *fields))) : std::nullopt;
 }
@@ -341,7 +357,8 @@ RecordInDatabase::Records RecordInDatabase::fetchRecords(const std::string& modu
                                                          const std::optional<Names>& columnsToFetch) {
     auto fields = fieldsOf(moduleName);
     if (!fields) return std::nullopt;
-    return fetch(*fields, columnIn(idColumn(fields->naming()), recordIds), {.columnsToFetch = columnsToFetch});
+    return fetch(*fields, columnIn(idColumn(moduleName, fields->naming()), recordIds),
+                 {.columnsToFetch = columnsToFetch});
 }
 
 RecordInDatabase::Records RecordInDatabase::fetchRecords(const RecordQuery& query) {
@@ -385,11 +402,11 @@ std::optional<std::int64_t> RecordInDatabase::count(const std::optional<Criteria
 // Deleting
 
 bool RecordInDatabase::deleteRecord(const std::string& recordId, const std::string& moduleName) {
-    return deleteRecords(moduleName, columnIs(idColumn(namingInForce()), recordId));
+    return deleteRecords(moduleName, columnIs(idColumn(moduleName, namingInForce()), recordId));
 }
 
 bool RecordInDatabase::deleteRecords(const Names& recordIds, const std::string& moduleName) {
-    return deleteRecords(moduleName, columnIn(idColumn(namingInForce()), recordIds));
+    return deleteRecords(moduleName, columnIn(idColumn(moduleName, namingInForce()), recordIds));
 }
 
 bool RecordInDatabase::deleteRecords(const std::string& moduleName, const Criteria& criteria) {

@@ -205,6 +205,52 @@ TEST_P(RecordWriteTest, DeletesNamedRecordsOnly) {
     EXPECT_EQ(idsOf(records->fetchRecords("Leads", ValueMap(), std::nullopt)), "2 3");
 }
 
+/// Participants of two events, in each naming. A participant's record id is not the key of its rows.
+class ParticipantTest : public RecordTableTest, public ::testing::WithParamInterface<Naming> {
+protected:
+    void SetUp() override {
+        RecordTableTest::SetUp();
+        use(GetParam());
+        makeModule(module, {field(module, "participant"), field(module, "Status")});
+        for (auto& [key, person] : {std::pair("k1", "ada"), {"k2", "bob"}, {"k3", "ada"}})
+            records->storeRecord(ValueMap{{"id", key}, {"participant", person}, {"Status", "invited"}}, module);
+    }
+    std::string rows() {
+        return cells("EventInviteesRecords ORDER BY 1",
+                     {identifier("id"), identifier("participant"), identifier("Status")});
+    }
+    const std::string module = "EventInvitees";
+};
+INSTANTIATE_TEST_SUITE_P(Namings, ParticipantTest, ::testing::Values(Naming::column, Naming::api),
+                         [](auto& one) { return one.param == Naming::column ? "columns" : "apiNames"; });
+
+TEST_P(ParticipantTest, IsFoundByItsRecordId) {
+    EXPECT_EQ(records->fetchRecord(module, "bob")->recordId(), "bob");
+    EXPECT_EQ(idsOf(records->fetchRecords(module, Names{"bob", "ada"})), "ada bob ada");
+    EXPECT_EQ(records->fetchRecord(module, "k1"), std::nullopt);
+}
+
+TEST_P(ParticipantTest, IsChangedInTheEventThatItWasReadFrom) {
+    auto record = records->fetchRecords(module, Names{"ada"})->at(1);
+    record.set(identifier("Status"), "yes");
+    EXPECT_TRUE(records->modifyRecord(module, record));
+    EXPECT_EQ(rows(), R"("k1","ada","invited";"k2","bob","invited";"k3","ada","yes")");
+    EXPECT_TRUE(records->modifyRecord(module, Record(ValueMap{{identifier("Status"), "no"}}, "bob", module)));
+    EXPECT_EQ(rows(), R"("k1","ada","invited";"k2","bob","no";"k3","ada","yes")");
+}
+
+TEST_P(ParticipantTest, TakesANewRecordIdInEveryEvent) {
+    EXPECT_TRUE(records->updateRecord(Record(ValueMap(), "bob", module), "ada", module));
+    EXPECT_EQ(rows(), R"("k1","bob","invited";"k2","bob","invited";"k3","bob","invited")");
+}
+
+TEST_P(ParticipantTest, IsDeletedByItsRecordId) {
+    EXPECT_TRUE(records->deleteRecord("bob", module));
+    EXPECT_EQ(rows(), R"("k1","ada","invited";"k3","ada","invited")");
+    EXPECT_TRUE(records->deleteRecords(Names{"ada"}, module));
+    EXPECT_EQ(rows(), "");
+}
+
 /// Four leads whose columns each sort in another order.
 class RecordReadTest : public RecordTableTest {
 protected:
