@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/Clock.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/network_layer/NetworkFailure.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
@@ -37,10 +38,12 @@ void notifyOfChange(const std::string& moduleName, const std::vector<std::string
 
 GetModuleTagsDM::GetModuleTagsDM(std::shared_ptr<TagPersistanceDelegate> tagsDBPersistance,
                                  std::shared_ptr<TagRecordsPersistanceDelegate> tagsRecordsDBPersistance,
-                                 std::shared_ptr<GetModuleTagsNS> tagsNWService)
+                                 std::shared_ptr<GetModuleTagsNS> tagsNWService,
+                                 std::shared_ptr<DatabaseAdapter> databaseAdapter)
     : tagsDBPersistance(std::move(tagsDBPersistance)),
       tagsRecordsDBPersistance(std::move(tagsRecordsDBPersistance)),
-      tagsNWService(std::move(tagsNWService)) {}
+      tagsNWService(std::move(tagsNWService)),
+      databaseAdapter_(std::move(databaseAdapter)) {}
 
 bool GetModuleTagsDM::getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError) {
     auto tags = tagsDBPersistance->getTags(request->module.moduleName);
@@ -61,28 +64,33 @@ void GetModuleTagsDM::getNWResponse(const RequestPtr& request, OnNWSuccess onSuc
 }
 
 void GetModuleTagsDM::replaceTags(const std::string& moduleName, const std::vector<Tag>& tags) {
-    for (auto& stored : tagsDBPersistance->getTags(moduleName).value_or(std::vector<Tag>()))
-        if (!contains(tags, stored.id)) removeUnlessWaiting(stored);
-    tagsDBPersistance->storeTags(tags);
+    std::vector<std::vector<std::string>> changedRecords;
+    auto replace = [&] {
+        for (auto& stored : tagsDBPersistance->getTags(moduleName).value_or(std::vector<Tag>())) {
+            if (contains(tags, stored.id)) continue;
+            auto links = tagsRecordsDBPersistance->getTagRecordsByTagId(stored.id);
+            // If the links cannot be read, a record may be waiting, so the tag stays until the next time.
+            if (!links || waitsForUpload(stored, *links)) continue;
+            if (!remove(stored, *links)) return false;
+            changedRecords.emplace_back();
+            for (auto& link : *links) changedRecords.back().push_back(link.recordId);
+        }
+        return tagsDBPersistance->storeTags(tags);
+    };
+    if (!databaseAdapter_ || !databaseAdapter_->transaction("replace tags of " + moduleName, replace)) return;
+    for (auto& records : changedRecords) notifyOfChange(moduleName, records);
 }
 
-void GetModuleTagsDM::removeUnlessWaiting(const Tag& tag) {
-    auto links = tagsRecordsDBPersistance->getTagRecordsByTagId(tag.id);
-    // If the links cannot be read, a record may be waiting, so the tag stays until the next time.
-    if (!links || waitsForUpload(tag, *links)) return;
-    tagsDBPersistance->removeTags(tag.id);
-    std::vector<std::string> records;
-    for (auto& link : *links) {
-        records.push_back(link.recordId);
-        tagsRecordsDBPersistance->deleteTagRecordsByTagIds({tag.id}, link.recordId);
-    }
-    notifyOfChange(tag.moduleName, records);
+bool GetModuleTagsDM::remove(const Tag& tag, const std::vector<TagRecord>& links) {
+    return tagsDBPersistance->removeTags(tag.id) && std::all_of(links.begin(), links.end(), [&](auto& link) {
+               return tagsRecordsDBPersistance->deleteTagRecordsByTagIds({tag.id}, link.recordId);
+           });
 }
 
 GetModuleTagsUC::GetModuleTagsUC()
     : GetModuleTagsUC([stores = Stores::current()] {
           return std::make_shared<GetModuleTagsDM>(stores.tags(), stores.tagRecords(),
-                                                   std::make_shared<GetModuleTagsNS>());
+                                                   std::make_shared<GetModuleTagsNS>(), stores.databaseAdapter());
       }()) {}
 
 }  // namespace tarvo

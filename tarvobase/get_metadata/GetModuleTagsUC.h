@@ -57,7 +57,7 @@ class GetModuleTagsDM final : public BaseDataManager<GetModuleTagsOperation> {
 public:
     GetModuleTagsDM(std::shared_ptr<TagPersistanceDelegate> tagsDBPersistance,
                     std::shared_ptr<TagRecordsPersistanceDelegate> tagsRecordsDBPersistance,
-                    std::shared_ptr<GetModuleTagsNS> tagsNWService);
+                    std::shared_ptr<GetModuleTagsNS> tagsNWService, std::shared_ptr<DatabaseAdapter> databaseAdapter);
 
     const std::shared_ptr<TagPersistanceDelegate> tagsDBPersistance;
     const std::shared_ptr<TagRecordsPersistanceDelegate> tagsRecordsDBPersistance;
@@ -67,8 +67,11 @@ public:
     void getNWResponse(const RequestPtr& request, OnNWSuccess onSuccess, OnNWError onError) override;
 
 private:
+    /// Removes what the server no longer has and stores its tags, as one commit.
     void replaceTags(const std::string& moduleName, const std::vector<Tag>& tags);
-    void removeUnlessWaiting(const Tag& tag);
+    bool remove(const Tag& tag, const std::vector<TagRecord>& links);
+
+    const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
 };
 
 /// Answers the tags of a module: first those of the database, then those of the server, which replace them. A tag that

@@ -59,7 +59,7 @@ std::optional<CustomView> GetCustomViewsDataManager::getAllViewCustomView(const 
 }
 
 void GetCustomViewsDataManager::setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) {
-    customViewsPersistance->setAsDefaultCustomView(cvId, moduleName);
+    if (!customViewsPersistance->setAsDefaultCustomView(cvId, moduleName)) return;
     recordChange(moduleName);
     notifyObservers(moduleName);
 }

@@ -7,11 +7,11 @@ CompanyInfoInDatabase::CompanyInfoInDatabase(std::string tableName, std::shared_
     : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)),
       databaseConstants_(databaseConstants) {}
 
-void CompanyInfoInDatabase::storeCompanyInfo(const std::vector<CompanyInfo>& infos) {
+bool CompanyInfoInDatabase::storeCompanyInfo(const std::vector<CompanyInfo>& infos) {
     std::vector<ValueMap> rows;
     rows.reserve(infos.size());
     for (auto& info : infos) rows.push_back(databaseConstants_.getDictionary(info));
-    table().store(std::move(rows));
+    return table().store(std::move(rows));
 }
 
 Result<std::vector<CompanyInfo>, ParserError> CompanyInfoInDatabase::getCompanyInfo() {

@@ -5,10 +5,10 @@
 
 namespace tarvo {
 
-/// The store of the company's facts. Any thread may use it.
+/// The store of the company's facts. Writes return whether they were stored. Any thread may use it.
 class CompanyInfoPersistanceDelegate : public virtual platform::Object {
 public:
-    virtual void storeCompanyInfo(const std::vector<CompanyInfo>& infos) = 0;
+    virtual bool storeCompanyInfo(const std::vector<CompanyInfo>& infos) = 0;
     /// Fails with `noData` when the table cannot be read. The list may be empty.
     virtual Result<std::vector<CompanyInfo>, ParserError> getCompanyInfo() = 0;
     virtual Result<CompanyInfo, ParserError> getCompanyInfo(const std::string& key) = 0;
@@ -20,7 +20,7 @@ public:
     CompanyInfoInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                           CompanyInfoDatabaseConstants databaseConstants = {});
 
-    void storeCompanyInfo(const std::vector<CompanyInfo>& infos) override;
+    bool storeCompanyInfo(const std::vector<CompanyInfo>& infos) override;
     Result<std::vector<CompanyInfo>, ParserError> getCompanyInfo() override;
     Result<CompanyInfo, ParserError> getCompanyInfo(const std::string& key) override;
 

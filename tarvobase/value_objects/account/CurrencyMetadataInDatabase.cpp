@@ -20,11 +20,11 @@ CurrencyMetadataInDatabase::CurrencyMetadataInDatabase(const std::string& tableN
     : DatabasePersistanceClass(withoutLeadingBlanks(tableName), std::move(databaseAdapter)),
       databaseConstants_(databaseConstants) {}
 
-void CurrencyMetadataInDatabase::storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) {
-    table().store(rowsOf(currencies, databaseConstants_));
+bool CurrencyMetadataInDatabase::storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) {
+    return table().store(rowsOf(currencies, databaseConstants_));
 }
-void CurrencyMetadataInDatabase::replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) {
-    table().replaceAll(rowsOf(currencies, databaseConstants_));
+bool CurrencyMetadataInDatabase::replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) {
+    return table().replaceAll(rowsOf(currencies, databaseConstants_));
 }
 
 CurrencyMetadataPersistanceDelegate::Currencies CurrencyMetadataInDatabase::getAllCurrencyMetadata() {

@@ -12,9 +12,9 @@ public:
     CurrencyMetadataInDatabase(const std::string& tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                CurrencyMetadataDatabaseConstants databaseConstants = {});
 
-    void storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) override;
-    void removeAllCurrencyMetadata() override { table().deleteAll(); }
-    void replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) override;
+    bool storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) override;
+    bool removeAllCurrencyMetadata() override { return table().deleteAll(); }
+    bool replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) override;
     Currencies getAllCurrencyMetadata() override;
     Result<CurrencyMetadata, ParserError> getCurrencyMetadata(const std::string& for_) override;
     Result<CurrencyMetadata, ParserError> getDefaultCurrencyMetadata() override;

@@ -13,25 +13,19 @@ CurrencyMetadataInMemory::CurrencyMetadataInMemory(
           *this, std::string(currencyMetadataConstants.TableName),
           [](const CurrencyMetadata& currency) { return currency.currencyId; }, this->primaryPersistance != nullptr) {}
 
-void CurrencyMetadataInMemory::storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) {
-    memory_.store(currencies, [&] {
-        if (primaryPersistance) primaryPersistance->storeCurrenctMetadata(currencies);
-        return true;
-    });
+bool CurrencyMetadataInMemory::storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) {
+    return memory_.store(currencies,
+                         [&] { return !primaryPersistance || primaryPersistance->storeCurrenctMetadata(currencies); });
 }
 
-void CurrencyMetadataInMemory::removeAllCurrencyMetadata() {
-    memory_.replaceAll({}, [&] {
-        if (primaryPersistance) primaryPersistance->removeAllCurrencyMetadata();
-        return true;
-    });
+bool CurrencyMetadataInMemory::removeAllCurrencyMetadata() {
+    return memory_.replaceAll({},
+                              [&] { return !primaryPersistance || primaryPersistance->removeAllCurrencyMetadata(); });
 }
 
-void CurrencyMetadataInMemory::replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) {
-    memory_.replaceAll(currencies, [&] {
-        if (primaryPersistance) primaryPersistance->replaceAllCurrencyMetadata(currencies);
-        return true;
-    });
+bool CurrencyMetadataInMemory::replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) {
+    return memory_.replaceAll(
+        currencies, [&] { return !primaryPersistance || primaryPersistance->replaceAllCurrencyMetadata(currencies); });
 }
 
 CurrencyMetadataPersistanceDelegate::Currencies CurrencyMetadataInMemory::getAllCurrencyMetadata() {

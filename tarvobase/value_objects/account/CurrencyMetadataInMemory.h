@@ -15,9 +15,9 @@ public:
     const CurrencyMetadataConstants currencyMetadataConstants;
     const std::shared_ptr<CurrencyMetadataPersistanceDelegate> primaryPersistance;
 
-    void storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) override;
-    void removeAllCurrencyMetadata() override;
-    void replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) override;
+    bool storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) override;
+    bool removeAllCurrencyMetadata() override;
+    bool replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) override;
     Currencies getAllCurrencyMetadata() override;
     Result<CurrencyMetadata, ParserError> getCurrencyMetadata(const std::string& for_) override;
     Result<CurrencyMetadata, ParserError> getDefaultCurrencyMetadata() override;

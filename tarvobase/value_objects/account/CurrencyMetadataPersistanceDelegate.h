@@ -11,16 +11,16 @@
 namespace tarvo {
 
 /// The store of currencies. Reads fail with `ParserError::noData` when there is no such currency or the store cannot be
-/// read. A list may be empty. Any thread may use it.
+/// read. A list may be empty. Writes return whether they were stored. Any thread may use it.
 class CurrencyMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using Currencies = Result<std::vector<CurrencyMetadata>, ParserError>;
 
-    virtual void storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) = 0;
-    virtual void removeAllCurrencyMetadata() = 0;
+    virtual bool storeCurrenctMetadata(const std::vector<CurrencyMetadata>& currencies) = 0;
+    virtual bool removeAllCurrencyMetadata() = 0;
     /// Removes all currencies and stores the new ones as one change: no reader sees a state between, and a failure
     /// leaves the store as it was.
-    virtual void replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) = 0;
+    virtual bool replaceAllCurrencyMetadata(const std::vector<CurrencyMetadata>& currencies) = 0;
     /// Returns the currencies in the order of the store.
     virtual Currencies getAllCurrencyMetadata() = 0;
     virtual Result<CurrencyMetadata, ParserError> getCurrencyMetadata(const std::string& for_) = 0;

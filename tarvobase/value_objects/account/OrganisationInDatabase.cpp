@@ -9,16 +9,17 @@ OrganisationInDatabase::OrganisationInDatabase(std::string tableName, std::share
       current_(std::move(userDefaults)),
       databaseConstants_(databaseConstants) {}
 
-void OrganisationInDatabase::storeOrganisations(const std::vector<Organisation>& organisations) {
+bool OrganisationInDatabase::storeOrganisations(const std::vector<Organisation>& organisations) {
     std::vector<ValueMap> rows;
     ValueList kept;
     for (auto& organisation : organisations) {
         rows.push_back(databaseConstants_.getDictionary(organisation));
         kept.emplace_back(organisation.orgID);
     }
-    table().store(std::move(rows));
-    // Runs after the new rows are stored, so that no reader misses an organisation that stays.
-    table().deleteObjects(Criteria::notIn(std::string(databaseConstants_.OrgID), std::move(kept)));
+    auto left = Criteria::notIn(std::string(databaseConstants_.OrgID), std::move(kept));
+    return databaseAdapter && databaseAdapter->transaction("replace organisations", [&] {
+        return table().store(std::move(rows)) && table().deleteObjects(left);
+    });
 }
 
 std::optional<std::vector<Organisation>> OrganisationInDatabase::getOrganisations() const {

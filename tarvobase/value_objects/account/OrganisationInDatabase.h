@@ -17,7 +17,7 @@ public:
     void setCurrentOrganisation(const std::optional<Organisation>& organisation) override {
         current_.setCurrentOrganisation(organisation);
     }
-    void storeOrganisations(const std::vector<Organisation>& organisations) override;
+    bool storeOrganisations(const std::vector<Organisation>& organisations) override;
     std::optional<std::vector<Organisation>> getOrganisations() const override;
 
 private:

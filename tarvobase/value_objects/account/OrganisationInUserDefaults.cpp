@@ -24,10 +24,11 @@ void OrganisationInUserDefaults::setCurrentOrganisation(const std::optional<Orga
     userDefaults_->setSecureDictionary(stored, currentOrganisationKey, UserDefaultsGroup::current());
 }
 
-void OrganisationInUserDefaults::storeOrganisations(const std::vector<Organisation>& organisations) {
+bool OrganisationInUserDefaults::storeOrganisations(const std::vector<Organisation>& organisations) {
     ValueList stored;
     for (auto& organisation : organisations) stored.emplace_back(OrganisationConstants().getDictionary(organisation));
-    userDefaults_->setArray(stored, organisationsKey, UserDefaultsGroup::current());
+    return userDefaults_->update(organisationsKey, UserDefaultsGroup::current(),
+                                 [&](const Value&) { return Value(stored); });
 }
 
 std::optional<std::vector<Organisation>> OrganisationInUserDefaults::getOrganisations() const {

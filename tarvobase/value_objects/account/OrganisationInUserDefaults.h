@@ -19,7 +19,7 @@ public:
 
     std::optional<Organisation> getCurrentOrganisation() const override;
     void setCurrentOrganisation(const std::optional<Organisation>& organisation) override;
-    void storeOrganisations(const std::vector<Organisation>& organisations) override;
+    bool storeOrganisations(const std::vector<Organisation>& organisations) override;
     std::optional<std::vector<Organisation>> getOrganisations() const override;
     std::optional<std::string> currentOrganisationID() override;
 

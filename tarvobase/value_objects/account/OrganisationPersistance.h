@@ -15,8 +15,9 @@ public:
     virtual std::optional<Organisation> getCurrentOrganisation() const = 0;
     /// Chooses the organisation; nullopt takes the choice back.
     virtual void setCurrentOrganisation(const std::optional<Organisation>& organisation) = 0;
-    /// Replaces the stored list, so that an organisation which the account has left is gone.
-    virtual void storeOrganisations(const std::vector<Organisation>& organisations) = 0;
+    /// Replaces the stored list, so that an organisation which the account has left is gone. Returns whether it was
+    /// stored.
+    virtual bool storeOrganisations(const std::vector<Organisation>& organisations) = 0;
     /// Returns nullopt until a list has been stored.
     virtual std::optional<std::vector<Organisation>> getOrganisations() const = 0;
 };

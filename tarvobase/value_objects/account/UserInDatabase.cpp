@@ -8,20 +8,20 @@ UserInDatabase::UserInDatabase(std::string tableName, std::shared_ptr<DatabaseAd
       databaseConstants_(databaseConstants),
       account_(std::move(account)) {}
 
-void UserInDatabase::storeUsers(const std::vector<User>& users) {
+bool UserInDatabase::storeUsers(const std::vector<User>& users) {
     std::vector<ValueMap> rows;
     rows.reserve(users.size());
     for (auto& user : users) rows.push_back(databaseConstants_.getDictionary(user));
-    table().store(std::move(rows));
+    return table().store(std::move(rows));
 }
 
-void UserInDatabase::updateUser(const User& user, const std::string& oldUserID) {
+bool UserInDatabase::updateUser(const User& user, const std::string& oldUserID) {
     auto row = databaseConstants_.getDictionary(user);
     auto& names = databaseConstants_;
     // Members that the user lacks are cleared: the row is replaced, not merged.
     for (auto name : {names.IsLoggedInUser, names.DateFormat, names.TimeFormat, names.TimeZone, names.NameFormat})
         if (!row.contains(name)) row.set(name, Value());
-    table().update(std::move(row), Criteria::equalTo(std::string(databaseConstants_.ID), oldUserID));
+    return table().update(std::move(row), Criteria::equalTo(std::string(databaseConstants_.ID), oldUserID));
 }
 
 Result<User, ParserError> UserInDatabase::getUserWithBrenUID() {

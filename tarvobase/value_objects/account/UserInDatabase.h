@@ -12,9 +12,9 @@ public:
     UserInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                    UserDatabaseConstants databaseConstants = {}, std::string account = Scope::current().account);
 
-    void storeUser(const User& user) override { storeUsers({user}); }
-    void storeUsers(const std::vector<User>& users) override;
-    void updateUser(const User& user, const std::string& oldUserID) override;
+    bool storeUser(const User& user) override { return storeUsers({user}); }
+    bool storeUsers(const std::vector<User>& users) override;
+    bool updateUser(const User& user, const std::string& oldUserID) override;
     Result<User, ParserError> getUserWithBrenUID() override;
     Result<User, ParserError> getUser(const std::string& userID) override;
     Users getUsers() override;

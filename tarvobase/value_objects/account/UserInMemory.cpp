@@ -16,25 +16,17 @@ UserInMemory::UserInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPers
           *this, std::string(activeUserConstants.TableName), [](const User& user) { return user.id; },
           this->primaryPersistance != nullptr) {}
 
-void UserInMemory::storeUser(const User& user) {
-    memory_.store({user}, [&] {
-        if (primaryPersistance) primaryPersistance->storeUser(user);
-        return true;
-    });
+bool UserInMemory::storeUser(const User& user) {
+    return memory_.store({user}, [&] { return !primaryPersistance || primaryPersistance->storeUser(user); });
 }
 
-void UserInMemory::storeUsers(const std::vector<User>& users) {
-    memory_.store(users, [&] {
-        if (primaryPersistance) primaryPersistance->storeUsers(users);
-        return true;
-    });
+bool UserInMemory::storeUsers(const std::vector<User>& users) {
+    return memory_.store(users, [&] { return !primaryPersistance || primaryPersistance->storeUsers(users); });
 }
 
-void UserInMemory::updateUser(const User& user, const std::string& oldUserID) {
-    memory_.update(user, {{std::string(activeUserConstants.ID), oldUserID}}, [&] {
-        if (primaryPersistance) primaryPersistance->updateUser(user, oldUserID);
-        return true;
-    });
+bool UserInMemory::updateUser(const User& user, const std::string& oldUserID) {
+    return memory_.update(user, {{std::string(activeUserConstants.ID), oldUserID}},
+                          [&] { return !primaryPersistance || primaryPersistance->updateUser(user, oldUserID); });
 }
 
 Result<User, ParserError> UserInMemory::getUserWithBrenUID() {

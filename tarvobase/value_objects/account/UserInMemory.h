@@ -15,9 +15,9 @@ public:
     const UserConstants activeUserConstants;
     const std::shared_ptr<UserPersistanceDelegate> primaryPersistance;
 
-    void storeUser(const User& user) override;
-    void storeUsers(const std::vector<User>& users) override;
-    void updateUser(const User& user, const std::string& oldUserID) override;
+    bool storeUser(const User& user) override;
+    bool storeUsers(const std::vector<User>& users) override;
+    bool updateUser(const User& user, const std::string& oldUserID) override;
     Result<User, ParserError> getUserWithBrenUID() override;
     Result<User, ParserError> getUser(const std::string& userID) override;
     Users getUsers() override;

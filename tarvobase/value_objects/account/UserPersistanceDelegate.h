@@ -11,15 +11,15 @@
 namespace tarvo {
 
 /// The store of users. Reads fail with `ParserError::noData` when there is no such user or the store cannot be read. A
-/// list may be empty and is in no particular order. Any thread may use it.
+/// list may be empty and is in no particular order. Writes return whether they were stored. Any thread may use it.
 class UserPersistanceDelegate : public virtual platform::Object {
 public:
     using Users = Result<std::vector<User>, ParserError>;
 
-    virtual void storeUser(const User& user) = 0;
-    virtual void storeUsers(const std::vector<User>& users) = 0;
+    virtual bool storeUser(const User& user) = 0;
+    virtual bool storeUsers(const std::vector<User>& users) = 0;
     /// Replaces the user who has this id; does nothing if there is none.
-    virtual void updateUser(const User& user, const std::string& oldUserID) = 0;
+    virtual bool updateUser(const User& user, const std::string& oldUserID) = 0;
     /// Returns the user whom the current account belongs to.
     virtual Result<User, ParserError> getUserWithBrenUID() = 0;
     virtual Result<User, ParserError> getUser(const std::string& userID) = 0;

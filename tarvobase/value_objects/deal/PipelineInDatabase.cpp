@@ -9,16 +9,16 @@ constexpr PipelineStageDBParser stageParser;
 
 }  // namespace
 
-void PipelineInDatabase::storePipelines(const std::vector<Pipeline>& pipelines) {
-    table().store(rowsOf(pipelines, pipelineParser));
+bool PipelineInDatabase::storePipelines(const std::vector<Pipeline>& pipelines) {
+    return table().store(rowsOf(pipelines, pipelineParser));
 }
 PipelinePersistanceDelegate::Pipelines PipelineInDatabase::getPipelines() {
     return presentOrNoData(
         table().valuesOf(table().fetchAll(), [](const Row& row) { return pipelineParser.getValue(row); }));
 }
 
-void PipelineStageInDatabase::storePipelineStages(const std::vector<PipelineStage>& stages) {
-    table().store(rowsOf(stages, stageParser));
+bool PipelineStageInDatabase::storePipelineStages(const std::vector<PipelineStage>& stages) {
+    return table().store(rowsOf(stages, stageParser));
 }
 PipelineStagePersistanceDelegate::Stages PipelineStageInDatabase::getPipelineStages() {
     return stagesWhere(Criteria::isNotNull(std::string(stageParser.PipelineId)));

@@ -12,7 +12,7 @@ class PipelineInDatabase final : public StaticDatabasePersistanceClass<PipelineD
 public:
     using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
 
-    void storePipelines(const std::vector<Pipeline>& pipelines) override;
+    bool storePipelines(const std::vector<Pipeline>& pipelines) override;
     Pipelines getPipelines() override;
 };
 
@@ -23,7 +23,7 @@ class PipelineStageInDatabase final : public StaticDatabasePersistanceClass<Pipe
 public:
     using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
 
-    void storePipelineStages(const std::vector<PipelineStage>& stages) override;
+    bool storePipelineStages(const std::vector<PipelineStage>& stages) override;
     Stages getPipelineStages() override;
     Stages getPipelineStagesWith(const std::string& pipelineId) override;
 

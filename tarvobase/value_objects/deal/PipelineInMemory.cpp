@@ -19,11 +19,9 @@ PipelineInMemory::PipelineInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMe
           *this, std::string(pipelineParser.TableName), [](const Pipeline& pipeline) { return pipeline.id; },
           this->primaryPersistance != nullptr) {}
 
-void PipelineInMemory::storePipelines(const std::vector<Pipeline>& pipelines) {
-    memory_.store(pipelines, [&] {
-        if (primaryPersistance) primaryPersistance->storePipelines(pipelines);
-        return true;
-    });
+bool PipelineInMemory::storePipelines(const std::vector<Pipeline>& pipelines) {
+    return memory_.store(pipelines,
+                         [&] { return !primaryPersistance || primaryPersistance->storePipelines(pipelines); });
 }
 
 PipelinePersistanceDelegate::Pipelines PipelineInMemory::getPipelines() {
@@ -39,11 +37,9 @@ PipelineStagesInMemory::PipelineStagesInMemory(std::shared_ptr<InMemoryDatabaseA
       primaryPersistance(std::move(primaryPersistance)),
       memory_(*this, std::string(pipelineStageParser.TableName), keyOf, this->primaryPersistance != nullptr) {}
 
-void PipelineStagesInMemory::storePipelineStages(const std::vector<PipelineStage>& stages) {
-    memory_.store(stages, [&] {
-        if (primaryPersistance) primaryPersistance->storePipelineStages(stages);
-        return true;
-    });
+bool PipelineStagesInMemory::storePipelineStages(const std::vector<PipelineStage>& stages) {
+    return memory_.store(stages,
+                         [&] { return !primaryPersistance || primaryPersistance->storePipelineStages(stages); });
 }
 
 PipelineStagePersistanceDelegate::Stages PipelineStagesInMemory::getPipelineStages() {

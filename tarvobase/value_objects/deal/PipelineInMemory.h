@@ -16,7 +16,7 @@ public:
     const PipelineParser pipelineParser;
     const std::shared_ptr<PipelinePersistanceDelegate> primaryPersistance;
 
-    void storePipelines(const std::vector<Pipeline>& pipelines) override;
+    bool storePipelines(const std::vector<Pipeline>& pipelines) override;
     Pipelines getPipelines() override;
 
 private:
@@ -33,7 +33,7 @@ public:
     const PipelineStageParser pipelineStageParser;
     const std::shared_ptr<PipelineStagePersistanceDelegate> primaryPersistance;
 
-    void storePipelineStages(const std::vector<PipelineStage>& stages) override;
+    bool storePipelineStages(const std::vector<PipelineStage>& stages) override;
     Stages getPipelineStages() override;
     Stages getPipelineStagesWith(const std::string& pipelineId) override;
 

@@ -11,12 +11,12 @@
 namespace tarvo {
 
 /// The store of pipelines. Lists are in the order of the store and may be empty. Reads fail with `ParserError::noData`
-/// when the store cannot be read. Any thread may use it.
+/// when the store cannot be read. Writes return whether they were stored. Any thread may use it.
 class PipelinePersistanceDelegate : public virtual platform::Object {
 public:
     using Pipelines = Result<std::vector<Pipeline>, ParserError>;
 
-    virtual void storePipelines(const std::vector<Pipeline>& pipelines) = 0;
+    virtual bool storePipelines(const std::vector<Pipeline>& pipelines) = 0;
     virtual Pipelines getPipelines() = 0;
 };
 

@@ -24,8 +24,8 @@ FieldMetadataInDatabase::FieldMetadataInDatabase(std::string tableName,
     : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)),
       databaseConstants_(databaseConstants) {}
 
-void FieldMetadataInDatabase::storeFieldMetadata(const std::vector<FieldMetadata>& fieldMetadata) {
-    table().store(rowsOf(fieldMetadata, databaseConstants_));
+bool FieldMetadataInDatabase::storeFieldMetadata(const std::vector<FieldMetadata>& fieldMetadata) {
+    return table().store(rowsOf(fieldMetadata, databaseConstants_));
 }
 
 Result<FieldMetadataPersistanceDelegate::Fields, MetadataError> FieldMetadataInDatabase::getFieldMetadata(

@@ -17,8 +17,10 @@ public:
                                                    const std::vector<FieldSort>& sort) override;
     Result<std::unordered_map<std::string, Fields>, MetadataError> getFieldMetadataByModuleNames(
         const std::vector<std::string>& moduleNames, const std::vector<FieldSort>& sort) override;
-    void storeFieldMetadata(const FieldMetadata& fieldMetadata) override { storeFieldMetadata(Fields{fieldMetadata}); }
-    void storeFieldMetadata(const std::vector<FieldMetadata>& fieldMetadata) override;
+    bool storeFieldMetadata(const FieldMetadata& fieldMetadata) override {
+        return storeFieldMetadata(Fields{fieldMetadata});
+    }
+    bool storeFieldMetadata(const std::vector<FieldMetadata>& fieldMetadata) override;
     std::optional<Fields> getFieldMetadata(const std::string& moduleName) override;
     std::optional<Fields> getFieldMetadataByModuleNames(const std::vector<std::string>& moduleNames) override;
     std::optional<FieldMetadata> getFieldMetadataByCrmColumnName(const std::string& moduleName,

@@ -16,8 +16,8 @@ namespace tarvo {
 
 /// The store of fields. Unless an order is given, lists are in the order in which the fields were stored, which is the
 /// server's. A read that finds nothing fails with `MetadataError::notFound` if its type has a failure and is an empty
-/// list otherwise. If the store cannot be read, the result is nullopt. A damaged row is left out. Any thread may use
-/// it.
+/// list otherwise. If the store cannot be read, the result is nullopt. A damaged row is left out. Writes return whether
+/// they were stored. Any thread may use it.
 class FieldMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using Fields = std::vector<FieldMetadata>;
@@ -30,8 +30,8 @@ public:
     /// Returns the fields by module name, with one query. A module without fields has no entry.
     virtual Result<std::unordered_map<std::string, Fields>, MetadataError> getFieldMetadataByModuleNames(
         const std::vector<std::string>& moduleNames, const std::vector<FieldSort>& sort) = 0;
-    virtual void storeFieldMetadata(const FieldMetadata& fieldMetadata) = 0;
-    virtual void storeFieldMetadata(const std::vector<FieldMetadata>& fieldMetadata) = 0;
+    virtual bool storeFieldMetadata(const FieldMetadata& fieldMetadata) = 0;
+    virtual bool storeFieldMetadata(const std::vector<FieldMetadata>& fieldMetadata) = 0;
     std::optional<Fields> getFieldMetadata(const ModuleIdentifier& moduleIdentifier) {
         return getFieldMetadata(moduleIdentifier.rawValue());
     }

@@ -20,8 +20,8 @@ void sortByPosition(std::vector<PicklistMetadata>& rows) {
 
 }  // namespace
 
-void PicklistMetadataInDatabase::storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) {
-    table().store(rowsOf(picklists, constants_));
+bool PicklistMetadataInDatabase::storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) {
+    return table().store(rowsOf(picklists, constants_));
 }
 
 std::optional<PicklistMetadataPersistanceDelegate::Picklist> PicklistMetadataInDatabase::getPicklist(

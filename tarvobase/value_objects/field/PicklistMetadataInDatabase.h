@@ -11,8 +11,10 @@ class PicklistMetadataInDatabase final : public StaticDatabasePersistanceClass<P
 public:
     using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
 
-    void storePicklistMetadata(const PicklistMetadata& picklist) override { storePicklistMetadata(Picklist{picklist}); }
-    void storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) override;
+    bool storePicklistMetadata(const PicklistMetadata& picklist) override {
+        return storePicklistMetadata(Picklist{picklist});
+    }
+    bool storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) override;
     std::optional<Picklist> getPicklist(const std::string& moduleName, const std::optional<std::string>& layoutId,
                                         const std::vector<Criteria>& criteria) override;
     std::optional<Picklist> getPicklistMetadataForModuleWith(const std::string& moduleName) override;

@@ -12,13 +12,13 @@
 namespace tarvo {
 
 /// The store of picklist values. Lists are ordered by `position`. They are empty if nothing is found, and nullopt if
-/// the store cannot be read. A damaged row is left out. Any thread may use it.
+/// the store cannot be read. A damaged row is left out. Writes return whether they were stored. Any thread may use it.
 class PicklistMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using Picklist = std::vector<PicklistMetadata>;
 
-    virtual void storePicklistMetadata(const PicklistMetadata& picklist) = 0;
-    virtual void storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) = 0;
+    virtual bool storePicklistMetadata(const PicklistMetadata& picklist) = 0;
+    virtual bool storePicklistMetadata(const std::vector<PicklistMetadata>& picklists) = 0;
     /// Returns the values of a module, limited to one layout if it is given and to the caller's conditions on the
     /// table's columns.
     virtual std::optional<Picklist> getPicklist(const std::string& moduleName,

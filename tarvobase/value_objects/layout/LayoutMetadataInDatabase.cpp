@@ -58,18 +58,18 @@ std::shared_ptr<FieldMetadataPersistanceDelegate> LayoutMetadataInDatabase::fiel
                                                      table().adapter());
 }
 
-void LayoutMetadataInDatabase::storeLayoutMetadata(const std::vector<LayoutFieldData>& places) {
+bool LayoutMetadataInDatabase::storeLayoutMetadata(const std::vector<LayoutFieldData>& places) {
     std::vector<ValueMap> rows;
     rows.reserve(places.size());
     for (auto& place : places) rows.push_back(constants.convertLayoutMetadataToDictionary(place));
-    table().store(std::move(rows));
+    return table().store(std::move(rows));
 }
 
-void LayoutMetadataInDatabase::storeLayoutMetadata(const std::vector<LayoutMetadata>& layoutMetadata) {
+bool LayoutMetadataInDatabase::storeLayoutMetadata(const std::vector<LayoutMetadata>& layoutMetadata) {
     std::vector<LayoutFieldData> places;
     places.reserve(layoutMetadata.size());
     for (auto& field : layoutMetadata) places.push_back(field.layoutFieldData());
-    storeLayoutMetadata(places);
+    return storeLayoutMetadata(places);
 }
 
 std::optional<LayoutFields> LayoutMetadataInDatabase::getLayoutMetadata(const std::string& moduleName,

@@ -16,11 +16,11 @@ public:
     std::shared_ptr<FieldMetadataPersistanceDelegate> fieldMetadataDAO() const;
 
     using LayoutMetadataPersistanceDelegate::getLayoutMetadata;
-    void storeLayoutMetadata(const std::vector<LayoutFieldData>& places) override;
-    void storeLayoutMetadata(const LayoutMetadata& layoutMetadata) override {
-        storeLayoutMetadata(LayoutFields{layoutMetadata});
+    bool storeLayoutMetadata(const std::vector<LayoutFieldData>& places) override;
+    bool storeLayoutMetadata(const LayoutMetadata& layoutMetadata) override {
+        return storeLayoutMetadata(LayoutFields{layoutMetadata});
     }
-    void storeLayoutMetadata(const std::vector<LayoutMetadata>& layoutMetadata) override;
+    bool storeLayoutMetadata(const std::vector<LayoutMetadata>& layoutMetadata) override;
     std::optional<LayoutFields> getLayoutMetadata(const std::string& moduleName, const FieldList& fieldList,
                                                   const std::vector<LayoutSort>& sortBy) override;
     std::optional<LayoutFieldsByName> getLayoutMetadata(const ModuleFieldsMap& moduleFieldsMap,

@@ -17,15 +17,15 @@ using ModuleFieldsMap = std::unordered_map<std::string, FieldList>;
 
 /// The store of layouts. Each row is returned joined with its field; a row whose field is not in the given list is left
 /// out. Lists are empty if nothing is found and nullopt if the store cannot be read. Unless an order is given, they are
-/// in the order of the store. Any thread may use it.
+/// in the order of the store. Writes return whether they were stored. Any thread may use it.
 class LayoutMetadataPersistanceDelegate : public virtual platform::Object {
 public:
     using LayoutFields = std::vector<LayoutMetadata>;
     using LayoutFieldsByName = std::unordered_map<std::string, LayoutFields>;
 
-    virtual void storeLayoutMetadata(const std::vector<LayoutFieldData>& places) = 0;
-    virtual void storeLayoutMetadata(const LayoutMetadata& layoutMetadata) = 0;
-    virtual void storeLayoutMetadata(const std::vector<LayoutMetadata>& layoutMetadata) = 0;
+    virtual bool storeLayoutMetadata(const std::vector<LayoutFieldData>& places) = 0;
+    virtual bool storeLayoutMetadata(const LayoutMetadata& layoutMetadata) = 0;
+    virtual bool storeLayoutMetadata(const std::vector<LayoutMetadata>& layoutMetadata) = 0;
     std::optional<LayoutFields> getLayoutMetadata(const std::string& moduleName, const FieldList& fieldList) {
         return getLayoutMetadata(moduleName, fieldList, {});
     }

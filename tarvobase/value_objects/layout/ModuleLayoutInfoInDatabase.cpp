@@ -2,8 +2,8 @@
 
 namespace tarvo {
 
-void ModuleLayoutInfoInDatabase::storeModuleLayoutInfo(const std::vector<ModuleLayoutInfo>& layouts) {
-    table().store(rowsOf(layouts, constants_));
+bool ModuleLayoutInfoInDatabase::storeModuleLayoutInfo(const std::vector<ModuleLayoutInfo>& layouts) {
+    return table().store(rowsOf(layouts, constants_));
 }
 
 std::optional<ModuleLayoutInfoPersistanceDelegate::Layouts> ModuleLayoutInfoInDatabase::getModuleLayoutInfoByModuleName(

@@ -10,8 +10,10 @@ class ModuleLayoutInfoInDatabase final : public DatabasePersistanceClass, public
 public:
     using DatabasePersistanceClass::DatabasePersistanceClass;
 
-    void storeModuleLayoutInfo(const ModuleLayoutInfo& layout) override { storeModuleLayoutInfo(Layouts{layout}); }
-    void storeModuleLayoutInfo(const std::vector<ModuleLayoutInfo>& layouts) override;
+    bool storeModuleLayoutInfo(const ModuleLayoutInfo& layout) override {
+        return storeModuleLayoutInfo(Layouts{layout});
+    }
+    bool storeModuleLayoutInfo(const std::vector<ModuleLayoutInfo>& layouts) override;
     std::optional<Layouts> getModuleLayoutInfoByModuleName(const std::string& moduleName) override;
     std::optional<ModuleLayoutInfo> getModuleLayoutInfoForModuleName(const std::string& moduleName,
                                                                      const std::string& layoutName) override;

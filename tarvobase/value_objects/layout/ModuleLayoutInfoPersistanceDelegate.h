@@ -11,13 +11,13 @@
 namespace tarvo {
 
 /// The store of the layouts' names. Lists are in the order of the store. Reads return nullopt if the store cannot be
-/// read. Any thread may use it.
+/// read. Writes return whether they were stored. Any thread may use it.
 class ModuleLayoutInfoPersistanceDelegate : public virtual platform::Object {
 public:
     using Layouts = std::vector<ModuleLayoutInfo>;
 
-    virtual void storeModuleLayoutInfo(const ModuleLayoutInfo& layout) = 0;
-    virtual void storeModuleLayoutInfo(const std::vector<ModuleLayoutInfo>& layouts) = 0;
+    virtual bool storeModuleLayoutInfo(const ModuleLayoutInfo& layout) = 0;
+    virtual bool storeModuleLayoutInfo(const std::vector<ModuleLayoutInfo>& layouts) = 0;
     /// Returns an empty list if the module has no layout.
     virtual std::optional<Layouts> getModuleLayoutInfoByModuleName(const std::string& moduleName) = 0;
     /// Returns nullopt also if the module has no layout with this name.

@@ -9,7 +9,7 @@ ModuleInDatabase::ModuleInDatabase(std::string tableName, std::shared_ptr<Databa
     : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)),
       databaseConstants_(databaseConstants) {}
 
-void ModuleInDatabase::storeModules(const std::vector<Module>& modules) {
+bool ModuleInDatabase::storeModules(const std::vector<Module>& modules) {
     std::vector<std::string> bare;
     for (auto& module : modules)
         if (module.tableCreationQuery.empty()) bare.push_back(module.moduleName);
@@ -24,7 +24,7 @@ void ModuleInDatabase::storeModules(const std::vector<Module>& modules) {
         if (module.tableCreationQuery.empty()) module.tableCreationQuery = statements[module.moduleName];
         rows.push_back(databaseConstants_.getDictionary(module));
     }
-    table().store(std::move(rows));
+    return table().store(std::move(rows));
 }
 
 Result<std::vector<Module>, ParserError> ModuleInDatabase::getAllModules() {
@@ -46,9 +46,11 @@ Result<std::vector<Module>, ParserError> ModuleInDatabase::getModulesByApiNames(
     return filledOrNoData(modulesWhere(databaseConstants_.APIName, apiNames));
 }
 
-void ModuleInDatabase::deleteModules(const std::vector<Module>& modules) {
-    for (auto& module : modules)
-        table().deleteObjects(Criteria::equalTo(std::string(databaseConstants_.ModuleName), module.moduleName));
+bool ModuleInDatabase::deleteModules(const std::vector<Module>& modules) {
+    if (modules.empty()) return true;
+    std::vector<std::string> names;
+    for (auto& module : modules) names.push_back(module.moduleName);
+    return table().deleteObjects(columnIn(databaseConstants_.ModuleName, names));
 }
 
 std::optional<std::vector<Module>> ModuleInDatabase::modulesWhere(std::string_view column,

@@ -12,16 +12,16 @@ public:
                      ModuleDatabaseConstants databaseConstants = {});
 
     using ModulesPersistanceDelegate::getModule;
-    void storeModule(const Module& module) override { storeModules({module}); }
+    bool storeModule(const Module& module) override { return storeModules({module}); }
     /// Stores the modules. A module without table statements keeps the stored ones.
-    void storeModules(const std::vector<Module>& modules) override;
+    bool storeModules(const std::vector<Module>& modules) override;
     Result<std::vector<Module>, ParserError> getAllModules() override;
     Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) override;
     Result<Module, ParserError> getModuleByApiName(const std::string& apiName) override;
     Result<std::vector<Module>, ParserError> getModulesByModuleNames(
         const std::vector<std::string>& moduleNames) override;
     Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) override;
-    void deleteModules(const std::vector<Module>& modules) override;
+    bool deleteModules(const std::vector<Module>& modules) override;
     void reloadAll() override {}
 
 private:

@@ -2,8 +2,8 @@
 
 namespace tarvo {
 
-void ModulePermissionsInDatabase::storeModulePermissions(const std::vector<ModulePermission>& permissions) {
-    table().store(rowsOf(permissions, constants_));
+bool ModulePermissionsInDatabase::storeModulePermissions(const std::vector<ModulePermission>& permissions) {
+    return table().store(rowsOf(permissions, constants_));
 }
 
 std::optional<ModulePermission> ModulePermissionsInDatabase::getModulePermissionWith(const std::string& moduleName,

@@ -11,8 +11,10 @@ class ModulePermissionsInDatabase final : public StaticDatabasePersistanceClass<
 public:
     using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
 
-    void storeModulePermission(const ModulePermission& permission) override { storeModulePermissions({permission}); }
-    void storeModulePermissions(const std::vector<ModulePermission>& permissions) override;
+    bool storeModulePermission(const ModulePermission& permission) override {
+        return storeModulePermissions({permission});
+    }
+    bool storeModulePermissions(const std::vector<ModulePermission>& permissions) override;
     std::optional<ModulePermission> getModulePermissionWith(const std::string& moduleName,
                                                             const std::string& key) override;
     std::optional<Permissions> getModulePermissionWith(const std::string& moduleName) override;

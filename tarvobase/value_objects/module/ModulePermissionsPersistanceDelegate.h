@@ -13,7 +13,7 @@
 
 namespace tarvo {
 
-/// The store of permissions. Any thread may use it.
+/// The store of permissions. Writes return whether they were stored. Any thread may use it.
 class ModulePermissionsPersistanceDelegate : public virtual platform::Object {
 public:
     using Permissions = std::vector<ModulePermission>;
@@ -21,8 +21,8 @@ public:
     /// the store cannot be read.
     using PermissionsByModule = Result<std::unordered_map<std::string, Permissions>, ParserError>;
 
-    virtual void storeModulePermission(const ModulePermission& permission) = 0;
-    virtual void storeModulePermissions(const std::vector<ModulePermission>& permissions) = 0;
+    virtual bool storeModulePermission(const ModulePermission& permission) = 0;
+    virtual bool storeModulePermissions(const std::vector<ModulePermission>& permissions) = 0;
     /// Returns nullopt if the module has no row with this key.
     virtual std::optional<ModulePermission> getModulePermissionWith(const std::string& moduleName,
                                                                     const std::string& key) = 0;

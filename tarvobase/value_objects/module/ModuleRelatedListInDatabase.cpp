@@ -2,17 +2,17 @@
 
 namespace tarvo {
 
-void ModuleRelatedListInDatabase::storeModuleRelatedList(const std::vector<RelatedList>& lists) {
-    table().store(rowsOf(lists, constants_));
+bool ModuleRelatedListInDatabase::storeModuleRelatedList(const std::vector<RelatedList>& lists) {
+    return table().store(rowsOf(lists, constants_));
 }
 
-void ModuleRelatedListInDatabase::setLookupColumnByRealtedListID(const std::string& realtedListID,
+bool ModuleRelatedListInDatabase::setLookupColumnByRealtedListID(const std::string& realtedListID,
                                                                  const std::string& lookupColumn) {
-    setLookupColumn(constants_.ListID, realtedListID, lookupColumn);
+    return setLookupColumn(constants_.ListID, realtedListID, lookupColumn);
 }
-void ModuleRelatedListInDatabase::setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
+bool ModuleRelatedListInDatabase::setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
                                                                      const std::string& lookupColumn) {
-    setLookupColumn(constants_.RelatedModuleName, relatedModuleName, lookupColumn);
+    return setLookupColumn(constants_.RelatedModuleName, relatedModuleName, lookupColumn);
 }
 
 std::optional<ModuleRelatedListPersistanceDelegate::RelatedLists>
@@ -30,9 +30,9 @@ std::optional<ModuleRelatedListPersistanceDelegate::RelatedLists> ModuleRelatedL
                                                         columnIs(constants_.RelatedModuleName, relatedModuleName)})));
 }
 
-void ModuleRelatedListInDatabase::setLookupColumn(std::string_view column, const std::string& value,
+bool ModuleRelatedListInDatabase::setLookupColumn(std::string_view column, const std::string& value,
                                                   const std::string& lookupColumn) const {
-    table().update({{std::string(constants_.LookupColumn), lookupColumn}}, columnIs(column, value));
+    return table().update({{std::string(constants_.LookupColumn), lookupColumn}}, columnIs(column, value));
 }
 
 std::optional<ModuleRelatedListPersistanceDelegate::RelatedLists> ModuleRelatedListInDatabase::listsOf(

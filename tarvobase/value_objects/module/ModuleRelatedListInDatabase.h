@@ -11,17 +11,17 @@ class ModuleRelatedListInDatabase final : public StaticDatabasePersistanceClass<
 public:
     using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
 
-    void storeModuleRelatedList(const RelatedList& list) override { storeModuleRelatedList(RelatedLists{list}); }
-    void storeModuleRelatedList(const std::vector<RelatedList>& lists) override;
-    void setLookupColumnByRealtedListID(const std::string& realtedListID, const std::string& lookupColumn) override;
-    void setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
+    bool storeModuleRelatedList(const RelatedList& list) override { return storeModuleRelatedList(RelatedLists{list}); }
+    bool storeModuleRelatedList(const std::vector<RelatedList>& lists) override;
+    bool setLookupColumnByRealtedListID(const std::string& realtedListID, const std::string& lookupColumn) override;
+    bool setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
                                             const std::string& lookupColumn) override;
     std::optional<RelatedLists> getModulesRelatedToModule(const std::string& moduleName) override;
     std::optional<RelatedLists> getModuleRelatedWith(const std::string& moduleName,
                                                      const std::string& relatedModuleName) override;
 
 private:
-    void setLookupColumn(std::string_view column, const std::string& value, const std::string& lookupColumn) const;
+    bool setLookupColumn(std::string_view column, const std::string& value, const std::string& lookupColumn) const;
     std::optional<RelatedLists> listsOf(const FetchQuery& query) const;
 
     static constexpr ModuleRelatedListDatabaseConstants constants_{};

@@ -9,17 +9,17 @@
 
 namespace tarvo {
 
-/// The store of related lists. Any thread may use it.
+/// The store of related lists. Writes return whether they were stored. Any thread may use it.
 class ModuleRelatedListPersistanceDelegate : public virtual platform::Object {
 public:
     using RelatedLists = std::vector<RelatedList>;
 
-    virtual void storeModuleRelatedList(const RelatedList& list) = 0;
-    virtual void storeModuleRelatedList(const std::vector<RelatedList>& lists) = 0;
+    virtual bool storeModuleRelatedList(const RelatedList& list) = 0;
+    virtual bool storeModuleRelatedList(const std::vector<RelatedList>& lists) = 0;
     /// Sets the column of the list with this id, under every parent.
-    virtual void setLookupColumnByRealtedListID(const std::string& realtedListID, const std::string& lookupColumn) = 0;
+    virtual bool setLookupColumnByRealtedListID(const std::string& realtedListID, const std::string& lookupColumn) = 0;
     /// Sets the column of every list that shows records of this module.
-    virtual void setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
+    virtual bool setLookupColumnByRelatedModuleName(const std::string& relatedModuleName,
                                                     const std::string& lookupColumn) = 0;
     /// Returns the lists in the order of the parent's detail, or nullopt if there are none.
     virtual std::optional<RelatedLists> getModulesRelatedToModule(const std::string& moduleName) = 0;

@@ -22,10 +22,10 @@ ModulesInMemory::ModulesInMemory(std::shared_ptr<InMemoryDatabaseAdapter> inMemo
           *this, std::string(activeModuleConstants.TableName), [](const Module& module) { return module.moduleName; },
           this->primaryPersistance != nullptr) {}
 
-void ModulesInMemory::storeModules(const std::vector<Module>& modules) {
+bool ModulesInMemory::storeModules(const std::vector<Module>& modules) {
     std::vector<Module> stored;
-    memory_.store(stored, [&] {
-        if (primaryPersistance) primaryPersistance->storeModules(modules);
+    return memory_.store(stored, [&] {
+        if (primaryPersistance && !primaryPersistance->storeModules(modules)) return false;
         stored = asStored(modules);
         return true;
     });
@@ -82,14 +82,11 @@ Modules ModulesInMemory::getModulesByApiNames(const std::vector<std::string>& ap
         });
 }
 
-void ModulesInMemory::deleteModules(const std::vector<Module>& modules) {
+bool ModulesInMemory::deleteModules(const std::vector<Module>& modules) {
     std::vector<InMemoryDatabaseAdapter::ColumnValues> filters;
     for (auto& module : modules)
         filters.push_back({{std::string(activeModuleConstants.ModuleName), module.moduleName}});
-    memory_.remove(filters, [&] {
-        if (primaryPersistance) primaryPersistance->deleteModules(modules);
-        return true;
-    });
+    return memory_.remove(filters, [&] { return !primaryPersistance || primaryPersistance->deleteModules(modules); });
 }
 
 void ModulesInMemory::reloadAll() {

@@ -16,15 +16,15 @@ public:
     const std::shared_ptr<ModulesPersistanceDelegate> primaryPersistance;
 
     using ModulesPersistanceDelegate::getModule;
-    void storeModule(const Module& module) override { storeModules({module}); }
-    void storeModules(const std::vector<Module>& modules) override;
+    bool storeModule(const Module& module) override { return storeModules({module}); }
+    bool storeModules(const std::vector<Module>& modules) override;
     Result<std::vector<Module>, ParserError> getAllModules() override;
     Result<Module, ParserError> getModuleByModuleName(const std::string& moduleName) override;
     Result<Module, ParserError> getModuleByApiName(const std::string& apiName) override;
     Result<std::vector<Module>, ParserError> getModulesByModuleNames(
         const std::vector<std::string>& moduleNames) override;
     Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) override;
-    void deleteModules(const std::vector<Module>& modules) override;
+    bool deleteModules(const std::vector<Module>& modules) override;
     /// Refreshes memory from the primary store. If that fails, memory stays as it is.
     void reloadAll() override;
 

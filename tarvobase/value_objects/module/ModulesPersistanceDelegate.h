@@ -11,11 +11,11 @@
 namespace tarvo {
 
 /// The store of modules. Reads fail with `ParserError::noData` when there is no such module or the store cannot be
-/// read. Any thread may use it.
+/// read. Writes return whether they were stored. Any thread may use it.
 class ModulesPersistanceDelegate : public virtual platform::Object {
 public:
-    virtual void storeModule(const Module& module) = 0;
-    virtual void storeModules(const std::vector<Module>& modules) = 0;
+    virtual bool storeModule(const Module& module) = 0;
+    virtual bool storeModules(const std::vector<Module>& modules) = 0;
     /// Returns all modules in no particular order. The list is empty if the table is.
     virtual Result<std::vector<Module>, ParserError> getAllModules() = 0;
     Result<Module, ParserError> getModule(const ModuleIdentifier& identifier) {
@@ -26,7 +26,7 @@ public:
     virtual Result<std::vector<Module>, ParserError> getModulesByModuleNames(
         const std::vector<std::string>& moduleNames) = 0;
     virtual Result<std::vector<Module>, ParserError> getModulesByApiNames(const std::vector<std::string>& apiNames) = 0;
-    virtual void deleteModules(const std::vector<Module>& modules) = 0;
+    virtual bool deleteModules(const std::vector<Module>& modules) = 0;
     /// Refreshes a store in memory from the store behind it. Does nothing for a table.
     virtual void reloadAll() = 0;
 };

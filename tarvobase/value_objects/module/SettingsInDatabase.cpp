@@ -7,11 +7,11 @@ SettingsInDatabase::SettingsInDatabase(std::string tableName, std::shared_ptr<Da
     : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)),
       databaseConstants_(databaseConstants) {}
 
-void SettingsInDatabase::storeSettings(const std::vector<Settings>& settings) {
+bool SettingsInDatabase::storeSettings(const std::vector<Settings>& settings) {
     std::vector<ValueMap> rows;
     rows.reserve(settings.size());
     for (auto& setting : settings) rows.push_back(databaseConstants_.getDictionary(setting));
-    table().store(std::move(rows));
+    return table().store(std::move(rows));
 }
 
 Result<Settings, ParserError> SettingsInDatabase::getSettingsForModule(const std::string& moduleName,

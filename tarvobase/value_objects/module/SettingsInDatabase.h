@@ -11,7 +11,7 @@ public:
     SettingsInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                        SettingsDatabaseConstants databaseConstants = {});
 
-    void storeSettings(const std::vector<Settings>& settings) override;
+    bool storeSettings(const std::vector<Settings>& settings) override;
     Result<Settings, ParserError> getSettingsForModule(const std::string& moduleName, SettingName settingsKey) override;
     SettingsResult getSettings(const std::string& for_) override;
     SettingsByModule getSettingsByModuleNames(const std::vector<std::string>& moduleNames) override;

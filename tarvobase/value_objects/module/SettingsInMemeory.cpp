@@ -19,11 +19,8 @@ SettingsInMemeory::SettingsInMemeory(std::shared_ptr<InMemoryDatabaseAdapter> in
       primaryPersistance(std::move(primaryPersistance)),
       memory_(*this, std::string(settingsConstants.TableName), keyOf, this->primaryPersistance != nullptr) {}
 
-void SettingsInMemeory::storeSettings(const std::vector<Settings>& settings) {
-    memory_.store(settings, [&] {
-        if (primaryPersistance) primaryPersistance->storeSettings(settings);
-        return true;
-    });
+bool SettingsInMemeory::storeSettings(const std::vector<Settings>& settings) {
+    return memory_.store(settings, [&] { return !primaryPersistance || primaryPersistance->storeSettings(settings); });
 }
 
 Result<Settings, ParserError> SettingsInMemeory::getSettingsForModule(const std::string& moduleName,

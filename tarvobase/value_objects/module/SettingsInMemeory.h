@@ -15,7 +15,7 @@ public:
     const SettingsConstants settingsConstants;
     const std::shared_ptr<SettingsPersistanceDelegate> primaryPersistance;
 
-    void storeSettings(const std::vector<Settings>& settings) override;
+    bool storeSettings(const std::vector<Settings>& settings) override;
     Result<Settings, ParserError> getSettingsForModule(const std::string& moduleName, SettingName settingsKey) override;
     SettingsResult getSettings(const std::string& for_) override;
     SettingsByModule getSettingsByModuleNames(const std::vector<std::string>& moduleNames) override;

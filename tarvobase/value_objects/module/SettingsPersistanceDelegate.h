@@ -12,14 +12,15 @@
 namespace tarvo {
 
 /// The store of settings. Reads fail with `ParserError::noData` when there is no such setting or the store cannot be
-/// read. A list may be empty and is in no particular order. Any thread may use it.
+/// read. A list may be empty and is in no particular order. Writes return whether they were stored. Any thread may use
+/// it.
 class SettingsPersistanceDelegate : public virtual platform::Object {
 public:
     using SettingsResult = Result<std::vector<Settings>, ParserError>;
     /// The settings of each requested module; the list is empty for a module without settings.
     using SettingsByModule = std::map<std::string, std::vector<Settings>>;
 
-    virtual void storeSettings(const std::vector<Settings>& settings) = 0;
+    virtual bool storeSettings(const std::vector<Settings>& settings) = 0;
     virtual Result<Settings, ParserError> getSettingsForModule(const std::string& moduleName,
                                                                SettingName settingsKey) = 0;
     /// Returns all settings of a module.

@@ -12,13 +12,15 @@ const TagRecordDBMapper tagRecordMapper;
 TagPersistanceDelegate::Tags TagInDatabase::getTags(const std::string& moduleName) {
     return tagsWhere(columnIs(tagMapper.moduleName, moduleName));
 }
-void TagInDatabase::storeTags(const std::vector<Tag>& tags) { table().store(tagMapper.getDictionary(tags)); }
-void TagInDatabase::removeTags(const std::string& tagId) { table().deleteObjects(columnIs(tagMapper.id, tagId)); }
+bool TagInDatabase::storeTags(const std::vector<Tag>& tags) { return table().store(tagMapper.getDictionary(tags)); }
+bool TagInDatabase::removeTags(const std::string& tagId) {
+    return table().deleteObjects(columnIs(tagMapper.id, tagId));
+}
 TagPersistanceDelegate::Tags TagInDatabase::getTagsByTagIds(const std::vector<std::string>& tagIds) {
     return tagsWhere(columnIn(tagMapper.id, tagIds));
 }
-void TagInDatabase::updateTag(const std::string& oldTagId, const std::string& newTagId) {
-    table().update({{std::string(tagMapper.id), newTagId}}, columnIs(tagMapper.id, oldTagId));
+bool TagInDatabase::updateTag(const std::string& oldTagId, const std::string& newTagId) {
+    return table().update({{std::string(tagMapper.id), newTagId}}, columnIs(tagMapper.id, oldTagId));
 }
 TagPersistanceDelegate::Tags TagInDatabase::tagsWhere(const Criteria& criteria) const {
     return table().wholeOf(table().fetch(FetchQuery(table().tableName(), criteria)),
@@ -31,22 +33,23 @@ TagRecordsPersistanceDelegate::TagRecords TagRecordInDatabase::getTagRecordsByRe
 TagRecordsPersistanceDelegate::TagRecords TagRecordInDatabase::getTagRecordsByTagId(const std::string& tagId) {
     return tagRecordsWhere(columnIs(tagRecordMapper.id, tagId));
 }
-void TagRecordInDatabase::storeTagRecords(const std::vector<Tag>& tags, const std::string& recordId) {
+bool TagRecordInDatabase::storeTagRecords(const std::vector<Tag>& tags, const std::string& recordId) {
     std::vector<ValueMap> rows;
     for (auto& tag : tags) rows.push_back(tagRecordMapper.getDictionary(TagRecord{tag, recordId}));
-    table().store(std::move(rows));
+    return table().store(std::move(rows));
 }
-void TagRecordInDatabase::deleteTagRecords(const std::vector<std::string>& ids) {
-    table().deleteObjects(columnIn(tagRecordMapper.recordId, ids));
+bool TagRecordInDatabase::deleteTagRecords(const std::vector<std::string>& ids) {
+    return table().deleteObjects(columnIn(tagRecordMapper.recordId, ids));
 }
-void TagRecordInDatabase::deleteTagRecordsByTagIds(const std::vector<std::string>& tagIds, const std::string& id) {
-    table().deleteObjects(
+bool TagRecordInDatabase::deleteTagRecordsByTagIds(const std::vector<std::string>& tagIds, const std::string& id) {
+    return table().deleteObjects(
         Criteria::and_({columnIs(tagRecordMapper.recordId, id), columnIn(tagRecordMapper.id, tagIds)}));
 }
-void TagRecordInDatabase::updateTagRecord(const std::string& oldTagId, const std::string& newTagId,
+bool TagRecordInDatabase::updateTagRecord(const std::string& oldTagId, const std::string& newTagId,
                                           const std::string& id) {
-    table().update({{std::string(tagRecordMapper.id), newTagId}},
-                   Criteria::and_({columnIs(tagRecordMapper.recordId, id), columnIs(tagRecordMapper.id, oldTagId)}));
+    return table().update(
+        {{std::string(tagRecordMapper.id), newTagId}},
+        Criteria::and_({columnIs(tagRecordMapper.recordId, id), columnIs(tagRecordMapper.id, oldTagId)}));
 }
 TagRecordsPersistanceDelegate::TagRecords TagRecordInDatabase::tagRecordsWhere(const Criteria& criteria) const {
     return table().wholeOf(table().fetch(FetchQuery(table().tableName(), criteria)),

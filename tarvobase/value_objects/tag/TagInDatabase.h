@@ -11,10 +11,10 @@ public:
     using StaticDatabasePersistanceClass::StaticDatabasePersistanceClass;
 
     Tags getTags(const std::string& moduleName) override;
-    void storeTags(const std::vector<Tag>& tags) override;
-    void removeTags(const std::string& tagId) override;
+    bool storeTags(const std::vector<Tag>& tags) override;
+    bool removeTags(const std::string& tagId) override;
     Tags getTagsByTagIds(const std::vector<std::string>& tagIds) override;
-    void updateTag(const std::string& oldTagId, const std::string& newTagId) override;
+    bool updateTag(const std::string& oldTagId, const std::string& newTagId) override;
 
 private:
     Tags tagsWhere(const Criteria& criteria) const;
@@ -28,10 +28,10 @@ public:
 
     TagRecords getTagRecordsByRecordId(const std::string& recordId) override;
     TagRecords getTagRecordsByTagId(const std::string& tagId) override;
-    void storeTagRecords(const std::vector<Tag>& tags, const std::string& recordId) override;
-    void deleteTagRecords(const std::vector<std::string>& ids) override;
-    void deleteTagRecordsByTagIds(const std::vector<std::string>& tagIds, const std::string& id) override;
-    void updateTagRecord(const std::string& oldTagId, const std::string& newTagId, const std::string& id) override;
+    bool storeTagRecords(const std::vector<Tag>& tags, const std::string& recordId) override;
+    bool deleteTagRecords(const std::vector<std::string>& ids) override;
+    bool deleteTagRecordsByTagIds(const std::vector<std::string>& tagIds, const std::string& id) override;
+    bool updateTagRecord(const std::string& oldTagId, const std::string& newTagId, const std::string& id) override;
 
 private:
     TagRecords tagRecordsWhere(const Criteria& criteria) const;

@@ -47,8 +47,8 @@ CustomViewInDatabase::CustomViewInDatabase(std::string tableName, std::shared_pt
                                            const CustomViewDatabaseConstants& databaseConstants)
     : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)), names_(databaseConstants) {}
 
-void CustomViewInDatabase::storeCustomView(const CustomViews& customViews) {
-    table().store(rowsOf(customViews, names_));
+bool CustomViewInDatabase::storeCustomView(const CustomViews& customViews) {
+    return table().store(rowsOf(customViews, names_));
 }
 
 std::optional<CustomViewInDatabase::CustomViews> CustomViewInDatabase::getCustomViews(const std::string& moduleName) {
@@ -78,21 +78,27 @@ std::optional<CustomView> CustomViewInDatabase::getAllViewCustomView(const std::
     return firstWhere({columnIs(names_.ModuleName, moduleName), mark});
 }
 
-void CustomViewInDatabase::setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) {
-    if (auto former = getDefaultCustomView(moduleName))
-        table().update({{std::string(names_.IsDefault), no}}, oneView(former->viewID, moduleName));
-    table().update({{std::string(names_.IsDefault), yes}}, oneView(cvId, moduleName));
+bool CustomViewInDatabase::setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) {
+    auto setMark = [&](const std::string& viewID, std::string_view mark) {
+        return table().update({{std::string(names_.IsDefault), mark}}, oneView(viewID, moduleName));
+    };
+    return databaseAdapter && databaseAdapter->transaction("set the default view", [&] {
+        if (!getCustomView(cvId, moduleName)) return false;
+        auto former = getDefaultCustomView(moduleName);
+        return (!former || setMark(former->viewID, no)) && setMark(cvId, yes);
+    });
 }
 
-void CustomViewInDatabase::removeCustomViews(const std::vector<std::string>& moduleList) {
-    if (!moduleList.empty()) table().deleteObjects(columnIn(names_.ModuleName, moduleList));
+bool CustomViewInDatabase::removeCustomViews(const std::vector<std::string>& moduleList) {
+    return moduleList.empty() || table().deleteObjects(columnIn(names_.ModuleName, moduleList));
 }
 
-void CustomViewInDatabase::updateSortfield(const SortField& sortField, const std::string& cvId,
+bool CustomViewInDatabase::updateSortfield(const SortField& sortField, const std::string& cvId,
                                            const std::string& moduleName) {
     auto order = sortField.isAscending ? SortOrder::ascending : SortOrder::descending;
-    table().update({{std::string(names_.SortBy), sortField.column}, {std::string(names_.SortOrder), rawText(order)}},
-                   oneView(cvId, moduleName));
+    return table().update(
+        {{std::string(names_.SortBy), sortField.column}, {std::string(names_.SortOrder), rawText(order)}},
+        oneView(cvId, moduleName));
 }
 
 std::optional<CustomViewInDatabase::CustomViews> CustomViewInDatabase::viewsWhere(

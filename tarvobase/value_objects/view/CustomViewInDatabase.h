@@ -13,8 +13,8 @@ public:
     CustomViewInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                          const CustomViewDatabaseConstants& databaseConstants);
 
-    void storeCustomView(const CustomView& customView) override { storeCustomView(CustomViews{customView}); }
-    void storeCustomView(const CustomViews& customViews) override;
+    bool storeCustomView(const CustomView& customView) override { return storeCustomView(CustomViews{customView}); }
+    bool storeCustomView(const CustomViews& customViews) override;
     std::optional<CustomViews> getCustomViews(const std::string& moduleName) override;
     std::optional<CustomViews> getCustomViews(const std::string& moduleName,
                                               const std::vector<CustomViewColumnName>& sortBy) override;
@@ -23,9 +23,9 @@ public:
     std::optional<CustomView> getUnreadCustomView(const std::string& moduleName) override;
     std::optional<CustomView> getDefaultCustomView(const std::string& moduleName) override;
     std::optional<CustomView> getAllViewCustomView(const std::string& moduleName) override;
-    void setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) override;
-    void removeCustomViews(const std::vector<std::string>& moduleList) override;
-    void updateSortfield(const SortField& sortField, const std::string& cvId, const std::string& moduleName) override;
+    bool setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) override;
+    bool removeCustomViews(const std::vector<std::string>& moduleList) override;
+    bool updateSortfield(const SortField& sortField, const std::string& cvId, const std::string& moduleName) override;
 
 private:
     std::optional<CustomViews> viewsWhere(std::vector<Criteria> criterias,

@@ -33,14 +33,14 @@ enum class CustomViewColumnName {
 };
 
 /// The store of custom views. A read returns nullopt if the store cannot be read; a read of one view also if there is
-/// no such view. Any thread may use it.
+/// no such view. Writes return whether they were stored. Any thread may use it.
 class CustomViewPersistanceDelegate : public virtual platform::Object {
 public:
     using CustomViews = std::vector<CustomView>;
 
     /// Stores the views. A view replaces the stored one with the same keys.
-    virtual void storeCustomView(const CustomView& customView) = 0;
-    virtual void storeCustomView(const CustomViews& customViews) = 0;
+    virtual bool storeCustomView(const CustomView& customView) = 0;
+    virtual bool storeCustomView(const CustomViews& customViews) = 0;
     /// Returns the views in the order in which they were stored.
     virtual std::optional<CustomViews> getCustomViews(const std::string& moduleName) = 0;
     /// Returns the views in ascending order of these columns.
@@ -55,10 +55,11 @@ public:
     /// Returns the view that shows every record: for leads the one named "All Open Leads", for other modules one
     /// without a condition.
     virtual std::optional<CustomView> getAllViewCustomView(const std::string& moduleName) = 0;
-    /// Moves the default mark of a module's views to this view.
-    virtual void setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) = 0;
-    virtual void removeCustomViews(const std::vector<std::string>& moduleList) = 0;
-    virtual void updateSortfield(const SortField& sortField, const std::string& cvId,
+    /// Moves the default mark of a module's views to this view, as one commit. An unknown view takes the mark from
+    /// nobody: the call then returns false.
+    virtual bool setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) = 0;
+    virtual bool removeCustomViews(const std::vector<std::string>& moduleList) = 0;
+    virtual bool updateSortfield(const SortField& sortField, const std::string& cvId,
                                  const std::string& moduleName) = 0;
 };
 

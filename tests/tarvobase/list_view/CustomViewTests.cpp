@@ -185,6 +185,23 @@ TEST_F(CustomViewTest, ANewDefaultReplacesTheOldOneAndNotifiesObservers) {
     EXPECT_EQ(settings.getListFilterLastUpdatedTime("Leads"), 1700000000);
 }
 
+TEST_F(CustomViewTest, AnUnknownViewTakesTheMarkFromNobody) {
+    table()->storeCustomView({view("Leads", "1", "All Open Leads", true), view("Contacts", "2")});
+    EXPECT_FALSE(table()->setAsDefaultCustomView("9", "Leads"));
+    EXPECT_FALSE(table()->setAsDefaultCustomView("2", "Leads"));
+    EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), "1");
+}
+
+TEST_F(CustomViewTest, MovingTheMarkIsOneCommit) {
+    table()->storeCustomView({view("Leads", "1", "All Open Leads", true), view("Leads", "2")});
+    adapter->execute(
+        "CREATE TRIGGER refuse BEFORE UPDATE ON CUSTOM_VIEWS_METADATA WHEN NEW.is_default = 'true' "
+        "BEGIN SELECT RAISE(ABORT, 'refused'); END",
+        std::nullopt);
+    EXPECT_FALSE(table()->setAsDefaultCustomView("2", "Leads"));
+    EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), "1");
+}
+
 TEST_F(CustomViewTest, ANewOrderSendsTheNextListToTheServer) {
     CVRecordMapInDatabase map(adapter);
     std::vector<ValueMap> records{{{"id", "10"}}, {{"id", "11"}}, {{"name", "without an id"}}};

@@ -111,14 +111,17 @@ public:
     using Modules = Result<std::vector<Module>, ParserError>;
     std::vector<Module> stored;
     bool fails = false;
+    bool refusesWrites = false;
     int asked = 0;
     std::function<void()> duringWrite;
     std::function<void()> duringRead;
 
-    void storeModule(const Module& module) override { stored.push_back(module); }
-    void storeModules(const std::vector<Module>& modules) override {
+    bool storeModule(const Module& module) override { return storeModules({module}); }
+    bool storeModules(const std::vector<Module>& modules) override {
+        if (refusesWrites) return false;
         stored.insert(stored.end(), modules.begin(), modules.end());
         if (duringWrite) std::exchange(duringWrite, nullptr)();
+        return true;
     }
     Modules getAllModules() override {
         return where([](auto&) { return true; });
@@ -135,8 +138,10 @@ public:
     Modules getModulesByApiNames(const std::vector<std::string>& names) override {
         return where([&](auto& one) { return std::count(names.begin(), names.end(), one.apiName) > 0; });
     }
-    void deleteModules(const std::vector<Module>& modules) override {
+    bool deleteModules(const std::vector<Module>& modules) override {
+        if (refusesWrites) return false;
         for (auto& gone : modules) std::erase_if(stored, [&](auto& one) { return one.moduleName == gone.moduleName; });
+        return true;
     }
     void reloadAll() override {}
 
@@ -273,6 +278,15 @@ TEST_F(ModulesInMemoryTest, WhatATransactionUndoesIsNotInMemory) {
         if (!isCommitted) primary->stored = {module("Leads", 1)};
         EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, isCommitted ? 2 : 1);
     }
+}
+
+TEST_F(ModulesInMemoryTest, MemoryTakesOnlyWhatTheTableTook) {
+    EXPECT_TRUE(modules.storeModules({module("Leads", 1)}));
+    primary->refusesWrites = true;
+    EXPECT_FALSE(modules.storeModules({module("Leads", 2), module("Deals")}));
+    EXPECT_FALSE(modules.deleteModules({module("Leads")}));
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+    EXPECT_FALSE(modules.getModuleByModuleName("Deals").ok());
 }
 
 TEST_F(InMemoryStorageTest, TablesOfAScopeArePassedByWhileAnotherOneIsCurrent) {

@@ -103,6 +103,20 @@ TEST_F(TagsTest, TagsOfUnsentChangesStay) {
     EXPECT_EQ(idsOf(left), "TarvoTEMPID#5=t a=t b=t ");
 }
 
+TEST_F(TagsTest, StaleTagsGoInOneCommit) {
+    TagInDatabase(adapter).storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}});
+    TagRecordInDatabase(adapter).storeTagRecords({{"1", "hot", "Leads"}, {"2", "old", "Leads"}}, "r1");
+    adapter->execute(
+        "CREATE TRIGGER refuse BEFORE DELETE ON Tags_Records WHEN OLD.tag_id = '2' "
+        "BEGIN SELECT RAISE(ABORT, 'refused'); END",
+        std::nullopt);
+    network->answer(tagsBody(ValueList{Value(ValueList{"4", "new"})}));
+    EXPECT_EQ(ask(DataSource::network), "network 4=new ; ");
+    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Leads")), "1=hot 2=old ");
+    EXPECT_EQ(TagRecordInDatabase(adapter).getTagRecordsByRecordId("r1")->size(), 2u);
+    EXPECT_EQ(observer->changed, "");
+}
+
 TEST_F(TagsTest, AnUnusableAnswerLeavesTheTagsAsTheyAre) {
     TagInDatabase(adapter).storeTags({{"1", "hot", "Leads"}});
     for (auto& answer : {std::string("nonsense"), std::string(R"({"error":[{"code":"X"}]})"), tagsBody("rows"),
