@@ -3,6 +3,7 @@
 #include "kelva_db/Database.h"
 #include "platform/Log.h"
 #include "platform/Text.h"
+#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/records/sql/CustomViewQueryFormation.h"
