@@ -215,10 +215,12 @@ Record::Names Record::columnNames() const {
 ValueMap Record::getDictionary() const {
     ValueMap dictionary;
     dictionary.reserve(columnCount());
-    for (std::size_t index = 0; index < columnCount(); ++index)
-        if (auto view = value(index); !view.isNull()) dictionary.set(columnName(index), view.copy());
-    auto tags = dictionary.find(FieldIdentifierConstants().tag);
-    if (auto list = tags ? tags->asObjectOf<TagList>() : nullptr) *tags = tagMaps(*list);
+    for (std::size_t index = 0; index < columnCount(); ++index) {
+        auto value = this->value(index).copy();
+        if (value.isNull()) continue;
+        auto tags = value.asObjectOf<TagList>();
+        dictionary.set(columnName(index), tags ? tagMaps(*tags) : std::move(value));
+    }
     return dictionary;
 }
 

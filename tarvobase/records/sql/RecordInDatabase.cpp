@@ -229,13 +229,23 @@ std::optional<Names> RecordInDatabase::storeRows(const RowSource& rows, const Na
 }
 
 bool RecordInDatabase::storeRecord(const Record& record, const std::string& moduleName) {
-    return tableOf(moduleName).store({rowOf(record, namingInForce())});
+    return tableOf(moduleName).store(rowsOf({record}, moduleName, namingInForce()));
+}
+
+/// The fields are read only for records that need them, and are not a condition for storing one.
+std::vector<ValueMap> RecordInDatabase::rowsOf(const std::vector<Record>& records, const std::string& moduleName,
+                                               const FieldIdentifier& naming) const {
+    bool needFields = fieldLists_ && std::any_of(records.begin(), records.end(), hasEmptyList);
+    auto fields = needFields ? fieldsOf(moduleName) : std::nullopt;
+    std::vector<ValueMap> rows;
+    for (auto& record : records) rows.push_back(rowOf(record, naming, fields ? &*fields : nullptr));
+    return rows;
 }
 
 bool RecordInDatabase::updateRecord(const Record& record, const std::string& recordID, const std::string& moduleName) {
     auto naming = namingInForce();
     auto table = tableOf(moduleName);
-    auto row = rowOf(record, naming);
+    auto row = rowsOf({record}, moduleName, naming).front();
     auto id = idColumn(moduleName, naming);
     // A column that is not the row's key takes the new id in any case.
     bool isKey = id == naming.constant->id;
@@ -274,9 +284,7 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const Record&
 
 bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<Record>& records) {
     auto naming = namingInForce();
-    std::vector<ValueMap> rows;
-    for (auto& record : records) rows.push_back(rowOf(record, naming));
-    return modify(rows, moduleName, naming);
+    return modify(rowsOf(records, moduleName, naming), moduleName, naming);
 }
 
 bool RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,

@@ -84,6 +84,8 @@ private:
     std::optional<Names> store(const RowSource& rows, const Names& ids, const DependentRecords& dependents,
                                const std::string& moduleName, PageWork alongside) const;
     std::optional<Names> storeRows(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
+    std::vector<ValueMap> rowsOf(const std::vector<Record>& records, const std::string& moduleName,
+                                 const FieldIdentifier& naming) const;
     bool modify(const std::vector<ValueMap>& rows, const std::string& moduleName, const FieldIdentifier& naming) const;
     Records fetch(const FieldList& fields, std::optional<Criteria> criteria, Selection selection) const;
     std::optional<std::int64_t> count(const std::optional<Criteria>& criteria, const std::string& moduleName) const;

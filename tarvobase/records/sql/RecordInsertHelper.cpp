@@ -21,9 +21,11 @@ bool RecordInDatabase::saveNetworkRecordList(std::vector<ValueMap> wireRecords, 
     };
     auto lookups = keysOf(metadataList.getAllLookupFields());
     auto dates = keysOf(metadataList.getAllDateAndDateTimeFields());
+    wireRecords = underColumns(wireRecords, metadataList);
     for (auto& record : wireRecords) {
         createLookupFields(record, lookups, metadataList);
         convertDateToTimestamp(record, dates, metadataList);
+        record = rowOf(record, metadataList);
     }
     return saveRecordDictionary(wireRecords, moduleId);
 }
@@ -46,7 +48,7 @@ bool RecordInDatabase::saveRecord(const Record& record, const ModuleIdentifier& 
 bool RecordInDatabase::saveRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
                                       const FieldList& metadataList) {
     std::vector<ValueMap> rows;
-    for (auto& record : records) rows.push_back(rowOf(record, metadataList.naming()));
+    for (auto& record : records) rows.push_back(rowOf(record, metadataList.naming(), &metadataList));
     return saveRecordDictionary(rows, moduleId);
 }
 
@@ -58,7 +60,7 @@ bool RecordInDatabase::modifyRecord(const Record& record, const ModuleIdentifier
 bool RecordInDatabase::modifyRecordList(const std::vector<Record>& records, const ModuleIdentifier& moduleId,
                                         const FieldList& metadataList) {
     std::vector<ValueMap> rows;
-    for (auto& record : records) rows.push_back(rowOf(record, metadataList.naming()));
+    for (auto& record : records) rows.push_back(rowOf(record, metadataList.naming(), &metadataList));
     return modify(rows, moduleId.rawValue(), metadataList.naming());
 }
 

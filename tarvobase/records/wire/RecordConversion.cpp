@@ -1,9 +1,13 @@
 #include "tarvobase/records/wire/RecordConversion.h"
 
+#include <unordered_map>
+
 #include "platform/Json.h"
 #include "platform/Log.h"
 #include "platform/Text.h"
+#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/network_layer/TypedReads.h"
+#include "tarvobase/records/wire/ModuleParser.h"
 #include "tarvobase/records/wire/RecordPlan.h"
 #include "tarvobase/storage/StoredForm.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
@@ -27,6 +31,34 @@ std::string textIn(const ValueMap& map, std::string_view key) {
 Value storedAttachments(const std::vector<std::string>& ids, bool isNotesModule) {
     if (isNotesModule) return text::join(ids, ",");
     return Bytes{json::write(Value(ids)).value_or("[]")};
+}
+
+std::string joinedTexts(const ValueList& texts) {
+    return text::join(readAs<std::vector<std::string>>(texts).value(), ",");
+}
+
+/// Returns a value in the form of the wire path: booleans are the server's texts, lists of texts are joined, and lists
+/// of records become their number. Columns hold texts, in which a boolean would become "1".
+Value storedForm(Value value) {
+    if (auto boolean = value.asBool()) return *boolean ? "true" : "false";
+    if (auto tags = value.asObjectOf<TagList>()) return static_cast<std::int64_t>(tags->tags().size());
+    if (isListOf(&value, ValueKind::text)) return joinedTexts(*value.asList());
+    if (isListOf(&value, ValueKind::map)) return static_cast<std::int64_t>(value.asList()->size());
+    return value;
+}
+
+/// Returns the ids of a list of texts or of maps with an "id".
+std::optional<std::vector<std::string>> idsOfAttachments(const ValueList& list) {
+    std::vector<std::string> ids;
+    for (auto& item : list) {
+        auto map = item.asMap();
+        auto id = map ? map->find("id") : &item;
+        if (id && id->asText())
+            ids.push_back(*id->asText());
+        else if (!map)
+            return std::nullopt;
+    }
+    return ids;
 }
 
 /// Reads a wire dictionary by the slots of a plan.
@@ -57,18 +89,21 @@ public:
     DatabaseDictionarySink(const RecordPlan& plan, const DictionarySource& source, ValueMap& dictionary, Form form)
         : plan_(plan), source_(source), dictionary_(dictionary), form_(form) {}
 
-    void value(std::size_t column, const ValueView& view) { set(column, view.copy()); }
-    void other(std::size_t column, std::size_t slot) { set(column, *source_.value(slot)); }
+    void value(std::size_t column, const ValueView& view) {
+        set(column, form_ == Form::table ? storedForm(view.copy()) : view.copy());
+    }
+    void other(std::size_t column, std::size_t slot) {
+        bool isJoined = form_ == Form::table && source_.isTexts(slot);
+        set(column, isJoined ? storedForm(*source_.value(slot)) : *source_.value(slot));
+    }
     void rows(std::size_t column, std::size_t slot) {
         form_ == Form::table ? set(column, countOf(slot)) : other(column, slot);
     }
     void noRecords(std::size_t column) { set(column, form_ == Form::table ? Value(0) : Value(ValueList())); }
     bool attachments(std::size_t column, std::size_t slot) {
-        std::vector<std::string> ids;
-        for (auto& map : *source_.value(slot)->asList())
-            if (auto id = map.asMap()->find("id"); id && id->asText()) ids.push_back(*id->asText());
-        set(column, storedAttachments(ids, form_ == Form::table && plan_.isNotesModule()));
-        return true;
+        auto ids = idsOfAttachments(*source_.value(slot)->asList());
+        if (ids) set(column, storedAttachments(*ids, form_ == Form::table && plan_.isNotesModule()));
+        return ids.has_value();
     }
     void tags(std::size_t column, std::size_t slot) {
         if (form_ == Form::table) return set(column, countOf(slot));
@@ -105,20 +140,36 @@ ValueMap converted(const RecordPlan& plan, const ValueMap& wire, Form form) {
     return dictionary;
 }
 
+/// Returns the seconds in a column. A column of type TEXT returns them as a text.
+std::optional<std::int64_t> secondsOf(const ValueView& stored) {
+    auto text = stored.asText();
+    return text ? text::toInteger(*text) : stored.asInteger();
+}
+
 Value textOfMoment(const ValueView& stored, const DateFormatter& formatter) {
-    auto seconds = stored.asInteger();
+    auto seconds = secondsOf(stored);
     return seconds ? Value(formatter.string(*seconds)) : Value();
 }
 
+/// Returns tags in the form in which the server sends them.
+Value wireTags(const TagList& list) {
+    ValueList tags;
+    for (auto& tag : list.tags()) tags.push_back(ValueMap{{"id", tag.id}, {"name", tag.name}});
+    return tags;
+}
+
+/// Returns a boolean. Besides the server's texts, 1 and "1" are true, which is how a column holds a bound boolean.
 Value wireBoolean(const ValueView& stored) {
-    if (auto text = stored.asText()) return *text == "true";
+    if (auto text = stored.asText()) return *text == "true" || *text == "1";
     if (auto boolean = stored.asBool()) return *boolean;
+    if (auto number = stored.asInteger(); number == 0 || number == 1) return *number == 1;
     platform::log(platform::LogLevel::warning, "records", "invalid bool");
     return {};
 }
 
 /// Returns null if a value has no wire form.
 Value wireValue(FieldDataType type, const ValueView& stored) {
+    if (auto tags = stored.copy().asObjectOf<TagList>()) return wireTags(*tags);
     switch (type) {
         case FieldDataType::boolean:
             return wireBoolean(stored);
@@ -132,6 +183,34 @@ Value wireValue(FieldDataType type, const ValueView& stored) {
         default:
             return stored.copy();
     }
+}
+
+/// Returns whether the lists of a column are records, so that an empty one means none of them and not an empty text.
+bool holdsRecords(const std::string& column, const FieldIdentifier& naming, const FieldList* fields) {
+    auto& names = *naming.constant;
+    for (std::string_view name : {std::string_view(names.tag), std::string_view(names.Events.participants),
+                                  std::string_view(names.PriceBooks.pricingDetails), std::string_view(names.comments),
+                                  std::string_view(names.productDetails), std::string_view(names.Notes.attachments)})
+        if (column == name) return true;
+    auto field = fields ? fields->getField(column) : nullptr;
+    return field && (isSubform(field->fieldType) || field->fieldType == FieldDataType::eventParticipant);
+}
+
+/// What is known of the module whose rows are made.
+struct RowContext {
+    const FieldIdentifier& naming;
+    const FieldList* fields;
+    bool isNotesModule;
+};
+
+Value storedCell(const std::string& column, Value value, const RowContext& context) {
+    auto list = value.asList();
+    if (list && column == context.naming.constant->attachments) {
+        if (auto ids = idsOfAttachments(*list)) return storedAttachments(*ids, context.isNotesModule);
+    } else if (list && list->empty()) {
+        return holdsRecords(column, context.naming, context.fields) ? Value(0) : Value("");
+    }
+    return storedForm(std::move(value));
 }
 
 }  // namespace
@@ -155,24 +234,51 @@ std::optional<Record> RecordConversion::toRecord(const ValueMap& wire) const {
     return Record(std::move(dictionary), std::move(id), plan_->moduleName(), naming);
 }
 
-ValueMap rowOf(const Record& record, const FieldIdentifier& naming) {
+bool hasEmptyList(const Record& record) {
+    for (std::size_t index = 0; index < record.columnCount(); ++index)
+        if (auto list = record.value(index).copy().asList(); list && list->empty()) return true;
+    return false;
+}
+
+ValueMap rowOf(const Record& record, const FieldIdentifier& naming, const FieldList* fields) {
     ValueMap row;
     bool isNotesModule = record.moduleName() == rawText(ModuleIdentifier::Case::notes);
     for (std::size_t index = 0; index < record.columnCount(); ++index) {
         auto& column = record.columnName(index);
         auto value = record.value(index).copy();
         if (value.isNull()) continue;
-        if (auto tags = value.asObjectOf<TagList>())
-            row.set(column, static_cast<std::int64_t>(tags->tags().size()));
-        else if (auto ids =
-                     column == naming.constant->attachments ? readAs<std::vector<std::string>>(value) : std::nullopt)
-            row.set(column, storedAttachments(*ids, isNotesModule));
-        else if (isListOf(&value, ValueKind::map))
-            row.set(column, static_cast<std::int64_t>(value.asList()->size()));
-        else
-            row.set(column, std::move(value));
+        row.set(column, storedCell(column, std::move(value), {naming, fields, isNotesModule}));
     }
     return row;
+}
+
+ValueMap rowOf(const ValueMap& dictionary, const FieldList& fields) {
+    bool isNotesModule = fields.moduleName() == rawText(ModuleIdentifier::Case::notes);
+    ValueMap row;
+    for (auto& entry : dictionary)
+        row.set(entry.name,
+                storedCell(std::string(entry.name), entry.value, {fields.naming(), &fields, isNotesModule}));
+    return row;
+}
+
+std::vector<ValueMap> underColumns(const std::vector<ValueMap>& wire, const FieldList& fields) {
+    auto modify = CommonConfigration::sharedInstance().modifySystemProperties.get();
+    std::unordered_map<std::string, std::string> columns;
+    auto add = [&](const FieldMetadata& field) {
+        auto key = ModuleParser::systemKey(field.fieldAPIName, modify);
+        for (auto suffix : {std::string_view(), lookupSuffix, firstNameSuffix, lastNameSuffix})
+            columns.try_emplace(std::string(key).append(suffix),
+                                std::string(fields.identifierOf(field)).append(suffix));
+    };
+    for (auto field : fields.allFields()) add(*field);
+    for (auto& field : fields.fieldsOfSharedColumns()) add(field);
+    std::vector<ValueMap> renamed(wire.size());
+    for (std::size_t i = 0; i < wire.size(); ++i)
+        for (auto& entry : wire[i]) {
+            auto column = columns.find(std::string(entry.name));
+            renamed[i].set(column == columns.end() ? entry.name : column->second, entry.value);
+        }
+    return renamed;
 }
 
 std::optional<Value> attachmentIds(const ValueView& stored, const std::string& moduleName) {

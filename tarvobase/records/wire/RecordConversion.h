@@ -24,7 +24,8 @@ public:
 
     ValueMap toDatabaseDictionary(const ValueMap& wire) const;
     /// Returns the dictionary in the form that a table takes, which is what `RecordPage` makes of the same record:
-    /// lists of dependent records and of tags become their number, a note's attachments become their ids joined by ",".
+    /// lists of dependent records and of tags become their number, lists of texts and a note's attachments are joined
+    /// by ",", and booleans become "true" or "false".
     ValueMap toRow(const ValueMap& wire) const;
     /// Returns a record of the field list's module, whose id is empty if the dictionary does not have one as a text.
     /// Returns nullopt if the field list is empty.
@@ -34,8 +35,16 @@ private:
     std::unique_ptr<const RecordPlan> plan_;
 };
 
-/// Returns the columns of a record that have a value, in the form of `RecordConversion::toRow`.
-ValueMap rowOf(const Record& record, const FieldIdentifier& naming);
+/// Returns the columns of a record that have a value, in the form of `RecordConversion::toRow`. An empty list is stored
+/// as 0 if its column holds records and as an empty text otherwise; only `fields` know the subforms among the columns.
+ValueMap rowOf(const Record& record, const FieldIdentifier& naming, const FieldList* fields = nullptr);
+/// Returns whether `rowOf` needs the fields of the record's module.
+bool hasEmptyList(const Record& record);
+/// Returns a dictionary that is keyed by columns in the form of `rowOf`.
+ValueMap rowOf(const ValueMap& dictionary, const FieldList& fields);
+
+/// Replaces the wire's keys by the names of the columns, those of companions included. A key without a field stays.
+std::vector<ValueMap> underColumns(const std::vector<ValueMap>& wire, const FieldList& fields);
 
 /// Returns the ids in a stored attachments column as a list of texts. The column holds the JSON bytes of such a list
 /// or, for notes, the ids joined by ",". Returns nullopt for anything else.

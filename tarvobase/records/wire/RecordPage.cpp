@@ -157,14 +157,13 @@ public:
         if (auto text = view.asText()) return set(cell, *text);
         cell.integer = view.asInteger().value_or(0);
     }
-    /// Writes a list that no rule covers as JSON text, as the database would.
+    /// Writes a list that no rule covers: texts are joined, records become JSON text, as the database would write them.
     void other(std::size_t column, std::size_t slot) {
         auto& list = record_.value(slot);
+        if (list.kind == WireValue::Kind::texts)
+            return value(column, ValueView::text(keep(texts_, wire::joined(list.items))));
         ValueList items;
-        if (list.kind == WireValue::Kind::records)
-            for (auto& record : recordsOf(list.list, plan_)) items.emplace_back(std::move(record));
-        else
-            for (auto& item : list.items) items.push_back(item.copy());
+        for (auto& record : recordsOf(list.list, plan_)) items.emplace_back(std::move(record));
         if (auto text = json::write(items)) value(column, ValueView::text(keep(texts_, *std::move(text))));
     }
     void rows(std::size_t column, std::size_t slot) {

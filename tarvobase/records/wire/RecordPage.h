@@ -18,9 +18,9 @@ namespace tarvo {
 /// - a list of dependent records (participants, product lines, tags, rows of a subform) becomes their number;
 /// - the attachments of a note become their ids joined by ",".
 ///
-/// Any other list becomes its JSON text. The dependent records themselves come from `nestedRecords`. Records whose
-/// identifier is not a text, or empty, are left out and counted. Immutable and safe to read from any thread; it keeps
-/// the document alive.
+/// Any other list of records becomes its JSON text. The dependent records themselves come from `nestedRecords`. Records
+/// whose identifier is not a text, or empty, are left out and counted. Immutable and safe to read from any thread; it
+/// keeps the document alive.
 class RecordPage final : public RowSource {
 public:
     /// Reads the list under "data" of an answer, in the naming of the field list. Anything but a list gives an empty
