@@ -216,10 +216,10 @@ ValueMap Record::getDictionary() const {
     ValueMap dictionary;
     dictionary.reserve(columnCount());
     for (std::size_t index = 0; index < columnCount(); ++index) {
-        auto value = this->value(index).copy();
-        if (value.isNull()) continue;
-        auto tags = value.asObjectOf<TagList>();
-        dictionary.set(columnName(index), tags ? tagMaps(*tags) : std::move(value));
+        auto view = value(index);
+        if (view.isNull()) continue;
+        auto tags = view.nested() ? view.nested()->asObjectOf<TagList>() : nullptr;
+        dictionary.set(columnName(index), tags ? tagMaps(*tags) : view.copy());
     }
     return dictionary;
 }

@@ -1,10 +1,14 @@
 #include "tarvobase/records/RecordUtil.h"
 
+#include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/records/Record.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
+
+std::string withEncodedCommas(std::string_view text) { return text::join(text::split(text, ","), separatorString); }
+std::string withDecodedCommas(std::string_view text) { return text::join(text::split(text, separatorString), ","); }
 
 std::string RecordUtil::getTableName(std::string_view moduleName) {
     if (moduleName == rawText(ModuleIdentifier::Case::approvals)) return "APPROVAL_PROCESS_RECORDS";

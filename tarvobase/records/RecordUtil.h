@@ -21,6 +21,11 @@ inline constexpr std::string_view lookupDataSuffix = "#TarvoSeparator#Data#Tarvo
 /// Separates the pieces of compound texts.
 inline constexpr std::string_view separatorString = "#TarvoSeparator#";
 
+/// Encode and decode the commas of a text that is joined with others by commas, so that it is split where it was
+/// joined.
+std::string withEncodedCommas(std::string_view text);
+std::string withDecodedCommas(std::string_view text);
+
 /// Returns the name of the column that holds the display text of a lookup.
 inline std::string getLookupColumn(std::string_view column) { return std::string(column).append(lookupSuffix); }
 

@@ -26,10 +26,16 @@ std::string describe(const Value& value) { return value.toText().value_or(""); }
 /// A value that the server fills in by itself, such as "${CURRENTUSER}".
 bool isServerValue(const std::string& text) { return text.starts_with("${") && text.ends_with("}"); }
 
+/// A pattern says by its outer percent signs how a value is compared. A value that begins or ends with one itself is
+/// kept apart from those by a backslash, which `CustomViewQueryFormation` removes.
+bool needsGuard(char outer) { return outer == '%' || outer == '\\'; }
+
 std::string pattern(CustomViewComparator comparator, const std::string& value) {
     if (isServerValue(value)) return value;
-    if (comparator == CustomViewComparator::startsWith) return value + "%";
-    if (comparator == CustomViewComparator::endsWith) return "%" + value;
+    if (comparator == CustomViewComparator::startsWith)
+        return (!value.empty() && needsGuard(value.front()) ? "\\" : "") + value + "%";
+    if (comparator == CustomViewComparator::endsWith)
+        return "%" + value + (!value.empty() && needsGuard(value.back()) ? "\\" : "");
     return "%" + value + "%";
 }
 
@@ -53,14 +59,11 @@ std::vector<std::string> otherQuery(const CustomViewCriteria& criteria, CustomVi
     return eachValue(criteria, getEquivalentSqlComparator(comparator), [](const std::string& value) { return value; });
 }
 
-/// Encodes the commas inside an item, so that the list is split where it was joined.
-std::string listItem(const Value& item) { return text::join(text::split(describe(item), ","), separatorString); }
-
 std::string listText(const Value& value) {
     auto list = value.asList();
     if (!list) return describe(value);
     std::vector<std::string> items;
-    for (auto& item : *list) items.push_back(listItem(item));
+    for (auto& item : *list) items.push_back(withEncodedCommas(describe(item)));
     return text::join(items, ",");
 }
 

@@ -11,6 +11,7 @@
 #include "tarvobase/records/sql/CustomViewComparator.h"
 #include "tarvobase/records/sql/CustomViewOfflineQueryParser.h"
 #include "tarvobase/records/sql/SqlConditions.h"
+#include "tarvobase/utils/Util.h"
 #include "tarvobase/value_objects/field/FieldList.h"
 #include "tarvobase/value_objects/view/CustomView.h"
 
@@ -32,7 +33,7 @@ struct Pair {
 };
 
 std::string_view separatorOfPieces() {
-    // The server joins the pieces of its own templates with commas.
+    // The pieces of the server's own templates are joined with commas; those inside a piece are encoded.
     if (CommonConfigration::sharedInstance().serverCVCriteria.get()) return ",";
     return CustomViewOfflineQuery::replaceSeparator;
 }
@@ -40,8 +41,10 @@ std::string_view separatorOfPieces() {
 /// Returns names and values in turn. A value may be empty. A name may not, so an empty piece in its place is dropped.
 std::vector<std::string> piecesOf(const std::string& replaceInfo) {
     std::vector<std::string> pieces;
-    for (auto& piece : text::split(replaceInfo, separatorOfPieces()))
-        if (!piece.empty() || pieces.size() % 2 == 1) pieces.push_back(std::move(piece));
+    auto separator = separatorOfPieces();
+    for (auto& piece : text::split(replaceInfo, separator))
+        if (!piece.empty() || pieces.size() % 2 == 1)
+            pieces.push_back(separator == "," ? withDecodedCommas(piece) : std::move(piece));
     return pieces;
 }
 
@@ -50,17 +53,10 @@ std::string valueFor(const FieldMetadata& field, std::string value) {
     return value == "0" ? "false" : value == "1" ? "true" : value;
 }
 
-const FieldMetadata* fieldNamed(const FieldList& fieldList, const std::string& apiName) {
-    if (auto field = fieldList.getFieldByApiName(apiName)) return field;
-    for (auto& field : fieldList.fieldsOfSharedColumns())
-        if (field.fieldAPIName == apiName) return &field;
-    return nullptr;
-}
-
 Result<std::vector<Pair>, Error> pairsOf(const std::vector<std::string>& pieces, const FieldList& fieldList) {
     std::vector<Pair> pairs;
     for (std::size_t i = 0; i < pieces.size(); i += 2) {
-        auto field = fieldNamed(fieldList, pieces[i]);
+        auto field = fieldList.getFieldByApiName(pieces[i]);
         if (!field) return Error::metadataNotFound(pieces[i]);
         auto value = i + 1 < pieces.size() ? pieces[i + 1] : "";
         pairs.push_back({field, kelva::quotedName(fieldList.identifierOf(*field)), valueFor(*field, value)});
@@ -76,11 +72,53 @@ bool isNumberField(const FieldMetadata& field) {
     return isNumeric(field.fieldType) || field.fieldType == FieldDataType::bigInt || isDate(field.fieldType);
 }
 
-std::string list(std::string_view items) {
+std::vector<std::string> itemsOfList(std::string_view text) {
+    std::vector<std::string> items;
+    for (auto& item : text::split(text, ",")) items.push_back(withDecodedCommas(item));
+    return items;
+}
+
+std::string list(const std::vector<std::string>& items) {
     std::vector<std::string> literals;
-    for (auto& item : text::split(items, ","))
-        literals.push_back(kelva::literal(text::join(text::split(item, separatorString), ",")));
+    for (auto& item : items) literals.push_back(kelva::literal(item));
     return "(" + text::join(literals, ", ") + ")";
+}
+
+/// The moments that a date in criteria stands for: from the first one to before the end, in seconds since 1970.
+struct Moments {
+    std::int64_t first;
+    std::int64_t end;
+};
+
+/// Returns the moments of the day "2024-06-25" in the zone in force, or those of the second "2024-06-25T10:00:00Z".
+std::optional<Moments> momentsOf(const std::string& text) {
+    constexpr std::int64_t dayAndAHalf = 36 * 60 * 60;  // ends within the next day, however long this one is
+    auto& days = Util::DateFormatters::dateOnlyFormatter();
+    if (auto second = Util::DateFormatters::iso8601DateFormatter().date(text)) return Moments{*second, *second + 1};
+    auto first = days.date(text);
+    auto nextDay = first ? days.string(*first + dayAndAHalf) : std::nullopt;
+    auto end = nextDay ? days.date(*nextDay) : std::nullopt;
+    return end ? std::optional(Moments{*first, *end}) : std::nullopt;
+}
+
+std::string comparisonWithMoments(const std::string& column, CustomViewComparator comparator, Moments moments) {
+    using C = CustomViewComparator;
+    auto seconds = sql_conditions::number(column);
+    auto is = [&](const char* op, std::int64_t moment) { return seconds + op + std::to_string(moment); };
+    switch (comparator) {
+        case C::notEqual:
+            return "(" + is(" < ", moments.first) + " or " + is(" >= ", moments.end) + ")";
+        case C::greaterEqual:
+            return is(" >= ", moments.first);
+        case C::greaterThan:
+            return is(" >= ", moments.end);
+        case C::lessEqual:
+            return is(" < ", moments.end);
+        case C::lessThan:
+            return is(" < ", moments.first);
+        default:
+            return "(" + is(" >= ", moments.first) + " and " + is(" < ", moments.end) + ")";
+    }
 }
 
 std::string like(const Pair& pair, bool isNegated) {
@@ -91,27 +129,52 @@ std::string like(const Pair& pair, bool isNegated) {
     if (!atStart && !atEnd) return pair.column + (isNegated ? " not like " : " like ") + kelva::literal(value);
     if (atStart) value.remove_prefix(1);
     if (atEnd) value.remove_suffix(1);
+    // The backslash before or after a value that has a percent sign or a backslash there itself.
+    if (!atStart && value.starts_with('\\')) value.remove_prefix(1);
+    if (!atEnd && value.ends_with('\\')) value.remove_suffix(1);
     auto where = !atStart ? Where::startsWith : !atEnd ? Where::endsWith : Where::contains;
     return sql_conditions::like(pair.column, isNegated, where, value);
 }
 
-std::string comparison(const Pair& pair, std::string_view op) {
+std::string comparison(const Pair& pair, CustomViewComparator comparator) {
+    auto op = getEquivalentSqlComparator(comparator);
+    if (auto moments = isDate(pair.field->fieldType) ? momentsOf(pair.value) : std::nullopt)
+        return comparisonWithMoments(pair.column, comparator, *moments);
     if (isNumberField(*pair.field) && isNumber(pair.value))
         return sql_conditions::number(pair.column).append(" ").append(op).append(" ").append(pair.value);
     return std::string(pair.column).append(" ").append(op).append(" ").append(kelva::literal(pair.value));
 }
 
+/// Numbers and dates of a list compare as such, and other items as texts: columns hold the server's texts, in which
+/// "10.0" and "10" differ.
+std::string membership(const Pair& pair, bool isNegated, std::string_view text) {
+    std::vector<std::string> numbers, texts, conditions;
+    for (auto& item : itemsOfList(text)) {
+        if (auto moments = isDate(pair.field->fieldType) ? momentsOf(item) : std::nullopt)
+            conditions.push_back(comparisonWithMoments(
+                pair.column, isNegated ? CustomViewComparator::notEqual : CustomViewComparator::equal, *moments));
+        else
+            (isNumberField(*pair.field) && isNumber(item) ? numbers : texts).push_back(item);
+    }
+    auto op = isNegated ? " not in " : " in ";
+    if (!numbers.empty())
+        conditions.push_back(sql_conditions::number(pair.column) + op + "(" + text::join(numbers, ", ") + ")");
+    if (!texts.empty()) conditions.push_back(pair.column + op + list(texts));
+    if (conditions.size() == 1) return conditions.front();
+    return "(" + text::join(conditions, isNegated ? " and " : " or ") + ")";
+}
+
 bool isListText(std::string_view value) { return value.size() > 1 && value.front() == '[' && value.back() == ']'; }
 
 std::string leaf(const Pair& pair, CustomViewComparator comparator) {
-    auto op = getEquivalentSqlComparator(comparator);
+    bool isNegated = getEquivalentSqlComparator(comparator).starts_with("not");
     if (isInInQueryList(comparator)) {
         std::string_view items = pair.value;
         if (isListText(items)) items = items.substr(1, items.size() - 2);
-        return std::string(pair.column).append(" ").append(op).append(" ").append(list(items));
+        return membership(pair, isNegated, items);
     }
-    if (isInLikeQueryList(comparator)) return like(pair, op.starts_with("not"));
-    return comparison(pair, op);
+    if (isInLikeQueryList(comparator)) return like(pair, isNegated);
+    return comparison(pair, comparator);
 }
 
 /// Fills a template in one pass, so that a text that fills a placeholder is never taken for a placeholder.
@@ -176,7 +239,7 @@ private:
             // The template has the quotes already.
             appendInText(pair.value);
         else if (isListText(pair.value))
-            condition_ += list(std::string_view(pair.value).substr(1, pair.value.size() - 2));
+            condition_ += list(itemsOfList(std::string_view(pair.value).substr(1, pair.value.size() - 2)));
         else
             condition_ += isNumber(pair.value) ? pair.value : kelva::literal(pair.value);
     }

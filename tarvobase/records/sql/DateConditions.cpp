@@ -2,6 +2,7 @@
 
 #include "platform/Text.h"
 #include "platform/dates/Dates.h"
+#include "tarvobase/utils/Util.h"
 
 namespace tarvo {
 
@@ -43,9 +44,12 @@ std::string dayAfter(std::int64_t seconds) { return moment(seconds, ", 'start of
 
 std::string signedText(std::int64_t number) { return (number < 0 ? "" : "+") + std::to_string(number); }
 
+/// Reads "2026-05-31 12:00:00 +0000", the form of filters that the library makes, and "2026-05-31T12:00:00Z".
 std::optional<std::int64_t> secondsAt(const std::vector<std::string>& inputs, std::size_t index) {
-    static const auto formatter = DateFormatter::pattern("yyyy-MM-dd HH:mm:ss Z");
-    return index < inputs.size() ? formatter.date(inputs[index]) : std::nullopt;
+    static const auto formatter = DateFormatter::pattern("yyyy-MM-dd HH:mm:ss Z", {.locale = "en_US_POSIX"});
+    if (index >= inputs.size()) return std::nullopt;
+    auto seconds = formatter.date(inputs[index]);
+    return seconds ? seconds : Util::DateFormatters::iso8601DateFormatter().date(inputs[index]);
 }
 
 struct Units {

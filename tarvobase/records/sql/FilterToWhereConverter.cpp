@@ -31,7 +31,7 @@ bool unwrap(std::string_view& text, char open, char close) {
 /// Returns the texts of `["a", "b"]`, with or without a space after the comma. Any other text is a single item. Quotes
 /// inside an item belong to it.
 std::vector<std::string> itemsOf(const std::string& input) {
-    auto text = text::join(text::split(input, separatorString), ",");
+    auto text = withDecodedCommas(input);
     auto rest = trimmedOfSpaces(text);
     unwrap(rest, '[', ']');
     rest = trimmedOfSpaces(rest);
@@ -52,8 +52,10 @@ std::string oneOf(const std::vector<std::string>& items) {
     return "(" + text::join(literals, ", ") + ")";
 }
 
+/// The server sends an empty text for an empty value, and it is stored as such.
 std::optional<std::string> condition(const std::string& column, CommonFilterType type, const Inputs&) {
-    return column + (type == CommonFilterType::isEmpty ? " IS NULL" : " IS NOT NULL");
+    if (type == CommonFilterType::isEmpty) return "(" + column + " IS NULL OR " + column + " = '')";
+    return "(" + column + " IS NOT NULL AND " + column + " != '')";
 }
 
 std::optional<std::string> condition(const std::string& column, NumberFilterTypes type, const Inputs& inputs) {

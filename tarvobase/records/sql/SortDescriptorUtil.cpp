@@ -1,5 +1,6 @@
 #include "tarvobase/records/sql/SortDescriptorUtil.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "kelva_db/Database.h"
@@ -34,7 +35,7 @@ public:
             return {{named("(" + quotedName(column) + " / 1000)", column)}, {plain()}};
         if (field_.fieldType == FieldDataType::currency) return {{}, {byBaseCurrency()}};
         if (field_.isLookupNameField() && hasNameParts()) return {{named(personName(), column)}, {bySection(column)}};
-        if (isLookupField(field_.fieldType))
+        if (isLookupField(field_.fieldType) || (field_.isLookupNameField() && hasColumn(getLookupColumn(column))))
             return {{named(quotedName(getLookupColumn(column)), column)}, {bySection(column)}};
         if (column == names_.fullName) return byName();
         if (field_.fieldType == FieldDataType::text && isName())
@@ -59,10 +60,12 @@ private:
     }
     /// Returns whether the table stores the first and the last name of a person, which the server decides. Without them
     /// the display text is the name.
-    bool hasNameParts() const {
+    bool hasNameParts() const { return hasColumn(firstName()) && hasColumn(lastName()); }
+    bool hasColumn(const std::string& column) const {
         if (!database_) return false;
         auto columns = database_->columnNames(RecordUtil::getTableName(module_.moduleName()));
-        return text::contains(columns, firstName()) && text::contains(columns, lastName());
+        return std::any_of(columns.begin(), columns.end(),
+                           [&](auto& name) { return text::equalsIgnoringAsciiCase(name, column); });
     }
     bool isName() const { return text::asciiLowercase(sortField_.column).find("name") != std::string::npos; }
 

@@ -169,7 +169,7 @@ Value wireBoolean(const ValueView& stored) {
 
 /// Returns null if a value has no wire form.
 Value wireValue(FieldDataType type, const ValueView& stored) {
-    if (auto tags = stored.copy().asObjectOf<TagList>()) return wireTags(*tags);
+    if (auto tags = stored.nested() ? stored.nested()->asObjectOf<TagList>() : nullptr) return wireTags(*tags);
     switch (type) {
         case FieldDataType::boolean:
             return wireBoolean(stored);
@@ -236,7 +236,8 @@ std::optional<Record> RecordConversion::toRecord(const ValueMap& wire) const {
 
 bool hasEmptyList(const Record& record) {
     for (std::size_t index = 0; index < record.columnCount(); ++index)
-        if (auto list = record.value(index).copy().asList(); list && list->empty()) return true;
+        if (auto nested = record.value(index).nested(); nested && nested->asList() && nested->asList()->empty())
+            return true;
     return false;
 }
 

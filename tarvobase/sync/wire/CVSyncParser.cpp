@@ -6,6 +6,7 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/network_layer/PositionalRow.h"
+#include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/CustomViewOfflineQueryParser.h"
 
 namespace tarvo {
@@ -41,6 +42,15 @@ std::string joined(const Value& value) {
         for (auto& item : *list)
             if (item.asText()) texts.push_back(*item.asText());
     return text::join(texts, ",");
+}
+
+/// Joins the server's pieces of a template. Commas inside a piece are encoded, so that its values stay whole.
+std::string joinedPieces(const Value& value) {
+    std::vector<std::string> pieces;
+    if (auto list = value.asList())
+        for (auto& item : *list)
+            if (item.asText()) pieces.push_back(withEncodedCommas(*item.asText()));
+    return text::join(pieces, ",");
 }
 
 /// Activities show the views of three modules. The server marks none of them, so they are recognised by name.
@@ -89,7 +99,7 @@ std::optional<ReadRow> readRow(const ValueList& values, bool hasServerCriteria) 
     view.sortBy = row.text(sortBy);
     view.sortOrder = row.text(sortOrder);
     if (hasServerCriteria)
-        read.query = {row.text(serverQuery), joined(row.value(serverReplaceList)), std::nullopt};
+        read.query = {row.text(serverQuery), joinedPieces(row.value(serverReplaceList)), std::nullopt};
     else if (auto query = CustomViewOfflineQueryParser::compile(row.value(criteria)))
         read.query = *std::move(query);
     else

@@ -38,6 +38,13 @@ FieldList::FieldList(std::string moduleName, std::vector<FieldMetadata> fields, 
                                                          picklistsByIdentifier(std::move(picklists), naming), naming});
       }()) {}
 
+const Metadata* FieldList::getFieldByApiName(const std::string& apiName) const {
+    if (auto field = MetadataInfoContract::getFieldByApiName(apiName)) return field;
+    for (auto& field : fieldsOfSharedColumns())
+        if (field.fieldAPIName == apiName) return &field;
+    return nullptr;
+}
+
 std::vector<const Metadata*> FieldList::allFields() const {
     std::vector<const Metadata*> fields;
     fields.reserve(orderedFields().count());
@@ -56,7 +63,9 @@ bool FieldList::hasFields(const std::vector<std::string>& identifiers) const {
 
 std::vector<const Metadata*> FieldList::getAllLookupFields() const {
     auto fields = allFields();
-    std::erase_if(fields, [](auto* field) { return !isLookupField(field->fieldType); });
+    std::erase_if(fields, [](auto* field) {
+        return !isLookupField(field->fieldType) && field->fieldType != FieldDataType::multiselectlookup;
+    });
     return fields;
 }
 

@@ -37,12 +37,15 @@ public:
     const FieldMetadata* getField(const std::string& identifier) const override {
         return content_->orderedFields.find(identifier);
     }
+    /// Finds the fields of shared columns too, after the others.
+    const Metadata* getFieldByApiName(const std::string& apiName) const override;
     std::vector<const Metadata*> allFields() const override;
     const std::vector<PicklistMetadata>& getPicklist(const Metadata& field) const override;
 
     bool hasField(const std::string& identifier) const { return getField(identifier) != nullptr; }
     /// Returns whether the list has all of these fields.
     bool hasFields(const std::vector<std::string>& identifiers) const;
+    /// Returns the lookups of one record and of several.
     std::vector<const Metadata*> getAllLookupFields() const;
     std::vector<const Metadata*> getAllDateAndDateTimeFields() const;
 

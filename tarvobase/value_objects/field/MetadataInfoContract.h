@@ -23,7 +23,7 @@ public:
 
     /// Returns null if there is no such field.
     virtual const Metadata* getField(const std::string& identifier) const = 0;
-    const Metadata* getFieldByApiName(const std::string& apiName) const;
+    virtual const Metadata* getFieldByApiName(const std::string& apiName) const;
     /// Returns the fields in the order of the list.
     virtual std::vector<const Metadata*> allFields() const = 0;
     /// Returns the fields that are shown in every given mode.

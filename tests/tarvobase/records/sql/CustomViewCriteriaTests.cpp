@@ -1,6 +1,7 @@
 #include "platform/Text.h"
 #include "tarvobase/records/sql/CustomViewOfflineQueryParser.h"
 #include "tarvobase/records/sql/CustomViewQueryFormation.h"
+#include "tarvobase/sync/wire/CVSyncParser.h"
 #include "tarvobase/value_objects/view/CustomView.h"
 #include "tests/tarvobase/records/sql/FilterFixture.h"
 
@@ -155,6 +156,71 @@ TEST_F(CustomViewCriteriaTest, WildcardsStandForThemselves) {
     EXPECT_EQ(run(leaf("Company", "not_contains", "a_")), "1 2 3");
 }
 
+TEST_F(CustomViewCriteriaTest, WildcardsAtTheEndsOfValuesStandForThemselves) {
+    store("Company", {"50% off", "now 50%", "%50 x", "x %50", "a 50 b", "\\50", "50\\", "%", "50"});
+    struct Case {
+        const char *comparator, *value, *ids;
+    };
+    const Case cases[] = {
+        {"ends_with", "50%", "2"},
+        {"starts_with", "%50", "3"},
+        {"starts_with", "50%", "1"},
+        {"ends_with", "%50", "4"},
+        {"starts_with", "%", "3 8"},
+        {"ends_with", "%", "2 8"},
+        {"starts_with", "\\50", "6"},
+        {"ends_with", "50\\", "7"},
+        {"contains", "50%", "1 2"},
+        {"contains", "%50", "3 4"},
+        {"starts_with", "", "1 2 3 4 5 6 7 8 9"},
+    };
+    for (auto& one : cases)
+        EXPECT_EQ(run(leaf("Company", one.comparator, ValueList{one.value})), one.ids)
+            << one.comparator << " " << one.value;
+}
+
+TEST_F(CustomViewCriteriaTest, NumbersOfListsCompareAsNumbers) {
+    store("Amount", {"10", "10.0", "9", "", nullptr, "x"});
+    EXPECT_EQ(run(leaf("Amount", "in", ValueList{"10", 7})), "1 2");
+    EXPECT_EQ(run(leaf("Amount", "in", "9,10.00")), "1 2 3");
+    EXPECT_EQ(run(leaf("Amount", "in", ValueList{"9", "x"})), "3 6");
+    EXPECT_EQ(run(leaf("Amount", "not_in", ValueList{"10", "x"})), "3");
+    store("Company", {"10", "10.0"});
+    EXPECT_EQ(run(leaf("Company", "in", ValueList{"10"})), "1") << "texts compare as texts";
+}
+
+/// Days that begin at a local midnight: 2024-06-25 in two zones, and the shorter day of a clock change.
+TEST_F(CustomViewCriteriaTest, DatesOfCriteriaAreTheMomentsOfTheirDay) {
+    struct Case {
+        const char* zone;
+        const char* day;
+        std::int64_t first, last;
+    };
+    const Case cases[] = {{"UTC", "2024-06-25", 1719273600, 1719359999},
+                          {"Asia/Kolkata", "2024-06-25", 1719253800, 1719340199},
+                          {"Europe/Berlin", "2024-03-31", 1711839600, 1711922399}};
+    for (auto naming : {FieldIdentifier::fieldAPINameIdentifier(), FieldIdentifier::crmColumnNameIdentifier()})
+        for (auto& one : cases) {
+            SCOPED_TRACE(one.zone);
+            use(naming);
+            platform::Clock::setTimeZone(one.zone);
+            auto field = fields.getFieldByApiName("Created_Time");
+            store(fields.identifierOf(*field), {one.first - 1, one.first, one.last, one.last + 1, "", nullptr});
+            const std::pair<const char*, const char*> ids[] = {
+                {"equal", "2 3"},      {"not_equal", "1 4"},    {"greater_equal", "2 3 4"},
+                {"greater_than", "4"}, {"less_equal", "1 2 3"}, {"less_than", "1"},
+                {"in", "2 3"},         {"not_in", "1 4"}};
+            for (auto& [comparator, expected] : ids)
+                EXPECT_EQ(run(leaf("Created_Time", comparator, one.day)), expected) << comparator;
+        }
+}
+
+TEST_F(CustomViewCriteriaTest, TimesOfCriteriaAreTheirSecond) {
+    store("Created_Time", {1719273599, 1719273600, 1719273601});
+    EXPECT_EQ(run(leaf("Created_Time", "equal", "2024-06-25T00:00:00Z")), "2");
+    EXPECT_EQ(run(leaf("Created_Time", "greater_than", "2024-06-25T05:30:00+05:30")), "3");
+}
+
 TEST_F(CustomViewCriteriaTest, CommasInsideItemsDoNotSplitThem) {
     store("Company", {"a,b", "a", "b"});
     EXPECT_EQ(run(leaf("Company", "in", ValueList{"a,b"})), "1");
@@ -254,6 +320,18 @@ TEST_F(CustomViewCriteriaTest, TemplatesOfTheServerAreFilledToo) {
     EXPECT_EQ(ids("{0} like '%{1}%'", "Company,t's"), "1");
     EXPECT_EQ(ids("{0} = {1}", "Company,it's"), "1");
     EXPECT_EQ(ids("{0} in {1}", "Company,[x]"), "2");
+}
+
+TEST_F(CustomViewCriteriaTest, CommasInsideTheServersValuesDoNotSplitThem) {
+    configuration().serverCVCriteria = true;
+    ValueList row{"1", "View", "View", "", "", "false", "true", "({0} = '{1}' or {2} = '{3}')"};
+    row.push_back(ValueList{"Company", "Smith, Jones", "Company", "x"});
+    ParsedPermissionInfo info;
+    info.moduleName = "Leads";
+    auto views = CVSyncParser().parseResult(ValueList(1, row), info).value();
+    ASSERT_EQ(views.size(), 1u);
+    store("Company", {"Smith", "Smith, Jones", "x", " Jones"});
+    EXPECT_EQ(run(views.front()), "2 3");
 }
 
 }  // namespace

@@ -62,7 +62,15 @@ TEST_F(FilterDateTest, DaysBeginAtLocalMidnight) {
          {"2024-02-28 10:00:00 +0100", "2024-02-29 10:00:00 +0100"},
          rows,
          "2 3 4 5"},
+        {kolkata, "2024-02-28 12:00:00", D::on, {"2024-02-29T04:30:00Z"}, rows, "4 5"},
         {berlin, "2024-02-28 12:00:00", DateType::before, {"2024-02-28 00:00:00 +0100"}, rows, "1"},
+        {berlin, "2024-02-28 12:00:00", DateType::before, {"2024-02-27T23:00:00Z"}, rows, "1"},
+        {berlin,
+         "2024-02-28 12:00:00",
+         DateType::between,
+         {"2024-02-28T00:00:00+01:00", "2024-02-29 23:59:59 +0100"},
+         rows,
+         "2 3 4"},
         {berlin, "2024-02-28 12:00:00", DateType::after, {"2024-02-29 23:59:59 +0100"}, rows, "5 6"},
         {berlin,
          "2024-02-28 12:00:00",
@@ -140,6 +148,7 @@ TEST_F(FilterDateTest, InputsThatCannotBeReadGiveNoCondition) {
         {D::on, {"2024-02-30 00:00:00 +0000"}},
         {D::between, {"2024-02-28 00:00:00 +0000"}},
         {DateType::before, {"2024-02-28"}},
+        {DateType::before, {"2024-02-30T00:00:00Z"}},
     };
     for (auto& [type, inputs] : bad) expect({berlin, "2024-03-02 12:00:00", type, inputs, rows, "none"});
 }

@@ -110,6 +110,39 @@ TEST_F(FilterSortTest, SectionNamesOfPeopleComeFromTheirPartsWhereTheTableHasThe
     EXPECT_EQ(sectioned("Owner", true), "2 1");
 }
 
+TEST_F(FilterSortTest, ParentsSortByTheirDisplayTextAndNotByTheirId) {
+    for (auto naming : {FieldIdentifier::fieldAPINameIdentifier(), FieldIdentifier::crmColumnNameIdentifier()}) {
+        configuration().fieldIdentifier = naming;
+        FieldMetadata parent;
+        parent.fieldAPIName = "Parent_Id", parent.columnCRMName = "SEID", parent.fieldType = FieldDataType::text;
+        fields = FieldList("Leads", {parent}, {}, naming);
+        auto column = fields.identifierOf(parent), id = std::string(naming.constant->id);
+        adapter->dropTable("LeadsRecords");
+        adapter->createTable("CREATE TABLE LeadsRecords (" + id + ", " + column + ", " + column + "_LOOKUP)");
+        for (auto& [recordId, parentId, shown] : {std::tuple("1", "30", "a"), {"2", "10", "c"}, {"3", "20", "b"}})
+            adapter->insertInto("LeadsRecords", {{id, recordId}, {column, parentId}, {column + "_LOOKUP", shown}});
+        EXPECT_EQ(sectioned(column, true), "1 3 2");
+        adapter->dropTable("LeadsRecords");
+        adapter->createTable("CREATE TABLE LeadsRecords (" + id + ", " + column + ")");
+        for (auto& [recordId, parentId] : {std::pair("1", "30"), {"2", "10"}, {"3", "20"}})
+            adapter->insertInto("LeadsRecords", {{id, recordId}, {column, parentId}});
+        EXPECT_EQ(sectioned(column, true), "2 3 1") << "without a display text";
+    }
+}
+
+TEST_F(FilterSortTest, ViewsSortByTheSecondFieldOfASharedColumn) {
+    for (auto naming : {FieldIdentifier::fieldAPINameIdentifier(), FieldIdentifier::crmColumnNameIdentifier()}) {
+        FieldMetadata task, event;
+        task.fieldAPIName = "Subject", task.columnCRMName = "SUBJECT", task.fieldType = FieldDataType::text;
+        event.fieldAPIName = "Event_Title", event.columnCRMName = "SUBJECT", event.fieldType = FieldDataType::text;
+        FieldList shared("Activities", {task, event}, {}, naming);
+        ASSERT_TRUE(shared.getFieldByApiName("Event_Title"));
+        CustomView view;
+        view.sortBy = "Event_Title", view.sortOrder = "asc";
+        EXPECT_EQ(view.sortFieldList(shared).front(), (SortField{shared.identifierOf(event), true}));
+    }
+}
+
 TEST_F(FilterSortTest, ViewsSortByTheirFieldAndThenByTheDefault) {
     struct Case {
         std::string sortBy;
