@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// Limits of a platform; an absent one means no limit.
+/// The limits of a platform. Each of them is nullopt if there is no limit.
 class AppPlatformConstantsProtocol : public virtual platform::Object {
 public:
     virtual std::optional<int> maximumNumberOfThreads() const = 0;
@@ -14,7 +14,7 @@ public:
     virtual std::optional<int> maxParallelSyncOperations() const = 0;
 };
 
-/// A desktop: no limits.
+/// The limits of a desktop, which has none.
 class OSXPlatformConstants final : public AppPlatformConstantsProtocol {
 public:
     std::optional<int> maximumNumberOfThreads() const override { return std::nullopt; }

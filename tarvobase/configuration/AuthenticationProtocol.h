@@ -10,7 +10,7 @@
 
 namespace tarvo {
 
-/// How the token stands in the "Authorization" header: behind a word, or alone.
+/// The form of a token in the "Authorization" header: after the name of a scheme (`oauth`), or alone (`plain`).
 enum class AuthenticationType { oauth = 0, plain = 1 };
 
 template <>
@@ -19,21 +19,22 @@ struct EnumCases<AuthenticationType> {
                                                              {AuthenticationType::plain, "plain"}};
 };
 
-/// Who is signed in, and their tokens. The host implements it; the library calls it from any thread, also several at a
-/// time. No operation may wait for the main queue.
+/// Knows which accounts are signed in and hands out their tokens. The host implements it. The library calls it from any
+/// thread, also from several at a time. No operation may wait for the main queue.
 class AuthenticationProtocol : public virtual platform::Object {
 public:
     using TokenCompletion = std::function<void(std::optional<std::string> token)>;
 
     virtual AuthenticationType authenticationType() = 0;
-    /// Ids of all accounts signed in on this machine.
+    /// Returns the ids of all accounts that are signed in on this machine.
     virtual std::optional<std::vector<std::string>> loggedInUsers() = 0;
-    /// Id of the selected account.
+    /// Returns the id of the selected account, or nullopt if none is signed in.
     virtual std::optional<std::string> currentUser() = 0;
-    /// Gives the token of an account, now or later, on any thread, exactly once; nothing when there is none.
+    /// Calls `completion` exactly once with the token of an account, or with nullopt if the account has none. The call
+    /// may come at once or later, on any thread.
     virtual void authToken(const std::string& forUser, TokenCompletion completion) = 0;
 
-    /// The two operations that hosts offer each other; the library calls neither.
+    /// These two operations are for the host's own code; the library does not call them.
     virtual void signOut(const std::string& user) { static_cast<void>(user); }
     virtual void refreshToken(const std::string& forUser, TokenCompletion completion) {
         authToken(forUser, std::move(completion));

@@ -10,7 +10,7 @@ CommonConfigration& CommonConfigration::sharedInstance() {
 }
 
 CommonConfigration::CommonConfigration()
-    // A reserved domain, so that a host that forgets to name its server reaches nobody.
+    // The domain is a reserved one, so that a host that forgets to name its server reaches nobody.
     : dclBD("crm.example"), fieldIdentifier(FieldIdentifier::crmColumnNameIdentifier()) {}
 
 std::optional<std::string> CommonConfigration::getCurrentAccountID() const {
@@ -23,7 +23,7 @@ std::string CommonConfigration::voiceFileDirectoryLocation() {
     if (auto kept = voiceFileDirectory_.get()) return *kept;
     auto root = localDirectoryLocation.get();
     if (!root) {
-        platform::reportProgrammingError("voiceFileDirectoryLocation asked for before localDirectoryLocation was set");
+        platform::reportProgrammingError("voiceFileDirectoryLocation was called before localDirectoryLocation was set");
         return "VoiceNotes/";
     }
     voiceFileDirectory_ = *root + "/VoiceNotes/";

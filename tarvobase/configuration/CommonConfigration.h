@@ -17,50 +17,53 @@ namespace tarvo {
 class DatabaseAdapter;
 struct CustomViewDatabaseConstants;
 
-/// Source of temporary ids of new records.
+/// Makes the temporary ids of new records.
 class NewRecordIdGenerator : public virtual platform::Object {
 public:
-    /// Never the same id twice, also after a crash.
+    /// Returns an id that it has never returned before, not even before a crash.
     virtual std::string getNewRecordId() = 0;
     virtual void resetRecordId() = 0;
 };
 
-/// Where the database files lie.
+/// Names the database files.
 class BrenDatabaseConstants : public virtual platform::Object {
 public:
-    /// Path of the file of the current account.
+    /// Returns the path of the current account's file.
     virtual std::string databaseName() const = 0;
-    /// Path of the file of the account with this id.
+    /// Returns the path of the file of the account with this id.
     virtual std::string databaseName(const std::string& accountId) const = 0;
     virtual std::string databaseFolder() const = 0;
 };
 
-/// Everything the host decides: which server, which account, which folders, which variant. The host fills it in at
-/// start-up and may change it while running, from any thread; no code of the library assigns a field. Every reader
-/// reads the live value at the moment of use. Absent fields of paths and ids are empty optionals.
+/// The settings that the host decides: server, account, folders and variant. The host fills them in at start-up and may
+/// change them while it runs, from any thread; the library assigns none of them. Absent paths and ids are nullopt.
+///
+/// Work that belongs to an account takes a `Scope` when it begins, and does not come back here for the account, the
+/// organisation, the database or the naming. All other fields are read at the moment of use.
 ///
 /// At least `localDirectoryLocation`, `authentication`, `userDefaultsGroup` and the server fields must be set before
-/// anything else of the library is used; `databaseAdapter` once the account's database is open.
+/// anything else of the library is used, and `databaseAdapter` when the account's database is open. `Scope` describes
+/// the order in which a host switches accounts.
 class CommonConfigration {
 public:
     static CommonConfigration& sharedInstance();
 
     CommonConfigration();
 
-    /// User id and token source of every authenticated call.
+    /// The accounts and their tokens. Every authenticated call asks here.
     Setting<std::shared_ptr<AuthenticationProtocol>> authentication;
-    /// Id of the current account; an empty function asks `authentication` for its current user.
+    /// Returns the id of the current account. If the function is empty, `authentication` is asked for its current user.
     Setting<std::function<std::optional<std::string>()>> currentAccountIDSource;
     std::optional<std::string> getCurrentAccountID() const;
 
-    /// Folder of record and user photos.
+    /// The folder for photos of records and users.
     Setting<std::optional<std::string>> photosLocation;
-    /// Value of the request header "x-app-buildid".
+    /// The value of the request header "x-app-buildid".
     Setting<std::optional<std::string>> appBuildID;
-    /// Root of local files: the databases lie in "/Databases" below it.
+    /// The root folder of local files. The databases are in "/Databases" below it.
     Setting<std::optional<std::string>> localDirectoryLocation;
-    /// `localDirectoryLocation` and "/VoiceNotes/", computed at the first call and kept. Calling it while that is
-    /// absent is a programming error; the answer is then the relative folder, and nothing is kept.
+    /// Returns `localDirectoryLocation` followed by "/VoiceNotes/". The first answer is kept. Calling it before
+    /// `localDirectoryLocation` is set is a programming error: it then returns the relative folder, which is not kept.
     std::string voiceFileDirectoryLocation();
     /// Held for the host.
     Setting<std::optional<std::string>> localCacheLocation;
@@ -70,24 +73,24 @@ public:
     /// Held for the host.
     Setting<std::optional<NetworkApadapterType>> networkAdapter;
     Setting<PersistenceMode> persistenceMode{PersistenceMode::offline};
-    /// Whether global search stores its results. Fixed.
+    /// Whether global search stores its results. The value is fixed.
     static constexpr SearchResultMode searchResultMode = SearchResultMode::full;
 
     Setting<MProxyServerType> serverType{MProxyServerType::type1};
     Setting<SeModule> seModule{SeModule::crm};
     Setting<Attachments> attachments{Attachments::crm};
-    /// Suite name of the settings store, read once when the store is made.
+    /// The suite of the settings store. It is read once, when a store is made.
     Setting<std::optional<std::string>> userDefaultsGroup;
-    /// Serial queue on which the database writes, read when a database is opened.
+    /// The serial queue on which the database writes. It is read when a database is opened.
     Setting<std::shared_ptr<DispatchQueue>> dbQueue;
-    /// Domain part of base URLs.
+    /// The domain of base URLs.
     Setting<std::string> dclBD;
-    /// Host-name prefix of a data centre.
+    /// The prefix of host names that selects a data centre.
     Setting<std::optional<std::string>> dclPrefix;
-    /// Sent as the parameter "domain" of authenticated requests when present.
+    /// Sent as the parameter "domain" of authenticated requests if it is present.
     Setting<std::optional<std::string>> verticalDomain;
-    /// The chosen organisation; empty for none. Stands behind the names of its own tables and in the header
-    /// "X-CRM-ORG".
+    /// The id of the chosen organisation; empty if none is chosen. The names of the organisation's own tables end with
+    /// it, and requests send it in the header "X-CRM-ORG".
     Setting<std::string> currentOrgID;
     /// Held for the host.
     Setting<std::string> currentOrgAPIURL;
@@ -99,35 +102,36 @@ public:
     Setting<GetMetadataApiVersion> getMetadataApiVersion{GetMetadataApiVersion::lumet};
     /// Whether authenticated requests may carry the organisation id.
     Setting<bool> passOrgID{false};
-    /// Whether views keep the server's own criteria; decides `customViewDBConstants`.
+    /// Whether views keep the server's own criteria. `customViewDBConstants` follows from it.
     Setting<bool> serverCVCriteria{false};
-    /// The columns of the table of custom views that go with `serverCVCriteria`.
+    /// Returns the columns that the table of custom views has under the present `serverCVCriteria`.
     const CustomViewDatabaseConstants& customViewDBConstants() const;
     Setting<FieldIdentifier> fieldIdentifier;
     /// Whether parsing rewrites system properties ("$name").
     Setting<bool> modifySystemProperties{true};
 
     Setting<int> maxSingleMerge{3};
-    /// Attempts before a transaction gives up.
+    /// The number of attempts after which a transaction gives up.
     Setting<int> maxSyncAttempt{3};
     Setting<std::chrono::seconds> maxSyncTimeInterval{std::chrono::seconds(300)};
     Setting<std::chrono::seconds> maxFileSyncTimeInterval{std::chrono::seconds(600)};
 
-    /// Whether modules have a server id of their own rather than going by their name.
+    /// Whether modules have an id of the server instead of going by their names.
     Setting<bool> isModuleIDSupported{false};
-    /// Whether layout rows hold two more columns.
+    /// Whether rows of layouts have two more columns.
     Setting<bool> hasAdditionalInfoAndSubformKeysInLayoutMeta{false};
-    /// Must be set before the first new record is asked for.
+    /// The host sets it before the first new record is made.
     Setting<std::shared_ptr<NewRecordIdGenerator>> recordIDGenerator;
 
 private:
     Setting<std::optional<std::string>> voiceFileDirectory_;
 };
 
-/// A table's name for the chosen organisation: "_" and its id behind the name, or the name alone when none is chosen.
+/// Returns a table's name for the chosen organisation: the name followed by "_" and the organisation's id, or the name
+/// alone if none is chosen.
 std::string organisationTableName(std::string_view name);
 
-/// A copy of the naming that is in force now.
+/// Returns a copy of the naming that is in force now.
 inline FieldIdentifier namingInForce() { return CommonConfigration::sharedInstance().fieldIdentifier.get(); }
 
 }  // namespace tarvo

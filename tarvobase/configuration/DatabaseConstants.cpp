@@ -15,8 +15,8 @@ std::string DatabaseConstants::databaseName() const {
     return databaseName(CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""));
 }
 
-// An account id comes from outside. One that could lead out of the folder, or that looks escaped, is escaped, so that
-// two accounts never share a file; ordinary ids stay as they are.
+// Account ids come from outside. An id that could lead out of the folder is escaped, and so is one that looks escaped,
+// so that two accounts never share a file. Ordinary ids stay as they are.
 std::string DatabaseConstants::databaseName(const std::string& accountId) const {
     bool harmless = accountId.empty() || (files::pathComponent(accountId) && accountId.find('%') == std::string::npos);
     return databaseLocation() + "/TarvoDatabaseForBrenUID" + (harmless ? accountId : text::percentEscape(accountId)) +

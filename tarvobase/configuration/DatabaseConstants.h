@@ -4,11 +4,11 @@
 
 namespace tarvo {
 
-/// The database files below the host's folder, one an account.
+/// The database files below the host's folder, one per account.
 class DatabaseConstants final : public BrenDatabaseConstants {
 public:
-    /// "/Databases" below `CommonConfigration.localDirectoryLocation`. Creates the folder when it is missing; a failure
-    /// to do so shows when the database is opened.
+    /// Returns "/Databases" below `CommonConfigration.localDirectoryLocation`. Creates the folder if it is missing; if
+    /// that fails, opening the database fails.
     std::string databaseLocation() const;
     std::string databaseName() const override;
     std::string databaseName(const std::string& accountId) const override;

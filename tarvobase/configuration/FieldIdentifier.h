@@ -20,7 +20,7 @@ struct FieldIdentifier {
     std::string PicklistMetadata::*picklistIdentifierPath;
     std::string_view FieldMetadataConstants::*fieldConstantIdentifierKP;
     std::string LayoutFieldData::*layoutFieldDataIdentifierKP;
-    /// The names of the fields that the logic knows by heart. Lives as long as the process.
+    /// The names of well-known fields. They live as long as the process.
     const IdentifierConstants* constant;
 
     static const FieldIdentifier& crmColumnNameIdentifier();

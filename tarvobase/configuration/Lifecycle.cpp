@@ -7,7 +7,7 @@
 namespace tarvo {
 
 namespace {
-// What a host may wait for at its end. Work that takes longer goes on without being waited for.
+// The time that `shutdown` waits for work under way. Work that takes longer goes on.
 constexpr std::chrono::seconds patience{10};
 }  // namespace
 

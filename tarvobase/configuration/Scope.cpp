@@ -6,7 +6,7 @@ namespace tarvo {
 
 namespace {
 
-std::string accountOfTheMoment() { return CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""); }
+std::string currentAccount() { return CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""); }
 
 }  // namespace
 
@@ -14,7 +14,7 @@ Scope Scope::current() { return over(CommonConfigration::sharedInstance().databa
 
 Scope Scope::over(std::shared_ptr<DatabaseAdapter> databaseAdapter) {
     auto& configuration = CommonConfigration::sharedInstance();
-    auto account = accountOfTheMoment();
+    auto account = currentAccount();
     return {.account = account,
             .organisation = configuration.currentOrgID.get(),
             .databaseAdapter = std::move(databaseAdapter),
@@ -25,7 +25,7 @@ Scope Scope::over(std::shared_ptr<DatabaseAdapter> databaseAdapter) {
 
 bool Scope::isCurrent() const {
     auto& configuration = CommonConfigration::sharedInstance();
-    return account == accountOfTheMoment() && organisation == configuration.currentOrgID.get() &&
+    return account == currentAccount() && organisation == configuration.currentOrgID.get() &&
            (!databaseInForce || databaseInForce == configuration.databaseAdapter.get());
 }
 

@@ -10,25 +10,29 @@ namespace tarvo {
 
 class DatabaseAdapter;
 
-/// Whom a piece of work belongs to. An operation takes one copy when it is made and hands it to its services and
-/// stores, so that an answer which arrives after a switch of account or organisation reaches nobody else's data. The
-/// host switches in this order: it takes `databaseAdapter` away, selects the account and its organisation, and sets the
-/// adapter of the new account.
+/// The account, organisation and database that a piece of work belongs to. An operation takes one copy when it is made
+/// and hands it to its services and stores, so that an answer which arrives after a switch never reaches the data of
+/// another account or organisation.
+///
+/// A host switches in this order: it sets `CommonConfigration.databaseAdapter` to null, selects the account and its
+/// organisation, and sets the adapter of the new account. Then it makes new use cases, since those of the former
+/// account stay with that account.
 struct Scope {
-    std::string account;                               ///< id of the account; empty when nobody is signed in
+    std::string account;                               ///< id of the account; empty if nobody is signed in
     std::string organisation;                          ///< `CommonConfigration.currentOrgID`; empty for none
-    std::shared_ptr<DatabaseAdapter> databaseAdapter;  ///< null before a database is open
+    std::shared_ptr<DatabaseAdapter> databaseAdapter;  ///< null while no database is open
     UserDefaultsGroup settings;                        ///< the account's own settings
     FieldIdentifier naming;
-    std::shared_ptr<DatabaseAdapter> databaseInForce;  ///< the configuration's when the scope was taken
+    std::shared_ptr<DatabaseAdapter> databaseInForce;  ///< that of the configuration when the scope was taken
 
-    /// The scope of the moment. From any thread.
+    /// Returns the scope that is in force now. It may be called from any thread.
     static Scope current();
-    /// The scope of the moment over another adapter, for hosts and tests that hand one over. May be null.
+    /// Returns the scope that is in force now, over another adapter, which may be null. It serves hosts and tests that
+    /// hand an adapter over.
     static Scope over(std::shared_ptr<DatabaseAdapter> databaseAdapter);
 
-    /// Returns false once another account, organisation or database is in force. A scope without a database does not
-    /// mind one that is opened: its work stores nothing there. From any thread.
+    /// Returns false once another account, organisation or database is in force. A scope that was taken without a
+    /// database stays current when one is opened, since its work stores nothing there. May be called from any thread.
     bool isCurrent() const;
 };
 

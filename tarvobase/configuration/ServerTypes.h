@@ -2,7 +2,7 @@
 
 #include "platform/Describe.h"
 
-/// Choices of a host that name a server, an edition or a feature variant.
+/// The choices of a host that select a server, an edition or a feature variant.
 namespace tarvo {
 
 enum class PersistenceMode { online, offline };
@@ -69,7 +69,7 @@ struct EnumCases<DependentServerType> {
                                                               {DependentServerType::crmServer, "crmServer"}};
 };
 
-/// The server environments, told apart by their raw values alone. `NetworkConstants` makes a base URL of each.
+/// The server environments, which differ by their raw values alone. `NetworkConstants` makes a base URL for each.
 enum class MProxyServerType {
     type0 = 0,
     type1,

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <mutex>
 #include <utility>
+
+#include "platform/ThreadSafety.h"
 
 namespace tarvo {
 
-/// One field of the configuration. Reading copies the value, setting is safe at any time from any thread; a change
-/// takes effect at the next read.
+/// A field of the configuration. Reading copies the value. Reading and setting are safe at any time from any thread; a
+/// change takes effect at the next read.
 template <class T>
 class Setting {
 public:
@@ -15,15 +16,16 @@ public:
     Setting(const Setting&) = delete;
 
     T get() const {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         return value_;
     }
     operator T() const { return get(); }  // NOLINT: a setting reads like its value
     T operator()() const { return get(); }
 
     void set(T value) {
-        // The former value leaves through the parameter, so it ends after the lock: its destructor may be the host's.
-        std::lock_guard lock(mutex_);
+        // The former value is destroyed with the parameter, after the lock is released: its destructor may be the
+        // host's.
+        platform::MutexLock lock(mutex_);
         std::swap(value_, value);
     }
     Setting& operator=(T value) {
@@ -33,8 +35,8 @@ public:
     Setting& operator=(const Setting&) = delete;
 
 private:
-    mutable std::mutex mutex_;
-    T value_{};
+    mutable platform::Mutex mutex_;
+    T value_ TARVO_GUARDED_BY(mutex_){};
 };
 
 }  // namespace tarvo

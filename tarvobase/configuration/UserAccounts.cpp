@@ -69,7 +69,7 @@ bool UserAccountsManager::isInitialDownloadComplete(const std::string& accountId
 
 bool UserAccountsManager::isDatabasePresentForUser(const std::string& with) const {
     if (!databaseConstants_) {
-        platform::reportProgrammingError("isDatabasePresentForUser asked without databaseConstants");
+        platform::reportProgrammingError("isDatabasePresentForUser was called without databaseConstants");
         return false;
     }
     return files::exists(databaseConstants_->databaseName(with));
@@ -116,7 +116,7 @@ std::optional<std::chrono::sys_time<std::chrono::milliseconds>> AppState::getLas
     const std::string& brenuid) const {
     auto stored = userDefaults_->stringForKey(std::string(moduleSyncTime), UserDefaultsGroup::other(brenuid));
     auto seconds = stored ? text::toReal(*stored) : std::nullopt;
-    constexpr double latest = 253402300799;  // the end of the year 9999: beyond it milliseconds would not fit
+    constexpr double latest = 253402300799;  // the end of the year 9999; milliseconds of later times would not fit
     if (!seconds || std::abs(*seconds) > latest) return std::nullopt;
     return std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(std::llround(*seconds * 1000)));
 }

@@ -11,7 +11,7 @@
 
 namespace tarvo {
 
-/// Names of the settings that speak of accounts; all live in the group `base`.
+/// The names of the settings about accounts. All of them are in the group `base`.
 class UserAccountsConstantsProtocol : public virtual platform::Object {
 public:
     std::string NumberOfUsers = "NumberOfUsers";
@@ -25,33 +25,33 @@ public:
 };
 class UserAccountsConstants final : public UserAccountsConstantsProtocol {};
 
-/// Which accounts have finished their first download, as app launch asks it.
+/// Answers at the launch of the application which accounts have finished their first download.
 class AppLunchPersistanceProtocol : public virtual platform::Object {
 public:
-    /// Absent when no account ever finished.
+    /// Returns nullopt if no account has ever finished.
     virtual std::optional<std::vector<std::string>> userWithInitialDownloadComplete() const = 0;
     virtual bool isInitialDownloadComplete(const std::string& accountId) const = 0;
-    /// Whether the database file of that account exists.
+    /// Returns whether the database file of the account exists.
     virtual bool isDatabasePresentForUser(const std::string& with) const = 0;
 };
 
 class InitProcessCompletionPersistance : public virtual platform::Object {
 public:
-    /// Notes that an account has finished. Twice leaves two notes.
+    /// Records that an account has finished. Two calls leave two entries.
     virtual void initDownloadCompleteForUser(const std::string& with) = 0;
-    /// Takes one note back.
+    /// Removes one entry of the account.
     virtual void resetInitialDownload(const std::string& for_) = 0;
 };
 
 class PersistenceDataManagerProtocol : public virtual platform::Object {
 public:
-    /// `offline` unless "online" was stored for the account.
+    /// Returns `offline` unless "online" is stored for the account.
     virtual PersistenceMode getPersistenceMode(const std::string& for_) const = 0;
     virtual void updatePersistenceMode(const std::string& for_, PersistenceMode to) = 0;
 };
 
-/// What is known of the accounts of this installation across launches. Safe from any thread: each change reads and
-/// writes its setting under one lock.
+/// Stores facts about the accounts of this installation across launches. It may be used from any thread: each change
+/// reads and writes its setting under one lock.
 class UserAccountsManager final : public AppLunchPersistanceProtocol,
                                   public InitProcessCompletionPersistance,
                                   public PersistenceDataManagerProtocol {
@@ -61,10 +61,10 @@ public:
         std::shared_ptr<UserAccountsConstantsProtocol> constants = std::make_shared<UserAccountsConstants>(),
         std::shared_ptr<BrenDatabaseConstants> databaseConstants = nullptr);
 
-    /// The instance of the process, on the settings suite of the configuration.
+    /// Returns the instance of the process, which uses the settings suite of the configuration.
     static UserAccountsManager& userAccounts();
 
-    /// For the host; the library reads neither.
+    /// These two are for the host; the library does not read them.
     Setting<int> numberOfUsers{0};
     Setting<std::string> currentSelectedUserBrenUID;
 
@@ -74,7 +74,7 @@ public:
 
     std::optional<std::vector<std::string>> userWithInitialDownloadComplete() const override;
     bool isInitialDownloadComplete(const std::string& accountId) const override;
-    /// False, and a programming error, without `databaseConstants`.
+    /// Without `databaseConstants` this is a programming error and returns false.
     bool isDatabasePresentForUser(const std::string& with) const override;
     void initDownloadCompleteForUser(const std::string& with) override;
     void resetInitialDownload(const std::string& for_) override;
@@ -87,11 +87,11 @@ private:
     std::shared_ptr<BrenDatabaseConstants> databaseConstants_;
 };
 
-/// Facts of the application's last run.
+/// Facts about the application's last run.
 class AppState {
 public:
     explicit AppState(std::shared_ptr<UserDefaultsProtocol> userDefaults) : userDefaults_(std::move(userDefaults)) {}
-    /// When the modules of an account were last synced; nothing when never.
+    /// Returns when the modules of an account were last synced, or nullopt if they never were.
     std::optional<std::chrono::sys_time<std::chrono::milliseconds>> getLastModulesSyncTime(
         const std::string& brenuid) const;
 

@@ -24,7 +24,7 @@ void notify(const Value& newValue, const std::string& key, const UserDefaultsGro
         });
 }
 
-std::shared_ptr<platform::SettingsStore> suiteInForce() {
+std::shared_ptr<platform::SettingsStore> configuredSuite() {
     return platform::ProcessState::current().get<SettingsStores>().suite(
         CommonConfigration::sharedInstance().userDefaultsGroup.get().value_or(""));
 }
@@ -50,8 +50,9 @@ std::string UserDefaultsGroup::keyForKeyName(std::string_view key) const {
     return case_ == Case::none ? stored : stored.append(groupMark).append(text());
 }
 
-BrenUserDefaults::BrenUserDefaults() : userDefaults_(suiteInForce()) {}
-BrenUserDefaults::BrenUserDefaults(std::string account) : account_(std::move(account)), userDefaults_(suiteInForce()) {}
+BrenUserDefaults::BrenUserDefaults() : userDefaults_(configuredSuite()) {}
+BrenUserDefaults::BrenUserDefaults(std::string account)
+    : account_(std::move(account)), userDefaults_(configuredSuite()) {}
 
 std::shared_ptr<BrenUserDefaults> BrenUserDefaults::ofCurrentAccount() {
     return std::make_shared<BrenUserDefaults>(UserDefaultsGroup::current().text());
@@ -74,7 +75,7 @@ void BrenUserDefaults::setString(const std::string& value, const std::string& fo
 void BrenUserDefaults::setSecureString(const std::string& value, const std::string& forKey, const Group& forGroup) {
     store(value, forKey, forGroup);
 }
-// Null removes the key.
+// A null value removes the key.
 void BrenUserDefaults::setSecureArray(const std::optional<ValueList>& value, const std::string& forKey,
                                       const Group& forGroup) {
     store(value, forKey, forGroup);
@@ -144,7 +145,7 @@ void BrenUserDefaults::addObserver(const std::shared_ptr<UserDefaultsValueObserv
     BrenNotificationCenter::shared().add<UserDefaultsValueObserver>(observer);
 }
 
-// The new value is known only under the store's lock; observers are notified as soon as that is released.
+// The new value is known only under the store's lock. Observers are notified as soon as the lock is released.
 bool BrenUserDefaults::update(const std::string& key, const Group& inGroup,
                               platform::FunctionRef<Value(const Value&)> next) {
     auto stored = userDefaults_->update(keyOf(key, inGroup), next);

@@ -16,7 +16,7 @@ namespace platform {
 class SettingsStore;
 }
 
-/// Whose setting a value is: of a named owner, of the current account, of the installation, or of nobody in particular.
+/// The owner of a setting: a named owner, the current account, the installation (`base`), or nobody (`none`).
 class UserDefaultsGroup {
 public:
     static UserDefaultsGroup other(std::string text) { return UserDefaultsGroup(Case::other, std::move(text)); }
@@ -24,9 +24,11 @@ public:
     static UserDefaultsGroup base() { return UserDefaultsGroup(Case::base); }
     static UserDefaultsGroup none() { return UserDefaultsGroup(Case::none); }
 
-    /// The group's text as observers name it: the owner, the current account's id, "BaseGroup", or the empty text.
+    /// Returns the name by which observers know the group: the owner, the current account's id, "BaseGroup", or the
+    /// empty text.
     std::string text() const;
-    /// The stored key of a key in this group, for the account of the moment.
+    /// Returns the key under which a value of this group is stored. The group `current` means the account that is
+    /// current at the call.
     std::string keyForKeyName(std::string_view key) const;
     bool isCurrent() const { return case_ == Case::current; }
 
@@ -37,8 +39,8 @@ private:
     std::string text_;
 };
 
-/// Hears changes of settings: each new value of a key that `observingKeys` holds, in a group whose text
-/// `observingGroups` holds. Called on the bus's background queue. The notice is given before the value is written.
+/// Is notified of each new value whose key is in `observingKeys` and whose group's text is in `observingGroups`. The
+/// callback runs on the bus's background queue. The notice is posted before the value is written.
 class UserDefaultsValueObserver : public virtual platform::Object {
 public:
     virtual std::vector<std::string> observingKeys() const = 0;
@@ -46,8 +48,8 @@ public:
     virtual void newValue(const Value& value, const std::string& forKey, const std::string& inGroup) = 0;
 };
 
-/// Scoped settings. Safe from any thread; a value is on the disk when its setter returns. Readers give nothing for an
-/// absent key and for a value of another kind.
+/// Settings in groups. They may be used from any thread. A value is on the disk when its setter returns. Readers return
+/// nullopt if the key is absent or its value is of another kind.
 class UserDefaultsProtocol : public virtual platform::Object {
 public:
     using Group = UserDefaultsGroup;
@@ -56,7 +58,7 @@ public:
 
     virtual void setString(const std::string& value, const std::string& forKey, const Group& forGroup) = 0;
     virtual void setSecureString(const std::string& value, const std::string& forKey, const Group& forGroup) = 0;
-    /// An absent value removes the key.
+    /// Removes the key if `value` is nullopt.
     virtual void setSecureArray(const std::optional<ValueList>& value, const std::string& forKey,
                                 const Group& forGroup) = 0;
     virtual void setSecureDictionary(const std::optional<ValueMap>& value, const std::string& forKey,
@@ -79,26 +81,27 @@ public:
 
     virtual void removeValueForKey(const std::string& key, const Group& inGroup) = 0;
     virtual void removeSecureStringForKey(const std::string& key, const Group& inGroup) = 0;
-    /// Removes everything but the values of group `none`.
+    /// Removes all values but those of the group `none`.
     virtual void removeAllStoredValues() = 0;
 
     virtual void addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) = 0;
 
-    /// Reads, changes and writes under one lock, so that no change between is lost. `next` gets null for an absent key;
-    /// null from it removes the key. False when the new value could not be stored.
+    /// Replaces a value by `next(value)` under one lock, so that no change in between is lost. `next` gets null for an
+    /// absent key; if it returns null, the key is removed. Returns false if the new value could not be stored.
     virtual bool update(const std::string& key, const Group& inGroup,
                         platform::FunctionRef<Value(const Value&)> next) = 0;
 };
 
-/// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made.
+/// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made. The two
+/// constructors differ in what the group `current` means.
 class BrenUserDefaults final : public UserDefaultsProtocol {
 public:
-    /// Takes the account of each call as the current one.
+    /// The group `current` is the account that is current at each call.
     BrenUserDefaults();
-    /// Takes one account as the current one, for work that belongs to it: a switch of account in the meantime does not
-    /// lead it to the settings of another one.
+    /// The group `current` is always this account. Work that belongs to an account uses it, so that a switch in the
+    /// meantime does not lead it to the settings of another account.
     explicit BrenUserDefaults(std::string account);
-    /// Takes the account of the moment as the current one, from now on.
+    /// Returns settings whose group `current` is always the account that is current now.
     static std::shared_ptr<BrenUserDefaults> ofCurrentAccount();
 
     void synchronise() override;
@@ -130,7 +133,7 @@ public:
 
 private:
     void store(Value value, const std::string& key, const Group& group);
-    /// The group with this object's own account in the place of the current one.
+    /// Returns the group with this object's own account in place of the current one.
     Group own(const Group& group) const;
     std::string keyOf(const std::string& key, const Group& group) const { return own(group).keyForKeyName(key); }
 

@@ -138,7 +138,7 @@ void InitProcessUseCase::calculateProgressPercent(Process process, Count count) 
 }
 
 void InitProcessUseCase::reportProgress(bool status) {
-    tellDelegate([this, value = processPercent_, status](InitProcessUseCaseDelegate& listener) {
+    notifyDelegate([this, value = processPercent_, status](InitProcessUseCaseDelegate& listener) {
         listener.progressDidUpdate(*this, value, status);
     });
 }

@@ -30,7 +30,7 @@ void InitRecordProcessUseCase::startInitRecordProcess() {
 
 void InitRecordProcessUseCase::allCustomViewRecordsRequestsCompleted() {
     defaultCustomViewRequestsCompleted_ = true;
-    tellDelegate([this](InitRecordProcessUseCaseDelegate& listener) { listener.initRecordProcessCompleted(*this); });
+    notifyDelegate([this](InitRecordProcessUseCaseDelegate& listener) { listener.initRecordProcessCompleted(*this); });
 }
 
 }  // namespace tarvo

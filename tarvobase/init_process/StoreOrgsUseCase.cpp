@@ -37,7 +37,7 @@ void StoreOrgsUseCase::storeOrgs() {
     inBackground([manager = dataManager] { manager->fetchAndStoreOrgs(); });
 }
 
-void StoreOrgsUseCase::orgsStored() { tellDelegate(&StoreOrgsUseCaseDelegate::orgsStored); }
-void StoreOrgsUseCase::noOrgsFetched() { tellDelegate(&StoreOrgsUseCaseDelegate::noOrgsFetched); }
+void StoreOrgsUseCase::orgsStored() { notifyDelegate(&StoreOrgsUseCaseDelegate::orgsStored); }
+void StoreOrgsUseCase::noOrgsFetched() { notifyDelegate(&StoreOrgsUseCaseDelegate::noOrgsFetched); }
 
 }  // namespace tarvo

@@ -29,14 +29,14 @@ void GetRecordsUseCase::getActivitiesRecords(RecordQuery query, bool fetchOnlyOp
 }
 
 void GetRecordsUseCase::record(const Records& records, const RecordQuery& query, const Value& miscData) {
-    tellDelegate([=](RecordsDelegate& listener) { listener.record(records, query, miscData); });
+    notifyDelegate([=](RecordsDelegate& listener) { listener.record(records, query, miscData); });
 }
 void GetRecordsUseCase::record(const std::optional<Record>& record, const std::string& recordID, const Module& module,
                                const Value& miscData) {
-    tellDelegate([=](RecordsDelegate& listener) { listener.record(record, recordID, module, miscData); });
+    notifyDelegate([=](RecordsDelegate& listener) { listener.record(record, recordID, module, miscData); });
 }
 void GetRecordsUseCase::activityRecords(const Records& records, const RecordQuery& query) {
-    tellDelegate([=](RecordsDelegate& listener) { listener.activityRecords(records, query); });
+    notifyDelegate([=](RecordsDelegate& listener) { listener.activityRecords(records, query); });
 }
 
 }  // namespace tarvo

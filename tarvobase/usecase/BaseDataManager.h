@@ -9,7 +9,7 @@
 
 namespace tarvo {
 
-/// Decides between local data and the server, by the source that the request wishes. Subclasses override
+/// Answers a request from local data, from the server or from both, as the request's source says. Subclasses override
 /// `getDBResponse`, `getNWResponse` or both.
 template <class Op>
 class BaseDataManager : public platform::Object {
@@ -19,7 +19,7 @@ public:
     using Failure = AppError<typename Op::DomainError>;
     using UICallback = tarvo::UICallback<Response, Failure>;
     using RequestPtr = std::shared_ptr<const Request>;
-    /// Called before the callee returns; cannot be kept.
+    /// Called before the callee returns, which cannot keep them.
     using OnDBSuccess = platform::FunctionRef<void(Response)>;
     using OnDBError = platform::FunctionRef<void(Failure)>;
     /// May be called later, on any queue.
@@ -46,13 +46,13 @@ public:
         }
     }
 
-    /// The local answer. True when a usable one was given through `onSuccess`.
+    /// Gives the local answer. Returns whether it called `onSuccess` with a usable one.
     virtual bool getDBResponse(const RequestPtr& request, OnDBSuccess onSuccess, OnDBError onError) {
         static_cast<void>(request), static_cast<void>(onSuccess), static_cast<void>(onError);
         return false;
     }
 
-    /// The server's answer. Returns at once.
+    /// Asks the server. Returns at once; one of the callbacks follows.
     virtual void getNWResponse(const RequestPtr& request, OnNWSuccess onSuccess, OnNWError onError) {
         static_cast<void>(request), static_cast<void>(onSuccess), static_cast<void>(onError);
     }

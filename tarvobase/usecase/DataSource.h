@@ -4,12 +4,12 @@
 
 namespace tarvo {
 
-/// The request's wish for where its answer comes from.
+/// Where a request wants its answer to come from.
 enum class DataSource {
-    database = 0,  ///< local answer only
-    network = 1,   ///< server answer only
-    both = 2,      ///< local answer, then server answer
-    either = 3,    ///< local answer if there is one, else server answer
+    database = 0,  ///< a local answer only
+    network = 1,   ///< the server's answer only
+    both = 2,      ///< a local answer, then the server's
+    either = 3,    ///< a local answer if there is one, otherwise the server's
     none = 4       ///< no answer at all
 };
 
@@ -22,7 +22,7 @@ struct EnumCases<DataSource> {
                                                      {DataSource::none, "none"}};
 };
 
-/// Where an answer came from.
+/// Where an answer has come from.
 enum class ResponseSource { database = 0, network = 1 };
 
 template <>
@@ -31,8 +31,8 @@ struct EnumCases<ResponseSource> {
                                                          {ResponseSource::network, "network"}};
 };
 
-/// What every request of a frame use case is. A request is handed over as a shared constant, so a derived request
-/// keeps what it adds.
+/// Base of the requests of all use cases over `UsecaseFrame`. A request travels as a shared constant, so a derived
+/// request keeps the members that it adds.
 class BaseRequest {
 public:
     virtual ~BaseRequest() = default;
@@ -42,7 +42,7 @@ public:
     bool isNetworkDataRequested() const { return source() != DataSource::database; }
 };
 
-/// What every response of a frame use case is.
+/// Base of the responses of all use cases over `UsecaseFrame`.
 class BaseResponse {
 public:
     virtual ~BaseResponse() = default;

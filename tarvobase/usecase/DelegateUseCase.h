@@ -10,17 +10,18 @@
 
 namespace tarvo {
 
-/// Base of the use cases that answer a delegate. A question returns at once; the data manager is asked in the
-/// background, and the delegate hears the answer on the main queue, unless use case or delegate are gone by then. Both
-/// hops are here, so that no use case writes its own. Held by `shared_ptr`.
+/// Base of the use cases that answer a delegate. Their operations return at once. The work runs in the background, and
+/// the delegate is notified on the main queue, unless the use case or the delegate no longer exists then. Both changes
+/// of queue are here, so that no use case writes its own. Use cases are held by `shared_ptr`, and each belongs to the
+/// `Scope` in which it was made.
 template <class Delegate>
 class DelegateUseCase : public virtual platform::Object {
 public:
-    /// Set before the first question.
+    /// Set it before the first call.
     std::weak_ptr<Delegate> delegate;
 
 protected:
-    /// The hop in: `work()` in the background. It does not hold the use case.
+    /// Runs `work()` in the background. It does not keep the use case alive.
     template <class Work>
     void inBackground(Work work) {
         auto weak = platform::weakSelf(this);
@@ -30,27 +31,28 @@ protected:
             if (!weak.expired()) work();
         });
     }
-    /// The hop out: `tell(delegate)` on the main queue. The use case lives while `tell` runs.
-    template <class Tell>
-    void tellDelegate(Tell tell) {
-        tellDelegateOf(platform::weakSelf(this), std::move(tell));
+    /// Runs `notify(delegate)` on the main queue. The use case lives while `notify` runs.
+    template <class Notify>
+    void notifyDelegate(Notify notify) {
+        notifyDelegateOf(platform::weakSelf(this), std::move(notify));
     }
-    /// `work()` in the background, then `tell(delegate, result)` on the main queue. Neither holds the use case.
-    template <class Work, class Tell>
-    void answer(Work work, Tell tell) {
-        inBackground([weak = platform::weakSelf(this), work = std::move(work), tell = std::move(tell)]() mutable {
-            tellDelegateOf(weak,
-                           [result = work(), tell = std::move(tell)](Delegate& delegate) { tell(delegate, result); });
+    /// Runs `work()` in the background, then `notify(delegate, result)` on the main queue. Neither keeps the use case
+    /// alive.
+    template <class Work, class Notify>
+    void answer(Work work, Notify notify) {
+        inBackground([weak = platform::weakSelf(this), work = std::move(work), notify = std::move(notify)]() mutable {
+            notifyDelegateOf(
+                weak, [result = work(), notify = std::move(notify)](Delegate& delegate) { notify(delegate, result); });
         });
     }
 
 private:
-    template <class Tell>
-    static void tellDelegateOf(std::weak_ptr<DelegateUseCase> weak, Tell tell) {
-        CommonUtils::performAsyncInMain([weak = std::move(weak), tell = std::move(tell)] {
+    template <class Notify>
+    static void notifyDelegateOf(std::weak_ptr<DelegateUseCase> weak, Notify notify) {
+        CommonUtils::performAsyncInMain([weak = std::move(weak), notify = std::move(notify)] {
             auto self = weak.lock();
             auto listener = self ? self->delegate.lock() : nullptr;
-            if (listener) std::invoke(tell, *listener);
+            if (listener) std::invoke(notify, *listener);
         });
     }
 };

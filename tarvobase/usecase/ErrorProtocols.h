@@ -10,12 +10,12 @@
 #include "platform/Object.h"
 #include "tarvobase/usecase/Notice.h"
 
-/// The failure notices of delegate use cases. Every operation is empty unless overridden. Use cases call their
-/// delegates' notices on the main queue; between service, data manager and use case they come on the queue of the work.
+/// The failure notices of delegate use cases. Every operation is empty unless it is overridden. A use case calls its
+/// delegate on the main queue; between service, data manager and use case, notices come on the queue of the work.
 ///
-/// A class `...WithChaining` passes each notice, with the same arguments, to its next responder if there is one. So
-/// failures bubble from a network service through its data manager to the use case and from there to its delegate.
-/// Whoever treats all notices of an interface alike derives from its `...Relay`.
+/// A class `...WithChaining` passes each notice, with the same arguments, to its next responder if there is one. In
+/// this way a failure travels from a network service through its data manager to the use case, and from there to its
+/// delegate. A class that treats all notices of an interface alike derives from the interface's `...Relay`.
 namespace tarvo {
 
 class CommonErrorProtocol : public virtual platform::Object {
@@ -33,7 +33,7 @@ public:
     }
 };
 
-/// In the order of their names, in which lists of failures show them.
+/// The cases are in the order of their names, in which lists of failures show them.
 enum class CommonError {
     networkIdentifierError,
     networkParamsError,

@@ -9,21 +9,21 @@
 
 namespace tarvo {
 
-/// One call of an operation of `Protocol` as a value: it can be carried to another queue, repeated on another object,
-/// and shown. `Kind` is the enumeration of the operations, whose case names are the names of the operations.
+/// A call of an operation of `Protocol` as a value, which can be carried to another queue, repeated on another object
+/// and printed. `Kind` enumerates the operations under their names.
 template <class Protocol_, class Kind_>
 struct Notice {
     using Protocol = Protocol_;
     using Kind = Kind_;
 
     Kind kind;
-    /// By the names of the operation's parameters, in their order.
+    /// The arguments by the names of the operation's parameters, in their order.
     ValueMap arguments;
     std::function<void(Protocol&)> repeatOn;
 };
 
-/// Base of the classes that treat all operations of an interface alike. A relay of an interface lists the operations
-/// once and turns each call into a notice; its subclasses say in `relay` what becomes of the notices.
+/// Base of the classes that treat all operations of an interface alike. The relay of an interface lists its operations
+/// once and turns each call into a notice; subclasses decide in `relay` what happens to the notices.
 template <class Notice_>
 class NoticeRelay : public virtual Notice_::Protocol {
 public:

@@ -5,9 +5,9 @@
 
 namespace tarvo {
 
-/// The end of an error chain in a use case, `Chaining` being one of the classes `...WithChaining`: each notice reaches
-/// the next responder, the use case's delegate, on the main queue. It ends quietly when the use case or the delegate is
-/// gone by then.
+/// The end of an error chain in a use case. `Chaining` is one of the classes `...WithChaining`. Each notice reaches the
+/// next responder, which is the use case's delegate, on the main queue. It is dropped if the use case or the delegate
+/// no longer exists then.
 template <class Chaining>
 class NoticesOnMainQueue : public virtual Chaining {
 protected:

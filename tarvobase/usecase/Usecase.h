@@ -15,13 +15,14 @@
 
 namespace tarvo {
 
-/// The concurrent queue on which every frame use case runs.
+/// The concurrent queue on which every use case over `UsecaseFrame` runs.
 struct UsecaseQueue {
     static const std::shared_ptr<DispatchQueue>& queue();
 };
 
-/// The two ways to finish. Copies may be kept until the answer is there. Both return at once; the callbacks run later
-/// on the main queue, the specific one and then `didComplete`, in one item.
+/// Reports the success or the failure of an operation to its caller. Copies may be kept until the answer is there. Both
+/// operations return at once. The callbacks run later in one work item of the main queue: the specific one, then
+/// `didComplete`.
 template <class Response, class Failure>
 class UICallback {
 public:
@@ -34,7 +35,7 @@ public:
         : callbacks_(std::make_shared<const Callbacks>(
               Callbacks{std::move(onSuccess), std::move(onError), std::move(didComplete)})) {}
 
-    /// A response may be of a class derived from `Response`; it arrives uncut.
+    /// A response of a class derived from `Response` keeps its own class on the way.
     template <std::derived_from<Response> R>
     void onSuccess(R response) const {
         MainQueue::shared()->async([callbacks = callbacks_, response = std::move(response)] {
@@ -59,9 +60,12 @@ private:
     std::shared_ptr<const Callbacks> callbacks_;
 };
 
-/// The frame of a public operation: a request in, a response or a typed failure out, work on `UsecaseQueue`, answers on
-/// the main queue. `Op` owns the types: `Request` (a `BaseRequest`), `Response` (a `BaseResponse`), `DomainError`.
-/// Held by `shared_ptr`. One object may serve several calls at once; calls have no id and cannot be cancelled.
+/// The frame of a public operation. It takes a request and answers with a response or a typed failure. The work runs on
+/// `UsecaseQueue`, and answers come on the main queue. `Op` owns the types: `Request` (a `BaseRequest`), `Response` (a
+/// `BaseResponse`) and `DomainError`.
+///
+/// Use cases are held by `shared_ptr`. One object may serve several calls at once; calls have no id and cannot be
+/// cancelled. A use case belongs to the `Scope` in which it was made.
 template <class Op, class Failure_>
 class UsecaseFrame : public platform::Object {
 public:
@@ -72,15 +76,15 @@ public:
     using Failure = Failure_;
     using UICallback = tarvo::UICallback<Response, Failure>;
 
-    /// What the caller wants to hear; each may be absent. All run on the main queue.
+    /// The caller's callbacks, each of which may be empty. All of them run on the main queue.
     struct Callback {
         typename UICallback::OnSuccess onSuccess;
         typename UICallback::OnError onError;
         typename UICallback::DidComplete didComplete;
     };
 
-    /// Starts the operation and returns at once. Answers as often as the request's source says: none, once, or twice.
-    /// The use case lives until `run` has returned, even when the caller lets it go.
+    /// Starts the operation and returns at once. It answers as often as the request's source says: never, once or
+    /// twice. The use case lives until `run` has returned, even if the caller releases it earlier.
     template <std::derived_from<Request> R>
     void execute(R request, Callback callback) {
         auto self = platform::strongSelf(this);
@@ -108,14 +112,14 @@ public:
 
 protected:
     UsecaseFrame() = default;
-    /// The work, on `UsecaseQueue`. What it starts beyond its return must hold what it needs by itself.
+    /// Does the work, on `UsecaseQueue`. Anything that goes on after it has returned must itself hold what it needs.
     virtual void run(std::shared_ptr<const Request> request, UICallback handler) {
         static_cast<void>(request);
         static_cast<void>(handler);
     }
 };
 
-/// The frame whose failures are `AppError`s: that of every operation at present.
+/// The frame whose failures are `AppError`s. All operations use it at present.
 template <class Op>
 class Usecase : public UsecaseFrame<Op, AppError<typename Op::DomainError>> {};
 
