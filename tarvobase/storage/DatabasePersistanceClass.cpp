@@ -9,7 +9,7 @@ namespace tarvo {
 
 namespace {
 
-/// A batch without some of its columns, and without the rows that have values only in those.
+/// A batch without some of its columns and without the rows that have values only in those.
 class BatchSelection final : public RowSource {
 public:
     BatchSelection(const RowSource& batch, std::vector<std::size_t> keptColumns)
@@ -28,7 +28,7 @@ public:
     }
     bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
 
-    /// Returns the places in the batch of the rows that were left out and of those that were refused, in order.
+    /// Returns the indexes in the batch of the rows that were left out and of those that were refused, in order.
     std::vector<std::size_t> placesOf(const std::vector<std::size_t>& refused) const {
         auto places = leftOut_;
         for (auto row : refused) places.push_back(rows_[row]);
@@ -115,7 +115,7 @@ bool TableAccess::has(const std::string& column, const std::vector<std::string>&
     return false;
 }
 
-void TableAccess::noteDamaged(const std::string& column) const {
+void TableAccess::logUnreadable(const std::string& column) const {
     logOnce("table " + tableName_ + " has rows that cannot be read for their column " + column + ": they are left out");
 }
 

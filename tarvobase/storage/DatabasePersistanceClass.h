@@ -16,28 +16,29 @@
 
 namespace tarvo {
 
-/// What `read(row)` gives when it succeeds.
+/// The type of the value in the result of `read(row)`.
 template <class Read>
 using ReadValue = std::remove_cvref_t<decltype(std::declval<std::invoke_result_t<Read, const Row&>>().value())>;
 
-/// What every table class does with its table, over an adapter that may be absent: then reads are absent and writes do
-/// nothing.
+/// The reads and writes that all table classes share. The adapter may be null: then reads return nullopt and writes
+/// return false.
 class TableAccess {
 public:
     TableAccess(std::shared_ptr<DatabaseAdapter> adapter, std::string tableName)
         : adapter_(std::move(adapter)), tableName_(std::move(tableName)) {}
 
-    // Writes return whether they were stored, as the adapter does; without an adapter they return false.
+    // Writes return whether they were stored, as those of the adapter do.
 
-    /// Stores rows, replacing those of the same key. The server owns every schema, and one column that its table lacks
-    /// must never lose a row: such a column is left out of the write, and logged once. A row that has values only in
+    /// Stores rows, and replaces stored rows of the same key. The server owns every schema, and one column that a table
+    /// lacks must never lose a row: the column is left out of the write and logged once. A row that has values only in
     /// such columns is not stored, and the call then returns false.
     bool store(std::vector<ValueMap> rows) const;
-    /// The same for a batch in which a bad row never costs the others. Returns the places of the rows that are not
-    /// stored, because the table refuses them or has none of their columns; returns nullopt if nothing could be stored.
+    /// Does the same for a batch in which a bad row never costs the others. Returns the indexes of the rows that are
+    /// not stored, because the table refuses them or has none of their columns. Returns nullopt if none could be
+    /// stored.
     std::optional<std::vector<std::size_t>> storeAccepted(const RowSource& rows) const;
-    /// Replaces the whole table by these rows: one transaction, and a failure leaves it as it was. Leaves columns out
-    /// as `store` does; the names of the others are pasted into statements.
+    /// Replaces all rows of the table in one transaction; after a failure the table is as it was. Leaves columns out as
+    /// `store` does; the names of the others are pasted into statements.
     bool replaceAll(std::vector<ValueMap> rows) const;
     std::optional<Rows> fetch(const FetchQuery& query) const {
         return adapter_ ? adapter_->fetchObjects(query) : std::nullopt;
@@ -50,7 +51,7 @@ public:
     /// Updates rows. Leaves columns out as `store` does.
     bool update(ValueMap values, const Criteria& criteria) const;
 
-    /// `read(row)` of every row, in row order. An absent answer is absent.
+    /// Returns `read(row)` for each row, in the order of the rows, or nullopt if there is no answer.
     template <class Read>
     auto valuesOf(const std::optional<Rows>& rows, Read&& read) const
         -> std::optional<std::vector<std::invoke_result_t<Read, const Row&>>> {
@@ -61,11 +62,10 @@ public:
         return values;
     }
 
-    /// The same for a `read(row)` that may fail with the name of a column: a damaged row is left out and its siblings
-    /// stay. The column is logged once.
+    /// Returns the values of the rows that can be read. `read(row)` fails with the name of a column; such a row is left
+    /// out, and the column is logged once.
     template <class Read>
-    auto undamagedOf(const std::optional<Rows>& rows, Read&& read) const
-        -> std::optional<std::vector<ReadValue<Read>>> {
+    auto readableOf(const std::optional<Rows>& rows, Read&& read) const -> std::optional<std::vector<ReadValue<Read>>> {
         if (!rows) return std::nullopt;
         std::vector<ReadValue<Read>> values;
         values.reserve(rows->size());
@@ -74,14 +74,14 @@ public:
             if (value)
                 values.push_back(std::move(value).value());
             else
-                noteDamaged(value.error());
+                logUnreadable(value.error());
         }
         return values;
     }
 
-    /// The same for a read that one damaged row ends: then the answer is absent.
+    /// Returns the values of all rows, or nullopt if one of them cannot be read.
     template <class Read>
-    auto wholeOf(const std::optional<Rows>& rows, Read&& read) const -> std::optional<std::vector<ReadValue<Read>>> {
+    auto allOrNone(const std::optional<Rows>& rows, Read&& read) const -> std::optional<std::vector<ReadValue<Read>>> {
         if (!rows) return std::nullopt;
         std::vector<ReadValue<Read>> values;
         values.reserve(rows->size());
@@ -93,12 +93,13 @@ public:
         return values;
     }
 
-    /// The columns that the table really has; empty without a table.
+    /// Returns the columns that the table really has, or an empty list if there is no such table.
     std::vector<std::string> columns() const {
         return adapter_ ? adapter_->columnNames(tableName_) : std::vector<std::string>();
     }
-    /// Whether a column is among those that `columns` gave, in any case of letters; one that is not is logged once.
-    /// Without a table every column counts as there, so that the adapter says what is wrong.
+    /// Returns whether a column is among `columns`, in any case of letters; one that is not is logged once. An empty
+    /// list stands for a missing table. Then every column counts as present, so that the adapter reports what is
+    /// wrong.
     bool has(const std::string& column, const std::vector<std::string>& columns) const;
 
     const std::string& tableName() const { return tableName_; }
@@ -106,15 +107,15 @@ public:
 
 private:
     void leaveOutMissingColumns(std::span<ValueMap> rows) const;
-    /// Removes the rows that the table has no column for. Returns whether it kept all of them.
+    /// Removes rows without values. Returns whether it removed none.
     static bool keepStorable(std::vector<ValueMap>& rows);
-    void noteDamaged(const std::string& column) const;
+    void logUnreadable(const std::string& column) const;
 
     std::shared_ptr<DatabaseAdapter> adapter_;
     std::string tableName_;
 };
 
-/// Base of the table classes that are given their adapter.
+/// Base of the table classes that are given their table's name and their adapter.
 class DatabasePersistanceClass : public virtual platform::Object {
 public:
     DatabasePersistanceClass(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter)
@@ -127,8 +128,9 @@ protected:
     TableAccess table() const { return {databaseAdapter, tableName}; }
 };
 
-/// Base of the table classes whose table has one name. `Bound` is the class that knows it: constants with `TableName`
-/// or a mapper with `tableName`. The adapter is that of the scope for which the object is made; it may be null.
+/// Base of the table classes whose table always has the same name. `Bound` is the class that knows it: constants with
+/// `TableName`, or a mapper with `tableName`. The adapter belongs to the scope for which the object is made, and may be
+/// null.
 template <class Bound>
 class StaticDatabasePersistanceClass : public virtual platform::Object {
 public:
@@ -149,28 +151,29 @@ private:
     const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
 };
 
-/// The first value, or `noData` for an absent or empty answer.
+/// Returns the first value, or `noData` if there is no answer or an empty one.
 template <class T>
 Result<T, ParserError> firstOrNoData(std::optional<std::vector<T>> values) {
     if (!values || values->empty()) return ParserError(ParserError::Case::noData);
     return std::move(values->front());
 }
 
-/// The values, or `noData` for an absent answer; an empty list is an answer.
+/// Returns the values, or `noData` if there is no answer. An empty list is an answer.
 template <class T>
 Result<std::vector<T>, ParserError> presentOrNoData(std::optional<std::vector<T>> values) {
     if (!values) return ParserError(ParserError::Case::noData);
     return *std::move(values);
 }
 
-/// The values, or `noData` for an absent or empty answer.
+/// Returns the values, or `noData` if there is no answer or an empty one.
 template <class T>
 Result<std::vector<T>, ParserError> filledOrNoData(std::optional<std::vector<T>> values) {
     if (!values || values->empty()) return ParserError(ParserError::Case::noData);
     return *std::move(values);
 }
 
-/// The values by a text of each, in their order; an absent answer is absent.
+/// Returns the values in groups of the same text, each group in the order of the values. Returns nullopt if there is no
+/// answer.
 template <class T>
 std::optional<std::unordered_map<std::string, std::vector<T>>> groupedBy(std::string T::*key,
                                                                          std::optional<std::vector<T>> values) {
@@ -183,17 +186,17 @@ std::optional<std::unordered_map<std::string, std::vector<T>>> groupedBy(std::st
     return groups;
 }
 
-/// The first value; absent for an absent or empty answer.
+/// Returns the first value, or nullopt if there is no answer or an empty one.
 template <class T>
 std::optional<T> firstOf(std::optional<std::vector<T>> values) {
     if (!values || values->empty()) return std::nullopt;
     return std::move(values->front());
 }
 
-/// Texts as the values of an `in` condition.
+/// Returns texts as the values of an `in` condition.
 inline ValueList valueList(const std::vector<std::string>& texts) { return ValueList(texts.begin(), texts.end()); }
 
-/// The two conditions that table classes ask by.
+// The two conditions that table classes use most.
 inline Criteria columnIs(std::string_view column, const std::string& value) {
     return Criteria::equalTo(std::string(column), value);
 }
@@ -201,14 +204,14 @@ inline Criteria columnIn(std::string_view column, const std::vector<std::string>
     return Criteria::in(std::string(column), valueList(values));
 }
 
-/// The query with its rows in the order in which they were stored; without this an index that serves the condition
-/// gives its own order.
+/// Returns the query with its rows in the order in which they were stored. Without it, an index that serves the
+/// condition decides the order.
 inline FetchQuery inStoredOrder(FetchQuery query) {
     query.sortBy = {SortDescriptor::customOrderBy("rowid")};
     return query;
 }
 
-/// The rows of values as the constants write them.
+/// Returns one row per value, as the constants write it.
 template <class T, class Constants>
 std::vector<ValueMap> rowsOf(const std::vector<T>& values, const Constants& constants) {
     std::vector<ValueMap> rows;

@@ -16,8 +16,9 @@
 
 namespace tarvo {
 
-/// One property of an object in memory, or what a filter compares it with. Two are equal only when they are of one type
-/// and one value: the text "true" is not the Bool, and the raw text of an enumeration is not its case.
+/// A property of an object in memory, or the value with which a filter compares it. Two of them are equal only if they
+/// have the same type and the same value: the text "true" does not equal the Bool, nor does the raw text of an
+/// enumeration equal its case.
 class InMemoryPropertyValue {
 public:
     InMemoryPropertyValue(const char* text) : InMemoryPropertyValue(std::string(text)) {}       // NOLINT: implicit
@@ -30,7 +31,7 @@ public:
     template <Enumerated E>
     InMemoryPropertyValue(E value) : type_(typeid(E)), value_(rawText(value)) {}  // NOLINT
 
-    /// A member of a value object. An absent one is the empty text, as an unknown key is.
+    /// Returns the property for a member of a value object: the empty text if the member is absent.
     template <class T>
     static InMemoryPropertyValue of(const T& member) {
         if constexpr (std::constructible_from<InMemoryPropertyValue, const T&>)
@@ -53,11 +54,11 @@ private:
     Value value_;
 };
 
-/// What a table in memory holds. Immutable once it is stored.
+/// An object in a table in memory. It does not change after it has been stored.
 class InMemeoryDatabaseStorable {
 public:
     virtual ~InMemeoryDatabaseStorable() = default;
-    /// A member by its plain key; the empty text for a key that the object does not know.
+    /// Returns a member by its plain key, or the empty text if the object has no such member.
     virtual InMemoryPropertyValue operator[](std::string_view key) const = 0;
 };
 
@@ -69,8 +70,8 @@ struct InMemoryObject final : InMemeoryDatabaseStorable {
     const T value;
 };
 
-/// The key of a field in memory: its plain key where the value says whose keys these are (`T::InMemoryKeys`), otherwise
-/// the name of its member.
+/// Returns the key of a field in memory: its plain key if the value names the constants of the keys
+/// (`T::InMemoryKeys`), otherwise the name of its member.
 template <class T, class Field>
 std::optional<std::string_view> inMemoryKey(const Field& field) {
     if constexpr (!requires { typename T::InMemoryKeys; })
@@ -81,7 +82,7 @@ std::optional<std::string_view> inMemoryKey(const Field& field) {
         return std::nullopt;
 }
 
-/// The member under a key; the empty text when there is none.
+/// Returns the member under a key, or the empty text if there is none.
 template <Described T>
 InMemoryPropertyValue propertyForKey(const T& value, std::string_view key) {
     InMemoryPropertyValue property("");
@@ -92,38 +93,39 @@ InMemoryPropertyValue propertyForKey(const T& value, std::string_view key) {
     return property;
 }
 
-/// Tables of objects in memory, one set per owner. From any thread; each operation sees and leaves whole lists, and
-/// neither fails nor reports: a missing table is an absent list.
+/// Tables of objects in memory, one set per owner. They may be used from any thread. Each operation sees and leaves
+/// complete lists, and none fails. Reads of a missing table return nullopt.
 class InMemoryDatabaseAdapter : public virtual platform::Object {
 public:
     using Object = std::shared_ptr<const InMemeoryDatabaseStorable>;
     using Objects = std::vector<Object>;
-    /// All of them must hold. None at all matches every object.
+    /// All of the conditions must hold. An empty list matches every object.
     using ColumnValues = std::vector<std::pair<std::string, InMemoryPropertyValue>>;
 
-    /// Whose tables the operations work on at this moment: an account, or an account in one of its organisations.
+    /// Returns the owner of the tables on which the operations work: an account, or an account in an organisation.
     virtual std::string owner() const = 0;
-    /// Returns false while somebody else than the owner is at work: then reads are absent and writes do nothing.
-    virtual bool isOwnerAtWork() const = 0;
+    /// Returns false while another owner is current. Reads then return nullopt, and writes do nothing.
+    virtual bool isOwnerCurrent() const = 0;
 
-    /// Adds at the end. Nothing is looked at: an object inserted twice is there twice.
+    /// Adds at the end, also an object that the table has already.
     virtual void insertInto(const std::string& tableName, Object object) = 0;
     virtual void insertInto(const std::string& tableName, const Objects& objects) = 0;
-    /// Puts `object` in the place of every object that matches. None is added when none does.
+    /// Puts `object` in place of every object that matches. Adds none if there is no such object.
     virtual void update(const std::string& tableName, Object object, const ColumnValues& columnValues) = 0;
-    /// The first `limit` objects that match, in the order of the table. A limit of 0 or less gives an empty list.
+    /// Returns the first `limit` objects that match, in the order of the table. A limit of 0 or less gives an empty
+    /// list.
     virtual std::optional<Objects> fetchObjects(const std::string& tableName, const ColumnValues& columnValues,
                                                 std::int64_t limit) = 0;
-    /// The whole table: the limit is not looked at.
+    /// Returns the whole table, whatever the limit.
     virtual std::optional<Objects> fetchAllObjects(const std::string& fromTable, std::int64_t limit) = 0;
     virtual std::optional<Objects> fetchObjects(const std::string& tableName, const ColumnValues& columnValues) = 0;
     virtual std::optional<Objects> fetchAllObjects(const std::string& tableName) = 0;
     virtual void deleteObjects(const std::string& tableName, const ColumnValues& columnValues) = 0;
-    /// Leaves an empty table, which is not an absent one.
+    /// Leaves an empty table, which is different from a missing one.
     virtual void deleteAllObjects(const std::string& tableName) = 0;
 
-    /// Reads and changes the table of an owner in one step, so that nobody else sees or changes it meanwhile, whoever
-    /// is at work. The function must not use the adapter.
+    /// Reads and changes the table of an owner in one step, whether or not the owner is current. Nobody else sees or
+    /// changes the table meanwhile. `change` must not use the adapter.
     virtual void change(const std::string& tableName, const std::string& owner,
                         platform::FunctionRef<void(std::optional<Objects>& table)> change) = 0;
 };

@@ -10,26 +10,26 @@ namespace tarvo {
 
 namespace {
 
-struct Table {
-    std::uint64_t changes = 0;
+struct TableChanges {
+    std::uint64_t count = 0;
     std::uint64_t writers = 0;
 };
 
-class Tables {
+class ChangesOfTables {
 public:
     template <class F>
     auto with(const std::string& owner, const std::string& tableName, F&& use) {
         platform::MutexLock lock(mutex_);
         return use(tables_[{owner, tableName}]);
     }
-    static Tables& shared() { return platform::ProcessState::current().get<Tables>(); }
+    static ChangesOfTables& shared() { return platform::ProcessState::current().get<ChangesOfTables>(); }
 
 private:
     platform::Mutex mutex_;
-    std::map<std::pair<std::string, std::string>, Table> tables_ TARVO_GUARDED_BY(mutex_);
+    std::map<std::pair<std::string, std::string>, TableChanges> tables_ TARVO_GUARDED_BY(mutex_);
 };
 
-/// A type that no property of a value object has.
+/// A type that no property of a value object has, so that no filter matches it.
 enum class NoProperty { none };
 
 }  // namespace
@@ -39,32 +39,32 @@ struct EnumCases<NoProperty> {
     static constexpr EnumCase<NoProperty> cases[] = {{NoProperty::none, "none"}};
 };
 
-InMemoryPropertyValue PartOfTable::operator[](std::string_view) const { return NoProperty::none; }
+InMemoryPropertyValue IncompleteTableMark::operator[](std::string_view) const { return NoProperty::none; }
 
 std::string InMemoryPersistanceClass::currentAccountBrenUID() const {
     return CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
 }
 
 std::uint64_t memory_changes::count(const std::string& owner, const std::string& tableName) {
-    return Tables::shared().with(owner, tableName, [](Table& table) { return table.changes; });
+    return ChangesOfTables::shared().with(owner, tableName, [](TableChanges& changes) { return changes.count; });
 }
 
 bool memory_changes::isUnchanged(const std::string& owner, const std::string& tableName, std::uint64_t count) {
-    return Tables::shared().with(owner, tableName,
-                                 [&](Table& table) { return table.changes == count && table.writers == 0; });
+    return ChangesOfTables::shared().with(
+        owner, tableName, [&](TableChanges& changes) { return changes.count == count && changes.writers == 0; });
 }
 
 std::uint64_t memory_changes::begin(const std::string& owner, const std::string& tableName) {
-    return Tables::shared().with(owner, tableName, [](Table& table) {
-        ++table.writers;
-        return ++table.changes;
+    return ChangesOfTables::shared().with(owner, tableName, [](TableChanges& changes) {
+        ++changes.writers;
+        return ++changes.count;
     });
 }
 
 bool memory_changes::end(const std::string& owner, const std::string& tableName, std::uint64_t began) {
-    return Tables::shared().with(owner, tableName, [&](Table& table) {
-        --table.writers;
-        return table.changes++ == began && table.writers == 0;
+    return ChangesOfTables::shared().with(owner, tableName, [&](TableChanges& changes) {
+        --changes.writers;
+        return changes.count++ == began && changes.writers == 0;
     });
 }
 

@@ -16,7 +16,7 @@
 
 namespace tarvo {
 
-/// Base of the classes that answer from memory and stand in front of a table class.
+/// Base of the classes that answer from memory in front of a table class, which they call their primary store.
 class InMemoryPersistanceClass : public virtual platform::Object {
 public:
     explicit InMemoryPersistanceClass(std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass)
@@ -26,28 +26,29 @@ public:
     std::string currentAccountBrenUID() const;
 };
 
-/// Counts the changes that in-memory classes make to a table of an owner, so that what was read from the primary store
-/// before a change is never put over it, and that of two writers at a time neither leaves memory older than the table.
+/// Counts the changes that in-memory classes make to a table of an owner. With the counts, values that were read from
+/// the primary store before a change never replace it in memory, and two simultaneous writers never leave memory older
+/// than the primary store.
 namespace memory_changes {
 std::uint64_t count(const std::string& owner, const std::string& tableName);
-/// Returns whether the count is still that, and no write is under way.
+/// Returns whether the table has had no further changes since `count` returned this number, and no write is under way.
 bool isUnchanged(const std::string& owner, const std::string& tableName, std::uint64_t count);
-/// Marks the beginning of a write to the primary store. Returns what `end` takes.
+/// Marks the beginning of a write to the primary store. Returns the number that `end` takes.
 std::uint64_t begin(const std::string& owner, const std::string& tableName);
-/// Marks its end. Returns false if another write began or ended in between: nobody knows then which of the two the
-/// primary store took last.
+/// Marks the end of the write. Returns false if another write began or ended in between: then it is unknown which of
+/// the two the primary store took last.
 bool end(const std::string& owner, const std::string& tableName, std::uint64_t began);
 }  // namespace memory_changes
 
-/// Stands in a table that may lack objects of the primary store. No filter but the empty one finds it; whoever asks for
-/// the whole table sees an object of another class, and takes that for a miss.
-struct PartOfTable final : InMemeoryDatabaseStorable {
+/// Marks a table in memory that may lack objects of the primary store. Only the empty filter finds it, so that a
+/// request for the whole table meets an object of another class and counts as a miss.
+struct IncompleteTableMark final : InMemeoryDatabaseStorable {
     InMemoryPropertyValue operator[](std::string_view) const override;
 };
 
-/// What an in-memory class does with its table. `Key` gives what tells two objects apart: storing a value replaces the
-/// one of the same key. Values come from the primary store in two ways: `store` for what was written through, `fill`
-/// for what was read from it.
+/// The reads and writes that all in-memory classes share. `Key` returns the key of a value: storing a value replaces
+/// the one of the same key. Memory takes in values that are written to the primary store (`store` and the other writes)
+/// and values that are read from it (`fill`).
 template <class T>
 class InMemoryTable {
 public:
@@ -56,17 +57,18 @@ public:
     using Objects = InMemoryDatabaseAdapter::Objects;
     enum class Extent { part, whole };
 
-    /// Without a primary store, memory is all there is: then no table is a part.
+    /// Without a primary store, every table in memory counts as complete.
     InMemoryTable(InMemoryPersistanceClass& owner, std::string tableName, Key key, bool hasPrimary)
         : owner_(owner), tableName_(std::move(tableName)), key_(key), hasPrimary_(hasPrimary) {}
 
-    /// All objects; absent when memory may lack some.
+    /// Returns all objects, or nullopt if memory may lack some.
     std::optional<std::vector<T>> all() const { return valuesOf(memory().fetchAllObjects(tableName_)); }
-    /// All objects that memory holds, be they all or not; absent without a table.
+    /// Returns the objects that memory holds, whether or not they are all, or nullopt without a table.
     std::optional<std::vector<T>> held() const {
         auto objects = memory().fetchAllObjects(tableName_);
         if (objects)
-            std::erase_if(*objects, [](auto& object) { return dynamic_cast<const PartOfTable*>(object.get()); });
+            std::erase_if(*objects,
+                          [](auto& object) { return dynamic_cast<const IncompleteTableMark*>(object.get()); });
         return valuesOf(objects);
     }
     std::optional<T> first(const ColumnValues& filter) const {
@@ -74,7 +76,7 @@ public:
         return found && !found->empty() ? std::optional<T>(std::move(found->front())) : std::nullopt;
     }
 
-    /// Whose table it was when a read of the primary store began, and how often it had changed.
+    /// The owner of the table when a read of the primary store began, and the number of its changes up to then.
     struct Moment {
         std::string owner;
         std::uint64_t changes;
@@ -85,8 +87,8 @@ public:
         return {std::move(owner), changes};
     }
 
-    /// Takes in what the primary store gave, unless the table was changed since the read began: what was read may be
-    /// older than the change, and the next miss reads again.
+    /// Takes in values that were read from the primary store, unless the table has changed since the read began: the
+    /// values may be older than the change. The next miss then reads again.
     void fill(const Moment& since, const std::vector<T>& values, Extent extent) const {
         memory().change(tableName_, since.owner, [&](std::optional<Objects>& table) {
             if (!memory_changes::isUnchanged(since.owner, tableName_, since.changes)) return;
@@ -95,14 +97,16 @@ public:
         });
     }
 
-    /// The four ways to write. Each runs `toPrimary`, which says whether the primary store took the change, and then
-    /// changes memory; what `toPrimary` refuses memory does not get. Where two writes overlap, memory forgets the table
-    /// and the next read asks the primary store. Returns what `toPrimary` returned.
+    // There are four ways to write. Each runs `toPrimary`, which returns whether the primary store took the change;
+    // only then memory takes it too. After two overlapping writes, memory drops the table, and the next read asks the
+    // primary store. Each write returns the result of `toPrimary`.
+
+    /// Stores values, and replaces values of the same keys.
     template <class Primary>
     bool store(const std::vector<T>& values, Primary&& toPrimary) const {
         return write(toPrimary, [&](std::optional<Objects>& table) { merge(table, values); });
     }
-    /// For what the primary store now holds and nothing else.
+    /// Replaces the whole table. The primary store must hold exactly these values afterwards.
     template <class Primary>
     bool replaceAll(const std::vector<T>& values, Primary&& toPrimary) const {
         return write(toPrimary, [&](std::optional<Objects>& table) {
@@ -110,7 +114,7 @@ public:
             merge(table, values);
         });
     }
-    /// Puts the value in the place of those that match; adds nothing.
+    /// Puts the value in place of the objects that match. Adds none if there is no such object.
     template <class Primary>
     bool update(const T& value, const ColumnValues& filter, Primary&& toPrimary) const {
         return write(toPrimary, [&](std::optional<Objects>& table) {
@@ -127,7 +131,7 @@ public:
         });
     }
 
-    /// The first object that memory has, or the answer of the primary store, which memory then keeps.
+    /// Returns the first object that memory has, or the answer of the primary store, which memory then keeps.
     template <class Ask>
     Result<T, ParserError> firstOr(const ColumnValues& filter, Ask&& ask) const {
         if (auto found = first(filter)) return *std::move(found);
@@ -136,7 +140,7 @@ public:
         if (answer) fill(since, {*answer}, Extent::part);
         return answer;
     }
-    /// All objects from memory, or the whole answer of the primary store, which memory then keeps.
+    /// Returns all objects from memory, or the whole answer of the primary store, which memory then keeps.
     template <class Ask>
     Result<std::vector<T>, ParserError> allOr(Ask&& ask) const {
         if (auto everything = all()) return *std::move(everything);
@@ -145,8 +149,8 @@ public:
         if (answer) fill(since, *answer, Extent::whole);
         return answer;
     }
-    /// The objects of memory that `chosen` takes, when they are as many as were asked for; else the answer of the
-    /// primary store to the whole request.
+    /// Returns the objects in memory that `chosen` accepts if there are as many as were asked for, otherwise the answer
+    /// of the primary store to the whole request.
     template <class Chosen, class Ask>
     Result<std::vector<T>, ParserError> chosenOr(std::size_t asked, Chosen&& chosen, Ask&& ask) const {
         if (auto values = held()) {
@@ -213,7 +217,7 @@ private:
     void merge(std::optional<Objects>& table, const std::vector<T>& values) const {
         if (!table) {
             table.emplace();
-            if (hasPrimary_) table->push_back(std::make_shared<PartOfTable>());
+            if (hasPrimary_) table->push_back(std::make_shared<IncompleteTableMark>());
         }
         std::unordered_map<std::string, std::size_t> places;
         for (std::size_t place = 0; place < table->size(); ++place)

@@ -16,8 +16,8 @@ using ColumnValues = InMemoryDatabaseAdapter::ColumnValues;
 
 constexpr auto unlimited = std::numeric_limits<std::int64_t>::max();
 
-/// Tables by name, by owner. One lock for reads and writes alike: a table is some hundred objects, and a lock that is
-/// held for a walk over them is shorter than what a finer one would cost.
+/// The tables by owner and name. One lock serves reads and writes: a table has some hundred objects, and holding the
+/// lock for a walk over them costs less than a finer lock would.
 class StoredValues {
 public:
     template <class F>
@@ -32,11 +32,11 @@ private:
     std::map<std::string, std::map<std::string, std::optional<Objects>>> owners_ TARVO_GUARDED_BY(mutex_);
 };
 
-/// Nothing is found and nothing changes in the tables of an owner who is not at work.
+/// Runs `use` on a table, or on a missing one while another owner is current.
 template <class F>
 auto withTable(const InMemoryStorage& storage, const std::string& tableName, F&& use) {
     std::optional<Objects> absent;
-    if (!storage.isOwnerAtWork()) return use(absent);
+    if (!storage.isOwnerCurrent()) return use(absent);
     return StoredValues::shared().withTable(storage.owner(), tableName, std::forward<F>(use));
 }
 
@@ -60,7 +60,7 @@ std::optional<Objects> getFilteredArray(const std::optional<Objects>& table, con
 
 }  // namespace
 
-// An account sees other modules in each of its organisations.
+// An account has different modules in each of its organisations.
 std::string InMemoryStorage::owner() const {
     if (!scope_) return Scope::current().account;
     return scope_->organisation.empty() ? scope_->account : scope_->account + "\n" + scope_->organisation;

@@ -5,17 +5,17 @@
 
 namespace tarvo {
 
-/// The tables in memory of the process. All objects of this class share them; nothing is written to the disk. An
-/// owner's tables live as long as the process and are found again when the owner comes back.
+/// The tables in memory of the process. All objects of this class share them, and nothing is written to the disk. An
+/// owner's tables live as long as the process, and are there again when the owner becomes current again.
 class InMemoryStorage final : public InMemoryDatabaseAdapter {
 public:
-    /// The tables of the account at the moment of each call.
+    /// Works on the tables of the account that is current at each call.
     InMemoryStorage() = default;
-    /// The tables of one account in one organisation. They are passed by while another scope is current.
+    /// Works on the tables of one account in one organisation, as long as the scope is current.
     explicit InMemoryStorage(Scope scope) : scope_(std::move(scope)) {}
 
     std::string owner() const override;
-    bool isOwnerAtWork() const override { return !scope_ || scope_->isCurrent(); }
+    bool isOwnerCurrent() const override { return !scope_ || scope_->isCurrent(); }
     void insertInto(const std::string& tableName, Object object) override;
     void insertInto(const std::string& tableName, const Objects& objects) override;
     void update(const std::string& tableName, Object object, const ColumnValues& columnValues) override;

@@ -10,22 +10,22 @@
 
 namespace tarvo {
 
-/// Why a map is not the value that it should be.
+/// The reason why a map cannot be read as a value.
 struct ParsingError {
     std::string failedPath;  ///< key of the first member that is missing or of another type
     friend bool operator==(const ParsingError&, const ParsingError&) = default;
 };
 
-/// Strict conversion between a value and a map: a member that is missing or mistyped fails the value. A mapper is a
-/// constants object (keys, and the `tableName`) whose `getValue` and `getDictionary` read the keys through the object;
-/// its table twin derives from it and sets columns in place of keys.
+/// Converts strictly between a value and a map: a missing or mistyped member fails the value. A mapper is a constants
+/// object (keys, and the `tableName`) whose `getValue` and `getDictionary` take the keys from the object; its table
+/// twin derives from it and has columns in place of keys.
 ///
-/// `Derived` gives `getValue(const ValueMap&)` and `getDictionary(const T&)`; the list operations are shared.
+/// `Derived` implements `getValue(const ValueMap&)` and `getDictionary(const T&)`; the list operations are shared.
 template <class Derived, class T>
 struct Mapper : NamesInForm {
     using MappedType = T;
 
-    /// The values of the maps that can be read; one damaged row does not cost the others.
+    /// Returns the values of the maps that can be read, and leaves the others out.
     std::vector<T> getValue(const std::vector<ValueMap>& maps) const {
         std::vector<T> values;
         values.reserve(maps.size());
@@ -44,7 +44,7 @@ private:
     const Derived& self() const { return static_cast<const Derived&>(*this); }
 };
 
-/// What code that is generic over mappers may rely on.
+/// The operations on which code that is generic over mappers may rely.
 template <class M>
 concept MapperType = requires(const M& mapper, const ValueMap& map, const typename M::MappedType& value) {
     { mapper.tableName } -> std::convertible_to<std::string_view>;
@@ -55,7 +55,7 @@ concept MapperType = requires(const M& mapper, const ValueMap& map, const typena
 template <Described T>
 class StoredForm;
 
-/// A strict read through the stored form of a value. The source file includes StoredForm.h.
+/// Reads a value strictly through its stored form. The source file includes StoredForm.h.
 template <class T, class Source, class Names>
 Result<T, ParsingError> strictly(const Source& source, const Names& names, Form form) {
     auto read = StoredForm<T>::readStrictly(source, names, form);

@@ -23,22 +23,22 @@
 ///     auto module = StoredForm<Module>::read(row, ModuleDatabaseConstants());
 namespace tarvo {
 
-/// Finds a member in a map or a row.
+/// Returns the value under a name in a map or a row, or nullopt if there is none.
 inline std::optional<ValueView> lookUp(const ValueMap& source, std::string_view name) {
     auto value = source.find(name);
     return value ? std::optional(ValueView(*value)) : std::nullopt;
 }
 inline std::optional<ValueView> lookUp(const Row& source, std::string_view name) { return source.find(name); }
 
-/// One type of member: how it is written in a form, and how it is read back. Reading gives nothing for an absent, null
-/// or mistyped value; the class of the value object decides what that means.
+/// Writes members of a type in a form and reads them back. Reading returns nullopt for a value that is absent, null or
+/// mistyped; the class of the value object decides what that means.
 template <class T>
 struct MemberCodec;
 
 template <>
 struct MemberCodec<std::string> {
     static Value write(const std::string& text, Form) { return text; }
-    // The server owns the column types: a text that looks like a number may come back from a table as one.
+    // The server owns the column types, so a text that looks like a number may come back from a table as a number.
     static std::optional<std::string> read(const ValueView& view, Form form) {
         if (auto text = view.asText()) return std::string(*text);
         if (form == Form::plain) return std::nullopt;
@@ -52,7 +52,7 @@ struct MemberCodec<bool> {
     static Value write(bool value, Form form) {
         return form == Form::plain ? Value(value) : Value(value ? "true" : "false");
     }
-    // In a table true is exactly the text "true".
+    // In a table, exactly the text "true" is true.
     static std::optional<bool> read(const ValueView& view, Form form) {
         if (form == Form::plain) return view.asBool();
         return view.isNull() ? std::nullopt : std::optional(view.asText() == "true");
@@ -82,7 +82,7 @@ struct MemberCodec<double> {
     }
 };
 
-/// An enumeration goes by its raw text; a text outside the list counts as mistyped.
+/// An enumeration is stored as its raw text. An unknown text counts as mistyped.
 template <Enumerated E>
 struct MemberCodec<E> {
     static Value write(E value, Form) { return rawText(value); }
@@ -92,7 +92,7 @@ struct MemberCodec<E> {
     }
 };
 
-/// A map is itself in the plain form and its JSON text in a table.
+/// A map is stored as it is in the plain form, and as JSON text in a table.
 template <>
 struct MemberCodec<ValueMap> {
     static Value write(const ValueMap& map, Form form) {
@@ -106,15 +106,15 @@ struct MemberCodec<ValueMap> {
     }
 };
 
-/// The JSON text of a map for a table. A map that JSON cannot say is logged with its label, and the null keeps the
-/// column out of the row.
+/// Returns the JSON text of a map for a table. If JSON cannot express the map, logs its label and returns null, which
+/// keeps the column out of the row.
 inline Value jsonTextOrNull(const ValueMap& map, const std::string& label) {
     if (auto text = json::write(Value(map))) return *std::move(text);
-    platform::log(platform::LogLevel::warning, "values", label + ": it holds what JSON cannot say");
+    platform::log(platform::LogLevel::warning, "values", label + ": it holds values that JSON cannot express");
     return Value();
 }
 
-/// A list of texts is itself in the plain form and its JSON text in a table.
+/// A list of texts is stored as it is in the plain form, and as JSON text in a table.
 template <>
 struct MemberCodec<std::vector<std::string>> {
     static Value write(const std::vector<std::string>& texts, Form form) {
@@ -132,7 +132,7 @@ struct MemberCodec<std::vector<std::string>> {
     }
 };
 
-/// An optional member is left out of the map when it is absent.
+/// An optional member is left out of the map if it is absent.
 template <class T>
 struct MemberCodec<std::optional<T>> {
     static Value write(const std::optional<T>& value, Form form) {
@@ -143,7 +143,7 @@ struct MemberCodec<std::optional<T>> {
     }
 };
 
-/// The codec of a stored field: its own, or that of its type.
+/// The codec of a stored field: its own, or the one of its type.
 template <class Member, class Codec>
 struct CodecOrDefault {
     using type = Codec;
@@ -158,14 +158,14 @@ constexpr bool isOptionalMember = false;
 template <class T>
 constexpr bool isOptionalMember<std::optional<T>> = true;
 
-/// Writes and reads a value by its stored fields. Reading is lenient (`read`), strict (`readStrictly`), or lenient but
-/// for the fields that are marked as required (`readRequired`). What a failed row costs, itself or the whole list, is
-/// decided by `TableAccess`. The form is that of the names, unless a reader says otherwise.
+/// Writes and reads a value by its stored fields. Reading is lenient (`read`), strict (`readStrictly`), or strict for
+/// the fields that are marked as required (`readRequired`). `TableAccess` decides whether an unreadable row costs only
+/// itself or the whole list. The form is the one of the names, unless a reader is given another.
 template <Described T>
 class StoredForm {
 public:
-    /// The value as a map, in the order of its fields. Optional members that are absent are left out, and so are
-    /// members without a column.
+    /// Returns the value as a map, in the order of its fields. Optional members that are absent are left out, and so
+    /// are members without a column.
     template <class Names>
     static ValueMap toMap(const T& value, const Names& names) {
         ValueMap map;
@@ -174,7 +174,7 @@ public:
         return map;
     }
 
-    /// A lenient read: an absent or mistyped member keeps the value of a fresh object.
+    /// Reads leniently: an absent or mistyped member keeps the value of a new object.
     template <class Source, class Names>
     static T read(const Source& source, const Names& names) {
         T value;
@@ -182,7 +182,7 @@ public:
         return value;
     }
 
-    /// A strict read: fails with the key of the first member that is absent or mistyped. Optional members may be
+    /// Reads strictly: fails with the key of the first member that is absent or mistyped. Optional members may be
     /// absent.
     template <class Source, class Names>
     static Result<T, std::string> readStrictly(const Source& source, const Names& names, Form form) {
@@ -191,7 +191,7 @@ public:
         });
     }
 
-    /// Fails with the key of the first required member that is absent or mistyped. Any other keeps the value of a fresh
+    /// Fails with the key of the first required member that is absent or mistyped. Any other keeps the value of a new
     /// object.
     template <class Source, class Names>
     static Result<T, std::string> readRequired(const Source& source, const Names& names) {
@@ -233,7 +233,7 @@ private:
         auto written = codec(field).write(value.*field.pointer, names.form);
         if (!written.isNull()) map.set(key, std::move(written));
     }
-    /// False when the member is absent or mistyped; it then stays as it is.
+    /// Returns false if the member is absent or mistyped; the value then keeps its own.
     template <class Field, class Source>
     static bool readField(T& value, const Field& field, const Source& source, std::string_view key, Form form) {
         auto view = lookUp(source, key);

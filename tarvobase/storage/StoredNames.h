@@ -8,7 +8,8 @@
 #include "platform/Describe.h"
 #include "platform/Rows.h"
 
-/// What a value object says about its stored forms. A value has its members, its names and one list of both:
+/// The names and members of a value object in its stored forms. A value has its members, its names and one list of
+/// both:
 ///
 ///     struct CompanyInfoConstants : StoredNames<CompanyInfoConstants, CompanyInfo> {
 ///         std::string_view TableName = of("CompanyInfo", "COMPANY_DETAILS");
@@ -24,7 +25,7 @@
 ///         }
 ///     };
 ///
-/// and in its source file, which includes StoredForm.h, the conversions:
+/// Its source file, which includes StoredForm.h, has the conversions:
 ///
 ///     template struct StoredNames<CompanyInfoConstants, CompanyInfo>;
 namespace tarvo {
@@ -32,7 +33,8 @@ namespace tarvo {
 /// The plain form has typed values under plain keys. The table form has columns, with booleans and integers as text.
 enum class Form { plain, table };
 
-/// Base of every list of stored names: each member has its plain key and its column once, and the form chooses.
+/// Base of all lists of stored names. Each member is declared with its plain key and its column, and the form selects
+/// one of them.
 struct NamesInForm {
     Form form = Form::plain;
 
@@ -42,9 +44,9 @@ struct NamesInForm {
     constexpr std::string_view of(std::string_view both) const { return both; }
 };
 
-/// Base of the constants class `Names` of a value `T`: its names and the conversions by its stored fields. With a
+/// Base of the constants class `Names` of a value `T`, with the conversions by the value's stored fields. With
 /// `Result<T, std::string>` as `Read`, reading fails with the name of the first required member that is absent or
-/// mistyped; otherwise every map can be read, and such a member keeps the value of a fresh object.
+/// mistyped. Otherwise every map can be read, and such a member keeps the value of a new object.
 template <class Names, class T, class Read = T>
 struct StoredNames : NamesInForm {
     /// Optional members that are absent are left out, and so are members without a column.
@@ -58,35 +60,36 @@ private:
     Read valueOf(const Source& source) const;
 };
 
-/// The same names in the form of the table.
+/// The names of `Names` in the form of the table.
 template <class Names>
 struct TableTwin : Names {
     constexpr TableTwin() : Names{Form::table} {}
 };
 
-/// A stored member that also has a place in the rows of the server.
+/// A stored member that also has a column in the positional rows of the server.
 template <class Stored>
 struct PlacedField : Stored {
     std::size_t place = 0;
 };
 
-/// A member that is stored: with the name of its key, and the codec that writes and reads it (`void` stands for that of
-/// its type).
+/// A member that is stored, with the name of its key and the codec that writes and reads it (`void` stands for the one
+/// of its type).
 template <class Owner, class Member, class Names, class Codec = void>
 struct StoredField : Field<Owner, Member> {
     std::string_view Names::*key = nullptr;
     bool isRequired = false;
     bool isTableOnly = false;
 
-    /// A member without which there is no value, where reading is not lenient.
+    /// Marks a member without which there is no value, unless reading is lenient.
     constexpr StoredField required() const {
         auto field = *this;
         field.isRequired = true;
         return field;
     }
-    /// A member that a `PositionalRow` of the server fills, and its column there. Stands last.
+    /// Adds the column in the server's positional rows, from which `PositionalRow::fill` reads the member. It is the
+    /// last call in a line.
     constexpr PlacedField<StoredField> at(std::size_t column) const { return {*this, column}; }
-    /// A member that the plain form does not write. Reading looks for it in both forms.
+    /// Marks a member that the plain form does not write. Reading looks for it in both forms.
     constexpr StoredField tableOnly() const {
         auto field = *this;
         field.isTableOnly = true;
@@ -100,14 +103,15 @@ constexpr StoredField<Owner, Member, Names> field(std::string_view name, Member 
     return {{name, pointer}, key};
 }
 
-/// A stored member with a codec of its own: `write(member, form)` and `read(view, form)`, as in `MemberCodec`.
+/// Declares a stored member with a codec of its own, which has `write(member, form)` and `read(view, form)` as
+/// `MemberCodec` does.
 template <class Codec, class Owner, class Member, class Names>
 constexpr StoredField<Owner, Member, Names, Codec> fieldBy(std::string_view name, Member Owner::*pointer,
                                                            std::string_view Names::*key) {
     return {{name, pointer}, key};
 }
 
-/// Whether a member of a list of fields is stored.
+/// Is satisfied by the fields of a list that are stored.
 template <class F>
 concept IsStoredField = requires(const F& field) {
     field.key;

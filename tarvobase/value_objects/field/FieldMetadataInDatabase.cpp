@@ -103,7 +103,7 @@ std::optional<FieldMetadataPersistanceDelegate::Fields> FieldMetadataInDatabase:
 
 std::optional<FieldMetadataPersistanceDelegate::Fields> FieldMetadataInDatabase::fieldsInStoredOrder(
     const std::optional<Rows>& rows) const {
-    auto numbered = table().undamagedOf(rows, [this](const Row& row) {
+    auto numbered = table().readableOf(rows, [this](const Row& row) {
         auto number = row.find(rowNumber);
         return databaseConstants_.getValue(row).map([&](FieldMetadata&& field) {
             return NumberedField{number ? number->asInteger().value_or(0) : 0, std::move(field)};
@@ -119,7 +119,7 @@ std::optional<FieldMetadataPersistanceDelegate::Fields> FieldMetadataInDatabase:
 
 std::optional<FieldMetadataPersistanceDelegate::Fields> FieldMetadataInDatabase::fieldsOf(
     const std::optional<Rows>& rows) const {
-    return table().undamagedOf(rows, [this](const Row& row) { return databaseConstants_.getValue(row); });
+    return table().readableOf(rows, [this](const Row& row) { return databaseConstants_.getValue(row); });
 }
 
 }  // namespace tarvo

@@ -63,7 +63,7 @@ std::optional<PicklistMetadataPersistanceDelegate::Picklist> PicklistMetadataInD
     std::vector<Criteria> criterias) const {
     FetchQuery query(table().tableName());
     query.criterias = std::move(criterias);
-    auto picklist = table().undamagedOf(table().fetch(query), [](const Row& row) { return constants_.getValue(row); });
+    auto picklist = table().readableOf(table().fetch(query), [](const Row& row) { return constants_.getValue(row); });
     // SQL cannot sort here: the column is text, and rows with the same position keep the order of the table.
     if (picklist) sortByPosition(*picklist);
     return picklist;

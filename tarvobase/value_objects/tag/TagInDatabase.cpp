@@ -23,8 +23,8 @@ bool TagInDatabase::updateTag(const std::string& oldTagId, const std::string& ne
     return table().update({{std::string(tagMapper.id), newTagId}}, columnIs(tagMapper.id, oldTagId));
 }
 TagPersistanceDelegate::Tags TagInDatabase::tagsWhere(const Criteria& criteria) const {
-    return table().wholeOf(table().fetch(FetchQuery(table().tableName(), criteria)),
-                           [](const Row& row) { return tagMapper.getValue(row); });
+    return table().allOrNone(table().fetch(FetchQuery(table().tableName(), criteria)),
+                             [](const Row& row) { return tagMapper.getValue(row); });
 }
 
 TagRecordsPersistanceDelegate::TagRecords TagRecordInDatabase::getTagRecordsByRecordId(const std::string& recordId) {
@@ -52,8 +52,8 @@ bool TagRecordInDatabase::updateTagRecord(const std::string& oldTagId, const std
         Criteria::and_({columnIs(tagRecordMapper.recordId, id), columnIs(tagRecordMapper.id, oldTagId)}));
 }
 TagRecordsPersistanceDelegate::TagRecords TagRecordInDatabase::tagRecordsWhere(const Criteria& criteria) const {
-    return table().wholeOf(table().fetch(FetchQuery(table().tableName(), criteria)),
-                           [](const Row& row) { return tagRecordMapper.getValue(row); });
+    return table().allOrNone(table().fetch(FetchQuery(table().tableName(), criteria)),
+                             [](const Row& row) { return tagRecordMapper.getValue(row); });
 }
 
 }  // namespace tarvo
