@@ -23,7 +23,7 @@ void addLimit(Pieces& pieces, const std::optional<std::int64_t>& limit, const st
         pieces.push_back("LIMIT ?");
 }
 
-// SQLite reads a limit of -1 as none.
+// For SQLite a limit of -1 means no limit.
 void addLimitParameters(ValueList& parameters, const std::optional<std::int64_t>& limit,
                         const std::optional<std::int64_t>& offset) {
     if (offset || limit) parameters.push_back(limit.value_or(-1));

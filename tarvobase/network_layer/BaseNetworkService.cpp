@@ -78,7 +78,7 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
     auto prepared = url(answer.token, request.method, request.body);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
-    // Parameters cannot travel in a body that is taken; then they go into the URL.
+    // A request that has a body sends its parameters in the URL.
     auto& address = prepared->request.url;
     if (request.body && request.params) {
         service::appendQuery(address, bren::BrenNetworkManager::formattedParamString(*request.params));

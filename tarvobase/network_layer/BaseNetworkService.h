@@ -13,7 +13,7 @@ namespace tarvo {
 
 class BaseNetworkService;
 
-/// Follows a service's calls, on the queue of the call. Every operation is empty unless overridden.
+/// Is notified of a service's calls, on the queue of the call. Every operation is empty unless it is overridden.
 class NetworkServiceDelegate : public virtual platform::Object {
 public:
     virtual void networkCallGiven(BaseNetworkService& by) { static_cast<void>(by); }
@@ -27,18 +27,18 @@ public:
     }
 };
 
-/// Base of the network services with a delegate. A subclass names its call, posts its parameters, and parses the answer
-/// in `taskCompletionHandler` or in the completion that it gives, unless its caller does.
+/// Base of the network services with a delegate. A subclass names its call and posts its parameters. The answer is
+/// parsed in `taskCompletionHandler`, in a completion that the subclass passes, or by the caller.
 ///
-/// A call is one attempt. Every call completes, on the network queue, also one that could not be sent; the failure is
-/// then a `NetworkError`. A service that has been let go when its token or its answer comes does nothing more.
+/// A call is one attempt. Every call completes on the network queue, even if it could not be sent; the failure is then
+/// a `NetworkError`. A service that has been released when its token or its answer comes does nothing more.
 ///
-/// A service belongs to the account, organisation and database for which it was made. Once another one is in force, it
+/// A service belongs to the account, organisation and database for which it was made. Once others are in force, it
 /// sends nothing, and an answer that is still on its way completes as the failure `outdated`, without a body.
 class BaseNetworkService : public virtual platform::Object {
 public:
     explicit BaseNetworkService(std::shared_ptr<NetworkConstantsProtocol> withNetworkConstants);
-    /// A service of one call, whose address is settled now.
+    /// Makes a service of one call. Its URL is composed now.
     explicit BaseNetworkService(
         const CRMAPIs& endpoint, ApiVersion version = ApiVersion::v4,
         std::shared_ptr<NetworkConstantsProtocol> networkConstants = std::make_shared<NetworkConstants>());
@@ -51,14 +51,14 @@ public:
     bool shouldAddAuthtoken = true;
     std::shared_ptr<CurrentOrganisationProtocol> orgsPersistance;
 
-    /// Whom the service works for.
+    /// The account, organisation and database that the service works for.
     const Scope& scope() const { return scope_; }
 
-    /// Made on first read.
+    /// Returns the adapter, which is made at the first call.
     std::shared_ptr<NetworkAdapter> networkAdapter();
     void setNetworkAdapter(std::shared_ptr<NetworkAdapter> adapter) { networkAdapter_.set(std::move(adapter)); }
 
-    /// The selected account, or the empty text.
+    /// Returns the id of the selected account, or the empty text.
     std::string currentUserBrenUID() const;
 
     struct Request {
@@ -68,14 +68,14 @@ public:
         NTaskPriority priority = NTaskPriority::normal;
         HTTPMethod method = HTTPMethod::post;
         bool shouldAddOrgId = false;
-        /// Absent means `taskCompletionHandler`.
+        /// If it is empty, `taskCompletionHandler` gets the answer.
         NetworkCompletion completionHandler{};
     };
-    /// Sends to `baseURL`. Without a token the request is not sent and `errorHandler` gets `noAuthtoken`.
+    /// Sends a request to `baseURL`. Without a token it is not sent, and `errorHandler` gets `noAuthtoken`.
     void sendRequest(Request request);
     /// Posts the parameters to `baseURL` for the current organisation, as most services do.
     void post(ValueMap params, NetworkCompletion completion = {});
-    /// Downloads from another address without authentication.
+    /// Downloads from another URL without authentication.
     void downloadPublicRequest(const std::string& baseUrl, Request request);
     void downloadRequest(Request request);
 
@@ -83,23 +83,25 @@ public:
         URLRequest request;
         std::optional<std::string> authorization;
     };
-    /// Returns the request to `baseURL` with the text for a token, or nullopt if `baseURL` is not a URL.
+    /// Returns the request to `baseURL` with the authorization text of a token, or nullopt if `baseURL` is not a URL.
     std::optional<AuthenticatedURL> url(const std::optional<std::string>& authentication, HTTPMethod method,
                                         std::optional<Data> body) const;
 
     void progressDataHandler(Data piece, double part);
     void progressPercentHandler(float part, std::int64_t done, std::int64_t total);
 
-    /// The answer of a request without a handler of its own. The base does nothing.
+    /// Gets the answer to a request without a completion of its own. The base does nothing.
     virtual void taskCompletionHandler(NetworkAnswer answer) { static_cast<void>(answer); }
 
     void send(NetworkCall call) { networkAdapter()->send(std::move(call)); }
-    /// With the token in the headers, or in the parameters for a plain one. Without a token as for `sendRequest`.
+    /// Uploads with the token in the headers, or in the parameters if it is plain. Without a token it does the same as
+    /// `sendRequest`.
     void upload(NetworkUpload upload);
     void download(NetworkCall call) { networkAdapter()->download(std::move(call)); }
 
 protected:
-    /// Reports a request that got no answer. One that had no token went nowhere, and was reported then.
+    /// Reports a request that got no answer. A request without a token is left out, since it was reported when it was
+    /// not sent.
     void reportFailure(const NetworkError& error);
 
 private:

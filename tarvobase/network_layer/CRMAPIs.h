@@ -22,7 +22,7 @@ struct EnumCases<ApiVersion> {
         {ApiVersion::v2, "v2"}, {ApiVersion::v3, "v3"}, {ApiVersion::v4, "v4"}, {ApiVersion::v5, "v5"}};
 };
 
-/// A call of the server. Three of them carry what their path needs; the others are plain.
+/// A call of the server. Three of them carry parts of their path; the others are plain.
 class CRMAPIs {
 public:
     enum class Case {
@@ -110,7 +110,7 @@ private:
     std::string module_;
 };
 
-/// The plain calls; the raw text is the server path.
+/// The plain calls. The raw text is the path on the server.
 template <>
 struct EnumCases<CRMAPIs::Case> {
     using C = CRMAPIs::Case;

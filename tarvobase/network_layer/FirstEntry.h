@@ -4,8 +4,8 @@
 
 namespace tarvo {
 
-/// What the first entry of an answer brought, for a call about one thing. Fails as the answer, its entry or the rows of
-/// the entry do; an answer without entries is `noData`.
+/// Returns the value of the first entry of an answer, for calls about one thing. Fails if the answer, its entry or the
+/// rows of the entry fail. An answer without entries is `noData`.
 template <class T, class Info>
 Result<T, ParserError> firstEntry(ParserProtocol<T, Info>&& parser, const platform::Data& data) {
     auto answer = parser.parse(data);
@@ -16,7 +16,7 @@ Result<T, ParserError> firstEntry(ParserProtocol<T, Info>&& parser, const platfo
     return std::move(entry).value().data;
 }
 
-/// The rows of an entry as they came; `noData` when the server says that there are none.
+/// Returns the rows of an entry as they came, or `noData` if the server says that there are none.
 class RowsParser final : public ParserProtocol<ValueList, BaseResultInfo> {
 public:
     Result<ValueList, ParserError> parseResult(const ValueList& rows, const BaseResultInfo& info) override {
@@ -25,7 +25,7 @@ public:
     }
 };
 
-/// The rows of the first entry.
+/// Returns the rows of the first entry.
 inline Result<ValueList, ParserError> firstRows(const platform::Data& data) { return firstEntry(RowsParser(), data); }
 
 }  // namespace tarvo

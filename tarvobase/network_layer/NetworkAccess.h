@@ -7,14 +7,14 @@
 
 namespace tarvo {
 
-/// A file of certificates in PEM form that servers are judged by beside the system's; the empty text takes it back.
-/// Counts for requests given afterwards. False, and nothing changes, when no certificate can be read from it.
+/// Trusts the certificates in a file in PEM form besides those of the system, for requests that are sent afterwards.
+/// The empty text removes them. Returns false and changes nothing if no certificate can be read from the file.
 [[nodiscard]] bool trustFurtherAuthority(const std::string& file);
 
-/// The serial queue on which the answers of all requests arrive, one at a time.
+/// Returns the serial queue on which the answers of all requests arrive, one at a time.
 const std::shared_ptr<DispatchQueue>& networkQueue();
 
-/// How many requests the library has made in this process. From any thread.
+/// Returns the number of requests that the library has made in this process. It may be called from any thread.
 int requestCount();
 
 }  // namespace tarvo

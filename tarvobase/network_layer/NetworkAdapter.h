@@ -13,15 +13,15 @@
 
 namespace tarvo {
 
-/// Part done from 0 to 1, bytes done, bytes in all (-1 when unknown).
+/// The fraction done from 0 to 1, the bytes done, and the bytes in all (-1 if unknown).
 using PercentHandler = std::function<void(float part, std::int64_t done, std::int64_t total)>;
-/// A piece of the body, part done from 0 to 1.
+/// A piece of the body, and the fraction done from 0 to 1.
 using ProgressHandler = std::function<void(Data piece, double part)>;
 
-/// One request and who hears of it. Every handler may be absent.
+/// A request and its callbacks, each of which may be empty.
 struct NetworkCall {
     URLRequest request;
-    std::optional<std::string> authorization{};  ///< value of the "Authorization" header
+    std::optional<std::string> authorization{};  ///< the value of the "Authorization" header
     std::optional<ValueMap> params{};
     NTaskPriority priority = NTaskPriority::normal;
     std::optional<std::string> identifier{};
@@ -30,12 +30,12 @@ struct NetworkCall {
     NetworkCompletion completionHandler{};
 };
 
-/// A file that goes up as a multipart form.
+/// A file that is uploaded as a multipart form.
 struct NetworkUpload {
     std::string url;
     bren::Headers headers{};
     ValueMap params{};
-    std::variant<std::string, Data> source;  ///< path of a file, or the bytes themselves
+    std::variant<std::string, Data> source;  ///< the path of a file, or the bytes themselves
     std::string fileParamName;
     std::string fileName;
     std::string fileType{};
@@ -44,13 +44,14 @@ struct NetworkUpload {
     NetworkCompletion completionHandler{};
 };
 
-/// The seam between the network services and the HTTP library.
+/// The interface between the network services and the HTTP library.
 class NetworkAdapter : public virtual platform::Object {
 public:
     virtual void send(NetworkCall call) = 0;
-    /// Each header replaces what the request has under its name; no authorization is added.
+    /// Sends the request with other headers. Each replaces the request's header of the same name. No authorization is
+    /// added.
     virtual void sendWithHeaders(NetworkCall call, const bren::Headers& headers);
-    /// Builds the request from a text; one that is no URL is logged and completes with a failure.
+    /// Makes the request from a URL. A text that is not a URL is logged and completes with a failure.
     virtual void sendUrl(const std::string& url, HTTPMethod method, NetworkCall call,
                          const bren::Headers& headers = {});
 
@@ -60,11 +61,11 @@ public:
     virtual void downloadUrl(const std::string& url, HTTPMethod method, NetworkCall call);
 };
 
-/// Runs a completion with a failure that came before anything was sent, later and on the queue where completions run.
+/// Runs the completion of a request that was not sent, with the reason. It runs later, on the queue of completions.
 void completeUnsent(const NetworkCompletion& completion, const std::optional<std::string>& identifier,
                     NetworkError error);
 
-/// The adapter over `bren::BrenNetworkManager`. Stateless.
+/// The adapter over `bren::BrenNetworkManager`. It has no state.
 class BrenNetworkManagerAdapter final : public NetworkAdapter {
 public:
     void send(NetworkCall call) override;

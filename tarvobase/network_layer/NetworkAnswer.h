@@ -14,16 +14,18 @@ using bren::URLRequest;
 using bren::URLResponse;
 using platform::Data;
 
-/// How a request ended.
+/// The end of a request.
 struct NetworkAnswer {
     Data body{};
-    std::optional<URLResponse> response{};    ///< what the server said before the body
-    std::optional<std::string> identifier{};  ///< as it was given with the request
-    std::optional<NetworkError> error{};      ///< of the transport; a refusal of the server is a body like any other
-    int taskNumber = 0;                       ///< number of the request; 0 when it could not be sent
+    std::optional<URLResponse> response{};    ///< the status and headers of the server
+    std::optional<std::string> identifier{};  ///< the identifier of the request
+    std::optional<NetworkError>
+        error{};         ///< a failure of the transport; a refusal of the server is a body like any other
+    int taskNumber = 0;  ///< the number of the request; 0 if it could not be sent
 };
 
-/// Runs exactly once per request, on the network queue. No completion may wait for another.
+/// The callback for the end of a request. It runs exactly once per request, on the network queue. No completion may
+/// wait for another one.
 using NetworkCompletion = std::function<void(NetworkAnswer answer)>;
 
 }  // namespace tarvo

@@ -11,8 +11,8 @@ namespace {
 
 using Case = CRMAPIs::Case;
 
-// Hosts are settings of a deployment. Those that are not made of the host application's own domain lie below the
-// reserved domain "example" or on loopback, so that a program that was never configured reaches nobody.
+// Host names are settings of a deployment. Those that do not come from the host application's own domain are below the
+// reserved domain "example", so that a program that was never configured reaches nobody.
 constexpr const char* crmWebRoot = "https://web.crm.example/crm/v2/";
 constexpr const char* lumetWebRoot = "https://web.lumet.example/crm/v2/";
 constexpr const char* internalTestEndpoint = "https://internal.crm.example";
@@ -21,7 +21,7 @@ constexpr std::array developmentEndpoints = {"https://dev1.crm.example", "https:
                                              "https://dev3.crm.example", "https://dev4.crm.example",
                                              "https://dev5.crm.example", "https://dev6.crm.example"};
 
-// A server on loopback answers for every label itself (a resolver knows "localhost" and what ends in it).
+// A server on loopback answers under every label, since names that end in "localhost" resolve to it.
 std::string_view environmentLabel(MProxyServerType type) {
     switch (type) {
         case MProxyServerType::type0:

@@ -9,13 +9,13 @@
 
 namespace tarvo {
 
-/// Where each call of the server lies. Every answer goes by the configuration of the moment.
+/// Composes the URL of each call of the server from the present configuration.
 class NetworkConstantsProtocol : public virtual platform::Object {
 public:
-    /// With version `v4`.
+    /// Returns the URL with version `v4`.
     virtual std::string getURL(const CRMAPIs& forApi) const { return getURL(forApi, ApiVersion::v4); }
     virtual std::string getURL(const CRMAPIs& forApi, ApiVersion version) const = 0;
-    /// The call below a target of that name.
+    /// Returns the URL of a call below a target, such as a module.
     virtual std::string getURLTo(const CRMAPIs& forApi, const std::string& target) const = 0;
     virtual std::string getBaseUrl(DependentServerType type, const std::string& dclDomain,
                                    const std::optional<std::string>& dclPrefix) const = 0;
@@ -27,7 +27,7 @@ public:
 class NetworkConstants final : public NetworkConstantsProtocol {
 public:
     static constexpr const char* appAPIScope = "";
-    /// The sign-in endpoint of the service.
+    /// The sign-in page of the service.
     static constexpr const char* loginBaseURL = "https://accounts.crm.example/oauth/v2/auth";
 
     using NetworkConstantsProtocol::getURL;

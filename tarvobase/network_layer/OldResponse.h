@@ -12,13 +12,14 @@
 
 namespace tarvo {
 
-/// The header of an answer part of the older form: "error" 0 for data, 1 for a refusal.
+/// The header of a part of an answer in the older form. "error" is 0 for data and 1 for a refusal.
 struct OldResponseInfo {
     std::uint64_t servertime = 0;
     std::int64_t error = 0;
 };
 
-/// A part of the older form that failed: the server's code and words, or `noData` for what is neither data nor refusal.
+/// The failure of a part in the older form: the server's code and message, or `noData` for a part that is neither data
+/// nor a refusal.
 struct OldResultError {
     enum class Case { serverError, noData } which = Case::noData;
     std::int64_t code = 0;
@@ -26,7 +27,7 @@ struct OldResultError {
     friend bool operator==(const OldResultError&, const OldResultError&) = default;
 };
 
-/// The older form of an answer: "response" is a list of pairs of a header and a body.
+/// A part of an answer in the older form, whose "response" is a list of pairs of a header and a body.
 template <class T>
 struct OldResponse {
     OldResponseInfo responseInfo;
@@ -35,8 +36,9 @@ struct OldResponse {
 
 using OldResponsePart = OldResponse<ValueList>;
 
-/// All parts in their order, each a success with its data list or a failure. A body that has no such list is
-/// `jsonSerializationFailed`, `keyNotFound("response")` or `typeConversionFailedForKey("response")`.
+/// Returns all parts in their order, each of them a success with its list of data or a failure. A body without a list
+/// of parts fails with `jsonSerializationFailed`, `keyNotFound("response")` or
+/// `typeConversionFailedForKey("response")`.
 Result<std::vector<OldResponsePart>, ParserError> parseOldResponse(const platform::Data& data);
 
 }  // namespace tarvo

@@ -18,14 +18,14 @@ struct ParsedJSON {
     std::uint64_t responseTime = 0;
 };
 
-/// Reads the plain envelope. Absent when the body is no such thing. Each time falls to 0 by itself.
+/// Reads the plain envelope. Returns nullopt if the body is not one. A time that cannot be read is 0.
 struct Parser {
     static std::optional<ParsedJSON> getJSONData(const platform::Data& data);
-    /// The same without times.
+    /// Reads the envelope without its times.
     static std::optional<ParsedJSON> getOldJSONData(const platform::Data& data);
 };
 
-/// A list whose items all are maps; nothing otherwise.
+/// Returns the items of a list of maps, or nullopt if the value is not a list or has other items.
 std::optional<std::vector<ValueMap>> listOfMaps(const Value* value);
 
 }  // namespace tarvo

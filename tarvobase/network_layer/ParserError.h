@@ -8,7 +8,7 @@
 
 namespace tarvo {
 
-/// Why an answer of the server, or a stored value, cannot be used.
+/// The reason why an answer of the server, or a stored value, cannot be used.
 class ParserError {
 public:
     enum class Case {
@@ -24,7 +24,7 @@ public:
     };
 
     ParserError(Case plain) : case_(plain) {}  // NOLINT: implicit, so that a plain case is an error by itself
-    /// The server refused; its list of error items when it gave one.
+    /// A refusal of the server, with its list of errors if it sent one.
     static ParserError responseError(std::optional<ValueList> errors) {
         ParserError error(Case::responseError);
         error.errors_ = std::move(errors);
@@ -40,11 +40,12 @@ public:
     }
 
     Case which() const { return case_; }
-    /// The key, or the index as text, of the cases that name one; empty for the others.
+    /// The key, or the index as text, in the cases that name one; empty in the others.
     const std::string& key() const { return key_; }
-    /// The server's items of `responseError`. They pass through unread.
+    /// The server's errors in the case `responseError`, as they came.
     const std::optional<ValueList>& errors() const { return errors_; }
-    /// The case and its key, for logs; never the server's items, which may quote what was sent.
+    /// Returns the case and its key for log lines. The server's errors are left out, since they may quote what was
+    /// sent.
     std::string logText() const;
 
     friend bool operator==(const ParserError& a, const ParserError& b) {

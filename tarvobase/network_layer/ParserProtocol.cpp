@@ -4,7 +4,7 @@ namespace tarvo {
 
 namespace {
 
-// One bad time leaves both at 0: a pair of clocks of which one is a guess is of no use.
+// One bad time makes both 0, since a pair of times of which one is a guess is of no use.
 ResponseInfo timesOf(const ValueMap& response) {
     auto info = parseAs<ValueMap>(response, "responseInfo");
     if (!info) return {};

@@ -12,13 +12,13 @@
 
 namespace tarvo {
 
-/// The server's clock of an answer, milliseconds since 1970; 0 when the answer does not tell.
+/// The server's times of an answer, in milliseconds since 1970. Both are 0 if the answer lacks one of them.
 struct ResponseInfo {
     std::uint64_t serverTime = 0;
     std::uint64_t responseTime = 0;
 };
 
-/// One entry of an answer as it came.
+/// An entry of an answer as it came.
 template <class Info>
 struct ParsedResult {
     Info info;
@@ -26,7 +26,7 @@ struct ParsedResult {
     std::optional<ValueList> data;
 };
 
-/// One entry of an answer: its rows, or why there are none.
+/// An entry of an answer with its rows, or the reason why there are none.
 template <class T, class Info>
 struct RParsedResult {
     Result<T, ParserError> data;
@@ -39,7 +39,7 @@ struct ParsedResponse {
     ResponseInfo responseInfo;
 };
 
-/// Reads one entry of "result": "error" before "data", and "info" as its type tells.
+/// Reads an entry of "result". "error" takes precedence over "data", and `Info` decides how "info" is read.
 struct BaseResultParser {
     template <class T>
     static Result<T, ParserError> getKey(std::string_view key, const ValueMap& from) {
@@ -60,16 +60,16 @@ struct BaseResultParser {
     }
 };
 
-/// What the envelope holds, whatever the types of an answer.
+/// The content of the envelope, whatever the types of an answer.
 struct Envelope {
-    std::vector<Value> entries;  ///< maps all
+    std::vector<Value> entries;  ///< all of them are maps
     ResponseInfo responseInfo;
 };
 Result<Envelope, ParserError> parseEnvelope(const platform::Data& data);
 Result<Envelope, ParserError> parseEnvelope(const Value& body);
 
-/// Turns a body into typed entries. Subclasses read the rows of an entry in `parseResult`; one entry's failure leaves
-/// the others usable. Stateless: any thread, several at a time.
+/// Turns a body into typed entries. Subclasses read the rows of an entry in `parseResult`. The failure of an entry
+/// leaves the others usable. A parser has no state and may be used from several threads at a time.
 template <class T, class Info>
 class ParserProtocol : public virtual platform::Object {
 public:
@@ -98,14 +98,14 @@ private:
     }
 };
 
-/// Bodies and models that are plain JSON.
+/// Converts bodies and models that are plain JSON.
 class KelvaBaseParser {
 public:
     virtual ~KelvaBaseParser() = default;
-    /// The JSON bytes of a value; nothing when it holds what JSON cannot say.
+    /// Returns a value as JSON, or nullopt if it holds values that JSON cannot express.
     std::optional<platform::Data> convert(const Value& object) const;
     std::optional<platform::Data> encode(const Value& model) const { return convert(model); }
-    /// A body through `read`, which gives nothing for what it cannot use.
+    /// Returns `read(document)` for the document in a body, or nullopt if the body is not JSON.
     template <class Read>
     auto parse(const platform::Data& data, Read&& read) const -> decltype(read(Value())) {
         auto document = json::parse(data);

@@ -9,8 +9,8 @@
 
 namespace tarvo {
 
-/// Reads the keys of an "info" map. Leniently, a key of another type is absent; strictly, it fails the whole. A key
-/// that is missing or null is absent either way.
+/// Reads the keys of an "info" map. A key of another type counts as absent in the lenient mode, and fails the whole map
+/// in the strict mode. A key that is missing or null is absent in both modes.
 class InfoReader {
 public:
     enum class Mode { lenient, strict };
@@ -23,7 +23,7 @@ public:
         into = readAs<T>(*value);
         if (!into && mode_ == Mode::strict) failed_ = true;
     }
-    /// For a part that the info is of no use without; fails the whole in the strict mode.
+    /// Reports that a necessary part is missing. It fails the whole map in the strict mode.
     void fail() { failed_ = failed_ || mode_ == Mode::strict; }
     bool failed() const { return failed_; }
 
@@ -33,7 +33,7 @@ private:
     bool failed_ = false;
 };
 
-/// The header of one entry of an answer. Subclasses add members and read them in `readFrom`.
+/// The header of an entry of an answer. Subclasses add members and read them in `readFrom`.
 struct BaseResultInfo {
     virtual ~BaseResultInfo() = default;
     std::optional<std::string> moduleName;
@@ -93,7 +93,7 @@ struct SyncLFRecordsInfo : RecordListInfo {
     }
 };
 
-/// An info from a map as it is: whatever cannot be read is absent.
+/// Reads an info leniently: keys that cannot be read are absent.
 template <class Info>
 Info infoFromMap(const ValueMap& map) {
     Info info;
@@ -102,7 +102,7 @@ Info infoFromMap(const ValueMap& map) {
     return info;
 }
 
-/// An info decoded from JSON: a key of another type fails the whole.
+/// Reads an info strictly: a key of another type fails the whole.
 template <class Info>
 Result<Info, ParserError> decodeInfo(const ValueMap& map) {
     Info info;

@@ -12,7 +12,7 @@ namespace {
 
 using TokenWork = std::function<void(Result<TokenAnswer, NetworkError>)>;
 
-/// Whoever comes first, the token or the end of the wait, does the work.
+/// Runs the work once, for the token or for the end of the wait, whichever comes first.
 class TokenWait {
 public:
     explicit TokenWait(TokenWork work) : work_(std::move(work)) {}
@@ -97,7 +97,7 @@ NetworkCompletion guarded(const Scope& scope, NetworkCompletion completion) {
     return [scope, completion = std::move(completion)](NetworkAnswer answer) {
         if (!scope.isCurrent()) {
             auto failure = outdated();
-            platform::log(platform::LogLevel::warning, "network", "an answer is dropped: " + failure.message);
+            platform::log(platform::LogLevel::warning, "network", "dropped an answer: " + failure.message);
             answer.body = {};
             answer.response.reset();
             if (!answer.error) answer.error = std::move(failure);

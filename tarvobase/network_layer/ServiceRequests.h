@@ -13,10 +13,11 @@
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/network_layer/NetworkAdapter.h"
 
-/// What the two bases of network services share: how a request is built, and how a token gets into it.
+/// The parts that the two bases of network services share: building a request, and adding a token to it.
 namespace tarvo {
 
-/// The adapter of a service: made at the first read, which may come from several threads at once, or set before it.
+/// The adapter of a service. It is made at the first read, which may come from several threads at once, unless one was
+/// set before.
 class LazyNetworkAdapter {
 public:
     std::shared_ptr<NetworkAdapter> getOr(std::shared_ptr<NetworkAdapter> (*make)()) {
@@ -43,50 +44,50 @@ inline constexpr std::string_view HEADER_ORGID = "X-CRM-ORG";
 inline constexpr std::string_view PARAM_ORGID = "orgid";
 inline constexpr std::string_view PARAM_AUTHTOKEN = "authtoken";
 
-/// Returns the request with the fixed headers, that of the organisation if there is one, and a time-out of 60 seconds.
-/// Returns nullopt if the text is not a URL.
+/// Returns the request with the fixed headers, the header of the organisation if there is one, and a time-out of 60
+/// seconds. Returns nullopt if the text is not a URL.
 std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body,
                                         const std::string& organisation);
 
 /// Returns the value of the "Authorization" header for a token.
 std::string authorizationText(AuthenticationType type, const std::string& token);
 
-/// Puts build and token of an upload where they belong: into its headers, a plain token into its parameters.
+/// Adds the build id and the token to the headers of an upload. A plain token goes into the parameters instead.
 void authorize(NetworkUpload& upload, AuthenticationType type, const std::string& token);
 
-/// Adds "orgid" when the configuration allows it and there is an organisation. Absent parameters stay absent.
+/// Adds "orgid" if the configuration allows it and an organisation is chosen. Absent parameters stay absent.
 void addOrganisation(std::optional<ValueMap>& params, CurrentOrganisationProtocol& organisations);
 
-/// The failures of requests that never went out.
+// The failures of requests that were not sent.
 NetworkError invalidURL();
 NetworkError notSent(std::string why);
-/// The failure of work that belongs to an account, organisation or database which is no longer in force.
+/// The failure of work whose account, organisation or database is no longer in force.
 NetworkError outdated();
 
-/// Appends "name=value" pairs to a URL, after "?" or "&" as it needs.
+/// Appends "name=value" pairs to a URL, after "?" or "&".
 void appendQuery(std::string& url, const std::string& query);
 
-/// What the host answered for the account at work.
+/// The host's answer to a request for the token of the current account.
 struct TokenAnswer {
     AuthenticationType type;
     std::string user;
     std::optional<std::string> token;  ///< absent when the account has none
 };
 
-/// How long a host may take to give a token. A host that shows a sign-in window first is slow; one that never answers
-/// must not keep a screen waiting.
+/// The time that a host may take to hand out a token. It is long enough for a host that shows a sign-in window first,
+/// and ends the wait of a screen if the host never answers.
 inline constexpr std::chrono::seconds tokenTimeLimit{60};
 
-/// Asks for the token of the current user. Calls `work` exactly once: with the answer, or with the reason why the
-/// request must not go out. That is the case without authentication, once the scope is outdated, also while the token
-/// was on its way, and after `tokenTimeLimit`.
+/// Asks for the token of the current user. Calls `work` exactly once, with the answer or with the reason why the
+/// request must not be sent: there is no authentication, the scope is outdated (also if this happened while the token
+/// was on its way), or `tokenTimeLimit` has passed.
 void withToken(const Scope& scope, std::function<void(Result<TokenAnswer, NetworkError>)> work);
 
-/// Returns the completion with a guard before it: an answer to work whose scope is outdated loses its body and becomes
-/// the failure `outdated`, with one log line, so that nobody stores or shows it.
+/// Returns a completion that checks the scope before it calls the given one. If the scope is outdated, the answer loses
+/// its body and becomes the failure `outdated`, so that nobody stores or shows it, and one line is logged.
 NetworkCompletion guarded(const Scope& scope, NetworkCompletion completion);
 
-/// `read(item)` of each, in their order. Calls about several things send such lists side by side.
+/// Returns `read(item)` for each item, in their order. Calls about several things send such lists as parameters.
 template <class Item, class Read>
 ValueList listOf(const std::vector<Item>& items, Read read) {
     ValueList list;
@@ -95,7 +96,7 @@ ValueList listOf(const std::vector<Item>& items, Read read) {
     return list;
 }
 
-/// Names of the headers, never their values: one of them is the token.
+/// Logs the names of the headers, but not their values, since one of them is the token.
 void logHeaders(const URLRequest& request);
 
 }  // namespace service

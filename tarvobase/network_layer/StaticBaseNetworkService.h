@@ -12,10 +12,10 @@
 namespace tarvo {
 
 /// Base of the network services that keep no state: the caller passes the URL and a callback. Every call completes
-/// exactly once on the network queue, also one that could not be sent. Without a token a request still goes out,
-/// without authorization; an upload does not, and `errorHandler` gets `noAuthtoken`.
+/// exactly once on the network queue, even if it could not be sent. Without a token a request is sent without
+/// authorization; an upload is not sent, and `errorHandler` gets `noAuthtoken`.
 ///
-/// A service belongs to the account, organisation and database for which it was made. Once another one is in force, it
+/// A service belongs to the account, organisation and database for which it was made. Once others are in force, it
 /// sends nothing, and an answer that is still on its way completes as the failure `outdated`, without a body.
 class StaticBaseNetworkService : public virtual platform::Object {
 public:
@@ -28,10 +28,10 @@ public:
     std::shared_ptr<CurrentOrganisationProtocol> orgsPersistance;
     std::weak_ptr<CommonErrorProtocol> errorHandler;
 
-    /// Whom the service works for.
+    /// The account, organisation and database that the service works for.
     const Scope& scope() const { return scope_; }
 
-    /// The address of requests that name none.
+    /// Returns the URL of requests that do not name one.
     virtual std::string baseURL() const { return {}; }
 
     std::shared_ptr<NetworkAdapter> networkAdapter();
@@ -68,8 +68,8 @@ public:
         URLRequest request;
         std::optional<std::string> authorization;
     };
-    /// Returns the request with a token: in the authorization text, or for a plain token in the URL. Returns nullopt if
-    /// `urlRequest` is not a URL.
+    /// Returns the request with a token: in the authorization text, or in the URL if the token is plain. Returns
+    /// nullopt if `urlRequest` is not a URL.
     std::optional<AuthenticatedURL> url(const std::string& urlRequest, const std::optional<std::string>& authentication,
                                         HTTPMethod method, std::optional<Data> body) const;
 

@@ -12,7 +12,7 @@
 
 namespace tarvo {
 
-/// The items of a list; nullopt unless all of them are texts.
+/// Returns the items of a list, or nullopt unless all of them are texts.
 inline std::optional<std::vector<std::string>> allTexts(const ValueList& list) {
     std::vector<std::string> texts;
     texts.reserve(list.size());
@@ -23,7 +23,7 @@ inline std::optional<std::vector<std::string>> allTexts(const ValueList& list) {
     return texts;
 }
 
-/// A member of a JSON map or list, read as one type and never converted. `T` is `bool`, `std::int64_t`,
+/// Returns a member of a JSON map or list if it has this type; it is never converted. `T` is `bool`, `std::int64_t`,
 /// `std::uint64_t`, `double` (whole numbers too), `std::string`, a list of `std::string`, `ValueList` or `ValueMap`.
 template <class T>
 std::optional<T> readAs(const Value& value) {
@@ -42,7 +42,7 @@ std::optional<T> readAs(const Value& value) {
     if constexpr (std::is_same_v<T, ValueMap>) return copied(value.asMap());
 }
 
-/// `keyNotFound` for an absent key, `typeConversionFailedForKey` for another type.
+/// Reads a key. Fails with `keyNotFound` if it is absent, with `typeConversionFailedForKey` if it has another type.
 template <class T>
 Result<T, ParserError> parseAs(const ValueMap& map, std::string_view key) {
     auto value = map.find(key);
@@ -51,7 +51,8 @@ Result<T, ParserError> parseAs(const ValueMap& map, std::string_view key) {
     return ParserError::typeConversionFailedForKey(std::string(key));
 }
 
-/// `keyNotFound` with the index as text beyond the end, `typeConversionFailedForIndex` for another type.
+/// Reads an item. Fails with `keyNotFound` and the index as text beyond the end, with `typeConversionFailedForIndex` if
+/// it has another type.
 template <class T>
 Result<T, ParserError> parseAs(const ValueList& list, std::size_t index) {
     if (index >= list.size()) return ParserError::keyNotFound(std::to_string(index));
@@ -59,7 +60,7 @@ Result<T, ParserError> parseAs(const ValueList& list, std::size_t index) {
     return ParserError::typeConversionFailedForIndex(index);
 }
 
-/// The lenient forms: nothing for an absent key and for another type.
+/// The lenient forms return nullopt if the key or item is absent or has another type.
 template <class T>
 std::optional<T> readKey(const ValueMap& map, std::string_view key) {
     auto value = map.find(key);
