@@ -9,8 +9,9 @@
 #include "platform/Files.h"
 #include "platform/Rows.h"
 
-// Each benchmark does the work with the library and by hand in turns and reports the hand's time over the library's
-// as the counter "of_hand": 1 is as quick, 0.5 takes twice as long. The time shown is the library's.
+// Each benchmark does the work with the library and with hand-written code in turns. The counter "of_hand" is the time
+// of the hand-written code divided by the library's: at 1 the library is as quick, at 0.5 it takes twice as long. The
+// time that is shown is the library's.
 namespace tarvo::benchmarks {
 
 using Table = std::vector<std::vector<std::string>>;
@@ -30,13 +31,13 @@ double secondsOf(F&& work) {
     return watch.seconds();
 }
 
-/// Adds up both sides and sets the counters at the end.
+/// Adds up the times of both sides and sets the counters at the end.
 class Comparison {
 public:
     explicit Comparison(benchmark::State& state) : state_(state) {}
     template <class Ours, class Hand>
     void round(Ours&& ours, Hand&& hand) {
-        // The second of two equal works finds warmer caches, so the order changes from round to round.
+        // The side that runs second finds warmer caches, so the order changes from round to round.
         bool oursFirst = rounds_++ % 2 == 0;
         if (!oursFirst) hand_ += secondsOf(hand);
         auto seconds = secondsOf(ours);
@@ -85,7 +86,7 @@ inline Table makeRows(std::size_t rowCount, std::size_t columnCount) {
     return rows;
 }
 
-/// A page that is stored cell by cell, as one that is being parsed.
+/// A page that is stored cell by cell, like one that is being parsed.
 class TableSource final : public RowSource {
 public:
     TableSource(const std::vector<std::string>& columns, const Table& rows) : columns_(columns), rows_(rows) {}

@@ -4,7 +4,7 @@
 #include "platform/Text.h"
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
 
-// What a data manager sees: the adapter, beside the same work by hand.
+// Measures the adapter, as data managers use it. The floor does the same work with hand-written code.
 namespace tarvo::benchmarks {
 
 namespace {

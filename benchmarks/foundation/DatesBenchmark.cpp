@@ -11,7 +11,7 @@
 namespace tarvo {
 namespace {
 
-// A thousand moments over the years 2015 to 2025.
+// Returns a thousand moments between 2015 and 2025.
 std::int64_t momentAt(std::int64_t i) { return 1'420'070'400 + i * 315'577; }
 
 std::vector<std::string> texts(std::string_view pattern) {
@@ -40,7 +40,7 @@ icu::SimpleDateFormat byIcu(std::string_view pattern) {
     return format;
 }
 
-// The floor: the digits added up and nothing looked at, which no correct reader can beat.
+// The floor adds up the digits without checks, which no correct reader can beat.
 std::int64_t bareLoop(std::string_view text) {
     auto number = [&](std::size_t at, int count) {
         int value = 0;

@@ -13,7 +13,7 @@ namespace {
 
 namespace text = platform::text;
 
-// Values as records hold them: names, companies, streets.
+// Values as in records: names, companies, streets.
 const std::vector<std::string> ascii{
     "Margaret Hamilton", "Acme Industrial Supplies, Inc.", "42 Old Mill Road, Springfield",
     "Follow up on the renewal of the maintenance contract before the end of the quarter"};
@@ -37,12 +37,12 @@ void foldAll(benchmark::State& state, const std::vector<std::string>& values, Fo
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * bytes);
 }
 
-// The floor: each byte looked at once.
+// The floor looks at each byte once.
 void bareLoop(std::string& out, const std::string& value) {
     for (char c : value) out += c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
-// The usual way with ICU: decompose, drop the marks, fold, compose.
+// Folds in the usual way with ICU: decompose, drop the marks, fold, compose.
 void byIcu(std::string& out, const std::string& value) {
     UErrorCode status = U_ZERO_ERROR;
     static const icu::UnicodeSet marks(u"[:Mn:]", status);

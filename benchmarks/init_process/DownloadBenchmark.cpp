@@ -8,12 +8,13 @@
 #include "tarvobase/network_layer/NetworkAccess.h"
 #include "tarvobase/utils/Util.h"
 
-// The first download of an account: all steps, over TLS, from a server in a process of its own into an encrypted file.
-// Beside it the floor: the rows that it leaves in the record tables, inserted by hand into a file of the same settings.
+// Measures the first download of an account: all steps, over TLS, from a server in a process of its own into an
+// encrypted file. The floor inserts the resulting rows of the record tables with hand-written code into a file of the
+// same settings.
 //
-// While it runs, the server and the transport share the processors with it, so its own split says what a user waits
-// for. For the ratio the answers are parsed and stored once more, alone and on one thread, into fresh files, in turns
-// with the hand.
+// During the download, the server and the transport share the processors with it, and its own counters show what a user
+// waits for. For the ratio, the answers are parsed and stored once more into new files, alone and on one thread, in
+// turns with the floor.
 namespace tarvo::benchmarks {
 
 namespace {
@@ -22,7 +23,7 @@ constexpr std::size_t recordsOfModule = 5'000;
 constexpr int rounds = 5;
 const std::string key(32, 'k'), salt(16, 's');
 
-/// The settings of an application, taken back for the benchmarks behind this one.
+/// Applies the settings of an application, and resets them for the benchmarks after this one.
 class Application {
 public:
     Application(const std::string& folder, const SandboxProcess& server) {
@@ -47,7 +48,7 @@ private:
     const FieldIdentifier naming_ = configuration_.fieldIdentifier.get();
 };
 
-/// An encrypted file that is open for the library.
+/// An encrypted file that the library has open.
 class OpenDatabase {
 public:
     explicit OpenDatabase(const std::string& path)
@@ -62,8 +63,8 @@ public:
     const std::shared_ptr<KelvaDatabasePersistance> adapter;
 };
 
-/// The answers and the hand's rows, stored in turns. Of each side the best round counts: a round takes a second, long
-/// enough for another program to come in between.
+/// Stores the answers and the floor's rows in turns. The best round of each side counts, since a round takes a second,
+/// which is long enough for other programs to disturb it.
 struct Alone {
     struct Ours {
         double parse = 0, store = 0;

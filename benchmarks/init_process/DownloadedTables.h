@@ -27,7 +27,7 @@ private:
     const Rows& rows_;
 };
 
-/// What a download has left behind: the schema, the rows that the storing of records needs, and those that it made.
+/// The result of a download: the schema, the rows that storing records needs, and the rows that it made.
 class DownloadedTables {
 public:
     using HandWritten = kelva::benchmarks::HandWritten;
@@ -53,10 +53,10 @@ public:
         }
     }
 
-    /// Rows of all record tables, those that hang on records included.
+    /// The number of rows in all record tables, dependent rows included.
     std::size_t rowCount() const { return rowCount_; }
 
-    /// The state in which the records' step finds a database.
+    /// Brings a database into the state in which the step of the records finds it.
     void prepare(DatabaseAdapter& database) const {
         for (auto& statement : statements_) database.createTable(statement);
         for (auto& [name, rows] : metadata_) database.insertInto(kelva::quotedName(name), FetchedRows(rows));
@@ -73,7 +73,7 @@ private:
         std::string name;
         std::vector<std::string> columns;
         std::vector<HandWritten::View> cells;
-        Rows rows;  ///< where the texts lie
+        Rows rows;  ///< owns the texts
     };
     static Cells cellsOf(const std::string& name, const Rows& rows) {
         Cells table{kelva::quotedName(name), {}, {}, rows};

@@ -18,7 +18,7 @@ extern char** environ;
 
 namespace tarvo::benchmarks {
 
-/// The server as a process of its own, beside this program's file, on a free port. It ends with the object.
+/// The server in a process of its own, on a free port. Its program lies beside this one. It ends with the object.
 class SandboxProcess {
 public:
     SandboxProcess(const std::string& stateFolder, std::size_t recordCount) {
@@ -53,7 +53,7 @@ public:
     std::string port, authority;
 
 private:
-    /// The two lines that it says once it listens; its end comes as the end of its output.
+    /// Reads the two lines that the server prints once it listens. If it ends before, so does its output.
     void readAddress(int output) {
         auto* lines = ::fdopen(output, "r");
         std::array<char, 4096> line;

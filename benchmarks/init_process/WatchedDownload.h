@@ -23,16 +23,17 @@
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
-// A first download as an application runs it. Of its steps the one of the records has its service and its record tables
-// wrapped, both of which it takes as interfaces, so that the times are those of the run itself.
+// A first download as an application runs it. The step of the records gets its service and its record tables wrapped,
+// which is possible since it takes both as interfaces. So the times are those of the run itself.
 namespace tarvo::benchmarks {
 
-/// Where the time of the records' step goes, in seconds. All but the start is written by the network queue alone.
+/// The time that the step of the records spends on its parts, in seconds. Only the network queue writes the members,
+/// except the start.
 struct Split {
     using Clock = std::chrono::steady_clock;
     Clock::time_point asked, answered, parsed, ended;
-    double handling = 0;  ///< of answers, from the body on
-    double parse = 0;     ///< from the body to the first records that are stored
+    double handling = 0;  ///< of answers, beginning with the body
+    double parse = 0;     ///< from the body to the first stored records
     double store = 0;
     std::size_t requests = 0, modules = 0, records = 0;
     std::vector<platform::Data> bodies;
@@ -40,7 +41,7 @@ struct Split {
     static double between(Clock::time_point from, Clock::time_point to) {
         return std::chrono::duration<double>(to - from).count();
     }
-    /// Nothing was at hand to be parsed or stored.
+    /// The time in which there was nothing to parse or store.
     double network() const { return between(asked, ended) - handling; }
 };
 
@@ -105,7 +106,7 @@ private:
     void relay(const CommonErrorNotice&) override { hasFailed = true; }
 };
 
-/// Runs the download into an open, empty database. False when it failed or has not ended in half an hour.
+/// Runs the download into an open, empty database. Returns false if it fails or does not end in half an hour.
 inline bool download(const std::shared_ptr<DatabaseAdapter>& database, const std::shared_ptr<Split>& split) {
     auto defaults = std::make_shared<BrenUserDefaults>();
     auto memory = std::make_shared<InMemoryStorage>();

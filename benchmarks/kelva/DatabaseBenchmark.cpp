@@ -82,7 +82,7 @@ void fetch(benchmark::State& state) {
     comparison.finish(state.range(0));
 }
 
-/// Opening with a passphrase and reading on four readers, against one derivation and one raw connection.
+/// Measures opening with a passphrase and reading on four readers. The floor is one derivation and one raw connection.
 void open(benchmark::State& state) {
     Folder folder;
     auto path = folder.path + "/a.db";

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int width = 256;
 
-// What is being inserted: rows of texts, or cells.
+// The rows that are being inserted, as texts or as cells.
 const HandWritten::Table* currentRows = nullptr;
 const std::vector<HandWritten::View>* currentCells = nullptr;
 std::size_t currentColumns = 0;

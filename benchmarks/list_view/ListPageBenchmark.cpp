@@ -14,8 +14,8 @@
 #include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/view/CustomView.h"
 
-// A page of a list: 200 records by 20 columns out of 100,000 of 60 columns, all of them in the view's map, beside the
-// quickest of the queries known for the same rows.
+// Measures a page of a list: 200 records by 20 columns out of 100,000 records of 60 columns, all of them in the view's
+// map. The floor is the quickest of the hand-written queries for the same rows.
 namespace tarvo::benchmarks {
 
 namespace {
@@ -23,7 +23,7 @@ namespace {
 const std::string key(32, 'k'), salt(16, 's');
 constexpr std::size_t recordCount = 100'000, batch = 10'000, fieldCount = 60, shownFields = 20;
 
-/// The order of a view, and how the hand says it.
+/// The order of a view, and the column by which the hand-written query sorts.
 struct Order {
     const char* field;
     const char* column;  // the one that it sorts by
@@ -114,7 +114,7 @@ std::string recordTable() {
     return sql + ")";
 }
 
-/// The library's and the hand's database with equal rows, made once for all orders.
+/// The databases of the library and of the floor with equal rows. They are made once for all orders.
 struct Sides {
     Folder folder;
     std::shared_ptr<KelvaDatabasePersistance> adapter =
@@ -163,7 +163,7 @@ private:
     }
 };
 
-/// The queries that are known to be quick, the two of them by what they do first.
+/// Returns two hand-written queries: one reads the records at once, the other their row ids first.
 std::array<std::string, 2> knownQueries(const Order& order, std::int64_t from) {
     std::string shown;
     for (std::size_t i = 0; i < shownFields - 1; ++i) shown += fieldName(i) + ", ";
@@ -206,7 +206,7 @@ void listPage(benchmark::State& state) {
     auto page = request(from);
     FilterRecordsQuery query{.filter = view, .moduleInfo = info, .request = page};
 
-    // The first read of an order finds no index. It is there when the queue has run dry.
+    // The first read of an order finds no index. The index exists when the queue is empty.
     static std::map<std::pair<std::int64_t, std::int64_t>, double> firstRead;
     auto& first = firstRead[{state.range(0), from}];
     first = std::max(first, secondsOf([&] { records.getRecords(query); }));
@@ -227,8 +227,8 @@ void listPage(benchmark::State& state) {
         state.SkipWithError("the rows differ");
 }
 
-/// What the index of an order costs a page of 10,000 records on its way into the table: "of_hand" is the rate with it
-/// over the rate without.
+/// Measures the cost of the index of an order for storing a page of 10,000 records. "of_hand" is the rate with the
+/// index divided by the rate without.
 void storeUnderListOrder(benchmark::State& state) {
     Folder folder;
     KelvaDatabasePersistance adapter(StorageLocation::onDisk(folder.path + "/ours.db"));

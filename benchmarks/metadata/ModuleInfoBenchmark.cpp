@@ -13,7 +13,7 @@
 #include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
 #include "tarvobase/value_objects/module/SettingsInDatabase.h"
 
-// The infos of an account's modules, without help from memory, beside the same rows read by hand.
+// Reads the infos of an account's modules without memory stores. The floor reads the same rows with hand-written code.
 namespace tarvo::benchmarks {
 
 namespace {
@@ -48,7 +48,7 @@ std::vector<Module> modules() {
     return all;
 }
 
-/// Every tenth field has choices.
+/// Returns fields of which every tenth has choices.
 bool hasPicklist(int field) { return field % 10 == 0; }
 
 std::vector<FieldMetadata> fields() {

@@ -15,8 +15,8 @@
 #include "tarvobase/records/wire/RecordPage.h"
 #include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
 
-// A page of the first download, from the bytes of the answer to committed encrypted rows: 10,000 records of 60 fields
-// beside the same work by hand, which knows the page's shape.
+// Measures a page of the first download, 10,000 records of 60 fields, from the bytes of the answer to committed
+// encrypted rows. The floor is hand-written code that knows the page's shape.
 namespace tarvo::benchmarks {
 
 namespace {
@@ -75,7 +75,7 @@ long long secondsOfText(std::string_view text) {
     return days.time_since_epoch().count() * 86400LL + number(11, 2) * 3600 + number(14, 2) * 60 + number(17, 2);
 }
 
-/// The page by hand: the parser's own views straight into cells.
+/// The hand-written page puts the parser's own views into cells.
 class HandWrittenPage {
 public:
     explicit HandWrittenPage(const std::vector<std::string>& columns) {
@@ -147,7 +147,7 @@ std::vector<std::string> columnsOf(const platform::Data& body, const FieldList& 
     return {page.columns().begin(), page.columns().end()};
 }
 
-/// How much memory a piece of work takes at its peak, beyond what was there before.
+/// Measures the memory that a piece of work takes at its peak, beyond the memory in use before.
 template <class F>
 std::int64_t peakBytesOf(F&& work) {
     auto bytesOf = [](const char* name) {
@@ -162,7 +162,7 @@ std::int64_t peakBytesOf(F&& work) {
     return bytesOf("VmHWM:") - before;
 }
 
-/// The library's and the hand's database with equal tables of records.
+/// The databases of the library and of the floor, with equal tables of records.
 struct Sides {
     Folder folder;
     std::shared_ptr<KelvaDatabasePersistance> adapter =
@@ -219,7 +219,7 @@ void page(benchmark::State& state) {
         state.SkipWithError("rows are missing");
 }
 
-/// What comes before the database, alone: bytes to cells.
+/// Measures the work before the database, from bytes to cells.
 void pageRead(benchmark::State& state) {
     platform::Data body(makePage());
     auto fields = fieldList();

@@ -24,35 +24,36 @@ namespace tarvo {
 class InMemoryDatabaseAdapter;
 class UserDefaultsProtocol;
 
-/// The composition root: the one place where the stores of values are put together for a scope. Operations take what
-/// they need from here when they are made, and keep it. So their work stays with the account, organisation and
-/// database that they were made for; after a switch, whoever asks gets new operations. Cheap to make and to copy.
+/// The composition root, the one place where the stores of values are put together for a scope. Operations take their
+/// stores from here when they are made, and keep them, so that their work stays with the account, organisation and
+/// database for which they were made. After a switch, a host makes new operations. The object is cheap to make and to
+/// copy.
 ///
-/// Values that are read all the time have a memory in front of their table. Without a database the reads of tables
-/// fail and writes do nothing.
+/// Values that are read often have a memory in front of their table. Without a database, reads of tables fail and
+/// writes do nothing.
 class Stores {
 public:
     explicit Stores(Scope scope);
-    /// With a memory and a settings store of the caller's. Without a memory every read goes to the table.
+    /// Uses the memory and the settings of the caller. Without a memory every read goes to the table.
     Stores(Scope scope, std::shared_ptr<InMemoryDatabaseAdapter> memory,
            std::shared_ptr<UserDefaultsProtocol> userDefaults);
 
-    /// The stores of the scope of the moment.
+    /// Returns the stores of the scope that is in force now.
     static Stores current();
-    /// The same over a database that the caller hands over, which may be null. The settings store is that of the scope,
-    /// unless the caller hands over one of its own class: `BrenUserDefaults` would follow a switch of account.
+    /// Returns the same over a database of the caller, which may be null. The settings are those of the scope, unless
+    /// the caller hands over settings of a class of its own: `BrenUserDefaults` would follow a switch of account.
     static Stores over(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                        std::shared_ptr<UserDefaultsProtocol> userDefaults = nullptr);
 
     Scope scope;
     std::shared_ptr<InMemoryDatabaseAdapter> memory;
-    /// Takes the account of the scope as the current one.
+    /// The settings, whose group `current` is the account of the scope.
     std::shared_ptr<UserDefaultsProtocol> userDefaults;
 
     const std::shared_ptr<DatabaseAdapter>& databaseAdapter() const { return scope.databaseAdapter; }
     UserDefaultsUtil userDefaultsUtil() const { return UserDefaultsUtil(userDefaults); }
 
-    /// With memory.
+    // These have a memory in front of their table.
     std::shared_ptr<ModulesPersistanceDelegate> modules() const;
     std::shared_ptr<SettingsPersistanceDelegate> settings() const;
     std::shared_ptr<UserPersistanceDelegate> users() const;
@@ -60,7 +61,7 @@ public:
     std::shared_ptr<PipelinePersistanceDelegate> pipelines() const;
     std::shared_ptr<PipelineStagePersistanceDelegate> pipelineStages() const;
 
-    /// Without.
+    // These read their table at each call.
     std::shared_ptr<FieldMetadataPersistanceDelegate> fields() const;
     std::shared_ptr<PicklistMetadataPersistanceDelegate> picklists() const;
     std::shared_ptr<ModuleLayoutInfoPersistanceDelegate> layouts() const;

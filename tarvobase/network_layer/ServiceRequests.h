@@ -13,7 +13,7 @@
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/network_layer/NetworkAdapter.h"
 
-/// The parts that the two bases of network services share: building a request, and adding a token to it.
+/// The functions that the two bases of network services share: they build a request and add a token to it.
 namespace tarvo {
 
 /// The adapter of a service. It is made at the first read, which may come from several threads at once, unless one was
