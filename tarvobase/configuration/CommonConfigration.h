@@ -39,7 +39,7 @@ public:
 /// change them while it runs, from any thread; the library assigns none of them. Absent paths and ids are nullopt.
 ///
 /// Work that belongs to an account takes a `Scope` when it begins, and does not come back here for the account, the
-/// organisation, the database or the naming. All other fields are read at the moment of use.
+/// organisation or the database. All other fields are read at the moment of use.
 ///
 /// At least `localDirectoryLocation`, `authentication`, `userDefaultsGroup` and the server fields must be set before
 /// anything else of the library is used, and `databaseAdapter` when the account's database is open. `Scope` describes
