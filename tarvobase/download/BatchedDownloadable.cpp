@@ -101,7 +101,7 @@ void BatchedDownloadable::transportFailed(const std::vector<Module>& modules, co
     platform::log(platform::LogLevel::warning, "first download",
                   "progress updated failure invoked: " + std::string(bren::kindName(error.kind)));
     logBatch(std::string(logTexts_.completed) + " - failure for ", modules);
-    tellFailure(errorResponder, error);
+    reportNetworkFailure(errorResponder, error, scope_);
 }
 
 void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, const ParserError& error) {

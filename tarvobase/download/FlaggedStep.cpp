@@ -20,7 +20,7 @@ void FlaggedStep::answered(const NetworkAnswer& answer) {
     // The flag stays clear, and a run that is cut off must not be reported as one that has ended.
     if (error && error->kind == NetworkError::Kind::shutDown) return;
     if (error) {
-        tellFailure(errorResponder, *error);
+        reportNetworkFailure(errorResponder, *error, scope_);
         return fail(std::string(bren::kindName(error->kind)));
     }
     if (!scope_.isCurrent()) {

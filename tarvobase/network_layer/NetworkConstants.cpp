@@ -11,7 +11,7 @@ namespace {
 
 using Case = CRMAPIs::Case;
 
-// Host names are settings of a deployment. Those that do not come from the host application's own domain are below the
+// Host names are settings of a deployment. Names that do not come from the host application's own domain are below the
 // reserved domain "example", so that a program that was never configured reaches nobody.
 constexpr const char* crmWebRoot = "https://web.crm.example/crm/v2/";
 constexpr const char* lumetWebRoot = "https://web.lumet.example/crm/v2/";

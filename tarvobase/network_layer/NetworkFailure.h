@@ -1,13 +1,13 @@
 #pragma once
 
 #include "bren_network/URLRequest.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 
 namespace tarvo {
 
-/// What a frame use case reports of a request that got no answer.
+/// Returns the failure that a use case reports for a request that got no answer.
 template <class DomainError>
 AppError<DomainError> appErrorOf(const bren::NetworkError& error) {
     using Kind = bren::NetworkError::Kind;
@@ -24,19 +24,21 @@ AppError<DomainError> appErrorOf(const bren::NetworkError& error) {
     }
 }
 
-/// The reason that an operation gives for a request that got no answer.
+/// Returns the reason that an operation gives for a request that got no answer.
 inline FailureReason failureReasonOf(const bren::NetworkError& error) {
     return error.kind == bren::NetworkError::Kind::notSent ? FailureReason::notSignedIn : FailureReason::noNetwork;
 }
 
-/// What delegate use cases hear of such a request, on the queue of the call.
-inline void tellFailure(const std::weak_ptr<CommonErrorProtocol>& responder, const bren::NetworkError& error) {
-    auto hearing = responder.lock();
-    if (!hearing) return;
+/// Notifies the responder of a delegate use case of such a request, on the calling queue. The scope is that of the
+/// work.
+inline void reportNetworkFailure(const std::weak_ptr<CommonErrorProtocol>& responder, const bren::NetworkError& error,
+                                 const Scope& scope) {
+    auto listener = responder.lock();
+    if (!listener) return;
     if (error.kind == bren::NetworkError::Kind::notSent)
-        hearing->noAuthtoken(CommonConfigration::sharedInstance().getCurrentAccountID().value_or(""));
+        listener->noAuthtoken(scope.account);
     else
-        hearing->networkResponseError();
+        listener->networkResponseError();
 }
 
 }  // namespace tarvo

@@ -5,6 +5,7 @@
 #include "platform/Log.h"
 #include "platform/ProgrammingError.h"
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/utils/Util.h"
 #include "tarvobase/value_objects/account/User.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
@@ -45,8 +46,7 @@ std::size_t positionOf(const ValueMap& values, std::string_view column) {
 }
 
 std::string freshId() {
-    if (auto generator = CommonConfigration::sharedInstance().recordIDGenerator.get())
-        return generator->getNewRecordId();
+    if (auto generator = variant::recordIDGenerator()) return generator->getNewRecordId();
     platform::reportProgrammingError("a new record was asked for before recordIDGenerator was set");
     return Util::getNewRecordId();
 }

@@ -104,6 +104,8 @@ public:
 
     /// Returns the owner of the tables on which the operations work: an account, or an account in an organisation.
     virtual std::string owner() const = 0;
+    /// Returns the account of the owner.
+    virtual std::string account() const = 0;
     /// Returns false while another owner is current. Reads then return nullopt, and writes do nothing.
     virtual bool isOwnerCurrent() const = 0;
 

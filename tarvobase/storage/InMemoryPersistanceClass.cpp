@@ -4,7 +4,6 @@
 
 #include "platform/ProcessState.h"
 #include "platform/ThreadSafety.h"
-#include "tarvobase/configuration/CommonConfigration.h"
 
 namespace tarvo {
 
@@ -41,9 +40,7 @@ struct EnumCases<NoProperty> {
 
 InMemoryPropertyValue IncompleteTableMark::operator[](std::string_view) const { return NoProperty::none; }
 
-std::string InMemoryPersistanceClass::currentAccountBrenUID() const {
-    return CommonConfigration::sharedInstance().getCurrentAccountID().value_or("");
-}
+std::string InMemoryPersistanceClass::currentAccountBrenUID() const { return inMemoryPersistanceClass->account(); }
 
 std::uint64_t memory_changes::count(const std::string& owner, const std::string& tableName) {
     return ChangesOfTables::shared().with(owner, tableName, [](TableChanges& changes) { return changes.count; });

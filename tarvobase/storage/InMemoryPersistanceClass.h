@@ -23,6 +23,7 @@ public:
         : inMemoryPersistanceClass(std::move(inMemoryPersistanceClass)) {}
 
     std::shared_ptr<InMemoryDatabaseAdapter> inMemoryPersistanceClass;
+    /// Returns the account whose tables are in memory.
     std::string currentAccountBrenUID() const;
 };
 

@@ -62,8 +62,7 @@ std::optional<Objects> getFilteredArray(const std::optional<Objects>& table, con
 
 // An account has different modules in each of its organisations.
 std::string InMemoryStorage::owner() const {
-    if (!scope_) return Scope::current().account;
-    return scope_->organisation.empty() ? scope_->account : scope_->account + "\n" + scope_->organisation;
+    return scope_ && !scope_->organisation.empty() ? account() + "\n" + scope_->organisation : account();
 }
 
 void InMemoryStorage::insertInto(const std::string& tableName, Object object) {

@@ -15,6 +15,7 @@ public:
     explicit InMemoryStorage(Scope scope) : scope_(std::move(scope)) {}
 
     std::string owner() const override;
+    std::string account() const override { return scope_ ? scope_->account : Scope::current().account; }
     bool isOwnerCurrent() const override { return !scope_ || scope_->isCurrent(); }
     void insertInto(const std::string& tableName, Object object) override;
     void insertInto(const std::string& tableName, const Objects& objects) override;

@@ -2,7 +2,7 @@
 
 #include "platform/Log.h"
 #include "platform/Text.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/network_layer/PositionalRow.h"
 
 namespace tarvo {
@@ -93,7 +93,7 @@ std::optional<ParsedInitData::DateTimeFormat> InitDateTimeFormatParser::parse(co
 }
 
 std::optional<std::vector<Module>> InitModulesParser::parse(const ValueList& data) {
-    bool isModuleIDSupported = CommonConfigration::sharedInstance().isModuleIDSupported.get();
+    bool isModuleIDSupported = variant::hasModuleIDs();
     return rowsOf("activeModules", data, &Module::moduleName,
                   [&](PositionalRow& row) { return moduleOf(row, isModuleIDSupported); });
 }

@@ -1,7 +1,6 @@
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
 
 #include "platform/Log.h"
-#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/metadata/wire/MetadataParser.h"
@@ -81,9 +80,7 @@ void InitMetadataDM::request(const std::vector<Module>& modules) {
 }
 
 std::string InitMetadataDM::profileID() const {
-    auto authentication = CommonConfigration::sharedInstance().authentication.get();
-    auto account = authentication ? authentication->currentUser().value_or("") : "";
-    auto users = persistance_.userDAO->getUsersWithBrenUID({account});
+    auto users = persistance_.userDAO->getUsersWithBrenUID({scope().account});
     return users && !users->empty() ? users->front().profileID : std::string(unknownUserProfile);
 }
 

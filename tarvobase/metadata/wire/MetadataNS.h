@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/network_layer/BaseNetworkService.h"
 #include "tarvobase/value_objects/module/Module.h"
 
@@ -34,7 +34,7 @@ public:
 
 private:
     static ApiVersion configuredVersion() {
-        auto text = rawText(CommonConfigration::sharedInstance().getMetadataApiVersion.get());
+        auto text = rawText(variant::metadataVersion());
         return fromRawText<ApiVersion>(text).value_or(ApiVersion::v4);
     }
 };

@@ -1,6 +1,6 @@
 #include "tarvobase/metadata/wire/MetadataParser.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/metadata/wire/MetadataSections.h"
 
 namespace tarvo {
@@ -30,8 +30,7 @@ constexpr SectionReader readers[] = {
 
 }  // namespace
 
-MetadataParser::MetadataParser()
-    : hasAdditionalInfo_(CommonConfigration::sharedInstance().hasAdditionalInfoAndSubformKeysInLayoutMeta.get()) {}
+MetadataParser::MetadataParser() : hasAdditionalInfo_(variant::hasMoreLayoutColumns()) {}
 
 Result<ParsedMetadataDetail, ParserError> MetadataParser::parseResult(const ValueList& sections,
                                                                       const ParsedMetadataInfo& info) {

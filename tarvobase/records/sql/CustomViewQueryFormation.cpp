@@ -6,7 +6,7 @@
 
 #include "kelva_db/Database.h"
 #include "platform/Text.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/CustomViewComparator.h"
 #include "tarvobase/records/sql/CustomViewOfflineQueryParser.h"
@@ -34,7 +34,7 @@ struct Pair {
 
 std::string_view separatorOfPieces() {
     // The pieces of the server's own templates are joined with commas; those inside a piece are encoded.
-    if (CommonConfigration::sharedInstance().serverCVCriteria.get()) return ",";
+    if (variant::hasServerCriteria()) return ",";
     return CustomViewOfflineQuery::replaceSeparator;
 }
 

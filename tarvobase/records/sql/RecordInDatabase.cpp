@@ -73,7 +73,7 @@ struct WireRows {
     }
 
     std::vector<NestedRecords> nestedRecords(std::string_view wireName) const {
-        auto key = ModuleParser::systemKey(wireName, CommonConfigration::sharedInstance().modifySystemProperties.get());
+        auto key = ModuleParser::systemKey(wireName);
         std::vector<NestedRecords> nested;
         for (std::size_t i = 0; i < wire.size(); ++i) {
             auto value = wire[i]->find(key);

@@ -1,6 +1,6 @@
 #include "tarvobase/records/wire/ModuleParser.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/wire/WireEntries.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
@@ -104,17 +104,16 @@ std::optional<ParsedRecords> ModuleParser::parseRecord(const Value* data, std::s
 }
 
 ParsedRecords ModuleParser::parseRecord(const ValueList& data, std::string_view forModule) {
-    auto& configuration = CommonConfigration::sharedInstance();
     std::vector<wire::ValueNode> records;
     records.reserve(data.size());
     for (auto& record : data) records.emplace_back(record);
-    return {wire::dictionaries(records, configuration.modifySystemProperties.get(),
-                               configuration.getMetadataApiVersion.get() == GetMetadataApiVersion::lumet),
+    return {wire::dictionaries(records, variant::rewritesSystemProperties(),
+                               variant::metadataVersion() == GetMetadataApiVersion::lumet),
             moduleOf(forModule)};
 }
 
 std::string ModuleParser::systemKey(std::string_view name) {
-    return systemKey(name, CommonConfigration::sharedInstance().modifySystemProperties.get());
+    return systemKey(name, variant::rewritesSystemProperties());
 }
 
 std::string ModuleParser::systemKey(std::string_view name, bool modifySystemProperties) {

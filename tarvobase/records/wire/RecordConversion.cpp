@@ -5,7 +5,7 @@
 #include "platform/Json.h"
 #include "platform/Log.h"
 #include "platform/Text.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/network_layer/TypedReads.h"
 #include "tarvobase/records/wire/ModuleParser.h"
 #include "tarvobase/records/wire/RecordPlan.h"
@@ -263,7 +263,7 @@ ValueMap rowOf(const ValueMap& dictionary, const FieldList& fields) {
 }
 
 std::vector<ValueMap> underColumns(const std::vector<ValueMap>& wire, const FieldList& fields) {
-    auto modify = CommonConfigration::sharedInstance().modifySystemProperties.get();
+    auto modify = variant::rewritesSystemProperties();
     std::unordered_map<std::string, std::string> columns;
     auto add = [&](const FieldMetadata& field) {
         auto key = ModuleParser::systemKey(field.fieldAPIName, modify);

@@ -1,6 +1,6 @@
 #include "tarvobase/records/wire/RecordPlan.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/wire/ModuleParser.h"
 #include "tarvobase/records/wire/WireEntries.h"
@@ -9,10 +9,9 @@
 namespace tarvo {
 
 RecordPlan::RecordPlan(const FieldList& metadata) : moduleName_(metadata.moduleName()), naming_(metadata.naming()) {
-    auto& configuration = CommonConfigration::sharedInstance();
     isNotesModule_ = moduleName_ == rawText(ModuleIdentifier::Case::notes);
-    modifySystemProperties_ = configuration.modifySystemProperties.get();
-    withPersonNames_ = configuration.getMetadataApiVersion.get() == GetMetadataApiVersion::lumet;
+    modifySystemProperties_ = variant::rewritesSystemProperties();
+    withPersonNames_ = variant::metadataVersion() == GetMetadataApiVersion::lumet;
     checkInSlot_ = slot(ModuleParser::systemKey(FieldAPIConstant.Notes.isCheckIn, modifySystemProperties_));
     checkInParentSlot_ = slot(getLookupColumn(FieldAPIConstant.Notes.seid));
     for (auto name : wire::recordListNames()) slot(ModuleParser::systemKey(name, modifySystemProperties_));

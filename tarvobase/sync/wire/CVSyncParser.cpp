@@ -4,7 +4,7 @@
 
 #include "platform/Log.h"
 #include "platform/Text.h"
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/network_layer/PositionalRow.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/CustomViewOfflineQueryParser.h"
@@ -123,7 +123,7 @@ void append(std::vector<CustomView>& views, ReadRow row, const std::string& defa
 
 Result<std::vector<CustomView>, ParserError> CVSyncParser::parseResult(const ValueList& rows,
                                                                        const ParsedPermissionInfo& info) {
-    bool hasServerCriteria = CommonConfigration::sharedInstance().serverCVCriteria.get();
+    bool hasServerCriteria = variant::hasServerCriteria();
     std::vector<CustomView> views;
     for (auto& value : rows) {
         auto list = value.asList();

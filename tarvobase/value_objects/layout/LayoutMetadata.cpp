@@ -1,15 +1,9 @@
 #include "tarvobase/value_objects/layout/LayoutMetadata.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/storage/StoredForm.h"
 
 namespace tarvo {
-
-namespace {
-
-bool hasMoreColumns() { return CommonConfigration::sharedInstance().hasAdditionalInfoAndSubformKeysInLayoutMeta.get(); }
-
-}  // namespace
 
 Value OptBoolCodec::write(bool value, Form form) { return MemberCodec<bool>::write(value, form); }
 std::optional<bool> OptBoolCodec::read(const ValueView& view, Form) {
@@ -54,7 +48,7 @@ LayoutFieldData LayoutMetadata::layoutFieldData() const {
 
 ValueMap LayoutMetadataDatabaseConstants::convertLayoutMetadataToDictionary(const LayoutFieldData& place) const {
     auto row = StoredForm<LayoutFieldData>::toMap(place, *this);
-    if (!hasMoreColumns()) {
+    if (!variant::hasMoreLayoutColumns()) {
         row.remove(IsSubformSection);
         row.remove(AdditionalInfo);
     }
@@ -66,7 +60,7 @@ std::optional<LayoutMetadata> LayoutMetadataDatabaseConstants::convertDictionary
     auto place = StoredForm<LayoutFieldData>::read(row, *this);
     auto field = fieldList.getField(place.*fieldList.naming().layoutFieldDataIdentifierKP);
     if (!field) return std::nullopt;
-    if (!hasMoreColumns()) {
+    if (!variant::hasMoreLayoutColumns()) {
         place.isSubformSection = false;
         place.additionalInfo.reset();
     }

@@ -1,18 +1,16 @@
 #include "tarvobase/value_objects/module/Module.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/storage/StoredForm.h"
 
 namespace tarvo {
 
 namespace {
 
-bool isModuleIDSupported() { return CommonConfigration::sharedInstance().isModuleIDSupported.get(); }
-
 template <class Source>
 Module moduleOf(const Source& source, const ModuleConstants& names) {
     auto module = StoredForm<Module>::read(source, names);
-    if (!isModuleIDSupported()) {
+    if (!variant::hasModuleIDs()) {
         module.id = module.moduleName;
     } else if (auto id = lookUp(source, names.ID)) {
         module.id = MemberCodec<std::string>::read(*id, names.form).value_or("");
@@ -24,7 +22,7 @@ Module moduleOf(const Source& source, const ModuleConstants& names) {
 
 ValueMap ModuleConstants::getDictionary(const Module& module) const {
     auto map = StoredForm<Module>::toMap(module, *this);
-    if (isModuleIDSupported()) map.set(ID, module.id);
+    if (variant::hasModuleIDs()) map.set(ID, module.id);
     if (module.type == ModuleType::none) map.remove(generatedType);
     return map;
 }

@@ -4,9 +4,6 @@
 
 namespace tarvo {
 
-std::string_view seModuleApiName() { return rawText(CommonConfigration::sharedInstance().seModule.get()); }
-std::string_view attachmentsApiName() { return rawText(CommonConfigration::sharedInstance().attachments.get()); }
-
 const IdentifierConstants& FieldIdentifierConstants() { return *namingInForce().constant; }
 
 }  // namespace tarvo

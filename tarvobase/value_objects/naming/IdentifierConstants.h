@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "tarvobase/configuration/Variant.h"
+
 namespace tarvo {
 
 /// The two namings of fields.
@@ -36,10 +38,6 @@ struct NamesOf {
         return naming == Naming::column ? ConstantName(column) : ConstantName(api);
     }
 };
-
-/// Return the API names that follow `CommonConfigration.seModule` and `CommonConfigration.attachments`.
-std::string_view seModuleApiName();
-std::string_view attachmentsApiName();
 
 struct LeadsConstants : NamesOf {
     std::string_view firstName = of("FIRSTNAME", "First_Name");
@@ -201,7 +199,7 @@ struct NotesConstants : NamesOf {
     std::string_view modifiedBy = of("MODIFIEDBY", "Modified_By");
     std::string_view ownerId = of("SMOWNERID", "Owner");
     std::string_view createdBy = of("SMCREATORID", "Created_By");
-    ConstantName attachments = of("ATTACHMENTS", &attachmentsApiName);
+    ConstantName attachments = of("ATTACHMENTS", &variant::attachments);
     std::string_view size = of("ATTACHMENTSIZE", "Attachment_Size");
     std::string_view id = of("ID", "id");
     std::string_view isVoiceNote = of("IS_VOICE_DATA", "voice_note");
@@ -306,7 +304,7 @@ struct IdentifierConstants : NamesOf {
     std::string_view lastName = of("LASTNAME", "Last_Name");
     std::string_view salutation = of("SALUTATION", "Salutation");
     std::string_view seid = of("SEID", "Parent_Id");
-    ConstantName seModule = of("SE_MODULE", &seModuleApiName);
+    ConstantName seModule = of("SE_MODULE", &variant::seModule);
     std::string_view phone = of("PHONE", "Phone");
     std::string_view email = of("EMAIL", "Email");
     std::string_view fax = of("FAX", "Fax");
@@ -314,7 +312,7 @@ struct IdentifierConstants : NamesOf {
     std::string_view modifiedTime = of("MODIFIEDTIME", "Modified_Time");
     std::string_view recordTitle = of("NAME", "File_Name");
     std::string_view creatorID = of("SMCREATORID", "Created_By");
-    ConstantName attachments = of("ATTACHMENTS", &attachmentsApiName);
+    ConstantName attachments = of("ATTACHMENTS", &variant::attachments);
     std::string_view whoID = of("WHO_ID", "Who_Id");
     std::string_view seStatus = of("SE_STATUS", "$status");
     std::string_view searchField = of("SEARCH_TEXT_FIELDS");

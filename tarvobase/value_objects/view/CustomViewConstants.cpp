@@ -8,11 +8,15 @@ namespace tarvo {
 
 template struct StoredNames<CustomViewConstants, CustomView>;
 
-const CustomViewDatabaseConstants& CommonConfigration::customViewDBConstants() const {
+const CustomViewDatabaseConstants& customViewDBConstants(bool hasServerCriteria) {
     static constexpr CustomViewDatabaseConstants ownCriteria;
     static constexpr CustomViewWithOfflineQueryDatabaseConstants serversCriteria;
-    if (serverCVCriteria.get()) return serversCriteria;
+    if (hasServerCriteria) return serversCriteria;
     return ownCriteria;
+}
+
+const CustomViewDatabaseConstants& CommonConfigration::customViewDBConstants() const {
+    return tarvo::customViewDBConstants(serverCVCriteria.get());
 }
 
 }  // namespace tarvo

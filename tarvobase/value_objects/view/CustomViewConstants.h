@@ -46,4 +46,7 @@ struct CustomViewWithOfflineQueryDatabaseConstants : CustomViewDatabaseConstants
     }
 };
 
+/// Returns the columns of the table for views that store the server's own criteria, or for those that do not.
+const CustomViewDatabaseConstants& customViewDBConstants(bool hasServerCriteria);
+
 }  // namespace tarvo

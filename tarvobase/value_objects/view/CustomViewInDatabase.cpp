@@ -1,5 +1,7 @@
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
+#include "tarvobase/configuration/Variant.h"
+
 namespace tarvo {
 
 namespace {
@@ -41,7 +43,7 @@ std::string_view ViewNames::*nameOf(Column column) {
 
 CustomViewInDatabase::CustomViewInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter)
     : CustomViewInDatabase(std::string(CustomViewDatabaseConstants().TableName), std::move(databaseAdapter),
-                           CommonConfigration::sharedInstance().customViewDBConstants()) {}
+                           customViewDBConstants(variant::hasServerCriteria())) {}
 
 CustomViewInDatabase::CustomViewInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                            const CustomViewDatabaseConstants& databaseConstants)
