@@ -92,7 +92,7 @@ StoredLayouts storedLayouts(const std::string& module) {
                 auto found =
                     response ? response->moduleInfoDict.find(module) : GetLayoutModuleInfoDM::Infos::iterator();
                 bool known = response && found != response->moduleInfoDict.end() && found->second;
-                answer(known ? found->second->layoutInfo.getAllLayouts() : StoredLayouts());
+                answer(known ? found->second->layoutInfo.orderedLayouts.values() : StoredLayouts());
             });
         return usecase;
     });

@@ -34,10 +34,12 @@ struct SectionLines {
 struct LayoutLines {
     std::string id, name;
     bool isDefault = false;
+    bool isAccessible = true;
     std::vector<SectionLines> sections;
     static constexpr auto fields() {
         return describe(field("id", &LayoutLines::id), field("name", &LayoutLines::name),
-                        field("isDefault", &LayoutLines::isDefault), field("sections", &LayoutLines::sections));
+                        field("isDefault", &LayoutLines::isDefault), field("isAccessible", &LayoutLines::isAccessible),
+                        field("sections", &LayoutLines::sections));
     }
 };
 
@@ -47,7 +49,7 @@ FieldLine lineOf(const FieldMetadata& field, bool mandatory) {
 }
 
 LayoutLines linesOf(const Layout<OrderedLayoutFieldList>& layout) {
-    LayoutLines lines{layout.layoutID, layout.layoutName, layout.isDefault, {}};
+    LayoutLines lines{layout.layoutID, layout.layoutName, layout.isDefault, layout.isAccessible, {}};
     for (auto row : layout.metadata.layoutFields()) {
         if (lines.sections.empty() || lines.sections.back().name != row->sectionName)
             lines.sections.push_back({row->sectionName, row->sectionDV, {}});
@@ -63,12 +65,13 @@ std::vector<LayoutLines> listing(const FieldList& fields, const StoredLayouts& l
     if (!listing.empty()) return listing;
     SectionLines all{"", "All fields", {}};
     for (auto field : fields.allFields()) all.lines.push_back(lineOf(*field, false));
-    return {{"", "No layout", false, {std::move(all)}}};
+    return {{.name = "No layout", .sections = {std::move(all)}}};
 }
 
 std::string headingOf(const LayoutLines& layout) {
     if (layout.id.empty()) return layout.name;
-    return "Layout " + layout.name + (layout.isDefault ? " (default)" : "");
+    return "Layout " + layout.name + (layout.isDefault ? " (default)" : "") +
+           (layout.isAccessible ? "" : " (not for this profile)");
 }
 
 /// Sets one table over all sections, so that columns align, and cuts it where headings belong.

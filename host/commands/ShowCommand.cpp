@@ -82,12 +82,14 @@ Result<Record, int> recordOf(Host& host, const Arguments& arguments) {
     return fail(missing + ", and " + explanationOf(*answer->failure));
 }
 
-/// Returns the record's own layout, or the module's default, or any; null if there are none.
+/// Returns the record's own layout, or the module's default, or any that the profile may use; null if there are none.
 const Layout<OrderedLayoutFieldList>* layoutOf(const Record& record, const StoredLayouts& layouts) {
     auto own = record.getString(FieldIdentifierConstants().layout);
     auto at = std::find_if(layouts.begin(), layouts.end(), [&](auto& one) { return one.layoutID == own; });
-    if (at == layouts.end()) at = std::find_if(layouts.begin(), layouts.end(), [](auto& one) { return one.isDefault; });
-    if (at == layouts.end()) at = layouts.begin();
+    auto isOffered = [](auto& one) { return one.isAccessible; };
+    auto isOfferedDefault = [](auto& one) { return one.isAccessible && one.isDefault; };
+    if (at == layouts.end()) at = std::find_if(layouts.begin(), layouts.end(), isOfferedDefault);
+    if (at == layouts.end()) at = std::find_if(layouts.begin(), layouts.end(), isOffered);
     return at == layouts.end() ? nullptr : &*at;
 }
 

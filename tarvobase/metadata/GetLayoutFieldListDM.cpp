@@ -7,7 +7,7 @@
 #include "platform/Log.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/storage/StoredForm.h"
+#include "tarvobase/value_objects/layout/SubformLayout.h"
 
 namespace tarvo {
 
@@ -67,19 +67,6 @@ std::map<std::string, Module> modulesByApiName(ModulesPersistanceDelegate& store
         modules.emplace(std::move(apiName), std::move(module));
     }
     return modules;
-}
-
-/// Reads a member of `additionalInfo`, which is stored as the server sent it: typed, or as text.
-template <class T>
-T infoOf(const LayoutMetadata& row, std::string_view key) {
-    auto value = row.additionalInfo ? row.additionalInfo->find(key) : nullptr;
-    return value ? MemberCodec<T>::read(ValueView(*value), Form::table).value_or(T()) : T();
-}
-
-bool canReorderRows(const LayoutMetadata& row) {
-    auto value =
-        row.additionalInfo ? row.additionalInfo->find(LayoutMetadata::Constant::AdditionalInfo::reorderRows) : nullptr;
-    return value && value->toText() == "true";
 }
 
 }  // namespace
@@ -152,23 +139,21 @@ std::map<std::string, LayoutRowsDM::SubformsByLayout> LayoutRowsDM::subforms(
     const LayoutsByModule& layouts, const ModuleFieldsMap& moduleFieldsMap) const {
     std::set<std::string> apiNames;
     forEachRow(layouts, [&](auto&, auto&, const LayoutMetadata& row) {
-        if (auto info = isSubform(row.fieldType) ? row.getSubformModuleInfo() : std::nullopt)
-            apiNames.insert(info->apiName);
+        if (auto subform = SubformLayoutMetadata::of(row)) apiNames.insert(subform->moduleAPIName);
     });
     auto modules = modulesByApiName(*modulePersistance, apiNames);
 
-    using Info = LayoutMetadata::Constant::AdditionalInfo;
     std::map<std::string, SubformsByLayout> byModule;
     forEachRow(layouts, [&](const std::string& moduleName, const std::string& layoutId, const LayoutMetadata& row) {
-        auto info = isSubform(row.fieldType) ? row.getSubformModuleInfo() : std::nullopt;
-        if (!info) return;
-        auto module = modules.find(info->apiName);
+        auto subform = SubformLayoutMetadata::of(row);
+        if (!subform) return;
+        auto module = modules.find(subform->moduleAPIName);
         byModule[moduleName][layoutId].try_emplace(
             row.fieldIdentifier(moduleFieldsMap.at(moduleName).naming()),
-            SubformMetadata{.layoutID = infoOf<std::string>(row, Info::subformLayoutId),
-                            .moduleName = module == modules.end() ? info->apiName : module->second.moduleName,
-                            .maxRow = infoOf<int>(row, Info::maximumRows),
-                            .canReorderRow = canReorderRows(row)});
+            SubformMetadata{.layoutID = subform->layoutID,
+                            .moduleName = module == modules.end() ? subform->moduleAPIName : module->second.moduleName,
+                            .maxRow = subform->maximumRows,
+                            .canReorderRow = subform->canReorderRows});
     });
     return byModule;
 }

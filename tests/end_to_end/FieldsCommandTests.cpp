@@ -22,7 +22,8 @@ TEST(FieldsCommand, ListsByLayoutAndSection) {
     std::vector<std::string> layouts;
     std::copy_if(lines.begin(), lines.end(), std::back_inserter(layouts),
                  [](auto& line) { return line.starts_with("Layout "); });
-    EXPECT_EQ(layouts, (std::vector<std::string>{"Layout Standard (default)", "Layout Partner", "Layout Internal"}));
+    EXPECT_EQ(layouts, (std::vector<std::string>{"Layout Standard (default)", "Layout Partner",
+                                                 "Layout Internal (not for this profile)"}));
     auto section = std::find(lines.begin(), lines.end(), "Lead Information");
     ASSERT_LT(section - lines.begin(), static_cast<std::ptrdiff_t>(lines.size()) - 4) << first.output;
     auto cells = [](const std::string& line) {

@@ -7,6 +7,7 @@
 #include "tarvobase/value_objects/layout/Layout.h"
 #include "tarvobase/value_objects/layout/LayoutMetadataInDatabase.h"
 #include "tarvobase/value_objects/layout/ModuleLayoutInfoInDatabase.h"
+#include "tarvobase/value_objects/layout/SubformLayout.h"
 #include "tarvobase/value_objects/module/ModulePermissionsInDatabase.h"
 #include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
@@ -520,14 +521,46 @@ TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
     EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->size(), 1u);
 }
 
-TEST_F(MetadataModelTest, TheDefaultLayoutIsTheFirstWithTheMark) {
-    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, false};
+TEST_F(MetadataModelTest, OnlyLayoutsThatTheProfileMayUseAreOffered) {
+    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, true};
     LayoutInfo<int> layouts;
     layouts.orderedLayouts.set("2", Layout<int>(closed, 20));
     EXPECT_EQ(layouts.getDefaultLayout(), nullptr);
     layouts.orderedLayouts.set("1", Layout<int>(standard, 10));
     EXPECT_EQ(layouts.getDefaultLayout()->metadata, 10);
-    EXPECT_EQ(layouts.getAllLayouts().front().layoutName, "Internal");
+    ASSERT_EQ(layouts.getAllLayouts().size(), 1u);
+    EXPECT_EQ(layouts.getAllLayouts().front().layoutName, "Standard");
+    EXPECT_EQ(layouts.getLayout("2")->metadata, 20) << "a record may have it";
+}
+
+TEST_F(MetadataModelTest, ASubformFieldNamesItsLayoutAndModule) {
+    FieldMetadata field{.fieldType = FieldDataType::subform,
+                        .displayPrefs = {{"subform", ValueList{"77", "Lines_Api"}}}};
+    LayoutFieldData place{.additionalInfo =
+                              ValueMap{{"subform_layout_id", 55}, {"maximum_rows", "40"}, {"reorder_rows", true}}};
+    EXPECT_EQ(SubformLayoutMetadata::of({place, field}), (SubformLayoutMetadata{"55", "Lines_Api", "77", 40, true}));
+    EXPECT_EQ(SubformLayoutMetadata::of({LayoutFieldData(), field}), (SubformLayoutMetadata{"", "Lines_Api", "77"}));
+    field.fieldType = FieldDataType::text;
+    EXPECT_EQ(SubformLayoutMetadata::of({place, field}), std::nullopt);
+}
+
+TEST_F(MetadataModelTest, SubformLayoutsAreOfferedLikeOthers) {
+    OrderedLayoutFieldList fields("Lines", "55", {}, {}, columnNaming());
+    SubformLayoutInfo layouts;
+    for (bool isAccessible : {false, true}) {
+        ModuleLayoutInfo info{"Lines", isAccessible ? "55" : "56", "Rows", isAccessible, true};
+        layouts.orderedLayouts.set(info.layoutID,
+                                   SubformLayout(Layout<OrderedLayoutFieldList>(info, fields),
+                                                 {.maximumRows = 40, .canReorderRows = true}, {LayoutMetadata()}));
+    }
+    ASSERT_EQ(layouts.getAllLayouts().size(), 1u);
+    auto subform = layouts.getDefaultLayout();
+    ASSERT_NE(subform, nullptr);
+    EXPECT_EQ(subform->layoutID, "55");
+    EXPECT_EQ(subform->maximumRows, 40);
+    EXPECT_TRUE(subform->canReorderRows);
+    EXPECT_EQ(subform->aggregateFields.size(), 1u);
+    EXPECT_NE(layouts.getLayout("56"), nullptr);
 }
 
 TEST_F(MetadataModelTest, RelatedListsAreSortedByTheirNumberAndTakeTheirColumn) {
