@@ -1,6 +1,7 @@
 #include "tarvobase/network_layer/OldResponse.h"
 
 #include "platform/Json.h"
+#include "tarvobase/network_layer/AnswerBody.h"
 
 namespace tarvo {
 
@@ -32,7 +33,7 @@ OldResponsePart partOf(const Value& value) {
 }  // namespace
 
 Result<std::vector<OldResponsePart>, ParserError> parseOldResponse(const platform::Data& data) {
-    auto document = json::parse(data);
+    auto document = AnswerBody::value(data);
     auto body = document ? document->asMap() : nullptr;
     if (!body) return ParserError(ParserError::Case::jsonSerializationFailed);
     if (auto errors = readKey<ValueList>(*body, "error")) return ParserError::responseError(std::move(errors));

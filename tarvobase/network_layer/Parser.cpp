@@ -1,6 +1,6 @@
 #include "tarvobase/network_layer/Parser.h"
 
-#include "platform/Json.h"
+#include "tarvobase/network_layer/AnswerBody.h"
 #include "tarvobase/network_layer/TypedReads.h"
 
 namespace tarvo {
@@ -22,7 +22,7 @@ namespace {
 enum class Times { read, leaveOut };
 
 std::optional<ParsedJSON> parsed(const platform::Data& data, Times times) {
-    auto document = json::parse(data);
+    auto document = AnswerBody::value(data);
     auto body = document ? document->asMap() : nullptr;
     if (!body) return std::nullopt;
     ParsedJSON answer;

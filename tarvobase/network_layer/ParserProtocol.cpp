@@ -1,5 +1,7 @@
 #include "tarvobase/network_layer/ParserProtocol.h"
 
+#include "tarvobase/network_layer/AnswerBody.h"
+
 namespace tarvo {
 
 namespace {
@@ -17,7 +19,7 @@ ResponseInfo timesOf(const ValueMap& response) {
 }  // namespace
 
 Result<Envelope, ParserError> parseEnvelope(const platform::Data& data) {
-    auto body = json::parse(data);
+    auto body = AnswerBody::value(data);
     if (!body) return ParserError(ParserError::Case::jsonSerializationFailed);
     return parseEnvelope(*body);
 }

@@ -1,5 +1,6 @@
 #include "tarvobase/records/wire/WireRecords.h"
 
+#include "tarvobase/network_layer/AnswerBody.h"
 #include "tarvobase/records/wire/RecordParser.h"
 
 namespace tarvo {
@@ -51,7 +52,7 @@ Value withoutRecords(const Element& root, const std::vector<Element>& entries) {
 }  // namespace
 
 Result<WireRecordsParser::Response, ParserError> WireRecordsParser::parse(const platform::Data& data) {
-    auto document = json::Document::parse(data);
+    auto document = AnswerBody::document(data);
     if (!document) return ParserError(ParserError::Case::jsonSerializationFailed);
     std::vector<Element> entries;
     document->root().find("response").find("result").items(entries);

@@ -1,3 +1,4 @@
+#include "tarvobase/network_layer/AnswerBody.h"
 #include "tarvobase/network_layer/OldResponse.h"
 #include "tarvobase/network_layer/Parser.h"
 #include "tarvobase/network_layer/ParserProtocol.h"
@@ -170,6 +171,20 @@ TEST(PositionalRowTest, TheModeDecidesWhatAnotherTypeCosts) {
     EXPECT_EQ(PositionalRow::open(entry, 7, PositionalRow::Mode::lenient).error(), Error(ErrorCase::lessNumberOfKeys));
     EXPECT_EQ(PositionalRow::open("Leads", 0, PositionalRow::Mode::lenient).error(),
               Error(ErrorCase::typeConversionFailed));
+}
+
+TEST(AnswerBodyTest, BytesThatAreNotUtf8CostThemselves) {
+    const std::pair<std::string, std::optional<Value>> cases[] = {
+        {"\"a\xFFz\"", Value("a\uFFFDz")},
+        {"\"\xC3\"", Value("\uFFFD")},  // cut within a character
+        {"\"\xE2\x82\"", Value("\uFFFD\uFFFD")},
+        {"\"\xED\xA0\x80é\"", Value("\uFFFD\uFFFD\uFFFDé")},  // half of a surrogate pair
+        {"\"é😀\"", Value("é😀")},
+        {"\xFF\"a\"", std::nullopt},  // outside a text
+        {"\"a", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (auto& [text, expected] : cases) EXPECT_EQ(AnswerBody::value(body(text)), expected) << text;
 }
 
 }  // namespace
