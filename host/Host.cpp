@@ -6,7 +6,9 @@
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/Lifecycle.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/download/DatabaseBinding.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
 #include "tarvobase/utils/Util.h"
 
@@ -69,6 +71,7 @@ Result<std::string, Host::OpeningFailure> Host::openDatabase(const std::string& 
     database_ = database;
     Util::performInitialOperations(std::make_shared<BrenUserDefaults>());
     CommonConfigration::sharedInstance().databaseAdapter = database;
+    DatabaseBinding::bind(Scope::current(), BrenUserDefaults::ofCurrentAccount());
     return path;
 }
 

@@ -141,6 +141,15 @@ void BrenUserDefaults::removeAllStoredValues() {
     });
 }
 
+void BrenUserDefaults::removeValues(platform::FunctionRef<bool(std::string_view key)> chosen, const Group& inGroup) {
+    auto mark = keyOf("", inGroup);
+    userDefaults_->removeKeys([&](std::string_view key) {
+        if (!key.ends_with(mark)) return false;
+        key.remove_suffix(mark.size());
+        return chosen(key);
+    });
+}
+
 void BrenUserDefaults::addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) {
     BrenNotificationCenter::shared().add<UserDefaultsValueObserver>(observer);
 }

@@ -83,6 +83,8 @@ public:
     virtual void removeSecureStringForKey(const std::string& key, const Group& inGroup) = 0;
     /// Removes all values but those of the group `none`.
     virtual void removeAllStoredValues() = 0;
+    /// Removes the values of a group whose keys `chosen` takes, as one change. The keys come as the setters got them.
+    virtual void removeValues(platform::FunctionRef<bool(std::string_view key)> chosen, const Group& inGroup) = 0;
 
     virtual void addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) = 0;
 
@@ -128,6 +130,7 @@ public:
     void removeValueForKey(const std::string& key, const Group& inGroup) override;
     void removeSecureStringForKey(const std::string& key, const Group& inGroup) override;
     void removeAllStoredValues() override;
+    void removeValues(platform::FunctionRef<bool(std::string_view key)> chosen, const Group& inGroup) override;
     void addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) override;
     bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) override;
 

@@ -51,6 +51,11 @@ std::optional<std::int64_t> RecordSyncSettingsPersistance::getNumberOfRcordsSync
     return number->asInteger();
 }
 
+void RecordSyncSettingsPersistance::forgetAll() {
+    for (auto& dictionary : {watermarks(), rounds()})
+        userDefaults_->removeValueForKey(std::string(dictionary.key), dictionary.group);
+}
+
 ValueMap RecordSyncSettingsPersistance::moduleMap(const Dictionary& dictionary, const std::string& moduleName) const {
     auto all = userDefaults_->dictionaryForKey(std::string(dictionary.key), dictionary.group);
     return all ? mapOrEmpty(all->find(moduleName)) : ValueMap();

@@ -58,6 +58,9 @@ public:
     std::optional<std::int64_t> getNumberOfRcordsSynced(const std::string& moduleName,
                                                         const std::string& lastModifiedTime) const override;
 
+    /// Forgets the watermarks and rounds of all modules, for a database without their records.
+    void forgetAll();
+
 private:
     /// A dictionary of the store, from module names to maps.
     struct Dictionary {

@@ -68,6 +68,14 @@ void UserDefaultsUtil::requestMissingAgain() {
     for (auto& step : userDefaults_->arrayForKey(missingSteps, ofAccount()).value_or(ValueList()))
         if (step.asText()) userDefaults_->removeValueForKey(*step.asText() + completedSuffix, ofAccount());
 }
+void UserDefaultsUtil::forgetContent() {
+    userDefaults_->removeValues(
+        [](std::string_view key) {
+            return key.ends_with(completedSuffix) || key.ends_with(syncTimeSuffix) || key.ends_with(hasMoreSuffix) ||
+                   key.ends_with(lastUpdatedSuffix) || key == progressPercent || key == missingSteps;
+        },
+        ofAccount());
+}
 int UserDefaultsUtil::getProgressPercent() const {
     return static_cast<int>(
         std::clamp<std::int64_t>(userDefaults_->integerForKey(progressPercent, ofAccount()).value_or(0), 0, 100));

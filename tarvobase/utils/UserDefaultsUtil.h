@@ -39,6 +39,8 @@ public:
     void noteMissing(const std::vector<std::string>& steps, const std::set<std::string>& missing);
     /// Clears the flags of the noted steps, so that the next download requests exactly these again.
     void requestMissingAgain();
+    /// Forgets which steps are done and where the lists stand, for a database that does not hold their content.
+    void forgetContent();
     int getProgressPercent() const;
     void setProgressPercent(int percent);
 
