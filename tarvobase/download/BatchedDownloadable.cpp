@@ -104,6 +104,14 @@ void BatchedDownloadable::transportFailed(const std::vector<Module>& modules, co
     reportNetworkFailure(errorResponder, error, scope_);
 }
 
+void BatchedDownloadable::reportMissing(const std::set<std::string>& modules) const {
+    if (modules.empty()) return;
+    platform::log(platform::LogLevel::warning, "first download",
+                  std::string(logTexts_.step) + " without usable content: " +
+                      text::join(std::vector<std::string>(modules.begin(), modules.end()), ", "));
+    if (auto responder = errorResponder.lock()) responder->parsingError();
+}
+
 void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, const ParserError& error) {
     platform::log(platform::LogLevel::warning, "first download",
                   "progress updated failure invoked: " + error.logText());
@@ -117,12 +125,14 @@ std::set<std::string> BatchedDownloadable::namesOf(const std::vector<Module>& mo
     return names;
 }
 
-bool BatchedDownloadable::commit(const std::string& name, platform::FunctionRef<void()> store) const {
+BatchedDownloadable::Outcome BatchedDownloadable::commit(const std::string& name,
+                                                         platform::FunctionRef<void()> store) const {
     auto& database = scope_.databaseAdapter;
-    return database && scope_.isCurrent() && database->tolerantTransaction(name, [&] {
+    bool isCommitted = database && scope_.isCurrent() && database->tolerantTransaction(name, [&] {
         store();
         return true;
     });
+    return isCommitted ? Outcome::stored : Outcome::failed;
 }
 
 void BatchedDownloadable::logBatch(std::string_view what, const std::vector<Module>& modules) const {

@@ -58,8 +58,11 @@ protected:
         : feature_(feature), logTexts_(logTexts), scope_(std::move(scope)) {}
 
     const Scope& scope() const { return scope_; }
-    /// Stores content of the server through table classes, in one commit. Returns whether it was committed.
-    bool commit(const std::string& name, platform::FunctionRef<void()> store) const;
+    /// What became of an entry: `rejected` content does not fit the tables, so no later run could store it either;
+    /// `failed` content was refused by the database, for example because the disk is full.
+    enum class Outcome { stored, rejected, failed };
+    /// Stores content of the server through table classes, in one commit.
+    Outcome commit(const std::string& name, platform::FunctionRef<void()> store) const;
 
     virtual std::shared_ptr<ModuleBatch> makeModuleBatch() const = 0;
     /// Sends the request of a batch. The answer goes to `batchAnswered`.
@@ -80,8 +83,8 @@ protected:
     void endRun();
 
     /// Handles the answer of a batch: `parse(body)`, then `store(value, info)` for each entry that can be read, then
-    /// the end of the batch. `store` returns whether the entry was committed. Body and answer are released before the
-    /// next request goes out.
+    /// the end of the batch. `store` returns an `Outcome`. Body and answer are released before the next request goes
+    /// out.
     template <class Parse, class Store>
     void batchAnswered(const std::vector<Module>& modules, NetworkAnswer answer, Parse parse, Store store) {
         if (answer.error && answer.error->kind == NetworkError::Kind::shutDown) return;
@@ -90,9 +93,10 @@ protected:
             std::swap(failures.unstored, failures.missing);
         else if (answer.error)
             transportFailed(modules, *answer.error);
-        else if (auto parsed = parse(std::exchange(answer.body, {})))
+        else if (auto parsed = parse(std::exchange(answer.body, {}))) {
             storeEntries(modules, (*std::move(parsed)).result, store, failures);
-        else
+            reportMissing(failures.missing);
+        } else
             parsingFailed(modules, parsed.error());
         endBatch(modules, failures);
     }
@@ -107,6 +111,7 @@ private:
     void reportProgress(const ModuleBatch& batches);
     void endBatch(const std::vector<Module>& modules, const Failures& failures);
     void transportFailed(const std::vector<Module>& modules, const NetworkError& error);
+    void reportMissing(const std::set<std::string>& modules) const;
     void parsingFailed(const std::vector<Module>& modules, const ParserError& error);
     void logBatch(std::string_view what, const std::vector<Module>& modules) const;
     void logUnreadable(const std::string& moduleName, const ParserError& error) const;
@@ -116,6 +121,7 @@ private:
     void storeEntries(const std::vector<Module>& modules,
                       std::vector<Result<RParsedResult<T, Info>, ParserError>> entries, Store& store,
                       Failures& failures) {
+        const auto asked = namesOf(modules);
         logBatch(std::string(logTexts_.completed) + " - success for ", modules);
         for (auto& entry : entries) {
             if (!entry) {
@@ -127,8 +133,10 @@ private:
                 logUnreadable(name, entry->data.error());
                 continue;
             }
-            if (!store(*entry->data, entry->info)) failures.unstored.insert(name);
-            failures.missing.erase(name);
+            auto outcome = store(*entry->data, entry->info);
+            // What nobody asked for is stored if it can be.
+            if (outcome == Outcome::failed && asked.contains(name)) failures.unstored.insert(name);
+            if (outcome != Outcome::rejected) failures.missing.erase(name);
         }
     }
     static std::set<std::string> namesOf(const std::vector<Module>& modules);

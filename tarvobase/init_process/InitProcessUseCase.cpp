@@ -53,7 +53,7 @@ void InitProcessUseCase::continueDownloadableExecution(Downloadable& step, bool 
             initiateList(status);
             break;
         case Process::metadata:
-            if (parts_.scope.isCurrent()) parts_.populateRelatedModulesDM->populateLookupColumn();
+            if (parts_.scope.isCurrent()) hasLookupColumns_ = parts_.populateRelatedModulesDM->populateLookupColumn();
             break;
         default:
             break;
@@ -86,15 +86,19 @@ void InitProcessUseCase::updateDownloadable(Downloadable& step, bool status) {
 
 /// Returns whether everything that the steps received is stored.
 bool InitProcessUseCase::isWhole() const {
-    return parts_.scope.isCurrent() && !parts_.currentUserDM->hasUnstoredContent() &&
+    return parts_.scope.isCurrent() && hasLookupColumns_ && !parts_.currentUserDM->hasUnstoredContent() &&
            std::ranges::none_of(parts_.downloadableList, [](auto& step) { return step->hasUnstoredContent(); });
 }
 
 void InitProcessUseCase::initialDownloadIncomplete() {
     platform::log(platform::LogLevel::warning, "first download",
                   "the first download is incomplete: the database did not store all of it");
-    // What an outdated run lacks says nothing about the account that is complete.
-    if (parts_.scope.isCurrent()) parts_.initProcessDataManager->initProcessIncompleteForUser(parts_.scope.account);
+    // What an outdated run lacks says nothing about the account.
+    if (parts_.scope.isCurrent()) {
+        // The next run starts anyway, so it also requests what the server did not send.
+        parts_.userDefaultsUtil.requestMissingAgain();
+        parts_.initProcessDataManager->initProcessIncompleteForUser(parts_.scope.account);
+    }
     if (auto listener = delegate.lock()) listener->initProcessIncomplete(*this);
 }
 

@@ -89,6 +89,7 @@ private:
     const std::shared_ptr<DispatchQueue> synchronizingQueue_ = DispatchQueue::serial("InitialDownloadQueue");
     // Accessed on the queue above after the run has started.
     double processPercent_ = 0;
+    bool hasLookupColumns_ = true;  ///< the database stored those that were derived after the metadata
     std::map<Process, Count> downloadableProcess_;
 };
 

@@ -16,7 +16,8 @@ std::shared_ptr<InitRecordProcessUseCase> InitRecordProcessUseCase::make(
     auto stores = Stores::over(databaseAdapter, userDefaults);
     auto records = InitCVRecordsDM::make(databaseAdapter, userDefaults, std::move(networkService));
     auto useCase = std::make_shared<InitRecordProcessUseCase>(
-        std::make_shared<InitRecordProcessDataManager>(databaseAdapter, stores.userDefaults, stores.modules()), records);
+        std::make_shared<InitRecordProcessDataManager>(databaseAdapter, stores.userDefaults, stores.modules()),
+        records);
     records->errorResponder = useCase;
     return useCase;
 }

@@ -129,6 +129,18 @@ std::string Process::errors() const {
     return text.str();
 }
 
+bool Process::waitUntilStopped() const {
+    for (std::chrono::milliseconds left = patience; left.count() > 0; left -= std::chrono::milliseconds(10)) {
+        siginfo_t info{};
+        if (::waitid(P_PID, static_cast<id_t>(pid_), &info, WSTOPPED | WEXITED | WNOHANG | WNOWAIT) != 0) return false;
+        if (info.si_pid == pid_) return info.si_code == CLD_STOPPED;
+        ::poll(nullptr, 0, 10);
+    }
+    return false;
+}
+
+void Process::resume() { ::kill(pid_, SIGCONT); }
+
 void Process::terminate() {
     if (pid_ > 0) ::kill(pid_, SIGTERM);
 }

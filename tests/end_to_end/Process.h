@@ -28,6 +28,10 @@ public:
     std::optional<int> finish();
     const std::string& output() const { return output_; }
     std::string errors() const;
+    /// Waits until the program has stopped itself. Returns false if it ends instead, or after the deadline.
+    bool waitUntilStopped() const;
+    /// Lets a stopped program go on.
+    void resume();
     void terminate();
     /// Ends the program at once, without a chance to tidy up.
     void kill();

@@ -26,11 +26,18 @@ public:
     /// not open.
     std::map<std::string, std::vector<std::string>> tables() {
         std::map<std::string, std::vector<std::string>> tables;
-        for (auto& name : rows("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'")) {
+        // The identity of the database is another one in each file.
+        for (auto& name : rows("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%' AND "
+                               "name <> 'TARVO_DATABASE_IDENTITY'")) {
             auto table = name.substr(0, name.size() - 1);
             tables[table] = rows("SELECT * FROM \"" + table + "\"");
         }
         return tables;
+    }
+
+    /// Runs a statement, such as one that takes the writer's lock. Returns whether it succeeded.
+    bool execute(const std::string& sql) {
+        return sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
     }
 
 private:

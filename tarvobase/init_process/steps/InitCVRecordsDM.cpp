@@ -75,34 +75,40 @@ std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>
     return params;
 }
 
-bool InitCVRecordsDM::store(const WireRecords& records, const std::optional<std::string>& moduleName) {
+InitCVRecordsDM::Outcome InitCVRecordsDM::store(const WireRecords& records,
+                                                const std::optional<std::string>& moduleName) {
     // The table of the records is unknown.
     if (!moduleName) {
         platform::log(platform::LogLevel::warning, "first download",
                       "InitCVRecords of a module left out: the answer does not name it");
-        return true;
+        return Outcome::rejected;
     }
     auto outcome = storePage(records, *moduleName);
-    if (outcome != PageOutcome::stored) return outcome == PageOutcome::rejected;
+    if (outcome != Outcome::stored) return outcome;
     auto& settings = *persistance_.recordSettingsPersistance;
     auto number = settings.getNumberOfRecordsDownloaded(*moduleName).value_or(0);
     settings.storeNumberOfRecordsDownloaded(number + 1, *moduleName);
-    return true;
+    return outcome;
 }
 
-InitCVRecordsDM::PageOutcome InitCVRecordsDM::storePage(const WireRecords& records,
-                                                        const std::string& moduleName) const {
+InitCVRecordsDM::Outcome InitCVRecordsDM::storePage(const WireRecords& records, const std::string& moduleName) const {
     auto& recordDAO = *persistance_.recordDAO;
-    if (recordDAO.storePage(records, moduleName)) return PageOutcome::stored;
+    if (recordDAO.storePage(records, moduleName)) return Outcome::stored;
     // A second attempt, around which the database can store anything else, shows whether the page itself is at fault.
     bool isStored = false;
-    bool canStore = commit("first records of " + moduleName,
-                           [&] { isStored = recordDAO.storePage(records, moduleName).has_value(); });
-    if (!canStore) return PageOutcome::failed;
-    if (isStored) return PageOutcome::stored;
+    auto outcome = commit("first records of " + moduleName,
+                          [&] { isStored = recordDAO.storePage(records, moduleName).has_value(); });
+    if (isStored || outcome == Outcome::failed) return outcome;
+    // Tables that the database did not store come with the metadata of a later run.
+    if (!hasMetadata(moduleName)) return Outcome::failed;
     platform::log(platform::LogLevel::warning, "first download",
                   "InitCVRecords of " + moduleName + " left out: its tables do not take them");
-    return PageOutcome::rejected;
+    return Outcome::rejected;
+}
+
+bool InitCVRecordsDM::hasMetadata(const std::string& moduleName) const {
+    return persistance_.batches.userDefaultsUtil.isCompleted(std::string(rawText(Process::metadata)) + "_" +
+                                                             moduleName);
 }
 
 void InitCVRecordsDM::allBatchesCompleted() {

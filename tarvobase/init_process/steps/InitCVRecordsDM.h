@@ -65,11 +65,9 @@ protected:
 private:
     void getRecords(const std::optional<std::vector<Module>>& modules, std::optional<Callbacks> callbacks);
     std::vector<CVRecordsParams> paramsOf(const std::vector<Module>& modules) const;
-    /// Returns false if the database did not store the page.
-    bool store(const WireRecords& records, const std::optional<std::string>& moduleName);
-    /// `rejected` pages do not fit the tables: the module has no fields or no table, and no later run could store them.
-    enum class PageOutcome { stored, rejected, failed };
-    PageOutcome storePage(const WireRecords& records, const std::string& moduleName) const;
+    Outcome store(const WireRecords& records, const std::optional<std::string>& moduleName);
+    Outcome storePage(const WireRecords& records, const std::string& moduleName) const;
+    bool hasMetadata(const std::string& moduleName) const;
 
     const Persistance persistance_;
     const std::shared_ptr<InitCVRecordsNSP> networkService_;

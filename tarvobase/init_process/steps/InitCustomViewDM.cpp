@@ -49,16 +49,16 @@ void InitCustomViewDM::request(const std::vector<Module>& modules) {
     });
 }
 
-bool InitCustomViewDM::store(const std::vector<CustomView>& views, const std::string& moduleName) {
+InitCustomViewDM::Outcome InitCustomViewDM::store(const std::vector<CustomView>& views, const std::string& moduleName) {
     platform::log(platform::LogLevel::progress, "list view", "CustomViewInfo Parsing completed for " + moduleName);
-    bool isCommitted = commit("views of " + moduleName, [&] { persistance_.customViewDAO->storeCustomView(views); });
-    if (!isCommitted) return false;
+    auto outcome = commit("views of " + moduleName, [&] { persistance_.customViewDAO->storeCustomView(views); });
+    if (outcome != Outcome::stored) return outcome;
     std::vector<std::string> viewIDs;
     for (auto& view : views) viewIDs.push_back(view.viewID);
     notifier_.notify<CustomViewChangedObserver>(false, [viewIDs = std::move(viewIDs), moduleName](auto& observer) {
         observer.customViewChanged(viewIDs, moduleName);
     });
-    return true;
+    return outcome;
 }
 
 void InitCustomViewDM::allBatchesCompleted() {

@@ -42,8 +42,7 @@ protected:
     void request(const std::vector<Module>& modules) override;
 
 private:
-    /// Returns false if the database did not store the views.
-    bool store(const std::vector<CustomView>& views, const std::string& moduleName);
+    Outcome store(const std::vector<CustomView>& views, const std::string& moduleName);
 
     const Persistance persistance_;
     const std::shared_ptr<InitCustomViewNSP> networkService_;

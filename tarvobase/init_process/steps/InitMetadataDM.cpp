@@ -1,6 +1,7 @@
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
 
 #include "platform/Log.h"
+#include "tarvobase/metadata/PopulateRelatedModulesDM.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/metadata/wire/MetadataParser.h"
@@ -48,7 +49,8 @@ std::shared_ptr<InitMetadataDM> InitMetadataDM::make(const std::shared_ptr<Datab
                                                     .settingDAO = stores.settings(),
                                                     .fieldsDAO = stores.fields(),
                                                     .dbAdapter = dbAdapter,
-                                                    .secondaryDbAdapter = secondaryDbAdapter})},
+                                                    .secondaryDbAdapter = secondaryDbAdapter}),
+                    .lookupColumns = PopulateRelatedModulesDM::make(stores)},
         networkService ? std::move(networkService) : std::make_shared<MetadataNS>());
 }
 
@@ -71,11 +73,17 @@ void InitMetadataDM::request(const std::vector<Module>& modules) {
         if (!self) return;
         self->batchAnswered(
             modules, std::move(answer), [](auto body) { return MetadataParser().parse(body); },
-            [&self](auto& detail, auto& info) {
-                platform::log(platform::LogLevel::progress, "metadata",
-                              "MetadataInfo Parsing completed for " + info.moduleName);
-                return self->persistance_.metadata->store(detail);
-            });
+            [&self](auto& detail, auto&) { return self->store(detail); });
+    });
+}
+
+InitMetadataDM::Outcome InitMetadataDM::store(const ParsedMetadataDetail& detail) {
+    auto& moduleName = detail.info.moduleName;
+    platform::log(platform::LogLevel::progress, "metadata", "MetadataInfo Parsing completed for " + moduleName);
+    return commit("metadata of " + moduleName, [&] {
+        persistance_.metadata->store(detail);
+        // The lists that were stored lack these columns. A program that is killed later must not leave them so.
+        persistance_.lookupColumns->populateLookupColumn();
     });
 }
 

@@ -13,12 +13,14 @@ namespace tarvo {
 class DatabaseAdapter;
 class MetadataNSP;
 class MetadataWriter;
+class PopulateRelatedModulesDMP;
+struct ParsedMetadataDetail;
 
 /// The step `metadata`: downloads the metadata of modules in batches and stores it: fields, layouts, picklists, related
 /// lists, columns of lists, and the record tables.
 ///
-/// The server does not send the column by which a related list points to its parent, so a download clears it.
-/// `PopulateRelatedModulesDM` fills it again afterwards.
+/// The server does not send the column by which a related list points to its parent, so a download clears it. The same
+/// commit fills it again.
 ///
 /// After the last batch `ModuleChangedObserver` receives `modulesAdded()` on the main queue and then, after `success`,
 /// on the bus's background queue.
@@ -29,6 +31,7 @@ public:
         Scope scope;
         ModuleBatch::Persistance batches;
         std::shared_ptr<const MetadataWriter> metadata;
+        std::shared_ptr<PopulateRelatedModulesDMP> lookupColumns;
     };
     InitMetadataDM(Persistance persistance, std::shared_ptr<MetadataNSP> networkService);
 
@@ -55,6 +58,7 @@ protected:
 
 private:
     std::string profileID() const;
+    Outcome store(const ParsedMetadataDetail& detail);
 
     const Persistance persistance_;
     const std::shared_ptr<MetadataNSP> networkService_;

@@ -225,7 +225,7 @@ TEST_F(InitBatchTest, TwoBatchesAreInProgressAtATime) {
     EXPECT_THAT(recorder->take(), ElementsAre("0/3"));
     service->calls.at(0)(wire::body({}), {});
     EXPECT_EQ(service->asked.back(), "Quotes") << "the third starts as soon as one of two is done";
-    EXPECT_THAT(recorder->take(), ElementsAre("1/3"));
+    EXPECT_THAT(recorder->take(), ElementsAre("parsingError", "1/3")) << "the answer has no entries";
 }
 
 TEST_F(InitBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlagged) {
@@ -235,10 +235,11 @@ TEST_F(InitBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlagged) {
     step->initiate();
     step->execute();
     recorder->take();
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {viewRow("1"), viewRow("2")}), viewsEntry("Contacts", {})}),
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {viewRow("1"), viewRow("2")}), viewsEntry("Contacts", {}),
+                                     viewsEntry("Accounts", {}), viewsEntry("Deals", {})}),
                          {});
     settle();
-    EXPECT_THAT(recorder->take(), UnorderedElementsAre("1/3", "Leads: 1 2", "Contacts: "));
+    EXPECT_THAT(recorder->take(), UnorderedElementsAre("1/3", "Leads: 1 2", "Contacts: ", "Accounts: ", "Deals: "));
     EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 2u);
     EXPECT_TRUE(isFlagged("customviews", "Deals"));
     EXPECT_FALSE(isFlagged("customviews", "Cases"));
@@ -423,7 +424,7 @@ TEST_F(InitRecordBatchTest, MetadataThatIsDoneIsNotRequestedAgain) {
 TEST_F(InitRecordBatchTest, RecordsAreRequestedByDefaultView) {
     auto step = recordsStep();
     EXPECT_EQ(step->totalCallsCount(), 1) << "the batches are not known yet";
-    network->answer(wire::body({}));
+    network->answer(wire::body({withoutData("Leads"), withoutData("Deals")}));
     EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
     auto call = network->calls().back();
     EXPECT_TRUE(call.request.url.ends_with("/products/getcvrecords")) << call.request.url;
@@ -446,6 +447,37 @@ TEST_F(InitRecordBatchTest, ReadableEntriesAreStoredBesideUnreadableOnes) {
     EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 2);
     EXPECT_EQ(database->count("DealsRecords", std::nullopt), 0);
     EXPECT_FALSE(wasLogged("words")) << "texts of the server's errors stay out of the log";
+}
+
+/// An entry that is missing, or whose count is of another kind, costs itself. It is reported, and requested on demand.
+TEST_F(InitRecordBatchTest, ADefectiveEntryIsReportedAndNoted) {
+    for (bool isThere : {false, true}) {
+        ValueList entries{recordsEntry("Leads", "1")};
+        auto deals = recordsEntry("Deals", "2");
+        deals.set("info", ValueMap{{"module", "Deals"}, {"count", ValueList{}}});
+        if (isThere) entries.emplace_back(deals);
+        network->answer(wire::body(entries));
+        EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("parsingError", "complete")) << isThere;
+        EXPECT_TRUE(wasLogged("without usable content: Deals"));
+        EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
+        EXPECT_TRUE(isFlagged("initialRecords", "Deals"));
+        UserDefaultsUtil(defaults).requestMissingAgain();
+        EXPECT_FALSE(isFlagged("initialRecords", "Deals"));
+        EXPECT_TRUE(isFlagged("initialRecords", "Leads"));
+        defaults->removeValueForKey(flag("initialRecords", "Leads"), UserDefaultsGroup::current());
+    }
+}
+
+TEST_F(InitRecordBatchTest, AByteThatIsNotUtf8CostsItself) {
+    auto answer = wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")});
+    answer.replace(answer.find("Doe"), 3,
+                   "D\xC3"
+                   "e");
+    network->answer(answer);
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
+    EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
+    EXPECT_EQ(database->count("DealsRecords", std::nullopt), 1);
+    EXPECT_TRUE(wasLogged("1 bytes that are not UTF-8"));
 }
 
 TEST_F(InitRecordBatchTest, DownloadsAreCountedAndFlaggedByModule) {
@@ -473,10 +505,19 @@ TEST_F(InitRecordBatchTest, RecordsThatAreNotStoredAreNeitherCountedNorFlagged) 
     EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
 }
 
+TEST_F(InitRecordBatchTest, RecordsWhoseTablesAreStillMissingAreRequestedByTheNextRun) {
+    defaults->removeValueForKey(flag("metadata", "Deals"), UserDefaultsGroup::current());
+    database->dropTable("DealsRecords");
+    network->answer(wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")}));
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("failed"));
+    EXPECT_TRUE(isFlagged("initialRecords", "Leads"));
+    EXPECT_FALSE(isFlagged("initialRecords", "Deals"));
+}
+
 TEST_F(InitRecordBatchTest, RecordsWithoutATableAreTheServersFault) {
     database->dropTable("DealsRecords");
     network->answer(wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")}));
-    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
+    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("parsingError", "complete"));
     EXPECT_TRUE(isFlagged("initialRecords", "Deals"));
 }
 

@@ -57,7 +57,11 @@ public:
 
 class ScriptedLookups final : public PopulateRelatedModulesDMP {
 public:
-    void populateLookupColumn() override { events.push_back("lookups"); }
+    bool populateLookupColumn() override {
+        events.push_back("lookups");
+        return areStored;
+    }
+    bool areStored = true;
 };
 
 class Host final : public InitProcessUseCaseDelegate,
@@ -118,7 +122,7 @@ protected:
                                                   appInit,
                                                   UserDefaultsUtil(defaults),
                                                   {list.begin(), list.end()},
-                                                  std::make_shared<ScriptedLookups>(),
+                                                  lookups,
                                                   Scope::current()});
         host->useCase->delegate = host;
     }
@@ -139,6 +143,7 @@ protected:
     bool isRecorded() { return UserAccountsManager(defaults).isInitialDownloadComplete("1001"); }
 
     std::shared_ptr<KelvaDatabasePersistance> database;
+    std::shared_ptr<ScriptedLookups> lookups = std::make_shared<ScriptedLookups>();
     std::shared_ptr<Host> host = std::make_shared<Host>();
     std::shared_ptr<ScriptedInitCall> call = std::make_shared<ScriptedInitCall>();
     std::shared_ptr<UserDefaultsProtocol> defaults;
@@ -261,12 +266,31 @@ TEST_F(InitProcessTest, ARunThatIsIncompleteTakesAnEarlierRecordBack) {
     EXPECT_FALSE(isRecorded());
 }
 
+TEST_F(InitProcessTest, AnIncompleteRunIsFollowedByOneThatRequestsEverythingMissing) {
+    UserDefaultsUtil state(defaults);
+    state.noteMissing({"metadata_Leads"}, {"metadata_Leads"});
+    state.setCompleted("metadata_Leads");
+    state.setCompleted("metadata_Deals");
+    start();
+    for (auto& one : list) one->completeUnstored();
+    settle();
+    EXPECT_FALSE(state.isCompleted("metadata_Leads"));
+    EXPECT_TRUE(state.isCompleted("metadata_Deals"));
+}
+
 TEST_F(InitProcessTest, AUserWhoIsNotStoredLeavesTheAccountIncomplete) {
     start();
     user->completeUnstored();
     for (auto& one : list) one->complete(true);
     settle();
     EXPECT_EQ(events.back(), "incomplete");
+}
+
+TEST_F(InitProcessTest, LookupColumnsThatAreNotStoredLeaveTheAccountIncomplete) {
+    lookups->areStored = false;
+    for (auto& one : list) one->atOnce = true;
+    EXPECT_EQ(start().back(), "incomplete");
+    EXPECT_FALSE(isRecorded());
 }
 
 TEST_F(InitProcessTest, AnInitAnswerThatIsNotStoredStopsTheRun) {
