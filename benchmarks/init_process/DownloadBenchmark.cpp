@@ -6,6 +6,7 @@
 #include "platform/SettingsStore.h"
 #include "platform/Text.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
+#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/utils/Util.h"
 
 // Measures the first download of an account: all steps, over TLS, from a server in a process of its own into an

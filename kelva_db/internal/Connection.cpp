@@ -2,8 +2,8 @@
 
 #include <sqlite3.h>
 
-#include <mutex>
-
+#include "kelva_db/internal/Arguments.h"
+#include "kelva_db/internal/AttachSettings.h"
 #include "kelva_db/internal/ClockVfs.h"
 #include "kelva_db/internal/DatabaseFile.h"
 #include "kelva_db/internal/Execution.h"
@@ -140,72 +140,6 @@ void Connection::noteFailure() {
     lost_.emplace(kind, code, "the transaction was ended by a failure: " + message);
 }
 
-namespace {
-
-/// The parameters of a text in the two ways that they reach SQLite: bound, and through the table of values.
-class Arguments {
-public:
-    Arguments(std::string_view sql, std::span<const Value> parameters, std::size_t limit) : values_(parameters) {
-        bound_.assign(values_.views().begin(), values_.views().end());
-        sql_ = sql;
-        if (bound_.size() <= limit) return;
-        lifted_ = liftLists(sql);
-        sql_ = lifted_.sql;
-        takeLists();
-        if (bound_.size() > limit)
-            throwError(FailureKind::misuse, "the statement has " + std::to_string(bound_.size()) +
-                                                " parameters outside of IN lists; SQLite takes " +
-                                                std::to_string(limit));
-    }
-
-    std::string_view sql() const { return sql_; }
-    std::span<const ValueView> bound() const { return bound_; }
-    std::vector<ListTables::List> lists() const { return lists_; }
-
-private:
-    void takeLists() {
-        auto all = values_.views();
-        bound_.clear();
-        std::size_t taken = 0;
-        for (auto& list : lifted_.lists) {
-            if (list.firstParameter + list.count > all.size()) return throwTooFew();
-            bound_.insert(bound_.end(), all.begin() + static_cast<std::ptrdiff_t>(taken),
-                          all.begin() + static_cast<std::ptrdiff_t>(list.firstParameter));
-            lists_.push_back(all.subspan(list.firstParameter, list.count));
-            taken = list.firstParameter + list.count;
-        }
-        bound_.insert(bound_.end(), all.begin() + static_cast<std::ptrdiff_t>(taken), all.end());
-    }
-    [[noreturn]] static void throwTooFew() {
-        throwError(FailureKind::misuse, "the statement has more placeholders than there are parameters");
-    }
-
-    BoundValues values_;
-    LiftedLists lifted_;
-    std::string_view sql_;
-    std::vector<ValueView> bound_;
-    std::vector<ListTables::List> lists_;
-};
-
-/// Lends lists or a batch to the virtual tables for the run of a statement.
-class Lending {
-public:
-    Lending(ListTables& tables, std::vector<ListTables::List> lists) : tables_(tables) {
-        tables.setLists(std::move(lists));
-    }
-    Lending(ListTables& tables, const RowSource& batch) : tables_(tables) { tables.setBatch(&batch); }
-    ~Lending() {
-        tables_.setLists({});
-        tables_.setBatch(nullptr);
-    }
-    Lending(const Lending&) = delete;
-
-private:
-    ListTables& tables_;
-};
-
-}  // namespace
-
 void Connection::execute(std::string_view sql, std::span<const Value> parameters) {
     Arguments arguments(sql, parameters, parameterLimit());
     Lending lending(listTables_, arguments.lists());
@@ -256,16 +190,26 @@ std::string_view Connection::runUntrusted(std::string_view sql, UntrustedSql& bo
     }
 }
 
+/// Puts bounds in force. Kept statements were prepared without them, and those of a text from outside are not kept.
+class Connection::UntrustedScope {
+public:
+    UntrustedScope(Connection& connection, UntrustedSql& bounds) : connection_(connection) {
+        connection.statements_.clear();
+        connection.untrusted_ = &bounds;
+    }
+    ~UntrustedScope() {
+        connection_.untrusted_ = nullptr;
+        connection_.statements_.clear();
+    }
+    UntrustedScope(const UntrustedScope&) = delete;
+
+private:
+    Connection& connection_;
+};
+
 std::vector<std::string> Connection::executeUntrusted(std::string_view sql, std::chrono::milliseconds timeLimit) {
-    // Kept statements were prepared without the bounds, and those of this text must not be kept.
-    statements_.clear();
     UntrustedSql bounds(handle(), timeLimit);
-    untrusted_ = &bounds;
-    auto leave = [this](void*) {
-        untrusted_ = nullptr;
-        statements_.clear();
-    };
-    std::unique_ptr<UntrustedSql, decltype(leave)> scope(&bounds, leave);
+    UntrustedScope scope(*this, bounds);
     std::vector<std::string> refused;
     for (auto rest = sql; !rest.empty();) {
         bounds.beginStatement();
@@ -405,41 +349,6 @@ void Connection::inSavepoint(tarvo::platform::FunctionRef<void()> block) {
     }
     runInternal("RELEASE kelva");
 }
-
-namespace {
-
-/// SQLCipher takes the page size and generation of an attached file from settings of the process, which stand as long
-/// as this lives. A library of one generation ignores the setting of the other.
-class AttachSettings {
-public:
-    AttachSettings(sqlite3* handle, const FileFormat& format)
-        : lock_(mutex_),
-          handle_(handle),
-          pageSizeBefore_(singleText(handle, "PRAGMA cipher_default_page_size", Stage::run)) {
-        set(std::to_string(format.cipherGeneration), std::to_string(format.pageSize));
-    }
-    ~AttachSettings() {
-        try {
-            set("4", pageSizeBefore_);
-        } catch (const DatabaseError&) {
-            // Whoever opens a file through this library sets both for it.
-        }
-    }
-    AttachSettings(const AttachSettings&) = delete;
-
-private:
-    void set(const std::string& generation, const std::string& pageSize) {
-        runPlain(handle_, "PRAGMA cipher_default_compatibility = " + generation, Stage::run);
-        if (!pageSize.empty()) runPlain(handle_, "PRAGMA cipher_default_page_size = " + pageSize, Stage::run);
-    }
-
-    static inline tarvo::platform::Mutex mutex_;
-    tarvo::platform::MutexLock lock_;
-    sqlite3* handle_;
-    std::string pageSizeBefore_;
-};
-
-}  // namespace
 
 void Connection::attach(const Attachment& attachment) {
     auto& format = attachment.format;

@@ -94,6 +94,7 @@ private:
     std::size_t parameterLimit() const;
     int authorize(int action, const char* first, const char* second);
     int authorizeDelete(std::string_view table);
+    class UntrustedScope;
     std::string_view runUntrusted(std::string_view sql, UntrustedSql& bounds);
     const Shape& shapeOf(std::string_view table);
     std::string schemaVersions();

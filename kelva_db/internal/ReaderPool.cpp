@@ -22,11 +22,18 @@ private:
     std::unique_ptr<Connection> reader_;
 };
 
+ReaderPool::ReaderPool(const Writer& writer) : writer_(writer), most_(std::max(1, writer.configuration().readers)) {}
+
 std::unique_ptr<Connection> ReaderPool::take(std::uint64_t& generation) {
+    for (;;)
+        if (auto reader = tryTake(generation)) return reader;
+}
+
+std::unique_ptr<Connection> ReaderPool::tryTake(std::uint64_t& generation) {
     tarvo::platform::MutexLock lock(mutex_);
     auto available = [&] {
         mutex_.assumeHeld();
-        return closed_ || !idle_.empty() || count_ < std::max(1, writer_.configuration().readers);
+        return closed_ || !idle_.empty() || count_ < most_;
     };
     if (!available()) {
         tarvo::platform::BlockingScope waiting;
@@ -44,16 +51,30 @@ std::unique_ptr<Connection> ReaderPool::take(std::uint64_t& generation) {
     lock.unlock();
     try {
         return open(attachments);
+    } catch (const DatabaseError& error) {
+        giveBack(nullptr, generation);
+        // The process may have run out of file descriptors: the connections that are open serve all then.
+        if (error.kind() != FailureKind::cannotOpen || !doWithoutOneMore()) throw;
+        return nullptr;
     } catch (...) {
         giveBack(nullptr, generation);
         throw;
     }
 }
 
+bool ReaderPool::doWithoutOneMore() {
+    tarvo::platform::MutexLock lock(mutex_);
+    if (count_ == 0) return false;
+    most_ = std::min(most_, count_);
+    return true;
+}
+
 std::unique_ptr<Connection> ReaderPool::open(const std::vector<Attachment>& attachments) const {
     auto reader = std::make_unique<Connection>(writer_.path(), writer_.format(), Connection::Role::reader,
                                                writer_.configuration().busyTimeout, nullptr);
     for (auto& attachment : attachments) reader->attach(attachment);
+    // The first read opens the log as well, so that a connection that is handed out can read.
+    singleText(reader->handle(), "SELECT count(*) FROM sqlite_master WHERE 0", Stage::open);
     return reader;
 }
 

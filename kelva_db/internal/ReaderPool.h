@@ -14,7 +14,7 @@ class Writer;
 /// has derived. Any thread.
 class ReaderPool {
 public:
-    explicit ReaderPool(const Writer& writer) : writer_(writer) {}
+    explicit ReaderPool(const Writer& writer);
 
     /// Runs a block on a free connection, all of it on one state of the database. Waits while all are in use.
     void read(KelvaDatabase::Block block);
@@ -29,6 +29,10 @@ private:
     class Loan;
     using Readers = std::vector<std::unique_ptr<Connection>>;
     std::unique_ptr<Connection> take(std::uint64_t& generation);
+    /// Returns null if one more connection does not open and others are there to wait for.
+    std::unique_ptr<Connection> tryTake(std::uint64_t& generation);
+    /// Lowers the number of connections to those that are open; returns false if there are none.
+    bool doWithoutOneMore();
     void giveBack(std::unique_ptr<Connection> reader, std::uint64_t generation);
     std::unique_ptr<Connection> open(const std::vector<Attachment>& attachments) const;
     /// The idle connections, after a change that they do not know of. Those in use end when they come back.
@@ -38,6 +42,7 @@ private:
     tarvo::platform::Mutex mutex_;
     tarvo::platform::Condition changed_;
     Readers idle_ TARVO_GUARDED_BY(mutex_);
+    int most_ TARVO_GUARDED_BY(mutex_);                      // connections at the same time
     int count_ TARVO_GUARDED_BY(mutex_) = 0;                 // open or about to open
     std::uint64_t generation_ TARVO_GUARDED_BY(mutex_) = 0;  // counts the changes of the attachments
     std::vector<Attachment> attachments_ TARVO_GUARDED_BY(mutex_);

@@ -11,7 +11,7 @@ namespace tarvo {
 /// One term of an ORDER BY clause. `value_objects/field/SortField.h` makes terms from fields and their metadata.
 class SortDescriptor final : public Query {
 public:
-    /// The parts of a term by name.
+    /// The pieces of a term by name.
     struct Parts {
         std::string colName;
         bool ascending = true;

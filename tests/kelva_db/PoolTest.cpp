@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <barrier>
 #include <latch>
 #include <thread>
@@ -173,6 +177,26 @@ TEST_F(PoolTest, LogStaysBoundedAndTheFileWholeAcrossReopening) {
     database_.reset();
     database_.emplace(folder_.file("a.db"), rawConfiguration());
     EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t WHERE length(y) = 200000"), 100);
+}
+
+TEST_F(PoolTest, ReadersThatCannotOpenWaitForTheOthers) {
+    integer(*database_, "SELECT 1");
+    auto free = ::open("/dev/null", O_RDONLY);
+    ::close(free);
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    auto tight = before;
+    tight.rlim_cur = static_cast<rlim_t>(free) + 1;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &tight), 0);
+    std::vector<std::thread> threads;
+    std::latch meeting(3);
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            meeting.arrive_and_wait();
+            for (int j = 0; j < 20; ++j) EXPECT_NO_THROW(EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t"), 0));
+        });
+    for (auto& thread : threads) thread.join();
+    ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST_F(PoolTest, LockOfAnotherProgramIsBusy) {
