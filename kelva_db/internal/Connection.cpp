@@ -2,13 +2,13 @@
 
 #include <sqlite3.h>
 
-#include "kelva_db/internal/Arguments.h"
 #include "kelva_db/internal/AttachSettings.h"
 #include "kelva_db/internal/ClockVfs.h"
 #include "kelva_db/internal/DatabaseFile.h"
 #include "kelva_db/internal/Execution.h"
 #include "kelva_db/internal/Sql.h"
 #include "kelva_db/internal/Sqlite.h"
+#include "kelva_db/internal/StatementArguments.h"
 #include "platform/Text.h"
 
 namespace kelva {
@@ -141,7 +141,7 @@ void Connection::noteFailure() {
 }
 
 void Connection::execute(std::string_view sql, std::span<const Value> parameters) {
-    Arguments arguments(sql, parameters, parameterLimit());
+    StatementArguments arguments(sql, parameters, parameterLimit());
     Lending lending(listTables_, arguments.lists());
     auto bound = arguments.bound();
     for (auto rest = arguments.sql(); !rest.empty();) {
@@ -220,7 +220,7 @@ std::vector<std::string> Connection::executeUntrusted(std::string_view sql, std:
 }
 
 Rows Connection::query(std::string_view sql, std::span<const Value> parameters) {
-    Arguments arguments(sql, parameters, parameterLimit());
+    StatementArguments arguments(sql, parameters, parameterLimit());
     Lending lending(listTables_, arguments.lists());
     std::string_view rest;
     Execution execution(*this, arguments.sql(), rest);

@@ -11,10 +11,10 @@
 namespace kelva {
 
 /// The parameters of a text in the two ways that they reach SQLite: bound, and through the table of values.
-class Arguments {
+class StatementArguments {
 public:
-    Arguments(std::string_view sql, std::span<const Value> parameters, std::size_t limit);
-    Arguments(const Arguments&) = delete;
+    StatementArguments(std::string_view sql, std::span<const Value> parameters, std::size_t limit);
+    StatementArguments(const StatementArguments&) = delete;
 
     std::string_view sql() const { return sql_; }
     std::span<const ValueView> bound() const { return bound_; }

@@ -1,4 +1,4 @@
-#include "kelva_db/internal/Arguments.h"
+#include "kelva_db/internal/StatementArguments.h"
 
 #include "kelva_db/internal/Sqlite.h"
 
@@ -12,7 +12,8 @@ namespace {
 
 }  // namespace
 
-Arguments::Arguments(std::string_view sql, std::span<const Value> parameters, std::size_t limit) : values_(parameters) {
+StatementArguments::StatementArguments(std::string_view sql, std::span<const Value> parameters, std::size_t limit)
+    : values_(parameters) {
     bound_.assign(values_.views().begin(), values_.views().end());
     sql_ = sql;
     if (bound_.size() <= limit) return;
@@ -24,7 +25,7 @@ Arguments::Arguments(std::string_view sql, std::span<const Value> parameters, st
                                             " parameters outside of IN lists; SQLite takes " + std::to_string(limit));
 }
 
-void Arguments::takeLists() {
+void StatementArguments::takeLists() {
     auto all = values_.views();
     bound_.clear();
     std::size_t taken = 0;
