@@ -262,7 +262,7 @@ void makeRows(Cell& cell, RecordValue& into) {
     if (!cell.field.target) return;
     auto count = cell.random.below(4);
     for (std::size_t i = 0; i < count; ++i)
-        into.rows.push_back(rowBelow(*cell.field.target, cell.number * maxRowsBelow + i));
+        into.rows.push_back(rowBelow(*cell.field.target, RecordShape::numberBelow(cell.number, cell.field.place, i)));
 }
 
 void makeRepeat(Cell& cell, RecordValue& into) {
@@ -423,7 +423,7 @@ struct Participant {
 
 Participant participantOf(const Cell& cell) {
     static constexpr std::string_view kinds[] = {"user", "contact", "lead"};
-    auto event = cell.number / maxRowsBelow, row = cell.number % maxRowsBelow;
+    auto event = RecordShape::numberAbove(cell.number), row = cell.number % maxRowsBelow;
     auto kind = kinds[row % std::size(kinds)];
     const auto& users = cell.shape.context().data.users;
     const auto* people = kind == "user" ? nullptr : cell.shape.sibling(kind == "lead" ? "Leads" : "Contacts");

@@ -69,7 +69,11 @@ void RecordShape::connect(const Shapes& shapes) {
                 each.data->preferences.asMap() ? each.data->preferences.asMap()->find("subform") : nullptr)
             if (pair->asList() && pair->asList()->size() == 2) apiName = *pair->asList()->at(1).asText();
         const auto* module = apiName.empty() ? nullptr : context_.data.module(apiName);
-        if (module) each.target = sibling(module->name);
+        auto target = module ? shapes.find(module->name) : shapes.end();
+        if (target == shapes.end()) continue;
+        each.target = target->second.get();
+        if (each.data->type == "subform" || each.data->type == "event_participant")
+            each.place = target->second->fieldsAbove_++;
     }
 }
 
@@ -129,7 +133,7 @@ Generator RecordShape::random(std::size_t number, std::uint64_t salt) const {
 
 // Older records have lower numbers, whatever their count. Rows are as old as the record above.
 std::int64_t RecordShape::createdTime(std::size_t number) const {
-    if (!module_.hasOwnLists) number /= maxRowsBelow;
+    if (!module_.hasOwnLists) number = numberAbove(number);
     auto count = static_cast<std::int64_t>(std::max<std::size_t>(1, context_.recordsPerModule));
     auto step = std::max<std::int64_t>(1, creationSpan / count);
     auto within = static_cast<std::int64_t>(random(number, creationSalt).below(static_cast<std::uint64_t>(step)));

@@ -30,8 +30,18 @@ public:
 
     /// The record of this number has every value, and texts of 100,000 bytes.
     static constexpr std::size_t completeRecord = 7;
-    /// Rows below a record are numbered by their parent, which has this many numbers.
+    /// A field that holds rows has this many numbers for them per record.
     static constexpr std::size_t maxRowsBelow = 8;
+    /// The rows of a module may lie below this many fields of other modules.
+    static constexpr std::size_t maxFieldsAbove = 8;
+
+    /// Returns the number of a row below a record. `place` tells the fields apart whose rows are of the same module, so
+    /// that no two rows share an id.
+    static std::size_t numberBelow(std::size_t parent, std::size_t place, std::size_t row) {
+        return (parent * maxFieldsAbove + place) * maxRowsBelow + row;
+    }
+    /// Returns the number of the record above a row.
+    static std::size_t numberAbove(std::size_t row) { return row / (maxFieldsAbove * maxRowsBelow); }
 
     /// Fills one value, which is absent before the call.
     using Make = void (*)(Cell& cell, RecordValue& into);
@@ -47,6 +57,8 @@ public:
         bool isOptional;
         /// The shape that a lookup points to or that a subform's rows have; null for other fields.
         const RecordShape* target = nullptr;
+        /// The field's place among those whose rows are of the target's module.
+        std::size_t place = 0;
     };
 
     /// Holds everything that a value is made from.
@@ -106,6 +118,7 @@ private:
     const Field* lastName_ = nullptr;
     std::vector<const TagData*> tags_;
     const Shapes* shapes_ = nullptr;
+    std::size_t fieldsAbove_ = 0;
 };
 
 /// Returns a number that depends only on the name.

@@ -27,6 +27,7 @@ protected:
 
     const Accounts accounts{std::vector<Account>{{"42", token}}};
     DataSet data{1, accounts, 250};
+    std::set<std::string> rowIds;
 
     std::string viewId(const std::string& module) {
         for (const auto& view : data.views)
@@ -63,6 +64,13 @@ protected:
             if ((!target || target == &module) && data.records->find(module.name, id)) return "";
         return "no record";
     }
+    /// A row has an id that no other row has, whatever module it lies below.
+    void checkRowIds(const std::string& module, const ValueList& rows) {
+        for (const auto& row : rows) {
+            auto id = textOf(row, "id");
+            EXPECT_TRUE(id.empty() || rowIds.insert(id).second) << "rows below " << module << " share the id " << id;
+        }
+    }
     void checkRecord(const std::string& module, const Value& record, std::set<std::string>& below) {
         std::set<std::string> names;
         const auto& metadata = data.metadata.find(module)->second;
@@ -74,7 +82,9 @@ protected:
             ASSERT_NE(field, metadata.fields.end()) << module << " has no " << name;
             EXPECT_EQ(fault(*field, entry), "") << module << " " << name;
             const auto* rows = entry.asList()->at(1).asList();
-            if (rows && !rows->empty() && rows->front().asList()) below.insert(name);
+            if (!rows || rows->empty() || !rows->front().asList()) continue;
+            below.insert(name);
+            if (field->type == "subform" || field->type == "event_participant") checkRowIds(module, *rows);
         }
         EXPECT_TRUE(names.count("id")) << module;
     }
