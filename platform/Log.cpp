@@ -63,8 +63,6 @@ void log(LogLevel level, std::string_view subject, std::string_view text) {
         callSink(shared, *sink, {level, subject, text});
 }
 
-void log(std::string_view text) { log(LogLevel::progress, {}, text); }
-
 LogLevel setLogLevel(LogLevel least) { return leastLevel.exchange(least); }
 
 LogSink setLogSink(LogSink sink) {

@@ -32,8 +32,6 @@ using LogSink = std::function<void(const LogLine& line)>;
 
 /// Writes one line. Secrets (tokens, passphrases) and values of records never go in: name kinds and counts.
 void log(LogLevel level, std::string_view subject, std::string_view text);
-/// Writes a line of progress without a subject.
-void log(std::string_view text);
 
 /// Replaces the sink; an empty one restores the default, which writes the texts to standard error. Returns the former
 /// sink.

@@ -56,8 +56,8 @@ private:
 
 }  // namespace
 
-SettingsStore::SettingsStore(std::string folder, std::string_view suite)
-    : path_(filePath(folder, suite)), journal_(std::make_unique<SettingsJournal>(path_)) {}
+SettingsStore::SettingsStore(std::string folder, std::string_view suite, std::chrono::milliseconds lockPatience)
+    : path_(filePath(folder, suite)), journal_(std::make_unique<SettingsJournal>(path_, lockPatience)) {}
 
 SettingsStore::~SettingsStore() = default;
 

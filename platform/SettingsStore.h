@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -28,7 +29,10 @@ class SettingsJournal;
 class SettingsStore {
 public:
     /// Opens nothing yet: the file is read at the first operation and made, with its folder, at the first change.
-    SettingsStore(std::string folder, std::string_view suite);
+    /// A change waits at most `lockPatience` for another process that holds the file, and fails then; a read goes on
+    /// with what it knows.
+    SettingsStore(std::string folder, std::string_view suite,
+                  std::chrono::milliseconds lockPatience = std::chrono::seconds(5));
     ~SettingsStore();
     SettingsStore(const SettingsStore&) = delete;
     SettingsStore& operator=(const SettingsStore&) = delete;

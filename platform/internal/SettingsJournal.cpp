@@ -4,9 +4,11 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "platform/Files.h"
@@ -68,14 +70,36 @@ bool SettingsJournal::openAndLock(bool forChange) {
     for (;;) {
         if (file_ < 0 && !open(forChange)) return false;
         if (file_ < 0) return true;
-        while (::flock(file_, LOCK_EX) != 0) {
-            if (errno == EINTR) continue;
-            logOnce("cannot be locked: " + systemWords());
-            return false;
-        }
+        if (!lock()) return false;
         if (pathNamesOpenFile()) return true;
         close();
     }
+}
+
+// A process that is stopped or hangs may hold the lock for ever, so the wait has an end, and after a wait in vain the
+// next ones are short until the lock is free again. The system offers no wait with a limit; other processes hold the
+// lock for less than a millisecond, so asking again soon costs nearly nothing.
+bool SettingsJournal::lock() {
+    using namespace std::chrono_literals;
+    auto patience = isLockOverdue_ ? std::min<std::chrono::milliseconds>(lockPatience_, 50ms) : lockPatience_;
+    std::chrono::microseconds waited{0}, pause = 100us;
+    while (::flock(file_, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EINTR) continue;
+        if (errno != EWOULDBLOCK) {
+            logOnce("cannot be locked: " + systemWords());
+            return false;
+        }
+        if (waited >= patience) {
+            isLockOverdue_ = true;
+            logOnce("is held by another process for too long");
+            return false;
+        }
+        std::this_thread::sleep_for(pause);
+        waited += pause;
+        pause = std::min<std::chrono::microseconds>(2 * pause, 10ms);
+    }
+    isLockOverdue_ = false;
+    return true;
 }
 
 // A missing file is not a failure unless one is wanted.

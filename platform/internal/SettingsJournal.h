@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,7 +20,8 @@ namespace tarvo::platform {
 /// threads; the store sees to that.
 class SettingsJournal {
 public:
-    explicit SettingsJournal(std::string path) : path_(std::move(path)) {}
+    SettingsJournal(std::string path, std::chrono::milliseconds lockPatience)
+        : path_(std::move(path)), lockPatience_(lockPatience) {}
     ~SettingsJournal() { close(); }
     SettingsJournal(const SettingsJournal&) = delete;
     SettingsJournal& operator=(const SettingsJournal&) = delete;
@@ -32,7 +34,7 @@ public:
         ~Lock();
         Lock(const Lock&) = delete;
         Lock& operator=(const Lock&) = delete;
-        /// False when there is a file that cannot be opened or locked, or none could be made.
+        /// False when there is a file that cannot be opened or locked in time, or none could be made.
         explicit operator bool() const { return held_; }
 
     private:
@@ -63,6 +65,7 @@ private:
     Parsed parse(std::string_view content) const;
     bool openAndLock(bool forChange);
     bool open(bool forChange);
+    bool lock();
     bool pathNamesOpenFile() const;
     void close();
     void noteCurrent();
@@ -74,6 +77,8 @@ private:
     void logOnce(std::string_view what);
 
     std::string path_;
+    const std::chrono::milliseconds lockPatience_;
+    bool isLockOverdue_ = false;  // the last wait for the lock was in vain
     int file_ = -1;
     bool readOnly_ = false;
     off_t read_ = 0;                   // bytes of the open file that have been read

@@ -6,8 +6,8 @@
 
 #include "bren_network/BrenNetworkManager.h"
 #include "platform/Files.h"
-#include "platform/Log.h"
 #include "tests/bren_network/Servers.h"
+#include "tests/support/LogWatch.h"
 
 namespace bren::test {
 
@@ -29,7 +29,6 @@ protected:
     using Task = BrenNetworkManager::Task;
 
     NetworkTest() {
-        former_ = tarvo::platform::setLogSink([this](std::string_view line) { log_.append(line).append("\n"); });
         manager.restart();
         EXPECT_TRUE(manager.setFurtherAuthorityFile(SecureServer::authorityFile()));
     }
@@ -37,7 +36,6 @@ protected:
         manager.shutDown();
         manager.queue()->sync([] {});
         manager.setFurtherAuthorityFile("");
-        tarvo::platform::setLogSink(former_);
     }
 
     static Task taskFor(std::string url, std::string method = "GET") {
@@ -51,10 +49,14 @@ protected:
     Answer ask(Task task) { return fetch(std::move(task), {}, false); }
     Answer upload(Task task, std::vector<BrenFileUploadInfo> files) { return fetch(std::move(task), files, true); }
 
+    void expectWarning(std::string part) { log_.expectWarning(std::move(part)); }
+
     std::string log() {
         manager.shutDown();
         manager.queue()->sync([] {});
-        return log_;
+        std::string text;
+        for (auto& line : log_.lines()) text.append(line).append("\n");
+        return text;
     }
 
     BrenNetworkManager& manager = BrenNetworkManager::sharedInstance();
@@ -74,8 +76,7 @@ private:
         return answer.get();
     }
 
-    std::string log_;
-    tarvo::platform::LogSink former_;
+    tarvo::LogWatch log_;
 };
 
 }  // namespace bren::test

@@ -97,6 +97,7 @@ TEST_F(SchedulingTest, AnswersEachOfManyRequestsOnceAndOneAtATime) {
 }
 
 TEST_F(SchedulingTest, AnswersEveryRequestWhenShutDown) {
+    expectWarning("shut down");
     RawServer server([](int socket) { RawServer::waitForClose(socket); });
     auto held = std::make_shared<int>();
     int answered = 0;
@@ -121,6 +122,7 @@ TEST_F(SchedulingTest, AnswersEveryRequestWhenShutDown) {
 }
 
 TEST_F(SchedulingTest, ShutsDownFromACompletion) {
+    expectWarning("shut down");
     RawServer silent([](int socket) { RawServer::waitForClose(socket); });
     RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, okAndClose); });
     std::promise<NetworkError::Kind> ended;

@@ -7,18 +7,22 @@
 
 #include "kelva_db/KelvaDatabase.h"
 #include "platform/Files.h"
+#include "tests/support/LogWatch.h"
 
 namespace kelva::tests {
 
-/// A folder of its own for each test, gone afterwards.
+/// A folder of its own for each test, removed afterwards. The test fails on a warning in the log that it does not
+/// expect.
 class Folder {
 public:
     Folder() : path_(tarvo::files::makeTemporaryDirectory("kelva")) {}
     ~Folder() { tarvo::files::remove(path_); }
     Folder(const Folder&) = delete;
+    void expectWarning(std::string part) { log_.expectWarning(std::move(part)); }
     std::string file(const std::string& name) const { return path_ + "/" + name; }
 
 private:
+    tarvo::LogWatch log_;
     std::string path_;
 };
 

@@ -12,7 +12,6 @@
 
 namespace tarvo::platform::testing {
 
-using tarvo::testing::LogWatch;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -115,7 +114,7 @@ TEST(PathComponent, RefusesWhatCouldLeaveItsFolder) {
 TEST(Log, AHostKeepsWarningsAndSilencesProgress) {
     LogWatch watch;
     auto former = setLogLevel(LogLevel::warning);
-    log("on the way");
+    log(LogLevel::progress, "", "on the way");
     log(LogLevel::progress, "network", "still on the way");
     log(LogLevel::warning, "network", "a request failed");
     log(LogLevel::error, "queues", "a contract was broken");
@@ -141,11 +140,11 @@ TEST(Log, ASinkThatLogsOrThrowsDoesNoHarm) {
     Journal<std::string> lines;
     auto before = setLogSink([&](std::string_view line) {
         lines.add(std::string(line));
-        log("(a sink's own line)");
+        log(LogLevel::progress, "", "(a sink's own line)");
         throw 1;
     });
-    log("one");
-    log("two");
+    log(LogLevel::progress, "", "one");
+    log(LogLevel::progress, "", "two");
     setLogSink(before);
     EXPECT_THAT(lines.entries(), ::testing::ElementsAre("one", "two"));
 }

@@ -1,6 +1,10 @@
 #include "platform/SettingsStore.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -17,9 +21,9 @@
 
 #include "platform/Files.h"
 #include "platform/Json.h"
-#include "platform/Log.h"
 #include "platform/ProgrammingError.h"
 #include "platform/Text.h"
+#include "tests/support/LogWatch.h"
 
 namespace tarvo::platform {
 namespace {
@@ -30,13 +34,8 @@ using ::testing::UnorderedElementsAre;
 
 class SettingsStoreTests : public ::testing::Test {
 protected:
-    SettingsStoreTests() : folder_(files::makeTemporaryDirectory("settings")), store_(folder_, "app") {
-        former_ = setLogSink([this](std::string_view line) { logged_ += std::string(line) + "\n"; });
-    }
-    ~SettingsStoreTests() override {
-        setLogSink(former_);
-        files::remove(folder_);
-    }
+    SettingsStoreTests() : folder_(files::makeTemporaryDirectory("settings")), store_(folder_, "app") {}
+    ~SettingsStoreTests() override { files::remove(folder_); }
 
     std::string path() const { return folder_ + "/app.jsonl"; }
     std::string content(const std::string& file) const { return files::read(file).value_or(Data()).text(); }
@@ -50,10 +49,9 @@ protected:
             .has_value();
     }
 
+    LogWatch log_;
     std::string folder_;
     SettingsStore store_;
-    std::string logged_;
-    LogSink former_;
 };
 
 TEST_F(SettingsStoreTests, KeepsEveryKindOverReopening) {
@@ -96,6 +94,7 @@ TEST_F(SettingsStoreTests, RemovesOneKeyOrThoseChosen) {
 }
 
 TEST_F(SettingsStoreTests, RefusesValuesThatWouldNotReadBack) {
+    log_.expectWarning("a value without a JSON form");
     struct Something : ValueObject {
         std::string_view typeName() const override { return "Something"; }
     };
@@ -142,6 +141,7 @@ TEST_F(SettingsStoreTests, DamagedFileIsSetAsideAndWhatReadsIsCarriedOver) {
         {"a bad line in the middle", "{\"a\":1}\n{\"b\":}\n{\"c\":3}\n", {"a", "c"}},
         {"no UTF-8", "{\"a\":\"\xFF\"}\n{\"c\":3}\n", {"c"}},
     };
+    log_.expectWarning(".damaged-");
     int number = 0;
     for (auto& [what, text, keysLeft] : cases) {
         std::string bytes = std::string_view(what).starts_with("zeros") ? std::string("{\"a\":1}\n\0\0\0\0", 12) : text;
@@ -149,7 +149,7 @@ TEST_F(SettingsStoreTests, DamagedFileIsSetAsideAndWhatReadsIsCarriedOver) {
         SettingsStore store(folder_, "app");
         EXPECT_THAT(store.keys(), ::testing::UnorderedElementsAreArray(keysLeft)) << what;
         EXPECT_EQ(content(path() + ".damaged-" + std::to_string(++number)), bytes) << what;
-        EXPECT_THAT(logged_, HasSubstr(".damaged-" + std::to_string(number))) << what;
+        EXPECT_THAT(log_.lines(), ::testing::Contains(HasSubstr(".damaged-" + std::to_string(number)))) << what;
         EXPECT_TRUE(store.set("new", 1)) << what;
         EXPECT_EQ(SettingsStore(folder_, "app").integer("new"), 1) << what;
     }
@@ -164,6 +164,7 @@ TEST_F(SettingsStoreTests, ReadsFilesMadeByHand) {
 }
 
 TEST_F(SettingsStoreTests, LeavesFilesOfNewerProgramsAlone) {
+    log_.expectWarning("written by a newer version");
     const std::string newer = "{\"tarvo.settings.format\":2}\n{\"a\":1}\nwhatever it says\n";
     put(newer);
     EXPECT_EQ(store_.value("a"), std::nullopt);
@@ -173,6 +174,8 @@ TEST_F(SettingsStoreTests, LeavesFilesOfNewerProgramsAlone) {
 }
 
 TEST_F(SettingsStoreTests, AnswersFalseWhereNothingCanBeWritten) {
+    log_.expectWarning("cannot be opened");
+    log_.expectWarning("Cannot create");
     std::filesystem::create_directory(path());
     EXPECT_FALSE(store_.set("a", 1));
     EXPECT_EQ(store_.value("a"), std::nullopt);
@@ -320,6 +323,21 @@ TEST_F(SettingsStoreTests, KilledWriterLosesNothingAcknowledged) {
         ASSERT_EQ(store.string("text" + std::to_string(last % 7)), std::string(500, 'x') + std::to_string(last));
     }
     EXPECT_FALSE(files::exists(path() + ".damaged-1"));
+}
+
+TEST_F(SettingsStoreTests, TheWaitForAnotherProcessHasAnEnd) {
+    using namespace std::chrono_literals;
+    SettingsStore store(folder_, "app", 20ms);
+    ASSERT_TRUE(store.set("a", 1));
+    auto other = ::open(path().c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(::flock(other, LOCK_EX), 0);
+    log_.expectWarning("is held by another process for too long");
+    EXPECT_FALSE(store.set("a", 2));
+    EXPECT_EQ(store.integer("a"), 1);
+    EXPECT_EQ(SettingsStore(folder_, "app", 20ms).integer("a"), std::nullopt);
+    ::close(other);
+    EXPECT_TRUE(store.set("a", 3));
+    EXPECT_EQ(store.integer("a"), 3);
 }
 
 }  // namespace

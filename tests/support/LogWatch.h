@@ -10,7 +10,7 @@
 
 #include "platform/Log.h"
 
-namespace tarvo::testing {
+namespace tarvo {
 
 /// Collects the log while it lives, and fails the test for each warning or error that nobody expected. A member of a
 /// fixture, or a local variable of a test. Restores the former sink at its end.
@@ -61,4 +61,4 @@ private:
     platform::LogSink former_;
 };
 
-}  // namespace tarvo::testing
+}  // namespace tarvo
