@@ -7,7 +7,9 @@
 #include "bren_network/internal/Authorities.h"
 #include "bren_network/internal/PreparedRequest.h"
 #include "bren_network/internal/TransferLoop.h"
+#include "bren_network/internal/Tuning.h"
 #include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 #include "platform/ThreadSafety.h"
 
 namespace bren {
@@ -23,6 +25,7 @@ struct BrenNetworkManager::State {
     tarvo::platform::Mutex mutex;
     std::string userAgent TARVO_GUARDED_BY(mutex) = "TarvoBase";
     std::shared_ptr<TransferLoop> loop TARVO_GUARDED_BY(mutex);  // made with the first request
+    std::size_t maximumBody TARVO_GUARDED_BY(mutex) = tuning::maximumBody;
     bool isShutDown TARVO_GUARDED_BY(mutex) = false;
 
     void run(Task task, std::vector<BrenFileUploadInfo> files, bool isUpload);
@@ -50,7 +53,7 @@ std::optional<NetworkError> BrenNetworkManager::State::submit(PreparedRequest re
         fresh->start();
         loop = std::move(fresh);
     }
-    TransferSettings settings{authorities.combined(), userAgent};
+    TransferSettings settings{authorities.combined(), userAgent, maximumBody};
     loop->submit(std::make_unique<Transfer>(std::move(request), std::move(settings), delivery), priority);
     return std::nullopt;
 } catch (const std::system_error&) {
@@ -101,6 +104,12 @@ void BrenNetworkManager::setMaximumBufferedKilobytes(int kilobytes) {
     state_->budget->setLimit(kilobytes);
     tarvo::platform::MutexLock lock(state_->mutex);
     if (state_->loop) state_->loop->wake();
+}
+
+void BrenNetworkManager::setMaximumBodyKilobytes(int kilobytes) {
+    if (kilobytes <= 0) return tarvo::platform::reportProgrammingError("Network: the limit of a body must be positive");
+    tarvo::platform::MutexLock lock(state_->mutex);
+    state_->maximumBody = std::size_t{1024} * static_cast<std::size_t>(kilobytes);
 }
 
 void BrenNetworkManager::setUserAgent(const std::string& userAgent) {

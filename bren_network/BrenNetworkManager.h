@@ -87,6 +87,10 @@ public:
     /// No further request begins while the bodies of finished ones that wait for their completion hold more than this,
     /// in kilobytes, so that slow completions bound the memory. 100,000 unless set; 0 or less: one body at a time.
     void setMaximumBufferedKilobytes(int kilobytes);
+    /// A body that is larger ends its request with the failure `tooLarge`. It is measured as it is kept, after
+    /// unpacking, so that a few compressed megabytes cannot fill the memory. 262,144 (256 MiB) unless set; applies to
+    /// requests given afterwards. Must be positive.
+    void setMaximumBodyKilobytes(int kilobytes);
     /// "TarvoBase" unless set. A text with a line break is refused and logged.
     void setUserAgent(const std::string& userAgent);
     /// How many requests have been given to it so far.

@@ -47,6 +47,8 @@ std::string_view kindName(NetworkError::Kind kind) {
             return "shut down";
         case NetworkError::Kind::file:
             return "file cannot be read";
+        case NetworkError::Kind::tooLarge:
+            return "answer too large";
         case NetworkError::Kind::other:
             break;
     }

@@ -60,7 +60,8 @@ struct URLResponse {
 /// Why a request has no answer.
 struct NetworkError {
     /// Two kinds are for the layers above: `notSent`, the account had no authentication to send the request with, and
-    /// `outdated`, another account is at work by now.
+    /// `outdated`, another account is at work by now. `tooLarge` is a body beyond
+    /// `BrenNetworkManager::setMaximumBodyKilobytes`.
     enum class Kind {
         invalidURL,
         cannotConnect,
@@ -71,6 +72,7 @@ struct NetworkError {
         outdated,
         shutDown,
         file,
+        tooLarge,
         other
     };
     Kind kind = Kind::other;

@@ -1,5 +1,7 @@
 #include "bren_network/internal/Transfer.h"
 
+#include <openssl/x509_vfy.h>
+
 #include <algorithm>
 
 #include "bren_network/internal/Tuning.h"
@@ -42,6 +44,31 @@ Kind kindOf(CURLcode code) {
             return Kind::invalidURL;
         default:
             return Kind::other;
+    }
+}
+
+/// Says what is wrong with a certificate: OpenSSL's verdict, which stays unspecified for a certificate of another host.
+std::string_view certificateFault(long verdict) {
+    switch (verdict) {
+        case X509_V_OK:
+        case X509_V_ERR_UNSPECIFIED:
+        case X509_V_ERR_HOSTNAME_MISMATCH:
+        case X509_V_ERR_IP_ADDRESS_MISMATCH:
+            return "certificate of another host";
+        case X509_V_ERR_CERT_HAS_EXPIRED:
+            return "certificate expired";
+        case X509_V_ERR_CERT_NOT_YET_VALID:
+            return "certificate not yet valid";
+        case X509_V_ERR_CERT_REVOKED:
+            return "certificate revoked";
+        case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
+        case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
+        case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
+        case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
+        case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
+            return "certificate of an unknown authority";
+        default:
+            return kindName(Kind::certificate);
     }
 }
 
@@ -185,9 +212,20 @@ std::optional<URLResponse> Transfer::takeResponse() {
 }
 
 Outcome Transfer::finish(CURLcode code) {
-    if (code != CURLE_OK) return fail(wasRepeated_ ? Kind::connectionLost : kindOf(code));
+    if (code != CURLE_OK) return {Data(), takeResponse(), errorOf(code)};
     if (delivery_->wantsProgress() && !form_ && !lengthKnown_) tellWholeLength();
     return {Data(std::move(body_)), takeResponse(), std::nullopt};
+}
+
+NetworkError Transfer::errorOf(CURLcode code) const {
+    if (ownFailure_) return networkError(*ownFailure_, request_.host);
+    if (wasRepeated_) return networkError(Kind::connectionLost, request_.host);
+    auto kind = kindOf(code);
+    long verdict = 0;
+    if (code != CURLE_PEER_FAILED_VERIFICATION ||
+        curl_easy_getinfo(easy_, CURLINFO_SSL_VERIFYRESULT, &verdict) != CURLE_OK)
+        return networkError(kind, request_.host);
+    return {kind, std::string(certificateFault(verdict)) + ": " + request_.host};
 }
 
 /// The last word on a body whose length the server did not announce.
@@ -213,7 +251,13 @@ void Transfer::headerArrived(std::string_view line) {
     response_.headers.add(line.substr(0, colon), text::trimmed(line.substr(colon + 1)));
 }
 
-void Transfer::bodyArrived(std::string_view piece) {
+/// Returns false, which ends the transfer, if the body has become too large.
+bool Transfer::bodyArrived(std::string_view piece) {
+    if (piece.size() > settings_.maximumBody - body_.size()) {
+        std::string().swap(body_);
+        ownFailure_ = Kind::tooLarge;
+        return false;
+    }
     curl_off_t announced = 0;
     curl_easy_getinfo(easy_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
     if (body_.empty()) {
@@ -222,12 +266,13 @@ void Transfer::bodyArrived(std::string_view piece) {
     }
     body_ += piece;
     noteProgress();
-    if (form_ || !delivery_->wantsProgress()) return;
+    if (form_ || !delivery_->wantsProgress()) return true;
     // Bytes on the wire, as the announced length counts them; the piece itself is decoded.
     curl_off_t arrived = 0;
     curl_easy_getinfo(easy_, CURLINFO_SIZE_DOWNLOAD_T, &arrived);
     lengthKnown_ = announced > 0;
     delivery_->progressed(arrived, announced, delivery_->wantsPieces() ? piece : std::string_view());
+    return true;
 }
 
 /// Called before the request goes out, again after each redirection, and again when libcurl would quietly repeat it
@@ -248,14 +293,26 @@ void Transfer::moved(std::int64_t down, std::int64_t up, std::int64_t upTotal) {
     if (form_ && hasSent && delivery_->wantsProgress()) delivery_->progressed(up, upTotal, {});
 }
 
+/// Runs a callback of libcurl, through which no exception may pass: memory that runs out fails this request alone.
+template <class F>
+std::size_t Transfer::guarded(std::size_t size, F&& take) noexcept {
+    try {
+        if (take()) return size;
+    } catch (const std::bad_alloc&) {
+        std::string().swap(body_);
+        ownFailure_ = Kind::other;
+    }
+    return CURL_WRITEFUNC_ERROR;
+}
+
 std::size_t Transfer::onHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
-    static_cast<Transfer*>(self)->headerArrived({bytes, size * count});
-    return size * count;
+    auto* transfer = static_cast<Transfer*>(self);
+    return transfer->guarded(size * count, [&] { return transfer->headerArrived({bytes, size * count}), true; });
 }
 
 std::size_t Transfer::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
-    static_cast<Transfer*>(self)->bodyArrived({bytes, size * count});
-    return size * count;
+    auto* transfer = static_cast<Transfer*>(self);
+    return transfer->guarded(size * count, [&] { return transfer->bodyArrived({bytes, size * count}); });
 }
 
 int Transfer::onAboutToSend(void* self, char*, char*, int, int) {

@@ -16,6 +16,8 @@ struct TransferSettings {
     /// PEM text of all trusted certificates; null means the system's.
     std::shared_ptr<const std::string> authorities;
     std::string userAgent;
+    /// The largest body in bytes, unpacked.
+    std::size_t maximumBody = 0;
 };
 
 /// One request on libcurl: its handle, what goes out, and what has come in. Made on any thread, from `begin` on used by
@@ -52,10 +54,13 @@ private:
     bool isRepeatable() const { return request_.method == "GET" || request_.method == "HEAD"; }
 
     void headerArrived(std::string_view line);
-    void bodyArrived(std::string_view piece);
+    bool bodyArrived(std::string_view piece);
     bool isAboutToSend();
     void moved(std::int64_t down, std::int64_t up, std::int64_t upTotal);
     void tellWholeLength();
+    NetworkError errorOf(CURLcode code) const;
+    template <class F>
+    std::size_t guarded(std::size_t size, F&& take) noexcept;
 
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
@@ -77,6 +82,8 @@ private:
     bool lengthKnown_ = false;
     bool isUnanswered_ = false;
     bool wasRepeated_ = false;
+    /// Why a callback of this class has ended the transfer.
+    std::optional<NetworkError::Kind> ownFailure_;
 };
 
 }  // namespace bren

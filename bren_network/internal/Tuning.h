@@ -23,6 +23,9 @@ inline constexpr std::chrono::milliseconds longestWaitIdle{60'000};
 /// A length that a server announces is believed up to here when memory is set aside for a body; beyond it the buffer
 /// grows with what really arrives.
 inline constexpr std::size_t largestReserve = 16 * 1024 * 1024;
+/// The largest body of an answer, unpacked, until `BrenNetworkManager::setMaximumBodyKilobytes` sets another. Pages of
+/// records are a few megabytes; a larger attachment belongs into a download of its own.
+inline constexpr std::size_t maximumBody = 256 * 1024 * 1024;
 /// Size of a piece read from or written to a connection.
 inline constexpr long transferBuffer = 64 * 1024;
 /// Until the service layer sets its own: see `BrenNetworkManager::setMaximumBufferedKilobytes`.
