@@ -230,5 +230,28 @@ TEST(ArchitectureTest, TheSourceTreeHasALinePerFolder) {
     for (auto& folder : folders) EXPECT_NE(documented.find("`" + folder + "/`"), std::string::npos) << folder;
 }
 
+/// The lines of code that a document quotes: those of its C++ blocks, and those that its diffs add.
+std::vector<std::string> quotedLines(const std::string& document) {
+    std::vector<std::string> quoted;
+    std::optional<std::string> language;
+    for (auto& line : linesOf(root() / document)) {
+        if (line.starts_with("```"))
+            language = language ? std::nullopt : std::optional(line.substr(3));
+        else if (language == "cpp")
+            quoted.push_back(line);
+        else if (language == "diff" && line.starts_with("+"))
+            quoted.push_back(line.substr(1));
+    }
+    return quoted;
+}
+
+TEST(ArchitectureTest, QuotedCodeStandsInTheSources) {
+    std::set<std::string, std::less<>> lines;
+    for (auto& source : sources(libraries, {".h", ".cpp"}))
+        for (auto& line : linesOf(root() / source)) lines.emplace(text::trimmed(line));
+    for (auto& quoted : quotedLines("docs/adding.md"))
+        EXPECT_TRUE(lines.contains(text::trimmed(quoted))) << "docs/adding.md quotes: " << quoted;
+}
+
 }  // namespace
 }  // namespace tarvo
