@@ -50,6 +50,8 @@ int run(const Arguments& arguments) {
 int main(int count, char** values) {
     // A reader that goes away is noticed as a failed write.
     std::signal(SIGPIPE, SIG_IGN);
+    // A file that must not grow is a failed write, like a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     auto parsed = parseArguments(count, values);
     if (auto* end = std::get_if<EarlyEnd>(&parsed)) {
         std::fprintf(end->status == 0 ? stdout : stderr, "%s\n", end->text.c_str());

@@ -54,7 +54,8 @@ public:
     static std::shared_ptr<InitProcessUseCase> make(Parts parts);
 
     void startInitProcess() override;
-    /// Returns the parts, for a host that puts itself between a step and the run. Called before the start.
+    /// Returns the steps and what they work with, for a host that puts itself between a step and the run. Called before
+    /// the start.
     const Parts& parts() const { return parts_; }
 
     void didComplete(Downloadable& step, bool status) override;
