@@ -11,11 +11,15 @@ namespace tarvo::host {
 namespace {
 
 /// Listens to the step, and reports its first end.
-class InitListener final : public CommonErrorRelay, public AppInitDataManagerDelegate {
+class InitListener final : public CommonErrorRelay, public AppInitDataManagerDelegate, public DownloadProgressible {
 public:
     explicit InitListener(std::function<void(InitOutcome)> whenEnded) : whenEnded_(std::move(whenEnded)) {}
 
     void appInitDataFetchedAndSaved(AppInitDataManager&) override { end({}); }
+    void didComplete(Downloadable&, bool isStored) override {
+        if (!isStored) end({.isRefusedByDatabase = true});
+    }
+    void progressDidUpdate(Downloadable&, int, int) override {}
 
 private:
     void relay(const CommonErrorNotice& notice) override { end({notice}); }
@@ -43,6 +47,7 @@ std::shared_ptr<void> runInitStep(std::shared_ptr<DatabaseAdapter> database,
     run->listener = std::make_shared<InitListener>(std::move(whenEnded));
     run->step = AppInitDataManager::make(std::move(database), BrenUserDefaults::ofCurrentAccount());
     run->step->appInitdelegate = run->listener;
+    run->step->delegate = run->listener;
     run->step->errorResponder = run->listener;
     run->step->execute();
     return run;

@@ -9,11 +9,13 @@
 
 namespace tarvo::host {
 
-/// The outcome of the init step: its answer is stored, or a failure was reported.
+/// The outcome of the init step: its answer is stored, a failure was reported, or the database did not store the
+/// answer.
 struct InitOutcome {
     std::optional<CommonErrorNotice> failure{};
+    bool isRefusedByDatabase = false;
 
-    bool isStored() const { return !failure; }
+    bool isStored() const { return !failure && !isRefusedByDatabase; }
 };
 
 /// Makes the init call and stores its answer. `whenEnded` is called exactly once, on the network queue, when the step

@@ -18,6 +18,8 @@ namespace {
 
 using Download = decltype(&runMetadataDownload);
 
+const std::string databaseRefused = "the database did not store what the server sent; the disk may be full";
+
 /// Returns the views by the name that people read; nullopt if the table cannot be read.
 std::optional<std::vector<CustomView>> storedViews(const std::string& module) {
     return GetCustomViewsDataManager::current()->getCustomViews(module, {CustomViewColumnName::ViewDisplayName});
@@ -30,6 +32,7 @@ std::optional<std::string> fetchFor(const std::shared_ptr<DatabaseAdapter>& data
     if (!module) return "the module " + moduleName + " cannot be read";
     auto outcome = awaited<DownloadOutcome>([&](auto whenEnded) { return download(database, {*module}, whenEnded); });
     if (!outcome) return "the server did not answer in time";
+    if (!outcome->notStored.empty()) return databaseRefused;
     return outcome->failed.empty() ? std::nullopt : std::optional(explanationOf(outcome->failed.begin()->first));
 }
 
@@ -57,6 +60,7 @@ std::vector<std::string> storedModuleNames(const std::shared_ptr<DatabaseAdapter
 std::optional<std::string> fetchModules(Host& host) {
     auto outcome = awaited<InitOutcome>([&](auto whenEnded) { return runInitStep(host.database(), whenEnded); });
     if (!outcome) return "the server did not answer in time";
+    if (outcome->isRefusedByDatabase) return databaseRefused;
     return outcome->isStored() ? std::nullopt : std::optional(explanationOf(outcome->failure->kind));
 }
 

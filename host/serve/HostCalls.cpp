@@ -94,6 +94,8 @@ void appInit(Host& host, const InitRequest& request, const CallPtr& call) {
     call->keepUntilEnd(runInitStep(host.database(), [call](const InitOutcome& outcome) {
         if (auto& failure = outcome.failure)
             call->delegate(caseName(failure->kind), failure->arguments);
+        else if (outcome.isRefusedByDatabase)
+            call->delegate("notStored", {{"by", bridge::toJson(Process::appInit)}});
         else
             call->delegate("appInitDataFetchedAndSaved", {{"by", bridge::toJson(Process::appInit)}});
         call->done();

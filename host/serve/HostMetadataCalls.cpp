@@ -44,6 +44,7 @@ Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::str
 void reportOutcome(const DownloadOutcome& outcome, const CallPtr& call) {
     for (auto& [error, names] : outcome.failed)
         call->delegate(caseName(error), {{"moduleNames", bridge::toJson(names)}});
+    if (!outcome.notStored.empty()) call->delegate("notStored", {{"moduleNames", bridge::toJson(outcome.notStored)}});
     call->done("response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
     call->finish();
 }

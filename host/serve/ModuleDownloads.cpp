@@ -1,6 +1,7 @@
 #include "host/serve/ModuleDownloads.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "tarvobase/init_process/steps/InitCustomViewDM.h"
@@ -69,17 +70,25 @@ private:
     const std::shared_ptr<InitCustomViewNS> service_ = std::make_shared<InitCustomViewNS>();
 };
 
+DownloadOutcome withoutUnstored(DownloadOutcome outcome, const std::set<std::string>& unstored) {
+    std::erase_if(outcome.stored, [&](auto& name) { return unstored.contains(name); });
+    outcome.notStored.assign(unstored.begin(), unstored.end());
+    return outcome;
+}
+
 /// Starts a step over its service. The work holds both weakly; the returned object holds them.
 template <class Step, class Service, class Start>
 std::shared_ptr<void> run(std::shared_ptr<Step> step, std::shared_ptr<Service> service, Start start,
                           const std::vector<Module>& modules, DownloadEnd whenEnded) {
-    auto ended = [watched = std::weak_ptr(service), whenEnded = std::move(whenEnded)] {
+    auto ended = [weakStep = std::weak_ptr(step), watched = std::weak_ptr(service), whenEnded = std::move(whenEnded)] {
         // After the answer under way, whose notice is still to come.
-        networkQueue()->async([watched, whenEnded] {
-            if (auto service = watched.lock()) whenEnded(std::move(service->outcome));
+        networkQueue()->async([weakStep, watched, whenEnded] {
+            auto step = weakStep.lock();
+            auto service = watched.lock();
+            if (step && service) whenEnded(withoutUnstored(std::move(service->outcome), step->unstoredModules()));
         });
     };
-    std::invoke(start, *step, modules, std::move(ended), nullptr);
+    std::invoke(start, *step, modules, ended, ended);
     return std::make_shared<std::pair<std::shared_ptr<Step>, std::shared_ptr<Service>>>(step, service);
 }
 

@@ -20,6 +20,8 @@ struct DownloadOutcome {
     /// The modules that failed, by the notice of the failure; `unableToGetMetadata` if the server refused a module or
     /// left it out.
     std::map<CommonError, std::vector<std::string>> failed;
+    /// The modules whose answer came, but was not stored by the database.
+    std::vector<std::string> notStored;
 };
 using DownloadEnd = std::function<void(DownloadOutcome)>;
 

@@ -57,12 +57,18 @@ std::shared_ptr<ModuleBatch> BatchedDownloadable::takeNextRun() {
     waiting_.pop_front();
     if (next.callbacks) former = std::exchange(callbacks_, *std::move(next.callbacks));
     running_ = std::move(next.batches);
+    unstored_.clear();
     return running_;
 }
 
 std::shared_ptr<ModuleBatch> BatchedDownloadable::runningBatches() const {
     platform::MutexLock lock(mutex_);
     return running_;
+}
+
+std::set<std::string> BatchedDownloadable::unstoredModules() const {
+    platform::MutexLock lock(mutex_);
+    return unstored_;
 }
 
 void BatchedDownloadable::callBack() {
@@ -92,6 +98,10 @@ void BatchedDownloadable::nextBatch(const std::vector<Module>& modules) {
 // The end of the last batch ends the run. Another run may be in progress afterwards, so the batches are taken first.
 void BatchedDownloadable::endBatch(const std::vector<Module>& modules, const Failures& failures) {
     for (auto& name : failures.unstored) reportUnstored(name);
+    {
+        platform::MutexLock lock(mutex_);
+        unstored_.insert(failures.unstored.begin(), failures.unstored.end());
+    }
     auto batches = runningBatches();
     batches->batchCompleted(modules, failures);
     reportProgress(*batches);

@@ -46,6 +46,9 @@ public:
 
     void nextBatch(const std::vector<Module>& modules) final;
 
+    /// Returns the modules whose content the database did not store, in the last download. From any thread.
+    std::set<std::string> unstoredModules() const;
+
 protected:
     /// The texts of the step's progress lines: how each line begins, and how it continues.
     struct LogTexts {
@@ -152,6 +155,7 @@ private:
     bool isRunning_ TARVO_GUARDED_BY(mutex_) = false;
     std::shared_ptr<ModuleBatch> running_ TARVO_GUARDED_BY(mutex_);
     Callbacks callbacks_ TARVO_GUARDED_BY(mutex_);
+    std::set<std::string> unstored_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo

@@ -4,9 +4,9 @@
 //     TARVO_FAULT=kill        ends the program right after the commit, without a chance to tidy up
 //     TARVO_FAULT=full        from that commit on the disk takes no more bytes below TARVO_FAULT_UNDER
 //     TARVO_FAULT=stop        stops the program before it begins that transaction, until it gets SIGCONT
-//     TARVO_FAULT_AT=N        which commit, from 1; for `stop` which transaction
-//     TARVO_FAULT_COUNT=FILE  holds "commits transactions" of the program so far
-//     TARVO_FAULT_HURRY=N     waits for locks take the Nth part of their time
+//     TARVO_FAULT_AT=N        which commit, from 1; for `stop` which transaction; 0 for a disk that is full from the
+//     start TARVO_FAULT_COUNT=FILE  holds "commits transactions" of the program so far TARVO_FAULT_HURRY=N     waits
+//     for locks take the Nth part of their time
 //
 // A commit is a sync of a write-ahead log; a transaction begins with the writer's lock on its index.
 
@@ -36,7 +36,7 @@ struct Fault {
     const std::string countFile = setting("TARVO_FAULT_COUNT");
     const long hurry = std::atol(setting("TARVO_FAULT_HURRY").c_str());
     std::atomic<long> commits = 0, transactions = 0;
-    std::atomic<bool> isFull = false;
+    std::atomic<bool> isFull = kind == "full" && at == 0;
 
     static Fault& shared() {
         static Fault fault;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <set>
 
 #include "tests/end_to_end/EndToEnd.h"
 #include "tests/end_to_end/TableContents.h"
@@ -13,7 +12,6 @@ namespace tarvo::tests {
 namespace {
 
 constexpr const char* faultPassphrase = "right passphrase";
-const std::set<std::string> haveSharedIds = {"CustomModule3Records", "CustomerModuleCommentsRecords"};
 
 /// First downloads that meet a fault of the disk at a certain commit, and the run after it.
 ///
@@ -29,29 +27,31 @@ protected:
         expected = tables();
         ASSERT_GT(expected.size(), 60u);
         std::ifstream(countFile()) >> commits >> transactions;
-        ASSERT_GT(commits, 50);
-        ASSERT_GT(transactions, 50);
+        ASSERT_GT(commits, 30);
+        ASSERT_GT(transactions, 30);
     }
 
+    /// Starts a first download on a fresh home.
     std::unique_ptr<Process> start(const std::string& fault, int at) {
         files::remove(world.home());
-        return run({"LD_PRELOAD=" + std::string(std::getenv("TARVO_BIN_DIR")) + "/libdisk_faults.so",
-                    // The library need not come before the sanitizer's own.
-                    "ASAN_OPTIONS=verify_asan_link_order=0", "TARVO_FAULT=" + fault,
-                    "TARVO_FAULT_AT=" + std::to_string(at), "TARVO_FAULT_UNDER=" + world.home(),
-                    "TARVO_FAULT_COUNT=" + countFile(), isFullSweep() ? "" : "TARVO_FAULT_HURRY=50"});
+        return run({"--json", "init"}, faultAt(fault, at));
+    }
+    std::vector<std::string> faultAt(const std::string& fault, int at) const {
+        return {"LD_PRELOAD=" + std::string(std::getenv("TARVO_BIN_DIR")) + "/libdisk_faults.so",
+                // The library need not come before the sanitizer's own.
+                "ASAN_OPTIONS=verify_asan_link_order=0", "TARVO_FAULT=" + fault, "TARVO_FAULT_AT=" + std::to_string(at),
+                "TARVO_FAULT_UNDER=" + world.home(), "TARVO_FAULT_COUNT=" + countFile(),
+                isFullSweep() ? "" : "TARVO_FAULT_HURRY=50"};
     }
     /// Expects the next download to complete, and to leave what an undisturbed one leaves.
     void expectRepair(const std::string& after) {
-        auto next = endOf(run({}));
+        auto next = endOf(run({"--json", "init"}));
         ASSERT_EQ(next.status, 0) << after << ": " << next.errors;
         auto found = tables();
         EXPECT_EQ(found.size(), expected.size()) << after;
         for (auto& [table, rows] : expected) {
             auto& present = found[table];
             auto [expectedRow, row] = std::mismatch(rows.begin(), rows.end(), present.begin(), present.end());
-            // Rows of two parents share their ids on this server, so the parent that was stored last has them.
-            if (haveSharedIds.contains(table) && present.size() == rows.size()) continue;
             EXPECT_TRUE(present == rows) << after << ", table " << table << ": " << present.size() << " rows of "
                                          << rows.size() << ", the first that differs:\n"
                                          << (expectedRow == rows.end() ? "none" : *expectedRow) << "\n"
@@ -72,16 +72,18 @@ protected:
         return points;
     }
 
+    std::unique_ptr<Process> run(const std::vector<std::string>& arguments,
+                                 std::vector<std::string> environment = {}) const {
+        environment.push_back(std::string("TARVO_PASSPHRASE=") + faultPassphrase);
+        return std::make_unique<Process>("tarvo-host", world.arguments(arguments), world.folder + "/host.log",
+                                         environment);
+    }
+
     EndToEnd world{{"--records", "10"}};
     Tables expected;
     int commits = 0, transactions = 0;
 
 private:
-    std::unique_ptr<Process> run(std::vector<std::string> environment) {
-        environment.push_back(std::string("TARVO_PASSPHRASE=") + faultPassphrase);
-        return std::make_unique<Process>("tarvo-host", world.arguments({"--json", "init"}), world.folder + "/host.log",
-                                         environment);
-    }
     std::string countFile() const { return world.folder + "/counts"; }
 };
 
@@ -106,6 +108,13 @@ TEST_F(DownloadFault, AFullDiskIsReportedAndRepairedByTheNextRun) {
         expectReport(endOf(start("full", at)), after);
         expectRepair(after);
     }
+}
+
+TEST_F(DownloadFault, AFetchIntoAFullDiskIsReported) {
+    for (auto command : {"fields", "views"})
+        expectReport(endOf(run({"--json", command, "Leads", "--fetch"}, faultAt("full", 0))), command);
+    expectReport(endOf(run({"--json", "modules", "--fetch"}, faultAt("full", 0))), "modules");
+    expectRepair("fetches into a full disk");
 }
 
 TEST_F(DownloadFault, AForeignLockIsReportedAndRepairedByTheNextRun) {

@@ -316,6 +316,7 @@ TEST_F(InitBatchTest, ADownloadThatIsNotStoredCallsTheFailure) {
     large[1] = longText();
     service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(large)})}), {});
     EXPECT_EQ(ends, "failure ");
+    EXPECT_THAT(step->unstoredModules(), ElementsAre("Leads"));
 }
 
 /// The host asks again for what the server did not send, for exactly that.
