@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// The SQL of an account's own tables, as a server sends it.
+/// Returns the SQL of an account's own tables, as a server sends it.
 inline std::vector<std::string> accountTables() {
     return {
         "CREATE TABLE IF NOT EXISTS MODULE_DETAILS (id TEXT, module_name TEXT, singular_name TEXT, plural_name TEXT, "

@@ -13,12 +13,12 @@
 
 namespace tarvo {
 
-/// Passes everything on and counts the reads.
+/// Passes all calls on and counts the reads.
 class CountingAdapter final : public DatabaseAdapter {
 public:
     explicit CountingAdapter(std::shared_ptr<DatabaseAdapter> next) : next_(std::move(next)) {}
 
-    /// Reads since the last question.
+    /// Returns the number of reads since the last call.
     int takeReads() { return reads_.exchange(0); }
 
     using DatabaseAdapter::create;
@@ -66,21 +66,21 @@ private:
     std::atomic<int> reads_ = 0;
 };
 
-/// The account's database with the tables of metadata, and short ways to fill them.
+/// A test with the account's database, the tables of metadata in it, and functions that fill them.
 class MetadataTest : public FoundationTest {
 protected:
     void SetUp() override;
 
     CountingAdapter& adapter() { return *adapter_; }
     void use(Naming naming);
-    /// The identifier, under the naming in force, of a field that `field` has made.
+    /// Returns the identifier, under the naming in force, of a field that `field` has made.
     std::string identifier(const std::string& name) const;
 
-    /// A field whose CRM column is the name in capitals.
+    /// Returns a field whose CRM column is the name in capitals.
     static FieldMetadata field(const std::string& module, const std::string& name,
                                FieldDataType type = FieldDataType::text);
     static FieldMetadata subform(const std::string& module, const std::string& name, Value target);
-    /// A field's place in a layout.
+    /// Returns the place of a field in a layout.
     static LayoutFieldData place(const FieldMetadata& field, const std::string& layout, const std::string& section,
                                  int sequence, int position);
 
@@ -91,7 +91,7 @@ protected:
     void storePicklist(const FieldMetadata& field, const std::string& layout, const std::vector<std::string>& values);
     void storeLayout(const std::string& module, const std::string& layout, bool isDefault);
     void storePermission(const std::string& module, const std::string& key, bool value);
-    /// A module whose API name is its name with "_Api" behind it, with fields of its own.
+    /// Stores a module with its fields. Its API name is its name followed by "_Api".
     void storeModule(const std::string& name, const std::vector<FieldMetadata>& fields);
 
     /// Runs a use case to its end.

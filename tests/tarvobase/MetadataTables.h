@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// The SQL of the tables that metadata is stored in and needs, as a server sends it. Columns without a type hold texts.
+/// Returns the SQL of the tables for metadata, as a server sends it. Columns without a type hold texts.
 inline std::vector<std::string> metadataTables() {
     return {
         "CREATE TABLE MODULE_DETAILS (id, module_name UNIQUE, singular_name, plural_name, api_name, position, "

@@ -5,7 +5,7 @@
 
 #include "platform/Json.h"
 
-/// A metadata answer as the server sends it, for tests that change one thing of it.
+/// Metadata answers as the server sends them, for tests that change one part of them.
 namespace tarvo::wire {
 
 enum Section { relatedLists, layouts, layoutFields, picklists, columns, fields, dependentFields, unused, relatedSort };
@@ -45,7 +45,7 @@ inline ValueList fieldRow(const std::string& module, const std::string& field, c
             "",      "true",
             "5",     ValueMap{{"decimal_place", "2"}}};
 }
-/// A lookup with its target and the related list that it fills.
+/// Returns a lookup with its target module and the related list that it fills.
 inline ValueList lookupRow(const std::string& module, const std::string& field, const std::string& target,
                            const std::string& relatedListID) {
     auto row = fieldRow(module, field, "lookup");
@@ -54,7 +54,7 @@ inline ValueList lookupRow(const std::string& module, const std::string& field, 
     return row;
 }
 
-/// Two rows of everything that has rows; the dependent fields are those of the module "Below".
+/// Returns sections with two rows each. The dependent fields belong to the module "Below".
 inline ValueList sections(const std::string& module) {
     return {ValueList{relatedListRow(module + "1"), relatedListRow(module + "2", "Tasks")},
             ValueList{layoutRow(module, "L1"), layoutRow(module, "L2")},
@@ -74,7 +74,7 @@ inline ValueMap entry(ValueMap info, ValueList sections) {
     return {{"info", std::move(info)}, {"data", std::move(sections)}};
 }
 inline ValueMap entry(const std::string& module) { return entry(info(module), sections(module)); }
-/// An entry whose info brings the statements of one module's tables.
+/// Returns an entry whose info has the statements of the tables of a module.
 inline ValueMap entryWithTables(const std::string& module, ValueMap tables) {
     auto about = info(module);
     about.set("tables", ValueList{std::move(tables)});

@@ -6,7 +6,7 @@
 
 namespace tarvo {
 
-/// Gets the notices of an error interface as texts, on the thread of the notice: the name of each, and its arguments.
+/// Receives the notices of an error interface as texts, on the thread of the notice: its name and its arguments.
 template <class Relay>
 class NoticeListener : public Relay {
 protected:

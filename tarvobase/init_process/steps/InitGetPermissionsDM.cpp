@@ -1,6 +1,5 @@
 #include "tarvobase/init_process/steps/InitGetPermissionsDM.h"
 
-#include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/init_process/parsers/PermissionsParser.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/network_layer/FirstEntry.h"

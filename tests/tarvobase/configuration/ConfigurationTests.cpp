@@ -20,31 +20,44 @@ protected:
     }
 };
 
-TEST_F(ConfigurationTest, ReadsTheLiveAccount) {
+TEST_F(ConfigurationTest, AnAccountSourceTakesPrecedenceOverAuthentication) {
     EXPECT_EQ(configuration().getCurrentAccountID(), "1001");
     configuration().currentAccountIDSource = [] { return std::optional<std::string>("2002"); };
     EXPECT_EQ(configuration().getCurrentAccountID(), "2002");
     configuration().currentAccountIDSource = nullptr;
+    EXPECT_EQ(configuration().getCurrentAccountID(), "1001");
+}
+
+TEST_F(ConfigurationTest, WithoutAuthenticationThereIsNoAccount) {
     configuration().authentication = nullptr;
     EXPECT_EQ(configuration().getCurrentAccountID(), std::nullopt);
     EXPECT_EQ(accounts()->getCurrentBrenUID(), "");
     EXPECT_FALSE(accounts()->hasBrenuid());
 }
 
-TEST_F(ConfigurationTest, DerivedFieldsFollowTheirSources) {
+TEST_F(ConfigurationTest, NamesOfTablesEndWithTheOrganisation) {
     EXPECT_EQ(organisationTableName("T"), "T");
     configuration().currentOrgID = "9";
     EXPECT_EQ(organisationTableName("T"), "T_9");
+}
+
+TEST_F(ConfigurationTest, ColumnsOfViewsFollowTheSettingForServerCriteria) {
     EXPECT_EQ(configuration().customViewDBConstants().ListFields, "list_fields");
     for (int i = 0; i < 2; ++i) {
         configuration().serverCVCriteria = true;
         EXPECT_EQ(configuration().customViewDBConstants().ListFields, "selected_columns");
         EXPECT_EQ(configuration().customViewDBConstants().ViewID, "view_id");
     }
+}
+
+TEST_F(ConfigurationTest, TheFolderOfVoiceNotesIsKeptFromItsFirstUse) {
     auto voice = configuration().voiceFileDirectoryLocation();
     EXPECT_EQ(voice, folder() + "/VoiceNotes/");
     configuration().localDirectoryLocation = "/elsewhere";
     EXPECT_EQ(configuration().voiceFileDirectoryLocation(), voice);
+}
+
+TEST_F(ConfigurationTest, IdentifiersOfFieldsFollowTheNaming) {
     FieldMetadata field;
     field.columnCRMName = "COLUMN";
     field.fieldAPIName = "api";
@@ -71,17 +84,22 @@ TEST_F(ConfigurationTest, SettingsMayBeReadAndSetByManyThreads) {
     settle();
 }
 
-TEST_F(ConfigurationTest, KeepsTheFactsOfAccounts) {
+TEST_F(ConfigurationTest, ResettingAnAccountThatNeverFinishedStoresNothing) {
+    accounts()->resetInitialDownload("1");
+    EXPECT_EQ(accounts()->userWithInitialDownloadComplete(), std::nullopt);
+}
+
+TEST_F(ConfigurationTest, KeepsWhichAccountsHaveFinishedTheirFirstDownload) {
     auto manager = accounts();
-    EXPECT_EQ(manager->userWithInitialDownloadComplete(), std::nullopt);
-    manager->resetInitialDownload("1");
-    EXPECT_EQ(manager->userWithInitialDownloadComplete(), std::nullopt);
     for (auto id : {"1", "2", "1"}) manager->initDownloadCompleteForUser(id);
     manager->resetInitialDownload("1");
     EXPECT_EQ(accounts()->userWithInitialDownloadComplete(), (std::vector<std::string>{"2", "1"}));
     EXPECT_TRUE(manager->isInitialDownloadComplete("1"));
     EXPECT_FALSE(manager->isInitialDownloadComplete("3"));
+}
 
+TEST_F(ConfigurationTest, AnAccountIsOfflineUnlessOnlineIsStored) {
+    auto manager = accounts();
     EXPECT_EQ(manager->getPersistenceMode("1"), PersistenceMode::offline);
     manager->updatePersistenceMode("1", PersistenceMode::online);
     manager->updatePersistenceMode("2", PersistenceMode::offline);
@@ -89,7 +107,10 @@ TEST_F(ConfigurationTest, KeepsTheFactsOfAccounts) {
     EXPECT_TRUE(wasLogged("PersistanceMode updated for `1` to `online`"));
     BrenUserDefaults().setDictionary({{"3", "ONLINE"}}, "PersistanceMode", UserDefaultsGroup::base());
     EXPECT_EQ(manager->getPersistenceMode("3"), PersistenceMode::offline);
+}
 
+TEST_F(ConfigurationTest, FindsTheDatabaseFileOfAnAccount) {
+    auto manager = accounts();
     EXPECT_FALSE(manager->isDatabasePresentForUser("1001"));
     openDatabase();
     EXPECT_TRUE(manager->isDatabasePresentForUser("1001"));
@@ -111,34 +132,50 @@ TEST_F(ConfigurationTest, ReadsTheTimeOfTheLastModuleSync) {
     }
 }
 
-TEST_F(ConfigurationTest, SettingsAreScoped) {
+TEST_F(ConfigurationTest, EachGroupHasItsOwnSettings) {
     BrenUserDefaults defaults;
     using G = UserDefaultsGroup;
     defaults.setString("mine", "k", G::current());
     defaults.setString("all", "k", G::base());
-    defaults.setString("bare", "k", G::none());
-    defaults.setInteger(7, "n", G::other("x"));
     EXPECT_EQ(defaults.stringForKey("k", G::other("1001")), "mine");
     EXPECT_EQ(defaults.stringForKey("k", G::other("BaseGroup")), "all");
-    EXPECT_EQ(defaults.stringForKey("n", G::other("x")), std::nullopt);
     signIn("2002");
     EXPECT_EQ(defaults.stringForKey("k", G::current()), std::nullopt);
-    defaults.setSecureArray(ValueList{1}, "s", G::current());
-    defaults.setSecureArray(std::nullopt, "s", G::current());
-    EXPECT_EQ(defaults.secureArrayForKey("s", G::current()), std::nullopt);
-    defaults.removeAllStoredValues();
-    EXPECT_EQ(defaults.stringForKey("k", G::base()), std::nullopt);
-    EXPECT_EQ(defaults.stringForKey("k", G::none()), "bare");
 }
 
-TEST_F(ConfigurationTest, ObserversHearTheirKeysInTheirGroups) {
+TEST_F(ConfigurationTest, ASettingOfAnotherKindReadsAsAbsent) {
+    BrenUserDefaults defaults;
+    defaults.setInteger(7, "n", UserDefaultsGroup::base());
+    EXPECT_EQ(defaults.stringForKey("n", UserDefaultsGroup::base()), std::nullopt);
+    EXPECT_EQ(defaults.integerForKey("n", UserDefaultsGroup::base()), 7);
+}
+
+TEST_F(ConfigurationTest, StoringAnAbsentListRemovesTheKey) {
+    BrenUserDefaults defaults;
+    defaults.setSecureArray(ValueList{1}, "s", UserDefaultsGroup::current());
+    defaults.setSecureArray(std::nullopt, "s", UserDefaultsGroup::current());
+    EXPECT_EQ(defaults.secureArrayForKey("s", UserDefaultsGroup::current()), std::nullopt);
+}
+
+TEST_F(ConfigurationTest, RemovingAllSettingsKeepsThoseOfNobody) {
+    BrenUserDefaults defaults;
+    defaults.setString("all", "k", UserDefaultsGroup::base());
+    defaults.setString("mine", "k", UserDefaultsGroup::current());
+    defaults.setString("bare", "k", UserDefaultsGroup::none());
+    defaults.removeAllStoredValues();
+    EXPECT_EQ(defaults.stringForKey("k", UserDefaultsGroup::base()), std::nullopt);
+    EXPECT_EQ(defaults.stringForKey("k", UserDefaultsGroup::current()), std::nullopt);
+    EXPECT_EQ(defaults.stringForKey("k", UserDefaultsGroup::none()), "bare");
+}
+
+TEST_F(ConfigurationTest, ObserversGetTheirKeysInTheirGroups) {
     struct Observer final : UserDefaultsValueObserver {
         std::vector<std::string> observingKeys() const override { return {"k"}; }
         std::vector<std::string> observingGroups() const override { return {"1001", ""}; }
         void newValue(const Value& value, const std::string& key, const std::string& group) override {
-            heard.push_back(key + "@" + group + "=" + value.toText().value_or("?"));
+            values.push_back(key + "@" + group + "=" + value.toText().value_or("?"));
         }
-        std::vector<std::string> heard;
+        std::vector<std::string> values;
     };
     BrenUserDefaults defaults;
     auto observer = std::make_shared<Observer>();
@@ -148,7 +185,7 @@ TEST_F(ConfigurationTest, ObserversHearTheirKeysInTheirGroups) {
     defaults.setString("3", "k", UserDefaultsGroup::base());
     defaults.setString("4", "other", UserDefaultsGroup::current());
     settle();
-    EXPECT_EQ(observer->heard, (std::vector<std::string>{"k@1001=1", "k@=true"}));
+    EXPECT_EQ(observer->values, (std::vector<std::string>{"k@1001=1", "k@=true"}));
 }
 
 TEST_F(ConfigurationTest, AnAssemblerOfTwoDatabasesTakesTheSecondaryOne) {
@@ -157,7 +194,6 @@ TEST_F(ConfigurationTest, AnAssemblerOfTwoDatabasesTakesTheSecondaryOne) {
     BaseAssemblerWithDatabaseUserDefaults assembler(
         {primary, secondary}, nullptr, std::make_shared<DatabaseConstants>(), std::make_shared<BrenUserDefaults>());
     EXPECT_EQ(assembler.databaseAdapter, secondary);
-    EXPECT_EQ(OSXPlatformConstants().maximumNumberOfThreads(), std::nullopt);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ using Case = CRMAPIs::Case;
 
 class NetworkConstantsTest : public FoundationTest {};
 
-TEST_F(NetworkConstantsTest, ComposesURLs) {
+TEST_F(NetworkConstantsTest, ComposesTheURLOfEachKindOfCall) {
     NetworkConstants constants;
     configuration().dclBD = "base.test";
     EXPECT_EQ(constants.getURL(Case::appMetadata), "https://mproxy.base.test/crm/v4/getmetadatainfo");
@@ -22,7 +22,11 @@ TEST_F(NetworkConstantsTest, ComposesURLs) {
     EXPECT_EQ(constants.getURL(Case::downloadUserPhoto), "https://mproxy.base.test/contacts/downloadphoto");
     EXPECT_EQ(constants.getURL(CRMAPIs::getMyJobsRecord("12")), "https://mproxy.base.test/crm/v4/12/markasread");
     EXPECT_EQ(constants.getURL(Case::appinitdata), "https://mproxy.base.test/crm/v4/getappinitdata");
+}
 
+TEST_F(NetworkConstantsTest, URLsFollowTheVariantOfTheConfiguration) {
+    NetworkConstants constants;
+    configuration().dclBD = "base.test";
     configuration().servletPath = ServletPathV4::lumet;
     configuration().initDataType = InitDataType::lumet;
     configuration().dclPrefix = "eu-";
@@ -30,19 +34,26 @@ TEST_F(NetworkConstantsTest, ComposesURLs) {
     EXPECT_EQ(constants.getURL(Case::getUserDetails), "https://eu-sandbox.base.test/vestra/v4/getuserdetails");
     EXPECT_EQ(constants.getURL(Case::appinitdata), "https://eu-sandbox.base.test/vestra/v4/getlumetappinitdata");
     EXPECT_EQ(constants.getBaseUrl(DependentServerType::contactServer, "d", std::nullopt), "https://contacts.d");
+}
 
+TEST_F(NetworkConstantsTest, CallsOfTheWebHaveARootOfTheirOwn) {
+    NetworkConstants constants;
     auto webRoot = constants.getURL(Case::relatedEmailSharedDetails);
     EXPECT_TRUE(webRoot.ends_with("/crm/v2/"));
     EXPECT_EQ(constants.getURL(CRMAPIs::sendMail("Leads", "9")), webRoot + "Leads/9/actions/send_mail");
     configuration().baseURLType = WebBaseURLType::lumetV2;
     EXPECT_NE(constants.getURL(Case::relatedEmailSharedDetails), webRoot);
+}
+
+TEST_F(NetworkConstantsTest, EachServerTypeHasItsOwnBase) {
+    NetworkConstants constants;
     std::set<std::string> endpoints;
     for (auto& one : EnumCases<MProxyServerType>::cases)
         endpoints.insert(constants.getBaseUrl(one.value, "d", std::nullopt));
     EXPECT_EQ(endpoints.size(), 12u);
 }
 
-/// What went out, in one line: URL, authorization, parameters and body.
+/// A request that was sent, in one line: URL, authorization, parameters and body.
 std::string sent(const NetworkCall& call) {
     auto text = call.request.method + " " + call.request.url;
     text += " auth=" + call.authorization.value_or("-");
@@ -93,7 +104,7 @@ protected:
     const std::string bearer = "Nimbra-oauthtoken secret-token";
 };
 
-TEST_F(ServiceTest, PutsTokenParametersAndOrganisationWhereTheyBelong) {
+TEST_F(ServiceTest, SendsParametersBesideTheBodyInTheURL) {
     using R = BaseNetworkService::Request;
     ValueMap a{{"a", "1 2"}};
     EXPECT_EQ(outcomeOf(base(), R{.params = a}), "POST https://h.test/call auth=" + bearer + " params={\"a\":\"1 2\"}");
@@ -101,12 +112,19 @@ TEST_F(ServiceTest, PutsTokenParametersAndOrganisationWhereTheyBelong) {
               "POST https://h.test/call?a=1%202 auth=" + bearer + " params=- body=B");
     EXPECT_EQ(outcomeOf(base(), R{.params = a, .method = HTTPMethod::get, .shouldAddOrgId = true}),
               "GET https://h.test/call auth=" + bearer + " params={\"a\":\"1 2\"}");
+}
+
+TEST_F(ServiceTest, SendsTheDomainInTheURL) {
+    using R = BaseNetworkService::Request;
+    ValueMap a{{"a", "1 2"}};
     configuration().verticalDomain = "v";
     EXPECT_EQ(outcomeOf(base(), R{.params = a, .body = Data("B")}),
               "POST https://h.test/call?a=1%202&domain=v auth=" + bearer + " params=- body=B");
     EXPECT_EQ(outcomeOf(base(), R{}), "POST https://h.test/call?domain=v auth=" + bearer + " params=-");
-    configuration().verticalDomain = std::nullopt;
+}
 
+TEST_F(ServiceTest, SendsTheOrganisationInParametersIfTheConfigurationAllowsIt) {
+    using R = BaseNetworkService::Request;
     chooseOrganisation();
     EXPECT_EQ(outcomeOf(base(), R{.params = ValueMap(), .shouldAddOrgId = true}),
               "POST https://h.test/call auth=" + bearer + " params={}");
@@ -114,8 +132,18 @@ TEST_F(ServiceTest, PutsTokenParametersAndOrganisationWhereTheyBelong) {
     EXPECT_EQ(outcomeOf(base(), R{.params = ValueMap(), .shouldAddOrgId = true}),
               "POST https://h.test/call auth=" + bearer + " params={\"orgid\":\"77\"}");
     EXPECT_EQ(outcomeOf(base(), R{.shouldAddOrgId = true}), "POST https://h.test/call auth=" + bearer + " params=-");
+}
+
+TEST_F(ServiceTest, SendsAPlainTokenAlone) {
     signIn("1001", "secret-token", AuthenticationType::plain);
-    EXPECT_EQ(outcomeOf(base(), R{}), "POST https://h.test/call auth=secret-token params=-");
+    EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "POST https://h.test/call auth=secret-token params=-");
+}
+
+TEST_F(ServiceTest, ACallWithoutAuthenticationSendsNeitherTokenNorOrganisation) {
+    using R = BaseNetworkService::Request;
+    ValueMap a{{"a", "1 2"}};
+    chooseOrganisation();
+    configuration().passOrgID = true;
     auto open = base();
     open->shouldAddAuthtoken = false;
     EXPECT_EQ(outcomeOf(open, R{.params = a, .shouldAddOrgId = true}),
@@ -173,7 +201,7 @@ protected:
     std::vector<NetworkAnswer> answers;
 };
 
-TEST_F(ScopeOfServicesTest, AnAnswerThatComesTooLateIsAFailureWithoutABody) {
+TEST_F(ScopeOfServicesTest, AnAnswerAfterASwitchIsAFailureWithoutABody) {
     for (auto& change : changes()) {
         SCOPED_TRACE(change.name);
         auto expected = change.outdates ? "the account at work has changed" : "body";
@@ -193,7 +221,7 @@ TEST_F(ScopeOfServicesTest, AnAnswerThatComesTooLateIsAFailureWithoutABody) {
     }
 }
 
-TEST_F(ScopeOfServicesTest, AServiceSendsNothingForAnotherScope) {
+TEST_F(ScopeOfServicesTest, AServiceSendsNothingAfterASwitch) {
     for (auto& change : changes()) {
         SCOPED_TRACE(change.name);
         restore();
@@ -241,36 +269,56 @@ TEST_F(ScopeOfServicesTest, ATokenThatNeverComesEndsTheCall) {
     EXPECT_TRUE(adapter->calls().empty());
 }
 
-TEST_F(ServiceTest, TheStaticBaseDiffersWithoutATokenAndWithAPlainOne) {
+TEST_F(ServiceTest, TheStaticBaseKeepsEmptyParametersBesideABody) {
     using R = StaticBaseNetworkService::Request;
     ValueMap a{{"a", 1}};
     EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x", .body = Data("B")}),
               "POST https://h.test/x?a=1 auth=" + bearer + " params=- body=B");
     EXPECT_EQ(outcomeOf(plain(), R{.params = ValueMap(), .url = "https://h.test/x", .body = Data("B")}),
               "POST https://h.test/x auth=" + bearer + " params={} body=B");
+}
+
+TEST_F(ServiceTest, TheStaticBaseSendsNoDomain) {
+    using R = StaticBaseNetworkService::Request;
     configuration().verticalDomain = "v";
     EXPECT_EQ(outcomeOf(plain(), R{.url = "https://h.test/x"}), "POST https://h.test/x auth=" + bearer + " params=-");
-    EXPECT_EQ(outcomeOf(plain(), R{}), "unsent invalid URL");
+}
+
+TEST_F(ServiceTest, TheStaticBaseSendsAPlainTokenInTheURL) {
+    using R = StaticBaseNetworkService::Request;
+    ValueMap a{{"a", 1}};
     signIn("1001", "secret-token", AuthenticationType::plain);
     EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x", .body = Data("B")}),
               "POST https://h.test/x?authtoken=secret-token&a=1 auth=- params=- body=B");
+}
+
+TEST_F(ServiceTest, TheStaticBaseSendsWithoutATokenToo) {
+    using R = StaticBaseNetworkService::Request;
+    ValueMap a{{"a", 1}};
     signIn("1001", std::nullopt);
     EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x"}),
               "POST https://h.test/x auth=- params={\"a\":1}");
 }
 
-TEST_F(ServiceTest, ACallThatCannotBeSentStillCompletes) {
-    struct Heard final : CommonErrorProtocol {
+TEST_F(ServiceTest, ACallWithoutAURLStillCompletes) {
+    EXPECT_EQ(outcomeOf(base("not a url"), BaseNetworkService::Request()), "unsent invalid URL");
+    EXPECT_EQ(outcomeOf(plain(), StaticBaseNetworkService::Request()), "unsent invalid URL");
+}
+
+TEST_F(ServiceTest, ACallWithoutATokenCompletesAndNamesTheAccount) {
+    struct Listener final : CommonErrorProtocol {
         void noAuthtoken(const std::string& user) override { users.push_back(user); }
         std::vector<std::string> users;
     };
-    auto heard = std::make_shared<Heard>();
-    EXPECT_EQ(outcomeOf(base("not a url"), BaseNetworkService::Request()), "unsent invalid URL");
+    auto listener = std::make_shared<Listener>();
     signIn("1001", std::nullopt);
     auto service = base();
-    service->errorHandler = heard;
+    service->errorHandler = listener;
     EXPECT_EQ(outcomeOf(service, BaseNetworkService::Request()), "unsent not sent");
-    EXPECT_EQ(heard->users, std::vector<std::string>{"1001"});
+    EXPECT_EQ(listener->users, std::vector<std::string>{"1001"});
+}
+
+TEST_F(ServiceTest, ACallWithoutAuthenticationStillCompletes) {
     configuration().authentication = nullptr;
     EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "unsent not sent");
 }

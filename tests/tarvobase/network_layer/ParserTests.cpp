@@ -44,12 +44,15 @@ TEST(ParserTest, ReadsThePlainEnvelope) {
                    " " + std::to_string(parsed->responseTime);
         EXPECT_EQ(seen, one.expected) << one.body;
     }
+}
+
+TEST(ParserTest, TheOldFormHasNoTimes) {
     EXPECT_EQ(Parser::getOldJSONData(body("{\"response\":{\"result\":[],\"responseInfo\":{\"responsetime\":7}}}"))
                   ->responseTime,
               0u);
 }
 
-/// Gives the number of rows; refuses a list that begins with "refuse".
+/// Returns the number of rows. Refuses a list that begins with "refuse".
 class CountingParser final : public ParserProtocol<std::size_t, RecordListInfo> {
 public:
     Result<std::size_t, Error> parseResult(const ValueList& rows, const RecordListInfo&) override {
@@ -126,7 +129,7 @@ TEST(ResultInfoTest, AMapIsReadLenientlyAndJSONStrictly) {
     EXPECT_EQ(decodeInfo<SyncLFRecordsInfo>(map).error(), Error::typeConversionFailedForKey("info"));
 }
 
-TEST(TypedReadTest, NamesWhatIsMissingAndWhatIsOfAnotherType) {
+TEST(TypedReadTest, NamesTheKeyThatIsMissingOrHasAnotherType) {
     ValueMap map{{"a", 1}};
     ValueList list{1, "x"};
     EXPECT_EQ(parseAs<std::string>(ValueMap(), "a").error(), Error::keyNotFound("a"));
@@ -161,13 +164,33 @@ TEST(PositionalRowTest, TheModeDecidesWhatAnotherTypeCosts) {
         EXPECT_FALSE(row.flag(4));
         EXPECT_EQ(row.error().has_value(), mode == PositionalRow::Mode::strict);
     }
+}
+
+TEST(PositionalRowTest, AStrictRowKeepsItsLeftmostFailure) {
+    Value entry = ValueList{"Leads", nullptr, 7, "12", true};
     PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::strict).value();
     row.text(4), row.text(2);
-    EXPECT_EQ(row.error(), Error::typeConversionFailedForIndex(2)) << "the leftmost column that failed";
-    EXPECT_EQ(row.integer(2), 7);
-    EXPECT_EQ(row.real(5), 1.5);
-    EXPECT_EQ(row.integer(5), std::nullopt);
-    EXPECT_FALSE(row.leadingTexts(2)) << "a null is not a text";
+    EXPECT_EQ(row.error(), Error::typeConversionFailedForIndex(2));
+}
+
+TEST(PositionalRowTest, ReadsNumbersAlsoFromTexts) {
+    Value entry = ValueList{7, "1.5", "12"};
+    PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::strict).value();
+    EXPECT_EQ(row.integer(0), 7);
+    EXPECT_EQ(row.integer(2), 12);
+    EXPECT_EQ(row.real(1), 1.5);
+    EXPECT_EQ(row.integer(1), std::nullopt);
+}
+
+TEST(PositionalRowTest, ANullIsNotALeadingText) {
+    Value entry = ValueList{"Leads", nullptr};
+    PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::lenient).value();
+    EXPECT_EQ(row.leadingTexts(1), std::vector<std::string>{"Leads"});
+    EXPECT_FALSE(row.leadingTexts(2));
+}
+
+TEST(PositionalRowTest, OpensOnlyListsWithEnoughColumns) {
+    Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
     EXPECT_EQ(PositionalRow::open(entry, 7, PositionalRow::Mode::lenient).error(), Error(ErrorCase::lessNumberOfKeys));
     EXPECT_EQ(PositionalRow::open("Leads", 0, PositionalRow::Mode::lenient).error(),
               Error(ErrorCase::typeConversionFailed));

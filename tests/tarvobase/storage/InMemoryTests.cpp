@@ -52,27 +52,37 @@ TEST_F(InMemoryStorageTest, FiltersByTypeAndValue) {
         {{{"position", true}}, 9, ""},
         {{{"type", ModuleType::none}}, 1, "A "},
         {{{"type", "none"}}, 9, ""},
-        {{{"unheard", "x"}}, 9, ""},
-        {{{"unheard", ""}}, 9, "A B C "},
+        {{{"unknown", "x"}}, 9, ""},
+        {{{"unknown", ""}}, 9, "A B C "},
     };
-    for (auto& one : cases) EXPECT_EQ(namesOf(storage.fetchObjects("T", one.filter, one.limit)), one.found);
-    EXPECT_EQ(namesOf(storage.fetchObjects("other", {}, 9)), "absent");
-    EXPECT_EQ(namesOf(storage.fetchAllObjects("T", 1)), "A B C ");
-    EXPECT_FALSE(InMemoryPropertyValue("x").isEqual(std::nullopt));
+    for (std::size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(namesOf(storage.fetchObjects("T", cases[i].filter, cases[i].limit)), cases[i].found) << "case " << i;
 }
 
-TEST_F(InMemoryStorageTest, ChangesWhatMatches) {
+TEST_F(InMemoryStorageTest, FetchesTheWholeTableWhateverTheLimit) {
+    storage.insertInto("T", {object(module("A")), object(module("B"))});
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T", 1)), "A B ");
+}
+
+TEST_F(InMemoryStorageTest, AMissingTableIsAbsentAndStaysSo) {
     storage.update("T", object(module("Z")), {});
     storage.deleteObjects("T", {});
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "absent");
-    storage.insertInto("T", object(module("A")));
-    storage.insertInto("T", object(module("A")));
-    storage.insertInto("T", object(module("B")));
+    EXPECT_EQ(namesOf(storage.fetchObjects("T", {}, 9)), "absent");
+}
+
+TEST_F(InMemoryStorageTest, UpdatesAndDeletesEachObjectThatMatches) {
+    for (auto name : {"A", "A", "B"}) storage.insertInto("T", object(module(name)));
     storage.update("T", object(module("Z")), {{"moduleName", "A"}});
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "Z Z B ");
     storage.update("T", object(module("Y")), {{"moduleName", "A"}});
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "Z Z B ") << "an update adds nothing";
     storage.deleteObjects("T", {{"moduleName", "Z"}});
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "B ");
+}
+
+TEST_F(InMemoryStorageTest, AnEmptiedTableIsPresent) {
+    storage.insertInto("T", object(module("A")));
     storage.deleteAllObjects("T");
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "");
 }
@@ -105,7 +115,7 @@ TEST_F(InMemoryStorageTest, LosesNothingUnderThreads) {
     EXPECT_EQ(storage.fetchAllObjects("T")->size(), 2u * rounds);
 }
 
-/// A primary store that counts how often it is asked. `duringRead` runs after it has read and before it answers.
+/// A primary store that counts its reads. `duringRead` runs after it has read and before it answers.
 class CountingModules final : public ModulesPersistanceDelegate {
 public:
     using Modules = Result<std::vector<Module>, ParserError>;
@@ -171,22 +181,30 @@ protected:
     }
 };
 
-TEST_F(ModulesInMemoryTest, AsksThePrimaryStoreOnceForEachThing) {
+TEST_F(ModulesInMemoryTest, ReadsEachModuleFromThePrimaryStoreOnce) {
     primary->stored = {module("Leads"), module("Deals"), module("Tasks")};
     for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModuleByModuleName("Leads")->apiName, "Leads_API");
     for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModuleByApiName("Deals_API")->moduleName, "Deals");
-    EXPECT_EQ(primary->asked, 2);
     EXPECT_EQ(modules.getModule(ModuleIdentifier::Case::leads)->moduleName, "Leads");
     EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Leads"})->size(), 2u);
     EXPECT_EQ(primary->asked, 2);
+}
+
+TEST_F(ModulesInMemoryTest, ReadsAllModulesAgainIfMemoryHasOnlySome) {
+    primary->stored = {module("Leads"), module("Deals")};
+    EXPECT_TRUE(modules.getModuleByModuleName("Deals").ok());
+    for (int i = 0; i < 2; ++i) EXPECT_THAT(allNames(), ElementsAre("Leads", "Deals"));
+    EXPECT_EQ(primary->asked, 2);
+    EXPECT_EQ(modules.getModulesByApiNames({"Leads_API"})->front().moduleName, "Leads");
+    EXPECT_EQ(primary->asked, 2);
+}
+
+TEST_F(ModulesInMemoryTest, WhatMemoryLacksIsAskedFor) {
+    primary->stored = {module("Deals")};
     EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Deals"})->size(), 1u);
-    EXPECT_EQ(primary->asked, 3);
-    // Two of three are known: the list is not.
-    for (int i = 0; i < 2; ++i) EXPECT_THAT(allNames(), ElementsAre("Leads", "Deals", "Tasks"));
-    EXPECT_EQ(primary->asked, 4);
-    EXPECT_EQ(modules.getModulesByApiNames({"Tasks_API"})->front().moduleName, "Tasks");
+    EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Deals"})->size(), 1u) << "memory has one of two";
     EXPECT_EQ(modules.getModuleByModuleName("Nobody").error(), noData);
-    EXPECT_EQ(primary->asked, 5);
+    EXPECT_EQ(primary->asked, 3);
 }
 
 TEST_F(ModulesInMemoryTest, WritesThroughAndReplaces) {
@@ -223,7 +241,7 @@ TEST_F(ModulesInMemoryTest, AnEmptiedTableIsEmptyAndReloadingFillsIt) {
     EXPECT_THAT(allNames(), ElementsAre("Leads"));
 }
 
-TEST_F(ModulesInMemoryTest, WithoutAPrimaryStoreMemoryIsAllThereIs) {
+TEST_F(ModulesInMemoryTest, WithoutAPrimaryStoreReadsComeFromMemoryAlone) {
     ModulesInMemory alone(storage);
     EXPECT_EQ(alone.getAllModules().error(), noData);
     EXPECT_EQ(alone.getModuleByApiName("x").error(), noData);
@@ -231,25 +249,37 @@ TEST_F(ModulesInMemoryTest, WithoutAPrimaryStoreMemoryIsAllThereIs) {
     alone.reloadAll();
     alone.storeModule(module("Leads"));
     EXPECT_EQ(alone.getAllModules()->size(), 1u);
-    storage->insertInto("Modules", std::make_shared<InMemoryObject<User>>(User()));
-    EXPECT_EQ(alone.getAllModules().error(), noData) << "an object of another class is a miss";
 }
 
-TEST_F(ModulesInMemoryTest, WhatWasReadNeverCoversALaterChange) {
-    primary->stored = {module("Leads", 1), module("Deals", 1)};
+TEST_F(ModulesInMemoryTest, AnObjectOfAnotherClassIsAMiss) {
+    ModulesInMemory alone(storage);
+    alone.storeModule(module("Leads"));
+    storage->insertInto("Modules", std::make_shared<InMemoryObject<User>>(User()));
+    EXPECT_EQ(alone.getAllModules().error(), noData);
+}
+
+TEST_F(ModulesInMemoryTest, AReadNeverReplacesALaterWrite) {
+    primary->stored = {module("Leads", 1)};
     primary->duringRead = [&] { modules.storeModule(module("Leads", 2)); };
     EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
     EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
+}
+
+TEST_F(ModulesInMemoryTest, AReadNeverBringsBackADeletedModule) {
+    primary->stored = {module("Deals", 1)};
     primary->duringRead = [&] { modules.deleteModules({module("Deals")}); };
     EXPECT_TRUE(modules.getModuleByModuleName("Deals").ok());
     EXPECT_FALSE(modules.getModuleByModuleName("Deals").ok());
+}
+
+TEST_F(ModulesInMemoryTest, AReadDuringASwitchNeverFillsTheMemoryOfTheOtherAccount) {
     primary->stored = {module("Tasks")};
     primary->duringRead = [&] { signIn("2002"); };
     EXPECT_EQ(modules.getModuleByModuleName("Tasks")->moduleName, "Tasks");
-    EXPECT_EQ(namesOf(storage->fetchAllObjects("Modules")), "absent") << "the other account's memory stays clean";
+    EXPECT_EQ(namesOf(storage->fetchAllObjects("Modules")), "absent");
 }
 
-TEST_F(ModulesInMemoryTest, TwoWritesAtATimeNeverLeaveMemoryOlderThanItsTable) {
+TEST_F(ModulesInMemoryTest, OverlappingWritesNeverLeaveMemoryOlderThanItsTable) {
     // The table takes the second write last, and memory would take it first.
     primary->duringWrite = [&] {
         primary->stored.clear();
@@ -259,7 +289,7 @@ TEST_F(ModulesInMemoryTest, TwoWritesAtATimeNeverLeaveMemoryOlderThanItsTable) {
     EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
     modules.storeModules({module("Leads", 3)});
     primary->stored.clear();
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3) << "a write that was alone is kept";
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3) << "memory keeps a write that did not overlap";
 }
 
 TEST_F(ModulesInMemoryTest, WhatATransactionUndoesIsNotInMemory) {
@@ -289,7 +319,7 @@ TEST_F(ModulesInMemoryTest, MemoryTakesOnlyWhatTheTableTook) {
     EXPECT_FALSE(modules.getModuleByModuleName("Deals").ok());
 }
 
-TEST_F(InMemoryStorageTest, TablesOfAScopeArePassedByWhileAnotherOneIsCurrent) {
+TEST_F(InMemoryStorageTest, TablesOfAScopeAreUnusedWhileAnotherOneIsCurrent) {
     InMemoryStorage first(Scope::current());
     first.insertInto("T", object(module("A")));
     configuration().currentOrgID = "7";
@@ -305,7 +335,7 @@ TEST_F(InMemoryStorageTest, TablesOfAScopeArePassedByWhileAnotherOneIsCurrent) {
     EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "absent");
 }
 
-TEST_F(ModulesInMemoryTest, SeesASwitchOfTheAccountAtTheNextRead) {
+TEST_F(ModulesInMemoryTest, SeesASwitchOfAccountAtTheNextRead) {
     modules.storeModule(module("Leads", 1));
     EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
     signIn("2002");
@@ -318,41 +348,56 @@ TEST_F(ModulesInMemoryTest, SeesASwitchOfTheAccountAtTheNextRead) {
 class UsersAndSettingsInMemoryTest : public FoundationTest {
 protected:
     std::shared_ptr<InMemoryStorage> storage = std::make_shared<InMemoryStorage>();
+    const User ada{.id = "u1", .name = "Ada", .BrenUID = "1001", .confirm = true};
+    const User bob{.id = "u2", .name = "Bob", .BrenUID = "2002"};
+    const Settings shown{"Leads", SettingName::display, "a,b", "a,b", true};
+    const Settings sorted{"Leads", SettingName::sort, "a", "b", true};
+    const Settings deals{"Deals", SettingName::display, "c", "c", true};
 };
 
-TEST_F(UsersAndSettingsInMemoryTest, FindsUsersByEveryKey) {
+TEST_F(UsersAndSettingsInMemoryTest, FindsUsersByEachKey) {
     UserInMemory users(storage);
     EXPECT_EQ(users.getActiveUsers().error(), noData);
-    User ada{.id = "u1", .name = "Ada", .BrenUID = "1001", .confirm = true};
-    User bob{.id = "u2", .name = "Bob", .BrenUID = "2002"};
     users.storeUsers({ada, bob});
     EXPECT_EQ(users.getUserWithBrenUID()->name, "Ada");
     EXPECT_EQ(users.getUser("u2")->name, "Bob");
     EXPECT_EQ(users.getActiveUsers().value(), std::vector{ada});
     EXPECT_EQ(users.getUsersWithBrenUID({"2002", "x"}).value(), std::vector{bob});
     EXPECT_EQ(users.getUsersWithUserId({"u1", "u1"}).value(), std::vector{ada});
+}
+
+TEST_F(UsersAndSettingsInMemoryTest, UpdatesTheUserWithTheFormerId) {
+    UserInMemory users(storage);
+    users.storeUsers({ada, bob});
     auto renamed = ada;
     renamed.id = "u9";
     users.updateUser(renamed, "u1");
     users.updateUser(ada, "nobody");
     EXPECT_EQ(users.getUsers().value(), (std::vector{renamed, bob}));
+}
+
+TEST_F(UsersAndSettingsInMemoryTest, PropertiesOfUsersKeepTheirTypes) {
+    UserInMemory(storage).storeUsers({ada, bob});
     EXPECT_EQ(storage->fetchObjects("Users", {{"confirm", true}})->size(), 1u);
     EXPECT_EQ(storage->fetchObjects("Users", {{"confirm", "true"}})->size(), 0u);
     EXPECT_EQ(storage->fetchObjects("Users", {{"dateFormat", ""}})->size(), 2u) << "absent is the empty text";
 }
 
-TEST_F(UsersAndSettingsInMemoryTest, SettingsAreToldApartByModuleAndName) {
+TEST_F(UsersAndSettingsInMemoryTest, ASettingReplacesTheOneOfItsModuleAndName) {
     SettingsInMemeory settings(storage);
-    Settings shown{"Leads", SettingName::display, "a,b", "a,b", true};
-    Settings sorted{"Leads", SettingName::sort, "a", "b", true};
-    Settings deals{"Deals", SettingName::display, "c", "c", true};
     settings.storeSettings({shown, sorted, deals});
-    shown.customSettings = "b";
-    settings.storeSettings({shown});
+    auto changed = shown;
+    changed.customSettings = "b";
+    settings.storeSettings({changed});
+    EXPECT_EQ(settings.getAllSettings(SettingName::display).value(), (std::vector{changed, deals}));
+    EXPECT_EQ(settings.getSettings("Leads").value(), (std::vector{changed, sorted}));
+}
+
+TEST_F(UsersAndSettingsInMemoryTest, FindsSettingsByModuleAndName) {
+    SettingsInMemeory settings(storage);
+    settings.storeSettings({shown, sorted, deals});
     EXPECT_EQ(settings.getSettingsForModule("Leads", SettingName::display).value(), shown);
     EXPECT_EQ(settings.getSettingsForModule("Deals", SettingName::sort).error(), noData);
-    EXPECT_EQ(settings.getSettings("Leads").value(), (std::vector{shown, sorted}));
-    EXPECT_EQ(settings.getAllSettings(SettingName::display).value(), (std::vector{shown, deals}));
     auto byModule = settings.getSettingsByModuleNames({"Deals", "Nobody"});
     EXPECT_EQ(byModule["Deals"], std::vector{deals});
     EXPECT_TRUE(byModule["Nobody"].empty());

@@ -22,6 +22,9 @@ protected:
         for (auto& statement : accountTables()) adapter->createTable(statement);
     }
     std::shared_ptr<KelvaDatabasePersistance> adapter;
+    const User bob{.id = "u2", .BrenUID = "2002"};
+    const Settings shown{"Leads", SettingName::display, "a,b", "b", true};
+    const Settings sorted{"Leads", SettingName::sort, "", "x", false};
 };
 
 const User ada{.id = "u1",
@@ -39,47 +42,65 @@ const User ada{.id = "u1",
                .dateFormat = "dd/MM/yyyy",
                .timeZone = "Europe/Berlin"};
 
-TEST_F(TableClassTest, Users) {
+TEST_F(TableClassTest, FindsUsersByEachKey) {
     UserInDatabase users("ACTIVE_USERS", adapter);
-    User bob{.id = "u2", .BrenUID = "2002"};
     users.storeUsers({ada, bob});
     EXPECT_EQ(users.getUser("u1").value(), ada);
     EXPECT_EQ(users.getUserWithBrenUID().value(), ada);
     EXPECT_EQ(users.getActiveUsers().value(), std::vector{ada});
     EXPECT_EQ(users.getUsersWithBrenUID({"2002", "3003"}).value(), std::vector{bob});
     EXPECT_EQ(users.getUsersWithUserId({}).value().size(), 0u);
+}
+
+TEST_F(TableClassTest, StoresUsersAsTexts) {
+    UserInDatabase("ACTIVE_USERS", adapter).storeUser(ada);
     auto row = adapter->fetchObjects("SELECT * FROM ACTIVE_USERS WHERE user_id = 'u1'", std::nullopt)->front();
     EXPECT_EQ(row.valueOf("user_name"), Value("Ada Byron"));
     EXPECT_EQ(row.valueOf("user_confirm"), Value("true"));
     EXPECT_EQ(row.valueOf("is_logged_in_user"), Value("false"));
     EXPECT_TRUE(row.valueOf("time_format").isNull());
+}
 
+TEST_F(TableClassTest, UpdatesTheUserWithTheFormerId) {
+    UserInDatabase users("ACTIVE_USERS", adapter);
+    users.storeUsers({ada, bob});
     auto moved = ada;
     moved.id = "u7";
     moved.dateFormat.reset();
     users.updateUser(moved, "u1");
     EXPECT_EQ(users.getUser("u7").value(), moved);
     EXPECT_FALSE(users.getUser("u1").ok());
-    users.storeUser(bob);
-    EXPECT_EQ(users.getUsers()->size(), 2u) << "storing again replaces";
 }
 
-TEST_F(TableClassTest, Settings) {
+TEST_F(TableClassTest, StoringAUserAgainReplacesIt) {
+    UserInDatabase users("ACTIVE_USERS", adapter);
+    users.storeUsers({ada, bob});
+    users.storeUser(bob);
+    EXPECT_EQ(users.getUsers()->size(), 2u);
+}
+
+TEST_F(TableClassTest, FindsSettingsByModuleAndName) {
     SettingsInDatabase table("APP_SETTINGS", adapter);
-    const tarvo::Settings shown{"Leads", SettingName::display, "a,b", "b", true};
-    const tarvo::Settings sorted{"Leads", SettingName::sort, "", "x", false};
     table.storeSettings({shown, sorted, {"Deals", SettingName::display, "c", "c", true}});
     EXPECT_EQ(table.getSettingsForModule("Leads", SettingName::display).value(), shown);
     EXPECT_FALSE(table.getSettingsForModule("Leads", SettingName::search).ok());
     EXPECT_THAT(table.getSettings("Leads").value(), UnorderedElementsAre(shown, sorted));
     EXPECT_EQ(table.getAllSettings(SettingName::display)->size(), 2u);
     EXPECT_EQ(table.getSettingsByModuleNames({"Leads", "Nobody"})["Nobody"].size(), 0u);
+}
+
+TEST_F(TableClassTest, ASettingWithAnUnknownNameIsRead) {
+    SettingsInDatabase table("APP_SETTINGS", adapter);
+    table.storeSettings({shown, sorted});
     adapter->execute("UPDATE APP_SETTINGS SET settings_key = 'of a later version' WHERE settings_key = 'sort'",
                      std::nullopt);
     EXPECT_EQ(table.getSettings("Leads")->back().settingsKey, SettingName::unknown);
+}
 
-    SettingsInMemeory memory(std::make_shared<InMemoryStorage>(),
-                             std::make_shared<SettingsInDatabase>("APP_SETTINGS", adapter));
+TEST_F(TableClassTest, MemoryReadsSettingsAgainOnRequest) {
+    auto table = std::make_shared<SettingsInDatabase>("APP_SETTINGS", adapter);
+    table->storeSettings({shown, sorted});
+    SettingsInMemeory memory(std::make_shared<InMemoryStorage>(), table);
     EXPECT_EQ(memory.getSettings("Leads")->size(), 2u);
     adapter->execute("UPDATE APP_SETTINGS SET custom_settings = 'a' WHERE settings_key = 'display'", std::nullopt);
     EXPECT_EQ(memory.getSettingsForModule("Leads", SettingName::display)->customSettings, "b");
@@ -87,7 +108,7 @@ TEST_F(TableClassTest, Settings) {
     EXPECT_EQ(memory.getSettingsForModule("Leads", SettingName::display)->customSettings, "a");
 }
 
-TEST_F(TableClassTest, CompanyInfo) {
+TEST_F(TableClassTest, TheLastValueOfACompanyKeyCounts) {
     CompanyInfoInDatabase table("COMPANY_DETAILS", adapter);
     table.storeCompanyInfo({{"name", "Acme"}, {"city", "Rome"}, {"city", "Ur"}});
     EXPECT_THAT(table.getCompanyInfo().value(),
@@ -96,7 +117,7 @@ TEST_F(TableClassTest, CompanyInfo) {
     EXPECT_EQ(table.getCompanyInfo("moon").error(), ParserError(ParserError::Case::noData));
 }
 
-TEST_F(TableClassTest, OrganisationsInBothStores) {
+TEST_F(TableClassTest, BothStoresOfOrganisationsReplaceTheList) {
     auto settings = std::make_shared<BrenUserDefaults>();
     OrganisationInDatabase table("ORGANISATIONS", adapter, settings);
     OrganisationInUserDefaults defaults(settings);
@@ -110,6 +131,13 @@ TEST_F(TableClassTest, OrganisationsInBothStores) {
         store->storeOrganisations({});
         EXPECT_THAT(*store->getOrganisations(), ElementsAre());
     }
+}
+
+TEST_F(TableClassTest, TheCurrentOrganisationBelongsToTheAccount) {
+    auto settings = std::make_shared<BrenUserDefaults>();
+    OrganisationInDatabase table("ORGANISATIONS", adapter, settings);
+    OrganisationInUserDefaults defaults(settings);
+    const Organisation bolt{"2", "Bolt", false, true};
     table.setCurrentOrganisation(bolt);
     EXPECT_EQ(defaults.getCurrentOrganisation(), bolt);
     EXPECT_EQ(defaults.currentOrganisationID(), "2");
@@ -136,7 +164,11 @@ TEST_F(TableClassTest, MappersReadStrictly) {
         maps.push_back(one.map);
     }
     EXPECT_THAT(mapper.getValue(maps), ElementsAre(Tag{"1", "hot", "Leads"}));
-    EXPECT_EQ(mapper.getDictionary(Tag{"1", "hot", "Leads"}), cases[0].map);
+}
+
+TEST_F(TableClassTest, MappersWriteKeysAndTheirTableTwinsColumns) {
+    EXPECT_EQ(TagMapper().getDictionary(Tag{"1", "hot", "Leads"}),
+              (ValueMap{{"id", "1"}, {"name", "hot"}, {"moduleName", "Leads"}}));
     auto link = TagRecordDBMapper().getDictionary(TagRecord{{"1", "hot", "Leads"}, "r"});
     EXPECT_EQ(link, (ValueMap{{"tag_id", "1"}, {"tag_name", "hot"}, {"module_name", "Leads"}, {"record_id", "r"}}));
     link.remove("record_id");
@@ -149,16 +181,15 @@ TEST_F(TableClassTest, WithoutADatabaseReadsAreAbsentAndWritesDoNothing) {
     EXPECT_EQ(tags.getTags("Leads"), std::nullopt);
 }
 
-TEST_F(TableClassTest, ATableStaysWithTheDatabaseThatItWasMadeFor) {
+TEST_F(TableClassTest, ATableStaysWithTheDatabaseForWhichItWasMade) {
     TagInDatabase tags(adapter);
     configuration().databaseAdapter = nullptr;
     static_cast<void>(tags.storeTags({{"1", "hot", "Leads"}}));
     EXPECT_THAT(*tags.getTags("Leads"), ElementsAre(Tag{"1", "hot", "Leads"}));
 }
 
-TEST_F(TableClassTest, TagsAndTheirLinksAreStoredAndChanged) {
+TEST_F(TableClassTest, StoresAndChangesTags) {
     TagInDatabase tags(adapter);
-    TagRecordInDatabase links(adapter);
     tags.storeTags({{"1", "hot", "Leads"}, {"2", "cold", "Leads"}, {"3", "big", "Deals"}});
     tags.storeTags({{"1", "warm", "Leads"}});
     EXPECT_THAT(*tags.getTags("Leads"), UnorderedElementsAre(Tag{"1", "warm", "Leads"}, Tag{"2", "cold", "Leads"}));
@@ -166,7 +197,10 @@ TEST_F(TableClassTest, TagsAndTheirLinksAreStoredAndChanged) {
     tags.updateTag("3", "30");
     tags.removeTags("2");
     EXPECT_EQ(tags.getTagsByTagIds({"2", "3"})->size(), 0u);
+}
 
+TEST_F(TableClassTest, StoresAndChangesTheTagsOfRecords) {
+    TagRecordInDatabase links(adapter);
     links.storeTagRecords({{"1", "warm", "Leads"}, {"30", "big", "Leads"}}, "r1");
     links.storeTagRecords({{"1", "warm", "Leads"}}, "r2");
     links.updateTagRecord("1", "10", "r1");
@@ -175,9 +209,13 @@ TEST_F(TableClassTest, TagsAndTheirLinksAreStoredAndChanged) {
     links.deleteTagRecords({"r2", "r3"});
     EXPECT_THAT(*links.getTagRecordsByRecordId("r1"), ElementsAre(TagRecord{{"30", "big", "Leads"}, "r1"}));
     EXPECT_THAT(*links.getTagRecordsByRecordId("r2"), ElementsAre());
+}
 
+TEST_F(TableClassTest, AnUnreadableTagFailsTheWholeRead) {
+    TagInDatabase tags(adapter);
+    tags.storeTags({{"3", "big", "Deals"}});
     adapter->execute("INSERT INTO Tags_Info (tag_id, module_name) VALUES ('5', 'Deals')", std::nullopt);
-    EXPECT_EQ(tags.getTags("Deals"), std::nullopt) << "a row that does not map ends the read";
+    EXPECT_EQ(tags.getTags("Deals"), std::nullopt);
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ namespace {
 
 struct EchoOperation {
     struct Request : BaseRequest {
-        DataSource wished = DataSource::both;
-        DataSource source() const override { return wished; }
+        DataSource wanted = DataSource::both;
+        DataSource source() const override { return wanted; }
     };
     struct Response : BaseResponse {
         explicit Response(std::string from) : from(std::move(from)) {}
@@ -22,7 +22,7 @@ struct EchoOperation {
     using DomainError = NoDomainError;
 };
 
-/// A request of a caller's own, to see that it travels uncut.
+/// A request of a derived class, which must not lose its own members on the way.
 struct MarkedRequest : EchoOperation::Request {
     std::string mark = "marked";
 };
@@ -73,7 +73,7 @@ protected:
     }
 };
 
-TEST_F(FrameTest, AnswersAsTheSourceTells) {
+TEST_F(FrameTest, AnswersAsOftenAsTheSourceSays) {
     using L = EchoDM::Local;
     using Events = std::vector<std::string>;
     struct {
@@ -92,14 +92,14 @@ TEST_F(FrameTest, AnswersAsTheSourceTells) {
     };
     for (auto& one : cases) {
         EchoOperation::Request request;
-        request.wished = one.source;
+        request.wanted = one.source;
         EXPECT_EQ(eventsOf(one.local, request), one.expected) << caseName(one.source);
     }
 }
 
-TEST_F(FrameTest, ADerivedRequestTravelsUncut) {
+TEST_F(FrameTest, ADerivedRequestKeepsItsClass) {
     MarkedRequest request;
-    request.wished = DataSource::database;
+    request.wanted = DataSource::database;
     EXPECT_EQ(eventsOf(EchoDM::Local::answers, request), (std::vector<std::string>{"success marked", "complete"}));
 }
 
@@ -130,7 +130,7 @@ TEST_F(FrameTest, ADelegateUseCaseThatNoSharedPtrHoldsIsReported) {
     EXPECT_THAT(takeProgrammingErrors(), ::testing::ElementsAre(::testing::HasSubstr("no shared_ptr holds")));
 }
 
-TEST_F(FrameTest, AResponseOfADerivedClassArrivesUncut) {
+TEST_F(FrameTest, ADerivedResponseKeepsItsClass) {
     struct Detailed : EchoOperation::Response {
         Detailed() : EchoOperation::Response("x") {}
         ResponseSource source() const override { return ResponseSource::network; }
@@ -149,15 +149,15 @@ public:
     std::weak_ptr<CommonErrorProtocol> next;
 };
 
-TEST_F(FrameTest, FailuresBubbleAlongTheChainAndEndWithAGoneResponder) {
-    struct Heard final : NoticeListener<CommonErrorRelay> {
+TEST_F(FrameTest, FailuresTravelAlongTheChainUntilAResponderIsGone) {
+    struct Listener final : NoticeListener<CommonErrorRelay> {
         void noticed(const std::string& notice) override { events.push_back(notice); }
         std::vector<std::string> events;
     };
-    auto heard = std::make_shared<Heard>();
-    auto upper = std::make_shared<Link>(heard);
+    auto listener = std::make_shared<Listener>();
+    auto upper = std::make_shared<Link>(listener);
     auto lower = std::make_shared<Link>(upper);
-    auto tellAll = [&] {
+    auto reportAll = [&] {
         lower->parsingError();
         lower->networkResponseError();
         lower->networkParamsError();
@@ -165,13 +165,13 @@ TEST_F(FrameTest, FailuresBubbleAlongTheChainAndEndWithAGoneResponder) {
         lower->noAuthtoken("7");
         lower->unableToGetMetadata("Leads", "ID");
     };
-    tellAll();
+    reportAll();
     std::vector<std::string> expected{"parsingError",           "networkResponseError", "networkParamsError",
                                       "networkIdentifierError", "noAuthtoken 7",        "unableToGetMetadata Leads ID"};
-    EXPECT_EQ(heard->events, expected);
+    EXPECT_EQ(listener->events, expected);
     upper.reset();
-    tellAll();
-    EXPECT_EQ(heard->events, expected);
+    reportAll();
+    EXPECT_EQ(listener->events, expected);
 }
 
 class GetModulesTest : public FoundationTest {
@@ -200,14 +200,14 @@ protected:
     }
 };
 
-TEST_F(GetModulesTest, GivesTheModulesNamedInTheOrderOfTheRequest) {
+TEST_F(GetModulesTest, ReturnsTheRequestedModulesInTheOrderOfTheRequest) {
     storeModules({"Leads", "Contacts", "Deals"});
     auto usecase = std::make_shared<GetModulesUC>();
     EXPECT_EQ(answerOf(*usecase, {"Deals", "Nobody", "Leads", "Deals"}), "Deals;Leads;Deals;.");
     EXPECT_EQ(answerOf(*usecase, {}), ".");
 }
 
-TEST_F(GetModulesTest, StaysWithoutAStoreWhenNoneWasOpenAtFirst) {
+TEST_F(GetModulesTest, StaysWithoutAStoreIfNoneWasOpenAtItsFirstCall) {
     auto usecase = std::make_shared<GetModulesUC>();
     EXPECT_EQ(answerOf(*usecase, {"Leads", "Deals"}), "no Leads;no Deals;.");
     storeModules({"Leads"});
