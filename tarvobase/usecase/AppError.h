@@ -26,15 +26,15 @@ struct EnumCases<AppErrorCase> {
                                                        {AppErrorCase::unknownError, "unknownError"}};
 };
 
-/// What went wrong behind an `unknownError`, as far as the operation knows it.
+/// The reason of an `unknownError`, as far as the operation knows it.
 enum class FailureReason {
     noNetwork,       ///< the server could not be reached, or did not answer in time
-    notSignedIn,     ///< there was no token to send the request with
+    notSignedIn,     ///< there was no token for the request
     refused,         ///< the server refused
     unusableAnswer,  ///< the server's answer cannot be read
     noSuchModule,    ///< no such module is stored, or it has no fields
     noSuchView,      ///< the module has no such view
-    notStored        ///< the answer came, and the database could not store it
+    notStored        ///< the database could not store the answer
 };
 
 template <>
@@ -46,8 +46,8 @@ struct EnumCases<FailureReason> {
         {FailureReason::notStored, "notStored"}};
 };
 
-/// What every frame use case reports: a failure of the operation's own kind with its value, or one of the general
-/// ones. `unknownError` is also the answer to a server answer that cannot be parsed.
+/// The failure that every use case over `UsecaseFrame` reports: one of the operation's own kind with its value, or one
+/// of the general ones. An answer of the server that cannot be parsed is an `unknownError` too.
 template <class DomainError>
 class AppError {
 public:
@@ -64,9 +64,9 @@ public:
     }
 
     Case which() const { return case_; }
-    /// The domain error, or null for the other cases.
+    /// Returns the domain error, or null in the other cases.
     const DomainError* getDomainError() const { return domainError_ ? &*domainError_ : nullptr; }
-    /// The reason of an `unknownError` whose operation gives one.
+    /// Returns the reason of an `unknownError`, if the operation gives one.
     std::optional<FailureReason> reason() const { return reason_; }
 
 private:
@@ -77,7 +77,7 @@ private:
     std::optional<FailureReason> reason_;
 };
 
-/// An `AppError` with what the server said of it.
+/// An `AppError` with the details that the server sent.
 template <class DomainError>
 struct ErrorObject {
     AppError<DomainError> appError;

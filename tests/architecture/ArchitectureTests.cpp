@@ -127,6 +127,32 @@ TEST(ArchitectureTest, NoFolderIsCrowdedAndNoFileNameStandsTwice) {
     for (auto& [folder, count] : files) EXPECT_LE(count, mostFilesInAFolder) << folder;
 }
 
+/// The files and folders of `tarvobase/` that may read the configuration. All other code gets what it needs from a
+/// `Scope`, from its constructor's arguments, or from `variant`, so that work stays with the account for which it
+/// began.
+const std::vector<std::string> readersOfTheConfiguration{
+    "tarvobase/configuration/",
+    "tarvobase/database_layer/KelvaDatabasePersistance.cpp",  // the queue for writes, when a database is opened
+    "tarvobase/network_layer/BaseNetworkService.cpp",
+    "tarvobase/network_layer/NetworkConstants.cpp",
+    "tarvobase/network_layer/ServiceRequests.cpp",
+    "tarvobase/network_layer/StaticBaseNetworkService.cpp",
+};
+
+TEST(ArchitectureTest, OnlyTheEdgesReadTheConfiguration) {
+    auto mayRead = [](const std::string& source) {
+        return std::any_of(readersOfTheConfiguration.begin(), readersOfTheConfiguration.end(),
+                           [&](const std::string& reader) { return source.starts_with(reader); });
+    };
+    for (auto& source : sources({"tarvobase"}, {".h", ".cpp"})) {
+        if (mayRead(source)) continue;
+        auto lines = linesOf(root() / source);
+        for (std::size_t line = 0; line < lines.size(); ++line)
+            EXPECT_EQ(lines[line].find("CommonConfigration::sharedInstance"), std::string::npos)
+                << source << ":" << line + 1 << " reads the configuration";
+    }
+}
+
 /// The innermost namespace that each top-level class of a header belongs to, and its name.
 std::vector<std::string> classesOf(const std::string& header) {
     static const std::regex opensNamespace("^namespace ([\\w:]+) \\{");
