@@ -125,12 +125,11 @@ TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
         {std::nullopt, std::nullopt, "123"},
         {User{.id = "8", .BrenUID = "1003"}, "1003", ""},
     };
-    auto stores = Stores::over(database);
     auto service = std::make_shared<HeldMetadataService>();
-    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
     for (auto& one : cases) {
         signIn(one.user);
-        if (one.stored) stores.users()->storeUser(*one.stored);
+        if (one.stored) Stores::over(database).users()->storeUser(*one.stored);
+        auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
         step->getMetaData(modulesNamed({"Leads"}), {}, {});
         EXPECT_EQ(service->calls.back().params.profile, one.expected) << one.user.value_or("nobody");
         service->answer(service->calls.size() - 1);
