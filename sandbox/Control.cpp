@@ -23,16 +23,11 @@ Reply Control::handle(const Request& request) {
         Reply (Control::*handle)(const Request&);
     };
     static constexpr Row rows[] = {
-        {"POST", "/control/faults", &Control::addFault},
-        {"GET", "/control/faults", &Control::faults},
-        {"DELETE", "/control/faults", &Control::clearFaults},
-        {"POST", "/control/release", &Control::release},
-        {"GET", "/control/requests", &Control::requests},
-        {"DELETE", "/control/requests", &Control::clearRequests},
-        {"POST", "/control/clock", &Control::setClock},
-        {"POST", "/control/tags", &Control::setTags},
-        {"GET", "/control/state", &Control::state},
-        {"POST", "/control/stop", &Control::stop},
+        {"POST", "/control/faults", &Control::addFault},      {"GET", "/control/faults", &Control::faults},
+        {"DELETE", "/control/faults", &Control::clearFaults}, {"POST", "/control/release", &Control::release},
+        {"GET", "/control/requests", &Control::requests},     {"DELETE", "/control/requests", &Control::clearRequests},
+        {"POST", "/control/clock", &Control::setClock},       {"POST", "/control/tags", &Control::setTags},
+        {"GET", "/control/state", &Control::state},           {"POST", "/control/stop", &Control::stop},
     };
     for (const auto& row : rows)
         if (row.method == request.method && row.path == request.path) return (this->*row.handle)(request);

@@ -4,11 +4,9 @@
 #include "bridge/forms/RecordForms.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
-#include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/init_process/InitRecordProcessAssembler.h"
 #include "tarvobase/list_view/GetListFilterRecords.h"
-#include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 
 namespace tarvo::bridge {

@@ -13,7 +13,8 @@ namespace tarvo::platform {
 /// copies share their insides; any thread may use any copy at any time.
 ///
 /// Without a zone of its own a formatter follows `Clock::setTimeZone`; the system's zone is asked for once. Reading is
-/// strict: the whole text must fit, and the day must exist. The Gregorian calendar holds for all times, also before 1582.
+/// strict: the whole text must fit, and the day must exist. The Gregorian calendar holds for all times, also before
+/// 1582.
 class DateFormatter {
 public:
     enum class Style { none, short_, medium, long_, full };

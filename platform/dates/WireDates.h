@@ -8,8 +8,8 @@
 #include "platform/dates/LocalZone.h"
 
 /// The quick path of the two wire forms. It takes only the usual texts and moments and leaves all others to ICU by
-/// returning nullopt: odd but readable texts, broken ones, years before 1 and after 9999, zones that are off by seconds.
-/// Its results are those that ICU would return.
+/// returning nullopt: odd but readable texts, broken ones, years before 1 and after 9999, zones that are off by
+/// seconds. Its results are those that ICU would return.
 namespace tarvo::platform::wire {
 
 /// "2024-02-29T10:00:00Z" or with "+05:30" at its end.

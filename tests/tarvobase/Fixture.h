@@ -16,7 +16,7 @@
 
 namespace tarvo {
 
-/// An account that is signed in, with a token or without.
+/// An account that is signed in. It may have a token or not.
 class SignedIn final : public AuthenticationProtocol {
 public:
     explicit SignedIn(std::optional<std::string> user, std::optional<std::string> token = "secret-token",
@@ -35,7 +35,7 @@ public:
     AuthenticationType type;
 };
 
-/// Keeps what would have been sent and answers it with the next scripted answer, on a queue like the real one.
+/// Records calls instead of sending them, and answers each with the next scripted answer on a queue like the real one.
 class ScriptedNetworkAdapter final : public NetworkAdapter {
 public:
     struct Answer {
@@ -109,7 +109,7 @@ protected:
         configuration().authentication = std::make_shared<SignedIn>(std::move(user), std::move(token), type);
     }
 
-    /// Opens the account's encrypted database and makes it the configuration's. Closed at the end of the test.
+    /// Opens the account's encrypted database and sets it in the configuration. It is closed at the end of the test.
     std::shared_ptr<KelvaDatabasePersistance> openDatabase(const std::string& passphrase = "a passphrase");
 
     /// Lets a database grow no further, as on a full disk, or lets it grow again.
@@ -117,14 +117,14 @@ protected:
     /// A text that needs pages of its own, so that a full database cannot store it.
     static std::string longText() { return std::string(100'000, 'x'); }
 
-    /// Runs the main queue until the condition holds; a test that waits in vain fails.
+    /// Runs the main queue until the condition holds. The test fails if it does not hold in time.
     void pump(const std::function<bool()>& until);
-    /// Runs everything that is under way, on all queues.
+    /// Runs all work that is under way, on all queues.
     void settle();
 
     std::vector<std::string> logged() const;
     bool wasLogged(std::string_view piece) const;
-    /// Contracts that were broken; a test that expects one takes it out.
+    /// Returns the programming errors that were reported, and removes them. A test that expects one calls this.
     std::vector<std::string> takeProgrammingErrors();
 
 private:

@@ -23,8 +23,9 @@ public:
 };
 
 /// Makes the init call. The process keeps a usable answer and reuses it for the same account and organisation within a
-/// minute of the server's time, so that an interrupted start costs one call. `errorHandler` receives `networkResponseError` after a transport
-/// error and `parsingError` after an unusable answer; the delegate receives nullopt in both cases.
+/// minute of the server's time, so that an interrupted start costs one call. `errorHandler` receives
+/// `networkResponseError` after a transport error and `parsingError` after an unusable answer; the delegate receives
+/// nullopt in both cases.
 class AppInitNetworkService final : public BaseNetworkService, public AppInitNetworkServiceProtocol {
 public:
     AppInitNetworkService() : BaseNetworkService(CRMAPIs::Case::appinitdata) {}
