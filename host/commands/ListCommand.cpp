@@ -166,6 +166,8 @@ std::string textOf(std::optional<FailureReason> reason) {
     switch (reason.value_or(FailureReason::noNetwork)) {
         case FailureReason::notSignedIn:
             return "there is no token to ask the server with";
+        case FailureReason::outdated:
+            return "another account is at work by now";
         case FailureReason::refused:
             return "the server refused";
         case FailureReason::unusableAnswer:

@@ -26,7 +26,9 @@ AppError<DomainError> appErrorOf(const bren::NetworkError& error) {
 
 /// Returns the reason that an operation gives for a request that got no answer.
 inline FailureReason failureReasonOf(const bren::NetworkError& error) {
-    return error.kind == bren::NetworkError::Kind::notSent ? FailureReason::notSignedIn : FailureReason::noNetwork;
+    using Kind = bren::NetworkError::Kind;
+    if (error.kind == Kind::notSent) return FailureReason::notSignedIn;
+    return error.kind == Kind::outdated ? FailureReason::outdated : FailureReason::noNetwork;
 }
 
 /// Notifies the responder of a delegate use case of such a request, on the calling queue. The scope is that of the

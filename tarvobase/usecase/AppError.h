@@ -30,6 +30,7 @@ struct EnumCases<AppErrorCase> {
 enum class FailureReason {
     noNetwork,       ///< the server could not be reached, or did not answer in time
     notSignedIn,     ///< there was no token for the request
+    outdated,        ///< another account, organisation or database is in force by now
     refused,         ///< the server refused
     unusableAnswer,  ///< the server's answer cannot be read
     noSuchModule,    ///< no such module is stored, or it has no fields
@@ -39,11 +40,14 @@ enum class FailureReason {
 
 template <>
 struct EnumCases<FailureReason> {
-    static constexpr EnumCase<FailureReason> cases[] = {
-        {FailureReason::noNetwork, "noNetwork"},       {FailureReason::notSignedIn, "notSignedIn"},
-        {FailureReason::refused, "refused"},           {FailureReason::unusableAnswer, "unusableAnswer"},
-        {FailureReason::noSuchModule, "noSuchModule"}, {FailureReason::noSuchView, "noSuchView"},
-        {FailureReason::notStored, "notStored"}};
+    static constexpr EnumCase<FailureReason> cases[] = {{FailureReason::noNetwork, "noNetwork"},
+                                                        {FailureReason::notSignedIn, "notSignedIn"},
+                                                        {FailureReason::outdated, "outdated"},
+                                                        {FailureReason::refused, "refused"},
+                                                        {FailureReason::unusableAnswer, "unusableAnswer"},
+                                                        {FailureReason::noSuchModule, "noSuchModule"},
+                                                        {FailureReason::noSuchView, "noSuchView"},
+                                                        {FailureReason::notStored, "notStored"}};
 };
 
 /// The failure that every use case over `UsecaseFrame` reports: one of the operation's own kind with its value, or one
