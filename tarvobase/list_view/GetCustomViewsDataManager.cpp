@@ -67,26 +67,21 @@ void GetCustomViewsDataManager::setAsDefaultCustomView(const std::string& cvId, 
 void GetCustomViewsDataManager::updateSortfield(const SortField& sortField, const std::string& cvId,
                                                 const std::string& moduleName) {
     recordChange(moduleName);
-    {
-        platform::MutexLock lock(ListChanges::shared().mutex);
-        // The flag comes first: a process that ends in between must not leave an empty list that says "no more".
-        if (userDefaultsUtil) userDefaultsUtil->setListFilterHasMoreRecord(true, moduleName, cvId);
-        changeOrder(sortField, cvId, moduleName);
-    }
-    notifyObservers(moduleName);
+    if (changeOrder(sortField, cvId, moduleName)) return notifyObservers(moduleName);
+    platform::log(platform::LogLevel::warning, "list view", "the order of view " + cvId + " could not be stored");
 }
 
-/// Stores the order and drops the map that follows the old one, both or neither.
-void GetCustomViewsDataManager::changeOrder(const SortField& sortField, const std::string& cvId,
+/// Stores the order and drops the map that follows the old one, both or neither. Returns whether they were stored.
+bool GetCustomViewsDataManager::changeOrder(const SortField& sortField, const std::string& cvId,
                                             const std::string& moduleName) {
+    platform::MutexLock lock(ListChanges::shared().mutex);
+    // The flag comes first: a process that ends in between must not leave an empty list that says "no more".
+    if (userDefaultsUtil) userDefaultsUtil->setListFilterHasMoreRecord(true, moduleName, cvId);
     auto change = [&] {
-        customViewsPersistance->updateSortfield(sortField, cvId, moduleName);
-        if (cvRecordMapPersistance) cvRecordMapPersistance->delete_(cvId, moduleName);
-        return true;
+        return customViewsPersistance->updateSortfield(sortField, cvId, moduleName) &&
+               (!cvRecordMapPersistance || cvRecordMapPersistance->delete_(cvId, moduleName));
     };
-    if (databaseAdapter && !databaseAdapter->transaction("order of a view", change))
-        platform::log(platform::LogLevel::warning, "list view", "the order of view " + cvId + " could not be stored");
-    if (!databaseAdapter) change();
+    return databaseAdapter ? databaseAdapter->transaction("order of a view", change) : change();
 }
 
 void GetCustomViewsDataManager::recordChange(const std::string& moduleName) {

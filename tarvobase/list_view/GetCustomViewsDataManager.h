@@ -30,7 +30,7 @@ public:
     virtual std::optional<CustomView> getAllViewCustomView(const std::string& moduleName) = 0;
     virtual void setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) = 0;
     /// Changes the order of a view. The stored ids follow the old order, so they are dropped, and the next list is
-    /// asked of the server.
+    /// asked of the server. A change that cannot be stored is logged and changes nothing.
     virtual void updateSortfield(const SortField& sortField, const std::string& cvId,
                                  const std::string& moduleName) = 0;
 };
@@ -61,7 +61,7 @@ public:
     const std::shared_ptr<DatabaseAdapter> databaseAdapter;
 
 private:
-    void changeOrder(const SortField& sortField, const std::string& cvId, const std::string& moduleName);
+    bool changeOrder(const SortField& sortField, const std::string& cvId, const std::string& moduleName);
     void recordChange(const std::string& moduleName);
 };
 

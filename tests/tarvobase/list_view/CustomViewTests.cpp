@@ -227,6 +227,18 @@ TEST_F(CustomViewTest, ANewOrderSendsTheNextListToTheServer) {
     EXPECT_EQ(table()->getCustomView("1", "Leads")->sortOrder, "asc");
 }
 
+TEST_F(CustomViewTest, AnOrderThatCannotBeStoredChangesNothing) {
+    table()->storeCustomView(view("Leads", "1"));
+    auto observer = std::make_shared<Observer>();
+    BrenNotificationCenter::shared().add<CVObserver>(observer);
+    adapter->dropTable("Leads_CUSTOM_VIEW_RECORDS");
+    GetCustomViewsDataManager::current()->updateSortfield({"Company", false}, "1", "Leads");
+    settle();
+    EXPECT_EQ(table()->getCustomView("1", "Leads")->sortBy, "null");
+    EXPECT_EQ(observer->changed, "");
+    EXPECT_TRUE(wasLogged("the order of view 1 could not be stored"));
+}
+
 /// Makes a row as the server sends it.
 ValueList wireRow(const std::string& id, Value criteria) {
     return {id,
