@@ -143,7 +143,7 @@ std::optional<Criteria> GetCVRecordsDBS::criteriaOf(const FilterRecordsQuery& qu
     auto& viewId = query.filter.filterId();
     auto& map = *filterRecordMapPersistance_;
     std::optional<std::string> condition;
-    if (query.conditionOfEmptyMap && !map.hasMoreThan(0, viewId, moduleName))
+    if (query.conditionOfEmptyMap && !isLong && !map.hasMoreThan(0, viewId, moduleName))
         condition = ownCondition(*query.conditionOfEmptyMap, query.moduleInfo.metadata);
     if (condition && condition->empty()) return std::nullopt;
     auto ofView = condition ? Criteria::custom(*condition)

@@ -1,3 +1,6 @@
+#include <atomic>
+#include <random>
+
 #include "platform/Json.h"
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserDefaults.h"
@@ -5,6 +8,7 @@
 #include "tarvobase/list_view/GetListFilterRecords.h"
 #include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
+#include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 #include "tests/tarvobase/MetadataFixture.h"
 
@@ -33,6 +37,35 @@ public:
     void download(NetworkCall) override {}
     void upload(NetworkUpload) override {}
     NetworkCall held;
+};
+
+/// A server whose list has the ids from `size` down to 1. It drops every third request.
+class ListServer final : public NetworkAdapter {
+public:
+    explicit ListServer(std::int64_t size) : size_(size) {}
+
+    void send(NetworkCall call) override {
+        bool isDropped = ++requests_ % 3 == 0;
+        auto from = *call.params->find("count")->asInteger(), end = from + *call.params->find("mcount")->asInteger();
+        std::vector<std::string> records;
+        for (auto place = from; place < std::min(end, size_); ++place)
+            records.push_back(R"([["id",")" + std::to_string(size_ - place) + R"("]])");
+        auto body = R"({"response":{"result":[{"info":{"module":"Leads","more_records":)" +
+                    std::string(end < size_ ? "true" : "false") + R"(},"data":[)" + text::join(records, ",") + "]}]}}";
+        queue_->async([call = std::move(call), body, isDropped] {
+            if (isDropped)
+                call.completionHandler({.error = NetworkError{NetworkError::Kind::connectionLost, "dropped"}});
+            else
+                call.completionHandler({.body = Data(body), .taskNumber = 1});
+        });
+    }
+    void download(NetworkCall) override {}
+    void upload(NetworkUpload) override {}
+
+private:
+    const std::int64_t size_;
+    std::atomic<int> requests_ = 0;
+    std::shared_ptr<DispatchQueue> queue_ = DispatchQueue::serial("tests.network");
 };
 
 /// Leads in a real database. The view "offline" is kept in step; the view "online" needs the server.
@@ -323,6 +356,8 @@ TEST_F(RecordListTest, ARequestWithoutAnAnswerSaysWhy) {
     EXPECT_EQ(ask(page("offline")), "failure noNetwork");
     network->fail(NetworkError::Kind::notSent);
     EXPECT_EQ(ask(page("offline")), "failure notSignedIn");
+    network->fail(NetworkError::Kind::outdated);
+    EXPECT_EQ(ask(page("offline")), "failure outdated");
 }
 
 TEST_F(RecordListTest, APageBeyondTheMapIsReachedWithoutAGap) {
@@ -414,6 +449,29 @@ TEST_F(RecordListTest, AReleasedDataManagerAnswersNoMore) {
     held->held.completionHandler({.body = Data("{}"), .taskNumber = 1});
     settle();
     EXPECT_EQ(answers, "rows");
+}
+
+TEST_F(RecordListTest, PagesInAnyOrderAtOnceWithDroppedAnswersLeaveNoGap) {
+    constexpr std::int64_t size = 1500;
+    manager->parts.networkService->setNetworkAdapter(std::make_shared<ListServer>(size));
+    auto views = GetCustomViewsDataManager::current();
+    std::mt19937 random(7);
+    auto below = [&](std::int64_t limit) { return static_cast<std::int64_t>(random() % limit); };
+    for (int round = 0; round < 25; ++round) {
+        auto pages = 1 + below(3);
+        for (std::int64_t i = 0; i < pages; ++i)
+            UsecaseQueue::queue()->async([&, request = page("offline", below(size), 1 + below(250))] {
+                manager->getRecordList(std::make_shared<const GetListFilterRecordsParams>(request),
+                                       {[](auto) {}, [](auto) {}, [](auto) {}});
+            });
+        if (round % 10 == 9) views->updateSortfield({"id", false}, "offline", "Leads");
+        settle();
+        auto held = mapped("offline");
+        auto gaps = adapter().count("Leads_CUSTOM_VIEW_RECORDS",
+                                    Criteria::custom("CAST(record AS INTEGER) <= " + std::to_string(size - held)));
+        ASSERT_EQ(gaps, 0) << "round " << round << ", " << held << " held";
+        if (!settings->getListFilterHasMoreRecord("Leads", "offline")) ASSERT_EQ(held, size);
+    }
 }
 
 TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
