@@ -1,0 +1,257 @@
+#include "tarvobase/storage/InMemoryDatabaseAdapter.h"
+#include "tarvobase/value_objects/field/PicklistMetadataInDatabase.h"
+#include "tarvobase/value_objects/layout/LayoutMetadata.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+#include "tests/tarvobase/value_objects/MetadataModelFixture.h"
+
+namespace tarvo {
+namespace {
+
+TEST_F(MetadataModelTest, FieldsAreWrittenInBothForms) {
+    auto field = named("Leads", "LANE", "Street");
+    field.displayPrefs = {{"decimal_place", "2"}};
+    auto plain = FieldMetadataConstants().getDictionary(field);
+    EXPECT_EQ(plain.valueOf("FiledID"), Value("LeadsLANE"));
+    EXPECT_EQ(FieldMetadataConstants().getValue(plain).value(), field);
+    auto row = FieldMetadataDatabaseConstants().getDictionary(field);
+    EXPECT_EQ(row.valueOf("additional_info"), Value(R"({"decimal_place":"2"})"));
+    EXPECT_EQ(row.valueOf("max_length"), Value("0"));
+    EXPECT_EQ(row.valueOf("visible"), Value("false"));
+}
+
+TEST_F(MetadataModelTest, PreferencesThatJsonCannotExpressAreLeftOut) {
+    auto field = named("Leads", "LANE", "Street");
+    field.displayPrefs = {{"decimal_place", std::nan("")}};
+    EXPECT_FALSE(FieldMetadataDatabaseConstants().getDictionary(field).contains("additional_info"));
+    EXPECT_TRUE(wasLogged("displayPrefs: "));
+}
+
+TEST_F(MetadataModelTest, AModeIsASetOfBitsAndDefaultsToDisplay) {
+    struct {
+        std::string mode;
+        int number;
+        bool display, edit, create;
+    } cases[] = {{"5", 5, true, false, true},   {"", 1, true, false, false}, {"x", 1, true, false, false},
+                 {"0", 0, false, false, false}, {"7", 7, true, true, true},  {"99999999999", 1, true, false, false}};
+    for (auto& one : cases) {
+        FieldMetadata field{.mode = one.mode};
+        EXPECT_EQ(field.integerMode(), one.number) << one.mode;
+        EXPECT_EQ(field.displayMode().contains(DisplayMode::display), one.display) << one.mode;
+        EXPECT_EQ(field.displayMode().contains(DisplayMode::edit), one.edit) << one.mode;
+        EXPECT_EQ(field.displayMode().contains(DisplayMode::create), one.create) << one.mode;
+        EXPECT_TRUE(field.displayMode().contains(DisplayMode::none)) << one.mode;
+    }
+}
+
+TEST_F(MetadataModelTest, ASubformsModuleIsAPairOfTexts) {
+    using Info = FieldMetadata::SubformModuleInfo;
+    struct {
+        Value subform;
+        std::optional<Info> info;
+    } cases[] = {{ValueList{"7", "Milestones"}, Info{"7", "Milestones"}},
+                 {ValueList{"7", "Milestones", "more"}, std::nullopt},
+                 {ValueList{"7"}, std::nullopt},
+                 {ValueList{7, "Milestones"}, std::nullopt},
+                 {"Milestones", std::nullopt},
+                 {Value(), std::nullopt}};
+    for (auto& one : cases)
+        EXPECT_EQ((FieldMetadata{.displayPrefs = {{"subform", one.subform}}}.getSubformModuleInfo()), one.info);
+    EXPECT_EQ(FieldMetadata().getSubformModuleInfo(), std::nullopt);
+}
+
+TEST_F(MetadataModelTest, PeopleAreRecognisedByTypeTargetOrParent) {
+    auto lookup = [](const std::string& module) {
+        auto field = named("Tasks", "X", "x", FieldDataType::lookup);
+        field.lookupModule = module;
+        return field;
+    };
+    EXPECT_TRUE(lookup("Leads").isLookupNameField());
+    EXPECT_FALSE(lookup("Accounts").isLookupNameField());
+    EXPECT_TRUE(named("Tasks", "X", "x", FieldDataType::userLookup).isLookupNameField());
+    EXPECT_TRUE(named("Notes", "SEID", "Parent_Id").isLookupNameField());
+    configuration().fieldIdentifier = apiNames();
+    EXPECT_TRUE(named("Notes", "SEID", "Parent_Id").isLookupNameField());
+    EXPECT_FALSE(named("Notes", "SEID", "Other").isLookupNameField());
+}
+
+TEST_F(MetadataModelTest, FieldsAreFoundInBothNamings) {
+    openTables();
+    // Stored against the order of ids and names, which the indexes of the table follow.
+    auto lane = named("Leads", "LANE", "Street"), code = named("Leads", "CODE", "Zip_Code");
+    auto owner = named("Deals", "SMOWNERID", "Owner", FieldDataType::ownerlookup);
+    lane.isMproxyMetadata = true;
+    code.fieldLabel = "it's a label";
+    code.displayPrefs = {{"subform", ValueList{"1", "x"}}};
+    fields->storeFieldMetadata({lane, owner, code});
+
+    EXPECT_EQ(fields->getFieldMetadata("Leads"), (std::vector{lane, code}));
+    EXPECT_EQ(fields->getFieldMetadata(ModuleIdentifier::Case::deals)->size(), 1u);
+    EXPECT_EQ(fields->getFieldMetadata(FieldDataType::ownerlookup), std::vector{owner});
+    EXPECT_EQ(fields->getFieldMetadataByFieldAPIName("Leads", "Zip_Code"), code);
+    EXPECT_EQ(fields->getFieldMetadataByCrmColumnName("Leads", "Zip_Code"), std::nullopt);
+    EXPECT_EQ(columnsOf(*fields->getFieldMetadataByCrmColumnList("Leads", {"CODE", "LANE", "X"})),
+              (std::vector<std::string>{"LANE", "CODE"}));
+    EXPECT_EQ(columnsOf(*fields->getSortFieldList("Leads")), std::vector<std::string>{"CODE"});
+    EXPECT_THAT(*fields->getFieldMetadata("Nobody"), IsEmpty());
+    EXPECT_EQ(fields->getFieldMetadata("Nobody", std::nullopt, {}).error(), MetadataError::notFound);
+    EXPECT_EQ(fields->getFieldMetadata("Leads", std::vector<std::string>{}, {}).error(), MetadataError::notFound);
+
+    auto byModule = fields->getFieldMetadataByModuleNames({"Leads", "Deals", "Nobody"},
+                                                          {{FieldColumnName::FieldAPIName, SortOrder::descending}});
+    ASSERT_TRUE(byModule.ok());
+    EXPECT_EQ(byModule->size(), 2u);
+    EXPECT_EQ(byModule->at("Leads"), (std::vector{code, lane}));
+    for (auto& [naming, identifier] : {std::pair(columnNaming(), "CODE"), std::pair(apiNames(), "Zip_Code")}) {
+        configuration().fieldIdentifier = naming;
+        EXPECT_EQ(fields->getFieldMetadata("Leads", std::vector<std::string>{identifier}, {}).value(),
+                  std::vector{code});
+    }
+    adapter->dropTable("MODULE_SPECIFIC_METADATA");
+    EXPECT_EQ(fields->getFieldMetadata("Leads"), std::nullopt);
+    EXPECT_FALSE(fields->getFieldMetadata("Leads", std::nullopt, {}).ok());
+}
+
+TEST_F(MetadataModelTest, ALengthSortsAsANumberAndAModulesNameIsEscaped) {
+    openTables();
+    auto one = named("O'Brien", "A", "a"), two = named("O'Brien", "B", "b");
+    one.maxLength = 1000, two.maxLength = 90;
+    fields->storeFieldMetadata({one, two});
+    EXPECT_EQ(fields->getFieldMetadata("O'Brien", std::nullopt, {{FieldColumnName::MaxLength}}).value(),
+              (std::vector{two, one}));
+    EXPECT_EQ(fields->getSortFieldList("O'Brien"), (std::vector{one, two}));
+    EXPECT_THAT(*fields->getSortFieldList("' or '1'='1"), IsEmpty());
+}
+
+TEST_F(MetadataModelTest, ADamagedFieldIsLeftOutAndTheOthersAreRead) {
+    openTables();
+    fields->storeFieldMetadata({named("Leads", "A", "a"), named("Leads", "B", "b"), named("Leads", "C", "c")});
+    adapter->execute("UPDATE MODULE_SPECIFIC_METADATA SET field_type = 'hologram' WHERE crm_col_name = 'A'", {});
+    adapter->execute(
+        "UPDATE MODULE_SPECIFIC_METADATA SET additional_info = '{no json', max_length = 'long', "
+        "is_unique = 1, field_label = NULL WHERE crm_col_name = 'B'",
+        {});
+    for (int round = 0; round < 2; ++round) {
+        auto left = *fields->getFieldMetadata("Leads");
+        ASSERT_EQ(columnsOf(left), (std::vector<std::string>{"B", "C"}));
+        EXPECT_EQ(left[0].displayPrefs, ValueMap());
+        EXPECT_EQ(left[0].maxLength, 0);
+        EXPECT_FALSE(left[0].isUnique) << "only the text true counts";
+        EXPECT_EQ(left[0].fieldLabel, "");
+    }
+    EXPECT_EQ(linesWith("cannot be read for their column field_type"), 1);
+    EXPECT_EQ(linesWith("displayPrefs: "), 1);
+    EXPECT_FALSE(wasLogged("hologram"));
+}
+
+/// A list of fields of deals in both namings. `copy` has the column of `stage`, and `text` the API name of `account`.
+class FieldListTest : public MetadataModelTest {
+protected:
+    void SetUp() override {
+        MetadataModelTest::SetUp();
+        auto account = named("Deals", "ACCOUNTID", "Account_Name", FieldDataType::lookup);
+        auto text = named("Deals", "ACCOUNTNAME", "Account_Name");
+        auto copy = named("Deals", "STAGE", "Stage_Copy");
+        stage = named("Deals", "STAGE", "Stage", FieldDataType::picklist);
+        closing = named("Deals", "CLOSINGDATE", "Closing_Date", FieldDataType::date);
+        stage.mode = "3", closing.mode = "1", account.mode = "7", text.mode = "0";
+        std::vector fields{account, text, stage, copy, closing};
+        byColumn = FieldList("Deals", fields, {won, lost}, columnNaming());
+        byApi = FieldList("Deals", fields, {won, lost}, apiNames());
+    }
+    /// Runs the check for both lists, each while the other naming is in force.
+    template <class Check>
+    void forBothLists(Check&& check) {
+        for (auto& list : {byColumn, byApi}) {
+            configuration().fieldIdentifier = list.naming() == columnNaming() ? apiNames() : columnNaming();
+            check(list);
+        }
+    }
+    const PicklistMetadata won{
+        .fieldActualValue = "Won", .fieldOptionalValue = "Gewonnen", .fieldAPIName = "Stage", .crmColumnName = "STAGE"};
+    const PicklistMetadata lost{.fieldActualValue = "Lost", .fieldAPIName = "Stage", .crmColumnName = "STAGE"};
+    FieldMetadata stage, closing;
+    FieldList byColumn, byApi;
+};
+
+TEST_F(FieldListTest, KeepsTheFirstOfTwoFieldsWithOneIdentifier) {
+    EXPECT_EQ(byColumn.orderedFields().keys(),
+              (std::vector<std::string>{"ACCOUNTID", "ACCOUNTNAME", "STAGE", "CLOSINGDATE"}));
+    EXPECT_EQ(byColumn.getField("STAGE")->fieldAPIName, "Stage");
+    EXPECT_EQ(byApi.orderedFields().keys(),
+              (std::vector<std::string>{"Account_Name", "Stage", "Stage_Copy", "Closing_Date"}));
+    EXPECT_TRUE(byColumn.hasFields({"STAGE", "ACCOUNTID"}));
+    EXPECT_FALSE(byColumn.hasFields({"STAGE", "Stage"}));
+    EXPECT_EQ(FieldList().allFields().size(), 0u);
+}
+
+TEST_F(FieldListTest, FindsPicklistsInTheNamingThatItWasBuiltWith) {
+    forBothLists([&](const FieldList& list) {
+        EXPECT_EQ(list.getPicklist(stage), (std::vector{won, lost}));
+        EXPECT_EQ(list.getPicklistByApiName("Stage").size(), 2u);
+        EXPECT_THAT(list.getPicklist(closing), IsEmpty());
+        EXPECT_THAT(list.getPicklistByApiName("Nothing"), IsEmpty());
+        EXPECT_EQ(list.getPicklistByActualValue(stage, "Lost")->fieldOptionalValue, "");
+        EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Gewonnen")->fieldActualValue, "Won");
+        EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Nobody"), nullptr);
+    });
+}
+
+TEST_F(FieldListTest, SelectsFieldsByApiNameTypeAndMode) {
+    forBothLists([&](const FieldList& list) {
+        EXPECT_EQ(list.getFieldByApiName("Closing_Date")->columnCRMName, "CLOSINGDATE");
+        EXPECT_EQ(list.getFieldByApiName("CLOSINGDATE"), nullptr);
+        EXPECT_EQ(list.getAllLookupFields().size(), 1u);
+        EXPECT_EQ(list.getAllDateAndDateTimeFields().size(), 1u);
+        EXPECT_EQ(list.getFields(FieldDataType::picklist).size(), 1u);
+        EXPECT_EQ(list.getAllFields(DisplayMode::edit).size(), 2u);
+        EXPECT_EQ(list.getAllFields(DisplayMode::edit | DisplayMode::create).size(), 1u);
+    });
+}
+
+TEST_F(MetadataModelTest, PicklistsComeInTheOrderOfTheirPositions) {
+    openTables();
+    PicklistMetadataInDatabase picklists(configuration().databaseAdapter.get());
+    auto value = [](const std::string& module, const std::string& layout, const std::string& actual, int position) {
+        return PicklistMetadata{.fieldActualValue = actual,
+                                .fieldID = "f",
+                                .fieldAPIName = "Stage",
+                                .crmColumnName = "STAGE",
+                                .moduleName = module,
+                                .layoutID = layout,
+                                .position = position};
+    };
+    picklists.storePicklistMetadata({value("Deals", "1", "A", 10), value("Deals", "1", "B", 9),
+                                     value("Deals", "2", "C", 1), value("Quotes", "3", "D", 1)});
+    auto actual = [](const auto& rows) {
+        std::vector<std::string> values;
+        for (auto& row : *rows) values.push_back(row.fieldActualValue);
+        return values;
+    };
+    EXPECT_THAT(actual(picklists.getPicklistMetadataForModuleWith("Deals")), ElementsAre("C", "B", "A"));
+    EXPECT_THAT(actual(picklists.getPicklistMetadataForModuleWith("Deals", "1")), ElementsAre("B", "A"));
+    EXPECT_THAT(actual(picklists.getPicklist("Deals", "1", {Criteria::equalTo("field_actual_value", "A")})),
+                ElementsAre("A"));
+    EXPECT_THAT(actual(picklists.getPicklistMetadataByCrmColumnList("Quotes", {"STAGE"})), ElementsAre("D"));
+    EXPECT_EQ(picklists.getPicklistMetadataByFieldID("f")->size(), 4u);
+    auto byModule = picklists.getPicklistMetadataByModuleNames({"Deals", "Quotes", "Leads"});
+    EXPECT_EQ(byModule->size(), 2u);
+    EXPECT_THAT(actual(std::optional(byModule->at("Deals"))), ElementsAre("C", "B", "A"));
+    adapter->execute("UPDATE PICKLIST_METADATA SET field_actual_value = NULL WHERE layout_id = '1'", {});
+    EXPECT_THAT(actual(picklists.getPicklistMetadataForModuleWith("Deals")), ElementsAre("C"));
+    EXPECT_EQ(PicklistMetadataInDatabase(nullptr).getPicklistMetadataForModuleWith("Deals"), std::nullopt);
+}
+
+TEST_F(MetadataModelTest, InMemoryFiltersUseTheNamesOfMembers) {
+    InMemoryObject<FieldMetadata> field(named("Leads", "LANE", "Street", FieldDataType::email));
+    EXPECT_TRUE(field["fieldAPIName"].isEqual("Street"));
+    EXPECT_TRUE(field["fieldType"].isEqual(FieldDataType::email));
+    EXPECT_FALSE(field["fieldType"].isEqual("email"));
+    EXPECT_TRUE(field["isUnique"].isEqual(false));
+    EXPECT_TRUE(field["FieldAPIName"].isEqual(""));
+    InMemoryObject<LayoutMetadata> place{LayoutMetadata({.layoutID = "1", .fieldPosition = 4}, field.value)};
+    EXPECT_TRUE(place["fieldPosition"].isEqual(4));
+    EXPECT_TRUE(place["columnCRMName"].isEqual("LANE"));
+}
+
+}  // namespace
+}  // namespace tarvo

@@ -1,0 +1,163 @@
+#include "tarvobase/value_objects/layout/LayoutMetadataInDatabase.h"
+#include "tarvobase/value_objects/layout/ModuleLayoutInfoInDatabase.h"
+#include "tarvobase/value_objects/layout/SubformLayout.h"
+#include "tests/tarvobase/value_objects/MetadataModelFixture.h"
+
+namespace tarvo {
+namespace {
+
+class LayoutModelTest : public MetadataModelTest {
+protected:
+    void SetUp() override {
+        MetadataModelTest::SetUp();
+        openTables();
+        layouts.emplace(adapter);
+        deals = FieldList("Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {});
+    }
+    static LayoutFieldData place(const std::string& layout, const std::string& column, const std::string& apiName,
+                                 int position = 0) {
+        return {.layoutID = layout,
+                .fieldID = "Deals" + column,
+                .fieldAPIName = apiName,
+                .crmColumnName = column,
+                .moduleName = "Deals",
+                .sectionName = "deal",
+                .sectionDV = "Geschäft",
+                .isSubformSection = true,
+                .sectionSequence = 1,
+                .mandatory = true,
+                .defaultValue = "x",
+                .fieldPosition = position,
+                .additionalInfo = ValueMap{{"maximum_rows", 3}}};
+    }
+    FieldList deals;
+    /// Over the open database.
+    std::optional<LayoutMetadataInDatabase> layouts;
+};
+
+TEST_F(LayoutModelTest, ARowIsJoinedWithItsFieldInBothNamings) {
+    configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
+    layouts->storeLayoutMetadata(
+        {place("1", "STAGE", "Stage", 10), place("1", "AMOUNT", "Amount", 9), place("1", "GONE", "Gone", 1)});
+    for (auto& naming : {columnNaming(), apiNames()}) {
+        FieldList list("Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {}, naming);
+        auto rows = *layouts->getLayoutMetadata("Deals", list, {{LayoutFieldColumnName::fieldPosition}});
+        ASSERT_THAT(columnsOf({rows.begin(), rows.end()}), ElementsAre("AMOUNT", "STAGE"));
+        EXPECT_EQ(rows[1].fieldLabel, "label of Stage");
+        EXPECT_EQ(rows[1].sectionDV, "Geschäft");
+        EXPECT_EQ(rows[1].fieldPosition, 10);
+        EXPECT_TRUE(rows[1].isSubformSection);
+        EXPECT_EQ(rows[1].additionalInfo->valueOf("maximum_rows"), Value(3));
+        layouts->storeLayoutMetadata(rows);
+    }
+    EXPECT_EQ(adapter->count("LAYOUT_SPECIFIC_METADATA", Criteria::equalTo("default_value", "x")), 3)
+        << "stored again in their own rows";
+}
+
+TEST_F(LayoutModelTest, TwoColumnsFollowTheirSetting) {
+    struct {
+        bool isWritten, isRead;
+    } cases[] = {{false, true}, {true, false}, {true, true}};
+    for (auto& one : cases) {
+        adapter->deleteAllObjects("LAYOUT_SPECIFIC_METADATA");
+        configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = one.isWritten;
+        layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
+        configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = one.isRead;
+        auto rows = *layouts->getLayoutMetadata("Deals", deals);
+        ASSERT_EQ(rows.size(), 1u);
+        EXPECT_EQ(rows[0].isSubformSection, one.isWritten && one.isRead);
+        EXPECT_EQ(rows[0].additionalInfo.has_value(), one.isWritten && one.isRead);
+    }
+}
+
+TEST_F(LayoutModelTest, MandatoryIsReadLeniently) {
+    struct {
+        std::string sql;
+        bool isMandatory;
+    } cases[] = {{"1", true}, {"'true'", true}, {"0", false}, {"'false'", false}, {"'1'", false}, {"NULL", false}};
+    layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
+    for (auto& one : cases) {
+        adapter->execute("UPDATE LAYOUT_SPECIFIC_METADATA SET mandatory = " + one.sql, std::nullopt);
+        EXPECT_EQ(layouts->getLayoutMetadata("Deals", deals)->at(0).mandatory, one.isMandatory) << one.sql;
+    }
+}
+
+TEST_F(LayoutModelTest, RowsAreGroupedByModuleAndByLayout) {
+    auto quote = place("3", "STAGE", "Stage");
+    quote.moduleName = "Quotes";
+    layouts->storeLayoutMetadata({place("1", "STAGE", "Stage"), place("2", "AMOUNT", "Amount"), quote});
+    FieldList quotes("Quotes", {named("Quotes", "STAGE", "Stage")}, {});
+    auto byModule =
+        *layouts->getLayoutMetadata(ModuleFieldsMap{{"Deals", deals}, {"Quotes", quotes}, {"Leads", {}}}, {});
+    EXPECT_EQ(byModule.size(), 2u);
+    EXPECT_EQ(byModule["Deals"].size(), 2u);
+    EXPECT_EQ(byModule["Quotes"].at(0).moduleName, "Quotes");
+
+    auto byLayout = *layouts->getLayoutMetadatas({"1", "2", "3", "9"}, {{"Deals", deals}});
+    EXPECT_EQ(byLayout.size(), 2u);
+    EXPECT_TRUE(wasLogged("moduleName or fields not found"));
+    EXPECT_EQ(layouts->getLayoutMetadata({ModuleLayoutInfo{.layoutID = "2"}, ModuleLayoutInfo{.layoutID = "3"}}, deals)
+                  ->size(),
+              1u);
+    EXPECT_EQ(*layouts->getModuleNames({"1", "3", "9"}),
+              (std::unordered_map<std::string, std::string>{{"1", "Deals"}, {"3", "Quotes"}}));
+    EXPECT_EQ(layouts->getModuleName("3"), "Quotes");
+    EXPECT_EQ(layouts->getModuleName("9"), std::nullopt);
+}
+
+TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
+    openTables();
+    ModuleLayoutInfoInDatabase infos("MODULE_LAYOUT_INFO", adapter);
+    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, false};
+    infos.storeModuleLayoutInfo({standard, closed});
+    EXPECT_EQ(infos.getModuleLayoutInfoByModuleName("Leads"), (std::vector{standard, closed}));
+    EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Leads", "Internal"), closed);
+    EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Deals", "Internal"), std::nullopt);
+    EXPECT_EQ(infos.getModuleLayoutInfoByLayoutId("1"), standard);
+    EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->size(), 1u);
+}
+
+TEST_F(MetadataModelTest, OnlyLayoutsThatTheProfileMayUseAreOffered) {
+    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, true};
+    LayoutInfo<int> layouts;
+    layouts.orderedLayouts.set("2", Layout<int>(closed, 20));
+    EXPECT_EQ(layouts.getDefaultLayout(), nullptr);
+    layouts.orderedLayouts.set("1", Layout<int>(standard, 10));
+    EXPECT_EQ(layouts.getDefaultLayout()->metadata, 10);
+    ASSERT_EQ(layouts.getAllLayouts().size(), 1u);
+    EXPECT_EQ(layouts.getAllLayouts().front().layoutName, "Standard");
+    EXPECT_EQ(layouts.getLayout("2")->metadata, 20) << "a record may have it";
+}
+
+TEST_F(MetadataModelTest, ASubformFieldNamesItsLayoutAndModule) {
+    FieldMetadata field{.fieldType = FieldDataType::subform,
+                        .displayPrefs = {{"subform", ValueList{"77", "Lines_Api"}}}};
+    LayoutFieldData place{.additionalInfo =
+                              ValueMap{{"subform_layout_id", 55}, {"maximum_rows", "40"}, {"reorder_rows", true}}};
+    EXPECT_EQ(SubformLayoutMetadata::of({place, field}), (SubformLayoutMetadata{"55", "Lines_Api", "77", 40, true}));
+    EXPECT_EQ(SubformLayoutMetadata::of({LayoutFieldData(), field}), (SubformLayoutMetadata{"", "Lines_Api", "77"}));
+    field.fieldType = FieldDataType::text;
+    EXPECT_EQ(SubformLayoutMetadata::of({place, field}), std::nullopt);
+}
+
+TEST_F(MetadataModelTest, SubformLayoutsAreOfferedLikeOthers) {
+    OrderedLayoutFieldList fields("Lines", "55", {}, {}, columnNaming());
+    SubformLayoutInfo layouts;
+    for (bool isAccessible : {false, true}) {
+        ModuleLayoutInfo info{"Lines", isAccessible ? "55" : "56", "Rows", isAccessible, true};
+        layouts.orderedLayouts.set(info.layoutID,
+                                   SubformLayout(Layout<OrderedLayoutFieldList>(info, fields),
+                                                 {.maximumRows = 40, .canReorderRows = true}, {LayoutMetadata()}));
+    }
+    ASSERT_EQ(layouts.getAllLayouts().size(), 1u);
+    auto subform = layouts.getDefaultLayout();
+    ASSERT_NE(subform, nullptr);
+    EXPECT_EQ(subform->layoutID, "55");
+    EXPECT_EQ(subform->maximumRows, 40);
+    EXPECT_TRUE(subform->canReorderRows);
+    EXPECT_EQ(subform->aggregateFields.size(), 1u);
+    EXPECT_NE(layouts.getLayout("56"), nullptr);
+}
+
+}  // namespace
+}  // namespace tarvo
