@@ -15,11 +15,10 @@ void StoreOrgsDataManager::fetchAndStoreOrgs() {
 }
 
 void StoreOrgsDataManager::initDataParsed(const std::optional<ParsedInitData>& parsed) {
-    bool fetched = parsed && parsed->organisations;
-    if (fetched) orgsPersistance_->storeOrganisations(*parsed->organisations);
+    bool isStored = parsed && parsed->organisations && orgsPersistance_->storeOrganisations(*parsed->organisations);
     auto listener = delegate.lock();
     if (!listener) return;
-    fetched ? listener->orgsStored() : listener->noOrgsFetched();
+    isStored ? listener->orgsStored() : listener->noOrgsFetched();
 }
 
 std::shared_ptr<StoreOrgsUseCase> StoreOrgsUseCase::make() {

@@ -8,6 +8,7 @@
 #include "tarvobase/init_process/parsers/InitBlocks.h"
 #include "tarvobase/init_process/parsers/InitSettingsParser.h"
 #include "tarvobase/init_process/steps/AppInitDataManager.h"
+#include "tarvobase/value_objects/account/OrganisationInDatabase.h"
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 #include "tests/tarvobase/AccountTables.h"
 #include "tests/tarvobase/Fixture.h"
@@ -360,6 +361,19 @@ TEST_F(InitDataTest, StoreOrgsStoresNothingElse) {
     EXPECT_EQ(recorder->events, "stored none none ");
     EXPECT_EQ(OrganisationInUserDefaults().getOrganisations()->size(), 2u);
     EXPECT_EQ(UserDetailsInUserDefaults(defaults).getUserDetails(), std::nullopt);
+}
+
+TEST_F(InitDataTest, OrganisationsThatAreNotStoredAreReported) {
+    auto recorder = std::make_shared<OrgsRecorder>();
+    auto service = std::make_shared<AppInitNetworkService>();
+    service->setNetworkAdapter(network);
+    network->answer(body(completeAnswer()));
+    auto missingTable = std::make_shared<OrganisationInDatabase>("ORGANISATIONS", adapter, defaults);
+    auto usecase = StoreOrgsUseCase::make(std::make_shared<StoreOrgsDataManager>(missingTable, service));
+    usecase->delegate = recorder;
+    usecase->storeOrgs();
+    settle();
+    EXPECT_EQ(recorder->events, "none ");
 }
 
 class UsersRecorder final : public GetUsersUseCaseDelegate {
