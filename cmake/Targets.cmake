@@ -133,6 +133,7 @@ function(tarvo_test name)
   endforeach()
   list(TRANSFORM arg_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   list(APPEND sources ${arg_SOURCES})
+  set_property(GLOBAL APPEND PROPERTY TARVO_TEST_SOURCES ${sources})
   # A test takes compilers twice as long as another source, and is edited more often.
   math(EXPR TARVO_BATCH_SIZE "${TARVO_BATCH_SIZE} / 2")
   tarvo_batches(batches ${name} ${sources})
