@@ -3,6 +3,7 @@
 #include "bridge/forms/RecordForms.h"
 #include "platform/Json.h"
 #include "tarvobase/configuration/CommonConfigration.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/GetModuleInfoDataManager.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
@@ -131,6 +132,10 @@ std::optional<FieldList> fieldsOf(const std::string& module) {
     return fields ? std::optional(*std::move(fields)) : std::nullopt;
 }
 
+void finishWrite(bool isStored, const CallPtr& call) {
+    isStored ? finish(call) : call->refuse("not everything was stored; the log says why");
+}
+
 /// Parses records in the server's form as a page of an answer is parsed.
 std::optional<WireRecords> pageOf(const ValueList& data) {
     auto text = json::write(data);
@@ -161,24 +166,20 @@ void wire(const RecordRequest& request, Store&, const CallPtr& call) {
 void store(const StoreRequest& request, Store& store, const CallPtr& call) {
     if (!isOneOf(request.dictionaries, request.data, "dictionaries or data", call)) return;
     if (request.dictionaries) {
-        store.storeRecord(*request.dictionaries, request.moduleName);
-        return finish(call);
+        return finishWrite(store.storeRecord(*request.dictionaries, request.moduleName), call);
     }
     auto page = pageOf(*request.data);
     if (!page) return call->refuse("request.data: cannot be written as JSON");
-    finish(call, {{"recordIds", bridge::toJson(store.storePage(*page, request.moduleName).value_or(std::vector<std::string>()))}});
+    auto stored = store.storePage(*page, request.moduleName);
+    stored ? finish(call, {{"recordIds", bridge::toJson(*stored)}}) : finishWrite(false, call);
 }
 
 void modify(const ModifyRequest& request, Store& store, const CallPtr& call) {
     if (!isOneOf(request.dictionaries, request.records, "dictionaries or records", call)) return;
-    if (request.dictionaries) {
-        store.modifyRecord(request.moduleName, *request.dictionaries);
-    } else {
-        std::vector<Record> records;
-        for (auto& form : *request.records) records.push_back(form.record());
-        store.modifyRecord(request.moduleName, records);
-    }
-    finish(call);
+    if (request.dictionaries) return finishWrite(store.modifyRecord(request.moduleName, *request.dictionaries), call);
+    std::vector<Record> records;
+    for (auto& form : *request.records) records.push_back(form.record());
+    finishWrite(store.modifyRecord(request.moduleName, records), call);
 }
 
 void fetch(const FetchRequest& request, Store& store, const CallPtr& call) {
@@ -231,11 +232,9 @@ void countRecords(const ViewListRequest& request, Store& store, const CallPtr& c
 
 void remove(const DeleteRequest& request, Store& store, const CallPtr& call) {
     if (!isOneOf(request.recordIds, request.where, "recordIds or where", call)) return;
-    if (request.recordIds)
-        store.deleteRecords(*request.recordIds, request.moduleName);
-    else
-        store.deleteRecords(request.moduleName, Criteria::custom(*request.where));
-    finish(call);
+    finishWrite(request.recordIds ? store.deleteRecords(*request.recordIds, request.moduleName)
+                                  : store.deleteRecords(request.moduleName, Criteria::custom(*request.where)),
+                call);
 }
 
 }  // namespace
@@ -252,14 +251,12 @@ void addRecordCalls(bridge::Registry& registry, Host& host) {
     add("parse", parse);
     add("wire", wire);
     add("store", store);
-    add.operator()<const RecordRequest&>("storeRecord",
-                                         [](const RecordRequest& request, Store& store, const CallPtr& call) {
-                                             store.storeRecord(request.record.record(), request.record.moduleName);
-                                             finish(call);
-                                         });
+    add.operator()<const RecordRequest&>(
+        "storeRecord", [](const RecordRequest& request, Store& store, const CallPtr& call) {
+            finishWrite(store.storeRecord(request.record.record(), request.record.moduleName), call);
+        });
     add.operator()<const UpdateRequest&>("update", [](const UpdateRequest& request, Store& store, const CallPtr& call) {
-        store.updateRecord(request.record.record(), request.recordID, request.record.moduleName);
-        finish(call);
+        finishWrite(store.updateRecord(request.record.record(), request.recordID, request.record.moduleName), call);
     });
     add("modify", modify);
     add("fetch", fetch);

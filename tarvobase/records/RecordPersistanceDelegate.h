@@ -56,7 +56,8 @@ public:
 
     /// Stores records as the server sent them, with their dependent rows (participants, product lines, price lines,
     /// comments, attachments, tags). A record with a known id is replaced as a whole: columns that it does not bring
-    /// become null. A record that the table refuses does not prevent the others from being stored.
+    /// become null. A record without a usable id, or one that the table refuses, does not prevent
+    /// the others from being stored; the call then returns false.
     virtual bool storeRecord(const ValueMap& wireRecord, const std::string& moduleName) = 0;
     virtual bool storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) = 0;
     virtual bool storeRecord(const Record& record, const std::string& moduleName) = 0;
