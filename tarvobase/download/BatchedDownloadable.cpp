@@ -91,7 +91,7 @@ void BatchedDownloadable::reportProgress(const ModuleBatch& batches) {
 }
 
 void BatchedDownloadable::nextBatch(const std::vector<Module>& modules) {
-    logBatch(logTexts_.requested, modules);
+    logBatch(platform::LogLevel::progress, logTexts_.requested, modules);
     request(modules);
 }
 
@@ -110,7 +110,7 @@ void BatchedDownloadable::endBatch(const std::vector<Module>& modules, const Fai
 void BatchedDownloadable::transportFailed(const std::vector<Module>& modules, const NetworkError& error) {
     platform::log(platform::LogLevel::warning, "first download",
                   "progress updated failure invoked: " + std::string(bren::kindName(error.kind)));
-    logBatch(std::string(logTexts_.completed) + " - failure for ", modules);
+    logBatch(platform::LogLevel::warning, std::string(logTexts_.completed) + " - failure for ", modules);
     reportNetworkFailure(errorResponder, error, scope_);
 }
 
@@ -125,7 +125,7 @@ void BatchedDownloadable::reportMissing(const std::set<std::string>& modules) co
 void BatchedDownloadable::parsingFailed(const std::vector<Module>& modules, const ParserError& error) {
     platform::log(platform::LogLevel::warning, "first download",
                   "progress updated failure invoked: " + error.logText());
-    logBatch(std::string(logTexts_.completed) + " - failure for ", modules);
+    logBatch(platform::LogLevel::warning, std::string(logTexts_.completed) + " - failure for ", modules);
     if (auto responder = errorResponder.lock()) responder->parsingError();
 }
 
@@ -145,11 +145,11 @@ BatchedDownloadable::Outcome BatchedDownloadable::commit(const std::string& name
     return isCommitted ? Outcome::stored : Outcome::failed;
 }
 
-void BatchedDownloadable::logBatch(std::string_view what, const std::vector<Module>& modules) const {
+void BatchedDownloadable::logBatch(platform::LogLevel level, std::string_view what,
+                                   const std::vector<Module>& modules) const {
     std::vector<std::string> names;
     for (auto& module : modules) names.push_back(module.moduleName);
-    platform::log(platform::LogLevel::warning, "first download",
-                  std::string(logTexts_.step).append(what).append(text::join(names, ", ")));
+    platform::log(level, "first download", std::string(logTexts_.step).append(what).append(text::join(names, ", ")));
 }
 
 void BatchedDownloadable::logUnreadable(const std::string& moduleName, const ParserError& error) const {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/FunctionRef.h"
+#include "platform/Log.h"
 #include "platform/ThreadSafety.h"
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/download/Downloadable.h"
@@ -116,7 +117,7 @@ private:
     void transportFailed(const std::vector<Module>& modules, const NetworkError& error);
     void reportMissing(const std::set<std::string>& modules) const;
     void parsingFailed(const std::vector<Module>& modules, const ParserError& error);
-    void logBatch(std::string_view what, const std::vector<Module>& modules) const;
+    void logBatch(platform::LogLevel level, std::string_view what, const std::vector<Module>& modules) const;
     void logUnreadable(const std::string& moduleName, const ParserError& error) const;
 
     /// Takes each module that gets its content out of `missing`.
@@ -125,7 +126,7 @@ private:
                       std::vector<Result<RParsedResult<T, Info>, ParserError>> entries, Store& store,
                       Failures& failures) {
         const auto asked = namesOf(modules);
-        logBatch(std::string(logTexts_.completed) + " - success for ", modules);
+        logBatch(platform::LogLevel::progress, std::string(logTexts_.completed) + " - success for ", modules);
         for (auto& entry : entries) {
             if (!entry) {
                 logUnreadable("a module", entry.error());

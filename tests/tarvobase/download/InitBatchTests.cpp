@@ -12,6 +12,7 @@
 #include "tarvobase/notification/CustomViewChangedObserver.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
+#include "tests/support/LogWatch.h"
 #include "tests/tarvobase/Fixture.h"
 #include "tests/tarvobase/MetadataTables.h"
 #include "tests/tarvobase/MetadataWire.h"
@@ -243,6 +244,18 @@ TEST_F(InitBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlagged) {
     EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 2u);
     EXPECT_TRUE(isFlagged("customviews", "Deals"));
     EXPECT_FALSE(isFlagged("customviews", "Cases"));
+}
+
+TEST_F(InitBatchTest, ABatchThatSucceedsLogsNoWarning) {
+    store({"Leads"});
+    auto service = std::make_shared<HeldViewService>();
+    LogWatch log;
+    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    step->initiate();
+    step->execute();
+    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(viewRow("1"))})}), {});
+    settle();
+    EXPECT_THAT(log.lines(), ::testing::Contains("CustomViewInfo Requested for Leads"));
 }
 
 TEST_F(InitBatchTest, ARestartRequestsTheRest) {
