@@ -191,8 +191,6 @@ bool SettingsStore::synchronise() {
     return journal_->flush();
 }
 
-SettingsStores::SettingsStores() : folder_(defaultFolder()) {}
-
 void SettingsStores::setFolder(std::string folder) {
     MutexLock lock(mutex_);
     folder_ = std::move(folder);
@@ -200,14 +198,15 @@ void SettingsStores::setFolder(std::string folder) {
 
 std::string SettingsStores::folder() const {
     MutexLock lock(mutex_);
-    return folder_;
+    return folder_.value_or(defaultFolder());
 }
 
-std::shared_ptr<SettingsStore> SettingsStores::suite(std::string_view name) {
+std::shared_ptr<SettingsStore> SettingsStores::suite(std::string_view name, std::string_view unlessSet) {
     if (name.empty()) name = standardSuite;
     MutexLock lock(mutex_);
-    auto& store = open_[filePath(folder_, name)];
-    if (!store) store = std::make_shared<SettingsStore>(folder_, name);
+    auto folder = folder_.value_or(unlessSet.empty() ? defaultFolder() : std::string(unlessSet));
+    auto& store = open_[filePath(folder, name)];
+    if (!store) store = std::make_shared<SettingsStore>(folder, name);
     return store;
 }
 

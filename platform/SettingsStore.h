@@ -95,18 +95,17 @@ class SettingsStores {
 public:
     static constexpr std::string_view standardSuite = "standard";
 
-    SettingsStores();
-
     /// Where suites are opened from now on; those that are open stay where they are. At first it is
     /// "TarvoBase/settings" below the user's configuration folder (XDG).
     void setFolder(std::string folder);
     std::string folder() const;
     /// The store of a suite; the same object for the same folder and name. An empty name is the standard suite.
-    std::shared_ptr<SettingsStore> suite(std::string_view name = standardSuite);
+    /// `unlessSet` is the folder to use in place of the first one, unless `setFolder` was called or it is empty.
+    std::shared_ptr<SettingsStore> suite(std::string_view name = standardSuite, std::string_view unlessSet = {});
 
 private:
     mutable Mutex mutex_;
-    std::string folder_ TARVO_GUARDED_BY(mutex_);
+    std::optional<std::string> folder_ TARVO_GUARDED_BY(mutex_);  // once it is set
     std::map<std::string, std::shared_ptr<SettingsStore>> open_ TARVO_GUARDED_BY(mutex_);  // by path
 };
 

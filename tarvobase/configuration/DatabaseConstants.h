@@ -4,7 +4,8 @@
 
 namespace tarvo {
 
-/// The database files below the host's folder, one per account.
+/// The database files below the host's folder, one per account. Naming one before `localDirectoryLocation` is set is a
+/// programming error; the name is then empty, and a database of that name does not open.
 class DatabaseConstants final : public BrenDatabaseConstants {
 public:
     /// Returns "/Databases" below `CommonConfigration.localDirectoryLocation`. Creates the folder if it is missing; if

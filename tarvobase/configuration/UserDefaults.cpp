@@ -25,8 +25,10 @@ void notify(const Value& newValue, const std::string& key, const UserDefaultsGro
 }
 
 std::shared_ptr<platform::SettingsStore> configuredSuite() {
+    auto& configuration = CommonConfigration::sharedInstance();
+    auto home = configuration.localDirectoryLocation.get();
     return platform::ProcessState::current().get<SettingsStores>().suite(
-        CommonConfigration::sharedInstance().userDefaultsGroup.get().value_or(""));
+        configuration.userDefaultsGroup.get().value_or(""), home ? *home + "/settings" : "");
 }
 
 }  // namespace

@@ -94,8 +94,9 @@ public:
                         platform::FunctionRef<Value(const Value&)> next) = 0;
 };
 
-/// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made. The two
-/// constructors differ in what the group `current` means.
+/// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made. Its file lies in
+/// "/settings" below `localDirectoryLocation`, beside the databases, unless the host set a folder of `SettingsStores`.
+/// The two constructors differ in what the group `current` means.
 class BrenUserDefaults final : public UserDefaultsProtocol {
 public:
     /// The group `current` is the account that is current at each call.

@@ -115,6 +115,9 @@ Result<bool, OpeningFailure> KelvaDatabasePersistance::openOn(const std::shared_
                       "Already registered database at path: " + databaseName());
         return false;
     }
+    // SQLite would take an empty name for a database of its own that is gone when it is closed.
+    if (!storageLocation_.isInMemory() && storageLocation_.path().empty())
+        return OpeningFailure{OpeningFailure::Kind::cannotOpen, "the database has no path"};
     try {
         kelva::Configuration configuration;
         if (passphrase) configuration.setKey(*passphrase);

@@ -4,6 +4,7 @@
 
 #include "platform/DispatchQueue.h"
 #include "platform/Log.h"
+#include "platform/ProgrammingError.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 
 namespace tarvo::service {
@@ -79,7 +80,10 @@ void appendQuery(std::string& url, const std::string& query) {
 void withToken(const Scope& scope, TokenWork work) {
     if (!scope.isCurrent()) return work(outdated());
     auto authentication = CommonConfigration::sharedInstance().authentication.get();
-    if (!authentication) return work(notSent("no authentication is configured"));
+    if (!authentication) {
+        platform::reportProgrammingError("a request is made before authentication is set");
+        return work(notSent("no authentication is configured"));
+    }
     auto user = authentication->currentUser().value_or("");
     auto wait = std::make_shared<TokenWait>(std::move(work));
     auto limit = tokenQueue()->asyncAfter(tokenTimeLimit, [wait] {

@@ -263,6 +263,14 @@ TEST_F(SettingsStoreTests, SuitesAreApartAndStayInTheFolder) {
     EXPECT_EQ(stores.suite()->value("a"), std::nullopt);
 }
 
+TEST_F(SettingsStoreTests, AFolderToUseInsteadCountsUnlessOneIsSet) {
+    SettingsStores stores;
+    ASSERT_TRUE(stores.suite("a", folder_ + "/beside")->set("a", 1));
+    EXPECT_TRUE(files::exists(folder_ + "/beside/a.jsonl"));
+    stores.setFolder(folder_ + "/set");
+    EXPECT_EQ(stores.suite("a", folder_ + "/beside")->value("a"), std::nullopt);
+}
+
 /// Descriptor on which the writer acknowledges; its standard output belongs to GoogleTest.
 constexpr int acknowledgements = 100;
 

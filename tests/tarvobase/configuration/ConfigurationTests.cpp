@@ -66,6 +66,16 @@ TEST_F(ConfigurationTest, IdentifiersOfFieldsFollowTheNaming) {
     EXPECT_EQ(field.fieldIdentifier(), "api");
 }
 
+TEST_F(ConfigurationTest, ADatabaseWithoutAFolderOrAnAccountIsAProgrammingError) {
+    configuration().localDirectoryLocation = std::nullopt;
+    EXPECT_EQ(DatabaseConstants().databaseName(), "");
+    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
+    configuration().localDirectoryLocation = folder();
+    configuration().authentication = nullptr;
+    static_cast<void>(DatabaseConstants().databaseName());
+    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
+}
+
 TEST_F(ConfigurationTest, VoiceNotesWithoutAFolderAreAProgrammingError) {
     configuration().localDirectoryLocation = std::nullopt;
     configuration().voiceFileDirectoryLocation();

@@ -321,6 +321,7 @@ TEST_F(ServiceTest, ACallWithoutATokenCompletesAndNamesTheAccount) {
 TEST_F(ServiceTest, ACallWithoutAuthenticationStillCompletes) {
     configuration().authentication = nullptr;
     EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "unsent not sent");
+    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
 }
 
 TEST_F(ServiceTest, SetsTheFixedHeadersAndLogsNamesOnly) {
