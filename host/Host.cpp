@@ -1,15 +1,15 @@
 #include "host/Host.h"
 
 #include "platform/Files.h"
-#include "platform/ProcessState.h"
-#include "platform/SettingsStore.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/Lifecycle.h"
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/database_layer/DatabaseNaming.h"
 #include "tarvobase/download/DatabaseBinding.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
+#include "tarvobase/records/NewRecordIds.h"
 #include "tarvobase/utils/Util.h"
 
 namespace tarvo::host {
@@ -41,13 +41,13 @@ void configure(const Arguments& arguments, const std::shared_ptr<Accounts>& acco
                                         ? FieldIdentifier::crmColumnNameIdentifier()
                                         : FieldIdentifier::fieldAPINameIdentifier();
     setEdition(configuration, arguments.servlet);
+    configuration.recordIDGenerator = std::make_shared<NewRecordIds>(std::make_shared<BrenUserDefaults>());
 }
 
 }  // namespace
 
 Result<std::unique_ptr<Host>, std::string> Host::setUp(const Arguments& arguments) {
     if (!files::createDirectories(arguments.home)) return "the folder " + arguments.home + " cannot be made";
-    platform::ProcessState::current().get<SettingsStores>().setFolder(arguments.home + "/settings");
     if (!arguments.authorityFile.empty() && !trustFurtherAuthority(arguments.authorityFile))
         return "no certificate can be read from " + arguments.authorityFile;
     std::unique_ptr<Host> host(new Host);
@@ -68,6 +68,12 @@ Result<std::string, Host::OpeningFailure> Host::openDatabase(const std::string& 
     auto database = std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk(path));
     auto opened = database->registerDB(passphrase);
     if (!opened) return std::move(opened).error();
+    // In the other naming, stored values would stand under names that nobody asks for.
+    if (DatabaseNaming::isOther(*database, namingInForce())) {
+        database->deregisterDB();
+        return OpeningFailure{OpeningFailure::Kind::other,
+                              "it was filled with the other naming of fields; see --identifier and --servlet"};
+    }
     database_ = database;
     Util::performInitialOperations(std::make_shared<BrenUserDefaults>());
     CommonConfigration::sharedInstance().databaseAdapter = database;

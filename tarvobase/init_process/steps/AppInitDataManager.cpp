@@ -1,4 +1,5 @@
 #include "tarvobase/init_process/steps/AppInitDataManager.h"
+#include "tarvobase/database_layer/DatabaseNaming.h"
 
 #include "tarvobase/init_process/parsers/InitDownloadParser.h"
 #include "tarvobase/metadata/Stores.h"
@@ -59,6 +60,7 @@ bool AppInitDataManager::store(const ParsedInitData& parsed) {
     auto& database = persistance_.scope.databaseAdapter;
     if (!database || !persistance_.scope.isCurrent()) return false;
     if (!createTables(*parsed.createTableQueries)) return false;
+    if (!DatabaseNaming::store(*database, persistance_.scope.naming)) return false;
     bool isCommitted = database->tolerantTransaction("init answer", [&] { return storeTables(parsed); });
     if (isCommitted) storeSettings(parsed);
     return isCommitted;
