@@ -2,8 +2,15 @@
 
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/metadata/Stores.h"
+#include "tarvobase/records/sql/FilterToWhereConverter.h"
 
 namespace tarvo::bridge {
+
+Reading JsonForm<ColumnFilter>::withoutCondition(const ColumnFilter& filter) {
+    if (FilterToWhereConverter::getWhereStatement(filter)) return {};
+    auto comparator = std::visit([](auto type) { return std::string(caseName(type)); }, filter.filterType);
+    return Misread{{}, "the filter " + comparator + " of " + filter.column + " gives no condition with these inputs"};
+}
 
 std::optional<std::string> JsonRecordQuery::complete() {
     auto stored = Stores::current().modules()->getModuleByModuleName(moduleName);

@@ -97,7 +97,8 @@ struct JsonForm<ColumnFilterInputFields> {
 };
 
 /// Reads a column, a comparator and the inputs. The name and the form of the inputs, which follow from the comparator,
-/// are accepted and ignored, so that an offered filter may be sent back with its inputs.
+/// are accepted and ignored, so that an offered filter may be sent back with its inputs. Refuses a filter that gives no
+/// condition, since a list would show everything in its place.
 template <>
 struct JsonForm<ColumnFilter> {
     static Value write(const ColumnFilter& filter) {
@@ -118,6 +119,7 @@ struct JsonForm<ColumnFilter> {
         if (auto misread = fromJson(json, parts)) return misread;
         into = GetColumnFilter::getFilter(parts.filterType, std::move(parts.column));
         if (parts.filterInputValues) into.setInput(*parts.filterInputValues);
+        if (auto misread = withoutCondition(into)) return misread;
         if (!parts.lookupValues) return {};
         std::map<int, Value> lookups;
         for (auto& [index, value] : *parts.lookupValues) {
@@ -131,6 +133,8 @@ struct JsonForm<ColumnFilter> {
     }
 
 private:
+    /// Returns what is wrong with a filter that gives no condition on a record table.
+    static Reading withoutCondition(const ColumnFilter& filter);
     struct Parts {
         std::string column;
         FilterType filterType;

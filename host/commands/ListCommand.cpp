@@ -11,6 +11,7 @@
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/list_view/GetListFilterRecords.h"
 #include "tarvobase/metadata/GetModuleInfoDataManager.h"
+#include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 
 namespace tarvo::host {
@@ -114,6 +115,9 @@ Result<ColumnFilter, int> filterOf(const FieldList& fields, const std::string& a
                         " values, with \",\" between",
                     2);
     filter->setInput(*inputs);
+    // Without this, a list would show everything in the place of what was asked for.
+    if (!FilterToWhereConverter::getWhereStatement(*filter))
+        return fail("--filter: \"" + argument + "\" gives no condition; a value cannot be read", 2);
     return *filter;
 }
 
@@ -290,8 +294,8 @@ int listRecords(Host& host, const Arguments& arguments) {
     auto page = request->sort ? askSorted(host, *request, arguments) : ask(*request, arguments);
     if (!page) return page.error();
     if (page->failure) note(*page->failure + "; these are the stored records");
-    return print(arguments.json ? forPrograms(*page, *request, arguments, *path)
-                                : forPeople(*page, *request, arguments));
+    return arguments.json ? print(forPrograms(*page, *request, arguments, *path))
+                          : printForPeople(forPeople(*page, *request, arguments));
 }
 
 }  // namespace tarvo::host

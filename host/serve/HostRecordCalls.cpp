@@ -20,6 +20,9 @@ using bridge::JsonRecord;
 using Dictionaries = std::vector<ValueMap>;
 using Names = std::vector<std::string>;
 
+struct NewRequest {
+    static constexpr auto fields() { return describe(); }
+};
 struct ParseRequest {
     std::string moduleName;
     ValueList data;  // records in the server's form
@@ -240,6 +243,10 @@ void remove(const DeleteRequest& request, Store& store, const CallPtr& call) {
 }  // namespace
 
 void addRecordCalls(bridge::Registry& registry, Host& host) {
+    registry.addOperation<NewRequest>("host.record.new", [](NewRequest, const CallPtr& call) {
+        auto generator = CommonConfigration::sharedInstance().recordIDGenerator.get();
+        finish(call, {{"recordId", bridge::toJson(generator->getNewRecordId())}});
+    });
     // Runs on the main queue like every start of a call, so that later lines read what it wrote.
     auto add = [&]<class Request>(std::string name, void (*work)(Request, Store&, const CallPtr&)) {
         registry.addOperation<std::remove_cvref_t<Request>>(

@@ -194,6 +194,7 @@ TEST_F(ListCommand, SaysInOneLineWhatIsWrong) {
                                      {{"list", "Leads", "--filter", "Company"}, 2, "--filter"},
                                      {{"list", "Leads", "--filter", "Company:before:x"}, 1, "offers no \"before\""},
                                      {{"list", "Leads", "--filter", "Created_Time:between:1"}, 2, "takes 2 values"},
+                                     {{"list", "Leads", "--filter", "Created_Time:before:soon"}, 2, "no condition"},
                                      {{"list", "Leads", "--limit", "0"}, 2, "--limit"},
                                      {{"show", "Leads", "12"}, 1, "no record 12 of Leads is stored"}};
     for (auto& one : cases) expectRefusal(endOf(world->host(one.arguments)), one.status, one.says);
