@@ -1,6 +1,8 @@
 #include "host/Arguments.h"
 
+#include <unistd.h>
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -38,6 +40,27 @@ void blankSecrets(int count, char** values) {
         }
 }
 
+// The text of a variable that is merely removed stays in the block of the environment, which others can read.
+void blankVariable(const char* name) {
+    if (auto value = std::getenv(name)) ::explicit_bzero(value, std::strlen(value));
+    ::unsetenv(name);
+}
+
+// Reads up to the end of the line. Nullopt if the descriptor cannot be read.
+std::optional<std::string> lineOf(int descriptor) {
+    std::string line;
+    char byte = 0;
+    for (;;) {
+        auto count = ::read(descriptor, &byte, 1);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::nullopt;
+        if (count == 0 || byte == '\n') break;
+        line += byte;
+    }
+    if (descriptor > STDERR_FILENO) ::close(descriptor);
+    return line;
+}
+
 std::string oneLine(std::string text) {
     for (auto& c : text)
         if (c == '\n' || c == '\r') c = ' ';
@@ -63,6 +86,7 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     Arguments arguments;
     arguments.home = defaultHome();
     std::string servlet = "crm", identifier;
+    std::optional<int> passphraseDescriptor;
 
     CLI::App app("A console host of TarvoBase.", "tarvo-host");
     app.fallthrough();
@@ -71,6 +95,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     app.add_option("--account", arguments.account, "Id of the account");
     app.add_option("--token", arguments.token, "Token of the account");
     app.add_option("--passphrase", arguments.passphrase, "Passphrase of the database")->envname(passphraseVariable);
+    app.add_option("--passphrase-fd", passphraseDescriptor, "File descriptor from which a line with it is read")
+        ->check(CLI::NonNegativeNumber);
     app.add_option("--server-type", arguments.serverType, "Server environment; 0 is a server on loopback")
         ->check(CLI::Range(0, 11));
     app.add_option("--domain", arguments.domain, "Domain of the server, with a port where it has one");
@@ -79,6 +105,7 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     app.add_option("--servlet", servlet, "The server's edition")->check(CLI::IsMember({"crm", "lumet"}));
     app.add_option("--identifier", identifier, "How fields are named")->check(CLI::IsMember({"column", "api"}));
     app.add_flag("--json", arguments.json, "Print for programs");
+    app.add_flag("--core-dumps", arguments.coreDumps, "Let a crash write a core dump, which holds secrets");
     app.add_flag("--verbose", arguments.verbose, "Print the library's log to standard error");
     auto init = app.add_subcommand("init", "Download the account for the first time, with a summary");
     init->add_flag("--fetch", arguments.fetch, "Run it also when the account is complete");
@@ -119,8 +146,12 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
         return wrong(error.what());
     }
     blankSecrets(count, values);
-    ::unsetenv(passphraseVariable);
+    blankVariable(passphraseVariable);
 
+    if (passphraseDescriptor) {
+        arguments.passphrase = lineOf(*passphraseDescriptor);
+        if (!arguments.passphrase) return wrong("--passphrase-fd: the descriptor cannot be read");
+    }
     for (auto [parsed, command] :
          {std::pair(modules, Command::modules), std::pair(fields, Command::fields), std::pair(views, Command::views),
           std::pair(filters, Command::filters), std::pair(init, Command::init), std::pair(list, Command::list),

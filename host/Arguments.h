@@ -38,6 +38,7 @@ struct Arguments {
     bool json = false;
     bool fetch = false;
     bool verbose = false;
+    bool coreDumps = false;
 };
 
 /// An end before any work is done: help, or wrong arguments.
@@ -47,6 +48,7 @@ struct EarlyEnd {
 };
 
 /// Reads the command line and blanks the passphrase and the token in it, so that a listing of processes shows neither.
+/// Blanks the passphrase in the environment, too.
 std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values);
 
 }  // namespace tarvo::host

@@ -1,3 +1,4 @@
+#include <sys/resource.h>
 #include <csignal>
 #include <cstdio>
 
@@ -57,5 +58,9 @@ int main(int count, char** values) {
         std::fprintf(end->status == 0 ? stdout : stderr, "%s\n", end->text.c_str());
         return end->status;
     }
-    return run(std::get<Arguments>(parsed));
+    auto& arguments = std::get<Arguments>(parsed);
+    // A core dump would hold the passphrase, the token and decrypted pages.
+    constexpr rlimit none{0, 0};
+    if (!arguments.coreDumps) ::setrlimit(RLIMIT_CORE, &none);
+    return run(arguments);
 }

@@ -159,6 +159,8 @@ std::string explanationOf(CommonError error) {
     }
 }
 
+int printForPeople(const std::string& lines) { return print(harmlessLines(lines)); }
+
 int print(const std::string& text) {
     bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
     return written ? 0 : fail("standard output cannot be written");

@@ -62,5 +62,7 @@ std::optional<std::string> fetchViews(Host& host, const std::string& moduleName)
 std::string explanationOf(CommonError error);
 /// Writes to standard output and returns the exit status.
 int print(const std::string& text);
+/// Writes lines for people, without the characters that could steer their terminal.
+int printForPeople(const std::string& lines);
 
 }  // namespace tarvo::host

@@ -10,11 +10,33 @@ namespace tarvo::host {
 
 namespace {
 
-std::string harmless(std::string text) {
-    for (auto& c : text)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
-    return text;
+// Controls steer the terminal; characters of direction and line separators make a text look like another one.
+bool isHarmful(UChar32 character) {
+    auto type = u_charType(character);
+    return type == U_CONTROL_CHAR || type == U_LINE_SEPARATOR || type == U_PARAGRAPH_SEPARATOR ||
+           u_hasBinaryProperty(character, UCHAR_BIDI_CONTROL);
 }
+
+std::string withoutHarmful(std::string_view text, std::string_view allowed) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        auto begin = at;
+        UChar32 character = 0;
+        U8_NEXT(text.data(), at, text.size(), character);
+        auto bytes = text.substr(begin, at - begin);
+        bool isAllowed = bytes.size() == 1 && allowed.find(bytes.front()) != std::string_view::npos;
+        // Bytes that are not UTF-8 could be controls of an older terminal.
+        if (character < 0)
+            result += '?';
+        else if (isHarmful(character) && !isAllowed)
+            result += ' ';
+        else
+            result += bytes;
+    }
+    return result;
+}
+
+std::string harmless(std::string_view text) { return withoutHarmful(text, ""); }
 
 // Terminals give a wide character of East Asia two places, and a combining accent none.
 std::size_t placesOf(UChar32 character) {
@@ -54,6 +76,8 @@ int fail(std::string_view why, int status) {
     note(why);
     return status;
 }
+
+std::string harmlessLines(std::string_view text) { return withoutHarmful(text, "\n"); }
 
 std::string tableText(const std::vector<std::vector<std::string>>& rows) {
     auto widths = columnWidths(rows);

@@ -135,8 +135,8 @@ int listFields(Host& host, const Arguments& arguments) {
     auto stored = storedOf(host, arguments);
     if (!stored) return stored.error();
     auto lines = listing(*stored->fields, stored->layouts);
-    return print(arguments.json ? forPrograms(lines, arguments.module, *path)
-                                : forPeople(lines, arguments.module, *path));
+    return arguments.json ? print(forPrograms(lines, arguments.module, *path))
+                          : printForPeople(forPeople(lines, arguments.module, *path));
 }
 
 }  // namespace tarvo::host

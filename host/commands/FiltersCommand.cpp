@@ -59,7 +59,8 @@ int listFilters(Host& host, const Arguments& arguments) {
     if (!field)
         return fail(arguments.module + " has no field \"" + arguments.field + "\"; the command fields lists them");
     auto filters = GetFilters::getFilters(*field);
-    return print(arguments.json ? forPrograms(filters, *field, arguments.module) : forPeople(filters, *field));
+    return arguments.json ? print(forPrograms(filters, *field, arguments.module))
+                          : printForPeople(forPeople(filters, *field));
 }
 
 }  // namespace tarvo::host

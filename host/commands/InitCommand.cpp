@@ -209,7 +209,8 @@ int initAccount(Host& host, const Arguments& arguments) {
     summary.bytes = bytesOf(*path);
     summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     summary.requests = requestCount();
-    return print(arguments.json ? json::write(bridge::toJson(summary)).value_or("") + "\n" : forPeople(summary));
+    return arguments.json ? print(json::write(bridge::toJson(summary)).value_or("") + "\n")
+                          : printForPeople(forPeople(summary));
 }
 
 }  // namespace tarvo::host

@@ -137,7 +137,7 @@ int showRecord(Host& host, const Arguments& arguments) {
     auto record = recordOf(host, arguments);
     if (!record) return record.error();
     auto sections = sectionsOf(*record, *fields, storedLayouts(arguments.module));
-    if (!arguments.json) return print(forPeople(*record, sections, *path));
+    if (!arguments.json) return printForPeople(forPeople(*record, sections, *path));
     ValueMap map{{"record", bridge::toJson(*record)},
                  {"sections", bridge::toJson(sections)},
                  {"database", bridge::toJson(*path)}};

@@ -1,7 +1,22 @@
+#include <fstream>
+#include <sstream>
+
 #include "platform/Text.h"
 #include "tests/end_to_end/EndToEnd.h"
 
 namespace tarvo::tests {
+
+namespace {
+
+/// Returns what the kernel says about a program.
+std::string procFile(const Process& process, const std::string& name) {
+    std::ifstream file("/proc/" + std::to_string(process.pid()) + "/" + name);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+}  // namespace
 
 TEST(ModulesCommand, ListsTheModulesByPosition) {
     EndToEnd world;
@@ -48,6 +63,34 @@ TEST(ModulesCommand, LeavesNoReadableFileAndOpensWithTheRightPassphraseAlone) {
     EXPECT_EQ(wrong.output, "");
     EXPECT_TRUE(world.content(world.databasePath()) == file) << "a refused passphrase changed the file";
     EXPECT_EQ(endOf(world.host({"modules"})).status, 0);
+}
+
+TEST(ModulesCommand, RefusesADatabaseInTheOtherNaming) {
+    EndToEnd world;
+    auto first = endOf(world.host({"modules"}));
+    ASSERT_EQ(first.status, 0) << first.errors;
+    expectRefusal(endOf(world.host({"--identifier", "api", "modules"})), 1, "--identifier");
+    EXPECT_EQ(endOf(world.host({"modules"})).output, first.output);
+}
+
+TEST(ModulesCommand, KeepsThePassphraseOutOfItsEnvironment) {
+    EndToEnd world;
+    auto host = world.host({"serve"});
+    host->send(R"({"id":1,"call":"host.wait"})");
+    ASSERT_TRUE(host->line());
+    auto environment = procFile(*host, "environ");
+    EXPECT_FALSE(environment.empty() || contains(environment, "right passphrase"));
+    EXPECT_TRUE(contains(procFile(*host, "limits"), "Max core file size        0 "));
+}
+
+TEST(ModulesCommand, ReadsThePassphraseFromADescriptor) {
+    EndToEnd world;
+    auto listed = std::make_unique<Process>("tarvo-host", world.arguments({"--passphrase-fd", "0", "modules"}),
+                                            world.folder + "/host.log");
+    listed->send("right passphrase");
+    auto ended = endOf(std::move(listed));
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(endOf(world.host({"modules"})).output, ended.output) << "the same passphrase opens it";
 }
 
 TEST(ModulesCommand, SaysInOneLineWhatIsWrong) {

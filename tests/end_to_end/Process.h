@@ -19,6 +19,7 @@ public:
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
+    pid_t pid() const { return pid_; }
     bool started() const { return pid_ > 0; }
     void send(const std::string& line);
     void closeInput();
