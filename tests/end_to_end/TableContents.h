@@ -22,8 +22,8 @@ public:
     EncryptedFile(const EncryptedFile&) = delete;
     EncryptedFile& operator=(const EncryptedFile&) = delete;
 
-    /// Returns the rows of each table in an order of their own, without the local row numbers. Empty if the file does
-    /// not open.
+    /// Returns the rows of each table in an order of their own, without the local row numbers. The identity of the
+    /// database is left out. Empty if the file does not open.
     std::map<std::string, std::vector<std::string>> tables() {
         std::map<std::string, std::vector<std::string>> tables;
         // The identity of the database is another one in each file.
