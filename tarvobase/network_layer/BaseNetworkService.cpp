@@ -116,9 +116,20 @@ void BaseNetworkService::give(Transfer transfer, NetworkCall call) {
 }
 
 NetworkCompletion BaseNetworkService::completionOf(Request& request) {
-    if (request.completionHandler) return service::guarded(scope_, std::move(request.completionHandler));
-    return service::guarded(scope_, [weak = platform::weakSelf(this)](NetworkAnswer answer) {
-        if (auto self = weak.lock()) self->taskCompletionHandler(std::move(answer));
+    auto weak = platform::weakSelf(this);
+    auto completion = std::move(request.completionHandler);
+    if (!completion)
+        completion = [weak](NetworkAnswer answer) {
+            if (auto self = weak.lock()) self->taskCompletionHandler(std::move(answer));
+        };
+    return service::guarded(scope_, [weak, completion = std::move(completion)](NetworkAnswer answer) {
+        auto self = weak.lock();
+        auto listener = self ? self->delegate.lock() : nullptr;
+        bool isAnswered = !answer.error;
+        if (listener)
+            isAnswered ? listener->dataFromNetworkCallGivenToParser(*self) : listener->error(*answer.error, *self);
+        completion(std::move(answer));
+        if (listener && isAnswered) listener->dataParsed(*self);
     });
 }
 
@@ -131,10 +142,6 @@ void BaseNetworkService::reportNoToken(const std::string& user) {
     if (auto handler = errorHandler.lock()) handler->noAuthtoken(user);
 }
 
-void BaseNetworkService::progressDataHandler(Data piece, double part) {
-    static_cast<void>(piece);
-    if (auto listener = delegate.lock()) listener->networkCallDownloadProgress(*this, static_cast<float>(part));
-}
 void BaseNetworkService::progressPercentHandler(float part, std::int64_t, std::int64_t) {
     if (auto listener = delegate.lock()) listener->networkCallDownloadProgress(*this, part);
 }

@@ -13,7 +13,9 @@ namespace tarvo {
 
 class BaseNetworkService;
 
-/// Is notified of a service's calls, on the queue of the call. Every operation is empty unless it is overridden.
+/// Is notified of a service's calls, on the queue of the call: `networkCallGiven`, then `error`, or
+/// `dataFromNetworkCallGivenToParser` and `dataParsed` before and after the answer's completion, which parses it. Every
+/// operation is empty unless it is overridden.
 class NetworkServiceDelegate : public virtual platform::Object {
 public:
     virtual void networkCallGiven(BaseNetworkService& by) { static_cast<void>(by); }
@@ -87,7 +89,6 @@ public:
     std::optional<AuthenticatedURL> url(const std::optional<std::string>& authentication, HTTPMethod method,
                                         std::optional<Data> body) const;
 
-    void progressDataHandler(Data piece, double part);
     void progressPercentHandler(float part, std::int64_t done, std::int64_t total);
 
     /// Gets the answer to a request without a completion of its own. The base does nothing.

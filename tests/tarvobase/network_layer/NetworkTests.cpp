@@ -104,6 +104,28 @@ protected:
     const std::string bearer = "Nimbra-oauthtoken secret-token";
 };
 
+TEST_F(ServiceTest, ReportsACallToTheDelegateInOrder) {
+    struct Listener final : NetworkServiceDelegate {
+        void networkCallGiven(BaseNetworkService&) override { notices.push_back("given"); }
+        void dataFromNetworkCallGivenToParser(BaseNetworkService&) override { notices.push_back("to the parser"); }
+        void dataParsed(BaseNetworkService&) override { notices.push_back("parsed"); }
+        void error(const NetworkError& error, BaseNetworkService&) override {
+            notices.push_back(std::string(bren::kindName(error.kind)));
+        }
+        std::vector<std::string> notices;
+    };
+    auto listener = std::make_shared<Listener>();
+    auto service = base();
+    service->delegate = listener;
+    adapter->answer("{}");
+    outcomeOf(service, BaseNetworkService::Request());
+    EXPECT_EQ(listener->notices, (std::vector<std::string>{"given", "to the parser", "parsed"}));
+    listener->notices.clear();
+    signIn("1001", std::nullopt);
+    outcomeOf(service, BaseNetworkService::Request());
+    EXPECT_EQ(listener->notices, std::vector<std::string>{"not sent"});
+}
+
 TEST_F(ServiceTest, SendsParametersBesideTheBodyInTheURL) {
     using R = BaseNetworkService::Request;
     ValueMap a{{"a", "1 2"}};
