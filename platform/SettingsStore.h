@@ -105,7 +105,7 @@ public:
 
 private:
     mutable Mutex mutex_;
-    std::optional<std::string> folder_ TARVO_GUARDED_BY(mutex_);  // once it is set
+    std::optional<std::string> folder_ TARVO_GUARDED_BY(mutex_);                           // once it is set
     std::map<std::string, std::shared_ptr<SettingsStore>> open_ TARVO_GUARDED_BY(mutex_);  // by path
 };
 

@@ -12,8 +12,8 @@ int fail(std::string_view why, int status = 1);
 /// Writes one line to standard error beside an answer that is printed all the same.
 void note(std::string_view what);
 
-/// Replaces the characters of lines of text that could steer the terminal or change the direction of writing. Line feeds
-/// stay.
+/// Replaces the characters of lines of text that could steer the terminal or change the direction of writing. Line
+/// feeds stay.
 std::string harmlessLines(std::string_view text);
 
 /// Sets texts in columns of equal width, with two blanks between; the first row is the heading. Control characters,

@@ -94,7 +94,8 @@ public:
                         platform::FunctionRef<Value(const Value&)> next) = 0;
 };
 
-/// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made. Its file lies in
+/// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made. Its file lies
+/// in
 /// "/settings" below `localDirectoryLocation`, beside the databases, unless the host set a folder of `SettingsStores`.
 /// The two constructors differ in what the group `current` means.
 class BrenUserDefaults final : public UserDefaultsProtocol {
