@@ -77,16 +77,6 @@ TEST(Pool, AThreadThatWaitsInSyncIsReplaced) {
     EXPECT_EQ(through, 8);
 }
 
-TEST(Sync, RunsOnTheCallersThreadAndGivesTheResult) {
-    for (auto queue : {DispatchQueue::serial("s"), DispatchQueue::concurrent("c")}) {
-        EXPECT_EQ(queue->sync([] { return std::this_thread::get_id(); }), std::this_thread::get_id());
-        EXPECT_EQ(queue->syncBarrier([] { return std::this_thread::get_id(); }), std::this_thread::get_id());
-        EXPECT_FALSE(queue->isCurrent());
-        EXPECT_TRUE(queue->sync([&] { return queue->isCurrent() && DispatchQueue::onAnyQueue(); }));
-    }
-    EXPECT_FALSE(DispatchQueue::onAnyQueue());
-}
-
 TEST(Sync, LetsAnExceptionThroughAndFreesTheQueue) {
     auto queue = DispatchQueue::serial("s");
     EXPECT_THROW(queue->sync([] { throw std::runtime_error("x"); }), std::runtime_error);

@@ -41,20 +41,6 @@ TEST_F(MainQueueTest, DrainLeavesWhatItsItemsAdd) {
     EXPECT_EQ(main->drain(), 0u);
 }
 
-TEST_F(MainQueueTest, RunUntilStopsAtItsConditionOrWhenTheTimeHasPassed) {
-    bool reached = false;
-    main->async([&] { reached = true; });
-    main->async([this] { journal.add(1); });
-    EXPECT_TRUE(main->runUntil([&] { return reached; }, forever));
-    EXPECT_THAT(journal.entries(), ElementsAre());
-    EXPECT_FALSE(main->runUntil([] { return false; }, 1ms));
-    EXPECT_THAT(journal.entries(), ElementsAre(1));
-
-    std::atomic<bool> elsewhere = false;
-    DispatchQueue::serial("other")->async([&] { elsewhere = true; });
-    EXPECT_TRUE(main->runUntil([&] { return elsewhere.load(); }, forever));
-}
-
 TEST_F(MainQueueTest, SyncFromAnotherThreadRunsOnTheMainThread) {
     main->drain();
     std::thread::id ranOn;
@@ -82,13 +68,6 @@ TEST_F(MainQueueTest, SyncByTheMainThreadRunsAtOnceBetweenItemsAndIsAnErrorInsid
     main->async([this] { main->sync([this] { journal.add(1); }); });
     main->drain();
     EXPECT_THAT(journal.entries(), ElementsAre(1));
-    EXPECT_EQ(errors.count(), 1u);
-}
-
-TEST_F(MainQueueTest, RunInsideAnItemIsAnErrorAndReturns) {
-    CaughtErrors errors;
-    main->async([this] { main->run(); });
-    main->drain();
     EXPECT_EQ(errors.count(), 1u);
 }
 

@@ -66,17 +66,6 @@ protected:
     }
 };
 
-TEST_F(OperationTest, DependenciesDecideTheOrder) {
-    auto a = noting("a"), b = noting("b"), c = noting("c");
-    a->addDependency(b);
-    b->addDependency(c);
-    EXPECT_FALSE(a->isReady());
-    for (auto& each : {a, b, c}) queue.addOperation(each);
-    finish();
-    EXPECT_THAT(journal.entries(), ElementsAre("c", "b", "a"));
-    EXPECT_TRUE(a->isFinished() && a->dependencies().empty());
-}
-
 TEST_F(OperationTest, ADependencyOfAnotherQueueAndOneDoneBeforeCount) {
     auto early = noting("early"), other = noting("other"), last = noting("last");
     early->start();
@@ -196,18 +185,6 @@ TEST_F(OperationTest, AnExceptionIsReportedAndTheOperationIsOver) {
     finish();
     EXPECT_THAT(journal.entries(), ElementsAre("next"));
     EXPECT_EQ(errors.count(), 1u);
-}
-
-TEST_F(OperationTest, GivenTwiceIsAnErrorAndIsIgnored) {
-    CaughtErrors errors;
-    queue.setSuspended(true);
-    auto once = noting("once");
-    queue.addOperation(once);
-    queue.addOperation(once);
-    finish();
-    queue.addOperation(once);
-    EXPECT_EQ(errors.count(), 2u);
-    EXPECT_THAT(journal.entries(), ElementsAre("once"));
 }
 
 TEST_F(OperationTest, DroppingTheQueueKeepsItsOperationsExceptSuspendedOnes) {

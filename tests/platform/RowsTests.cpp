@@ -40,26 +40,4 @@ TEST(Rows, ARowKeepsItsBlockAlive) {
     EXPECT_EQ(row.number(), 1u);
 }
 
-TEST(Rows, EmptyAnswersHaveColumnsOrNone) {
-    EXPECT_TRUE(Rows().empty() && Rows().toMaps().empty());
-    Rows::Builder builder({"a"});
-    auto none = builder.finish();
-    EXPECT_TRUE(none.empty() && none.columns().find("a"));
-    // The builder goes on with the next block.
-    builder.addInteger(5);
-    EXPECT_EQ(builder.finish().front().valueOf("a"), Value(5));
-    EXPECT_EQ(Rows::Builder({}).finish().size(), 0u);
-}
-
-TEST(MapRowSource, JoinsTheNamesOfAllMaps) {
-    std::vector<ValueMap> maps{{{"a", 1}, {"b", 2}}, {{"b", 3}, {"c", ValueList{4}}}, {}};
-    MapRowSource source(maps);
-    EXPECT_THAT(source.columns(), ::testing::ElementsAre("a", "b", "c"));
-    ASSERT_EQ(source.rowCount(), 3u);
-    EXPECT_EQ(source.cell(0, 1).asInteger(), 2);
-    EXPECT_EQ(source.cell(1, 1).asInteger(), 3);
-    EXPECT_EQ(source.cell(1, 2).copy(), Value(ValueList{4}));
-    EXPECT_TRUE(source.cell(0, 2).isNull() && source.cell(2, 0).isNull());
-}
-
 }  // namespace tarvo::platform::testing

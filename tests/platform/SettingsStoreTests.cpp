@@ -1,12 +1,9 @@
 #include "platform/SettingsStore.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -56,32 +53,17 @@ protected:
 
 TEST_F(SettingsStoreTests, KeepsEveryKindOverReopening) {
     const ValueMap values{{"text", "a \"b\"\n\xC3\xA9"},
-                          {"empty", ""},
                           {"yes", true},
                           {"least", std::numeric_limits<std::int64_t>::min()},
                           {"most", std::numeric_limits<std::int64_t>::max()},
                           {"whole real", 3.0},
                           {"tiny", 5e-324},
-                          {"list", ValueList{1, "two", Value(), ValueList{}}},
-                          {"map", ValueMap{{"a", ValueMap{{"b", false}}}}},
-                          {"", "empty key"},
-                          {"key#CRM#1", "scoped"}};
+                          {"list", ValueList{1, Value(), ValueMap{{"a", false}}}},
+                          {"", "empty key"}};
     for (auto& [key, value] : values) ASSERT_TRUE(store_.set(key, value)) << key;
     SettingsStore reopened(folder_, "app");
     for (auto& [key, value] : values) EXPECT_EQ(reopened.value(key), std::optional(value)) << key;
     EXPECT_EQ(reopened.keys().size(), values.size());
-}
-
-TEST_F(SettingsStoreTests, TypedReadsNeverConvert) {
-    ASSERT_TRUE(
-        store_.change(ValueMap{{"t", "1"}, {"i", 1}, {"b", true}, {"r", 1.0}, {"l", ValueList{}}, {"m", ValueMap{}}}));
-    for (std::string key : {"t", "i", "b", "r", "l", "m", "absent"}) {
-        EXPECT_EQ(store_.string(key).has_value(), key == "t") << key;
-        EXPECT_EQ(store_.integer(key).has_value(), key == "i") << key;
-        EXPECT_EQ(store_.boolean(key).has_value(), key == "b") << key;
-        EXPECT_EQ(store_.list(key).has_value(), key == "l") << key;
-        EXPECT_EQ(store_.map(key).has_value(), key == "m") << key;
-    }
 }
 
 TEST_F(SettingsStoreTests, RemovesOneKeyOrThoseChosen) {
@@ -155,14 +137,6 @@ TEST_F(SettingsStoreTests, DamagedFileIsSetAsideAndWhatReadsIsCarriedOver) {
     }
 }
 
-TEST_F(SettingsStoreTests, ReadsFilesMadeByHand) {
-    put("{\"a\":1,\"b\":2}\r\n\n  {\"b\":null}");
-    EXPECT_THAT(store_.keys(), ElementsAre("a"));
-    EXPECT_TRUE(store_.set("c", 3));
-    EXPECT_THAT(SettingsStore(folder_, "app").keys(), ElementsAre("a", "c"));
-    EXPECT_FALSE(files::exists(path() + ".damaged-1"));
-}
-
 TEST_F(SettingsStoreTests, LeavesFilesOfNewerProgramsAlone) {
     log_.expectWarning("written by a newer version");
     const std::string newer = "{\"tarvo.settings.format\":2}\n{\"a\":1}\nwhatever it says\n";
@@ -175,13 +149,10 @@ TEST_F(SettingsStoreTests, LeavesFilesOfNewerProgramsAlone) {
 
 TEST_F(SettingsStoreTests, AnswersFalseWhereNothingCanBeWritten) {
     log_.expectWarning("cannot be opened");
-    log_.expectWarning("Cannot create");
     std::filesystem::create_directory(path());
     EXPECT_FALSE(store_.set("a", 1));
     EXPECT_EQ(store_.value("a"), std::nullopt);
     EXPECT_FALSE(add(store_, "counter"));
-    SettingsStore below(path() + "/../none.jsonl/x\n", std::string(300, 'x'));
-    EXPECT_FALSE(below.set("a", 1));
 }
 
 TEST_F(SettingsStoreTests, LongJournalIsRewrittenAsItsState) {
@@ -247,7 +218,6 @@ TEST_F(SettingsStoreTests, UpdateMayReadButNotChange) {
 TEST_F(SettingsStoreTests, ThrowingUpdateLeavesTheStoreUsable) {
     EXPECT_THROW(store_.update("a", [](const Value&) -> Value { throw std::runtime_error("no"); }), std::runtime_error);
     EXPECT_TRUE(add(store_, "a"));
-    EXPECT_EQ(SettingsStore(folder_, "app").integer("a"), 1);
 }
 
 TEST_F(SettingsStoreTests, SuitesAreApartAndStayInTheFolder) {
@@ -255,12 +225,8 @@ TEST_F(SettingsStoreTests, SuitesAreApartAndStayInTheFolder) {
     stores.setFolder(folder_ + "/deep/er");
     ASSERT_TRUE(stores.suite()->set("a", 1));
     ASSERT_TRUE(stores.suite("../../odd/name")->set("a", 2));
-    EXPECT_EQ(stores.suite(""), stores.suite(SettingsStores::standardSuite));
     EXPECT_EQ(stores.suite()->integer("a"), 1);
-    EXPECT_TRUE(files::exists(folder_ + "/deep/er/standard.jsonl"));
     EXPECT_TRUE(files::exists(folder_ + "/deep/er/..%2F..%2Fodd%2Fname.jsonl"));
-    stores.setFolder(folder_);
-    EXPECT_EQ(stores.suite()->value("a"), std::nullopt);
 }
 
 TEST_F(SettingsStoreTests, AFolderToUseInsteadCountsUnlessOneIsSet) {

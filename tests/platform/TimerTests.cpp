@@ -3,7 +3,6 @@
 #include <thread>
 
 #include "platform/Clock.h"
-#include "platform/Random.h"
 #include "tests/platform/Support.h"
 
 namespace tarvo::platform::testing {
@@ -66,15 +65,6 @@ TEST(Timer, CancelLetsGoOfTheWorkAtOnce) {
     EXPECT_FALSE(Timer().cancel());
 }
 
-TEST(Timer, CancelAllDropsEveryWaitingOne) {
-    auto queue = DispatchQueue::serial("timed");
-    auto first = queue->asyncAfter(1h, [] {});
-    auto second = queue->asyncAfter(std::chrono::milliseconds::max(), [] {});
-    EXPECT_TRUE(first.isPending() && second.isPending());
-    WorkerPool::cancelAllTimers();
-    EXPECT_FALSE(first.isPending() || second.isPending());
-}
-
 class ClockTest : public ::testing::Test {
 protected:
     void TearDown() override {
@@ -109,37 +99,18 @@ TEST_F(ClockTest, AStoppedClockFiresTimersByAdvanceAloneAndInOrder) {
     EXPECT_EQ(Clock::secondsSince1970(), 1'700'000'001);
 }
 
-TEST_F(ClockTest, TimersGoOnWithTheSystemAfterTheRelease) {
-    Clock::set(Clock::WallTime{});
-    std::latch fired(1);
-    queue->asyncAfter(1ms, [&] { fired.count_down(); });
-    Clock::release();
-    fired.wait();
-    ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
-}
-
 TEST_F(ClockTest, SteadyTimeNeverGoesBack) {
     auto last = Clock::steadyNow();
-    auto notBefore = [&] {
+    const std::pair<const char*, std::function<void()>> changes[] = {{"set", [] { Clock::set(Clock::WallTime(5s)); }},
+                                                                     {"forward", [] { Clock::advance(1h); }},
+                                                                     {"back", [] { Clock::advance(-2h); }},
+                                                                     {"release", [] { Clock::release(); }}};
+    for (auto& [name, change] : changes) {
+        change();
         auto now = Clock::steadyNow();
-        EXPECT_GE(now, last);
+        EXPECT_GE(now, last) << name;
         last = now;
-    };
-    Clock::set(Clock::WallTime(5s));
-    notBefore();
-    Clock::advance(1h);
-    notBefore();
-    Clock::advance(-2h);
-    notBefore();
-    Clock::set(Clock::WallTime(1s));
-    notBefore();
-    Clock::release();
-    notBefore();
-}
-
-TEST_F(ClockTest, SecondsAreRoundedDownBefore1970) {
-    Clock::set(Clock::WallTime(-1ms));
-    EXPECT_EQ(Clock::secondsSince1970(), -1);
+    }
 }
 
 TEST_F(ClockTest, ZoneComesFromTheSettingThenTheEnvironment) {
@@ -160,14 +131,6 @@ TEST_F(ClockTest, ZoneComesFromTheSettingThenTheEnvironment) {
     unsetenv("TZ");
     EXPECT_FALSE(Clock::timeZone().empty());
     if (had) setenv("TZ", before.c_str(), 1);
-}
-
-TEST(RandomNumbers, UuidsHaveTheUsualFormAndDiffer) {
-    auto uuid = Random::uuid();
-    EXPECT_THAT(uuid, ::testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
-    EXPECT_NE(uuid, Random::uuid());
-    EXPECT_EQ(Random::bytes(1000).size(), 1000u);
-    EXPECT_NE(Random::bytes(32), Random::bytes(32));
 }
 
 }  // namespace tarvo::platform::testing
