@@ -35,17 +35,5 @@ TEST(ArgumentsTests, WrongOnesEndWithOneLine) {
     }
 }
 
-TEST(ArgumentsTests, AccountsAndTokens) {
-    auto accounts = [](std::vector<const char*> values) {
-        auto arguments = std::get<Arguments>(parse(values));
-        std::string text;
-        for (const auto& account : arguments.sandbox.accounts) text += account.id + "=" + account.token + " ";
-        return text;
-    };
-    EXPECT_EQ(accounts({}), "700100200=sandbox-token ");
-    EXPECT_EQ(accounts({"--account", "1:a:b", "--account", "2:c"}), "1=a:b 2=c ");
-    EXPECT_EQ(accounts({"--token", "t"}), "700100200=t ");
-}
-
 }  // namespace
 }  // namespace tarvo::sandbox
