@@ -54,23 +54,7 @@ TEST_F(LongListTest, LongListsCompareLikeShortOnes) {
     const std::vector<std::string> leftSides = {
         "i",     "r",       "t",       "n", "x", "b", "c", "t COLLATE NOCASE", "+i", "CAST(t AS INTEGER)",
         "i + 0", "t || ''", "lower(t)"};
-    const std::vector<Value> values = {1,
-                                       "1",
-                                       1.0,
-                                       "1.0",
-                                       "01",
-                                       "a",
-                                       "A",
-                                       nullptr,
-                                       tarvo::Bytes{"1"},
-                                       true,
-                                       " 1",
-                                       2.5,
-                                       "2.5",
-                                       "",
-                                       "abc",
-                                       INT64_MAX,
-                                       "9223372036854775807"};
+    const ValueList values = {1, "1", 1.0, "1.0", "01", "a", "A", nullptr, tarvo::Bytes{"1"}, 2.5, "2.5", INT64_MAX};
     database_.write([&](Database& writer) {
         writer.execute("CREATE TABLE t (i INTEGER, r REAL, t TEXT, n NUMERIC, x, b BLOB, c TEXT COLLATE NOCASE)");
         for (auto& value : values) {
@@ -115,8 +99,7 @@ TEST(LiftListsTest, OnlyWholeListsOfPlaceholdersAreLifted) {
         {"a iN(\n? , -- no\n ?)--", "a iN" + lifted + "--"},
         {"'IN (?,?)' IN (?,?)", "'IN (?,?)' IN" + lifted},
         {"\"it's\" [IN (?,?)] `?` IN (?,?)", "\"it's\" [IN (?,?)] `?` IN" + lifted},
-        {"/* IN (?,?) */ x", "/* IN (?,?) */ x"},
-        {"x -- IN (?,?)", "x -- IN (?,?)"},
+        {"/* IN (?,?) */ x -- IN (?,?)", "/* IN (?,?) */ x -- IN (?,?)"},
         {"min (?,?)", "min (?,?)"},
         {"a IN (?,1)", "a IN (?,1)"},
         {"a IN (?,?", "a IN (?,?"},
