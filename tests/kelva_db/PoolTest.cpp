@@ -71,6 +71,22 @@ TEST_F(PoolTest, FourReadsRunBesideAWrite) {
     EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t"), 1);
 }
 
+TEST_F(PoolTest, WritesOfManyThreadsComeOneAfterTheOther) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int j = 0; j < 50; ++j) {
+                database_->write([](Database& writer) {
+                    auto count = writer.query("SELECT count(*) FROM t").cell(0, 0).asInteger();
+                    writer.insert("t", ValueMap{{"x", *count}});
+                });
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(integer(*database_, "SELECT count(DISTINCT x) FROM t"), 200);
+}
+
 TEST_F(PoolTest, WritesOnAConcurrentQueueComeOneAfterTheOther) {
     auto queue = tarvo::DispatchQueue::concurrent("test.concurrent");
     DatabasePool database(folder_.file("b.db"), rawConfiguration(), queue);
@@ -190,6 +206,14 @@ TEST_F(PoolTest, LockOfAnotherProgramIsBusy) {
     database_->write(
         [&](Database&) { EXPECT_EQ(failureOf([&] { other.write([](Database&) {}); }), FailureKind::busy); });
     EXPECT_NO_THROW(other.write([](Database&) {}));
+}
+
+TEST_F(PoolTest, HoldingTheQueueIsNoObstacle) {
+    auto queue = tarvo::DispatchQueue::serial("test.db");
+    DatabasePool database(folder_.file("b.db"), rawConfiguration(), queue);
+    queue->sync([&] { database.write([](Database& writer) { writer.execute("CREATE TABLE t (x)"); }); });
+    queue->sync([&] { EXPECT_EQ(integer(database, "SELECT count(*) FROM t"), 0); });
+    database.write([&](Database&) { EXPECT_TRUE(queue->isCurrent()); });
 }
 
 }  // namespace
