@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,6 +48,10 @@ struct URLRequest {
     /// How long a transfer may stand still: one that still moves bytes is not cut off by it, however long it takes in
     /// all. Bounds the connection attempt too. Time spent waiting for a free place does not count.
     std::chrono::milliseconds timeout{60'000};
+    /// Asked on the thread of the transfers when the request is about to go out, which may be long after it was given:
+    /// requests wait for a free place. If it returns false, nothing is sent and the request fails as `outdated`. May be
+    /// empty, and must not block.
+    std::function<bool()> isStillWanted{};
 };
 
 /// What the server answered before its body.

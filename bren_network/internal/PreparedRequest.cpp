@@ -80,6 +80,7 @@ tarvo::Result<PreparedRequest, NetworkError> prepare(BrenNetworkManager::Task& t
     request.method = isUpload ? "POST" : std::move(from.method);
     request.headers = std::move(from.headers);
     request.timeout = std::min(from.timeout, tuning::longestTimeout);
+    request.isStillWanted = std::move(from.isStillWanted);
     auto host = hostAndPort(request.url);
     if (!host) return networkError(Kind::invalidURL, "");
     request.host = std::move(*host);

@@ -21,6 +21,7 @@ struct PreparedRequest {
     std::vector<std::pair<std::string, std::string>> fields;
     std::vector<BrenFileUploadInfo> files;
     std::chrono::milliseconds timeout{};
+    std::function<bool()> isStillWanted;  ///< as in `URLRequest`
 };
 
 /// Takes the request out of the task. Refused are a text that is not an http or https URL, a method or header that

@@ -280,6 +280,10 @@ bool Transfer::bodyArrived(std::string_view piece) {
 /// that change nothing are repeated.
 bool Transfer::isAboutToSend() {
     noteProgress();
+    if (request_.isStillWanted && !request_.isStillWanted()) {
+        ownFailure_ = Kind::outdated;
+        return false;
+    }
     wasRepeated_ = std::exchange(isUnanswered_, true) && !isRepeatable();
     return !wasRepeated_;
 }

@@ -52,14 +52,14 @@ void BaseNetworkService::post(ValueMap params, NetworkCompletion completion) {
 
 void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Request request) {
     request.completionHandler = completionOf(request);
-    auto prepared = service::getURLRequest(baseUrl, request.method, request.body, scope_.organisation);
+    auto prepared = service::getURLRequest(baseUrl, request.method, request.body, scope_);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     give(Transfer::download, callOf(*std::move(prepared), std::move(request)));
 }
 
 void BaseNetworkService::start(Transfer transfer, Request request) {
     request.completionHandler = completionOf(request);
-    auto prepared = service::getURLRequest(baseURL, request.method, request.body, scope_.organisation);
+    auto prepared = service::getURLRequest(baseURL, request.method, request.body, scope_);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     if (!shouldAddAuthtoken) return give(transfer, callOf(*std::move(prepared), std::move(request)));
     service::withToken(scope_, [weak = platform::weakSelf(this), transfer, request](auto answer) {
@@ -94,7 +94,7 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
 
 std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::url(
     const std::optional<std::string>& authentication, HTTPMethod method, std::optional<Data> body) const {
-    auto request = service::getURLRequest(baseURL, method, std::move(body), scope_.organisation);
+    auto request = service::getURLRequest(baseURL, method, std::move(body), scope_);
     if (!request) return std::nullopt;
     auto asked = CommonConfigration::sharedInstance().authentication.get();
     auto type = asked ? asked->authenticationType() : AuthenticationType::oauth;
@@ -147,6 +147,7 @@ void BaseNetworkService::progressPercentHandler(float part, std::int64_t, std::i
 }
 
 void BaseNetworkService::upload(NetworkUpload upload) {
+    upload.isStillWanted = [scope = scope_] { return scope.isCurrent(); };
     upload.completionHandler = service::guarded(scope_, std::move(upload.completionHandler));
     service::withToken(scope_, [weak = platform::weakSelf(this), upload = std::move(upload)](auto answer) mutable {
         auto self = weak.lock();

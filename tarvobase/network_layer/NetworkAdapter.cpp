@@ -113,7 +113,8 @@ void BrenNetworkManagerAdapter::upload(NetworkUpload upload) {
                     .method = "POST",
                     .headers = {},
                     .body = {},
-                    .timeout = requestTimeout};
+                    .timeout = requestTimeout,
+                    .isStillWanted = std::move(upload.isStillWanted)};
     for (auto& [name, value] : upload.headers) task.request.headers.add(name, value);
     task.params = std::move(upload.params);
     task.progressPercent = percentHandlerFor(std::move(upload.percentHandler));

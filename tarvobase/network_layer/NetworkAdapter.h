@@ -42,6 +42,7 @@ struct NetworkUpload {
     PercentHandler percentHandler{};
     ProgressHandler progressHandler{};
     NetworkCompletion completionHandler{};
+    std::function<bool()> isStillWanted{};  ///< as in `URLRequest`
 };
 
 /// The interface between the network services and the HTTP library.

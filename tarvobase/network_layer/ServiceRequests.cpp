@@ -34,7 +34,7 @@ const std::shared_ptr<DispatchQueue>& tokenQueue() {
 }  // namespace
 
 std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body,
-                                        const std::string& organisation) {
+                                        const Scope& scope) {
     if (!bren::isValidURL(url)) return std::nullopt;
     auto& configuration = CommonConfigration::sharedInstance();
     URLRequest request{.url = url,
@@ -43,7 +43,8 @@ std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod metho
                        .body = std::move(body),
                        .timeout = std::chrono::seconds(60)};
     if (auto build = configuration.appBuildID.get()) request.headers.set(HEADER_APP_BUILDID, *build);
-    if (!organisation.empty()) request.headers.set(HEADER_ORGID, organisation);
+    if (!scope.organisation.empty()) request.headers.set(HEADER_ORGID, scope.organisation);
+    request.isStillWanted = [scope] { return scope.isCurrent(); };
     return request;
 }
 

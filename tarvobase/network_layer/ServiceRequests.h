@@ -47,7 +47,7 @@ inline constexpr std::string_view PARAM_AUTHTOKEN = "authtoken";
 /// Returns the request with the fixed headers, the header of the organisation if there is one, and a time-out of 60
 /// seconds. Returns nullopt if the text is not a URL.
 std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod method, std::optional<Data> body,
-                                        const std::string& organisation);
+                                        const Scope& scope);
 
 /// Returns the value of the "Authorization" header for a token.
 std::string authorizationText(AuthenticationType type, const std::string& token);

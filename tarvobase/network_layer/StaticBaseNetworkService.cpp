@@ -63,7 +63,7 @@ void StaticBaseNetworkService::startWithToken(Transfer transfer, Request request
 std::optional<StaticBaseNetworkService::AuthenticatedURL> StaticBaseNetworkService::url(
     const std::string& urlRequest, const std::optional<std::string>& authentication, HTTPMethod method,
     std::optional<Data> body) const {
-    auto request = service::getURLRequest(urlRequest, method, std::move(body), scope_.organisation);
+    auto request = service::getURLRequest(urlRequest, method, std::move(body), scope_);
     if (!request) return std::nullopt;
     if (!authentication) return AuthenticatedURL{*std::move(request), std::nullopt};
     auto asked = CommonConfigration::sharedInstance().authentication.get();
@@ -101,7 +101,8 @@ void StaticBaseNetworkService::uploadRequest(Upload upload) {
                            .fileParamName = upload.fileParamName,
                            .fileName = std::filesystem::path(upload.fileURL).filename().string(),
                            .percentHandler = upload.percentHandler,
-                           .completionHandler = upload.completionHandler};
+                           .completionHandler = upload.completionHandler,
+                           .isStillWanted = [scope = self->scope_] { return scope.isCurrent(); }};
         service::authorize(file, answer->type, *answer->token);
         self->networkAdapter()->upload(std::move(file));
     });

@@ -23,6 +23,8 @@ private:
 };
 
 TEST_F(SchedulingTest, StartsByPriorityThenArrival) {
+    // The requests that keep the places taken may be ended by the shutting down.
+    expectWarning("shut down");
     Gate slot, rest;
     std::mutex mutex;
     std::vector<std::string> order;
@@ -57,6 +59,37 @@ TEST_F(SchedulingTest, StartsByPriorityThenArrival) {
     done.wait();
     rest.open();
     EXPECT_EQ(order, (std::vector<std::string>{"/high1", "/high2", "/normal1", "/normal2", "/low1", "/low2"}));
+}
+
+TEST_F(SchedulingTest, SendsNothingThatIsNoLongerWantedWhenItsTurnComes) {
+    expectWarning("the account at work has changed");
+    expectWarning("shut down");
+    Gate gate;
+    std::atomic<int> seenOthers = 0;
+    SecureServer server([&](const Seen& seen) {
+        if (seen.target == "/slot") return gate.wait(), Reply{200, "", {}};
+        ++seenOthers;
+        return Reply{200, "", {}};
+    });
+    std::atomic<bool> isWanted = true;
+    std::atomic<int> left = 2;
+    std::vector<std::string> kinds;
+    Gate done;
+    for (std::size_t i = 0; i < tuning::maximumRunningPerHost; ++i) manager.send(taskFor(server.url("/slot")));
+    for (int i = 0; i < 2; ++i) {
+        auto task = taskFor(server.url("/waiting"));
+        task.request.isStillWanted = [&] { return isWanted.load(); };
+        task.completion = [&](auto, auto, std::optional<NetworkError> error, int) {
+            kinds.emplace_back(error ? kindName(error->kind) : "none");
+            if (--left == 0) done.open();
+        };
+        manager.send(std::move(task));
+    }
+    isWanted = false;
+    gate.open();
+    done.wait();
+    EXPECT_EQ(kinds, std::vector<std::string>(2, std::string(kindName(NetworkError::Kind::outdated))));
+    EXPECT_EQ(seenOthers, 0);
 }
 
 TEST_F(SchedulingTest, AnswersEachOfManyRequestsOnceAndOneAtATime) {
