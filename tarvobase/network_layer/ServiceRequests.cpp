@@ -91,10 +91,14 @@ void withToken(const Scope& scope, TokenWork work) {
         platform::log(platform::LogLevel::warning, "network", "the host gave no token in time");
         wait->end(NetworkError{NetworkError::Kind::timeout, "the host gave no token in time"});
     });
-    authentication->authToken(user, [=](std::optional<std::string> token) mutable {
+    // The host may keep the completion in the object itself, which must not keep itself alive.
+    std::weak_ptr weak = authentication;
+    authentication->authToken(user, [scope, wait, limit, weak, user](std::optional<std::string> token) mutable {
         limit.cancel();
-        if (!scope.isCurrent() || authentication->currentUser().value_or("") != user) return wait->end(outdated());
-        wait->end(TokenAnswer{authentication->authenticationType(), user, std::move(token)});
+        auto asked = weak.lock();
+        bool isCurrent = asked && scope.isCurrent() && asked->currentUser().value_or("") == user;
+        if (!isCurrent) return wait->end(outdated());
+        wait->end(TokenAnswer{asked->authenticationType(), user, std::move(token)});
     });
 }
 
