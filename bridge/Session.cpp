@@ -102,8 +102,7 @@ void Session::writeFor(Number call, const ValueMap& line, bool isLast) {
     writeIf(isWanted, line);
 }
 
-template <class IsWanted>
-void Session::writeIf(IsWanted isWanted, const ValueMap& line) {
+void Session::writeIf(platform::FunctionRef<bool()> isWanted, const ValueMap& line) {
     auto text = json::write(writable(line));
     if (!text)
         return platform::log(platform::LogLevel::warning, "bridge", "error: a line of the session has no form in JSON");

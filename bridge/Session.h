@@ -14,6 +14,7 @@
 
 #include "bridge/Registry.h"
 #include "platform/DispatchQueue.h"
+#include "platform/FunctionRef.h"
 #include "platform/Object.h"
 #include "platform/ThreadSafety.h"
 
@@ -59,8 +60,7 @@ private:
     }
     /// Drops the line if the last line of the call was written before.
     void writeFor(Number call, const ValueMap& line, bool isLast);
-    template <class IsWanted>
-    void writeIf(IsWanted isWanted, const ValueMap& line);
+    void writeIf(platform::FunctionRef<bool()> isWanted, const ValueMap& line);
 
     void keep(Number call, std::shared_ptr<void> object);
     void hold(Number call, std::function<void()> whenAlone);
