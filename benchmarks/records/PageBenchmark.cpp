@@ -13,6 +13,7 @@
 #include "tarvobase/database_layer/KelvaDatabasePersistance.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/RecordPage.h"
+#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
 
 // Measures a page of the first download, 10,000 records of 60 fields, from the bytes of the answer to committed
