@@ -177,7 +177,14 @@ private:
     bool write(Primary& toPrimary, Change&& apply) const {
         auto owner = memory().owner();
         auto began = memory_changes::begin(owner, tableName_);
-        bool isTaken = toPrimary();
+        bool isTaken = false;
+        try {
+            isTaken = toPrimary();
+        } catch (...) {
+            // A write that never ended would keep memory empty for good.
+            memory_changes::end(owner, tableName_, began);
+            throw;
+        }
         if (hasPrimary_ && isInTransaction()) {
             forgetAfterTransaction(owner, began);
             return isTaken;

@@ -292,6 +292,14 @@ TEST_F(ModulesInMemoryTest, OverlappingWritesNeverLeaveMemoryOlderThanItsTable) 
     EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3) << "memory keeps a write that did not overlap";
 }
 
+TEST_F(ModulesInMemoryTest, AWriteThatThrowsDoesNotKeepMemoryEmpty) {
+    primary->duringWrite = [] { throw std::runtime_error("refused"); };
+    EXPECT_THROW(modules.storeModules({module("Leads", 1)}), std::runtime_error);
+    auto asked = primary->asked;
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+    EXPECT_EQ(primary->asked, asked + 1);
+}
+
 TEST_F(ModulesInMemoryTest, WhatATransactionUndoesIsNotInMemory) {
     auto database = openDatabase();
     for (bool isCommitted : {false, true}) {
