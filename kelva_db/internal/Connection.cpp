@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
+
 #include "kelva_db/internal/AttachSettings.h"
 #include "kelva_db/internal/ClockVfs.h"
 #include "kelva_db/internal/DatabaseFile.h"
@@ -43,6 +45,22 @@ sqlite3* openFile(const std::string& path, Connection::Role role) {
     throwLastError(handle, Stage::open);
 }
 
+/// Returns the journal mode in force. Of two connections that change a new file at the same time each holds what the
+/// other one waits for; SQLite then answers "busy" at once instead of waiting, so this function waits.
+std::string changeToLog(sqlite3* handle, int busyTimeout) {
+    using Time = std::chrono::steady_clock;
+    constexpr int pause = 10;
+    auto end = Time::now() + std::chrono::milliseconds(busyTimeout);
+    for (;;) {
+        try {
+            return singleText(handle, "PRAGMA journal_mode = WAL", Stage::open);
+        } catch (const DatabaseError& error) {
+            if (error.kind() != FailureKind::busy || Time::now() >= end) throw;
+        }
+        sqlite3_sleep(pause);
+    }
+}
+
 }  // namespace
 
 void Connection::Close::operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
@@ -53,14 +71,14 @@ Connection::Connection(const std::string& path, const FileFormat& format, Role r
     sqlite3_extended_result_codes(handle(), 1);
     setBusyTimeout(busyTimeout);
     if (role != Role::memory) format.applyTo(handle());
-    configure(role);
+    configure(role, busyTimeout);
     listTables_.registerWith(handle());
     installHooks();
 }
 
 Connection::~Connection() = default;
 
-void Connection::configure(Role role) {
+void Connection::configure(Role role, int busyTimeout) {
     sqlite3_wal_autocheckpoint(handle(), 0);
     runPlain(handle(), "PRAGMA foreign_keys = 1", Stage::open);
     if (role == Role::memory) return;
@@ -70,7 +88,7 @@ void Connection::configure(Role role) {
         runPlain(handle(), "PRAGMA query_only = 1", Stage::open);
         return;
     }
-    if (singleText(handle(), "PRAGMA journal_mode = WAL", Stage::open) != "wal")
+    if (changeToLog(handle(), busyTimeout) != "wal")
         throwError(FailureKind::cannotOpen, "the folder of the database does not allow a write-ahead log");
     runPlain(handle(), writerCache, Stage::open);
     runPlain(handle(), logSizeLimit, Stage::open);

@@ -88,7 +88,7 @@ private:
         bool hasDefaults = false;
     };
 
-    void configure(Role role);
+    void configure(Role role, int busyTimeout);
     void installHooks();
     void runInternal(const char* sql);
     std::size_t parameterLimit() const;
