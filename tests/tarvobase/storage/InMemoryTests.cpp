@@ -2,15 +2,14 @@
 
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 #include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/value_objects/account/UserInMemory.h"
 #include "tarvobase/value_objects/module/ModulesInMemory.h"
-#include "tarvobase/value_objects/module/SettingsInMemeory.h"
 #include "tests/tarvobase/Fixture.h"
 
 namespace tarvo {
 namespace {
 
 using Objects = std::optional<InMemoryDatabaseAdapter::Objects>;
+using Names = std::vector<std::string>;
 using ::testing::ElementsAre;
 
 const ParserError noData(ParserError::Case::noData);
@@ -57,11 +56,7 @@ TEST_F(InMemoryStorageTest, FiltersByTypeAndValue) {
     };
     for (std::size_t i = 0; i < std::size(cases); ++i)
         EXPECT_EQ(namesOf(storage.fetchObjects("T", cases[i].filter, cases[i].limit)), cases[i].found) << "case " << i;
-}
-
-TEST_F(InMemoryStorageTest, FetchesTheWholeTableWhateverTheLimit) {
-    storage.insertInto("T", {object(module("A")), object(module("B"))});
-    EXPECT_EQ(namesOf(storage.fetchAllObjects("T", 1)), "A B ");
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T", 1)), "A B C ") << "the whole table, whatever the limit";
 }
 
 TEST_F(InMemoryStorageTest, AMissingTableIsAbsentAndStaysSo) {
@@ -79,23 +74,27 @@ TEST_F(InMemoryStorageTest, UpdatesAndDeletesEachObjectThatMatches) {
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "Z Z B ") << "an update adds nothing";
     storage.deleteObjects("T", {{"moduleName", "Z"}});
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "B ");
-}
-
-TEST_F(InMemoryStorageTest, AnEmptiedTableIsPresent) {
-    storage.insertInto("T", object(module("A")));
     storage.deleteAllObjects("T");
-    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "");
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "") << "an emptied table is present";
 }
 
-TEST_F(InMemoryStorageTest, KeepsAccountsApartAndFindsThemAgain) {
-    storage.insertInto("T", object(module("A")));
+TEST_F(InMemoryStorageTest, TablesOfAScopeAreUnusedWhileAnotherOneIsCurrent) {
+    InMemoryStorage first(Scope::current());
+    first.insertInto("T", object(module("A")));
+    storage.insertInto("U", object(module("A")));
+    configuration().currentOrgID = "7";
+    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "absent");
+    InMemoryStorage second(Scope::current());
+    second.insertInto("T", object(module("B")));
+    first.insertInto("T", object(module("C")));
+    first.deleteAllObjects("T");
+    EXPECT_EQ(namesOf(second.fetchAllObjects("T")), "B ");
+    configuration().currentOrgID = "";
+    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "A ");
     signIn("2002");
-    EXPECT_EQ(namesOf(InMemoryStorage().fetchAllObjects("T")), "absent");
-    storage.insertInto("T", object(module("B")));
-    signIn(std::nullopt);
-    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "absent");
+    EXPECT_EQ(namesOf(first.fetchAllObjects("T")) + namesOf(storage.fetchAllObjects("U")), "absentabsent");
     signIn("1001");
-    EXPECT_EQ(namesOf(InMemoryStorage().fetchAllObjects("T")), "A ");
+    EXPECT_EQ(namesOf(InMemoryStorage().fetchAllObjects("U")), "A ") << "another object finds them again";
 }
 
 TEST_F(InMemoryStorageTest, LosesNothingUnderThreads) {
@@ -133,21 +132,15 @@ public:
         if (duringWrite) std::exchange(duringWrite, nullptr)();
         return true;
     }
-    Modules getAllModules() override {
-        return where([](auto&) { return true; });
-    }
+    Modules getAllModules() override { return read({}, nullptr); }
     Result<Module, ParserError> getModuleByModuleName(const std::string& name) override {
-        return firstOrNoData(where([&](auto& one) { return one.moduleName == name; }).success());
+        return firstOrNoData(read({name}, &Module::moduleName).success());
     }
     Result<Module, ParserError> getModuleByApiName(const std::string& name) override {
-        return firstOrNoData(where([&](auto& one) { return one.apiName == name; }).success());
+        return firstOrNoData(read({name}, &Module::apiName).success());
     }
-    Modules getModulesByModuleNames(const std::vector<std::string>& names) override {
-        return where([&](auto& one) { return std::count(names.begin(), names.end(), one.moduleName) > 0; });
-    }
-    Modules getModulesByApiNames(const std::vector<std::string>& names) override {
-        return where([&](auto& one) { return std::count(names.begin(), names.end(), one.apiName) > 0; });
-    }
+    Modules getModulesByModuleNames(const Names& names) override { return read(names, &Module::moduleName); }
+    Modules getModulesByApiNames(const Names& names) override { return read(names, &Module::apiName); }
     bool deleteModules(const std::vector<Module>& modules) override {
         if (refusesWrites) return false;
         for (auto& gone : modules) std::erase_if(stored, [&](auto& one) { return one.moduleName == gone.moduleName; });
@@ -156,11 +149,11 @@ public:
     void reloadAll() override {}
 
 private:
-    template <class Chosen>
-    Modules where(Chosen&& chosen) {
+    /// Reads the modules with these names, or all of them without a kind of name.
+    Modules read(const Names& names, std::string Module::*name) {
         ++asked;
         auto found = stored;
-        std::erase_if(found, [&](auto& one) { return !chosen(one); });
+        std::erase_if(found, [&](auto& one) { return name && !std::count(names.begin(), names.end(), one.*name); });
         if (duringRead) std::exchange(duringRead, nullptr)();
         return fails ? Modules(noData) : Modules(found);
     }
@@ -172,12 +165,15 @@ protected:
     std::shared_ptr<InMemoryStorage> storage = std::make_shared<InMemoryStorage>();
     ModulesInMemory modules{storage, primary};
 
-    std::vector<std::string> allNames() {
-        std::vector<std::string> names;
-        auto all = modules.getAllModules();
-        if (!all) return {"failed"};
-        for (auto& one : *all) names.push_back(one.moduleName);
+    Names allNames() {
+        Names names;
+        for (auto& one : modules.getAllModules().value()) names.push_back(one.moduleName);
         return names;
+    }
+    /// Returns the position of the Leads, or -1 if there is no such module.
+    int leads() {
+        auto found = modules.getModuleByModuleName("Leads");
+        return found ? found->position : -1;
     }
 };
 
@@ -213,19 +209,23 @@ TEST_F(ModulesInMemoryTest, WritesThroughAndReplaces) {
     modules.storeModules({module("Deals", 2), module("Leads", 3), module("Deals", 4)});
     EXPECT_EQ(primary->stored.size(), 4u);
     EXPECT_THAT(allNames(), ElementsAre("Leads", "Deals"));
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3);
+    EXPECT_EQ(leads(), 3);
     EXPECT_EQ(modules.getModuleByModuleName("Deals")->position, 4);
-    modules.deleteModules({module("Leads")});
-    EXPECT_THAT(allNames(), ElementsAre("Deals"));
-    EXPECT_EQ(primary->asked, 1);
-}
-
-TEST_F(ModulesInMemoryTest, AModuleWithoutItsStatementsKeepsThose) {
-    primary->stored = {module("Leads")};
     auto bare = module("Leads");
     bare.tableCreationQuery.clear();
     modules.storeModules({bare});
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->tableCreationQuery, "CREATE");
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->tableCreationQuery, "CREATE") << "the stored statements stay";
+    modules.deleteModules({module("Leads")});
+    EXPECT_THAT(allNames(), ElementsAre("Deals"));
+}
+
+TEST_F(ModulesInMemoryTest, MemoryTakesOnlyWhatTheTableTook) {
+    EXPECT_TRUE(modules.storeModules({module("Leads", 1)}));
+    primary->refusesWrites = true;
+    EXPECT_FALSE(modules.storeModules({module("Leads", 2), module("Deals")}));
+    EXPECT_FALSE(modules.deleteModules({module("Leads")}));
+    EXPECT_EQ(leads(), 1);
+    EXPECT_FALSE(modules.getModuleByModuleName("Deals").ok());
 }
 
 TEST_F(ModulesInMemoryTest, AnEmptiedTableIsEmptyAndReloadingFillsIt) {
@@ -251,22 +251,12 @@ TEST_F(ModulesInMemoryTest, WithoutAPrimaryStoreReadsComeFromMemoryAlone) {
     EXPECT_EQ(alone.getAllModules()->size(), 1u);
 }
 
-TEST_F(ModulesInMemoryTest, AnObjectOfAnotherClassIsAMiss) {
-    ModulesInMemory alone(storage);
-    alone.storeModule(module("Leads"));
-    storage->insertInto("Modules", std::make_shared<InMemoryObject<User>>(User()));
-    EXPECT_EQ(alone.getAllModules().error(), noData);
-}
-
-TEST_F(ModulesInMemoryTest, AReadNeverReplacesALaterWrite) {
+TEST_F(ModulesInMemoryTest, AReadNeverUndoesALaterWrite) {
     primary->stored = {module("Leads", 1)};
     primary->duringRead = [&] { modules.storeModule(module("Leads", 2)); };
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
-}
-
-TEST_F(ModulesInMemoryTest, AReadNeverBringsBackADeletedModule) {
-    primary->stored = {module("Deals", 1)};
+    EXPECT_EQ(leads(), 1);
+    EXPECT_EQ(leads(), 2);
+    primary->stored.push_back(module("Deals"));
     primary->duringRead = [&] { modules.deleteModules({module("Deals")}); };
     EXPECT_TRUE(modules.getModuleByModuleName("Deals").ok());
     EXPECT_FALSE(modules.getModuleByModuleName("Deals").ok());
@@ -286,17 +276,17 @@ TEST_F(ModulesInMemoryTest, OverlappingWritesNeverLeaveMemoryOlderThanItsTable) 
         modules.storeModules({module("Leads", 2)});
     };
     modules.storeModules({module("Leads", 1)});
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
+    EXPECT_EQ(leads(), 2);
     modules.storeModules({module("Leads", 3)});
     primary->stored.clear();
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 3) << "memory keeps a write that did not overlap";
+    EXPECT_EQ(leads(), 3) << "memory keeps a write that did not overlap";
 }
 
 TEST_F(ModulesInMemoryTest, AWriteThatThrowsDoesNotKeepMemoryEmpty) {
     primary->duringWrite = [] { throw std::runtime_error("refused"); };
     EXPECT_THROW(modules.storeModules({module("Leads", 1)}), std::runtime_error);
     auto asked = primary->asked;
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(leads(), 1);
     EXPECT_EQ(primary->asked, asked + 1);
 }
 
@@ -304,112 +294,18 @@ TEST_F(ModulesInMemoryTest, WhatATransactionUndoesIsNotInMemory) {
     auto database = openDatabase();
     for (bool isCommitted : {false, true}) {
         primary->stored = {module("Leads", 1)};
-        EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
+        EXPECT_EQ(leads(), 1);
         EXPECT_EQ(database->transaction("test",
                                         [&] {
                                             primary->stored.clear();
                                             modules.storeModule(module("Leads", 2));
-                                            EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 2);
+                                            EXPECT_EQ(leads(), 2);
                                             return isCommitted;
                                         }),
                   isCommitted);
         if (!isCommitted) primary->stored = {module("Leads", 1)};
-        EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, isCommitted ? 2 : 1);
+        EXPECT_EQ(leads(), isCommitted ? 2 : 1);
     }
-}
-
-TEST_F(ModulesInMemoryTest, MemoryTakesOnlyWhatTheTableTook) {
-    EXPECT_TRUE(modules.storeModules({module("Leads", 1)}));
-    primary->refusesWrites = true;
-    EXPECT_FALSE(modules.storeModules({module("Leads", 2), module("Deals")}));
-    EXPECT_FALSE(modules.deleteModules({module("Leads")}));
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
-    EXPECT_FALSE(modules.getModuleByModuleName("Deals").ok());
-}
-
-TEST_F(InMemoryStorageTest, TablesOfAScopeAreUnusedWhileAnotherOneIsCurrent) {
-    InMemoryStorage first(Scope::current());
-    first.insertInto("T", object(module("A")));
-    configuration().currentOrgID = "7";
-    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "absent");
-    InMemoryStorage second(Scope::current());
-    second.insertInto("T", object(module("B")));
-    first.insertInto("T", object(module("C")));
-    first.deleteAllObjects("T");
-    EXPECT_EQ(namesOf(second.fetchAllObjects("T")), "B ");
-    configuration().currentOrgID = "";
-    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "A ");
-    signIn("2002");
-    EXPECT_EQ(namesOf(first.fetchAllObjects("T")), "absent");
-}
-
-TEST_F(ModulesInMemoryTest, SeesASwitchOfAccountAtTheNextRead) {
-    modules.storeModule(module("Leads", 1));
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
-    signIn("2002");
-    primary->stored = {module("Leads", 9)};
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 9);
-    signIn("1001");
-    EXPECT_EQ(modules.getModuleByModuleName("Leads")->position, 1);
-}
-
-class UsersAndSettingsInMemoryTest : public FoundationTest {
-protected:
-    std::shared_ptr<InMemoryStorage> storage = std::make_shared<InMemoryStorage>();
-    const User ada{.id = "u1", .name = "Ada", .BrenUID = "1001", .confirm = true};
-    const User bob{.id = "u2", .name = "Bob", .BrenUID = "2002"};
-    const Settings shown{"Leads", SettingName::display, "a,b", "a,b", true};
-    const Settings sorted{"Leads", SettingName::sort, "a", "b", true};
-    const Settings deals{"Deals", SettingName::display, "c", "c", true};
-};
-
-TEST_F(UsersAndSettingsInMemoryTest, FindsUsersByEachKey) {
-    UserInMemory users(storage);
-    EXPECT_EQ(users.getActiveUsers().error(), noData);
-    users.storeUsers({ada, bob});
-    EXPECT_EQ(users.getUserWithBrenUID()->name, "Ada");
-    EXPECT_EQ(users.getUser("u2")->name, "Bob");
-    EXPECT_EQ(users.getActiveUsers().value(), std::vector{ada});
-    EXPECT_EQ(users.getUsersWithBrenUID({"2002", "x"}).value(), std::vector{bob});
-    EXPECT_EQ(users.getUsersWithUserId({"u1", "u1"}).value(), std::vector{ada});
-}
-
-TEST_F(UsersAndSettingsInMemoryTest, UpdatesTheUserWithTheFormerId) {
-    UserInMemory users(storage);
-    users.storeUsers({ada, bob});
-    auto renamed = ada;
-    renamed.id = "u9";
-    users.updateUser(renamed, "u1");
-    users.updateUser(ada, "nobody");
-    EXPECT_EQ(users.getUsers().value(), (std::vector{renamed, bob}));
-}
-
-TEST_F(UsersAndSettingsInMemoryTest, PropertiesOfUsersKeepTheirTypes) {
-    UserInMemory(storage).storeUsers({ada, bob});
-    EXPECT_EQ(storage->fetchObjects("Users", {{"confirm", true}})->size(), 1u);
-    EXPECT_EQ(storage->fetchObjects("Users", {{"confirm", "true"}})->size(), 0u);
-    EXPECT_EQ(storage->fetchObjects("Users", {{"dateFormat", ""}})->size(), 2u) << "absent is the empty text";
-}
-
-TEST_F(UsersAndSettingsInMemoryTest, ASettingReplacesTheOneOfItsModuleAndName) {
-    SettingsInMemeory settings(storage);
-    settings.storeSettings({shown, sorted, deals});
-    auto changed = shown;
-    changed.customSettings = "b";
-    settings.storeSettings({changed});
-    EXPECT_EQ(settings.getAllSettings(SettingName::display).value(), (std::vector{changed, deals}));
-    EXPECT_EQ(settings.getSettings("Leads").value(), (std::vector{changed, sorted}));
-}
-
-TEST_F(UsersAndSettingsInMemoryTest, FindsSettingsByModuleAndName) {
-    SettingsInMemeory settings(storage);
-    settings.storeSettings({shown, sorted, deals});
-    EXPECT_EQ(settings.getSettingsForModule("Leads", SettingName::display).value(), shown);
-    EXPECT_EQ(settings.getSettingsForModule("Deals", SettingName::sort).error(), noData);
-    auto byModule = settings.getSettingsByModuleNames({"Deals", "Nobody"});
-    EXPECT_EQ(byModule["Deals"], std::vector{deals});
-    EXPECT_TRUE(byModule["Nobody"].empty());
-    EXPECT_EQ(settings.updateDisplayColumns("Leads")->size(), 2u);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "tarvobase/value_objects/account/CompanyInfoInDatabase.h"
 #include "tarvobase/value_objects/account/OrganisationInDatabase.h"
 #include "tarvobase/value_objects/account/UserInDatabase.h"
+#include "tarvobase/value_objects/account/UserInMemory.h"
 #include "tarvobase/value_objects/module/SettingsInDatabase.h"
 #include "tarvobase/value_objects/module/SettingsInMemeory.h"
 #include "tarvobase/value_objects/tag/TagInDatabase.h"
@@ -42,56 +43,55 @@ const User ada{.id = "u1",
                .dateFormat = "dd/MM/yyyy",
                .timeZone = "Europe/Berlin"};
 
-TEST_F(TableClassTest, FindsUsersByEachKey) {
-    UserInDatabase users("ACTIVE_USERS", adapter);
-    users.storeUsers({ada, bob});
-    EXPECT_EQ(users.getUser("u1").value(), ada);
-    EXPECT_EQ(users.getUserWithBrenUID().value(), ada);
-    EXPECT_EQ(users.getActiveUsers().value(), std::vector{ada});
-    EXPECT_EQ(users.getUsersWithBrenUID({"2002", "3003"}).value(), std::vector{bob});
-    EXPECT_EQ(users.getUsersWithUserId({}).value().size(), 0u);
+/// Every store of users and settings does the same, whether it stands on a table or on memory alone.
+TEST_F(TableClassTest, BothStoresOfUsersFindReplaceAndUpdateThem) {
+    UserInDatabase table("ACTIVE_USERS", adapter);
+    UserInMemory memory(std::make_shared<InMemoryStorage>());
+    EXPECT_FALSE(memory.getActiveUsers().ok());
+    for (UserPersistanceDelegate* users : std::initializer_list<UserPersistanceDelegate*>{&table, &memory}) {
+        SCOPED_TRACE(users == &table ? "table" : "memory");
+        users->storeUsers({ada, bob});
+        users->storeUser(bob);
+        EXPECT_EQ(users->getUser("u1").value(), ada);
+        EXPECT_EQ(users->getUserWithBrenUID().value(), ada);
+        EXPECT_EQ(users->getActiveUsers().value(), std::vector{ada});
+        EXPECT_EQ(users->getUsersWithBrenUID({"2002", "3003"}).value(), std::vector{bob});
+        EXPECT_EQ(users->getUsersWithUserId({"u1", "u1"}).value(), std::vector{ada});
+        EXPECT_EQ(users->getUsersWithUserId({}).value().size(), 0u);
+        auto moved = ada;
+        moved.id = "u7";
+        moved.dateFormat.reset();
+        users->updateUser(moved, "u1");
+        users->updateUser(bob, "nobody");
+        EXPECT_THAT(users->getUsers().value(), UnorderedElementsAre(moved, bob));
+    }
 }
 
 TEST_F(TableClassTest, StoresUsersAsTexts) {
     UserInDatabase("ACTIVE_USERS", adapter).storeUser(ada);
-    auto row = adapter->fetchObjects("SELECT * FROM ACTIVE_USERS WHERE user_id = 'u1'", std::nullopt)->front();
+    auto row = adapter->fetchAllObjects("ACTIVE_USERS")->front();
     EXPECT_EQ(row.valueOf("user_name"), Value("Ada Byron"));
     EXPECT_EQ(row.valueOf("user_confirm"), Value("true"));
     EXPECT_EQ(row.valueOf("is_logged_in_user"), Value("false"));
     EXPECT_TRUE(row.valueOf("time_format").isNull());
 }
 
-TEST_F(TableClassTest, UpdatesTheUserWithTheFormerId) {
-    UserInDatabase users("ACTIVE_USERS", adapter);
-    users.storeUsers({ada, bob});
-    auto moved = ada;
-    moved.id = "u7";
-    moved.dateFormat.reset();
-    users.updateUser(moved, "u1");
-    EXPECT_EQ(users.getUser("u7").value(), moved);
-    EXPECT_FALSE(users.getUser("u1").ok());
-}
-
-TEST_F(TableClassTest, StoringAUserAgainReplacesIt) {
-    UserInDatabase users("ACTIVE_USERS", adapter);
-    users.storeUsers({ada, bob});
-    users.storeUser(bob);
-    EXPECT_EQ(users.getUsers()->size(), 2u);
-}
-
-TEST_F(TableClassTest, FindsSettingsByModuleAndName) {
+TEST_F(TableClassTest, BothStoresOfSettingsFindThemByModuleAndName) {
     SettingsInDatabase table("APP_SETTINGS", adapter);
-    table.storeSettings({shown, sorted, {"Deals", SettingName::display, "c", "c", true}});
-    EXPECT_EQ(table.getSettingsForModule("Leads", SettingName::display).value(), shown);
-    EXPECT_FALSE(table.getSettingsForModule("Leads", SettingName::search).ok());
-    EXPECT_THAT(table.getSettings("Leads").value(), UnorderedElementsAre(shown, sorted));
-    EXPECT_EQ(table.getAllSettings(SettingName::display)->size(), 2u);
-    EXPECT_EQ(table.getSettingsByModuleNames({"Leads", "Nobody"})["Nobody"].size(), 0u);
-}
-
-TEST_F(TableClassTest, ASettingWithAnUnknownNameIsRead) {
-    SettingsInDatabase table("APP_SETTINGS", adapter);
-    table.storeSettings({shown, sorted});
+    SettingsInMemeory memory(std::make_shared<InMemoryStorage>());
+    const Settings deals{"Deals", SettingName::display, "c", "c", true};
+    for (SettingsPersistanceDelegate* settings : std::initializer_list<SettingsPersistanceDelegate*>{&table, &memory}) {
+        SCOPED_TRACE(settings == &table ? "table" : "memory");
+        settings->storeSettings({{"Leads", SettingName::display, "a", "replaced", true}, sorted, deals});
+        settings->storeSettings({shown});
+        EXPECT_EQ(settings->getSettingsForModule("Leads", SettingName::display).value(), shown);
+        EXPECT_FALSE(settings->getSettingsForModule("Leads", SettingName::search).ok());
+        EXPECT_THAT(settings->getSettings("Leads").value(), UnorderedElementsAre(shown, sorted));
+        EXPECT_THAT(settings->getAllSettings(SettingName::display).value(), UnorderedElementsAre(shown, deals));
+        auto byModule = settings->getSettingsByModuleNames({"Deals", "Nobody"});
+        EXPECT_EQ(byModule["Deals"], std::vector{deals});
+        EXPECT_TRUE(byModule["Nobody"].empty());
+    }
     adapter->execute("UPDATE APP_SETTINGS SET settings_key = 'of a later version' WHERE settings_key = 'sort'",
                      std::nullopt);
     EXPECT_EQ(table.getSettings("Leads")->back().settingsKey, SettingName::unknown);
@@ -131,18 +131,11 @@ TEST_F(TableClassTest, BothStoresOfOrganisationsReplaceTheList) {
         store->storeOrganisations({});
         EXPECT_THAT(*store->getOrganisations(), ElementsAre());
     }
-}
-
-TEST_F(TableClassTest, TheCurrentOrganisationBelongsToTheAccount) {
-    auto settings = std::make_shared<BrenUserDefaults>();
-    OrganisationInDatabase table("ORGANISATIONS", adapter, settings);
-    OrganisationInUserDefaults defaults(settings);
-    const Organisation bolt{"2", "Bolt", false, true};
     table.setCurrentOrganisation(bolt);
     EXPECT_EQ(defaults.getCurrentOrganisation(), bolt);
     EXPECT_EQ(defaults.currentOrganisationID(), "2");
     signIn("2002");
-    EXPECT_EQ(defaults.getCurrentOrganisation(), std::nullopt);
+    EXPECT_EQ(defaults.getCurrentOrganisation(), std::nullopt) << "the choice belongs to the account";
 }
 
 TEST_F(TableClassTest, MappersReadStrictly) {
@@ -166,30 +159,10 @@ TEST_F(TableClassTest, MappersReadStrictly) {
     EXPECT_THAT(mapper.getValue(maps), ElementsAre(Tag{"1", "hot", "Leads"}));
 }
 
-TEST_F(TableClassTest, MappersWriteKeysAndTheirTableTwinsColumns) {
-    EXPECT_EQ(TagMapper().getDictionary(Tag{"1", "hot", "Leads"}),
-              (ValueMap{{"id", "1"}, {"name", "hot"}, {"moduleName", "Leads"}}));
-    auto link = TagRecordDBMapper().getDictionary(TagRecord{{"1", "hot", "Leads"}, "r"});
-    EXPECT_EQ(link, (ValueMap{{"tag_id", "1"}, {"tag_name", "hot"}, {"module_name", "Leads"}, {"record_id", "r"}}));
-    link.remove("record_id");
-    EXPECT_EQ(TagRecordDBMapper().getValue(link).error().failedPath, "record_id");
-}
-
-TEST_F(TableClassTest, WithoutADatabaseReadsAreAbsentAndWritesDoNothing) {
-    TagInDatabase tags(nullptr);
-    static_cast<void>(tags.storeTags({{"1", "hot", "Leads"}}));
-    EXPECT_EQ(tags.getTags("Leads"), std::nullopt);
-}
-
-TEST_F(TableClassTest, ATableStaysWithTheDatabaseForWhichItWasMade) {
-    TagInDatabase tags(adapter);
-    configuration().databaseAdapter = nullptr;
-    static_cast<void>(tags.storeTags({{"1", "hot", "Leads"}}));
-    EXPECT_THAT(*tags.getTags("Leads"), ElementsAre(Tag{"1", "hot", "Leads"}));
-}
-
 TEST_F(TableClassTest, StoresAndChangesTags) {
+    EXPECT_EQ(TagInDatabase(nullptr).getTags("Leads"), std::nullopt);
     TagInDatabase tags(adapter);
+    configuration().databaseAdapter = nullptr;  // A table stays with the database for which it was made.
     tags.storeTags({{"1", "hot", "Leads"}, {"2", "cold", "Leads"}, {"3", "big", "Deals"}});
     tags.storeTags({{"1", "warm", "Leads"}});
     EXPECT_THAT(*tags.getTags("Leads"), UnorderedElementsAre(Tag{"1", "warm", "Leads"}, Tag{"2", "cold", "Leads"}));
@@ -197,6 +170,8 @@ TEST_F(TableClassTest, StoresAndChangesTags) {
     tags.updateTag("3", "30");
     tags.removeTags("2");
     EXPECT_EQ(tags.getTagsByTagIds({"2", "3"})->size(), 0u);
+    adapter->execute("INSERT INTO Tags_Info (tag_id, module_name) VALUES ('5', 'Leads')", std::nullopt);
+    EXPECT_EQ(tags.getTags("Leads"), std::nullopt) << "an unreadable tag fails the whole read";
 }
 
 TEST_F(TableClassTest, StoresAndChangesTheTagsOfRecords) {
@@ -209,13 +184,6 @@ TEST_F(TableClassTest, StoresAndChangesTheTagsOfRecords) {
     links.deleteTagRecords({"r2", "r3"});
     EXPECT_THAT(*links.getTagRecordsByRecordId("r1"), ElementsAre(TagRecord{{"30", "big", "Leads"}, "r1"}));
     EXPECT_THAT(*links.getTagRecordsByRecordId("r2"), ElementsAre());
-}
-
-TEST_F(TableClassTest, AnUnreadableTagFailsTheWholeRead) {
-    TagInDatabase tags(adapter);
-    tags.storeTags({{"3", "big", "Deals"}});
-    adapter->execute("INSERT INTO Tags_Info (tag_id, module_name) VALUES ('5', 'Deals')", std::nullopt);
-    EXPECT_EQ(tags.getTags("Deals"), std::nullopt);
 }
 
 }  // namespace
