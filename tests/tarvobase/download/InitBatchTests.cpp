@@ -80,12 +80,13 @@ public:
     std::deque<std::function<void(std::string, std::optional<NetworkError>)>> calls;
 };
 
-ValueMap viewsEntry(const std::string& module, ValueList rows) {
+/// The default views of all records of a module, with these ids.
+ValueMap viewsEntry(const std::string& module, const Names& ids, const std::string& name = "All") {
+    ValueList rows;
+    for (auto& id : ids)
+        rows.push_back(ValueList{id, name, "All", "s", "S", "true", "true", nullptr, nullptr, ValueList{"F1"}, "null",
+                                 "asc", nullptr});
     return {{"info", ValueMap{{"module", module}}}, {"data", std::move(rows)}};
-}
-/// A default view of all records.
-ValueList viewRow(const std::string& id) {
-    return {id, "All", "All", "s", "S", "true", "true", nullptr, nullptr, ValueList{"F1"}, "null", "asc", nullptr};
 }
 /// A module whose records have an id and a name.
 ValueMap metadataEntry(const std::string& module) {
@@ -161,40 +162,29 @@ TEST_F(InitBatchTest, AFeatureCoversItsModules) {
     struct {
         Feature feature;
         std::optional<std::string> supported;
-        Names stored;
-        Names done;
-        std::string taken;
+        const char *stored, *done, *taken;
         ModuleType type = default_;
     } cases[] = {
+        {metadaInfo, {}, "Leads Tasks Dashboards Approvals Consents Other XLeads", "", "Leads Tasks Consents"},
         {metadaInfo,
          {},
-         {"Leads", "Tasks", "Dashboards", "Approvals", "Consents", "Other", "XLeads"},
-         {},
-         "Leads Tasks Consents"},
-        {metadaInfo,
-         {},
-         {"CustomModule0", "CustomModule9", "CustomModule100", "CustomModule101"},
-         {},
+         "CustomModule0 CustomModule9 CustomModule100 CustomModule101",
+         "",
          "CustomModule9 CustomModule100"},
-        {metadaInfo, {}, {"Other"}, {}, "Other", picklisttracker},
-        {metadaInfo, {}, {"Other"}, {}, "", web},
-        {metadaInfo, "Other,Dashboards", {"Leads", "Other", "Notes", "Dashboards"}, {}, "Other Notes"},
-        {metadaInfo,
-         "Leads,Deals",
-         {"Leads", "Deals", "Notes"},
-         {"metadata_Leads", "customviews_Deals"},
-         "Deals Notes"},
-        {customView, {}, {"Leads", "Calls", "Tasks", "Activities", "Notes"}, {}, "Leads Activities"},
-        {customView, "Leads,Tasks", {"Leads", "Tasks", "Activities"}, {}, "Leads Activities"},
-        {customView, "Leads,Tasks", {"Leads", "Tasks"}, {}, "Leads"},
-        {customView, {}, {"Other"}, {}, "", subform},
-        {initialRecords, "Leads,Tasks,Dashboards", {"Leads", "Tasks", "Dashboards", "Activities"}, {}, "Leads Tasks"},
-        {initialRecords, {}, {"Leads", "Deals"}, {"initialRecords_Leads"}, "Deals"},
-        {initialRecords, "", {"Leads"}, {}, ""},
+        {metadaInfo, {}, "Other", "", "Other", picklisttracker},
+        {metadaInfo, {}, "Other", "", "", web},
+        {metadaInfo, "Other,Dashboards", "Leads Other Notes Dashboards", "", "Other Notes"},
+        {metadaInfo, "Leads,Deals", "Leads Deals Notes", "metadata_Leads customviews_Deals", "Deals Notes"},
+        {customView, {}, "Leads Calls Tasks Activities Notes", "", "Leads Activities"},
+        {customView, "Leads,Tasks", "Leads Tasks Activities", "", "Leads Activities"},
+        {customView, {}, "Other", "", "", subform},
+        {initialRecords, "Leads,Tasks,Dashboards", "Leads Tasks Dashboards Activities", "", "Leads Tasks"},
+        {initialRecords, {}, "Leads Deals", "initialRecords_Leads", "Deals"},
+        {initialRecords, "", "Leads", "", ""},
     };
     for (auto& one : cases) {
         forgetModules();
-        store(one.stored, one.type);
+        store(text::split(one.stored, " "), one.type);
         database->deleteAllObjects("APP_SETTINGS");
         auto persistance = stores();
         // Reads past the memory, since each case replaces the rows of the tables.
@@ -203,186 +193,148 @@ TEST_F(InitBatchTest, AFeatureCoversItsModules) {
             persistance.settings()->storeSettings({{.moduleName = "Settings",
                                                     .settingsKey = SettingName::supportedModules,
                                                     .defaultSettings = *one.supported}});
-        for (auto& step : one.done) defaults->setBool(true, step + "_downloadable", UserDefaultsGroup::current());
+        auto done = text::split(one.done, " ");
+        for (auto& step : done) defaults->setBool(true, step + "_downloadable", UserDefaultsGroup::current());
         ModuleBatch batches(one.feature, {persistance.modules(), persistance.settings(), UserDefaultsUtil(defaults)});
-        EXPECT_THAT(namesOf(batches.initiateBatch({}, 100)), one.taken.empty() ? Names() : Names{one.taken})
-            << one.supported.value_or("by pattern") << ": " << text::join(one.stored, " ");
-        for (auto& step : one.done) defaults->removeValueForKey(step + "_downloadable", UserDefaultsGroup::current());
+        EXPECT_EQ(text::join(namesOf(batches.initiateBatch({}, 100)), "|"), one.taken)
+            << one.supported.value_or("by pattern") << ": " << one.stored;
+        for (auto& step : done) defaults->removeValueForKey(step + "_downloadable", UserDefaultsGroup::current());
     }
 }
 
-const Names nineModules{"Leads",     "Contacts", "Accounts", "Deals", "Cases",
-                        "Solutions", "Products", "Vendors",  "Quotes"};
+/// The step that downloads views, in batches of four modules whose calls wait for their answers.
+class ViewBatchTest : public InitBatchTest {
+protected:
+    void makeStep() { step = recorded(InitCustomViewDM::make(database, defaults, service)); }
+    void start() {
+        step->initiate();
+        step->execute();
+    }
+    void startWith(const Names& modules) {
+        store(modules);
+        makeStep();
+        start();
+    }
+    void answer(std::size_t call, ValueList entries) { answerWith(call, wire::body(std::move(entries))); }
+    void answerWith(std::size_t call, const std::string& body, std::optional<NetworkError> error = {}) {
+        service->calls.at(call)(body, std::move(error));
+        settle();
+    }
+    std::size_t storedViews(const std::string& module) {
+        return CustomViewInDatabase(database).getCustomViews(module)->size();
+    }
 
-TEST_F(InitBatchTest, TwoBatchesAreInProgressAtATime) {
+    const Names nineModules{"Leads",     "Contacts", "Accounts", "Deals", "Cases",
+                            "Solutions", "Products", "Vendors",  "Quotes"};
+    const Names fiveModules{nineModules.begin(), nineModules.begin() + 5};
+    std::shared_ptr<HeldViewService> service = std::make_shared<HeldViewService>();
+    std::shared_ptr<InitCustomViewDM> step;
+};
+
+TEST_F(ViewBatchTest, TwoBatchesAreInProgressAtATime) {
     store(nineModules);
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
+    makeStep();
     step->initiate();
     EXPECT_EQ(step->totalCallsCount(), 3);
     EXPECT_TRUE(service->asked.empty());
     step->execute();
     EXPECT_THAT(service->asked, ElementsAre("Leads Contacts Accounts Deals", "Cases Solutions Products Vendors"));
     EXPECT_THAT(recorder->take(), ElementsAre("0/3"));
-    service->calls.at(0)(wire::body({}), {});
+    answer(0, {});
     EXPECT_EQ(service->asked.back(), "Quotes") << "the third starts as soon as one of two is done";
     EXPECT_THAT(recorder->take(), ElementsAre("parsingError", "1/3")) << "the answer has no entries";
 }
 
-TEST_F(InitBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlagged) {
-    store(nineModules);
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
+TEST_F(ViewBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlaggedWithoutAWarning) {
+    LogWatch log;
+    startWith(nineModules);
     recorder->take();
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {viewRow("1"), viewRow("2")}), viewsEntry("Contacts", {}),
-                                     viewsEntry("Accounts", {}), viewsEntry("Deals", {})}),
-                         {});
-    settle();
+    answer(0, {viewsEntry("Leads", {"1", "2"}), viewsEntry("Contacts", {}), viewsEntry("Accounts", {}),
+               viewsEntry("Deals", {})});
     EXPECT_THAT(recorder->take(), UnorderedElementsAre("1/3", "Leads: 1 2", "Contacts: ", "Accounts: ", "Deals: "));
-    EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 2u);
+    EXPECT_EQ(storedViews("Leads"), 2u);
     EXPECT_TRUE(isFlagged("customviews", "Deals"));
     EXPECT_FALSE(isFlagged("customviews", "Cases"));
+    EXPECT_THAT(log.lines(), ::testing::Contains("CustomViewInfo Requested for Leads, Contacts, Accounts, Deals"));
 }
 
-TEST_F(InitBatchTest, ABatchThatSucceedsLogsNoWarning) {
-    store({"Leads"});
-    auto service = std::make_shared<HeldViewService>();
-    LogWatch log;
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(viewRow("1"))})}), {});
-    settle();
-    EXPECT_THAT(log.lines(), ::testing::Contains("CustomViewInfo Requested for Leads"));
-}
-
-TEST_F(InitBatchTest, ARestartRequestsTheRest) {
-    store(nineModules);
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
-    service->calls.at(0)(wire::body({}), {});
+TEST_F(ViewBatchTest, ARestartRequestsTheRest) {
+    startWith(nineModules);
+    answer(0, {});
     step = nullptr;
-    service->calls.at(1)(wire::body({}), {});
+    answer(1, {});
     EXPECT_FALSE(isFlagged("customviews", "Cases")) << "the answer came after the step was released";
     service->asked.clear();
-    step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
+    makeStep();
+    start();
     EXPECT_THAT(service->asked, ElementsAre("Cases Solutions Products Vendors", "Quotes"));
 }
 
-TEST_F(InitBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
-    store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
-    service->calls.at(1)("<html>", {});
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(viewRow("3"))})}),
-                         NetworkError{NetworkError::Kind::timeout, ""});
-    settle();
+TEST_F(ViewBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
+    startWith(fiveModules);
+    answerWith(1, "<html>");
+    answerWith(0, wire::body({viewsEntry("Leads", {"3"})}), NetworkError{NetworkError::Kind::timeout, ""});
     EXPECT_THAT(recorder->take(), ElementsAre("0/2", "parsingError", "1/2", "networkResponseError", "complete", "2/2"));
     EXPECT_TRUE(isFlagged("customviews", "Leads") && isFlagged("customviews", "Cases"));
-    EXPECT_TRUE(CustomViewInDatabase(database).getCustomViews("Leads")->empty());
+    EXPECT_EQ(storedViews("Leads"), 0u);
+    EXPECT_TRUE(wasLogged("CustomViewInfo Completed - failure for Cases"));
+    EXPECT_TRUE(wasLogged("CustomViewInfo Batch completed."));
     EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
     EXPECT_EQ(service->asked.size(), 2u) << "no module is left";
 }
 
-TEST_F(InitBatchTest, ViewsThatAreNotStoredAreRequestedByTheNextRun) {
-    store({"Leads", "Contacts"});
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
+TEST_F(ViewBatchTest, ViewsThatAreNotStoredAreRequestedByTheNextRun) {
+    startWith({"Leads", "Contacts"});
     setFull(*database, true);
-    auto large = viewRow("1");
-    large[1] = longText();
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(large)}), viewsEntry("Contacts", {})}), {});
-    settle();
+    auto large = viewsEntry("Leads", {"1"}, longText());
+    answer(0, {large, viewsEntry("Contacts", {})});
     EXPECT_THAT(recorder->take(), UnorderedElementsAre("0/1", "1/1", "Contacts: ", "failed"));
     EXPECT_TRUE(step->hasUnstoredContent());
     EXPECT_FALSE(isFlagged("customviews", "Leads"));
     EXPECT_TRUE(isFlagged("customviews", "Contacts"));
     setFull(*database, false);
-    step->initiate();
-    step->execute();
+    start();
     EXPECT_EQ(service->asked.back(), "Leads");
-    service->calls.at(1)(wire::body({viewsEntry("Leads", {Value(large)})}), {});
-    settle();
+    answer(1, {Value(large)});
     EXPECT_FALSE(step->hasUnstoredContent());
     EXPECT_TRUE(isFlagged("customviews", "Leads"));
-    EXPECT_EQ(CustomViewInDatabase(database).getCustomViews("Leads")->size(), 1u);
+    EXPECT_EQ(storedViews("Leads"), 1u);
 }
 
-TEST_F(InitBatchTest, ADownloadThatIsNotStoredCallsTheFailure) {
-    auto service = std::make_shared<HeldViewService>();
-    auto step = InitCustomViewDM::make(database, defaults, service);
+TEST_F(ViewBatchTest, ADownloadThatIsNotStoredCallsTheFailure) {
+    makeStep();
     std::string ends;
     step->getCustomViews(
         {{.moduleName = "Leads"}}, [&] { ends += "success "; }, [&] { ends += "failure "; });
     setFull(*database, true);
-    auto large = viewRow("1");
-    large[1] = longText();
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(large)})}), {});
+    answer(0, {Value(viewsEntry("Leads", {"1"}, longText()))});
     EXPECT_EQ(ends, "failure ");
     EXPECT_THAT(step->unstoredModules(), ElementsAre("Leads"));
 }
 
 /// The host asks again for what the server did not send, for exactly that.
-TEST_F(InitBatchTest, ModulesWithoutContentAreRequestedAgainOnDemand) {
-    store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
+TEST_F(ViewBatchTest, ModulesWithoutContentAreRequestedAgainOnDemand) {
+    startWith(fiveModules);
     auto refused = viewsEntry("Contacts", {});
     refused.set("error", ValueList{"CODE", "words"});
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {}), refused, viewsEntry("Accounts", {})}), {});
-    service->calls.at(1)("<html>", {});
-    settle();
+    answer(0, {viewsEntry("Leads", {}), refused, viewsEntry("Accounts", {})});
+    answerWith(1, "<html>");
     UserDefaultsUtil(defaults).requestMissingAgain();
-    step->initiate();
-    step->execute();
+    start();
     EXPECT_EQ(service->asked.back(), "Contacts Deals Cases") << "refused, left out, unreadable";
-    service->calls.at(2)(wire::body({viewsEntry("Contacts", {}), viewsEntry("Deals", {}), viewsEntry("Cases", {})}),
-                         {});
-    settle();
+    answer(2, {viewsEntry("Contacts", {}), viewsEntry("Deals", {}), viewsEntry("Cases", {})});
     UserDefaultsUtil(defaults).requestMissingAgain();
     step->initiate();
     EXPECT_EQ(step->totalCallsCount(), 0) << "nothing is missing any more";
 }
 
-TEST_F(InitBatchTest, AnOutdatedStepStoresAndFlagsNothing) {
-    store({"Leads"});
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
+TEST_F(ViewBatchTest, AnOutdatedStepStoresAndFlagsNothing) {
+    startWith({"Leads"});
     configuration().currentOrgID = "other";
-    service->calls.at(0)(wire::body({viewsEntry("Leads", {Value(viewRow("1"))})}), {});
-    settle();
+    answer(0, {Value(viewsEntry("Leads", {"1"}))});
     EXPECT_THAT(recorder->take(), UnorderedElementsAre("0/1", "1/1", "failed"));
-    EXPECT_TRUE(CustomViewInDatabase(database).getCustomViews("Leads")->empty());
+    EXPECT_EQ(storedViews("Leads"), 0u);
     EXPECT_FALSE(isFlagged("customviews", "Leads"));
-}
-
-TEST_F(InitBatchTest, ProgressLinesNameTheModules) {
-    store({"Leads", "Contacts", "Accounts", "Deals", "Cases"});
-    auto service = std::make_shared<HeldViewService>();
-    auto step = recorded(InitCustomViewDM::make(database, defaults, service));
-    step->initiate();
-    step->execute();
-    service->calls.at(1)("<html>", {});
-    service->calls.at(0)(wire::body({}), {});
-    settle();
-    EXPECT_TRUE(wasLogged("CustomViewInfo Requested for Leads, Contacts, Accounts, Deals"));
-    EXPECT_TRUE(wasLogged("CustomViewInfo Completed - success for Leads, Contacts, Accounts, Deals"));
-    EXPECT_TRUE(wasLogged("CustomViewInfo Completed - failure for Cases"));
-    EXPECT_TRUE(wasLogged("CustomViewInfo Batch completed."));
 }
 
 TEST_F(InitBatchTest, AShutdownLeavesTheBatchUndone) {
@@ -404,8 +356,8 @@ protected:
         store({"Leads", "Contacts", "Accounts", "Deals"});
         network->answer(wire::body({metadataEntry("Leads"), metadataEntry("Deals")}));
         runToEnd(*InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
-        network->answer(wire::body({viewsEntry("Leads", {Value(viewRow("11"))}),
-                                    viewsEntry("Deals", {Value(viewRow("44"))}), viewsEntry("Contacts", {})}));
+        network->answer(
+            wire::body({viewsEntry("Leads", {"11"}), viewsEntry("Deals", {"44"}), viewsEntry("Contacts", {})}));
         runToEnd(*InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>()));
         recorder->take();
     }
@@ -427,14 +379,6 @@ protected:
     }
 };
 
-TEST_F(InitRecordBatchTest, MetadataThatIsDoneIsNotRequestedAgain) {
-    auto calls = network->calls().size();
-    auto metadata = recorded(InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
-    EXPECT_EQ(metadata->totalCallsCount(), 1);
-    EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
-    EXPECT_EQ(network->calls().size(), calls);
-}
-
 TEST_F(InitRecordBatchTest, RecordsAreRequestedByDefaultView) {
     auto step = recordsStep();
     EXPECT_EQ(step->totalCallsCount(), 1) << "the batches are not known yet";
@@ -449,17 +393,19 @@ TEST_F(InitRecordBatchTest, RecordsAreRequestedByDefaultView) {
     EXPECT_TRUE(wasLogged("InitCVRecords request completed - success for Leads, Deals"));
 }
 
-/// No defect of one entry may cost another entry.
-TEST_F(InitRecordBatchTest, ReadableEntriesAreStoredBesideUnreadableOnes) {
+TEST_F(InitRecordBatchTest, NoDefectOfAnEntryCostsAnotherEntry) {
     auto nameless = recordsEntry("Leads", "9");
     nameless.set("info", ValueMap());
     auto refused = recordsEntry("Deals", "9");
     refused.set("error", ValueList{"CODE", "words"});
-    network->answer(wire::body({recordsEntry("Leads", "1"), nameless, refused, ValueMap(), withoutData("Deals"),
-                                recordsEntry("Nowhere", "9"), recordsEntry("Leads", "2")}));
+    auto body = wire::body({recordsEntry("Leads", "1"), nameless, refused, ValueMap(), withoutData("Deals"),
+                            recordsEntry("Nowhere", "9"), recordsEntry("Leads", "2")});
+    body.replace(body.find("Doe"), 2, "D\xC3");
+    network->answer(body);
     EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
     EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 2);
     EXPECT_EQ(database->count("DealsRecords", std::nullopt), 0);
+    EXPECT_TRUE(wasLogged("1 bytes that are not UTF-8"));
     EXPECT_FALSE(wasLogged("words")) << "texts of the server's errors stay out of the log";
 }
 
@@ -480,18 +426,6 @@ TEST_F(InitRecordBatchTest, ADefectiveEntryIsReportedAndNoted) {
         EXPECT_TRUE(isFlagged("initialRecords", "Leads"));
         defaults->removeValueForKey(flag("initialRecords", "Leads"), UserDefaultsGroup::current());
     }
-}
-
-TEST_F(InitRecordBatchTest, AByteThatIsNotUtf8CostsItself) {
-    auto answer = wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")});
-    answer.replace(answer.find("Doe"), 3,
-                   "D\xC3"
-                   "e");
-    network->answer(answer);
-    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
-    EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
-    EXPECT_EQ(database->count("DealsRecords", std::nullopt), 1);
-    EXPECT_TRUE(wasLogged("1 bytes that are not UTF-8"));
 }
 
 TEST_F(InitRecordBatchTest, DownloadsAreCountedAndFlaggedByModule) {
@@ -519,45 +453,34 @@ TEST_F(InitRecordBatchTest, RecordsThatAreNotStoredAreNeitherCountedNorFlagged) 
     EXPECT_EQ(database->count("LeadsRecords", std::nullopt), 1);
 }
 
-TEST_F(InitRecordBatchTest, RecordsWhoseTablesAreStillMissingAreRequestedByTheNextRun) {
-    defaults->removeValueForKey(flag("metadata", "Deals"), UserDefaultsGroup::current());
+TEST_F(InitRecordBatchTest, RecordsWithoutATableAreTheServersFaultOnceTheirMetadataIsThere) {
     database->dropTable("DealsRecords");
-    network->answer(wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")}));
-    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("failed"));
-    EXPECT_TRUE(isFlagged("initialRecords", "Leads"));
-    EXPECT_FALSE(isFlagged("initialRecords", "Deals"));
+    for (bool hasMetadata : {false, true}) {
+        defaults->setBool(hasMetadata, flag("metadata", "Deals"), UserDefaultsGroup::current());
+        network->answer(wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")}));
+        EXPECT_EQ(runToEnd(*recordsStep()), hasMetadata ? (Names{"parsingError", "complete"}) : Names{"failed"});
+        EXPECT_TRUE(isFlagged("initialRecords", "Leads"));
+        EXPECT_EQ(isFlagged("initialRecords", "Deals"), hasMetadata) << "the next run requests what has no flag";
+    }
 }
 
-TEST_F(InitRecordBatchTest, RecordsWithoutATableAreTheServersFault) {
-    database->dropTable("DealsRecords");
-    network->answer(wire::body({recordsEntry("Leads", "1"), recordsEntry("Deals", "2")}));
-    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("parsingError", "complete"));
-    EXPECT_TRUE(isFlagged("initialRecords", "Deals"));
-}
-
-TEST_F(InitRecordBatchTest, RecordsThatAreDoneAreNotRequestedAgain) {
+TEST_F(InitRecordBatchTest, OnlyModulesWithoutAFlagAreRequestedAgain) {
     downloadRecords();
     auto calls = network->calls().size();
-    EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
-    auto useCase = recordProcess();
-    EXPECT_FALSE(useCase->defaultCustomViewRequestsCompleted());
-    useCase->startInitRecordProcess();
-    settle();
-    EXPECT_THAT(recorder->take(), ElementsAre("records complete"));
-    EXPECT_EQ(network->calls().size(), calls);
-}
-
-TEST_F(InitRecordBatchTest, AModuleWithoutAFlagIsRequestedAgain) {
-    downloadRecords();
-    auto calls = network->calls().size();
-    defaults->removeValueForKey(flag("initialRecords", "Deals"), UserDefaultsGroup::current());
-    network->answer("{}");
-    auto useCase = recordProcess();
-    useCase->startInitRecordProcess();
-    settle();
-    EXPECT_THAT(recorder->take(), UnorderedElementsAre("parsingError", "records complete"));
-    EXPECT_TRUE(useCase->defaultCustomViewRequestsCompleted());
-    EXPECT_EQ(network->calls().size(), calls + 1);
+    for (bool isDone : {true, false}) {
+        if (!isDone) defaults->removeValueForKey(flag("initialRecords", "Deals"), UserDefaultsGroup::current());
+        if (!isDone) network->answer("{}");
+        auto useCase = recordProcess();
+        EXPECT_FALSE(useCase->defaultCustomViewRequestsCompleted());
+        useCase->startInitRecordProcess();
+        settle();
+        EXPECT_EQ(recorder->take().back(), "records complete");
+        EXPECT_TRUE(useCase->defaultCustomViewRequestsCompleted());
+        EXPECT_EQ(network->calls().size(), isDone ? calls : calls + 1);
+    }
+    auto metadata = recorded(InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
+    EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
+    EXPECT_EQ(network->calls().size(), calls + 1) << "the metadata is done";
 }
 
 TEST_F(InitRecordBatchTest, AnEmptyListOfModulesRequestsNothing) {
@@ -618,6 +541,8 @@ TEST_F(InitBatchTest, BatchesCompleteFromManyThreads) {
 
 TEST_F(InitBatchTest, WatermarksBelongToTheAccountAndCountsDoNot) {
     RecordSyncSettingsPersistance settings(defaults);
+    // A value under the key that is not a dictionary of modules is ignored.
+    defaults->setDictionary({{"Leads", "odd"}}, "ModuleDetails", UserDefaultsGroup::current());
     EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
     settings.storeNumberOfRecordsDownloaded(3, "Leads");
     settings.storeLastModifiedTime("1700", "Leads");
@@ -629,15 +554,6 @@ TEST_F(InitBatchTest, WatermarksBelongToTheAccountAndCountsDoNot) {
     signIn("1002");
     EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
     EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 3);
-}
-
-TEST_F(InitBatchTest, ABrokenWatermarkIsReplaced) {
-    RecordSyncSettingsPersistance settings(defaults);
-    // A value under the key that is not a dictionary of modules is ignored.
-    defaults->setDictionary({{"Leads", "odd"}}, "ModuleDetails", UserDefaultsGroup::current());
-    EXPECT_EQ(settings.getLastModifiedTime("Leads"), std::nullopt);
-    settings.storeLastModifiedTime("1", "Leads");
-    EXPECT_EQ(settings.getLastModifiedTime("Leads"), "1");
 }
 
 }  // namespace
