@@ -1,6 +1,5 @@
 #include "platform/Text.h"
 #include "tarvobase/configuration/UserDefaults.h"
-#include "tarvobase/init_process/steps/InitCustomViewNS.h"
 #include "tarvobase/list_view/GetCustomViewsUseCase.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CVObserver.h"
@@ -49,17 +48,10 @@ protected:
 
 TEST_F(CustomViewTest, AViewComesBackFromItsTableInBothMappings) {
     auto full = view("Leads", "1", "All Open Leads", true);
-    full.viewType = "public";
-    full.viewDisplayName = "Offene Leads";
-    full.offlineQueryReplaceInfo = "Company\xE0\xAE\x83\xE0\xAF\x80x";
-    full.lastModifiedTime = "17";
-    full.isUserCustomView = true;
-    full.listFields = "Company,Owner";
-    full.mode = "m";
-    full.sectionID = "s";
-    full.viewOrder = "3";
-    full.sectionDisplayName = "Mine";
-    full.sortBy = "Company";
+    full.viewType = "public", full.viewDisplayName = "Offene Leads", full.isUserCustomView = true;
+    full.offlineQueryReplaceInfo = "Company\xE0\xAE\x83\xE0\xAF\x80x", full.sortBy = "Company";
+    full.lastModifiedTime = "17", full.listFields = "Company,Owner", full.mode = "m", full.viewOrder = "3";
+    full.sectionID = "s", full.sectionDisplayName = "Mine";
     for (bool serverCriteria : {false, true}) {
         configuration().serverCVCriteria = serverCriteria;
         full.selectedColumnsQuery = serverCriteria ? "a query" : "";
@@ -79,8 +71,8 @@ TEST_F(CustomViewTest, ViewsComeInTheOrderInWhichTheyWereStored) {
     table()->storeCustomView({view("Leads", "7"), view("Leads", "3"), view("Leads", "5")});
     auto views = *table()->getCustomViews("Leads");
     EXPECT_EQ(views[0].viewID + views[1].viewID + views[2].viewID, "735");
-    auto chosen = GetCustomViewsDataManager::current()->getDefaultCustomView("Leads");
-    EXPECT_EQ(idOf(chosen), "7") << "without a default the first view is used";
+    EXPECT_EQ(idOf(GetCustomViewsDataManager::current()->getDefaultCustomView("Leads")), "7")
+        << "without a default the first view is used";
 }
 
 TEST_F(CustomViewTest, ViewsAreFoundByWhatTheyAre) {
@@ -117,56 +109,11 @@ TEST_F(CustomViewTest, AListKeepsTheLastOfEqualIds) {
     EXPECT_EQ(CustomViewList({view("Leads", "1")}).default_(), nullptr);
 }
 
-class Delegate final : public GetCustomViewsUseCaseDelegate {
-public:
-    void sortFieldUpdated(const std::string& id, const std::string&) override { answers.push_back("sort " + id); }
-    void customViews(const std::optional<CustomViews>& views, const std::string& module) override {
-        answers.push_back(module + " " + idsOf(views));
-    }
-    void customView(const std::optional<CustomView>& view, const std::string& id, const std::string&) override {
-        answers.push_back(id + " " + idOf(view));
-    }
-    void allViewCustomView(const std::optional<CustomView>& view, const std::string&) override {
-        answers.push_back("all " + idOf(view));
-    }
-    void defaultFieldUpdated(const std::string& id, const std::string&) override {
-        answers.push_back("default is " + id);
-    }
-    void defaultCustomView(const std::optional<CustomView>& view, const std::string&) override {
-        answers.push_back("default " + idOf(view));
-    }
-    std::vector<std::string> answers;
-};
-
 class Observer final : public CVObserver {
 public:
     void customViewsChanged(const std::string& moduleName) override { changed = moduleName; }
     std::string changed;
 };
-
-TEST_F(CustomViewTest, TheUseCaseAnswersItsDelegate) {
-    auto delegate = std::make_shared<Delegate>();
-    auto useCase = std::make_shared<GetCustomViewsUseCase>();
-    useCase->delegate = delegate;
-    auto takeAnswers = [&] {
-        settle();
-        return text::join(std::exchange(delegate->answers, {}), ", ");
-    };
-    useCase->getDefaultCustomView("Leads");
-    EXPECT_EQ(takeAnswers(), "default none");
-    table()->storeCustomView({view("Leads", "1", "All Open Leads"), view("Leads", "2")});
-    useCase->getCustomViews("Leads");
-    EXPECT_EQ(takeAnswers(), "Leads 1 2");
-    useCase->getCustomView("2", "Leads");
-    EXPECT_EQ(takeAnswers(), "2 2");
-    useCase->getAllViewCustomView("Leads");
-    EXPECT_EQ(takeAnswers(), "all 1");
-    // Without a default the first view is used.
-    useCase->getDefaultCustomView("Leads");
-    EXPECT_EQ(takeAnswers(), "default 1");
-    useCase->setAsDefaultCustomView("2", "Leads");
-    EXPECT_EQ(takeAnswers(), "default is 2");
-}
 
 TEST_F(CustomViewTest, ANewDefaultReplacesTheOldOneAndNotifiesObservers) {
     table()->storeCustomView({view("Leads", "1", "All Open Leads"), view("Leads", "2")});
@@ -174,26 +121,21 @@ TEST_F(CustomViewTest, ANewDefaultReplacesTheOldOneAndNotifiesObservers) {
     BrenNotificationCenter::shared().add<CVObserver>(observer);
     auto useCase = std::make_shared<GetCustomViewsUseCase>();
     platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(1700000000)));
-    useCase->setAsDefaultCustomView("2", "Leads");
-    settle();
-    EXPECT_EQ(observer->changed, "Leads");
-    EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), "2");
-    useCase->setAsDefaultCustomView("1", "Leads");
-    settle();
-    EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), "1");
+    for (auto id : {"2", "1"}) {
+        useCase->setAsDefaultCustomView(id, "Leads");
+        settle();
+        EXPECT_EQ(std::exchange(observer->changed, ""), "Leads");
+        EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), id);
+    }
     UserDefaultsUtil settings(std::make_shared<BrenUserDefaults>());
     EXPECT_EQ(settings.getListFilterLastUpdatedTime("Leads"), 1700000000);
 }
 
-TEST_F(CustomViewTest, AnUnknownViewTakesTheMarkFromNobody) {
-    table()->storeCustomView({view("Leads", "1", "All Open Leads", true), view("Contacts", "2")});
+TEST_F(CustomViewTest, AMarkThatCannotMoveStays) {
+    table()->storeCustomView({view("Leads", "1", "A", true), view("Leads", "2"), view("Contacts", "3")});
     EXPECT_FALSE(table()->setAsDefaultCustomView("9", "Leads"));
-    EXPECT_FALSE(table()->setAsDefaultCustomView("2", "Leads"));
+    EXPECT_FALSE(table()->setAsDefaultCustomView("3", "Leads"));
     EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), "1");
-}
-
-TEST_F(CustomViewTest, MovingTheMarkIsOneCommit) {
-    table()->storeCustomView({view("Leads", "1", "All Open Leads", true), view("Leads", "2")});
     adapter->execute(
         "CREATE TRIGGER refuse BEFORE UPDATE ON CUSTOM_VIEWS_METADATA WHEN NEW.is_default = 'true' "
         "BEGIN SELECT RAISE(ABORT, 'refused'); END",
@@ -241,19 +183,9 @@ TEST_F(CustomViewTest, AnOrderThatCannotBeStoredChangesNothing) {
 
 /// Makes a row as the server sends it.
 ValueList wireRow(const std::string& id, Value criteria) {
-    return {id,
-            "View " + id,
-            "Shown " + id,
-            "s1",
-            "Mine",
-            "true",
-            "true",
-            nullptr,
-            nullptr,
-            ValueList{"A", "B"},
-            "Company",
-            "desc",
-            std::move(criteria)};
+    ValueList columns{"A", "B"};
+    return {id,        "View " + id, "Shown " + id,      "s1", "Mine", "true", "true", nullptr, nullptr, columns,
+            "Company", "desc",       std::move(criteria)};
 }
 const ValueMap open{{"field", "Status"}, {"comparator", "equal"}, {"value", "Open"}};
 
@@ -320,25 +252,6 @@ TEST_F(CVSyncParserTest, TheServersOwnQueriesAreTaken) {
     ASSERT_EQ(views.size(), 2u);
     EXPECT_EQ(views[0].offlineQuery + views[0].offlineQueryReplaceInfo, "({0} = '{1}')Status,Open");
     EXPECT_EQ(views[1].offlineQueryReplaceInfo + views[1].listFields + views[1].sortBy, "");
-}
-
-TEST_F(CVSyncParserTest, TheServiceAsksForTheModulesOfABatch) {
-    auto network = std::make_shared<ScriptedNetworkAdapter>();
-    ValueMap entry{{"info", ValueMap{{"module", "Leads"}}}, {"data", ValueList{Value(wireRow("1", open))}}};
-    network->answer(json::write(ValueMap{{"response", ValueMap{{"result", ValueList{entry}}}}}).value());
-    auto service = std::make_shared<InitCustomViewNS>();
-    service->setNetworkAdapter(network);
-    std::string ids;
-    service->getCustomViews({{.moduleName = "Leads", .apiName = "Leads_API"}}, [&](NetworkAnswer answer) {
-        ASSERT_FALSE(answer.error);
-        auto parsed = CVSyncParser().parse(answer.body);
-        ids = idsOf(parsed->result.at(0)->data.success());
-    });
-    settle();
-    EXPECT_EQ(ids, "1");
-    ASSERT_EQ(network->calls().size(), 1u);
-    auto call = network->calls().front();
-    EXPECT_NE(call.request.url.find("getcustomviewsinfo"), std::string::npos);
 }
 
 }  // namespace
