@@ -7,6 +7,7 @@
 #include "platform/ProcessState.h"
 #include "platform/ProgrammingError.h"
 #include "platform/SettingsStore.h"
+#include "platform/Text.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 
 namespace tarvo {
@@ -64,6 +65,16 @@ void FoundationTest::setFull(DatabaseAdapter& database, bool isFull) {
     // A limit below the present size counts as the present size.
     EXPECT_TRUE(
         database.execute(isFull ? "PRAGMA max_page_count = 1" : "PRAGMA max_page_count = 1000000", std::nullopt));
+}
+
+std::vector<std::string> FoundationTest::difficultTexts() {
+    auto texts = text::split(
+        "O'Brien|say \"hi\"|100%|1000|a_b|back\\slash|{2}|{0} = '{1}'|a[x]|' or 1=1 --|'); DROP TABLE LeadsRecords; --|"
+        "Company|${EMPTY}|\xF0\x9F\x99\x82",
+        "|");
+    texts.push_back(std::string("a\0b", 3));
+    texts.push_back(longText());
+    return texts;
 }
 
 void FoundationTest::pump(const std::function<bool()>& until) {

@@ -116,6 +116,8 @@ protected:
     static void setFull(DatabaseAdapter& database, bool isFull);
     /// A text that needs pages of its own, so that a full database cannot store it.
     static std::string longText() { return std::string(100'000, 'x'); }
+    /// Texts that a statement, a pattern or a template might take for something else. None contains another.
+    static std::vector<std::string> difficultTexts();
 
     /// Runs the main queue until the condition holds. The test fails if it does not hold in time.
     void pump(const std::function<bool()>& until);

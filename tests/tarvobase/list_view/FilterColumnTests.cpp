@@ -60,19 +60,13 @@ TEST_F(FilterColumnTest, EveryComparatorFindsItsRows) {
 
 TEST_F(FilterColumnTest, AnyTextMeansItself) {
     using S = StringFilterTypes;
-    std::string withNul("a\0b", 3);
-    const ValueList values{"O'Brien",          "5\" pipe 6\"",  "50%",     "a_b",   "back\\slash",
-                           "\xF0\x9F\x99\x82", "\"Company\" x", "Company", withNul, std::string(100000, 'x')};
+    ValueList values{"5\" pipe 6\"", "\"Acme\" x"};
+    for (auto& text : difficultTexts()) values.push_back(text);
     for (std::string column : {"Company", "$status"}) {
         store(column, values);
         for (std::size_t i = 0; i < values.size(); ++i)
-            for (auto type : {S::isExactly, S::contains, S::beginsWith, S::endsWith}) {
-                auto id = std::to_string(i + 1);
-                auto ids = run(filter(type, {*values[i].asText()}, column));
-                // One value contains the other.
-                if (type == S::contains && values[i] == Value("Company")) id = "7 8";
-                EXPECT_EQ(ids, id) << caseName(type);
-            }
+            for (auto type : {S::isExactly, S::contains, S::beginsWith, S::endsWith})
+                EXPECT_EQ(run(filter(type, {*values[i].asText()}, column)), std::to_string(i + 1)) << caseName(type);
     }
 }
 

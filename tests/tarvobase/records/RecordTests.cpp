@@ -25,7 +25,7 @@ protected:
     }
 };
 
-TEST_F(RecordValueTest, TheIdentifierColumnFollowsTheModuleAndTheNaming) {
+TEST_F(RecordValueTest, IdentifierColumnAndTableFollowTheModuleAndTheNaming) {
     struct Case {
         const char *module, *column, *api;
     };
@@ -36,9 +36,6 @@ TEST_F(RecordValueTest, TheIdentifierColumnFollowsTheModuleAndTheNaming) {
         use(Mode::api);
         EXPECT_EQ(Record("1", std::string(c.module)).identifierColumn(), c.api);
     }
-}
-
-TEST_F(RecordValueTest, TableNamesFollowTheModule) {
     EXPECT_EQ(RecordUtil::getTableName("Approvals"), "APPROVAL_PROCESS_RECORDS");
     EXPECT_EQ(RecordUtil::getTableName("Custom Module"), "Custom ModuleRecords");
 }
@@ -53,12 +50,9 @@ TEST_F(RecordValueTest, ConstructorsPlaceTheIdentifier) {
     Record mapped(Record::ColumnMap{{"ID", 1}, {"NAME", 0}, {"FAR", 9}}, {"x", "1"}, "1", "Leads");
     EXPECT_EQ(mapped.getDictionary(), (ValueMap{{"NAME", "x"}, {"ID", "1"}}));
     EXPECT_TRUE(mapped.hasColumn("FAR"));
-}
-
-TEST_F(RecordValueTest, NameThatIsGivenTwiceIsAProgrammingError) {
     Record twice(names({"A", "A"}), ValueList{"1", "2"}, "1", "Leads");
     EXPECT_EQ(twice.valueOf("A"), Value("2"));
-    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
+    EXPECT_EQ(takeProgrammingErrors().size(), 1u) << "a name is given twice";
 }
 
 TEST_F(RecordValueTest, WithoutAnIdentifierThereIsNoRecord) {
@@ -97,14 +91,6 @@ TEST_F(RecordValueTest, ReadsAndWritesAreTheSameOverAFetch) {
     }
 }
 
-TEST_F(RecordValueTest, TheTwoFormsOfTemporaryIdsAreDistinct) {
-    for (auto id : {"NEW_000000001", "NEW_123456789"}) EXPECT_TRUE(RecordUtil::isNewRecord(std::string_view(id)));
-    for (auto id :
-         {"NEW_12345678", "NEW_1234567890", "new_123456789", " NEW_123456789", "NEW_12345678x", "TarvoTEMPID#1", ""})
-        EXPECT_FALSE(RecordUtil::isNewRecord(std::string_view(id))) << id;
-    EXPECT_FALSE(isTempId("NEW_000000001"));
-}
-
 TEST_F(RecordValueTest, NewRecordsNeverShareAnId) {
     auto settings = std::make_shared<BrenUserDefaults>();
     configuration().recordIDGenerator = std::make_shared<NewRecordIds>(settings);
@@ -117,34 +103,26 @@ TEST_F(RecordValueTest, NewRecordsNeverShareAnId) {
     EXPECT_EQ(Record::getNewRecord(names({"NAME"}), std::nullopt, "Leads").recordId(), "NEW_000000003");
     later.resetRecordId();
     EXPECT_EQ(later.getNewRecordId(), "NEW_000000001");
-}
-
-TEST_F(RecordValueTest, NewRecordsWithoutAGeneratorAreAProgrammingError) {
     configuration().recordIDGenerator = nullptr;
     EXPECT_NE(Record::getNewRecord("Leads").recordId(), Record::getNewRecord("Leads").recordId());
-    EXPECT_EQ(takeProgrammingErrors().size(), 2u);
+    EXPECT_EQ(takeProgrammingErrors().size(), 2u) << "without a generator";
 }
 
 TEST_F(RecordValueTest, UserLookupsComeWithTheirNames) {
     Record record("1", "Leads");
-    User user;
-    user.id = "5", user.name = "F L", user.firstName = "F", user.lastName = "L";
-    record.populateUserLookup({"OWNER"}, user);
-    EXPECT_EQ(
-        record.getDictionary(),
-        (ValueMap{
-            {"ID", "1"}, {"OWNER", "5"}, {"OWNER_LOOKUP", "F L"}, {"OWNER_FIRSTNAME", "F"}, {"OWNER_LASTNAME", "L"}}));
+    record.populateUserLookup({"O"}, User{.id = "5", .firstName = "F", .lastName = "L", .name = "F L"});
+    EXPECT_EQ(record.getDictionary(),
+              (ValueMap{{"ID", "1"}, {"O", "5"}, {"O_LOOKUP", "F L"}, {"O_FIRSTNAME", "F"}, {"O_LASTNAME", "L"}}));
 }
 
 TEST_F(RecordValueTest, EqualRecords) {
     auto of = [](ValueMap values) { return std::optional(Record(std::move(values), "1", "Leads")); };
     EXPECT_TRUE(areRecordsEqual(std::nullopt, std::nullopt));
     EXPECT_FALSE(areRecordsEqual(of({}), std::nullopt));
-    struct Case {
+    const struct {
         ValueMap a, b;
         bool equal;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{{"A", "x"}, {"B", 1}}, {{"B", 1}, {"A", "x"}}, true},
         {{{"A", "x"}}, {{"B", "x"}}, false},
         {{{"A", "x"}}, {{"A", "x"}, {"B", nullptr}}, false},
@@ -195,9 +173,7 @@ TEST_F(ReducedRecordTest, LayoutsShowOnlyFieldsWithSomethingToShow) {
 TEST_F(RecordValueTest, RefusalsAsJson) {
     for (auto& whole : {ErrorResponse{"C", "m", std::nullopt}, ErrorResponse{"C", "m", ValueMap{{"a", 1}}}})
         EXPECT_EQ(ErrorResponse::fromJSON(whole.toJSON()).value(), whole);
-    EXPECT_EQ(ErrorResponse::fromJSON({{"message", "m"}}).error().failedPath, "code");
     EXPECT_EQ(ErrorResponse::fromJSON({{"code", "C"}, {"message", 1}}).error().failedPath, "message");
-    EXPECT_EQ(ErrorResponse::parsingFailed().message, "txnPARSING_FAILED");
 }
 
 }  // namespace tarvo

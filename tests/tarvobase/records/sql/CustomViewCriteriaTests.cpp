@@ -54,9 +54,7 @@ TEST_F(CustomViewCriteriaTest, TemplatesHaveTheStoredShape) {
         {leaf("A", "equal", "x,,y"), "({0} = '{1}' or {2} = '{3}')", {"A", "x", "A", "y"}},
         {leaf("A", "equal", ""), "({0} = '{1}')", {"A", ""}},
         {leaf("A", "contains", "a, b"), "({0} like '{1}' or {2} like '{3}')", {"A", "%a%", "A", "%b%"}},
-        {leaf("A", "contains", ValueList{"a,b"}), "({0} like '{1}')", {"A", "%a,b%"}},
         {leaf("A", "not_like", "a"), "({0} not like '{1}')", {"A", "%a%"}},
-        {leaf("A", "starts_with", "a"), "({0} like '{1}')", {"A", "a%"}},
         {leaf("A", "ends_with", "a"), "({0} like '{1}')", {"A", "%a"}},
         {leaf("A", "like", "${EMPTY}"), "({0} like '{1}')", {"A", "${EMPTY}"}},
         {leaf("A", "greater_than", 5), "({0} > '{1}')", {"A", "5"}},
@@ -93,8 +91,6 @@ TEST_F(CustomViewCriteriaTest, EveryComparatorFindsItsRows) {
         {"Company", texts, "equal", "", "6"},
         {"Company", texts, "not_equal", "Acme", "2 3 4 6"},
         {"Company", texts, "like", "acme", "1 2 3"},
-        {"Company", texts, "contains", "cme l", "2"},
-        {"Company", texts, "not_like", "acme", "4 6"},
         {"Company", texts, "not_contains", "acme", "4 6"},
         {"Company", texts, "starts_with", "acme", "1 2"},
         {"Company", texts, "ends_with", "acme", "1 3"},
@@ -111,7 +107,6 @@ TEST_F(CustomViewCriteriaTest, EveryComparatorFindsItsRows) {
         {"Created_Time", {5, 7, "", nullptr}, "greater_equal", "6", "2"},
         {"Created_Time", {5, 7, "", nullptr}, "less_than", "6", "1"},
         {"Converted", {"false", "true", nullptr}, "equal", "0", "1"},
-        {"Converted", {"false", "true", nullptr}, "equal", "1", "2"},
         {"Converted", {"false", "true", nullptr}, "equal", "true", "2"},
         {"$status", {"c_new", "c-new"}, "equal", "c_new", "1"},
     };
@@ -126,21 +121,8 @@ TEST_F(CustomViewCriteriaTest, EveryComparatorFindsItsRows) {
 }
 
 TEST_F(CustomViewCriteriaTest, AnyTextMeansItself) {
-    std::string withNul("a\0b", 3);
-    const ValueList values{"O'Brien",
-                           "say \"hi\"",
-                           "50%",
-                           "a_b",
-                           "back\\slash",
-                           "{2}",
-                           "[x]",
-                           "{0} = '{1}'",
-                           "\xF0\x9F\x99\x82",
-                           "Company",
-                           "' or 1=1 --",
-                           withNul,
-                           std::string(100000, 'x'),
-                           "${EMPTY}"};
+    ValueList values{"[y]"};
+    for (auto& text : difficultTexts()) values.push_back(text);
     store("Company", values);
     for (std::size_t i = 0; i < values.size(); ++i)
         for (auto comparator : {"equal", "contains", "starts_with", "ends_with", "in"}) {
@@ -150,43 +132,37 @@ TEST_F(CustomViewCriteriaTest, AnyTextMeansItself) {
 }
 
 TEST_F(CustomViewCriteriaTest, WildcardsStandForThemselves) {
-    store("Company", {"505", "50%", "axb", "a_b"});
-    EXPECT_EQ(run(leaf("Company", "contains", "0%")), "2");
-    EXPECT_EQ(run(leaf("Company", "contains", "a_")), "4");
-    EXPECT_EQ(run(leaf("Company", "not_contains", "a_")), "1 2 3");
-}
-
-TEST_F(CustomViewCriteriaTest, WildcardsAtTheEndsOfValuesStandForThemselves) {
-    store("Company", {"50% off", "now 50%", "%50 x", "x %50", "a 50 b", "\\50", "50\\", "%", "50"});
+    store("Company", {"50% off", "now 50%", "%50 x", "x %50", "a 50 b", "\\50", "50\\", "%", "50", "a_x", "abx"});
     struct Case {
         const char *comparator, *value, *ids;
     };
-    const Case cases[] = {
-        {"ends_with", "50%", "2"},
-        {"starts_with", "%50", "3"},
-        {"starts_with", "50%", "1"},
-        {"ends_with", "%50", "4"},
-        {"starts_with", "%", "3 8"},
-        {"ends_with", "%", "2 8"},
-        {"starts_with", "\\50", "6"},
-        {"ends_with", "50\\", "7"},
-        {"contains", "50%", "1 2"},
-        {"contains", "%50", "3 4"},
-        {"starts_with", "", "1 2 3 4 5 6 7 8 9"},
-    };
+    const Case cases[] = {{"ends_with", "50%", "2"},
+                          {"starts_with", "%50", "3"},
+                          {"starts_with", "50%", "1"},
+                          {"ends_with", "%50", "4"},
+                          {"starts_with", "%", "3 8"},
+                          {"ends_with", "%", "2 8"},
+                          {"starts_with", "\\50", "6"},
+                          {"ends_with", "50\\", "7"},
+                          {"contains", "50%", "1 2"},
+                          {"contains", "%50", "3 4"},
+                          {"contains", "_x", "10"},
+                          {"not_contains", "_x", "1 2 3 4 5 6 7 8 9 11"},
+                          {"starts_with", "", "1 2 3 4 5 6 7 8 9 10 11"}};
     for (auto& one : cases)
         EXPECT_EQ(run(leaf("Company", one.comparator, ValueList{one.value})), one.ids)
             << one.comparator << " " << one.value;
 }
 
-TEST_F(CustomViewCriteriaTest, NumbersOfListsCompareAsNumbers) {
+TEST_F(CustomViewCriteriaTest, ItemsOfListsCompareByTheTypeOfTheColumn) {
     store("Amount", {"10", "10.0", "9", "", nullptr, "x"});
     EXPECT_EQ(run(leaf("Amount", "in", ValueList{"10", 7})), "1 2");
     EXPECT_EQ(run(leaf("Amount", "in", "9,10.00")), "1 2 3");
     EXPECT_EQ(run(leaf("Amount", "in", ValueList{"9", "x"})), "3 6");
     EXPECT_EQ(run(leaf("Amount", "not_in", ValueList{"10", "x"})), "3");
-    store("Company", {"10", "10.0"});
+    store("Company", {"10", "10.0", "a,b", "a"});
     EXPECT_EQ(run(leaf("Company", "in", ValueList{"10"})), "1") << "texts compare as texts";
+    EXPECT_EQ(run(leaf("Company", "in", ValueList{"a,b"})), "3") << "a comma does not split an item";
 }
 
 /// Days that begin at a local midnight: 2024-06-25 in two zones, and the shorter day of a clock change.
@@ -213,17 +189,10 @@ TEST_F(CustomViewCriteriaTest, DatesOfCriteriaAreTheMomentsOfTheirDay) {
             for (auto& [comparator, expected] : ids)
                 EXPECT_EQ(run(leaf("Created_Time", comparator, one.day)), expected) << comparator;
         }
-}
-
-TEST_F(CustomViewCriteriaTest, TimesOfCriteriaAreTheirSecond) {
+    use(FieldIdentifier::fieldAPINameIdentifier());
     store("Created_Time", {1719273599, 1719273600, 1719273601});
-    EXPECT_EQ(run(leaf("Created_Time", "equal", "2024-06-25T00:00:00Z")), "2");
+    EXPECT_EQ(run(leaf("Created_Time", "equal", "2024-06-25T00:00:00Z")), "2") << "a time is its second";
     EXPECT_EQ(run(leaf("Created_Time", "greater_than", "2024-06-25T05:30:00+05:30")), "3");
-}
-
-TEST_F(CustomViewCriteriaTest, CommasInsideItemsDoNotSplitThem) {
-    store("Company", {"a,b", "a", "b"});
-    EXPECT_EQ(run(leaf("Company", "in", ValueList{"a,b"})), "1");
 }
 
 TEST_F(CustomViewCriteriaTest, TreesConnectAsWritten) {
@@ -240,8 +209,6 @@ TEST_F(CustomViewCriteriaTest, LargeTreesRunOrAreRefused) {
     store("Company", {"v1999", "v7", "other"});
     auto oneOf = [](std::size_t i) { return Value(leaf("Company", "equal", "v" + std::to_string(i))); };
     EXPECT_EQ(run(chain(2000, "or", oneOf)), "1 2");
-    EXPECT_EQ(run(leaf("Company", "in", chain(1, "", [](auto) { return "v7"; }))), "2");
-
     auto nested = [&](int depth) {
         Value node = oneOf(7);
         for (int i = 0; i < depth; ++i) node = ValueList{oneOf(i), i % 2 ? "or" : "and", node};
@@ -256,37 +223,32 @@ TEST_F(CustomViewCriteriaTest, LargeTreesRunOrAreRefused) {
     EXPECT_EQ(run(leaf("Company", "equal", ValueList(2000, "x"))), "offlineNotSupported ");
 }
 
-TEST_F(CustomViewCriteriaTest, LeavesThatLackAPartAreNotCompiled) {
+TEST_F(CustomViewCriteriaTest, CriteriaThatCannotBeEvaluatedAreRefused) {
     auto good = leaf("Company", "equal", "a");
+    auto listWith = [&](Value second, Value third) {
+        return Value(ValueList{good, std::move(second), std::move(third)});
+    };
+    const Value onlyForServer[] = {leaf("Company", "between", "a"),
+                                   leaf("Company", "sounds_like", "a"),
+                                   leaf("Company", "equal", "a" + separator),
+                                   ValueList{good, "and"},
+                                   ValueList{good, good},
+                                   listWith("; DROP TABLE LeadsRecords; --", good),
+                                   listWith("and", 7),
+                                   listWith("and", ValueList{}),
+                                   7};
+    for (auto& criteria : onlyForServer) EXPECT_EQ(run(criteria), "offlineNotSupported ");
+    EXPECT_TRUE(wasLogged("Comparator is new (not specified in enum CustomViewComparator)"));
+    EXPECT_EQ(run(leaf("Missing", "equal", "a")), "metadataNotFound Missing");
+    auto view = viewOf(good);
+    view.offlineQuery += " and {2} = '{3}'";
+    EXPECT_EQ(run(view), "offlineNotSupported ") << "more placeholders than pieces";
     for (auto key : {"field", "value", "comparator"})
         for (auto& bad : {Value(), Value(ValueMap())}) {
             auto broken = good;
             broken.set(key, bad);
             EXPECT_FALSE(CustomViewOfflineQueryParser::compile(ValueList{good, "and", broken})) << key;
         }
-}
-
-TEST_F(CustomViewCriteriaTest, CriteriaThatOnlyTheServerCanEvaluate) {
-    auto good = leaf("Company", "equal", "a");
-    const Value onlyForServer[] = {leaf("Company", "between", "a"),
-                                   leaf("Company", "sounds_like", "a"),
-                                   leaf("Company", "equal", "a" + separator),
-                                   ValueList{good, "and"},
-                                   ValueList{good, good},
-                                   ValueList{good, "; DROP TABLE LeadsRecords; --", good},
-                                   ValueList{good, "and", 7},
-                                   ValueList{good, "and", ValueList{}},
-                                   7};
-    for (auto& criteria : onlyForServer) EXPECT_EQ(run(criteria), "offlineNotSupported ");
-    EXPECT_TRUE(wasLogged("Comparator is new (not specified in enum CustomViewComparator)"));
-}
-
-TEST_F(CustomViewCriteriaTest, FieldsAndPiecesThatAreMissing) {
-    EXPECT_EQ(run(leaf("Missing", "equal", "a")), "metadataNotFound Missing");
-    // More placeholders than pieces.
-    auto view = viewOf(leaf("Company", "equal", "a"));
-    view.offlineQuery += " and {2} = '{3}'";
-    EXPECT_EQ(run(view), "offlineNotSupported ");
 }
 
 TEST_F(CustomViewCriteriaTest, ActivitiesOfATypeAreViewsOfTheirModules) {
@@ -320,10 +282,6 @@ TEST_F(CustomViewCriteriaTest, TemplatesOfTheServerAreFilledToo) {
     EXPECT_EQ(ids("{0} like '%{1}%'", "Company,t's"), "1");
     EXPECT_EQ(ids("{0} = {1}", "Company,it's"), "1");
     EXPECT_EQ(ids("{0} in {1}", "Company,[x]"), "2");
-}
-
-TEST_F(CustomViewCriteriaTest, CommasInsideTheServersValuesDoNotSplitThem) {
-    configuration().serverCVCriteria = true;
     ValueList row{"1", "View", "View", "", "", "false", "true", "({0} = '{1}' or {2} = '{3}')"};
     row.push_back(ValueList{"Company", "Smith, Jones", "Company", "x"});
     ParsedPermissionInfo info;
@@ -331,7 +289,7 @@ TEST_F(CustomViewCriteriaTest, CommasInsideTheServersValuesDoNotSplitThem) {
     auto views = CVSyncParser().parseResult(ValueList(1, row), info).value();
     ASSERT_EQ(views.size(), 1u);
     store("Company", {"Smith", "Smith, Jones", "x", " Jones"});
-    EXPECT_EQ(run(views.front()), "2 3");
+    EXPECT_EQ(run(views.front()), "2 3") << "a comma inside a value does not split it";
 }
 
 }  // namespace

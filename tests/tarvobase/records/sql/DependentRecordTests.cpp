@@ -155,22 +155,16 @@ protected:
 };
 
 TEST_F(PageTransactionTest, RecordsRowsTagsAndTheViewAreOneCommit) {
+    const std::pair<const char*, std::function<bool(const Names&)>> undone[] = {
+        {"the caller gives up", [&](auto& ids) { return addToView(ids) && false; }},
+        {"a write of the caller fails",
+         [&](auto&) { return !adapter().execute("INSERT INTO Nowhere VALUES (1)", {}); }}};
+    for (auto& [what, alongside] : undone) {
+        EXPECT_EQ(storePage(alongside), std::nullopt) << what;
+        EXPECT_EQ(rowCounts(), "0 0 0 0") << what;
+    }
     EXPECT_EQ(storePage([&](auto& ids) { return addToView(ids); }), Names{"1"});
     EXPECT_EQ(rowCounts(), "1 1 1 1");
-}
-
-TEST_F(PageTransactionTest, CallerUndoesThePage) {
-    EXPECT_EQ(storePage([&](auto& ids) { return addToView(ids) && false; }), std::nullopt);
-    EXPECT_EQ(rowCounts(), "0 0 0 0");
-}
-
-TEST_F(PageTransactionTest, FailedWriteOfTheCallerUndoesThePage) {
-    EXPECT_EQ(storePage([&](auto&) {
-                  adapter().execute("INSERT INTO NoSuchTable VALUES (1)", std::nullopt);
-                  return true;
-              }),
-              std::nullopt);
-    EXPECT_EQ(rowCounts(), "0 0 0 0");
 }
 
 TEST_F(PageTransactionTest, FailedDependentRowsUndoThePage) {

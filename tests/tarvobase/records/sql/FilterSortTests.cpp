@@ -45,13 +45,10 @@ TEST_F(FilterSortTest, PicklistsSortByTheOrderOfTheirValuesAndNullsComeLast) {
     store("Status", {nullptr, "Won", "unknown b", "O'Brien's", "open", "unknown a"});
     EXPECT_EQ(sorted("Status", true), "5 4 2 6 3 1");
     EXPECT_EQ(sorted("Status", false), "2 4 5 3 6 1");
-}
-
-TEST_F(FilterSortTest, PicklistsWithoutValuesSortAsTexts) {
     picklists.clear();
     use(FieldIdentifier::fieldAPINameIdentifier());
     store("Status", {"b", "a", "C"});
-    EXPECT_EQ(sorted("Status", true), "2 1 3");
+    EXPECT_EQ(sorted("Status", true), "2 1 3") << "without values they sort as texts";
 }
 
 TEST_F(FilterSortTest, ColumnsSortByTheirTypes) {
@@ -111,32 +108,28 @@ TEST_F(FilterSortTest, SectionNamesOfPeopleComeFromTheirPartsWhereTheTableHasThe
 }
 
 TEST_F(FilterSortTest, ParentsSortByTheirDisplayTextAndNotByTheirId) {
-    for (auto naming : {FieldIdentifier::fieldAPINameIdentifier(), FieldIdentifier::crmColumnNameIdentifier()}) {
-        configuration().fieldIdentifier = naming;
-        FieldMetadata parent;
-        parent.fieldAPIName = "Parent_Id", parent.columnCRMName = "SEID", parent.fieldType = FieldDataType::text;
-        fields = FieldList("Leads", {parent}, {}, naming);
-        auto column = fields.identifierOf(parent), id = std::string(naming.constant->id);
-        adapter->dropTable("LeadsRecords");
-        adapter->createTable("CREATE TABLE LeadsRecords (" + id + ", " + column + ", " + column + "_LOOKUP)");
-        for (auto& [recordId, parentId, shown] : {std::tuple("1", "30", "a"), {"2", "10", "c"}, {"3", "20", "b"}})
-            adapter->insertInto("LeadsRecords", {{id, recordId}, {column, parentId}, {column + "_LOOKUP", shown}});
-        EXPECT_EQ(sectioned(column, true), "1 3 2");
-        adapter->dropTable("LeadsRecords");
-        adapter->createTable("CREATE TABLE LeadsRecords (" + id + ", " + column + ")");
-        for (auto& [recordId, parentId] : {std::pair("1", "30"), {"2", "10"}, {"3", "20"}})
-            adapter->insertInto("LeadsRecords", {{id, recordId}, {column, parentId}});
-        EXPECT_EQ(sectioned(column, true), "2 3 1") << "without a display text";
-    }
+    for (auto naming : {FieldIdentifier::fieldAPINameIdentifier(), FieldIdentifier::crmColumnNameIdentifier()})
+        for (bool hasText : {true, false}) {
+            configuration().fieldIdentifier = naming;
+            FieldMetadata parent;
+            parent.fieldAPIName = "Parent_Id", parent.columnCRMName = "SEID", parent.fieldType = FieldDataType::text;
+            fields = FieldList("Leads", {parent}, {}, naming);
+            auto column = fields.identifierOf(parent), id = std::string(naming.constant->id);
+            auto text = hasText ? column + "_LOOKUP" : "unused";
+            adapter->dropTable("LeadsRecords");
+            adapter->createTable("CREATE TABLE LeadsRecords (" + id + ", " + column + ", " + text + ")");
+            for (auto& [recordId, parentId, shown] : {std::tuple("1", "30", "a"), {"2", "10", "c"}, {"3", "20", "b"}})
+                adapter->insertInto("LeadsRecords", {{id, recordId}, {column, parentId}, {text, shown}});
+            EXPECT_EQ(sectioned(column, true), hasText ? "1 3 2" : "2 3 1");
+        }
 }
 
 TEST_F(FilterSortTest, ViewsSortByTheSecondFieldOfASharedColumn) {
     for (auto naming : {FieldIdentifier::fieldAPINameIdentifier(), FieldIdentifier::crmColumnNameIdentifier()}) {
         FieldMetadata task, event;
-        task.fieldAPIName = "Subject", task.columnCRMName = "SUBJECT", task.fieldType = FieldDataType::text;
-        event.fieldAPIName = "Event_Title", event.columnCRMName = "SUBJECT", event.fieldType = FieldDataType::text;
+        task.fieldAPIName = "Subject", event.fieldAPIName = "Event_Title";
+        task.columnCRMName = event.columnCRMName = "SUBJECT";
         FieldList shared("Activities", {task, event}, {}, naming);
-        ASSERT_TRUE(shared.getFieldByApiName("Event_Title"));
         CustomView view;
         view.sortBy = "Event_Title", view.sortOrder = "asc";
         EXPECT_EQ(view.sortFieldList(shared).front(), (SortField{shared.identifierOf(event), true}));
@@ -145,8 +138,7 @@ TEST_F(FilterSortTest, ViewsSortByTheSecondFieldOfASharedColumn) {
 
 TEST_F(FilterSortTest, ViewsSortByTheirFieldAndThenByTheDefault) {
     struct Case {
-        std::string sortBy;
-        std::string sortOrder;
+        const char *sortBy, *sortOrder;
         std::vector<SortField> list;
     };
     const SortField newest{"ID", false};
@@ -161,22 +153,18 @@ TEST_F(FilterSortTest, ViewsSortByTheirFieldAndThenByTheDefault) {
     use(FieldIdentifier::crmColumnNameIdentifier());
     for (auto& one : cases) {
         CustomView view;
-        view.sortBy = one.sortBy;
-        view.sortOrder = one.sortOrder;
+        view.sortBy = one.sortBy, view.sortOrder = one.sortOrder;
         EXPECT_EQ(view.sortFieldList(fields), one.list) << one.sortBy << " " << one.sortOrder;
-        EXPECT_EQ(view.sortField(fields).has_value(), one.list.size() == 2 || one.sortBy == "id");
+        EXPECT_EQ(view.sortField(fields).has_value(), one.list.size() == 2 || view.sortBy == "id");
         auto field = view.sortColumnMetadata(fields, true);
         ASSERT_TRUE(field);
         EXPECT_EQ(field->columnCRMName, one.list.front().column);
     }
-}
-
-TEST_F(FilterSortTest, ViewsWithoutAnOrderOfTheirOwn) {
-    CustomView view;
-    view.sortOrder = "null";
-    EXPECT_EQ(view.getSortOrder(false), std::nullopt);
-    EXPECT_EQ(view.getSortOrder(true), SortOrder::descending);
-    EXPECT_EQ(view.sortColumnMetadata(fields, false), nullptr);
+    CustomView unsorted;
+    unsorted.sortOrder = "null";
+    EXPECT_EQ(unsorted.getSortOrder(false), std::nullopt);
+    EXPECT_EQ(unsorted.getSortOrder(true), SortOrder::descending);
+    EXPECT_EQ(unsorted.sortColumnMetadata(fields, false), nullptr);
 }
 
 }  // namespace
