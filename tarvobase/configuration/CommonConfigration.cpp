@@ -30,9 +30,4 @@ std::string CommonConfigration::voiceFileDirectoryLocation() {
     return *voiceFileDirectory_.get();
 }
 
-std::string organisationTableName(std::string_view name) {
-    auto organisation = CommonConfigration::sharedInstance().currentOrgID.get();
-    return organisation.empty() ? std::string(name) : std::string(name) + "_" + organisation;
-}
-
 }  // namespace tarvo

@@ -127,10 +127,6 @@ private:
     Setting<std::optional<std::string>> voiceFileDirectory_;
 };
 
-/// Returns a table's name for the chosen organisation: the name followed by "_" and the organisation's id, or the name
-/// alone if none is chosen.
-std::string organisationTableName(std::string_view name);
-
 /// Returns a copy of the naming that is in force now.
 inline FieldIdentifier namingInForce() { return CommonConfigration::sharedInstance().fieldIdentifier.get(); }
 

@@ -29,4 +29,8 @@ bool Scope::isCurrent() const {
            (!databaseInForce || databaseInForce == configuration.databaseAdapter.get());
 }
 
+std::string Scope::tableName(std::string_view name) const {
+    return organisation.empty() ? std::string(name) : std::string(name) + "_" + organisation;
+}
+
 }  // namespace tarvo

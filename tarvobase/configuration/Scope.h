@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "tarvobase/configuration/FieldIdentifier.h"
 #include "tarvobase/configuration/UserDefaults.h"
@@ -34,6 +35,10 @@ struct Scope {
     /// Returns false once another account, organisation or database is in force. A scope that was taken without a
     /// database stays current when one is opened, since its work stores nothing there. May be called from any thread.
     bool isCurrent() const;
+
+    /// Returns the name of a table that each organisation has for itself: `name` followed by "_" and the organisation's
+    /// id, or `name` alone while no organisation is chosen.
+    std::string tableName(std::string_view name) const;
 };
 
 }  // namespace tarvo

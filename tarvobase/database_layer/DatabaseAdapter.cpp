@@ -13,7 +13,7 @@ std::optional<std::int64_t> countIn(const std::optional<Rows>& rows) {
     return cell ? cell->asInteger() : std::nullopt;
 }
 
-// The one table that is the library's own; the server owns the schema of all others.
+// A table of the library's own; the server owns the schema of its data.
 constexpr const char* identityTable = "TARVO_DATABASE_IDENTITY";
 
 }  // namespace

@@ -6,7 +6,7 @@ namespace tarvo {
 
 namespace {
 
-// Like the identity of a database, a table of the library's own: the server owns the schema of all others.
+// Like the identity of a database, a table of the library's own.
 constexpr const char* namingTable = "TARVO_DATABASE_NAMING";
 
 std::string textOf(const FieldIdentifier& naming) {

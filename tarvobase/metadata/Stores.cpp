@@ -18,6 +18,10 @@
 #include "tarvobase/value_objects/module/SettingsInDatabase.h"
 #include "tarvobase/value_objects/module/SettingsInMemeory.h"
 #include "tarvobase/value_objects/tag/TagInDatabase.h"
+#include "tarvobase/value_objects/transaction/ChangeLogInDatabase.h"
+#include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
+#include "tarvobase/value_objects/transaction/TransactionInDatabase.h"
+#include "tarvobase/value_objects/transaction/TransactionRecordInDatabase.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
 namespace tarvo {
@@ -105,6 +109,20 @@ std::shared_ptr<TagPersistanceDelegate> Stores::tags() const {
 }
 std::shared_ptr<TagRecordsPersistanceDelegate> Stores::tagRecords() const {
     return std::make_shared<TagRecordInDatabase>(databaseAdapter());
+}
+
+std::shared_ptr<TransactionPersistanceDelegate> Stores::transactions() const {
+    return std::make_shared<TransactionInDatabase>(scope.tableName(TransactionDatabaseConstants().TableName),
+                                                   databaseAdapter());
+}
+std::shared_ptr<TransactionRecordPersistanceDelegate> Stores::transactionRecords() const {
+    return std::make_shared<TransactionRecordInDatabase>(databaseAdapter());
+}
+std::shared_ptr<ChangeLog> Stores::changeLog() const {
+    return std::make_shared<ChangeLogInDatabase>(databaseAdapter(), scope.organisation);
+}
+std::shared_ptr<RecordIdAliases> Stores::recordIdAliases() const {
+    return std::make_shared<RecordIdAliasesInDatabase>(databaseAdapter());
 }
 
 }  // namespace tarvo

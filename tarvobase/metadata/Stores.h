@@ -17,6 +17,10 @@
 #include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 #include "tarvobase/value_objects/module/SettingsPersistanceDelegate.h"
 #include "tarvobase/value_objects/tag/TagPersistanceDelegate.h"
+#include "tarvobase/value_objects/transaction/ChangeLog.h"
+#include "tarvobase/value_objects/transaction/RecordIdAliases.h"
+#include "tarvobase/value_objects/transaction/TransactionPersistanceDelegate.h"
+#include "tarvobase/value_objects/transaction/TransactionRecordPersistanceDelegate.h"
 #include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
 
 namespace tarvo {
@@ -71,6 +75,12 @@ public:
     std::shared_ptr<CustomViewPersistanceDelegate> customViews() const;
     std::shared_ptr<TagPersistanceDelegate> tags() const;
     std::shared_ptr<TagRecordsPersistanceDelegate> tagRecords() const;
+
+    // These belong to the queues of changes, and make their table if the database lacks it.
+    std::shared_ptr<TransactionPersistanceDelegate> transactions() const;
+    std::shared_ptr<TransactionRecordPersistanceDelegate> transactionRecords() const;
+    std::shared_ptr<ChangeLog> changeLog() const;
+    std::shared_ptr<RecordIdAliases> recordIdAliases() const;
 };
 
 }  // namespace tarvo

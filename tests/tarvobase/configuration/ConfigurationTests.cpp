@@ -2,6 +2,7 @@
 #include "tarvobase/configuration/AppPlatformConstants.h"
 #include "tarvobase/configuration/Assemblers.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
+#include "tarvobase/configuration/Scope.h"
 #include "tarvobase/configuration/UserAccounts.h"
 #include "tarvobase/value_objects/account/DateTimeInUserDefaults.h"
 #include "tarvobase/value_objects/field/FieldMetadata.h"
@@ -36,9 +37,9 @@ TEST_F(ConfigurationTest, WithoutAuthenticationThereIsNoAccount) {
 }
 
 TEST_F(ConfigurationTest, NamesOfTablesEndWithTheOrganisation) {
-    EXPECT_EQ(organisationTableName("T"), "T");
+    EXPECT_EQ(Scope::current().tableName("T"), "T");
     configuration().currentOrgID = "9";
-    EXPECT_EQ(organisationTableName("T"), "T_9");
+    EXPECT_EQ(Scope::current().tableName("T"), "T_9");
 }
 
 TEST_F(ConfigurationTest, ColumnsOfViewsFollowTheSettingForServerCriteria) {

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+
+namespace tarvo {
+
+/// A table that the library makes if the database lacks it. The server owns the schema of its data; a table of the
+/// user's unsent changes must not depend on it. Any thread may use it. The adapter may be null: then reads return
+/// nullopt and writes return false.
+class EnsuredTable {
+public:
+    struct Column {
+        std::string name;
+        std::string declaration;  ///< SQL, such as "INTEGER"
+    };
+    struct Declaration {
+        std::vector<Column> columns;
+        std::string keys;  ///< SQL, such as "UNIQUE (id)"; may be empty
+    };
+
+    EnsuredTable(std::shared_ptr<DatabaseAdapter> adapter, const std::string& name, Declaration declaration);
+
+    // Writes return whether they were stored. Each makes the table first, or adds the columns that it lacks.
+
+    bool execute(const std::vector<DatabaseAdapter::Statement>& statements) const;
+    bool execute(const Query& query) const { return execute({{query.sql(), query.parameters()}}); }
+    /// Stores rows in place of those with the same value in the column `key`, whatever keys the table has. The rows
+    /// need not have the same columns.
+    bool replace(const std::string& key, std::vector<ValueMap> rows) const;
+    bool update(ValueMap values, Criteria criteria) const {
+        return execute(UpdateQuery(name_, values).filter(criteria));
+    }
+    bool remove(Criteria criteria) const { return execute(DeleteQuery(name_, criteria)); }
+
+    /// Returns no row if there is no such table, and nullopt if the database cannot be read.
+    std::optional<Rows> fetch(const FetchQuery& query) const;
+    std::optional<Rows> fetch(Criteria criteria) const { return fetch(FetchQuery(name_, criteria)); }
+
+    /// The name as statements take it.
+    const std::string& name() const { return name_; }
+
+private:
+    bool make() const;
+
+    std::shared_ptr<DatabaseAdapter> adapter_;
+    std::string plainName_, name_;
+    Declaration declaration_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Describe.h"
+#include "platform/Object.h"
+#include "tarvobase/value_objects/transaction/ErrorResponse.h"
+
+namespace tarvo {
+
+/// The two queues of changes. The raw texts are stored, and hosts see them.
+enum class ChangeQueue { older, current };
+
+template <>
+struct EnumCases<ChangeQueue> {
+    static constexpr EnumCase<ChangeQueue> cases[] = {{ChangeQueue::older, "older"}, {ChangeQueue::current, "current"}};
+};
+
+/// What the library knows of a change beside its row in a queue.
+struct ChangeEntry {
+    /// Rises with each change of either queue. No number is given twice, even after the change is gone.
+    std::int64_t number = 0;
+    std::int64_t enteredAt = 0;  ///< milliseconds since 1970
+    std::string organisation;    ///< where the change was made; empty if none was chosen
+    /// A UUID of the payload, which each send carries. The server applies a payload once, however often it arrives.
+    std::string key;
+    std::int64_t sends = 0;  ///< requests that were started
+    std::optional<ErrorResponse> lastRefusal;
+    ChangeQueue queue = ChangeQueue::older;
+    std::string transactionId;  ///< the row in its queue; the current queue's number in decimal
+
+    friend bool operator==(const ChangeEntry&, const ChangeEntry&) = default;
+};
+
+/// The log of the changes that wait in either queue, one entry per row of a queue. It is a table of the library's own,
+/// written in the same commits as the queues. Writes return whether they were stored, and join the transaction of the
+/// database around them. Reads return nullopt if the log cannot be read. Any thread may use it; each call blocks its
+/// caller.
+class ChangeLog : public virtual platform::Object {
+public:
+    using Entries = std::optional<std::vector<ChangeEntry>>;
+
+    /// Enters a change of the log's organisation with a new number and a new key. Returns the present entry if the
+    /// change has one already, and nullopt if none could be stored.
+    virtual std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) = 0;
+    /// Returns the entries of the log's organisation, in the order of their numbers.
+    virtual Entries entries() = 0;
+    /// Returns the entries that exist of these changes of a queue, in the order of their numbers.
+    virtual Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
+    /// Counts one more send.
+    virtual bool noteSend(std::int64_t number) = 0;
+    virtual bool noteRefusal(std::int64_t number, const ErrorResponse& refusal) = 0;
+    /// Gives a change with a new payload a new key, and forgets its refusal. Returns the key, or nullopt if it could
+    /// not be stored. The server would answer the former key with the former result.
+    virtual std::optional<std::string> renewKey(std::int64_t number) = 0;
+    virtual bool remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,123 @@
+#include "tarvobase/value_objects/transaction/ChangeLogInDatabase.h"
+
+#include "platform/Clock.h"
+#include "platform/Json.h"
+#include "platform/Random.h"
+#include "tarvobase/storage/DatabasePersistanceClass.h"
+
+namespace tarvo {
+
+namespace {
+
+namespace changeColumns {
+constexpr const char *number = "number", *enteredAt = "entered_at", *organisation = "organisation", *key = "key",
+                     *sends = "sends", *refusalCode = "refusal_code", *refusalMessage = "refusal_message",
+                     *refusalDetails = "refusal_details", *queue = "queue", *transactionId = "transaction_id";
+}
+
+// AUTOINCREMENT remembers the highest number after its row is gone. Code, message and details of a refusal have columns
+// of their own, so that lists can look for a message.
+EnsuredTable::Declaration changeLogTable() {
+    using namespace changeColumns;
+    return {.columns = {{number, "INTEGER PRIMARY KEY AUTOINCREMENT"},
+                        {enteredAt, "INTEGER"},
+                        {organisation, "TEXT"},
+                        {key, "TEXT"},
+                        {sends, "INTEGER DEFAULT 0"},
+                        {refusalCode, "TEXT"},
+                        {refusalMessage, "TEXT"},
+                        {refusalDetails, "TEXT"},
+                        {queue, "TEXT"},
+                        {transactionId, "TEXT"}},
+            .keys = std::string("UNIQUE (") + queue + ", " + transactionId + ")"};
+}
+
+std::optional<ErrorResponse> refusalOf(const Row& row) {
+    auto code = row.valueOf(changeColumns::refusalCode);
+    if (!code.asText()) return std::nullopt;
+    auto details = json::parse(row.valueOf(changeColumns::refusalDetails).textOr(""));
+    return ErrorResponse{.code = *code.asText(),
+                         .message = row.valueOf(changeColumns::refusalMessage).textOr(""),
+                         .details = details && details->asMap() ? std::optional(*details->asMap()) : std::nullopt};
+}
+
+ChangeEntry entryOf(const Row& row) {
+    using namespace changeColumns;
+    auto integer = [&](const char* column) { return row.valueOf(column).asInteger().value_or(0); };
+    auto text = [&](const char* column) { return row.valueOf(column).textOr(""); };
+    return {.number = integer(number),
+            .enteredAt = integer(enteredAt),
+            .organisation = text(organisation),
+            .key = text(key),
+            .sends = integer(sends),
+            .lastRefusal = refusalOf(row),
+            .queue = fromRawText<ChangeQueue>(text(queue)).value_or(ChangeQueue::older),
+            .transactionId = text(transactionId)};
+}
+
+ValueMap refusalValues(const std::optional<ErrorResponse>& refusal) {
+    auto details = refusal && refusal->details ? json::write(Value(*refusal->details)) : std::nullopt;
+    return {{changeColumns::refusalCode, refusal ? Value(refusal->code) : Value()},
+            {changeColumns::refusalMessage, refusal ? Value(refusal->message) : Value()},
+            {changeColumns::refusalDetails, details ? Value(*details) : Value()}};
+}
+
+Criteria hasNumber(std::int64_t number) { return Criteria::equalTo(changeColumns::number, number); }
+Criteria areOfQueue(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
+    return Criteria::and_({columnIs(changeColumns::queue, std::string(rawText(queue))),
+                           columnIn(changeColumns::transactionId, transactionIds)});
+}
+
+}  // namespace
+
+ChangeLogInDatabase::ChangeLogInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::string organisation)
+    : table_(std::move(databaseAdapter), "TARVO_CHANGES", changeLogTable()), organisation_(std::move(organisation)) {}
+
+std::optional<ChangeEntry> ChangeLogInDatabase::enter(ChangeQueue queue, const std::string& transactionId) {
+    using namespace changeColumns;
+    auto columns = std::string(enteredAt) + ", " + organisation + ", " + key + ", " + sends + ", " +
+                   changeColumns::queue + ", " + changeColumns::transactionId;
+    RawQuery insert("INSERT OR IGNORE INTO " + table_.name() + " (" + columns + ") VALUES (?,?,?,0,?,?)",
+                    {static_cast<std::int64_t>(platform::Clock::now().time_since_epoch().count()), organisation_,
+                     platform::Random::uuid(), rawText(queue), transactionId});
+    if (!table_.execute(insert)) return std::nullopt;
+    return firstOf(entriesOf(queue, {transactionId}));
+}
+
+ChangeLog::Entries ChangeLogInDatabase::entries() {
+    return entriesWhere(columnIs(changeColumns::organisation, organisation_));
+}
+ChangeLog::Entries ChangeLogInDatabase::entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
+    return entriesWhere(areOfQueue(queue, transactionIds));
+}
+
+bool ChangeLogInDatabase::noteSend(std::int64_t number) {
+    auto counted = std::string(changeColumns::sends);
+    return table_.execute(RawQuery("UPDATE " + table_.name() + " SET " + counted + " = " + counted + " + 1 WHERE " +
+                                       changeColumns::number + " = ?",
+                                   {number}));
+}
+bool ChangeLogInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal) {
+    return table_.update(refusalValues(refusal), hasNumber(number));
+}
+std::optional<std::string> ChangeLogInDatabase::renewKey(std::int64_t number) {
+    auto key = platform::Random::uuid();
+    auto values = refusalValues(std::nullopt);
+    values.set(changeColumns::key, key);
+    return table_.update(std::move(values), hasNumber(number)) ? std::optional(key) : std::nullopt;
+}
+bool ChangeLogInDatabase::remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
+    return transactionIds.empty() || table_.remove(areOfQueue(queue, transactionIds));
+}
+
+ChangeLog::Entries ChangeLogInDatabase::entriesWhere(Criteria criteria) const {
+    FetchQuery query(table_.name(), std::move(criteria));
+    query.sortBy = {SortDescriptor::customOrderBy(changeColumns::number)};
+    auto rows = table_.fetch(query);
+    if (!rows) return std::nullopt;
+    std::vector<ChangeEntry> entries;
+    for (auto row : *rows) entries.push_back(entryOf(row));
+    return entries;
+}
+
+}  // namespace tarvo

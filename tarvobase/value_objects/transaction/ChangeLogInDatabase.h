@@ -1,0 +1,29 @@
+#pragma once
+
+#include "tarvobase/storage/EnsuredTable.h"
+#include "tarvobase/value_objects/transaction/ChangeLog.h"
+
+namespace tarvo {
+
+/// The log of changes in the account's database. All organisations share the table.
+class ChangeLogInDatabase final : public ChangeLog {
+public:
+    /// The adapter may be null.
+    ChangeLogInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::string organisation);
+
+    std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) override;
+    Entries entries() override;
+    Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
+    bool noteSend(std::int64_t number) override;
+    bool noteRefusal(std::int64_t number, const ErrorResponse& refusal) override;
+    std::optional<std::string> renewKey(std::int64_t number) override;
+    bool remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
+
+private:
+    Entries entriesWhere(Criteria criteria) const;
+
+    EnsuredTable table_;
+    const std::string organisation_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/Result.h"
+#include "tarvobase/network_layer/ParserError.h"
+
+namespace tarvo {
+
+/// The server's id of a record that was added here under a temporary id.
+struct RecordIdAlias {
+    std::string temporaryId;
+    std::string moduleName;
+    std::string realId;
+
+    friend bool operator==(const RecordIdAlias&, const RecordIdAlias&) = default;
+};
+
+/// The real ids of records that had a temporary one. A screen, a file or a queued change may name the temporary id for
+/// days, so an entry stays until the id is taken for another record. It is a table of the library's own, written in the
+/// same commits as the answers that bring the ids. Writes return whether they were stored, and join the transaction of
+/// the database around them. Any thread may use it; each call blocks its caller.
+class RecordIdAliases : public virtual platform::Object {
+public:
+    /// Fails with `noData` if the table cannot be read.
+    using Found = Result<std::optional<std::string>, ParserError>;
+
+    /// Stores an alias, in place of the one of the same module and temporary id.
+    virtual bool store(const RecordIdAlias& alias) = 0;
+    /// Returns the real id, or nullopt if the id has none.
+    virtual Found realId(const std::string& moduleName, const std::string& temporaryId) = 0;
+    /// Returns the aliases that these ids have in any module, for texts that do not say in which. Returns nullopt if
+    /// the table cannot be read.
+    virtual std::optional<std::vector<RecordIdAlias>> aliasesOf(const std::vector<std::string>& temporaryIds) = 0;
+    /// Removes an alias. A new record calls it with its id: generated ids have nine digits, so that an id can come
+    /// again after years, and its edits must not reach the former record.
+    virtual bool forget(const std::string& moduleName, const std::string& temporaryId) = 0;
+};
+
+}  // namespace tarvo

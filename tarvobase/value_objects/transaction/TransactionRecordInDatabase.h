@@ -1,0 +1,22 @@
+#pragma once
+
+#include "tarvobase/storage/EnsuredTable.h"
+#include "tarvobase/value_objects/transaction/TransactionRecordPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// The table of the two sides of records with changes that wait. All organisations share it.
+class TransactionRecordInDatabase final : public TransactionRecordPersistanceDelegate {
+public:
+    /// The adapter may be null.
+    explicit TransactionRecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter);
+
+    bool storeTransactionRecordPersistance(const TransactionRecord& record) override;
+    bool removeTransactionRecord(const std::string& recordID) override;
+    Found getTransactionRecord(const std::string& recordID) override;
+
+private:
+    EnsuredTable table_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/Object.h"
+#include "tarvobase/network_layer/ParserError.h"
+#include "tarvobase/value_objects/transaction/TransactionRecord.h"
+
+namespace tarvo {
+
+/// The store of the two sides of records with changes that wait. Writes return whether they were stored, and join the
+/// transaction of the database around them; the table is made with the first write if there is none. Any thread may use
+/// it; each call blocks its caller.
+class TransactionRecordPersistanceDelegate : public virtual platform::Object {
+public:
+    /// Fails with `noData` if the table cannot be read, and with `typeConversionFailedForKey` and the column if the
+    /// row cannot.
+    using Found = Result<std::optional<TransactionRecord>, ParserError>;
+
+    /// Stores both sides of a record, in place of those stored before.
+    virtual bool storeTransactionRecordPersistance(const TransactionRecord& record) = 0;
+    virtual bool removeTransactionRecord(const std::string& recordID) = 0;
+    virtual Found getTransactionRecord(const std::string& recordID) = 0;
+};
+
+}  // namespace tarvo
