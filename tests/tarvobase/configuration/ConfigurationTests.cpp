@@ -1,12 +1,8 @@
-#include "platform/Files.h"
 #include "tarvobase/configuration/AppPlatformConstants.h"
 #include "tarvobase/configuration/Assemblers.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/configuration/UserAccounts.h"
-#include "tarvobase/value_objects/account/DateTimeInUserDefaults.h"
-#include "tarvobase/value_objects/field/FieldMetadata.h"
-#include "tarvobase/value_objects/view/CustomViewConstants.h"
 #include "tests/tarvobase/Fixture.h"
 
 namespace tarvo {
@@ -22,17 +18,12 @@ protected:
 };
 
 TEST_F(ConfigurationTest, AnAccountSourceTakesPrecedenceOverAuthentication) {
-    EXPECT_EQ(configuration().getCurrentAccountID(), "1001");
     configuration().currentAccountIDSource = [] { return std::optional<std::string>("2002"); };
     EXPECT_EQ(configuration().getCurrentAccountID(), "2002");
     configuration().currentAccountIDSource = nullptr;
     EXPECT_EQ(configuration().getCurrentAccountID(), "1001");
-}
-
-TEST_F(ConfigurationTest, WithoutAuthenticationThereIsNoAccount) {
     configuration().authentication = nullptr;
     EXPECT_EQ(configuration().getCurrentAccountID(), std::nullopt);
-    EXPECT_EQ(accounts()->getCurrentBrenUID(), "");
     EXPECT_FALSE(accounts()->hasBrenuid());
 }
 
@@ -42,45 +33,21 @@ TEST_F(ConfigurationTest, NamesOfTablesEndWithTheOrganisation) {
     EXPECT_EQ(Scope::current().tableName("T"), "T_9");
 }
 
-TEST_F(ConfigurationTest, ColumnsOfViewsFollowTheSettingForServerCriteria) {
-    EXPECT_EQ(configuration().customViewDBConstants().ListFields, "list_fields");
-    for (int i = 0; i < 2; ++i) {
-        configuration().serverCVCriteria = true;
-        EXPECT_EQ(configuration().customViewDBConstants().ListFields, "selected_columns");
-        EXPECT_EQ(configuration().customViewDBConstants().ViewID, "view_id");
-    }
-}
-
-TEST_F(ConfigurationTest, TheFolderOfVoiceNotesIsKeptFromItsFirstUse) {
-    auto voice = configuration().voiceFileDirectoryLocation();
-    EXPECT_EQ(voice, folder() + "/VoiceNotes/");
-    configuration().localDirectoryLocation = "/elsewhere";
-    EXPECT_EQ(configuration().voiceFileDirectoryLocation(), voice);
-}
-
-TEST_F(ConfigurationTest, IdentifiersOfFieldsFollowTheNaming) {
-    FieldMetadata field;
-    field.columnCRMName = "COLUMN";
-    field.fieldAPIName = "api";
-    EXPECT_EQ(field.fieldIdentifier(), "COLUMN");
-    configuration().fieldIdentifier = FieldIdentifier::fieldAPINameIdentifier();
-    EXPECT_EQ(field.fieldIdentifier(), "api");
-}
-
-TEST_F(ConfigurationTest, ADatabaseWithoutAFolderOrAnAccountIsAProgrammingError) {
+TEST_F(ConfigurationTest, FilesWithoutAFolderOrAnAccountAreAProgrammingError) {
     configuration().localDirectoryLocation = std::nullopt;
     EXPECT_EQ(DatabaseConstants().databaseName(), "");
-    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
+    configuration().voiceFileDirectoryLocation();
+    EXPECT_EQ(takeProgrammingErrors().size(), 2u);
     configuration().localDirectoryLocation = folder();
     configuration().authentication = nullptr;
     static_cast<void>(DatabaseConstants().databaseName());
     EXPECT_EQ(takeProgrammingErrors().size(), 1u);
 }
 
-TEST_F(ConfigurationTest, VoiceNotesWithoutAFolderAreAProgrammingError) {
-    configuration().localDirectoryLocation = std::nullopt;
-    configuration().voiceFileDirectoryLocation();
-    EXPECT_EQ(takeProgrammingErrors().size(), 1u);
+TEST_F(ConfigurationTest, TheFolderOfVoiceNotesIsKeptFromItsFirstUse) {
+    auto voice = configuration().voiceFileDirectoryLocation();
+    configuration().localDirectoryLocation = "/elsewhere";
+    EXPECT_EQ(configuration().voiceFileDirectoryLocation(), voice);
 }
 
 TEST_F(ConfigurationTest, SettingsMayBeReadAndSetByManyThreads) {
@@ -95,27 +62,20 @@ TEST_F(ConfigurationTest, SettingsMayBeReadAndSetByManyThreads) {
     settle();
 }
 
-TEST_F(ConfigurationTest, ResettingAnAccountThatNeverFinishedStoresNothing) {
-    accounts()->resetInitialDownload("1");
-    EXPECT_EQ(accounts()->userWithInitialDownloadComplete(), std::nullopt);
-}
-
 TEST_F(ConfigurationTest, KeepsWhichAccountsHaveFinishedTheirFirstDownload) {
     auto manager = accounts();
+    manager->resetInitialDownload("1");
+    EXPECT_EQ(accounts()->userWithInitialDownloadComplete(), std::nullopt);
     for (auto id : {"1", "2", "1"}) manager->initDownloadCompleteForUser(id);
     manager->resetInitialDownload("1");
     EXPECT_EQ(accounts()->userWithInitialDownloadComplete(), (std::vector<std::string>{"2", "1"}));
-    EXPECT_TRUE(manager->isInitialDownloadComplete("1"));
-    EXPECT_FALSE(manager->isInitialDownloadComplete("3"));
 }
 
 TEST_F(ConfigurationTest, AnAccountIsOfflineUnlessOnlineIsStored) {
     auto manager = accounts();
-    EXPECT_EQ(manager->getPersistenceMode("1"), PersistenceMode::offline);
     manager->updatePersistenceMode("1", PersistenceMode::online);
     manager->updatePersistenceMode("2", PersistenceMode::offline);
     EXPECT_EQ(manager->getPersistenceMode("1"), PersistenceMode::online);
-    EXPECT_TRUE(wasLogged("PersistanceMode updated for `1` to `online`"));
     BrenUserDefaults().setDictionary({{"3", "ONLINE"}}, "PersistanceMode", UserDefaultsGroup::base());
     EXPECT_EQ(manager->getPersistenceMode("3"), PersistenceMode::offline);
 }
@@ -148,35 +108,26 @@ TEST_F(ConfigurationTest, EachGroupHasItsOwnSettings) {
     using G = UserDefaultsGroup;
     defaults.setString("mine", "k", G::current());
     defaults.setString("all", "k", G::base());
+    defaults.setString("bare", "k", G::none());
     EXPECT_EQ(defaults.stringForKey("k", G::other("1001")), "mine");
     EXPECT_EQ(defaults.stringForKey("k", G::other("BaseGroup")), "all");
     signIn("2002");
     EXPECT_EQ(defaults.stringForKey("k", G::current()), std::nullopt);
-}
-
-TEST_F(ConfigurationTest, ASettingOfAnotherKindReadsAsAbsent) {
-    BrenUserDefaults defaults;
-    defaults.setInteger(7, "n", UserDefaultsGroup::base());
-    EXPECT_EQ(defaults.stringForKey("n", UserDefaultsGroup::base()), std::nullopt);
-    EXPECT_EQ(defaults.integerForKey("n", UserDefaultsGroup::base()), 7);
-}
-
-TEST_F(ConfigurationTest, StoringAnAbsentListRemovesTheKey) {
-    BrenUserDefaults defaults;
-    defaults.setSecureArray(ValueList{1}, "s", UserDefaultsGroup::current());
-    defaults.setSecureArray(std::nullopt, "s", UserDefaultsGroup::current());
-    EXPECT_EQ(defaults.secureArrayForKey("s", UserDefaultsGroup::current()), std::nullopt);
-}
-
-TEST_F(ConfigurationTest, RemovingAllSettingsKeepsThoseOfNobody) {
-    BrenUserDefaults defaults;
-    defaults.setString("all", "k", UserDefaultsGroup::base());
-    defaults.setString("mine", "k", UserDefaultsGroup::current());
-    defaults.setString("bare", "k", UserDefaultsGroup::none());
+    signIn("1001");
     defaults.removeAllStoredValues();
-    EXPECT_EQ(defaults.stringForKey("k", UserDefaultsGroup::base()), std::nullopt);
-    EXPECT_EQ(defaults.stringForKey("k", UserDefaultsGroup::current()), std::nullopt);
-    EXPECT_EQ(defaults.stringForKey("k", UserDefaultsGroup::none()), "bare");
+    EXPECT_EQ(defaults.stringForKey("k", G::base()), std::nullopt);
+    EXPECT_EQ(defaults.stringForKey("k", G::current()), std::nullopt);
+    EXPECT_EQ(defaults.stringForKey("k", G::none()), "bare") << "settings of nobody stay";
+}
+
+TEST_F(ConfigurationTest, ASettingOfAnotherKindAndARemovedOneReadAsAbsent) {
+    BrenUserDefaults defaults;
+    auto group = UserDefaultsGroup::current();
+    defaults.setInteger(7, "n", group);
+    EXPECT_EQ(defaults.stringForKey("n", group), std::nullopt);
+    defaults.setSecureArray(ValueList{1}, "s", group);
+    defaults.setSecureArray(std::nullopt, "s", group);
+    EXPECT_EQ(defaults.secureArrayForKey("s", group), std::nullopt);
 }
 
 TEST_F(ConfigurationTest, ObserversGetTheirKeysInTheirGroups) {

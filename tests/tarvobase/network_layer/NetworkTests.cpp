@@ -10,22 +10,28 @@ namespace {
 
 using Case = CRMAPIs::Case;
 
-class NetworkConstantsTest : public FoundationTest {};
+class NetworkConstantsTest : public FoundationTest {
+protected:
+    NetworkConstants constants;
+};
 
 TEST_F(NetworkConstantsTest, ComposesTheURLOfEachKindOfCall) {
-    NetworkConstants constants;
     configuration().dclBD = "base.test";
-    EXPECT_EQ(constants.getURL(Case::appMetadata), "https://mproxy.base.test/crm/v4/getmetadatainfo");
-    EXPECT_EQ(constants.getURL(Case::appMetadata, ApiVersion::v5), "https://mproxy.base.test/crm/v5/getmetadatainfo");
-    EXPECT_EQ(constants.getURLTo(Case::getRecords, "CustomModule1"),
-              "https://mproxy.base.test/crm/v4/custommodule1/products/getrecords");
-    EXPECT_EQ(constants.getURL(Case::downloadUserPhoto), "https://mproxy.base.test/contacts/downloadphoto");
-    EXPECT_EQ(constants.getURL(CRMAPIs::getMyJobsRecord("12")), "https://mproxy.base.test/crm/v4/12/markasread");
-    EXPECT_EQ(constants.getURL(Case::appinitdata), "https://mproxy.base.test/crm/v4/getappinitdata");
+    const std::pair<std::string, std::string> urls[] = {
+        {constants.getURL(Case::appMetadata), "/crm/v4/getmetadatainfo"},
+        {constants.getURL(Case::appMetadata, ApiVersion::v5), "/crm/v5/getmetadatainfo"},
+        {constants.getURLTo(Case::getRecords, "CustomModule1"), "/crm/v4/custommodule1/products/getrecords"},
+        {constants.getURL(Case::downloadUserPhoto), "/contacts/downloadphoto"},
+        {constants.getURL(CRMAPIs::getMyJobsRecord("12")), "/crm/v4/12/markasread"},
+        {constants.getURL(Case::appinitdata), "/crm/v4/getappinitdata"},
+    };
+    for (auto& [url, path] : urls) EXPECT_EQ(url, "https://mproxy.base.test" + path);
+    auto webRoot = constants.getURL(Case::relatedEmailSharedDetails);
+    EXPECT_TRUE(webRoot.ends_with("/crm/v2/"));
+    EXPECT_EQ(constants.getURL(CRMAPIs::sendMail("Leads", "9")), webRoot + "Leads/9/actions/send_mail");
 }
 
 TEST_F(NetworkConstantsTest, URLsFollowTheVariantOfTheConfiguration) {
-    NetworkConstants constants;
     configuration().dclBD = "base.test";
     configuration().servletPath = ServletPathV4::lumet;
     configuration().initDataType = InitDataType::lumet;
@@ -34,31 +40,25 @@ TEST_F(NetworkConstantsTest, URLsFollowTheVariantOfTheConfiguration) {
     EXPECT_EQ(constants.getURL(Case::getUserDetails), "https://eu-sandbox.base.test/vestra/v4/getuserdetails");
     EXPECT_EQ(constants.getURL(Case::appinitdata), "https://eu-sandbox.base.test/vestra/v4/getlumetappinitdata");
     EXPECT_EQ(constants.getBaseUrl(DependentServerType::contactServer, "d", std::nullopt), "https://contacts.d");
-}
-
-TEST_F(NetworkConstantsTest, CallsOfTheWebHaveARootOfTheirOwn) {
-    NetworkConstants constants;
     auto webRoot = constants.getURL(Case::relatedEmailSharedDetails);
-    EXPECT_TRUE(webRoot.ends_with("/crm/v2/"));
-    EXPECT_EQ(constants.getURL(CRMAPIs::sendMail("Leads", "9")), webRoot + "Leads/9/actions/send_mail");
     configuration().baseURLType = WebBaseURLType::lumetV2;
     EXPECT_NE(constants.getURL(Case::relatedEmailSharedDetails), webRoot);
 }
 
 TEST_F(NetworkConstantsTest, EachServerTypeHasItsOwnBase) {
-    NetworkConstants constants;
     std::set<std::string> endpoints;
     for (auto& one : EnumCases<MProxyServerType>::cases)
         endpoints.insert(constants.getBaseUrl(one.value, "d", std::nullopt));
     EXPECT_EQ(endpoints.size(), 12u);
 }
 
-/// A request that was sent, in one line: URL, authorization, parameters and body.
+/// A request that was sent to https://h.test, in one line: method, path, authorization, parameters and body.
 std::string sent(const NetworkCall& call) {
-    auto text = call.request.method + " " + call.request.url;
-    text += " auth=" + call.authorization.value_or("-");
-    text += " params=" + (call.params ? json::write(Value(*call.params)).value() : "-");
-    if (call.request.body) text += " body=" + call.request.body->text();
+    auto text = call.request.method + " " + call.request.url.substr(std::string("https://h.test").size());
+    auto bearer = call.authorization == "Nimbra-oauthtoken secret-token";
+    text += " " + (bearer ? "bearer" : call.authorization.value_or("-"));
+    text += " " + (call.params ? json::write(Value(*call.params)).value() : "-");
+    if (call.request.body) text += " " + call.request.body->text();
     return text;
 }
 
@@ -101,7 +101,6 @@ protected:
     }
 
     std::shared_ptr<ScriptedNetworkAdapter> adapter;
-    const std::string bearer = "Nimbra-oauthtoken secret-token";
 };
 
 TEST_F(ServiceTest, ReportsACallToTheDelegateInOrder) {
@@ -126,50 +125,58 @@ TEST_F(ServiceTest, ReportsACallToTheDelegateInOrder) {
     EXPECT_EQ(listener->notices, std::vector<std::string>{"not sent"});
 }
 
-TEST_F(ServiceTest, SendsParametersBesideTheBodyInTheURL) {
-    using R = BaseNetworkService::Request;
-    ValueMap a{{"a", "1 2"}};
-    EXPECT_EQ(outcomeOf(base(), R{.params = a}), "POST https://h.test/call auth=" + bearer + " params={\"a\":\"1 2\"}");
-    EXPECT_EQ(outcomeOf(base(), R{.params = a, .body = Data("B")}),
-              "POST https://h.test/call?a=1%202 auth=" + bearer + " params=- body=B");
-    EXPECT_EQ(outcomeOf(base(), R{.params = a, .method = HTTPMethod::get, .shouldAddOrgId = true}),
-              "GET https://h.test/call auth=" + bearer + " params={\"a\":\"1 2\"}");
-}
-
-TEST_F(ServiceTest, SendsTheDomainInTheURL) {
-    using R = BaseNetworkService::Request;
-    ValueMap a{{"a", "1 2"}};
-    configuration().verticalDomain = "v";
-    EXPECT_EQ(outcomeOf(base(), R{.params = a, .body = Data("B")}),
-              "POST https://h.test/call?a=1%202&domain=v auth=" + bearer + " params=- body=B");
-    EXPECT_EQ(outcomeOf(base(), R{}), "POST https://h.test/call?domain=v auth=" + bearer + " params=-");
-}
-
-TEST_F(ServiceTest, SendsTheOrganisationInParametersIfTheConfigurationAllowsIt) {
+TEST_F(ServiceTest, SendsParametersDomainAndOrganisationInTheirPlaces) {
     using R = BaseNetworkService::Request;
     chooseOrganisation();
-    EXPECT_EQ(outcomeOf(base(), R{.params = ValueMap(), .shouldAddOrgId = true}),
-              "POST https://h.test/call auth=" + bearer + " params={}");
-    configuration().passOrgID = true;
-    EXPECT_EQ(outcomeOf(base(), R{.params = ValueMap(), .shouldAddOrgId = true}),
-              "POST https://h.test/call auth=" + bearer + " params={\"orgid\":\"77\"}");
-    EXPECT_EQ(outcomeOf(base(), R{.shouldAddOrgId = true}), "POST https://h.test/call auth=" + bearer + " params=-");
-}
-
-TEST_F(ServiceTest, SendsAPlainTokenAlone) {
-    signIn("1001", "secret-token", AuthenticationType::plain);
-    EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "POST https://h.test/call auth=secret-token params=-");
+    ValueMap a{{"a", "1 2"}};
+    struct {
+        std::optional<std::string> domain;
+        bool mayPassOrganisation;
+        R request;
+        std::string expected;
+    } cases[] = {
+        {{}, true, R{.params = a}, R"(POST /call bearer {"a":"1 2"})"},
+        {{}, true, R{.params = a, .body = Data("B")}, "POST /call?a=1%202 bearer - B"},
+        {{}, true, R{.params = a, .method = HTTPMethod::get}, R"(GET /call bearer {"a":"1 2"})"},
+        {"v", true, R{.params = a, .body = Data("B")}, "POST /call?a=1%202&domain=v bearer - B"},
+        {"v", true, R{}, "POST /call?domain=v bearer -"},
+        {{}, false, R{.params = ValueMap(), .shouldAddOrgId = true}, "POST /call bearer {}"},
+        {{}, true, R{.params = ValueMap(), .shouldAddOrgId = true}, R"(POST /call bearer {"orgid":"77"})"},
+        {{}, true, R{.shouldAddOrgId = true}, "POST /call bearer -"},
+    };
+    for (auto& one : cases) {
+        configuration().verticalDomain = one.domain;
+        configuration().passOrgID = one.mayPassOrganisation;
+        EXPECT_EQ(outcomeOf(base(), one.request), one.expected);
+    }
 }
 
 TEST_F(ServiceTest, ACallWithoutAuthenticationSendsNeitherTokenNorOrganisation) {
-    using R = BaseNetworkService::Request;
-    ValueMap a{{"a", "1 2"}};
     chooseOrganisation();
     configuration().passOrgID = true;
     auto open = base();
     open->shouldAddAuthtoken = false;
-    EXPECT_EQ(outcomeOf(open, R{.params = a, .shouldAddOrgId = true}),
-              "POST https://h.test/call auth=- params={\"a\":\"1 2\"}");
+    EXPECT_EQ(outcomeOf(open, BaseNetworkService::Request{.params = ValueMap(), .shouldAddOrgId = true}),
+              "POST /call - {}");
+}
+
+TEST_F(ServiceTest, APlainTokenIsSentAloneAndByTheStaticBaseInTheURL) {
+    signIn("1001", "secret-token", AuthenticationType::plain);
+    EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "POST /call secret-token -");
+    StaticBaseNetworkService::Request request{
+        .params = ValueMap{{"a", 1}}, .url = "https://h.test/x", .body = Data("B")};
+    EXPECT_EQ(outcomeOf(plain(), request), "POST /x?authtoken=secret-token&a=1 - - B");
+}
+
+TEST_F(ServiceTest, TheStaticBaseSendsNoDomainAndAlsoWithoutAToken) {
+    using R = StaticBaseNetworkService::Request;
+    ValueMap a{{"a", 1}};
+    configuration().verticalDomain = "v";
+    std::string url = "https://h.test/x";
+    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = url, .body = Data("B")}), "POST /x?a=1 bearer - B");
+    EXPECT_EQ(outcomeOf(plain(), R{.params = ValueMap(), .url = url, .body = Data("B")}), "POST /x bearer {} B");
+    signIn("1001", std::nullopt);
+    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = url}), R"(POST /x - {"a":1})");
 }
 
 /// An account whose token comes when the test gives it.
@@ -224,23 +231,20 @@ protected:
 };
 
 TEST_F(ScopeOfServicesTest, AnAnswerAfterASwitchIsAFailureWithoutABody) {
-    for (auto& change : changes()) {
-        SCOPED_TRACE(change.name);
-        auto expected = change.outdates ? "the account at work has changed" : "body";
-        restore();
-        auto older = base();
-        adapter->answer("body");
-        adapter->beforeAnswer = change.make;
-        older->sendRequest({.completionHandler = keep()});
-        EXPECT_EQ(taken(), expected);
-
-        restore();
-        auto newer = plain();
-        adapter->answer("body");
-        adapter->beforeAnswer = change.make;
-        newer->sendRequest({.url = "https://h.test/x", .completionHandler = keep()});
-        EXPECT_EQ(taken(), expected);
-    }
+    for (auto& change : changes())
+        for (bool isStatic : {false, true}) {
+            SCOPED_TRACE(change.name);
+            restore();
+            auto older = base();
+            auto newer = isStatic ? plain() : nullptr;
+            adapter->answer("body");
+            adapter->beforeAnswer = change.make;
+            if (newer)
+                newer->sendRequest({.url = "https://h.test/x", .completionHandler = keep()});
+            else
+                older->sendRequest({.completionHandler = keep()});
+            EXPECT_EQ(taken(), change.outdates ? "the account at work has changed" : "body");
+        }
 }
 
 TEST_F(ScopeOfServicesTest, AServiceSendsNothingAfterASwitch) {
@@ -291,56 +295,21 @@ TEST_F(ScopeOfServicesTest, ATokenThatNeverComesEndsTheCall) {
     EXPECT_TRUE(adapter->calls().empty());
 }
 
-TEST_F(ServiceTest, TheStaticBaseKeepsEmptyParametersBesideABody) {
-    using R = StaticBaseNetworkService::Request;
-    ValueMap a{{"a", 1}};
-    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x", .body = Data("B")}),
-              "POST https://h.test/x?a=1 auth=" + bearer + " params=- body=B");
-    EXPECT_EQ(outcomeOf(plain(), R{.params = ValueMap(), .url = "https://h.test/x", .body = Data("B")}),
-              "POST https://h.test/x auth=" + bearer + " params={} body=B");
-}
-
-TEST_F(ServiceTest, TheStaticBaseSendsNoDomain) {
-    using R = StaticBaseNetworkService::Request;
-    configuration().verticalDomain = "v";
-    EXPECT_EQ(outcomeOf(plain(), R{.url = "https://h.test/x"}), "POST https://h.test/x auth=" + bearer + " params=-");
-}
-
-TEST_F(ServiceTest, TheStaticBaseSendsAPlainTokenInTheURL) {
-    using R = StaticBaseNetworkService::Request;
-    ValueMap a{{"a", 1}};
-    signIn("1001", "secret-token", AuthenticationType::plain);
-    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x", .body = Data("B")}),
-              "POST https://h.test/x?authtoken=secret-token&a=1 auth=- params=- body=B");
-}
-
-TEST_F(ServiceTest, TheStaticBaseSendsWithoutATokenToo) {
-    using R = StaticBaseNetworkService::Request;
-    ValueMap a{{"a", 1}};
-    signIn("1001", std::nullopt);
-    EXPECT_EQ(outcomeOf(plain(), R{.params = a, .url = "https://h.test/x"}),
-              "POST https://h.test/x auth=- params={\"a\":1}");
-}
-
-TEST_F(ServiceTest, ACallWithoutAURLStillCompletes) {
-    EXPECT_EQ(outcomeOf(base("not a url"), BaseNetworkService::Request()), "unsent invalid URL");
-    EXPECT_EQ(outcomeOf(plain(), StaticBaseNetworkService::Request()), "unsent invalid URL");
-}
-
-TEST_F(ServiceTest, ACallWithoutATokenCompletesAndNamesTheAccount) {
+TEST_F(ServiceTest, ACallThatCannotBeSentStillCompletes) {
     struct Listener final : CommonErrorProtocol {
         void noAuthtoken(const std::string& user) override { users.push_back(user); }
         std::vector<std::string> users;
     };
+    EXPECT_EQ(outcomeOf(base("not a url"), BaseNetworkService::Request()), "unsent invalid URL");
+    EXPECT_EQ(outcomeOf(plain(), StaticBaseNetworkService::Request()), "unsent invalid URL");
+
     auto listener = std::make_shared<Listener>();
     signIn("1001", std::nullopt);
     auto service = base();
     service->errorHandler = listener;
     EXPECT_EQ(outcomeOf(service, BaseNetworkService::Request()), "unsent not sent");
     EXPECT_EQ(listener->users, std::vector<std::string>{"1001"});
-}
 
-TEST_F(ServiceTest, ACallWithoutAuthenticationStillCompletes) {
     configuration().authentication = nullptr;
     EXPECT_EQ(outcomeOf(base(), BaseNetworkService::Request()), "unsent not sent");
     EXPECT_EQ(takeProgrammingErrors().size(), 1u);
@@ -388,7 +357,7 @@ TEST_F(ServiceTest, UploadsCarryTheTokenInTheirHeadersOrParameters) {
     settle();
     auto uploads = adapter->uploads();
     ASSERT_EQ(uploads.size(), 2u);
-    EXPECT_EQ(uploads[0].headers.find("Authorization"), bearer);
+    EXPECT_EQ(uploads[0].headers.find("Authorization"), "Nimbra-oauthtoken secret-token");
     EXPECT_EQ(uploads[0].headers.find("x-app-buildid"), "build-7");
     EXPECT_EQ(uploads[0].fileName, "photo.png");
     EXPECT_EQ(uploads[1].headers.find("Authorization"), std::nullopt);

@@ -24,75 +24,48 @@ protected:
         FoundationTest::SetUp();
         defaults = std::make_shared<BrenUserDefaults>();
     }
+    void useFormats() {
+        platform::Clock::setTimeZone("UTC");
+        DateTimeInUserDefaults(defaults).storeDateFormat("dd.MM.yyyy");
+        DateTimeInUserDefaults(defaults).storeTimeFormat("HH:mm");
+        Util::performInitialOperations(defaults);
+    }
+    void storeDateFormat(const std::string& format) {
+        DateTimeInUserDefaults(defaults).storeDateFormat(format);
+        settle();
+    }
     std::shared_ptr<UserDefaultsProtocol> defaults;
 };
 
-TEST_F(UtilityTest, FormatsFollowTheUser) {
-    platform::Clock::setTimeZone("UTC");
-    DateTimeInUserDefaults store(defaults);
-    store.storeDateFormat("dd.MM.yyyy");
-    store.storeTimeFormat("HH:mm");
-    Util::performInitialOperations(defaults);
-    EXPECT_EQ(Util::dateFormatter().string(moment), "29.02.2024");
-    EXPECT_EQ(Util::dateTimeFormatter().string(moment), "29.02.2024 10:10");
-    store.storeDateFormat("yyyy/MM/dd");
-    settle();
-    EXPECT_EQ(Util::dateFormatter().string(moment), "2024/02/29");
-    EXPECT_EQ(Util::timeFormatter().string(moment), "10:10");
-    EXPECT_EQ(Util::dateTimeFormatter().string(moment), "2024/02/29 10:10");
-}
-
-TEST_F(UtilityTest, FormatsIgnoreTheSettingsOfOtherAccounts) {
-    platform::Clock::setTimeZone("UTC");
-    DateTimeInUserDefaults(defaults).storeDateFormat("dd.MM.yyyy");
-    Util::performInitialOperations(defaults);
+TEST_F(UtilityTest, FormatsFollowTheUserAndTheOneWithAtIsFixedAtItsFirstUse) {
+    useFormats();
     defaults->setString("yy", "TarvoDateFormat", UserDefaultsGroup::other("2002"));
     settle();
     EXPECT_EQ(Util::dateFormatter().string(moment), "29.02.2024");
-}
-
-TEST_F(UtilityTest, TheFormatWithAtIsFixedAtItsFirstUse) {
-    platform::Clock::setTimeZone("UTC");
-    DateTimeInUserDefaults store(defaults);
-    store.storeDateFormat("dd.MM.yyyy");
-    store.storeTimeFormat("HH:mm");
-    Util::performInitialOperations(defaults);
-    for (auto format : {"dd.MM.yyyy", "yyyy/MM/dd"}) {
-        store.storeDateFormat(format);
-        settle();
-        EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
-    }
+    EXPECT_EQ(Util::dateTimeFormatter().string(moment), "29.02.2024 10:10");
+    EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
+    storeDateFormat("yyyy/MM/dd");
+    EXPECT_EQ(Util::dateFormatter().string(moment), "2024/02/29");
+    EXPECT_EQ(Util::timeFormatter().string(moment), "10:10");
+    EXPECT_EQ(Util::dateTimeFormatter().string(moment), "2024/02/29 10:10");
+    EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
 }
 
 TEST_F(UtilityTest, FormatsBelongToTheirAccount) {
-    platform::Clock::setTimeZone("UTC");
-    DateTimeInUserDefaults store(defaults);
     auto fallback = Util::dateFormatter().string(moment);
-    store.storeDateFormat("dd.MM.yyyy");
-    store.storeTimeFormat("HH:mm");
-    Util::performInitialOperations(defaults);
+    useFormats();
     EXPECT_EQ(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
 
     signIn("2002");
     EXPECT_EQ(Util::dateFormatter().string(moment), fallback);
     EXPECT_NE(Util::DateFormatters::dateAtTimeFormatter().string(moment), "29.02.2024 at 10:10");
-    store.storeDateFormat("yyyy/MM/dd");
-    settle();
+    storeDateFormat("yyyy/MM/dd");
     EXPECT_EQ(Util::dateFormatter().string(moment), "2024/02/29");
 
     signIn("1001");
     EXPECT_EQ(Util::dateTimeFormatter().string(moment), "29.02.2024 10:10");
     Util::performInitialOperations(defaults);
     EXPECT_EQ(Util::dateFormatter().string(moment), "29.02.2024");
-}
-
-TEST_F(UtilityTest, FixedFormats) {
-    platform::Clock::setTimeZone("UTC");
-    using F = Util::DateFormatters;
-    EXPECT_EQ(F::iso8601DateFormatter().string(moment), "2024-02-29T10:10:00Z");
-    EXPECT_EQ(F::isoDateFormatter().date("2024-02-29T12:10:00+02:00"), moment);
-    EXPECT_EQ(F::dateOnlyFormatter().string(moment), "2024-02-29");
-    EXPECT_EQ(F::timeOnlyFormatter().string(moment), "10:10");
 }
 
 TEST_F(UtilityTest, ATemporaryIdIsTheSecondOrTheNextFreeNumber) {
@@ -134,36 +107,30 @@ TEST_F(UtilityTest, TheTwoFormsOfTemporaryIdsAreDistinguished) {
 
 TEST_F(UtilityTest, StateOfListsIsKeptPerModuleAndView) {
     UserDefaultsUtil util(defaults);
-    EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), std::nullopt);
-    EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "7"));
-    util.setListFilterRecordSyncTime(1'700'000'000'000, "Leads", "7");
-    util.setListFilterHasMoreRecord(false, "Leads", "7");
-    util.setListFilterLastUpdatedTime(5, {"Leads", "Deals"});
-    EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), 1'700'000'000'000);
-    EXPECT_FALSE(util.getListFilterHasMoreRecord("Leads", "7"));
-    EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "8"));
-    EXPECT_EQ(util.getListFilterLastUpdatedTime("Deals"), 5);
-    EXPECT_EQ(defaults->boolForKey("Leads_7_LFHasMoreRecord", UserDefaultsGroup::current()), false);
-    util.resetListFilter("Leads", "7");
-    EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), std::nullopt);
-    EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "7"));
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), std::nullopt);
+        EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "7"));
+        util.setListFilterRecordSyncTime(1'700'000'000'000, "Leads", "7");
+        util.setListFilterHasMoreRecord(false, "Leads", "7");
+        EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), 1'700'000'000'000);
+        EXPECT_FALSE(util.getListFilterHasMoreRecord("Leads", "7"));
+        EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "8"));
+        util.resetListFilter("Leads", "7");
+    }
 }
 
 TEST_F(UtilityTest, ProgressAndChoicesBelongToTheirAccount) {
     UserDefaultsUtil util(defaults);
-    EXPECT_EQ(util.getProgressPercent(), 0);
-    EXPECT_FALSE(util.isCurrencyCompleted());
     util.setCurrencyCompleted();
     util.setModuleOrder({"Deals", "Leads"});
     util.setProgressPercent(40);
-    EXPECT_EQ(util.getProgressPercent(), 40);
     EXPECT_TRUE(util.isCurrencyCompleted());
     EXPECT_FALSE(util.isPermissionsCompleted());
-    EXPECT_EQ(defaults->boolForKey("currency_downloadable", UserDefaultsGroup::current()), true);
+    EXPECT_EQ(util.getProgressPercent(), 40);
     EXPECT_THAT(*util.getModuleOrder(), ElementsAre("Deals", "Leads"));
     signIn("2002");
-    EXPECT_EQ(util.getProgressPercent(), 0);
     EXPECT_FALSE(util.isCurrencyCompleted());
+    EXPECT_EQ(util.getProgressPercent(), 0);
     EXPECT_EQ(util.getModuleOrder(), std::nullopt);
 }
 
@@ -176,11 +143,8 @@ TEST_F(UtilityTest, BinarySearch) {
         int element;
         Index first, last, insertion;
     } cases[] = {
-        {{}, 1, none, none, none},        {{5}, 5, 0, 0, 0},
-        {{5}, 1, none, none, 0},          {{5}, 9, none, none, 0},
-        {{1, 3, 3, 3, 9}, 3, 1, 3, 2},    {{3, 3, 3, 3}, 3, 0, 3, 1},
-        {{1, 3, 5, 7}, 4, none, none, 2}, {{1, 3, 5, 7}, 0, none, none, 0},
-        {{1, 3, 5, 7}, 8, none, none, 3},
+        {{}, 1, none, none, none},  {{5}, 9, none, none, 0},          {{1, 3, 3, 3, 9}, 3, 1, 3, 2},
+        {{3, 3, 3, 3}, 3, 0, 3, 1}, {{1, 3, 5, 7}, 4, none, none, 2}, {{1, 3, 5, 7}, 8, none, none, 3},
     };
     for (auto& one : cases) {
         auto search = [&](O option) {
@@ -190,28 +154,6 @@ TEST_F(UtilityTest, BinarySearch) {
         EXPECT_EQ(search(O::lastEqual), one.last) << one.element;
         EXPECT_EQ(search(O::insertionIndex), one.insertion) << one.element;
     }
-}
-
-TEST_F(UtilityTest, CompareAndCallCallsForEqualValuesOnly) {
-    int calls = 0;
-    CommonUtils::compareAndCall(1, 1, [&] { ++calls; });
-    CommonUtils::compareAndCall(std::string("a"), std::string("b"), [&] { ++calls; });
-    EXPECT_EQ(calls, 1);
-}
-
-TEST_F(UtilityTest, DeepUnwrapReturnsTheInnermostValue) {
-    using Deep = std::optional<std::optional<std::optional<int>>>;
-    EXPECT_EQ(Util::deepUnwrap(Deep(std::optional(std::optional(5)))), 5);
-    EXPECT_EQ(Util::deepUnwrap(Deep(std::optional<std::optional<int>>(std::optional<int>()))), std::nullopt);
-    EXPECT_EQ(Util::deepUnwrap(7), 7);
-}
-
-TEST_F(UtilityTest, TheCurrentUserIsTheSignedInOne) {
-    EXPECT_EQ(CommonUtils::getCurrentUserBrenUID(), "1001");
-    EXPECT_TRUE(CommonUtils::hasBrenuid());
-    signIn(std::nullopt);
-    EXPECT_EQ(CommonUtils::getCurrentUserBrenUID(), "");
-    EXPECT_FALSE(CommonUtils::hasBrenuid());
 }
 
 class TwoThreads final : public AppPlatformConstantsProtocol {
@@ -229,18 +171,6 @@ TEST_F(UtilityTest, BackgroundQueuesTakeTurns) {
     EXPECT_NE(first, second);
     EXPECT_EQ(next(), first);
     EXPECT_EQ(first->label(), "BrenCommonUtilsQueue");
-}
-
-TEST_F(UtilityTest, WorkRunsAtOnceOrLater) {
-    auto queue = CommonUtils::nextBackgroundDispatchQueue();
-    std::vector<std::string> order;
-    CommonUtils::performRequestInQueue(queue, CommonUtils::Sync::yes, [&] { order.push_back("sync"); });
-    CommonUtils::performAsyncInMain([&] { order.push_back("main"); });
-    EXPECT_THAT(order, ElementsAre("sync"));
-    settle();
-    CommonUtils::performRequestInQueue(queue, CommonUtils::Sync::no, [&] { order.push_back("async"); });
-    settle();
-    EXPECT_THAT(order, ElementsAre("sync", "main", "async"));
 }
 
 }  // namespace
