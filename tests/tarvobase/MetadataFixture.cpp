@@ -33,9 +33,6 @@ void MetadataTest::SetUp() {
     adapter_ = std::make_shared<CountingAdapter>(openDatabase());
     configuration().databaseAdapter = adapter_;
     for (auto& table : metadataTables()) adapter_->createTable(table);
-    adapter_->createTable(
-        "CREATE TABLE PERMISSIONS (module_name, module_api_name, permission_key, permission_value, "
-        "UNIQUE (module_name, permission_key))");
     use(Naming::column);
 }
 

@@ -29,6 +29,8 @@ inline std::vector<std::string> metadataTables() {
         "CREATE TABLE ACTIVE_USERS (user_id UNIQUE, user_first_name, user_last_name, user_name, user_brenuid, "
         "user_email, user_status, user_role, user_confirm, user_profile, user_profile_id, is_logged_in_user, "
         "date_format, time_format, time_zone, name_format)",
+        "CREATE TABLE PERMISSIONS (module_name, module_api_name, permission_key, permission_value, "
+        "UNIQUE (module_name, permission_key))",
     };
 }
 

@@ -24,9 +24,6 @@ protected:
     void openTables() {
         adapter = openDatabase();
         for (auto& table : metadataTables()) adapter->createTable(table);
-        adapter->createTable(
-            "CREATE TABLE PERMISSIONS (module_name, module_api_name, permission_key, permission_value, "
-            "UNIQUE (module_name, permission_key))");
         fields = std::make_shared<FieldMetadataInDatabase>("MODULE_SPECIFIC_METADATA", adapter);
     }
     static FieldMetadata named(const std::string& module, const std::string& column, const std::string& apiName,

@@ -7,18 +7,6 @@
 namespace tarvo {
 namespace {
 
-TEST_F(MetadataModelTest, FieldsAreWrittenInBothForms) {
-    auto field = named("Leads", "LANE", "Street");
-    field.displayPrefs = {{"decimal_place", "2"}};
-    auto plain = FieldMetadataConstants().getDictionary(field);
-    EXPECT_EQ(plain.valueOf("FiledID"), Value("LeadsLANE"));
-    EXPECT_EQ(FieldMetadataConstants().getValue(plain).value(), field);
-    auto row = FieldMetadataDatabaseConstants().getDictionary(field);
-    EXPECT_EQ(row.valueOf("additional_info"), Value(R"({"decimal_place":"2"})"));
-    EXPECT_EQ(row.valueOf("max_length"), Value("0"));
-    EXPECT_EQ(row.valueOf("visible"), Value("false"));
-}
-
 TEST_F(MetadataModelTest, PreferencesThatJsonCannotExpressAreLeftOut) {
     auto field = named("Leads", "LANE", "Street");
     field.displayPrefs = {{"decimal_place", std::nan("")}};
@@ -27,51 +15,34 @@ TEST_F(MetadataModelTest, PreferencesThatJsonCannotExpressAreLeftOut) {
 }
 
 TEST_F(MetadataModelTest, AModeIsASetOfBitsAndDefaultsToDisplay) {
-    struct {
-        std::string mode;
-        int number;
-        bool display, edit, create;
-    } cases[] = {{"5", 5, true, false, true},   {"", 1, true, false, false}, {"x", 1, true, false, false},
-                 {"0", 0, false, false, false}, {"7", 7, true, true, true},  {"99999999999", 1, true, false, false}};
-    for (auto& one : cases) {
-        FieldMetadata field{.mode = one.mode};
-        EXPECT_EQ(field.integerMode(), one.number) << one.mode;
-        EXPECT_EQ(field.displayMode().contains(DisplayMode::display), one.display) << one.mode;
-        EXPECT_EQ(field.displayMode().contains(DisplayMode::edit), one.edit) << one.mode;
-        EXPECT_EQ(field.displayMode().contains(DisplayMode::create), one.create) << one.mode;
-        EXPECT_TRUE(field.displayMode().contains(DisplayMode::none)) << one.mode;
-    }
+    const std::pair<std::string, int> cases[] = {{"5", 5}, {"", 1}, {"x", 1}, {"0", 0}, {"99999999999", 1}};
+    for (auto& [mode, bits] : cases) EXPECT_EQ(FieldMetadata{.mode = mode}.displayMode(), DisplayMode{bits}) << mode;
+    EXPECT_TRUE(DisplayMode{5}.contains(DisplayMode::create));
+    EXPECT_FALSE(DisplayMode{5}.contains(DisplayMode::create | DisplayMode::edit));
 }
 
 TEST_F(MetadataModelTest, ASubformsModuleIsAPairOfTexts) {
-    using Info = FieldMetadata::SubformModuleInfo;
-    struct {
-        Value subform;
-        std::optional<Info> info;
-    } cases[] = {{ValueList{"7", "Milestones"}, Info{"7", "Milestones"}},
-                 {ValueList{"7", "Milestones", "more"}, std::nullopt},
-                 {ValueList{"7"}, std::nullopt},
-                 {ValueList{7, "Milestones"}, std::nullopt},
-                 {"Milestones", std::nullopt},
-                 {Value(), std::nullopt}};
-    for (auto& one : cases)
-        EXPECT_EQ((FieldMetadata{.displayPrefs = {{"subform", one.subform}}}.getSubformModuleInfo()), one.info);
-    EXPECT_EQ(FieldMetadata().getSubformModuleInfo(), std::nullopt);
+    auto infoOf = [](Value subform) {
+        return FieldMetadata{.displayPrefs = {{"subform", std::move(subform)}}}.getSubformModuleInfo();
+    };
+    EXPECT_EQ(infoOf(ValueList{"7", "Milestones"}), (FieldMetadata::SubformModuleInfo{"7", "Milestones"}));
+    for (auto& broken : std::vector<Value>{ValueList{"7", "Milestones", "more"}, ValueList{Value("7")},
+                                           ValueList{7, "Milestones"}, "Milestones"})
+        EXPECT_EQ(infoOf(broken), std::nullopt);
 }
 
 TEST_F(MetadataModelTest, PeopleAreRecognisedByTypeTargetOrParent) {
-    auto lookup = [](const std::string& module) {
-        auto field = named("Tasks", "X", "x", FieldDataType::lookup);
-        field.lookupModule = module;
-        return field;
-    };
-    EXPECT_TRUE(lookup("Leads").isLookupNameField());
-    EXPECT_FALSE(lookup("Accounts").isLookupNameField());
+    auto lookup = named("Tasks", "X", "x", FieldDataType::lookup);
+    for (std::string target : {"Leads", "Accounts"}) {
+        lookup.lookupModule = target;
+        EXPECT_EQ(lookup.isLookupNameField(), target == "Leads");
+    }
     EXPECT_TRUE(named("Tasks", "X", "x", FieldDataType::userLookup).isLookupNameField());
-    EXPECT_TRUE(named("Notes", "SEID", "Parent_Id").isLookupNameField());
-    configuration().fieldIdentifier = apiNames();
-    EXPECT_TRUE(named("Notes", "SEID", "Parent_Id").isLookupNameField());
-    EXPECT_FALSE(named("Notes", "SEID", "Other").isLookupNameField());
+    for (auto& naming : {columnNaming(), apiNames()}) {
+        configuration().fieldIdentifier = naming;
+        EXPECT_TRUE(named("Notes", "SEID", "Parent_Id").isLookupNameField());
+        EXPECT_FALSE(named("Notes", "OTHER", "Other").isLookupNameField());
+    }
 }
 
 TEST_F(MetadataModelTest, FieldsAreFoundInBothNamings) {
@@ -85,20 +56,16 @@ TEST_F(MetadataModelTest, FieldsAreFoundInBothNamings) {
     fields->storeFieldMetadata({lane, owner, code});
 
     EXPECT_EQ(fields->getFieldMetadata("Leads"), (std::vector{lane, code}));
-    EXPECT_EQ(fields->getFieldMetadata(ModuleIdentifier::Case::deals)->size(), 1u);
     EXPECT_EQ(fields->getFieldMetadata(FieldDataType::ownerlookup), std::vector{owner});
     EXPECT_EQ(fields->getFieldMetadataByFieldAPIName("Leads", "Zip_Code"), code);
     EXPECT_EQ(fields->getFieldMetadataByCrmColumnName("Leads", "Zip_Code"), std::nullopt);
     EXPECT_EQ(columnsOf(*fields->getFieldMetadataByCrmColumnList("Leads", {"CODE", "LANE", "X"})),
               (std::vector<std::string>{"LANE", "CODE"}));
     EXPECT_EQ(columnsOf(*fields->getSortFieldList("Leads")), std::vector<std::string>{"CODE"});
-    EXPECT_THAT(*fields->getFieldMetadata("Nobody"), IsEmpty());
     EXPECT_EQ(fields->getFieldMetadata("Nobody", std::nullopt, {}).error(), MetadataError::notFound);
-    EXPECT_EQ(fields->getFieldMetadata("Leads", std::vector<std::string>{}, {}).error(), MetadataError::notFound);
 
     auto byModule = fields->getFieldMetadataByModuleNames({"Leads", "Deals", "Nobody"},
                                                           {{FieldColumnName::FieldAPIName, SortOrder::descending}});
-    ASSERT_TRUE(byModule.ok());
     EXPECT_EQ(byModule->size(), 2u);
     EXPECT_EQ(byModule->at("Leads"), (std::vector{code, lane}));
     for (auto& [naming, identifier] : {std::pair(columnNaming(), "CODE"), std::pair(apiNames(), "Zip_Code")}) {
@@ -106,9 +73,6 @@ TEST_F(MetadataModelTest, FieldsAreFoundInBothNamings) {
         EXPECT_EQ(fields->getFieldMetadata("Leads", std::vector<std::string>{identifier}, {}).value(),
                   std::vector{code});
     }
-    adapter->dropTable("MODULE_SPECIFIC_METADATA");
-    EXPECT_EQ(fields->getFieldMetadata("Leads"), std::nullopt);
-    EXPECT_FALSE(fields->getFieldMetadata("Leads", std::nullopt, {}).ok());
 }
 
 TEST_F(MetadataModelTest, ALengthSortsAsANumberAndAModulesNameIsEscaped) {
@@ -181,30 +145,21 @@ TEST_F(FieldListTest, KeepsTheFirstOfTwoFieldsWithOneIdentifier) {
               (std::vector<std::string>{"Account_Name", "Stage", "Stage_Copy", "Closing_Date"}));
     EXPECT_TRUE(byColumn.hasFields({"STAGE", "ACCOUNTID"}));
     EXPECT_FALSE(byColumn.hasFields({"STAGE", "Stage"}));
-    EXPECT_EQ(FieldList().allFields().size(), 0u);
 }
 
-TEST_F(FieldListTest, FindsPicklistsInTheNamingThatItWasBuiltWith) {
-    forBothLists([&](const FieldList& list) {
-        EXPECT_EQ(list.getPicklist(stage), (std::vector{won, lost}));
-        EXPECT_EQ(list.getPicklistByApiName("Stage").size(), 2u);
-        EXPECT_THAT(list.getPicklist(closing), IsEmpty());
-        EXPECT_THAT(list.getPicklistByApiName("Nothing"), IsEmpty());
-        EXPECT_EQ(list.getPicklistByActualValue(stage, "Lost")->fieldOptionalValue, "");
-        EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Gewonnen")->fieldActualValue, "Won");
-        EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Nobody"), nullptr);
-    });
-}
-
-TEST_F(FieldListTest, SelectsFieldsByApiNameTypeAndMode) {
+TEST_F(FieldListTest, SelectsFieldsAndPicklistsInTheNamingThatItWasBuiltWith) {
     forBothLists([&](const FieldList& list) {
         EXPECT_EQ(list.getFieldByApiName("Closing_Date")->columnCRMName, "CLOSINGDATE");
         EXPECT_EQ(list.getFieldByApiName("CLOSINGDATE"), nullptr);
         EXPECT_EQ(list.getAllLookupFields().size(), 1u);
         EXPECT_EQ(list.getAllDateAndDateTimeFields().size(), 1u);
-        EXPECT_EQ(list.getFields(FieldDataType::picklist).size(), 1u);
         EXPECT_EQ(list.getAllFields(DisplayMode::edit).size(), 2u);
-        EXPECT_EQ(list.getAllFields(DisplayMode::edit | DisplayMode::create).size(), 1u);
+        EXPECT_EQ(list.getPicklist(stage), (std::vector{won, lost}));
+        EXPECT_EQ(list.getPicklistByApiName("Stage").size(), 2u);
+        EXPECT_THAT(list.getPicklist(closing), IsEmpty());
+        EXPECT_EQ(list.getPicklistByActualValue(stage, "Lost")->fieldOptionalValue, "");
+        EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Gewonnen")->fieldActualValue, "Won");
+        EXPECT_EQ(list.getPicklistByDisplayValue(stage, "Nobody"), nullptr);
     });
 }
 
@@ -212,13 +167,7 @@ TEST_F(MetadataModelTest, PicklistsComeInTheOrderOfTheirPositions) {
     openTables();
     PicklistMetadataInDatabase picklists(configuration().databaseAdapter.get());
     auto value = [](const std::string& module, const std::string& layout, const std::string& actual, int position) {
-        return PicklistMetadata{.fieldActualValue = actual,
-                                .fieldID = "f",
-                                .fieldAPIName = "Stage",
-                                .crmColumnName = "STAGE",
-                                .moduleName = module,
-                                .layoutID = layout,
-                                .position = position};
+        return PicklistMetadata{actual, "", "f", "Stage", "STAGE", module, layout, "", position};
     };
     picklists.storePicklistMetadata({value("Deals", "1", "A", 10), value("Deals", "1", "B", 9),
                                      value("Deals", "2", "C", 1), value("Quotes", "3", "D", 1)});
@@ -238,7 +187,6 @@ TEST_F(MetadataModelTest, PicklistsComeInTheOrderOfTheirPositions) {
     EXPECT_THAT(actual(std::optional(byModule->at("Deals"))), ElementsAre("C", "B", "A"));
     adapter->execute("UPDATE PICKLIST_METADATA SET field_actual_value = NULL WHERE layout_id = '1'", {});
     EXPECT_THAT(actual(picklists.getPicklistMetadataForModuleWith("Deals")), ElementsAre("C"));
-    EXPECT_EQ(PicklistMetadataInDatabase(nullptr).getPicklistMetadataForModuleWith("Deals"), std::nullopt);
 }
 
 TEST_F(MetadataModelTest, InMemoryFiltersUseTheNamesOfMembers) {

@@ -12,7 +12,10 @@ protected:
         MetadataModelTest::SetUp();
         openTables();
         layouts.emplace(adapter);
-        deals = FieldList("Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {});
+        configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
+    }
+    static FieldList deals(const FieldIdentifier& naming = columnNaming()) {
+        return {"Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {}, naming};
     }
     static LayoutFieldData place(const std::string& layout, const std::string& column, const std::string& apiName,
                                  int position = 0) {
@@ -30,18 +33,15 @@ protected:
                 .fieldPosition = position,
                 .additionalInfo = ValueMap{{"maximum_rows", 3}}};
     }
-    FieldList deals;
     /// Over the open database.
     std::optional<LayoutMetadataInDatabase> layouts;
 };
 
 TEST_F(LayoutModelTest, ARowIsJoinedWithItsFieldInBothNamings) {
-    configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
     layouts->storeLayoutMetadata(
         {place("1", "STAGE", "Stage", 10), place("1", "AMOUNT", "Amount", 9), place("1", "GONE", "Gone", 1)});
     for (auto& naming : {columnNaming(), apiNames()}) {
-        FieldList list("Deals", {named("Deals", "STAGE", "Stage"), named("Deals", "AMOUNT", "Amount")}, {}, naming);
-        auto rows = *layouts->getLayoutMetadata("Deals", list, {{LayoutFieldColumnName::fieldPosition}});
+        auto rows = *layouts->getLayoutMetadata("Deals", deals(naming), {{LayoutFieldColumnName::fieldPosition}});
         ASSERT_THAT(columnsOf({rows.begin(), rows.end()}), ElementsAre("AMOUNT", "STAGE"));
         EXPECT_EQ(rows[1].fieldLabel, "label of Stage");
         EXPECT_EQ(rows[1].sectionDV, "Geschäft");
@@ -55,30 +55,26 @@ TEST_F(LayoutModelTest, ARowIsJoinedWithItsFieldInBothNamings) {
 }
 
 TEST_F(LayoutModelTest, TwoColumnsFollowTheirSetting) {
-    struct {
-        bool isWritten, isRead;
-    } cases[] = {{false, true}, {true, false}, {true, true}};
-    for (auto& one : cases) {
+    const std::pair<bool, bool> cases[] = {{false, true}, {true, false}, {true, true}};
+    for (auto& [isWritten, isRead] : cases) {
         adapter->deleteAllObjects("LAYOUT_SPECIFIC_METADATA");
-        configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = one.isWritten;
+        configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = isWritten;
         layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
-        configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = one.isRead;
-        auto rows = *layouts->getLayoutMetadata("Deals", deals);
+        configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = isRead;
+        auto rows = *layouts->getLayoutMetadata("Deals", deals());
         ASSERT_EQ(rows.size(), 1u);
-        EXPECT_EQ(rows[0].isSubformSection, one.isWritten && one.isRead);
-        EXPECT_EQ(rows[0].additionalInfo.has_value(), one.isWritten && one.isRead);
+        EXPECT_EQ(rows[0].isSubformSection, isWritten && isRead);
+        EXPECT_EQ(rows[0].additionalInfo.has_value(), isWritten && isRead);
     }
 }
 
 TEST_F(LayoutModelTest, MandatoryIsReadLeniently) {
-    struct {
-        std::string sql;
-        bool isMandatory;
-    } cases[] = {{"1", true}, {"'true'", true}, {"0", false}, {"'false'", false}, {"'1'", false}, {"NULL", false}};
+    const std::pair<std::string, bool> cases[] = {{"1", true},        {"'true'", true}, {"0", false},
+                                                  {"'false'", false}, {"'1'", false},   {"NULL", false}};
     layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
-    for (auto& one : cases) {
-        adapter->execute("UPDATE LAYOUT_SPECIFIC_METADATA SET mandatory = " + one.sql, std::nullopt);
-        EXPECT_EQ(layouts->getLayoutMetadata("Deals", deals)->at(0).mandatory, one.isMandatory) << one.sql;
+    for (auto& [sql, isMandatory] : cases) {
+        adapter->execute("UPDATE LAYOUT_SPECIFIC_METADATA SET mandatory = " + sql, std::nullopt);
+        EXPECT_EQ(layouts->getLayoutMetadata("Deals", deals())->at(0).mandatory, isMandatory) << sql;
     }
 }
 
@@ -88,17 +84,18 @@ TEST_F(LayoutModelTest, RowsAreGroupedByModuleAndByLayout) {
     layouts->storeLayoutMetadata({place("1", "STAGE", "Stage"), place("2", "AMOUNT", "Amount"), quote});
     FieldList quotes("Quotes", {named("Quotes", "STAGE", "Stage")}, {});
     auto byModule =
-        *layouts->getLayoutMetadata(ModuleFieldsMap{{"Deals", deals}, {"Quotes", quotes}, {"Leads", {}}}, {});
+        *layouts->getLayoutMetadata(ModuleFieldsMap{{"Deals", deals()}, {"Quotes", quotes}, {"Leads", {}}}, {});
     EXPECT_EQ(byModule.size(), 2u);
     EXPECT_EQ(byModule["Deals"].size(), 2u);
     EXPECT_EQ(byModule["Quotes"].at(0).moduleName, "Quotes");
 
-    auto byLayout = *layouts->getLayoutMetadatas({"1", "2", "3", "9"}, {{"Deals", deals}});
+    auto byLayout = *layouts->getLayoutMetadatas({"1", "2", "3", "9"}, {{"Deals", deals()}});
     EXPECT_EQ(byLayout.size(), 2u);
     EXPECT_TRUE(wasLogged("moduleName or fields not found"));
-    EXPECT_EQ(layouts->getLayoutMetadata({ModuleLayoutInfo{.layoutID = "2"}, ModuleLayoutInfo{.layoutID = "3"}}, deals)
-                  ->size(),
-              1u);
+    EXPECT_EQ(
+        layouts->getLayoutMetadata({ModuleLayoutInfo{.layoutID = "2"}, ModuleLayoutInfo{.layoutID = "3"}}, deals())
+            ->size(),
+        1u);
     EXPECT_EQ(*layouts->getModuleNames({"1", "3", "9"}),
               (std::unordered_map<std::string, std::string>{{"1", "Deals"}, {"3", "Quotes"}}));
     EXPECT_EQ(layouts->getModuleName("3"), "Quotes");
@@ -110,23 +107,10 @@ TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
     ModuleLayoutInfoInDatabase infos("MODULE_LAYOUT_INFO", adapter);
     ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, false};
     infos.storeModuleLayoutInfo({standard, closed});
-    EXPECT_EQ(infos.getModuleLayoutInfoByModuleName("Leads"), (std::vector{standard, closed}));
+    EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->at("Leads"), (std::vector{standard, closed}));
     EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Leads", "Internal"), closed);
     EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Deals", "Internal"), std::nullopt);
     EXPECT_EQ(infos.getModuleLayoutInfoByLayoutId("1"), standard);
-    EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->size(), 1u);
-}
-
-TEST_F(MetadataModelTest, OnlyLayoutsThatTheProfileMayUseAreOffered) {
-    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, true};
-    LayoutInfo<int> layouts;
-    layouts.orderedLayouts.set("2", Layout<int>(closed, 20));
-    EXPECT_EQ(layouts.getDefaultLayout(), nullptr);
-    layouts.orderedLayouts.set("1", Layout<int>(standard, 10));
-    EXPECT_EQ(layouts.getDefaultLayout()->metadata, 10);
-    ASSERT_EQ(layouts.getAllLayouts().size(), 1u);
-    EXPECT_EQ(layouts.getAllLayouts().front().layoutName, "Standard");
-    EXPECT_EQ(layouts.getLayout("2")->metadata, 20) << "a record may have it";
 }
 
 TEST_F(MetadataModelTest, ASubformFieldNamesItsLayoutAndModule) {
@@ -140,10 +124,11 @@ TEST_F(MetadataModelTest, ASubformFieldNamesItsLayoutAndModule) {
     EXPECT_EQ(SubformLayoutMetadata::of({place, field}), std::nullopt);
 }
 
-TEST_F(MetadataModelTest, SubformLayoutsAreOfferedLikeOthers) {
+TEST_F(MetadataModelTest, OnlyLayoutsThatTheProfileMayUseAreOffered) {
     OrderedLayoutFieldList fields("Lines", "55", {}, {}, columnNaming());
     SubformLayoutInfo layouts;
     for (bool isAccessible : {false, true}) {
+        EXPECT_EQ(layouts.getDefaultLayout(), nullptr);
         ModuleLayoutInfo info{"Lines", isAccessible ? "55" : "56", "Rows", isAccessible, true};
         layouts.orderedLayouts.set(info.layoutID,
                                    SubformLayout(Layout<OrderedLayoutFieldList>(info, fields),
@@ -156,7 +141,7 @@ TEST_F(MetadataModelTest, SubformLayoutsAreOfferedLikeOthers) {
     EXPECT_EQ(subform->maximumRows, 40);
     EXPECT_TRUE(subform->canReorderRows);
     EXPECT_EQ(subform->aggregateFields.size(), 1u);
-    EXPECT_NE(layouts.getLayout("56"), nullptr);
+    EXPECT_NE(layouts.getLayout("56"), nullptr) << "a record may have it";
 }
 
 }  // namespace
