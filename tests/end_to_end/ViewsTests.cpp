@@ -79,7 +79,8 @@ TEST(Views, EveryViewFindsLocallyWhatTheServerFinds) {
         EXPECT_GT(onlineViews, 5u);
         host->closeInput();
         EXPECT_EQ(host->finish(), 0);
-        EXPECT_FALSE(contains(host->errors(), "no local condition")) << "a view was not compiled";
+        for (auto complaint : {"no local condition", "left out", "not known to this version", "could not be read"})
+            EXPECT_FALSE(contains(host->errors(), complaint)) << complaint;
     }
 }
 

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include "tarvobase/get_metadata/GetLayoutMetadataUC.h"
-#include "tarvobase/get_metadata/GetLayoutMetadataUsecase.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/GetLayoutInfoDM.h"
 #include "tarvobase/value_objects/account/UserInDatabase.h"
@@ -29,12 +28,6 @@ Strings linesOf(const GroupedLayoutFieldList& list) {
     }
     return lines;
 }
-Strings namesOf(const LayoutFieldList& list) {
-    Strings names;
-    for (auto row : list.layoutFields()) names.push_back(row->fieldAPIName);
-    return names;
-}
-
 /// Every test runs in both namings.
 class LayoutTest : public MetadataTest, public ::testing::WithParamInterface<Naming> {
 protected:
@@ -70,32 +63,22 @@ protected:
     }
 };
 
-TEST_P(LayoutTest, EveryShapeHasTheRowsInOneOrder) {
+TEST_P(LayoutTest, EveryShapeHasTheRowsInOneOrderAndFindsThem) {
     storeLeads();
     Strings lines{"[Person]", "Last_Name", "Company", "[Address]", "City", "Zip_Code"};
-    auto linear = layout<LinearLayoutFieldList>("Leads", "1");
-    EXPECT_EQ(linesOf(linear), lines);
-    auto grouped = layout<GroupedLayoutFieldList>("Leads", "1");
-    EXPECT_EQ(linesOf(grouped), lines);
-    EXPECT_THAT(namesOf(layout<OrderedLayoutFieldList>("Leads", "1")),
-                ElementsAre("Last_Name", "Company", "City", "Zip_Code"));
-}
-
-TEST_P(LayoutTest, FieldsAndSectionsAreFoundInEveryShape) {
-    storeLeads();
-    auto linear = layout<LinearLayoutFieldList>("Leads", "1");
-    auto grouped = layout<GroupedLayoutFieldList>("Leads", "1");
-    EXPECT_EQ(linear.getField(identifier("City"))->fieldPosition, 2);
-    EXPECT_EQ(grouped.getField(identifier("City"))->fieldPosition, 2);
-    EXPECT_EQ(linear.getField("City of another naming"), nullptr);
-    EXPECT_EQ(linear.getSection("Address")->sequence, 10);
-    EXPECT_EQ(grouped.getSection("Address")->displayLabel, "Address label");
-    EXPECT_EQ(grouped.getSection("Nowhere"), nullptr);
-    EXPECT_EQ(linear.allSections().size(), 2u);
-    EXPECT_EQ(linear.fields.front().debugDescription().substr(0, 15), "Heading: Person");
-    EXPECT_EQ(linear.fields.back().debugDescription().substr(0, 14), "Item: Zip_Code");
-    for (LayoutFieldList* list : std::initializer_list<LayoutFieldList*>{&linear, &grouped})
-        EXPECT_EQ(list->getFieldsInSection("Address").size(), 2u);
+    auto check = [&](const auto& list) {
+        EXPECT_EQ(linesOf(list), lines);
+        EXPECT_EQ(list.getField(identifier("City"))->fieldPosition, 2);
+        EXPECT_EQ(list.getField("City of another naming"), nullptr);
+        EXPECT_EQ(list.getSection("Address")->displayLabel, "Address label");
+        EXPECT_EQ(list.getSection("Nowhere"), nullptr);
+        EXPECT_EQ(list.getFieldsInSection("Address").size(), 2u);
+    };
+    check(layout<LinearLayoutFieldList>("Leads", "1"));
+    check(layout<GroupedLayoutFieldList>("Leads", "1"));
+    EXPECT_THAT(
+        layout<OrderedLayoutFieldList>("Leads", "1").orderedFields.keys(),
+        ElementsAre(identifier("Last_Name"), identifier("Company"), identifier("City"), identifier("Zip_Code")));
 }
 
 TEST_P(LayoutTest, AModeLeavesOutFieldsAndEmptySections) {
@@ -117,7 +100,6 @@ TEST_P(LayoutTest, TheFirstOfTwoRowsWithOneIdentifierIsFound) {
     second.fieldID = "another";
     storeModule("Leads", {first, second});
     store(std::vector{place(second, "1", "B", 2, 1), place(first, "1", "A", 1, 1)});
-    EXPECT_EQ(layout<OrderedLayoutFieldList>("Leads", "1").orderedFields.count(), 1u);
     auto linear = layout<LinearLayoutFieldList>("Leads", "1");
     EXPECT_EQ(linear.fields.size(), 4u);
     EXPECT_EQ(linear.getField(identifier("Name"))->sectionName, "A");
@@ -179,12 +161,9 @@ TEST_P(LayoutTest, LayoutInfoLeavesOutLayoutsWithoutFields) {
     for (auto id : {"1", "9", "0"}) storeLayout("Leads", id, false);
     auto manager = GetLayoutInfoDMA::getOrderedLayoutInfoDM(configuration().databaseAdapter);
     auto info = manager->getLayoutInfo("Leads", fieldsOf("Leads"), std::nullopt);
-    ASSERT_TRUE(info.ok());
     EXPECT_THAT(info->orderedLayouts.keys(), ::testing::UnorderedElementsAre("1", "0"));
-    EXPECT_EQ(info->getLayout("0")->layoutName, "Layout 0");
     EXPECT_EQ(info->getDefaultLayout(), nullptr);
     EXPECT_TRUE(wasLogged("metadadata not found for layout with id `9"));
-    EXPECT_FALSE(manager->getLayoutInfo("Deals", FieldList(), std::nullopt).ok());
 }
 
 TEST_P(LayoutTest, TheUseCaseAnswersInTheRequestedForm) {
@@ -194,51 +173,12 @@ TEST_P(LayoutTest, TheUseCaseAnswersInTheRequestedForm) {
     auto& lines = linear.response->layoutMetadata.linear()->at("1");
     ASSERT_EQ(lines.size(), 5u);
     EXPECT_EQ(*lines[0].header(), (LinearLayoutMetadataItemType::Header{2, "Person"}));
-    EXPECT_EQ(lines[4].item()->fieldAPIName, "Zip_Code");
-
     auto array = run<GetLayoutMetadataUC>({"Leads", fields, LayoutRequestType::array});
     EXPECT_EQ(array.response->layoutMetadata.orderedList()->at("1").orderedFields.count(), 4u);
-    EXPECT_EQ(array.response->layoutMetadata.linear(), nullptr);
-
-    for (auto type : {LayoutRequestType::linear, LayoutRequestType::sectioned, LayoutRequestType::array})
-        EXPECT_NE(run<GetLayoutMetadataUC>({"Deals", fields, type}).failure->getDomainError(), nullptr);
+    EXPECT_NE(run<GetLayoutMetadataUC>({"Deals", fields, LayoutRequestType::array}).failure->getDomainError(), nullptr);
     // No field is shown in this mode, so the answer has no layouts; that is not a failure.
     auto none = run<GetLayoutMetadataUC>({"Leads", fields, LayoutRequestType::linear, DisplayMode{8}});
     EXPECT_THAT(*none.response->layoutMetadata.linear(), IsEmpty());
-}
-
-struct LayoutListener final : GetLayoutMetadataUsecaseDelegate {
-    void layoutMetadataFetched(const std::string& name,
-                               const GetLayoutMetadataDataManager::LayoutRows& layouts) override {
-        answers.push_back(name + " rows " + std::to_string(layouts.at("1").size()));
-    }
-    void sectionedMetadataFetched(const std::string& name,
-                                  const GetLayoutMetadataDataManager::SectionedLayouts& layouts) override {
-        answers.push_back(name + " sections " + std::to_string(layouts.at("1").size()));
-    }
-    void linearMetadataFetched(const std::string& name,
-                               const GetLayoutMetadataDataManager::LinearLayouts& layouts) override {
-        answers.push_back(name + " lines " + std::to_string(layouts.at("1").size()));
-    }
-    void unableToFetchLayouts(const std::string& name) override { answers.push_back(name + " failed"); }
-    Strings answers;
-};
-
-TEST_P(LayoutTest, TheDelegateFormReportsTheSame) {
-    storeLeads();
-    auto fields = fieldsOf("Leads");
-    auto listener = std::make_shared<LayoutListener>();
-    auto usecase = std::make_shared<GetLayoutMetadataUsecase>();
-    usecase->delegate = listener;
-    usecase->getLayoutMetadata("Leads", fields);
-    settle();
-    usecase->getSectionedMetadata("Leads", fields);
-    settle();
-    usecase->getLinearMetadata("Leads", fields);
-    settle();
-    usecase->getLinearMetadata("Deals", fields);
-    settle();
-    EXPECT_THAT(listener->answers, ElementsAre("Leads rows 4", "Leads sections 2", "Leads lines 6", "Deals failed"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Namings, LayoutTest, ::testing::Values(Naming::column, Naming::api),

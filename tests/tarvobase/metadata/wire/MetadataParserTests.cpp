@@ -73,35 +73,27 @@ TEST_F(MetadataParserTest, ABrokenSectionLeavesTheOthers) {
         std::string expected;
     } cases[] = {
         {relatedLists, "text", "typeConversionFailed"},
-        {relatedLists, ValueList{}, "0"},
         {relatedLists, ValueList{relatedListRow("1"), cut(relatedListRow("2"))}, "lessNumberOfKeys"},
         {relatedLists, ValueList{relatedListRow("1"), "text"}, "typeConversionFailed"},
         {relatedLists, ValueList{Value(mistyped(relatedListRow("1"), 2))}, "typeConversionFailedForIndex 2"},
         {relatedLists, ValueList{Value(longer(relatedListRow("1")))}, "1"},
         {layouts, ValueMap{}, "typeConversionFailed"},
-        {layouts, ValueList{}, "lessNumberOfKeys"},
         {layouts, ValueList{Value(cut(layoutRow("Leads", "L1")))}, "lessNumberOfKeys"},
-        {layouts, ValueList{Value(longer(layoutRow("Leads", "L1")))}, "lessNumberOfKeys"},
         {layouts, ValueList{layoutRow("Leads", "L1"), longer(layoutRow("Leads", "L2"))}, "lessNumberOfKeys"},
-        {layouts, ValueList{"text"}, "typeConversionFailed"},
         {layoutFields, nullptr, "typeConversionFailed"},
         {layoutFields, ValueList{}, "0"},
         {layoutFields, ValueList{layoutFieldRow("Leads", "F1"), one}, "1 of 2, lessNumberOfKeys"},
         {layoutFields, ValueList{5, layoutFieldRow("Leads", "F1")}, "1 of 2, typeConversionFailed"},
         {picklists, true, "typeConversionFailed"},
-        {picklists, ValueList{cut(picklistRow("Leads", "A")), picklistRow("Leads", "B")}, "1 of 2, lessNumberOfKeys"},
         {picklists, ValueList{mistyped(picklistRow("Leads", "A"), 0), picklistRow("Leads", "B")},
          "1 of 2, typeConversionFailedForIndex 0"},
         {columns, "text", "typeConversionFailed"},
-        {columns, ValueList{}, "lessNumberOfKeys"},
         {columns, ValueList{Value(ValueList{"A"})}, "lessNumberOfKeys"},
-        {columns, ValueList{ValueList{"A"}, "B"}, "typeConversionFailed"},
         {columns, ValueList{ValueList{"A"}, ValueList{1}}, "typeConversionFailed"},
         {fields, 1.5, "typeConversionFailed"},
         {fields, ValueList{cut(fieldRow("Leads", "F1")), fieldRow("Leads", "F2")}, "1 of 2, lessNumberOfKeys"},
         {fields, ValueList{Value(mistyped(fieldRow("Leads", "F1"), 16))}, "0 of 1, typeConversionFailedForIndex 16"},
         {dependentFields, "", "typeConversionFailed"},
-        {dependentFields, ValueList{Value(one)}, "0 of 1, lessNumberOfKeys"},
         {unused, "whatever", ""},
         {relatedSort, "Modified_Time", "typeConversionFailed"},
         {relatedSort, ValueList{}, "1"},
@@ -132,60 +124,22 @@ TEST_F(MetadataParserTest, SectionsMayBeMissingOrComeOnTop) {
 TEST_F(MetadataParserTest, ReadsTheColumnsOfEveryRow) {
     configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
     auto metadata = parse(wire::sections("Leads"));
-    EXPECT_EQ(metadata.relatedList->front(), (RelatedList{.moduleName = "Leads",
-                                                          .relatedModuleName = "Contacts",
-                                                          .dislayName = "People",
-                                                          .listID = "Leads1",
-                                                          .isDefault = true,
-                                                          .relatedOrder = 3,
-                                                          .listName = "List of Contacts",
-                                                          .relatedListAPIName = "Contacts_of"}));
-    EXPECT_EQ(
-        metadata.layouts->back(),
-        (ModuleLayoutInfo{.moduleName = "Leads", .layoutID = "L2", .layoutName = "Standard", .isAccessible = true}));
-    EXPECT_EQ(metadata.layoutFields->front().value(), (LayoutFieldData{.layoutID = "L1",
-                                                                       .fieldID = "F1",
-                                                                       .fieldAPIName = "Api_F1",
-                                                                       .crmColumnName = "COL_F1",
-                                                                       .moduleName = "Leads",
-                                                                       .sectionName = "Basic",
-                                                                       .sectionDV = "Basic Information",
-                                                                       .isSubformSection = true,
-                                                                       .sectionSequence = 2,
-                                                                       .mandatory = true,
-                                                                       .defaultValue = "none",
-                                                                       .fieldPosition = 7,
-                                                                       .additionalInfo = {{{"maximum_rows", 25}}}}));
-    EXPECT_EQ(metadata.pickList->front().value(), (PicklistMetadata{.fieldActualValue = "A",
-                                                                    .fieldOptionalValue = "A shown",
-                                                                    .fieldID = "F1",
-                                                                    .fieldAPIName = "Api_F1",
-                                                                    .crmColumnName = "COL_F1",
-                                                                    .moduleName = "Leads",
-                                                                    .layoutID = "L1",
-                                                                    .fieldMap = "map",
-                                                                    .position = 4}));
-    FieldMetadata field{.fieldID = "F2",
-                        .fieldAPIName = "Api_F2",
-                        .moduleName = "Leads",
-                        .columnCRMName = "COL_F2",
-                        .fieldLabel = "Label",
-                        .fieldType = FieldDataType::picklist,
-                        .maxLength = 255,
-                        .isCustomField = true,
-                        .isQuickCreate = true,
-                        .visible = true,
-                        .mode = "5",
-                        .displayPrefs = {{"decimal_place", "2"}}};
+    RelatedList list{"Leads", "Contacts", "People", "Leads1", true, 3, "", "List of Contacts", "Contacts_of"};
+    EXPECT_EQ(metadata.relatedList->front(), list);
+    EXPECT_EQ(metadata.layouts->back(), (ModuleLayoutInfo{"Leads", "L2", "Standard", true, false}));
+    LayoutFieldData place{.layoutID = "L1", .fieldID = "F1", .fieldAPIName = "Api_F1", .crmColumnName = "COL_F1"};
+    place.moduleName = "Leads", place.sectionName = "Basic", place.sectionDV = "Basic Information";
+    place.sectionSequence = 2, place.fieldPosition = 7, place.defaultValue = "none";
+    place.isSubformSection = place.mandatory = true, place.additionalInfo = ValueMap{{"maximum_rows", 25}};
+    EXPECT_EQ(metadata.layoutFields->front().value(), place);
+    PicklistMetadata pick{"A", "A shown", "F1", "Api_F1", "COL_F1", "Leads", "L1", "map", 4};
+    EXPECT_EQ(metadata.pickList->front().value(), pick);
+    FieldMetadata field{"F2", "Api_F2", "Leads", "COL_F2", "Label", FieldDataType::picklist, 255};
+    field.isCustomField = field.isQuickCreate = field.visible = true;
+    field.mode = "5", field.displayPrefs = {{"decimal_place", "2"}};
     EXPECT_EQ(metadata.fields->back().value(), field);
     EXPECT_EQ(metadata.dependentModuleFields->front()->moduleName, "Below");
-    auto setting = [](SettingName key, const std::string& value) {
-        return Settings{.moduleName = "Leads",
-                        .settingsKey = key,
-                        .defaultSettings = value,
-                        .customSettings = value,
-                        .isDefault = true};
-    };
+    auto setting = [](SettingName key, const std::string& value) { return Settings{"Leads", key, value, value, true}; };
     EXPECT_EQ(metadata.relatedListFields.value(), (std::vector{setting(SettingName::businessCard, "Last_Name,Email"),
                                                                setting(SettingName::relatedList, "Phone")}));
     EXPECT_EQ(metadata.relatedSort.value(), (std::vector{setting(SettingName::relatedListSort, "Created_Time,asc")}));
@@ -210,10 +164,7 @@ TEST_F(MetadataParserTest, FurtherColumnsOfLayoutFieldsFollowTheConfiguration) {
 }
 
 TEST_F(MetadataParserTest, OddColumnsDoNotLoseTheField) {
-    struct {
-        Value column;
-        ValueMap expected;
-    } options[] = {
+    const std::pair<Value, ValueMap> options[] = {
         {ValueMap{{"subform", ValueList{"1", "Items"}}}, {{"subform", ValueList{"1", "Items"}}}},
         {ValueList{"Accounts", "Contacts"}, {{"lookup_column", ValueList{"Accounts", "Contacts"}}}},
         {ValueList{}, {}},
@@ -221,10 +172,10 @@ TEST_F(MetadataParserTest, OddColumnsDoNotLoseTheField) {
         {"{broken", {}},
         {7, {}},
     };
-    for (auto& one : options) {
+    for (auto& [column, expected] : options) {
         auto row = wire::fieldRow("Leads", "F1");
-        row[17] = one.column;
-        EXPECT_EQ(parse(wire::fields, ValueList{Value(row)}).fields->front()->displayPrefs, one.expected);
+        row[17] = column;
+        EXPECT_EQ(parse(wire::fields, ValueList{Value(row)}).fields->front()->displayPrefs, expected);
     }
     ValueList rows;
     for (auto type : {"text", "hologram", "hologram", "", "RRULE", " - "})
@@ -250,66 +201,39 @@ TEST_F(MetadataParserTest, OddColumnsDoNotLoseTheField) {
 TEST_F(MetadataParserTest, AShortSortFallsBackToTheLastModification) {
     for (auto& section :
          {ValueList{}, ValueList{"Name"}, ValueList{"Name", 5}, ValueList{Value(ValueList{"Name", "asc"})}}) {
-        auto sort = parse(wire::relatedSort, section).relatedSort->front();
-        EXPECT_EQ(sort.customSettings, "Modified_Time,desc");
-        EXPECT_EQ(sort.defaultSettings, "Modified_Time,desc");
+        EXPECT_EQ(parse(wire::relatedSort, section).relatedSort->front().customSettings, "Modified_Time,desc");
     }
     EXPECT_TRUE(wasLogged("Related List - Sort Column and Order not found. Resolved using default"));
 }
 
 TEST_F(MetadataParserTest, AnEntryNeedsAModuleAndWholeTables) {
-    auto infoWith = [](std::string_view key, Value value) {
+    const std::string bad = "typeConversionFailedForKey info", none = "Leads 0 tables";
+    const std::pair<ValueMap, std::string> changes[] = {
+        {{{"module", 5}}, bad},
+        {{{"module", Value()}}, bad},
+        {{{"servertime", Value()}, {"nodata", Value()}}, none},
+        {{{"servertime", "today"}}, bad},
+        {{{"responsetime", -1}}, bad},
+        {{{"nodata", "false"}}, bad},
+        {{{"tables", Value()}}, none},
+        {{{"tables", "CREATE TABLE x"}}, bad},
+        {{{"tables", ValueList{"CREATE TABLE x"}}}, bad},
+        {{{"tables", ValueList{ValueMap{{"module", "Leads"}}}}}, bad},
+        {{{"tables", ValueList{ValueMap{{"module", "Leads"}, {"query", "q"}, {"relatedListTable", 5}}}}}, bad},
+        {{{"tables", ValueList{ValueMap{{"module", "Leads"}, {"query", "q"}}}}}, "Leads 1 tables"},
+    };
+    for (auto& [change, expected] : changes) {
         auto info = wire::info("Leads");
-        info.set(key, std::move(value));
-        return info;
-    };
-    auto infoWithout = [](std::string_view key) {
-        auto info = wire::info("Leads");
-        info.remove(key);
-        return info;
-    };
-    const std::string bad = "typeConversionFailedForKey info";
-    struct {
-        ValueMap info;
-        std::string expected;
-    } cases[] = {
-        {wire::info("Leads"), "Leads 0 tables"},
-        {infoWithout("module"), bad},
-        {infoWith("module", 5), bad},
-        {infoWithout("servertime"), "Leads 0 tables"},
-        {infoWithout("nodata"), "Leads 0 tables"},
-        {infoWith("servertime", "today"), bad},
-        {infoWith("responsetime", -1), bad},
-        {infoWith("nodata", "false"), bad},
-        {infoWith("tables", nullptr), "Leads 0 tables"},
-        {infoWith("tables", "CREATE TABLE x"), bad},
-        {infoWith("tables", ValueList{"CREATE TABLE x"}), bad},
-        {infoWith("tables", ValueList{ValueMap{{"module", "Leads"}}}), bad},
-        {infoWith("tables", ValueList{ValueMap{{"module", "Leads"}, {"query", "q"}, {"relatedListTable", 5}}}), bad},
-        {infoWith("tables", ValueList{ValueMap{{"module", "Leads"}, {"query", "q"}}}), "Leads 1 tables"},
-    };
-    for (auto& one : cases) {
+        for (auto& [key, value] : change) info.set(key, value);
         // A bad entry leaves the next one readable.
-        auto answer =
-            MetadataParser().parse(Data(wire::body({wire::entry(one.info, {}), wire::entry("Deals")}))).value();
+        auto answer = MetadataParser().parse(Data(wire::body({wire::entry(info, {}), wire::entry("Deals")}))).value();
         auto& entry = answer.result.front();
         auto tables = entry && entry->info.tableList ? entry->info.tableList->size() : 0;
         EXPECT_EQ(entry ? entry->info.moduleName + " " + std::to_string(tables) + " tables" : entry.error().logText(),
-                  one.expected)
-            << json::write(one.info).value();
+                  expected)
+            << json::write(change).value();
         EXPECT_EQ(described(answer.result.back()->data->metadata.value()), whole);
     }
-}
-
-TEST_F(MetadataParserTest, APermissionHeaderNeedsItsModuleOnly) {
-    auto info = decodeInfo<ParsedPermissionInfo>(wire::info("Leads")).value();
-    EXPECT_EQ(info.moduleName, "Leads");
-    EXPECT_EQ(info.serverTime, 1700000000000u);
-    EXPECT_EQ(info.responseTime, 1700000000001u);
-    EXPECT_EQ(info.nodata, false);
-    EXPECT_FALSE(decodeInfo<ParsedPermissionInfo>(ValueMap{{"module", "Leads"}})->responseTime);
-    EXPECT_FALSE(decodeInfo<ParsedPermissionInfo>(ValueMap{{"servertime", 1}}).ok());
-    EXPECT_FALSE(decodeInfo<ParsedPermissionInfo>(ValueMap{{"module", "Leads"}, {"nodata", "no"}}).ok());
 }
 
 }  // namespace
