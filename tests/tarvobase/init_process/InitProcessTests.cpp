@@ -245,52 +245,39 @@ TEST_F(InitProcessTest, AnUnusableInitCallStopsTheRunAndIsReported) {
 }
 
 TEST_F(InitProcessTest, ContentThatIsNotStoredLeavesTheAccountIncomplete) {
-    start();
-    for (auto& one : list) one == list[0] ? one->completeUnstored() : one->complete(true);
-    settle();
-    EXPECT_EQ(events.back(), "incomplete");
-    EXPECT_THAT(events, ::testing::Contains("initialRecords")) << "the other steps still run";
-    EXPECT_FALSE(isRecorded());
+    const std::pair<const char*, std::function<void()>> failures[] = {
+        {"a step", [this] { list[0]->completeUnstored(); }},
+        {"the user", [this] { user->completeUnstored(), list[0]->complete(true); }},
+        {"lookup columns", [this] { lookups->areStored = false, list[0]->complete(true); }},
+    };
+    for (auto& [what, fail] : failures) {
+        SCOPED_TRACE(what);
+        lookups->areStored = true;
+        newRun();
+        start();
+        fail();
+        for (auto& one : list)
+            if (one != list[0]) one->complete(true);
+        settle();
+        EXPECT_EQ(events.back(), "incomplete");
+        EXPECT_THAT(std::exchange(events, {}), ::testing::Contains("initialRecords")) << "the other steps still run";
+        EXPECT_FALSE(isRecorded());
+    }
 }
 
-TEST_F(InitProcessTest, ARunThatIsIncompleteTakesAnEarlierRecordBack) {
-    UserAccountsManager(defaults).initDownloadCompleteForUser("1001");
-    for (auto& one : list) one->atOnce = true;
-    start();
-    EXPECT_TRUE(isRecorded());
-    newRun();
-    start();
-    for (auto& one : list) one->completeUnstored();
-    settle();
-    EXPECT_EQ(events.back(), "incomplete");
-    EXPECT_FALSE(isRecorded());
-}
-
-TEST_F(InitProcessTest, AnIncompleteRunIsFollowedByOneThatRequestsEverythingMissing) {
+TEST_F(InitProcessTest, AnIncompleteRunTakesAnEarlierRecordBackAndTheFlagsOfWhatIsMissing) {
     UserDefaultsUtil state(defaults);
     state.noteMissing({"metadata_Leads"}, {"metadata_Leads"});
     state.setCompleted("metadata_Leads");
     state.setCompleted("metadata_Deals");
+    UserAccountsManager(defaults).initDownloadCompleteForUser("1001");
     start();
     for (auto& one : list) one->completeUnstored();
     settle();
+    EXPECT_EQ(events.back(), "incomplete");
+    EXPECT_FALSE(isRecorded());
     EXPECT_FALSE(state.isCompleted("metadata_Leads"));
     EXPECT_TRUE(state.isCompleted("metadata_Deals"));
-}
-
-TEST_F(InitProcessTest, AUserWhoIsNotStoredLeavesTheAccountIncomplete) {
-    start();
-    user->completeUnstored();
-    for (auto& one : list) one->complete(true);
-    settle();
-    EXPECT_EQ(events.back(), "incomplete");
-}
-
-TEST_F(InitProcessTest, LookupColumnsThatAreNotStoredLeaveTheAccountIncomplete) {
-    lookups->areStored = false;
-    for (auto& one : list) one->atOnce = true;
-    EXPECT_EQ(start().back(), "incomplete");
-    EXPECT_FALSE(isRecorded());
 }
 
 TEST_F(InitProcessTest, AnInitAnswerThatIsNotStoredStopsTheRun) {
@@ -314,31 +301,6 @@ TEST_P(InitProcessSwitchTest, AnOutdatedRunIsIncompleteAndFlagsNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AccountAndOrganisation, InitProcessSwitchTest, ::testing::Bool());
-
-TEST_F(InitProcessTest, ExecutesStepsThatAreReady) {
-    struct {
-        ProcessState first, second;
-        bool allCompleted;
-        std::vector<std::string> started;
-        ProcessState firstThen;
-    } cases[] = {
-        {ProcessState::completed, ProcessState::completed, true, {}, ProcessState::completed},
-        {ProcessState::inProgress, ProcessState::completed, false, {}, ProcessState::inProgress},
-        {ProcessState::waitingForDependency, ProcessState::inProgress, false, {}, ProcessState::waitingForDependency},
-        {ProcessState::readyForExecution,
-         ProcessState::readyForExecution,
-         false,
-         {"customviews", "metadata"},
-         ProcessState::inProgress},
-    };
-    for (auto& one : cases) {
-        step(customviews).state = one.first, step(metadata).state = one.second;
-        EXPECT_EQ(executeProcess({list[0], list[1]}), one.allCompleted);
-        EXPECT_EQ(std::exchange(events, {}), one.started);
-        EXPECT_EQ(list[0]->state, one.firstThen);
-    }
-    EXPECT_TRUE(executeProcess({}));
-}
 
 }  // namespace
 }  // namespace tarvo

@@ -201,25 +201,16 @@ TEST_F(InitStepTest, AStepThatIsDoneSendsNoRequest) {
     EXPECT_TRUE(network->calls().empty());
 }
 
-TEST_F(InitStepTest, StoredCurrenciesAreReadThroughMemoryAndFromTheTable) {
+TEST_F(InitStepTest, StoredContentIsReadThroughMemoryAndFromTheTable) {
     makeTables();
     network->answer(usableCurrencies);
     execute(currency);
+    network->answer(body(pipelineRows));
+    execute(pipelines);
     for (auto& from : {stores(), Stores(Scope::over(database), nullptr, BrenUserDefaults::ofCurrentAccount())}) {
         EXPECT_EQ(from.currencies()->getDefaultCurrencyMetadata()->isoCode, "USD");
         EXPECT_EQ(from.currencies()->getCurrencyMetadata("EUR")->exchangeRate, 0.85);
         EXPECT_FALSE(from.currencies()->getCurrencyMetadata("old"));
-        from.currencies()->removeAllCurrencyMetadata();
-        from.currencies()->storeCurrenctMetadata(
-            {{.isBase = true, .isoCode = "USD"}, {.exchangeRate = 0.85, .isoCode = "EUR", .currencyId = "2"}});
-    }
-}
-
-TEST_F(InitStepTest, StoredPipelinesAreReadThroughMemoryAndFromTheTable) {
-    makeTables();
-    network->answer(body(pipelineRows));
-    execute(pipelines);
-    for (auto& from : {stores(), Stores(Scope::over(database), nullptr, BrenUserDefaults::ofCurrentAccount())}) {
         EXPECT_EQ(from.pipelines()->getPipelines()->size(), 2u);
         EXPECT_EQ(from.pipelineStages()->getPipelineStages()->size(), 2u);
         EXPECT_EQ(from.pipelineStages()->getPipelineStagesWith("P2").value(),
@@ -233,20 +224,17 @@ TEST_F(InitStepTest, ParsesTheStagesOfTheOrganisation) {
                                       {"S2", "Won", "Won", DealStage::StageType::closedWon}}));
 }
 
-TEST_F(InitStepTest, PipelinesNeedTheDealsAndALayout) {
+TEST_F(InitStepTest, PipelinesAreRequestedForTheFirstLayoutOfDeals) {
     EXPECT_EQ(execute(pipelines), "pipelines false") << "without the module";
-    makeTables();
-    run("DELETE FROM MODULE_LAYOUT_INFO WHERE module_name = 'Deals'");
-    EXPECT_EQ(execute(pipelines), "pipelines false") << "without a layout";
-    EXPECT_TRUE(network->calls().empty());
-}
-
-TEST_F(InitStepTest, PipelinesAreRequestedForTheFirstLayout) {
     makeTables();
     network->answer(body("[]"));
     execute(pipelines);
     EXPECT_EQ(network->calls().back().params.value(),
               (ValueMap{{"module", "Deals"}, {"moduleAPI", "Deals_API"}, {"layoutid", "L2"}}));
+    run("DELETE FROM MODULE_LAYOUT_INFO WHERE module_name = 'Deals'");
+    BrenUserDefaults().removeValueForKey("pipelines_downloadable", UserDefaultsGroup::current());
+    EXPECT_EQ(execute(pipelines), "pipelines false") << "without a layout";
+    EXPECT_EQ(network->calls().size(), 1u);
 }
 
 TEST_F(InitStepTest, PermissionsAreRequestedForTheProfileOfTheUser) {
@@ -275,20 +263,13 @@ TEST_F(InitStepTest, RequestsWithoutAnAnswerAreReported) {
     }
 }
 
-TEST_F(InitStepTest, AUserWithoutTablesIsNotFlagged) {
-    network->answer(body(storedUserRow));
-    auto step = make(currentUser);
-    step->execute();
-    settle();
-    EXPECT_EQ(listener->ended, "currentUser true");
-    EXPECT_FALSE(flag(currentUser));
-}
-
 TEST_F(InitStepTest, AParsedUserIsStoredOnceTheTablesExist) {
     network->answer(body(storedUserRow));
     auto step = std::dynamic_pointer_cast<GetCurrentUserDM>(make(currentUser));
     step->execute();
     settle();
+    EXPECT_EQ(listener->ended, "currentUser true");
+    EXPECT_FALSE(flag(currentUser));
     makeTables();
     stores().users()->storeUser({.id = "U1", .name = "Former", .BrenUID = "1001", .dateFormat = "dd.MM.yyyy"});
     step->storeParsedUser();
@@ -333,28 +314,19 @@ INSTANTIATE_TEST_SUITE_P(
                       std::pair{currentUser, body(replaced(storedUserRow, "Ann Lee", largeName))},
                       std::pair{pipelines, body("[[\"P1\",\"Std\",\"" + largeName + "\",[]]]")}));
 
-TEST_F(InitStepTest, AnOutdatedStepStoresNothing) {
+TEST_F(InitStepTest, AnOutdatedStepStoresNothingAndAReleasedOneReportsNothing) {
     makeTables();
-    auto service = std::make_shared<HeldCurrencyService>();
-    auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
-    step->delegate = listener;
-    step->execute();
-    configuration().currentOrgID = "other";
-    service->answer({.body = Data(currencies("[]"))});
-    EXPECT_EQ(listener->ended, "currency false");
-    EXPECT_EQ(stored(currency), oldCurrency);
-    EXPECT_FALSE(flag(currency));
-}
-
-TEST_F(InitStepTest, AReleasedStepEndsWithoutAReport) {
-    auto service = std::make_shared<HeldCurrencyService>();
-    auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
-    step->delegate = listener;
-    step->execute();
-    step = nullptr;
-    service->answer({.body = Data(currencies("[]"))});
-    EXPECT_EQ(listener->ended, "");
-    EXPECT_FALSE(flag(currency));
+    for (bool isReleased : {false, true}) {
+        auto service = std::make_shared<HeldCurrencyService>();
+        auto step = InitCurrencyDM::make(database, std::make_shared<BrenUserDefaults>(), service);
+        step->delegate = listener;
+        step->execute();
+        isReleased ? step.reset() : void(configuration().currentOrgID = "other");
+        service->answer({.body = Data(currencies("[]"))});
+        EXPECT_EQ(std::exchange(listener->ended, ""), isReleased ? "" : "currency false");
+        EXPECT_EQ(stored(currency), oldCurrency);
+        EXPECT_FALSE(flag(currency));
+    }
 }
 
 }  // namespace
