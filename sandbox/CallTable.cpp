@@ -18,6 +18,10 @@ constexpr CallRow callRows[] = {
     {"POST", "products/getcvrecords", calls::viewRecords},
     {"POST", "products/getrecords", calls::moduleRecords},
     {"POST", "products/getrecord", calls::singleRecord},
+    {"POST", "products/addrecord", calls::addRecords},
+    {"POST", "products/updaterecord", calls::updateRecords},
+    {"POST", "products/deleterecord", calls::deleteRecord},
+    {"POST", "uploadattachment", calls::uploadAttachment},
 };
 
 }  // namespace

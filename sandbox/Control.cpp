@@ -9,13 +9,13 @@ namespace {
 
 constexpr std::int64_t furthestOffset = 100LL * 365 * 24 * 3600 * 1000;
 
-Reply refused(int status, std::string_view message) {
-    return Reply::of(envelope::failure("INVALID_REQUEST", message), status);
-}
-
 Reply done() { return Reply::of(ValueMap{{"done", true}}); }
 
 }  // namespace
+
+Reply refusedControl(int status, std::string_view message) {
+    return Reply::of(envelope::failure("INVALID_REQUEST", message), status);
+}
 
 Reply Control::handle(const Request& request) {
     struct Row {
@@ -23,20 +23,29 @@ Reply Control::handle(const Request& request) {
         Reply (Control::*handle)(const Request&);
     };
     static constexpr Row rows[] = {
-        {"POST", "/control/faults", &Control::addFault},      {"GET", "/control/faults", &Control::faults},
-        {"DELETE", "/control/faults", &Control::clearFaults}, {"POST", "/control/release", &Control::release},
-        {"GET", "/control/requests", &Control::requests},     {"DELETE", "/control/requests", &Control::clearRequests},
-        {"POST", "/control/clock", &Control::setClock},       {"POST", "/control/tags", &Control::setTags},
-        {"GET", "/control/state", &Control::state},           {"POST", "/control/stop", &Control::stop},
+        {"POST", "/control/faults", &Control::addFault},
+        {"GET", "/control/faults", &Control::faults},
+        {"DELETE", "/control/faults", &Control::clearFaults},
+        {"POST", "/control/release", &Control::release},
+        {"GET", "/control/requests", &Control::requests},
+        {"DELETE", "/control/requests", &Control::clearRequests},
+        {"POST", "/control/clock", &Control::setClock},
+        {"POST", "/control/tags", &Control::setTags},
+        {"POST", "/control/records", &Control::changeRecords},
+        {"GET", "/control/records", &Control::records},
+        {"GET", "/control/changes", &Control::changes},
+        {"POST", "/control/rules", &Control::setRules},
+        {"GET", "/control/state", &Control::state},
+        {"POST", "/control/stop", &Control::stop},
     };
     for (const auto& row : rows)
         if (row.method == request.method && row.path == request.path) return (this->*row.handle)(request);
-    return refused(404, "There is no such control call.");
+    return refusedControl(404, "There is no such control call.");
 }
 
 Reply Control::addFault(const Request& request) {
     auto fault = parseFault(json::parse(request.body).value_or(Value()));
-    if (!fault) return refused(400, fault.error());
+    if (!fault) return refusedControl(400, fault.error());
     sandbox_.faults_.add(*fault);
     return done();
 }
@@ -69,7 +78,7 @@ Reply Control::setClock(const Request& request) {
     const auto* map = body.asMap();
     auto offset = map ? map->valueOf("offsetMilliseconds").asInteger() : std::nullopt;
     if (!offset || *offset < -furthestOffset || *offset > furthestOffset)
-        return refused(400, "\"offsetMilliseconds\" is a whole number of at most a hundred years.");
+        return refusedControl(400, "\"offsetMilliseconds\" is a whole number of at most a hundred years.");
     sandbox_.clock_.setOffset(std::chrono::milliseconds(*offset));
     return Reply::of(ValueMap{{"servertime", sandbox_.clock_.milliseconds()}});
 }
@@ -82,12 +91,13 @@ Reply Control::setTags(const Request& request) {
     std::lock_guard lock(sandbox_.dataMutex_);
     auto& data = sandbox_.data_;
     const auto* module = map ? data.module(map->valueOf("module").textOr("")) : nullptr;
-    if (!rows || !module) return refused(400, "\"module\" names a module and \"tags\" lists pairs of id and name.");
+    if (!rows || !module)
+        return refusedControl(400, "\"module\" names a module and \"tags\" lists pairs of id and name.");
     std::vector<TagData> tags;
     for (const auto& row : *rows) {
         const auto* pair = row.asList();
         if (!pair || pair->size() != 2 || !pair->at(0).asText() || !pair->at(1).asText())
-            return refused(400, "A tag is a pair of texts.");
+            return refusedControl(400, "A tag is a pair of texts.");
         tags.push_back({*pair->at(0).asText(), *pair->at(1).asText(), module->name});
     }
     std::erase_if(data.tags, [&](const TagData& tag) { return tag.module == module->name; });

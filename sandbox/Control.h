@@ -1,9 +1,13 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+
 #include "sandbox/Message.h"
 
 namespace tarvo::sandbox {
 
+class DataSet;
 class Sandbox;
 
 /// Handles the calls below "/control/", with which tests and scripts steer the server. They need no token, since the
@@ -23,10 +27,21 @@ private:
     Reply clearRequests(const Request& request);
     Reply setTags(const Request& request);
     Reply setClock(const Request& request);
+    Reply changeRecords(const Request& request);
+    Reply records(const Request& request);
+    Reply changes(const Request& request);
+    Reply setRules(const Request& request);
     Reply state(const Request& request);
     Reply stop(const Request& request);
 
+    /// Returns the data set of an account and its organisation, the shared one for empty names; null for an unknown
+    /// account. The caller holds the server's lock.
+    DataSet* dataFor(const std::string& account, const std::string& organisation);
+
     Sandbox& sandbox_;
 };
+
+/// Answers that a control call is wrong.
+Reply refusedControl(int status, std::string_view message);
 
 }  // namespace tarvo::sandbox

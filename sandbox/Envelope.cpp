@@ -18,8 +18,8 @@ ValueMap info(std::string_view module, bool isEmpty, std::int64_t now, const Val
 
 ValueMap times(std::int64_t now) { return ValueMap{{"servertime", now}, {"responsetime", now}}; }
 
-Value errorItem(std::string_view code, std::string_view message) {
-    return ValueMap{{"code", code}, {"message", message}, {"details", ValueMap{}}};
+Value errorItem(std::string_view code, std::string_view message, const ValueMap& details = {}) {
+    return ValueMap{{"code", code}, {"message", message}, {"details", details}};
 }
 
 Value olderPair(std::int64_t error, Value content, std::int64_t now) {
@@ -39,6 +39,14 @@ Value entry(std::string_view module, ValueList rows, std::int64_t now, const Val
 
 Value failedEntry(std::string_view module, std::string_view code, std::string_view message, std::int64_t now) {
     return ValueMap{{"info", info(module, now)}, {"error", ValueList{errorItem(code, message)}}};
+}
+
+Value refusedEntry(std::string_view module, const Refusal& refusal, bool asObject, std::int64_t now) {
+    auto about = info(module, now);
+    if (!asObject) about.set("details", refusal.details);
+    auto error = asObject ? ValueList{errorItem(refusal.code, refusal.message, refusal.details)}
+                          : ValueList{refusal.code, refusal.message};
+    return ValueMap{{"info", std::move(about)}, {"error", std::move(error)}};
 }
 
 Value answer(ValueList entries, std::int64_t now) {

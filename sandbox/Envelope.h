@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/Value.h"
+#include "sandbox/changes/Refusal.h"
 
 /// Builds the fixed forms around the content of an answer. Times are milliseconds of the server's clock.
 namespace tarvo::sandbox::envelope {
@@ -16,6 +17,9 @@ Value entry(std::string_view module, ValueList rows, std::int64_t now);
 Value entry(std::string_view module, ValueList rows, std::int64_t now, const ValueMap& moreInfo);
 /// Makes an entry that failed while its siblings are valid.
 Value failedEntry(std::string_view module, std::string_view code, std::string_view message, std::int64_t now);
+/// Makes such an entry for a change that was refused: "error" is code and message, and the details are in the "info".
+/// With `asObject` code, message and details are one object of "error".
+Value refusedEntry(std::string_view module, const Refusal& refusal, bool asObject, std::int64_t now);
 
 /// Makes {"response":{"result":[...],"responseInfo":{...}}}.
 Value answer(ValueList entries, std::int64_t now);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/Json.h"
+#include "sandbox/Envelope.h"
 
 namespace tarvo::sandbox {
 namespace {
@@ -14,6 +15,8 @@ constexpr std::pair<std::string_view, FaultKind> names[] = {
     {"nonJson", FaultKind::nonJson},       {"errorEnvelope", FaultKind::errorEnvelope},
     {"wrongTypes", FaultKind::wrongTypes}, {"missingBlocks", FaultKind::missingBlocks},
     {"shortRows", FaultKind::shortRows},   {"repeatBlocks", FaultKind::repeatBlocks},
+    {"delayAfter", FaultKind::delayAfter}, {"missingIds", FaultKind::missingIds},
+    {"foreignIds", FaultKind::foreignIds}, {"olderEnvelope", FaultKind::olderEnvelope},
 };
 
 constexpr std::int64_t longestDelay = 10 * 60 * 1000;
@@ -103,6 +106,51 @@ void repeat(ValueList& result, const Fault& fault, std::size_t times) {
     result = std::move(repeated);
 }
 
+// An id stands in an entry of a record, ["id",...], in a member of a map, or first among texts.
+bool isIdEntry(const Value& item) {
+    const auto* list = item.asList();
+    return list && list->size() > 1 && list->front() == Value("id");
+}
+
+bool isId(const Value& item) {
+    constexpr std::size_t digits = 19;
+    const auto* text = item.asText();
+    return text && text->size() == digits && text->find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// Puts another id in the place of each; nullopt leaves them out.
+void replaceIds(Value& value, const std::optional<std::string>& id) {
+    if (auto* list = value.mutableList()) {
+        bool beginsWithId = !list->empty() && isId(list->front());
+        if (!id) std::erase_if(*list, isIdEntry);
+        if (!id && beginsWithId) list->erase(list->begin());
+        if (id && beginsWithId) list->front() = *id;
+        if (list->empty() || list->front().asText()) return;
+        for (auto& item : *list)
+            if (isIdEntry(item))
+                item.mutableList()->at(1) = *id;
+            else
+                replaceIds(item, id);
+    } else if (auto* map = value.mutableMap()) {
+        for (auto name : {"id", "recordId"}) {
+            if (!map->contains(name)) continue;
+            if (id)
+                map->set(name, *id);
+            else
+                map->remove(name);
+        }
+        for (auto name : {"response", "result", "info", "data", "record"})
+            if (auto* member = map->find(name)) replaceIds(*member, id);
+    }
+}
+
+void useOlderEnvelope(Value& answer) {
+    auto* result = resultOf(answer);
+    if (!result) return;
+    auto entries = std::move(*result);
+    answer = envelope::olderAnswer({envelope::olderPart(std::move(entries), 0)});
+}
+
 }  // namespace
 
 std::string_view faultName(FaultKind kind) {
@@ -138,6 +186,7 @@ Result<Fault, std::string> parseFault(const Value& json) {
     auto status = map->valueOf("status").asInteger().value_or(fault.status);
     if (status < 200 || status > 599) return Parsed::failure("\"status\" is 200 to 599.");
     fault.status = static_cast<int>(status);
+    fault.id = map->valueOf("id").textOr(fault.id);
     fault.code = map->valueOf("code").textOr(fault.code);
     fault.message = map->valueOf("message").textOr(fault.message);
     return Parsed::success(std::move(fault));
@@ -184,12 +233,16 @@ std::int64_t FaultSwitch::hits() const {
 
 bool touchesContent(FaultKind kind) {
     return kind == FaultKind::wrongTypes || kind == FaultKind::missingBlocks || kind == FaultKind::shortRows ||
-           kind == FaultKind::repeatBlocks;
+           kind == FaultKind::repeatBlocks || kind == FaultKind::missingIds || kind == FaultKind::foreignIds ||
+           kind == FaultKind::olderEnvelope;
 }
 
 void damage(Value& answer, const Fault& fault) {
     if (fault.kind == FaultKind::wrongTypes && fault.blocks.empty() && !fault.row)
         return breakTypes(answer, fault.level);
+    if (fault.kind == FaultKind::missingIds) return replaceIds(answer, std::nullopt);
+    if (fault.kind == FaultKind::foreignIds) return replaceIds(answer, fault.id);
+    if (fault.kind == FaultKind::olderEnvelope) return useOlderEnvelope(answer);
     auto* result = resultOf(answer);
     if (!result) return;
     switch (fault.kind) {

@@ -16,6 +16,8 @@ namespace tarvo::sandbox {
 enum class FaultKind {
     /// Waits before the work.
     delay,
+    /// Does the work, then waits before the answer.
+    delayAfter,
     /// Ends the connection without doing the work.
     dropBefore,
     /// Does the work, then ends the connection without an answer.
@@ -34,6 +36,12 @@ enum class FaultKind {
     shortRows,
     /// Sends every entry twice.
     repeatBlocks,
+    /// Leaves the ids of records out of the answer.
+    missingIds,
+    /// Answers another id in the place of each.
+    foreignIds,
+    /// Answers in the envelope of the older calls.
+    olderEnvelope,
 };
 
 /// Says what goes wrong with a call, and how often.
@@ -50,6 +58,8 @@ struct Fault {
     std::optional<std::size_t> row;
     /// The level of `wrongTypes`, see `breakTypes`.
     int level = 0;
+    /// The id that `foreignIds` answers.
+    std::string id = "1000000000000000001";
     /// The HTTP status, code and message of `errorEnvelope`.
     int status = 200;
     std::string code = "INTERNAL_ERROR";

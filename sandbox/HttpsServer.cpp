@@ -83,6 +83,7 @@ Request describe(const httplib::Request& from) {
     request.body = from.body;
     request.authorization = from.get_header_value("Authorization");
     request.organisation = from.get_header_value("X-CRM-ORG");
+    request.transactionId = from.get_header_value("x-transaction-id");
     return request;
 }
 

@@ -31,6 +31,8 @@ struct Request {
     std::string authorization;
     /// Header "X-CRM-ORG": the organisation that the client has chosen, or empty.
     std::string organisation;
+    /// Header "x-transaction-id": the key of a change, the same whenever it is sent again, or empty.
+    std::string transactionId;
 
     /// Returns the first value of a parameter, or nullopt when it is absent.
     std::optional<std::string> parameter(std::string_view name) const {

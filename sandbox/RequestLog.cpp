@@ -29,6 +29,7 @@ void RequestLog::add(const LoggedRequest& request) {
                           {"parameters", request.parameters},
                           {"account", request.account},
                           {"organisation", request.organisation},
+                          {"transactionId", request.transactionId},
                           {"status", request.status},
                           {"fault", request.fault},
                           {"ms", request.milliseconds}};

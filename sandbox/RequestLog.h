@@ -17,6 +17,7 @@ struct LoggedRequest {
     Value parameters;
     std::string account;
     std::string organisation;
+    std::string transactionId;
     /// The HTTP status; 0 when no answer was sent.
     int status = 0;
     std::string fault;

@@ -72,6 +72,7 @@ Answer Sandbox::call(const Request& request, LoggedRequest& logged) {
     if (!account) return failure(401, "AUTHENTICATION_FAILURE", "The token is missing or not valid.");
     logged.account = account->id;
     logged.organisation = request.organisation;
+    logged.transactionId = request.transactionId;
 
     auto fault = faults_.take(row->name);
     if (fault) logged.fault = faultName(fault->kind);
@@ -79,6 +80,7 @@ Answer Sandbox::call(const Request& request, LoggedRequest& logged) {
     if (fault && fault->kind == FaultKind::dropBefore) return noAnswer();
     if (fault && fault->kind == FaultKind::errorEnvelope) return failure(fault->status, fault->code, fault->message);
     auto answer = work(*row, *path, request, account->id, fault);
+    if (fault && fault->kind == FaultKind::delayAfter) delay(fault->duration);
     if (fault && fault->kind == FaultKind::dropAfter) return noAnswer();
     if (fault && fault->kind == FaultKind::truncate) answer.delivery = Delivery::half;
     if (fault && fault->kind == FaultKind::nonJson)

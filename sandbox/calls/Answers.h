@@ -28,5 +28,13 @@ Reply viewRecords(const Call& call);
 Reply moduleRecords(const Call& call);
 /// Returns one record by its id.
 Reply singleRecord(const Call& call);
+/// Adds the records of the body and answers one entry per payload.
+Reply addRecords(const Call& call);
+/// Edits the records that the payloads of the body name by "id".
+Reply updateRecords(const Call& call);
+/// Deletes the record "id".
+Reply deleteRecord(const Call& call);
+/// Adds the uploaded "file" as an attachment of the record "id".
+Reply uploadAttachment(const Call& call);
 
 }  // namespace tarvo::sandbox::calls

@@ -2,6 +2,7 @@
 
 #include "platform/Json.h"
 #include "platform/Text.h"
+#include "sandbox/data/DataSet.h"
 
 namespace tarvo::sandbox::calls {
 
@@ -17,6 +18,14 @@ std::vector<std::string> namesIn(const std::string& parameter) {
     if (parameter.empty()) return {};
     auto list = listIn(parameter);
     return list ? *list : text::split(parameter, ",");
+}
+
+std::string parameter(const Call& call, std::string_view name) { return call.request.parameter(name).value_or(""); }
+
+const ModuleData* moduleOf(const Call& call, std::string_view nameParameter, std::string_view apiNameParameter) {
+    const auto* module = call.data.module(parameter(call, nameParameter));
+    if (!module) module = call.data.module(parameter(call, apiNameParameter));
+    return module && module->hasOwnLists ? module : nullptr;
 }
 
 }  // namespace tarvo::sandbox::calls

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <variant>
 
-#include "platform/Json.h"
 #include "platform/Text.h"
 #include "sandbox/Envelope.h"
 #include "sandbox/calls/Answers.h"
@@ -37,13 +36,11 @@ Value unknownModule(const Call& call, const std::string& module) {
     return failed(call, module, "INVALID_MODULE", "There is no such module.");
 }
 
-std::string parameter(const Call& call, std::string_view name) { return call.request.parameter(name).value_or(""); }
-
-/// Writes pages without the server's lock.
+/// Writes pages without the server's lock, all of them from the records of one moment.
 class PageWriter {
 public:
     PageWriter(DataSet& data, const std::string& account, std::int64_t now)
-        : data_(data), account_(account), now_(now) {}
+        : data_(data), records_(data.records->now()), account_(account), now_(now) {}
 
     std::string write(const std::vector<Entry>& entries) const {
         envelope::Writer writer(now_);
@@ -57,7 +54,8 @@ public:
 
 private:
     void add(const Page& page, envelope::Writer& writer) const {
-        auto positions = order(page);
+        auto list = records_.list(page.module->name);
+        auto positions = order(page, list);
         auto from = std::min(page.from, positions->size());
         auto until = from + std::min(page.limit, positions->size() - from);
         ValueMap about{{"count", until - from}, {"more_records", until < positions->size()}};
@@ -67,26 +65,27 @@ private:
             json += '[';
             for (auto i = from; i < until; ++i) {
                 if (i > from) json += ',';
-                data_.records->at(page.module->name, (*positions)[i]).write(json, scratch);
+                list.at((*positions)[i])->write(json, scratch);
             }
             json += ']';
         });
     }
 
     // The result of criteria also depends on the user who asks and on the day.
-    RecordOrders::Positions order(const Page& page) const {
+    RecordOrders::Positions order(const Page& page, const RecordList& list) const {
         const auto& module = page.module->name;
         if (!page.view || page.view->criteria.isNull())
-            return data_.recordOrders.order(*data_.records, module, "", nullptr, page.sort);
+            return data_.recordOrders.order(list, module, "", nullptr, page.sort);
         constexpr std::int64_t millisecondsOfHour = 3'600'000;
         auto filterId = page.view->id + " " + account_ + " " + std::to_string(now_ / millisecondsOfHour);
         ViewFilter filter(data_, *page.view, account_, now_);
         return data_.recordOrders.order(
-            *data_.records, module, filterId, [&](const RecordData& record) { return filter.holds(record); },
-            page.sort);
+            list, module, filterId, [&](const RecordData& record) { return filter.holds(record); }, page.sort);
     }
 
     DataSet& data_;
+    /// The records as they are when the call is handled, whatever is changed until the page is written.
+    RecordView records_;
     std::string account_;
     std::int64_t now_;
 };
@@ -140,20 +139,6 @@ Entry pageOfList(const Call& call) {
     return limited(call, std::move(*page));
 }
 
-Value toValue(const RecordData& record) {
-    std::string json;
-    RecordValue scratch;
-    record.write(json, scratch);
-    return json::parse(json).value_or(Value());
-}
-
-/// Returns the module that a request names by "module" or "moduleAPI"; null when there is none.
-const ModuleData* moduleOf(const Call& call) {
-    const auto* module = call.data.module(parameter(call, "module"));
-    if (!module) module = call.data.module(parameter(call, "moduleAPI"));
-    return module && module->hasOwnLists ? module : nullptr;
-}
-
 }  // namespace
 
 Reply viewRecords(const Call& call) {
@@ -177,7 +162,8 @@ Reply singleRecord(const Call& call) {
     if (!module) return Reply::of(envelope::answer({unknownModule(call, parameter(call, "module"))}, call.now));
     auto id = parameter(call, "id");
     ValueList rows;
-    if (auto record = call.data.records->find(module->name, id)) rows.push_back(toValue(*record));
+    auto list = call.data.records->now().list(module->name);
+    if (auto record = list.find(id)) rows.push_back(record->wireForm());
     return Reply::of(envelope::answer(
         {envelope::entry(module->name, std::move(rows), call.now, ValueMap{{"recordId", id}})}, call.now));
 }

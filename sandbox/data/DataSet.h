@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -8,12 +9,14 @@
 #include <vector>
 
 #include "sandbox/SandboxAccounts.h"
+#include "sandbox/changes/ChangeLog.h"
+#include "sandbox/changes/RecordRules.h"
 #include "sandbox/data/Currencies.h"
 #include "sandbox/data/Generator.h"
 #include "sandbox/data/Metadata.h"
 #include "sandbox/data/Pipelines.h"
 #include "sandbox/data/RecordOrders.h"
-#include "sandbox/data/Records.h"
+#include "sandbox/data/RecordStore.h"
 #include "sandbox/data/Views.h"
 
 namespace tarvo::sandbox {
@@ -80,8 +83,11 @@ public:
     std::vector<std::pair<std::string, std::string>> companyInfo;
     std::vector<TagData> tags;
     /// Both may be used without the server's lock.
-    std::unique_ptr<const RecordStore> records;
+    std::unique_ptr<RecordStore> records;
     RecordOrders recordOrders;
+    /// By module name; a module without rules has none that refuse anything.
+    std::map<std::string, RecordRules, std::less<>> rules;
+    ChangeLog changes;
     std::vector<ViewData> views;
     std::vector<CurrencyData> currencies;
     std::vector<TaxData> taxes;

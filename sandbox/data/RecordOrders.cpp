@@ -1,6 +1,7 @@
 #include "sandbox/data/RecordOrders.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "platform/Text.h"
 #include "platform/dates/Dates.h"
@@ -74,34 +75,75 @@ bool isBefore(const SortKey& a, const SortKey& b, bool isAscending) {
     return first.id < second.id;
 }
 
-RecordOrders::Positions makeOrder(const RecordStore& records, const std::string& module,
-                                  const RecordOrders::Filter& filter, const RecordSort& sort) {
-    SortKeys keys(sort.field);
-    std::vector<SortKey> sorted;
-    auto count = records.count(module);
-    for (std::size_t i = 0; i < count; ++i) {
-        auto record = records.at(module, i);
-        if (filter && !filter(record)) continue;
-        sorted.push_back(keys.of(record, static_cast<std::uint32_t>(i)));
+/// Makes the orders of one list by one filter and one sort.
+class OrderMaker {
+public:
+    OrderMaker(const RecordList& records, const RecordOrders::Filter& filter, const RecordSort& sort)
+        : records_(records), filter_(filter), isAscending_(sort.isAscending), keys_(sort.field) {}
+
+    RecordOrders::Positions ofSnapshot() {
+        std::vector<SortKey> sorted;
+        for (std::size_t i = 0; i < records_.snapshotSize(); ++i) add(records_.snapshotAt(i), i, sorted);
+        sort(sorted);
+        std::vector<std::uint32_t> positions;
+        positions.reserve(sorted.size());
+        for (const auto& key : sorted) positions.push_back(key.position);
+        return std::make_shared<const std::vector<std::uint32_t>>(std::move(positions));
     }
-    std::sort(sorted.begin(), sorted.end(),
-              [&](const SortKey& a, const SortKey& b) { return isBefore(a, b, sort.isAscending); });
-    std::vector<std::uint32_t> positions;
-    positions.reserve(sorted.size());
-    for (const auto& key : sorted) positions.push_back(key.position);
-    return std::make_shared<const std::vector<std::uint32_t>>(std::move(positions));
-}
+
+    /// Leaves the touched records out of the snapshot's order and puts the changed ones where they belong.
+    RecordOrders::Positions withChanges(const std::vector<std::uint32_t>& snapshot) {
+        std::vector<SortKey> changed;
+        for (auto position : records_.changedPositions()) add(*records_.at(position), position, changed);
+        sort(changed);
+        std::vector<std::uint32_t> kept;
+        kept.reserve(snapshot.size());
+        std::copy_if(snapshot.begin(), snapshot.end(), std::back_inserter(kept),
+                     [&](std::uint32_t position) { return !records_.isTouched(position); });
+        std::vector<std::uint32_t> merged;
+        merged.reserve(kept.size() + changed.size());
+        auto next = kept.begin();
+        for (const auto& key : changed) {
+            auto place = std::upper_bound(next, kept.end(), key, [&](const SortKey& one, std::uint32_t other) {
+                return isBefore(one, keys_.of(records_.snapshotAt(other), other), isAscending_);
+            });
+            merged.insert(merged.end(), next, place);
+            merged.push_back(key.position);
+            next = place;
+        }
+        merged.insert(merged.end(), next, kept.end());
+        return std::make_shared<const std::vector<std::uint32_t>>(std::move(merged));
+    }
+
+private:
+    void add(const RecordData& record, std::size_t position, std::vector<SortKey>& into) {
+        if (!filter_ || filter_(record)) into.push_back(keys_.of(record, static_cast<std::uint32_t>(position)));
+    }
+    void sort(std::vector<SortKey>& keys) const {
+        std::sort(keys.begin(), keys.end(),
+                  [&](const SortKey& a, const SortKey& b) { return isBefore(a, b, isAscending_); });
+    }
+
+    const RecordList& records_;
+    const RecordOrders::Filter& filter_;
+    const bool isAscending_;
+    SortKeys keys_;
+};
 
 }  // namespace
 
-RecordOrders::Positions RecordOrders::order(const RecordStore& records, const std::string& module,
+RecordOrders::Positions RecordOrders::order(const RecordList& records, const std::string& module,
                                             const std::string& filterId, const Filter& filter, const RecordSort& sort) {
     auto key =
         module + "\n" + filterId + "\n" + (sort.field ? sort.field->apiName : "") + (sort.isAscending ? "+" : "-");
-    if (auto known = cached(key)) return known;
-    auto made = makeOrder(records, module, filter, sort);
-    cache(key, made);
-    return made;
+    OrderMaker maker(records, filter, sort);
+    auto snapshot = cached(key);
+    if (!snapshot) cache(key, snapshot = maker.ofSnapshot());
+    if (!records.hasChanges()) return snapshot;
+    key += "\n" + std::to_string(records.version());
+    auto merged = cached(key);
+    if (!merged) cache(key, merged = maker.withChanges(*snapshot));
+    return merged;
 }
 
 RecordOrders::Positions RecordOrders::cached(const std::string& key) {

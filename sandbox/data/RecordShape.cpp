@@ -13,7 +13,7 @@ namespace {
 
 // Ids of records: the organisation's prefix, then nine digits of module and number, beyond those of `IdSequence`.
 constexpr std::uint64_t firstRecordId = 100'000'000;
-constexpr std::uint64_t idsOfModule = 10'000'000;
+constexpr std::uint64_t idsOfModule = RecordShape::numbersOfModule;
 constexpr std::size_t suffixDigits = 9;
 
 constexpr std::int64_t firstCreation = 1'672'531'200;       // 2023-01-01
@@ -149,9 +149,13 @@ std::int64_t RecordShape::modifiedTime(std::size_t number) const {
 }
 
 void RecordShape::readTitle(std::size_t number, std::vector<std::string>& into) const {
+    readTitle([&](const Field& field, RecordValue& value) { read(field, number, value); }, into);
+}
+
+void RecordShape::readTitle(const ReadField& read, std::vector<std::string>& into) const {
     RecordValue value;
     auto textOf = [&](const Field* field) {
-        read(*field, number, value);
+        read(*field, value);
         return value.text;
     };
     into.clear();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -32,6 +33,10 @@ public:
     static constexpr std::size_t completeRecord = 7;
     /// A field that holds rows has this many numbers for them per record.
     static constexpr std::size_t maxRowsBelow = 8;
+    /// Records and rows that clients add have numbers from here on, up to `numbersOfModule`. The snapshot's lie below:
+    /// rows have the highest, of `maxFieldsAbove` times `maxRowsBelow` rows below each of 100,000 records.
+    static constexpr std::size_t firstAddedNumber = 7'000'000;
+    static constexpr std::size_t numbersOfModule = 10'000'000;
     /// The rows of a module may lie below this many fields of other modules.
     static constexpr std::size_t maxFieldsAbove = 8;
 
@@ -80,6 +85,9 @@ public:
     const ModuleData& module() const { return module_; }
     const std::vector<Field>& fields() const { return fields_; }
     const Field* field(std::string_view apiName) const;
+    std::size_t indexOf(const Field& field) const { return static_cast<std::size_t>(&field - fields_.data()); }
+    /// Returns the module's place among all modules.
+    std::size_t moduleNumber() const { return moduleNumber_; }
     /// Returns a shape by module name, for values that choose their module; null for an unknown module.
     const RecordShape* sibling(std::string_view module) const;
     const std::vector<const TagData*>& tags() const { return tags_; }
@@ -100,6 +108,9 @@ public:
     std::int64_t modifiedTime(std::size_t number) const;
     /// Reads what stands for the record in a lookup: its name, or for a person last name, first name and both.
     void readTitle(std::size_t number, std::vector<std::string>& into) const;
+    /// Makes the same of the values that `read` reads.
+    using ReadField = std::function<void(const Field& field, RecordValue& into)>;
+    void readTitle(const ReadField& read, std::vector<std::string>& into) const;
 
 private:
     void addField(const FieldData& data);

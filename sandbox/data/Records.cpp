@@ -1,16 +1,12 @@
 #include "sandbox/data/Records.h"
 
+#include "platform/Json.h"
 #include "platform/Text.h"
 #include "sandbox/JsonText.h"
 #include "sandbox/data/RecordShape.h"
 
 namespace tarvo::sandbox {
 namespace {
-
-// The list of activities goes through its modules in turn.
-constexpr std::string_view activityParts[] = {"Tasks", "Events", "Calls"};
-
-bool isActivities(std::string_view module) { return module == "Activities"; }
 
 void writeList(std::string& json, const std::vector<std::string>& texts) {
     json += '[';
@@ -68,10 +64,43 @@ void writeEntry(std::string& json, std::string_view start, const RecordValue& va
     json += ']';
 }
 
-std::vector<std::vector<std::string>> titlesOf(const std::vector<UserData>& users) {
-    std::vector<std::vector<std::string>> titles;
-    for (const auto& user : users) titles.push_back({user.lastName, user.firstName, user.name()});
-    return titles;
+void writeMember(std::string& json, std::string_view name, const RecordValue& value);
+
+void writeMapOfRow(std::string& json, const RecordRow& row) {
+    json += '{';
+    for (const auto& entry : row.entries) writeMember(json, entry.name, entry.value);
+    json += '}';
+}
+
+// Appends a member to a map, whose text ends with "{" before the first one.
+void writeMember(std::string& json, std::string_view name, const RecordValue& value) {
+    if (value.kind == RecordValue::Kind::absent) return;
+    if (json.back() != '{') json += ',';
+    appendJsonText(json, name);
+    json += ':';
+    if (value.kind != RecordValue::Kind::rows) return writeValue(json, value);
+    json += '[';
+    for (std::size_t i = 0; i < value.rows.size(); ++i) {
+        if (i > 0) json += ',';
+        writeMapOfRow(json, value.rows[i]);
+    }
+    json += ']';
+}
+
+/// Returns the value of a field: the stored one, or the snapshot's, for which `scratch` lends its memory.
+const RecordValue& fieldValue(const RecordShape& shape, const RecordShape::Field& field, std::size_t number,
+                              const StoredRecord* stored, RecordValue& scratch) {
+    if (stored) return stored->values[shape.indexOf(field)];
+    shape.read(field, number, scratch);
+    return scratch;
+}
+
+void readField(const RecordShape& shape, const RecordShape::Field& field, std::size_t number,
+               const StoredRecord* stored, RecordValue& into) {
+    if (stored)
+        into = stored->values[shape.indexOf(field)];
+    else
+        shape.read(field, number, into);
 }
 
 }  // namespace
@@ -99,71 +128,63 @@ const std::string& RecordData::module() const { return shape_->module().name; }
 
 std::string RecordData::id() const { return shape_->id(number_); }
 
-std::int64_t RecordData::createdTime() const { return shape_->createdTime(number_); }
+std::int64_t RecordData::createdTime() const { return stored_ ? stored_->createdTime : shape_->createdTime(number_); }
 
-std::int64_t RecordData::modifiedTime() const { return shape_->modifiedTime(number_); }
+std::int64_t RecordData::modifiedTime() const {
+    return stored_ ? stored_->modifiedTime : shape_->modifiedTime(number_);
+}
 
-RecordValue RecordData::value(std::string_view apiName) const { return shape_->value(apiName, number_); }
+RecordValue RecordData::value(std::string_view apiName) const {
+    RecordValue value;
+    read(apiName, value);
+    return value;
+}
 
 void RecordData::read(std::string_view apiName, RecordValue& into) const {
     if (const auto* field = shape_->field(apiName))
-        shape_->read(*field, number_, into);
+        readField(*shape_, *field, number_, stored_, into);
     else
         into.clear();
+}
+
+void RecordData::readTitle(std::vector<std::string>& into) const {
+    shape_->readTitle([&](const RecordShape::Field& field,
+                          RecordValue& value) { readField(*shape_, field, number_, stored_, value); },
+                      into);
+}
+
+std::vector<RecordValue> RecordData::values() const {
+    if (stored_) return stored_->values;
+    std::vector<RecordValue> values(shape_->fields().size());
+    for (std::size_t i = 0; i < values.size(); ++i) shape_->read(shape_->fields()[i], number_, values[i]);
+    return values;
 }
 
 void RecordData::write(std::string& json, RecordValue& scratch) const {
     json += '[';
     bool isFirst = true;
     for (const auto& field : shape_->fields()) {
-        shape_->read(field, number_, scratch);
-        if (scratch.kind == RecordValue::Kind::absent) continue;
+        const auto& value = fieldValue(*shape_, field, number_, stored_, scratch);
+        if (value.kind == RecordValue::Kind::absent) continue;
         if (!isFirst) json += ',';
         isFirst = false;
-        writeEntry(json, field.entryStart, scratch);
+        writeEntry(json, field.entryStart, value);
     }
     json += ']';
 }
 
-RecordStore::RecordStore(const DataSet& data, std::uint64_t seed, std::size_t recordsPerModule)
-    : context_(new RecordContext{data, seed, recordsPerModule, data.tags, titlesOf(data.users)}),
-      shapes_(new RecordShape::Shapes) {
-    for (std::size_t i = 0; i < data.modules.size(); ++i) {
-        const auto& module = data.modules[i];
-        if (!isActivities(module.name))
-            shapes_->emplace(module.name, std::make_unique<RecordShape>(*context_, module, i));
-    }
-    for (auto& [name, shape] : *shapes_) shape->connect(*shapes_);
+Value RecordData::wireForm() const {
+    std::string json;
+    RecordValue scratch;
+    write(json, scratch);
+    return json::parse(json).value_or(Value());
 }
 
-RecordStore::~RecordStore() = default;
-
-const RecordShape* RecordStore::shape(std::string_view module) const {
-    auto found = shapes_->find(module);
-    return found == shapes_->end() ? nullptr : found->second.get();
-}
-
-std::size_t RecordStore::count(std::string_view module) const {
-    if (isActivities(module)) return std::size(activityParts) * context_->recordsPerModule;
-    const auto* known = shape(module);
-    return known ? known->count() : 0;
-}
-
-RecordData RecordStore::at(std::string_view module, std::size_t position) const {
-    if (!isActivities(module)) return {*shape(module), position};
-    return {*shape(activityParts[position % std::size(activityParts)]), position / std::size(activityParts)};
-}
-
-std::optional<RecordData> RecordStore::find(std::string_view module, std::string_view id) const {
-    if (isActivities(module)) {
-        for (auto each : activityParts)
-            if (auto found = find(each, id)) return found;
-        return std::nullopt;
-    }
-    const auto* known = shape(module);
-    auto number = known ? known->numberOf(id) : std::nullopt;
-    if (!number || *number >= known->count()) return std::nullopt;
-    return RecordData(*known, *number);
+void RecordData::writeMap(std::string& json, RecordValue& scratch) const {
+    json += '{';
+    for (const auto& field : shape_->fields())
+        writeMember(json, field.name, fieldValue(*shape_, field, number_, stored_, scratch));
+    json += '}';
 }
 
 }  // namespace tarvo::sandbox

@@ -1,21 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <map>
-#include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/Value.h"
+
 namespace tarvo::sandbox {
 
-class DataSet;
 class RecordShape;
-struct FieldData;
-struct ModuleData;
 struct RecordRow;
-struct RecordContext;
 
 /// Holds one value of a record: a text, a list of texts, or rows that lie below the record. Numbers, flags and times
 /// are texts, as on the wire: "12.5", "true", "2024-02-29", "2024-02-29T10:00:00+05:30".
@@ -49,11 +45,23 @@ struct RecordRow {
     std::vector<RecordEntry> entries;
 };
 
-/// Refers to one record. It holds no values: each is made when a caller reads it, always the same, from the seed, the
-/// module and the record's number. Cheap to copy; valid as long as its store. Safe to use from any thread.
+/// Holds all values of a record that a client has added or edited, in the order of its shape's fields. It is not
+/// changed once others can see it.
+struct StoredRecord {
+    std::vector<RecordValue> values;
+    /// Seconds since 1970.
+    std::int64_t createdTime = 0;
+    std::int64_t modifiedTime = 0;
+};
+
+/// Refers to one record. A record that nobody has changed holds no values: each is made when a caller reads it, always
+/// the same, from the seed, the module and the record's number. Cheap to copy; valid as long as the view or list that
+/// it comes from. Safe to use from any thread.
 class RecordData {
 public:
-    RecordData(const RecordShape& shape, std::size_t number) : shape_(&shape), number_(number) {}
+    /// `stored` holds the values of a changed record; null for one of the snapshot.
+    RecordData(const RecordShape& shape, std::size_t number, const StoredRecord* stored = nullptr)
+        : shape_(&shape), number_(number), stored_(stored) {}
 
     /// Returns the module that the record belongs to: "Tasks" for a task, in the list of activities too.
     const std::string& module() const;
@@ -65,40 +73,25 @@ public:
     RecordValue value(std::string_view apiName) const;
     /// Reads the same into a value that the caller fills many times.
     void read(std::string_view apiName, RecordValue& into) const;
+    /// Reads what stands for the record in a lookup: its name, or for a person last name, first name and both.
+    void readTitle(std::vector<std::string>& into) const;
+    /// Returns all values, in the order of the shape's fields.
+    std::vector<RecordValue> values() const;
     /// Appends the record to a JSON text: a list of entries of name, value and, for lookups, what is shown.
     void write(std::string& json, RecordValue& scratch) const;
+    /// Returns what `write` writes.
+    Value wireForm() const;
+    /// Appends the record to a JSON text as a map from API name to value: texts, lists of texts, lists of maps.
+    void writeMap(std::string& json, RecordValue& scratch) const;
 
     const RecordShape& shape() const { return *shape_; }
-    /// Returns its position in its module, from 0 for the oldest.
+    /// Returns its position in its module, from 0 for the oldest; added records have numbers of their own.
     std::size_t number() const { return number_; }
 
 private:
     const RecordShape* shape_;
     std::size_t number_;
-};
-
-/// Gives access to the records of all modules. It stores none of them, so a store of many records costs as much as one
-/// of few. Immutable and safe to use from any thread.
-class RecordStore {
-public:
-    /// `data` has its modules, metadata, users and tags already, and outlives the store. Records have
-    /// the tags that exist at this moment.
-    RecordStore(const DataSet& data, std::uint64_t seed, std::size_t recordsPerModule);
-    ~RecordStore();
-
-    /// Returns how many records a module lists; 0 for a module whose rows lie under others. Activities list the tasks,
-    /// events and calls.
-    std::size_t count(std::string_view module) const;
-    /// Returns a record of the module's list; the position is below `count`.
-    RecordData at(std::string_view module, std::size_t position) const;
-    /// Returns nullopt when the module has no such record.
-    std::optional<RecordData> find(std::string_view module, std::string_view id) const;
-
-private:
-    const RecordShape* shape(std::string_view module) const;
-
-    std::unique_ptr<const RecordContext> context_;
-    std::unique_ptr<std::map<std::string, std::unique_ptr<RecordShape>, std::less<>>> shapes_;
+    const StoredRecord* stored_;
 };
 
 }  // namespace tarvo::sandbox

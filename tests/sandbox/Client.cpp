@@ -10,6 +10,8 @@ std::optional<ClientAnswer> toAnswer(const httplib::Result& result) {
     return ClientAnswer{result->status, result->body};
 }
 
+httplib::Headers toHeaders(const Client::Headers& headers) { return {headers.begin(), headers.end()}; }
+
 }  // namespace
 
 struct Client::Implementation {
@@ -43,8 +45,14 @@ std::optional<ClientAnswer> Client::post(const std::string& path, const Form& fo
     return ClientAnswer{result->status, body};
 }
 
-std::optional<ClientAnswer> Client::postJson(const std::string& path, const std::string& json) {
-    return toAnswer(implementation_->client.Post(path, json, "application/json"));
+std::optional<ClientAnswer> Client::postJson(const std::string& path, const std::string& json, const Headers& headers) {
+    return toAnswer(implementation_->client.Post(path, toHeaders(headers), json, "application/json"));
+}
+
+std::optional<ClientAnswer> Client::upload(const std::string& path, const std::string& fileName,
+                                           const std::string& content, const Headers& headers) {
+    httplib::MultipartFormDataItems parts{{"file", content, fileName, "application/octet-stream"}};
+    return toAnswer(implementation_->client.Post(path, toHeaders(headers), parts));
 }
 
 std::optional<ClientAnswer> Client::get(const std::string& path) { return toAnswer(implementation_->client.Get(path)); }

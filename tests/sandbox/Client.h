@@ -22,7 +22,11 @@ public:
 
     /// Returns nullopt when the connection ended before a whole answer.
     std::optional<ClientAnswer> post(const std::string& path, const Form& form, const std::string& authorization = "");
-    std::optional<ClientAnswer> postJson(const std::string& path, const std::string& json);
+    using Headers = std::multimap<std::string, std::string>;
+    std::optional<ClientAnswer> postJson(const std::string& path, const std::string& json, const Headers& headers = {});
+    /// Uploads a file under the name "file" in a multipart body.
+    std::optional<ClientAnswer> upload(const std::string& path, const std::string& fileName, const std::string& content,
+                                       const Headers& headers);
     std::optional<ClientAnswer> get(const std::string& path);
     std::optional<ClientAnswer> remove(const std::string& path);
     /// Returns how many bytes of the body arrived with the last post, complete or not.

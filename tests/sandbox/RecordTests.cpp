@@ -36,7 +36,7 @@ TEST_F(RecordTests, UnknownThingsFailAlone) {
     EXPECT_TRUE(at(entryOf(ask("getrecords", {{"module", "Leads"}, {"count", "-1"}})), "error").asList());
     EXPECT_TRUE(at(entryOf(ask("getrecords", {{"module", "EventInvitees"}})), "error").asList());
 
-    auto id = data.records->at("Cases", 3).id();
+    auto id = data.records->now().list("Cases").at(3)->id();
     for (auto [module, given, found] :
          {std::tuple("Cases", id, true), {"Cases", std::string("x"), false}, {"Leads", id, false}}) {
         answer = ask("getrecord", {{"module", module}, {"id", given}});

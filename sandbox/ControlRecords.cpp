@@ -1,0 +1,110 @@
+#include <algorithm>
+#include <numeric>
+
+#include "platform/Json.h"
+#include "sandbox/Control.h"
+#include "sandbox/Sandbox.h"
+#include "sandbox/changes/RecordEditor.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+std::string textIn(const ValueMap& map, std::string_view name) { return map.valueOf(name).textOr(""); }
+
+/// Returns the items of a list; nullopt for any other value, and an empty list for an absent one.
+std::optional<ValueList> listIn(const ValueMap& map, std::string_view name) {
+    const auto* value = map.find(name);
+    if (!value) return ValueList();
+    const auto* list = value->asList();
+    return list ? std::optional(*list) : std::nullopt;
+}
+
+// Holds the records of one moment, so that it is written without the server's lock.
+std::string writeRecords(const RecordList& records, bool onlyChanged) {
+    std::vector<std::size_t> positions = records.changedPositions();
+    if (!onlyChanged) {
+        positions.resize(records.size());
+        std::iota(positions.begin(), positions.end(), 0);
+    }
+    std::sort(positions.begin(), positions.end());
+    std::string json = "{\"records\":[";
+    RecordValue scratch;
+    for (auto position : positions) {
+        auto record = records.at(position);
+        if (!record) continue;
+        if (json.back() != '[') json += ',';
+        record->writeMap(json, scratch);
+    }
+    return json + "]}";
+}
+
+}  // namespace
+
+DataSet* Control::dataFor(const std::string& account, const std::string& organisation) {
+    if (account.empty()) return &sandbox_.data_;
+    const auto& all = sandbox_.accounts_.all();
+    bool isKnown = std::any_of(all.begin(), all.end(), [&](const Account& each) { return each.id == account; });
+    return isKnown ? &sandbox_.dataFor(account, organisation) : nullptr;
+}
+
+// {"module":"Leads","add":[payload,...],"edit":[payload with "id",...],"delete":[id,...]} changes all or nothing.
+Reply Control::changeRecords(const Request& request) {
+    auto body = json::parse(request.body).value_or(Value());
+    const auto map = body.asMap() ? *body.asMap() : ValueMap();
+    auto added = listIn(map, "add"), edited = listIn(map, "edit"), deleted = listIn(map, "delete");
+    std::lock_guard lock(sandbox_.dataMutex_);
+    auto* data = dataFor(textIn(map, "account"), textIn(map, "organisation"));
+    const auto* module = data ? data->module(textIn(map, "module")) : nullptr;
+    if (!module || !added || !edited || !deleted)
+        return refusedControl(400, "\"module\" names a module, and \"add\", \"edit\" and \"delete\" are lists.");
+    RecordEditor editor(
+        *data, {"", "control/records", textIn(map, "account"), sandbox_.clock_.milliseconds(), Sender::control});
+    ValueList ids;
+    for (const auto& payload : *added) {
+        auto record = editor.add(*module, payload);
+        if (!record) return refusedControl(400, record.error().message);
+        ids.emplace_back(record->id());
+    }
+    for (const auto& payload : *edited)
+        if (auto record = editor.edit(*module, payload); !record) return refusedControl(400, record.error().message);
+    for (const auto& id : *deleted)
+        if (auto refusal = editor.remove(*module, id.textOr(""))) return refusedControl(400, refusal->message);
+    editor.publish();
+    return Reply::of(ValueMap{{"added", std::move(ids)}});
+}
+
+// "changed" leaves out the records that nobody has added or edited.
+Reply Control::records(const Request& request) {
+    auto parameter = [&](std::string_view name) { return request.parameter(name).value_or(""); };
+    std::lock_guard lock(sandbox_.dataMutex_);
+    auto* data = dataFor(parameter("account"), parameter("organisation"));
+    const auto* module = data ? data->module(parameter("module")) : nullptr;
+    if (!module || !module->hasOwnLists) return refusedControl(400, "\"module\" names a module with lists of its own.");
+    return Reply::writtenBy([list = data->records->now().list(module->name),
+                             onlyChanged = parameter("changed") == "true"] { return writeRecords(list, onlyChanged); });
+}
+
+Reply Control::changes(const Request& request) {
+    std::lock_guard lock(sandbox_.dataMutex_);
+    auto* data = dataFor(request.parameter("account").value_or(""), request.parameter("organisation").value_or(""));
+    if (!data) return refusedControl(400, "There is no such account.");
+    return Reply::of(ValueMap{{"changes", data->changes.all()}});
+}
+
+// {"module":"Leads","mandatory":[field,...],"unique":[field,...],"refuse":[kind,...],"keepKeys":true,...} replaces all
+// rules of the module.
+Reply Control::setRules(const Request& request) {
+    auto body = json::parse(request.body).value_or(Value());
+    const auto map = body.asMap() ? *body.asMap() : ValueMap();
+    std::lock_guard lock(sandbox_.dataMutex_);
+    auto* data = dataFor(textIn(map, "account"), textIn(map, "organisation"));
+    const auto* module = data ? data->module(textIn(map, "module")) : nullptr;
+    const auto* shape = module ? data->records->shape(module->name) : nullptr;
+    if (!shape) return refusedControl(400, "\"module\" names a module that has records.");
+    auto rules = parseRules(map, *shape);
+    if (!rules) return refusedControl(400, rules.error());
+    data->rules.insert_or_assign(module->name, *std::move(rules));
+    return Reply::of(ValueMap{{"done", true}});
+}
+
+}  // namespace tarvo::sandbox

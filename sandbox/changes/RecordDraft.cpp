@@ -1,0 +1,67 @@
+#include "sandbox/changes/RecordDraft.h"
+
+#include "sandbox/data/RecordShape.h"
+
+namespace tarvo::sandbox {
+
+RecordDraft::RecordDraft(RecordStore& store)
+    : store_(store), state_(std::make_shared<RecordChanges>(*store.now().changes())), own_(state_->modules.size()) {
+    ++state_->version;
+}
+
+const ModuleChanges* RecordDraft::known(const RecordShape& shape) const {
+    return state_->modules[shape.moduleNumber()].get();
+}
+
+// Copies what others may be reading, once per module.
+ModuleChanges& RecordDraft::change(const RecordShape& shape) {
+    auto& own = own_[shape.moduleNumber()];
+    if (!own) {
+        const auto* before = known(shape);
+        auto copy = before ? std::make_shared<ModuleChanges>(*before) : std::make_shared<ModuleChanges>();
+        own = copy.get();
+        state_->modules[shape.moduleNumber()] = std::move(copy);
+    }
+    return *own;
+}
+
+bool RecordDraft::isFull(const RecordShape& shape) const {
+    const auto* changes = known(shape);
+    auto used = changes ? std::max(changes->added.size(), changes->addedRows) : 0;
+    return RecordShape::firstAddedNumber + used >= RecordShape::numbersOfModule;
+}
+
+std::size_t RecordDraft::nextNumber(const RecordShape& shape) const {
+    const auto* changes = known(shape);
+    return RecordShape::firstAddedNumber + (changes ? changes->added.size() : 0);
+}
+
+RecordData RecordDraft::add(const RecordShape& shape, StoredRecord record) {
+    auto number = nextNumber(shape);
+    if (const auto* id = shape.field("id")) record.values[shape.indexOf(*id)].setText(shape.id(number));
+    auto stored = std::make_shared<const StoredRecord>(std::move(record));
+    change(shape).added.push_back(stored);
+    return {shape, number, stored.get()};
+}
+
+void RecordDraft::set(const RecordData& record, ModuleChanges::Stored stored) {
+    auto& changes = change(record.shape());
+    if (record.number() >= RecordShape::firstAddedNumber)
+        changes.added[record.number() - RecordShape::firstAddedNumber] = std::move(stored);
+    else
+        changes.ofSnapshot[record.number()] = std::move(stored);
+}
+
+RecordData RecordDraft::edit(const RecordData& record, StoredRecord changed) {
+    auto stored = std::make_shared<const StoredRecord>(std::move(changed));
+    set(record, stored);
+    return {record.shape(), record.number(), stored.get()};
+}
+
+void RecordDraft::remove(const RecordData& record) { set(record, nullptr); }
+
+std::string RecordDraft::newRowId(const RecordShape& rows) {
+    return rows.id(RecordShape::firstAddedNumber + change(rows).addedRows++);
+}
+
+}  // namespace tarvo::sandbox

@@ -1,0 +1,98 @@
+#include "sandbox/changes/RecordEditor.h"
+
+#include "sandbox/changes/RecordPayload.h"
+
+namespace tarvo::sandbox {
+namespace {
+
+const ValueMap* payloadOf(const Value& payload) {
+    const auto* map = payload.asMap();
+    return map && !map->empty() ? map : nullptr;
+}
+
+Refusal unknownRecord() { return invalidField("id", "names no record of the module"); }
+
+}  // namespace
+
+RecordEditor::RecordEditor(DataSet& data, ChangeOrigin origin)
+    : data_(data), origin_(std::move(origin)), draft_(*data.records) {}
+
+RecordEditor::Changed RecordEditor::add(const ModuleData& module, const Value& payload) {
+    const auto* shape = module.hasOwnLists ? data_.records->shape(module.name) : nullptr;
+    if (!shape) return Refusal{"INVALID_MODULE", "The module takes no records of its own."};
+    const auto* map = payloadOf(payload);
+    if (!map) return invalidData("A record is a map from API names to values.");
+    return store(*shape, *map, origin_.sender, ChangeKind::add);
+}
+
+RecordEditor::Changed RecordEditor::store(const RecordShape& shape, const ValueMap& payload, Sender sender,
+                                          ChangeKind kind) {
+    if (auto refusal = refusalOf(shape, kind)) return *refusal;
+    if (draft_.isFull(shape)) return Refusal{"LIMIT_EXCEEDED", "The module takes no more records."};
+    auto number = draft_.nextNumber(shape);
+    auto read = RecordPayload(data_, draft_, user(), origin_.now, sender).ofNew(shape, payload);
+    if (!read) return read.error();
+    if (auto refusal = refusalOf(RecordData(shape, number, &*read))) return *refusal;
+    auto record = draft_.add(shape, *std::move(read));
+    applied(record, kind);
+    return record;
+}
+
+RecordEditor::Changed RecordEditor::edit(const ModuleData& module, const Value& payload) {
+    const auto* map = payloadOf(payload);
+    const auto* id = map && map->find("id") ? map->find("id")->asText() : nullptr;
+    if (!id) return invalidData("An edit is a map with the \"id\" of its record.");
+    auto list = draft_.view().list(module.name);
+    auto record = list.find(*id);
+    if (!record) return unknownRecord();
+    if (auto refusal = refusalOf(record->shape(), ChangeKind::edit)) return *refusal;
+    auto read = RecordPayload(data_, draft_, user(), origin_.now, origin_.sender).ofEdit(*record, *map);
+    if (!read) return read.error();
+    if (auto refusal = refusalOf(RecordData(record->shape(), record->number(), &*read))) return *refusal;
+    auto changed = draft_.edit(*record, *std::move(read));
+    applied(changed, ChangeKind::edit);
+    return changed;
+}
+
+std::optional<Refusal> RecordEditor::remove(const ModuleData& module, const std::string& id) {
+    auto list = draft_.view().list(module.name);
+    auto record = list.find(id);
+    if (!record) return unknownRecord();
+    if (auto refusal = refusalOf(record->shape(), ChangeKind::remove)) return refusal;
+    applied(*record, ChangeKind::remove);
+    draft_.remove(*record);
+    return std::nullopt;
+}
+
+RecordEditor::Changed RecordEditor::upload(const ModuleData& parentModule, const std::string& parentId,
+                                           const std::string& fileName, std::size_t size) {
+    if (!draft_.view().list(parentModule.name).find(parentId)) return unknownRecord();
+    return store(*data_.records->shape("Attachments"),
+                 {{"File_Name", fileName}, {"Attachment_Size", size}, {"Parent_Id", parentId}}, Sender::control,
+                 ChangeKind::upload);
+}
+
+void RecordEditor::publish() {
+    if (!hasChanges()) return;
+    draft_.publish();
+    for (auto& change : applied_) data_.changes.add(std::move(change));
+}
+
+std::optional<Refusal> RecordEditor::refusalOf(const RecordShape& shape, ChangeKind kind) const {
+    if (origin_.sender == Sender::control) return std::nullopt;
+    auto rules = data_.rules.find(shape.module().name);
+    return rules == data_.rules.end() ? std::nullopt : refusalOfKind(rules->second, kind);
+}
+
+std::optional<Refusal> RecordEditor::refusalOf(const RecordData& record) const {
+    if (origin_.sender == Sender::control) return std::nullopt;
+    auto rules = data_.rules.find(record.module());
+    return rules == data_.rules.end() ? std::nullopt : refusalOfRecord(rules->second, draft_.view(), record);
+}
+
+void RecordEditor::applied(const RecordData& record, ChangeKind kind) {
+    applied_.push_back(
+        {origin_.key, origin_.call, origin_.account, record.module(), record.id(), changeKindName(kind), origin_.now});
+}
+
+}  // namespace tarvo::sandbox

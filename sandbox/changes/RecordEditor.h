@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Result.h"
+#include "sandbox/changes/ChangeLog.h"
+#include "sandbox/changes/FieldReader.h"
+#include "sandbox/data/DataSet.h"
+
+namespace tarvo::sandbox {
+
+/// Holds where a change comes from.
+struct ChangeOrigin {
+    std::string key;
+    std::string call;
+    std::string account;
+    /// Milliseconds of the server's clock.
+    std::int64_t now = 0;
+    /// The rules of the modules hold for clients alone.
+    Sender sender = Sender::client;
+};
+
+/// Carries out the changes of one request. Each is judged by itself; the accepted ones become visible together. A
+/// caller holds the server's lock.
+class RecordEditor {
+public:
+    using Changed = Result<RecordData, Refusal>;
+
+    RecordEditor(DataSet& data, ChangeOrigin origin);
+
+    /// Returns the new record, valid until it is changed again.
+    Changed add(const ModuleData& module, const Value& payload);
+    /// The payload names the record by its "id".
+    Changed edit(const ModuleData& module, const Value& payload);
+    /// Returns why the record was not deleted; nullopt when it was.
+    std::optional<Refusal> remove(const ModuleData& module, const std::string& id);
+    /// Adds an attachment below a record of the module.
+    Changed upload(const ModuleData& parentModule, const std::string& parentId, const std::string& fileName,
+                   std::size_t size);
+
+    bool hasChanges() const { return !applied_.empty(); }
+    /// Makes the accepted changes visible and logs them. No call may follow.
+    void publish();
+
+private:
+    Changed store(const RecordShape& shape, const ValueMap& payload, Sender sender, ChangeKind kind);
+    std::optional<Refusal> refusalOf(const RecordShape& shape, ChangeKind kind) const;
+    std::optional<Refusal> refusalOf(const RecordData& record) const;
+    const UserData& user() const { return data_.userOf(origin_.account); }
+    void applied(const RecordData& record, ChangeKind kind);
+
+    DataSet& data_;
+    const ChangeOrigin origin_;
+    RecordDraft draft_;
+    std::vector<AppliedChange> applied_;
+};
+
+}  // namespace tarvo::sandbox

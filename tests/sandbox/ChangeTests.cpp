@@ -1,0 +1,362 @@
+#include <algorithm>
+#include <set>
+#include <thread>
+
+#include "sandbox/changes/RecordDraft.h"
+#include "sandbox/data/DataSet.h"
+#include "tests/sandbox/RunningSandbox.h"
+
+namespace tarvo::sandbox::tests {
+namespace {
+
+class ChangeTests : public RunningSandbox {
+protected:
+    static Client::Headers headers(const std::string& key) {
+        Client::Headers headers{{"Authorization", token}};
+        if (!key.empty()) headers.emplace("x-transaction-id", key);
+        return headers;
+    }
+    Value send(Client& client, const std::string& call, const std::string& payloads, const std::string& key = "",
+               const std::string& module = "Leads") {
+        auto body = call == "deleterecord" ? "" : R"({"data":[)" + payloads + "]}";
+        auto id = call == "deleterecord" ? "&id=" + payloads : "";
+        return json(client.postJson("/crm/v4/products/" + call + "?module=" + module + id, body, headers(key)));
+    }
+    Value send(const std::string& call, const std::string& payloads, const std::string& key = "",
+               const std::string& module = "Leads") {
+        return send(*client, call, payloads, key, module);
+    }
+    Value upload(const std::string& parameters, const std::string& key = "") {
+        return json(client->upload("/crm/v4/uploadattachment?" + parameters, "offer.pdf", "12345", headers(key)));
+    }
+    static Value entryOf(const Value& answer, std::size_t index = 0) {
+        auto result = at(at(answer, "response"), "result");
+        return result.asList() && index < result.asList()->size() ? result.asList()->at(index) : Value();
+    }
+    static std::string idIn(const Value& answer, std::size_t index = 0) {
+        return at(at(entryOf(answer, index), "info"), "recordId").textOr("");
+    }
+    /// Returns the code and the field of a refusal, or "" for an accepted change.
+    static std::string refusalIn(const Value& answer, std::size_t index = 0) {
+        auto entry = entryOf(answer, index);
+        const auto error = at(entry, "error");
+        if (!error.asList()) return "";
+        auto field = at(at(at(entry, "info"), "details"), "api_name").textOr("");
+        return error.asList()->at(0).textOr("?") + " " + field;
+    }
+    ValueList control(const std::string& path, std::string_view name) {
+        auto list = at(json(client->get("/control/" + path)), name);
+        return list.asList() ? *list.asList() : ValueList();
+    }
+    /// Returns a record as a map; null when there is none.
+    Value record(const std::string& id, const std::string& module = "Leads") {
+        for (const auto& each : control("records?module=" + module, "records"))
+            if (at(each, "id") == Value(id)) return each;
+        return {};
+    }
+    void setRules(const std::string& rules) {
+        ASSERT_EQ(client->postJson("/control/rules", rules)->status, 200) << rules;
+    }
+    /// Returns the ids that a call of records lists.
+    std::vector<std::string> idsOf(const std::string& call, Client::Form form) {
+        form.emplace("mcount", "10000");
+        std::vector<std::string> ids;
+        auto rows = at(entryOf(json(client->post("/crm/v4/products/" + call, form, token))), "data");
+        if (!rows.asList()) return ids;
+        for (const auto& row : *rows.asList())
+            for (const auto& entry : *row.asList())
+                if (entry.asList()->at(0) == Value("id")) ids.push_back(entry.asList()->at(1).textOr(""));
+        return ids;
+    }
+
+    const Accounts accounts{std::vector<Account>{{"42", token}, {"43", "other-secret"}}};
+    DataSet data{1, accounts, 250};
+    std::string idOf(const std::string& module, std::size_t position) {
+        return data.records->now().list(module).at(position)->id();
+    }
+};
+
+TEST_F(ChangeTests, EveryReadShowsAnAddAnEditAndADelete) {
+    ASSERT_EQ(client->postJson("/control/clock", R"({"offsetMilliseconds":-1000000})")->status, 200);
+    auto now = at(json(client->get("/control/state")), "servertime").asInteger().value_or(0);
+    auto added =
+        idIn(send("addrecord", R"({"Last_Name":"Ångström","Company":"X","Annual_Revenue":12.5,"Phone":null})"));
+    auto edited = idOf("Leads", 5), deleted = idOf("Leads", 6);
+    EXPECT_EQ(idIn(send("updaterecord", R"({"id":")" + edited + R"(","Last_Name":"Zorn","Email":null})")), edited);
+    EXPECT_EQ(idIn(send("deleterecord", deleted)), deleted);
+
+    std::string view;
+    for (const auto& each : data.views)
+        if (each.module == "Leads" && each.isDefault) view = each.id;
+    for (const auto& ids : {idsOf("getrecords", {{"module", "Leads"}}),
+                            idsOf("getcvrecords", {{"module", "Leads"}, {"cvid", view}, {"sort_by", "id"}}),
+                            idsOf("getcvrecords", {{"module", "Leads"}, {"cvid", view}, {"sort_by", "Last_Name"}})}) {
+        EXPECT_EQ(ids.size(), 250u);
+        EXPECT_EQ(std::count(ids.begin(), ids.end(), added), 1);
+        EXPECT_EQ(std::count(ids.begin(), ids.end(), edited), 1);
+        EXPECT_EQ(std::count(ids.begin(), ids.end(), deleted), 0);
+    }
+    EXPECT_EQ(idsOf("getrecords", {{"module", "Leads"}}).front(), added);
+    EXPECT_EQ(idsOf("getrecord", {{"module", "Leads"}, {"id", deleted}}).size(), 0u);
+
+    auto lead = record(added);
+    EXPECT_EQ(at(lead, "Full_Name"), Value("Ångström"));
+    EXPECT_EQ(at(lead, "Annual_Revenue"), Value("12.5"));
+    EXPECT_EQ(at(lead, "Owner"), Value(data.users[0].id));
+    EXPECT_EQ(at(lead, "Modified_By"), Value(data.users[0].id));
+    EXPECT_EQ(at(lead, "Created_Time"), at(lead, "Modified_Time"));
+    EXPECT_EQ(at(record(edited), "Email"), Value(""));
+    EXPECT_NE(at(record(edited), "Created_Time"), at(record(edited), "Modified_Time"));
+
+    auto changes = control("changes", "changes");
+    ASSERT_EQ(changes.size(), 3u);
+    for (auto [index, kind] : {std::pair(0u, "add"), {1u, "edit"}, {2u, "delete"}}) {
+        EXPECT_EQ(at(changes[index], "kind"), Value(kind));
+        EXPECT_LT(at(changes[index], "time").asInteger().value_or(0) - now, 60'000) << "the server's clock";
+    }
+}
+
+TEST_F(ChangeTests, AnyOrderIsThatOfTheSnapshotUntilValuesChange) {
+    auto snapshot = data.records->now();
+    RecordDraft draft(*data.records);
+    for (auto module : {"Leads", "Activities"}) {
+        auto list = snapshot.list(module);
+        for (std::size_t i = 0; i < list.size(); i += 3) draft.edit(*list.at(i), {list.at(i)->values()});
+    }
+    draft.publish();
+    auto changed = data.records->now();
+    for (std::string module : {"Leads", "Activities"})
+        for (const auto& field : data.metadata.find(module)->second.fields)
+            for (bool isAscending : {true, false}) {
+                RecordSort sort{&field, isAscending};
+                auto before = data.recordOrders.order(snapshot.list(module), module, "", nullptr, sort);
+                auto after = data.recordOrders.order(changed.list(module), module, "", nullptr, sort);
+                EXPECT_EQ(*before, *after) << module << " " << field.apiName << isAscending;
+            }
+}
+
+TEST_F(ChangeTests, RefusalsNameCodeAndField) {
+    setRules(R"({"module":"Leads","mandatory":["Last_Name"],"unique":["Email"],"refuse":["delete"]})");
+    setRules(R"({"module":"Deals","refuse":["add","edit"]})");
+    auto email = data.records->now().list("Leads").at(7)->value("Email").text;
+    auto lead = idOf("Leads", 1), account = idOf("Accounts", 1), gone = idOf("Contacts", 3);
+    ASSERT_EQ(refusalIn(send("deleterecord", gone, "", "Contacts")), "");
+    struct {
+        std::string call, module, payload, refusal;
+    } rows[] = {
+        {"addrecord", "Leads", R"({"Company":"X"})", "crmMANDATORY_NOT_FOUND Last_Name"},
+        {"updaterecord", "Leads", R"({"id":")" + lead + R"(","Last_Name":null})", "crmMANDATORY_NOT_FOUND Last_Name"},
+        {"addrecord", "Leads", R"({"Last_Name":"x","Email":")" + email + R"("})", "crmINVALID_DATA Email"},
+        {"addrecord", "Deals", R"({"Deal_Name":"x"})", "crmNO_PERMISSION "},
+        {"updaterecord", "Deals", R"({"id":")" + idOf("Deals", 0) + R"("})", "crmNO_PERMISSION "},
+        {"deleterecord", "Leads", lead, "crmNO_PERMISSION "},
+        {"deleterecord", "Contacts", lead, "INVALID_DATA id"},
+        {"deleterecord", "Contacts", gone, "INVALID_DATA id"},
+        {"deleterecord", "Contacts", "NEW_000000001", "INVALID_DATA id"},
+        {"updaterecord", "Contacts", R"({"id":")" + gone + R"(","Phone":"1"})", "INVALID_DATA id"},
+        {"updaterecord", "Contacts", R"({"Phone":"1"})", "INVALID_DATA "},
+        {"addrecord", "Contacts", R"({"id":"TarvoTEMPID#1"})", "INVALID_DATA id"},
+        {"addrecord", "Contacts", R"({"Account_Name":"NEW_000000001"})", "INVALID_DATA Account_Name"},
+        {"addrecord", "Contacts", R"({"Account_Name":")" + lead + R"("})", "INVALID_DATA Account_Name"},
+        {"addrecord", "Contacts", R"({"Reporting_To_Contact":")" + gone + R"("})", "INVALID_DATA Reporting_To_Contact"},
+        {"addrecord", "Contacts", R"({"Account_Name":")" + account + R"("})", ""},
+        {"addrecord", "Contacts", R"({"Created_By":"TarvoTEMPID#1"})", "INVALID_DATA Created_By"},
+        {"addrecord", "Contacts", R"({"Last_Name":"NEW_000000001","Created_By":"ignored"})", ""},
+        {"addrecord", "Contacts", R"({"Owner":"1"})", "INVALID_DATA Owner"},
+        {"addrecord", "Tasks", R"({"What_Id":"TarvoTEMPID#2"})", "INVALID_DATA What_Id"},
+        {"addrecord", "Tasks", R"({"Reminder":"tomorrow"})", "INVALID_DATA Reminder"},
+        {"addrecord", "Tasks", R"({"Reminder":{"ALARM":"FREQ=NONE"},"Recurring_Activity":{"RRULE":null}})", ""},
+        {"addrecord", "Events", R"({"Participants":3})", "INVALID_DATA Participants"},
+        {"addrecord", "Events", R"({"Participants":[{"id":"NEW_000000001"}]})", "INVALID_DATA Participants"},
+        {"addrecord", "Events", R"({"Participants":[{"record_id":"TarvoTEMPID#1"}]})", "INVALID_DATA Participants"},
+        {"addrecord", "Events", R"({"Participants":[{"participant":"NEW_000000001"}]})", "INVALID_DATA Participants"},
+        {"addrecord", "Cases", R"({"CASENUMBER":"1"})", "INVALID_DATA CASENUMBER"},
+        {"addrecord", "Cases", R"({"Subject":1})", "INVALID_DATA Subject"},
+        {"addrecord", "Campaigns", R"({"Start_Date":"soon"})", "INVALID_DATA Start_Date"},
+        {"addrecord", "Campaigns", R"({"Budgeted_Cost":"much","Start_Date":"2024-02-29"})",
+         "INVALID_DATA Budgeted_Cost"},
+        {"addrecord", "Products", R"({"Active":1})", "INVALID_DATA Active"},
+        {"addrecord", "Products", "7", "INVALID_DATA "},
+        {"addrecord", "Products", "", "INVALID_DATA "},
+        {"addrecord", "Products", "{", "INVALID_DATA "},
+        {"addrecord", "Activities", R"({"Subject":"x"})", "INVALID_MODULE "},
+        {"addrecord", "EventInvitees", "{}", "INVALID_MODULE "},
+        {"deleterecord", "Nowhere", lead, "INVALID_MODULE "},
+    };
+    auto before = control("changes", "changes").size();
+    std::size_t accepted = 0;
+    for (const auto& row : rows) {
+        EXPECT_EQ(refusalIn(send(row.call, row.payload, "", row.module)), row.refusal) << row.module << row.payload;
+        accepted += row.refusal.empty() ? 1 : 0;
+    }
+    EXPECT_EQ(control("changes", "changes").size(), before + accepted);
+}
+
+TEST_F(ChangeTests, AnswersComeInTheChosenForm) {
+    struct {
+        std::string form;
+        bool hasRecordId, isTopLevel;
+        std::size_t data;
+        bool holdsWholeRecord;
+    } rows[] = {{"record", true, false, 1, true},
+                {"id", false, false, 1, false},
+                {"recordId", true, false, 0, false},
+                {"texts", false, false, 3, false},
+                {"topLevel", false, true, 0, false}};
+    for (const auto& row : rows) {
+        setRules(R"({"module":"Contacts","answer":")" + row.form + "\"}");
+        auto answer = send("addrecord", R"({"Last_Name":"x"},{"Phone":7})", "", "Contacts");
+        EXPECT_EQ(refusalIn(answer, 1), "INVALID_DATA Phone") << "a refusal leaves its siblings alone";
+        answer = send("addrecord", R"({"Last_Name":"x"})", "", "Contacts");
+        EXPECT_EQ(at(answer, "data").asList() != nullptr, row.isTopLevel);
+        if (row.isTopLevel) continue;
+        EXPECT_EQ(!idIn(answer).empty(), row.hasRecordId) << row.form;
+        auto data = at(entryOf(answer), "data");
+        ASSERT_EQ(data.asList()->size(), row.data) << row.form;
+        if (row.data == 1) {
+            EXPECT_EQ(data.asList()->at(0).asList()->size() > 1, row.holdsWholeRecord) << row.form;
+        }
+    }
+    EXPECT_EQ(at(entryOf(send("addrecord", R"({"Note_Content":"x"})", "", "Notes")), "data").asList()->size(), 3u);
+    setRules(R"({"module":"Contacts","refuse":["add"],"errorObjects":true})");
+    auto error = at(entryOf(send("addrecord", R"({"Last_Name":"x"})", "", "Contacts")), "error");
+    EXPECT_EQ(at(error.asList()->at(0), "code"), Value("crmNO_PERMISSION"));
+}
+
+TEST_F(ChangeTests, AKeyIsAppliedOnceWhateverBecomesOfItsAnswer) {
+    struct {
+        const char* fault;
+        bool isApplied;
+    } rows[] = {{R"("delayAfter")", true},
+                {R"("delay")", false},
+                {R"("dropAfter")", true},
+                {R"("dropBefore")", false},
+                {R"("truncate")", true},
+                {R"("nonJson")", true},
+                {R"("missingIds")", true},
+                {R"("foreignIds")", true},
+                {R"("olderEnvelope")", true},
+                {R"("errorEnvelope","status":401)", false},
+                {R"("errorEnvelope","status":429)", false},
+                {R"("errorEnvelope","status":503)", false}};
+    for (const auto& row : rows) {
+        std::string key = row.fault, applied;
+        auto count = control("changes", "changes").size();
+        setFault(std::string(R"({"call":"products/addrecord","times":1,"fault":)") + row.fault + "}");
+        auto faulty = send("addrecord", R"({"Last_Name":"once"})", key);
+        bool isDelay = key.starts_with("\"delay");
+        EXPECT_EQ(control("changes", "changes").size(), count + (row.isApplied || isDelay ? 1 : 0)) << row.fault;
+        auto first = send("addrecord", R"({"Last_Name":"once"})", key);
+        EXPECT_EQ(first, send("addrecord", R"({"Last_Name":"once"})", key)) << row.fault;
+        auto changes = control("changes", "changes");
+        ASSERT_EQ(changes.size(), count + 1) << row.fault;
+        EXPECT_EQ(at(changes.back(), "id"), Value(idIn(first))) << row.fault;
+        EXPECT_EQ(at(changes.back(), "key"), Value(key));
+        EXPECT_EQ(idIn(faulty) == idIn(first), isDelay) << row.fault;
+    }
+}
+
+TEST_F(ChangeTests, KeysOfRefusedChangesAreKeptOnDemand) {
+    for (bool isKept : {false, true}) {
+        auto key = isKept ? "kept" : "open";
+        setRules(std::string(R"({"module":"Leads","mandatory":["Company"],"keepKeys":)") +
+                 (isKept ? "true}" : "false}"));
+        EXPECT_NE(refusalIn(send("addrecord", R"({"Last_Name":"x"})", key)), "");
+        setRules(R"({"module":"Leads"})");
+        EXPECT_EQ(refusalIn(send("addrecord", R"({"Last_Name":"x"})", key)).empty(), !isKept);
+    }
+}
+
+TEST_F(ChangeTests, RowsKeepTheirIdsAndNewOnesGetTheirOwn) {
+    auto product = idOf("Products", 2);
+    auto row = R"({"product":")" + product + R"(","quantity":)";
+    auto quote =
+        idIn(send("addrecord", R"({"Subject":"q","Product_Details":[)" + row + "1}," + row + "2}]}", "", "Quotes"));
+    auto rows = *at(record(quote, "Quotes"), "Product_Details").asList();
+    ASSERT_EQ(rows.size(), 2u);
+    auto first = at(rows[0], "id").textOr(""), second = at(rows[1], "id").textOr("");
+    EXPECT_NE(first, second);
+
+    auto edit = [&](const std::string& list) {
+        return send("updaterecord", R"({"id":")" + quote + R"(","Product_Details":[)" + list + "]}", "", "Quotes");
+    };
+    EXPECT_EQ(refusalIn(edit(R"({"id":")" + second + R"(","quantity":5},)" + row + "3}")), "");
+    rows = *at(record(quote, "Quotes"), "Product_Details").asList();
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(at(rows[0], "id"), Value(second));
+    EXPECT_EQ(at(rows[0], "quantity"), Value("5"));
+    EXPECT_EQ(at(rows[0], "product"), Value(product));
+    EXPECT_TRUE((std::set<std::string>{"", first, second}.count(at(rows[1], "id").textOr("")) == 0));
+    EXPECT_EQ(refusalIn(edit(R"({"id":")" + first + R"("})")), "INVALID_DATA Product_Details") << "the row is gone";
+}
+
+TEST_F(ChangeTests, AnUploadAddsAnAttachment) {
+    auto parent = idOf("Leads", 4);
+    auto answer = upload("relatedmodule=Leads&moduleAPI=Attachments&id=" + parent, "key");
+    EXPECT_EQ(answer, upload("relatedmodule=Leads&moduleAPI=Attachments&id=" + parent, "key"));
+    auto attachment = record(idIn(answer), "Attachments");
+    EXPECT_EQ(at(attachment, "Parent_Id"), Value(parent));
+    EXPECT_EQ(at(attachment, "$se_module"), Value("Leads"));
+    EXPECT_EQ(at(attachment, "File_Name"), Value("offer.pdf"));
+    EXPECT_EQ(at(attachment, "Attachment_Size"), Value("5"));
+    for (const auto* wrong : {"relatedmodule=Leads&id=1", "relatedmodule=Leads&id=TarvoTEMPID%231", "id=1",
+                              "relatedmodule=Leads&recordID=NEW_000000001&id="})
+        EXPECT_NE(refusalIn(upload(wrong + (std::string_view(wrong).ends_with("id=") ? parent : ""))), "") << wrong;
+    EXPECT_EQ(control("changes", "changes").size(), 1u);
+}
+
+TEST_F(ChangeTests, ChangesOfManyThreadsAreAllThereOnce) {
+    constexpr int threads = 8, each = 7;
+    auto shared = idOf("Accounts", 0);
+    std::vector<std::thread> running;
+    for (int thread = 0; thread < threads; ++thread)
+        running.emplace_back([&, thread] {
+            Client own("localhost", port, certificates.authority);
+            for (int i = 0; i < each; ++i) {
+                auto name = std::to_string(thread) + "-" + std::to_string(i);
+                auto payload = R"({"Last_Name":")" + name + "\"}";
+                auto added = send(own, "addrecord", payload, name);
+                EXPECT_EQ(added, send(own, "addrecord", payload, name));
+                EXPECT_EQ(refusalIn(send(own, "updaterecord",
+                                         R"({"id":")" + shared + R"(","Employees":)" + std::to_string(i) + "}", "",
+                                         "Accounts")),
+                          "");
+                auto page =
+                    json(own.post("/crm/v4/products/getrecords", {{"module", "Leads"}, {"mcount", "60"}}, token));
+                EXPECT_EQ(at(entryOf(page), "data").asList()->size(), 60u);
+            }
+        });
+    for (auto& thread : running) thread.join();
+    std::set<std::string> names;
+    for (const auto& lead : control("records?module=Leads&changed=true", "records"))
+        names.insert(at(lead, "Last_Name").textOr(""));
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(threads * each));
+    EXPECT_EQ(idsOf("getrecords", {{"module", "Leads"}}).size(), 250u + threads * each);
+    EXPECT_EQ(control("changes", "changes").size(), 2u * threads * each);
+}
+
+TEST_F(ChangeTests, AControlCallChangesAllOrNothing) {
+    auto post = [&](const std::string& body) { return client->postJson("/control/records", body); };
+    auto deal = idOf("Deals", 9);
+    auto answer = post(R"({"module":"Deals","add":[{"Deal_Name":"a","Modified_Time":"2020-01-01T00:00:00Z"},{}],)"
+                       R"("delete":[")" +
+                       deal + "\"]}");
+    EXPECT_EQ(answer->status, 400) << "an empty record";
+    EXPECT_TRUE(control("records?module=Deals&changed=true", "records").empty());
+    answer = post(R"({"module":"Deals","add":[{"Deal_Name":"a","Modified_Time":"2020-01-01T00:00:00Z"}],)"
+                  R"("delete":[")" +
+                  deal + "\"]}");
+    auto changed = control("records?module=Deals&changed=true", "records");
+    ASSERT_EQ(changed.size(), 1u);
+    EXPECT_EQ(at(json(answer), "added"), Value(ValueList{at(changed[0], "id")}));
+    EXPECT_EQ(at(changed[0], "Modified_Time"), Value("2020-01-01T00:00:00Z"));
+    for (const auto* wrong : {"", "[]", R"({"module":"X"})", R"({"module":"Deals","add":{}})",
+                              R"({"module":"Deals","account":"99"})", R"({"module":"Deals","delete":[1]})"})
+        EXPECT_EQ(post(wrong)->status, 400) << wrong;
+    for (const auto* wrong : {"", R"({"module":"Leads","unique":["X"]})", R"({"module":"Leads","refuse":["look"]})",
+                              R"({"module":"Leads","keepKeys":1})", R"({"module":"Leads","answer":"short"})"})
+        EXPECT_EQ(client->postJson("/control/rules", wrong)->status, 400) << wrong;
+}
+
+}  // namespace
+}  // namespace tarvo::sandbox::tests
