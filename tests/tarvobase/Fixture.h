@@ -54,6 +54,8 @@ public:
 
     /// Runs before each answer, on the queue of the answers. Set before the first call.
     std::function<void()> beforeAnswer = [] {};
+    /// Makes the answers in place of the script, one after another. Set before the first call.
+    std::function<Answer(const NetworkCall&)> respond;
 
     std::vector<NetworkCall> calls() const {
         std::lock_guard lock(mutex_);
@@ -74,7 +76,9 @@ private:
         {
             std::lock_guard lock(mutex_);
             calls_.push_back(call);
-            if (!answers_.empty()) {
+            if (respond) {
+                answer = respond(call);
+            } else if (!answers_.empty()) {
                 answer = std::move(answers_.front());
                 answers_.pop_front();
             }

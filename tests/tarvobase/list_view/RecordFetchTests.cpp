@@ -1,25 +1,16 @@
 #include "platform/Clock.h"
-#include "platform/Text.h"
 #include "tarvobase/list_view/GetRecordsUseCase.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
-#include "tarvobase/records/sql/RecordInDatabase.h"
-#include "tests/tarvobase/MetadataFixture.h"
 #include "tests/tarvobase/NoticeListener.h"
+#include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {
 namespace {
 
 constexpr std::int64_t noon = 1709204400;  // 2024-02-29, 12:00 in Berlin
 constexpr std::int64_t hour = 3600, midnight = noon - 12 * hour;
-
-std::string fetchedIds(const std::optional<std::vector<Record>>& records) {
-    if (!records) return "absent";
-    std::vector<std::string> ids;
-    for (auto& record : *records) ids.push_back(record.recordId());
-    return text::join(ids, " ");
-}
 
 /// Keeps all callbacks as lines, in order.
 class RecordsListener final : public GetRecordsUseCaseDelegate,
@@ -28,52 +19,47 @@ class RecordsListener final : public GetRecordsUseCaseDelegate,
 public:
     using RecordsFetchDataManagerDelegate::record;
     void record(const Records& records, const RecordQuery&, const Value& miscData) override {
-        lines.push_back(fetchedIds(records) + " " + miscData.toText().value_or(""));
+        lines.push_back(idsOf(records) + " " + miscData.toText().value_or(""));
     }
     void record(const std::optional<Record>& record, const std::string& recordID, const Module&,
                 const Value& miscData) override {
         lines.push_back(recordID + ": " + (record ? record->getString("COMPANY") : "none") + " " +
                         miscData.toText().value_or(""));
     }
-    void activityRecords(const Records& records, const RecordQuery&) override { lines.push_back(fetchedIds(records)); }
+    void activityRecords(const Records& records, const RecordQuery&) override { lines.push_back(idsOf(records)); }
     std::vector<std::string> lines;
 
 private:
     void noticed(const std::string& notice) override { lines.push_back(notice); }
 };
 
-class RecordFetchTest : public MetadataTest {
+class RecordFetchTest : public RecordTableTest {
 protected:
     void SetUp() override {
-        MetadataTest::SetUp();
+        RecordTableTest::SetUp();
         platform::Clock::setTimeZone("Europe/Berlin");
         platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(noon)));
     }
     void TearDown() override {
         platform::Clock::release();
         platform::Clock::setTimeZone(std::nullopt);
-        MetadataTest::TearDown();
+        RecordTableTest::TearDown();
     }
 
-    /// Makes a module with its table, whose columns are named by the naming in force.
-    void makeModule(const std::string& name, std::vector<std::pair<std::string, FieldDataType>> further) {
-        std::vector<FieldMetadata> fields = {field(name, "id"), field(name, "Created_Time", FieldDataType::dateTime)};
-        for (auto& [field, type] : further) fields.push_back(this->field(name, field, type));
-        storeModule(name, fields);
-        std::vector<std::string> columns;
-        for (auto& field : fields)
-            columns.push_back(field.fieldIdentifier() + (field.fieldAPIName == "id" ? " UNIQUE" : ""));
-        adapter().dropTable(name + "Records");
-        adapter().createTable("CREATE TABLE " + name + "Records (" + text::join(columns, ", ") + ")");
-    }
     void makeActivities(const std::string& module) {
-        makeModule(module, {{"Activity_Type", FieldDataType::text},
-                            {"Status", FieldDataType::picklist},
-                            {"Call_Status", FieldDataType::picklist},
-                            {"Due_Date", FieldDataType::date},
-                            {"Start_Date_Time", FieldDataType::dateTime},
-                            {"End_Date_Time", FieldDataType::dateTime},
-                            {"Call_Start_Time", FieldDataType::dateTime}});
+        using T = FieldDataType;
+        std::vector<FieldMetadata> fields;
+        for (auto& [name, type] : {std::pair("Created_Time", T::dateTime),
+                                   {"Activity_Type", T::text},
+                                   {"Status", T::picklist},
+                                   {"Call_Status", T::picklist},
+                                   {"Due_Date", T::date},
+                                   {"Start_Date_Time", T::dateTime},
+                                   {"End_Date_Time", T::dateTime},
+                                   {"Call_Start_Time", T::dateTime}})
+            fields.push_back(field(module, name, type));
+        adapter().dropTable(module + "Records");
+        makeModule(module, fields);
         auto add = [&](const std::string& kind, const std::string& id,
                        std::vector<std::pair<std::string, Value>> more) {
             if (module != "Activities" && module != kind) return;
@@ -94,19 +80,19 @@ protected:
     Module moduleNamed(const std::string& name) {
         return Stores::current().modules()->getModuleByModuleName(name).value();
     }
-    std::vector<std::string> lines(std::size_t count) {
-        pump([&] { return listener->lines.size() >= count; });
+    /// Returns the lines of the callbacks so far, joined by ", ".
+    std::string lines() {
         settle();
-        return std::exchange(listener->lines, {});
+        return text::join(std::exchange(listener->lines, {}), ", ");
     }
 
     /// Makes Leads, and a use case whose network service is scripted.
     std::shared_ptr<GetRecordsUseCase> leadsOverNetwork() {
-        makeModule("Leads", {{"Company", FieldDataType::text}});
+        makeLeads({{"Company", FieldDataType::text}});
         auto service = std::make_shared<FetchRecordNetworkService>();
         service->setNetworkAdapter(network);
         auto database = configuration().databaseAdapter.get();
-        auto manager = RecordsFetchDataManager::make({.recordPersistance = RecordInDatabase::make(database),
+        auto manager = RecordsFetchDataManager::make({.recordPersistance = records,
                                                       .modulePersistance = Stores::current().modules(),
                                                       .fieldLists = FieldListAssembler::getFieldListDM(database),
                                                       .recordFetchNetworkService = service});
@@ -141,11 +127,9 @@ TEST_F(RecordFetchTest, ActivitiesAreClassifiedByStatusAndTime) {
             query.filter(Criteria::equalTo(identifier("Activity_Type"), one.kind));
             query.filter(Criteria::custom(FilterToWhereConverter::getWhereStatement(one.filters()).value()));
             query.sortBy.push_back(SortDescriptor({.colName = identifier("id")}));
-            std::vector<std::string> ids;
             auto rows = adapter().fetchObjects(query);
             ASSERT_TRUE(rows) << one.ids;
-            for (auto row : *rows) ids.emplace_back(*row.find(identifier("id"))->asText());
-            EXPECT_EQ(text::join(ids, " "), one.ids);
+            EXPECT_EQ(idsOf(Record::fromRows(*rows, "Activities", configuration().fieldIdentifier)), one.ids);
         }
     }
 }
@@ -163,15 +147,15 @@ TEST_F(RecordFetchTest, ReadsActivitiesOfTheSharedTableOrOfTheirOwnKindByKind) {
         };
         for (auto module : {"Activities", "Tasks"}) {
             usecase->getActivitiesRecords(sorted(module), true);
-            EXPECT_EQ(lines(1), std::vector<std::string>{"late today ahead running missed planned"}) << module;
+            EXPECT_EQ(lines(), "late today ahead running missed planned") << module;
             usecase->getActivitiesRecords(sorted(module), false);
-            EXPECT_EQ(lines(1), std::vector<std::string>{"done over made"});
+            EXPECT_EQ(lines(), "done over made");
             usecase->getActivityRecords(sorted(module), midnight, midnight + 24 * hour);
-            EXPECT_EQ(lines(1), std::vector<std::string>{"today over running made missed planned"});
+            EXPECT_EQ(lines(), "today over running made missed planned");
             auto narrow = sorted(module);
             narrow.customQuery = identifier("id") + " = 'late' OR " + identifier("id") + " = 'done'";
             usecase->getActivitiesRecords(narrow, true);
-            EXPECT_EQ(lines(1), std::vector<std::string>{"late"}) << "a condition of the caller's own";
+            EXPECT_EQ(lines(), "late") << "a condition of the caller's own";
         }
     }
 }
@@ -182,9 +166,9 @@ TEST_F(RecordFetchTest, RecordsComeNewestFirstIfTheQueryNamesNoOrder) {
     usecase->delegate = listener;
     RecordQuery first{.module = moduleNamed("Tasks"), .limit = 1};
     usecase->getRecords(first, "mine");
-    EXPECT_EQ(lines(1), std::vector<std::string>{"today mine"});
+    EXPECT_EQ(lines(), "today mine");
     usecase->getRecords({.module = {.moduleName = "Nothing"}});
-    EXPECT_EQ(lines(1), std::vector<std::string>{"absent "});
+    EXPECT_EQ(lines(), "failed ");
 }
 
 TEST_F(RecordFetchTest, ARecordIsReportedAsStoredAndThenAsTheServerHasIt) {
@@ -193,20 +177,19 @@ TEST_F(RecordFetchTest, ARecordIsReportedAsStoredAndThenAsTheServerHasIt) {
         return R"({"response":{"result":[{"info":{"module":"Leads")" + info + "}" + rest + "}]}}";
     };
     const struct {
-        std::string body;
-        std::vector<std::string> lines;
+        std::string body, lines;
     } cases[] = {
-        {answer("", R"(,"data":[[["id","7"],["Company","Acme"]]])"), {"7: none it", "7: Acme it"}},
-        {"<html>", {"7: Acme it", "parsingError"}},
-        {answer("", R"(,"error":["crmNO_PERMISSION","no"])"), {"7: Acme it", "parsingError"}},
-        {answer(R"(,"nodata":true)", ""), {"7: Acme it", "unableToConvertRecordFromDictionaryError"}},
-        {answer("", R"(,"data":[[["Company","Nobody's"]]])"), {"7: Acme it", "unableToGetIDForRecordError"}},
-        {answer("", R"(,"data":[[["id","7"],["Company","\"Zylker\""]]])"), {"7: Acme it", "7: \"Zylker\" it"}},
+        {answer("", R"(,"data":[[["id","7"],["Company","Acme"]]])"), "7: none it, 7: Acme it"},
+        {"<html>", "7: Acme it, parsingError"},
+        {answer("", R"(,"error":["crmNO_PERMISSION","no"])"), "7: Acme it, parsingError"},
+        {answer(R"(,"nodata":true)", ""), "7: Acme it, unableToConvertRecordFromDictionaryError"},
+        {answer("", R"(,"data":[[["Company","Nobody's"]]])"), "7: Acme it, unableToGetIDForRecordError"},
+        {answer("", R"(,"data":[[["id","7"],["Company","\"Zylker\""]]])"), "7: Acme it, 7: \"Zylker\" it"},
     };
     for (auto& one : cases) {
         network->answer(one.body);
         usecase->getRecord(moduleNamed("Leads"), "7", "it");
-        EXPECT_EQ(lines(2), one.lines) << one.body;
+        EXPECT_EQ(lines(), one.lines) << one.body;
     }
     auto call = network->calls().front();
     EXPECT_TRUE(call.request.url.ends_with("/crm/v4/products/getrecord")) << call.request.url;
@@ -220,10 +203,10 @@ TEST_F(RecordFetchTest, AFailedRequestIsReportedAfterTheStoredRecord) {
     adapter().insertInto("LeadsRecords", ValueMap{{identifier("id"), "7"}, {identifier("Company"), "Acme"}});
     network->fail(NetworkError::Kind::timeout);
     usecase->getRecord(moduleNamed("Leads"), "7");
-    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: Acme ", "networkResponseError"}));
+    EXPECT_EQ(lines(), "7: Acme , networkResponseError");
     signIn("1001", std::nullopt);
     usecase->getRecord(moduleNamed("Leads"), "7");
-    EXPECT_EQ(lines(2), (std::vector<std::string>{"7: Acme ", "noAuthtoken 1001"}));
+    EXPECT_EQ(lines(), "7: Acme , noAuthtoken 1001");
 }
 
 }  // namespace

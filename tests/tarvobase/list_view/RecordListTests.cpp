@@ -1,8 +1,5 @@
-#include <atomic>
 #include <random>
 
-#include "platform/Json.h"
-#include "platform/Text.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/list_view/GetListFilterRecords.h"
@@ -10,7 +7,7 @@
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
-#include "tests/tarvobase/MetadataFixture.h"
+#include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {
 namespace {
@@ -30,58 +27,15 @@ public:
     std::optional<RecordIds> ids;
 };
 
-/// A server that answers when the test wants it to.
-class HeldNetwork final : public NetworkAdapter {
-public:
-    void send(NetworkCall call) override { held = std::move(call); }
-    void download(NetworkCall) override {}
-    void upload(NetworkUpload) override {}
-    NetworkCall held;
-};
-
-/// A server whose list has the ids from `size` down to 1. It drops every third request.
-class ListServer final : public NetworkAdapter {
-public:
-    explicit ListServer(std::int64_t size) : size_(size) {}
-
-    void send(NetworkCall call) override {
-        bool isDropped = ++requests_ % 3 == 0;
-        auto from = *call.params->find("count")->asInteger(), end = from + *call.params->find("mcount")->asInteger();
-        std::vector<std::string> records;
-        for (auto place = from; place < std::min(end, size_); ++place)
-            records.push_back(R"([["id",")" + std::to_string(size_ - place) + R"("]])");
-        auto body = R"({"response":{"result":[{"info":{"module":"Leads","more_records":)" +
-                    std::string(end < size_ ? "true" : "false") + R"(},"data":[)" + text::join(records, ",") + "]}]}}";
-        queue_->async([call = std::move(call), body, isDropped] {
-            if (isDropped)
-                call.completionHandler({.error = NetworkError{NetworkError::Kind::connectionLost, "dropped"}});
-            else
-                call.completionHandler({.body = Data(body), .taskNumber = 1});
-        });
-    }
-    void download(NetworkCall) override {}
-    void upload(NetworkUpload) override {}
-
-private:
-    const std::int64_t size_;
-    std::atomic<int> requests_ = 0;
-    std::shared_ptr<DispatchQueue> queue_ = DispatchQueue::serial("tests.network");
-};
-
 /// Leads in a real database. The view "offline" is kept in step; the view "online" needs the server.
-class RecordListTest : public MetadataTest {
+class RecordListTest : public RecordTableTest {
 protected:
     void SetUp() override {
-        MetadataTest::SetUp();
+        RecordTableTest::SetUp();
         use(Naming::api);
-        auto typed = [](const char* name, FieldDataType type) { return field("Leads", name, type); };
-        using T = FieldDataType;
-        storeModule("Leads", {typed("id", T::bigInt), typed("Company", T::text), typed("Status", T::picklist),
-                              typed("Owner", T::ownerlookup), typed("Amount", T::currency), typed("Size", T::integer)});
+        makeTable();
         for (auto table :
-             {"LeadsRecords (id TEXT UNIQUE, Company TEXT COLLATE NOCASE, Status TEXT COLLATE NOCASE, Owner TEXT, "
-              "Owner_LOOKUP TEXT COLLATE NOCASE, Amount TEXT, Size TEXT)",
-              "Leads_CUSTOM_VIEW_RECORDS (cv_id TEXT, record TEXT, module_name TEXT, UNIQUE (cv_id, record))",
+             {"Leads_CUSTOM_VIEW_RECORDS (cv_id TEXT, record TEXT, module_name TEXT, UNIQUE (cv_id, record))",
               "CUSTOM_VIEWS_METADATA (view_id, view_name, module_name, is_offline_supported, default_sort_by, "
               "default_sort_order, offline_query, offline_query_replace_info)"})
             adapter().createTable(std::string("CREATE TABLE ") + table);
@@ -90,6 +44,16 @@ protected:
         storeView("offline", true);
         storeView("online", false);
         useNetwork();
+    }
+    /// Makes the table of leads anew in the naming in force.
+    void makeTable() {
+        using T = FieldDataType;
+        adapter().dropTable("LeadsRecords");
+        makeLeads({{"Company", T::text},
+                   {"Status", T::picklist},
+                   {"Owner", T::ownerlookup},
+                   {"Amount", T::currency},
+                   {"Size", T::integer}});
     }
     /// Installs a network that has no answers and has seen no requests.
     void useNetwork() {
@@ -103,12 +67,8 @@ protected:
 
     void storeView(const std::string& id, bool isOffline, const std::string& sortBy = "null",
                    const std::string& order = "asc") {
-        adapter().insertInto("CUSTOM_VIEWS_METADATA", {{"view_id", id},
-                                                       {"view_name", "Name of " + id},
-                                                       {"module_name", "Leads"},
-                                                       {"is_offline_supported", isOffline ? "true" : "false"},
-                                                       {"default_sort_by", sortBy},
-                                                       {"default_sort_order", order}});
+        adapter().execute("INSERT INTO CUSTOM_VIEWS_METADATA VALUES (?, ?, 'Leads', ?, ?, ?, NULL, NULL)",
+                          ValueList{id, "Name of " + id, isOffline ? "true" : "false", sortBy, order});
     }
     /// Stores records with the ids from `first` on, and maps them to the view.
     void store(const std::string& view, int first, int count) {
@@ -128,20 +88,12 @@ protected:
                text::join(records, ",") + "]}]}}";
     }
     void answer(const std::vector<std::string>& ids, const std::string& info) { network->answer(bodyWith(ids, info)); }
-    /// Answers the request that a held network keeps, and waits until the answer is stored.
-    void answerHeld(HeldNetwork& held, const std::vector<std::string>& ids, const std::string& info) {
-        held.held.completionHandler({.body = Data(bodyWith(ids, info)), .taskNumber = 1});
-        settle();
-    }
     static GetListFilterRecordsParams page(const std::string& view, std::optional<std::int64_t> from = {},
                                            std::optional<std::int64_t> limit = {},
                                            DataSource source = DataSource::both) {
         GetListFilterRecordsParams params;
-        params.moduleName = "Leads";
-        params.criteriaId = view;
-        params.from = from;
-        params.limit = limit;
-        params.requestedSource = source;
+        params.moduleName = "Leads", params.criteriaId = view;
+        params.from = from, params.limit = limit, params.requestedSource = source;
         return params;
     }
     /// Returns all answers, each with its source, its ids (or their number if there are many), and "+" if the server
@@ -165,24 +117,16 @@ protected:
         EXPECT_EQ(failure.which(), AppErrorCase::unknownError);
         return "failure " + std::string(failure.reason() ? caseName(*failure.reason()) : "without a reason");
     }
-    static std::string idsOf(const std::vector<Record>& records) {
-        std::vector<std::string> ids;
-        for (auto& record : records) ids.push_back(record.recordId());
-        return text::join(ids, " ");
-    }
-    /// Returns the parameters of the newest request, or nullopt if none was sent since the last call.
-    std::optional<ValueMap> takeSent() {
-        auto calls = network->calls();
-        auto isNew = std::exchange(seenCalls_, calls.size()) < calls.size();
-        return isNew ? calls.back().params : std::nullopt;
+    static std::int64_t numberOf(const NetworkCall& call, const char* parameter) {
+        return *call.params->find(parameter)->asInteger();
     }
     /// Returns "count/mcount" of all requests since the last call.
     std::string takeCounts() {
         std::vector<std::string> counts;
         auto calls = network->calls();
         for (auto i = std::exchange(seenCalls_, calls.size()); i < calls.size(); ++i)
-            counts.push_back(std::to_string(*calls[i].params->find("count")->asInteger()) + "/" +
-                             std::to_string(*calls[i].params->find("mcount")->asInteger()));
+            counts.push_back(std::to_string(numberOf(calls[i], "count")) + "/" +
+                             std::to_string(numberOf(calls[i], "mcount")));
         return counts.empty() ? "not asked" : text::join(counts, " ");
     }
     /// Returns ids that are sorted as numbers, so that the newest comes first.
@@ -190,6 +134,12 @@ protected:
         std::vector<std::string> ids;
         for (int id = first; id > first - count; --id) ids.push_back(std::to_string(id));
         return ids;
+    }
+    /// Lets a page have only the records of this company.
+    static GetListFilterRecordsParams ofCompany(const std::string& company, GetListFilterRecordsParams page) {
+        page.filters.emplace({ColumnFilter{
+            .column = "Company", .filterInputValues = {{company}}, .filterType = StringFilterTypes::isExactly}});
+        return page;
     }
     std::int64_t mapped(const std::string& view) { return map->count(view, "Leads").value_or(-1); }
     std::int64_t stored() { return adapter().count("LeadsRecords", std::nullopt).value_or(-1); }
@@ -247,27 +197,23 @@ TEST_F(RecordListTest, TheServerIsAskedForWhatAPageLacks) {
 
 TEST_F(RecordListTest, TheServerIsAskedInTheOrderOfTheView) {
     storeView("sorted", true, "Company", "desc");
-    answer({"7", "8"}, R"("more_records":true)");
+    answer({"7", "8"}, R"("more_records":true,"servertime":1700000000123)");
     EXPECT_EQ(ask(page("sorted")), "network: 8 7+");
-    EXPECT_EQ(json::write(*takeSent()), R"({"cvid":"sorted","module":"Leads","moduleAPI":"Leads_Api",)"
-                                        R"("cvName":"Name of sorted","count":0,"sort_by":"Company",)"
-                                        R"("sort_order":"desc","mcount":200})");
+    EXPECT_EQ(settings->getListFilterRecordSyncTime("Leads", "sorted"), 1700000000123);
+    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Accounts", "sorted"));
+    EXPECT_EQ(json::write(*network->calls().back().params),
+              R"({"cvid":"sorted","module":"Leads","moduleAPI":"Leads_Api",)"
+              R"("cvName":"Name of sorted","count":0,"sort_by":"Company",)"
+              R"("sort_order":"desc","mcount":200})");
     // A view without a sort of its own is sorted newest first.
     answer({}, R"("nodata":true)");
     EXPECT_EQ(ask(page("offline")), "database: 8 7+ | network: ");
-    auto sent = *takeSent();
+    auto sent = *network->calls().back().params;
     EXPECT_EQ(*sent.find("sort_by")->asText() + " " + *sent.find("sort_order")->asText(), "id desc");
 }
 
-TEST_F(RecordListTest, AnAnswerIsStoredWithItsPosition) {
-    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "offline"));
-    answer({"7", "8"}, R"("more_records":true,"servertime":1700000000123)");
-    EXPECT_EQ(ask(page("offline")), "network: 8 7+");
-    EXPECT_EQ(settings->getListFilterRecordSyncTime("Leads", "offline"), 1700000000123);
-    EXPECT_FALSE(settings->getListFilterRecordSyncTime("Accounts", "offline"));
-}
-
 TEST_F(RecordListTest, AnAnswerWithoutDataEndsTheList) {
+    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "offline"));
     answer({}, R"("nodata":true)");
     EXPECT_EQ(ask(page("offline")), "network: ");
     EXPECT_FALSE(settings->getListFilterHasMoreRecord("Leads", "offline"));
@@ -309,11 +255,7 @@ TEST_F(RecordListTest, FiltersColumnsAndFurtherCriteriaNarrowThePage) {
     store("offline", 1, 3);
     adapter().insertInto("LeadsRecords", {{"id", "NEW_000000001"}, {"Company", "mine"}, {"Owner_LOOKUP", "Ann"}});
     refused->ids = {{"NEW_000000001"}};
-    auto mine = page("offline");
-    mine.filters = {ColumnFilter{.filerName = "is",
-                                 .column = "Company",
-                                 .filterInputValues = {{"mine"}},
-                                 .filterType = StringFilterTypes::isExactly}};
+    auto mine = ofCompany("mine", page("offline"));
     mine.columns = {{"Owner", "no such column"}};
     EXPECT_EQ(ask(mine), "database: NEW_000000001");
     std::optional<Record> shown;
@@ -350,14 +292,14 @@ TEST_F(RecordListTest, AnUnusableAnswerFailsAndChangesNoRow) {
 }
 
 TEST_F(RecordListTest, ARequestWithoutAnAnswerSaysWhy) {
-    network->fail(NetworkError::Kind::cannotConnect);
-    EXPECT_EQ(ask(page("offline")), "failure noNetwork");
-    network->fail(NetworkError::Kind::timeout);
-    EXPECT_EQ(ask(page("offline")), "failure noNetwork");
-    network->fail(NetworkError::Kind::notSent);
-    EXPECT_EQ(ask(page("offline")), "failure notSignedIn");
-    network->fail(NetworkError::Kind::outdated);
-    EXPECT_EQ(ask(page("offline")), "failure outdated");
+    using enum NetworkError::Kind;
+    for (auto& [kind, reason] : {std::pair(cannotConnect, "noNetwork"),
+                                 {timeout, "noNetwork"},
+                                 {notSent, "notSignedIn"},
+                                 {outdated, "outdated"}}) {
+        network->fail(kind);
+        EXPECT_EQ(ask(page("offline")), "failure " + std::string(reason));
+    }
 }
 
 TEST_F(RecordListTest, APageBeyondTheMapIsReachedWithoutAGap) {
@@ -381,30 +323,19 @@ TEST_F(RecordListTest, ADroppedFirstPageLeavesNoGap) {
 
 TEST_F(RecordListTest, AFilteredPageAsksForTheRestOfTheList) {
     store("offline", 1, 30);
-    auto filtered = page("offline");
-    filtered.filters = {ColumnFilter{.filerName = "is",
-                                     .column = "Company",
-                                     .filterInputValues = {{"of the server"}},
-                                     .filterType = StringFilterTypes::isExactly}};
     answer(ids(90000, 2), R"("more_records":false)");
-    EXPECT_EQ(ask(filtered), "network: 90000 89999");
+    EXPECT_EQ(ask(ofCompany("of the server", page("offline"))), "network: 90000 89999");
     EXPECT_EQ(takeCounts(), "30/1000");
 }
 
 TEST_F(RecordListTest, AnAnswerForAListThatWasEmptiedIsNotMapped) {
     store("offline", 1, 3);
-    auto held = std::make_shared<HeldNetwork>();
-    manager->parts.networkService->setNetworkAdapter(held);
-    std::optional<std::size_t> answered;
-    manager->getRecordList(std::make_shared<const GetListFilterRecordsParams>(page("offline")),
-                           {.callback = [](auto) {},
-                            .onSuccess = [&](auto list) { answered = list.records.size(); },
-                            .onError = [](auto) {}});
-    settle();
-    GetCustomViewsDataManager::current()->updateSortfield({"Company", true}, "offline", "Leads");
-    answerHeld(*held, {"9"}, R"("more_records":false)");
+    answer({"9"}, R"("more_records":false)");
+    network->beforeAnswer = [] {
+        GetCustomViewsDataManager::current()->updateSortfield({"Company", true}, "offline", "Leads");
+    };
+    EXPECT_EQ(ask(page("offline")), "database: 3 2 1+ | network: 9 3 2 1+");
     EXPECT_EQ(mapped("offline"), 0);
-    EXPECT_EQ(answered, 4u);
     EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "offline"));
 }
 
@@ -438,22 +369,26 @@ TEST_F(RecordListTest, AnOnlineViewThatAwaitsItsReplacementIsAskedForWhateverThe
 
 TEST_F(RecordListTest, AReleasedDataManagerAnswersNoMore) {
     store("offline", 1, 2);
-    auto held = std::make_shared<HeldNetwork>();
-    manager->parts.networkService->setNetworkAdapter(held);
+    network->beforeAnswer = [&] { manager.reset(); };
     std::string answers;
     manager->getRecordList(
         std::make_shared<const GetListFilterRecordsParams>(page("offline")),
         {[&](auto) { answers += "rows"; }, [&](auto) { answers += " more"; }, [&](auto) { answers += " failure"; }});
     settle();
-    manager.reset();
-    held->held.completionHandler({.body = Data("{}"), .taskNumber = 1});
-    settle();
+    EXPECT_EQ(network->calls().size(), 1u);
     EXPECT_EQ(answers, "rows");
 }
 
 TEST_F(RecordListTest, PagesInAnyOrderAtOnceWithDroppedAnswersLeaveNoGap) {
     constexpr std::int64_t size = 1500;
-    manager->parts.networkService->setNetworkAdapter(std::make_shared<ListServer>(size));
+    // The server's list has the ids from `size` down to 1. It drops every third request.
+    network->respond = [&, requests = 0](const NetworkCall& call) mutable -> ScriptedNetworkAdapter::Answer {
+        if (++requests % 3 == 0) return {"", NetworkError{NetworkError::Kind::connectionLost, "dropped"}};
+        auto from = numberOf(call, "count"), count = std::clamp<std::int64_t>(size - from, 0, numberOf(call, "mcount"));
+        bool isLast = from + count == size;
+        return {bodyWith(ids(static_cast<int>(size - from), static_cast<int>(count)),
+                         isLast ? R"("more_records":false)" : R"("more_records":true)")};
+    };
     auto views = GetCustomViewsDataManager::current();
     std::mt19937 random(7);
     auto below = [&](std::int64_t limit) { return static_cast<std::int64_t>(random() % limit); };
@@ -541,10 +476,8 @@ protected:
     void SetUp() override {
         RecordListTest::SetUp();
         use(GetParam());
-        adapter().dropTable("LeadsRecords");
+        makeTable();
         auto id = identifier("id"), company = identifier("Company"), status = identifier("Status");
-        adapter().createTable("CREATE TABLE LeadsRecords (" + id + " TEXT UNIQUE, " + company + " TEXT, " + status +
-                              " TEXT COLLATE NOCASE)");
         for (auto& [record, name, state] :
              {std::tuple("1", "Beta", "Open"), {"2", "Alpha", "Open"}, {"3", "Gamma", "Lost"}})
             adapter().insertInto("LeadsRecords", ValueMap{{id, record}, {company, name}, {status, state}});
