@@ -21,12 +21,12 @@ protected:
         adapter = openDatabase();
         adapter->create("t", {{"id", TableColumnType::text}, {"n", TableColumnType::integer}}, {"id"});
     }
-    std::vector<std::string> ids(const std::optional<Rows>& rows) {
+    std::vector<std::string> allIds() {
         std::vector<std::string> list;
-        for (auto row : rows.value()) list.emplace_back(*row.find("id")->asText());
+        auto rows = adapter->fetchObjects(FetchQuery("t").sortedBy({"id"})).value();
+        for (auto row : rows) list.emplace_back(*row.find("id")->asText());
         return list;
     }
-    std::vector<std::string> allIds() { return ids(adapter->fetchObjects(FetchQuery("t").sortedBy({"id"}))); }
     void fill() {
         adapter->insertInto(
             "t", std::vector<ValueMap>{{{"id", "a"}, {"n", 1}}, {{"id", "b"}, {"n", 2}}, {{"id", "c"}, {"n", 3}}});
@@ -36,17 +36,6 @@ protected:
     const Value opaque = std::shared_ptr<const ValueObject>(std::make_shared<Opaque>());
 };
 
-TEST_F(AdapterTest, StoresReplacesAndReads) {
-    fill();
-    adapter->insertInto("t", ValueMap{{"id", "b"}, {"n", 20}});
-    adapter->insertObject(InsertQuery("t", {{"id", "d"}, {"n", Value()}}));
-    auto rows = adapter->fetchObjects(FetchQuery("t", Criteria::in("id", {"b", "d"})).sortedBy({"id"}));
-    ASSERT_EQ(ids(rows), (std::vector<std::string>{"b", "d"}));
-    EXPECT_EQ((*rows)[0].valueOf("n"), Value(20));
-    EXPECT_TRUE((*rows)[1].find("n")->isNull());
-    EXPECT_EQ(adapter->fetchAllObjects("t")->size(), 4u);
-}
-
 TEST_F(AdapterTest, AnEmptyAnswerIsPresentAndAFailedOneIsAbsent) {
     auto none = adapter->fetchObjects(FetchQuery("t"));
     ASSERT_TRUE(none.has_value());
@@ -55,14 +44,6 @@ TEST_F(AdapterTest, AnEmptyAnswerIsPresentAndAFailedOneIsAbsent) {
     EXPECT_EQ(adapter->count("no_such_table", std::nullopt), std::nullopt);
     EXPECT_EQ(adapter->fetchObjects("SELECT ?", ValueList{opaque}), std::nullopt);
     EXPECT_TRUE(wasLogged("Could not convert [object] to [DatabaseValueConvertible?"));
-}
-
-TEST_F(AdapterTest, CountsWhateverTheQuerySelects) {
-    fill();
-    EXPECT_EQ(adapter->count("t", Criteria::greaterThan("n", 1)), 2);
-    FetchQuery query("t");
-    query.columns = {"id"};
-    EXPECT_EQ(adapter->count(query), 3);
 }
 
 TEST_F(AdapterTest, UpdatesByMapAndByList) {
@@ -97,21 +78,6 @@ TEST_F(AdapterTest, AListOfStatementsRunsWholeOrNotAtAll) {
     InsertQuery add("t", {{"id", "b"}, {"n", 0}});
     EXPECT_TRUE(adapter->execute(std::vector<std::reference_wrapper<const Query>>{remove, add}));
     EXPECT_EQ(adapter->count("t", Criteria::equalTo("n", 0)), 1) << "in their order";
-}
-
-TEST_F(AdapterTest, DeletesSomeOrAllRows) {
-    fill();
-    EXPECT_TRUE(adapter->deleteObjects("t", Criteria::equalTo("id", "a")));
-    EXPECT_EQ(allIds(), (std::vector<std::string>{"b", "c"}));
-    EXPECT_TRUE(adapter->deleteAllObjects("t"));
-    EXPECT_TRUE(allIds().empty());
-}
-
-TEST_F(AdapterTest, CreatingOrDroppingATableTwiceIsASuccess) {
-    EXPECT_TRUE(adapter->create("t", {{"other", TableColumnType::blob}}, {}));
-    EXPECT_EQ(adapter->columnNames("t"), (std::vector<std::string>{"id", "n"}));
-    for (int i = 0; i < 2; ++i) EXPECT_TRUE(adapter->dropTable("t"));
-    EXPECT_TRUE(adapter->columnNames("t").empty());
 }
 
 TEST_F(AdapterTest, CreateTableLeavesOutWhatIsNotForTables) {
@@ -184,45 +150,49 @@ TEST_F(AdapterTest, AttachesAnotherAccountsFileAndCopiesFromIt) {
     EXPECT_TRUE(wasLogged("Detached database having name `far`"));
 }
 
-TEST_F(AdapterTest, OpeningWaitsForTheQueueWithoutALock) {
-    auto queue = DispatchQueue::serial("tests.db");
-    configuration().dbQueue = queue;
-    KelvaDatabasePersistance own(StorageLocation::onDisk(folder() + "/own.sqlite"));
+/// A database on a queue of the host.
+class HostQueueTest : public AdapterTest {
+protected:
+    void SetUp() override {
+        AdapterTest::SetUp();
+        configuration().dbQueue = queue;
+        own = std::make_unique<KelvaDatabasePersistance>(StorageLocation::onDisk(folder() + "/own.sqlite"));
+    }
+    const std::shared_ptr<DispatchQueue> queue = DispatchQueue::serial("tests.db");
+    std::unique_ptr<KelvaDatabasePersistance> own;
+};
+
+TEST_F(HostQueueTest, OpeningWaitsForTheQueueWithoutALock) {
     std::atomic<bool> isOpening = false;
     std::thread opening;
     queue->sync([&] {
         opening = std::thread([&] {
             isOpening = true;
-            EXPECT_FALSE(own.registerDB("a passphrase").value()) << "it was opened meanwhile";
+            EXPECT_FALSE(own->registerDB("a passphrase").value()) << "it was opened meanwhile";
         });
         while (!isOpening) std::this_thread::yield();
         // The queue is held here, and the other thread waits for it.
-        EXPECT_EQ(own.fetchAllObjects("t"), std::nullopt);
-        EXPECT_TRUE(own.registerDB("a passphrase").value());
+        EXPECT_EQ(own->fetchAllObjects("t"), std::nullopt);
+        EXPECT_TRUE(own->registerDB("a passphrase").value());
     });
     opening.join();
-    own.deregisterDB();
+    own->deregisterDB();
 }
 
-TEST_F(AdapterTest, WritesOnTheHostsQueue) {
-    auto queue = DispatchQueue::serial("tests.db");
-    configuration().dbQueue = queue;
-    KelvaDatabasePersistance own(StorageLocation::onDisk(folder() + "/own.sqlite"));
-    ASSERT_TRUE(own.registerDB(std::nullopt).ok());  // without a passphrase there is no key
-    own.create("t", {{"id", TableColumnType::text}}, {"id"});
+TEST_F(HostQueueTest, AWriteFromElsewhereWaitsForItsTurn) {
+    ASSERT_TRUE(own->registerDB(std::nullopt).ok());  // without a passphrase there is no key
+    own->create("t", {{"id", TableColumnType::text}}, {"id"});
     std::atomic<bool> done = false;
     queue->sync([&] {
-        // The queue is held here: a write from elsewhere waits for its turn.
         DispatchQueue::concurrent("tests.writer")->async([&] {
-            own.insertInto("t", ValueMap{{"id", "late"}});
-            done = true;
+            done = own->insertInto("t", ValueMap{{"id", "late"}});
         });
-        EXPECT_EQ(own.count("t", std::nullopt), 0);
+        EXPECT_EQ(own->count("t", std::nullopt), 0);
         EXPECT_FALSE(done);
     });
     settle();
-    EXPECT_EQ(own.count("t", std::nullopt), 1);
-    own.deregisterDB();
+    EXPECT_EQ(own->count("t", std::nullopt), 1);
+    own->deregisterDB();
 }
 
 }  // namespace

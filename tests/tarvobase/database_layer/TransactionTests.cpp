@@ -78,14 +78,6 @@ TEST_F(TransactionTest, AFailedWriteFailsItWhateverTheWorkReturns) {
     }
 }
 
-TEST_F(TransactionTest, ARefusedRowOfABatchFailsNothing) {
-    adapter->createTable("CREATE TABLE strict (id TEXT NOT NULL)");
-    const std::vector<ValueMap> rows = {{{"id", "x"}}, {{"id", nullptr}}};
-    EXPECT_TRUE(adapter->transaction(
-        "batch", [&] { return adapter->insertAccepted("strict", MapRowSource(rows)) == std::vector<std::size_t>{1}; }));
-    EXPECT_EQ(count("strict"), 1);
-}
-
 TEST_F(TransactionTest, InnerOnesAreSavepointsOfTheOuter) {
     struct {
         const char* what;

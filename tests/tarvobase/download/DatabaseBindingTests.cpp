@@ -12,7 +12,7 @@ namespace tarvo {
 namespace {
 
 /// An account whose first download is complete, with a database that a test removes or keeps.
-class DatabaseBindingTest : public FoundationTest {
+class DatabaseBindingTest : public FoundationTest, public ::testing::WithParamInterface<std::tuple<bool, bool>> {
 protected:
     void SetUp() override {
         FoundationTest::SetUp();
@@ -50,41 +50,21 @@ protected:
     std::shared_ptr<UserDefaultsProtocol> defaults;
 };
 
-TEST_F(DatabaseBindingTest, SettingsStayWithTheirDatabase) {
-    bind();
-    completeDownload();
-    bind();
-    EXPECT_TRUE(saysDownloaded());
-}
+INSTANTIATE_TEST_SUITE_P(BoundAndReplaced, DatabaseBindingTest,
+                         ::testing::Combine(::testing::Bool(), ::testing::Bool()));
 
-TEST_F(DatabaseBindingTest, SettingsOfARemovedDatabaseAreForgotten) {
-    bind();
+/// Without a binding, a database with content counts as the one of the settings.
+TEST_P(DatabaseBindingTest, SettingsAreForgottenExactlyIfTheirDatabaseIsReplaced) {
+    auto [isBound, isReplaced] = GetParam();
+    UserDefaultsUtil otherAccount(std::make_shared<BrenUserDefaults>("2002"));
+    otherAccount.setCompleted("metadata_Leads");
+    if (isBound) bind();
     completeDownload();
-    replaceDatabase();
+    if (isReplaced) replaceDatabase();
     bind();
-    EXPECT_FALSE(saysDownloaded());
+    EXPECT_EQ(saysDownloaded(), !isReplaced);
     EXPECT_EQ(UserDefaultsUtil(defaults).getLastSelectedModule(), "Leads") << "what the user chose stays";
-}
-
-TEST_F(DatabaseBindingTest, SettingsOfOtherAccountsStay) {
-    UserDefaultsUtil(std::make_shared<BrenUserDefaults>("2002")).setCompleted("metadata_Leads");
-    bind();
-    replaceDatabase();
-    bind();
-    EXPECT_TRUE(UserDefaultsUtil(std::make_shared<BrenUserDefaults>("2002")).isCompleted("metadata_Leads"));
-}
-
-TEST_F(DatabaseBindingTest, UntiedSettingsStayIfTheDatabaseHasContent) {
-    completeDownload();
-    bind();
-    EXPECT_TRUE(saysDownloaded());
-}
-
-TEST_F(DatabaseBindingTest, UntiedSettingsBesideAnEmptyDatabaseAreForgotten) {
-    completeDownload();
-    replaceDatabase();
-    bind();
-    EXPECT_FALSE(saysDownloaded());
+    EXPECT_TRUE(otherAccount.isCompleted("metadata_Leads"));
 }
 
 }  // namespace

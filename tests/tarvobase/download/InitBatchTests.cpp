@@ -259,15 +259,13 @@ TEST_F(ViewBatchTest, ViewsOfABatchAreStoredAnnouncedAndFlaggedWithoutAWarning) 
 }
 
 TEST_F(ViewBatchTest, ARestartRequestsTheRest) {
-    startWith(nineModules);
+    startWith(fiveModules);
     answer(0, {});
     step = nullptr;
     answer(1, {});
-    EXPECT_FALSE(isFlagged("customviews", "Cases")) << "the answer came after the step was released";
-    service->asked.clear();
     makeStep();
     start();
-    EXPECT_THAT(service->asked, ElementsAre("Cases Solutions Products Vendors", "Quotes"));
+    EXPECT_EQ(service->asked.back(), "Cases") << "its answer came after the step was released";
 }
 
 TEST_F(ViewBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
@@ -467,20 +465,15 @@ TEST_F(InitRecordBatchTest, RecordsWithoutATableAreTheServersFaultOnceTheirMetad
 TEST_F(InitRecordBatchTest, OnlyModulesWithoutAFlagAreRequestedAgain) {
     downloadRecords();
     auto calls = network->calls().size();
-    for (bool isDone : {true, false}) {
-        if (!isDone) defaults->removeValueForKey(flag("initialRecords", "Deals"), UserDefaultsGroup::current());
-        if (!isDone) network->answer("{}");
-        auto useCase = recordProcess();
-        EXPECT_FALSE(useCase->defaultCustomViewRequestsCompleted());
-        useCase->startInitRecordProcess();
-        settle();
-        EXPECT_EQ(recorder->take().back(), "records complete");
-        EXPECT_TRUE(useCase->defaultCustomViewRequestsCompleted());
-        EXPECT_EQ(network->calls().size(), isDone ? calls : calls + 1);
-    }
-    auto metadata = recorded(InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>()));
-    EXPECT_THAT(runToEnd(*metadata), ElementsAre("complete"));
-    EXPECT_EQ(network->calls().size(), calls + 1) << "the metadata is done";
+    defaults->removeValueForKey(flag("initialRecords", "Deals"), UserDefaultsGroup::current());
+    network->answer("{}");
+    auto useCase = recordProcess();
+    EXPECT_FALSE(useCase->defaultCustomViewRequestsCompleted());
+    useCase->startInitRecordProcess();
+    settle();
+    EXPECT_THAT(recorder->take(), UnorderedElementsAre("parsingError", "records complete"));
+    EXPECT_TRUE(useCase->defaultCustomViewRequestsCompleted());
+    EXPECT_EQ(network->calls().size(), calls + 1);
 }
 
 TEST_F(InitRecordBatchTest, AnEmptyListOfModulesRequestsNothing) {

@@ -26,15 +26,12 @@ protected:
 };
 
 TEST_F(RecordValueTest, IdentifierColumnAndTableFollowTheModuleAndTheNaming) {
-    struct Case {
-        const char *module, *column, *api;
-    };
-    for (auto& c : {Case{"Leads", "ID", "id"}, Case{"Notes", "ID", "id"}, Case{"CustomerModuleComments", "ID", "id"},
-                    Case{"EventInvitees", "PARTICIPANT", "participant"}, Case{"no module", "ID", "id"}}) {
+    for (std::string module : {"Leads", "CustomerModuleComments", "EventInvitees", "no module"}) {
+        bool isInvitee = module == "EventInvitees";
         use(Mode::column);
-        EXPECT_EQ(Record("1", std::string(c.module)).columnNames(), names({c.column}));
+        EXPECT_EQ(Record("1", module).columnNames(), names({isInvitee ? "PARTICIPANT" : "ID"}));
         use(Mode::api);
-        EXPECT_EQ(Record("1", std::string(c.module)).identifierColumn(), c.api);
+        EXPECT_EQ(Record("1", module).identifierColumn(), isInvitee ? "participant" : "id");
     }
     EXPECT_EQ(RecordUtil::getTableName("Approvals"), "APPROVAL_PROCESS_RECORDS");
     EXPECT_EQ(RecordUtil::getTableName("Custom Module"), "Custom ModuleRecords");
@@ -119,10 +116,7 @@ TEST_F(RecordValueTest, EqualRecords) {
     auto of = [](ValueMap values) { return std::optional(Record(std::move(values), "1", "Leads")); };
     EXPECT_TRUE(areRecordsEqual(std::nullopt, std::nullopt));
     EXPECT_FALSE(areRecordsEqual(of({}), std::nullopt));
-    const struct {
-        ValueMap a, b;
-        bool equal;
-    } cases[] = {
+    const std::tuple<ValueMap, ValueMap, bool> cases[] = {
         {{{"A", "x"}, {"B", 1}}, {{"B", 1}, {"A", "x"}}, true},
         {{{"A", "x"}}, {{"B", "x"}}, false},
         {{{"A", "x"}}, {{"A", "x"}, {"B", nullptr}}, false},
@@ -132,7 +126,7 @@ TEST_F(RecordValueTest, EqualRecords) {
         {{{"A", 1.5}}, {{"A", 1.5}}, true},
         {{{"A", ValueList{1}}}, {{"A", ValueList{2}}}, true},
     };
-    for (auto& c : cases) EXPECT_EQ(areRecordsEqual(of(c.a), of(c.b)), c.equal);
+    for (auto& [a, b, isEqual] : cases) EXPECT_EQ(areRecordsEqual(of(a), of(b)), isEqual);
 }
 
 class ReducedRecordTest : public RecordValueTest {

@@ -138,25 +138,15 @@ TEST_F(TableClassTest, BothStoresOfOrganisationsReplaceTheList) {
     EXPECT_EQ(defaults.getCurrentOrganisation(), std::nullopt) << "the choice belongs to the account";
 }
 
-TEST_F(TableClassTest, MappersReadStrictly) {
-    struct {
-        ValueMap map;
-        std::string failedPath;
-    } cases[] = {
-        {{{"id", "1"}, {"name", "hot"}, {"moduleName", "Leads"}}, ""},
-        {{{"id", 1}, {"name", "hot"}, {"moduleName", "Leads"}}, "id"},
-        {{{"id", "1"}, {"moduleName", "Leads"}}, "name"},
-        {{{"id", "1"}, {"name", "hot"}, {"moduleName", Value()}}, "moduleName"},
-        {{}, "id"},
-    };
-    TagMapper mapper;
-    std::vector<ValueMap> maps;
-    for (auto& one : cases) {
-        auto value = mapper.getValue(one.map);
-        EXPECT_EQ(value ? "" : value.error().failedPath, one.failedPath);
-        maps.push_back(one.map);
+TEST_F(TableClassTest, MappersReadStrictlyAndListsLeaveOutWhatTheyCannotRead) {
+    const ValueMap hot{{"id", "1"}, {"name", "hot"}, {"moduleName", "Leads"}};
+    std::vector<ValueMap> maps{hot};
+    for (auto& [key, bad] : {std::pair("id", Value(1)), {"name", Value()}, {"moduleName", Value()}}) {
+        maps.push_back(hot);
+        maps.back().set(key, bad);
+        EXPECT_EQ(TagMapper().getValue(maps.back()).error().failedPath, key);
     }
-    EXPECT_THAT(mapper.getValue(maps), ElementsAre(Tag{"1", "hot", "Leads"}));
+    EXPECT_THAT(TagMapper().getValue(maps), ElementsAre(Tag{"1", "hot", "Leads"}));
 }
 
 TEST_F(TableClassTest, StoresAndChangesTags) {

@@ -8,7 +8,7 @@
 #include "platform/Text.h"
 #include "tarvobase/value_objects/field/FieldList.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
-#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/records/RecordFixture.h"
 
 namespace tarvo {
 
@@ -36,41 +36,32 @@ protected:
         adapter->createTable("CREATE TABLE LeadsRecords (" + text::join(columns, ", ") + ")");
     }
 
+    std::string idColumn() { return std::string(configuration().fieldIdentifier.get().constant->id); }
     /// Replaces all rows: ids "1", "2" and so on, with these values in a column.
     void store(const std::string& column, const ValueList& values) {
         adapter->deleteAllObjects("LeadsRecords");
-        std::string id(configuration().fieldIdentifier.get().constant->id);
         for (std::size_t i = 0; i < values.size(); ++i)
-            adapter->insertInto("LeadsRecords", {{id, std::to_string(i + 1)}, {column, values[i]}});
+            adapter->insertInto("LeadsRecords", {{idColumn(), std::to_string(i + 1)}, {column, values[i]}});
     }
-
     /// Returns the ids of the rows that a condition selects, joined by spaces; "failed" if SQLite refuses it.
     std::string idsWhere(const std::string& condition, std::vector<SortDescriptor> order = {},
                          std::vector<std::string> columns = {}) {
-        std::string id(configuration().fieldIdentifier.get().constant->id);
         FetchQuery query("LeadsRecords");
         if (!condition.empty()) query.filter(Criteria::custom(condition));
         query.sortBy = std::move(order);
-        if (query.sortBy.empty()) query.sortBy.push_back(SortDescriptor({.colName = id, .numeric = true}));
-        if (!columns.empty()) {
-            query.columns = std::move(columns);
-            query.columns.insert(query.columns.begin(), id);
-        }
+        if (query.sortBy.empty()) query.sortBy.push_back(SortDescriptor({.colName = idColumn(), .numeric = true}));
+        if (!columns.empty()) columns.push_back(idColumn());
+        query.columns = std::move(columns);
         auto rows = adapter->fetchObjects(query);
         if (!rows) return "failed";
         std::vector<std::string> ids;
-        for (auto row : *rows) ids.emplace_back(*row.find(id)->asText());
+        for (auto row : *rows) ids.emplace_back(*row.find(idColumn())->asText());
         return text::join(ids, " ");
     }
 
     static std::vector<FieldMetadata> metadata() {
-        auto field = [](std::string api, std::string column, FieldDataType type) {
-            FieldMetadata field;
-            field.fieldAPIName = std::move(api);
-            field.columnCRMName = std::move(column);
-            field.moduleName = "Leads";
-            field.fieldType = type;
-            return field;
+        auto field = [](const char* api, const char* column, FieldDataType type) {
+            return recordField(column, type, api);
         };
         using T = FieldDataType;
         return {field("id", "ID", T::bigInt),

@@ -137,28 +137,23 @@ TEST_F(FilterSortTest, ViewsSortByTheSecondFieldOfASharedColumn) {
 }
 
 TEST_F(FilterSortTest, ViewsSortByTheirFieldAndThenByTheDefault) {
-    struct Case {
-        const char *sortBy, *sortOrder;
-        std::vector<SortField> list;
-    };
     const SortField newest{"ID", false};
-    const Case cases[] = {{"Company", "asc", {{"COMPANY", true}, newest}},
-                          {"Company", "desc", {{"COMPANY", false}, newest}},
-                          {"Company", "null", {{"COMPANY", false}, newest}},
-                          {"COMPANY", "asc", {{"COMPANY", true}, newest}},
-                          {"id", "asc", {{"ID", true}}},
-                          {"null", "asc", {newest}},
-                          {"", "", {newest}},
-                          {"Missing", "asc", {newest}}};
+    const std::tuple<const char*, const char*, std::vector<SortField>> cases[] = {
+        {"Company", "asc", {{"COMPANY", true}, newest}},
+        {"Company", "desc", {{"COMPANY", false}, newest}},
+        {"Company", "null", {{"COMPANY", false}, newest}},
+        {"COMPANY", "asc", {{"COMPANY", true}, newest}},
+        {"id", "asc", {{"ID", true}}},
+        {"null", "asc", {newest}},
+        {"", "", {newest}},
+        {"Missing", "asc", {newest}}};
     use(FieldIdentifier::crmColumnNameIdentifier());
-    for (auto& one : cases) {
+    for (auto& [sortBy, sortOrder, list] : cases) {
         CustomView view;
-        view.sortBy = one.sortBy, view.sortOrder = one.sortOrder;
-        EXPECT_EQ(view.sortFieldList(fields), one.list) << one.sortBy << " " << one.sortOrder;
-        EXPECT_EQ(view.sortField(fields).has_value(), one.list.size() == 2 || view.sortBy == "id");
-        auto field = view.sortColumnMetadata(fields, true);
-        ASSERT_TRUE(field);
-        EXPECT_EQ(field->columnCRMName, one.list.front().column);
+        view.sortBy = sortBy, view.sortOrder = sortOrder;
+        EXPECT_EQ(view.sortFieldList(fields), list) << sortBy << " " << sortOrder;
+        EXPECT_EQ(view.sortField(fields).has_value(), list.size() == 2 || view.sortBy == "id");
+        EXPECT_EQ(view.sortColumnMetadata(fields, true)->columnCRMName, list.front().column);
     }
     CustomView unsorted;
     unsorted.sortOrder = "null";
