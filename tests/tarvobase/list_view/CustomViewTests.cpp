@@ -15,14 +15,9 @@ namespace {
 CustomView view(const std::string& module, const std::string& id, const std::string& name = "A view",
                 bool isDefault = false) {
     CustomView view;
-    view.moduleName = module;
-    view.viewID = id;
-    view.viewName = name;
-    view.isDefault = isDefault;
-    view.isOfflineSupported = true;
-    view.offlineQuery = "({0} = '{1}')";
-    view.sortBy = "null";
-    view.sortOrder = "asc";
+    view.moduleName = module, view.viewID = id, view.viewName = name, view.isDefault = isDefault;
+    view.isOfflineSupported = true, view.offlineQuery = "({0} = '{1}')";
+    view.sortBy = "null", view.sortOrder = "asc";
     return view;
 }
 
@@ -35,15 +30,26 @@ std::string idsOf(const std::optional<std::vector<CustomView>>& views) {
 }
 std::string idOf(const std::optional<CustomView>& view) { return view ? view->viewID : "none"; }
 
+class Observer final : public CVObserver {
+public:
+    void customViewsChanged(const std::string& moduleName) override { changed = moduleName; }
+    std::string changed;
+};
+
 class CustomViewTest : public FilterTest {
 protected:
     void SetUp() override {
         FilterTest::SetUp();
+        BrenNotificationCenter::shared().add<CVObserver>(observer);
+        settings = std::make_shared<UserDefaultsUtil>(std::make_shared<BrenUserDefaults>());
         adapter->createTable(customViewTable());
         adapter->createTable(
             "CREATE TABLE Leads_CUSTOM_VIEW_RECORDS (cv_id, record, module_name, UNIQUE (cv_id, record))");
     }
     std::shared_ptr<CustomViewInDatabase> table() { return std::make_shared<CustomViewInDatabase>(adapter); }
+
+    const std::shared_ptr<Observer> observer = std::make_shared<Observer>();
+    std::shared_ptr<UserDefaultsUtil> settings;
 };
 
 TEST_F(CustomViewTest, AViewComesBackFromItsTableInBothMappings) {
@@ -102,23 +108,14 @@ TEST_F(CustomViewTest, ViewsAreFoundByWhatTheyAre) {
 
 TEST_F(CustomViewTest, AListKeepsTheLastOfEqualIds) {
     CustomViewList list({view("Leads", "1", "first"), view("Leads", "2", "b", true), view("Leads", "1", "last")});
-    EXPECT_EQ(list.cvList.size(), 2u);
     EXPECT_EQ(list["1"]->viewName, "last");
     EXPECT_EQ(list["3"], nullptr);
     EXPECT_EQ(list.default_()->viewID, "2");
     EXPECT_EQ(CustomViewList({view("Leads", "1")}).default_(), nullptr);
 }
 
-class Observer final : public CVObserver {
-public:
-    void customViewsChanged(const std::string& moduleName) override { changed = moduleName; }
-    std::string changed;
-};
-
 TEST_F(CustomViewTest, ANewDefaultReplacesTheOldOneAndNotifiesObservers) {
     table()->storeCustomView({view("Leads", "1", "All Open Leads"), view("Leads", "2")});
-    auto observer = std::make_shared<Observer>();
-    BrenNotificationCenter::shared().add<CVObserver>(observer);
     auto useCase = std::make_shared<GetCustomViewsUseCase>();
     platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(1700000000)));
     for (auto id : {"2", "1"}) {
@@ -127,8 +124,7 @@ TEST_F(CustomViewTest, ANewDefaultReplacesTheOldOneAndNotifiesObservers) {
         EXPECT_EQ(std::exchange(observer->changed, ""), "Leads");
         EXPECT_EQ(idsOf(table()->getDefaultCustomViews()), id);
     }
-    UserDefaultsUtil settings(std::make_shared<BrenUserDefaults>());
-    EXPECT_EQ(settings.getListFilterLastUpdatedTime("Leads"), 1700000000);
+    EXPECT_EQ(settings->getListFilterLastUpdatedTime("Leads"), 1700000000);
 }
 
 TEST_F(CustomViewTest, AMarkThatCannotMoveStays) {
@@ -157,22 +153,19 @@ TEST_F(CustomViewTest, ANewOrderSendsTheNextListToTheServer) {
     EXPECT_EQ(adapter->fetchObjects(inView)->size(), 2u);
 
     table()->storeCustomView(view("Leads", "1"));
-    UserDefaultsUtil settings(std::make_shared<BrenUserDefaults>());
-    settings.setListFilterHasMoreRecord(false, "Leads", "1");
+    settings->setListFilterHasMoreRecord(false, "Leads", "1");
     GetCustomViewsDataManager::current()->updateSortfield({"Company", false}, "1", "Leads");
     auto changed = table()->getCustomView("1", "Leads");
     EXPECT_EQ(changed->sortBy + " " + changed->sortOrder, "Company desc");
     EXPECT_EQ(mapped(), 1);
-    EXPECT_TRUE(settings.getListFilterHasMoreRecord("Leads", "1"));
-    // The view changes even without the map and the settings.
+    EXPECT_TRUE(settings->getListFilterHasMoreRecord("Leads", "1"));
+    // The view changes even without the map and the settings->
     GetCustomViewsDataManager(table(), nullptr, nullptr).updateSortfield({"Company", true}, "1", "Leads");
     EXPECT_EQ(table()->getCustomView("1", "Leads")->sortOrder, "asc");
 }
 
 TEST_F(CustomViewTest, AnOrderThatCannotBeStoredChangesNothing) {
     table()->storeCustomView(view("Leads", "1"));
-    auto observer = std::make_shared<Observer>();
-    BrenNotificationCenter::shared().add<CVObserver>(observer);
     adapter->dropTable("Leads_CUSTOM_VIEW_RECORDS");
     GetCustomViewsDataManager::current()->updateSortfield({"Company", false}, "1", "Leads");
     settle();

@@ -155,14 +155,8 @@ private:
 };
 
 TEST_F(RecordListTest, TheServerIsAskedForWhatAPageLacks) {
-    struct Case {
-        int stored;
-        GetListFilterRecordsParams page;
-        bool hasMore;
-        const char *asked, *answers;
-    };
     using enum DataSource;
-    const Case cases[] = {
+    const std::tuple<int, GetListFilterRecordsParams, bool, const char*, const char*> cases[] = {
         {0, page("offline"), true, "0/200", "network: 9001"},
         {150, page("offline"), true, "150/1000", "database: 150 records+ | network: 151 records"},
         {250, page("offline", 0, 200), true, "not asked", "database: 200 records+"},
@@ -181,17 +175,16 @@ TEST_F(RecordListTest, TheServerIsAskedForWhatAPageLacks) {
         {3, page("offline", {}, {}, DataSource::network), true, "0/200", "network: 9001 3 2 1"},
         {3, page("offline", {}, {}, DataSource::network), false, "not asked", "database: 3 2 1"},
         {3, page("offline", {}, {}, none), true, "not asked", ""}};
-    int number = 0;
-    for (auto& one : cases) {
-        SCOPED_TRACE("case " + std::to_string(number++));
+    for (auto& [held, page, hasMore, asked, answers] : cases) {
+        SCOPED_TRACE(std::to_string(held) + " held, " + answers);
         adapter().deleteAllObjects("LeadsRecords");
         map->delete_("offline", "Leads");
-        store("offline", 1, one.stored);
-        settings->setListFilterHasMoreRecord(one.hasMore, "Leads", "offline");
+        store("offline", 1, held);
+        settings->setListFilterHasMoreRecord(hasMore, "Leads", "offline");
         useNetwork();
         answer({"9001"}, R"("more_records":false)");
-        EXPECT_EQ(ask(one.page), one.answers);
-        EXPECT_EQ(takeCounts(), one.asked);
+        EXPECT_EQ(ask(page), answers);
+        EXPECT_EQ(takeCounts(), asked);
     }
 }
 
@@ -202,9 +195,8 @@ TEST_F(RecordListTest, TheServerIsAskedInTheOrderOfTheView) {
     EXPECT_EQ(settings->getListFilterRecordSyncTime("Leads", "sorted"), 1700000000123);
     EXPECT_FALSE(settings->getListFilterRecordSyncTime("Accounts", "sorted"));
     EXPECT_EQ(json::write(*network->calls().back().params),
-              R"({"cvid":"sorted","module":"Leads","moduleAPI":"Leads_Api",)"
-              R"("cvName":"Name of sorted","count":0,"sort_by":"Company",)"
-              R"("sort_order":"desc","mcount":200})");
+              R"({"cvid":"sorted","module":"Leads","moduleAPI":"Leads_Api","cvName":"Name of sorted","count":0,)"
+              R"("sort_by":"Company","sort_order":"desc","mcount":200})");
     // A view without a sort of its own is sorted newest first.
     answer({}, R"("nodata":true)");
     EXPECT_EQ(ask(page("offline")), "database: 8 7+ | network: ");
@@ -239,7 +231,7 @@ TEST_F(RecordListTest, TheFirstAnswerOfARunReplacesAnOnlineView) {
     EXPECT_EQ(takeCounts(), "2/1000");
 }
 
-TEST_F(RecordListTest, RefusedDuplicatesBelongToTheView) {
+TEST_F(RecordListTest, RefusedDuplicatesBelongToTheViewAndFiltersNarrowIt) {
     settings->setListFilterHasMoreRecord(false, "Leads", "offline");
     store("offline", 1, 3);
     adapter().insertInto("LeadsRecords", {{"id", "NEW_000000001"}, {"Company", "mine"}, {"Owner_LOOKUP", "Ann"}});
@@ -248,13 +240,6 @@ TEST_F(RecordListTest, RefusedDuplicatesBelongToTheView) {
     EXPECT_EQ(ask(page("offline")), "database: 3 2 1");
     refused->ids->push_back("NEW_000000001");
     EXPECT_EQ(ask(page("offline")), "database: NEW_000000001 3 2 1");
-}
-
-TEST_F(RecordListTest, FiltersColumnsAndFurtherCriteriaNarrowThePage) {
-    settings->setListFilterHasMoreRecord(false, "Leads", "offline");
-    store("offline", 1, 3);
-    adapter().insertInto("LeadsRecords", {{"id", "NEW_000000001"}, {"Company", "mine"}, {"Owner_LOOKUP", "Ann"}});
-    refused->ids = {{"NEW_000000001"}};
     auto mine = ofCompany("mine", page("offline"));
     mine.columns = {{"Owner", "no such column"}};
     EXPECT_EQ(ask(mine), "database: NEW_000000001");
@@ -265,14 +250,6 @@ TEST_F(RecordListTest, FiltersColumnsAndFurtherCriteriaNarrowThePage) {
     ASSERT_TRUE(shown);
     EXPECT_EQ(shown->getString("Owner_LOOKUP"), "Ann");
     EXPECT_FALSE(shown->hasColumn("Company"));
-}
-
-TEST_F(RecordListTest, AnUnknownModuleOrViewFailsWithoutARequest) {
-    auto elsewhere = page("offline");
-    elsewhere.moduleName = "Nowhere";
-    EXPECT_EQ(ask(elsewhere), "failure noSuchModule");
-    EXPECT_EQ(ask(page("no such view")), "failure noSuchView");
-    EXPECT_EQ(takeCounts(), "not asked");
 }
 
 TEST_F(RecordListTest, AnUnusableAnswerFailsAndChangesNoRow) {
