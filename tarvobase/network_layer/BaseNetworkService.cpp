@@ -59,9 +59,9 @@ void BaseNetworkService::downloadPublicRequest(const std::string& baseUrl, Reque
 
 void BaseNetworkService::start(Transfer transfer, Request request) {
     request.completionHandler = completionOf(request);
-    auto prepared = service::getURLRequest(baseURL, request.method, request.body, scope_);
+    auto prepared = preparedOf(request, std::nullopt);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
-    if (!shouldAddAuthtoken) return give(transfer, callOf(*std::move(prepared), std::move(request)));
+    if (!shouldAddAuthtoken) return give(transfer, callOf(std::move(prepared->request), std::move(request)));
     service::withToken(scope_, [weak = platform::weakSelf(this), transfer, request](auto answer) {
         auto self = weak.lock();
         if (!self) return;
@@ -75,7 +75,7 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
         reportNoToken(answer.user);
         return completeUnsent(request.completionHandler, request.identifier, notSent("the account has no token"));
     }
-    auto prepared = url(answer.token, request.method, request.body);
+    auto prepared = preparedOf(request, answer.token);
     if (!prepared) return completeUnsent(request.completionHandler, request.identifier, service::invalidURL());
     if (request.shouldAddOrgId) service::addOrganisation(request.params, *orgsPersistance);
     // A request that has a body sends its parameters in the URL.
@@ -92,9 +92,17 @@ void BaseNetworkService::startWithToken(Transfer transfer, Request request, cons
     give(transfer, std::move(call));
 }
 
+std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::preparedOf(
+    const Request& request, const std::optional<std::string>& token) const {
+    auto prepared = url(token, request.method, request.body, request.url);
+    if (prepared) service::addHeaders(prepared->request.headers, request.headers);
+    return prepared;
+}
+
 std::optional<BaseNetworkService::AuthenticatedURL> BaseNetworkService::url(
-    const std::optional<std::string>& authentication, HTTPMethod method, std::optional<Data> body) const {
-    auto request = service::getURLRequest(baseURL, method, std::move(body), scope_);
+    const std::optional<std::string>& authentication, HTTPMethod method, std::optional<Data> body,
+    const std::optional<std::string>& address) const {
+    auto request = service::getURLRequest(address.value_or(baseURL), method, std::move(body), scope_);
     if (!request) return std::nullopt;
     auto asked = CommonConfigration::sharedInstance().authentication.get();
     auto type = asked ? asked->authenticationType() : AuthenticationType::oauth;

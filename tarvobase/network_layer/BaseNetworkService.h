@@ -65,6 +65,8 @@ public:
 
     struct Request {
         std::optional<ValueMap> params{};
+        std::optional<std::string> url{};  ///< absent means `baseURL`
+        bren::Headers headers{};           ///< added to those that every request has
         std::optional<Data> body{};
         std::optional<std::string> identifier{};
         NTaskPriority priority = NTaskPriority::normal;
@@ -73,7 +75,7 @@ public:
         /// If it is empty, `taskCompletionHandler` gets the answer.
         NetworkCompletion completionHandler{};
     };
-    /// Sends a request to `baseURL`. Without a token it is not sent, and `errorHandler` gets `noAuthtoken`.
+    /// Sends a request. Without a token it is not sent, and `errorHandler` gets `noAuthtoken`.
     void sendRequest(Request request);
     /// Posts the parameters to `baseURL` for the current organisation, as most services do.
     void post(ValueMap params, NetworkCompletion completion = {});
@@ -85,9 +87,11 @@ public:
         URLRequest request;
         std::optional<std::string> authorization;
     };
-    /// Returns the request to `baseURL` with the authorization text of a token, or nullopt if `baseURL` is not a URL.
+    /// Returns the request to an address, or to `baseURL` if it is absent, with the authorization text of a token.
+    /// Returns nullopt if the address is not a URL.
     std::optional<AuthenticatedURL> url(const std::optional<std::string>& authentication, HTTPMethod method,
-                                        std::optional<Data> body) const;
+                                        std::optional<Data> body,
+                                        const std::optional<std::string>& address = std::nullopt) const;
 
     void progressPercentHandler(float part, std::int64_t done, std::int64_t total);
 
@@ -110,6 +114,7 @@ private:
     void start(Transfer transfer, Request request);
     void startWithToken(Transfer transfer, Request request, const service::TokenAnswer& answer);
     void give(Transfer transfer, NetworkCall call);
+    std::optional<AuthenticatedURL> preparedOf(const Request& request, const std::optional<std::string>& token) const;
     NetworkCompletion completionOf(Request& request);
     void reportNoToken(const std::string& user);
 

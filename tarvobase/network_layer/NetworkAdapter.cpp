@@ -78,7 +78,7 @@ void completeUnsent(const NetworkCompletion& completion, const std::optional<std
 }
 
 void NetworkAdapter::sendWithHeaders(NetworkCall call, const bren::Headers& headers) {
-    for (auto& [name, value] : headers) call.request.headers.set(name, value);
+    service::addHeaders(call.request.headers, headers);
     call.authorization.reset();
     send(std::move(call));
 }
@@ -117,6 +117,7 @@ void BrenNetworkManagerAdapter::upload(NetworkUpload upload) {
                     .isStillWanted = std::move(upload.isStillWanted)};
     for (auto& [name, value] : upload.headers) task.request.headers.add(name, value);
     task.params = std::move(upload.params);
+    task.priority = libraryPriority(upload.priority);
     task.progressPercent = percentHandlerFor(std::move(upload.percentHandler));
     task.progressData = progressHandlerFor(std::move(upload.progressHandler));
     task.completion = completionFor(std::move(upload.completionHandler), std::nullopt);

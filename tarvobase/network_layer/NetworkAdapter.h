@@ -39,6 +39,7 @@ struct NetworkUpload {
     std::string fileParamName;
     std::string fileName;
     std::string fileType{};
+    NTaskPriority priority = NTaskPriority::normal;
     PercentHandler percentHandler{};
     ProgressHandler progressHandler{};
     NetworkCompletion completionHandler{};

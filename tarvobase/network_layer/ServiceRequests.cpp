@@ -48,6 +48,10 @@ std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod metho
     return request;
 }
 
+void addHeaders(bren::Headers& headers, const bren::Headers& more) {
+    for (auto& [name, value] : more) headers.set(name, value);
+}
+
 std::string authorizationText(AuthenticationType type, const std::string& token) {
     return type == AuthenticationType::oauth ? std::string(HEADER_VALUE_OAUTHTOKEN) + " " + token : token;
 }

@@ -52,6 +52,9 @@ std::optional<URLRequest> getURLRequest(const std::string& url, HTTPMethod metho
 /// Returns the value of the "Authorization" header for a token.
 std::string authorizationText(AuthenticationType type, const std::string& token);
 
+/// Adds headers. Each replaces the header of its name.
+void addHeaders(bren::Headers& headers, const bren::Headers& more);
+
 /// Adds the build id and the token to the headers of an upload. A plain token goes into the parameters instead.
 void authorize(NetworkUpload& upload, AuthenticationType type, const std::string& token);
 

@@ -96,10 +96,12 @@ void StaticBaseNetworkService::uploadRequest(Upload upload) {
         std::optional<ValueMap> params = upload.params;
         if (upload.shouldAddOrgId) service::addOrganisation(params, *self->orgsPersistance);
         NetworkUpload file{.url = upload.url.value_or(self->baseURL()),
+                           .headers = upload.headers,
                            .params = *std::move(params),
                            .source = upload.fileURL,
                            .fileParamName = upload.fileParamName,
                            .fileName = std::filesystem::path(upload.fileURL).filename().string(),
+                           .priority = upload.priority,
                            .percentHandler = upload.percentHandler,
                            .completionHandler = upload.completionHandler,
                            .isStillWanted = [scope = self->scope_] { return scope.isCurrent(); }};

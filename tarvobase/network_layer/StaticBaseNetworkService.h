@@ -56,8 +56,10 @@ public:
     struct Upload {
         std::optional<std::string> url{};
         ValueMap params{};
-        std::string fileURL;  ///< path of the file
+        bren::Headers headers{};  ///< added to those that every upload has
+        std::string fileURL;      ///< path of the file
         std::string fileParamName;
+        NTaskPriority priority = NTaskPriority::normal;
         bool shouldAddOrgId = false;
         PercentHandler percentHandler{};
         NetworkCompletion completionHandler{};
