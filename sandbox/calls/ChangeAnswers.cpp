@@ -153,7 +153,7 @@ Reply uploadAttachment(const Call& call) {
     const auto* attachments = parents ? call.data.module("Attachments") : nullptr;
     return change(call, attachments, [&](ChangeRun& run) {
         const auto* file = uploadedFile(call.request);
-        if (!file) return run.refuse(invalidField("file", "is the part with the file"));
+        if (!file) return run.refuse(invalidField("file", "names the uploaded file"));
         run.add(run.editor.upload(*parents, parameter(call, "id"), file->name, file->content.size()));
     });
 }

@@ -199,8 +199,9 @@ Result<RecordRow, std::string> readRow(const FieldInput& input, const ValueMap& 
     for (const auto& [name, json] : map) {
         const auto* field = shape.field(name);
         if (!field) return ReadRow::failure("has a row with a field that the module lacks");
-        auto value = readField({input.data, input.draft, input.sender, shape, *field, json});
         auto* entry = entryOf(row, name);
+        auto value =
+            readField({input.data, input.draft, input.sender, shape, *field, json, entry ? &entry->value : nullptr});
         if (isIgnored(*field, input.sender) || field->data->isKey || !entry) {
             if (!value && json.asText() && isTemporaryId(*json.asText())) return ReadRow::failure(value.error());
             continue;
@@ -272,6 +273,13 @@ bool isFreeText(const RecordShape::Field& field) {
     return false;
 }
 
+// A record that is saved whole may name what has been deleted in the meantime.
+bool isUnchanged(const FieldInput& input) {
+    if (!input.before || !input.json.asText()) return false;
+    bool isJoined = input.before->kind == Kind::texts;
+    return *input.json.asText() == (isJoined ? text::join(input.before->texts, ",") : input.before->text);
+}
+
 bool holdsTemporaryId(const Value& json) {
     if (const auto* joined = json.asText()) return std::ranges::any_of(text::split(*joined, ","), isTemporaryId);
     if (const auto* list = json.asList()) return std::ranges::any_of(*list, holdsTemporaryId);
@@ -288,6 +296,7 @@ Result<RecordValue, std::string> readField(const FieldInput& input) {
     if (!hasRows && !isFreeText(field) && holdsTemporaryId(input.json))
         return ReadValue::failure("names a temporary id");
     if (input.json.isNull()) return emptyValue(*field.data);
+    if (isUnchanged(input)) return *input.before;
     return readerOf(field)(input);
 }
 

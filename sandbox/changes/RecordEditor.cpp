@@ -1,5 +1,7 @@
 #include "sandbox/changes/RecordEditor.h"
 
+#include <algorithm>
+
 #include "sandbox/changes/RecordPayload.h"
 
 namespace tarvo::sandbox {
@@ -34,6 +36,7 @@ RecordEditor::Changed RecordEditor::store(const RecordShape& shape, const ValueM
     if (!read) return read.error();
     if (auto refusal = refusalOf(RecordData(shape, number, &*read))) return *refusal;
     auto record = draft_.add(shape, *std::move(read));
+    listInNote(record, true);
     applied(record, kind);
     return record;
 }
@@ -49,7 +52,9 @@ RecordEditor::Changed RecordEditor::edit(const ModuleData& module, const Value& 
     auto read = RecordPayload(data_, draft_, user(), origin_.now, origin_.sender).ofEdit(*record, *map);
     if (!read) return read.error();
     if (auto refusal = refusalOf(RecordData(record->shape(), record->number(), &*read))) return *refusal;
+    listInNote(*record, false);
     auto changed = draft_.edit(*record, *std::move(read));
+    listInNote(changed, true);
     applied(changed, ChangeKind::edit);
     return changed;
 }
@@ -60,6 +65,7 @@ std::optional<Refusal> RecordEditor::remove(const ModuleData& module, const std:
     if (!record) return unknownRecord();
     if (auto refusal = refusalOf(record->shape(), ChangeKind::remove)) return refusal;
     applied(*record, ChangeKind::remove);
+    listInNote(*record, false);
     draft_.remove(*record);
     return std::nullopt;
 }
@@ -88,6 +94,23 @@ std::optional<Refusal> RecordEditor::refusalOf(const RecordData& record) const {
     if (origin_.sender == Sender::control) return std::nullopt;
     auto rules = data_.rules.find(record.module());
     return rules == data_.rules.end() ? std::nullopt : refusalOfRecord(rules->second, draft_.view(), record);
+}
+
+void RecordEditor::listInNote(const RecordData& attachment, bool isListed) {
+    if (attachment.module() != "Attachments") return;
+    auto view = draft_.view();
+    auto note = view.list("Notes").find(attachment.value("Parent_Id").text);
+    if (!note) return;
+    StoredRecord changed{note->values(), note->createdTime(), note->modifiedTime()};
+    auto& attachments = changed.values[note->shape().indexOf(*note->shape().field("$attachments"))];
+    attachments.kind = RecordValue::Kind::rows;
+    auto id = attachment.id();
+    std::erase_if(attachments.rows, [&](const RecordRow& row) {
+        return std::ranges::any_of(
+            row.entries, [&](const RecordEntry& entry) { return entry.name == "id" && entry.value.text == id; });
+    });
+    if (isListed) attachments.rows.push_back(attachment.row());
+    draft_.edit(*note, std::move(changed));
 }
 
 void RecordEditor::applied(const RecordData& record, ChangeKind kind) {

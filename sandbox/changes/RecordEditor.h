@@ -49,6 +49,8 @@ private:
     std::optional<Refusal> refusalOf(const RecordShape& shape, ChangeKind kind) const;
     std::optional<Refusal> refusalOf(const RecordData& record) const;
     const UserData& user() const { return data_.userOf(origin_.account); }
+    /// Notes list their attachments: puts an attachment into the list of its note, or takes it out.
+    void listInNote(const RecordData& attachment, bool isListed);
     void applied(const RecordData& record, ChangeKind kind);
 
     DataSet& data_;

@@ -245,24 +245,13 @@ void makeLookups(Cell& cell, RecordValue& into) {
     for (; first && into.texts.size() < wanted; ++first.number) into.texts.push_back(first.shape->id(first.number));
 }
 
-RecordRow rowBelow(const RecordShape& shape, std::size_t number) {
-    RecordRow row;
-    row.entries.reserve(shape.fields().size());
-    for (const auto& field : shape.fields()) {
-        if (field.name == "record_id") continue;
-        RecordValue value;
-        shape.read(field, number, value);
-        row.entries.push_back({field.name, field.entryStart, std::move(value)});
-    }
-    return row;
-}
-
 void makeRows(Cell& cell, RecordValue& into) {
     into.kind = Kind::rows;
     if (!cell.field.target) return;
     auto count = cell.random.below(4);
     for (std::size_t i = 0; i < count; ++i)
-        into.rows.push_back(rowBelow(*cell.field.target, RecordShape::numberBelow(cell.number, cell.field.place, i)));
+        into.rows.push_back(
+            RecordData(*cell.field.target, RecordShape::numberBelow(cell.number, cell.field.place, i)).row());
 }
 
 void makeRepeat(Cell& cell, RecordValue& into) {
@@ -408,7 +397,7 @@ void makeAttachments(Cell& cell, RecordValue& into) {
     into.kind = Kind::rows;
     const auto* shape = cell.shape.sibling("Attachments");
     if (shape && hasAttachment(cell.number) && cell.number < shape->count())
-        into.rows.push_back(rowBelow(*shape, cell.number));
+        into.rows.push_back(RecordData(*shape, cell.number).row());
 }
 
 void makeSize(Cell& cell, RecordValue& into) {

@@ -160,6 +160,15 @@ std::vector<RecordValue> RecordData::values() const {
     return values;
 }
 
+RecordRow RecordData::row() const {
+    RecordRow row;
+    auto all = values();
+    for (const auto& field : shape_->fields())
+        if (field.name != "record_id")
+            row.entries.push_back({field.name, field.entryStart, std::move(all[shape_->indexOf(field)])});
+    return row;
+}
+
 void RecordData::write(std::string& json, RecordValue& scratch) const {
     json += '[';
     bool isFirst = true;

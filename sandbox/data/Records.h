@@ -77,6 +77,8 @@ public:
     void readTitle(std::vector<std::string>& into) const;
     /// Returns all values, in the order of the shape's fields.
     std::vector<RecordValue> values() const;
+    /// Returns the record as a row below another one.
+    RecordRow row() const;
     /// Appends the record to a JSON text: a list of entries of name, value and, for lookups, what is shown.
     void write(std::string& json, RecordValue& scratch) const;
     /// Returns what `write` writes.

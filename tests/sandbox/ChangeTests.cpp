@@ -16,11 +16,11 @@ protected:
         if (!key.empty()) headers.emplace("x-transaction-id", key);
         return headers;
     }
-    Value send(Client& client, const std::string& call, const std::string& payloads, const std::string& key = "",
+    Value send(Client& sender, const std::string& call, const std::string& payloads, const std::string& key = "",
                const std::string& module = "Leads") {
         auto body = call == "deleterecord" ? "" : R"({"data":[)" + payloads + "]}";
         auto id = call == "deleterecord" ? "&id=" + payloads : "";
-        return json(client.postJson("/crm/v4/products/" + call + "?module=" + module + id, body, headers(key)));
+        return json(sender.postJson("/crm/v4/products/" + call + "?module=" + module + id, body, headers(key)));
     }
     Value send(const std::string& call, const std::string& payloads, const std::string& key = "",
                const std::string& module = "Leads") {
@@ -211,10 +211,10 @@ TEST_F(ChangeTests, AnswersComeInTheChosenForm) {
         EXPECT_EQ(at(answer, "data").asList() != nullptr, row.isTopLevel);
         if (row.isTopLevel) continue;
         EXPECT_EQ(!idIn(answer).empty(), row.hasRecordId) << row.form;
-        auto data = at(entryOf(answer), "data");
-        ASSERT_EQ(data.asList()->size(), row.data) << row.form;
+        auto rowsOfEntry = at(entryOf(answer), "data");
+        ASSERT_EQ(rowsOfEntry.asList()->size(), row.data) << row.form;
         if (row.data == 1) {
-            EXPECT_EQ(data.asList()->at(0).asList()->size() > 1, row.holdsWholeRecord) << row.form;
+            EXPECT_EQ(rowsOfEntry.asList()->at(0).asList()->size() > 1, row.holdsWholeRecord) << row.form;
         }
     }
     EXPECT_EQ(at(entryOf(send("addrecord", R"({"Note_Content":"x"})", "", "Notes")), "data").asList()->size(), 3u);
@@ -303,6 +303,22 @@ TEST_F(ChangeTests, AnUploadAddsAnAttachment) {
                               "relatedmodule=Leads&recordID=NEW_000000001&id="})
         EXPECT_NE(refusalIn(upload(wrong + (std::string_view(wrong).ends_with("id=") ? parent : ""))), "") << wrong;
     EXPECT_EQ(control("changes", "changes").size(), 1u);
+
+    auto note = idOf("Notes", 4);
+    auto listed = [&] { return at(record(note, "Notes"), "$attachments").asList()->size(); };
+    auto ofNote = idIn(upload("relatedmodule=Notes&id=" + note));
+    EXPECT_EQ(listed(), 1u) << "notes list their attachments";
+    send("deleterecord", ofNote, "", "Attachments");
+    EXPECT_EQ(listed(), 0u);
+}
+
+TEST_F(ChangeTests, AnEditMayRepeatWhatHasBeenDeleted) {
+    auto account = idOf("Accounts", 3), contact = idOf("Contacts", 3),
+         both = R"({"id":")" + contact + R"(","Account_Name":")" + account + "\"}";
+    EXPECT_EQ(refusalIn(send("updaterecord", both, "", "Contacts")), "");
+    EXPECT_EQ(refusalIn(send("deleterecord", account, "", "Accounts")), "");
+    EXPECT_EQ(refusalIn(send("updaterecord", both, "", "Contacts")), "");
+    EXPECT_EQ(at(record(contact, "Contacts"), "Account_Name"), Value(account));
 }
 
 TEST_F(ChangeTests, ChangesOfManyThreadsAreAllThereOnce) {
