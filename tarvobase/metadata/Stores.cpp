@@ -18,7 +18,7 @@
 #include "tarvobase/value_objects/module/SettingsInDatabase.h"
 #include "tarvobase/value_objects/module/SettingsInMemeory.h"
 #include "tarvobase/value_objects/tag/TagInDatabase.h"
-#include "tarvobase/value_objects/transaction/ChangeLogInDatabase.h"
+#include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionRecordInDatabase.h"
@@ -118,8 +118,8 @@ std::shared_ptr<TransactionPersistanceDelegate> Stores::transactions() const {
 std::shared_ptr<TransactionRecordPersistanceDelegate> Stores::transactionRecords() const {
     return std::make_shared<TransactionRecordInDatabase>(databaseAdapter());
 }
-std::shared_ptr<ChangeLog> Stores::changeLog() const {
-    return std::make_shared<ChangeLogInDatabase>(databaseAdapter(), scope.organisation);
+std::shared_ptr<ChangeRegister> Stores::changeRegister() const {
+    return std::make_shared<ChangeRegisterInDatabase>(databaseAdapter(), scope.organisation);
 }
 std::shared_ptr<RecordIdAliases> Stores::recordIdAliases() const {
     return std::make_shared<RecordIdAliasesInDatabase>(databaseAdapter());

@@ -17,7 +17,7 @@
 #include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 #include "tarvobase/value_objects/module/SettingsPersistanceDelegate.h"
 #include "tarvobase/value_objects/tag/TagPersistanceDelegate.h"
-#include "tarvobase/value_objects/transaction/ChangeLog.h"
+#include "tarvobase/value_objects/transaction/ChangeRegister.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliases.h"
 #include "tarvobase/value_objects/transaction/TransactionPersistanceDelegate.h"
 #include "tarvobase/value_objects/transaction/TransactionRecordPersistanceDelegate.h"
@@ -79,7 +79,7 @@ public:
     // These belong to the queues of changes, and make their table if the database lacks it.
     std::shared_ptr<TransactionPersistanceDelegate> transactions() const;
     std::shared_ptr<TransactionRecordPersistanceDelegate> transactionRecords() const;
-    std::shared_ptr<ChangeLog> changeLog() const;
+    std::shared_ptr<ChangeRegister> changeRegister() const;
     std::shared_ptr<RecordIdAliases> recordIdAliases() const;
 };
 

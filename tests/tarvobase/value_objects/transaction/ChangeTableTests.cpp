@@ -2,7 +2,7 @@
 
 #include "platform/Clock.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/value_objects/transaction/ChangeLogInDatabase.h"
+#include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionMap.h"
@@ -84,8 +84,8 @@ TEST_F(ChangeTableTest, WithoutADatabaseNothingCountsAsStoredOrEmpty) {
         EXPECT_FALSE(transactions.getNextRunnableTransaction());
         EXPECT_FALSE(TransactionRecordInDatabase(database).storeTransactionRecordPersistance(record));
         EXPECT_FALSE(TransactionRecordInDatabase(database).getTransactionRecord("r1"));
-        EXPECT_FALSE(ChangeLogInDatabase(database, "").enter(ChangeQueue::older, "t1"));
-        EXPECT_FALSE(ChangeLogInDatabase(database, "").entries());
+        EXPECT_FALSE(ChangeRegisterInDatabase(database, "").enter(ChangeQueue::older, "t1"));
+        EXPECT_FALSE(ChangeRegisterInDatabase(database, "").entries());
         EXPECT_FALSE(RecordIdAliasesInDatabase(database).realId("Leads", "NEW_1"));
     }
 }
@@ -93,13 +93,13 @@ TEST_F(ChangeTableTest, WithoutADatabaseNothingCountsAsStoredOrEmpty) {
 TEST_F(ChangeTableTest, AChangeIsStoredWithTheCommitAroundItOrNotAtAll) {
     auto store = [&] {
         return queue().storeTransaction(changeNamed("t1")) &&
-               ChangeLogInDatabase(adapter, "").enter(ChangeQueue::older, "t1").has_value();
+               ChangeRegisterInDatabase(adapter, "").enter(ChangeQueue::older, "t1").has_value();
     };
     EXPECT_FALSE(adapter->transaction("undone", [&] { return store() && false; }));
     EXPECT_EQ(idsOf(queue().getTransactions()), "");
     EXPECT_TRUE(adapter->transaction("kept", store));
     EXPECT_EQ(idsOf(queue().getTransactions()), "t1 ");
-    EXPECT_EQ(ChangeLogInDatabase(adapter, "").entries()->size(), 1u);
+    EXPECT_EQ(ChangeRegisterInDatabase(adapter, "").entries()->size(), 1u);
 
     auto large = changeNamed("t2");
     large.dataJSON = platform::Data(longText());
@@ -219,28 +219,30 @@ TEST_F(ChangeTableTest, BothSidesOfARecordAreKeptAsJson) {
 }
 
 TEST_F(ChangeTableTest, NumbersOfChangesRiseForEver) {
-    auto log = [&](std::string organisation = "1") { return ChangeLogInDatabase(adapter, std::move(organisation)); };
+    auto changes = [&](std::string organisation = "1") {
+        return ChangeRegisterInDatabase(adapter, std::move(organisation));
+    };
     auto numberOf = [&](ChangeQueue queue, const std::string& id, std::string organisation = "1") {
-        return log(std::move(organisation)).enter(queue, id)->number;
+        return changes(std::move(organisation)).enter(queue, id)->number;
     };
     auto first = numberOf(ChangeQueue::older, "t1");
     EXPECT_EQ(numberOf(ChangeQueue::current, "t1"), first + 1);
     EXPECT_EQ(numberOf(ChangeQueue::older, "t2", "2"), first + 2);
     EXPECT_EQ(numberOf(ChangeQueue::older, "t1"), first) << "a change that has an entry keeps it";
-    EXPECT_TRUE(log().remove(ChangeQueue::older, {"t1", "t2"}));
-    EXPECT_EQ(log().entries()->size(), 1u);
-    EXPECT_EQ(log("2").entries()->size(), 0u);
-    EXPECT_TRUE(log().remove(ChangeQueue::current, {"t1"}));
+    EXPECT_TRUE(changes().remove(ChangeQueue::older, {"t1", "t2"}));
+    EXPECT_EQ(changes().entries()->size(), 1u);
+    EXPECT_EQ(changes("2").entries()->size(), 0u);
+    EXPECT_TRUE(changes().remove(ChangeQueue::current, {"t1"}));
     adapter->deregisterDB();
     ASSERT_TRUE(adapter->registerDB("a passphrase"));
     EXPECT_GT(numberOf(ChangeQueue::older, "t9"), first + 2);
 }
 
 TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
-    ChangeLogInDatabase log(adapter, "1");
+    ChangeRegisterInDatabase changes(adapter, "1");
     platform::Clock::set(platform::Clock::WallTime(std::chrono::milliseconds(1'700'000'000'123)));
-    auto entered = *log.enter(ChangeQueue::older, "t1");
-    auto other = *log.enter(ChangeQueue::older, "t2");
+    auto entered = *changes.enter(ChangeQueue::older, "t1");
+    auto other = *changes.enter(ChangeQueue::older, "t2");
     platform::Clock::release();
     EXPECT_EQ(entered.enteredAt, 1'700'000'000'123);
     EXPECT_NE(entered.key, other.key);
@@ -248,16 +250,16 @@ TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
     auto expected = entered;
     expected.sends = 2;
     expected.lastRefusal = ErrorResponse{"crmINVALID_DATA", "Duplicate value", ValueMap{{"api_name", "Email"}}};
-    EXPECT_TRUE(log.noteSend(entered.number) && log.noteSend(entered.number));
-    EXPECT_TRUE(log.noteRefusal(entered.number, *expected.lastRefusal));
-    EXPECT_EQ(*log.entriesOf(ChangeQueue::older, {"t1"}), std::vector{expected});
+    EXPECT_TRUE(changes.noteSend(entered.number) && changes.noteSend(entered.number));
+    EXPECT_TRUE(changes.noteRefusal(entered.number, *expected.lastRefusal));
+    EXPECT_EQ(*changes.entriesOf(ChangeQueue::older, {"t1"}), std::vector{expected});
 
-    auto key = log.renewKey(entered.number);
+    auto key = changes.renewKey(entered.number);
     ASSERT_TRUE(key);
     EXPECT_NE(*key, entered.key);
     expected.key = *key;
     expected.lastRefusal = std::nullopt;
-    EXPECT_EQ(*log.entries(), (std::vector{expected, other}));
+    EXPECT_EQ(*changes.entries(), (std::vector{expected, other}));
 }
 
 TEST_F(ChangeTableTest, ATemporaryIdLeadsToTheRealOneOfItsModule) {

@@ -36,18 +36,18 @@ struct ChangeEntry {
     friend bool operator==(const ChangeEntry&, const ChangeEntry&) = default;
 };
 
-/// The log of the changes that wait in either queue, one entry per row of a queue. It is a table of the library's own,
-/// written in the same commits as the queues. Writes return whether they were stored, and join the transaction of the
-/// database around them. Reads return nullopt if the log cannot be read. Any thread may use it; each call blocks its
-/// caller.
-class ChangeLog : public virtual platform::Object {
+/// The register of the changes that wait in either queue, one entry per row of a queue. It is a table of the library's
+/// own, written in the same commits as the queues. Writes return whether they were stored, and join the transaction of
+/// the database around them. Reads return nullopt if the register cannot be read. Any thread may use it; each call
+/// blocks its caller.
+class ChangeRegister : public virtual platform::Object {
 public:
     using Entries = std::optional<std::vector<ChangeEntry>>;
 
-    /// Enters a change of the log's organisation with a new number and a new key. Returns the present entry if the
+    /// Enters a change of the register's organisation with a new number and a new key. Returns the present entry if the
     /// change has one already, and nullopt if none could be stored.
     virtual std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) = 0;
-    /// Returns the entries of the log's organisation, in the order of their numbers.
+    /// Returns the entries of the register's organisation, in the order of their numbers.
     virtual Entries entries() = 0;
     /// Returns the entries that exist of these changes of a queue, in the order of their numbers.
     virtual Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;

@@ -1,4 +1,4 @@
-#include "tarvobase/value_objects/transaction/ChangeLogInDatabase.h"
+#include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
 
 #include "platform/Clock.h"
 #include "platform/Json.h"
@@ -17,7 +17,7 @@ constexpr const char *number = "number", *enteredAt = "entered_at", *organisatio
 
 // AUTOINCREMENT remembers the highest number after its row is gone. Code, message and details of a refusal have columns
 // of their own, so that lists can look for a message.
-EnsuredTable::Declaration changeLogTable() {
+EnsuredTable::Declaration changeRegisterTable() {
     using namespace changeColumns;
     return {.columns = {{number, "INTEGER PRIMARY KEY AUTOINCREMENT"},
                         {enteredAt, "INTEGER"},
@@ -70,10 +70,12 @@ Criteria areOfQueue(ChangeQueue queue, const std::vector<std::string>& transacti
 
 }  // namespace
 
-ChangeLogInDatabase::ChangeLogInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::string organisation)
-    : table_(std::move(databaseAdapter), "TARVO_CHANGES", changeLogTable()), organisation_(std::move(organisation)) {}
+ChangeRegisterInDatabase::ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                                                   std::string organisation)
+    : table_(std::move(databaseAdapter), "TARVO_CHANGES", changeRegisterTable()),
+      organisation_(std::move(organisation)) {}
 
-std::optional<ChangeEntry> ChangeLogInDatabase::enter(ChangeQueue queue, const std::string& transactionId) {
+std::optional<ChangeEntry> ChangeRegisterInDatabase::enter(ChangeQueue queue, const std::string& transactionId) {
     using namespace changeColumns;
     auto columns = std::string(enteredAt) + ", " + organisation + ", " + key + ", " + sends + ", " +
                    changeColumns::queue + ", " + changeColumns::transactionId;
@@ -84,33 +86,34 @@ std::optional<ChangeEntry> ChangeLogInDatabase::enter(ChangeQueue queue, const s
     return firstOf(entriesOf(queue, {transactionId}));
 }
 
-ChangeLog::Entries ChangeLogInDatabase::entries() {
+ChangeRegister::Entries ChangeRegisterInDatabase::entries() {
     return entriesWhere(columnIs(changeColumns::organisation, organisation_));
 }
-ChangeLog::Entries ChangeLogInDatabase::entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
+ChangeRegister::Entries ChangeRegisterInDatabase::entriesOf(ChangeQueue queue,
+                                                            const std::vector<std::string>& transactionIds) {
     return entriesWhere(areOfQueue(queue, transactionIds));
 }
 
-bool ChangeLogInDatabase::noteSend(std::int64_t number) {
+bool ChangeRegisterInDatabase::noteSend(std::int64_t number) {
     auto counted = std::string(changeColumns::sends);
     return table_.execute(RawQuery("UPDATE " + table_.name() + " SET " + counted + " = " + counted + " + 1 WHERE " +
                                        changeColumns::number + " = ?",
                                    {number}));
 }
-bool ChangeLogInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal) {
+bool ChangeRegisterInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal) {
     return table_.update(refusalValues(refusal), hasNumber(number));
 }
-std::optional<std::string> ChangeLogInDatabase::renewKey(std::int64_t number) {
+std::optional<std::string> ChangeRegisterInDatabase::renewKey(std::int64_t number) {
     auto key = platform::Random::uuid();
     auto values = refusalValues(std::nullopt);
     values.set(changeColumns::key, key);
     return table_.update(std::move(values), hasNumber(number)) ? std::optional(key) : std::nullopt;
 }
-bool ChangeLogInDatabase::remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
+bool ChangeRegisterInDatabase::remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
     return transactionIds.empty() || table_.remove(areOfQueue(queue, transactionIds));
 }
 
-ChangeLog::Entries ChangeLogInDatabase::entriesWhere(Criteria criteria) const {
+ChangeRegister::Entries ChangeRegisterInDatabase::entriesWhere(Criteria criteria) const {
     FetchQuery query(table_.name(), std::move(criteria));
     query.sortBy = {SortDescriptor::customOrderBy(changeColumns::number)};
     auto rows = table_.fetch(query);

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "tarvobase/storage/EnsuredTable.h"
-#include "tarvobase/value_objects/transaction/ChangeLog.h"
+#include "tarvobase/value_objects/transaction/ChangeRegister.h"
 
 namespace tarvo {
 
-/// The log of changes in the account's database. All organisations share the table.
-class ChangeLogInDatabase final : public ChangeLog {
+/// The register of changes in the account's database. All organisations share the table.
+class ChangeRegisterInDatabase final : public ChangeRegister {
 public:
     /// The adapter may be null.
-    ChangeLogInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::string organisation);
+    ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::string organisation);
 
     std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) override;
     Entries entries() override;
