@@ -156,6 +156,12 @@ bool DependentRecords::storeTags() const {
 
 // The server's key of this table begins with the tag. Without our own index, every page of a download would scan the
 // tags of all pages before it.
+bool DependentRecords::isListOfRows(std::string_view moduleName, const FieldMetadata& field) {
+    auto rule = ruleOf(moduleName);
+    return isSubform(field.fieldType) || field.fieldType == FieldDataType::eventParticipant ||
+           (rule && rule->wireName == field.fieldAPIName);
+}
+
 bool DependentRecords::createIndexes(DatabaseAdapter& databaseAdapter) {
     constexpr TagRecordDBMapper columns;
     std::string tableName(columns.tableName);

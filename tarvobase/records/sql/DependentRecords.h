@@ -36,6 +36,10 @@ public:
     /// Stores the rows, inside the transaction that stores the records. Returns false if the database failed.
     bool store() const;
 
+    /// Returns whether a field of a module holds rows of another table. A record that was read back has their number in
+    /// its place.
+    static bool isListOfRows(std::string_view moduleName, const FieldMetadata& field);
+
     /// Creates the index without which storing tags scans those of all records before. Call it when the tables have
     /// been made; without the table of tags it does nothing.
     static bool createIndexes(DatabaseAdapter& databaseAdapter);

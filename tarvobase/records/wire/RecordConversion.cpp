@@ -167,24 +167,6 @@ Value wireBoolean(const ValueView& stored) {
     return {};
 }
 
-/// Returns null if a value has no wire form.
-Value wireValue(FieldDataType type, const ValueView& stored) {
-    if (auto tags = stored.nested() ? stored.nested()->asObjectOf<TagList>() : nullptr) return wireTags(*tags);
-    switch (type) {
-        case FieldDataType::boolean:
-            return wireBoolean(stored);
-        case FieldDataType::date:
-            return textOfMoment(stored, Util::DateFormatters::dateOnlyFormatter());
-        case FieldDataType::dateTime:
-            return textOfMoment(stored, Util::DateFormatters::iso8601DateFormatter());
-        case FieldDataType::file:
-        case FieldDataType::alarm:
-            return stored.asText() ? Value(ValueMap{{std::string(rawText(type)), *stored.asText()}}) : Value();
-        default:
-            return stored.copy();
-    }
-}
-
 /// Returns whether the lists of a column are records, so that an empty one means none of them and not an empty text.
 bool holdsRecords(const std::string& column, const FieldIdentifier& naming, const FieldList* fields) {
     auto& names = *naming.constant;
@@ -214,6 +196,23 @@ Value storedCell(const std::string& column, Value value, const RowContext& conte
 }
 
 }  // namespace
+
+Value wireValue(FieldDataType type, const ValueView& stored) {
+    if (auto tags = stored.nested() ? stored.nested()->asObjectOf<TagList>() : nullptr) return wireTags(*tags);
+    switch (type) {
+        case FieldDataType::boolean:
+            return wireBoolean(stored);
+        case FieldDataType::date:
+            return textOfMoment(stored, Util::DateFormatters::dateOnlyFormatter());
+        case FieldDataType::dateTime:
+            return textOfMoment(stored, Util::DateFormatters::iso8601DateFormatter());
+        case FieldDataType::file:
+        case FieldDataType::alarm:
+            return stored.asText() ? Value(ValueMap{{std::string(rawText(type)), *stored.asText()}}) : Value();
+        default:
+            return stored.copy();
+    }
+}
 
 RecordConversion::RecordConversion(const FieldList& metadata) : plan_(std::make_unique<RecordPlan>(metadata)) {}
 RecordConversion::~RecordConversion() = default;

@@ -60,6 +60,10 @@ std::optional<Record> recordFromNetworkDictionary(const std::optional<ValueMap>&
 void convertDateToTimestamp(ValueMap& wire, const std::vector<std::string>& keys, const FieldList& fieldList);
 void createLookupFields(ValueMap& wire, const std::vector<std::string>& keys, const FieldList& fieldList);
 
+/// Returns a stored value in the form in which it is sent, and null for one that has none: a date that is not a number
+/// of seconds, for example.
+Value wireValue(FieldDataType type, const ValueView& stored);
+
 /// Returns what is sent to the server: the fields for which the record has a value, by their API names. The time and
 /// the user of the last change, the display texts of lookups, and values without a wire form are left out.
 ValueMap convertRecordToNetworkDictionary(const Record& record, const FieldList& metadata);
