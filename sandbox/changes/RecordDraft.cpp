@@ -1,5 +1,7 @@
 #include "sandbox/changes/RecordDraft.h"
 
+#include <algorithm>
+
 #include "sandbox/data/RecordShape.h"
 
 namespace tarvo::sandbox {
@@ -27,29 +29,30 @@ ModuleChanges& RecordDraft::change(const RecordShape& shape) {
 
 bool RecordDraft::isFull(const RecordShape& shape) const {
     const auto* changes = known(shape);
-    auto used = changes ? std::max(changes->added.size(), changes->addedRows) : 0;
+    auto used = changes ? std::max(changes->addedRecords, changes->addedRows) : 0;
     return RecordShape::firstAddedNumber + used >= RecordShape::numbersOfModule;
 }
 
 std::size_t RecordDraft::nextNumber(const RecordShape& shape) const {
     const auto* changes = known(shape);
-    return RecordShape::firstAddedNumber + (changes ? changes->added.size() : 0);
+    return RecordShape::firstAddedNumber + (changes ? changes->addedRecords : 0);
 }
 
 RecordData RecordDraft::add(const RecordShape& shape, StoredRecord record) {
     auto number = nextNumber(shape);
     if (const auto* id = shape.field("id")) record.values[shape.indexOf(*id)].setText(shape.id(number));
     auto stored = std::make_shared<const StoredRecord>(std::move(record));
-    change(shape).added.push_back(stored);
+    auto& changes = change(shape);
+    changes.added.set(changes.addedRecords++, stored);
     return {shape, number, stored.get()};
 }
 
 void RecordDraft::set(const RecordData& record, ModuleChanges::Stored stored) {
     auto& changes = change(record.shape());
     if (record.number() >= RecordShape::firstAddedNumber)
-        changes.added[record.number() - RecordShape::firstAddedNumber] = std::move(stored);
+        changes.added.set(record.number() - RecordShape::firstAddedNumber, std::move(stored));
     else
-        changes.ofSnapshot[record.number()] = std::move(stored);
+        changes.ofSnapshot.set(record.number(), std::move(stored));
 }
 
 RecordData RecordDraft::edit(const RecordData& record, StoredRecord changed) {

@@ -14,16 +14,13 @@ bool isActivities(std::string_view module) { return module == "Activities"; }
 
 /// Returns the record of this number as the changes leave it; nullopt when it was deleted or never existed.
 std::optional<RecordData> existing(const RecordShape& shape, std::size_t number, const ModuleChanges* changes) {
-    if (number >= RecordShape::firstAddedNumber) {
-        auto place = number - RecordShape::firstAddedNumber;
-        if (!changes || place >= changes->added.size() || !changes->added[place]) return std::nullopt;
-        return RecordData(shape, number, changes->added[place].get());
-    }
-    if (number >= shape.count()) return std::nullopt;
-    if (!changes) return RecordData(shape, number);
-    auto changed = changes->ofSnapshot.find(number);
-    if (changed == changes->ofSnapshot.end()) return RecordData(shape, number);
-    return changed->second ? std::optional(RecordData(shape, number, changed->second.get())) : std::nullopt;
+    bool isAdded = number >= RecordShape::firstAddedNumber;
+    const ModuleChanges::Stored* changed = nullptr;
+    if (changes)
+        changed =
+            isAdded ? changes->added.find(number - RecordShape::firstAddedNumber) : changes->ofSnapshot.find(number);
+    if (!changed) return !isAdded && number < shape.count() ? std::optional(RecordData(shape, number)) : std::nullopt;
+    return *changed ? std::optional(RecordData(shape, number, changed->get())) : std::nullopt;
 }
 
 std::vector<std::vector<std::string>> titlesOf(const std::vector<UserData>& users) {
@@ -43,7 +40,7 @@ std::size_t RecordList::snapshotSize() const { return parts_->empty() ? 0 : part
 std::size_t RecordList::size() const {
     auto size = snapshotSize();
     for (const auto* part : *parts_)
-        if (const auto* changes = changesOf(*part)) size += changes->added.size();
+        if (const auto* changes = changesOf(*part)) size += changes->addedRecords;
     return size;
 }
 
@@ -59,7 +56,7 @@ std::optional<RecordData> RecordList::at(std::size_t position) const {
     position -= snapshotSize();
     for (const auto* part : *parts_) {
         const auto* changes = changesOf(*part);
-        auto added = changes ? changes->added.size() : 0;
+        auto added = changes ? changes->addedRecords : 0;
         if (position < added) return existing(*part, RecordShape::firstAddedNumber + position, changes);
         position -= added;
     }
@@ -75,7 +72,7 @@ std::optional<RecordData> RecordList::find(std::string_view id) const {
 bool RecordList::isTouched(std::size_t position) const {
     auto record = snapshotAt(position);
     const auto* changes = changesOf(record.shape());
-    return changes && changes->ofSnapshot.contains(record.number());
+    return changes && changes->ofSnapshot.find(record.number());
 }
 
 std::vector<std::size_t> RecordList::changedPositions() const {
@@ -84,11 +81,13 @@ std::vector<std::size_t> RecordList::changedPositions() const {
     for (std::size_t part = 0; part < parts_->size(); ++part) {
         const auto* changes = changesOf(*(*parts_)[part]);
         if (!changes) continue;
-        for (const auto& [number, stored] : changes->ofSnapshot)
+        changes->ofSnapshot.forEach([&](std::size_t number, const ModuleChanges::Stored& stored) {
             if (stored) positions.push_back(number * parts_->size() + part);
-        for (std::size_t i = 0; i < changes->added.size(); ++i)
-            if (changes->added[i]) positions.push_back(firstAdded + i);
-        firstAdded += changes->added.size();
+        });
+        changes->added.forEach([&](std::size_t place, const ModuleChanges::Stored& stored) {
+            if (stored) positions.push_back(firstAdded + place);
+        });
+        firstAdded += changes->addedRecords;
     }
     return positions;
 }

@@ -6,12 +6,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "platform/ThreadSafety.h"
 #include "sandbox/data/Records.h"
+#include "sandbox/data/SharedArray.h"
 
 namespace tarvo::sandbox {
 
@@ -19,14 +19,15 @@ class DataSet;
 class RecordShape;
 struct RecordContext;
 
-/// Holds what clients have changed in the records of one module.
+/// Holds what clients have changed in the records of one module. A copy costs little, however much was changed.
 struct ModuleChanges {
     using Stored = std::shared_ptr<const StoredRecord>;
 
     /// The changed records of the snapshot by their numbers; null for a deleted one.
-    std::unordered_map<std::size_t, Stored> ofSnapshot;
+    SharedArray<Stored> ofSnapshot;
     /// The added records in their order; null for one that has been deleted again.
-    std::vector<Stored> added;
+    SharedArray<Stored> added;
+    std::size_t addedRecords = 0;
     /// How many rows below other records were added, in a module without lists of its own.
     std::size_t addedRows = 0;
 };
