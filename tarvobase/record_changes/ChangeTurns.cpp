@@ -1,0 +1,57 @@
+#include "tarvobase/record_changes/ChangeTurns.h"
+
+#include <algorithm>
+
+namespace tarvo {
+
+ChangeTurns::ChangeTurns(const std::vector<QueuedChange>& queue) {
+    for (auto& change : queue)
+        if (change.transaction.operationType == TransactionType::addRecord)
+            adds_[change.transaction.recordID] = &change;
+}
+
+bool ChangeTurns::isSendable(TransactionType type) {
+    return type == TransactionType::addRecord || type == TransactionType::editRecord ||
+           type == TransactionType::deleteRecord || type == TransactionType::addAttachment;
+}
+
+const QueuedChange* ChangeTurns::addOf(const std::string& recordId) const {
+    auto found = adds_.find(recordId);
+    return found == adds_.end() ? nullptr : found->second;
+}
+
+ChangeTurns::Judgement ChangeTurns::judge(const QueuedChange& change) {
+    auto& row = change.transaction;
+    if (change.isReady() && !isSendable(row.operationType)) return {Turn::notSendable, {}};
+    Judgement judgement = change.isReady() ? judgeReady(change) : Judgement();
+    // A failed edit or delete holds nothing up, and what names the record of a failed add finds that by itself.
+    bool holds =
+        (change.isSending() && !change.hasFailed()) || judgement.turn == Turn::send || judgement.turn == Turn::wait;
+    if (holds) holders_[row.recordID] = row.transactionID;
+    return judgement;
+}
+
+ChangeTurns::Judgement ChangeTurns::judgeReady(const QueuedChange& change) const {
+    auto& row = change.transaction;
+    Judgement judgement{Turn::send, {}};
+    auto waitFor = [&](const std::string& transactionId) {
+        judgement.turn = Turn::wait;
+        if (std::find(judgement.waitsFor.begin(), judgement.waitsFor.end(), transactionId) == judgement.waitsFor.end())
+            judgement.waitsFor.push_back(transactionId);
+    };
+    if (auto holder = holders_.find(row.recordID); holder != holders_.end()) waitFor(holder->second);
+    for (auto& id : change.temporaryIds) {
+        auto add = addOf(id);
+        if (add && !add->hasFailed()) {
+            waitFor(add->transaction.transactionID);
+            continue;
+        }
+        // Without an add that arrives, the server never has the record: there is nothing to delete, and nothing to
+        // name.
+        bool isOwnDelete = id == row.recordID && row.operationType == TransactionType::deleteRecord;
+        return {isOwnDelete ? Turn::drop : Turn::fail, {}};
+    }
+    return judgement;
+}
+
+}  // namespace tarvo
