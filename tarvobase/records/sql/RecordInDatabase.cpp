@@ -6,11 +6,13 @@
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/ModuleInfo.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/CustomViewQueryFormation.h"
 #include "tarvobase/records/sql/DependentRecords.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/records/sql/RecordQueries.h"
 #include "tarvobase/records/sql/SortFieldToSortDescriptor.h"
+#include "tarvobase/records/sql/UnsentChanges.h"
 #include "tarvobase/records/wire/ModuleParser.h"
 #include "tarvobase/records/wire/RecordConversion.h"
 #include "tarvobase/records/wire/RecordPage.h"
@@ -148,7 +150,9 @@ struct RecordInDatabase::Selection {
 
 RecordInDatabase::RecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                    std::shared_ptr<GetFieldListDM> fieldLists)
-    : databaseAdapter_(std::move(databaseAdapter)), fieldLists_(std::move(fieldLists)) {}
+    : databaseAdapter_(std::move(databaseAdapter)),
+      fieldLists_(std::move(fieldLists)),
+      queue_(Stores::over(databaseAdapter_).transactions()) {}
 
 std::shared_ptr<RecordInDatabase> RecordInDatabase::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter) {
     return std::make_shared<RecordInDatabase>(databaseAdapter, FieldListAssembler::getFieldListDM(databaseAdapter));
@@ -178,7 +182,7 @@ bool RecordInDatabase::storeRecord(const std::vector<ValueMap>& wireRecords, con
     logLeftOut(wireRecords.size() - records.rows.size(), moduleName);
     DependentRecords dependents(databaseAdapter_, *fieldLists_, *fields,
                                 [&](std::string_view wireName) { return records.nestedRecords(wireName); });
-    auto stored = store(MapRowSource(records.rows), records.ids, dependents, moduleName, [](auto&) { return true; });
+    auto stored = store(MapRowSource(records.rows), records.ids, dependents, *fields, [](auto&) { return true; });
     return stored && stored->size() == wireRecords.size();
 }
 
@@ -193,20 +197,24 @@ std::optional<Names> RecordInDatabase::storePage(const WireRecords& wireRecords,
     Names ids;
     ids.reserve(page.rowCount());
     for (std::size_t row = 0; row < page.rowCount(); ++row) ids.emplace_back(page.recordId(row));
-    return store(page, ids, dependents, moduleName, alongside);
+    return store(page, ids, dependents, *fields, alongside);
 }
 
 /// Stores rows, what depends on them and what the caller adds as one transaction. Everything is converted before it
 /// begins, so that other writers wait for statements only.
 std::optional<Names> RecordInDatabase::store(const RowSource& rows, const Names& ids,
-                                             const DependentRecords& dependents, const std::string& moduleName,
+                                             const DependentRecords& dependents, const FieldList& fields,
                                              PageWork alongside) const {
     std::optional<Names> stored;
-    bool isCommitted = databaseAdapter_ && databaseAdapter_->transaction("store records of " + moduleName, [&] {
+    auto storeAll = [&] {
         if (!dependents.store()) return false;
-        stored = storeRows(rows, ids, moduleName);
+        stored = storeRows(rows, ids, fields.moduleName());
         return stored && alongside(*stored);
-    });
+    };
+    bool isCommitted =
+        databaseAdapter_ && databaseAdapter_->transaction("store records of " + fields.moduleName(), [&] {
+            return UnsentChanges(databaseAdapter_, *queue_, fields).layOver(storeAll);
+        });
     return isCommitted ? std::move(stored) : std::nullopt;
 }
 
@@ -275,7 +283,15 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::ve
     RecordConversion conversion(*fields);
     std::vector<ValueMap> rows;
     for (auto& record : wireRecords) rows.push_back(conversion.toRow(record));
-    return modify(rows, moduleName, fields->naming());
+    bool areComplete = true;
+    auto modifyAll = [&] {
+        areComplete = modify(rows, moduleName, fields->naming());
+        return true;  // a write that failed fails the transaction by itself, and a record without an id does not
+    };
+    bool isCommitted = databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
+        return UnsentChanges(databaseAdapter_, *queue_, *fields).layOver(modifyAll);
+    });
+    return isCommitted && areComplete;
 }
 
 bool RecordInDatabase::modifyRecord(const std::string& moduleName, const Record& record) {

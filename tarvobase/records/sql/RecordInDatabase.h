@@ -14,10 +14,12 @@ class DatabaseAdapter;
 class DependentRecords;
 class GetFieldListDM;
 class TableAccess;
+class TransactionPersistanceDelegate;
 
 /// The record tables. The server defines them: one table per module, with the columns that its fields name. Columns
 /// that a table lacks are left out of writes, have no value in reads, and are logged once. The class keeps no state
-/// between calls. Operations that are not given the fields of the module read them on each call.
+/// between calls. Values of the server go beneath the changes that wait in the older queue, in the same transaction.
+/// Operations that are not given the fields of the module read them on each call.
 class RecordInDatabase : public RecordPersistanceDelegate {
 public:
     RecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::shared_ptr<GetFieldListDM> fieldLists);
@@ -82,7 +84,7 @@ private:
     TableAccess tableOf(const std::string& moduleName) const;
     std::optional<FieldList> fieldsOf(const std::string& moduleName) const;
     std::optional<Names> store(const RowSource& rows, const Names& ids, const DependentRecords& dependents,
-                               const std::string& moduleName, PageWork alongside) const;
+                               const FieldList& fields, PageWork alongside) const;
     std::optional<Names> storeRows(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
     std::vector<ValueMap> rowsOf(const std::vector<Record>& records, const std::string& moduleName,
                                  const FieldIdentifier& naming) const;
@@ -92,6 +94,7 @@ private:
 
     const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
     const std::shared_ptr<GetFieldListDM> fieldLists_;
+    const std::shared_ptr<TransactionPersistanceDelegate> queue_;
 };
 
 }  // namespace tarvo

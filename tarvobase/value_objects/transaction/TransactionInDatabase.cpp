@@ -101,6 +101,9 @@ TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactions() 
 TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactions(const std::string& recordID) {
     return queued(inOrder().filter(columnIs(transactionColumns.RecordID, recordID)));
 }
+TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactionsOfModule(const std::string& moduleName) {
+    return queued(inOrder().filter(columnIs(transactionColumns.ModuleName, moduleName)));
+}
 
 bool TransactionInDatabase::makeReady(const std::vector<std::string>& transactionIDs) {
     if (transactionIDs.empty()) return true;

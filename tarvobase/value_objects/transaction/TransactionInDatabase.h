@@ -24,6 +24,7 @@ public:
     Found getTransaction(const std::string& transactionID) override;
     Queued getTransactions() override;
     Queued getTransactions(const std::string& recordID) override;
+    Queued getTransactionsOfModule(const std::string& moduleName) override;
     bool makeReady(const std::vector<std::string>& transactionIDs) override;
     bool failUnreadable(const std::vector<std::int64_t>& rows) override;
     std::optional<std::int64_t> highestTransactionTime() override;

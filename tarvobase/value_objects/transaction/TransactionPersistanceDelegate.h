@@ -58,6 +58,8 @@ public:
     /// Returns the whole queue, whatever the state of its rows.
     virtual Queued getTransactions() = 0;
     virtual Queued getTransactions(const std::string& recordID) = 0;
+    /// Returns the changes of records of a module, whatever their state.
+    virtual Queued getTransactionsOfModule(const std::string& moduleName) = 0;
     /// Clears error message, server response and extras, so that the rows are sent again.
     virtual bool makeReady(const std::vector<std::string>& transactionIDs) = 0;
     /// Marks rows that cannot be read as failed, by their `row`.
