@@ -19,8 +19,6 @@ namespace tarvo {
 
 namespace {
 
-/// The column of a dependent row that holds the id of its parent record.
-constexpr std::string_view parentColumn = "record_id";
 constexpr std::string_view tagList = "Tag";
 
 struct Rule {
@@ -43,7 +41,9 @@ const Rule* ruleOf(std::string_view module) {
     return found == std::end(rules) ? nullptr : found;
 }
 
-bool isParentColumn(std::string_view name) { return text::equalsIgnoringAsciiCase(name, parentColumn); }
+bool isParentColumn(std::string_view name) {
+    return text::equalsIgnoringAsciiCase(name, DependentRecords::parentColumn);
+}
 
 /// Sets the parent column. SQLite ignores the case of column names, and a row must name each column only once.
 void setParent(ValueMap& row, const std::string& id) {
@@ -51,13 +51,29 @@ void setParent(ValueMap& row, const std::string& id) {
     for (auto& entry : row)
         if (isParentColumn(entry.name)) same.emplace_back(entry.name);
     for (auto& name : same) row.remove(name);
-    row.set(parentColumn, id);
+    row.set(DependentRecords::parentColumn, id);
 }
 
 bool hasTable(DatabaseAdapter& databaseAdapter, const std::string& name) {
     if (!databaseAdapter.columnNames(name).empty()) return true;
     logOnce("the database has no table " + name + ": its rows are left out");
     return false;
+}
+
+/// Returns whether a table exists and its rows name their parent.
+bool hasParentColumn(DatabaseAdapter& databaseAdapter, const std::string& table) {
+    auto columns = databaseAdapter.columnNames(table);
+    return std::any_of(columns.begin(), columns.end(), isParentColumn);
+}
+
+/// Returns the module whose records are the rows of a subform. A subform names it by API name.
+std::optional<Module> subformModule(const FieldMetadata& field, const std::shared_ptr<DatabaseAdapter>& adapter) {
+    auto target = field.getSubformModuleInfo();
+    if (!target) return std::nullopt;
+    ModuleDatabaseConstants constants;
+    ModuleInDatabase modules(std::string(constants.TableName), adapter, constants);
+    auto module = modules.getModuleByApiName(target->apiName);
+    return module ? std::optional(std::move(module).value()) : std::nullopt;
 }
 
 /// One row per tag of each record, read in place. The lists and the name must outlive it.
@@ -123,22 +139,31 @@ void DependentRecords::addRows(const GetFieldListDM& fieldLists, const std::vect
     tables_.push_back(std::move(table));
 }
 
-/// Adds the rows of subforms. A subform names its module by API name; its rows are stored if that module has a table.
+/// Adds the rows of subforms. Rows are stored if the subform's module has a table.
 void DependentRecords::addSubforms(const GetFieldListDM& fieldLists, const FieldList& fields,
                                    std::string_view exceptWireName, const Lists& lists) {
     for (auto field : fields.getFields(FieldDataType::subform)) {
-        auto target = field->fieldAPIName == exceptWireName ? std::nullopt : field->getSubformModuleInfo();
-        auto nested = target ? lists(field->fieldAPIName) : std::vector<NestedRecords>();
-        if (nested.empty()) continue;
-        ModuleDatabaseConstants constants;
-        auto module = ModuleInDatabase(std::string(constants.TableName), databaseAdapter_, constants)
-                          .getModuleByApiName(target->apiName);
+        bool isTaken = field->fieldAPIName == exceptWireName || !field->getSubformModuleInfo();
+        auto nested = isTaken ? std::vector<NestedRecords>() : lists(field->fieldAPIName);
+        auto module = nested.empty() ? std::nullopt : subformModule(*field, databaseAdapter_);
         if (!module) continue;
-        auto columns = databaseAdapter_->columnNames(RecordUtil::getTableName(module->moduleName));
-        if (columns.empty()) continue;
-        bool withParent = std::any_of(columns.begin(), columns.end(), isParentColumn);
-        addRows(fieldLists, nested, module->moduleName, withParent);
+        auto table = RecordUtil::getTableName(module->moduleName);
+        if (databaseAdapter_->columnNames(table).empty()) continue;
+        addRows(fieldLists, nested, module->moduleName, hasParentColumn(*databaseAdapter_, table));
     }
+}
+
+std::vector<std::string> DependentRecords::tablesWithParent(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
+                                                            const FieldList& fields) {
+    std::vector<std::string> tables;
+    auto add = [&](std::string_view moduleName) {
+        auto table = RecordUtil::getTableName(moduleName);
+        if (hasParentColumn(*databaseAdapter, table)) tables.push_back(std::move(table));
+    };
+    if (auto rule = ruleOf(fields.moduleName())) add(rule->dependentModule);
+    for (auto field : fields.getFields(FieldDataType::subform))
+        if (auto module = subformModule(*field, databaseAdapter)) add(module->moduleName);
+    return tables;
 }
 
 bool DependentRecords::storeTags() const {

@@ -39,6 +39,11 @@ public:
     /// Returns whether a field of a module holds rows of another table. A record that was read back has their number in
     /// its place.
     static bool isListOfRows(std::string_view moduleName, const FieldMetadata& field);
+    /// The column of a dependent row that holds the id of its parent record.
+    static constexpr std::string_view parentColumn = "record_id";
+    /// Returns the tables that hold rows of records of this module under the parent's id, and exist.
+    static std::vector<std::string> tablesWithParent(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
+                                                     const FieldList& fields);
 
     /// Creates the index without which storing tags scans those of all records before. Call it when the tables have
     /// been made; without the table of tags it does nothing.

@@ -1,0 +1,168 @@
+#include "tarvobase/record_changes/RecordIdReplacement.h"
+
+#include <algorithm>
+#include <set>
+
+#include "kelva_db/Database.h"
+#include "platform/Text.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/QueuedChange.h"
+#include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
+#include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/sql/DependentRecords.h"
+#include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/tag/Tag.h"
+
+namespace tarvo {
+
+namespace {
+
+/// Returns a column's text with the id replaced, where it is the text or one of several ids that "," joins. Returns
+/// nullopt for a value that does not hold the id.
+std::optional<std::string> withReplacedId(const Value& value, const std::string& formerId, const std::string& newId) {
+    auto held = value.asText();
+    if (!held || held->find(formerId) == std::string::npos) return std::nullopt;
+    auto ids = text::split(*held, ",");
+    std::replace(ids.begin(), ids.end(), formerId, newId);
+    auto replaced = text::join(ids, ",");
+    return replaced == *held ? std::nullopt : std::optional(std::move(replaced));
+}
+
+/// Replaces texts that are the id, however deeply they are nested. Returns whether there was one.
+bool replaceTexts(Value& value, const std::string& formerId, const std::string& newId) {
+    if (auto text = value.asText()) {
+        if (*text != formerId) return false;
+        value = Value(newId);
+        return true;
+    }
+    bool found = false;
+    if (auto list = value.asList()) {
+        auto items = *list;
+        for (auto& item : items) found = replaceTexts(item, formerId, newId) || found;
+        if (found) value = Value(std::move(items));
+    } else if (auto map = value.asMap()) {
+        ValueMap entries = *map;
+        for (auto& entry : *map) {
+            Value item = entry.value;
+            if (!replaceTexts(item, formerId, newId)) continue;
+            entries.set(entry.name, std::move(item));
+            found = true;
+        }
+        if (found) value = Value(std::move(entries));
+    }
+    return found;
+}
+
+bool replaceTexts(ValueMap& map, const std::string& formerId, const std::string& newId) {
+    Value value(map);
+    if (!replaceTexts(value, formerId, newId)) return false;
+    map = *value.asMap();
+    return true;
+}
+
+}  // namespace
+
+RecordIdReplacement::RecordIdReplacement(const Stores& stores)
+    : stores_(stores), fieldLists_(FieldListAssembler::getFieldListDM(stores.databaseAdapter())) {}
+
+bool RecordIdReplacement::replace(const std::string& moduleName, const std::string& formerId,
+                                  const std::string& newId) const {
+    return stores_.databaseAdapter() && replaceRow(moduleName, formerId, newId) &&
+           replaceInDependents(moduleName, formerId, newId) && replaceInQueue(formerId, newId) &&
+           replaceInSides(formerId, formerId, newId) && stores_.recordIdAliases()->store({formerId, moduleName, newId});
+}
+
+/// The local row takes the new id, or gives what the server's row lacks and goes.
+bool RecordIdReplacement::replaceRow(const std::string& moduleName, const std::string& formerId,
+                                     const std::string& newId) const {
+    auto& database = *stores_.databaseAdapter();
+    auto table = kelva::quotedName(RecordUtil::getTableName(moduleName));
+    std::string column(RecordUtil::getIdentifierFieldName(moduleName, stores_.scope.naming));
+    auto rows = database.fetchObjects(FetchQuery(table, columnIs(column, newId)));
+    auto former = database.fetchObjects(FetchQuery(table, columnIs(column, formerId)));
+    if (!rows || !former) return false;
+    if (former->empty()) return true;
+    if (rows->empty()) return moveColumn(RecordUtil::getTableName(moduleName), column, formerId, newId);
+    ValueMap lacking;
+    for (auto& entry : former->front().toMap())
+        if (!entry.value.isNull() && rows->front().find(entry.name)->isNull())
+            lacking.set(kelva::quotedName(entry.name), entry.value);
+    return (lacking.empty() || database.update(table, lacking, columnIs(column, newId))) &&
+           database.deleteObjects(table, columnIs(column, formerId));
+}
+
+/// Rows that would collide with one of the new id give way: the server's are newer.
+bool RecordIdReplacement::moveColumn(const std::string& table, std::string_view column, const std::string& formerId,
+                                     const std::string& newId) const {
+    auto& database = *stores_.databaseAdapter();
+    if (database.columnNames(table).empty()) return true;
+    auto name = kelva::quotedName(table), quoted = kelva::quotedName(column);
+    UpdateQuery move(name, ValueMap{{quoted, newId}});
+    move.ignoreOnError = true;
+    move.filter(columnIs(quoted, formerId));
+    DeleteQuery removeCollided(name, columnIs(quoted, formerId));
+    return database.execute({move, removeCollided});
+}
+
+bool RecordIdReplacement::replaceInDependents(const std::string& moduleName, const std::string& formerId,
+                                              const std::string& newId) const {
+    constexpr CVRecordMapDatabaseConstants places;
+    constexpr TagRecordDBMapper tags;
+    if (!moveColumn(moduleName + std::string(places.tableNameSuffix), places.recordId, formerId, newId)) return false;
+    if (!moveColumn(std::string(tags.tableName), tags.recordId, formerId, newId)) return false;
+    auto fields = fieldLists_->getFields(moduleName, std::nullopt);
+    if (!fields) return true;
+    for (auto& table : DependentRecords::tablesWithParent(stores_.databaseAdapter(), fields.value()))
+        if (!moveColumn(table, DependentRecords::parentColumn, formerId, newId)) return false;
+    return true;
+}
+
+bool RecordIdReplacement::replaceInQueue(const std::string& formerId, const std::string& newId) const {
+    auto queue = stores_.transactions()->getTransactions();
+    if (!queue) return false;
+    std::set<std::pair<std::string, std::string>> records;  // module and record, each once
+    std::vector<Transaction> replaced;
+    for (auto& row : queue->transactions) {
+        auto changed = withReplacedId(row, formerId, newId);
+        if (changed == row) continue;
+        if (records.insert({changed.moduleName, changed.recordID}).second && !replaceInRecord(changed, formerId, newId))
+            return false;
+        replaced.push_back(std::move(changed));
+    }
+    return replaced.empty() || stores_.transactions()->storeTransactions(replaced);
+}
+
+/// The record of a change that waits may look up the added one.
+bool RecordIdReplacement::replaceInRecord(const Transaction& change, const std::string& formerId,
+                                          const std::string& newId) const {
+    auto& database = *stores_.databaseAdapter();
+    auto table = kelva::quotedName(RecordUtil::getTableName(change.moduleName));
+    auto isRecord = columnIs(std::string(RecordUtil::getIdentifierFieldName(change.moduleName, stores_.scope.naming)),
+                             change.recordID);
+    auto rows = database.fetchObjects(FetchQuery(table, isRecord));
+    if (!rows) return false;
+    ValueMap lookups;
+    if (!rows->empty())
+        for (auto& entry : rows->front().toMap())
+            if (auto replaced = withReplacedId(entry.value, formerId, newId))
+                lookups.set(kelva::quotedName(entry.name), *std::move(replaced));
+    return (lookups.empty() || database.update(table, lookups, isRecord)) &&
+           replaceInSides(change.recordID, formerId, newId);
+}
+
+bool RecordIdReplacement::replaceInSides(const std::string& recordId, const std::string& formerId,
+                                         const std::string& newId) const {
+    auto store = stores_.transactionRecords();
+    auto found = store->getTransactionRecord(recordId);
+    // Sides that cannot be read show nobody anything, and must not hold up the answer.
+    if (!found || !found.value()) return true;
+    auto sides = *found.value();
+    bool isOwn = sides.recordID == formerId;
+    bool isNamed = replaceTexts(sides.deviceData, formerId, newId);
+    isNamed = replaceTexts(sides.serverData, formerId, newId) || isNamed;
+    if (!isOwn && !isNamed) return true;
+    if (isOwn) sides.recordID = newId;
+    return (!isOwn || store->removeTransactionRecord(formerId)) && store->storeTransactionRecordPersistance(sides);
+}
+
+}  // namespace tarvo
