@@ -88,7 +88,7 @@ Reply Control::setTags(const Request& request) {
     auto body = json::parse(request.body).value_or(Value());
     const auto* map = body.asMap();
     const auto* rows = map && map->find("tags") ? map->find("tags")->asList() : nullptr;
-    std::lock_guard lock(sandbox_.dataMutex_);
+    platform::MutexLock lock(sandbox_.dataMutex_);
     auto& data = sandbox_.data_;
     const auto* module = map ? data.module(map->valueOf("module").textOr("")) : nullptr;
     if (!rows || !module)
@@ -106,8 +106,8 @@ Reply Control::setTags(const Request& request) {
 }
 
 Reply Control::state(const Request&) {
-    std::lock_guard lock(sandbox_.dataMutex_);
-    const auto& data = sandbox_.data_;
+    platform::MutexLock lock(sandbox_.dataMutex_);
+    const auto& data = *dataFor("", "");
     return Reply::of(ValueMap{{"servertime", sandbox_.clock_.milliseconds()},
                               {"requests", sandbox_.log_.total()},
                               {"accounts", static_cast<std::int64_t>(sandbox_.accounts_.all().size())},

@@ -41,7 +41,7 @@ private:
     Sandbox& sandbox_;
 };
 
-/// Answers that a control call is wrong.
+/// Refuses a control call.
 Reply refusedControl(int status, std::string_view message);
 
 }  // namespace tarvo::sandbox

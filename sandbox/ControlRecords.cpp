@@ -41,6 +41,7 @@ std::string writeRecords(const RecordList& records, bool onlyChanged) {
 }  // namespace
 
 DataSet* Control::dataFor(const std::string& account, const std::string& organisation) {
+    sandbox_.dataMutex_.assumeHeld();
     if (account.empty()) return &sandbox_.data_;
     const auto& all = sandbox_.accounts_.all();
     bool isKnown = std::any_of(all.begin(), all.end(), [&](const Account& each) { return each.id == account; });
@@ -52,7 +53,7 @@ Reply Control::changeRecords(const Request& request) {
     auto body = json::parse(request.body).value_or(Value());
     const auto map = body.asMap() ? *body.asMap() : ValueMap();
     auto added = listIn(map, "add"), edited = listIn(map, "edit"), deleted = listIn(map, "delete");
-    std::lock_guard lock(sandbox_.dataMutex_);
+    platform::MutexLock lock(sandbox_.dataMutex_);
     auto* data = dataFor(textIn(map, "account"), textIn(map, "organisation"));
     const auto* module = data ? data->module(textIn(map, "module")) : nullptr;
     if (!module || !added || !edited || !deleted)
@@ -76,7 +77,7 @@ Reply Control::changeRecords(const Request& request) {
 // "changed" leaves out the records that nobody has added or edited.
 Reply Control::records(const Request& request) {
     auto parameter = [&](std::string_view name) { return request.parameter(name).value_or(""); };
-    std::lock_guard lock(sandbox_.dataMutex_);
+    platform::MutexLock lock(sandbox_.dataMutex_);
     auto* data = dataFor(parameter("account"), parameter("organisation"));
     const auto* module = data ? data->module(parameter("module")) : nullptr;
     if (!module || !module->hasOwnLists) return refusedControl(400, "\"module\" names a module with lists of its own.");
@@ -85,7 +86,7 @@ Reply Control::records(const Request& request) {
 }
 
 Reply Control::changes(const Request& request) {
-    std::lock_guard lock(sandbox_.dataMutex_);
+    platform::MutexLock lock(sandbox_.dataMutex_);
     auto* data = dataFor(request.parameter("account").value_or(""), request.parameter("organisation").value_or(""));
     if (!data) return refusedControl(400, "There is no such account.");
     return Reply::of(ValueMap{{"changes", data->changes.all()}});
@@ -96,7 +97,7 @@ Reply Control::changes(const Request& request) {
 Reply Control::setRules(const Request& request) {
     auto body = json::parse(request.body).value_or(Value());
     const auto map = body.asMap() ? *body.asMap() : ValueMap();
-    std::lock_guard lock(sandbox_.dataMutex_);
+    platform::MutexLock lock(sandbox_.dataMutex_);
     auto* data = dataFor(textIn(map, "account"), textIn(map, "organisation"));
     const auto* module = data ? data->module(textIn(map, "module")) : nullptr;
     const auto* shape = module ? data->records->shape(module->name) : nullptr;

@@ -201,17 +201,17 @@ Value describeFault(const Fault& fault) {
 }
 
 void FaultSwitch::add(Fault fault) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     faults_.push_back(std::move(fault));
 }
 
 void FaultSwitch::clear() {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     faults_.clear();
 }
 
 std::optional<Fault> FaultSwitch::take(std::string_view call) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     auto found = std::find_if(faults_.begin(), faults_.end(),
                               [&](const Fault& fault) { return fault.call == "*" || fault.call == call; });
     if (found == faults_.end()) return std::nullopt;
@@ -222,12 +222,12 @@ std::optional<Fault> FaultSwitch::take(std::string_view call) {
 }
 
 std::vector<Fault> FaultSwitch::all() const {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return faults_;
 }
 
 std::int64_t FaultSwitch::hits() const {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return hits_;
 }
 

@@ -2,13 +2,13 @@
 
 #include <chrono>
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/Result.h"
+#include "platform/ThreadSafety.h"
 #include "sandbox/Message.h"
 
 namespace tarvo::sandbox {
@@ -85,9 +85,9 @@ public:
     std::int64_t hits() const;
 
 private:
-    mutable std::mutex mutex_;
-    std::vector<Fault> faults_;
-    std::int64_t hits_ = 0;
+    mutable platform::Mutex mutex_;
+    std::vector<Fault> faults_ TARVO_GUARDED_BY(mutex_);
+    std::int64_t hits_ TARVO_GUARDED_BY(mutex_) = 0;
 };
 
 /// Returns whether a fault of this kind changes values of the answer.

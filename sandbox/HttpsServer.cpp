@@ -4,11 +4,11 @@
 #include <openssl/ssl.h>
 #include <sys/socket.h>
 
-#include <mutex>
 #include <set>
 #include <thread>
 
 #include "platform/Log.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::sandbox {
 namespace {
@@ -31,7 +31,7 @@ public:
     }
 
     void endAll() {
-        std::lock_guard lock(mutex_);
+        platform::MutexLock lock(mutex_);
         for (int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
     }
 
@@ -53,19 +53,19 @@ private:
         auto* all = static_cast<Connections*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(ssl)));
         if (SSL_get_ex_data(ssl, slot())) return;
         SSL_set_ex_data(ssl, slot(), new Entry{all, SSL_get_fd(ssl)});
-        std::lock_guard lock(all->mutex_);
+        platform::MutexLock lock(all->mutex_);
         all->sockets_.insert(SSL_get_fd(ssl));
     }
 
     // Runs before the socket is closed, so the number cannot belong to another connection.
     static void ended(Entry* entry) {
         std::unique_ptr<Entry> owned(entry);
-        std::lock_guard lock(owned->all->mutex_);
+        platform::MutexLock lock(owned->all->mutex_);
         owned->all->sockets_.erase(owned->socket);
     }
 
-    std::mutex mutex_;
-    std::set<int> sockets_;
+    platform::Mutex mutex_;
+    std::set<int> sockets_ TARVO_GUARDED_BY(mutex_);
 };
 
 bool setUp(SSL_CTX& context, const std::string& serverFile) {

@@ -21,7 +21,7 @@ Value RequestLog::describeParameters(const Request& request) const {
 }
 
 void RequestLog::add(const LoggedRequest& request) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     Value line = ValueMap{{"number", ++total_},
                           {"receivedAt", request.receivedAt},
                           {"method", request.method},
@@ -39,17 +39,17 @@ void RequestLog::add(const LoggedRequest& request) {
 }
 
 ValueList RequestLog::all() const {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return {requests_.begin(), requests_.end()};
 }
 
 void RequestLog::clear() {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     requests_.clear();
 }
 
 std::int64_t RequestLog::total() const {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     return total_;
 }
 

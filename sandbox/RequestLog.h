@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <deque>
 #include <fstream>
-#include <mutex>
 #include <string>
 
+#include "platform/ThreadSafety.h"
 #include "sandbox/Message.h"
 
 namespace tarvo::sandbox {
@@ -42,10 +42,10 @@ private:
     static constexpr std::size_t capacity = 10'000;
 
     const bool logValues_;
-    mutable std::mutex mutex_;
-    std::deque<Value> requests_;
-    std::int64_t total_ = 0;
-    std::ofstream file_;
+    mutable platform::Mutex mutex_;
+    std::deque<Value> requests_ TARVO_GUARDED_BY(mutex_);
+    std::int64_t total_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::ofstream file_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo::sandbox

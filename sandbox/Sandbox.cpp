@@ -93,7 +93,7 @@ Answer Sandbox::work(const CallRow& row, const CallPath& path, const Request& re
     auto naming = options_.naming.value_or(path.servlet == "crm" ? Naming::column : Naming::api);
     Reply reply;
     {
-        std::lock_guard lock(dataMutex_);
+        platform::MutexLock lock(dataMutex_);
         reply = row.handle({request, account, dataFor(account, request.organisation), clock_.milliseconds(), naming,
                             path.version, path.name});
     }
@@ -110,6 +110,7 @@ DataSet& Sandbox::dataFor(const std::string& account, const std::string& organis
     auto same = [&](const Account& one) { return one.id == account; };
     auto place = std::find_if(options_.accounts.begin(), options_.accounts.end(), same) - options_.accounts.begin();
     auto make = [&](std::size_t chosen) -> DataSet& {
+        dataMutex_.assumeHeld();
         auto& data = ownData_[{account, chosen}];
         auto seed = options_.seed + 1000 * static_cast<std::uint64_t>(place + 1) + chosen;
         if (!data)
@@ -130,21 +131,24 @@ DataSet& Sandbox::dataFor(const std::string& account, const std::string& organis
 
 // Waits on a condition, so that a server that is shutting down need not wait for its own delays.
 void Sandbox::delay(std::chrono::milliseconds duration) {
-    std::unique_lock lock(delayMutex_);
+    platform::MutexLock lock(delayMutex_);
     auto seen = releases_;
-    delayEnd_.wait_for(lock, duration, [&] { return delaysEnded_ || releases_ != seen; });
+    delayEnd_.waitFor(lock, duration, [&] {
+        delayMutex_.assumeHeld();
+        return delaysEnded_ || releases_ != seen;
+    });
 }
 
 void Sandbox::releaseDelays() {
-    std::lock_guard lock(delayMutex_);
+    platform::MutexLock lock(delayMutex_);
     ++releases_;
-    delayEnd_.notify_all();
+    delayEnd_.notifyAll();
 }
 
 void Sandbox::endDelays() {
-    std::lock_guard lock(delayMutex_);
+    platform::MutexLock lock(delayMutex_);
     delaysEnded_ = true;
-    delayEnd_.notify_all();
+    delayEnd_.notifyAll();
 }
 
 }  // namespace tarvo::sandbox

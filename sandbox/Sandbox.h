@@ -1,14 +1,13 @@
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "platform/ThreadSafety.h"
 #include "sandbox/CallTable.h"
 #include "sandbox/Faults.h"
 #include "sandbox/RequestLog.h"
@@ -53,7 +52,7 @@ private:
     Answer work(const CallRow& row, const CallPath& path, const Request& request, const std::string& account,
                 const std::optional<Fault>& fault);
     void delay(std::chrono::milliseconds duration);
-    DataSet& dataFor(const std::string& account, const std::string& organisation);
+    DataSet& dataFor(const std::string& account, const std::string& organisation) TARVO_REQUIRES(dataMutex_);
 
     const SandboxOptions options_;
     const std::function<void()> onStop_;
@@ -61,13 +60,13 @@ private:
     ServerClock clock_;
     FaultSwitch faults_;
     RequestLog log_;
-    std::mutex dataMutex_;
-    DataSet data_;
-    std::map<std::pair<std::string, std::size_t>, std::unique_ptr<DataSet>> ownData_;
-    std::mutex delayMutex_;
-    std::condition_variable delayEnd_;
-    std::uint64_t releases_ = 0;
-    bool delaysEnded_ = false;
+    platform::Mutex dataMutex_;
+    DataSet data_ TARVO_GUARDED_BY(dataMutex_);
+    std::map<std::pair<std::string, std::size_t>, std::unique_ptr<DataSet>> ownData_ TARVO_GUARDED_BY(dataMutex_);
+    platform::Mutex delayMutex_;
+    platform::Condition delayEnd_;
+    std::uint64_t releases_ TARVO_GUARDED_BY(delayMutex_) = 0;
+    bool delaysEnded_ TARVO_GUARDED_BY(delayMutex_) = false;
 
     friend class Control;
 };

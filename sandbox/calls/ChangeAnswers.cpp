@@ -12,6 +12,12 @@ namespace {
 
 constexpr std::size_t longestKey = 200;
 
+/// Returns the key of the request as the log of changes knows it; empty without one. Keys of two accounts are two keys.
+std::string keyOf(const Call& call) {
+    const auto& key = call.request.transactionId;
+    return key.empty() ? "" : call.account + "\n" + key;
+}
+
 std::string textOf(const RecordData& record, std::string_view field) { return record.value(field).text; }
 
 /// Carries out one request that changes records and collects its answer.
@@ -49,7 +55,7 @@ public:
         bool isAccepted = ids_.size() == entries_.size();
         auto answer = form_ == AnswerForm::topLevel && isAccepted ? Value(ValueMap{{"data", std::move(ids_)}})
                                                                   : envelope::answer(std::move(entries_), call_.now);
-        if (editor.hasChanges() || rules_.keepKeys) call_.data.changes.keep(call_.request.transactionId, answer);
+        if (editor.hasChanges() || rules_.keepKeys) call_.data.changes.keep(keyOf(call_), answer);
         editor.publish();
         return Reply::of(std::move(answer));
     }
@@ -99,7 +105,7 @@ std::optional<Refusal> refusalOfRequest(const Call& call) {
 
 /// Answers a request whose key is known as before, and any other by `work`, on records of the module that it names.
 Reply change(const Call& call, const ModuleData* module, auto&& work) {
-    if (auto known = call.data.changes.answerOf(call.request.transactionId)) return Reply::of(*known);
+    if (auto known = call.data.changes.answerOf(keyOf(call))) return Reply::of(*known);
     if (auto refusal = refusalOfRequest(call)) return refusedRequest(call, *refusal);
     if (!module) return refusedRequest(call, {"INVALID_MODULE", "There is no such module."});
     ChangeRun run(call, *module);

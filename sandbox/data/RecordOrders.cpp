@@ -147,7 +147,7 @@ RecordOrders::Positions RecordOrders::order(const RecordList& records, const std
 }
 
 RecordOrders::Positions RecordOrders::cached(const std::string& key) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     auto found = std::find_if(cache_.begin(), cache_.end(), [&](const CachedOrder& each) { return each.key == key; });
     if (found == cache_.end()) return nullptr;
     cache_.splice(cache_.begin(), cache_, found);
@@ -155,7 +155,7 @@ RecordOrders::Positions RecordOrders::cached(const std::string& key) {
 }
 
 void RecordOrders::cache(const std::string& key, const Positions& positions) {
-    std::lock_guard lock(mutex_);
+    platform::MutexLock lock(mutex_);
     cache_.push_front({key, positions});
     std::size_t total = 0;
     for (auto each = cache_.begin(); each != cache_.end();) {

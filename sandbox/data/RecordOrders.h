@@ -4,10 +4,10 @@
 #include <functional>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "platform/ThreadSafety.h"
 #include "sandbox/data/RecordStore.h"
 
 namespace tarvo::sandbox {
@@ -44,9 +44,9 @@ private:
     Positions cached(const std::string& key);
     void cache(const std::string& key, const Positions& positions);
 
-    std::mutex mutex_;
+    platform::Mutex mutex_;
     /// The order that was used last comes first.
-    std::list<CachedOrder> cache_;
+    std::list<CachedOrder> cache_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo::sandbox

@@ -4,6 +4,7 @@
 
 #include "sandbox/changes/RecordDraft.h"
 #include "sandbox/data/DataSet.h"
+#include "sandbox/data/ViewFilter.h"
 #include "tests/sandbox/RunningSandbox.h"
 
 namespace tarvo::sandbox::tests {
@@ -116,12 +117,15 @@ TEST_F(ChangeTests, EveryReadShowsAnAddAnEditAndADelete) {
     }
 }
 
-TEST_F(ChangeTests, AnyOrderIsThatOfTheSnapshotUntilValuesChange) {
+TEST_F(ChangeTests, OrdersAndViewsAreThoseOfTheSnapshotUntilValuesChange) {
     auto snapshot = data.records->now();
     RecordDraft draft(*data.records);
     for (auto module : {"Leads", "Activities"}) {
         auto list = snapshot.list(module);
-        for (std::size_t i = 0; i < list.size(); i += 3) draft.edit(*list.at(i), {list.at(i)->values()});
+        for (std::size_t i = 0; i < list.size(); i += 3) {
+            auto record = *list.at(i);
+            draft.edit(record, {record.values(), record.createdTime(), record.modifiedTime()});
+        }
     }
     draft.publish();
     auto changed = data.records->now();
@@ -133,6 +137,13 @@ TEST_F(ChangeTests, AnyOrderIsThatOfTheSnapshotUntilValuesChange) {
                 auto after = data.recordOrders.order(changed.list(module), module, "", nullptr, sort);
                 EXPECT_EQ(*before, *after) << module << " " << field.apiName << isAscending;
             }
+    for (const auto& view : data.views) {
+        ViewFilter filter(data, view, "42", 0);
+        auto holds = [&](const RecordData& record) { return filter.holds(record); };
+        auto before = data.recordOrders.order(snapshot.list(view.module), view.module, view.id, holds, {});
+        auto after = data.recordOrders.order(changed.list(view.module), view.module, view.id, holds, {});
+        EXPECT_EQ(*before, *after) << view.module << " " << view.displayName;
+    }
 }
 
 TEST_F(ChangeTests, RefusalsNameCodeAndField) {
