@@ -79,16 +79,17 @@ TEST_F(TransactionTest, AFailedWriteFailsItWhateverTheWorkReturns) {
 }
 
 TEST_F(TransactionTest, InnerOnesAreSavepointsOfTheOuter) {
-    struct {
+    auto addInner = [&] { return add("records", "inner"); };
+    const struct {
         const char* what;
         std::function<bool()> inner;
-        bool isInnerKept, isOuterWanted, isOuterKept;
+        bool isInnerKept, isOuterWanted;
         int records;
     } cases[] = {
-        {"kept", [&] { return add("records", "inner"); }, true, true, true, 2},
-        {"gives up", [&] { return !add("records", "inner"); }, false, true, true, 1},
-        {"a write in it fails", [&] { return !addToMissingTable(); }, false, true, false, 0},
-        {"the outer gives up", [&] { return add("records", "inner"); }, true, false, false, 0},
+        {"kept", addInner, true, true, 2},
+        {"gives up", [&] { return !addInner(); }, false, true, 1},
+        {"a write in it fails", [&] { return !addToMissingTable(); }, false, true, 0},
+        {"the outer gives up", addInner, true, false, 0},
     };
     for (auto& one : cases) {
         adapter->deleteAllObjects("records");
@@ -97,7 +98,7 @@ TEST_F(TransactionTest, InnerOnesAreSavepointsOfTheOuter) {
             EXPECT_EQ(adapter->transaction("inner", one.inner), one.isInnerKept) << one.what;
             return one.isOuterWanted;
         });
-        EXPECT_EQ(isKept, one.isOuterKept) << one.what;
+        EXPECT_EQ(isKept, one.records > 0) << one.what;
         EXPECT_EQ(count("records"), one.records) << one.what;
     }
 }

@@ -108,11 +108,7 @@ protected:
 
 TEST_F(RecordFetchTest, ActivitiesAreClassifiedByStatusAndTime) {
     using F = GetColumnFilter;
-    const struct {
-        F::Filters (*filters)();
-        const char* kind;
-        const char* ids;
-    } cases[] = {
+    const std::tuple<F::Filters (*)(), const char*, const char*> cases[] = {
         {F::Tasks::open, "Tasks", "late today"}, {F::Tasks::closed, "Tasks", "done"},
         {F::Tasks::overdue, "Tasks", "late"},    {F::Events::upcoming, "Events", "ahead running"},
         {F::Events::past, "Events", "over"},     {F::Calls::scheduled, "Calls", "planned"},
@@ -122,14 +118,14 @@ TEST_F(RecordFetchTest, ActivitiesAreClassifiedByStatusAndTime) {
     for (auto naming : {Naming::column, Naming::api}) {
         use(naming);
         makeActivities("Activities");
-        for (auto& one : cases) {
+        for (auto& [filters, kind, ids] : cases) {
             FetchQuery query("ActivitiesRecords");
-            query.filter(Criteria::equalTo(identifier("Activity_Type"), one.kind));
-            query.filter(Criteria::custom(FilterToWhereConverter::getWhereStatement(one.filters()).value()));
+            query.filter(Criteria::equalTo(identifier("Activity_Type"), kind));
+            query.filter(Criteria::custom(FilterToWhereConverter::getWhereStatement(filters()).value()));
             query.sortBy.push_back(SortDescriptor({.colName = identifier("id")}));
             auto rows = adapter().fetchObjects(query);
-            ASSERT_TRUE(rows) << one.ids;
-            EXPECT_EQ(idsOf(Record::fromRows(*rows, "Activities", configuration().fieldIdentifier)), one.ids);
+            ASSERT_TRUE(rows) << ids;
+            EXPECT_EQ(idsOf(Record::fromRows(*rows, "Activities", configuration().fieldIdentifier)), ids);
         }
     }
 }
@@ -176,9 +172,7 @@ TEST_F(RecordFetchTest, ARecordIsReportedAsStoredAndThenAsTheServerHasIt) {
     auto answer = [](const std::string& info, const std::string& rest) {
         return R"({"response":{"result":[{"info":{"module":"Leads")" + info + "}" + rest + "}]}}";
     };
-    const struct {
-        std::string body, lines;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {answer("", R"(,"data":[[["id","7"],["Company","Acme"]]])"), "7: none it, 7: Acme it"},
         {"<html>", "7: Acme it, parsingError"},
         {answer("", R"(,"error":["crmNO_PERMISSION","no"])"), "7: Acme it, parsingError"},
@@ -186,10 +180,10 @@ TEST_F(RecordFetchTest, ARecordIsReportedAsStoredAndThenAsTheServerHasIt) {
         {answer("", R"(,"data":[[["Company","Nobody's"]]])"), "7: Acme it, unableToGetIDForRecordError"},
         {answer("", R"(,"data":[[["id","7"],["Company","\"Zylker\""]]])"), "7: Acme it, 7: \"Zylker\" it"},
     };
-    for (auto& one : cases) {
-        network->answer(one.body);
+    for (auto& [body, expected] : cases) {
+        network->answer(body);
         usecase->getRecord(moduleNamed("Leads"), "7", "it");
-        EXPECT_EQ(lines(), one.lines) << one.body;
+        EXPECT_EQ(lines(), expected) << body;
     }
     network->fail(NetworkError::Kind::timeout);
     usecase->getRecord(moduleNamed("Leads"), "7");

@@ -23,6 +23,9 @@ protected:
         }
         return builder.finish();
     }
+
+    const FieldMetadata owner = recordField("OWNER", FieldDataType::ownerlookup);
+    const FieldMetadata phone = recordField("PHONE", FieldDataType::phone);
 };
 
 TEST_F(RecordValueTest, IdentifierColumnAndTableFollowTheModuleAndTheNaming) {
@@ -129,19 +132,8 @@ TEST_F(RecordValueTest, EqualRecords) {
     for (auto& [a, b, isEqual] : cases) EXPECT_EQ(areRecordsEqual(of(a), of(b)), isEqual);
 }
 
-class ReducedRecordTest : public RecordValueTest {
-protected:
-    void SetUp() override {
-        RecordValueTest::SetUp();
-        use(Mode::column);
-    }
-    static LayoutMetadata entry(const FieldMetadata& field) { return LayoutMetadata(LayoutFieldData(), field); }
-
-    const FieldMetadata owner = recordField("OWNER", FieldDataType::ownerlookup);
-    const FieldMetadata phone = recordField("PHONE", FieldDataType::phone);
-};
-
-TEST_F(ReducedRecordTest, KeepsRequiredColumnsAndTheirCompanions) {
+TEST_F(RecordValueTest, ReducedRecordsKeepRequiredColumnsAndTheirCompanions) {
+    use(Mode::column);
     Record record({{"OWNER", "5"}, {"OWNER_LOOKUP", ""}, {"OWNER_LASTNAME", "L"}, {"PHONE", ""}, {"NOTE", "n"}}, "1",
                   "Leads");
     auto columns = record.columnNames();
@@ -152,7 +144,9 @@ TEST_F(ReducedRecordTest, KeepsRequiredColumnsAndTheirCompanions) {
     EXPECT_TRUE(wasLogged("Invalid Record ID"));
 }
 
-TEST_F(ReducedRecordTest, LayoutsShowOnlyFieldsWithSomethingToShow) {
+TEST_F(RecordValueTest, LayoutsShowOnlyFieldsWithSomethingToShow) {
+    use(Mode::column);
+    auto entry = [](const FieldMetadata& field) { return LayoutMetadata(LayoutFieldData(), field); };
     Record record({{"OWNER", ""}, {"OWNER_LOOKUP", ""}, {"OWNER_LASTNAME", "L"}, {"PHONE", ""}}, "1", "Leads");
     auto shown = nonNullLayoutFields(record, {entry(owner), entry(phone)});
     ASSERT_EQ(shown.size(), 1u) << "a part of the owner's name is enough";

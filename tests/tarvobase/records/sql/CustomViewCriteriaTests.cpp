@@ -16,15 +16,6 @@ ValueMap leaf(const std::string& field, const std::string& comparator, Value val
     return {{"field", field}, {"comparator", comparator}, {"value", std::move(value)}};
 }
 
-ValueList chain(std::size_t count, const std::string& word, const std::function<Value(std::size_t)>& node) {
-    ValueList list;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (i > 0) list.emplace_back(word);
-        list.push_back(node(i));
-    }
-    return list;
-}
-
 class CustomViewCriteriaTest : public FilterTest {
 protected:
     static CustomView viewOf(const Value& criteria) {
@@ -185,7 +176,9 @@ TEST_F(CustomViewCriteriaTest, TreesConnectAsWritten) {
 TEST_F(CustomViewCriteriaTest, LargeTreesRunOrAreRefused) {
     store("Company", {"v1999", "v7", "other"});
     auto oneOf = [](std::size_t i) { return Value(leaf("Company", "equal", "v" + std::to_string(i))); };
-    EXPECT_EQ(run(chain(2000, "or", oneOf)), "1 2");
+    ValueList chain{oneOf(0)};
+    for (std::size_t i = 1; i < 2000; ++i) chain.emplace_back("or"), chain.push_back(oneOf(i));
+    EXPECT_EQ(run(chain), "1 2");
     auto nested = [&](int depth) {
         Value node = oneOf(7);
         for (int i = 0; i < depth; ++i) node = ValueList{oneOf(i), i % 2 ? "or" : "and", node};
@@ -193,9 +186,8 @@ TEST_F(CustomViewCriteriaTest, LargeTreesRunOrAreRefused) {
     };
     EXPECT_EQ(run(nested(20)), "");
     EXPECT_EQ(run(nested(200)), "offlineNotSupported ");
-    auto mixed = chain(2000, "or", oneOf);
-    mixed[1] = "and";
-    EXPECT_EQ(run(mixed), "offlineNotSupported ");
+    chain[1] = "and";
+    EXPECT_EQ(run(chain), "offlineNotSupported ");
     EXPECT_EQ(run(leaf("Company", "equal", ValueList(2000, "x"))), "offlineNotSupported ");
 }
 

@@ -30,100 +30,71 @@ const char* const page = R"([[["id","1"],["L",[[["id","a"],["When","1970-01-02"]
 
 }  // namespace
 
-/// The page above, stored in both namings, as a page and as dictionaries.
-class DependentRecordTest : public RecordTableTest, public ::testing::WithParamInterface<DependentCase> {
+/// The page above, stored in a naming, as a page or as dictionaries. A dependent row and tags were there before.
+class DependentRecordTest : public RecordTableTest,
+                            public ::testing::WithParamInterface<std::tuple<DependentCase, Naming, bool>> {
 protected:
-    bool isNotes() const { return GetParam().module == "Notes"s; }
-    std::string tableOf(const std::string& module) const { return module + "Records"; }
-    std::string rowsModule() const { return GetParam().module + "Rows"s; }
-
-    void makeModules() {
-        auto& [module, listName, dependent] = GetParam();
-        for (auto& each : {rowsModule(), std::string(dependent), std::string(module)})
-            adapter().dropTable(tableOf(each));
-        adapter().dropTable("Tags_Records");
-        adapter().execute("DELETE FROM MODULE_SPECIFIC_METADATA", {});
-        adapter().createTable("CREATE TABLE Tags_Records (tag_id, tag_name, module_name, record_id)");
-        list = field(module, listName, T::subform);
-        if (isNotes()) list.columnCRMName = "ATTACHMENTS";
-        makeModule(rowsModule(), {field(rowsModule(), "Text")}, ", record_id");
-        makeModule(dependent, {field(dependent, "participant"), field(dependent, "When", T::date)},
-                   isNotes() ? "" : ", record_id");
-        makeModule(module, {field(module, "Tag"), list, subform(module, "Rows", ValueList{"7", rowsModule() + "_Api"}),
-                            subform(module, "Elsewhere", ValueList{"8", "Nowhere_Api"})});
-    }
-    std::string pageOfModule() const {
-        std::string text = page;
-        for (auto at = text.find("\"L\""); at != text.npos; at = text.find("\"L\""))
-            text.replace(at + 1, 1, GetParam().list);
-        return text;
-    }
-
-    /// Runs a check after each way of storing the page. `prepare` runs before it is stored.
-    void storeEachWay(const std::function<void()>& prepare, const std::function<void()>& check) {
+    void SetUp() override {
+        RecordTableTest::SetUp();
+        auto& [names, naming, asPage] = GetParam();
+        std::tie(module, list, dependent) = std::tuple(names.module, names.list, names.dependent);
+        use(naming);
         platform::Clock::setTimeZone("UTC");
-        for (auto naming : {Naming::column, Naming::api})
-            for (bool asPage : {true, false}) {
-                SCOPED_TRACE((naming == Naming::column ? "by columns, "s : "by API names, "s) +
-                             (asPage ? "as a page" : "as dictionaries"));
-                use(naming);
-                makeModules();
-                prepare();
-                if (asPage)
-                    EXPECT_EQ(records->storePage(wireOf(pageOfModule()), GetParam().module),
-                              (Names{"1", "2", "3", "1"}));
-                else
-                    records->storeRecord(dictionariesOf(pageOfModule()), GetParam().module);
-                check();
-            }
+        adapter().createTable("CREATE TABLE Tags_Records (tag_id, tag_name, module_name, record_id)");
+        adapter().execute("INSERT INTO Tags_Records VALUES ('old', 'old', '', '1'), ('kept', 'k', '', '3')", {});
+        auto rows = module + "Rows", parent = isNotes() ? ""s : ", record_id"s;
+        makeModule(rows, {field(rows, "Text")}, ", record_id");
+        makeModule(dependent, {field(dependent, "participant"), field(dependent, "When", T::date)}, parent);
+        adapter().insertInto(dependent + "Records", {{idColumn(), "stays"}});
+        listField = field(module, list, T::subform);
+        if (isNotes()) listField.columnCRMName = "ATTACHMENTS";
+        makeModule(module, {field(module, "Tag"), listField, subform(module, "Rows", ValueList{"7", rows + "_Api"}),
+                            subform(module, "Elsewhere", ValueList{"8", "Nowhere_Api"})});
+        auto records = text::join(text::split(page, "\"L\""), "\"" + list + "\"");
+        if (asPage)
+            EXPECT_EQ(this->records->storePage(wireOf(records), module), (Names{"1", "2", "3", "1"}));
+        else
+            this->records->storeRecord(dictionariesOf(records), module);
     }
-    void storeEachWay(const std::function<void()>& check) {
-        storeEachWay([] {}, check);
-    }
+    bool isNotes() const { return module == "Notes"; }
     std::string quoted(const FieldMetadata& field) const { return "\"" + field.fieldIdentifier() + "\""; }
+    std::string quoted(const std::string& name) const { return quoted(field(module, name)); }
 
-    FieldMetadata list;
+    std::string module, list, dependent;
+    FieldMetadata listField;
 };
-INSTANTIATE_TEST_SUITE_P(Modules, DependentRecordTest, ::testing::ValuesIn(dependentCases),
-                         [](auto& one) { return one.param.module; });
+INSTANTIATE_TEST_SUITE_P(Modules, DependentRecordTest,
+                         ::testing::Combine(::testing::ValuesIn(dependentCases),
+                                            ::testing::Values(Naming::column, Naming::api), ::testing::Bool()),
+                         [](auto& one) {
+                             return std::get<0>(one.param).module +
+                                    (std::get<1>(one.param) == Naming::column ? "ByColumns"s : "ByApiNames"s) +
+                                    (std::get<2>(one.param) ? "AsPage" : "AsDictionaries");
+                         });
 
 TEST_P(DependentRecordTest, RecordsHoldTheNumbersOfTheirRows) {
-    storeEachWay([&] {
-        auto module = GetParam().module;
-        EXPECT_EQ(cells(tableOf(module), {idColumn(), quoted(list), quoted(field(module, "Tag")),
-                                          quoted(field(module, "Rows")), quoted(field(module, "Elsewhere"))}),
-                  isNotes() ? R"("2","",0,0,null;"3","c",null,null,2;"1","a",1,null,null)"
-                            : R"("2",0,0,0,null;"3",1,null,null,2;"1",1,1,null,null)");
-    });
+    EXPECT_EQ(
+        cells(module + "Records", {idColumn(), quoted(listField), quoted("Tag"), quoted("Rows"), quoted("Elsewhere")}),
+        isNotes() ? R"("2","",0,0,null;"3","c",null,null,2;"1","a",1,null,null)"
+                  : R"("2",0,0,0,null;"3",1,null,null,2;"1",1,1,null,null)");
 }
 
 TEST_P(DependentRecordTest, DependentRowsNameTheirParentAndFormerOnesStay) {
-    auto dependent = GetParam().dependent;
-    auto prepare = [&] { adapter().insertInto(tableOf(dependent), {{idColumn(), "stays"}}); };
-    storeEachWay(prepare, [&] {
-        Names columns{idColumn(), quoted(field(dependent, "When"))};
-        if (!isNotes()) columns.push_back("record_id");
-        EXPECT_EQ(cells(tableOf(dependent), columns),
-                  isNotes() ? R"("stays",null;"b",null;"c",null;"a",null)"
-                            : R"("stays",null,null;"b",null,"1";"c",null,"3";"a",null,"1")");
-    });
+    Names columns{idColumn(), quoted("When")};
+    if (!isNotes()) columns.push_back("record_id");
+    EXPECT_EQ(cells(dependent + "Records", columns),
+              isNotes() ? R"("stays",null;"b",null;"c",null;"a",null)"
+                        : R"("stays",null,null;"b",null,"1";"c",null,"3";"a",null,"1")");
 }
 
 TEST_P(DependentRecordTest, RowsOfSubformsGoToTheirModule) {
-    storeEachWay([&] { EXPECT_EQ(cells(tableOf(rowsModule()), {idColumn(), "record_id"}), R"("r","1")"); });
+    EXPECT_EQ(cells(module + "RowsRecords", {idColumn(), "record_id"}), R"("r","1")");
 }
 
 TEST_P(DependentRecordTest, TagsOfTheNamedRecordsAreReplaced) {
-    auto prepare = [&] {
-        adapter().execute("INSERT INTO Tags_Records VALUES ('old', 'old', '', '1'), ('kept', 'k', '', '3')", {});
-    };
-    storeEachWay(prepare, [&] {
-        std::string module = GetParam().module;
-        EXPECT_EQ(cells("Tags_Records", {"tag_id", "tag_name", "record_id"}),
-                  R"("kept","k","3";"t","hot","1";"u",null,"1";"v",null,"1")");
-        EXPECT_EQ(cells("Tags_Records", {"module_name"}),
-                  R"("";")" + module + R"(";")" + module + R"(";")" + module + "\"");
-    });
+    EXPECT_EQ(cells("Tags_Records", {"tag_id", "tag_name", "record_id"}),
+              R"("kept","k","3";"t","hot","1";"u",null,"1";"v",null,"1")");
+    EXPECT_EQ(adapter().count("Tags_Records", Criteria::equalTo("module_name", module)), 3);
 }
 
 /// A page of one event with a participant and a tag.

@@ -29,13 +29,10 @@ protected:
         for (auto& column : columns) selected.push_back(column.sql());
         return idsWhere("", order, selected);
     }
-    void storeRows(const std::vector<ValueMap>& rows) {
+    void storeRows(std::vector<ValueMap> rows) {
         adapter->deleteAllObjects("LeadsRecords");
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            auto row = rows[i];
-            row.set("id", std::to_string(i + 1));
-            adapter->insertInto("LeadsRecords", row);
-        }
+        for (std::size_t i = 0; i < rows.size(); ++i) rows[i].set("id", std::to_string(i + 1));
+        adapter->insertInto("LeadsRecords", rows);
     }
 
     SettingsList settings;
