@@ -1,4 +1,4 @@
-#include "tarvobase/record_changes/ChangeTurns.h"
+#include "tarvobase/record_changes/internal/ChangeTurns.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Text.h"
-#include "tarvobase/record_changes/ChangeDrain.h"
+#include "tarvobase/record_changes/internal/ChangeDrain.h"
 #include "tests/tarvobase/Fixture.h"
 
 namespace tarvo {

@@ -1,4 +1,4 @@
-#include "tarvobase/record_changes/ChangeDrain.h"
+#include "tarvobase/record_changes/internal/ChangeDrain.h"
 
 #include <algorithm>
 #include <utility>

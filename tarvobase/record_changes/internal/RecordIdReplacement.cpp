@@ -1,4 +1,4 @@
-#include "tarvobase/record_changes/RecordIdReplacement.h"
+#include "tarvobase/record_changes/internal/RecordIdReplacement.h"
 
 #include <algorithm>
 #include <set>
@@ -6,7 +6,7 @@
 #include "kelva_db/Database.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/record_changes/QueuedChange.h"
+#include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/DependentRecords.h"

@@ -1,4 +1,4 @@
-#include "tarvobase/record_changes/QueuedChange.h"
+#include "tarvobase/record_changes/internal/QueuedChange.h"
 
 #include <algorithm>
 

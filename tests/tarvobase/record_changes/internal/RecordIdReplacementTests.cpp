@@ -1,4 +1,4 @@
-#include "tarvobase/record_changes/RecordIdReplacement.h"
+#include "tarvobase/record_changes/internal/RecordIdReplacement.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {

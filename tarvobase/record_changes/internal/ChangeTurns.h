@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/record_changes/QueuedChange.h"
+#include "tarvobase/record_changes/internal/QueuedChange.h"
 
 namespace tarvo {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/Text.h"
-#include "tarvobase/record_changes/ChangeTurns.h"
+#include "tarvobase/record_changes/internal/ChangeTurns.h"
 
 namespace tarvo {
 namespace {

@@ -1,0 +1,110 @@
+#include "tarvobase/record_changes/internal/ChangeSettlement.h"
+
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/RecordChangedObserver.h"
+
+namespace tarvo {
+
+namespace {
+
+using Outcome = ChangeAnswer::Outcome;
+using T = TransactionType;
+
+}  // namespace
+
+ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records,
+                                   Fetch fetch)
+    : stores_(stores), records_(std::move(records)), replacement_(stores), fetch_(std::move(fetch)) {}
+
+bool ChangeSettlement::settle(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const {
+    auto& database = stores_.databaseAdapter();
+    bool isStored =
+        database && database->transaction("answer to a change", [&] { return store(sent, number, answer); });
+    if (!isStored || answer.outcome == Outcome::noAnswer) return false;
+    follow(sent, answer);
+    return true;
+}
+
+bool ChangeSettlement::store(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const {
+    switch (answer.outcome) {
+        case Outcome::noAnswer:
+            return stores_.transactions()->makeReady({sent.transactionID});
+        case Outcome::accepted:
+            return storeAccepted(sent, answer);
+        case Outcome::refused:
+            return storeRefused(sent, number, answer.refusal.value_or(ErrorResponse::parsingFailed()));
+        case Outcome::unreadable:
+            return storeRefused(sent, number, ErrorResponse::parsingFailed());
+    }
+    return false;
+}
+
+bool ChangeSettlement::isQueued(const Transaction& change) const {
+    auto found = stores_.transactions()->getTransaction(change.transactionID);
+    return !found || found.value();
+}
+
+/// The answer to a row that a delete has dropped meanwhile changes nothing here. An add is never dropped.
+bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeAnswer& answer) const {
+    bool wasQueued = isQueued(sent);
+    if (!stores_.transactions()->removeTransaction(sent.transactionID) ||
+        !stores_.changeRegister()->remove(ChangeQueue::older, {sent.transactionID}))
+        return false;
+    if (!wasQueued) return true;
+    bool isAdd = sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
+    if (isAdd && !replacement_.replace(sent.moduleName, sent.recordID, answer.recordId)) return false;
+    if (sent.operationType == T::deleteRecord) return records_->deleteRecord(sent.recordID, sent.moduleName);
+    auto& recordId = isAdd ? answer.recordId : sent.recordID;
+    bool hasRecord = answer.record.has_value() && sent.operationType != T::addAttachment;
+    return (!hasRecord || storeServerRecord(sent.moduleName, recordId, *answer.record)) &&
+           tidySides(sent.moduleName, recordId, hasRecord);
+}
+
+/// An answer need not have all fields, so that it goes over the local row instead of in its place. A record without a
+/// row was deleted here, or never stored.
+bool ChangeSettlement::storeServerRecord(const std::string& moduleName, const std::string& recordId,
+                                         const ValueMap& record) const {
+    auto local = records_->fetchRecord(moduleName, recordId);
+    return !local || records_->modifyRecord(moduleName, record);
+}
+
+/// The two sides of a record stay while changes of it are left; their server side is then what the answer made of it.
+bool ChangeSettlement::tidySides(const std::string& moduleName, const std::string& recordId,
+                                 bool hasServerRecord) const {
+    auto sides = stores_.transactionRecords();
+    auto left = stores_.transactions()->getTransactions(recordId);
+    if (!left) return false;
+    if (left->transactions.empty()) return sides->removeTransactionRecord(recordId);
+    auto found = sides->getTransactionRecord(recordId);
+    if (!hasServerRecord || !found || !found.value()) return true;
+    auto current = records_->fetchRecord(moduleName, recordId);
+    if (!current) return true;
+    auto record = *found.value();
+    record.serverData = current->getDictionary();
+    return sides->storeTransactionRecordPersistance(record);
+}
+
+bool ChangeSettlement::storeRefused(const Transaction& sent, std::int64_t number, const ErrorResponse& refusal) const {
+    return stores_.transactions()->updateTransaciton(sent.transactionID, std::nullopt, std::nullopt,
+                                                     std::string(Transaction::State::error)) &&
+           stores_.changeRegister()->noteRefusal(number, refusal);
+}
+
+/// What comes after the commit.
+void ChangeSettlement::follow(const Transaction& sent, const ChangeAnswer& answer) const {
+    bool isAccepted = answer.outcome == Outcome::accepted;
+    if (isAccepted && sent.operationType == T::addRecord)
+        BrenNotificationCenter::shared().notify<RecordChangedObserver>(
+            true, [module = sent.moduleName, former = sent.recordID, now = answer.recordId](auto& observer) {
+                observer.recordUpdated(module, former, now);
+            });
+    bool isRecord = sent.operationType == T::addRecord || sent.operationType == T::editRecord;
+    // An answer with the id alone lacks what the server made of the record.
+    if (isAccepted && isRecord && !answer.record)
+        fetch_(sent.moduleName, sent.operationType == T::addRecord ? answer.recordId : sent.recordID);
+    // A record that the server keeps comes back.
+    if (!isAccepted && sent.operationType == T::deleteRecord) fetch_(sent.moduleName, sent.recordID);
+}
+
+}  // namespace tarvo

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "tarvobase/metadata/Stores.h"
+#include "tarvobase/record_changes/internal/RecordIdReplacement.h"
+#include "tarvobase/record_changes/wire/ChangeAnswer.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/value_objects/transaction/ChangeRegister.h"
+#include "tarvobase/value_objects/transaction/Transaction.h"
+
+namespace tarvo {
+
+/// Stores what came back for a change of the older queue: ids, values, queue and register in one transaction. Notices
+/// and requests that follow from it come after its commit. Each call blocks its caller.
+class ChangeSettlement {
+public:
+    /// Fetches the server's full record and stores it. Called after the commit.
+    using Fetch = std::function<void(const std::string& moduleName, const std::string& recordId)>;
+
+    ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records, Fetch fetch);
+
+    /// Returns whether the server's decision is stored. Otherwise the change is to be sent again under its key.
+    bool settle(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const;
+
+private:
+    bool store(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const;
+    bool storeAccepted(const Transaction& sent, const ChangeAnswer& answer) const;
+    bool storeRefused(const Transaction& sent, std::int64_t number, const ErrorResponse& refusal) const;
+    bool storeServerRecord(const std::string& moduleName, const std::string& recordId, const ValueMap& record) const;
+    bool tidySides(const std::string& moduleName, const std::string& recordId, bool hasServerRecord) const;
+    bool isQueued(const Transaction& change) const;
+    void follow(const Transaction& sent, const ChangeAnswer& answer) const;
+
+    const Stores stores_;
+    const std::shared_ptr<RecordPersistanceDelegate> records_;
+    const RecordIdReplacement replacement_;
+    const Fetch fetch_;
+};
+
+}  // namespace tarvo

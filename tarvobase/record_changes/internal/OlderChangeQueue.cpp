@@ -1,0 +1,155 @@
+#include "tarvobase/record_changes/internal/OlderChangeQueue.h"
+
+#include <algorithm>
+
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+
+namespace tarvo {
+
+namespace {
+
+const ErrorResponse& dependencyFailed() {
+    static const ErrorResponse error{.code = "txnDEPENDING_TRANSACTION_FAILED",
+                                     .message = "txnDEPENDING_TRANSACTION_FAILED"};
+    return error;
+}
+
+}  // namespace
+
+OlderChangeQueue::OlderChangeQueue(const Stores& stores, std::shared_ptr<ChangeSender> sender,
+                                   ChangeSettlement settlement)
+    : stores_(stores), sender_(std::move(sender)), settlement_(std::move(settlement)) {}
+
+/// Rows that cannot be read become failures, which hosts can list. Rows without parameters stay as they are: nothing
+/// would come of sending them again.
+bool OlderChangeQueue::reclaim() {
+    auto queued = stores_.databaseAdapter() ? stores_.transactions()->getTransactions() : std::nullopt;
+    if (!queued) return false;
+    std::vector<std::string> abandoned;
+    for (auto& row : queued->transactions) {
+        QueuedChange change(row);
+        bool isSendable = ChangeTurns::isSendable(row.operationType) && change.hasParameters;
+        if (change.isSending() && isSendable && !claims_.contains(row.transactionID))
+            abandoned.push_back(row.transactionID);
+    }
+    std::vector<std::int64_t> unreadable;
+    for (auto& row : queued->unreadable)
+        if (row.extras != Transaction::State::error) unreadable.push_back(row.row);
+    isKnown_ = false;
+    if (abandoned.empty() && unreadable.empty()) return true;
+    return stores_.databaseAdapter()->transaction("reclaim changes", [&] {
+        return stores_.transactions()->makeReady(abandoned) && stores_.transactions()->failUnreadable(unreadable);
+    });
+}
+
+bool OlderChangeQueue::read() {
+    auto queued = stores_.transactions()->getTransactions();
+    if (!queued) return false;
+    queue_.clear();
+    for (auto& row : queued->transactions) queue_.emplace_back(std::move(row));
+    isKnown_ = true;
+    return true;
+}
+
+DrainedChanges::Next OlderChangeQueue::claimNext() {
+    for (;;) {
+        if (!isKnown_ && !read()) return {.hasFailed = true};
+        ChangeTurns turns(queue_);
+        bool isStale = false;
+        for (auto& change : queue_) {
+            auto step = take(change, turns.judge(change));
+            if (step == Step::claimed) return {.transactionID = change.transaction.transactionID};
+            if (step == Step::failed) return {.hasFailed = true};
+            isStale = step == Step::stale;
+            if (isStale) break;
+        }
+        if (!isStale) return {};
+        isKnown_ = false;
+    }
+}
+
+OlderChangeQueue::Step OlderChangeQueue::take(QueuedChange& change, const ChangeTurns::Judgement& judgement) {
+    using Turn = ChangeTurns::Turn;
+    switch (judgement.turn) {
+        case Turn::send:
+            return claim(change);
+        case Turn::fail:
+            return failForDependency(change);
+        case Turn::drop:
+            return drop(change);
+        default:
+            return Step::next;
+    }
+}
+
+/// Marks a row as being sent, unless it has been changed or dropped since it was read.
+OlderChangeQueue::Step OlderChangeQueue::claim(QueuedChange& change) {
+    auto& id = change.transaction.transactionID;
+    auto step = Step::failed;
+    std::optional<Claim> claimed;
+    bool isStored = stores_.databaseAdapter()->transaction("claim a change", [&] {
+        auto found = stores_.transactions()->getTransaction(id);
+        if (!found || !found.value() || *found.value() != change.transaction) {
+            step = Step::stale;
+            return found || found.error() != ParserError::noData();
+        }
+        auto entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
+        if (!entry || !stores_.changeRegister()->noteSend(entry->number)) return false;
+        claimed = Claim{*found.value(), *entry};
+        return stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
+                                                         std::string(Transaction::State::inProgress));
+    });
+    if (!isStored) return Step::failed;
+    if (step == Step::stale) return step;
+    change.transaction.extras = std::string(Transaction::State::inProgress);
+    claims_.insert_or_assign(id, *std::move(claimed));
+    return Step::claimed;
+}
+
+OlderChangeQueue::Step OlderChangeQueue::failForDependency(QueuedChange& change) {
+    auto& id = change.transaction.transactionID;
+    bool isStored = stores_.databaseAdapter()->transaction("fail a change", [&] {
+        auto entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
+        return entry && stores_.changeRegister()->noteRefusal(entry->number, dependencyFailed()) &&
+               stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
+                                                         std::string(Transaction::State::error));
+    });
+    return isStored ? Step::stale : Step::failed;
+}
+
+OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
+    auto& id = change.transaction.transactionID;
+    bool isStored = stores_.databaseAdapter()->transaction("drop a delete", [&] {
+        return stores_.transactions()->removeTransaction(id) &&
+               stores_.changeRegister()->remove(ChangeQueue::older, {id});
+    });
+    return isStored ? Step::stale : Step::failed;
+}
+
+void OlderChangeQueue::send(const std::string& transactionID, std::function<void(Settle)> answered) {
+    auto& claim = claims_.at(transactionID);
+    sender_->send(
+        claim.change, claim.entry.key,
+        [weak = platform::weakSelf(this), transactionID, answered = std::move(answered)](ChangeAnswer answer) {
+            answered([weak, transactionID, answer = std::move(answer)] {
+                auto self = weak.lock();
+                return self ? self->settle(transactionID, answer) : Outcome::noAnswer;
+            });
+        });
+}
+
+DrainedChanges::Outcome OlderChangeQueue::settle(const std::string& transactionID, const ChangeAnswer& answer) {
+    auto claim = claims_.extract(transactionID);
+    bool isStored = settlement_.settle(claim.mapped().change, claim.mapped().entry.number, answer);
+    auto& change = claim.mapped().change;
+    bool isPlainEdit = isStored && change.operationType == TransactionType::editRecord &&
+                       answer.outcome == ChangeAnswer::Outcome::accepted;
+    // The answer to an edit changes no other row. Everything else is read again.
+    if (isPlainEdit)
+        std::erase_if(queue_, [&](auto& row) { return row.transaction.transactionID == transactionID; });
+    else
+        isKnown_ = false;
+    return isStored ? Outcome::settled : Outcome::noAnswer;
+}
+
+}  // namespace tarvo

@@ -1,0 +1,203 @@
+#include <deque>
+#include <set>
+
+#include "tarvobase/record_changes/internal/OlderChangeQueue.h"
+#include "tests/tarvobase/records/sql/RecordTableFixture.h"
+
+namespace tarvo {
+namespace {
+
+using T = TransactionType;
+
+/// Keeps what is sent until the test answers it.
+class HeldSender final : public ChangeSender {
+public:
+    struct Sent {
+        Transaction change;
+        std::string key;
+        ChangeCompletion completion;
+    };
+    std::deque<Sent> sent;
+
+    void send(const Transaction& change, const std::string& key, ChangeCompletion completion) override {
+        sent.push_back({change, key, std::move(completion)});
+    }
+};
+
+/// The older queue over real tables. The test plays the drain and the server.
+class OlderChangeQueueTest : public RecordTableTest {
+protected:
+    void SetUp() override {
+        RecordTableTest::SetUp();
+        makeLeads({{"Company", FieldDataType::text}, {"City", FieldDataType::text}});
+        begin();
+    }
+    /// Begins as a process does that finds this database.
+    void begin() {
+        stores = Stores::current();
+        sender = std::make_shared<HeldSender>();
+        auto fetch = [this](auto&, auto& recordId) { fetched.push_back(recordId); };
+        queue = std::make_shared<OlderChangeQueue>(*stores, sender, ChangeSettlement(*stores, records, fetch));
+        ASSERT_TRUE(queue->reclaim());
+    }
+    void enqueue(const std::string& id, T type, const std::string& record, const std::string& payload = "") {
+        Transaction change{.transactionID = id,
+                           .recordID = record,
+                           .moduleName = "Leads",
+                           .operationType = type,
+                           .dataJSON = platform::Data(R"({"data":[{)" + payload + "}]}"),
+                           .uriData = platform::Data(R"({"module":"Leads"})"),
+                           .transactionTime = ++time};
+        ASSERT_TRUE(stores->transactions()->storeTransaction(change));
+        queue->refresh();
+    }
+    void storeLead(const std::string& id, const std::string& company, const std::string& city = "Bonn") {
+        ASSERT_TRUE(records->saveRecordDictionary({{"ID", id}, {"COMPANY", company}, {"CITY", city}},
+                                                  ModuleIdentifier::Case::leads));
+    }
+    /// Sends all that can go, and returns their ids.
+    std::string sendAll() {
+        std::vector<std::string> ids;
+        for (;;) {
+            auto next = queue->claimNext();
+            if (next.hasFailed) return "failed";
+            if (!next.transactionID) return text::join(ids, " ");
+            ids.push_back(*next.transactionID);
+            queue->send(ids.back(), [this](DrainedChanges::Settle settle) { outcome = settle(); });
+        }
+    }
+    /// Answers the change that was sent first.
+    DrainedChanges::Outcome answer(const ChangeAnswer& answer) {
+        auto sent = std::move(sender->sent.front());
+        sender->sent.pop_front();
+        sent.completion(answer);
+        return outcome;
+    }
+    static ChangeAnswer refusal() { return ChangeAnswer::refused({.code = "crmINVALID_DATA", .message = "no"}); }
+    std::string leads() { return cells("LeadsRecords ORDER BY ID", {"ID", "COMPANY", "CITY"}); }
+    /// Returns the rows of the queue: id, record and state.
+    std::string rows() {
+        return cells("TRANSACTIONS ORDER BY transaction_time", {"transaction_id", "record_id", "extras"});
+    }
+
+    std::optional<Stores> stores;
+    std::shared_ptr<HeldSender> sender;
+    std::shared_ptr<OlderChangeQueue> queue;
+    std::vector<std::string> fetched;
+    DrainedChanges::Outcome outcome = DrainedChanges::Outcome::settled;
+    std::int64_t time = 0;
+};
+
+const std::string temporaryId = "NEW_000000001";
+
+}  // namespace
+
+TEST_F(OlderChangeQueueTest, AddGivesItsIdToWhatWaitsForIt) {
+    storeLead(temporaryId, "mine");
+    storeLead("7", "other");
+    enqueue("add", T::addRecord, temporaryId, R"("Company":"mine")");
+    enqueue("edit", T::editRecord, temporaryId, R"("City":"Ulm")");
+    enqueue("lookup", T::editRecord, "7", R"("Parent":"NEW_000000001")");
+    EXPECT_EQ(sendAll(), "add");
+    EXPECT_EQ(answer(ChangeAnswer::accepted("42")), DrainedChanges::Outcome::settled);
+    EXPECT_EQ(leads(), R"("42","mine","Bonn";"7","other","Bonn")");
+    EXPECT_EQ(fetched, std::vector<std::string>{"42"});
+    EXPECT_EQ(sendAll(), "edit lookup");
+    EXPECT_EQ(sender->sent[0].change.recordID, "42");
+    EXPECT_EQ(sender->sent[1].change.dataJSON->text(), R"({"data":[{"Parent":"42"}]})");
+    EXPECT_EQ(stores->recordIdAliases()->realId("Leads", temporaryId).value(), "42");
+}
+
+TEST_F(OlderChangeQueueTest, AnswerToAnEditLeavesLaterEditsOnTheScreen) {
+    storeLead("7", "second edit", "local");
+    ASSERT_TRUE(stores->transactionRecords()->storeTransactionRecordPersistance({.recordID = "7"}));
+    enqueue("1", T::editRecord, "7", R"("City":"local")");
+    enqueue("2", T::editRecord, "7", R"("Company":"second edit")");
+    EXPECT_EQ(sendAll(), "1");
+    ValueMap record{{"id", "7"}, {"Company", "server"}, {"City", "server"}};
+    answer(ChangeAnswer::accepted("7", record));
+    EXPECT_EQ(leads(), R"("7","second edit","server")");
+    EXPECT_TRUE(stores->transactionRecords()->getTransactionRecord("7").value());
+    EXPECT_EQ(sendAll(), "2");
+    answer(ChangeAnswer::accepted("7", record));
+    EXPECT_EQ(leads(), R"("7","server","server")");
+    EXPECT_FALSE(stores->transactionRecords()->getTransactionRecord("7").value());
+    EXPECT_EQ(rows(), "");
+    EXPECT_TRUE(stores->changeRegister()->entries()->empty());
+    EXPECT_TRUE(fetched.empty());
+}
+
+TEST_F(OlderChangeQueueTest, RefusedAddFailsWhatNamesItAndStays) {
+    enqueue("add", T::addRecord, temporaryId);
+    enqueue("edit", T::editRecord, temporaryId);
+    enqueue("delete", T::deleteRecord, temporaryId);
+    enqueue("other", T::editRecord, "7");
+    EXPECT_EQ(sendAll(), "add other");
+    EXPECT_EQ(answer(refusal()), DrainedChanges::Outcome::settled);
+    answer(ChangeAnswer::unreadable());
+    EXPECT_EQ(sendAll(), "");
+    EXPECT_EQ(rows(), R"("add","NEW_000000001","error";"edit","NEW_000000001","error";"other","7","error")");
+    std::vector<std::string> codes;
+    for (auto entries = stores->changeRegister()->entries(); auto& entry : *entries)
+        codes.push_back(entry.transactionId + " " + (entry.lastRefusal ? entry.lastRefusal->code : "none"));
+    EXPECT_EQ(text::join(codes, ", "),
+              "add crmINVALID_DATA, other txnPARSING_FAILED, edit txnDEPENDING_TRANSACTION_FAILED");
+}
+
+TEST_F(OlderChangeQueueTest, DeletesEndAtTheServersWord) {
+    storeLead("7", "shown again");
+    enqueue("1", T::deleteRecord, "7");
+    enqueue("2", T::deleteRecord, "8");
+    enqueue("3", T::deleteRecord, temporaryId);
+    EXPECT_EQ(sendAll(), "1 2");
+    answer(refusal());
+    answer(ChangeAnswer::accepted("8"));
+    EXPECT_EQ(fetched, std::vector<std::string>{"7"});
+    EXPECT_EQ(rows(), R"("1","7","error")");
+}
+
+TEST_F(OlderChangeQueueTest, AnswerToADroppedEditBringsNothingBack) {
+    enqueue("1", T::editRecord, "7");
+    EXPECT_EQ(sendAll(), "1");
+    ASSERT_TRUE(stores->transactions()->removeTransactions("7"));
+    answer(ChangeAnswer::accepted("7", ValueMap{{"id", "7"}, {"Company", "server"}}));
+    EXPECT_EQ(leads(), "");
+}
+
+TEST_F(OlderChangeQueueTest, ChangeOfUnknownOutcomeIsSentAgainUnderItsKey) {
+    storeLead(temporaryId, "mine");
+    enqueue("add", T::addRecord, temporaryId);
+    std::vector<std::string> keys;
+    auto sendOnce = [&] {
+        EXPECT_EQ(sendAll(), "add");
+        keys.push_back(sender->sent.front().key);
+    };
+    sendOnce();
+    EXPECT_EQ(answer(ChangeAnswer::noAnswer(ChangeAnswer::Silence::timeout)), DrainedChanges::Outcome::noAnswer);
+    sendOnce();
+    EXPECT_EQ(sendAll(), "");
+    begin();  // the process ended while the request was on its way
+    sendOnce();
+    auto refuse = "CREATE TRIGGER refuse BEFORE UPDATE ON LeadsRecords BEGIN SELECT RAISE(ABORT, 'full'); END";
+    ASSERT_TRUE(adapter().execute(refuse, std::nullopt));
+    EXPECT_EQ(answer(ChangeAnswer::accepted("42")), DrainedChanges::Outcome::noAnswer);
+    ASSERT_TRUE(adapter().execute("DROP TRIGGER refuse", std::nullopt));
+    ASSERT_TRUE(queue->reclaim());
+    sendOnce();
+    EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 1u);
+    EXPECT_EQ(stores->changeRegister()->entries()->front().sends, 4);
+    EXPECT_EQ(answer(ChangeAnswer::accepted("42")), DrainedChanges::Outcome::settled);
+    EXPECT_EQ(leads(), R"("42","mine","Bonn")");
+}
+
+TEST_F(OlderChangeQueueTest, RowsThatCannotBeReadFailAloneAndKindsWithoutARequestStay) {
+    enqueue("mail", T::sendMail, "7");
+    enqueue("1", T::editRecord, "7");
+    ASSERT_TRUE(adapter().execute("INSERT INTO TRANSACTIONS (transaction_id, operation_type) VALUES ('bad', 99)",
+                                  std::nullopt));
+    begin();
+    EXPECT_EQ(sendAll(), "1");
+    EXPECT_EQ(rows(), R"("bad",null,"error";"mail","7",null;"1","7","InProgress")");
+}
+
+}  // namespace tarvo
