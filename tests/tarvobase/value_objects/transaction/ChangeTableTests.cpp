@@ -63,7 +63,9 @@ TEST_F(ChangeTableTest, TheQueueMakesWhatTheServerForgot) {
         if (!one.serverSql.empty()) adapter->createTable(one.serverSql);
         configuration().currentOrgID = one.organisation;
         auto transactions = Stores::current().transactions();
-        if (one.serverSql.empty()) EXPECT_EQ(idsOf(transactions->getTransactions()), "");
+        if (one.serverSql.empty()) {
+            EXPECT_EQ(idsOf(transactions->getTransactions()), "");
+        }
         auto change = changeNamed("t1");
         change.extras = "InProgress";
         EXPECT_TRUE(transactions->storeTransaction(change));
