@@ -19,8 +19,6 @@ constexpr const char* faultPassphrase = "right passphrase";
 /// foreign lock lasts as long as a stuck process would hold it.
 class DownloadFault : public ::testing::Test {
 protected:
-    using Tables = std::map<std::string, std::vector<std::string>>;
-
     void SetUp() override {
         auto undisturbed = endOf(start("", 0));
         ASSERT_EQ(undisturbed.status, 0) << undisturbed.errors;
@@ -44,25 +42,16 @@ protected:
                 isFullSweep() ? "" : "TARVO_FAULT_HURRY=50"};
     }
     /// Expects the next download to complete, and to leave what an undisturbed one leaves.
-    void expectRepair(const std::string& after) {
+    void expectRepair() {
         auto next = endOf(run({"--json", "init"}));
-        ASSERT_EQ(next.status, 0) << after << ": " << next.errors;
-        auto found = tables();
-        EXPECT_EQ(found.size(), expected.size()) << after;
-        for (auto& [table, rows] : expected) {
-            auto& present = found[table];
-            auto [expectedRow, row] = std::mismatch(rows.begin(), rows.end(), present.begin(), present.end());
-            EXPECT_TRUE(present == rows) << after << ", table " << table << ": " << present.size() << " rows of "
-                                         << rows.size() << ", the first that differs:\n"
-                                         << (expectedRow == rows.end() ? "none" : *expectedRow) << "\n"
-                                         << (row == present.end() ? "none" : *row);
-        }
+        ASSERT_EQ(next.status, 0) << next.errors;
+        expectSameTables(expected, tables());
     }
-    static void expectReport(const Ended& ended, const std::string& after) {
-        EXPECT_EQ(ended.status, 1) << after << ": " << ended.output;
-        EXPECT_TRUE(isOneLine(ended.errors)) << after << ": " << ended.errors;
+    static void expectReport(const Ended& ended) {
+        EXPECT_EQ(ended.status, 1) << ended.output;
+        EXPECT_TRUE(isOneLine(ended.errors)) << ended.errors;
     }
-    Tables tables() const { return EncryptedFile(world.databasePath(), faultPassphrase).tables(); }
+    EncryptedFile::Tables tables() const { return EncryptedFile(world.databasePath(), faultPassphrase).tables(); }
 
     static bool isFullSweep() { return std::getenv("TARVO_FULL_SWEEP"); }
     /// Returns points from `first` to `last`: `count` of them, or all in a full sweep that tries every one.
@@ -80,7 +69,7 @@ protected:
     }
 
     EndToEnd world{{"--records", "10"}};
-    Tables expected;
+    EncryptedFile::Tables expected;
     int commits = 0, transactions = 0;
 
 private:
@@ -90,46 +79,50 @@ private:
 TEST_F(DownloadFault, AKillAtACommitIsRepairedByTheNextRun) {
     int kills = 0;
     for (auto at : points(1, commits, isFullSweep() ? commits : 6)) {
+        SCOPED_TRACE("killed at commit " + std::to_string(at) + " of " + std::to_string(commits));
         auto killed = endOf(start("kill", at));
         kills += !killed.status;
-        expectRepair("killed at commit " + std::to_string(at) + " of " + std::to_string(commits));
+        expectRepair();
     }
     EXPECT_GT(kills, 4);
 }
 
 TEST_F(DownloadFault, ARemovedDatabaseIsDownloadedAgain) {
     files::remove(world.home() + "/Databases");
-    expectRepair("removed");
+    expectRepair();
 }
 
 TEST_F(DownloadFault, AFullDiskIsReportedAndRepairedByTheNextRun) {
     for (auto at : points(1, commits - 2, isFullSweep() ? 10 : 3)) {
-        auto after = "full after commit " + std::to_string(at) + " of " + std::to_string(commits);
-        expectReport(endOf(start("full", at)), after);
-        expectRepair(after);
+        SCOPED_TRACE("full after commit " + std::to_string(at) + " of " + std::to_string(commits));
+        expectReport(endOf(start("full", at)));
+        expectRepair();
     }
 }
 
 TEST_F(DownloadFault, AFetchIntoAFullDiskIsReported) {
-    for (auto command : {"fields", "views"})
-        expectReport(endOf(run({"--json", command, "Leads", "--fetch"}, faultAt("full", 0))), command);
-    expectReport(endOf(run({"--json", "modules", "--fetch"}, faultAt("full", 0))), "modules");
-    expectRepair("fetches into a full disk");
+    for (auto& command : std::vector<std::vector<std::string>>{{"fields", "Leads"}, {"views", "Leads"}, {"modules"}}) {
+        SCOPED_TRACE(command.front());
+        auto arguments = command;
+        arguments.insert(arguments.end(), {"--json", "--fetch"});
+        expectReport(endOf(run(arguments, faultAt("full", 0))));
+    }
+    expectRepair();
 }
 
 TEST_F(DownloadFault, AForeignLockIsReportedAndRepairedByTheNextRun) {
     for (auto at : points(transactions / 10, transactions - 2, isFullSweep() ? 10 : 3)) {
-        auto after = "locked at transaction " + std::to_string(at) + " of " + std::to_string(transactions);
+        SCOPED_TRACE("locked at transaction " + std::to_string(at) + " of " + std::to_string(transactions));
         auto host = start("stop", at);
-        ASSERT_TRUE(host->waitUntilStopped()) << after;
+        ASSERT_TRUE(host->waitUntilStopped());
         {
             EncryptedFile foreign(world.databasePath(), faultPassphrase);
-            ASSERT_TRUE(foreign.execute("BEGIN IMMEDIATE")) << after;
+            ASSERT_TRUE(foreign.execute("BEGIN IMMEDIATE"));
             host->resume();
             ::poll(nullptr, 0, isFullSweep() ? 30'000 : 1'000);
         }
-        expectReport(endOf(std::move(host)), after);
-        expectRepair(after);
+        expectReport(endOf(std::move(host)));
+        expectRepair();
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <algorithm>
 
 #include "platform/Files.h"
 #include "platform/Json.h"
@@ -61,13 +62,20 @@ public:
         ASSERT_TRUE(answer && answer->status == 200) << fault;
     }
     std::size_t initRequests() {
-        auto answer = control->get("/control/requests");
-        auto log = json::parse(answer ? answer->body : "").value_or(Value());
-        std::size_t count = 0;
-        if (auto requests = log.asMap() ? log.asMap()->valueOf("requests") : Value(); requests.asList())
-            for (auto& request : *requests.asList())
-                count += request.asMap()->valueOf("path").textOr("").ends_with("/getappinitdata");
-        return count;
+        auto log = requests();
+        return static_cast<std::size_t>(std::count_if(log.begin(), log.end(), [](auto& request) {
+            return member(request, "path").textOr("").ends_with("/getappinitdata");
+        }));
+    }
+    /// Returns an answer of the server's control calls.
+    Value controlled(const std::string& path) const {
+        auto answer = control->get(path);
+        return json::parse(answer ? answer->body : "").value_or(Value());
+    }
+    /// Returns the requests that the server has received.
+    ValueList requests() const {
+        auto log = member(controlled("/control/requests"), "requests");
+        return log.asList() ? *log.asList() : ValueList();
     }
 
     std::string home() const { return folder + "/home"; }
@@ -86,6 +94,12 @@ public:
 private:
     std::unique_ptr<Process> server_;
 };
+
+/// Returns the next line of a program's output as JSON; null if there is none.
+inline Value jsonLine(Process& process) {
+    auto line = process.line();
+    return line ? json::parse(std::string_view(*line)).value_or(Value()) : Value();
+}
 
 /// The exit status of a program and its output.
 struct Ended {
@@ -107,6 +121,30 @@ inline bool isOneLine(const std::string& text) { return !text.empty() && text.fi
 inline void expectRefusal(const Ended& ended, int status, std::string_view says) {
     EXPECT_EQ(ended.status, status) << says;
     EXPECT_TRUE(isOneLine(ended.errors) && contains(ended.errors, says)) << "not \"" << says << "\": " << ended.errors;
+}
+
+/// A command that is refused, with the fault that the server's call meets first, if any.
+struct Refusal {
+    std::vector<std::string> arguments;
+    int status;
+    std::string says;
+    std::string fault = {};
+};
+
+inline void expectRefusals(EndToEnd& world, const std::vector<Refusal>& refusals) {
+    for (auto& one : refusals) {
+        SCOPED_TRACE(text::join(one.arguments, " ") + " " + one.fault);
+        if (!one.fault.empty()) world.setFault(R"({"times":1,)" + one.fault + "}");
+        auto ended = endOf(world.host(one.arguments));
+        expectRefusal(ended, one.status, one.says);
+        EXPECT_EQ(ended.output, "");
+    }
+}
+
+/// Returns the last line of a program's output as JSON.
+inline Value lastLineOf(const std::string& output) {
+    auto lines = text::split(output, "\n");
+    return lines.size() < 2 ? Value() : json::parse(lines[lines.size() - 2]).value_or(Value());
 }
 
 }  // namespace tarvo::tests

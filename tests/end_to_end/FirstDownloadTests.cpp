@@ -18,7 +18,7 @@ protected:
         return endOf(world.host(arguments, passphrase));
     }
     void forgetHome() { files::remove(world.home()); }
-    std::map<std::string, std::string> tables() const { return tablesOf(world.databasePath(), passphrase); }
+    EncryptedFile::Tables tables() const { return EncryptedFile(world.databasePath(), passphrase).tables(); }
 
     /// Returns the modules whose first records are noted as done.
     std::vector<std::string> modulesDone(const std::vector<std::string>& modules) const {
@@ -30,14 +30,11 @@ protected:
     }
     /// Returns the modules whose first records were requested from the server since the last call.
     std::vector<std::string> modulesAsked() {
-        auto answer = world.control->get("/control/requests");
-        auto log = json::parse(answer ? answer->body : "").value_or(Value());
         std::vector<std::string> asked;
-        const auto requests = log.asMap() ? log.asMap()->valueOf("requests") : Value(ValueList());
-        for (auto& request : *requests.asList()) {
-            if (!request.asMap()->valueOf("path").textOr("").ends_with("/getcvrecords")) continue;
-            const auto parameters = request.asMap()->valueOf("parameters");
-            const auto modules = json::parse(parameters.asMap()->valueOf("module").textOr("")).value_or(Value());
+        for (auto& request : world.requests()) {
+            if (!member(request, "path").textOr("").ends_with("/getcvrecords")) continue;
+            auto list = member(member(request, "parameters"), "module").textOr("");
+            const auto modules = json::parse(list).value_or(Value());
             for (auto& module : *modules.asList()) asked.push_back(module.textOr(""));
         }
         world.control->remove("/control/requests");
@@ -47,32 +44,6 @@ protected:
     EndToEnd world{{"--records", "30", "--log-values"}};
 };
 
-/// Returns the summary, which is the last line.
-ValueMap summaryOf(const std::string& output) {
-    auto lines = text::split(output, "\n");
-    while (!lines.empty() && lines.back().empty()) lines.pop_back();
-    auto summary = lines.empty() ? std::nullopt : json::parse(lines.back());
-    return summary && summary->asMap() ? *summary->asMap() : ValueMap();
-}
-
-/// Returns the names and contents of the tables that differ.
-std::string differences(const std::map<std::string, std::string>& expected,
-                        const std::map<std::string, std::string>& found) {
-    std::string text;
-    for (auto& [name, content] : expected) {
-        auto other = found.find(name);
-        auto is = other == found.end() ? "missing" : other->second;
-        if (is != content) text += name + ": " + content + ", found: " + is + "\n";
-    }
-    for (auto& [name, content] : found)
-        if (!expected.contains(name)) text += name + " is new\n";
-    return text;
-}
-
-std::size_t lineCount(const std::string& text) {
-    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-}
-
 TEST_F(FirstDownload, EndsWithTheSameTablesWhereverItWasKilled) {
     auto whole = init();
     ASSERT_EQ(whole.status, 0) << whole.errors;
@@ -80,11 +51,12 @@ TEST_F(FirstDownload, EndsWithTheSameTablesWhereverItWasKilled) {
     const auto modules = modulesAsked();
     ASSERT_GT(modules.size(), 15u);
     ASSERT_GT(expected.size(), 60u);
-    const auto lines = lineCount(whole.output);
+    const auto lines = static_cast<std::size_t>(std::count(whole.output.begin(), whole.output.end(), '\n'));
 
     std::mt19937 random(20261123);
     std::size_t sparedModules = 0;
     for (int round = 0; round < 30; ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
         forgetHome();
         auto host = world.host({"--json", "init"}, passphrase);
         // The program goes on while its lines are read, so that it is killed anywhere between two of them.
@@ -96,10 +68,10 @@ TEST_F(FirstDownload, EndsWithTheSameTablesWhereverItWasKilled) {
         modulesAsked();
 
         auto second = init({"--fetch"});
-        ASSERT_EQ(second.status, 0) << "round " << round << ": " << second.errors;
-        EXPECT_EQ(differences(expected, tables()), "") << "round " << round;
+        ASSERT_EQ(second.status, 0) << second.errors;
+        expectSameTables(expected, tables());
         for (auto& module : modulesAsked())
-            EXPECT_EQ(std::count(done.begin(), done.end(), module), 0) << module << " again, round " << round;
+            EXPECT_EQ(std::count(done.begin(), done.end(), module), 0) << module << " again";
     }
     EXPECT_GT(sparedModules, 0u) << "no round was killed after a batch";
 }
@@ -126,22 +98,23 @@ TEST_F(FirstDownload, ReportsEveryFaultAndTheNextRunCompletes) {
                   {R"("fault":"shortRows")", false},
                   {R"("fault":"repeatBlocks")", false}};
     for (auto& one : faults) {
+        SCOPED_TRACE(one.fault);
         forgetHome();
         for (auto& [call, step] : calls) world.setFault(R"({"call":")" + call + R"(","times":1,)" + one.fault + "}");
         auto first = init();
         // A step after a failed one may have had no request to make.
         world.control->remove("/control/faults");
-        ASSERT_EQ(first.status, 0) << one.fault << first.errors;
-        auto reported = json::write(summaryOf(first.output).valueOf("failures")).value_or("");
+        ASSERT_EQ(first.status, 0) << first.errors;
+        auto reported = json::write(member(lastLineOf(first.output), "failures")).value_or("");
         for (auto& [call, step] : calls)
-            EXPECT_TRUE(!one.isWhole || contains(reported, "\"" + step + ": ")) << one.fault << " " << reported;
+            EXPECT_TRUE(!one.isWhole || contains(reported, "\"" + step + ": ")) << reported;
         auto second = init({"--fetch"});
-        ASSERT_EQ(second.status, 0) << one.fault << second.errors;
-        auto summary = summaryOf(second.output);
+        ASSERT_EQ(second.status, 0) << second.errors;
+        auto summary = lastLineOf(second.output);
         // A batch that failed is left to a later sync, and pipelines need the layouts of deals.
-        auto left = json::write(summary.valueOf("failures"));
-        EXPECT_TRUE(left == "[]" || left == R"(["pipelines: not done"])") << one.fault << *left;
-        EXPECT_GT(summary.valueOf("modules").asInteger().value_or(0), 15) << one.fault << second.output;
+        auto left = json::write(member(summary, "failures"));
+        EXPECT_TRUE(left == "[]" || left == R"(["pipelines: not done"])") << *left;
+        EXPECT_GT(member(summary, "modules").asInteger().value_or(0), 15) << second.output;
     }
 }
 
@@ -152,8 +125,8 @@ TEST_F(FirstDownload, StopsWhereTheInitCallFailsAndStartsAgain) {
     EXPECT_TRUE(isOneLine(first.errors)) << first.errors;
     auto second = init();
     EXPECT_EQ(second.status, 0) << second.errors;
-    EXPECT_EQ(summaryOf(second.output).valueOf("downloaded"), Value(true));
-    EXPECT_EQ(summaryOf(init().output).valueOf("downloaded"), Value(false))
+    EXPECT_EQ(member(lastLineOf(second.output), "downloaded"), Value(true));
+    EXPECT_EQ(member(lastLineOf(init().output), "downloaded"), Value(false))
         << "a completed account makes no more requests";
 }
 

@@ -54,12 +54,6 @@ constexpr FaultCase cases[] = {
     {"repeated", R"("fault":"repeatBlocks")", stored, 2, true},
 };
 
-Value memberAt(const std::optional<std::string>& line, std::initializer_list<std::string_view> path) {
-    Value value = line ? json::parse(std::string_view(*line)).value_or(Value()) : Value();
-    for (auto name : path) value = value.asMap() ? value.asMap()->valueOf(name) : Value();
-    return value;
-}
-
 }  // namespace
 
 class InitFault : public ::testing::TestWithParam<FaultCase> {};
@@ -72,10 +66,10 @@ TEST_P(InitFault, EndsInItsOutcome) {
     host->send(R"({"id":1,"call":"host.openDatabase"})");
     host->send(R"({"id":2,"call":"host.appInit"})");
     host->send(R"({"id":3,"call":"GetModulesUC","request":{"moduleNames":["Leads","Contacts"]}})");
-    EXPECT_EQ(memberAt(host->line(), {"event"}), Value("done"));
-    EXPECT_EQ(memberAt(host->line(), {"name"}), Value(one.notice)) << host->errors();
-    EXPECT_EQ(memberAt(host->line(), {"event"}), Value("done"));
-    auto modules = memberAt(host->line(), {"response", "modules"});
+    EXPECT_EQ(member(jsonLine(*host), "event"), Value("done"));
+    EXPECT_EQ(member(jsonLine(*host), "name"), Value(one.notice)) << host->errors();
+    EXPECT_EQ(member(jsonLine(*host), "event"), Value("done"));
+    auto modules = member(member(jsonLine(*host), "response"), "modules");
     ASSERT_TRUE(modules.asList()) << host->errors();
     EXPECT_EQ(modules.asList()->size(), one.modules);
     EXPECT_EQ(host->finish(), 0) << host->errors();

@@ -25,15 +25,9 @@ Ended list(const EndToEnd& world, Arguments further) {
     return endOf(world.host(further));
 }
 
-/// Returns the last line of a program's output as JSON.
-Value lastLineOf(const Ended& ended) {
-    auto lines = text::split(ended.output, "\n");
-    return lines.size() < 2 ? Value() : json::parse(lines[lines.size() - 2]).value_or(Value());
-}
-
 }  // namespace
 
-TEST(InitCommand, PrintsRisingPercentagesAndASummary) {
+TEST(InitCommand, PrintsRisingPercentagesAndRequestsOnlyWhatFailedWhenItRunsAgain) {
     EndToEnd world({"--records", "60"});
     world.setFault(R"({"call":"getpipelines","times":1,"fault":"dropBefore"})");
     auto first = endOf(world.host({"init"}));
@@ -48,22 +42,17 @@ TEST(InitCommand, PrintsRisingPercentagesAndASummary) {
     }
     EXPECT_EQ(last, 100);
     EXPECT_TRUE(contains(first.output, "pipelines: the server did not answer")) << first.output;
-}
 
-TEST(InitCommand, RequestsOnlyWhatFailedWhenItRunsAgain) {
-    EndToEnd world({"--records", "60"});
-    world.setFault(R"({"call":"getpipelines","times":1,"fault":"dropBefore"})");
-    ASSERT_EQ(endOf(world.host({"init"})).status, 0);
-    struct Case {
+    struct {
         Arguments arguments;
         bool isDownloaded;
         std::int64_t requests;
-    };
-    for (auto& one : std::vector<Case>{{{"init", "--json"}, false, 0},
-                                       {{"init", "--json", "--fetch"}, true, 2},
-                                       {{"init", "--json", "--fetch"}, true, 1}}) {
+    } cases[] = {{{"init", "--json"}, false, 0},
+                 {{"init", "--json", "--fetch"}, true, 2},
+                 {{"init", "--json", "--fetch"}, true, 1}};
+    for (auto& one : cases) {
         auto again = endOf(world.host(one.arguments));
-        auto summary = lastLineOf(again);
+        auto summary = lastLineOf(again.output);
         EXPECT_EQ(member(summary, "downloaded"), Value(one.isDownloaded)) << again.output;
         EXPECT_EQ(member(summary, "requests"), Value(one.requests)) << again.output;
         EXPECT_EQ(member(summary, "failures"), Value(ValueList())) << again.output;
@@ -73,23 +62,9 @@ TEST(InitCommand, RequestsOnlyWhatFailedWhenItRunsAgain) {
 
 TEST(InitCommand, SaysInOneLineWhyItCannotBegin) {
     EndToEnd world;
-    struct Case {
-        std::string fault, says;
-        Arguments further;
-    };
-    const std::vector<Case> cases = {{R"("dropBefore")", "did not answer", {}},
-                                     {R"("nonJson")", "cannot be used", {}},
-                                     {"", "token", {"--account", "43"}}};
-    for (auto& one : cases) {
-        if (!one.fault.empty()) world.setFault(R"({"call":"getappinitdata","times":1,"fault":)" + one.fault + "}");
-        auto ended = one.further.empty()
-                         ? endOf(world.host({"init", "--json"}))
-                         : endOf(std::make_unique<Process>(
-                               "tarvo-host",
-                               Arguments{"--home", world.home(), "--account", "43", "--server-type", "0", "--domain",
-                                         "localhost:" + std::to_string(world.port), "init"},
-                               world.folder + "/host.log", Arguments{"TARVO_PASSPHRASE=p"}));
-        expectRefusal(ended, 1, one.says);
+    for (auto& [fault, says] : {std::pair("dropBefore", "did not answer"), {"nonJson", "cannot be used"}}) {
+        world.setFault(R"({"call":"getappinitdata","times":1,"fault":")" + std::string(fault) + "\"}");
+        expectRefusal(endOf(world.host({"init", "--json"})), 1, says);
     }
     expectRefusal(endOf(world.host({"init"}, "wrong passphrase")), 1, "wrong passphrase: ");
     EXPECT_EQ(endOf(world.host({"init"})).status, 0) << "a run that stopped starts again";
@@ -114,13 +89,10 @@ protected:
     static inline std::string deals;
 };
 
-TEST_F(ListCommand, PagesShareNoRecordAndLackNone) {
+TEST_F(ListCommand, ListsTheSamePagesWithoutTheServer) {
     std::set<std::string> all(first.begin(), first.end());
     all.insert(second.begin(), second.end());
-    EXPECT_EQ(all.size(), 40u);
-}
-
-TEST_F(ListCommand, ListsTheSamePagesWithoutTheServer) {
+    EXPECT_EQ(all.size(), 40u) << "the pages share no record";
     EXPECT_EQ(idsIn(list(*world, {"--limit", "20"})), first);
     EXPECT_EQ(idsIn(list(*world, {"--limit", "20", "--from", "20"})), second);
 }
@@ -146,17 +118,18 @@ TEST(ListOfAFreshAccount, ALaterPageThatIsListedFirstLeavesNoGap) {
     }
 }
 
-TEST_F(ListCommand, HeadsTheTableWithTheLabelsOfTheView) {
+TEST_F(ListCommand, HeadsTheTableWithTheLabelsOfTheViewAndARecordWithItsSections) {
     EXPECT_TRUE(deals.starts_with("ID  ") && contains(deals, "  Account Name  ")) << deals;
+    auto shown = endOf(world->host({"show", "Leads", first.front()}));
+    EXPECT_TRUE(shown.output.starts_with("Leads " + first.front() + "\n\nLead Information\n  ")) << shown.output;
 }
 
 TEST_F(ListCommand, SortsTheStoredRecords) {
     auto sorted = json::parse(list(*world, {"--sort", "Last_Name:desc", "--limit", "50"}).output).value_or(Value());
     auto records = member(sorted, "records");
     ASSERT_TRUE(records.asList() && records.asList()->size() == 50u);
-    std::vector<std::string> names;
-    for (auto& record : *records.asList()) names.push_back(member(member(record, "values"), "LASTNAME").textOr(""));
-    EXPECT_LT(names.back(), names.front());
+    auto nameOf = [](const Value& record) { return member(member(record, "values"), "LASTNAME").textOr(""); };
+    EXPECT_LT(nameOf(records.asList()->back()), nameOf(records.asList()->front()));
 }
 
 TEST_F(ListCommand, FiltersByAlternativesOfAPicklist) {
@@ -175,29 +148,17 @@ TEST_F(ListCommand, PrintsTextsAsPeopleReadThem) {
     }
 }
 
-TEST_F(ListCommand, ShowsARecordBySection) {
-    auto shown = endOf(world->host({"show", "Leads", first.front()}));
-    EXPECT_EQ(shown.status, 0) << shown.errors;
-    EXPECT_TRUE(shown.output.starts_with("Leads " + first.front() + "\n\nLead Information\n  ")) << shown.output;
-}
-
 TEST_F(ListCommand, SaysInOneLineWhatIsWrong) {
-    struct Case {
-        Arguments arguments;
-        int status;
-        std::string says;
-    };
-    const std::vector<Case> cases = {{{"list", "Nothing"}, 1, "there is no module"},
-                                     {{"list", "Leads", "--view", "No such"}, 1, "no view \"No such\""},
-                                     {{"list", "Leads", "--sort", "Nothing"}, 1, "no field \"Nothing\""},
-                                     {{"list", "Leads", "--sort", "Company:up"}, 2, "--sort"},
-                                     {{"list", "Leads", "--filter", "Company"}, 2, "--filter"},
-                                     {{"list", "Leads", "--filter", "Company:before:x"}, 1, "offers no \"before\""},
-                                     {{"list", "Leads", "--filter", "Created_Time:between:1"}, 2, "takes 2 values"},
-                                     {{"list", "Leads", "--filter", "Created_Time:before:soon"}, 2, "no condition"},
-                                     {{"list", "Leads", "--limit", "0"}, 2, "--limit"},
-                                     {{"show", "Leads", "12"}, 1, "no record 12 of Leads is stored"}};
-    for (auto& one : cases) expectRefusal(endOf(world->host(one.arguments)), one.status, one.says);
+    expectRefusals(*world, {{{"list", "Nothing"}, 1, "there is no module"},
+                            {{"list", "Leads", "--view", "No such"}, 1, "no view \"No such\""},
+                            {{"list", "Leads", "--sort", "Nothing"}, 1, "no field \"Nothing\""},
+                            {{"list", "Leads", "--sort", "Company:up"}, 2, "--sort"},
+                            {{"list", "Leads", "--filter", "Company"}, 2, "--filter"},
+                            {{"list", "Leads", "--filter", "Company:before:x"}, 1, "offers no \"before\""},
+                            {{"list", "Leads", "--filter", "Created_Time:between:1"}, 2, "takes 2 values"},
+                            {{"list", "Leads", "--filter", "Created_Time:before:soon"}, 2, "no condition"},
+                            {{"list", "Leads", "--limit", "0"}, 2, "--limit"},
+                            {{"show", "Leads", "12"}, 1, "no record 12 of Leads is stored"}});
 }
 
 }  // namespace tarvo::tests

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -12,6 +13,8 @@ namespace tarvo::tests {
 /// Reads an encrypted database file beside the program that has it open. The key is derived once per object.
 class EncryptedFile {
 public:
+    using Tables = std::map<std::string, std::vector<std::string>>;
+
     EncryptedFile(const std::string& path, const std::string& passphrase) {
         if (sqlite3_open(path.c_str(), &database_) != SQLITE_OK) return;
         sqlite3_busy_timeout(database_, 10'000);
@@ -24,9 +27,8 @@ public:
 
     /// Returns the rows of each table in an order of their own, without the local row numbers. The identity of the
     /// database is left out. Empty if the file does not open.
-    std::map<std::string, std::vector<std::string>> tables() {
-        std::map<std::string, std::vector<std::string>> tables;
-        // The identity of the database is another one in each file.
+    Tables tables() {
+        Tables tables;
         for (auto& name : rows("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%' AND "
                                "name <> 'TARVO_DATABASE_IDENTITY'")) {
             auto table = name.substr(0, name.size() - 1);
@@ -65,16 +67,17 @@ private:
     sqlite3* database_ = nullptr;
 };
 
-/// Returns the contents of an encrypted database by table: the number of rows and a hash over them. Empty if the file
-/// does not open.
-inline std::map<std::string, std::string> tablesOf(const std::string& path, const std::string& passphrase) {
-    std::map<std::string, std::string> tables;
-    for (auto& [table, rows] : EncryptedFile(path, passphrase).tables()) {
-        std::string all;
-        for (auto& row : rows) all += row + "\n";
-        tables[table] = std::to_string(rows.size()) + " rows, " + std::to_string(std::hash<std::string>()(all));
+/// Expects the same tables with the same rows.
+inline void expectSameTables(const EncryptedFile::Tables& expected, const EncryptedFile::Tables& found) {
+    EXPECT_EQ(found.size(), expected.size());
+    for (auto& [table, rows] : expected) {
+        auto present = found.contains(table) ? found.at(table) : std::vector<std::string>();
+        auto [expectedRow, row] = std::mismatch(rows.begin(), rows.end(), present.begin(), present.end());
+        EXPECT_TRUE(present == rows) << table << " has " << present.size() << " rows of " << rows.size()
+                                     << ", the first that differs:\n"
+                                     << (expectedRow == rows.end() ? "none" : *expectedRow) << "\n"
+                                     << (row == present.end() ? "none" : *row);
     }
-    return tables;
 }
 
 }  // namespace tarvo::tests
