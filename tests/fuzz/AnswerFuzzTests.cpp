@@ -13,9 +13,9 @@
 #include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
-#include "tests/tarvobase/Fixture.h"
 #include "tests/tarvobase/MetadataTables.h"
 #include "tests/tarvobase/MetadataWire.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 /// Broken and hostile answers of the server, from a seed. A longer run by hand:
 /// `TARVO_FUZZ_ROUNDS=100000 TARVO_FUZZ_SEED=7 build/dev/bin/fuzz_tests`.
@@ -36,24 +36,12 @@ public:
     std::size_t below(std::size_t limit) { return engine_() % limit; }
     bool happensOnceIn(std::size_t times) { return below(times) == 0; }
 
+    Value oneOf(const Value& list) { return (*list.asList())[below(list.asList()->size())]; }
     Value anyValue() {
-        static const std::vector<Value> values{
-            Value(),
-            true,
-            0,
-            -1,
-            INT64_MAX,
-            1e300,
-            "",
-            "null",
-            "\" ' ` ; -- /* %s \\",
-            "\xF0\x9F\x98\x80\u0000x",
-            std::string(3000, '9'),
-            ValueList{},
-            ValueMap{},
-            ValueList{ValueList{ValueMap{{"a", ValueList{}}}}},
-        };
-        return values[below(values.size())];
+        static const auto values = *json::parse(
+            R"([null, true, 0, -1, 9223372036854775807, 1e300, "", "null", "\" ' ` ; -- /* %s \\", "😀\u0000x", [], {},
+                [[{"a": []}]]])");
+        return happensOnceIn(14) ? Value(std::string(3000, '9')) : oneOf(values);
     }
     std::string anyStatement() {
         static const std::vector<std::string> statements{
@@ -112,45 +100,30 @@ public:
             }
             return list;
         }
-        static const std::vector<std::string> fields{"Api_F1", "id", "Nobody", "${Api_F1}", "a\"b", "Owner", ""};
-        static const std::vector<std::string> comparators{
-            "equal",    "not_equal",    "contains", "starts_with", "ends_with",    "less_than", "greater_equal",
-            "between",  "not_contains", "in",       "less_equal",  "greater_than", "is",        "not_between",
-            "nonsense", "' OR 1=1 --"};
-        static const std::vector<Value> values{"Doe",
-                                               "${EMPTY}",
-                                               "a,b,,c",
-                                               "%_'\"",
-                                               "2024-06-25",
-                                               "${TODAY}",
-                                               "${CURRENTUSER}",
-                                               ValueList{"a", 1, Value()},
-                                               "' OR 1=1 --",
-                                               "1;DROP TABLE LeadsRecords"};
-        return ValueMap{{"field", fields[below(fields.size())]},
-                        {"comparator", comparators[below(comparators.size())]},
-                        {"value", happensOnceIn(6) ? anyValue() : values[below(values.size())]}};
+        static const auto fields = *json::parse(R"(["Api_F1", "id", "Nobody", "${Api_F1}", "a\"b", "Owner", ""])");
+        static const auto comparators = *json::parse(
+            R"(["equal", "not_equal", "contains", "starts_with", "ends_with", "less_than", "greater_equal", "between",
+                "not_contains", "in", "less_equal", "greater_than", "is", "not_between", "nonsense", "' OR 1=1 --"])");
+        static const auto values = *json::parse(
+            R"(["Doe", "${EMPTY}", "a,b,,c", "%_'\"", "2024-06-25", "${TODAY}", "${CURRENTUSER}", ["a", 1, null],
+                "' OR 1=1 --", "1;DROP TABLE LeadsRecords"])");
+        return ValueMap{{"field", oneOf(fields)},
+                        {"comparator", oneOf(comparators)},
+                        {"value", happensOnceIn(6) ? anyValue() : oneOf(values)}};
     }
 
 private:
     std::mt19937_64 engine_;
 };
 
-class AnswerFuzzTest : public FoundationTest {
+class AnswerFuzzTest : public ServerTest {
 protected:
     void SetUp() override {
-        FoundationTest::SetUp();
-        database = openDatabase();
-        for (auto& statement : metadataTables()) database->createTable(statement);
+        ServerTest::SetUp();
+        createTables(metadataTables());
         database->createTable(customViewTable());
         Stores::over(database).modules()->storeModules({leads});
         for (auto& file : strayFiles) files::remove(file);
-    }
-    template <class Service>
-    std::shared_ptr<Service> overNetwork() {
-        auto service = std::make_shared<Service>();
-        service->setNetworkAdapter(network);
-        return service;
     }
 
     void download(Damage& damage) {
@@ -187,14 +160,10 @@ protected:
         for (auto& view : *views)
             viewsRead += stored->countRecords(RecordQuery{.module = leads, .customView = view}).has_value();
     }
-    std::string text(const std::string& sql) {
-        auto rows = database->fetchObjects(sql, std::nullopt);
-        auto cell = rows && !rows->empty() ? rows->cell(0, 0).asText() : std::nullopt;
-        return std::string(cell.value_or("?"));
-    }
     void check() {
         EXPECT_FALSE(database->fetchObjects("SELECT 1 FROM other.T", std::nullopt)) << "a file is attached";
-        EXPECT_EQ(text("SELECT count(*) || '' FROM sqlite_master WHERE type IN ('trigger', 'view')"), "0");
+        EXPECT_EQ(column("SELECT count(*) FROM sqlite_master WHERE type IN ('trigger', 'view')"),
+                  std::vector<std::string>{"0"});
         EXPECT_TRUE(database->execute({{"CREATE TABLE IF NOT EXISTS fuzz_probe (a)", {}}}))
             << "writes are switched off";
         for (auto& file : strayFiles) EXPECT_FALSE(files::exists(file)) << file;
@@ -215,8 +184,6 @@ protected:
     const Module leads{.moduleName = "Leads", .apiName = "Leads_API"};
     const std::vector<std::string> strayFiles{"/tmp/tarvo-fuzz-profile", "/tmp/tarvo-fuzz-attached",
                                               "/tmp/tarvo-fuzz-copy"};
-    std::shared_ptr<KelvaDatabasePersistance> database;
-    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
 };
 
 TEST_F(AnswerFuzzTest, NoAnswerDoesMoreThanStoreItsContent) {

@@ -92,9 +92,9 @@ std::vector<std::string> FoundationTest::logged() const {
     return log_;
 }
 
-bool FoundationTest::wasLogged(std::string_view piece) const {
+long FoundationTest::linesWith(std::string_view piece) const {
     auto lines = logged();
-    return std::any_of(lines.begin(), lines.end(), [&](auto& line) { return line.find(piece) != std::string::npos; });
+    return std::count_if(lines.begin(), lines.end(), [&](auto& line) { return line.find(piece) != std::string::npos; });
 }
 
 std::vector<std::string> FoundationTest::takeProgrammingErrors() {

@@ -129,7 +129,8 @@ protected:
     void settle();
 
     std::vector<std::string> logged() const;
-    bool wasLogged(std::string_view piece) const;
+    long linesWith(std::string_view piece) const;
+    bool wasLogged(std::string_view piece) const { return linesWith(piece) > 0; }
     /// Returns the programming errors that were reported, and removes them. A test that expects one calls this.
     std::vector<std::string> takeProgrammingErrors();
 

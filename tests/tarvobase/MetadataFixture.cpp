@@ -44,13 +44,7 @@ void MetadataTest::use(Naming naming) {
 std::string MetadataTest::identifier(const std::string& name) const { return field("", name).fieldIdentifier(); }
 
 FieldMetadata MetadataTest::field(const std::string& module, const std::string& name, FieldDataType type) {
-    FieldMetadata field;
-    field.fieldID = module + name;
-    field.fieldAPIName = name;
-    field.moduleName = module;
-    field.columnCRMName = capitals(name);
-    field.fieldLabel = "Label of " + name;
-    field.fieldType = type;
+    FieldMetadata field{module + name, name, module, capitals(name), "Label of " + name, type};
     field.visible = true;
     field.mode = "7";
     return field;
@@ -64,14 +58,8 @@ FieldMetadata MetadataTest::subform(const std::string& module, const std::string
 
 LayoutFieldData MetadataTest::place(const FieldMetadata& field, const std::string& layout, const std::string& section,
                                     int sequence, int position) {
-    LayoutFieldData place;
-    place.layoutID = layout;
-    place.fieldID = field.fieldID;
-    place.fieldAPIName = field.fieldAPIName;
-    place.crmColumnName = field.columnCRMName;
-    place.moduleName = field.moduleName;
-    place.sectionName = section;
-    place.sectionDV = section + " label";
+    LayoutFieldData place{layout,           field.fieldID, field.fieldAPIName, field.columnCRMName,
+                          field.moduleName, section,       section + " label"};
     place.sectionSequence = sequence;
     place.fieldPosition = position;
     return place;
@@ -93,17 +81,9 @@ void MetadataTest::store(const std::vector<Settings>& settings) {
 void MetadataTest::storePicklist(const FieldMetadata& field, const std::string& layout,
                                  const std::vector<std::string>& values) {
     std::vector<PicklistMetadata> rows;
-    for (auto& value : values) {
-        PicklistMetadata row;
-        row.fieldActualValue = row.fieldOptionalValue = value;
-        row.fieldID = field.fieldID;
-        row.fieldAPIName = field.fieldAPIName;
-        row.crmColumnName = field.columnCRMName;
-        row.moduleName = field.moduleName;
-        row.layoutID = layout;
-        row.position = static_cast<int>(rows.size());
-        rows.push_back(std::move(row));
-    }
+    for (auto& value : values)
+        rows.push_back({value, value, field.fieldID, field.fieldAPIName, field.columnCRMName, field.moduleName, layout,
+                        "", static_cast<int>(rows.size())});
     PicklistMetadataInDatabase(adapter_).storePicklistMetadata(rows);
 }
 

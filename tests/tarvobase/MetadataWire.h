@@ -4,46 +4,39 @@
 #include <vector>
 
 #include "platform/Json.h"
+#include "platform/Text.h"
 
 /// Metadata answers as the server sends them, for tests that change one part of them.
 namespace tarvo::wire {
 
 enum Section { relatedLists, layouts, layoutFields, picklists, columns, fields, dependentFields, unused, relatedSort };
 
+/// Returns the texts between the bars.
+inline ValueList row(const std::string& texts) {
+    auto parts = text::split(texts, "|");
+    return {parts.begin(), parts.end()};
+}
+
 inline ValueList relatedListRow(const std::string& id, const std::string& module = "Contacts") {
-    return {module, "People", id, "List of " + module, module + "_of", "3", "true"};
+    return row(module + "|People|" + id + "|List of " + module + "|" + module + "_of|3|true");
 }
 inline ValueList layoutRow(const std::string& module, const std::string& id) {
-    return {module, id, "Standard", "true", "false"};
+    return row(module + "|" + id + "|Standard|true|false");
 }
 inline ValueList layoutFieldRow(const std::string& module, const std::string& field) {
-    return {"L1",
-            field,
-            "Api_" + field,
-            "COL_" + field,
-            module,
-            "Basic",
-            "Basic Information",
-            "2",
-            "true",
-            "none",
-            "7",
-            "true",
-            ValueMap{{"maximum_rows", 25}}};
+    auto columns = row("L1|" + field + "|Api_" + field + "|COL_" + field + "|" + module +
+                       "|Basic|Basic Information|2|true|none|7|true");
+    columns.push_back(ValueMap{{"maximum_rows", 25}});
+    return columns;
 }
 inline ValueList picklistRow(const std::string& module, const std::string& value) {
-    return {value, value + " shown", "F1", "Api_F1", "COL_F1", module, "L1", "map", "4"};
+    return row(value + "|" + value + " shown|F1|Api_F1|COL_F1|" + module + "|L1|map|4");
 }
 inline ValueList fieldRow(const std::string& module, const std::string& field, const std::string& type = "text") {
-    return {field,   "Api_" + field,
-            module,  "COL_" + field,
-            "Label", type,
-            "255",   "false",
-            "true",  "false",
-            "true",  "false",
-            "false", "",
-            "",      "true",
-            "5",     ValueMap{{"decimal_place", "2"}}};
+    auto columns = row(field + "|Api_" + field + "|" + module + "|COL_" + field + "|Label|" + type +
+                       "|255|false|true|false|true|false|false|||true|5");
+    columns.push_back(ValueMap{{"decimal_place", "2"}});
+    return columns;
 }
 /// Returns a lookup with its target module and the related list that it fills.
 inline ValueList lookupRow(const std::string& module, const std::string& field, const std::string& target,

@@ -1,5 +1,4 @@
 #include "tarvobase/configuration/AppPlatformConstants.h"
-#include "tarvobase/configuration/Assemblers.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/configuration/UserAccounts.h"
@@ -92,18 +91,16 @@ TEST_F(ConfigurationTest, ReadsTheTimeOfTheLastModuleSync) {
     auto defaults = std::make_shared<BrenUserDefaults>();
     AppState state(defaults);
     EXPECT_EQ(state.getLastModulesSyncTime("7"), std::nullopt);
-    struct {
-        const char* text;
-        std::optional<std::int64_t> milliseconds;
-    } cases[] = {{"12.5", 12500}, {"-1", -1000}, {"soon", std::nullopt}, {"", std::nullopt}, {"1e300", std::nullopt}};
-    for (auto& one : cases) {
-        defaults->setString(one.text, "ModuleSyncTime", UserDefaultsGroup::other("7"));
+    const std::pair<const char*, std::optional<std::int64_t>> cases[] = {
+        {"12.5", 12500}, {"-1", -1000}, {"soon", std::nullopt}, {"", std::nullopt}, {"1e300", std::nullopt}};
+    for (auto& [text, milliseconds] : cases) {
+        defaults->setString(text, "ModuleSyncTime", UserDefaultsGroup::other("7"));
         auto time = state.getLastModulesSyncTime("7");
-        EXPECT_EQ(time ? std::optional(time->time_since_epoch().count()) : std::nullopt, one.milliseconds) << one.text;
+        EXPECT_EQ(time ? std::optional(time->time_since_epoch().count()) : std::nullopt, milliseconds) << text;
     }
 }
 
-TEST_F(ConfigurationTest, EachGroupHasItsOwnSettings) {
+TEST_F(ConfigurationTest, EachGroupHasItsOwnSettingsAndThoseOfNobodyStay) {
     BrenUserDefaults defaults;
     using G = UserDefaultsGroup;
     defaults.setString("mine", "k", G::current());
@@ -111,23 +108,11 @@ TEST_F(ConfigurationTest, EachGroupHasItsOwnSettings) {
     defaults.setString("bare", "k", G::none());
     EXPECT_EQ(defaults.stringForKey("k", G::other("1001")), "mine");
     EXPECT_EQ(defaults.stringForKey("k", G::other("BaseGroup")), "all");
-    signIn("2002");
-    EXPECT_EQ(defaults.stringForKey("k", G::current()), std::nullopt);
-    signIn("1001");
+    EXPECT_EQ(defaults.stringForKey("k", G::other("2002")), std::nullopt);
     defaults.removeAllStoredValues();
     EXPECT_EQ(defaults.stringForKey("k", G::base()), std::nullopt);
     EXPECT_EQ(defaults.stringForKey("k", G::current()), std::nullopt);
-    EXPECT_EQ(defaults.stringForKey("k", G::none()), "bare") << "settings of nobody stay";
-}
-
-TEST_F(ConfigurationTest, ASettingOfAnotherKindAndARemovedOneReadAsAbsent) {
-    BrenUserDefaults defaults;
-    auto group = UserDefaultsGroup::current();
-    defaults.setInteger(7, "n", group);
-    EXPECT_EQ(defaults.stringForKey("n", group), std::nullopt);
-    defaults.setSecureArray(ValueList{1}, "s", group);
-    defaults.setSecureArray(std::nullopt, "s", group);
-    EXPECT_EQ(defaults.secureArrayForKey("s", group), std::nullopt);
+    EXPECT_EQ(defaults.stringForKey("k", G::none()), "bare");
 }
 
 TEST_F(ConfigurationTest, ObserversGetTheirKeysInTheirGroups) {
@@ -148,14 +133,6 @@ TEST_F(ConfigurationTest, ObserversGetTheirKeysInTheirGroups) {
     defaults.setString("4", "other", UserDefaultsGroup::current());
     settle();
     EXPECT_EQ(observer->values, (std::vector<std::string>{"k@1001=1", "k@=true"}));
-}
-
-TEST_F(ConfigurationTest, AnAssemblerOfTwoDatabasesTakesTheSecondaryOne) {
-    auto primary = std::make_shared<KelvaDatabasePersistance>(StorageLocation::inMemory());
-    auto secondary = std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk("x"));
-    BaseAssemblerWithDatabaseUserDefaults assembler(
-        {primary, secondary}, nullptr, std::make_shared<DatabaseConstants>(), std::make_shared<BrenUserDefaults>());
-    EXPECT_EQ(assembler.databaseAdapter, secondary);
 }
 
 }  // namespace

@@ -1,18 +1,15 @@
 #include "platform/Clock.h"
 #include "platform/Json.h"
-#include "tarvobase/get_metadata/GetModulesUC.h"
-#include "tarvobase/get_metadata/GetSettingsUseCase.h"
-#include "tarvobase/get_metadata/GetUsers.h"
 #include "tarvobase/get_metadata/GetUsersUseCase.h"
 #include "tarvobase/init_process/StoreOrgsUseCase.h"
 #include "tarvobase/init_process/parsers/InitBlocks.h"
 #include "tarvobase/init_process/parsers/InitSettingsParser.h"
 #include "tarvobase/init_process/steps/AppInitDataManager.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/value_objects/account/OrganisationInDatabase.h"
 #include "tarvobase/value_objects/account/OrganisationInUserDefaults.h"
 #include "tests/tarvobase/AccountTables.h"
-#include "tests/tarvobase/Fixture.h"
-#include "tests/tarvobase/NoticeListener.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -20,36 +17,29 @@ namespace {
 using ::testing::ElementsAre;
 using Counts = std::map<std::string, std::size_t>;
 
-ValueList settingsRow() {
-    ValueList row;
-    for (int position = 0; position < 16; ++position) row.emplace_back("v" + std::to_string(position));
-    row.emplace_back(ValueList{
-        ValueList{"Leads", "true", "2000", ValueList{"shown", "too"}, "searched",
-                  ValueList{"A", "asc", "", "desc", "C"}},
-        ValueList{"Accounts", "false", "10", "x", "y", ValueList{}, "100"},
-    });
-    for (auto list : {"supported", "who", "what"}) row.emplace_back(ValueList{list, "other"});
-    return row;
-}
-
-ValueList userRow(const std::string& id, const std::string& account) {
-    return {id,    "Ada",  "Byron",         "Ada Byron", account, "ada@crm.test", "active",
-            "CEO", "true", "Administrator", "p1",        true,    "dd/MM/yyyy"};
-}
+/// The blocks of a complete answer except for the tables, as the server sends them.
+constexpr const char* blocks = R"({
+    "dateTimeFormat": ["dd/MM/yyyy", "HH:mm"],
+    "activeModules": [["Leads", "Lead", "Leads", "Leads_API", "3", "default"],
+                      ["Deals", "Deal", "Deals", "Deals_API", "4", "web"]],
+    "userDetails": ["1001", "Europe/Berlin", "", "US|en", "", "", "", "", ["a@crm.test", "b@crm.test", "c@crm.test"]],
+    "activeUsers": [["u1", "Ada", "Byron", "Ada Byron", "1001", "ada@crm.test", "active", "CEO", "true",
+                     "Administrator", "p1", true, "dd/MM/yyyy"],
+                    ["u2", "Bo", "Lee", "Bo Lee", "2002", "bo@crm.test", "active", "CEO", "true", "Standard", "p2", true]],
+    "settings": ["v0", "v1", "v2", "v3", "v4", "v5", "v6", "v7", "v8", "v9", "v10", "v11", "v12", "v13", "v14", "v15",
+                 [["Leads", "true", "2000", ["shown", "too"], "searched", ["A", "asc", "", "desc", "C"]],
+                  ["Accounts", "false", "10", "x", "y", [], "100"]],
+                 ["supported", "other"], ["who", "other"], ["what", "other"]],
+    "companyInfo": [["name", "Acme"]],
+    "VestraOrgs": [["1", "Acme", true], ["2", "Bolt", false]]})";
 
 /// Returns the blocks of a complete answer by name.
 ValueMap completeAnswer() {
     auto tables = accountTables();
-    ValueList emails{"a@crm.test", "b@crm.test", "c@crm.test"};
-    return {{"tables", ValueList(tables.begin(), tables.end())},
-            {"dateTimeFormat", ValueList{"dd/MM/yyyy", "HH:mm"}},
-            {"activeModules", ValueList{ValueList{"Leads", "Lead", "Leads", "Leads_API", "3", "default"},
-                                        ValueList{"Deals", "Deal", "Deals", "Deals_API", "4", "web"}}},
-            {"userDetails", ValueList{"1001", "Europe/Berlin", "", "US|en", "", "", "", "", emails}},
-            {"activeUsers", ValueList{userRow("u1", "1001"), userRow("u2", "2002")}},
-            {"settings", settingsRow()},
-            {"companyInfo", ValueList{Value(ValueList{"name", "Acme"})}},
-            {"VestraOrgs", ValueList{ValueList{"1", "Acme", true}, ValueList{"2", "Bolt", false}}}};
+    ValueMap answer{{"tables", ValueList(tables.begin(), tables.end())}};
+    const auto others = *json::parse(blocks);
+    for (auto& [name, block] : *others.asMap()) answer.set(name, block);
+    return answer;
 }
 
 std::string body(const ValueMap& blocks, std::int64_t responseTime = 0) {
@@ -60,88 +50,39 @@ std::string body(const ValueMap& blocks, std::int64_t responseTime = 0) {
         {"response", ValueMap{{"result", result}, {"responseInfo", ValueMap{{"responsetime", responseTime}}}}}});
 }
 
-class SettingsReceiver final : public GetSettingsUseCaseDelegate {
-public:
-    void settingsFetched(const std::vector<Settings>& settings) override { fetched = settings; }
-    std::vector<Settings> fetched;
-};
-
-class CompletionCounter final : public DownloadProgressible {
-public:
-    void didComplete(Downloadable&, bool status) override { completed += status ? 1 : 100; }
-    void progressDidUpdate(Downloadable&, int, int) override {}
-    int completed = 0;
-};
-
-class FailureRecorder final : public NoticeListener<CommonErrorRelay> {
-public:
-    std::string notices;
-
-private:
-    void noticed(const std::string& notice) override { notices += notice + ";"; }
-};
-
-class InitDataTest : public FoundationTest {
+class InitDataTest : public ServerTest {
 protected:
     void SetUp() override {
-        FoundationTest::SetUp();
+        ServerTest::SetUp();
         defaults = std::make_shared<BrenUserDefaults>();
-        adapter = openDatabase();
     }
-
-    /// Runs the step with one answer. Returns how often the step reported its completion.
-    int run(const std::string& answer) {
+    /// Runs the step with one answer. Returns whether the step reported that it is complete; nullopt if it did not end.
+    std::optional<bool> run(const std::string& answer) {
         network->answer(answer);
-        auto service = std::make_shared<AppInitNetworkService>();
-        service->setNetworkAdapter(network);
-        auto step = AppInitDataManager::make(adapter, defaults, service);
-        auto counter = std::make_shared<CompletionCounter>();
-        step->delegate = counter;
-        step->errorResponder = failures;
+        auto step = AppInitDataManager::make(database, defaults, overNetwork<AppInitNetworkService>());
+        step->delegate = listener;
+        step->errorResponder = listener;
         step->execute();
         settle();
-        return counter->completed;
-    }
-
-    template <class UC>
-    std::optional<typename UC::Response> answerOf(typename UC::Request request) {
-        std::optional<typename UC::Response> answer;
-        auto usecase = std::make_shared<UC>();
-        usecase->execute(std::move(request), [&](auto* response, auto*) {
-            if (response) answer = *response;
-        });
-        settle();
-        return answer;
-    }
-
-    std::vector<Settings> settings() {
-        auto receiver = std::make_shared<SettingsReceiver>();
-        auto usecase = std::make_shared<GetSettingsUseCase>();
-        usecase->delegate = receiver;
-        usecase->getAllSettings();
-        settle();
-        return receiver->fetched;
+        auto ended = std::exchange(listener->ended, "");
+        return ended.empty() ? std::nullopt : std::optional(ended == std::string(rawText(Process::appInit)) + " true");
     }
 
     /// Returns how many entries of each block can be read back.
     Counts storedCounts() {
-        auto modules = answerOf<GetModulesUC>(GetModulesUC::Request({"Leads", "Deals"}));
-        auto users = answerOf<GetUsers>(GetUsers::Request::all());
-        CompanyInfoInDatabase company("COMPANY_DETAILS", adapter);
+        auto stores = Stores::over(database);
+        auto sizeOf = [](auto list) { return list ? list->size() : 0; };
         return {{"dateTimeFormat", DateTimeInUserDefaults(defaults).getTimeFormat() == "HH:mm"},
-                {"activeModules", modules ? modules->modules.size() : 0},
+                {"activeModules", sizeOf(stores.modules()->getAllModules())},
                 {"userDetails", UserDetailsInUserDefaults(defaults).getUserDetails().has_value()},
-                {"activeUsers", users ? users->users.size() : 0},
-                {"settings", settings().size()},
-                {"companyInfo", company.getCompanyInfo().success().value_or(std::vector<CompanyInfo>()).size()},
-                {"VestraOrgs",
-                 OrganisationInUserDefaults(defaults).getOrganisations().value_or(std::vector<Organisation>()).size()}};
+                {"activeUsers", sizeOf(stores.users()->getUsers())},
+                {"settings", sizeOf(stores.settings()->getAllSettings())},
+                {"companyInfo", sizeOf(CompanyInfoInDatabase("COMPANY_DETAILS", database).getCompanyInfo())},
+                {"VestraOrgs", sizeOf(OrganisationInUserDefaults(defaults).getOrganisations())}};
     }
 
-    std::shared_ptr<FailureRecorder> failures = std::make_shared<FailureRecorder>();
-    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+    std::shared_ptr<StepListener> listener = std::make_shared<StepListener>();
     std::shared_ptr<UserDefaultsProtocol> defaults;
-    std::shared_ptr<KelvaDatabasePersistance> adapter;
 };
 
 // Settings: 16 texts, 3 lists and the order of names of the application; 4 texts and 3 sort levels of Leads; 4 texts
@@ -150,16 +91,16 @@ const Counts completeCounts{{"dateTimeFormat", 1}, {"activeModules", 2}, {"userD
                             {"settings", 32},      {"companyInfo", 1},   {"VestraOrgs", 2}};
 
 TEST_F(InitDataTest, StoresEveryBlockOfTheAccount) {
-    EXPECT_EQ(run(body(completeAnswer())), 1);
+    EXPECT_EQ(run(body(completeAnswer())), true);
     EXPECT_EQ(storedCounts(), completeCounts);
-    auto user = answerOf<GetUser>(GetUser::Request::currentUser())->user;
+    auto users = Stores::over(database).users();
+    auto user = users->getUserWithBrenUID().value();
     EXPECT_EQ(user.id + " " + *user.dateFormat, "u1 dd/MM/yyyy");
     EXPECT_TRUE(user.confirm);
     EXPECT_EQ(user.isLoggedInUser, true);
     EXPECT_EQ(user.timeFormat, std::nullopt);
-    EXPECT_EQ(answerOf<GetUser>(GetUser::Request::brenUID("2002"))->user.id, "u2");
-    EXPECT_FALSE(answerOf<GetUser>(GetUser::Request::userId("nobody")));
-    EXPECT_EQ(answerOf<GetUsers>(GetUsers::Request::userIds({"u2", "x"}))->users.size(), 1u);
+    EXPECT_EQ(users->getUsersWithBrenUID({"2002"})->front().id, "u2");
+    EXPECT_EQ(users->getUsersWithUserId({"u2", "x"})->size(), 1u);
     EXPECT_EQ(UserDetailsInUserDefaults(defaults).getUserDetails(),
               (UserDetails{"1001", "Europe/Berlin", "US", "en", "a@crm.test", "b@crm.test"}));
     signIn("2002");
@@ -168,12 +109,12 @@ TEST_F(InitDataTest, StoresEveryBlockOfTheAccount) {
 }
 
 TEST_F(InitDataTest, ReportsARequestWithoutAnAnswerOnce) {
-    EXPECT_EQ(run("not an envelope"), 0);
+    EXPECT_EQ(run("not an envelope"), std::nullopt);
     network->fail(NetworkError::Kind::timeout);
-    EXPECT_EQ(run(""), 0);
+    EXPECT_EQ(run(""), std::nullopt);
     signIn("1001", std::nullopt);
-    EXPECT_EQ(run(""), 0);
-    EXPECT_EQ(failures->notices, "parsingError;networkResponseError;noAuthtoken 1001;");
+    EXPECT_EQ(run(""), std::nullopt);
+    EXPECT_EQ(listener->notices, "parsingError;networkResponseError;noAuthtoken 1001;");
 }
 
 TEST_F(InitDataTest, ParsesUserDetails) {
@@ -213,7 +154,8 @@ TEST_F(InitDataTest, ParsesSortLevels) {
 
 TEST_F(InitDataTest, MakesSettingsInTheOrderOfTheirPositionsFromTextsAndLists) {
     using S = SettingName;
-    auto settings = *InitSettingsParser::parse(settingsRow());
+    const auto row = completeAnswer().valueOf("settings");
+    auto settings = *InitSettingsParser::parse(*row.asList());
     std::vector<SettingName> ofLeads, ofAccounts;
     for (auto& setting : settings)
         if (setting.moduleName != "Settings")
@@ -248,7 +190,7 @@ TEST_F(InitDataTest, ReusesAnAnswerForAMinuteForTheSameAccountAndOrganisation) {
     constexpr std::int64_t received = 1'700'000'000;
     auto runLater = [&](std::int64_t seconds) {
         platform::Clock::set(platform::Clock::WallTime(std::chrono::seconds(received + seconds)));
-        EXPECT_EQ(run(body(completeAnswer(), received * 1000)), 1);
+        EXPECT_EQ(run(body(completeAnswer(), received * 1000)), true);
         return network->calls().size();
     };
     EXPECT_EQ(runLater(0), 1u);
@@ -264,8 +206,8 @@ TEST_F(InitDataTest, ReusesAnAnswerForAMinuteForTheSameAccountAndOrganisation) {
 TEST_F(InitDataTest, AnAnswerWithoutTablesIsNotReused) {
     auto withoutTables = completeAnswer();
     withoutTables.remove("tables");
-    EXPECT_EQ(run(body(withoutTables, platform::Clock::secondsSince1970() * 1000)), 0);
-    EXPECT_EQ(run(body(completeAnswer())), 1) << "a second attempt asks the server again";
+    EXPECT_EQ(run(body(withoutTables, platform::Clock::secondsSince1970() * 1000)), std::nullopt);
+    EXPECT_EQ(run(body(completeAnswer())), true) << "a second attempt asks the server again";
     EXPECT_EQ(network->calls().size(), 2u);
 }
 
@@ -275,7 +217,7 @@ TEST_F(InitDataTest, BlocksAndRowsThatAreLeftOutAreLogged) {
     answer.set("userDetails", "no list");
     answer.set("activeModules", ValueList{ValueList{"Leads", "Lead"}, ValueList{""}, "no row"});
     answer.set("nobodyKnows", ValueList{});
-    EXPECT_EQ(run(body(answer)), 1);
+    EXPECT_EQ(run(body(answer)), true);
     EXPECT_TRUE(wasLogged("block companyInfo is left out"));
     EXPECT_TRUE(wasLogged("block userDetails is left out"));
     EXPECT_TRUE(wasLogged("2 rows of block activeModules are left out"));
@@ -283,11 +225,11 @@ TEST_F(InitDataTest, BlocksAndRowsThatAreLeftOutAreLogged) {
 }
 
 TEST_F(InitDataTest, AnAnswerThatIsNotStoredEndsTheStep) {
-    setFull(*adapter, true);
-    EXPECT_EQ(run(body(completeAnswer())), 100);
+    setFull(*database, true);
+    EXPECT_EQ(run(body(completeAnswer())), false);
     EXPECT_EQ(DateTimeInUserDefaults(defaults).getTimeFormat(), std::nullopt);
-    setFull(*adapter, false);
-    EXPECT_EQ(run(body(completeAnswer())), 1);
+    setFull(*database, false);
+    EXPECT_EQ(run(body(completeAnswer())), true);
     EXPECT_EQ(storedCounts(), completeCounts);
 }
 
@@ -302,8 +244,7 @@ TEST_F(InitDataTest, StoreOrgsStoresNothingElseAndReportsWhatIsNotStored) {
     auto recorder = std::make_shared<OrgsRecorder>();
     auto store = [&](const std::string& answer, std::shared_ptr<OrganisationPersistance> organisations) {
         network->answer(answer);
-        auto service = std::make_shared<AppInitNetworkService>();
-        service->setNetworkAdapter(network);
+        auto service = overNetwork<AppInitNetworkService>();
         auto usecase = StoreOrgsUseCase::make(std::make_shared<StoreOrgsDataManager>(organisations, service));
         usecase->delegate = recorder;
         usecase->storeOrgs();
@@ -315,7 +256,7 @@ TEST_F(InitDataTest, StoreOrgsStoresNothingElseAndReportsWhatIsNotStored) {
     store(body(completeAnswer()), organisations);
     store(body(without), organisations);
     store("", organisations);
-    auto missingTable = std::make_shared<OrganisationInDatabase>("ORGANISATIONS", adapter, defaults);
+    auto missingTable = std::make_shared<OrganisationInDatabase>("ORGANISATIONS", database, defaults);
     store(body(completeAnswer()), missingTable);
     EXPECT_EQ(recorder->events, "stored none none none ");
     EXPECT_EQ(organisations->getOrganisations()->size(), 2u);
@@ -331,7 +272,7 @@ public:
 };
 
 TEST_F(InitDataTest, GetUsersUseCaseSortsByName) {
-    adapter->createTable(accountTables()[1]);
+    database->createTable(accountTables()[1]);
     auto recorder = std::make_shared<UsersRecorder>();
     auto usecase = std::make_shared<GetUsersUseCase>();
     usecase->delegate = recorder;

@@ -6,8 +6,7 @@
 #include "tarvobase/init_process/parsers/InitDownloadParser.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/InitialProcessComplete.h"
-#include "tests/tarvobase/Fixture.h"
-#include "tests/tarvobase/NoticeListener.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -94,14 +93,13 @@ private:
     }
 };
 
-class InitProcessTest : public FoundationTest {
+class InitProcessTest : public ServerTest {
 protected:
     void SetUp() override {
-        FoundationTest::SetUp();
+        ServerTest::SetUp();
         events.clear();
         BrenNotificationCenter::shared().add<InitialProcessComplete>(host);
         defaults = std::make_shared<BrenUserDefaults>();
-        database = openDatabase();
         newRun();
     }
     /// Makes fresh steps, as a start of the program does.
@@ -142,7 +140,6 @@ protected:
     }
     bool isRecorded() { return UserAccountsManager(defaults).isInitialDownloadComplete("1001"); }
 
-    std::shared_ptr<KelvaDatabasePersistance> database;
     std::shared_ptr<ScriptedLookups> lookups = std::make_shared<ScriptedLookups>();
     std::shared_ptr<Host> host = std::make_shared<Host>();
     std::shared_ptr<ScriptedInitCall> call = std::make_shared<ScriptedInitCall>();
@@ -238,12 +235,6 @@ TEST_F(InitProcessTest, AReleasedRunEndsSilently) {
     EXPECT_FALSE(isRecorded());
 }
 
-TEST_F(InitProcessTest, AnUnusableInitCallStopsTheRunAndIsReported) {
-    call->answer.createTableQueries = std::nullopt;
-    EXPECT_THAT(start(), ElementsAre("currentUser", "appInit", "parsingError"));
-    EXPECT_FALSE(isRecorded());
-}
-
 TEST_F(InitProcessTest, ContentThatIsNotStoredLeavesTheAccountIncomplete) {
     const std::pair<const char*, std::function<void()>> failures[] = {
         {"a step", [this] { list[0]->completeUnstored(); }},
@@ -280,7 +271,11 @@ TEST_F(InitProcessTest, AnIncompleteRunTakesAnEarlierRecordBackAndTheFlagsOfWhat
     EXPECT_TRUE(state.isCompleted("metadata_Deals"));
 }
 
-TEST_F(InitProcessTest, AnInitAnswerThatIsNotStoredStopsTheRun) {
+TEST_F(InitProcessTest, AnInitCallThatIsUnusableOrNotStoredStopsTheRun) {
+    call->answer.createTableQueries = std::nullopt;
+    EXPECT_THAT(start(), ElementsAre("currentUser", "appInit", "parsingError"));
+    call->answer.createTableQueries.emplace();
+    newRun();
     database->deregisterDB();
     EXPECT_THAT(start(), ElementsAre("currentUser", "appInit", "incomplete"));
     EXPECT_FALSE(isRecorded());

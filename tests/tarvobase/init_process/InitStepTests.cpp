@@ -6,8 +6,7 @@
 #include "tarvobase/init_process/steps/InitGetPipelinesDM.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/storage/InMemoryStorage.h"
-#include "tests/tarvobase/Fixture.h"
-#include "tests/tarvobase/NoticeListener.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -35,19 +34,6 @@ const std::string pipelineRows = R"([["P1","Std","Standard",[["Open","Opened","1
     [7,"a","b",[["x","y","1","S9"]]],["P2","Other","Others",[["Open","Opened","1","S1"]]],["S1","Open","Opened","Open"],
     ["S2","Won","Won",  "Closed Won"],["S3","n","d","Sometimes"],["S4","n","d"],"row"])";
 
-/// Records the ends of steps and their failures.
-class StepListener final : public DownloadProgressible, public NoticeListener<CommonErrorRelay> {
-public:
-    void didComplete(Downloadable& step, bool status) override {
-        ended = std::string(rawText(step.processName())) + (status ? " true" : " false");
-    }
-    void progressDidUpdate(Downloadable&, int, int) override {}
-    std::string ended, notices;
-
-private:
-    void noticed(const std::string& notice) override { notices += notice; }
-};
-
 /// Keeps the call until the test answers it.
 struct HeldCurrencyService final : InitGetCurrencyNSP {
     void getCurrencyMetadata(NetworkCompletion callback) override { answer = std::move(callback); }
@@ -60,36 +46,27 @@ struct AnswerCase {
     std::string rows;
     bool isUsable = false;
 };
-class InitStepTest : public FoundationTest {
+class InitStepTest : public ServerTest {
 protected:
-    void SetUp() override {
-        FoundationTest::SetUp();
-        database = openDatabase();
-    }
     void makeTables() {
-        for (auto& statement : sandbox::staticTables(sandbox::Naming::column, "")) database->createTable(statement);
+        createTables(sandbox::staticTables(sandbox::Naming::column, ""));
         stores().modules()->storeModule({.moduleName = "Deals", .apiName = "Deals_API"});
-        run("INSERT INTO MODULE_LAYOUT_INFO (module_name, layout_id) VALUES "
+        runStatement(
+            "INSERT INTO MODULE_LAYOUT_INFO (module_name, layout_id) VALUES "
             "('Leads','L0'),('Deals','L2'),('Deals','L1')");
-        run("INSERT INTO CURRENCY_METADATA (order_no, exchange_rate, currency_id) VALUES (9, 9, 'old')");
-        run("INSERT INTO DEALS_STAGES (id, name) VALUES ('S7', 'a stage of no pipeline')");
+        runStatement("INSERT INTO CURRENCY_METADATA (order_no, exchange_rate, currency_id) VALUES (9, 9, 'old')");
+        runStatement("INSERT INTO DEALS_STAGES (id, name) VALUES ('S7', 'a stage of no pipeline')");
     }
-    void run(const std::string& statement) { database->execute(statement, std::nullopt); }
     Stores stores() const { return Stores::over(database); }
 
-    template <class Service>
-    std::shared_ptr<Service> service() {
-        auto made = std::make_shared<Service>();
-        made->setNetworkAdapter(network);
-        return made;
-    }
     std::shared_ptr<FlaggedStep> make(Process process) {
         auto defaults = std::make_shared<BrenUserDefaults>();
         std::shared_ptr<FlaggedStep> step;
-        if (process == currency) step = InitCurrencyDM::make(database, defaults, service<InitGetCurrencyNS>());
-        if (process == permission) step = InitGetPermissionsDM::make(database, defaults, service<GetPermissionsNS>());
-        if (process == currentUser) step = GetCurrentUserDM::make(database, defaults, service<GetCurrentUserNS>());
-        if (process == pipelines) step = InitGetPipelinesDM::make(database, defaults, service<GetPipelinesNS>());
+        if (process == currency) step = InitCurrencyDM::make(database, defaults, overNetwork<InitGetCurrencyNS>());
+        if (process == permission)
+            step = InitGetPermissionsDM::make(database, defaults, overNetwork<GetPermissionsNS>());
+        if (process == currentUser) step = GetCurrentUserDM::make(database, defaults, overNetwork<GetCurrentUserNS>());
+        if (process == pipelines) step = InitGetPipelinesDM::make(database, defaults, overNetwork<GetPipelinesNS>());
         step->delegate = listener;
         step->errorResponder = listener;
         return step;
@@ -115,7 +92,7 @@ protected:
             EXPECT_EQ(execute(process), name + (one.isUsable ? " true" : " false"));
             EXPECT_EQ(stored(process), one.rows);
             EXPECT_EQ(flag(process), one.isUsable);
-            EXPECT_EQ(listener->notices, one.isUsable ? "" : "parsingError");
+            EXPECT_EQ(listener->notices, one.isUsable ? "" : "parsingError;");
             EXPECT_EQ(std::exchange(closures, ""), one.isUsable ? "success " : "failure ");
         }
     }
@@ -138,13 +115,10 @@ protected:
                 : "SELECT pipeline_id||'|'||actual_value||'|'||display_value FROM DEALS_PIPELINE UNION ALL SELECT "
                   "pipeline_id||stage_id||sequence_number||actual_value FROM DEALS_STAGES WHERE pipeline_id > ''";
         std::string rows;
-        if (auto found = database->fetchObjects(query, std::nullopt))
-            for (auto row : *found) rows += row.cell(0).copy().toText().value_or("NULL") + "; ";
+        for (auto& row : column(query)) rows += row + "; ";
         return rows;
     }
 
-    std::shared_ptr<KelvaDatabasePersistance> database;
-    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
     std::shared_ptr<StepListener> listener = std::make_shared<StepListener>();
     std::string closures;
 };
@@ -231,7 +205,7 @@ TEST_F(InitStepTest, PipelinesAreRequestedForTheFirstLayoutOfDeals) {
     execute(pipelines);
     EXPECT_EQ(network->calls().back().params.value(),
               (ValueMap{{"module", "Deals"}, {"moduleAPI", "Deals_API"}, {"layoutid", "L2"}}));
-    run("DELETE FROM MODULE_LAYOUT_INFO WHERE module_name = 'Deals'");
+    runStatement("DELETE FROM MODULE_LAYOUT_INFO WHERE module_name = 'Deals'");
     BrenUserDefaults().removeValueForKey("pipelines_downloadable", UserDefaultsGroup::current());
     EXPECT_EQ(execute(pipelines), "pipelines false") << "without a layout";
     EXPECT_EQ(network->calls().size(), 1u);
@@ -252,8 +226,8 @@ TEST_F(InitStepTest, RequestsWithoutAnAnswerAreReported) {
     struct {
         Kind kind;
         std::string ended, notices;
-    } cases[] = {{Kind::timeout, "permission false", "networkResponseError"},
-                 {Kind::notSent, "permission false", "noAuthtoken 1001"},
+    } cases[] = {{Kind::timeout, "permission false", "networkResponseError;"},
+                 {Kind::notSent, "permission false", "noAuthtoken 1001;"},
                  {Kind::shutDown, "", ""}};
     for (auto& one : cases) {
         network->fail(one.kind);
@@ -274,7 +248,7 @@ TEST_F(InitStepTest, AParsedUserIsStoredOnceTheTablesExist) {
     stores().users()->storeUser({.id = "U1", .name = "Former", .BrenUID = "1001", .dateFormat = "dd.MM.yyyy"});
     step->storeParsedUser();
     EXPECT_TRUE(flag(currentUser));
-    run("UPDATE ACTIVE_USERS SET user_name = user_name || ' once'");
+    runStatement("UPDATE ACTIVE_USERS SET user_name = user_name || ' once'");
     step->storeParsedUser();
     EXPECT_EQ(stored(currentUser), "U1|1001|Ann Lee once|Lee|true|P1|dd.MM.yyyy; ");
 }

@@ -166,21 +166,6 @@ TEST_P(LayoutTest, LayoutInfoLeavesOutLayoutsWithoutFields) {
     EXPECT_TRUE(wasLogged("metadadata not found for layout with id `9"));
 }
 
-TEST_P(LayoutTest, TheUseCaseAnswersInTheRequestedForm) {
-    storeLeads();
-    auto fields = fieldsOf("Leads");
-    auto linear = run<GetLayoutMetadataUC>({"Leads", fields, LayoutRequestType::linear, DisplayMode::edit});
-    auto& lines = linear.response->layoutMetadata.linear()->at("1");
-    ASSERT_EQ(lines.size(), 5u);
-    EXPECT_EQ(*lines[0].header(), (LinearLayoutMetadataItemType::Header{2, "Person"}));
-    auto array = run<GetLayoutMetadataUC>({"Leads", fields, LayoutRequestType::array});
-    EXPECT_EQ(array.response->layoutMetadata.orderedList()->at("1").orderedFields.count(), 4u);
-    EXPECT_NE(run<GetLayoutMetadataUC>({"Deals", fields, LayoutRequestType::array}).failure->getDomainError(), nullptr);
-    // No field is shown in this mode, so the answer has no layouts; that is not a failure.
-    auto none = run<GetLayoutMetadataUC>({"Leads", fields, LayoutRequestType::linear, DisplayMode{8}});
-    EXPECT_THAT(*none.response->layoutMetadata.linear(), IsEmpty());
-}
-
 INSTANTIATE_TEST_SUITE_P(Namings, LayoutTest, ::testing::Values(Naming::column, Naming::api),
                          [](auto& info) { return info.param == Naming::column ? "Column" : "Api"; });
 

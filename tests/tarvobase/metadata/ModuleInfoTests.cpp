@@ -2,14 +2,10 @@
 
 #include "tarvobase/get_metadata/GetFieldList.h"
 #include "tarvobase/get_metadata/GetLayoutModuleInfo.h"
-#include "tarvobase/get_metadata/GetModule.h"
 #include "tarvobase/get_metadata/GetModuleInfo.h"
 #include "tarvobase/get_metadata/GetModuleInfoWithChild.h"
 #include "tarvobase/get_metadata/GetPermissionsUseCase.h"
-#include "tarvobase/get_metadata/GetRelatedModulesUC.h"
-#include "tarvobase/get_metadata/GetRelatedModulesUseCase.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/value_objects/module/ModuleRelatedListInDatabase.h"
 #include "tests/tarvobase/MetadataFixture.h"
 
 namespace tarvo {
@@ -54,6 +50,10 @@ protected:
         MetadataTest::SetUp();
         use(GetParam());
     }
+    /// Returns what `GetModuleInfo` finds of Leads.
+    ModuleInfo leadsInfo() {
+        return run<GetModuleInfo>(GetModuleInfo::Request({"Leads"})).response->moduleInfoDict.at("Leads");
+    }
     Strings namesOf(const FieldList& list) {
         Strings names;
         for (auto field : list.allFields()) names.push_back(field->fieldAPIName);
@@ -91,8 +91,7 @@ TEST_P(ModuleInfoTest, TheOrderOfNamesIsASettingOfTheApplicationUnlessTheModuleH
                       setting("Settings", SettingName::displayNameOrder, firstName),
                       setting("Settings", SettingName::fontName, "Serif"),
                       setting("Leads", SettingName::displayNameOrder, lastName)});
-    auto answer = run<GetModuleInfo>(GetModuleInfo::Request({"Leads"}));
-    auto& settings = answer.response->moduleInfoDict.at("Leads").settings;
+    auto settings = leadsInfo().settings;
     EXPECT_TRUE(settings.isSortByFirstNameLastName());
     EXPECT_FALSE(settings.isDisplayFirstNameLastName());
     EXPECT_EQ(settings.settingsList.size(), 1u);
@@ -106,8 +105,7 @@ TEST_P(ModuleInfoTest, SettingsNameFieldsByEitherNaming) {
     storeModule("Leads", {field("Leads", "Last_Name"), field("Leads", "City")});
     store(std::vector{setting("Leads", SettingName::display, "City," + identifier("Last_Name")),
                       setting("Leads", SettingName::primarySort, "Last_Name,desc")});
-    auto answer = run<GetModuleInfo>(GetModuleInfo::Request({"Leads"}));
-    auto& leads = answer.response->moduleInfoDict.at("Leads");
+    auto leads = leadsInfo();
     EXPECT_THAT(leads.settings.getDisplayFieldLabels(leads.metadata, false),
                 ElementsAre("Label of City", "Label of Last_Name"));
     SortField sort{identifier("Last_Name"), false};
@@ -166,105 +164,62 @@ TEST_P(ModuleInfoTest, AWholeAccountTakesAFixedNumberOfReads) {
         });
     };
     EXPECT_EQ(layoutsOf(names), layoutsOf({"Module0"}));
-    int reported = 0;
-    GetModuleInfoAssembler::getModuleInfoDM()->getmoduleInfo(
-        [&](auto& infos) { reported = static_cast<int>(infos.size()); });
-    EXPECT_EQ(reported, 40);
 }
 
-TEST_P(ModuleInfoTest, ChildrenAreTheModulesOfSubformFields) {
-    storeModule("Quotes",
-                {subform("Quotes", "Lines", ValueList{"7", "Lines_Api"}), subform("Quotes", "Short", ValueList{"7"}),
-                 subform("Quotes", "Lost", ValueList{"8", "Nowhere_Api"})});
-    storeModule("Lines", {field("Lines", "Amount")});
-    storeModule("Leads", {field("Leads", "City")});
-    auto answer = run<GetModuleInfoWithChild>(GetModuleInfoWithChild::Request({"Quotes", "Leads", "Nowhere"}));
-    auto& infos = answer.response->moduleInfoDict;
-    EXPECT_EQ(infos.at("Quotes")->childModules->moduleMap.size(), 1u);
-    EXPECT_THAT(namesOf(infos.at("Quotes")->getModuleInfo("Lines")->metadata), ElementsAre("Amount"));
-    EXPECT_EQ(infos.at("Quotes")->getModuleInfo("Short"), nullptr);
-    EXPECT_FALSE(infos.at("Leads")->childModules.has_value());
-    EXPECT_EQ(infos.at("Nowhere").failure(), MetadataError::notFound);
-}
-
-TEST_P(ModuleInfoTest, LayoutsAreFilteredByModeAndChildrenHaveTheirs) {
-    auto name = field("Quotes", "Name"), shown = field("Quotes", "Shown"), amount = field("Lines", "Amount"),
-         lines = subform("Quotes", "Lines", ValueList{"7", "Lines_Api"});
+TEST_P(ModuleInfoTest, ChildrenAreTheModulesOfSubformFieldsAndLayoutsAreFilteredByMode) {
+    auto name = field("Quotes", "Name"), shown = field("Quotes", "Shown"), amount = field("Lines", "Amount");
     shown.mode = "1";
-    storeModule("Quotes", {name, shown, lines});
+    storeModule("Quotes", {name, shown, subform("Quotes", "Lines", ValueList{"7", "Lines_Api"}),
+                           subform("Quotes", "Short", ValueList{Value("7")}),
+                           subform("Quotes", "Lost", ValueList{"8", "Nowhere_Api"})});
     storeModule("Lines", {amount});
     storeModule("Plain", {field("Plain", "A")});
     store(std::vector{place(name, "1", "S", 1, 1), place(shown, "1", "S", 1, 2), place(amount, "2", "S", 1, 1)});
     storeLayout("Quotes", "1", true);
     storeLayout("Lines", "2", false);
 
-    auto answer = run<GetLayoutModuleInfoWithChild>(LayoutModuleInfoRequest({"Quotes", "Plain"}, DisplayMode::edit));
-    auto& quotes = answer.response->moduleInfoDict.at("Quotes");
+    auto answer = run<GetModuleInfoWithChild>(GetModuleInfoWithChild::Request({"Quotes", "Plain", "Nowhere"}));
+    auto& infos = answer.response->moduleInfoDict;
+    EXPECT_EQ(infos.at("Quotes")->childModules->moduleMap.size(), 1u);
+    EXPECT_THAT(namesOf(infos.at("Quotes")->getModuleInfo("Lines")->metadata), ElementsAre("Amount"));
+    EXPECT_EQ(infos.at("Quotes")->getModuleInfo("Short"), nullptr);
+    EXPECT_FALSE(infos.at("Plain")->childModules.has_value());
+    EXPECT_EQ(infos.at("Nowhere").failure(), MetadataError::notFound);
+
+    auto edited = run<GetLayoutModuleInfoWithChild>(LayoutModuleInfoRequest({"Quotes", "Plain"}, DisplayMode::edit));
+    auto& quotes = edited.response->moduleInfoDict.at("Quotes");
     EXPECT_EQ(quotes->layoutInfo.getDefaultLayout()->metadata.orderedFields.keys(), Strings{identifier("Name")});
     EXPECT_NE(quotes->getLayout("2", "Lines"), nullptr);
     EXPECT_EQ(quotes->getLayout("2", "Quotes"), nullptr);
-    EXPECT_EQ(answer.response->moduleInfoDict.at("Plain").failure(), MetadataError::notFound);
-
-    auto unfiltered = run<GetLayoutModuleInfo>(LayoutModuleInfoRequest({"Quotes"}));
-    EXPECT_EQ(
-        unfiltered.response->moduleInfoDict.at("Quotes")->getLayout("1", "Quotes")->metadata.orderedFields.count(), 2u);
+    EXPECT_EQ(edited.response->moduleInfoDict.at("Plain").failure(), MetadataError::notFound);
 }
 
-TEST_P(ModuleInfoTest, AModuleIsFoundByEachOfItsNames) {
-    storeModule("Leads", {});
-    storeModule("Deals", {});
-    using Request = GetModule::Request;
-    for (auto& request : {Request::moduleId(ModuleIdentifier::Case::leads), Request::moduleName("Leads"),
-                          Request::apiName("Leads_Api")})
-        EXPECT_EQ(run<GetModule>(request).response->moduleList.at(0).moduleName, "Leads");
-    EXPECT_EQ(run<GetModule>(Request::all()).response->moduleList.size(), 2u);
-    EXPECT_EQ(run<GetModule>(Request::apiName("Leads")).failure->which(), AppErrorCase::unknownError);
-}
-
-struct DelegateListener final : GetPermissionsUseCaseDelegate, GetRelatedModulesUseCaseDelegate {
-    void permissionFetched(const ModulePermission& permission) override { answers.push_back(permission.key); }
+struct PermissionListener final : GetPermissionsUseCaseDelegate {
+    void permissionFetched(const ModulePermission& permission) override { answers += permission.key + "; "; }
     void permissionsFetched(const std::string& module, const std::vector<ModulePermission>& permissions) override {
-        answers.push_back(module + " " + std::to_string(permissions.size()));
+        answers += module + " " + std::to_string(permissions.size()) + "; ";
     }
-    void unableToFetchPermissions(const std::string& module) override { answers.push_back("no " + module); }
-    void relatedModulesFetched(const std::string&, const std::vector<RelatedList>& modules) override {
-        for (auto& list : modules) answers.push_back(list.listID);
-    }
-    Strings answers;
+    void unableToFetchPermissions(const std::string& module) override { answers += "no " + module + "; "; }
+    std::string answers;
 };
 
-class DelegateFormsTest : public MetadataTest {
-protected:
-    template <class UC, class Ask>
-    Strings answersOf(Ask ask, bool isReleased = false) {
-        auto listener = std::make_shared<DelegateListener>();
-        auto usecase = std::make_shared<UC>();
-        usecase->delegate = listener;
-        ask(*usecase);
-        if (isReleased) usecase.reset();
-        settle();
-        return listener->answers;
-    }
-};
-
-TEST_F(DelegateFormsTest, PermissionsAreAnsweredOncePerCall) {
+TEST_P(ModuleInfoTest, PermissionsAreAnsweredOncePerCallAndNotAfterRelease) {
     storePermission("Leads", "Create", true);
     storePermission("Leads", "Edit", true);
-    using Permissions = GetPermissionsUseCase;
-    EXPECT_THAT(answersOf<Permissions>([](auto& uc) { uc.getPermission("Leads", "Edit"); }), ElementsAre("Edit"));
-    EXPECT_THAT(answersOf<Permissions>([](auto& uc) { uc.getPermission("Leads", "View"); }), ElementsAre("no Leads"));
-    EXPECT_THAT(answersOf<Permissions>([](auto& uc) { uc.getPermissions("Leads"); }), ElementsAre("Leads 2"));
-}
-
-TEST_F(DelegateFormsTest, RelatedModulesComeInTheirOrderAndNotAfterRelease) {
-    for (auto order : {10, 9}) {
-        RelatedList list;
-        list.moduleName = "Leads", list.listID = "list" + std::to_string(order), list.relatedOrder = order;
-        ModuleRelatedListInDatabase(configuration().databaseAdapter.get()).storeModuleRelatedList(list);
-    }
-    auto ask = [](auto& uc) { uc.getRelatedModules("Leads"); };
-    EXPECT_THAT(answersOf<GetRelatedModulesUseCase>(ask), ElementsAre("list9", "list10"));
-    EXPECT_THAT(answersOf<GetRelatedModulesUseCase>(ask, true), IsEmpty());
+    auto listener = std::make_shared<PermissionListener>();
+    auto usecase = std::make_shared<GetPermissionsUseCase>();
+    usecase->delegate = listener;
+    usecase->getPermission("Leads", "Edit");
+    settle();
+    usecase->getPermission("Leads", "View");
+    settle();
+    usecase->getPermissions("Leads");
+    settle();
+    EXPECT_EQ(listener->answers, "Edit; no Leads; Leads 2; ");
+    usecase->getPermissions("Leads");
+    usecase.reset();
+    settle();
+    EXPECT_EQ(listener->answers, "Edit; no Leads; Leads 2; ");
 }
 
 INSTANTIATE_TEST_SUITE_P(Namings, ModuleInfoTest, ::testing::Values(Naming::column, Naming::api),

@@ -64,10 +64,6 @@ std::string sent(const NetworkCall& call) {
 
 class ServiceTest : public FoundationTest {
 protected:
-    struct Outcome {
-        int completions = 0;
-        std::optional<NetworkError> error;
-    };
     template <class Service>
     std::shared_ptr<Service> scripted(std::shared_ptr<Service> service) {
         adapter = std::make_shared<ScriptedNetworkAdapter>();
@@ -81,26 +77,31 @@ protected:
     }
     std::shared_ptr<StaticBaseNetworkService> plain() { return scripted(std::make_shared<StaticBaseNetworkService>()); }
 
+    /// Completions of requests are collected here.
+    NetworkCompletion keep() {
+        return [this](NetworkAnswer answer) { answers.push_back(std::move(answer)); };
+    }
+    /// Returns what the only completion got: a body, or an error with the body that it must not have.
+    std::string taken() {
+        settle();
+        if (answers.size() != 1) return std::to_string(answers.size()) + " answers";
+        auto answer = std::exchange(answers, {}).front();
+        return answer.error ? std::string(bren::kindName(answer.error->kind)) + answer.body.text() : answer.body.text();
+    }
+    /// Returns what is sent for a request that completes once, or "unsent" and the error.
     template <class Service, class Request>
     std::string outcomeOf(const std::shared_ptr<Service>& service, Request request) {
-        Outcome outcome;
-        request.completionHandler = [&](NetworkAnswer answer) {
-            ++outcome.completions;
-            outcome.error = answer.error;
-        };
+        request.completionHandler = keep();
         service->sendRequest(std::move(request));
-        settle();
-        EXPECT_EQ(outcome.completions, 1);
-        auto calls = adapter->calls();
-        if (calls.empty())
-            return outcome.error ? "unsent " + std::string(bren::kindName(outcome.error->kind)) : "unsent";
-        return sent(calls.front());
+        auto answer = taken();
+        return adapter->calls().empty() ? "unsent " + answer : sent(adapter->calls().front());
     }
     void chooseOrganisation() {
         OrganisationInUserDefaults().setCurrentOrganisation(Organisation{"77", "Org", true, true});
     }
 
     std::shared_ptr<ScriptedNetworkAdapter> adapter;
+    std::vector<NetworkAnswer> answers;
 };
 
 TEST_F(ServiceTest, ReportsACallToTheDelegateInOrder) {
@@ -191,98 +192,54 @@ public:
     TokenCompletion give;
 };
 
-class ScopeOfServicesTest : public ServiceTest {
-protected:
-    struct Change {
+TEST_F(ServiceTest, NothingIsSentAfterASwitch) {
+    auto& settings = configuration();
+    std::shared_ptr<DatabaseAdapter> database = openDatabase();
+    struct {
         std::string name;
-        std::function<void()> make;
+        std::function<void()> change;
         bool outdates = true;
+    } switches[] = {
+        {"nothing", [] {}, false},
+        {"account", [&] { signIn("2002"); }},
+        {"organisation", [&] { settings.currentOrgID = "7"; }},
+        {"database", [&] { settings.databaseAdapter = nullptr; }},
+        {"naming", [&] { settings.fieldIdentifier = FieldIdentifier::fieldAPINameIdentifier(); }, false},
     };
-    std::vector<Change> changes() {
-        return {
-            {"nothing", [] {}, false},
-            {"account", [this] { signIn("2002"); }},
-            {"organisation", [this] { configuration().currentOrgID = "7"; }},
-            {"database", [this] { configuration().databaseAdapter = nullptr; }},
-            {"naming", [this] { configuration().fieldIdentifier = FieldIdentifier::fieldAPINameIdentifier(); }, false}};
-    }
-    /// Each change begins with the same scope.
-    void restore() {
+    for (auto& one : switches) {
+        SCOPED_TRACE(one.name);
         signIn("1001");
-        configuration().currentOrgID = "";
-        configuration().databaseAdapter = database;
-    }
-    void SetUp() override {
-        ServiceTest::SetUp();
-        database = openDatabase();
-    }
-    NetworkCompletion keep() {
-        return [this](NetworkAnswer answer) { answers.push_back(std::move(answer)); };
-    }
-    std::string taken() {
-        settle();
-        if (answers.size() != 1) return std::to_string(answers.size()) + " answers";
-        auto answer = std::exchange(answers, {}).front();
-        return answer.error ? std::string(bren::kindName(answer.error->kind)) + answer.body.text() : answer.body.text();
-    }
-
-    std::shared_ptr<DatabaseAdapter> database;
-    std::vector<NetworkAnswer> answers;
-};
-
-TEST_F(ScopeOfServicesTest, AnAnswerAfterASwitchIsAFailureWithoutABody) {
-    for (auto& change : changes())
-        for (bool isStatic : {false, true}) {
-            SCOPED_TRACE(change.name);
-            restore();
-            auto older = base();
-            auto newer = isStatic ? plain() : nullptr;
-            adapter->answer("body");
-            adapter->beforeAnswer = change.make;
-            if (newer)
-                newer->sendRequest({.url = "https://h.test/x", .completionHandler = keep()});
-            else
-                older->sendRequest({.completionHandler = keep()});
-            EXPECT_EQ(taken(), change.outdates ? "the account at work has changed" : "body");
-        }
-}
-
-TEST_F(ScopeOfServicesTest, AServiceSendsNothingAfterASwitch) {
-    for (auto& change : changes()) {
-        SCOPED_TRACE(change.name);
-        restore();
+        settings.currentOrgID = "";
+        settings.databaseAdapter = database;
         auto service = base();
-        change.make();
+        one.change();
         service->sendRequest({.completionHandler = keep()});
         service->upload({.url = "https://h.test/up", .source = Data("x"), .completionHandler = keep()});
         settle();
-        EXPECT_EQ(adapter->calls().empty(), change.outdates);
-        EXPECT_EQ(adapter->uploads().empty(), change.outdates);
-        EXPECT_EQ(answers.size(), change.outdates ? 2u : 1u);
-        answers.clear();
+        EXPECT_EQ(adapter->calls().empty(), one.outdates);
+        EXPECT_EQ(adapter->uploads().empty(), one.outdates);
+        EXPECT_EQ(std::exchange(answers, {}).size(), one.outdates ? 2u : 1u);
     }
 }
 
-TEST_F(ScopeOfServicesTest, ATokenThatComesAfterASwitchIsNotUsed) {
-    for (auto& change : changes()) {
-        SCOPED_TRACE(change.name);
-        restore();
-        auto slow = std::make_shared<SlowToken>();
-        configuration().authentication = slow;
-        auto service = base();
-        service->sendRequest({.completionHandler = keep()});
-        if (change.name == "account")
-            slow->user = "2002";
-        else
-            change.make();
-        slow->give("token-of-1001");
-        settle();
-        EXPECT_EQ(adapter->calls().empty(), change.outdates);
-        answers.clear();
-    }
+TEST_F(ServiceTest, AnAnswerOrATokenThatComesAfterASwitchIsNotUsed) {
+    auto newer = plain();
+    adapter->answer("body");
+    adapter->beforeAnswer = [this] { signIn("2002"); };
+    newer->sendRequest({.url = "https://h.test/x", .completionHandler = keep()});
+    EXPECT_EQ(taken(), "the account at work has changed") << "and no body";
+
+    auto slow = std::make_shared<SlowToken>();
+    configuration().authentication = slow;
+    auto service = base();
+    service->sendRequest({.completionHandler = keep()});
+    slow->user = "2002";
+    slow->give("token-of-1001");
+    EXPECT_EQ(taken(), "the account at work has changed");
+    EXPECT_TRUE(adapter->calls().empty());
 }
 
-TEST_F(ScopeOfServicesTest, ATokenThatNeverComesEndsTheCall) {
+TEST_F(ServiceTest, ATokenThatNeverComesEndsTheCall) {
     auto slow = std::make_shared<SlowToken>();
     configuration().authentication = slow;
     platform::Clock::set(platform::Clock::now());
@@ -330,21 +287,16 @@ TEST_F(ServiceTest, SetsTheFixedHeadersAndLogsNamesOnly) {
 
 TEST_F(ServiceTest, AnswersThroughTaskCompletionHandlerWhileTheServiceLives) {
     struct Service final : BaseNetworkService {
-        explicit Service(std::vector<std::string>& bodies)
-            : BaseNetworkService(std::make_shared<NetworkConstants>()), bodies(bodies) {
-            baseURL = "https://h.test/";
-        }
-        void taskCompletionHandler(NetworkAnswer answer) override {
-            bodies.push_back(answer.body.text() + answer.identifier.value_or(""));
-        }
-        std::vector<std::string>& bodies;
+        using BaseNetworkService::BaseNetworkService;
+        void taskCompletionHandler(NetworkAnswer answer) override { bodies.push_back(answer.body.text()); }
+        std::vector<std::string> bodies;
     };
-    std::vector<std::string> bodies;
-    auto service = scripted(std::make_shared<Service>(bodies));
-    adapter->answer("one ");
-    service->sendRequest({.identifier = "id"});
+    auto service = scripted(std::make_shared<Service>(std::make_shared<NetworkConstants>()));
+    service->baseURL = "https://h.test/";
+    adapter->answer("one");
+    service->sendRequest({});
     settle();
-    EXPECT_EQ(bodies, std::vector<std::string>{"one id"});
+    EXPECT_EQ(service->bodies, std::vector<std::string>{"one"});
 }
 
 TEST_F(ServiceTest, UploadsCarryTheTokenInTheirHeadersOrParameters) {

@@ -14,33 +14,26 @@ using ErrorCase = ParserError::Case;
 Data body(std::string text) { return Data(std::move(text)); }
 
 TEST(ParserTest, ReadsThePlainEnvelope) {
-    struct {
-        std::string body;
-        std::string expected;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", "absent"},
         {"null", "absent"},
-        {"{}", "absent"},
-        {"{\"response\":[]}", "absent"},
-        {"{\"response\":{\"result\":[1]}}", "absent"},
-        {"{\"response\":{\"result\":[{}, {}]}}", "2 entries, times 0 0"},
-        {"{\"response\":{\"result\":[],\"responseInfo\":{\"servertime\":5,\"responsetime\":7}}}",
-         "0 entries, times 5 7"},
-        {"{\"response\":{\"result\":[],\"responseInfo\":{\"servertime\":\"5\",\"responsetime\":7}}}",
-         "0 entries, times 0 7"},
-        {"{\"response\":{\"result\":[],\"responseInfo\":{\"servertime\":-5,\"responsetime\":7}}}",
-         "0 entries, times 0 7"},
-        {"{\"error\":[{\"code\":\"x\"}],\"response\":{\"result\":[]}}", "1 errors"},
-        {"{\"error\":{},\"response\":{\"result\":[]}}", "0 entries, times 0 0"},
+        {R"({"response":[]})", "absent"},
+        {R"({"response":{"result":[1]}})", "absent"},
+        {R"({"response":{"result":[{}, {}]}})", "2 entries, times 0 0"},
+        {R"({"response":{"result":[],"responseInfo":{"servertime":5,"responsetime":7}}})", "0 entries, times 5 7"},
+        {R"({"response":{"result":[],"responseInfo":{"servertime":"5","responsetime":7}}})", "0 entries, times 0 7"},
+        {R"({"response":{"result":[],"responseInfo":{"servertime":-5,"responsetime":7}}})", "0 entries, times 0 7"},
+        {R"({"error":[{"code":"x"}],"response":{"result":[]}})", "1 errors"},
+        {R"({"error":{},"response":{"result":[]}})", "0 entries, times 0 0"},
     };
-    for (auto& one : cases) {
-        auto parsed = Parser::getJSONData(body(one.body));
+    for (auto& [text, expected] : cases) {
+        auto parsed = Parser::getJSONData(body(text));
         std::string seen = "absent";
         if (parsed && parsed->error) seen = std::to_string(parsed->error->size()) + " errors";
         if (parsed && parsed->result)
             seen = std::to_string(parsed->result->size()) + " entries, times " + std::to_string(parsed->serverTime) +
                    " " + std::to_string(parsed->responseTime);
-        EXPECT_EQ(seen, one.expected) << one.body;
+        EXPECT_EQ(seen, expected) << text;
     }
 }
 
@@ -78,41 +71,33 @@ std::string described(const Data& data) {
            std::to_string(response->responseInfo.responseTime);
 }
 
-std::string result(const std::string& entries, const std::string& info = "{\"servertime\":5,\"responsetime\":7}") {
-    return "{\"response\":{\"result\":" + entries + ",\"responseInfo\":" + info + "}}";
+std::string result(const std::string& entries, const std::string& info = R"({"servertime":5,"responsetime":7})") {
+    return R"({"response":{"result":)" + entries + R"(,"responseInfo":)" + info + "}}";
 }
 
 TEST(ParserProtocolTest, OneEntrysFailureLeavesTheOthers) {
-    struct {
-        std::string body;
-        std::string expected;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"null", "jsonSerializationFailed"},
-        {"12", "jsonSerializationFailed"},
-        {"{\"a\"", "jsonSerializationFailed"},
-        {"{\"error\":[]}", "responseError"},
-        {"{\"error\":{}}", "keyNotFound(response)"},
-        {"{\"response\":3}", "typeConversionFailedForKey(response)"},
-        {"{\"response\":{\"error\":{\"code\":\"x\"},\"result\":[]}}", "responseError"},
-        {"{\"response\":{}}", "keyNotFound(result)"},
-        {"{\"response\":{\"result\":[3]}}", "typeConversionFailedForKey(result)"},
+        {R"({"a")", "jsonSerializationFailed"},
+        {R"({"error":[]})", "responseError"},
+        {R"({"error":{}})", "keyNotFound(response)"},
+        {R"({"response":3})", "typeConversionFailedForKey(response)"},
+        {R"({"response":{"error":{"code":"x"},"result":[]}})", "responseError"},
+        {R"({"response":{}})", "keyNotFound(result)"},
+        {R"({"response":{"result":[3]}})", "typeConversionFailedForKey(result)"},
         {result("[]"), "5,7"},
         {result("[]", "null"), "0,0"},
-        {result("[]", "{\"servertime\":5,\"responsetime\":\"7\"}"), "0,0"},
-        {result("[]", "{\"servertime\":5}"), "0,0"},
-        {result("[{\"info\":{\"module\":\"A\",\"count\":3,\"more_records\":true},\"data\":[1,2]}]"), "A:2;5,7"},
-        {result(
-             "[{\"info\":{\"module\":\"A\"},\"data\":[1],\"error\":[{}]},{\"info\":{\"module\":\"B\"},\"data\":[]}]"),
+        {result("[]", R"({"servertime":5,"responsetime":"7"})"), "0,0"},
+        {result(R"([{"info":{"module":"A"},"data":[1],"error":[{}]},{"info":{"module":"B"},"data":[]}])"),
          "A:responseError;B:0;5,7"},
-        {result("[{\"info\":{\"module\":\"A\"},\"error\":\"text\",\"data\":[1]}]"), "A:1;5,7"},
-        {result("[{\"data\":[]},{\"info\":3},{\"info\":{\"module\":7},\"data\":[]},{\"info\":{}},{\"info\":{},\"data\":"
-                "{}}]"),
+        {result(R"([{"info":{"module":"A"},"error":"text","data":[1]}])"), "A:1;5,7"},
+        {result(R"([{"data":[]},{"info":3},{"info":{"module":7},"data":[]},{"info":{}},{"info":{},"data":{}}])"),
          "keyNotFound(info);typeConversionFailedForKey(info);typeConversionFailedForKey(info);keyNotFound(data);"
          "typeConversionFailedForKey(data);5,7"},
-        {result("[{\"info\":{\"module\":\"A\"},\"data\":[\"refuse\"]},{\"info\":{\"module\":null},\"data\":[0]}]"),
+        {result(R"([{"info":{"module":"A"},"data":["refuse"]},{"info":{"module":null},"data":[0]}])"),
          "A:inValidInput;?:1;5,7"},
     };
-    for (auto& one : cases) EXPECT_EQ(described(body(one.body)), one.expected) << one.body;
+    for (auto& [text, expected] : cases) EXPECT_EQ(described(body(text)), expected) << text;
 }
 
 TEST(ResultInfoTest, AMapIsReadLenientlyAndJSONStrictly) {

@@ -124,14 +124,13 @@ TEST_F(UtilityTest, ProgressAndChoicesBelongToTheirAccount) {
     util.setCurrencyCompleted();
     util.setModuleOrder({"Deals", "Leads"});
     util.setProgressPercent(40);
-    EXPECT_TRUE(util.isCurrencyCompleted());
-    EXPECT_FALSE(util.isPermissionsCompleted());
-    EXPECT_EQ(util.getProgressPercent(), 40);
-    EXPECT_THAT(*util.getModuleOrder(), ElementsAre("Deals", "Leads"));
-    signIn("2002");
-    EXPECT_FALSE(util.isCurrencyCompleted());
-    EXPECT_EQ(util.getProgressPercent(), 0);
-    EXPECT_EQ(util.getModuleOrder(), std::nullopt);
+    for (bool isOwn : {true, false}) {
+        if (!isOwn) signIn("2002");
+        EXPECT_EQ(util.isCurrencyCompleted(), isOwn);
+        EXPECT_FALSE(util.isPermissionsCompleted());
+        EXPECT_EQ(util.getProgressPercent(), isOwn ? 40 : 0);
+        EXPECT_EQ(util.getModuleOrder().has_value(), isOwn);
+    }
 }
 
 TEST_F(UtilityTest, BinarySearch) {

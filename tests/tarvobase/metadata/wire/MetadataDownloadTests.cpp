@@ -11,9 +11,9 @@
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/value_objects/module/ModuleInDatabase.h"
 #include "tarvobase/value_objects/module/ModulesInMemory.h"
-#include "tests/tarvobase/Fixture.h"
 #include "tests/tarvobase/MetadataTables.h"
 #include "tests/tarvobase/MetadataWire.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -53,12 +53,12 @@ public:
     void getMetadata(const MetadataNetworkParams& params, NetworkCompletion callback) override {
         calls.push_back({params, std::move(callback)});
     }
-    /// Answers a call with full metadata of its modules, or with an unreadable body.
-    void answer(std::size_t call, bool isReadable = true) {
+    /// Answers a call with full metadata of its modules.
+    void answer(std::size_t call) {
         ValueList entries;
         for (auto& module : calls[call].params.modules) entries.emplace_back(wire::entry(module.moduleName));
         auto callback = calls[call].callback;
-        callback({.body = Data(isReadable ? wire::body(std::move(entries)) : "<html>")});
+        callback({.body = Data(wire::body(std::move(entries)))});
     }
     std::vector<std::string> asked() const {
         std::vector<std::string> names;
@@ -68,25 +68,24 @@ public:
     std::deque<Call> calls;
 };
 
-class MetadataDownloadTest : public FoundationTest {
+class MetadataDownloadTest : public ServerTest {
 protected:
     void SetUp() override {
-        FoundationTest::SetUp();
-        database = openDatabase();
-        for (auto& statement : metadataTables()) database->createTable(statement);
+        ServerTest::SetUp();
+        createTables(metadataTables());
         BrenNotificationCenter::shared().add<ModuleChangedObserver>(listener);
     }
-    std::shared_ptr<InitMetadataDM> overNetwork(const std::shared_ptr<DatabaseAdapter>& secondary) {
-        auto service = std::make_shared<MetadataNS>();
-        service->setNetworkAdapter(network);
+    std::shared_ptr<InitMetadataDM> step(const std::shared_ptr<DatabaseAdapter>& secondary,
+                                         std::shared_ptr<MetadataNSP> service = nullptr) {
+        if (!service) service = overNetwork<MetadataNS>();
         return InitMetadataDM::make(database, secondary, std::make_shared<BrenUserDefaults>(), service);
     }
     /// Downloads the modules with the scripted answers, and waits for the end.
     void download(const std::vector<std::string>& modules,
                   const std::shared_ptr<DatabaseAdapter>& secondary = nullptr) {
-        auto step = overNetwork(secondary ? secondary : database);
+        auto download = step(secondary ? secondary : database);
         std::atomic<bool> done = false;
-        step->getMetaData(modulesNamed(modules), [&] { done = true; }, {});
+        download->getMetaData(modulesNamed(modules), [&] { done = true; }, {});
         pump([&] { return done.load(); });
         settle();
     }
@@ -99,48 +98,26 @@ protected:
         for (auto table : sectionTables) counts.push_back(database->count(table, std::nullopt).value_or(-1));
         return counts;
     }
-    std::vector<std::string> column(const std::string& query) {
-        std::vector<std::string> values;
-        if (auto rows = database->fetchObjects(query, std::nullopt))
-            for (auto row : *rows) values.push_back(row.cell(0).copy().toText().value_or("NULL"));
-        return values;
-    }
-
-    std::shared_ptr<KelvaDatabasePersistance> database;
-    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
     std::shared_ptr<ModuleListener> listener = std::make_shared<ModuleListener>();
 };
 
 TEST_F(MetadataDownloadTest, AsksForModulesWithTheProfileOfTheUser) {
-    struct {
-        std::optional<User> stored;
-        std::optional<std::string> user;
-        std::string expected;
-    } cases[] = {
-        {std::nullopt, "1001", "123"},
-        {User{.id = "7", .BrenUID = "1001", .profileID = "P7"}, "1001", "P7"},
-        {std::nullopt, std::nullopt, "123"},
-        {User{.id = "8", .BrenUID = "1003"}, "1003", ""},
-    };
-    auto service = std::make_shared<HeldMetadataService>();
-    for (auto& one : cases) {
-        signIn(one.user);
-        if (one.stored) Stores::over(database).users()->storeUser(*one.stored);
-        auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
-        step->getMetaData(modulesNamed({"Leads"}), {}, {});
-        EXPECT_EQ(service->calls.back().params.profile, one.expected) << one.user.value_or("nobody");
-        service->answer(service->calls.size() - 1);
-    }
-
-    signIn("1001");
     configuration().getMetadataApiVersion = GetMetadataApiVersion::crm;
-    network->answer(wire::body({}));
-    download({"Leads", "CustomModule1"});
-    auto call = network->calls().front();
+    auto users = Stores::over(database).users();
+    auto profileAskedBy = [&](const std::optional<std::string>& user) {
+        signIn(user);
+        network->answer(wire::body({}));
+        download({"Leads", "CustomModule1"});
+        return network->calls().back().params->valueOf("profileid").textOr("");
+    };
+    EXPECT_EQ(profileAskedBy("1001"), "123") << "the user is not stored";
+    users->storeUser({.id = "7", .BrenUID = "1001", .profileID = "P7"});
+    EXPECT_EQ(profileAskedBy(std::nullopt), "123");
+    EXPECT_EQ(profileAskedBy("1001"), "P7");
+    auto call = network->calls().back();
     EXPECT_TRUE(call.request.url.ends_with("/crm/v5/getmetadatainfo")) << call.request.url;
-    EXPECT_EQ(call.params.value(), (ValueMap{{"profileid", "P7"},
-                                             {"module", ValueList{"Leads", "CustomModule1"}},
-                                             {"moduleAPI", ValueList{"Leads_API", "CustomModule1_API"}}}));
+    EXPECT_EQ(call.params->valueOf("module"), Value(ValueList{"Leads", "CustomModule1"}));
+    EXPECT_EQ(call.params->valueOf("moduleAPI"), Value(ValueList{"Leads_API", "CustomModule1_API"}));
 }
 
 TEST_F(MetadataDownloadTest, StoresTheSameInBothNamings) {
@@ -238,18 +215,18 @@ TEST_F(MetadataDownloadTest, ModulesInMemorySeeTheNewStatements) {
 }
 
 TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {
-    auto step = overNetwork(database);
+    auto download = step(database);
     network->fail(NetworkError::Kind::other);
     std::atomic<bool> done = false;
-    step->getMetaData(modulesNamed({"Leads"}),
-                      [&] {
-                          // The first notice has arrived; the second one is not posted before this returns.
-                          MainQueue::shared()->sync([] {});
-                          EXPECT_EQ(listener->onMain, 1);
-                          EXPECT_EQ(listener->inBackground, 0);
-                          done = true;
-                      },
-                      {});
+    download->getMetaData(modulesNamed({"Leads"}),
+                          [&] {
+                              // The first notice has arrived; the second one is not posted before this returns.
+                              MainQueue::shared()->sync([] {});
+                              EXPECT_EQ(listener->onMain, 1);
+                              EXPECT_EQ(listener->inBackground, 0);
+                              done = true;
+                          },
+                          {});
     pump([&] { return done.load(); });
     settle();
     EXPECT_EQ(listener->onMain, 1);
@@ -259,7 +236,7 @@ TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {
 
 TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
     auto service = std::make_shared<HeldMetadataService>();
-    auto step = InitMetadataDM::make(database, database, std::make_shared<BrenUserDefaults>(), service);
+    auto step = this->step(database, service);
     std::vector<std::string> ends;
     auto ending = [&](const std::string& name) { return [&ends, name] { ends.push_back(name); }; };
     step->getMetaData(modulesNamed({"A"}),
@@ -317,7 +294,7 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
         configuration().fieldIdentifier = naming;
         downloadAnswered({leads, accounts});
         EXPECT_EQ(filled(), expected) << "in the commit of the metadata";
-        database->execute("UPDATE MODULE_RELATED_LIST SET lookup_column = ''", std::nullopt);
+        runStatement("UPDATE MODULE_RELATED_LIST SET lookup_column = ''");
         EXPECT_TRUE(fill());
         EXPECT_EQ(filled(), expected);
     }

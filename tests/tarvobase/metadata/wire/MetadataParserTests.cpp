@@ -191,11 +191,8 @@ TEST_F(MetadataParserTest, OddColumnsDoNotLoseTheField) {
     EXPECT_EQ(parsed.front()->maxLength, 0);
     EXPECT_EQ(parsed.front()->lookupModule, "");
     EXPECT_FALSE(parsed.front()->isReadOnly);
-    auto lines = logged();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "field type not known to this version: hologram"), 1);
-    EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
-                            [](auto& line) { return line.find("options of a field") != std::string::npos; }),
-              1);
+    EXPECT_EQ(linesWith("field type not known to this version: hologram"), 1);
+    EXPECT_EQ(linesWith("options of a field"), 1);
 }
 
 TEST_F(MetadataParserTest, AShortSortFallsBackToTheLastModification) {

@@ -10,8 +10,7 @@ class LayoutModelTest : public MetadataModelTest {
 protected:
     void SetUp() override {
         MetadataModelTest::SetUp();
-        openTables();
-        layouts.emplace(adapter);
+        layouts.emplace(database);
         configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = true;
     }
     static FieldList deals(const FieldIdentifier& naming = columnNaming()) {
@@ -19,19 +18,11 @@ protected:
     }
     static LayoutFieldData place(const std::string& layout, const std::string& column, const std::string& apiName,
                                  int position = 0) {
-        return {.layoutID = layout,
-                .fieldID = "Deals" + column,
-                .fieldAPIName = apiName,
-                .crmColumnName = column,
-                .moduleName = "Deals",
-                .sectionName = "deal",
-                .sectionDV = "Geschäft",
-                .isSubformSection = true,
-                .sectionSequence = 1,
-                .mandatory = true,
-                .defaultValue = "x",
-                .fieldPosition = position,
-                .additionalInfo = ValueMap{{"maximum_rows", 3}}};
+        LayoutFieldData place{layout, "Deals" + column, apiName, column, "Deals", "deal", "Geschäft"};
+        place.isSubformSection = place.mandatory = true;
+        place.sectionSequence = 1, place.fieldPosition = position, place.defaultValue = "x";
+        place.additionalInfo = ValueMap{{"maximum_rows", 3}};
+        return place;
     }
     /// Over the open database.
     std::optional<LayoutMetadataInDatabase> layouts;
@@ -50,14 +41,14 @@ TEST_F(LayoutModelTest, ARowIsJoinedWithItsFieldInBothNamings) {
         EXPECT_EQ(rows[1].additionalInfo->valueOf("maximum_rows"), Value(3));
         layouts->storeLayoutMetadata(rows);
     }
-    EXPECT_EQ(adapter->count("LAYOUT_SPECIFIC_METADATA", Criteria::equalTo("default_value", "x")), 3)
+    EXPECT_EQ(database->count("LAYOUT_SPECIFIC_METADATA", Criteria::equalTo("default_value", "x")), 3)
         << "stored again in their own rows";
 }
 
 TEST_F(LayoutModelTest, TwoColumnsFollowTheirSetting) {
     const std::pair<bool, bool> cases[] = {{false, true}, {true, false}, {true, true}};
     for (auto& [isWritten, isRead] : cases) {
-        adapter->deleteAllObjects("LAYOUT_SPECIFIC_METADATA");
+        database->deleteAllObjects("LAYOUT_SPECIFIC_METADATA");
         configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = isWritten;
         layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
         configuration().hasAdditionalInfoAndSubformKeysInLayoutMeta = isRead;
@@ -73,7 +64,7 @@ TEST_F(LayoutModelTest, MandatoryIsReadLeniently) {
                                                   {"'false'", false}, {"'1'", false},   {"NULL", false}};
     layouts->storeLayoutMetadata(std::vector{place("1", "STAGE", "Stage")});
     for (auto& [sql, isMandatory] : cases) {
-        adapter->execute("UPDATE LAYOUT_SPECIFIC_METADATA SET mandatory = " + sql, std::nullopt);
+        database->execute("UPDATE LAYOUT_SPECIFIC_METADATA SET mandatory = " + sql, std::nullopt);
         EXPECT_EQ(layouts->getLayoutMetadata("Deals", deals())->at(0).mandatory, isMandatory) << sql;
     }
 }
@@ -103,8 +94,7 @@ TEST_F(LayoutModelTest, RowsAreGroupedByModuleAndByLayout) {
 }
 
 TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
-    openTables();
-    ModuleLayoutInfoInDatabase infos("MODULE_LAYOUT_INFO", adapter);
+    ModuleLayoutInfoInDatabase infos("MODULE_LAYOUT_INFO", database);
     ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, false};
     infos.storeModuleLayoutInfo({standard, closed});
     EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->at("Leads"), (std::vector{standard, closed}));

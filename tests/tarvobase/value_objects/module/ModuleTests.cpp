@@ -1,19 +1,12 @@
 #include "platform/ProcessState.h"
 #include "tarvobase/value_objects/module/ModuleInDatabase.h"
-#include "tests/tarvobase/Fixture.h"
 #include "tests/tarvobase/MetadataTables.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
 
-const Module leads{.id = "77",
-                   .moduleName = "Leads",
-                   .singularName = "Lead",
-                   .pluralName = "Leads of us",
-                   .apiName = "Leads_API",
-                   .position = 4,
-                   .type = ModuleType::default_,
-                   .tableCreationQuery = "CREATE TABLE x"};
+const Module leads{"77", "Leads", "Lead", "Leads of us", "Leads_API", 4, ModuleType::default_, "CREATE TABLE x"};
 
 class ModuleTest : public FoundationTest {};
 
@@ -59,14 +52,12 @@ TEST_F(ModuleTest, ConvertsInBothFormsWithAndWithoutIds) {
     EXPECT_EQ(odd, Module());
 }
 
-class ModuleInDatabaseTest : public FoundationTest {
+class ModuleInDatabaseTest : public ServerTest {
 protected:
     std::shared_ptr<ModuleInDatabase> open(const std::string& schema = metadataTables().front()) {
-        adapter = openDatabase();
-        adapter->createTable(schema);
-        return std::make_shared<ModuleInDatabase>("MODULE_DETAILS", adapter);
+        database->createTable(schema);
+        return std::make_shared<ModuleInDatabase>("MODULE_DETAILS", database);
     }
-    std::shared_ptr<KelvaDatabasePersistance> adapter;
 };
 
 TEST_F(ModuleInDatabaseTest, StoresFindsAndDeletes) {
@@ -83,7 +74,7 @@ TEST_F(ModuleInDatabaseTest, StoresFindsAndDeletes) {
     EXPECT_FALSE(modules->getModulesByApiNames({"Nobody"}).ok());
     modules->deleteModules({leads});
     EXPECT_EQ(modules->getAllModules().value().size(), 1u);
-    adapter->dropTable("MODULE_DETAILS");
+    database->dropTable("MODULE_DETAILS");
     EXPECT_EQ(modules->getAllModules().error(), ParserError(ParserError::Case::noData));
 }
 
@@ -107,9 +98,7 @@ TEST_F(ModuleInDatabaseTest, AMissingColumnDoesNotLoseARow) {
     EXPECT_EQ(deals.singularName, "42") << "stored as a number";
     EXPECT_EQ(deals.position, 2);
     EXPECT_EQ(modules->getAllModules()->size(), 2u);
-    auto lines = logged();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "table MODULE_DETAILS has no column plural_name: it is left out"),
-              1);
+    EXPECT_EQ(linesWith("table MODULE_DETAILS has no column plural_name: it is left out"), 1);
 }
 
 }  // namespace

@@ -5,7 +5,6 @@ namespace tarvo {
 namespace {
 
 TEST_F(MetadataModelTest, AnUnknownPermissionIsFalse) {
-    openTables();
     ModulePermissionsInDatabase permissions(configuration().databaseAdapter.get());
     permissions.storeModulePermissions({{"Leads", "Leads_API", "Create", true},
                                         {"Leads", "Leads_API", "Edit", false},
@@ -17,7 +16,7 @@ TEST_F(MetadataModelTest, AnUnknownPermissionIsFalse) {
     EXPECT_EQ(permissions.getModulePermissionWith("Leads", "View"), std::nullopt);
     EXPECT_EQ(permissions.getModulePermissionsByModuleNames({"Leads", "Deals", "Nobody"})->size(), 2u);
     EXPECT_EQ(permissions.getModulePermissionsByModuleAPINames({"Deals_API"})->at("Deals").size(), 1u);
-    adapter->dropTable("PERMISSIONS");
+    database->dropTable("PERMISSIONS");
     EXPECT_FALSE(permissions.getModulePermissionsByModuleNames({"Leads"}).ok());
 }
 

@@ -5,7 +5,6 @@ namespace tarvo {
 namespace {
 
 TEST_F(MetadataModelTest, RelatedListsAreSortedByTheirNumberAndTakeTheirColumn) {
-    openTables();
     ModuleRelatedListInDatabase lists(configuration().databaseAdapter.get());
     RelatedList notes{.moduleName = "Leads", .relatedModuleName = "Notes", .listID = "1", .relatedOrder = 10};
     RelatedList tasks{.moduleName = "Leads", .relatedModuleName = "Tasks", .listID = "2", .relatedOrder = 9};

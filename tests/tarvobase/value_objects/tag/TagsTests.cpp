@@ -4,7 +4,7 @@
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/value_objects/tag/TagInDatabase.h"
 #include "tests/tarvobase/AccountTables.h"
-#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -33,12 +33,11 @@ public:
     std::string changed;
 };
 
-class TagsTest : public FoundationTest {
+class TagsTest : public ServerTest {
 protected:
     void SetUp() override {
-        FoundationTest::SetUp();
-        adapter = openDatabase();
-        for (auto& statement : accountTables()) adapter->createTable(statement);
+        ServerTest::SetUp();
+        createTables(accountTables());
         makeUseCase();
         BrenNotificationCenter::shared().add<RecordChangedObserver>(observer);
     }
@@ -60,20 +59,18 @@ protected:
         return answers;
     }
 
-    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
-    std::shared_ptr<DatabaseAdapter> adapter;
     std::shared_ptr<GetModuleTagsUC> usecase;
     std::shared_ptr<ChangedRecords> observer = std::make_shared<ChangedRecords>();
 };
 
 TEST_F(TagsTest, TheServersTagsReplaceTheStoredOnes) {
-    TagInDatabase(adapter).storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}, {"9", "big", "Deals"}});
-    TagRecordInDatabase(adapter).storeTagRecords({{"2", "old", "Leads"}, {"1", "hot", "Leads"}}, "r1");
+    TagInDatabase(database).storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}, {"9", "big", "Deals"}});
+    TagRecordInDatabase(database).storeTagRecords({{"2", "old", "Leads"}, {"1", "hot", "Leads"}}, "r1");
     network->answer(tagsBody(ValueList{ValueList{"1", "warm"}, ValueList{"3"}, ValueList{"4", "new", "#ff0000"}}));
     EXPECT_EQ(ask(DataSource::both), "database 1=hot 2=old ; network 1=warm 4=new ; ");
-    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Leads")), "1=warm 4=new ");
-    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Deals")), "9=big ");
-    EXPECT_EQ(TagRecordInDatabase(adapter).getTagRecordsByRecordId("r1")->size(), 1u);
+    EXPECT_EQ(idsOf(TagInDatabase(database).getTags("Leads")), "1=warm 4=new ");
+    EXPECT_EQ(idsOf(TagInDatabase(database).getTags("Deals")), "9=big ");
+    EXPECT_EQ(TagRecordInDatabase(database).getTagRecordsByRecordId("r1")->size(), 1u);
     EXPECT_EQ(observer->changed, "Leads: r1;");
     auto call = network->calls().front();
     EXPECT_TRUE(call.request.url.ends_with("/getmoduletags"));
@@ -85,33 +82,33 @@ TEST_F(TagsTest, TagsOfUnsentChangesStay) {
         std::string tag, record;
     } cases[] = {{"a", "TarvoTEMPID#1"}, {"b", "NEW_000000001"}, {"c", "NEW_1"}, {"d", "77"}, {"TarvoTEMPID#5", "77"}};
     for (auto& one : cases) {
-        TagInDatabase(adapter).storeTags({{one.tag, "t", "Leads"}});
-        TagRecordInDatabase(adapter).storeTagRecords({{one.tag, "t", "Leads"}}, "66");
-        TagRecordInDatabase(adapter).storeTagRecords({{one.tag, "t", "Leads"}}, one.record);
+        TagInDatabase(database).storeTags({{one.tag, "t", "Leads"}});
+        TagRecordInDatabase(database).storeTagRecords({{one.tag, "t", "Leads"}}, "66");
+        TagRecordInDatabase(database).storeTagRecords({{one.tag, "t", "Leads"}}, one.record);
     }
     network->answer(tagsBody(ValueList{}));
     EXPECT_EQ(ask(DataSource::network), "network ; ");
-    auto left = *TagInDatabase(adapter).getTags("Leads");
+    auto left = *TagInDatabase(database).getTags("Leads");
     std::sort(left.begin(), left.end(), [](auto& a, auto& b) { return a.id < b.id; });
     EXPECT_EQ(idsOf(left), "TarvoTEMPID#5=t a=t b=t ");
 }
 
 TEST_F(TagsTest, StaleTagsGoInOneCommit) {
-    TagInDatabase(adapter).storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}});
-    TagRecordInDatabase(adapter).storeTagRecords({{"1", "hot", "Leads"}, {"2", "old", "Leads"}}, "r1");
-    adapter->execute(
+    TagInDatabase(database).storeTags({{"1", "hot", "Leads"}, {"2", "old", "Leads"}});
+    TagRecordInDatabase(database).storeTagRecords({{"1", "hot", "Leads"}, {"2", "old", "Leads"}}, "r1");
+    database->execute(
         "CREATE TRIGGER refuse BEFORE DELETE ON Tags_Records WHEN OLD.tag_id = '2' "
         "BEGIN SELECT RAISE(ABORT, 'refused'); END",
         std::nullopt);
     network->answer(tagsBody(ValueList{Value(ValueList{"4", "new"})}));
     EXPECT_EQ(ask(DataSource::network), "network 4=new ; ");
-    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Leads")), "1=hot 2=old ");
-    EXPECT_EQ(TagRecordInDatabase(adapter).getTagRecordsByRecordId("r1")->size(), 2u);
+    EXPECT_EQ(idsOf(TagInDatabase(database).getTags("Leads")), "1=hot 2=old ");
+    EXPECT_EQ(TagRecordInDatabase(database).getTagRecordsByRecordId("r1")->size(), 2u);
     EXPECT_EQ(observer->changed, "");
 }
 
 TEST_F(TagsTest, AnUnusableAnswerLeavesTheTagsAsTheyAre) {
-    TagInDatabase(adapter).storeTags({{"1", "hot", "Leads"}});
+    TagInDatabase(database).storeTags({{"1", "hot", "Leads"}});
     for (auto& answer : {std::string("nonsense"), std::string(R"({"error":[{"code":"X"}]})"), tagsBody("rows"),
                          tagsBody(ValueList{Value(ValueList{"1", 2})}), tagsBody(ValueList{"row"})}) {
         network->answer(answer);
@@ -121,7 +118,7 @@ TEST_F(TagsTest, AnUnusableAnswerLeavesTheTagsAsTheyAre) {
     EXPECT_EQ(ask(DataSource::both), "database 1=hot ; timeout; ");
     network->fail(NetworkError::Kind::cannotConnect);
     EXPECT_EQ(ask(DataSource::network), "networkUnavailable; ");
-    EXPECT_EQ(idsOf(TagInDatabase(adapter).getTags("Leads")), "1=hot ");
+    EXPECT_EQ(idsOf(TagInDatabase(database).getTags("Leads")), "1=hot ");
     EXPECT_EQ(observer->changed, "");
 }
 

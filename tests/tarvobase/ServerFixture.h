@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tarvobase/download/Downloadable.h"
+#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/NoticeListener.h"
+
+namespace tarvo {
+
+/// Records the ends of steps and the failures that they report.
+class StepListener final : public DownloadProgressible, public NoticeListener<CommonErrorRelay> {
+public:
+    void didComplete(Downloadable& step, bool status) override {
+        ended += (ended.empty() ? "" : ", ") + std::string(rawText(step.processName())) + (status ? " true" : " false");
+    }
+    void progressDidUpdate(Downloadable&, int, int) override {}
+    std::string ended, notices;
+
+private:
+    void noticed(const std::string& notice) override { notices += notice + ";"; }
+};
+
+/// A test with the account's database and with services whose answers it scripts.
+class ServerTest : public FoundationTest {
+protected:
+    void SetUp() override {
+        FoundationTest::SetUp();
+        database = openDatabase();
+    }
+    void createTables(const std::vector<std::string>& statements) {
+        for (auto& statement : statements) database->createTable(statement);
+    }
+    void runStatement(const std::string& sql) { database->execute(sql, std::nullopt); }
+    /// Returns the first column of a query's rows.
+    std::vector<std::string> column(const std::string& query) {
+        std::vector<std::string> values;
+        if (auto rows = database->fetchObjects(query, std::nullopt))
+            for (auto row : *rows) values.push_back(row.cell(0).copy().toText().value_or("NULL"));
+        return values;
+    }
+    template <class Service>
+    std::shared_ptr<Service> overNetwork() {
+        auto service = std::make_shared<Service>();
+        service->setNetworkAdapter(network);
+        return service;
+    }
+
+    std::shared_ptr<KelvaDatabasePersistance> database;
+    std::shared_ptr<ScriptedNetworkAdapter> network = std::make_shared<ScriptedNetworkAdapter>();
+};
+
+}  // namespace tarvo
