@@ -227,6 +227,7 @@ TEST_F(TransactionTest, AKillInsideLeavesTheLastCommit) {
     EXPECT_EQ(killed.count("tags", std::nullopt), 1);
     EXPECT_TRUE(add(killed, "tags", "b"));
     killed.deregisterDB();
+    ::unsetenv("TARVO_KILLED_FOLDER");
 }
 
 }  // namespace

@@ -108,7 +108,6 @@ class InitBatchTest : public FoundationTest {
 protected:
     void SetUp() override {
         FoundationTest::SetUp();
-        signIn("1001");
         database = openDatabase();
         for (auto& statement : metadataTables()) database->createTable(statement);
         database->createTable(customViewTable());
@@ -126,7 +125,7 @@ protected:
         return step + "_" + module + "_downloadable";
     }
     bool isFlagged(const std::string& step, const std::string& module) {
-        return defaults->boolForKey(flag(step, module), UserDefaultsGroup::current()).value_or(false);
+        return UserDefaultsUtil(defaults).isCompleted(step + "_" + module);
     }
     template <class Service>
     std::shared_ptr<Service> overNetwork() {
@@ -159,18 +158,15 @@ protected:
 TEST_F(InitBatchTest, AFeatureCoversItsModules) {
     using enum ModuleBatchConstant::Feature;
     using enum ModuleType;
-    struct {
+    const struct {
         Feature feature;
         std::optional<std::string> supported;
         const char *stored, *done, *taken;
         ModuleType type = default_;
     } cases[] = {
         {metadaInfo, {}, "Leads Tasks Dashboards Approvals Consents Other XLeads", "", "Leads Tasks Consents"},
-        {metadaInfo,
-         {},
-         "CustomModule0 CustomModule9 CustomModule100 CustomModule101",
-         "",
-         "CustomModule9 CustomModule100"},
+        {metadaInfo, {}, "CustomModule0 CustomModule9 CustomModule101", "", "CustomModule9"},
+        {metadaInfo, {}, "CustomModule00 CustomModule100", "", "CustomModule100"},
         {metadaInfo, {}, "Other", "", "Other", picklisttracker},
         {metadaInfo, {}, "Other", "", "", web},
         {metadaInfo, "Other,Dashboards", "Leads Other Notes Dashboards", "", "Other Notes"},
@@ -190,9 +186,8 @@ TEST_F(InitBatchTest, AFeatureCoversItsModules) {
         // Reads past the memory, since each case replaces the rows of the tables.
         persistance.memory = nullptr;
         if (one.supported)
-            persistance.settings()->storeSettings({{.moduleName = "Settings",
-                                                    .settingsKey = SettingName::supportedModules,
-                                                    .defaultSettings = *one.supported}});
+            persistance.settings()->storeSettings(
+                {{"Settings", SettingName::supportedModules, *one.supported, {}, {}}});
         auto done = text::split(one.done, " ");
         for (auto& step : done) defaults->setBool(true, step + "_downloadable", UserDefaultsGroup::current());
         ModuleBatch batches(one.feature, {persistance.modules(), persistance.settings(), UserDefaultsUtil(defaults)});
@@ -263,9 +258,10 @@ TEST_F(ViewBatchTest, ARestartRequestsTheRest) {
     answer(0, {});
     step = nullptr;
     answer(1, {});
+    service->asked.clear();
     makeStep();
     start();
-    EXPECT_EQ(service->asked.back(), "Cases") << "its answer came after the step was released";
+    EXPECT_THAT(service->asked, ElementsAre("Cases")) << "its answer came after the step was released";
 }
 
 TEST_F(ViewBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
@@ -370,18 +366,21 @@ protected:
     /// Downloads one lead; the entry of the deals says that there are none.
     void downloadRecords() {
         network->answer(wire::body({recordsEntry("Leads", "1"), withoutData("Deals")}));
-        runToEnd(*recordsStep());
+        EXPECT_THAT(runToEnd(*recordsStep()), ElementsAre("complete"));
     }
     static ValueMap withoutData(const std::string& module) {
         return {{"info", ValueMap{{"module", module}, {"nodata", true}}}};
     }
 };
 
-TEST_F(InitRecordBatchTest, RecordsAreRequestedByDefaultView) {
-    auto step = recordsStep();
-    EXPECT_EQ(step->totalCallsCount(), 1) << "the batches are not known yet";
-    network->answer(wire::body({withoutData("Leads"), withoutData("Deals")}));
-    EXPECT_THAT(runToEnd(*step), ElementsAre("complete"));
+TEST_F(InitRecordBatchTest, RecordsAreRequestedByDefaultViewAndCountedByModule) {
+    EXPECT_EQ(recordsStep()->totalCallsCount(), 1) << "the batches are not known yet";
+    downloadRecords();
+    for (auto module : {"Leads", "Deals"}) {
+        EXPECT_EQ(RecordSyncSettingsPersistance(defaults).getNumberOfRecordsDownloaded(module), 1);
+        EXPECT_TRUE(isFlagged("initialRecords", module));
+    }
+    EXPECT_FALSE(isFlagged("initialRecords", "Contacts")) << "it has no default view";
     auto call = network->calls().back();
     EXPECT_TRUE(call.request.url.ends_with("/products/getcvrecords")) << call.request.url;
     EXPECT_EQ(call.params.value(), (ValueMap{{"cvid", ValueList{"11", "44"}},
@@ -424,15 +423,6 @@ TEST_F(InitRecordBatchTest, ADefectiveEntryIsReportedAndNoted) {
         EXPECT_TRUE(isFlagged("initialRecords", "Leads"));
         defaults->removeValueForKey(flag("initialRecords", "Leads"), UserDefaultsGroup::current());
     }
-}
-
-TEST_F(InitRecordBatchTest, DownloadsAreCountedAndFlaggedByModule) {
-    downloadRecords();
-    RecordSyncSettingsPersistance settings(defaults);
-    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Leads"), 1);
-    EXPECT_EQ(settings.getNumberOfRecordsDownloaded("Deals"), 1);
-    EXPECT_TRUE(isFlagged("initialRecords", "Leads") && isFlagged("initialRecords", "Deals"));
-    EXPECT_FALSE(isFlagged("initialRecords", "Contacts")) << "it has no default view";
 }
 
 TEST_F(InitRecordBatchTest, RecordsThatAreNotStoredAreNeitherCountedNorFlagged) {
