@@ -93,8 +93,8 @@ public:
     virtual std::optional<std::int64_t> countRecords(const RecordQuery& query) = 0;
     virtual std::optional<std::int64_t> countRecords(const ViewRecordQuery& query) = 0;
 
-    /// Writes the columns that each record brings and leaves the others alone. A record whose id is not a text is
-    /// skipped, and the call then returns false.
+    /// Writes the columns that each record brings and leaves the others alone. A column of a `Record` without a value
+    /// becomes null. A record whose id is not a text is skipped, and the call then returns false.
     virtual bool modifyRecord(const std::string& moduleName, const ValueMap& wireRecord) = 0;
     virtual bool modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) = 0;
     virtual bool modifyRecord(const std::string& moduleName, const Record& record) = 0;

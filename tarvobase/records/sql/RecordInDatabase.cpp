@@ -300,7 +300,12 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const Record&
 
 bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<Record>& records) {
     auto naming = namingInForce();
-    return modify(rowsOf(records, moduleName, naming), moduleName, naming);
+    auto rows = rowsOf(records, moduleName, naming);
+    // A column without a value was cleared.
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        for (std::size_t column = 0; column < records[i].columnCount(); ++column)
+            if (records[i].value(column).isNull()) rows[i].set(records[i].columnName(column), Value());
+    return modify(rows, moduleName, naming);
 }
 
 bool RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,

@@ -1,0 +1,198 @@
+#include "tarvobase/record_changes/RecordChanges.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "platform/Files.h"
+#include "platform/Text.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/internal/QueuedChange.h"
+#include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/utils/TemporaryIds.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+
+namespace tarvo {
+
+namespace {
+
+constexpr std::string_view activities = "Activities";
+
+bool isActivity(const std::string& moduleName) {
+    return moduleName == "Tasks" || moduleName == "Events" || moduleName == "Calls";
+}
+
+/// Tasks, events and calls stand in a table of their own and in one that the three share, if the server makes it:
+/// calendars read that one, and nothing else would bring a change there before the server does.
+bool sharesTable(const Stores& stores, const std::string& moduleName) {
+    return isActivity(moduleName) &&
+           !stores.databaseAdapter()->columnNames(RecordUtil::getTableName(activities)).empty();
+}
+
+/// Returns the real id of a record that a screen still knows by its temporary one.
+std::string realIdOf(const Stores& stores, const std::string& moduleName, const std::string& recordId) {
+    if (!isTemporaryRecordId(recordId)) return recordId;
+    auto alias = stores.recordIdAliases()->realId(moduleName, recordId);
+    return alias && alias.value() ? *alias.value() : recordId;
+}
+
+/// Replaces temporary ids in the columns of a record whose records have real ones by now. The record's own id is not
+/// among them.
+bool replaceAliases(const Stores& stores, Record& record) {
+    std::vector<std::string> temporary;
+    for (std::size_t i = 0; i < record.columnCount(); ++i) {
+        auto text = record.value(i).asText();
+        if (i == record.identifierIndex() || !text) continue;
+        for (auto& id : text::split(*text, ","))
+            if (isTemporaryRecordId(id)) temporary.push_back(id);
+    }
+    if (temporary.empty()) return true;
+    auto aliases = stores.recordIdAliases()->aliasesOf(temporary);
+    if (!aliases) return false;
+    for (std::size_t i = 0; i < record.columnCount(); ++i) {
+        auto text = record.value(i).asText();
+        if (i == record.identifierIndex() || !text) continue;
+        auto ids = text::split(*text, ",");
+        for (auto& alias : *aliases) std::replace(ids.begin(), ids.end(), alias.temporaryId, alias.realId);
+        if (auto replaced = text::join(ids, ","); replaced != *text)
+            record.set(record.columnName(i), Value(std::move(replaced)));
+    }
+    return true;
+}
+
+/// Runs the steps of a change as one transaction. Each step returns whether it is stored, the last one the number.
+template <class Steps>
+SavedChange savedAtOnce(const RecordChangeParts& parts, std::string_view name, const Steps& steps) {
+    RecordTransactionManagerProtocol::Number number;
+    auto& database = parts.stores.databaseAdapter();
+    bool isCommitted = database && database->transaction(name, [&] {
+        number = steps();
+        return number.has_value();
+    });
+    if (!isCommitted) return ChangeNotSaved::notStored;
+    return *number;
+}
+
+}  // namespace
+
+SavedChange AddRecordDataManager::addRecord(Record record, const Module& module) const {
+    if (record.recordId().empty()) return ChangeNotSaved::noRecordId;
+    auto& stores = parts_.stores;
+    return savedAtOnce(parts_, "add a record", [&]() -> RecordTransactionManagerProtocol::Number {
+        if (!stores.recordIdAliases()->forget(module.moduleName, record.recordId())) return std::nullopt;
+        if (!replaceAliases(stores, record)) return std::nullopt;
+        if (!parts_.recordPersistance->storeRecord(record, module.moduleName)) return std::nullopt;
+        if (sharesTable(stores, module.moduleName) &&
+            !parts_.recordPersistance->storeRecord(record, std::string(activities)))
+            return std::nullopt;
+        return parts_.editRecordTransactionManager->addRecord(record, module);
+    });
+}
+
+SavedChange EditRecordDataManager::editRecord(Record record, const Module& module) const {
+    if (record.recordId().empty()) return ChangeNotSaved::noRecordId;
+    auto& stores = parts_.stores;
+    return savedAtOnce(parts_, "edit a record", [&]() -> RecordTransactionManagerProtocol::Number {
+        record.setRecordId(realIdOf(stores, module.moduleName, record.recordId()));
+        if (!replaceAliases(stores, record) || !storeInTransactionRecords(record, module)) return std::nullopt;
+        if (!parts_.recordPersistance->modifyRecord(module.moduleName, record)) return std::nullopt;
+        if (sharesTable(stores, module.moduleName) &&
+            !parts_.recordPersistance->modifyRecord(std::string(activities), record))
+            return std::nullopt;
+        return parts_.editRecordTransactionManager->editRecord(record, module);
+    });
+}
+
+/// Keeps the record as it was before its first edit that waits. A record that exists here alone has no such side.
+bool EditRecordDataManager::storeInTransactionRecords(const Record& record, const Module& module) const {
+    if (isTempId(record.recordId())) return true;
+    auto sides = parts_.stores.transactionRecords();
+    auto found = sides->getTransactionRecord(record.recordId());
+    if (!found && found.error() == ParserError::noData()) return false;
+    TransactionRecord both{.recordID = record.recordId(), .deviceData = record.getDictionary()};
+    if (found && found.value()) {
+        both.serverData = found.value()->serverData;
+    } else {
+        auto stored = parts_.recordPersistance->fetchRecord(module.moduleName, record.recordId());
+        if (!stored) return true;
+        both.serverData = stored->getDictionary();
+    }
+    return sides->storeTransactionRecordPersistance(both);
+}
+
+SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Module& module) const {
+    if (recordID.empty()) return ChangeNotSaved::noRecordId;
+    auto& stores = parts_.stores;
+    std::vector<std::string> files;
+    auto saved = savedAtOnce(parts_, "delete a record", [&]() -> RecordTransactionManagerProtocol::Number {
+        recordID = realIdOf(stores, module.moduleName, recordID);
+        if (!parts_.recordPersistance->deleteRecord(recordID, module.moduleName)) return std::nullopt;
+        if (sharesTable(stores, module.moduleName) &&
+            !parts_.recordPersistance->deleteRecord(recordID, std::string(activities)))
+            return std::nullopt;
+        if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))
+            return std::nullopt;
+        auto number = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
+        return number && deleteAttachments(recordID, module, files) ? number : std::nullopt;
+    });
+    if (!saved) return saved;
+    auto voiceFile = files::pathComponent(recordID + ".wav");
+    if (module.identifier() == ModuleIdentifier::Case::notes && voiceFile && !parts_.voiceFileDirectory.empty())
+        files.push_back(parts_.voiceFileDirectory + *voiceFile);
+    for (auto& path : files) files::remove(path);
+    return saved;
+}
+
+/// Drops the changes of a record that is deleted. An add that was sent may have made the record at the server: the
+/// delete waits for its answer.
+bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Module& module) const {
+    auto queued = parts_.stores.transactions()->getTransactions(recordId);
+    if (!queued) return false;
+    std::vector<std::string> all;
+    for (auto& row : queued->transactions)
+        if (row.moduleName == module.moduleName) all.push_back(row.transactionID);
+    auto entries = parts_.stores.changeRegister()->entriesOf(ChangeQueue::older, all);
+    if (!entries) return false;
+    std::vector<std::string> dropped;
+    for (auto& row : queued->transactions) {
+        if (row.moduleName != module.moduleName) continue;
+        auto isIts = [&](auto& entry) { return entry.transactionId == row.transactionID; };
+        auto entry = std::find_if(entries->begin(), entries->end(), isIts);
+        bool wasSent = entry != entries->end() && entry->sends > 0 && !entry->lastRefusal;
+        if (row.operationType != TransactionType::addRecord || !wasSent) dropped.push_back(row.transactionID);
+    }
+    return parts_.stores.transactions()->removeTransactionsWithIds(dropped) &&
+           (dropped.empty() || parts_.stores.changeRegister()->remove(ChangeQueue::older, dropped));
+}
+
+/// Attachments lie in two places: where uploads and downloads put them, in a folder of their own, and in one folder for
+/// all modules.
+bool DeleteRecordDataManager::deleteAttachments(const std::string& recordId, const Module& module,
+                                                std::vector<std::string>& files) const {
+    auto& stores = parts_.stores;
+    std::string attachments(rawText(ModuleIdentifier::Case::attachments));
+    if (stores.databaseAdapter()->columnNames(RecordUtil::getTableName(attachments)).empty()) return true;
+    auto& names = *stores.scope.naming.constant;
+    ValueMap ofRecord;
+    ofRecord.set(names.seid, recordId);
+    auto records = parts_.recordPersistance->fetchRecords(attachments, ofRecord, std::nullopt);
+    // A module without fields has no rows that could be found.
+    if (!records) return true;
+    for (auto& attachment : *records) {
+        auto& id = attachment.recordId();
+        auto name = attachment[names.recordTitle].asText();
+        if (id.empty() || !name) continue;
+        if (!parts_.recordPersistance->deleteRecord(id, attachments) ||
+            !stores.transactionRecords()->removeTransactionRecord(id) || !stores.transactions()->removeTransactions(id))
+            return false;
+        if (parts_.localDirectory.empty()) continue;
+        if (auto file = files::pathComponent(id + "_" + std::string(*name)))
+            files.push_back(parts_.localDirectory + "/Attachments/" + *file);
+        auto ownFolder = files::pathComponent(id), ofModule = files::pathComponent(module.moduleName);
+        if (ownFolder && ofModule)
+            files.push_back(parts_.localDirectory + "/" + stores.scope.account + "/Attachments/" + *ofModule + "/" +
+                            *ownFolder);
+    }
+    return true;
+}
+
+}  // namespace tarvo

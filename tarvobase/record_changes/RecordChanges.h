@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/Describe.h"
+#include "platform/Object.h"
+#include "platform/Result.h"
+#include "tarvobase/metadata/Stores.h"
+#include "tarvobase/record_changes/RecordTransactionManager.h"
+#include "tarvobase/records/RecordPersistanceDelegate.h"
+
+namespace tarvo {
+
+/// Why a change was not saved. Nothing of it is stored then.
+enum class ChangeNotSaved {
+    noRecordId,  ///< the record has no id
+    notStored    ///< the database did not take it, or the module has no fields
+};
+
+template <>
+struct EnumCases<ChangeNotSaved> {
+    static constexpr EnumCase<ChangeNotSaved> cases[] = {{ChangeNotSaved::noRecordId, "noRecordId"},
+                                                         {ChangeNotSaved::notStored, "notStored"}};
+};
+
+/// The parts that the three changes of records share.
+struct RecordChangeParts {
+    Stores stores;
+    std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
+    std::shared_ptr<RecordTransactionManagerProtocol> editRecordTransactionManager;
+    std::string localDirectory{};      ///< `CommonConfigration.localDirectoryLocation`; without one no file is removed
+    std::string voiceFileDirectory{};  ///< `CommonConfigration.voiceFileDirectoryLocation()`
+};
+
+/// Answers with the number of the change in the queue.
+using SavedChange = Result<std::int64_t, ChangeNotSaved>;
+
+/// Adds records. The record, its place in the queue, and what belongs to it are stored in one transaction, or nothing
+/// is; when the call returns, a screen sees the record. Blocks its caller; may be called from any thread.
+class AddRecordDataManager final : public platform::Object {
+public:
+    explicit AddRecordDataManager(RecordChangeParts parts) : parts_(std::move(parts)) {}
+    /// Takes a record with a temporary id, as `Record::getNewRecord` makes it.
+    SavedChange addRecord(Record record, const Module& module) const;
+
+private:
+    const RecordChangeParts parts_;
+};
+
+/// Edits records, in the same way. The columns that the record has are written, also those without a value.
+class EditRecordDataManager final : public platform::Object {
+public:
+    explicit EditRecordDataManager(RecordChangeParts parts) : parts_(std::move(parts)) {}
+    SavedChange editRecord(Record record, const Module& module) const;
+
+private:
+    bool storeInTransactionRecords(const Record& record, const Module& module) const;
+
+    const RecordChangeParts parts_;
+};
+
+/// Deletes records, in the same way, with what waits for them in the queue, their attachments, and, after the commit,
+/// the files of both.
+class DeleteRecordDataManager final : public platform::Object {
+public:
+    explicit DeleteRecordDataManager(RecordChangeParts parts) : parts_(std::move(parts)) {}
+    SavedChange deleteRecord(std::string recordID, const Module& module) const;
+
+private:
+    bool dropQueued(const std::string& recordId, const Module& module) const;
+    bool deleteAttachments(const std::string& recordId, const Module& module, std::vector<std::string>& files) const;
+
+    const RecordChangeParts parts_;
+};
+
+}  // namespace tarvo

@@ -1,0 +1,188 @@
+#include "tarvobase/record_changes/RecordTransactionManager.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "platform/Clock.h"
+#include "platform/Json.h"
+#include "platform/Random.h"
+#include "tarvobase/database_layer/TransactionEnd.h"
+#include "tarvobase/record_changes/ChangePayload.h"
+#include "tarvobase/record_changes/internal/QueuedChange.h"
+#include "tarvobase/record_changes/wire/NetworkParamConstant.h"
+
+namespace tarvo {
+
+namespace {
+
+using Keys = NetworkParamConstant;
+
+ValueMap parametersOf(const Module& module) {
+    ValueMap parameters;
+    parameters.set(Keys::AddEditRecord::module, module.moduleName);
+    parameters.set(Keys::AddEditRecord::moduleAPI, module.apiName);
+    return parameters;
+}
+
+std::optional<ValueMap> payloadOf(const Transaction& change) {
+    auto body = change.dataJSON ? json::parse(*change.dataJSON) : std::nullopt;
+    auto data = body && body->asMap() ? body->asMap()->find("data") : nullptr;
+    auto list = data ? data->asList() : nullptr;
+    return list && !list->empty() && list->front().asMap() ? std::optional(*list->front().asMap()) : std::nullopt;
+}
+
+/// Returns whether the server has not applied the change: it said so, or was never asked. After an answer that could
+/// not be read it may have.
+bool isKnownToBeRefused(const ChangeEntry& entry) {
+    return entry.lastRefusal && entry.lastRefusal->code != ErrorResponse::parsingFailed().code;
+}
+
+}  // namespace
+
+RecordTransactionManager::RecordTransactionManager(const Stores& stores, std::function<void()> wake)
+    : stores_(stores),
+      fieldLists_(FieldListAssembler::getFieldListDM(stores.databaseAdapter())),
+      wake_(std::move(wake)) {}
+
+RecordTransactionManagerProtocol::Number RecordTransactionManager::addRecord(const Record& record,
+                                                                             const Module& module) {
+    return addEdit(record, module, TransactionType::addRecord);
+}
+
+RecordTransactionManagerProtocol::Number RecordTransactionManager::editRecord(const Record& record,
+                                                                              const Module& module) {
+    return addEdit(record, module, TransactionType::editRecord);
+}
+
+RecordTransactionManagerProtocol::Number RecordTransactionManager::addEdit(const Record& record, const Module& module,
+                                                                           TransactionType type) {
+    auto errors = delegate.lock();
+    auto fields = fieldLists_->getFields(module.moduleName, std::nullopt);
+    if (!fields) {
+        if (errors) errors->unableToGetMetadata(module.moduleName, "");
+        return std::nullopt;
+    }
+    auto payload = ChangePayload::of(record, fields.value(), type);
+    if (type == TransactionType::editRecord) {
+        bool isStored = true;
+        auto refused = takeRefusedAdd(record.recordId(), module, isStored);
+        if (!isStored) return std::nullopt;
+        if (refused) {
+            type = TransactionType::addRecord;
+            for (auto& entry : payload)
+                entry.value.isNull() ? static_cast<void>(refused->remove(entry.name))
+                                     : refused->set(entry.name, entry.value);
+            refused->remove(RecordConstants::FieldAPINames::Id);
+            payload = *std::move(refused);
+        }
+    }
+    auto body = ChangePayload::body(payload);
+    if (!body) {
+        if (errors) errors->networkParamsError();
+        return std::nullopt;
+    }
+    return addTransaction({.recordID = record.recordId(),
+                           .moduleName = module.moduleName,
+                           .operationType = type,
+                           .dataJSON = *std::move(body)},
+                          parametersOf(module));
+}
+
+/// Takes the refused add of a record out of the queue and returns its payload. What failed for its sake is ready again.
+std::optional<ValueMap> RecordTransactionManager::takeRefusedAdd(const std::string& recordId, const Module& module,
+                                                                 bool& isStored) {
+    auto changes = stores_.changeRegister();
+    auto queued = stores_.transactions()->getTransactions(recordId);
+    if (!queued) {
+        isStored = false;
+        return std::nullopt;
+    }
+    for (auto& row : queued->transactions) {
+        bool isAdd = row.operationType == TransactionType::addRecord && row.moduleName == module.moduleName;
+        if (!isAdd || !QueuedChange(row).hasFailed()) continue;
+        auto entries = changes->entriesOf(ChangeQueue::older, {row.transactionID});
+        if (!entries || entries->empty() || !isKnownToBeRefused(entries->front())) continue;
+        auto payload = payloadOf(row);
+        if (!payload) continue;
+        isStored = stores_.transactions()->removeTransaction(row.transactionID) &&
+                   changes->remove(ChangeQueue::older, {row.transactionID}) && freeDependents(recordId);
+        return payload;
+    }
+    return std::nullopt;
+}
+
+/// Makes the rows ready that failed because the add of a record did, and those that failed because of them.
+bool RecordTransactionManager::freeDependents(const std::string& recordId) {
+    auto queued = stores_.transactions()->getTransactions();
+    auto entries = stores_.changeRegister()->entries();
+    if (!queued || !entries) return false;
+    std::map<std::string, std::int64_t> failed;  // the numbers of their changes
+    std::set<std::string> arriving{recordId};
+    for (auto& entry : *entries)
+        if (entry.lastRefusal && entry.lastRefusal->code == "txnDEPENDING_TRANSACTION_FAILED")
+            failed[entry.transactionId] = entry.number;
+    std::vector<std::string> freed;
+    for (bool foundMore = true; foundMore;) {
+        foundMore = false;
+        for (auto& row : queued->transactions) {
+            auto entry = failed.find(row.transactionID);
+            if (entry == failed.end()) continue;
+            auto names = QueuedChange(row).temporaryIds;
+            if (std::none_of(names.begin(), names.end(), [&](auto& id) { return arriving.contains(id); })) continue;
+            if (!stores_.changeRegister()->renewKey(entry->second)) return false;
+            failed.erase(entry);
+            freed.push_back(row.transactionID);
+            if (row.operationType == TransactionType::addRecord) foundMore |= arriving.insert(row.recordID).second;
+        }
+    }
+    return stores_.transactions()->makeReady(freed);
+}
+
+RecordTransactionManagerProtocol::Number RecordTransactionManager::deleteRecord(const std::string& recordID,
+                                                                                const Module& module) {
+    auto parameters = parametersOf(module);
+    parameters.set(Keys::DeleteRecord::id, recordID);
+    return addTransaction(
+        {.recordID = recordID, .moduleName = module.moduleName, .operationType = TransactionType::deleteRecord},
+        parameters);
+}
+
+RecordTransactionManagerProtocol::Number RecordTransactionManager::uploadAttachment(const std::string& recordID,
+                                                                                    const std::string& parentID,
+                                                                                    const Module& module,
+                                                                                    const Module& relatedModule,
+                                                                                    const std::string& fileURL) {
+    auto body = json::write(ValueMap{{"fileURL", fileURL}});
+    if (!body) return std::nullopt;
+    return addTransaction({.recordID = recordID,
+                           .moduleName = module.moduleName,
+                           .operationType = TransactionType::addAttachment,
+                           .dataJSON = platform::Data(*std::move(body)),
+                           .parentRecordID = parentID,
+                           .parentRecordModule = relatedModule.moduleName},
+                          {{"relatedmodule", relatedModule.moduleName},
+                           {"relatedmoduleAPI", relatedModule.apiName},
+                           {"module", module.moduleName},
+                           {"moduleAPI", module.apiName},
+                           {"id", parentID}});
+}
+
+/// A time above all stored ones keeps the user's order, even after the clock was set back.
+RecordTransactionManagerProtocol::Number RecordTransactionManager::addTransaction(Transaction transaction,
+                                                                                  const ValueMap& parameters) {
+    auto uri = json::write(parameters);
+    auto highest = stores_.transactions()->highestTransactionTime();
+    if (!uri || !highest) return std::nullopt;
+    transaction.uriData = platform::Data(*std::move(uri));
+    transaction.transactionID = platform::Random::uuid();
+    transaction.transactionTime =
+        std::max<std::int64_t>(platform::Clock::now().time_since_epoch().count(), *highest + 1);
+    if (!stores_.transactions()->storeTransaction(transaction)) return std::nullopt;
+    auto entry = stores_.changeRegister()->enter(ChangeQueue::older, transaction.transactionID);
+    if (!entry) return std::nullopt;
+    afterTransaction(wake_);
+    return entry->number;
+}
+
+}  // namespace tarvo

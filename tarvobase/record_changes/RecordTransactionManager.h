@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tarvobase/metadata/GetFieldListDM.h"
+#include "tarvobase/metadata/Stores.h"
+#include "tarvobase/records/Record.h"
+#include "tarvobase/usecase/ErrorProtocols.h"
+#include "tarvobase/value_objects/module/Module.h"
+#include "tarvobase/value_objects/transaction/Transaction.h"
+
+namespace tarvo {
+
+/// Is notified of changes that could not be queued, on the thread of the call.
+class RecordTransactionManagerDelegate : public virtual CommonErrorProtocol {};
+
+/// Puts changes into the older queue. Each operation stores in the transaction of the database around it, blocks its
+/// caller, and may be called from any thread. It returns the number of the change, or nullopt if it is not stored; the
+/// transaction around it must then be undone.
+class RecordTransactionManagerProtocol : public virtual platform::Object {
+public:
+    using Number = std::optional<std::int64_t>;
+
+    std::weak_ptr<RecordTransactionManagerDelegate> delegate;
+
+    virtual Number addRecord(const Record& record, const Module& module) = 0;
+    /// Queues the columns that the record has; one without a value clears the field at the server. The edit of a record
+    /// whose add was refused becomes an add again, with what was refused beneath it.
+    virtual Number editRecord(const Record& record, const Module& module) = 0;
+    virtual Number deleteRecord(const std::string& recordID, const Module& module) = 0;
+    /// Queues a file for a record. `fileURL` is its path, `recordID` the temporary id of the attachment's own row.
+    virtual Number uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
+                                    const Module& relatedModule, const std::string& fileURL) = 0;
+};
+
+/// A front of the drain of a database, which sends what is queued here after the commit.
+class RecordTransactionManager final : public RecordTransactionManagerProtocol {
+public:
+    /// `wake` is called after the transaction around a change.
+    RecordTransactionManager(const Stores& stores, std::function<void()> wake);
+
+    Number addRecord(const Record& record, const Module& module) override;
+    Number editRecord(const Record& record, const Module& module) override;
+    Number deleteRecord(const std::string& recordID, const Module& module) override;
+    Number uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
+                            const Module& relatedModule, const std::string& fileURL) override;
+
+private:
+    Number addEdit(const Record& record, const Module& module, TransactionType type);
+    std::optional<ValueMap> takeRefusedAdd(const std::string& recordId, const Module& module, bool& isStored);
+    bool freeDependents(const std::string& recordId);
+    Number addTransaction(Transaction transaction, const ValueMap& parameters);
+
+    const Stores stores_;
+    const std::shared_ptr<GetFieldListDM> fieldLists_;
+    const std::function<void()> wake_;
+};
+
+}  // namespace tarvo
