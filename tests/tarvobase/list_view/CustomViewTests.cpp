@@ -207,9 +207,8 @@ TEST_F(CVSyncParserTest, RowsBecomeViews) {
 }
 
 TEST_F(CVSyncParserTest, ABadRowIsLeftOutAlone) {
-    auto withoutValue = open;
+    auto withoutValue = open, unknown = open;
     withoutValue.remove("value");
-    auto unknown = open;
     unknown.set("comparator", "sounds_like");
     auto numberId = wireRow("5", open);
     numberId[0] = 5;

@@ -191,8 +191,7 @@ TEST_F(ModulesInMemoryTest, ReadsAllModulesAgainIfMemoryHasOnlySome) {
 
 TEST_F(ModulesInMemoryTest, WhatMemoryLacksIsAskedFor) {
     primary->stored = {module("Deals")};
-    EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Deals"})->size(), 1u);
-    EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Deals"})->size(), 1u) << "memory has one of two";
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Deals"})->size(), 1u) << i;
     EXPECT_EQ(modules.getModuleByModuleName("Nobody").error(), noData);
     EXPECT_EQ(primary->asked, 3);
 }

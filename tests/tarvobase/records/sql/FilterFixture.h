@@ -81,12 +81,11 @@ protected:
 
     static std::vector<PicklistMetadata> picklistOf(const std::vector<std::string>& values) {
         std::vector<PicklistMetadata> rows;
-        for (auto& value : values)
-            rows.push_back({.fieldActualValue = value,
-                            .fieldAPIName = "Status",
-                            .crmColumnName = "STATUS",
-                            .moduleName = "Leads",
-                            .position = static_cast<int>(rows.size()) + 1});
+        for (auto& value : values) {
+            auto& row = rows.emplace_back();
+            row.fieldActualValue = value, row.position = static_cast<int>(rows.size());
+            row.fieldAPIName = "Status", row.crmColumnName = "STATUS", row.moduleName = "Leads";
+        }
         return rows;
     }
 

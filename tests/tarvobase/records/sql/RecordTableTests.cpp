@@ -15,15 +15,14 @@ using Names = std::vector<std::string>;
 
 TEST_F(RecordTableTest, RefusedRecordDoesNotCostItsPage) {
     makeLeads({{"Amount", T::text}, {"Gone", T::text}}, ", CHECK (AMOUNT != 'refuse me')");
-    Names expected;
-    std::string page = "[";
+    Names expected, all;
     for (int i = 0; i < 40; ++i) {
         bool isBad = i % 9 == 4;
-        page += (i ? "," : "") + R"([["id","r)"s + std::to_string(i) + R"("],["Gone","x"],["Amount",")" +
-                (isBad ? "refuse me" : "1") + "\"]]";
-        if (!isBad) expected.push_back("r" + std::to_string(i));
+        auto id = "r" + std::to_string(i), amount = isBad ? "refuse me"s : "1"s;
+        all.push_back(R"([["id",")" + id + R"("],["Gone","x"],["Amount",")" + amount + R"("]])");
+        if (!isBad) expected.push_back(id);
     }
-    page += "]";
+    auto page = "[" + text::join(all, ",") + "]";
     EXPECT_EQ(records->storePage(wireOf(page), "Leads"), expected);
     EXPECT_EQ(idsOf(records->fetchRecords({.module = {.moduleName = "Leads"}})), text::join(expected, " "));
     EXPECT_TRUE(wasLogged("refuses the records r4, r13, r22, r31"));
@@ -226,15 +225,11 @@ protected:
                    {"Empty", T::picklist},
                    {"Gone", T::text}});
         storePicklist(field("Leads", "Status"), "1", {"New", "100%", "Lost"});
-        fill("1", "lost", "10", "b", "y");
-        fill("2", "100%", "9", "C", "z");
-        fill("3", "NEW", "100", "a", "x");
-        fill("4", "1000", "-1", "d", "w");
-    }
-    void fill(const char* id, const char* status, const char* amount, const char* owner, const char* layout) {
-        ValueMap row{{"ID", id}, {"STATUS", status}, {"AMOUNT", amount}, {"OWNER_LOOKUP", owner}, {"OWNER", "9"}};
-        row.set("LAYOUT", layout);
-        fillLeads({row});
+        fillLeads({{{"ID", "1"}, {"STATUS", "lost"}, {"AMOUNT", "10"}, {"OWNER_LOOKUP", "b"}, {"LAYOUT", "y"}},
+                   {{"ID", "2"}, {"STATUS", "100%"}, {"AMOUNT", "9"}, {"OWNER_LOOKUP", "C"}, {"LAYOUT", "z"}},
+                   {{"ID", "3"}, {"STATUS", "NEW"}, {"AMOUNT", "100"}, {"OWNER_LOOKUP", "a"}, {"LAYOUT", "x"}},
+                   {{"ID", "4"}, {"STATUS", "1000"}, {"AMOUNT", "-1"}, {"OWNER_LOOKUP", "d"}, {"LAYOUT", "w"}}});
+        adapter().execute("UPDATE LeadsRecords SET OWNER = '9'", std::nullopt);
     }
     static RecordQuery sortedByAmount(std::optional<Names> columns) {
         return {.module = {.moduleName = "Leads"},
