@@ -320,12 +320,14 @@ std::size_t Transfer::onBody(char* bytes, std::size_t size, std::size_t count, v
 }
 
 int Transfer::onAboutToSend(void* self, char*, char*, int, int) {
-    return static_cast<Transfer*>(self)->isAboutToSend() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    auto* transfer = static_cast<Transfer*>(self);
+    bool goesOn = transfer->guarded(1, [&] { return transfer->isAboutToSend(); }) == 1;
+    return goesOn ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 int Transfer::onMoved(void* self, curl_off_t, curl_off_t down, curl_off_t upTotal, curl_off_t up) {
-    static_cast<Transfer*>(self)->moved(down, up, upTotal);
-    return 0;
+    auto* transfer = static_cast<Transfer*>(self);
+    return transfer->guarded(1, [&] { return transfer->moved(down, up, upTotal), true; }) == 1 ? 0 : 1;
 }
 
 }  // namespace bren

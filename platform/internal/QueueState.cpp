@@ -1,8 +1,10 @@
 #include "platform/internal/QueueState.h"
 
 #include <algorithm>
+#include <new>
 #include <typeinfo>
 
+#include "platform/Log.h"
 #include "platform/ProgrammingError.h"
 #include "platform/internal/Workers.h"
 
@@ -70,6 +72,8 @@ void QueueState::leave(bool exclusive) {
 void QueueState::runItem(Work work) {
     try {
         work();
+    } catch (const std::bad_alloc&) {
+        log(LogLevel::error, "queues", "Memory ran out in a work item of the queue \"" + label_ + "\"");
     } catch (const std::exception& error) {
         reportEscaped(label_, typeid(error).name());
     } catch (...) {

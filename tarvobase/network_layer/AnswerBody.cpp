@@ -38,14 +38,22 @@ std::optional<platform::Data> repaired(std::string_view body) {
 }  // namespace
 
 std::optional<json::Document> AnswerBody::document(const platform::Data& body) {
-    if (auto document = json::Document::parse(body)) return document;
-    auto valid = repaired(body.view());
-    return valid ? json::Document::parse(*valid) : std::nullopt;
+    return withinMemory(std::optional<json::Document>(), [&] {
+        if (auto document = json::Document::parse(body)) return document;
+        auto valid = repaired(body.view());
+        return valid ? json::Document::parse(*valid) : std::nullopt;
+    });
 }
 
 std::optional<Value> AnswerBody::value(const platform::Data& body) {
-    auto parsed = document(body);
-    return parsed ? std::optional(parsed->root().copy()) : std::nullopt;
+    return withinMemory(std::optional<Value>(), [&] {
+        auto parsed = document(body);
+        return parsed ? std::optional(parsed->root().copy()) : std::nullopt;
+    });
+}
+
+void AnswerBody::logOutOfMemory() {
+    platform::log(platform::LogLevel::error, "network", "memory ran out while an answer was read");
 }
 
 }  // namespace tarvo

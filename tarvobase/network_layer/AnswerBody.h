@@ -1,6 +1,8 @@
 #pragma once
 
+#include <new>
 #include <optional>
+#include <utility>
 
 #include "platform/Data.h"
 #include "platform/JsonDocument.h"
@@ -14,6 +16,21 @@ struct AnswerBody {
     /// Returns nullopt if the body is not JSON otherwise.
     static std::optional<json::Document> document(const platform::Data& body);
     static std::optional<Value> value(const platform::Data& body);
+
+    /// Returns what `parse` makes of an answer, or `otherwise` if memory runs out: an answer that is too large for it
+    /// is one that cannot be used, and ends its request as such.
+    template <class Parsed, class Parse>
+    static Parsed withinMemory(Parsed otherwise, Parse&& parse) {
+        try {
+            return parse();
+        } catch (const std::bad_alloc&) {
+            logOutOfMemory();
+            return otherwise;
+        }
+    }
+
+private:
+    static void logOutOfMemory();
 };
 
 }  // namespace tarvo

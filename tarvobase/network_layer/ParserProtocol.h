@@ -8,6 +8,7 @@
 #include "platform/Json.h"
 #include "platform/Object.h"
 #include "platform/Result.h"
+#include "tarvobase/network_layer/AnswerBody.h"
 #include "tarvobase/network_layer/ResultInfo.h"
 
 namespace tarvo {
@@ -74,13 +75,9 @@ template <class T, class Info>
 class ParserProtocol : public virtual platform::Object {
 public:
     virtual Result<ParsedResponse<T, Info>, ParserError> parse(const platform::Data& data) {
-        auto envelope = parseEnvelope(data);
-        if (!envelope) return envelope.error();
-        ParsedResponse<T, Info> response;
-        response.responseInfo = envelope->responseInfo;
-        response.result.reserve(envelope->entries.size());
-        for (auto& entry : envelope->entries) response.result.push_back(parseEntry(*entry.asMap()));
-        return response;
+        using Parsed = Result<ParsedResponse<T, Info>, ParserError>;
+        return AnswerBody::withinMemory(Parsed(ParserError(ParserError::Case::jsonSerializationFailed)),
+                                        [&] { return parseEntries(data); });
     }
 
     virtual Result<T, ParserError> parseResult(const ValueList& rows, const Info& info) {
@@ -89,6 +86,15 @@ public:
     }
 
 private:
+    Result<ParsedResponse<T, Info>, ParserError> parseEntries(const platform::Data& data) {
+        auto envelope = parseEnvelope(data);
+        if (!envelope) return envelope.error();
+        ParsedResponse<T, Info> response;
+        response.responseInfo = envelope->responseInfo;
+        response.result.reserve(envelope->entries.size());
+        for (auto& entry : envelope->entries) response.result.push_back(parseEntry(*entry.asMap()));
+        return response;
+    }
     Result<RParsedResult<T, Info>, ParserError> parseEntry(const ValueMap& entry) {
         using Parsed = RParsedResult<T, Info>;
         auto parsed = BaseResultParser::parse<Info>(entry);

@@ -89,6 +89,7 @@ TEST(Items, AnExceptionIsReportedWithoutItsTextAndTheQueueGoesOn) {
     auto queue = DispatchQueue::serial("faulty");
     queue->async([] { throw std::runtime_error("secret of a record"); });
     queue->async([] { throw 5; });
+    queue->async([] { throw std::bad_alloc(); });  // nobody's error
     queue->async(nullptr);
     EXPECT_EQ(queue->sync([] { return 1; }), 1);
     ASSERT_EQ(errors.count(), 3u);

@@ -49,9 +49,7 @@ Value withoutRecords(const Element& root, const std::vector<Element>& entries) {
     return body;
 }
 
-}  // namespace
-
-Result<WireRecordsParser::Response, ParserError> WireRecordsParser::parse(const platform::Data& data) {
+Result<WireRecordsParser::Response, ParserError> parsed(const platform::Data& data) {
     auto document = AnswerBody::document(data);
     if (!document) return ParserError(ParserError::Case::jsonSerializationFailed);
     std::vector<Element> entries;
@@ -59,7 +57,7 @@ Result<WireRecordsParser::Response, ParserError> WireRecordsParser::parse(const 
     auto envelope = parseEnvelope(withoutRecords(document->root(), entries));
     if (!envelope) return envelope.error();
 
-    Response response;
+    WireRecordsParser::Response response;
     response.responseInfo = envelope->responseInfo;
     RecordParser parser;
     for (std::size_t i = 0; i < envelope->entries.size(); ++i) {
@@ -75,6 +73,14 @@ Result<WireRecordsParser::Response, ParserError> WireRecordsParser::parse(const 
             response.result.push_back(Entry{list->records.error(), list->info});
     }
     return response;
+}
+
+}  // namespace
+
+Result<WireRecordsParser::Response, ParserError> WireRecordsParser::parse(const platform::Data& data) {
+    using Parsed = Result<Response, ParserError>;
+    return AnswerBody::withinMemory(Parsed(ParserError(ParserError::Case::jsonSerializationFailed)),
+                                    [&] { return parsed(data); });
 }
 
 }  // namespace tarvo

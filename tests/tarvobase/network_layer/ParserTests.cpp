@@ -42,11 +42,12 @@ TEST(ParserTest, TheOldFormHasNoTimes) {
     EXPECT_EQ(parsed->responseTime, 0u);
 }
 
-/// Returns the number of rows. Refuses a list that begins with "refuse".
+/// Returns the number of rows. Refuses a list that begins with "refuse", and has no memory for one with "huge".
 class CountingParser final : public ParserProtocol<std::size_t, RecordListInfo> {
 public:
     Result<std::size_t, Error> parseResult(const ValueList& rows, const RecordListInfo&) override {
         if (!rows.empty() && rows.front() == Value("refuse")) return Error(ErrorCase::inValidInput);
+        if (!rows.empty() && rows.front() == Value("huge")) throw std::bad_alloc();
         return rows.size();
     }
 };
@@ -96,6 +97,7 @@ TEST(ParserProtocolTest, OneEntrysFailureLeavesTheOthers) {
          "typeConversionFailedForKey(data);5,7"},
         {result(R"([{"info":{"module":"A"},"data":["refuse"]},{"info":{"module":null},"data":[0]}])"),
          "A:inValidInput;?:1;5,7"},
+        {result("[{\"info\":{\"module\":\"A\"},\"data\":[\"huge\"]}]"), "jsonSerializationFailed"},
     };
     for (auto& [text, expected] : cases) EXPECT_EQ(described(body(text)), expected) << text;
 }
