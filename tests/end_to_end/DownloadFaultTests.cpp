@@ -78,13 +78,13 @@ private:
 
 TEST_F(DownloadFault, AKillAtACommitIsRepairedByTheNextRun) {
     int kills = 0;
-    for (auto at : points(1, commits, isFullSweep() ? commits : 6)) {
+    for (auto at : points(1, commits, isFullSweep() ? commits : 20)) {
         SCOPED_TRACE("killed at commit " + std::to_string(at) + " of " + std::to_string(commits));
         auto killed = endOf(start("kill", at));
         kills += !killed.status;
         expectRepair();
     }
-    EXPECT_GT(kills, 4);
+    EXPECT_GT(kills, 15);
 }
 
 TEST_F(DownloadFault, ARemovedDatabaseIsDownloadedAgain) {
