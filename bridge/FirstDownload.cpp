@@ -67,11 +67,13 @@ private:
     void relay(const CommonErrorNotice& notice) override {
         // The run is notified first, so that a listener knows the reason before it learns of the end.
         if (auto run = run_.lock()) notice.repeatOn(*run);
-        report(StepEvent::failed, notice.kind);
+        report(StepEvent::failed, notice.kind, notice.arguments.valueOf("cause").textOr(""));
     }
-    void report(StepEvent event, std::optional<CommonError> why = std::nullopt) {
+    void report(StepEvent event, std::optional<CommonError> why = std::nullopt, std::string cause = {}) {
         MainQueue::shared()->async(
-            [listener = listener_, report = FirstDownload::StepReport{step_, event, why}] { listener(report); });
+            [listener = listener_, report = FirstDownload::StepReport{step_, event, why, std::move(cause)}] {
+                listener(report);
+            });
     }
 
     const Process step_;

@@ -18,11 +18,13 @@ class FirstDownload final : public platform::Object {
 public:
     /// `notStored` is the end of a step whose content the database did not store.
     enum class StepEvent { progressed, completed, failed, notStored };
-    /// A report of a step. `why` is the notice of a failure, absent for a step that failed without one.
+    /// A report of a step. `why` is the notice of a failure, absent for a step that failed without one; `cause` says in
+    /// words why a request got no answer and is empty otherwise.
     struct StepReport {
         Process step;
         StepEvent event;
         std::optional<CommonError> why{};
+        std::string cause{};
     };
     /// Callbacks on the main queue. Each may be absent.
     struct Listeners {

@@ -13,6 +13,8 @@ namespace tarvo::host {
 
 namespace {
 
+using platform::Secret;
+
 constexpr const char* passphraseVariable = "TARVO_PASSPHRASE";
 
 std::string variable(const char* name) {
@@ -26,29 +28,38 @@ std::string defaultHome() {
     return "tarvo-host-data";
 }
 
-void blank(char* text) { std::memset(text, '*', std::strlen(text)); }
-
-// Blanks "--passphrase TEXT" and "--passphrase=TEXT" alike.
-void blankSecrets(int count, char** values) {
-    for (std::string_view option : {"--passphrase", "--token"})
-        for (int i = 1; i < count; ++i) {
-            std::string_view value = values[i];
-            if (value == option && i + 1 < count)
-                blank(values[i + 1]);
-            else if (value.starts_with(option) && value.substr(option.size()).starts_with("="))
-                blank(values[i] + option.size() + 1);
-        }
+/// Returns the value of "--option TEXT" or "--option=TEXT" and puts stars in its place: nothing else may copy it, and
+/// listings of processes show it otherwise. Nullopt if the option is not there.
+std::optional<Secret> takeOut(std::string_view option, int count, char** values) {
+    auto taken = [](char* text) {
+        std::string value = text;
+        std::memset(text, '*', value.size());
+        return Secret(std::move(value));
+    };
+    for (int i = 1; i < count; ++i) {
+        std::string_view value = values[i];
+        if (value == option && i + 1 < count) return taken(values[i + 1]);
+        if (value.starts_with(option) && value.substr(option.size()).starts_with("="))
+            return taken(values[i] + option.size() + 1);
+    }
+    return std::nullopt;
 }
 
-// The text of a variable that is merely removed stays in the block of the environment, which others can read.
-void blankVariable(const char* name) {
-    if (auto value = std::getenv(name)) ::explicit_bzero(value, std::strlen(value));
+/// Returns the value of a variable and wipes it: the text of one that is merely removed stays in the block of the
+/// environment, which others can read. Nullopt if it is absent or empty.
+std::optional<Secret> takeVariable(const char* name) {
+    auto held = std::getenv(name);
+    if (!held) return std::nullopt;
+    std::string value = held;
+    ::explicit_bzero(held, value.size());
     ::unsetenv(name);
+    return value.empty() ? std::nullopt : std::optional(Secret(std::move(value)));
 }
 
 // Reads up to the end of the line. Nullopt if the descriptor cannot be read.
-std::optional<std::string> lineOf(int descriptor) {
+std::optional<Secret> lineOf(int descriptor) {
     std::string line;
+    line.reserve(4096);  // a text that grows leaves copies
     char byte = 0;
     for (;;) {
         auto count = ::read(descriptor, &byte, 1);
@@ -58,7 +69,7 @@ std::optional<std::string> lineOf(int descriptor) {
         line += byte;
     }
     if (descriptor > STDERR_FILENO) ::close(descriptor);
-    return line;
+    return Secret(std::move(line));
 }
 
 std::string oneLine(std::string text) {
@@ -68,12 +79,13 @@ std::string oneLine(std::string text) {
     return text;
 }
 
-EarlyEnd wrong(const std::string& why) { return {2, "tarvo-host: " + oneLine(why)}; }
+EarlyEnd wrong(const std::string& why) { return {2, oneLine(why)}; }
 
 // Returns what is wrong beyond what the parser checks.
 std::optional<EarlyEnd> faultOf(const Arguments& arguments) {
     if (arguments.account && arguments.account->empty()) return wrong("--account: an account id is not empty");
-    if (arguments.passphrase && arguments.passphrase->empty()) return wrong("--passphrase: a passphrase is not empty");
+    if (arguments.passphrase && arguments.passphrase->text().empty())
+        return wrong("--passphrase: a passphrase is not empty");
     if (arguments.command == Command::serve) return std::nullopt;
     if (!arguments.account) return wrong("--account is required");
     if (!arguments.passphrase) return wrong(std::string("--passphrase or ") + passphraseVariable + " is required");
@@ -85,16 +97,19 @@ std::optional<EarlyEnd> faultOf(const Arguments& arguments) {
 std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     Arguments arguments;
     arguments.home = defaultHome();
-    std::string servlet = "crm", identifier;
+    std::string servlet = "crm", identifier, stars;
     std::optional<int> passphraseDescriptor;
+    auto token = takeOut("--token", count, values);
+    arguments.passphrase = takeOut("--passphrase", count, values);
+    auto variable = takeVariable(passphraseVariable);
 
     CLI::App app("A console host of TarvoBase.", "tarvo-host");
     app.fallthrough();
     app.require_subcommand(1);
     app.add_option("--home", arguments.home, "Folder of databases and settings");
     app.add_option("--account", arguments.account, "Id of the account");
-    app.add_option("--token", arguments.token, "Token of the account");
-    app.add_option("--passphrase", arguments.passphrase, "Passphrase of the database")->envname(passphraseVariable);
+    app.add_option("--token", stars, "Token of the account");
+    app.add_option("--passphrase", stars, "Passphrase of the database; TARVO_PASSPHRASE in the environment otherwise");
     app.add_option("--passphrase-fd", passphraseDescriptor, "File descriptor from which a line with it is read")
         ->check(CLI::NonNegativeNumber);
     app.add_option("--server-type", arguments.serverType, "Server environment; 0 is a server on loopback")
@@ -145,9 +160,9 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     } catch (const CLI::ParseError& error) {
         return wrong(error.what());
     }
-    blankSecrets(count, values);
-    blankVariable(passphraseVariable);
 
+    if (token) arguments.token = token->text();
+    if (!arguments.passphrase) arguments.passphrase = std::move(variable);
     if (passphraseDescriptor) {
         arguments.passphrase = lineOf(*passphraseDescriptor);
         if (!arguments.passphrase) return wrong("--passphrase-fd: the descriptor cannot be read");

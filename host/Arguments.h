@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "platform/Secret.h"
 #include "tarvobase/configuration/ServerTypes.h"
 
 namespace tarvo::host {
@@ -19,7 +20,7 @@ struct Arguments {
     std::string home;  ///< absolute
     std::optional<std::string> account;
     std::optional<std::string> token;
-    std::optional<std::string> passphrase;
+    std::optional<platform::Secret> passphrase;
     int serverType = 1;
     std::optional<std::string> domain;
     std::optional<std::string> prefix;
@@ -41,14 +42,14 @@ struct Arguments {
     bool coreDumps = false;
 };
 
-/// An end before any work is done: help, or wrong arguments.
+/// An end before any work is done: help, or one line that says what is wrong with the arguments.
 struct EarlyEnd {
     int status;
     std::string text;
 };
 
 /// Reads the command line and blanks the passphrase and the token in it, so that a listing of processes shows neither.
-/// Blanks the passphrase in the environment, too.
+/// Blanks the passphrase in the environment, too. No copy of the passphrase is left but the one that is returned.
 std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values);
 
 }  // namespace tarvo::host

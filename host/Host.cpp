@@ -46,11 +46,12 @@ void configure(const Arguments& arguments, const std::shared_ptr<Accounts>& acco
 
 }  // namespace
 
-Result<std::unique_ptr<Host>, std::string> Host::setUp(const Arguments& arguments) {
+Result<std::unique_ptr<Host>, std::string> Host::setUp(Arguments& arguments) {
     if (!files::createDirectories(arguments.home)) return "the folder " + arguments.home + " cannot be made";
     if (!arguments.authorityFile.empty() && !trustFurtherAuthority(arguments.authorityFile))
         return "no certificate can be read from " + arguments.authorityFile;
     std::unique_ptr<Host> host(new Host);
+    host->passphrase_ = std::exchange(arguments.passphrase, std::nullopt);
     configure(arguments, host->accounts_);
     if (arguments.account) host->accounts_->signIn(*arguments.account, {.token = arguments.token});
     return host;
@@ -63,10 +64,12 @@ Host::~Host() {
     CommonConfigration::sharedInstance().authentication = nullptr;
 }
 
-Result<std::string, Host::OpeningFailure> Host::openDatabase(const std::string& passphrase) {
+Result<std::string, Host::OpeningFailure> Host::openDatabase(const platform::Secret& passphrase) {
     auto path = DatabaseConstants().databaseName();
     auto database = std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk(path));
-    auto opened = database->registerDB(passphrase);
+    std::optional<std::string> text = passphrase.text();
+    auto opened = database->registerDB(text);
+    platform::wipe(*text);
     if (!opened) return std::move(opened).error();
     // In the other naming, stored values would stand under names that nobody asks for.
     if (DatabaseNaming::isOther(*database, namingInForce())) {

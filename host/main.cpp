@@ -1,6 +1,7 @@
 #include <sys/resource.h>
 #include <csignal>
 #include <cstdio>
+#include <new>
 
 #include "host/Arguments.h"
 #include "host/Host.h"
@@ -20,9 +21,11 @@ namespace {
 using namespace tarvo;
 using namespace tarvo::host;
 
-int run(const Arguments& arguments) {
+int run(Arguments& arguments) {
     bool logs = arguments.verbose || arguments.command == Command::serve;
-    if (!logs) platform::setLogSink([](std::string_view) {});
+    platform::setLogSink([logs](std::string_view line) {
+        if (logs) writeLogLine(line);
+    });
     auto host = Host::setUp(arguments);
     if (!host) return fail(host.error(), 2);
     switch (arguments.command) {
@@ -41,7 +44,7 @@ int run(const Arguments& arguments) {
         case Command::show:
             return showRecord(**host, arguments);
         case Command::serve:
-            return serve(**host, arguments);
+            return serve(**host);
     }
     return 2;
 }
@@ -55,12 +58,17 @@ int main(int count, char** values) {
     std::signal(SIGXFSZ, SIG_IGN);
     auto parsed = parseArguments(count, values);
     if (auto* end = std::get_if<EarlyEnd>(&parsed)) {
-        std::fprintf(end->status == 0 ? stdout : stderr, "%s\n", end->text.c_str());
-        return end->status;
+        if (end->status != 0) return fail(end->text, end->status);
+        std::printf("%s\n", end->text.c_str());
+        return 0;
     }
     auto& arguments = std::get<Arguments>(parsed);
     // A core dump would hold the passphrase, the token and decrypted pages.
     constexpr rlimit none{0, 0};
     if (!arguments.coreDumps) ::setrlimit(RLIMIT_CORE, &none);
-    return run(arguments);
+    try {
+        return run(arguments);
+    } catch (const std::bad_alloc&) {
+        return fail("memory ran out");
+    }
 }

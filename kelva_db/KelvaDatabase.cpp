@@ -9,7 +9,7 @@ namespace kelva {
 
 void Configuration::setKey(std::string passphrase) {
     if (passphrase.empty()) throwError(FailureKind::misuse, "the passphrase is empty");
-    key_ = std::move(passphrase);
+    key_.emplace(std::move(passphrase));
 }
 
 void Configuration::setRawKey(std::string key, std::string salt) {

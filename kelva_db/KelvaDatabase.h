@@ -7,6 +7,7 @@
 #include "kelva_db/Database.h"
 #include "kelva_db/Observers.h"
 #include "platform/DispatchQueue.h"
+#include "platform/Secret.h"
 
 namespace kelva {
 
@@ -15,7 +16,8 @@ enum class TransactionCompletion { commit, rollback };
 /// How a database is opened.
 class Configuration {
 public:
-    /// The passphrase. Throws `DatabaseError` for an empty one: a file without a key is opened by not setting any.
+    /// The passphrase. Throws `DatabaseError` for an empty one: a file without a key is opened by not setting any. An
+    /// open database keeps it until it is closed, since each file that is attached has a key of its own made from it.
     void setKey(std::string passphrase);
     /// The 32 bytes that the passphrase would be turned into, and the file's 16 bytes of salt. Spares the derivation;
     /// for tests that open many files. Throws for other lengths.
@@ -27,11 +29,11 @@ public:
     /// vain wait for 500 ms at most, until one succeeds.
     int busyTimeout = 5000;
 
-    const std::optional<std::string>& key() const { return key_; }
+    const std::optional<tarvo::platform::Secret>& key() const { return key_; }
     const std::optional<std::pair<std::string, std::string>>& rawKey() const { return rawKey_; }
 
 private:
-    std::optional<std::string> key_;
+    std::optional<tarvo::platform::Secret> key_;
     std::optional<std::pair<std::string, std::string>> rawKey_;
 };
 

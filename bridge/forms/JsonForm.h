@@ -261,6 +261,7 @@ struct JsonForm<AppError<DomainError>> {
         ValueMap map{{"case", caseName(error.which())}};
         if (auto domainError = error.getDomainError()) map.set("value", toJson(*domainError));
         if (auto reason = error.reason()) map.set("reason", caseName(*reason));
+        if (!error.cause().empty()) map.set("cause", error.cause());
         return map;
     }
 };

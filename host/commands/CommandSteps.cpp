@@ -18,7 +18,9 @@ namespace {
 
 using Download = decltype(&runMetadataDownload);
 
-const std::string databaseRefused = "the database did not store what the server sent; the disk may be full";
+const std::string databaseRefused =
+    "the database did not store what the server sent; the disk may be full, or another program may keep the file "
+    "locked";
 
 /// Returns the views by the name that people read; nullopt if the table cannot be read.
 std::optional<std::vector<CustomView>> storedViews(const std::string& module) {
@@ -33,13 +35,17 @@ std::optional<std::string> fetchFor(const std::shared_ptr<DatabaseAdapter>& data
     auto outcome = awaited<DownloadOutcome>([&](auto whenEnded) { return download(database, {*module}, whenEnded); });
     if (!outcome) return "the server did not answer in time";
     if (!outcome->notStored.empty()) return databaseRefused;
-    return outcome->failed.empty() ? std::nullopt : std::optional(explanationOf(outcome->failed.begin()->first));
+    if (outcome->failed.empty()) return std::nullopt;
+    return explanationOf(outcome->failed.begin()->first, outcome->cause);
 }
 
 }  // namespace
 
 Result<std::string, int> openDatabase(Host& host, const Arguments& arguments) {
-    auto path = host.openDatabase(*arguments.passphrase);
+    // No command opens a database twice.
+    auto passphrase = host.takePassphrase();
+    if (!passphrase) return fail("a passphrase is needed", 2);
+    auto path = host.openDatabase(*passphrase);
     if (path) return *path;
     auto account = "the database of account " + *arguments.account;
     if (path.error().kind == Host::OpeningFailure::Kind::wrongPassphrase)
@@ -61,7 +67,7 @@ std::optional<std::string> fetchModules(Host& host) {
     auto outcome = awaited<InitOutcome>([&](auto whenEnded) { return runInitStep(host.database(), whenEnded); });
     if (!outcome) return "the server did not answer in time";
     if (outcome->isRefusedByDatabase) return databaseRefused;
-    return outcome->isStored() ? std::nullopt : std::optional(explanationOf(outcome->failure->kind));
+    return outcome->isStored() ? std::nullopt : std::optional(explanationOf(*outcome->failure));
 }
 
 std::optional<int> findModule(Host& host, const Arguments& arguments, const char* tokenNeeded) {
@@ -146,10 +152,10 @@ std::optional<std::string> fetchViews(Host& host, const std::string& moduleName)
     return fetchFor(host.database(), moduleName, runViewDownload);
 }
 
-std::string explanationOf(CommonError error) {
+std::string explanationOf(CommonError error, const std::string& cause) {
     switch (error) {
         case CommonError::networkResponseError:
-            return "the server did not answer";
+            return "the server did not answer" + (cause.empty() ? "" : " (" + cause + ")");
         case CommonError::parsingError:
             return "the server's answer cannot be used; the token may be wrong";
         case CommonError::noAuthtoken:
@@ -158,6 +164,12 @@ std::string explanationOf(CommonError error) {
             return "the server's data could not be fetched (" + std::string(caseName(error)) + ")";
     }
 }
+
+std::string explanationOf(const CommonErrorNotice& notice) {
+    return explanationOf(notice.kind, notice.arguments.valueOf("cause").textOr(""));
+}
+
+int printForPrograms(const std::string& json) { return print(harmlessJson(json)); }
 
 int printForPeople(const std::string& lines) { return print(harmlessLines(lines)); }
 

@@ -58,10 +58,13 @@ std::string comparatorOf(const ColumnFilter& filter);
 /// These fetch the metadata, or the views, of a stored module. They return why it failed, or nullopt.
 std::optional<std::string> fetchMetadata(Host& host, const std::string& moduleName);
 std::optional<std::string> fetchViews(Host& host, const std::string& moduleName);
-/// Returns the reason of a failed fetch as part of a line.
-std::string explanationOf(CommonError error);
+/// Returns the reason of a failed fetch as part of a line. `cause` says why a request got no answer, if it is known.
+std::string explanationOf(CommonError error, const std::string& cause);
+std::string explanationOf(const CommonErrorNotice& notice);
 /// Writes to standard output and returns the exit status.
 int print(const std::string& text);
+/// Writes JSON for programs, with such characters escaped that could steer a terminal.
+int printForPrograms(const std::string& json);
 /// Writes lines for people, without the characters that could steer their terminal.
 int printForPeople(const std::string& lines);
 

@@ -17,10 +17,25 @@ bool isHarmful(UChar32 character) {
            u_hasBinaryProperty(character, UCHAR_BIDI_CONTROL);
 }
 
-std::string withoutHarmful(std::string_view text, std::string_view allowed) {
+using Replacement = std::string (*)(UChar32 character);
+
+std::string asBlank(UChar32) { return " "; }
+std::string asJsonEscape(UChar32 character) {
+    char text[16];
+    std::snprintf(text, sizeof text, "\\u%04x", static_cast<unsigned>(character));
+    return text;
+}
+
+std::string withoutHarmful(std::string_view text, std::string_view allowed, Replacement replacement = asBlank) {
+    auto isPlain = [](char c) { return c >= ' ' && c <= '~'; };
     std::string result;
+    result.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
         auto begin = at;
+        while (at < text.size() && isPlain(text[at])) ++at;
+        result += text.substr(begin, at - begin);
+        if (at == text.size()) break;
+        begin = at;
         UChar32 character = 0;
         U8_NEXT(text.data(), at, text.size(), character);
         auto bytes = text.substr(begin, at - begin);
@@ -29,7 +44,7 @@ std::string withoutHarmful(std::string_view text, std::string_view allowed) {
         if (character < 0)
             result += '?';
         else if (isHarmful(character) && !isAllowed)
-            result += ' ';
+            result += replacement(character);
         else
             result += bytes;
     }
@@ -67,10 +82,12 @@ std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>
 
 }  // namespace
 
-void note(std::string_view what) {
-    std::string line = harmless("tarvo-host: " + std::string(what)) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stderr);
+void writeLogLine(std::string_view line) {
+    auto text = harmless(line) + "\n";
+    std::fwrite(text.data(), 1, text.size(), stderr);
 }
+
+void note(std::string_view what) { writeLogLine("tarvo-host: " + std::string(what)); }
 
 int fail(std::string_view why, int status) {
     note(why);
@@ -78,6 +95,8 @@ int fail(std::string_view why, int status) {
 }
 
 std::string harmlessLines(std::string_view text) { return withoutHarmful(text, "\n"); }
+
+std::string harmlessJson(std::string_view json) { return withoutHarmful(json, "\n", asJsonEscape); }
 
 std::string tableText(const std::vector<std::vector<std::string>>& rows) {
     auto widths = columnWidths(rows);

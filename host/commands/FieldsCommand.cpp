@@ -135,7 +135,7 @@ int listFields(Host& host, const Arguments& arguments) {
     auto stored = storedOf(host, arguments);
     if (!stored) return stored.error();
     auto lines = listing(*stored->fields, stored->layouts);
-    return arguments.json ? print(forPrograms(lines, arguments.module, *path))
+    return arguments.json ? printForPrograms(forPrograms(lines, arguments.module, *path))
                           : printForPeople(forPeople(lines, arguments.module, *path));
 }
 

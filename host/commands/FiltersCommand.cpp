@@ -59,7 +59,7 @@ int listFilters(Host& host, const Arguments& arguments) {
     if (!field)
         return fail(arguments.module + " has no field \"" + arguments.field + "\"; the command fields lists them");
     auto filters = GetFilters::getFilters(*field);
-    return arguments.json ? print(forPrograms(filters, *field, arguments.module))
+    return arguments.json ? printForPrograms(forPrograms(filters, *field, arguments.module))
                           : printForPeople(forPeople(filters, *field));
 }
 

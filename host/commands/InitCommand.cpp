@@ -43,13 +43,13 @@ std::int64_t bytesOf(const std::string& path) {
     return static_cast<std::int64_t>(bytes);
 }
 
-using Reasons = std::map<std::optional<CommonError>, int>;
+/// How often a step failed, by the reason in words.
+using Reasons = std::map<std::string, int>;
 
 /// The outcome of a run.
 struct RunOutcome {
     bool isCompleted = false;
     bool isIncomplete = false;  ///< the database did not store all of it
-    /// The reasons why steps failed and how often; nullopt if a step gave no reason.
     std::map<Process, Reasons> failures;
     std::set<Process> unstored;  ///< the database did not store what these steps received
 };
@@ -105,7 +105,8 @@ private:
 
     /// A step that ends as failed has usually reported its reason before.
     void noteFailure(const FirstDownload::StepReport& report) {
-        if (report.why || !outcome_.failures.contains(report.step)) ++outcome_.failures[report.step][report.why];
+        if (!report.why && outcome_.failures.contains(report.step)) return;
+        ++outcome_.failures[report.step][report.why ? explanationOf(*report.why, report.cause) : "not done"];
     }
 
     void show() {
@@ -147,8 +148,7 @@ struct Summary {
 std::string stepExplanation(Process step, const Reasons& reasonsOfStep) {
     std::vector<std::string> reasons;
     for (auto& [why, times] : reasonsOfStep)
-        reasons.push_back((why ? explanationOf(*why) : "not done") +
-                          (times > 1 ? " (" + std::to_string(times) + " times)" : ""));
+        reasons.push_back(why + (times > 1 ? " (" + std::to_string(times) + " times)" : ""));
     return std::string(caseName(step)) + ": " + text::join(reasons, "; ");
 }
 
@@ -209,7 +209,7 @@ int initAccount(Host& host, const Arguments& arguments) {
     summary.bytes = bytesOf(*path);
     summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     summary.requests = requestCount();
-    return arguments.json ? print(json::write(bridge::toJson(summary)).value_or("") + "\n")
+    return arguments.json ? printForPrograms(json::write(bridge::toJson(summary)).value_or("") + "\n")
                           : printForPeople(forPeople(summary));
 }
 

@@ -166,8 +166,9 @@ struct Answers {
     std::optional<std::string> failure;
 };
 
-std::string textOf(std::optional<FailureReason> reason) {
-    switch (reason.value_or(FailureReason::noNetwork)) {
+template <class Error>
+std::string textOf(const Error& error) {
+    switch (error.reason().value_or(FailureReason::noNetwork)) {
         case FailureReason::notSignedIn:
             return "there is no token to ask the server with";
         case FailureReason::outdated:
@@ -185,7 +186,7 @@ std::string textOf(std::optional<FailureReason> reason) {
         case FailureReason::noNetwork:
             break;
     }
-    return "the server did not answer";
+    return explanationOf(CommonError::networkResponseError, error.cause());
 }
 
 Result<Page, int> ask(const ListRequest& request, const Arguments& arguments) {
@@ -204,7 +205,7 @@ Result<Page, int> ask(const ListRequest& request, const Arguments& arguments) {
         });
         usecase->execute(GetListFilterRecords<>::Request(params),
                          {.onSuccess = [all](auto& answer) { all->last = answer; },
-                          .onError = [all](auto& failure) { all->failure = textOf(failure.reason()); },
+                          .onError = [all](auto& failure) { all->failure = textOf(failure); },
                           .didComplete = nullptr});
         return usecase;
     });
@@ -294,7 +295,7 @@ int listRecords(Host& host, const Arguments& arguments) {
     auto page = request->sort ? askSorted(host, *request, arguments) : ask(*request, arguments);
     if (!page) return page.error();
     if (page->failure) note(*page->failure + "; these are the stored records");
-    return arguments.json ? print(forPrograms(*page, *request, arguments, *path))
+    return arguments.json ? printForPrograms(forPrograms(*page, *request, arguments, *path))
                           : printForPeople(forPeople(*page, *request, arguments));
 }
 

@@ -61,7 +61,7 @@ int listModules(Host& host, const Arguments& arguments) {
     auto modules = askModules(std::move(names));
     if (!modules) return fail("the modules could not be read from " + *path);
     std::sort(modules->begin(), modules->end(), standsBefore);
-    return arguments.json ? print(forPrograms(*modules, *path)) : printForPeople(forPeople(*modules, *path));
+    return arguments.json ? printForPrograms(forPrograms(*modules, *path)) : printForPeople(forPeople(*modules, *path));
 }
 
 }  // namespace tarvo::host

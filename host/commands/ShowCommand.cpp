@@ -37,7 +37,7 @@ struct ShownSection {
 /// A record, or the failure of the request. If both are absent, the server has no such record.
 struct ServerAnswer {
     std::optional<Record> record{};
-    std::optional<CommonError> failure{};
+    std::optional<CommonErrorNotice> failure{};
 };
 
 class RecordListener final : public CommonErrorRelay, public GetRecordsErrorRelay, public GetRecordsUseCaseDelegate {
@@ -51,7 +51,7 @@ public:
     using GetRecordsUseCaseDelegate::record;
 
 private:
-    void relay(const CommonErrorNotice& notice) override { answered_({.failure = notice.kind}); }
+    void relay(const CommonErrorNotice& notice) override { answered_({.failure = notice}); }
     void relay(const GetRecordsErrorRelay::Notice&) override { answered_({}); }
 
     const std::function<void(ServerAnswer)> answered_;
@@ -141,7 +141,7 @@ int showRecord(Host& host, const Arguments& arguments) {
     ValueMap map{{"record", bridge::toJson(*record)},
                  {"sections", bridge::toJson(sections)},
                  {"database", bridge::toJson(*path)}};
-    return print(json::write(map).value_or("") + "\n");
+    return printForPrograms(json::write(map).value_or("") + "\n");
 }
 
 }  // namespace tarvo::host

@@ -57,7 +57,7 @@ int listViews(Host& host, const Arguments& arguments) {
     if (!views) return views.error();
     std::vector<ViewLine> lines;
     for (auto& view : *views) lines.push_back(ViewLine::of(view));
-    return arguments.json ? print(forPrograms(lines, arguments.module, *path))
+    return arguments.json ? printForPrograms(forPrograms(lines, arguments.module, *path))
                           : printForPeople(forPeople(lines, arguments.module, *path));
 }
 

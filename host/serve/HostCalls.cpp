@@ -35,6 +35,7 @@ namespace {
 using bridge::CallPtr;
 using bridge::Registry;
 using platform::Clock;
+using platform::Secret;
 
 struct NoRequest {
     static constexpr auto fields() { return describe(); }
@@ -76,10 +77,10 @@ struct ClockRequest {
     }
 };
 
-void openDatabase(Host& host, const std::optional<std::string>& passphrase, const CallPtr& call) {
+void openDatabase(Host& host, const std::optional<Secret>& passphrase, const CallPtr& call) {
     if (host.database()) return call->refuse("a database is open already");
     if (!host.accounts().currentUser()) return call->refuse("no account is signed in");
-    if (!passphrase || passphrase->empty()) return call->refuse("a passphrase is needed");
+    if (!passphrase || passphrase->text().empty()) return call->refuse("a passphrase is needed");
     auto path = host.openDatabase(*passphrase);
     if (path) return call->done("response", ValueMap{{"path", bridge::toJson(*path)}});
     call->event(
@@ -141,16 +142,17 @@ void clock(const ClockRequest& request, const CallPtr& call) {
 
 }  // namespace
 
-void addHostCalls(Registry& registry, Host& host, const std::optional<std::string>& passphrase) {
+void addHostCalls(Registry& registry, Host& host, const std::optional<Secret>& passphrase) {
     registry.add("host.config", [](const CallPtr& call) {
         auto misread = setConfigFields(call->request());
         if (!misread) call->done();
         return misread;
     });
-    registry.addOperation<OpenRequest>(
-        "host.openDatabase", [&host, passphrase](const OpenRequest& request, const CallPtr& call) {
-            openDatabase(host, request.passphrase ? request.passphrase : passphrase, call);
-        });
+    registry.addOperation<OpenRequest>("host.openDatabase",
+                                       [&host, passphrase](const OpenRequest& request, const CallPtr& call) {
+                                           auto named = request.passphrase;
+                                           openDatabase(host, named ? Secret(*std::move(named)) : passphrase, call);
+                                       });
     registry.addOperation<NoRequest>("host.closeDatabase", [&host](NoRequest, const CallPtr& call) {
         host.closeDatabase() ? call->done() : call->refuse("no database is open");
     });

@@ -11,6 +11,6 @@ namespace tarvo::host {
 
 /// Adds the calls of the host itself. The passphrase is for calls that bring none. The host must live as long as the
 /// registry is used.
-void addHostCalls(bridge::Registry& registry, Host& host, const std::optional<std::string>& passphrase);
+void addHostCalls(bridge::Registry& registry, Host& host, const std::optional<platform::Secret>& passphrase);
 
 }  // namespace tarvo::host

@@ -42,8 +42,11 @@ Result<std::vector<Module>, std::string> modulesNamed(const std::vector<std::str
 }
 
 void reportOutcome(const DownloadOutcome& outcome, const CallPtr& call) {
-    for (auto& [error, names] : outcome.failed)
-        call->delegate(caseName(error), {{"moduleNames", bridge::toJson(names)}});
+    for (auto& [error, names] : outcome.failed) {
+        ValueMap arguments{{"moduleNames", bridge::toJson(names)}};
+        if (error == CommonError::networkResponseError) arguments.set("cause", outcome.cause);
+        call->delegate(caseName(error), std::move(arguments));
+    }
     if (!outcome.notStored.empty()) call->delegate("notStored", {{"moduleNames", bridge::toJson(outcome.notStored)}});
     call->done("response", ValueMap{{"moduleNames", bridge::toJson(outcome.stored)}});
     call->finish();

@@ -24,6 +24,7 @@ protected:
     template <class Parser>
     void note(const NetworkAnswer& answer, Parser&& parser, const std::vector<Module>& modules) {
         auto parsed = parser.parse(answer.body);
+        if (answer.error) outcome.cause = answer.error->message;
         auto missing = !parsed ? failureOf(answer.error) : CommonError::unableToGetMetadata;
         for (auto& module : modules) {
             bool came = parsed && std::any_of(parsed->result.begin(), parsed->result.end(), [&](auto& entry) {

@@ -20,6 +20,8 @@ struct DownloadOutcome {
     /// The modules that failed, by the notice of the failure; `unableToGetMetadata` if the server refused a module or
     /// left it out.
     std::map<CommonError, std::vector<std::string>> failed;
+    /// Why a request got no answer, in words; that of the last one. Empty if all were answered.
+    std::string cause;
     /// The modules whose answer came, but was not stored by the database.
     std::vector<std::string> notStored;
 };

@@ -24,7 +24,7 @@ struct Output {
     std::atomic<bool> isBroken = false;
 
     void write(std::string_view line) {
-        if (isBroken || writeLine(line)) return;
+        if (isBroken || writeLine(harmlessJson(line))) return;
         isBroken = true;
         MainQueue::shared()->stop();
     }
@@ -38,10 +38,11 @@ private:
 
 }  // namespace
 
-int serve(Host& host, const Arguments& arguments) {
+int serve(Host& host) {
     bridge::Registry registry;
     bridge::addCalls(registry);
-    addHostCalls(registry, host, arguments.passphrase);
+    // Kept until the session ends: a database may be closed and opened again.
+    addHostCalls(registry, host, host.takePassphrase());
     auto output = std::make_shared<Output>();
     auto session = std::make_shared<bridge::Session>(std::move(registry),
                                                      [output](std::string_view line) { output->write(line); });

@@ -64,7 +64,7 @@ std::string derivedKey(const std::string& passphrase, const std::string& salt, i
 
 std::string keyFor(const Configuration& configuration, const std::string& salt, int generation) {
     if (auto& raw = configuration.rawKey()) return keyText(raw->first, salt);
-    return derivedKey(*configuration.key(), salt, generation);
+    return derivedKey(configuration.key()->text(), salt, generation);
 }
 
 /// Whether the file can be read so.

@@ -22,18 +22,22 @@ ValueMap paramsOf(const GetCVRecordsNetworkRequest& request) {
     return params;
 }
 
-Result<ListPage, FailureReason> failedPage(FailureReason reason, const std::string& why) {
+FailureDetails failedPage(FailureReason reason, const std::string& why) {
     platform::log(platform::LogLevel::warning, "list view", "no records of a view from the server: " + why);
-    return reason;
+    return {reason};
 }
-Result<ListPage, FailureReason> failedPage(const ParserError& error) {
+FailureDetails failedPage(const ParserError& error) {
     bool isRefusal = error.which() == ParserError::Case::responseError;
     return failedPage(isRefusal ? FailureReason::refused : FailureReason::unusableAnswer, error.logText());
 }
 
 /// Reads the one entry of an answer.
-Result<ListPage, FailureReason> pageOf(const NetworkAnswer& answer) {
-    if (answer.error) return failedPage(failureReasonOf(*answer.error), answer.error->message);
+Result<ListPage, FailureDetails> pageOf(const NetworkAnswer& answer) {
+    if (answer.error) {
+        auto failure = failedPage(failureReasonOf(*answer.error), answer.error->message);
+        failure.cause = answer.error->message;
+        return failure;
+    }
     auto parsed = WireRecordsParser::parse(answer.body);
     if (!parsed) return failedPage(parsed.error());
     if (parsed->result.empty()) return failedPage(ParserError::noData());

@@ -26,7 +26,7 @@ struct GetCVRecordsNetworkRequest {
 class GetCVRecordsNetworkService final : public StaticBaseNetworkService {
 public:
     /// Gets the page, or the reason why there is none, which is logged.
-    using Completion = std::function<void(Result<ListPage, FailureReason>)>;
+    using Completion = std::function<void(Result<ListPage, FailureDetails>)>;
 
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::customViewRecords); }
     /// Completes exactly once, on the network queue.

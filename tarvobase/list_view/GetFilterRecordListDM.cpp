@@ -155,7 +155,7 @@ void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int6
 
 // Runs on the network queue, so answers are stored one after the other, in the order in which they come.
 void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t from,
-                                              const Result<ListPage, FailureReason>& page) {
+                                              const Result<ListPage, FailureDetails>& page) {
     if (!page) return call->answers.onError(Failure::unknownError(page.error()));
     using Outcome = ListPageStore::Outcome;
     auto outcome = ListPageStore{parts.account, parts.recordPersistance, parts.filterRecordMapPersistance,

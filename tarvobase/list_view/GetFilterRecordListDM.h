@@ -97,7 +97,7 @@ private:
     std::optional<std::int64_t> firstPosition(const Call& call, std::int64_t recordCount) const;
     std::optional<std::int64_t> nextPosition(const Call& call, std::int64_t from) const;
     void triggerNetworkRequest(const CallPtr& call, std::int64_t from);
-    void networkCompletion(const CallPtr& call, std::int64_t from, const Result<ListPage, FailureReason>& page);
+    void networkCompletion(const CallPtr& call, std::int64_t from, const Result<ListPage, FailureDetails>& page);
     void answerStored(const Call& call) const;
     void answerFinally(const Call& call) const;
     bool hasMore(const GetListFilterRecordsParams& request) const;

@@ -143,7 +143,7 @@ NetworkCompletion BaseNetworkService::completionOf(Request& request) {
 
 void BaseNetworkService::reportFailure(const NetworkError& error) {
     auto handler = errorHandler.lock();
-    if (handler && error.kind != NetworkError::Kind::notSent) handler->networkResponseError();
+    if (handler && error.kind != NetworkError::Kind::notSent) handler->networkResponseErrorWithCause(error.message);
 }
 
 void BaseNetworkService::reportNoToken(const std::string& user) {

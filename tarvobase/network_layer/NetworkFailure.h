@@ -40,7 +40,7 @@ inline void reportNetworkFailure(const std::weak_ptr<CommonErrorProtocol>& respo
     if (error.kind == bren::NetworkError::Kind::notSent)
         listener->noAuthtoken(scope.account);
     else
-        listener->networkResponseError();
+        listener->networkResponseErrorWithCause(error.message);
 }
 
 }  // namespace tarvo

@@ -50,6 +50,12 @@ struct EnumCases<FailureReason> {
                                                         {FailureReason::notStored, "notStored"}};
 };
 
+/// The reason, and its cause in words where it is known, such as "certificate expired: crm.example.com:443".
+struct FailureDetails {
+    FailureReason reason;
+    std::string cause{};
+};
+
 /// The failure that every use case over `UsecaseFrame` reports: one of the operation's own kind with its value, or one
 /// of the general ones. An answer of the server that cannot be parsed is an `unknownError` too.
 template <class DomainError>
@@ -61,17 +67,21 @@ public:
     static AppError networkUnavailable() { return AppError(Case::networkUnavailable); }
     static AppError timeout() { return AppError(Case::timeout); }
     static AppError authenticationFailure() { return AppError(Case::authenticationFailure); }
-    static AppError unknownError(std::optional<FailureReason> reason = std::nullopt) {
+    static AppError unknownError(std::optional<FailureReason> reason = std::nullopt, std::string cause = {}) {
         AppError error(Case::unknownError);
         error.reason_ = reason;
+        error.cause_ = std::move(cause);
         return error;
     }
+    static AppError unknownError(const FailureDetails& details) { return unknownError(details.reason, details.cause); }
 
     Case which() const { return case_; }
     /// Returns the domain error, or null in the other cases.
     const DomainError* getDomainError() const { return domainError_ ? &*domainError_ : nullptr; }
     /// Returns the reason of an `unknownError`, if the operation gives one.
     std::optional<FailureReason> reason() const { return reason_; }
+    /// Returns the cause in words; empty if it is not known.
+    const std::string& cause() const { return cause_; }
 
 private:
     explicit AppError(Case which, std::optional<DomainError> error = std::nullopt)
@@ -79,6 +89,7 @@ private:
     Case case_;
     std::optional<DomainError> domainError_;
     std::optional<FailureReason> reason_;
+    std::string cause_;
 };
 
 /// An `AppError` with the details that the server sent.

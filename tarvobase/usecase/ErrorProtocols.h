@@ -24,6 +24,12 @@ public:
     virtual void parsingError() {}
     /// The request got no answer.
     virtual void networkResponseError() {}
+    /// The same for those who want to know why, such as "certificate expired: crm.example.com:443". Calls
+    /// `networkResponseError` unless it is overridden.
+    virtual void networkResponseErrorWithCause(const std::string& cause) {
+        static_cast<void>(cause);
+        networkResponseError();
+    }
     virtual void networkParamsError() {}
     virtual void networkIdentifierError() {}
     /// The account has no token; the request was not sent.
@@ -60,6 +66,10 @@ public:
     void parsingError() override { relayCall(CommonError::parsingError, &CommonErrorProtocol::parsingError); }
     void networkResponseError() override {
         relayCall(CommonError::networkResponseError, &CommonErrorProtocol::networkResponseError);
+    }
+    void networkResponseErrorWithCause(const std::string& cause) override {
+        relayCall(CommonError::networkResponseError, &CommonErrorProtocol::networkResponseErrorWithCause,
+                  argument("cause", cause));
     }
     void networkParamsError() override {
         relayCall(CommonError::networkParamsError, &CommonErrorProtocol::networkParamsError);

@@ -102,6 +102,7 @@ TEST(ModulesCommand, SaysInOneLineWhatIsWrong) {
         {{}, 2, "subcommand"},
         {{"dance"}, 2, ""},
         {{"modules", "--colour", "red"}, 2, "--colour"},
+        {{"modules", "--co\x1b[31m\u202Elour"}, 2, "--co [31m lour"},
         {{"modules", "--server-type", "12"}, 2, "--server-type"},
         {{"modules", "--server-type", "one"}, 2, "--server-type"},
         {{"modules", "--servlet", "other"}, 2, "--servlet"},
@@ -117,6 +118,10 @@ TEST(ModulesCommand, SaysInOneLineWhatIsWrong) {
           world.authority, "--domain", "localhost:" + std::to_string(world.port)},
          1,
          "token"},
+        {{"modules", "--account", "42", "--passphrase", "p", "--token", "secret", "--server-type", "0", "--domain",
+          "localhost:" + std::to_string(world.port)},
+         1,
+         "certificate of an unknown authority"},
     };
     for (auto& one : cases) {
         auto arguments = one.arguments;

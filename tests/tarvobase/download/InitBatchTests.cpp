@@ -267,8 +267,9 @@ TEST_F(ViewBatchTest, ARestartRequestsTheRest) {
 TEST_F(ViewBatchTest, BatchesWithoutAUsableAnswerAreReportedAndCountAsDone) {
     startWith(fiveModules);
     answerWith(1, "<html>");
-    answerWith(0, wire::body({viewsEntry("Leads", {"3"})}), NetworkError{NetworkError::Kind::timeout, ""});
-    EXPECT_THAT(recorder->take(), ElementsAre("0/2", "parsingError", "1/2", "networkResponseError", "complete", "2/2"));
+    answerWith(0, wire::body({viewsEntry("Leads", {"3"})}), NetworkError{NetworkError::Kind::timeout, "time-out"});
+    EXPECT_THAT(recorder->take(),
+                ElementsAre("0/2", "parsingError", "1/2", "networkResponseError time-out", "complete", "2/2"));
     EXPECT_TRUE(isFlagged("customviews", "Leads") && isFlagged("customviews", "Cases"));
     EXPECT_EQ(storedViews("Leads"), 0u);
     EXPECT_TRUE(wasLogged("CustomViewInfo Completed - failure for Cases"));

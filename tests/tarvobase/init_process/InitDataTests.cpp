@@ -114,7 +114,7 @@ TEST_F(InitDataTest, ReportsARequestWithoutAnAnswerOnce) {
     EXPECT_EQ(run(""), std::nullopt);
     signIn("1001", std::nullopt);
     EXPECT_EQ(run(""), std::nullopt);
-    EXPECT_EQ(listener->notices, "parsingError;networkResponseError;noAuthtoken 1001;");
+    EXPECT_EQ(listener->notices, "parsingError;networkResponseError scripted;noAuthtoken 1001;");
 }
 
 TEST_F(InitDataTest, ParsesUserDetails) {

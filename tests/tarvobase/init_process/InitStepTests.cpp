@@ -226,7 +226,7 @@ TEST_F(InitStepTest, RequestsWithoutAnAnswerAreReported) {
     struct {
         Kind kind;
         std::string ended, notices;
-    } cases[] = {{Kind::timeout, "permission false", "networkResponseError;"},
+    } cases[] = {{Kind::timeout, "permission false", "networkResponseError scripted;"},
                  {Kind::notSent, "permission false", "noAuthtoken 1001;"},
                  {Kind::shutDown, "", ""}};
     for (auto& one : cases) {

@@ -187,7 +187,7 @@ TEST_F(RecordFetchTest, ARecordIsReportedAsStoredAndThenAsTheServerHasIt) {
     }
     network->fail(NetworkError::Kind::timeout);
     usecase->getRecord(moduleNamed("Leads"), "7");
-    EXPECT_EQ(lines(), "7: \"Zylker\" , networkResponseError");
+    EXPECT_EQ(lines(), "7: \"Zylker\" , networkResponseError scripted");
     signIn("1001", std::nullopt);
     usecase->getRecord(moduleNamed("Leads"), "7");
     EXPECT_EQ(lines(), "7: \"Zylker\" , noAuthtoken 1001");
