@@ -1,7 +1,12 @@
+#include <sqlite3.h>
+
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
 #include <random>
+#include <set>
 
 #include "platform/Files.h"
 #include "platform/SettingsStore.h"
@@ -28,10 +33,98 @@ std::uint64_t numberFrom(const char* variable, std::uint64_t otherwise) {
     return number && *number >= 0 ? static_cast<std::uint64_t>(*number) : otherwise;
 }
 
+/// Sees each statement that SQLite begins to run in this process, and keeps those that neither the library runs nor the
+/// server may bring.
+class StatementWatch {
+public:
+    StatementWatch() { sqlite3_auto_extension(reinterpret_cast<void (*)()>(&watch)); }
+    ~StatementWatch() { sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&watch)); }
+
+    static std::size_t seen() {
+        auto& all = shared();
+        std::lock_guard lock(all.mutex);
+        return all.count;
+    }
+    static std::string outside() {
+        auto& all = shared();
+        std::lock_guard lock(all.mutex);
+        return text::join({all.outside.begin(), all.outside.end()}, "\n");
+    }
+
+    /// Returns whether a statement is of the kinds that may run. The hostile ones of this test differ in their words
+    /// from what the library itself runs.
+    static bool isAllowed(std::string_view statement) {
+        static const std::vector<std::string> beginnings{"select ",
+                                                         "insert ",
+                                                         "update ",
+                                                         "delete ",
+                                                         "create table ",
+                                                         "create index ",
+                                                         "create unique index ",
+                                                         "create temp",
+                                                         "drop table ",
+                                                         "drop index ",
+                                                         "alter table ",
+                                                         "reindex",
+                                                         "pragma key = ",
+                                                         "pragma cipher_compatibility = ",
+                                                         "pragma cipher_page_size = ",
+                                                         "pragma page_size = ",
+                                                         "pragma cache_size = -",
+                                                         "pragma main.table_info",
+                                                         "pragma table_info"};
+        static const std::set<std::string> whole{"begin",
+                                                 "begin immediate",
+                                                 "commit",
+                                                 "rollback",
+                                                 "savepoint kelva",
+                                                 "rollback to kelva",
+                                                 "release kelva",
+                                                 "pragma cipher_version",
+                                                 "pragma cipher_log_level = none",
+                                                 "pragma foreign_keys = 1",
+                                                 "pragma synchronous = full",
+                                                 "pragma query_only = 1",
+                                                 "pragma journal_mode = wal",
+                                                 "pragma journal_size_limit = 67108864",
+                                                 "pragma main.schema_version",
+                                                 "pragma temp.schema_version"};
+        auto sql = text::asciiLowercase(statement);
+        bool isKnown = whole.contains(sql) || std::any_of(beginnings.begin(), beginnings.end(),
+                                                          [&](auto& one) { return sql.starts_with(one); });
+        auto names = [&](std::string_view word) { return sql.find(word) != sql.npos; };
+        return isKnown && !names("load_extension") && !names("sqlcipher_export") &&
+               (sql.starts_with("select ") || !names("sqlite_master"));
+    }
+
+private:
+    struct Seen {
+        std::mutex mutex;
+        std::size_t count = 0;
+        std::set<std::string> outside;
+    };
+    static Seen& shared() {
+        static Seen seen;
+        return seen;
+    }
+    static int watch(sqlite3* handle, char**, const void*) {
+        return sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, &note, nullptr);
+    }
+    static int note(unsigned, void*, void*, void* statement) {
+        std::string_view sql = static_cast<const char*>(statement);
+        auto& all = shared();
+        std::lock_guard lock(all.mutex);
+        ++all.count;
+        if (!isAllowed(sql)) all.outside.emplace(sql);
+        return 0;
+    }
+};
+
 /// Draws the damage. The same seed gives the same damage.
 class Damage {
 public:
-    explicit Damage(std::uint64_t seed) : engine_(seed) {}
+    /// `outside` is a folder in which no statement may make a file.
+    Damage(std::uint64_t seed, std::string outside) : engine_(seed), outside_(std::move(outside)) {}
 
     std::size_t below(std::size_t limit) { return engine_() % limit; }
     bool happensOnceIn(std::size_t times) { return below(times) == 0; }
@@ -44,17 +137,21 @@ public:
         return happensOnceIn(14) ? Value(std::string(3000, '9')) : oneOf(values);
     }
     std::string anyStatement() {
-        static const std::vector<std::string> statements{
+        const std::vector<std::string> statements{
             "PRAGMA rekey = 'x'",
-            "PRAGMA cipher_profile = '/tmp/tarvo-fuzz-profile'",
-            "PRAGMA query_only = 1",
+            "PRAGMA cipher_profile = '" + outside_ + "/profile'",
+            "PRAGMA query_only = ON",
             "PRAGMA writable_schema = 1; UPDATE sqlite_master SET sql = 'x'",
-            "ATTACH '/tmp/tarvo-fuzz-attached' AS other; CREATE TABLE other.T (a)",
+            "ATTACH '" + outside_ + "/attached' AS other; CREATE TABLE other.T (a)",
             "DETACH main",
             "CREATE TRIGGER T AFTER INSERT ON MODULE_DETAILS BEGIN DELETE FROM MODULE_DETAILS; END",
-            "SELECT load_extension('/tmp/x')",
-            "VACUUM INTO '/tmp/tarvo-fuzz-copy'",
-            "BEGIN; COMMIT",
+            "SELECT load_extension('" + outside_ + "/x')",
+            "INSERT INTO MODULE_DETAILS (moduleName) SELECT sqlcipher_export('main')",
+            "UPDATE sqlite_master SET sql = 'x'",
+            "REINDEX; ANALYZE",
+            "VACUUM INTO '" + outside_ + "/copy'",
+            "VACUUM",
+            "BEGIN EXCLUSIVE; END",
             "CREATE TABLE LeadsRecords (ID UNIQUE, COL_F1); PRAGMA rekey = 'y'",
             "CREATE TABLE \"a b\" (\"c d\", e)",
             "CREATE",
@@ -114,16 +211,19 @@ public:
 
 private:
     std::mt19937_64 engine_;
+    const std::string outside_;
 };
 
 class AnswerFuzzTest : public ServerTest {
 protected:
     void SetUp() override {
         ServerTest::SetUp();
+        outside = folder() + "/outside";
+        ASSERT_TRUE(files::createDirectories(outside));
+        ASSERT_TRUE(SettingsStore(folder() + "/settings", "tests").set("kept", "as it was"));
         createTables(metadataTables());
         database->createTable(customViewTable());
         Stores::over(database).modules()->storeModules({leads});
-        for (auto& file : strayFiles) files::remove(file);
     }
 
     void download(Damage& damage) {
@@ -166,7 +266,8 @@ protected:
                   std::vector<std::string>{"0"});
         EXPECT_TRUE(database->execute({{"CREATE TABLE IF NOT EXISTS fuzz_probe (a)", {}}}))
             << "writes are switched off";
-        for (auto& file : strayFiles) EXPECT_FALSE(files::exists(file)) << file;
+        EXPECT_TRUE(std::filesystem::is_empty(outside));
+        EXPECT_EQ(StatementWatch::outside(), "");
         auto lines = logged();
         for (; linesChecked < lines.size(); ++linesChecked) {
             auto& line = lines[linesChecked];
@@ -174,6 +275,7 @@ protected:
         }
         SettingsStore again(folder() + "/settings", "tests");
         EXPECT_TRUE(again.synchronise());
+        EXPECT_EQ(again.string("kept"), "as it was");
         for (auto& file : std::filesystem::directory_iterator(folder() + "/settings"))
             EXPECT_EQ(file.path().string().find(".damaged"), std::string::npos) << file.path();
     }
@@ -182,8 +284,8 @@ protected:
     std::uint64_t viewsRead = 0;
     std::size_t linesChecked = 0;
     const Module leads{.moduleName = "Leads", .apiName = "Leads_API"};
-    const std::vector<std::string> strayFiles{"/tmp/tarvo-fuzz-profile", "/tmp/tarvo-fuzz-attached",
-                                              "/tmp/tarvo-fuzz-copy"};
+    std::string outside;  // a folder in which nothing may appear
+    StatementWatch statements;
 };
 
 TEST_F(AnswerFuzzTest, NoAnswerDoesMoreThanStoreItsContent) {
@@ -191,11 +293,12 @@ TEST_F(AnswerFuzzTest, NoAnswerDoesMoreThanStoreItsContent) {
     auto rounds = numberFrom("TARVO_FUZZ_ROUNDS", 400);
     for (std::uint64_t round = 0; round < rounds && !HasFailure(); ++round) {
         SCOPED_TRACE("seed " + std::to_string(seed + round));
-        Damage damage(seed + round);
+        Damage damage(seed + round, outside);
         download(damage);
         check();
     }
     EXPECT_GT(viewsRead, rounds / 4);
+    EXPECT_GT(StatementWatch::seen(), rounds * 10);
     // The file is whole, and its passphrase still opens it.
     database->deregisterDB();
     EXPECT_TRUE(openDatabase()->fetchObjects("SELECT count(*) FROM sqlite_master", std::nullopt));
