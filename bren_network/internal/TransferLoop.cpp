@@ -24,6 +24,7 @@ void blockSignals() {
 TransferLoop::TransferLoop(std::shared_ptr<BufferBudget> budget)
     : budget_(std::move(budget)), multi_(curl_multi_init(), &curl_multi_cleanup) {
     if (!multi_) throw std::bad_alloc();
+    canBeWoken_ = curl_multi_wakeup(multi_.get()) == CURLM_OK;
     curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, static_cast<long>(tuning::maximumRunning));
 }
 
@@ -162,8 +163,8 @@ void TransferLoop::deliver(const Transfer& transfer, Outcome outcome) {
 }
 
 std::chrono::milliseconds TransferLoop::nextWait() const {
-    if (running_.empty()) return tuning::longestWaitIdle;
-    auto wait = tuning::longestWaitRunning;
+    if (running_.empty()) return canBeWoken_ ? tuning::longestWaitIdle : tuning::longestWaitUnwoken;
+    auto wait = canBeWoken_ ? tuning::longestWaitRunning : tuning::longestWaitUnwoken;
     auto now = Clock::steadyNow();
     for (auto& [handle, transfer] : running_)
         wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(transfer->deadline() - now));

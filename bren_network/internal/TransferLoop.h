@@ -68,6 +68,8 @@ private:
     std::map<Place, std::unique_ptr<Transfer>> waiting_;
     std::unordered_map<CURL*, std::unique_ptr<Transfer>> running_;
     std::unordered_map<std::string, std::size_t> runningPerHost_;
+    /// Whether libcurl had a file descriptor left to be woken by.
+    bool canBeWoken_ = false;
 };
 
 }  // namespace bren

@@ -20,6 +20,8 @@ inline constexpr long maximumRedirections = 10;
 /// Longest sleep of the thread while transfers run, so that a moved `Clock` is noticed, and while none does.
 inline constexpr std::chrono::milliseconds longestWaitRunning{1'000};
 inline constexpr std::chrono::milliseconds longestWaitIdle{60'000};
+/// The same where nothing can wake the thread, since the process has no file descriptor left for it.
+inline constexpr std::chrono::milliseconds longestWaitUnwoken{100};
 /// A length that a server announces is believed up to here when memory is set aside for a body; beyond it the buffer
 /// grows with what really arrives.
 inline constexpr std::size_t largestReserve = 16 * 1024 * 1024;
