@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "kelva_db/internal/Sql.h"
 #include "platform/Text.h"
 
 namespace kelva {
@@ -113,6 +114,15 @@ int UntrustedSql::authorize(int action, const char*, const char* second) {
     if (isAllowed) return SQLITE_OK;
     refuse(kindOf(action));
     return SQLITE_DENY;
+}
+
+bool UntrustedSql::refusesUnasked(std::string_view sql) {
+    SqlScanner scanner(sql);
+    auto first = scanner.nextSignificant();
+    while (first.is(';')) first = scanner.nextSignificant();
+    bool isVacuum = first.kind == SqlToken::Kind::word && tarvo::text::equalsIgnoringAsciiCase(first.text, "VACUUM");
+    if (isVacuum) refuse("VACUUM");
+    return isVacuum;
 }
 
 void UntrustedSql::refuse(std::string_view kind) {

@@ -26,6 +26,8 @@ public:
 
     /// Begins the next statement: its time limit counts from now, and nothing of it is refused yet.
     void beginStatement();
+    /// Refuses VACUUM, which SQLite runs without asking an authorizer. Returns whether the text begins with it.
+    bool refusesUnasked(std::string_view sql);
     /// Refuses the statement, if it has not been refused yet.
     void refuse(std::string_view kind);
     /// Returns the kind of what the statement was refused for, empty if it was not.

@@ -32,6 +32,7 @@ TEST_F(UntrustedSqlTest, HostileStatementsAreLeftOutAndTheFileStays) {
         {"ATTACH '" + outside + "' AS outside KEY ''", "ATTACH"},
         {"DETACH main", "DETACH"},
         {"COMMIT", "transaction"},
+        {"/* a comment */ vacuum", "VACUUM"},
         {"SAVEPOINT s", "transaction"},
         {"SELECT load_extension('" + outside + "')", "function"},
         {"INSERT INTO t SELECT load_extension('" + outside + "')", "function"},
