@@ -40,18 +40,11 @@ bool ChangeSettlement::store(const Transaction& sent, std::int64_t number, const
     return false;
 }
 
-bool ChangeSettlement::isQueued(const Transaction& change) const {
-    auto found = stores_.transactions()->getTransaction(change.transactionID);
-    return !found || found.value();
-}
-
-/// The answer to a row that a delete has dropped meanwhile changes nothing here. An add is never dropped.
+/// A delete may have dropped the row of an edit meanwhile. The record has no row here then, and gets none.
 bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeAnswer& answer) const {
-    bool wasQueued = isQueued(sent);
     if (!stores_.transactions()->removeTransaction(sent.transactionID) ||
         !stores_.changeRegister()->remove(ChangeQueue::older, {sent.transactionID}))
         return false;
-    if (!wasQueued) return true;
     bool isAdd = sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
     if (isAdd && !replacement_.replace(sent.moduleName, sent.recordID, answer.recordId)) return false;
     if (sent.operationType == T::deleteRecord) return records_->deleteRecord(sent.recordID, sent.moduleName);

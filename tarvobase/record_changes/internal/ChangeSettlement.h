@@ -31,7 +31,6 @@ private:
     bool storeRefused(const Transaction& sent, std::int64_t number, const ErrorResponse& refusal) const;
     bool storeServerRecord(const std::string& moduleName, const std::string& recordId, const ValueMap& record) const;
     bool tidySides(const std::string& moduleName, const std::string& recordId, bool hasServerRecord) const;
-    bool isQueued(const Transaction& change) const;
     void follow(const Transaction& sent, const ChangeAnswer& answer) const;
 
     const Stores stores_;

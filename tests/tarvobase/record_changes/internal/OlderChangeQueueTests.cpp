@@ -164,6 +164,15 @@ TEST_F(OlderChangeQueueTest, AnswerToADroppedEditBringsNothingBack) {
     EXPECT_EQ(leads(), "");
 }
 
+TEST_F(OlderChangeQueueTest, RowThatWasDroppedSinceTheLastReadIsNotSent) {
+    enqueue("1", T::editRecord, "7");
+    enqueue("2", T::editRecord, "7");
+    EXPECT_EQ(sendAll(), "1");
+    ASSERT_TRUE(stores->transactions()->removeTransaction("2"));
+    answer(ChangeAnswer::accepted("7", ValueMap{{"id", "7"}}));
+    EXPECT_EQ(sendAll(), "");
+}
+
 TEST_F(OlderChangeQueueTest, ChangeOfUnknownOutcomeIsSentAgainUnderItsKey) {
     storeLead(temporaryId, "mine");
     enqueue("add", T::addRecord, temporaryId);
