@@ -20,7 +20,6 @@ public:
     Process& operator=(const Process&) = delete;
 
     pid_t pid() const { return pid_; }
-    bool started() const { return pid_ > 0; }
     void send(const std::string& line);
     void closeInput();
     /// Returns the next line of its output; nullopt at the end of the output or after the deadline.
