@@ -28,7 +28,7 @@ struct EnumCases<ChangeNotSaved> {
                                                          {ChangeNotSaved::notStored, "notStored"}};
 };
 
-/// The parts that the three changes of records share.
+/// What adding, editing and deleting records share.
 struct RecordChangeParts {
     Stores stores;
     std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
