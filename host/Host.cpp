@@ -9,6 +9,7 @@
 #include "tarvobase/database_layer/DatabaseNaming.h"
 #include "tarvobase/download/DatabaseBinding.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
+#include "tarvobase/record_changes/ChangeQueues.h"
 #include "tarvobase/records/NewRecordIds.h"
 #include "tarvobase/utils/Util.h"
 
@@ -81,11 +82,13 @@ Result<std::string, Host::OpeningFailure> Host::openDatabase(const platform::Sec
     Util::performInitialOperations(std::make_shared<BrenUserDefaults>());
     CommonConfigration::sharedInstance().databaseAdapter = database;
     DatabaseBinding::bind(Scope::current(), BrenUserDefaults::ofCurrentAccount());
+    ChangeQueues::shared().start();
     return path;
 }
 
 bool Host::closeDatabase() {
     if (!database_) return false;
+    ChangeQueues::shared().stop();
     CommonConfigration::sharedInstance().databaseAdapter = nullptr;
     database_->deregisterDB();
     database_.reset();

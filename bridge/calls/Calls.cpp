@@ -13,6 +13,7 @@ void addCalls(Registry& registry) {
     addMetadataCalls(registry);
     addViewCalls(registry);
     addRecordCalls(registry);
+    addChangeCalls(registry);
     addDownloadCalls(registry);
     registry.addUsecase<GetModule>("GetModule");
     registry.addUsecase<GetModuleTagsUC>("GetModuleTagsUC");

@@ -19,6 +19,9 @@ void addViewCalls(Registry& registry);
 /// Registers the calls whose delegate receives records.
 void addRecordCalls(Registry& registry);
 
+/// Registers the calls that add, edit and delete records.
+void addChangeCalls(Registry& registry);
+
 /// Registers the first download, the download of records alone, and the lists of views.
 void addDownloadCalls(Registry& registry);
 

@@ -7,6 +7,7 @@
 #include "host/InitStep.h"
 #include "host/serve/ConfigFields.h"
 #include "host/serve/HostMetadataCalls.h"
+#include "host/serve/HostQueueCalls.h"
 #include "host/serve/HostRecordCalls.h"
 #include "host/serve/HostSettingsCalls.h"
 #include "platform/Clock.h"
@@ -168,6 +169,7 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<Secret>& p
     addSettingsCalls(registry, topics);
     addMetadataCalls(registry, host);
     addRecordCalls(registry, host);
+    addQueueCalls(registry);
     registry.addOperation<bridge::Topics::Request>(
         "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
             bool exists = topics->change(request, call->notifier());

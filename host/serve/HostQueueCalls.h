@@ -1,0 +1,10 @@
+#pragma once
+
+#include "bridge/Registry.h"
+
+namespace tarvo::host {
+
+/// Adds the calls for the queue of changes: `host.queue.start`, `.stop` and `.idle`.
+void addQueueCalls(bridge::Registry& registry);
+
+}  // namespace tarvo::host

@@ -1,0 +1,131 @@
+#include "tarvobase/record_changes/ChangeQueues.h"
+
+#include <algorithm>
+#include <atomic>
+#include <vector>
+
+#include "platform/ProcessState.h"
+#include "platform/ThreadSafety.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/list_view/RecordsFetchDataManager.h"
+#include "tarvobase/record_changes/internal/OlderChangeQueue.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+
+namespace tarvo {
+
+namespace {
+
+/// The lock stands beside the database, which has one drain at a time among all processes. A database in memory belongs
+/// to this process alone.
+std::optional<std::string> lockFileOf(const DatabaseAdapter& database) {
+    auto path = database.databaseName();
+    bool isOnDisk = path.starts_with("/");
+    return isOnDisk ? std::optional(path + "-changes") : std::nullopt;
+}
+
+/// Puts the drain of the scope in force together.
+std::shared_ptr<ChangeDrain> makeDrain(const Stores& stores) {
+    auto fetch = [records = RecordsFetchDataManager::current(), modules = stores.modules()](
+                     const std::string& moduleName, const std::string& recordId) {
+        auto module = modules->getModule(ModuleIdentifier::fromModuleName(moduleName));
+        if (module) records->getRecord(module.value(), recordId, {});
+    };
+    ChangeSettlement settlement(stores, RecordInDatabase::make(stores.databaseAdapter()), std::move(fetch));
+    auto queue =
+        std::make_shared<OlderChangeQueue>(stores, std::make_shared<NetworkChangeSender>(), std::move(settlement));
+    return std::make_shared<ChangeDrain>(std::move(queue), lockFileOf(*stores.databaseAdapter()));
+}
+
+}  // namespace
+
+struct ChangeQueues::Drains {
+    struct Entry {
+        Scope scope;
+        std::shared_ptr<ChangeDrain> drain;
+    };
+
+    std::shared_ptr<ChangeDrain> of(const Scope& scope) {
+        platform::MutexLock lock(mutex);
+        auto isIts = [&](auto& entry) {
+            return entry.scope.databaseAdapter == scope.databaseAdapter && entry.scope.account == scope.account &&
+                   entry.scope.organisation == scope.organisation;
+        };
+        auto found = std::find_if(entries.begin(), entries.end(), isIts);
+        return found == entries.end() ? nullptr : found->drain;
+    }
+    /// Turns all of them on or off, and returns the drains so far, which the caller stops.
+    std::vector<Entry> takeAll(bool turnOn) {
+        platform::MutexLock lock(mutex);
+        isOn = turnOn;
+        return std::exchange(entries, {});
+    }
+
+    platform::Mutex mutex;
+    bool isOn TARVO_GUARDED_BY(mutex) = false;
+    std::vector<Entry> entries TARVO_GUARDED_BY(mutex);
+};
+
+ChangeQueues& ChangeQueues::shared() { return platform::ProcessState::current().get<ChangeQueues>(); }
+ChangeQueues::ChangeQueues() : drains_(std::make_shared<Drains>()) {}
+ChangeQueues::~ChangeQueues() = default;
+
+void ChangeQueues::start() {
+    auto stores = Stores::current();
+    if (!stores.databaseAdapter()) return;
+    auto drain = drains_->of(stores.scope);
+    if (!drain) {
+        // Those of a former scope would send nothing that counts.
+        for (auto& entry : drains_->takeAll(true)) entry.drain->stop();
+        drain = makeDrain(stores);
+        platform::MutexLock lock(drains_->mutex);
+        drains_->entries.push_back({stores.scope, drain});
+    }
+    drain->start();
+}
+
+void ChangeQueues::stop(std::function<void()> stopped) {
+    auto entries = drains_->takeAll(false);
+    if (entries.empty()) {
+        if (stopped) DispatchQueue::serial("tarvo.changes.end")->async(std::move(stopped));
+        return;
+    }
+    // A drain lives until its last answer: its own callback holds it.
+    auto left = std::make_shared<std::atomic<std::size_t>>(entries.size());
+    for (auto& entry : entries)
+        entry.drain->stop([drain = entry.drain, left, stopped] {
+            if (--*left == 0 && stopped) stopped();
+        });
+}
+
+void ChangeQueues::wake(const Scope& scope) {
+    if (auto drain = drains_->of(scope)) return drain->wake();
+    bool isOn = false;
+    {
+        platform::MutexLock lock(drains_->mutex);
+        isOn = drains_->isOn;
+    }
+    if (isOn && scope.isCurrent()) start();
+}
+
+ChangeQueues::State ChangeQueues::state() const {
+    auto drain = drains_->of(Scope::current());
+    if (!drain) return State::off;
+    switch (drain->status().state) {
+        case ChangeDrain::State::off:
+            return State::off;
+        case ChangeDrain::State::idle:
+            return State::idle;
+        case ChangeDrain::State::sending:
+            return State::sending;
+        case ChangeDrain::State::waiting:
+            break;
+    }
+    return State::waiting;
+}
+
+void ChangeQueues::whenResting(std::function<void()> callback) {
+    if (auto drain = drains_->of(Scope::current())) return drain->whenResting(std::move(callback));
+    DispatchQueue::serial("tarvo.changes.end")->async(std::move(callback));
+}
+
+}  // namespace tarvo

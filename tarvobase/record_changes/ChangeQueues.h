@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "tarvobase/configuration/Scope.h"
+#include "tarvobase/metadata/Stores.h"
+
+namespace tarvo {
+
+/// Sends the changes that wait in the queues of the open databases. There is one drain per account, organisation and
+/// database; what the managers of changes do reaches it through here. Any thread may use it, and nothing waits.
+class ChangeQueues {
+public:
+    enum class State {
+        off,      ///< `start` was not called, or `stop` was
+        idle,     ///< nothing can go at the moment
+        sending,  ///< at least one request is on its way
+        waiting   ///< for the next try, since the server did not answer or another process sends
+    };
+
+    /// Returns the queues of this process.
+    static ChangeQueues& shared();
+    ChangeQueues();
+    ~ChangeQueues();
+
+    /// Sends the changes of the account and organisation in force until `stop`. A host calls it when it has opened a
+    /// database, and after each switch; calling it again ends a wait. Without an open database it sends nothing.
+    void start();
+    /// Stops sending for all scopes. The answers of requests on their way are still stored. `stopped` is called on a
+    /// background queue when none is left.
+    void stop(std::function<void()> stopped = {});
+    /// Call it after a change was stored. It ends a wait, and begins with an organisation that was chosen after
+    /// `start`. Queues that are off stay off.
+    void wake(const Scope& scope);
+    State state() const;
+    /// Calls back on a background queue once nothing of the scope in force is on its way, and nothing can go at the
+    /// moment.
+    void whenResting(std::function<void()> callback);
+
+private:
+    struct Drains;
+    const std::shared_ptr<Drains> drains_;
+};
+
+template <>
+struct EnumCases<ChangeQueues::State> {
+    using S = ChangeQueues::State;
+    static constexpr EnumCase<S> cases[] = {
+        {S::off, "off"}, {S::idle, "idle"}, {S::sending, "sending"}, {S::waiting, "waiting"}};
+};
+
+}  // namespace tarvo
