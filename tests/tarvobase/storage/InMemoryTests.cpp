@@ -161,7 +161,8 @@ protected:
 
     Names allNames() {
         Names names;
-        for (auto& one : modules.getAllModules().value()) names.push_back(one.moduleName);
+        auto all = modules.getAllModules();
+        for (auto& one : all.value()) names.push_back(one.moduleName);
         return names;
     }
     /// Returns the position of the Leads, or -1 if there is no such module.
