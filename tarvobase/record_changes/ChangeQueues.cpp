@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 #include <vector>
 
 #include "platform/ProcessState.h"
@@ -46,6 +47,21 @@ struct ChangeQueues::Drains {
 
     std::shared_ptr<ChangeDrain> of(const Scope& scope) {
         platform::MutexLock lock(mutex);
+        return find(scope);
+    }
+    /// Returns the scope's drain, which is the given one unless another thread has added one meanwhile: two drains of
+    /// one scope would take each other's claims for those of a process that has ended. `formers` gets the drains of
+    /// other scopes.
+    std::shared_ptr<ChangeDrain> add(const Scope& scope, std::shared_ptr<ChangeDrain> drain,
+                                     std::vector<Entry>& formers) {
+        platform::MutexLock lock(mutex);
+        isOn = true;
+        if (auto present = find(scope)) return present;
+        formers = std::exchange(entries, {});
+        entries.push_back({scope, drain});
+        return drain;
+    }
+    std::shared_ptr<ChangeDrain> find(const Scope& scope) TARVO_REQUIRES(mutex) {
         auto isIts = [&](auto& entry) {
             return entry.scope.databaseAdapter == scope.databaseAdapter && entry.scope.account == scope.account &&
                    entry.scope.organisation == scope.organisation;
@@ -53,10 +69,9 @@ struct ChangeQueues::Drains {
         auto found = std::find_if(entries.begin(), entries.end(), isIts);
         return found == entries.end() ? nullptr : found->drain;
     }
-    /// Turns all of them on or off, and returns the drains so far, which the caller stops.
-    std::vector<Entry> takeAll(bool turnOn) {
+    std::vector<Entry> takeAll() {
         platform::MutexLock lock(mutex);
-        isOn = turnOn;
+        isOn = false;
         return std::exchange(entries, {});
     }
 
@@ -74,17 +89,16 @@ void ChangeQueues::start() {
     if (!stores.databaseAdapter()) return;
     auto drain = drains_->of(stores.scope);
     if (!drain) {
-        // Those of a former scope would send nothing that counts.
-        for (auto& entry : drains_->takeAll(true)) entry.drain->stop();
-        drain = makeDrain(stores);
-        platform::MutexLock lock(drains_->mutex);
-        drains_->entries.push_back({stores.scope, drain});
+        std::vector<Drains::Entry> formers;
+        drain = drains_->add(stores.scope, makeDrain(stores), formers);
+        // What they send would not count any more.
+        for (auto& former : formers) former.drain->stop();
     }
     drain->start();
 }
 
 void ChangeQueues::stop(std::function<void()> stopped) {
-    auto entries = drains_->takeAll(false);
+    auto entries = drains_->takeAll();
     if (entries.empty()) {
         if (stopped) DispatchQueue::serial("tarvo.changes.end")->async(std::move(stopped));
         return;
