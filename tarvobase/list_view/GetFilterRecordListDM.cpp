@@ -10,6 +10,7 @@
 #include "tarvobase/list_view/wire/ListPage.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
+#include "tarvobase/transaction/RefusedChanges.h"
 #include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -195,7 +196,7 @@ std::shared_ptr<GetFilterRecordListDM> GetFilterRecordListDM::current() {
               .filterRecordMapPersistance = map,
               .filterRecordDBS = records,
               .recordPersistance = records,
-              .transactionManager = std::make_shared<EmptyTransactionManager>(),
+              .transactionManager = std::make_shared<RefusedChanges>(stores),
               .account = stores.scope.account});
 }
 

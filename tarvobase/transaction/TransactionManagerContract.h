@@ -21,13 +21,4 @@ public:
                                                   const std::string& errorMessage) = 0;
 };
 
-/// A change queue that is always empty, for programs that only read.
-class EmptyTransactionManager final : public TransactionManagerContract {
-public:
-    std::optional<RecordIds> getRecordIds(const std::string&, const std::vector<RecordDependency::Kind>&,
-                                          const std::string&) override {
-        return RecordIds();
-    }
-};
-
 }  // namespace tarvo
