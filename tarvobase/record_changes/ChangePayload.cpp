@@ -47,6 +47,13 @@ ValueMap ChangePayload::of(const Record& record, const FieldList& fields, Transa
     return payload;
 }
 
+std::optional<ValueMap> ChangePayload::of(const Transaction& change) {
+    auto body = change.dataJSON ? json::parse(*change.dataJSON) : std::nullopt;
+    auto data = body && body->asMap() ? body->asMap()->find("data") : nullptr;
+    auto list = data ? data->asList() : nullptr;
+    return list && !list->empty() && list->front().asMap() ? std::optional(*list->front().asMap()) : std::nullopt;
+}
+
 std::optional<platform::Data> ChangePayload::body(const ValueMap& payload) {
     auto text = json::write(ValueMap{{"data", ValueList{Value(payload)}}});
     return text ? std::optional(platform::Data(*std::move(text))) : std::nullopt;

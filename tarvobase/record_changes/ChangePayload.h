@@ -20,6 +20,8 @@ namespace tarvo {
 struct ChangePayload {
     /// Takes the type `addRecord` or `editRecord`. The fields are those of the record's module.
     static ValueMap of(const Record& record, const FieldList& fields, TransactionType type);
+    /// Returns the payload in the body of a queued change, or nullopt if it has none.
+    static std::optional<ValueMap> of(const Transaction& change);
     /// Returns the body of the request, or nullopt if the payload holds a value that JSON cannot express.
     static std::optional<platform::Data> body(const ValueMap& payload);
 };

@@ -1,14 +1,13 @@
 #include "tarvobase/record_changes/RecordTransactionManager.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
 
 #include "platform/Clock.h"
 #include "platform/Json.h"
 #include "platform/Random.h"
 #include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/record_changes/ChangePayload.h"
+#include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/record_changes/wire/NetworkParamConstant.h"
 
@@ -23,13 +22,6 @@ ValueMap parametersOf(const Module& module) {
     parameters.set(Keys::AddEditRecord::module, module.moduleName);
     parameters.set(Keys::AddEditRecord::moduleAPI, module.apiName);
     return parameters;
-}
-
-std::optional<ValueMap> payloadOf(const Transaction& change) {
-    auto body = change.dataJSON ? json::parse(*change.dataJSON) : std::nullopt;
-    auto data = body && body->asMap() ? body->asMap()->find("data") : nullptr;
-    auto list = data ? data->asList() : nullptr;
-    return list && !list->empty() && list->front().asMap() ? std::optional(*list->front().asMap()) : std::nullopt;
 }
 
 /// Returns whether the server has not applied the change: it said so, or was never asked. After an answer that could
@@ -103,40 +95,14 @@ std::optional<ValueMap> RecordTransactionManager::takeRefusedAdd(const std::stri
         if (!isAdd || !QueuedChange(row).hasFailed()) continue;
         auto entries = changes->entriesOf(ChangeQueue::older, {row.transactionID});
         if (!entries || entries->empty() || !isKnownToBeRefused(entries->front())) continue;
-        auto payload = payloadOf(row);
+        auto payload = ChangePayload::of(row);
         if (!payload) continue;
         isStored = stores_.transactions()->removeTransaction(row.transactionID) &&
-                   changes->remove(ChangeQueue::older, {row.transactionID}) && freeDependents(recordId);
+                   changes->remove(ChangeQueue::older, {row.transactionID}) &&
+                   freeDependents(stores_, recordId).has_value();
         return payload;
     }
     return std::nullopt;
-}
-
-/// Makes the rows ready that failed because the add of a record did, and those that failed because of them.
-bool RecordTransactionManager::freeDependents(const std::string& recordId) {
-    auto queued = stores_.transactions()->getTransactions();
-    auto entries = stores_.changeRegister()->entries();
-    if (!queued || !entries) return false;
-    std::map<std::string, std::int64_t> failed;  // the numbers of their changes
-    std::set<std::string> arriving{recordId};
-    for (auto& entry : *entries)
-        if (entry.lastRefusal && entry.lastRefusal->code == "txnDEPENDING_TRANSACTION_FAILED")
-            failed[entry.transactionId] = entry.number;
-    std::vector<std::string> freed;
-    for (bool foundMore = true; foundMore;) {
-        foundMore = false;
-        for (auto& row : queued->transactions) {
-            auto entry = failed.find(row.transactionID);
-            if (entry == failed.end()) continue;
-            auto names = QueuedChange(row).temporaryIds;
-            if (std::none_of(names.begin(), names.end(), [&](auto& id) { return arriving.contains(id); })) continue;
-            if (!stores_.changeRegister()->renewKey(entry->second)) return false;
-            failed.erase(entry);
-            freed.push_back(row.transactionID);
-            if (row.operationType == TransactionType::addRecord) foundMore |= arriving.insert(row.recordID).second;
-        }
-    }
-    return stores_.transactions()->makeReady(freed);
 }
 
 RecordTransactionManagerProtocol::Number RecordTransactionManager::deleteRecord(const std::string& recordID,

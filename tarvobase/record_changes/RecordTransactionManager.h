@@ -52,7 +52,6 @@ public:
 private:
     Number addEdit(const Record& record, const Module& module, TransactionType type);
     std::optional<ValueMap> takeRefusedAdd(const std::string& recordId, const Module& module, bool& isStored);
-    bool freeDependents(const std::string& recordId);
     Number addTransaction(Transaction transaction, const ValueMap& parameters);
 
     const Stores stores_;

@@ -6,16 +6,6 @@
 
 namespace tarvo {
 
-namespace {
-
-const ErrorResponse& dependencyFailed() {
-    static const ErrorResponse error{.code = "txnDEPENDING_TRANSACTION_FAILED",
-                                     .message = "txnDEPENDING_TRANSACTION_FAILED"};
-    return error;
-}
-
-}  // namespace
-
 OlderChangeQueue::OlderChangeQueue(const Stores& stores, std::shared_ptr<ChangeSender> sender,
                                    ChangeSettlement settlement)
     : stores_(stores), sender_(std::move(sender)), settlement_(std::move(settlement)) {}
@@ -110,7 +100,8 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(QueuedChange& change)
     auto& id = change.transaction.transactionID;
     bool isStored = stores_.databaseAdapter()->transaction("fail a change", [&] {
         auto entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
-        return entry && stores_.changeRegister()->noteRefusal(entry->number, dependencyFailed()) &&
+        return entry &&
+               stores_.changeRegister()->noteRefusal(entry->number, ErrorResponse::dependingTransactionFailed()) &&
                stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
                                                          std::string(Transaction::State::error));
     });

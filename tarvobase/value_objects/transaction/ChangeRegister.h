@@ -54,6 +54,8 @@ public:
     /// Counts one more send.
     virtual bool noteSend(std::int64_t number) = 0;
     virtual bool noteRefusal(std::int64_t number, const ErrorResponse& refusal) = 0;
+    /// Forgets the refusal of a change that is to be sent again as it is, under its key.
+    virtual bool forgetRefusal(std::int64_t number) = 0;
     /// Gives a change with a new payload a new key, and forgets its refusal. Returns the key, or nullopt if it could
     /// not be stored. The server would answer the former key with the former result.
     virtual std::optional<std::string> renewKey(std::int64_t number) = 0;

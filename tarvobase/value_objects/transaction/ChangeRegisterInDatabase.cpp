@@ -103,6 +103,9 @@ bool ChangeRegisterInDatabase::noteSend(std::int64_t number) {
 bool ChangeRegisterInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal) {
     return table_.update(refusalValues(refusal), hasNumber(number));
 }
+bool ChangeRegisterInDatabase::forgetRefusal(std::int64_t number) {
+    return table_.update(refusalValues(std::nullopt), hasNumber(number));
+}
 std::optional<std::string> ChangeRegisterInDatabase::renewKey(std::int64_t number) {
     auto key = platform::Random::uuid();
     auto values = refusalValues(std::nullopt);

@@ -44,5 +44,9 @@ const ErrorResponse& ErrorResponse::invlaidTransaction() {
     static const auto error = local("txnINVALID_TRANSACTION");
     return error;
 }
+const ErrorResponse& ErrorResponse::dependingTransactionFailed() {
+    static const auto error = local("txnDEPENDING_TRANSACTION_FAILED");
+    return error;
+}
 
 }  // namespace tarvo

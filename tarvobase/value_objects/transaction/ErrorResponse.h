@@ -27,6 +27,7 @@ struct ErrorResponse {
     static const ErrorResponse& moduleNotFound();
     static const ErrorResponse& parsingFailed();
     static const ErrorResponse& invlaidTransaction();
+    static const ErrorResponse& dependingTransactionFailed();
 
     static constexpr auto fields() {
         using E = ErrorResponse;

@@ -1,0 +1,37 @@
+#include "tarvobase/record_changes/internal/DependentFailures.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "tarvobase/record_changes/internal/QueuedChange.h"
+
+namespace tarvo {
+
+std::optional<std::vector<std::string>> freeDependents(const Stores& stores, const std::string& recordId) {
+    auto queued = stores.transactions()->getTransactions();
+    auto entries = stores.changeRegister()->entries();
+    if (!queued || !entries) return std::nullopt;
+    std::map<std::string, std::int64_t> failed;  // the numbers of their changes
+    std::set<std::string> arriving{recordId};
+    for (auto& entry : *entries)
+        if (entry.lastRefusal && entry.lastRefusal->code == ErrorResponse::dependingTransactionFailed().code)
+            failed[entry.transactionId] = entry.number;
+    std::vector<std::string> freed;
+    for (bool foundMore = true; foundMore;) {
+        foundMore = false;
+        for (auto& row : queued->transactions) {
+            auto entry = failed.find(row.transactionID);
+            if (entry == failed.end()) continue;
+            auto names = QueuedChange(row).temporaryIds;
+            if (std::none_of(names.begin(), names.end(), [&](auto& id) { return arriving.contains(id); })) continue;
+            if (!stores.changeRegister()->forgetRefusal(entry->second)) return std::nullopt;
+            failed.erase(entry);
+            freed.push_back(row.transactionID);
+            if (row.operationType == TransactionType::addRecord) foundMore |= arriving.insert(row.recordID).second;
+        }
+    }
+    return stores.transactions()->makeReady(freed) ? std::optional(std::move(freed)) : std::nullopt;
+}
+
+}  // namespace tarvo
