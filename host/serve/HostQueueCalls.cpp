@@ -1,24 +1,86 @@
 #include "host/serve/HostQueueCalls.h"
 
+#include <atomic>
+#include <chrono>
+
 #include "bridge/forms/JsonForm.h"
-#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/record_changes/ChangeQueues.h"
+#include "tarvobase/record_changes/QueuedChanges.h"
+#include "tarvobase/usecase/Usecase.h"
 
 namespace tarvo::host {
 
 namespace {
 
 using bridge::CallPtr;
+using bridge::toJson;
 
 struct QueueRequest {
     static constexpr auto fields() { return describe(); }
 };
+struct QueueListRequest {
+    std::optional<std::string> moduleName, recordId;
+    static constexpr auto fields() {
+        return describe(field("moduleName", &QueueListRequest::moduleName),
+                        field("recordId", &QueueListRequest::recordId));
+    }
+};
+struct ContentRequest {
+    std::int64_t number = 0;
+    static constexpr auto fields() { return describe(field("number", &ContentRequest::number)); }
+};
+struct RetryRequest {
+    std::optional<std::vector<std::int64_t>> numbers;  // all that have failed if absent
+    static constexpr auto fields() { return describe(field("numbers", &RetryRequest::numbers)); }
+};
+struct IdleRequest {
+    std::optional<std::int64_t> seconds;  // the longest time to wait
+    static constexpr auto fields() { return describe(field("seconds", &IdleRequest::seconds)); }
+};
+
+constexpr const char* unreadable = "the queue cannot be read";
+
+QueuedChanges queuedChanges() { return QueuedChanges(Stores::current()); }
+
+void list(const QueueListRequest& request, const CallPtr& call) {
+    auto changes = queuedChanges().list();
+    if (!changes) return call->refuse(unreadable);
+    std::erase_if(*changes, [&](auto& change) {
+        return (request.moduleName && change.moduleName != *request.moduleName) ||
+               (request.recordId && change.recordId != *request.recordId);
+    });
+    call->done("response", ValueMap{{"changes", toJson(*changes)}});
+}
+
+void content(const ContentRequest& request, const CallPtr& call) {
+    auto content = queuedChanges().content(request.number);
+    if (!content) return call->refuse("there is no change " + std::to_string(request.number));
+    ValueMap response{{"uriData", content->uriData.text()}};
+    if (content->body) response.set("body", content->body->text());
+    call->done("response", std::move(response));
+}
+
+void retry(const RetryRequest& request, const CallPtr& call) {
+    auto numbers = queuedChanges().retry(request.numbers.value_or(std::vector<std::int64_t>()));
+    if (!numbers) return call->refuse(unreadable);
+    ChangeQueues::shared().start();
+    call->done("response", ValueMap{{"numbers", toJson(*numbers)}});
+}
 
 /// A queue that cannot be read is not empty.
 void answerAtRest(const CallPtr& call) {
-    auto queued = Stores::current().transactions()->getTransactions();
-    bool isEmpty = queued && queued->transactions.empty() && queued->unreadable.empty();
-    call->done("response", ValueMap{{"isEmpty", isEmpty}});
+    auto changes = queuedChanges().list();
+    if (!changes) return call->refuse(unreadable);
+    call->done("response", ValueMap{{"isEmpty", changes->empty()}, {"changes", toJson(*changes)}});
+}
+
+void idle(const IdleRequest& request, const CallPtr& call) {
+    auto isAnswered = std::make_shared<std::atomic<bool>>(false);
+    auto answer = [call, isAnswered] {
+        if (!isAnswered->exchange(true)) answerAtRest(call);
+    };
+    ChangeQueues::shared().whenResting(answer);
+    if (request.seconds) UsecaseQueue::queue()->asyncAfter(std::chrono::seconds(*request.seconds), answer);
 }
 
 }  // namespace
@@ -31,9 +93,10 @@ void addQueueCalls(bridge::Registry& registry) {
     registry.addOperation<QueueRequest>("host.queue.stop", [](QueueRequest, const CallPtr& call) {
         ChangeQueues::shared().stop([call] { call->done(); });
     });
-    registry.addOperation<QueueRequest>("host.queue.idle", [](QueueRequest, const CallPtr& call) {
-        ChangeQueues::shared().whenResting([call] { answerAtRest(call); });
-    });
+    registry.addOperation<QueueListRequest>("host.queue.list", list);
+    registry.addOperation<ContentRequest>("host.queue.content", content);
+    registry.addOperation<RetryRequest>("host.queue.retry", retry);
+    registry.addOperation<IdleRequest>("host.queue.idle", idle);
 }
 
 }  // namespace tarvo::host
