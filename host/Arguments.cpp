@@ -152,6 +152,23 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
         ->allow_extra_args(false);
     list->add_option("--sort", arguments.sort, "FIELD, FIELD:asc or FIELD:desc; sorts the stored records");
     show->add_option("ID", arguments.recordId, "Id of the record")->required();
+    auto add =
+        app.add_subcommand("add", "Add a record: it is stored and queued at once, and sent when that is possible");
+    auto edit = app.add_subcommand("edit", "Edit a record in the same way");
+    auto remove = app.add_subcommand("delete", "Delete a record in the same way");
+    auto pending = app.add_subcommand("pending", "List the changes that the server does not have yet");
+    auto retry = app.add_subcommand("retry", "Send changes again that have failed");
+    auto drain = app.add_subcommand("drain", "Send the changes that wait");
+    for (auto command : {add, edit, remove})
+        command->add_option("MODULE", arguments.module, "Name of the module")->required();
+    for (auto command : {edit, remove})
+        command->add_option("ID", arguments.recordId, "Id of the record, also a former temporary one")->required();
+    for (auto command : {add, edit})
+        command->add_option("VALUES", arguments.values, "FIELD=VALUE by API name or column; FIELD= clears the field")
+            ->required();
+    retry->add_option("NUMBERS", arguments.numbers, "Numbers of the changes as pending lists them; all when absent");
+    for (auto command : {add, edit, remove, retry, drain})
+        command->add_flag("!--no-wait", arguments.wait, "Do not wait for the server's answer");
     app.add_subcommand("serve", "Take calls as lines of JSON from standard input");
     try {
         app.parse(count, values);
@@ -170,7 +187,9 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     for (auto [parsed, command] :
          {std::pair(modules, Command::modules), std::pair(fields, Command::fields), std::pair(views, Command::views),
           std::pair(filters, Command::filters), std::pair(init, Command::init), std::pair(list, Command::list),
-          std::pair(show, Command::show)})
+          std::pair(show, Command::show), std::pair(add, Command::add), std::pair(edit, Command::edit),
+          std::pair(remove, Command::delete_), std::pair(pending, Command::pending), std::pair(retry, Command::retry),
+          std::pair(drain, Command::drain)})
         if (parsed->parsed()) arguments.command = command;
     arguments.home = std::filesystem::absolute(arguments.home).string();
     arguments.servlet = *fromCaseName<ServletPathV4>(servlet);

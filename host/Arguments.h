@@ -11,7 +11,22 @@
 
 namespace tarvo::host {
 
-enum class Command { init, modules, fields, views, filters, list, show, serve };
+enum class Command {
+    init,
+    modules,
+    fields,
+    views,
+    filters,
+    list,
+    show,
+    add,
+    edit,
+    delete_,
+    pending,
+    retry,
+    drain,
+    serve
+};
 enum class Identifier { column, api };
 
 /// The arguments of the command line.
@@ -33,8 +48,11 @@ struct Arguments {
     std::vector<std::string> columns;  ///< of the list, by name; empty for those of the view
     std::int64_t from = 0;
     std::int64_t limit = 20;
-    std::vector<std::string> filters;  ///< FIELD:TYPE:VALUE[,VALUE]
-    std::optional<std::string> sort;   ///< FIELD[:asc|desc]
+    std::vector<std::string> filters;   ///< FIELD:TYPE:VALUE[,VALUE]
+    std::optional<std::string> sort;    ///< FIELD[:asc|desc]
+    std::vector<std::string> values;    ///< FIELD=VALUE of a record; an empty value clears the field
+    std::vector<std::int64_t> numbers;  ///< of the changes to retry; empty for all
+    bool wait = true;                   ///< for the server's answer to a change
     Identifier identifier = Identifier::column;
     bool json = false;
     bool fetch = false;

@@ -5,6 +5,7 @@
 
 #include "host/Arguments.h"
 #include "host/Host.h"
+#include "host/commands/ChangeCommands.h"
 #include "host/commands/Console.h"
 #include "host/commands/FieldsCommand.h"
 #include "host/commands/FiltersCommand.h"
@@ -43,6 +44,18 @@ int run(Arguments& arguments) {
             return listRecords(**host, arguments);
         case Command::show:
             return showRecord(**host, arguments);
+        case Command::add:
+            return addRecord(**host, arguments);
+        case Command::edit:
+            return editRecord(**host, arguments);
+        case Command::delete_:
+            return deleteRecord(**host, arguments);
+        case Command::pending:
+            return listPending(**host, arguments);
+        case Command::retry:
+            return retryChanges(**host, arguments);
+        case Command::drain:
+            return drainChanges(**host, arguments);
         case Command::serve:
             return serve(**host);
     }

@@ -1,0 +1,169 @@
+#include "host/commands/ChangeCommands.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "bridge/forms/JsonForm.h"
+#include "host/commands/CommandSteps.h"
+#include "host/commands/Console.h"
+#include "platform/Json.h"
+#include "platform/Text.h"
+#include "tarvobase/metadata/Stores.h"
+#include "tarvobase/record_changes/ChangeQueues.h"
+#include "tarvobase/record_changes/QueuedChanges.h"
+#include "tarvobase/record_changes/RecordChangeUseCases.h"
+#include "tarvobase/records/wire/RecordConversion.h"
+
+namespace tarvo::host {
+
+namespace {
+
+/// How long a command waits for the server's answer to a change, which is safe here already.
+constexpr std::chrono::seconds answerPatience{10};
+constexpr const char* tokenNeededForChange =
+    "the fields of the module are not stored, and there is no token to fetch them";
+
+QueuedChanges queuedChanges() { return QueuedChanges(Stores::current()); }
+
+void waitForServer(const Arguments& arguments) {
+    if (!arguments.wait) return;
+    auto isResting = std::make_shared<std::atomic<bool>>(false);
+    ChangeQueues::shared().whenResting([isResting] { *isResting = true; });
+    MainQueue::shared()->runUntil([&] { return isResting->load(); }, answerPatience);
+}
+
+/// Makes the record of FIELD=VALUE. Values are read as the server writes them, dates included.
+Result<Record, int> recordOf(const Arguments& arguments, const std::string& recordId, const FieldList& fields) {
+    ValueMap wire{{"id", recordId}};
+    std::vector<std::string> cleared;
+    for (auto& pair : arguments.values) {
+        auto equals = pair.find('=');
+        auto name = pair.substr(0, equals);
+        auto field = fieldNamed(fields, name);
+        if (equals == std::string::npos) return fail("\"" + pair + "\" is not of the form FIELD=VALUE", 2);
+        if (!field) return fail(arguments.module + " has no field \"" + name + "\"; the command fields lists them");
+        auto value = pair.substr(equals + 1);
+        if (value.empty())
+            cleared.push_back(fields.identifierOf(*field));
+        else
+            wire.set(field->fieldAPIName, std::move(value));
+    }
+    auto record = recordFromNetworkDictionary(wire, fields);
+    if (!record) return fail("the record cannot be made of these values");
+    for (auto& column : cleared) record->set(column, Value());
+    return *std::move(record);
+}
+
+/// Says what has become of a change that is saved here.
+int report(const Arguments& arguments, const std::string& recordId, std::int64_t number) {
+    waitForServer(arguments);
+    auto changes = queuedChanges().list();
+    if (!changes) return fail("the queue of changes cannot be read");
+    auto found = std::find_if(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; });
+    bool isLeft = found != changes->end();
+    auto alias = Stores::current().recordIdAliases()->realId(arguments.module, recordId);
+    auto id = alias && alias.value() ? *alias.value() : recordId;
+    if (isLeft && found->state == Change::State::failed)
+        return fail("change " + std::to_string(number) +
+                    " was refused: " + (found->error ? found->error->message : "the answer cannot be read"));
+    if (!arguments.json)
+        return printForPeople(arguments.module + " " + id +
+                              (isLeft ? " is saved here as change " + std::to_string(number) + ", which waits\n"
+                                      : " is saved, and the server has it\n"));
+    ValueMap map{{"recordId", id}, {"number", number}, {"isAccepted", !isLeft}};
+    return printForPrograms(json::write(map).value_or("") + "\n");
+}
+
+/// Opens the database, finds the module, and runs `change` with its stored value.
+template <class ChangeRecord>
+int changed(Host& host, const Arguments& arguments, const ChangeRecord& change) {
+    auto path = openDatabase(host, arguments);
+    if (!path) return path.error();
+    if (auto status = findModule(host, arguments, tokenNeededForChange)) return *status;
+    auto module = Stores::current().modules()->getModule(ModuleIdentifier::fromModuleName(arguments.module));
+    if (!module) return fail("the module cannot be read");
+    return change(module.value());
+}
+
+int reportSaved(const Arguments& arguments, const std::string& recordId, const SavedChange& saved) {
+    if (!saved) return fail("the change could not be stored");
+    return report(arguments, recordId, saved.value());
+}
+
+std::string kindOf(const Change& change) { return std::string(caseName(change.kind)); }
+
+std::string whyOf(const Change& change) {
+    if (change.error) return change.error->message;
+    if (!change.waitingFor) return "";
+    std::vector<std::string> numbers;
+    for (auto number : change.waitingFor->numbers) numbers.push_back(std::to_string(number));
+    return "waits for " + (numbers.empty() ? std::string("a later version") : text::join(numbers, ", "));
+}
+
+int printChanges(const Arguments& arguments) {
+    auto changes = queuedChanges().list();
+    if (!changes) return fail("the queue of changes cannot be read");
+    if (arguments.json)
+        return printForPrograms(json::write(ValueMap{{"changes", bridge::toJson(*changes)}}).value_or("") + "\n");
+    if (changes->empty()) return printForPeople("The server has all changes.\n");
+    std::vector<std::vector<std::string>> rows{{"No.", "Change", "Module", "Record", "State", "Attempts", "Why"}};
+    for (auto& change : *changes)
+        rows.push_back({std::to_string(change.number), kindOf(change), change.moduleName, change.recordId,
+                        std::string(caseName(change.state)), std::to_string(change.attempts), whyOf(change)});
+    return printForPeople(tableText(rows));
+}
+
+}  // namespace
+
+int addRecord(Host& host, const Arguments& arguments) {
+    return changed(host, arguments, [&](const Module& module) {
+        auto fields = neededFields(host, arguments, tokenNeededForChange);
+        if (!fields) return fields.error();
+        auto record = recordOf(arguments, Record::getNewRecord(module.moduleName).recordId(), fields.value());
+        if (!record) return record.error();
+        AddRecordDataManager manager(RecordChangesAssembler::parts());
+        return reportSaved(arguments, record->recordId(), manager.addRecord(record.value(), module));
+    });
+}
+
+int editRecord(Host& host, const Arguments& arguments) {
+    return changed(host, arguments, [&](const Module& module) {
+        auto fields = neededFields(host, arguments, tokenNeededForChange);
+        if (!fields) return fields.error();
+        auto record = recordOf(arguments, arguments.recordId, fields.value());
+        if (!record) return record.error();
+        EditRecordDataManager manager(RecordChangesAssembler::parts());
+        return reportSaved(arguments, record->recordId(), manager.editRecord(record.value(), module));
+    });
+}
+
+int deleteRecord(Host& host, const Arguments& arguments) {
+    return changed(host, arguments, [&](const Module& module) {
+        DeleteRecordDataManager manager(RecordChangesAssembler::parts());
+        return reportSaved(arguments, arguments.recordId, manager.deleteRecord(arguments.recordId, module));
+    });
+}
+
+int listPending(Host& host, const Arguments& arguments) {
+    auto path = openDatabase(host, arguments);
+    return path ? printChanges(arguments) : path.error();
+}
+
+int retryChanges(Host& host, const Arguments& arguments) {
+    auto path = openDatabase(host, arguments);
+    if (!path) return path.error();
+    if (!queuedChanges().retry(arguments.numbers)) return fail("the changes could not be made ready");
+    ChangeQueues::shared().start();
+    waitForServer(arguments);
+    return printChanges(arguments);
+}
+
+int drainChanges(Host& host, const Arguments& arguments) {
+    auto path = openDatabase(host, arguments);
+    if (!path) return path.error();
+    ChangeQueues::shared().start();
+    waitForServer(arguments);
+    return printChanges(arguments);
+}
+
+}  // namespace tarvo::host

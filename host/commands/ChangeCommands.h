@@ -1,0 +1,18 @@
+#pragma once
+
+#include "host/Arguments.h"
+#include "host/Host.h"
+
+/// The commands that change records, and those for the changes that the server does not have yet. Each returns the exit
+/// status. A change that is saved here is a success, also while the server cannot be reached; one that the server
+/// refuses is a failure.
+namespace tarvo::host {
+
+int addRecord(Host& host, const Arguments& arguments);
+int editRecord(Host& host, const Arguments& arguments);
+int deleteRecord(Host& host, const Arguments& arguments);
+int listPending(Host& host, const Arguments& arguments);
+int retryChanges(Host& host, const Arguments& arguments);
+int drainChanges(Host& host, const Arguments& arguments);
+
+}  // namespace tarvo::host
