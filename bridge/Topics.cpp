@@ -9,6 +9,7 @@
 #include "tarvobase/notification/ModuleChangedObserver.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/notification/SearchTokenChangedObserver.h"
+#include "tarvobase/record_changes/ChangeQueueObserver.h"
 #include "tarvobase/value_objects/module/Module.h"
 
 namespace tarvo::bridge {
@@ -38,6 +39,22 @@ public:
     void newValue(const Value& value, const std::string& forKey, const std::string& inGroup) override {
         report("newValue", {{"value", value}, {"forKey", forKey}, {"inGroup", inGroup}});
     }
+};
+
+class ChangeListener final : public TopicListener, public ChangeQueueObserver {
+public:
+    using TopicListener::TopicListener;
+    void changeSaved(const Change& change) override { report("changeSaved", {{"change", toJson(change)}}); }
+    void changeNotSaved(const std::string& moduleName, const std::string& recordId, ChangeNotSaved reason) override {
+        report("changeNotSaved",
+               {{"moduleName", moduleName}, {"recordId", recordId}, {"reason", std::string(caseName(reason))}});
+    }
+    void changeAccepted(const Change& change, const std::optional<std::string>& formerRecordId) override {
+        ValueMap arguments{{"change", toJson(change)}};
+        if (formerRecordId) arguments.set("formerRecordId", *formerRecordId);
+        report("changeAccepted", std::move(arguments));
+    }
+    void changeRefused(const Change& change) override { report("changeRefused", {{"change", toJson(change)}}); }
 };
 
 class InitialProcessListener final : public TopicListener, public InitialProcessComplete {
@@ -130,6 +147,7 @@ struct Row {
 };
 constexpr Row rows[] = {
     {"CVObserver", listener<CVObserver, ModuleViewsListener>},
+    {"ChangeQueueObserver", listener<ChangeQueueObserver, ChangeListener>},
     {"CustomViewChangedObserver", listener<CustomViewChangedObserver, ViewListener>},
     {"InitialProcessComplete", listener<InitialProcessComplete, InitialProcessListener>},
     {"ModuleChangedObserver", listener<ModuleChangedObserver, ModuleListener>},

@@ -1,5 +1,6 @@
 #include "bridge/DelegateLines.h"
 #include "bridge/calls/Calls.h"
+#include "bridge/forms/JsonForm.h"
 #include "bridge/forms/RecordForms.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/record_changes/RecordChangeUseCases.h"
@@ -23,10 +24,7 @@ struct DeletionRequest {
 
 class ChangeLines final : public DelegateLines, public RecordChangeDelegate {
 public:
-    void changeSaved(std::int64_t number, const std::string& moduleName, const std::string& recordId) override {
-        report("changeSaved",
-               {{"change", ValueMap{{"number", number}, {"moduleName", moduleName}, {"recordId", recordId}}}});
-    }
+    void changeSaved(const Change& change) override { report("changeSaved", {{"change", toJson(change)}}); }
     void changeNotSaved(const std::string& moduleName, const std::string& recordId, ChangeNotSaved reason) override {
         report("changeNotSaved",
                {{"moduleName", moduleName}, {"recordId", recordId}, {"reason", std::string(caseName(reason))}});

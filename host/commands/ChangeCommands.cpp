@@ -57,7 +57,7 @@ Result<Record, int> recordOf(const Arguments& arguments, const std::string& reco
 /// Says what has become of a change that is saved here.
 int report(const Arguments& arguments, const std::string& recordId, std::int64_t number) {
     waitForServer(arguments);
-    auto changes = queuedChanges().list();
+    auto changes = queuedChanges().list(ChangeQueues::shared().status());
     if (!changes) return fail("the queue of changes cannot be read");
     auto found = std::find_if(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; });
     bool isLeft = found != changes->end();
@@ -87,28 +87,40 @@ int changed(Host& host, const Arguments& arguments, const ChangeRecord& change) 
 
 int reportSaved(const Arguments& arguments, const std::string& recordId, const SavedChange& saved) {
     if (!saved) return fail("the change could not be stored");
-    return report(arguments, recordId, saved.value());
+    return report(arguments, recordId, saved.value().number);
 }
 
-std::string kindOf(const Change& change) { return std::string(caseName(change.kind)); }
-
 std::string whyOf(const Change& change) {
+    using R = Change::Reason;
     if (change.error) return change.error->message;
     if (!change.waitingFor) return "";
     std::vector<std::string> numbers;
     for (auto number : change.waitingFor->numbers) numbers.push_back(std::to_string(number));
-    return "waits for " + (numbers.empty() ? std::string("a later version") : text::join(numbers, ", "));
+    switch (change.waitingFor->reason) {
+        case R::earlierChange:
+        case R::newRecord:
+            return "waits for " + text::join(numbers, ", ");
+        case R::notSendable:
+            return "waits for a later version";
+        case R::server:
+            return "the server did not answer";
+        case R::otherProcess:
+            return "another program sends";
+        case R::queueOff:
+            return "";
+    }
+    return "";
 }
 
 int printChanges(const Arguments& arguments) {
-    auto changes = queuedChanges().list();
+    auto changes = queuedChanges().list(ChangeQueues::shared().status());
     if (!changes) return fail("the queue of changes cannot be read");
     if (arguments.json)
         return printForPrograms(json::write(ValueMap{{"changes", bridge::toJson(*changes)}}).value_or("") + "\n");
     if (changes->empty()) return printForPeople("The server has all changes.\n");
     std::vector<std::vector<std::string>> rows{{"No.", "Change", "Module", "Record", "State", "Attempts", "Why"}};
     for (auto& change : *changes)
-        rows.push_back({std::to_string(change.number), kindOf(change), change.moduleName, change.recordId,
+        rows.push_back({std::to_string(change.number), change.kind, change.moduleName, change.recordId,
                         std::string(caseName(change.state)), std::to_string(change.attempts), whyOf(change)});
     return printForPeople(tableText(rows));
 }

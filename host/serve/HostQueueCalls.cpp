@@ -43,7 +43,7 @@ constexpr const char* unreadable = "the queue cannot be read";
 QueuedChanges queuedChanges() { return QueuedChanges(Stores::current()); }
 
 void list(const QueueListRequest& request, const CallPtr& call) {
-    auto changes = queuedChanges().list();
+    auto changes = queuedChanges().list(ChangeQueues::shared().status());
     if (!changes) return call->refuse(unreadable);
     std::erase_if(*changes, [&](auto& change) {
         return (request.moduleName && change.moduleName != *request.moduleName) ||
@@ -69,7 +69,7 @@ void retry(const RetryRequest& request, const CallPtr& call) {
 
 /// A queue that cannot be read is not empty.
 void answerAtRest(const CallPtr& call) {
-    auto changes = queuedChanges().list();
+    auto changes = queuedChanges().list(ChangeQueues::shared().status());
     if (!changes) return call->refuse(unreadable);
     call->done("response", ValueMap{{"isEmpty", changes->empty()}, {"changes", toJson(*changes)}});
 }

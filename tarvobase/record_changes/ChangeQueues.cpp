@@ -121,20 +121,9 @@ void ChangeQueues::wake(const Scope& scope) {
     if (isOn && scope.isCurrent()) start();
 }
 
-ChangeQueues::State ChangeQueues::state() const {
+ChangeQueueStatus ChangeQueues::status() const {
     auto drain = drains_->of(Scope::current());
-    if (!drain) return State::off;
-    switch (drain->status().state) {
-        case ChangeDrain::State::off:
-            return State::off;
-        case ChangeDrain::State::idle:
-            return State::idle;
-        case ChangeDrain::State::sending:
-            return State::sending;
-        case ChangeDrain::State::waiting:
-            break;
-    }
-    return State::waiting;
+    return drain ? drain->status() : ChangeQueueStatus();
 }
 
 void ChangeQueues::whenResting(std::function<void()> callback) {

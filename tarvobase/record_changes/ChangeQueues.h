@@ -6,6 +6,7 @@
 
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/metadata/Stores.h"
+#include "tarvobase/record_changes/ChangeQueueStatus.h"
 
 namespace tarvo {
 
@@ -13,13 +14,6 @@ namespace tarvo {
 /// database; what the managers of changes do reaches it through here. Any thread may use it, and nothing waits.
 class ChangeQueues {
 public:
-    enum class State {
-        off,      ///< `start` was not called, or `stop` was
-        idle,     ///< nothing can go at the moment
-        sending,  ///< at least one request is on its way
-        waiting   ///< for the next try, since the server did not answer or another process sends
-    };
-
     /// Returns the queues of this process.
     static ChangeQueues& shared();
     ChangeQueues();
@@ -34,7 +28,8 @@ public:
     /// Call it after a change was stored. It ends a wait, and begins with an organisation that was chosen after
     /// `start`. Queues that are off stay off.
     void wake(const Scope& scope);
-    State state() const;
+    /// Returns what the queue of the scope in force does.
+    ChangeQueueStatus status() const;
     /// Calls back on a background queue once nothing of the scope in force is on its way, and nothing can go at the
     /// moment.
     void whenResting(std::function<void()> callback);
@@ -42,13 +37,6 @@ public:
 private:
     struct Drains;
     const std::shared_ptr<Drains> drains_;
-};
-
-template <>
-struct EnumCases<ChangeQueues::State> {
-    using S = ChangeQueues::State;
-    static constexpr EnumCase<S> cases[] = {
-        {S::off, "off"}, {S::idle, "idle"}, {S::sending, "sending"}, {S::waiting, "waiting"}};
 };
 
 }  // namespace tarvo

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/record_changes/ChangePayload.h"
@@ -15,51 +16,69 @@ namespace {
 
 using Turn = ChangeTurns::Turn;
 
+using WaitingFor = Change::WaitingFor;
+using Entries = std::map<std::string, const ChangeEntry*>;  // by the id of the row
+
 Change::State stateOf(const QueuedChange& row, Turn turn) {
     if (row.hasFailed()) return Change::State::failed;
     if (row.isSending()) return Change::State::sending;
     return turn == Turn::wait || turn == Turn::notSendable ? Change::State::waiting : Change::State::ready;
 }
 
+/// Names the changes that must go first: the adds of records that the request would name, or earlier changes of the
+/// same record.
+WaitingFor otherChanges(const QueuedChange& row, const std::vector<std::string>& waitsFor, const Entries& entries,
+                        const std::set<std::string>& adds) {
+    WaitingFor waitingFor{.reason = Change::Reason::earlierChange};
+    for (auto& id : waitsFor) {
+        if (auto entry = entries.find(id); entry != entries.end()) waitingFor.numbers.push_back(entry->second->number);
+        if (adds.contains(id) && !row.temporaryIds.empty()) waitingFor.reason = Change::Reason::newRecord;
+    }
+    return waitingFor;
+}
+
+/// Returns what a change waits for that nothing in the queue holds up.
+std::optional<WaitingFor> whatQueueWaitsFor(const ChangeQueueStatus& queue) {
+    if (queue.state == ChangeQueueStatus::State::off) return WaitingFor{.reason = Change::Reason::queueOff};
+    if (!queue.until) return std::nullopt;
+    return WaitingFor{.reason = queue.isLockedOut ? Change::Reason::otherProcess : Change::Reason::server,
+                      .until = queue.until};
+}
+
 }  // namespace
+
+std::optional<std::vector<Change>> QueuedChanges::list(const ChangeQueueStatus& queue) const {
+    auto changes = list();
+    auto waitingFor = whatQueueWaitsFor(queue);
+    if (!changes || !waitingFor) return changes;
+    for (auto& change : *changes) {
+        if (change.state != Change::State::ready) continue;
+        change.state = Change::State::waiting;
+        change.waitingFor = waitingFor;
+    }
+    return changes;
+}
 
 std::optional<std::vector<Change>> QueuedChanges::list() const {
     auto queued = stores_.transactions()->getTransactions();
     auto entries = stores_.changeRegister()->entries();
     if (!queued || !entries) return std::nullopt;
-    std::map<std::string, const ChangeEntry*> entryOf;
+    Entries entryOf;
     for (auto& entry : *entries)
         if (entry.queue == ChangeQueue::older) entryOf[entry.transactionId] = &entry;
     std::vector<QueuedChange> rows(queued->transactions.begin(), queued->transactions.end());
+    std::set<std::string> adds;
+    for (auto& row : rows)
+        if (row.transaction.operationType == TransactionType::addRecord) adds.insert(row.transaction.transactionID);
     ChangeTurns turns(rows);
-    std::map<std::string, TransactionType> kinds;
-    for (auto& row : rows) kinds[row.transaction.transactionID] = row.transaction.operationType;
     std::vector<Change> changes;
     for (auto& row : rows) {
         auto judgement = turns.judge(row);
-        auto& transaction = row.transaction;
-        Change change{.transactionId = transaction.transactionID,
-                      .kind = transaction.operationType,
-                      .moduleName = transaction.moduleName,
-                      .recordId = transaction.recordID,
-                      .state = stateOf(row, judgement.turn)};
-        if (auto entry = entryOf.find(transaction.transactionID); entry != entryOf.end()) {
-            change.number = entry->second->number;
-            change.enteredAt = entry->second->enteredAt;
-            change.attempts = entry->second->sends;
-            change.error = entry->second->lastRefusal;
-        }
-        if (judgement.turn == Turn::notSendable) change.waitingFor = {Change::Reason::notSendable, {}};
-        if (judgement.turn == Turn::wait) {
-            Change::WaitingFor waitingFor;
-            for (auto& id : judgement.waitsFor) {
-                if (auto entry = entryOf.find(id); entry != entryOf.end())
-                    waitingFor.numbers.push_back(entry->second->number);
-                bool isAdd = kinds[id] == TransactionType::addRecord;
-                if (isAdd && !row.temporaryIds.empty()) waitingFor.reason = Change::Reason::newRecord;
-            }
-            change.waitingFor = std::move(waitingFor);
-        }
+        auto entry = entryOf.find(row.transaction.transactionID);
+        auto change = Change::of(row.transaction, entry == entryOf.end() ? ChangeEntry() : *entry->second);
+        change.state = stateOf(row, judgement.turn);
+        if (judgement.turn == Turn::notSendable) change.waitingFor = WaitingFor{.reason = Change::Reason::notSendable};
+        if (judgement.turn == Turn::wait) change.waitingFor = otherChanges(row, judgement.waitsFor, entryOf, adds);
         changes.push_back(std::move(change));
     }
     return changes;

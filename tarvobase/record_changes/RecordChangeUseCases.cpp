@@ -8,7 +8,7 @@ namespace {
 auto noticeOf(const std::string& moduleName, const std::string& recordId) {
     return [moduleName, recordId](RecordChangeDelegate& delegate, const SavedChange& saved) {
         if (saved)
-            delegate.changeSaved(saved.value(), moduleName, recordId);
+            delegate.changeSaved(saved.value());
         else
             delegate.changeNotSaved(moduleName, recordId, saved.error());
     };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -12,11 +11,9 @@ namespace tarvo {
 /// Receives what became of a change here, on the main queue: one notice per call. What the server says comes later.
 class RecordChangeDelegate : public virtual platform::Object {
 public:
-    /// The change is stored and queued under this number, and survives the end of the process. `recordId` is the id by
-    /// which the record is found now.
-    virtual void changeSaved(std::int64_t number, const std::string& moduleName, const std::string& recordId) {
-        static_cast<void>(number), static_cast<void>(moduleName), static_cast<void>(recordId);
-    }
+    /// The change is stored and queued, and survives the end of the process. Its `recordId` is the id by which the
+    /// record is found now.
+    virtual void changeSaved(const Change& change) { static_cast<void>(change); }
     /// Nothing of the change is stored.
     virtual void changeNotSaved(const std::string& moduleName, const std::string& recordId, ChangeNotSaved reason) {
         static_cast<void>(moduleName), static_cast<void>(recordId), static_cast<void>(reason);

@@ -6,6 +6,7 @@
 #include "platform/Files.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/internal/ChangeNotices.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/utils/TemporaryIds.h"
@@ -59,25 +60,37 @@ bool replaceAliases(const Stores& stores, Record& record) {
     return true;
 }
 
-/// Runs the steps of a change as one transaction. Each step returns whether it is stored, the last one the number.
+using Queued = RecordTransactionManagerProtocol::Queued;
+
+SavedChange notSaved(const std::string& recordId, const Module& module, ChangeNotSaved reason) {
+    changeNotices::notSaved(module.moduleName, recordId, reason);
+    return reason;
+}
+
+/// Runs the steps of a change of a record as one transaction, and notifies of its outcome. The steps return the queued
+/// change, or nullopt if one of them is not stored. The notice comes before the change can be sent, so that nobody
+/// learns of the server's decision first. `recordId` is a copy, since the steps may change the record's.
 template <class Steps>
-SavedChange savedAtOnce(const RecordChangeParts& parts, std::string_view name, const Steps& steps) {
-    RecordTransactionManagerProtocol::Number number;
+SavedChange savedAtOnce(const RecordChangeParts& parts, std::string recordId, const Module& module,
+                        std::string_view name, const Steps& steps) {
+    if (recordId.empty()) return notSaved(recordId, module, ChangeNotSaved::noRecordId);
+    Queued queued;
     auto& database = parts.stores.databaseAdapter();
     bool isCommitted = database && database->transaction(name, [&] {
-        number = steps();
-        return number.has_value();
+        queued = steps();
+        return queued.has_value();
     });
-    if (!isCommitted) return ChangeNotSaved::notStored;
-    return *number;
+    if (!isCommitted) return notSaved(recordId, module, ChangeNotSaved::notStored);
+    changeNotices::saved(*queued);
+    parts.editRecordTransactionManager->sync();
+    return *std::move(queued);
 }
 
 }  // namespace
 
 SavedChange AddRecordDataManager::addRecord(Record record, const Module& module) const {
-    if (record.recordId().empty()) return ChangeNotSaved::noRecordId;
     auto& stores = parts_.stores;
-    return savedAtOnce(parts_, "add a record", [&]() -> RecordTransactionManagerProtocol::Number {
+    return savedAtOnce(parts_, record.recordId(), module, "add a record", [&]() -> Queued {
         if (!stores.recordIdAliases()->forget(module.moduleName, record.recordId())) return std::nullopt;
         if (!replaceAliases(stores, record)) return std::nullopt;
         if (!parts_.recordPersistance->storeRecord(record, module.moduleName)) return std::nullopt;
@@ -89,9 +102,8 @@ SavedChange AddRecordDataManager::addRecord(Record record, const Module& module)
 }
 
 SavedChange EditRecordDataManager::editRecord(Record record, const Module& module) const {
-    if (record.recordId().empty()) return ChangeNotSaved::noRecordId;
     auto& stores = parts_.stores;
-    return savedAtOnce(parts_, "edit a record", [&]() -> RecordTransactionManagerProtocol::Number {
+    return savedAtOnce(parts_, record.recordId(), module, "edit a record", [&]() -> Queued {
         record.setRecordId(realIdOf(stores, module.moduleName, record.recordId()));
         if (!replaceAliases(stores, record) || !storeInTransactionRecords(record, module)) return std::nullopt;
         if (!parts_.recordPersistance->modifyRecord(module.moduleName, record)) return std::nullopt;
@@ -120,10 +132,9 @@ bool EditRecordDataManager::storeInTransactionRecords(const Record& record, cons
 }
 
 SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Module& module) const {
-    if (recordID.empty()) return ChangeNotSaved::noRecordId;
     auto& stores = parts_.stores;
     std::vector<std::string> files;
-    auto saved = savedAtOnce(parts_, "delete a record", [&]() -> RecordTransactionManagerProtocol::Number {
+    auto saved = savedAtOnce(parts_, recordID, module, "delete a record", [&]() -> Queued {
         recordID = realIdOf(stores, module.moduleName, recordID);
         if (!parts_.recordPersistance->deleteRecord(recordID, module.moduleName)) return std::nullopt;
         if (sharesTable(stores, module.moduleName) &&
@@ -131,8 +142,8 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
             return std::nullopt;
         if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))
             return std::nullopt;
-        auto number = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
-        return number && deleteAttachments(recordID, module, files) ? number : std::nullopt;
+        auto queued = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
+        return queued && deleteAttachments(recordID, module, files) ? queued : std::nullopt;
     });
     if (!saved) return saved;
     auto voiceFile = files::pathComponent(recordID + ".wav");

@@ -1,32 +1,19 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/Describe.h"
 #include "platform/Object.h"
 #include "platform/Result.h"
 #include "tarvobase/metadata/Stores.h"
+#include "tarvobase/record_changes/Change.h"
 #include "tarvobase/record_changes/RecordTransactionManager.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
 
 namespace tarvo {
-
-/// Why a change was not saved. Nothing of it is stored then.
-enum class ChangeNotSaved {
-    noRecordId,  ///< the record has no id
-    notStored    ///< the database did not take it, or the module has no fields
-};
-
-template <>
-struct EnumCases<ChangeNotSaved> {
-    static constexpr EnumCase<ChangeNotSaved> cases[] = {{ChangeNotSaved::noRecordId, "noRecordId"},
-                                                         {ChangeNotSaved::notStored, "notStored"}};
-};
 
 /// What adding, editing and deleting records share.
 struct RecordChangeParts {
@@ -37,8 +24,8 @@ struct RecordChangeParts {
     std::string voiceFileDirectory{};  ///< `CommonConfigration.voiceFileDirectoryLocation()`
 };
 
-/// Answers with the number of the change in the queue.
-using SavedChange = Result<std::int64_t, ChangeNotSaved>;
+/// The change in the queue, or why nothing of it is stored. `ChangeQueueObserver` is notified of either.
+using SavedChange = Result<Change, ChangeNotSaved>;
 
 /// Adds records. The record, its place in the queue, and what belongs to it are stored in one transaction, or nothing
 /// is; when the call returns, a screen sees the record. Blocks its caller; may be called from any thread.

@@ -5,7 +5,6 @@
 #include "platform/Clock.h"
 #include "platform/Json.h"
 #include "platform/Random.h"
-#include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/record_changes/ChangePayload.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
@@ -37,17 +36,17 @@ RecordTransactionManager::RecordTransactionManager(const Stores& stores, std::fu
       fieldLists_(FieldListAssembler::getFieldListDM(stores.databaseAdapter())),
       wake_(std::move(wake)) {}
 
-RecordTransactionManagerProtocol::Number RecordTransactionManager::addRecord(const Record& record,
+RecordTransactionManagerProtocol::Queued RecordTransactionManager::addRecord(const Record& record,
                                                                              const Module& module) {
     return addEdit(record, module, TransactionType::addRecord);
 }
 
-RecordTransactionManagerProtocol::Number RecordTransactionManager::editRecord(const Record& record,
+RecordTransactionManagerProtocol::Queued RecordTransactionManager::editRecord(const Record& record,
                                                                               const Module& module) {
     return addEdit(record, module, TransactionType::editRecord);
 }
 
-RecordTransactionManagerProtocol::Number RecordTransactionManager::addEdit(const Record& record, const Module& module,
+RecordTransactionManagerProtocol::Queued RecordTransactionManager::addEdit(const Record& record, const Module& module,
                                                                            TransactionType type) {
     auto errors = delegate.lock();
     auto fields = fieldLists_->getFields(module.moduleName, std::nullopt);
@@ -105,7 +104,7 @@ std::optional<ValueMap> RecordTransactionManager::takeRefusedAdd(const std::stri
     return std::nullopt;
 }
 
-RecordTransactionManagerProtocol::Number RecordTransactionManager::deleteRecord(const std::string& recordID,
+RecordTransactionManagerProtocol::Queued RecordTransactionManager::deleteRecord(const std::string& recordID,
                                                                                 const Module& module) {
     auto parameters = parametersOf(module);
     parameters.set(Keys::DeleteRecord::id, recordID);
@@ -114,7 +113,7 @@ RecordTransactionManagerProtocol::Number RecordTransactionManager::deleteRecord(
         parameters);
 }
 
-RecordTransactionManagerProtocol::Number RecordTransactionManager::uploadAttachment(const std::string& recordID,
+RecordTransactionManagerProtocol::Queued RecordTransactionManager::uploadAttachment(const std::string& recordID,
                                                                                     const std::string& parentID,
                                                                                     const Module& module,
                                                                                     const Module& relatedModule,
@@ -135,7 +134,7 @@ RecordTransactionManagerProtocol::Number RecordTransactionManager::uploadAttachm
 }
 
 /// A time above all stored ones keeps the user's order, even after the clock was set back.
-RecordTransactionManagerProtocol::Number RecordTransactionManager::addTransaction(Transaction transaction,
+RecordTransactionManagerProtocol::Queued RecordTransactionManager::addTransaction(Transaction transaction,
                                                                                   const ValueMap& parameters) {
     auto uri = json::write(parameters);
     auto highest = stores_.transactions()->highestTransactionTime();
@@ -147,8 +146,7 @@ RecordTransactionManagerProtocol::Number RecordTransactionManager::addTransactio
     if (!stores_.transactions()->storeTransaction(transaction)) return std::nullopt;
     auto entry = stores_.changeRegister()->enter(ChangeQueue::older, transaction.transactionID);
     if (!entry) return std::nullopt;
-    afterTransaction(wake_);
-    return entry->number;
+    return Change::of(transaction, *entry);
 }
 
 }  // namespace tarvo

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -8,6 +7,7 @@
 
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/Stores.h"
+#include "tarvobase/record_changes/Change.h"
 #include "tarvobase/records/Record.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/Module.h"
@@ -19,40 +19,43 @@ namespace tarvo {
 class RecordTransactionManagerDelegate : public virtual CommonErrorProtocol {};
 
 /// Puts changes into the older queue. Each operation stores in the transaction of the database around it, blocks its
-/// caller, and may be called from any thread. It returns the number of the change, or nullopt if it is not stored; the
-/// transaction around it must then be undone.
+/// caller, and may be called from any thread. It returns the change, or nullopt if it is not stored; the transaction
+/// around it must then be undone.
 class RecordTransactionManagerProtocol : public virtual platform::Object {
 public:
-    using Number = std::optional<std::int64_t>;
+    using Queued = std::optional<Change>;
 
     std::weak_ptr<RecordTransactionManagerDelegate> delegate;
 
-    virtual Number addRecord(const Record& record, const Module& module) = 0;
+    virtual Queued addRecord(const Record& record, const Module& module) = 0;
     /// Queues the columns that the record has; one without a value clears the field at the server. The edit of a record
     /// whose add was refused becomes an add again, with what was refused beneath it.
-    virtual Number editRecord(const Record& record, const Module& module) = 0;
-    virtual Number deleteRecord(const std::string& recordID, const Module& module) = 0;
+    virtual Queued editRecord(const Record& record, const Module& module) = 0;
+    virtual Queued deleteRecord(const std::string& recordID, const Module& module) = 0;
     /// Queues a file for a record. `fileURL` is its path, `recordID` the temporary id of the attachment's own row.
-    virtual Number uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
+    virtual Queued uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
                                     const Module& relatedModule, const std::string& fileURL) = 0;
+    /// Lets the queue send what was stored. Call it after the commit.
+    virtual void sync() = 0;
 };
 
-/// A front of the drain of a database, which sends what is queued here after the commit.
+/// A front of the drain of a database.
 class RecordTransactionManager final : public RecordTransactionManagerProtocol {
 public:
-    /// `wake` is called after the transaction around a change.
+    /// `wake` wakes the drain, from any thread.
     RecordTransactionManager(const Stores& stores, std::function<void()> wake);
 
-    Number addRecord(const Record& record, const Module& module) override;
-    Number editRecord(const Record& record, const Module& module) override;
-    Number deleteRecord(const std::string& recordID, const Module& module) override;
-    Number uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
+    Queued addRecord(const Record& record, const Module& module) override;
+    Queued editRecord(const Record& record, const Module& module) override;
+    Queued deleteRecord(const std::string& recordID, const Module& module) override;
+    Queued uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
                             const Module& relatedModule, const std::string& fileURL) override;
+    void sync() override { wake_(); }
 
 private:
-    Number addEdit(const Record& record, const Module& module, TransactionType type);
+    Queued addEdit(const Record& record, const Module& module, TransactionType type);
     std::optional<ValueMap> takeRefusedAdd(const std::string& recordId, const Module& module, bool& isStored);
-    Number addTransaction(Transaction transaction, const ValueMap& parameters);
+    Queued addTransaction(Transaction transaction, const ValueMap& parameters);
 
     const Stores stores_;
     const std::shared_ptr<GetFieldListDM> fieldLists_;

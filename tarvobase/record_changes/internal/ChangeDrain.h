@@ -12,6 +12,7 @@
 #include "platform/FileLock.h"
 #include "platform/Object.h"
 #include "platform/ThreadSafety.h"
+#include "tarvobase/record_changes/ChangeQueueStatus.h"
 
 namespace tarvo {
 
@@ -50,13 +51,8 @@ public:
 /// the wait. All operations may be called from any thread and return at once.
 class ChangeDrain final : public virtual platform::Object {
 public:
-    enum class State { off, idle, sending, waiting };
-    struct Status {
-        State state = State::off;
-        /// While waiting: milliseconds since 1970 when the drain tries again.
-        std::optional<std::int64_t> until{};
-        bool isLockedOut = false;  ///< another process drains
-    };
+    using Status = ChangeQueueStatus;
+    using State = Status::State;
 
     static constexpr int mostRequests = 4;
     static constexpr std::chrono::milliseconds firstWait{1000}, longestWait{5 * 60 * 1000}, lockWait{500};

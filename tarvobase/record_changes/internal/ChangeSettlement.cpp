@@ -3,6 +3,7 @@
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
+#include "tarvobase/record_changes/internal/ChangeNotices.h"
 
 namespace tarvo {
 
@@ -11,17 +12,23 @@ namespace {
 using Outcome = ChangeAnswer::Outcome;
 using T = TransactionType;
 
+ErrorResponse refusalOf(const ChangeAnswer& answer) {
+    bool isRefusal = answer.outcome == Outcome::refused && answer.refusal;
+    return isRefusal ? *answer.refusal : ErrorResponse::parsingFailed();
+}
+
 }  // namespace
 
 ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records,
                                    Fetch fetch)
     : stores_(stores), records_(std::move(records)), replacement_(stores), fetch_(std::move(fetch)) {}
 
-bool ChangeSettlement::settle(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const {
+bool ChangeSettlement::settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
     auto& database = stores_.databaseAdapter();
     bool isStored =
-        database && database->transaction("answer to a change", [&] { return store(sent, number, answer); });
+        database && database->transaction("answer to a change", [&] { return store(sent, entry.number, answer); });
     if (!isStored || answer.outcome == Outcome::noAnswer) return false;
+    notify(sent, entry, answer);
     follow(sent, answer);
     return true;
 }
@@ -33,9 +40,8 @@ bool ChangeSettlement::store(const Transaction& sent, std::int64_t number, const
         case Outcome::accepted:
             return storeAccepted(sent, answer);
         case Outcome::refused:
-            return storeRefused(sent, number, answer.refusal.value_or(ErrorResponse::parsingFailed()));
         case Outcome::unreadable:
-            return storeRefused(sent, number, ErrorResponse::parsingFailed());
+            return storeRefused(sent, number, refusalOf(answer));
     }
     return false;
 }
@@ -82,6 +88,19 @@ bool ChangeSettlement::storeRefused(const Transaction& sent, std::int64_t number
     return stores_.transactions()->updateTransaciton(sent.transactionID, std::nullopt, std::nullopt,
                                                      std::string(Transaction::State::error)) &&
            stores_.changeRegister()->noteRefusal(number, refusal);
+}
+
+/// A change that a delete has dropped meanwhile is not in the queue any more, and its refusal concerns nobody.
+void ChangeSettlement::notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
+    auto change = Change::of(sent, entry);
+    if (answer.outcome == Outcome::accepted) {
+        bool isAdd = sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
+        if (isAdd) change.recordId = answer.recordId;
+        changeNotices::accepted(std::move(change), isAdd ? std::optional(sent.recordID) : std::nullopt);
+        return;
+    }
+    auto row = stores_.transactions()->getTransaction(sent.transactionID);
+    if (row && row.value()) changeNotices::refused(std::move(change), refusalOf(answer));
 }
 
 /// What comes after the commit.

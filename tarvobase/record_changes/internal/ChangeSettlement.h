@@ -23,7 +23,7 @@ public:
     ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records, Fetch fetch);
 
     /// Returns whether the server's decision is stored. Otherwise the change is to be sent again under its key.
-    bool settle(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const;
+    bool settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
 
 private:
     bool store(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const;
@@ -31,6 +31,7 @@ private:
     bool storeRefused(const Transaction& sent, std::int64_t number, const ErrorResponse& refusal) const;
     bool storeServerRecord(const std::string& moduleName, const std::string& recordId, const ValueMap& record) const;
     bool tidySides(const std::string& moduleName, const std::string& recordId, bool hasServerRecord) const;
+    void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     void follow(const Transaction& sent, const ChangeAnswer& answer) const;
 
     const Stores stores_;

@@ -1,8 +1,10 @@
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
 
 #include <algorithm>
+#include <set>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/internal/ChangeNotices.h"
 
 namespace tarvo {
 
@@ -11,12 +13,17 @@ OlderChangeQueue::OlderChangeQueue(const Stores& stores, std::shared_ptr<ChangeS
     : stores_(stores), sender_(std::move(sender)), settlement_(std::move(settlement)) {}
 
 /// Rows that cannot be read become failures, which hosts can list. Rows without parameters stay as they are: nothing
-/// would come of sending them again.
+/// would come of sending them again. Rows that an older program has stored get their number.
 bool OlderChangeQueue::reclaim() {
     auto queued = stores_.databaseAdapter() ? stores_.transactions()->getTransactions() : std::nullopt;
-    if (!queued) return false;
-    std::vector<std::string> abandoned;
+    auto entries = queued ? stores_.changeRegister()->entries() : std::nullopt;
+    if (!queued || !entries) return false;
+    std::set<std::string> entered;
+    for (auto& entry : *entries)
+        if (entry.queue == ChangeQueue::older) entered.insert(entry.transactionId);
+    std::vector<std::string> abandoned, unnumbered;
     for (auto& row : queued->transactions) {
+        if (!entered.contains(row.transactionID)) unnumbered.push_back(row.transactionID);
         QueuedChange change(row);
         bool isSendable = ChangeTurns::isSendable(row.operationType) && change.hasParameters;
         if (change.isSending() && isSendable && !claims_.contains(row.transactionID))
@@ -26,8 +33,10 @@ bool OlderChangeQueue::reclaim() {
     for (auto& row : queued->unreadable)
         if (row.extras != Transaction::State::error) unreadable.push_back(row.row);
     isKnown_ = false;
-    if (abandoned.empty() && unreadable.empty()) return true;
+    if (abandoned.empty() && unreadable.empty() && unnumbered.empty()) return true;
     return stores_.databaseAdapter()->transaction("reclaim changes", [&] {
+        for (auto& id : unnumbered)
+            if (!stores_.changeRegister()->enter(ChangeQueue::older, id)) return false;
         return stores_.transactions()->makeReady(abandoned) && stores_.transactions()->failUnreadable(unreadable);
     });
 }
@@ -85,6 +94,7 @@ OlderChangeQueue::Step OlderChangeQueue::claim(QueuedChange& change) {
         }
         auto entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
         if (!entry || !stores_.changeRegister()->noteSend(entry->number)) return false;
+        ++entry->sends;
         claimed = Claim{*found.value(), *entry};
         return stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
                                                          std::string(Transaction::State::inProgress));
@@ -96,25 +106,33 @@ OlderChangeQueue::Step OlderChangeQueue::claim(QueuedChange& change) {
     return Step::claimed;
 }
 
-OlderChangeQueue::Step OlderChangeQueue::failForDependency(QueuedChange& change) {
+OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& change) {
     auto& id = change.transaction.transactionID;
+    auto refusal = ErrorResponse::dependingTransactionFailed();
+    std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("fail a change", [&] {
-        auto entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
-        return entry &&
-               stores_.changeRegister()->noteRefusal(entry->number, ErrorResponse::dependingTransactionFailed()) &&
+        entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
+        return entry && stores_.changeRegister()->noteRefusal(entry->number, refusal) &&
                stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
                                                          std::string(Transaction::State::error));
     });
-    return isStored ? Step::stale : Step::failed;
+    if (!isStored) return Step::failed;
+    changeNotices::refused(Change::of(change.transaction, *entry), refusal);
+    return Step::stale;
 }
 
+/// The server never had the record, so that it agrees.
 OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
     auto& id = change.transaction.transactionID;
+    std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("drop a delete", [&] {
-        return stores_.transactions()->removeTransaction(id) &&
+        entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
+        return entry && stores_.transactions()->removeTransaction(id) &&
                stores_.changeRegister()->remove(ChangeQueue::older, {id});
     });
-    return isStored ? Step::stale : Step::failed;
+    if (!isStored) return Step::failed;
+    changeNotices::accepted(Change::of(change.transaction, *entry), std::nullopt);
+    return Step::stale;
 }
 
 void OlderChangeQueue::send(const std::string& transactionID, std::function<void(Settle)> answered) {
@@ -131,7 +149,7 @@ void OlderChangeQueue::send(const std::string& transactionID, std::function<void
 
 DrainedChanges::Outcome OlderChangeQueue::settle(const std::string& transactionID, const ChangeAnswer& answer) {
     auto claim = claims_.extract(transactionID);
-    bool isStored = settlement_.settle(claim.mapped().change, claim.mapped().entry.number, answer);
+    bool isStored = settlement_.settle(claim.mapped().change, claim.mapped().entry, answer);
     auto& change = claim.mapped().change;
     bool isPlainEdit = isStored && change.operationType == TransactionType::editRecord &&
                        answer.outcome == ChangeAnswer::Outcome::accepted;

@@ -33,7 +33,7 @@ private:
     bool read();
     Step take(QueuedChange& change, const ChangeTurns::Judgement& judgement);
     Step claim(QueuedChange& change);
-    Step failForDependency(QueuedChange& change);
+    Step failForDependency(const QueuedChange& change);
     Step drop(const QueuedChange& change);
     Outcome settle(const std::string& transactionID, const ChangeAnswer& answer);
 

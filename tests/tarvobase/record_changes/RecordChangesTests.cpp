@@ -1,5 +1,8 @@
 #include "platform/Clock.h"
 #include "platform/Files.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/record_changes/ChangeQueueObserver.h"
+#include "tarvobase/record_changes/QueuedChanges.h"
 #include "tarvobase/record_changes/RecordChanges.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
@@ -88,7 +91,20 @@ TEST_F(RecordChangesTest, ChangesAreInTableAndQueueAtOnceInBothNamings) {
     EXPECT_EQ(wakeUps, 6);
 }
 
+/// Writes down what observers are notified of.
+class SavedLog final : public ChangeQueueObserver {
+public:
+    std::string notices;
+
+    void changeSaved(const Change& change) override { notices += std::to_string(change.number) + change.kind + " "; }
+    void changeNotSaved(const std::string&, const std::string& recordId, ChangeNotSaved reason) override {
+        notices += recordId + std::string(caseName(reason)) + " ";
+    }
+};
+
 TEST_F(RecordChangesTest, AFailedStepLeavesNothing) {
+    auto log = std::make_shared<SavedLog>();
+    BrenNotificationCenter::shared().add<ChangeQueueObserver>(log);
     auto refuse = "CREATE TRIGGER refuse BEFORE INSERT ON TARVO_CHANGES BEGIN SELECT RAISE(ABORT, 'full'); END";
     EXPECT_TRUE(add(lead("7", {{"Company", "a"}})));
     ASSERT_TRUE(adapter().execute(refuse, std::nullopt));
@@ -100,6 +116,8 @@ TEST_F(RecordChangesTest, AFailedStepLeavesNothing) {
     EXPECT_EQ(queue(), before);
     EXPECT_FALSE(parts->stores.transactionRecords()->getTransactionRecord("7").value());
     EXPECT_EQ(edit(lead("", {})).error(), ChangeNotSaved::noRecordId);
+    settle();
+    EXPECT_EQ(log->notices, "1addRecord NEW_000000001notStored 7notStored 7notStored noRecordId ");
 }
 
 TEST_F(RecordChangesTest, FirstEditKeepsTheServersSide) {
@@ -126,6 +144,41 @@ TEST_F(RecordChangesTest, EditOfARefusedAddIsTheAddAgain) {
     fail(newLead, ErrorResponse::parsingFailed().code);
     EXPECT_TRUE(edit(lead(newLead, {{"Company", "c"}})));
     EXPECT_EQ(parts->stores.transactions()->getTransactions(newLead)->transactions.size(), 2u);
+}
+
+TEST_F(RecordChangesTest, RetryFreesWhatFailedForTheSakeOfTheAdd) {
+    EXPECT_TRUE(add(lead(newLead, {{"Company", "a"}})));
+    EXPECT_TRUE(add(lead("NEW_000000002", {{"Parent", newLead}})));
+    EXPECT_TRUE(edit(lead("7", {{"Parent", "NEW_000000002"}})));
+    EXPECT_TRUE(edit(lead("8", {{"Company", "refused for itself"}})));
+    fail(newLead, "crmMANDATORY_NOT_FOUND");
+    for (auto id : {"NEW_000000002", "7"}) fail(id, "txnDEPENDING_TRANSACTION_FAILED");
+    fail("8", "crmINVALID_DATA");
+    auto before = parts->stores.changeRegister()->entries();
+    QueuedChanges changes(parts->stores);
+    EXPECT_EQ(changes.retry({99}), QueuedChanges::Numbers());
+    EXPECT_EQ(changes.retry({1}), (QueuedChanges::Numbers{1, 2, 3}));
+    auto after = parts->stores.changeRegister()->entries();
+    EXPECT_EQ(after->at(0).key, before->at(0).key);
+    EXPECT_FALSE(after->at(2).lastRefusal);
+    EXPECT_TRUE(after->at(3).lastRefusal);
+    EXPECT_EQ(changes.retry({}), QueuedChanges::Numbers{4});
+}
+
+TEST_F(RecordChangesTest, RetryOfAnEditLeavesOutWhatLaterEditsSet) {
+    EXPECT_TRUE(edit(lead("7", {{"Company", "a"}, {"City", "a"}})));
+    EXPECT_TRUE(edit(lead("8", {{"Company", "a"}})));
+    fail("7", "crmINVALID_DATA");
+    fail("8", "crmINVALID_DATA");
+    EXPECT_TRUE(edit(lead("7", {{"City", Value()}})));
+    EXPECT_TRUE(edit(lead("8", {{"Company", "b"}})));
+    auto key = parts->stores.changeRegister()->entries()->front().key;
+    EXPECT_EQ(QueuedChanges(parts->stores).retry({}), QueuedChanges::Numbers{1});
+    EXPECT_NE(parts->stores.changeRegister()->entries()->front().key, key);
+    auto company = field("Leads", "Company").fieldAPIName, city = field("Leads", "City").fieldAPIName;
+    EXPECT_EQ(queue(), "editRecord 7 {\"data\":[{\"id\":\"7\",\"" + company + "\":\"a\"}]}\n" +
+                           "editRecord 7 {\"data\":[{\"id\":\"7\",\"" + city + "\":null}]}\n" +
+                           "editRecord 8 {\"data\":[{\"id\":\"8\",\"" + company + "\":\"b\"}]}");
 }
 
 TEST_F(RecordChangesTest, DeleteWaitsForAnAddThatWasSent) {

@@ -1,6 +1,9 @@
 #include <deque>
 #include <set>
 
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/record_changes/ChangeQueueObserver.h"
+#include "tarvobase/record_changes/QueuedChanges.h"
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
@@ -89,6 +92,21 @@ protected:
 };
 
 const std::string temporaryId = "NEW_000000001";
+
+/// Writes down what observers are notified of.
+class NoticeLog final : public ChangeQueueObserver {
+public:
+    std::vector<std::string> notices;
+
+    void changeAccepted(const Change& change, const std::optional<std::string>& formerRecordId) override {
+        notices.push_back("accepted " + change.transactionId + " " + change.recordId + " " +
+                          formerRecordId.value_or("-"));
+    }
+    void changeRefused(const Change& change) override {
+        notices.push_back("refused " + change.transactionId + " " + std::to_string(change.attempts) + " " +
+                          change.error->code);
+    }
+};
 
 }  // namespace
 
@@ -207,6 +225,63 @@ TEST_F(OlderChangeQueueTest, RowsThatCannotBeReadFailAloneAndKindsWithoutAReques
     begin();
     EXPECT_EQ(sendAll(), "1");
     EXPECT_EQ(rows(), R"("bad",null,"error";"mail","7",null;"1","7","InProgress")");
+}
+
+TEST_F(OlderChangeQueueTest, ObserversLearnWhatBecameOfEachChange) {
+    auto log = std::make_shared<NoticeLog>();
+    BrenNotificationCenter::shared().add<ChangeQueueObserver>(log);
+    enqueue("add", T::addRecord, temporaryId);
+    enqueue("refused", T::addRecord, "NEW_000000002");
+    enqueue("waiter", T::editRecord, "9", R"("Parent":"NEW_000000002")");
+    enqueue("silent", T::editRecord, "7");
+    enqueue("dropped", T::editRecord, "8");
+    enqueue("no record", T::deleteRecord, "NEW_000000003");
+    EXPECT_EQ(sendAll(), "add refused silent dropped");
+    ASSERT_TRUE(stores->transactions()->removeTransaction("dropped"));
+    answer(ChangeAnswer::accepted("42"));
+    answer(refusal());
+    answer(ChangeAnswer::noAnswer(ChangeAnswer::Silence::timeout));
+    answer(refusal());
+    EXPECT_EQ(sendAll(), "silent");
+    settle();
+    EXPECT_EQ(log->notices,
+              (std::vector<std::string>{"accepted no record NEW_000000003 -", "accepted add 42 NEW_000000001",
+                                        "refused refused 1 crmINVALID_DATA",
+                                        "refused waiter 0 txnDEPENDING_TRANSACTION_FAILED"}));
+}
+
+TEST_F(OlderChangeQueueTest, EachChangeIsListedWithWhatItWaitsFor) {
+    using State = ChangeQueueStatus::State;
+    enqueue("add", T::addRecord, temporaryId);
+    enqueue("edit", T::editRecord, temporaryId);
+    enqueue("lookup", T::editRecord, "7", R"("Parent":"NEW_000000001")");
+    enqueue("later", T::editRecord, "7");
+    enqueue("mail", T::sendMail, "8");
+    enqueue("gone", T::editRecord, "NEW_000000005");
+    begin();
+    auto listed = [&](const ChangeQueueStatus& status) {
+        std::vector<std::string> lines;
+        auto changes = QueuedChanges(*stores).list(status);
+        for (auto& change : *changes) {
+            std::string line = change.transactionId + " " + std::string(caseName(change.state));
+            if (change.waitingFor) {
+                line += " " + std::string(caseName(change.waitingFor->reason));
+                for (auto number : change.waitingFor->numbers) line += " " + std::to_string(number);
+                if (change.waitingFor->until) line += " " + std::to_string(*change.waitingFor->until);
+            }
+            lines.push_back(line);
+        }
+        return text::join(lines, ", ");
+    };
+    std::string rest =
+        ", edit waiting newRecord 1, lookup waiting newRecord 1, later waiting earlierChange 3, mail "
+        "waiting notSendable, gone ";
+    EXPECT_EQ(listed({State::idle}), "add ready" + rest + "ready");
+    EXPECT_EQ(listed({}), "add waiting queueOff" + rest + "waiting queueOff");
+    EXPECT_EQ(listed({State::waiting, 77}), "add waiting server 77" + rest + "waiting server 77");
+    EXPECT_EQ(listed({State::waiting, 78, true}), "add waiting otherProcess 78" + rest + "waiting otherProcess 78");
+    EXPECT_EQ(sendAll(), "add");
+    EXPECT_EQ(listed({State::sending}), "add sending" + rest + "failed");
 }
 
 }  // namespace tarvo
