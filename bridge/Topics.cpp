@@ -9,7 +9,7 @@
 #include "tarvobase/notification/ModuleChangedObserver.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/notification/SearchTokenChangedObserver.h"
-#include "tarvobase/record_changes/ChangeQueueObserver.h"
+#include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tarvobase/value_objects/module/Module.h"
 
 namespace tarvo::bridge {

@@ -6,7 +6,7 @@
 
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/record_changes/ChangeQueueStatus.h"
+#include "tarvobase/transaction/ChangeQueueStatus.h"
 
 namespace tarvo {
 

@@ -6,8 +6,8 @@
 
 #include "platform/Data.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/record_changes/Change.h"
-#include "tarvobase/record_changes/ChangeQueueStatus.h"
+#include "tarvobase/transaction/Change.h"
+#include "tarvobase/transaction/ChangeQueueStatus.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
 namespace tarvo {

@@ -6,9 +6,9 @@
 #include "platform/Files.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/record_changes/internal/ChangeNotices.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 

@@ -9,9 +9,9 @@
 #include "platform/Object.h"
 #include "platform/Result.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/record_changes/Change.h"
 #include "tarvobase/record_changes/RecordTransactionManager.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/transaction/Change.h"
 
 namespace tarvo {
 

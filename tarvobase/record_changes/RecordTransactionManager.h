@@ -7,8 +7,8 @@
 
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/record_changes/Change.h"
 #include "tarvobase/records/Record.h"
+#include "tarvobase/transaction/Change.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/Module.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"

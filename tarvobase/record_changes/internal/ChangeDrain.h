@@ -12,7 +12,7 @@
 #include "platform/FileLock.h"
 #include "platform/Object.h"
 #include "platform/ThreadSafety.h"
-#include "tarvobase/record_changes/ChangeQueueStatus.h"
+#include "tarvobase/transaction/ChangeQueueStatus.h"
 
 namespace tarvo {
 

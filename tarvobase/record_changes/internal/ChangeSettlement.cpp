@@ -3,7 +3,7 @@
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
-#include "tarvobase/record_changes/internal/ChangeNotices.h"
+#include "tarvobase/transaction/ChangeNotices.h"
 
 namespace tarvo {
 

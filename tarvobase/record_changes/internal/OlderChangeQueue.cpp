@@ -4,7 +4,7 @@
 #include <set>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/record_changes/internal/ChangeNotices.h"
+#include "tarvobase/transaction/ChangeNotices.h"
 
 namespace tarvo {
 

@@ -1,9 +1,9 @@
 #include "platform/Clock.h"
 #include "platform/Files.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/record_changes/ChangeQueueObserver.h"
 #include "tarvobase/record_changes/QueuedChanges.h"
 #include "tarvobase/record_changes/RecordChanges.h"
+#include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {

@@ -2,9 +2,9 @@
 #include <set>
 
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/record_changes/ChangeQueueObserver.h"
 #include "tarvobase/record_changes/QueuedChanges.h"
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
+#include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {

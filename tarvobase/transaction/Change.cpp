@@ -1,4 +1,4 @@
-#include "tarvobase/record_changes/Change.h"
+#include "tarvobase/transaction/Change.h"
 
 namespace tarvo {
 

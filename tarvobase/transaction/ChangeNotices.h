@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "tarvobase/record_changes/Change.h"
+#include "tarvobase/transaction/Change.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
 /// The notices of `ChangeQueueObserver`. Call them after the commit that they report, from any thread.

@@ -1,9 +1,9 @@
-#include "tarvobase/record_changes/internal/ChangeNotices.h"
+#include "tarvobase/transaction/ChangeNotices.h"
 
 #include <utility>
 
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/record_changes/ChangeQueueObserver.h"
+#include "tarvobase/transaction/ChangeQueueObserver.h"
 
 namespace tarvo::changeNotices {
 

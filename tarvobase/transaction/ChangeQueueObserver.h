@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/Object.h"
-#include "tarvobase/record_changes/Change.h"
+#include "tarvobase/transaction/Change.h"
 
 namespace tarvo {
 
