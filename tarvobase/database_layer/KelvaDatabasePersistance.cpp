@@ -241,7 +241,9 @@ bool KelvaDatabasePersistance::runTransaction(std::string_view name, bool isTole
     if (isDone && hasFailed)
         platform::log(platform::LogLevel::warning, "database",
                       "error: " + doing + ": it was undone, since a write in it failed");
-    return isDone && isWanted && !hasFailed;
+    if (!isDone || !isWanted || hasFailed) return false;
+    frame.keepWork();
+    return true;
 }
 
 bool KelvaDatabasePersistance::createTable(const std::string& rawQuery) {

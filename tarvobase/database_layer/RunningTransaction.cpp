@@ -1,5 +1,6 @@
 #include "tarvobase/database_layer/RunningTransaction.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -11,7 +12,12 @@ namespace {
 
 thread_local RunningTransaction* innermostTransaction = nullptr;
 thread_local int openFrames = 0;
-thread_local std::vector<std::function<void()>> workAtTheEnd;
+
+struct WorkAtTheEnd {
+    std::function<void()> work;
+    bool needsCommit;
+};
+thread_local std::vector<WorkAtTheEnd> workAtTheEnd;  // in the order in which it was given
 
 }  // namespace
 
@@ -19,13 +25,24 @@ bool isInTransaction() { return openFrames > 0; }
 
 void afterTransaction(std::function<void()> work) {
     if (!isInTransaction()) return work();
-    workAtTheEnd.push_back(std::move(work));
+    workAtTheEnd.push_back({std::move(work), false});
 }
 
-RunningTransaction::Frame::Frame() { ++openFrames; }
+void afterCommit(std::function<void()> work) {
+    if (!isInTransaction()) return work();
+    workAtTheEnd.push_back({std::move(work), true});
+}
+
+RunningTransaction::Frame::Frame() : begin_(workAtTheEnd.size()) { ++openFrames; }
 RunningTransaction::Frame::~Frame() {
+    if (!isWorkKept_) {
+        auto needsCommit = [](const WorkAtTheEnd& each) { return each.needsCommit; };
+        auto begin = workAtTheEnd.begin() + static_cast<std::ptrdiff_t>(begin_);
+        workAtTheEnd.erase(std::remove_if(begin, workAtTheEnd.end(), needsCommit), workAtTheEnd.end());
+    }
     if (--openFrames > 0) return;
-    for (auto& work : std::exchange(workAtTheEnd, {})) work();
+    auto all = std::exchange(workAtTheEnd, {});
+    for (auto& each : all) each.work();
 }
 
 RunningTransaction::RunningTransaction(const DatabaseAdapter& adapter, std::shared_ptr<kelva::KelvaDatabase> database,

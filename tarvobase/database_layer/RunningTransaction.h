@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 
 namespace kelva {
@@ -24,12 +25,19 @@ public:
     static RunningTransaction* find(const DatabaseAdapter& adapter);
 
     /// Stands around a transaction and outlives its commit. The end of the outermost one runs what `afterTransaction`
-    /// was given.
+    /// and `afterCommit` were given.
     class Frame {
     public:
         Frame();
         ~Frame();
         Frame(const Frame&) = delete;
+        /// The transaction is committed, or held by the one around it. Without this call the end of the frame forgets
+        /// what `afterCommit` was given inside it.
+        void keepWork() { isWorkKept_ = true; }
+
+    private:
+        const std::size_t begin_;  // of its work
+        bool isWorkKept_ = false;
     };
 
     /// A write failed: neither this transaction nor one around it may be committed. A write that SQLite rejected fails

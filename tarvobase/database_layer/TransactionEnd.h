@@ -12,4 +12,8 @@ bool isInTransaction();
 /// known only then.
 void afterTransaction(std::function<void()> work);
 
+/// Runs `work` in the same way, in the order of the calls, but only if the outermost transaction was committed and no
+/// transaction inside it that `work` was given in was undone. Notices and wake-ups for stored rows go through it.
+void afterCommit(std::function<void()> work);
+
 }  // namespace tarvo

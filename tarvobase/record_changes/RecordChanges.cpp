@@ -67,9 +67,9 @@ SavedChange notSaved(const std::string& recordId, const Module& module, ChangeNo
     return reason;
 }
 
-/// Runs the steps of a change of a record as one transaction, and notifies of its outcome. The steps return the queued
-/// change, or nullopt if one of them is not stored. The notice comes before the change can be sent, so that nobody
-/// learns of the server's decision first. `recordId` is a copy, since the steps may change the record's.
+/// Runs the steps of a change of a record as one transaction, and notifies if nothing of it is stored. The steps return
+/// the queued change, or nullopt if one of them is not stored. `recordId` is a copy, since the steps may change the
+/// record's.
 template <class Steps>
 SavedChange savedAtOnce(const RecordChangeParts& parts, std::string recordId, const Module& module,
                         std::string_view name, const Steps& steps) {
@@ -81,8 +81,6 @@ SavedChange savedAtOnce(const RecordChangeParts& parts, std::string recordId, co
         return queued.has_value();
     });
     if (!isCommitted) return notSaved(recordId, module, ChangeNotSaved::notStored);
-    changeNotices::saved(*queued);
-    parts.editRecordTransactionManager->sync();
     return *std::move(queued);
 }
 

@@ -5,10 +5,12 @@
 #include "platform/Clock.h"
 #include "platform/Json.h"
 #include "platform/Random.h"
+#include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/record_changes/ChangePayload.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/record_changes/wire/NetworkParamConstant.h"
+#include "tarvobase/transaction/ChangeNotices.h"
 
 namespace tarvo {
 
@@ -146,7 +148,13 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::addTransactio
     if (!stores_.transactions()->storeTransaction(transaction)) return std::nullopt;
     auto entry = stores_.changeRegister()->enter(ChangeQueue::older, transaction.transactionID);
     if (!entry) return std::nullopt;
-    return Change::of(transaction, *entry);
+    auto change = Change::of(transaction, *entry);
+    // The notice comes first: nobody is to learn of the server's decision before it.
+    afterCommit([wake = wake_, change] {
+        changeNotices::saved(change);
+        wake();
+    });
+    return change;
 }
 
 }  // namespace tarvo

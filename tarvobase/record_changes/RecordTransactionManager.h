@@ -18,9 +18,9 @@ namespace tarvo {
 /// Is notified of changes that could not be queued, on the thread of the call.
 class RecordTransactionManagerDelegate : public virtual CommonErrorProtocol {};
 
-/// Puts changes into the older queue. Each operation stores in the transaction of the database around it, blocks its
-/// caller, and may be called from any thread. It returns the change, or nullopt if it is not stored; the transaction
-/// around it must then be undone.
+/// Puts changes into the older queue. Observers are notified and the queue is woken after the commit. Each operation
+/// stores in the transaction of the database around it, blocks its caller, and may be called from any thread. It returns
+/// the change, or nullopt if it is not stored; the transaction around it must then be undone.
 class RecordTransactionManagerProtocol : public virtual platform::Object {
 public:
     using Queued = std::optional<Change>;
@@ -35,14 +35,12 @@ public:
     /// Queues a file for a record. `fileURL` is its path, `recordID` the temporary id of the attachment's own row.
     virtual Queued uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
                                     const Module& relatedModule, const std::string& fileURL) = 0;
-    /// Lets the queue send what was stored. Call it after the commit.
-    virtual void sync() = 0;
 };
 
-/// A front of the drain of a database.
+/// A front of the drain of a database, which sends what is queued here after the commit.
 class RecordTransactionManager final : public RecordTransactionManagerProtocol {
 public:
-    /// `wake` wakes the drain, from any thread.
+    /// `wake` is called after the commit of a change.
     RecordTransactionManager(const Stores& stores, std::function<void()> wake);
 
     Queued addRecord(const Record& record, const Module& module) override;
@@ -50,7 +48,6 @@ public:
     Queued deleteRecord(const std::string& recordID, const Module& module) override;
     Queued uploadAttachment(const std::string& recordID, const std::string& parentID, const Module& module,
                             const Module& relatedModule, const std::string& fileURL) override;
-    void sync() override { wake_(); }
 
 private:
     Queued addEdit(const Record& record, const Module& module, TransactionType type);

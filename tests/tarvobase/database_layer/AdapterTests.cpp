@@ -4,6 +4,7 @@
 
 #include "platform/Files.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
+#include "tarvobase/database_layer/TransactionEnd.h"
 #include "tests/tarvobase/Fixture.h"
 
 namespace tarvo {
@@ -78,6 +79,34 @@ TEST_F(AdapterTest, AListOfStatementsRunsWholeOrNotAtAll) {
     InsertQuery add("t", {{"id", "b"}, {"n", 0}});
     EXPECT_TRUE(adapter->execute(std::vector<std::reference_wrapper<const Query>>{remove, add}));
     EXPECT_EQ(adapter->count("t", Criteria::equalTo("n", 0)), 1) << "in their order";
+}
+
+TEST_F(AdapterTest, WorkForTheCommitRunsAfterItAndOnlyThen) {
+    std::string log;
+    auto note = [&](const std::string& piece) { return [&log, piece] { log += piece; }; };
+    auto nested = [&](bool isOuterKept, bool isInnerKept) {
+        log.clear();
+        bool isCommitted = adapter->transaction("outer", [&] {
+            afterCommit(note("1"));
+            afterTransaction(note("2"));
+            auto inner = adapter->transaction("inner", [&] {
+                afterTransaction(note("3"));
+                afterCommit(note("4"));
+                return isInnerKept;
+            });
+            EXPECT_EQ(inner, isInnerKept);
+            afterCommit(note("5"));
+            EXPECT_EQ(log, "");
+            return isOuterKept;
+        });
+        EXPECT_EQ(isCommitted, isOuterKept);
+        return log;
+    };
+    EXPECT_EQ(nested(true, true), "12345");
+    EXPECT_EQ(nested(true, false), "1235");
+    EXPECT_EQ(nested(false, true), "23");
+    afterCommit(note("at once"));
+    EXPECT_EQ(log, "23at once");
 }
 
 TEST_F(AdapterTest, CreateTableLeavesOutWhatIsNotForTables) {
