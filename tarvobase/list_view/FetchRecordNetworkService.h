@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@ struct RecordFetch {
     Module module;
     std::string recordID;
     Value miscData{};
+    std::optional<std::string> formerRecordID{};  ///< the temporary id by which the caller knows the record
 };
 
 /// Receives the answers of `FetchRecordNetworkService`, on the network queue.

@@ -14,6 +14,7 @@ public:
     /// Answers with one `record`, which brings `miscData` back.
     virtual void getRecords(RecordQuery query, Value miscData = {}) = 0;
     /// Answers with two notices: `record` with the stored record, then `record` with the server's record or a failure.
+    /// The id may be a temporary one; the server is asked once it has accepted the record.
     virtual void getRecord(const Module& module, const std::string& recordID, Value miscData = {}) = 0;
     /// Answers with one `activityRecords`. Dates are seconds since 1970.
     virtual void getActivityRecords(RecordQuery query, std::int64_t from, std::int64_t to) = 0;

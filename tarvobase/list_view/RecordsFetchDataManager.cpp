@@ -7,6 +7,7 @@
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/RecordConversion.h"
+#include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
@@ -42,7 +43,8 @@ std::shared_ptr<RecordsFetchDataManager> RecordsFetchDataManager::current() {
     auto manager = make({.recordPersistance = RecordInDatabase::make(adapter),
                          .modulePersistance = stores.modules(),
                          .fieldLists = FieldListAssembler::getFieldListDM(adapter),
-                         .recordFetchNetworkService = service});
+                         .recordFetchNetworkService = service,
+                         .recordIdAliases = stores.recordIdAliases()});
     service->errorHandler = manager;
     return manager;
 }
@@ -55,8 +57,17 @@ void RecordsFetchDataManager::getRecords(RecordQuery query, const Value& miscDat
 
 void RecordsFetchDataManager::getRecord(const Module& module, const std::string& recordID, const Value& miscData) {
     auto stored = collaborators.recordPersistance->fetchRecord(module.moduleName, recordID);
-    if (auto listener = delegate.lock()) listener->record(stored, recordID, module, miscData);
-    collaborators.recordFetchNetworkService->fetchRecord({module, recordID, miscData});
+    auto listener = delegate.lock();
+    if (listener) listener->record(stored, recordID, module, miscData);
+    if (!isTemporaryRecordId(recordID))
+        return collaborators.recordFetchNetworkService->fetchRecord({module, recordID, miscData});
+    auto currentID =
+        stored ? stored->recordId() : collaborators.recordIdAliases->currentId(module.moduleName, recordID);
+    if (!isTemporaryRecordId(currentID))
+        return collaborators.recordFetchNetworkService->fetchRecord({module, currentID, miscData, recordID});
+    // Callers wait for two notices.
+    if (listener && stored) return listener->record(stored, recordID, module, miscData);
+    if (listener) listener->unableToConvertRecordFromDictionaryError();
 }
 
 void RecordsFetchDataManager::parsedRecords(const std::vector<ValueMap>& records, const RecordFetch& fetch) {
@@ -72,7 +83,7 @@ void RecordsFetchDataManager::parsedRecords(const std::vector<ValueMap>& records
     else if (record->recordId().empty())
         listener->unableToGetIDForRecordError();
     else
-        listener->record(record, fetch.recordID, fetch.module, fetch.miscData);
+        listener->record(record, fetch.formerRecordID.value_or(fetch.recordID), fetch.module, fetch.miscData);
 }
 
 void RecordsFetchDataManager::getActivityRecords(RecordQuery query, std::int64_t from, std::int64_t to) {

@@ -16,6 +16,7 @@
 namespace tarvo {
 
 class GetFieldListDM;
+class RecordIdAliases;
 
 /// Receives the answers of `RecordsFetchDataManager`: stored records on the thread of the call, and the server's
 /// answers on the network queue.
@@ -59,6 +60,7 @@ public:
         std::shared_ptr<ModulesPersistanceDelegate> modulePersistance;
         std::shared_ptr<GetFieldListDM> fieldLists;
         std::shared_ptr<FetchRecordNetworkServiceProtocol> recordFetchNetworkService;
+        std::shared_ptr<RecordIdAliases> recordIdAliases;
     };
     /// The data manager becomes the service's delegate.
     static std::shared_ptr<RecordsFetchDataManager> make(Collaborators collaborators);
@@ -73,7 +75,9 @@ public:
     /// Reports the stored record before it returns, and always asks the server as well. The server's record is stored
     /// and reported. The failures are `unableToConvertRecordFromDictionaryError` if the server has no such record or
     /// its answer gives none, `unableToGetIDForRecordError` if the record lacks its id, and the failure of the request
-    /// itself.
+    /// itself. Both notices have the id of the call, which may be a temporary one; the record has its real id once it
+    /// has one. As long as the server has not accepted the record, it is not asked: the second notice then repeats the
+    /// first, or is `unableToConvertRecordFromDictionaryError` if there is no such record.
     void getRecord(const Module& module, const std::string& recordID, const Value& miscData) override;
     /// Fetches the tasks, events and calls of a span of time. Moments are seconds since 1970; the first is included,
     /// the second is not. A query on "Activities" reads the table that the three share; any other query reads the

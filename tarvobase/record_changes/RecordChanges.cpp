@@ -6,7 +6,6 @@
 #include "platform/Files.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/utils/TemporaryIds.h"
@@ -27,13 +26,6 @@ bool isActivity(const std::string& moduleName) {
 bool sharesTable(const Stores& stores, const std::string& moduleName) {
     return isActivity(moduleName) &&
            !stores.databaseAdapter()->columnNames(RecordUtil::getTableName(activities)).empty();
-}
-
-/// Returns the real id of a record that a screen still knows by its temporary one.
-std::string realIdOf(const Stores& stores, const std::string& moduleName, const std::string& recordId) {
-    if (!isTemporaryRecordId(recordId)) return recordId;
-    auto alias = stores.recordIdAliases()->realId(moduleName, recordId);
-    return alias && alias.value() ? *alias.value() : recordId;
 }
 
 /// Replaces temporary ids in the columns of a record whose records have real ones by now. The record's own id is not
@@ -102,7 +94,7 @@ SavedChange AddRecordDataManager::addRecord(Record record, const Module& module)
 SavedChange EditRecordDataManager::editRecord(Record record, const Module& module) const {
     auto& stores = parts_.stores;
     return savedAtOnce(parts_, record.recordId(), module, "edit a record", [&]() -> Queued {
-        record.setRecordId(realIdOf(stores, module.moduleName, record.recordId()));
+        record.setRecordId(stores.recordIdAliases()->currentId(module.moduleName, record.recordId()));
         if (!replaceAliases(stores, record) || !storeInTransactionRecords(record, module)) return std::nullopt;
         if (!parts_.recordPersistance->modifyRecord(module.moduleName, record)) return std::nullopt;
         if (sharesTable(stores, module.moduleName) &&
@@ -133,7 +125,7 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
     auto& stores = parts_.stores;
     std::vector<std::string> files;
     auto saved = savedAtOnce(parts_, recordID, module, "delete a record", [&]() -> Queued {
-        recordID = realIdOf(stores, module.moduleName, recordID);
+        recordID = stores.recordIdAliases()->currentId(module.moduleName, recordID);
         if (!parts_.recordPersistance->deleteRecord(recordID, module.moduleName)) return std::nullopt;
         if (sharesTable(stores, module.moduleName) &&
             !parts_.recordPersistance->deleteRecord(recordID, std::string(activities)))

@@ -20,4 +20,7 @@ inline bool isNewRecordId(std::string_view id) {
            std::all_of(id.begin() + prefix.size(), id.end(), isDigit);
 }
 
+/// Returns whether an id is a temporary one, in either form.
+inline bool isTemporaryRecordId(std::string_view id) { return isTempId(id) || isNewRecordId(id); }
+
 }  // namespace tarvo

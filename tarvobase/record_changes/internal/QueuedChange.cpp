@@ -30,8 +30,6 @@ platform::Data withReplacedText(const platform::Data& data, const std::string& f
 
 }  // namespace
 
-bool isTemporaryRecordId(std::string_view id) { return isTempId(id) || isNewRecordId(id); }
-
 QueuedChange::QueuedChange(Transaction row) : transaction(std::move(row)) {
     auto note = [&](const std::string& id) {
         bool isOwnAdd = transaction.operationType == TransactionType::addRecord && id == transaction.recordID;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tarvobase/value_objects/transaction/Transaction.h"
@@ -23,9 +22,6 @@ struct QueuedChange {
     /// Whether it was refused, or can never be sent. A text that is not a known state counts as an error.
     bool hasFailed() const { return !isReady() && !(isSending() && hasParameters); }
 };
-
-/// Returns whether an id is a temporary one, in either form.
-bool isTemporaryRecordId(std::string_view id);
 
 /// Replaces an id in the ids, the parameters and the body of a row. In JSON only whole texts are replaced.
 Transaction withReplacedId(Transaction transaction, const std::string& formerId, const std::string& newId);

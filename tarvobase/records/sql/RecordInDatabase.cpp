@@ -18,6 +18,7 @@
 #include "tarvobase/records/wire/RecordPage.h"
 #include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
@@ -129,6 +130,17 @@ std::optional<Criteria> criteriaOf(const ViewRecordQuery& query) {
     return allOf(conditions);
 }
 
+/// Reads a record by the id that a screen holds, which may be a temporary one for days after the server gave the record
+/// its own. The row is looked for first: once it is gone, the alias is stored.
+template <class Read>
+std::optional<Record> readByAnyId(RecordIdAliases& aliases, const std::string& moduleName, const std::string& recordId,
+                                  const Read& read) {
+    auto record = read(recordId);
+    if (record || !isTemporaryRecordId(recordId)) return record;
+    auto currentId = aliases.currentId(moduleName, recordId);
+    return currentId == recordId ? std::nullopt : read(currentId);
+}
+
 template <class Term>
 Names columnsOf(const std::vector<Term>& terms) {
     Names columns;
@@ -152,7 +164,8 @@ RecordInDatabase::RecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdap
                                    std::shared_ptr<GetFieldListDM> fieldLists)
     : databaseAdapter_(std::move(databaseAdapter)),
       fieldLists_(std::move(fieldLists)),
-      queue_(Stores::over(databaseAdapter_).transactions()) {}
+      queue_(Stores::over(databaseAdapter_).transactions()),
+      aliases_(Stores::over(databaseAdapter_).recordIdAliases()) {}
 
 std::shared_ptr<RecordInDatabase> RecordInDatabase::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter) {
     return std::make_shared<RecordInDatabase>(databaseAdapter, FieldListAssembler::getFieldListDM(databaseAdapter));
@@ -371,16 +384,20 @@ RecordInDatabase::Records RecordInDatabase::fetchRecords(const std::string& modu
 
 std::optional<Record> RecordInDatabase::fetchRecordsFor(const std::string& moduleName, const std::string& recordID,
                                                         const Names& columnsToFetch) {
-    return firstOf(fetchRecords(moduleName, Names{recordID}, columnsToFetch));
+    return readByAnyId(*aliases_, moduleName, recordID, [&](const std::string& id) {
+        return firstOf(fetchRecords(moduleName, Names{id}, columnsToFetch));
+    });
 }
 
 std::optional<Record> RecordInDatabase::fetchRecord(const std::string& moduleName, const std::string& recordID) {
     auto fields = fieldsOf(moduleName);
     if (!fields) return std::nullopt;
     auto table = tableOf(moduleName);
-    FetchQuery query(kelva::quotedName(table.tableName()), columnIs(idColumn(moduleName, fields->naming()), recordID));
-    auto rows = table.fetch(query);
-    return rows ? firstOf(Records(recordsOf(*rows, *fields))) : std::nullopt;
+    return readByAnyId(*aliases_, moduleName, recordID, [&](const std::string& id) -> std::optional<Record> {
+        FetchQuery query(kelva::quotedName(table.tableName()), columnIs(idColumn(moduleName, fields->naming()), id));
+        auto rows = table.fetch(query);
+        return rows ? firstOf(Records(recordsOf(*rows, *fields))) : std::nullopt;
+    });
 }
 
 RecordInDatabase::Records RecordInDatabase::fetchRecords(const std::string& moduleName, const Names& recordIds,

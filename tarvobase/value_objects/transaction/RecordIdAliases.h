@@ -38,6 +38,10 @@ public:
     /// Removes an alias. A new record calls it with its id: generated ids have nine digits, so that an id can come
     /// again after years, and its edits must not reach the former record.
     virtual bool forget(const std::string& moduleName, const std::string& temporaryId) = 0;
+
+    /// Returns the id by which a record is known now: the real one of a temporary id that has one, and any other id as
+    /// it is. A temporary id also stays as it is if the table cannot be read.
+    std::string currentId(const std::string& moduleName, const std::string& recordId);
 };
 
 }  // namespace tarvo

@@ -1,6 +1,7 @@
 #include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
 
 #include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/utils/TemporaryIds.h"
 
 namespace tarvo {
 
@@ -22,6 +23,12 @@ Criteria isAlias(const std::string& moduleName, const std::string& temporaryId) 
 }
 
 }  // namespace
+
+std::string RecordIdAliases::currentId(const std::string& moduleName, const std::string& recordId) {
+    if (!isTemporaryRecordId(recordId)) return recordId;
+    auto alias = realId(moduleName, recordId);
+    return alias && alias.value() ? *alias.value() : recordId;
+}
 
 RecordIdAliasesInDatabase::RecordIdAliasesInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter)
     : table_(std::move(databaseAdapter), "TARVO_RECORD_IDS", aliasTable()) {}

@@ -95,7 +95,8 @@ protected:
         auto manager = RecordsFetchDataManager::make({.recordPersistance = records,
                                                       .modulePersistance = Stores::current().modules(),
                                                       .fieldLists = FieldListAssembler::getFieldListDM(database),
-                                                      .recordFetchNetworkService = service});
+                                                      .recordFetchNetworkService = service,
+                                                      .recordIdAliases = Stores::current().recordIdAliases()});
         service->errorHandler = manager;
         auto usecase = GetRecordsUseCase::make(manager);
         usecase->delegate = listener;
@@ -196,6 +197,28 @@ TEST_F(RecordFetchTest, ARecordIsReportedAsStoredAndThenAsTheServerHasIt) {
     ValueMap expected{{"id", "7"}, {"module", "Leads"}, {"moduleAPI", "Leads_Api"}};
     EXPECT_EQ(call.params, expected);
     EXPECT_EQ(adapter().count("LeadsRecords", std::nullopt), 1);
+}
+
+TEST_F(RecordFetchTest, ARecordIsFoundByItsFormerIdAndTheServerIsAskedForItsOwn) {
+    auto usecase = leadsOverNetwork();
+    const std::string former = "NEW_000000001";
+    auto get = [&] {
+        usecase->getRecord(moduleNamed("Leads"), former, "it");
+        return lines();
+    };
+    EXPECT_EQ(get(), former + ": none it, unableToConvertRecordFromDictionaryError");
+    fillLeads({{{"ID", former}, {"COMPANY", "Mine"}}});
+    EXPECT_EQ(get(), former + ": Mine it, " + former + ": Mine it");
+    EXPECT_TRUE(network->calls().empty());
+
+    ASSERT_TRUE(adapter().execute("UPDATE LeadsRecords SET ID = '42'", std::nullopt));
+    ASSERT_TRUE(Stores::current().recordIdAliases()->store({former, "Leads", "42"}));
+    network->answer(
+        R"({"response":{"result":[{"info":{"module":"Leads"},"data":[[["id","42"],["Company","Server"]]]}]}})");
+    EXPECT_EQ(get(), former + ": Mine it, " + former + ": Server it");
+    EXPECT_EQ(network->calls().back().params->valueOf("id").textOr(""), "42");
+    for (auto& found : {records->fetchRecord("Leads", former), records->fetchRecordsFor("Leads", former, {"COMPANY"})})
+        EXPECT_EQ(found ? found->recordId() : "none", "42");
 }
 
 }  // namespace
