@@ -19,7 +19,10 @@
 #include "tarvobase/value_objects/module/SettingsInMemeory.h"
 #include "tarvobase/value_objects/tag/TagInDatabase.h"
 #include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
+#include "tarvobase/value_objects/transaction/NTransactionInDatabase.h"
+#include "tarvobase/value_objects/transaction/NTransactionRecordInDatabase.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
+#include "tarvobase/value_objects/transaction/TransactionDependencyInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionRecordInDatabase.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
@@ -117,6 +120,15 @@ std::shared_ptr<TransactionPersistanceDelegate> Stores::transactions() const {
 }
 std::shared_ptr<TransactionRecordPersistanceDelegate> Stores::transactionRecords() const {
     return std::make_shared<TransactionRecordInDatabase>(databaseAdapter());
+}
+std::shared_ptr<TransactionPersistence> Stores::currentTransactions() const {
+    return std::make_shared<NTransactionInDatabase>(databaseAdapter());
+}
+std::shared_ptr<TransactionDependencyPersistence> Stores::transactionDependencies() const {
+    return std::make_shared<TransactionDependencyInDatabase>(databaseAdapter());
+}
+std::shared_ptr<TransactionRecordPersistanceContract> Stores::currentTransactionRecords() const {
+    return std::make_shared<NTransactionRecordInDatabase>(databaseAdapter());
 }
 std::shared_ptr<ChangeRegister> Stores::changeRegister() const {
     return std::make_shared<ChangeRegisterInDatabase>(databaseAdapter(), scope.organisation);

@@ -19,7 +19,10 @@
 #include "tarvobase/value_objects/tag/TagPersistanceDelegate.h"
 #include "tarvobase/value_objects/transaction/ChangeRegister.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliases.h"
+#include "tarvobase/value_objects/transaction/TransactionDependencyPersistence.h"
 #include "tarvobase/value_objects/transaction/TransactionPersistanceDelegate.h"
+#include "tarvobase/value_objects/transaction/TransactionPersistence.h"
+#include "tarvobase/value_objects/transaction/TransactionRecordPersistanceContract.h"
 #include "tarvobase/value_objects/transaction/TransactionRecordPersistanceDelegate.h"
 #include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
 
@@ -79,6 +82,9 @@ public:
     // These belong to the queues of changes, and make their table if the database lacks it.
     std::shared_ptr<TransactionPersistanceDelegate> transactions() const;
     std::shared_ptr<TransactionRecordPersistanceDelegate> transactionRecords() const;
+    std::shared_ptr<TransactionPersistence> currentTransactions() const;
+    std::shared_ptr<TransactionDependencyPersistence> transactionDependencies() const;
+    std::shared_ptr<TransactionRecordPersistanceContract> currentTransactionRecords() const;
     std::shared_ptr<ChangeRegister> changeRegister() const;
     std::shared_ptr<RecordIdAliases> recordIdAliases() const;
 };

@@ -13,6 +13,7 @@
 #include "platform/Result.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/network_layer/ParserError.h"
+#include "tarvobase/storage/Mapper.h"
 
 namespace tarvo {
 
@@ -110,6 +111,7 @@ private:
     /// Removes rows without values. Returns whether it removed none.
     static bool keepStorable(std::vector<ValueMap>& rows);
     void logUnreadable(const std::string& column) const;
+    void logUnreadable(const ParsingError& error) const { logUnreadable(error.failedPath); }
 
     std::shared_ptr<DatabaseAdapter> adapter_;
     std::string tableName_;

@@ -21,7 +21,8 @@ EnsuredTable::EnsuredTable(std::shared_ptr<DatabaseAdapter> adapter, const std::
       name_(kelva::quotedName(name)),
       declaration_(std::move(declaration)) {}
 
-bool EnsuredTable::make() const {
+bool EnsuredTable::ensure() const {
+    if (!adapter_) return false;
     auto present = adapter_->columnNames(plainName_);
     std::vector<TableStatement> statements;
     if (present.empty()) {
@@ -30,6 +31,7 @@ bool EnsuredTable::make() const {
         if (!declaration_.keys.empty()) clauses.push_back(declaration_.keys);
         statements.push_back(
             {"CREATE TABLE IF NOT EXISTS " + name_ + " (" + text::join(clauses, ", ") + ")", std::nullopt});
+        for (auto& statement : indexStatements()) statements.push_back(statement);
     } else {
         for (auto& column : declaration_.columns)
             if (std::none_of(present.begin(), present.end(),
@@ -39,8 +41,22 @@ bool EnsuredTable::make() const {
     return statements.empty() || adapter_->execute(statements);
 }
 
+bool EnsuredTable::ensureIndexes() const {
+    auto statements = indexStatements();
+    return ensure() && (statements.empty() || adapter_->execute(statements));
+}
+
+std::vector<TableStatement> EnsuredTable::indexStatements() const {
+    std::vector<TableStatement> statements;
+    for (auto& column : declaration_.indexed)
+        statements.push_back({"CREATE INDEX IF NOT EXISTS " + kelva::quotedName("tarvo_" + plainName_ + "_" + column) +
+                                  " ON " + name_ + " (" + column + ")",
+                              std::nullopt});
+    return statements;
+}
+
 bool EnsuredTable::execute(const std::vector<TableStatement>& statements) const {
-    return adapter_ && make() && adapter_->execute(statements);
+    return ensure() && adapter_->execute(statements);
 }
 
 bool EnsuredTable::replace(const std::string& key, std::vector<ValueMap> rows) const {

@@ -21,12 +21,18 @@ public:
     struct Declaration {
         std::vector<Column> columns;
         std::string keys;  ///< SQL, such as "UNIQUE (id)"; may be empty
+        /// Columns that get an index of their own. Queries on a table of the server do not rely on the server's.
+        std::vector<std::string> indexed = {};
     };
 
     EnsuredTable(std::shared_ptr<DatabaseAdapter> adapter, const std::string& name, Declaration declaration);
 
     // Writes return whether they were stored. Each makes the table first, or adds the columns that it lacks.
 
+    /// Does only that, for statements that also read or write this table beside another one.
+    bool ensure() const;
+    /// Also makes the indexes that the table lacks. Call it once per opened database.
+    bool ensureIndexes() const;
     bool execute(const std::vector<DatabaseAdapter::Statement>& statements) const;
     bool execute(const Query& query) const { return execute({{query.sql(), query.parameters()}}); }
     /// Stores rows in place of those with the same value in the column `key`, whatever keys the table has. The rows
@@ -45,7 +51,7 @@ public:
     const std::string& name() const { return name_; }
 
 private:
-    bool make() const;
+    std::vector<DatabaseAdapter::Statement> indexStatements() const;
 
     std::shared_ptr<DatabaseAdapter> adapter_;
     std::string plainName_, name_;

@@ -44,6 +44,21 @@ private:
     const Derived& self() const { return static_cast<const Derived&>(*this); }
 };
 
+/// A mapper by the stored fields of the value, in its own form. The value's source file makes the conversions:
+///
+///     template struct StoredMapper<TransactionMapper, NTransaction>;
+template <class Names, class T>
+struct StoredMapper : Mapper<Names, T> {
+    using Mapper<Names, T>::getDictionary;
+    using Mapper<Names, T>::getValue;
+    Result<T, ParsingError> getValue(const ValueMap& map) const;
+    Result<T, ParsingError> getValue(const Row& row) const;
+    ValueMap getDictionary(const T& value) const;
+
+private:
+    const Names& names() const { return static_cast<const Names&>(*this); }
+};
+
 /// The operations on which code that is generic over mappers may rely.
 template <class M>
 concept MapperType = requires(const M& mapper, const ValueMap& map, const typename M::MappedType& value) {

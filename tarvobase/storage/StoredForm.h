@@ -13,6 +13,7 @@
 #include "platform/Result.h"
 #include "platform/Rows.h"
 #include "platform/Text.h"
+#include "tarvobase/storage/Mapper.h"
 #include "tarvobase/storage/StoredNames.h"
 
 /// How a value object becomes a map and comes back. The stored fields of its one list (`fields()`, StoredNames.h) serve
@@ -89,6 +90,18 @@ struct MemberCodec<E> {
     static std::optional<E> read(const ValueView& view, Form) {
         auto text = view.asText();
         return text ? fromRawText<E>(*text) : std::nullopt;
+    }
+};
+
+template <class T>
+struct IntegerCodec {
+    static Value write(T value, Form) { return static_cast<std::int64_t>(value); }
+    static std::optional<T> read(const ValueView& view, Form form) {
+        auto raw = MemberCodec<std::int64_t>::read(view, form);
+        if constexpr (Enumerated<T>)
+            return raw ? fromRawInteger<T>(*raw) : std::nullopt;
+        else
+            return raw && std::in_range<T>(*raw) ? std::optional(static_cast<T>(*raw)) : std::nullopt;
     }
 };
 
@@ -183,11 +196,12 @@ public:
     }
 
     /// Reads strictly: fails with the key of the first member that is absent or mistyped. Optional members may be
-    /// absent.
+    /// absent. One whose codec refuses what is there fails the value too.
     template <class Source, class Names>
     static Result<T, std::string> readStrictly(const Source& source, const Names& names, Form form) {
-        return readUnless(source, names, form, [](auto&, const auto& member) {
-            return !isOptionalMember<std::remove_cvref_t<decltype(member)>>;
+        return readUnless(source, names, form, [&](auto& field, const auto& member) {
+            auto view = lookUp(source, names.*field.key);
+            return !isOptionalMember<std::remove_cvref_t<decltype(member)>> || (view && !view->isNull());
         });
     }
 
@@ -267,6 +281,21 @@ Read StoredNames<Names, T, Read>::valueOf(const Source& source) const {
         return StoredForm<T>::read(source, names());
     else
         return StoredForm<T>::readRequired(source, names());
+}
+
+template <class Names, class T>
+ValueMap StoredMapper<Names, T>::getDictionary(const T& value) const {
+    return StoredForm<T>::toMap(value, names());
+}
+
+template <class Names, class T>
+Result<T, ParsingError> StoredMapper<Names, T>::getValue(const ValueMap& map) const {
+    return strictly<T>(map, names(), names().form);
+}
+
+template <class Names, class T>
+Result<T, ParsingError> StoredMapper<Names, T>::getValue(const Row& row) const {
+    return strictly<T>(row, names(), names().form);
 }
 
 }  // namespace tarvo

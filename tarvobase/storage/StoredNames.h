@@ -66,6 +66,11 @@ struct TableTwin : Names {
     constexpr TableTwin() : Names{Form::table} {}
 };
 
+/// A codec for `fieldBy`: binds an integer, or the raw integer of an enumeration, as an integer in both forms. It is
+/// for columns that statements sort and compare by. Other programs stored them as text, so both are read.
+template <class T>
+struct IntegerCodec;
+
 /// A stored member that also has a column in the positional rows of the server.
 template <class Stored>
 struct PlacedField : Stored {

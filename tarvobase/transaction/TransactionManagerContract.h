@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/Object.h"
-#include "tarvobase/transaction/RecordDependency.h"
+#include "tarvobase/value_objects/transaction/RecordDependency.h"
 
 namespace tarvo {
 

@@ -11,6 +11,7 @@
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/DependentRecords.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/utils/ReplacedTexts.h"
 #include "tarvobase/value_objects/tag/Tag.h"
 
 namespace tarvo {
@@ -26,38 +27,6 @@ std::optional<std::string> withReplacedId(const Value& value, const std::string&
     std::replace(ids.begin(), ids.end(), formerId, newId);
     auto replaced = text::join(ids, ",");
     return replaced == *held ? std::nullopt : std::optional(std::move(replaced));
-}
-
-/// Replaces texts that are the id, however deeply they are nested. Returns whether there was one.
-bool replaceTexts(Value& value, const std::string& formerId, const std::string& newId) {
-    if (auto text = value.asText()) {
-        if (*text != formerId) return false;
-        value = Value(newId);
-        return true;
-    }
-    bool found = false;
-    if (auto list = value.asList()) {
-        auto items = *list;
-        for (auto& item : items) found = replaceTexts(item, formerId, newId) || found;
-        if (found) value = Value(std::move(items));
-    } else if (auto map = value.asMap()) {
-        ValueMap entries = *map;
-        for (auto& entry : *map) {
-            Value item = entry.value;
-            if (!replaceTexts(item, formerId, newId)) continue;
-            entries.set(entry.name, std::move(item));
-            found = true;
-        }
-        if (found) value = Value(std::move(entries));
-    }
-    return found;
-}
-
-bool replaceTexts(ValueMap& map, const std::string& formerId, const std::string& newId) {
-    Value value(map);
-    if (!replaceTexts(value, formerId, newId)) return false;
-    map = *value.asMap();
-    return true;
 }
 
 }  // namespace

@@ -11,8 +11,6 @@
 namespace tarvo {
 
 struct Transaction;
-struct TransactionTypeCodec;
-struct TransactionTimeCodec;
 struct TransactionDataCodec;
 struct OptionalTransactionDataCodec;
 
@@ -85,13 +83,15 @@ struct Transaction {
             field("transactionID", &V::transactionID, &Names::TransactionID).required(),
             field("recordID", &V::recordID, &Names::RecordID).required(),
             field("moduleName", &V::moduleName, &Names::ModuleName).required(),
-            fieldBy<TransactionTypeCodec>("operationType", &V::operationType, &Names::OperationType).required(),
+            fieldBy<IntegerCodec<TransactionType>>("operationType", &V::operationType, &Names::OperationType)
+                .required(),
             fieldBy<OptionalTransactionDataCodec>("dataJSON", &V::dataJSON, &Names::DataJSON),
             fieldBy<TransactionDataCodec>("uriData", &V::uriData, &Names::UriData),
             field("errorMessage", &V::errorMessage, &Names::ErrorMessage),
             field("parentRecordID", &V::parentRecordID, &Names::ParentRecordID),
             field("parentRecordModule", &V::parentRecordModule, &Names::ParentRecordModule),
-            fieldBy<TransactionTimeCodec>("transactionTime", &V::transactionTime, &Names::TransactionTime).required(),
+            fieldBy<IntegerCodec<std::int64_t>>("transactionTime", &V::transactionTime, &Names::TransactionTime)
+                .required(),
             field("serverResponse", &V::serverResponse, &Names::ServerResponse),
             field("extras", &V::extras, &Names::Extras));
     }
