@@ -7,6 +7,7 @@
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
@@ -14,19 +15,6 @@
 namespace tarvo {
 
 namespace {
-
-constexpr std::string_view activities = "Activities";
-
-bool isActivity(const std::string& moduleName) {
-    return moduleName == "Tasks" || moduleName == "Events" || moduleName == "Calls";
-}
-
-/// Tasks, events and calls stand in a table of their own and in one that the three share, if the server makes it:
-/// calendars read that one, and nothing else would bring a change there before the server does.
-bool sharesTable(const Stores& stores, const std::string& moduleName) {
-    return isActivity(moduleName) &&
-           !stores.databaseAdapter()->columnNames(RecordUtil::getTableName(activities)).empty();
-}
 
 /// Replaces temporary ids in the columns of a record whose records have real ones by now. The record's own id is not
 /// among them.
@@ -83,10 +71,13 @@ SavedChange AddRecordDataManager::addRecord(Record record, const Module& module)
     return savedAtOnce(parts_, record.recordId(), module, "add a record", [&]() -> Queued {
         if (!stores.recordIdAliases()->forget(module.moduleName, record.recordId())) return std::nullopt;
         if (!replaceAliases(stores, record)) return std::nullopt;
-        if (!parts_.recordPersistance->storeRecord(record, module.moduleName)) return std::nullopt;
-        if (sharesTable(stores, module.moduleName) &&
-            !parts_.recordPersistance->storeRecord(record, std::string(activities)))
-            return std::nullopt;
+        for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName)) {
+            auto row = record;
+            // The shared table tells its kinds apart by this column.
+            if (each != module.moduleName)
+                row.set(stores.scope.naming.constant->Activities.activityType, module.moduleName);
+            if (!parts_.recordPersistance->storeRecord(row, each)) return std::nullopt;
+        }
         return parts_.editRecordTransactionManager->addRecord(record, module);
     });
 }
@@ -96,10 +87,8 @@ SavedChange EditRecordDataManager::editRecord(Record record, const Module& modul
     return savedAtOnce(parts_, record.recordId(), module, "edit a record", [&]() -> Queued {
         record.setRecordId(stores.recordIdAliases()->currentId(module.moduleName, record.recordId()));
         if (!replaceAliases(stores, record) || !storeInTransactionRecords(record, module)) return std::nullopt;
-        if (!parts_.recordPersistance->modifyRecord(module.moduleName, record)) return std::nullopt;
-        if (sharesTable(stores, module.moduleName) &&
-            !parts_.recordPersistance->modifyRecord(std::string(activities), record))
-            return std::nullopt;
+        for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
+            if (!parts_.recordPersistance->modifyRecord(each, record)) return std::nullopt;
         return parts_.editRecordTransactionManager->editRecord(record, module);
     });
 }
@@ -126,10 +115,8 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
     std::vector<std::string> files;
     auto saved = savedAtOnce(parts_, recordID, module, "delete a record", [&]() -> Queued {
         recordID = stores.recordIdAliases()->currentId(module.moduleName, recordID);
-        if (!parts_.recordPersistance->deleteRecord(recordID, module.moduleName)) return std::nullopt;
-        if (sharesTable(stores, module.moduleName) &&
-            !parts_.recordPersistance->deleteRecord(recordID, std::string(activities)))
-            return std::nullopt;
+        for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
+            if (!parts_.recordPersistance->deleteRecord(recordID, each)) return std::nullopt;
         if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))
             return std::nullopt;
         auto queued = parts_.editRecordTransactionManager->deleteRecord(recordID, module);

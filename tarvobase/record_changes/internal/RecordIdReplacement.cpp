@@ -9,7 +9,9 @@
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/records/sql/DependentRecords.h"
+#include "tarvobase/records/sql/UnsentChanges.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 #include "tarvobase/utils/ReplacedTexts.h"
 #include "tarvobase/value_objects/tag/Tag.h"
@@ -36,12 +38,20 @@ RecordIdReplacement::RecordIdReplacement(const Stores& stores)
 
 bool RecordIdReplacement::replace(const std::string& moduleName, const std::string& formerId,
                                   const std::string& newId) const {
-    return stores_.databaseAdapter() && replaceRow(moduleName, formerId, newId) &&
+    return stores_.databaseAdapter() && replaceRows(moduleName, formerId, newId) &&
            replaceInDependents(moduleName, formerId, newId) && replaceInQueue(formerId, newId) &&
            replaceInSides(formerId, formerId, newId) && stores_.recordIdAliases()->store({formerId, moduleName, newId});
 }
 
-/// The local row takes the new id, or gives what the server's row lacks and goes.
+bool RecordIdReplacement::replaceRows(const std::string& moduleName, const std::string& formerId,
+                                      const std::string& newId) const {
+    for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName))
+        if (!replaceRow(module, formerId, newId)) return false;
+    return true;
+}
+
+/// The local row takes the new id. If the server's row is there, the local row gives it what it lacks and what edits
+/// that wait have set, and goes.
 bool RecordIdReplacement::replaceRow(const std::string& moduleName, const std::string& formerId,
                                      const std::string& newId) const {
     auto& database = *stores_.databaseAdapter();
@@ -52,12 +62,25 @@ bool RecordIdReplacement::replaceRow(const std::string& moduleName, const std::s
     if (!rows || !former) return false;
     if (former->empty()) return true;
     if (rows->empty()) return moveColumn(RecordUtil::getTableName(moduleName), column, formerId, newId);
-    ValueMap lacking;
-    for (auto& entry : former->front().toMap())
-        if (!entry.value.isNull() && rows->front().find(entry.name)->isNull())
-            lacking.set(kelva::quotedName(entry.name), entry.value);
-    return (lacking.empty() || database.update(table, lacking, columnIs(column, newId))) &&
+    auto edited = editedColumns(moduleName, formerId);
+    if (!edited) return false;
+    ValueMap kept;
+    for (auto& entry : former->front().toMap()) {
+        bool isLacking = !entry.value.isNull() && rows->front().find(entry.name)->isNull();
+        if (isLacking || edited->contains(std::string(entry.name)))
+            kept.set(kelva::quotedName(entry.name), entry.value);
+    }
+    return (kept.empty() || database.update(table, kept, columnIs(column, newId))) &&
            database.deleteObjects(table, columnIs(column, formerId));
+}
+
+/// Without the fields of a module, no column can be told to be edited.
+std::optional<std::set<std::string>> RecordIdReplacement::editedColumns(const std::string& moduleName,
+                                                                        const std::string& recordId) const {
+    auto fields = fieldLists_->getFields(moduleName, std::nullopt);
+    if (!fields) return std::set<std::string>();
+    auto queue = stores_.transactions();
+    return UnsentChanges(stores_.databaseAdapter(), *queue, fields.value()).editedColumns(recordId);
 }
 
 /// Rows that would collide with one of the new id give way: the server's are newer.
@@ -77,7 +100,8 @@ bool RecordIdReplacement::replaceInDependents(const std::string& moduleName, con
                                               const std::string& newId) const {
     constexpr CVRecordMapDatabaseConstants places;
     constexpr TagRecordDBMapper tags;
-    if (!moveColumn(moduleName + std::string(places.tableNameSuffix), places.recordId, formerId, newId)) return false;
+    for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName))
+        if (!moveColumn(module + std::string(places.tableNameSuffix), places.recordId, formerId, newId)) return false;
     if (!moveColumn(std::string(tags.tableName), tags.recordId, formerId, newId)) return false;
     auto fields = fieldLists_->getFields(moduleName, std::nullopt);
     if (!fields) return true;
@@ -104,10 +128,17 @@ bool RecordIdReplacement::replaceInQueue(const std::string& formerId, const std:
 /// The record of a change that waits may look up the added one.
 bool RecordIdReplacement::replaceInRecord(const Transaction& change, const std::string& formerId,
                                           const std::string& newId) const {
+    for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), change.moduleName))
+        if (!replaceInRow(module, change.recordID, formerId, newId)) return false;
+    return replaceInSides(change.recordID, formerId, newId);
+}
+
+bool RecordIdReplacement::replaceInRow(const std::string& moduleName, const std::string& recordId,
+                                       const std::string& formerId, const std::string& newId) const {
     auto& database = *stores_.databaseAdapter();
-    auto table = kelva::quotedName(RecordUtil::getTableName(change.moduleName));
-    auto isRecord = columnIs(std::string(RecordUtil::getIdentifierFieldName(change.moduleName, stores_.scope.naming)),
-                             change.recordID);
+    auto table = kelva::quotedName(RecordUtil::getTableName(moduleName));
+    auto isRecord =
+        columnIs(std::string(RecordUtil::getIdentifierFieldName(moduleName, stores_.scope.naming)), recordId);
     auto rows = database.fetchObjects(FetchQuery(table, isRecord));
     if (!rows) return false;
     ValueMap lookups;
@@ -115,8 +146,7 @@ bool RecordIdReplacement::replaceInRecord(const Transaction& change, const std::
         for (auto& entry : rows->front().toMap())
             if (auto replaced = withReplacedId(entry.value, formerId, newId))
                 lookups.set(kelva::quotedName(entry.name), *std::move(replaced));
-    return (lookups.empty() || database.update(table, lookups, isRecord)) &&
-           replaceInSides(change.recordID, formerId, newId);
+    return lookups.empty() || database.update(table, lookups, isRecord);
 }
 
 bool RecordIdReplacement::replaceInSides(const std::string& recordId, const std::string& formerId,

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,16 +21,21 @@ public:
     explicit RecordIdReplacement(const Stores& stores);
 
     /// Call it inside the transaction that stores the server's answer. If the server's row is there already, because a
-    /// page or a sync brought it first, that row stays and takes local values where it has none. Returns false if
-    /// something could not be stored; the transaction must then be undone.
+    /// page or a sync brought it first, that row stays and takes local values where it has none or an edit waits.
+    /// Returns false if something could not be stored; the transaction must then be undone.
     bool replace(const std::string& moduleName, const std::string& formerId, const std::string& newId) const;
 
 private:
+    bool replaceRows(const std::string& moduleName, const std::string& formerId, const std::string& newId) const;
     bool replaceRow(const std::string& moduleName, const std::string& formerId, const std::string& newId) const;
     bool replaceInDependents(const std::string& moduleName, const std::string& formerId,
                              const std::string& newId) const;
     bool replaceInQueue(const std::string& formerId, const std::string& newId) const;
     bool replaceInRecord(const Transaction& change, const std::string& formerId, const std::string& newId) const;
+    bool replaceInRow(const std::string& moduleName, const std::string& recordId, const std::string& formerId,
+                      const std::string& newId) const;
+    std::optional<std::set<std::string>> editedColumns(const std::string& moduleName,
+                                                       const std::string& recordId) const;
     bool replaceInSides(const std::string& recordId, const std::string& formerId, const std::string& newId) const;
     bool moveColumn(const std::string& table, std::string_view column, const std::string& formerId,
                     const std::string& newId) const;

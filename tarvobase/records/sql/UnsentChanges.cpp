@@ -5,6 +5,7 @@
 #include "kelva_db/Database.h"
 #include "platform/Json.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 
 namespace tarvo {
@@ -28,17 +29,32 @@ bool UnsentChanges::layOver(platform::FunctionRef<bool()> store) const {
 }
 
 bool UnsentChanges::readChanges(Changes& changes) const {
-    auto queued = queue_.getTransactionsOfModule(fields_.moduleName());
-    if (!queued) return false;
-    for (auto& change : queued->transactions) {
-        if (change.operationType == TransactionType::deleteRecord) changes.deletedIds.push_back(change.recordID);
-        if (change.operationType != TransactionType::editRecord) continue;
-        auto isSame = [&](auto& edit) { return edit.recordId == change.recordID; };
-        auto edit = std::find_if(changes.edits.begin(), changes.edits.end(), isSame);
-        if (edit == changes.edits.end()) edit = changes.edits.insert(edit, {change.recordID, {}, {}});
-        addColumns(change, edit->columns);
+    for (auto& module : SharedActivities::modulesIn(fields_.moduleName())) {
+        auto queued = queue_.getTransactionsOfModule(module);
+        if (!queued) return false;
+        for (auto& change : queued->transactions) addChange(change, changes);
     }
     return std::all_of(changes.edits.begin(), changes.edits.end(), [&](auto& edit) { return readValues(edit); });
+}
+
+/// A record whose delete the server has refused is shown again, so that only deletes that still wait count.
+void UnsentChanges::addChange(const Transaction& change, Changes& changes) const {
+    bool waits = !change.extras || *change.extras == Transaction::State::inProgress;
+    if (change.operationType == TransactionType::deleteRecord && waits) changes.deletedIds.push_back(change.recordID);
+    if (change.operationType != TransactionType::editRecord) return;
+    auto isSame = [&](auto& edit) { return edit.recordId == change.recordID; };
+    auto edit = std::find_if(changes.edits.begin(), changes.edits.end(), isSame);
+    if (edit == changes.edits.end()) edit = changes.edits.insert(edit, {change.recordID, {}, {}});
+    addColumns(change, edit->columns);
+}
+
+std::optional<std::set<std::string>> UnsentChanges::editedColumns(const std::string& recordId) const {
+    auto queued = queue_.getTransactions(recordId);
+    if (!queued) return std::nullopt;
+    std::set<std::string> columns;
+    for (auto& change : queued->transactions)
+        if (change.operationType == TransactionType::editRecord) addColumns(change, columns);
+    return columns;
 }
 
 /// Adds the columns that an edit sets, with those that hold the display texts of lookups.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,8 +17,9 @@ class DatabaseAdapter;
 
 /// What the user has changed in records of one module and the server does not have yet. Every answer of the server is
 /// stored beneath it: a page that was on its way would otherwise take a change from the screen, and saving the whole
-/// record would then undo it at the server too. Changes that the server has refused count as well, as long as they are
-/// in the queue.
+/// record would then undo it at the server too. Edits that the server has refused count as well, as long as they are in
+/// the queue; a record whose delete it has refused comes back. The table of "Activities" shows the changes of tasks,
+/// events and calls.
 class UnsentChanges {
 public:
     /// The references must outlive it.
@@ -28,6 +30,8 @@ public:
     /// values, and the rows of deleted records go. Call it inside the transaction that stores. Returns false if the
     /// database failed or `store` returned false.
     bool layOver(platform::FunctionRef<bool()> store) const;
+    /// Returns the columns of a record that edits in the queue set, or nullopt if the queue cannot be read.
+    std::optional<std::set<std::string>> editedColumns(const std::string& recordId) const;
 
 private:
     struct Edit {
@@ -40,6 +44,7 @@ private:
         std::vector<std::string> deletedIds;
     };
     bool readChanges(Changes& changes) const;
+    void addChange(const Transaction& change, Changes& changes) const;
     bool readValues(Edit& edit) const;
     void addColumns(const Transaction& change, std::set<std::string>& columns) const;
 

@@ -12,7 +12,7 @@ protected:
         RecordTableTest::SetUp();
         stores = Stores::current();
         using T = FieldDataType;
-        makeLeads({{"Company", T::text}, {"City", T::text}});
+        makeLeads({{"Company", T::text}, {"City", T::text}, {"Street", T::text}});
         makeModule("Deals", {field("Deals", "Lead", T::lookup), field("Deals", "Partners", T::text)});
         adapter().createTable(
             "CREATE TABLE Leads_CUSTOM_VIEW_RECORDS (cv_id, record, module_name, "
@@ -65,10 +65,13 @@ TEST_F(RecordIdReplacementTest, ServersIdTakesThePlaceEverywhere) {
     EXPECT_EQ(stores.recordIdAliases()->realId("Leads", temporaryId).value(), "42");
 }
 
-TEST_F(RecordIdReplacementTest, ServersRowStaysAndTakesWhatItLacks) {
-    run("INSERT INTO LeadsRecords (ID, COMPANY, CITY) VALUES ('42', 'Server', NULL)");
+TEST_F(RecordIdReplacementTest, ServersRowStaysAndTakesWhatItLacksOrAnEditHasSet) {
+    run("INSERT INTO LeadsRecords (ID, COMPANY, CITY, STREET) VALUES ('42', 'Server', NULL, 'Server')");
+    run("UPDATE LeadsRecords SET STREET = NULL WHERE ID = 'NEW_000000001'");
+    ASSERT_TRUE(stores.transactions()->storeTransaction(
+        change("t3", "Leads", temporaryId, R"({"data":[{"id":"NEW_000000001","Street":null}]})")));
     ASSERT_TRUE(replace());
-    EXPECT_EQ(cells("LeadsRecords", {"ID", "COMPANY", "CITY"}), R"("42","Server","Bonn")");
+    EXPECT_EQ(cells("LeadsRecords", {"ID", "COMPANY", "CITY", "STREET"}), R"("42","Server","Bonn",null)");
 }
 
 TEST_F(RecordIdReplacementTest, FailureUndoesAllOfIt) {

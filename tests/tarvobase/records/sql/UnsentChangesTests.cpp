@@ -65,6 +65,9 @@ TEST_F(UnsentChangesTest, ServersValuesGoBeneathWhatWaits) {
         EXPECT_TRUE(Stores::current().transactions()->removeTransactions("1"));
         store("1", "newest", "Kiel");
         EXPECT_EQ(where(identifier("Company"), "newest"), "1");
+        queue("3", TransactionType::deleteRecord, "", std::string(Transaction::State::error));
+        store("3", "kept by the server", "Kiel");
+        EXPECT_EQ(where(identifier("Company"), "kept by the server"), "3");
         for (auto id : {"2", "3", "4"}) EXPECT_TRUE(Stores::current().transactions()->removeTransactions(id));
         adapter().dropTable("LeadsRecords");
     }
