@@ -5,6 +5,20 @@
 
 namespace tarvo {
 
+namespace {
+
+/// An empty list means that the server has no such record, so that rows which hold no record are not one.
+class OneRecordParser final : public RecordParser<GetRecordInfo> {
+public:
+    Result<std::vector<ValueMap>, ParserError> parseResult(const ValueList& rows, const GetRecordInfo& info) override {
+        auto records = RecordParser::parseResult(rows, info);
+        if (records && records->empty() && !rows.empty()) return ParserError(ParserError::Case::typeConversionFailed);
+        return records;
+    }
+};
+
+}  // namespace
+
 void FetchRecordNetworkService::fetchRecord(RecordFetch fetch) {
     post({{"id", fetch.recordID}, {"module", fetch.module.moduleName}, {"moduleAPI", fetch.module.apiName}},
          [weak = platform::weakSelf(this), fetch](NetworkAnswer answer) {
@@ -14,7 +28,7 @@ void FetchRecordNetworkService::fetchRecord(RecordFetch fetch) {
 
 void FetchRecordNetworkService::answered(const NetworkAnswer& answer, const RecordFetch& fetch) {
     if (answer.error) return reportFailure(*answer.error);
-    if (auto records = firstEntry(RecordParser<GetRecordInfo>(), answer.body)) {
+    if (auto records = firstEntry(OneRecordParser(), answer.body)) {
         if (auto listener = recordDelegate.lock()) listener->parsedRecords(*records, fetch);
     } else if (auto handler = errorHandler.lock()) {
         handler->parsingError();

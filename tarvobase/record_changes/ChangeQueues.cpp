@@ -8,8 +8,8 @@
 #include "platform/ProcessState.h"
 #include "platform/ThreadSafety.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/list_view/RecordsFetchDataManager.h"
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
+#include "tarvobase/record_changes/internal/RecordRefetch.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 
 namespace tarvo {
@@ -26,12 +26,10 @@ std::optional<std::string> lockFileOf(const DatabaseAdapter& database) {
 
 /// Puts the drain of the scope in force together.
 std::shared_ptr<ChangeDrain> makeDrain(const Stores& stores) {
-    auto fetch = [records = RecordsFetchDataManager::current(), modules = stores.modules()](
-                     const std::string& moduleName, const std::string& recordId) {
-        auto module = modules->getModule(ModuleIdentifier::fromModuleName(moduleName));
-        if (module) records->getRecord(module.value(), recordId, {});
-    };
-    ChangeSettlement settlement(stores, RecordInDatabase::make(stores.databaseAdapter()), std::move(fetch));
+    auto records = RecordInDatabase::make(stores.databaseAdapter());
+    auto fetch = [refetch = RecordRefetch::make(stores, records, std::make_shared<FetchRecordNetworkService>())](
+                     auto& moduleName, auto& recordId, auto reason) { refetch->fetch(moduleName, recordId, reason); };
+    ChangeSettlement settlement(stores, records, std::move(fetch));
     auto queue =
         std::make_shared<OlderChangeQueue>(stores, std::make_shared<NetworkChangeSender>(), std::move(settlement));
     return std::make_shared<ChangeDrain>(std::move(queue), lockFileOf(*stores.databaseAdapter()));

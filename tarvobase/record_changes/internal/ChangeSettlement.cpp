@@ -3,6 +3,8 @@
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
+#include "tarvobase/record_changes/internal/DeletedRecord.h"
+#include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 
 namespace tarvo {
@@ -53,7 +55,8 @@ bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeAnswer
         return false;
     bool isAdd = sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
     if (isAdd && !replacement_.replace(sent.moduleName, sent.recordID, answer.recordId)) return false;
-    if (sent.operationType == T::deleteRecord) return records_->deleteRecord(sent.recordID, sent.moduleName);
+    if (sent.operationType == T::deleteRecord)
+        return removeDeletedRecord(stores_, *records_, sent.moduleName, sent.recordID);
     auto& recordId = isAdd ? answer.recordId : sent.recordID;
     bool hasRecord = answer.record.has_value() && sent.operationType != T::addAttachment;
     return (!hasRecord || storeServerRecord(sent.moduleName, recordId, *answer.record)) &&
@@ -64,8 +67,11 @@ bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeAnswer
 /// row was deleted here, or never stored.
 bool ChangeSettlement::storeServerRecord(const std::string& moduleName, const std::string& recordId,
                                          const ValueMap& record) const {
-    auto local = records_->fetchRecord(moduleName, recordId);
-    return !local || records_->modifyRecord(moduleName, record);
+    if (!records_->fetchRecord(moduleName, recordId)) return true;
+    for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName))
+        // The shared table is written as far as its fields are known. A write that fails undoes the whole answer.
+        if (!records_->modifyRecord(module, record) && module == moduleName) return false;
+    return true;
 }
 
 /// The two sides of a record stay while changes of it are left; their server side is then what the answer made of it.
@@ -112,11 +118,11 @@ void ChangeSettlement::follow(const Transaction& sent, const ChangeAnswer& answe
                 observer.recordUpdated(module, former, now);
             });
     bool isRecord = sent.operationType == T::addRecord || sent.operationType == T::editRecord;
-    // An answer with the id alone lacks what the server made of the record.
     if (isAccepted && isRecord && !answer.record)
-        fetch_(sent.moduleName, sent.operationType == T::addRecord ? answer.recordId : sent.recordID);
-    // A record that the server keeps comes back.
-    if (!isAccepted && sent.operationType == T::deleteRecord) fetch_(sent.moduleName, sent.recordID);
+        fetch_(sent.moduleName, sent.operationType == T::addRecord ? answer.recordId : sent.recordID,
+               RecordRefetch::Reason::bareAcceptance);
+    if (!isAccepted && sent.operationType == T::deleteRecord)
+        fetch_(sent.moduleName, sent.recordID, RecordRefetch::Reason::refusedDelete);
 }
 
 }  // namespace tarvo

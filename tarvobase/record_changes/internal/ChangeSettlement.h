@@ -6,6 +6,7 @@
 
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/record_changes/internal/RecordIdReplacement.h"
+#include "tarvobase/record_changes/internal/RecordRefetch.h"
 #include "tarvobase/record_changes/wire/ChangeAnswer.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
 #include "tarvobase/value_objects/transaction/ChangeRegister.h"
@@ -18,7 +19,8 @@ namespace tarvo {
 class ChangeSettlement {
 public:
     /// Fetches the server's full record and stores it. Called after the commit.
-    using Fetch = std::function<void(const std::string& moduleName, const std::string& recordId)>;
+    using Fetch =
+        std::function<void(const std::string& moduleName, const std::string& recordId, RecordRefetch::Reason reason)>;
 
     ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records, Fetch fetch);
 

@@ -75,6 +75,11 @@ bool CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& 
     return table(moduleName).deleteObjects(belongsToView(cvId));
 }
 
+bool CVRecordMapInDatabase::deleteFromAllViews(const std::string& recordId, const std::string& moduleName) {
+    auto map = table(moduleName);
+    return databaseAdapter_ && (map.columns().empty() || map.deleteObjects(columnIs(mapNames.recordId, recordId)));
+}
+
 Criteria CVRecordMapInDatabase::getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) {
     FetchQuery query(kelva::quotedName(getTableName(moduleName)), belongsToView(cvId));
     query.columns = {std::string(mapNames.recordId)};

@@ -39,7 +39,7 @@ protected:
     void begin() {
         stores = Stores::current();
         sender = std::make_shared<HeldSender>();
-        auto fetch = [this](auto&, auto& recordId) { fetched.push_back(recordId); };
+        auto fetch = [this](auto&, auto& recordId, auto) { fetched.push_back(recordId); };
         queue = std::make_shared<OlderChangeQueue>(*stores, sender, ChangeSettlement(*stores, records, fetch));
         ASSERT_TRUE(queue->reclaim());
     }
@@ -163,6 +163,10 @@ TEST_F(OlderChangeQueueTest, RefusedAddFailsWhatNamesItAndStays) {
 }
 
 TEST_F(OlderChangeQueueTest, DeletesEndAtTheServersWord) {
+    adapter().createTable("CREATE TABLE Leads_CUSTOM_VIEW_RECORDS (cv_id, record, module_name)");
+    ASSERT_TRUE(adapter().execute(
+        "INSERT INTO Leads_CUSTOM_VIEW_RECORDS VALUES ('v1', '7', 'Leads'), ('v1', '8', 'Leads'), ('v2', '8', 'Leads')",
+        std::nullopt));
     storeLead("7", "shown again");
     enqueue("1", T::deleteRecord, "7");
     enqueue("2", T::deleteRecord, "8");
@@ -172,6 +176,7 @@ TEST_F(OlderChangeQueueTest, DeletesEndAtTheServersWord) {
     answer(ChangeAnswer::accepted("8"));
     EXPECT_EQ(fetched, std::vector<std::string>{"7"});
     EXPECT_EQ(rows(), R"("1","7","error")");
+    EXPECT_EQ(cells("Leads_CUSTOM_VIEW_RECORDS", {"cv_id", "record"}), R"("v1","7")");
 }
 
 TEST_F(OlderChangeQueueTest, AnswerToADroppedEditBringsNothingBack) {

@@ -1,0 +1,140 @@
+#include "tarvobase/record_changes/RecordChanges.h"
+#include "tarvobase/record_changes/internal/ChangeSettlement.h"
+#include "tarvobase/record_changes/internal/RecordRefetch.h"
+#include "tarvobase/records/SharedActivities.h"
+#include "tests/tarvobase/records/sql/RecordTableFixture.h"
+
+namespace tarvo {
+namespace {
+
+/// Keeps requests until the test answers them.
+class HeldFetches final : public FetchRecordNetworkServiceProtocol {
+public:
+    void fetchRecord(RecordFetch fetch) override { fetches.push_back(std::move(fetch)); }
+    void answer(const std::vector<ValueMap>& records) {
+        auto fetch = fetches.back();
+        fetches.pop_back();
+        recordDelegate.lock()->parsedRecords(records, fetch);
+    }
+    std::vector<RecordFetch> fetches;
+};
+
+using Reason = RecordRefetch::Reason;
+
+/// Records that are fetched after the server's decision, over real tables.
+class RecordRefetchTest : public RecordTableTest {
+protected:
+    void make(const std::string& module) {
+        moduleName = module;
+        makeModule(module, {field(module, "Subject")});
+        if (SharedActivities::isActivity(module))
+            makeModule("Activities", {field("Activities", "Subject"), field("Activities", "Activity_Type")});
+        stores = Stores::current();
+        refetch = RecordRefetch::make(*stores, records, service);
+        parts.emplace(RecordChangeParts{
+            .stores = *stores,
+            .recordPersistance = records,
+            .editRecordTransactionManager = std::make_shared<RecordTransactionManager>(*stores, [] {})});
+    }
+    Module module() const { return {.moduleName = moduleName, .apiName = moduleName}; }
+    ValueMap wire(const std::string& id, const std::string& subject) {
+        return {{"id", id}, {field(moduleName, "Subject").fieldAPIName, subject}};
+    }
+    Record record(const std::string& id, const std::string& subject) {
+        Record made(id, moduleName);
+        made.set(identifier("Subject"), subject);
+        return made;
+    }
+    void remove(const std::string& id) { ASSERT_TRUE(DeleteRecordDataManager(*parts).deleteRecord(id, module())); }
+    /// Settles the oldest change in the queue as the drain does after an answer.
+    void settle(const ChangeAnswer& answer) {
+        auto fetch = [this](auto& name, auto& id, auto reason) { refetch->fetch(name, id, reason); };
+        auto sent = stores->transactions()->getTransactions()->transactions.front();
+        auto entry = stores->changeRegister()->entriesOf(ChangeQueue::older, {sent.transactionID})->front();
+        ASSERT_TRUE(ChangeSettlement(*stores, records, fetch).settle(sent, entry, answer));
+    }
+    static ChangeAnswer refusal() { return ChangeAnswer::refused({.code = "crmNO_PERMISSION", .message = "no"}); }
+    std::string rows(const std::string& module) {
+        auto columns = std::vector{idColumn(), identifier("Subject")};
+        if (module == "Activities") columns.push_back(identifier("Activity_Type"));
+        return cells(module + "Records ORDER BY 1", columns);
+    }
+    std::size_t queued() { return stores->changeRegister()->entries()->size(); }
+
+    std::string moduleName;
+    std::optional<Stores> stores;
+    std::optional<RecordChangeParts> parts;
+    std::shared_ptr<HeldFetches> service = std::make_shared<HeldFetches>();
+    std::shared_ptr<RecordRefetch> refetch;
+};
+
+}  // namespace
+
+TEST_F(RecordRefetchTest, AnswerOnItsWayDoesNotBringADeletedRecordBack) {
+    make("Leads");
+    ASSERT_TRUE(records->storeRecord(wire("7", "stored"), "Leads"));
+    auto fetchAndAnswer = [&](const std::function<void()>& meanwhile) {
+        refetch->fetch("Leads", "7", Reason::bareAcceptance);
+        meanwhile();
+        service->answer({wire("7", "server")});
+        return rows("Leads");
+    };
+    EXPECT_EQ(fetchAndAnswer([] {}), R"("7","server")");
+    EXPECT_EQ(fetchAndAnswer([&] { remove("7"); }), "") << "the delete waits";
+    EXPECT_EQ(fetchAndAnswer([&] { settle(ChangeAnswer::accepted("7")); }), "") << "the delete is accepted";
+}
+
+TEST_F(RecordRefetchTest, RefusedDeleteBringsBackWhatTheServerHasAndElseItIsDone) {
+    make("Leads");
+    for (auto id : {"7", "8"}) ASSERT_TRUE(records->storeRecord(wire(id, "stored"), "Leads"));
+    remove("7");
+    settle(refusal());
+    service->answer({wire("9", "another")});
+    EXPECT_EQ(rows("Leads"), R"("8","stored")");
+    refetch->fetch("Leads", "7", Reason::refusedDelete);
+    service->answer({wire("7", "server")});
+    EXPECT_EQ(rows("Leads"), R"("7","server";"8","stored")");
+    EXPECT_EQ(queued(), 1u);
+
+    // Sent again, it is refused once more, but now somebody else has deleted the record.
+    ASSERT_TRUE(stores->transactions()->makeReady(
+        {stores->transactions()->getTransactions()->transactions.front().transactionID}));
+    settle(refusal());
+    service->answer({});
+    EXPECT_EQ(rows("Leads"), R"("8","stored")");
+    EXPECT_EQ(queued(), 0u);
+    EXPECT_TRUE(stores->transactions()->getTransactions()->transactions.empty());
+    EXPECT_TRUE(service->fetches.empty());
+}
+
+TEST_F(RecordRefetchTest, TheTableOfActivitiesFollowsATask) {
+    for (auto naming : {Naming::column, Naming::api}) {
+        SCOPED_TRACE(static_cast<int>(naming));
+        use(naming);
+        for (auto table : {"TasksRecords", "ActivitiesRecords"}) adapter().dropTable(table);
+        make("Tasks");
+        const std::string temporaryId = "NEW_000000001";
+        auto expectBoth = [&](const std::string& row, const char* after) {
+            EXPECT_EQ(rows("Tasks"), row) << after;
+            EXPECT_EQ(rows("Activities"), row.empty() ? row : row + R"(,"Tasks")") << after;
+        };
+        ASSERT_TRUE(AddRecordDataManager(*parts).addRecord(record(temporaryId, "added"), module()));
+        expectBoth(R"("NEW_000000001","added")", "add");
+        ASSERT_TRUE(EditRecordDataManager(*parts).editRecord(record(temporaryId, "edited"), module()));
+        expectBoth(R"("NEW_000000001","edited")", "edit");
+        settle(ChangeAnswer::accepted("42", wire("42", "server")));
+        expectBoth(R"("42","edited")", "the answer to the add, beneath the edit that waits");
+        settle(ChangeAnswer::accepted("42", wire("42", "decided")));
+        expectBoth(R"("42","decided")", "the answer to the edit");
+        remove("42");
+        expectBoth("", "delete");
+        ASSERT_TRUE(records->storeRecord(wire("42", "page"), "Activities"));
+        expectBoth("", "a page while the delete waits");
+        settle(refusal());
+        service->answer({wire("42", "kept")});
+        expectBoth(R"("42","kept")", "the refusal of the delete");
+        ASSERT_TRUE(stores->transactions()->removeTransactions("42"));
+    }
+}
+
+}  // namespace tarvo
