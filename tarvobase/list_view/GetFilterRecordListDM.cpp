@@ -96,7 +96,7 @@ std::optional<Criteria> GetFilterRecordListDM::getUnsyncedCriteria(const std::st
     std::vector<Kind> kinds;
     if (viewModule != moduleName) kinds.push_back(Kind::edit);
     kinds.push_back(Kind::add);
-    auto ids = parts.transactionManager->getRecordIds(moduleName, kinds, duplicateValue);
+    auto ids = parts.refusedRecords->getRecordIds(moduleName, kinds, duplicateValue);
     if (!ids || ids->empty()) return std::nullopt;
     return Criteria::in(kelva::quotedName(naming.constant->id), ValueList(ids->begin(), ids->end()));
 }
@@ -196,7 +196,7 @@ std::shared_ptr<GetFilterRecordListDM> GetFilterRecordListDM::current() {
               .filterRecordMapPersistance = map,
               .filterRecordDBS = records,
               .recordPersistance = records,
-              .transactionManager = std::make_shared<RefusedChanges>(stores),
+              .refusedRecords = std::make_shared<RefusedChanges>(stores),
               .account = stores.scope.account});
 }
 

@@ -12,7 +12,7 @@
 #include "tarvobase/metadata/GetModuleInfoDataManager.h"
 #include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
-#include "tarvobase/transaction/TransactionManagerContract.h"
+#include "tarvobase/transaction/RefusedRecordsContract.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
 #include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
@@ -49,7 +49,7 @@ public:
         std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance;
         std::shared_ptr<GetFilterRecordsDBSP> filterRecordDBS;
         std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
-        std::shared_ptr<TransactionManagerContract> transactionManager;
+        std::shared_ptr<RefusedRecordsContract> refusedRecords;
         std::string account;  ///< whose views these are
     };
     explicit GetFilterRecordListDM(Parts parts) : parts(std::move(parts)) {}

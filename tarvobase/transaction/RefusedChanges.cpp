@@ -22,7 +22,7 @@ std::optional<RecordDependency::Kind> kindOf(TransactionType type) {
 }  // namespace
 
 /// Lists ask this with each page, and refusals are rare, so the register is asked first.
-std::optional<TransactionManagerContract::RecordIds> RefusedChanges::getRecordIds(
+std::optional<RefusedRecordsContract::RecordIds> RefusedChanges::getRecordIds(
     const std::string& moduleName, const std::vector<RecordDependency::Kind>& kinds, const std::string& errorMessage) {
     auto entries = stores_.changeRegister()->entries();
     if (!entries) return std::nullopt;

@@ -15,7 +15,7 @@ namespace {
 using Lists = GetListFilterRecords<>;
 
 /// A transaction queue with records that the server refused.
-class RefusedRecords final : public TransactionManagerContract {
+class RefusedRecords final : public RefusedRecordsContract {
 public:
     std::optional<RecordIds> getRecordIds(const std::string& moduleName,
                                           const std::vector<RecordDependency::Kind>& kinds,
@@ -61,7 +61,7 @@ protected:
         seenCalls_ = 0;
         auto parts = GetFilterRecordListDM::current()->parts;
         parts.networkService->setNetworkAdapter(network);
-        parts.transactionManager = refused;
+        parts.refusedRecords = refused;
         manager = std::make_shared<GetFilterRecordListDM>(parts);
     }
 
