@@ -1,8 +1,7 @@
 #include "tarvobase/record_changes/ChangePayload.h"
 
-#include <algorithm>
-
 #include "platform/Json.h"
+#include "tarvobase/network_layer/Parser.h"
 #include "tarvobase/records/sql/DependentRecords.h"
 #include "tarvobase/records/wire/RecordConversion.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
@@ -17,18 +16,6 @@ bool isSent(const std::string& column, const Record& record, const FieldList& fi
            column != names.modifiedBy && column != names.tag && column != names.attachments;
 }
 
-bool isListOfMaps(const Value& value) {
-    auto list = value.asList();
-    return list && std::all_of(list->begin(), list->end(), [](auto& item) { return item.asMap() != nullptr; });
-}
-
-/// Returns a value as it is sent. A value that does not fit the type of its field goes out as it is: the server says
-/// what is wrong with it, and nothing that the user entered is lost.
-Value sentValue(FieldDataType type, const ValueView& stored) {
-    auto value = stored.isNull() ? Value() : wireValue(type, stored);
-    return value.isNull() ? stored.copy() : value;
-}
-
 }  // namespace
 
 ValueMap ChangePayload::of(const Record& record, const FieldList& fields, TransactionType type) {
@@ -39,7 +26,7 @@ ValueMap ChangePayload::of(const Record& record, const FieldList& fields, Transa
         if (!isSent(column, record, fields)) continue;
         auto stored = record[column];
         if (DependentRecords::isListOfRows(record.moduleName(), field)) {
-            if (auto rows = stored.copy(); isListOfMaps(rows)) payload.set(field.fieldAPIName, std::move(rows));
+            if (auto rows = stored.copy(); listOfMaps(&rows)) payload.set(field.fieldAPIName, std::move(rows));
         } else if (isEdit || !stored.isNull()) {
             payload.set(field.fieldAPIName, sentValue(field.fieldType, stored));
         }

@@ -214,6 +214,11 @@ Value wireValue(FieldDataType type, const ValueView& stored) {
     }
 }
 
+Value sentValue(FieldDataType type, const ValueView& stored) {
+    auto value = stored.isNull() ? Value() : wireValue(type, stored);
+    return value.isNull() ? stored.copy() : value;
+}
+
 RecordConversion::RecordConversion(const FieldList& metadata) : plan_(std::make_unique<RecordPlan>(metadata)) {}
 RecordConversion::~RecordConversion() = default;
 RecordConversion::RecordConversion(RecordConversion&&) noexcept = default;

@@ -63,6 +63,9 @@ void createLookupFields(ValueMap& wire, const std::vector<std::string>& keys, co
 /// Returns a stored value in the form in which it is sent, and null for one that has none: a date that is not a number
 /// of seconds, for example.
 Value wireValue(FieldDataType type, const ValueView& stored);
+/// Does the same, and leaves a value that has no such form as it is: the server says what is wrong with it, and nothing
+/// that the user entered is lost.
+Value sentValue(FieldDataType type, const ValueView& stored);
 
 /// Returns what is sent to the server: the fields for which the record has a value, by their API names. The time and
 /// the user of the last change, the display texts of lookups, and values without a wire form are left out.
