@@ -8,6 +8,7 @@
 #include "platform/Describe.h"
 #include "tarvobase/value_objects/transaction/ChangeRegister.h"
 #include "tarvobase/value_objects/transaction/ErrorResponse.h"
+#include "tarvobase/value_objects/transaction/NTransaction.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
 namespace tarvo {
@@ -41,7 +42,7 @@ struct Change {
     std::int64_t number = 0;
     ChangeQueue queue = ChangeQueue::older;
     std::string transactionId;
-    std::string kind;  ///< the name of its case in `TransactionType`
+    std::string kind;  ///< the name of its case in `TransactionType` or `NTransaction::Kind`
     std::string moduleName;
     std::string recordId;
     State state = State::ready;
@@ -61,6 +62,8 @@ struct Change {
 
     /// Makes the change of a row of the older queue and its entry in the register.
     static Change of(const Transaction& row, const ChangeEntry& entry);
+    /// Makes the change of a transaction of the current queue.
+    static Change of(const NTransaction& row, const ChangeEntry& entry);
 };
 
 /// Why a change was not saved. Nothing of it is stored then.

@@ -5,7 +5,7 @@
 
 namespace tarvo {
 
-/// Answers from the queue of changes and the register of what the server said to them.
+/// Answers from both queues of changes and the register of what the server said to them.
 class RefusedChanges final : public RefusedRecordsContract {
 public:
     explicit RefusedChanges(const Stores& stores) : stores_(stores) {}
@@ -14,6 +14,12 @@ public:
                                           const std::string& errorMessage) override;
 
 private:
+    struct ChangedRecord {
+        std::string moduleName, recordId;
+        std::optional<RecordDependency::Kind> kind;
+    };
+    std::optional<ChangedRecord> changeOf(const ChangeEntry& entry) const;
+
     const Stores stores_;
 };
 

@@ -1,6 +1,5 @@
 #include "tarvobase/record_changes/internal/ChangeDrain.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "platform/Clock.h"
@@ -100,7 +99,7 @@ void ChangeDrain::answered(const DrainedChanges::Settle& settle) {
     auto outcome = settle();
     --inFlight_;
     if (outcome == DrainedChanges::Outcome::settled)
-        silentSends_ = 0;
+        backOff_.reset();
     else if (isOn_)
         backOff();
     pass();
@@ -109,9 +108,7 @@ void ChangeDrain::answered(const DrainedChanges::Settle& settle) {
 /// Requests that were on their way together count once.
 void ChangeDrain::backOff() {
     if (isWaiting_) return;
-    constexpr int mostDoublings = 20;
-    auto duration = firstWait * (std::int64_t{1} << std::min(silentSends_++, mostDoublings));
-    waitFor(std::min<std::chrono::milliseconds>(duration, longestWait), false);
+    waitFor(backOff_.next(), false);
 }
 
 void ChangeDrain::waitFor(std::chrono::milliseconds duration, bool isLockedOut) {

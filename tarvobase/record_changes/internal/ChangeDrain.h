@@ -12,6 +12,7 @@
 #include "platform/FileLock.h"
 #include "platform/Object.h"
 #include "platform/ThreadSafety.h"
+#include "tarvobase/transaction/BackOff.h"
 #include "tarvobase/transaction/ChangeQueueStatus.h"
 
 namespace tarvo {
@@ -55,7 +56,7 @@ public:
     using State = Status::State;
 
     static constexpr int mostRequests = 4;
-    static constexpr std::chrono::milliseconds firstWait{1000}, longestWait{5 * 60 * 1000}, lockWait{500};
+    static constexpr std::chrono::milliseconds lockWait{500};
 
     /// Makes a drain that is off. Without a path of a lock file, nobody else can drain, as with a database in memory.
     ChangeDrain(std::shared_ptr<DrainedChanges> changes, std::optional<std::string> lockFile);
@@ -93,7 +94,7 @@ private:
     bool isOn_ = false;
     bool hasBegun_ = false;  // holds the lock, and has reclaimed
     int inFlight_ = 0;
-    int silentSends_ = 0;  // sends without an answer since the last answer
+    BackOff backOff_;
     bool isWaiting_ = false;
     platform::Timer timer_;
     Status current_;

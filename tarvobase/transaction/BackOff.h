@@ -1,0 +1,27 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+
+namespace tarvo {
+
+/// How long to wait after sends without an answer: one second, doubled up to five minutes until an answer comes.
+class BackOff {
+public:
+    static constexpr std::chrono::milliseconds firstWait{1000}, longestWait{5 * 60 * 1000};
+
+    /// Returns the next wait.
+    std::chrono::milliseconds next() {
+        constexpr int mostDoublings = 20;
+        auto wait = firstWait * (std::int64_t{1} << std::min(silentSends_++, mostDoublings));
+        return std::min<std::chrono::milliseconds>(wait, longestWait);
+    }
+    /// The server has answered.
+    void reset() { silentSends_ = 0; }
+
+private:
+    int silentSends_ = 0;  // since the last answer
+};
+
+}  // namespace tarvo

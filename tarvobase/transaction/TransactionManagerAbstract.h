@@ -1,0 +1,123 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/DispatchQueue.h"
+#include "platform/ThreadSafety.h"
+#include "tarvobase/metadata/Stores.h"
+#include "tarvobase/transaction/BackOff.h"
+#include "tarvobase/transaction/IdCounter.h"
+#include "tarvobase/transaction/InactiveTransaction.h"
+#include "tarvobase/transaction/TransactionExecutor.h"
+#include "tarvobase/transaction/TransactionManagerContract.h"
+
+namespace tarvo {
+
+/// The current queue of changes: it is filled here, and the schedulers run what it holds through here.
+///
+/// The life of a transaction:
+///
+///     (none)  -- addTransactions -->  active, or inactive for a delay with a timer
+///     inactive  -- its timer, a newer transaction of its record, activate..., initialize -->  active
+///     active, without an error, waiting for nobody  -- a scheduler picks it -->  syncing, one more attempt
+///     active, attempts used up  -- a scheduler picks it -->  active with "txnMAX_SYNC_ATTEMPT_REACHED"
+///     syncing  -- success -->  deleted; its ids go into the rest of the queue, and who waited for it is free
+///     syncing  -- refusal -->  active with the error; what waits for it through lookups gets
+///                              "txnDEPENDING_TRANSACTION_FAILED"
+///     syncing  -- no answer -->  the same with "txnPARSING_FAILED", until the back-off ends; then as it was added
+///     syncing  -- its process ended, initialize -->  active
+///     any  -- addMergedTransaction of a later one -->  deleted; the survivor is active and without an error
+///     any  -- deleteTransaction -->  deleted
+///
+/// An active transaction with an error stays until it is reset, merged or deleted. Whatever reads the queue and then
+/// writes it is one transaction of the database, which lets one writer in at a time.
+class TransactionManagerAbstract : public virtual TransactionManagerAbstractContract, public TransactionRunner {
+public:
+    /// The settings keep the counters.
+    TransactionManagerAbstract(const Stores& stores, std::shared_ptr<UserDefaultsProtocol> userDefaults);
+    ~TransactionManagerAbstract() override;
+
+    std::int64_t getNewTransactionId() override;
+    void resetTransactionId() override { transactionIds_.reset(); }
+    /// Returns "NEW_" and nine digits.
+    std::string getNewRecordId() override;
+    void resetRecordId() override { recordIds_.reset(); }
+
+    void startSync() override;
+    void stopSync() override;
+    bool initialize() override;
+
+    using TransactionManagerAbstractContract::addMergedTransaction;
+    bool addTransactions(const std::vector<NTransaction>& transactions, const Dependencies& dependencies) override;
+    bool addMergedTransaction(const NTransaction& transaction, const Dependencies& dependencies,
+                              const Ids& mergedTransactions, Attempts attempts) override;
+    bool activateAllInactiveTransactions() override;
+    bool activateTransactionWithId(std::int64_t id) override;
+    bool deleteTransactionWithIds(const Ids& ids) override;
+    bool deleteTransactionWithRecordId(const std::string& recordId) override;
+    bool replaceRecordIdentifiers(const Identifiers& identifiers, std::int64_t transactionId) override;
+    bool resetTransaction(std::int64_t id) override;
+    bool updateError(std::int64_t id, const ErrorResponse& error) override;
+
+    void run(const NTransaction& transaction, std::function<void()> onCompletion) override;
+    bool isRunnable() const override;
+    bool noteStart(const NTransaction& transaction) override;
+    /// Returns when the next try is, in milliseconds since 1970, while the server does not answer.
+    std::optional<std::int64_t> nextTry() const;
+    /// Lets both schedulers look for something to send, and ends a wait for the server.
+    void wake();
+    /// Calls back on a background queue once nothing is on its way and nothing can go at the moment.
+    void whenResting(std::function<void()> callback);
+
+    /// The parts that the assembler sets before the first use.
+    std::shared_ptr<TransactionExecutorDIContract> transactionExecutorDI;
+    std::shared_ptr<TransactionSchedulerContract> attachmentScheduler;
+    std::shared_ptr<TransactionSchedulerContract> normalScheduler;
+
+protected:
+    /// Runs `steps` as one transaction of the database.
+    bool inOneCommit(std::string_view name, platform::FunctionRef<bool()> steps);
+
+    const Stores stores_;
+    const std::shared_ptr<TransactionPersistence> txnPersistence_;
+    const std::shared_ptr<TransactionDependencyPersistence> txnDependencyPersistence_;
+
+private:
+    void hold(const NTransaction& transaction);
+    bool activate(const Ids& ids);
+    bool isBeingSent(std::int64_t id) const;
+    bool canBeMerged(const Ids& ids, const NTransaction& survivor);
+    bool removeFromRegister(const Ids& ids);
+    bool renewKeys(const std::map<std::int64_t, std::string>& rewritten);
+    bool notifyOfErrors(const std::map<std::int64_t, ErrorResponse>& errors);
+    bool reset(std::int64_t id, std::int64_t syncAttempt);
+    void settle(const NTransaction& transaction, const TransactionResult& result);
+    bool storeSuccess(const NTransaction& transaction, const TransactionResult& result);
+    bool storeFailure(const NTransaction& transaction, const TransactionResult& result);
+    void backOff();
+    void endWait();
+    bool sendAgain(const Ids& ids);
+    void runSchedulers();
+
+    IdCounter transactionIds_, recordIds_;
+    InactiveTransaction inactiveTransactionTracker_;
+    const std::shared_ptr<DispatchQueue> timerQueue_ = DispatchQueue::serial("com.tarvo.txn.timer");
+
+    mutable platform::Mutex mutex_;
+    bool isOn_ TARVO_GUARDED_BY(mutex_) = false;
+    std::set<std::int64_t> inFlight_ TARVO_GUARDED_BY(mutex_);  // from the start to the stored result
+    std::set<std::int64_t> unanswered_ TARVO_GUARDED_BY(mutex_);
+    BackOff backOff_ TARVO_GUARDED_BY(mutex_);
+    std::optional<std::int64_t> nextTry_ TARVO_GUARDED_BY(mutex_);
+    platform::Timer retryTimer_ TARVO_GUARDED_BY(mutex_);
+};
+
+}  // namespace tarvo
