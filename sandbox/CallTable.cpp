@@ -22,6 +22,7 @@ constexpr CallRow callRows[] = {
     {"POST", "products/updaterecord", calls::updateRecords},
     {"POST", "products/deleterecord", calls::deleteRecord},
     {"POST", "uploadattachment", calls::uploadAttachment},
+    {"POST", "uploadvoicenote", calls::uploadVoiceNote},
 };
 
 }  // namespace

@@ -34,12 +34,18 @@ Reply Control::handle(const Request& request) {
         {"POST", "/control/records", &Control::changeRecords},
         {"GET", "/control/records", &Control::records},
         {"GET", "/control/changes", &Control::changes},
+        {"GET", "/control/files", &Control::files},
+        {"GET", "/control/files/", &Control::file},
         {"POST", "/control/rules", &Control::setRules},
         {"GET", "/control/state", &Control::state},
         {"POST", "/control/stop", &Control::stop},
     };
+    // A path that ends with "/" stands for all below it.
+    auto isAt = [&](std::string_view path) {
+        return path == request.path || (path.ends_with('/') && request.path.starts_with(path));
+    };
     for (const auto& row : rows)
-        if (row.method == request.method && row.path == request.path) return (this->*row.handle)(request);
+        if (row.method == request.method && isAt(row.path)) return (this->*row.handle)(request);
     return refusedControl(404, "There is no such control call.");
 }
 

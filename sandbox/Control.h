@@ -30,6 +30,8 @@ private:
     Reply changeRecords(const Request& request);
     Reply records(const Request& request);
     Reply changes(const Request& request);
+    Reply files(const Request& request);
+    Reply file(const Request& request);
     Reply setRules(const Request& request);
     Reply state(const Request& request);
     Reply stop(const Request& request);

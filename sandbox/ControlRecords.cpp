@@ -92,6 +92,25 @@ Reply Control::changes(const Request& request) {
     return Reply::of(ValueMap{{"changes", data->changes.all()}});
 }
 
+Reply Control::files(const Request& request) {
+    platform::MutexLock lock(sandbox_.dataMutex_);
+    auto* data = dataFor(request.parameter("account").value_or(""), request.parameter("organisation").value_or(""));
+    if (!data) return refusedControl(400, "There is no such account.");
+    return Reply::of(ValueMap{{"files", data->files.all()}});
+}
+
+Reply Control::file(const Request& request) {
+    platform::MutexLock lock(sandbox_.dataMutex_);
+    auto* data = dataFor(request.parameter("account").value_or(""), request.parameter("organisation").value_or(""));
+    const auto* file =
+        data ? data->files.find(request.path.substr(std::string_view("/control/files/").size())) : nullptr;
+    if (!file) return refusedControl(404, "No record of this id came with a file.");
+    Reply reply;
+    reply.bytes = file->content;
+    reply.contentType = file->contentType.empty() ? "application/octet-stream" : file->contentType;
+    return reply;
+}
+
 // {"module":"Leads","mandatory":[field,...],"unique":[field,...],"refuse":[kind,...],"keepKeys":true,...} replaces all
 // rules of the module.
 Reply Control::setRules(const Request& request) {

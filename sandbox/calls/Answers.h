@@ -36,5 +36,6 @@ Reply updateRecords(const Call& call);
 Reply deleteRecord(const Call& call);
 /// Adds the uploaded "file" as an attachment of the record "id".
 Reply uploadAttachment(const Call& call);
+Reply uploadVoiceNote(const Call& call);
 
 }  // namespace tarvo::sandbox::calls

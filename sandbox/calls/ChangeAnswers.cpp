@@ -113,14 +113,19 @@ Reply change(const Call& call, const ModuleData* module, auto&& work) {
     return run.finish();
 }
 
-/// Calls `work` with each payload of a body {"data":[payload,...]}.
-void forEachPayload(const Call& call, ChangeRun& run, auto&& work) {
-    auto body = json::parse(call.request.body).value_or(Value());
+/// Returns the payloads of a text {"data":[payload,...]}; an empty list for any other text.
+ValueList payloadsIn(const std::string& json) {
+    auto body = json::parse(json).value_or(Value());
     const auto* map = body.asMap();
     const auto* payloads = map && map->find("data") ? map->find("data")->asList() : nullptr;
-    if (!payloads || payloads->empty())
-        return run.refuse(invalidData("The body is a map with a list \"data\" of records."));
-    for (const auto& payload : *payloads) run.add(work(payload), payloads->size() > 1);
+    return payloads ? *payloads : ValueList();
+}
+
+/// Calls `work` with each payload of the body.
+void forEachPayload(const Call& call, ChangeRun& run, auto&& work) {
+    auto payloads = payloadsIn(call.request.body);
+    if (payloads.empty()) return run.refuse(invalidData("The body is a map with a list \"data\" of records."));
+    for (const auto& payload : payloads) run.add(work(payload), payloads.size() > 1);
 }
 
 const UploadedFile* uploadedFile(const Request& request) {
@@ -160,7 +165,20 @@ Reply uploadAttachment(const Call& call) {
     return change(call, attachments, [&](ChangeRun& run) {
         const auto* file = uploadedFile(call.request);
         if (!file) return run.refuse(invalidField("file", "names the uploaded file"));
-        run.add(run.editor.upload(*parents, parameter(call, "id"), file->name, file->content.size()));
+        run.add(run.editor.upload(*parents, parameter(call, "id"), *file));
+    });
+}
+
+Reply uploadVoiceNote(const Call& call) {
+    const auto* module = moduleOf(call);
+    const auto* notes = module && module->name == "Notes" ? module : nullptr;
+    return change(call, notes, [&](ChangeRun& run) {
+        const auto* file = uploadedFile(call.request);
+        if (!file) return run.refuse(invalidField("file", "names the uploaded file"));
+        auto payloads = payloadsIn(parameter(call, "dataJSON"));
+        if (payloads.size() != 1)
+            return run.refuse(invalidData("\"dataJSON\" is a map with a list \"data\" of one record."));
+        run.add(run.editor.addVoiceNote(*notes, payloads.front(), *file));
     });
 }
 

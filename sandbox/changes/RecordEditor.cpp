@@ -71,17 +71,35 @@ std::optional<Refusal> RecordEditor::remove(const ModuleData& module, const std:
 }
 
 RecordEditor::Changed RecordEditor::upload(const ModuleData& parentModule, const std::string& parentId,
-                                           const std::string& fileName, std::size_t size) {
+                                           const UploadedFile& file) {
     if (!draft_.view().list(parentModule.name).find(parentId)) return unknownRecord();
-    return store(*data_.records->shape("Attachments"),
-                 {{"File_Name", fileName}, {"Attachment_Size", size}, {"Parent_Id", parentId}}, Sender::control,
-                 ChangeKind::upload);
+    auto attachment =
+        store(*data_.records->shape("Attachments"),
+              {{"File_Name", file.name}, {"Attachment_Size", file.content.size()}, {"Parent_Id", parentId}},
+              Sender::control, ChangeKind::upload);
+    if (attachment) files_.emplace(attachment->id(), file);
+    return attachment;
+}
+
+RecordEditor::Changed RecordEditor::addVoiceNote(const ModuleData& notes, const Value& payload,
+                                                 const UploadedFile& sound) {
+    auto note = add(notes, payload);
+    if (!note) return note;
+    StoredRecord changed{note->values(), note->createdTime(), note->modifiedTime()};
+    auto set = [&](std::string_view name, std::string_view text) {
+        changed.values[note->shape().indexOf(*note->shape().field(name))].setText(text);
+    };
+    set("voice_note", "true");
+    set("Attachment_Size", std::to_string(sound.content.size()));
+    files_.emplace(note->id(), sound);
+    return draft_.edit(*note, std::move(changed));
 }
 
 void RecordEditor::publish() {
     if (!hasChanges()) return;
     draft_.publish();
     for (auto& change : applied_) data_.changes.add(std::move(change));
+    for (auto& [id, file] : files_) data_.files.keep(id, std::move(file));
 }
 
 std::optional<Refusal> RecordEditor::refusalOf(const RecordShape& shape, ChangeKind kind) const {

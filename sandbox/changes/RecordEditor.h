@@ -1,10 +1,12 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/Result.h"
+#include "sandbox/Message.h"
 #include "sandbox/changes/ChangeLog.h"
 #include "sandbox/changes/FieldReader.h"
 #include "sandbox/data/DataSet.h"
@@ -37,8 +39,9 @@ public:
     /// Returns why the record was not deleted; nullopt when it was.
     std::optional<Refusal> remove(const ModuleData& module, const std::string& id);
     /// Adds an attachment below a record of the module.
-    Changed upload(const ModuleData& parentModule, const std::string& parentId, const std::string& fileName,
-                   std::size_t size);
+    Changed upload(const ModuleData& parentModule, const std::string& parentId, const UploadedFile& file);
+    /// Adds a note that was spoken.
+    Changed addVoiceNote(const ModuleData& notes, const Value& payload, const UploadedFile& sound);
 
     bool hasChanges() const { return !applied_.empty(); }
     /// Makes the accepted changes visible and logs them. No call may follow.
@@ -57,6 +60,7 @@ private:
     const ChangeOrigin origin_;
     RecordDraft draft_;
     std::vector<AppliedChange> applied_;
+    std::map<std::string, UploadedFile> files_;  // by the id of their record
 };
 
 }  // namespace tarvo::sandbox

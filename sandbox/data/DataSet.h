@@ -10,6 +10,7 @@
 
 #include "sandbox/SandboxAccounts.h"
 #include "sandbox/changes/ChangeLog.h"
+#include "sandbox/changes/KeptFiles.h"
 #include "sandbox/changes/RecordRules.h"
 #include "sandbox/data/Currencies.h"
 #include "sandbox/data/Generator.h"
@@ -88,6 +89,7 @@ public:
     /// By module name; a module without rules has none that refuse anything.
     std::map<std::string, RecordRules, std::less<>> rules;
     ChangeLog changes;
+    KeptFiles files;
     std::vector<ViewData> views;
     std::vector<CurrencyData> currencies;
     std::vector<TaxData> taxes;

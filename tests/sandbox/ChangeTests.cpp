@@ -323,6 +323,38 @@ TEST_F(ChangeTests, AnUploadAddsAnAttachment) {
     EXPECT_EQ(listed(), 0u);
 }
 
+TEST_F(ChangeTests, ASpokenNoteKeepsItsSound) {
+    const std::string sound("RIFF\0\r\n--x\xff", 12), lead = idOf("Leads", 4);
+    const auto payload = R"({"Note_Title":"On the road","Note_Content":"it's","Parent_Id":")" + lead + "\"}";
+    auto speak = [&](const std::string& module, const std::string& data, const std::string& key = "") {
+        return json(client->upload("/crm/v4/uploadvoicenote", "On the road.wav", sound, headers(key),
+                                   {{"module", module}, {"dataJSON", data}}));
+    };
+    auto answer = speak("Notes", R"({"data":[)" + payload + "]}", "key");
+    EXPECT_EQ(answer, speak("Notes", R"({"data":[)" + payload + "]}", "key"));
+    auto texts = at(entryOf(answer), "data");
+    ASSERT_EQ(texts.asList()->size(), 3u);
+    auto id = texts.asList()->front().textOr("");
+    auto note = record(id, "Notes");
+    for (auto [field, value] : {std::pair("voice_note", "true"), {"Attachment_Size", "12"}, {"se_module", "Leads"}})
+        EXPECT_EQ(at(note, field), Value(value)) << field;
+    EXPECT_EQ(texts.asList()->at(2), at(note, "Modified_Time"));
+    EXPECT_EQ(client->get("/control/files/" + id)->body, sound);
+    EXPECT_EQ(client->get("/control/files/1")->status, 404);
+    EXPECT_EQ(at(control("files", "files").at(0), "name"), Value("On the road.wav"));
+
+    struct {
+        const char *module, *json;
+    } wrong[] = {{"Leads", R"({"data":[{"Last_Name":"x"}]})"},
+                 {"Notes", R"({"data":[]})"},
+                 {"Notes", R"({"data":[{"Note_Content":"a"},{"Note_Content":"b"}]})"},
+                 {"Notes", R"({"data":[{"Note_Content":"a","Parent_Id":"NEW_000000001"}]})"},
+                 {"Notes", "sound"}};
+    for (auto& one : wrong) EXPECT_NE(refusalIn(speak(one.module, one.json)), "") << one.json;
+    EXPECT_EQ(control("changes", "changes").size(), 1u);
+    EXPECT_EQ(control("files", "files").size(), 1u);
+}
+
 TEST_F(ChangeTests, AnEditMayRepeatWhatHasBeenDeleted) {
     auto account = idOf("Accounts", 3), contact = idOf("Contacts", 3),
          both = R"({"id":")" + contact + R"(","Account_Name":")" + account + "\"}";

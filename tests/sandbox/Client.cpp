@@ -50,8 +50,9 @@ std::optional<ClientAnswer> Client::postJson(const std::string& path, const std:
 }
 
 std::optional<ClientAnswer> Client::upload(const std::string& path, const std::string& fileName,
-                                           const std::string& content, const Headers& headers) {
+                                           const std::string& content, const Headers& headers, const Form& parameters) {
     httplib::MultipartFormDataItems parts{{"file", content, fileName, "application/octet-stream"}};
+    for (const auto& [name, value] : parameters) parts.push_back({name, value, "", ""});
     return toAnswer(implementation_->client.Post(path, toHeaders(headers), parts));
 }
 

@@ -26,7 +26,7 @@ public:
     std::optional<ClientAnswer> postJson(const std::string& path, const std::string& json, const Headers& headers = {});
     /// Uploads a file under the name "file" in a multipart body.
     std::optional<ClientAnswer> upload(const std::string& path, const std::string& fileName, const std::string& content,
-                                       const Headers& headers);
+                                       const Headers& headers, const Form& parameters = {});
     std::optional<ClientAnswer> get(const std::string& path);
     std::optional<ClientAnswer> remove(const std::string& path);
     /// Returns how many bytes of the body arrived with the last post, complete or not.

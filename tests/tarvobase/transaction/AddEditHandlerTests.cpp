@@ -9,7 +9,7 @@ using Kind = NTransaction::Kind;
 using Dependencies = std::vector<TransactionDependency>;
 constexpr auto lookup = TransactionDependency::Kind::lookupRecord;
 
-/// The part of the manager that the handler uses, straight on the tables.
+/// What the handler uses of the manager, straight on the tables.
 class TableManager final : public TransactionManagerContract {
 public:
     explicit TableManager(const Stores& stores) : stores_(stores) {}
