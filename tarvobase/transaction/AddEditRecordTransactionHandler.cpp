@@ -127,7 +127,7 @@ bool AddEditRecordTransactionHandler::mergeTransaction(const NTransaction& trans
     auto& database = stores_.databaseAdapter();
     return database && database->transaction("merge the changes of a record", [&] {
         auto group = groupOf(transaction);
-        return group && (group->empty() || fold(transaction, *group, metadata));
+        return group && (group->empty() || fold(transaction, *group, metadata, Attempts::beginAgain));
     });
 }
 
@@ -152,9 +152,7 @@ bool AddEditRecordTransactionHandler::retry(const NTransaction& refused, const F
     auto asking = refused;
     auto add = std::find_if(group->begin(), group->end(), isMergeableAdd);
     if (add != group->end()) asking.kind = add->kind;
-    auto survivor = fold(asking, *group, metadata);
-    return survivor && stores_.currentTransactions()->setSyncAttempt(survivor->syncAttempt,
-                                                                     NTransaction::Status::active(), survivor->id);
+    return fold(asking, *group, metadata, Attempts::keep);
 }
 
 /// Returns the transactions that are merged, oldest first, or nullopt if the queue cannot be read. One that is on its
@@ -183,9 +181,9 @@ std::optional<AddEditRecordTransactionHandler::Group> AddEditRecordTransactionHa
     return group;
 }
 
-/// Puts one transaction in place of a group and returns it, or nullopt if it is not stored.
-std::optional<NTransaction> AddEditRecordTransactionHandler::fold(const NTransaction& transaction, const Group& group,
-                                                                  const FieldList& metadata) {
+/// Puts one transaction in place of a group. Returns whether it is stored.
+bool AddEditRecordTransactionHandler::fold(const NTransaction& transaction, const Group& group,
+                                           const FieldList& metadata, Attempts attempts) {
     std::vector<ValueMap> payloads;
     TransactionManagerContract::Ids merged;
     for (auto& one : group) {
@@ -201,8 +199,7 @@ std::optional<NTransaction> AddEditRecordTransactionHandler::fold(const NTransac
                           .mergeCount = transaction.mergeCount + static_cast<std::int64_t>(group.size()) - 1,
                           .syncAttempt = last.syncAttempt};
     auto lookups = getLookupRecords(survivor.payload, metadata);
-    if (!transactionManager_.addMergedTransaction(survivor, lookups, merged)) return std::nullopt;
-    return survivor;
+    return transactionManager_.addMergedTransaction(survivor, lookups, merged, attempts);
 }
 
 }  // namespace tarvo

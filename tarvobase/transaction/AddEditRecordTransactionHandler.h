@@ -59,9 +59,10 @@ public:
 
 private:
     using Group = std::vector<NTransaction>;
+    using Attempts = TransactionManagerContract::Attempts;
 
     std::optional<Group> groupOf(const NTransaction& transaction) const;
-    std::optional<NTransaction> fold(const NTransaction& transaction, const Group& group, const FieldList& metadata);
+    bool fold(const NTransaction& transaction, const Group& group, const FieldList& metadata, Attempts attempts);
     bool retry(const NTransaction& refused, const FieldList& metadata);
 
     TransactionManagerContract& transactionManager_;

@@ -1,4 +1,5 @@
 #include "tarvobase/transaction/AddEditRecordTransactionHandler.h"
+#include "tarvobase/transaction/TransactionManager.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 #include "tests/tarvobase/records/RecordFixture.h"
 
@@ -9,52 +10,12 @@ using Kind = NTransaction::Kind;
 using Dependencies = std::vector<TransactionDependency>;
 constexpr auto lookup = TransactionDependency::Kind::lookupRecord;
 
-/// What the handler uses of the manager, straight on the tables.
-class TableManager final : public TransactionManagerContract {
+class IdleScheduler final : public TransactionSchedulerContract {
 public:
-    explicit TableManager(const Stores& stores) : stores_(stores) {}
-
-    std::vector<std::string> lookups;  ///< of the last merge
-
-    Transactions getTransactions(const std::string& recordId, const std::optional<Kinds>& kinds,
-                                 std::optional<std::int64_t> limit) override {
-        return stores_.currentTransactions()->getTransactionsWithRecordIds({recordId}, kinds, limit);
-    }
-    using TransactionManagerContract::addMergedTransaction;
-    bool addMergedTransaction(const NTransaction& transaction, const RecordIds& records, const Ids& merged) override {
-        lookups = records;
-        auto store = stores_.currentTransactions();
-        return store->addMergedTransaction(transaction, {}, merged) &&
-               store->setSyncAttempt(0, NTransaction::Status::active(), transaction.id);
-    }
-    std::optional<bool> isCreateAndDestoryTransaction(const std::string& recordId, Kind create, Kind destroy) override {
-        auto queued = getTransactions(recordId, Kinds{create, destroy}, std::nullopt);
-        return queued ? std::optional(queued->size() == 2) : std::nullopt;
-    }
-    bool deleteTransactionWithRecordId(const std::string& recordId) override {
-        return stores_.currentTransactions()->deleteTransactionWithRecordId(recordId);
-    }
-
-    std::int64_t getNewTransactionId() override { return 0; }
-    void resetTransactionId() override {}
-    std::string getNewRecordId() override { return ""; }
-    void resetRecordId() override {}
     void startSync() override {}
+    void run() override {}
     void stopSync() override {}
-    bool initialize() override { return false; }
-    bool addTransactions(const std::vector<NTransaction>&, const Dependencies&) override { return false; }
-    bool addTransaction(const NTransaction&, const RecordIds&, const Dependencies&) override { return false; }
-    bool addMergedTransaction(const NTransaction&, const Dependencies&, const Ids&) override { return false; }
-    bool activateAllInactiveTransactions() override { return false; }
-    bool activateTransactionWithId(std::int64_t) override { return false; }
-    bool deleteTransactionWithIds(const Ids&) override { return false; }
-    bool replaceRecordIdentifiers(const std::map<std::string, std::string>&, std::int64_t) override { return false; }
-    bool resetTransaction(std::int64_t) override { return false; }
-    bool updateError(std::int64_t, const ErrorResponse&) override { return false; }
-    Transactions getLastTransaction(const std::string&, const Kinds&) override { return std::nullopt; }
-
-private:
-    const Stores stores_;
+    void whenResting(std::function<void()>) override {}
 };
 
 class AddEditHandlerTest : public RecordTest {
@@ -62,7 +23,8 @@ protected:
     void SetUp() override {
         RecordTest::SetUp();
         stores.emplace(Stores::over(openDatabase()));
-        manager = std::make_shared<TableManager>(*stores);
+        manager = std::make_shared<TransactionManager>(*stores, stores->userDefaults);
+        manager->normalScheduler = manager->attachmentScheduler = std::make_shared<IdleScheduler>();
         handler = std::make_shared<AddEditRecordTransactionHandler>(*manager, *stores, 3);
     }
     std::string payloadOf(const FieldMetadata& field, Value value, bool ignoreNullAndEmpty = false) {
@@ -87,7 +49,7 @@ protected:
     void empty() { EXPECT_TRUE(stores->currentTransactions()->deleteTransactionWithIds({1, 2, 3, 4})); }
 
     std::optional<Stores> stores;
-    std::shared_ptr<TableManager> manager;
+    std::shared_ptr<TransactionManager> manager;
     std::shared_ptr<AddEditRecordTransactionHandler> handler;
     const FieldList fields = fieldsOf("Notes", {recordField("SEID", FieldDataType::lookup, "Parent_Id")});
 };
@@ -220,13 +182,14 @@ TEST_F(AddEditHandlerTest, ThePairOrAllThatIsQueuedIsMerged) {
         EXPECT_EQ(queue(), test.queue);
         empty();
     }
-    // The kind is the caller's, and the merged payload decides what is looked up.
+    // The kind is the caller's, and the merged payload decides what the survivor waits for.
     auto noted = queuedTransaction(2);
     noted.payload = {{"Parent_Id", "NEW_000000007"}};
-    ASSERT_TRUE(store({queuedTransaction(1, Kind::addTextNote), noted}));
+    ASSERT_TRUE(store(
+        {queuedTransaction(1, Kind::addTextNote), noted, queuedTransaction(4, Kind::addRecord, "NEW_000000007")}));
     EXPECT_TRUE(handler->mergeTransaction(queuedTransaction(1, Kind::addTextNote), fields));
-    EXPECT_EQ(queue(), R"(2/addTextNote/1/0 {"a":1,"b1":true,"Parent_Id":"NEW_000000007"} )");
-    EXPECT_EQ(manager->lookups, std::vector<std::string>{"NEW_000000007"});
+    EXPECT_TRUE(queue().starts_with(R"(2/addTextNote/1/0 {"a":1,"b1":true,"Parent_Id":"NEW_000000007"} )")) << queue();
+    EXPECT_EQ(stores->transactionDependencies()->getTransactionDependencies(), (Dependencies{{2, 4, lookup}}));
 }
 
 TEST_F(AddEditHandlerTest, ARefusedChangeIsTriedAgainWithWhatCameAfterIt) {
