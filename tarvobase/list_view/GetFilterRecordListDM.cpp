@@ -1,6 +1,8 @@
 #include "tarvobase/list_view/GetFilterRecordListDM.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 
 #include "kelva_db/Database.h"
 #include "platform/Log.h"
@@ -10,7 +12,8 @@
 #include "tarvobase/list_view/wire/ListPage.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
-#include "tarvobase/transaction/RefusedChanges.h"
+#include "tarvobase/records/sql/CustomViewQueryFormation.h"
+#include "tarvobase/transaction/UnlistedRecordsInDatabase.h"
 #include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -30,6 +33,10 @@ const std::string duplicateValue = "Duplicate value";
 
 std::int64_t fromOf(const GetListFilterRecordsParams& request) {
     return std::max(defaultFrom, request.from.value_or(defaultFrom));
+}
+
+std::string idColumnOf(const ModuleInfo& moduleInfo) {
+    return kelva::quotedName(moduleInfo.metadata.naming().constant->id);
 }
 
 bool isNarrowed(const GetListFilterRecordsParams& request, const std::optional<std::vector<Criteria>>& criteria) {
@@ -53,52 +60,97 @@ void GetFilterRecordListDM::getRecordList(const RequestPtr& request, Answers ans
     bool isFirst = mayAsk && OnlineViews::shared().addRequest(parts.account, call->view);
     if (isFirst) parts.userDefaultsUtil->resetListFilter(request->moduleName, request->criteriaId);
 
-    std::vector<Record> records;
-    if (!isFirst && source != DataSource::network) records = readLocally(*call);
-    auto recordCount = static_cast<std::int64_t>(records.size());
-    bool anyRows = recordCount > 0;
+    Page page;
+    if (!isFirst && source != DataSource::network) page = readLocally(*call);
+    bool anyRows = !page.records.empty();
+    auto recordCount = mayAsk ? listedCount(*call, page) : 0;
     if (anyRows) {
         platform::log(platform::LogLevel::progress, "list view",
-                      "Records in DB for " + call->view.viewName + ": " + std::to_string(recordCount));
-        call->answers.callback({std::move(records), hasMore(*request)});
+                      "Records in DB for " + call->view.viewName + ": " + std::to_string(page.records.size()));
+        call->answers.callback({std::move(page.records), hasMore(*request)});
     }
-    if (mayAsk && !(source == DataSource::either && anyRows))
+    if (mayAsk && !(source == DataSource::either && recordCount > 0))
         if (auto position = firstPosition(*call, recordCount)) return triggerNetworkRequest(call, *position);
     if (!anyRows) answerStored(*call);
 }
 
 /// Answers a call for which no row has been read and the server is not asked.
 void GetFilterRecordListDM::answerStored(const Call& call) const {
-    auto records = readLocally(call);
+    auto records = readLocally(call).records;
     if (!records.empty()) return call.answers.callback({std::move(records), hasMore(*call.request)});
     platform::log(platform::LogLevel::progress, "list view",
                   "No record in DB and Server not triggered for " + call.view.viewName);
     call.answers.callback({});
 }
 
-std::vector<Record> GetFilterRecordListDM::readLocally(const Call& call) const {
-    auto& moduleName = call.request->moduleName;
+GetFilterRecordListDM::Page GetFilterRecordListDM::readLocally(const Call& call) const {
+    Page page;
+    page.unlisted = unlistedRecords(call);
+    page.records = rowsOf(call, getUnsyncedCriteria(call, page.unlisted), {});
+    return page;
+}
+
+/// Returns the rows of a page. `unsynced` selects records besides the view's map; `more` are further conditions.
+std::vector<Record> GetFilterRecordListDM::rowsOf(const Call& call, std::optional<Criteria> unsynced,
+                                                  std::vector<Criteria> more) const {
+    if (call.criteria) more.insert(more.end(), call.criteria->begin(), call.criteria->end());
     auto records = parts.filterRecordDBS->getRecords(
         {.filter = call.view,
          .moduleInfo = call.moduleInfo,
          .request = *call.request,
-         .unsyncedCriteria = getUnsyncedCriteria(moduleName, call.view.moduleName, call.moduleInfo.metadata.naming()),
-         .criteria = call.criteria,
+         .unsyncedCriteria = std::move(unsynced),
+         .criteria = std::move(more),
          // Once the server has said that there are no more records, an empty map is an empty list.
          .conditionOfEmptyMap = hasMore(*call.request) ? &call.view : nullptr});
     return std::move(records).value_or(std::vector<Record>());
 }
 
-std::optional<Criteria> GetFilterRecordListDM::getUnsyncedCriteria(const std::string& moduleName,
-                                                                   const std::string& viewModule,
-                                                                   const FieldIdentifier& naming) const {
+UnlistedRecords GetFilterRecordListDM::unlistedRecords(const Call& call) const {
     using Kind = RecordDependency::Kind;
-    std::vector<Kind> kinds;
-    if (viewModule != moduleName) kinds.push_back(Kind::edit);
-    kinds.push_back(Kind::add);
-    auto ids = parts.refusedRecords->getRecordIds(moduleName, kinds, duplicateValue);
-    if (!ids || ids->empty()) return std::nullopt;
-    return Criteria::in(kelva::quotedName(naming.constant->id), ValueList(ids->begin(), ids->end()));
+    auto& request = *call.request;
+    UnlistedRecordsQuery query{
+        .moduleName = request.moduleName,
+        .viewId = request.criteriaId,
+        .refusedKinds = {Kind::add},
+        .refusal = duplicateValue,
+        .lastAdded = parts.userDefaultsUtil->getListFilterLastAddedRecord(request.moduleName, request.criteriaId)};
+    if (call.view.moduleName != request.moduleName) query.refusedKinds.push_back(Kind::edit);
+    return parts.unlistedRecords->getUnlistedRecords(query).value_or(UnlistedRecords());
+}
+
+/// Returns the condition of the records that the view shows besides its map. Only the server can evaluate some views;
+/// records that were added here are not shown in them until it has, since each such view would show them all.
+std::optional<Criteria> GetFilterRecordListDM::getUnsyncedCriteria(const Call& call,
+                                                                   const UnlistedRecords& unlisted) const {
+    auto isIn = [&](const std::vector<std::string>& ids) {
+        return Criteria::in(idColumnOf(call.moduleInfo), ValueList(ids.begin(), ids.end()));
+    };
+    std::vector<Criteria> unsynced;
+    if (!unlisted.refused.empty()) unsynced.push_back(isIn(unlisted.refused));
+    if (!unlisted.added.empty())
+        if (auto condition = CustomViewQueryFormation::getWhereCondition(call.view, call.moduleInfo.metadata)) {
+            auto isAdded = isIn(unlisted.added);
+            unsynced.push_back(condition->empty()
+                                   ? std::move(isAdded)
+                                   : Criteria::and_({std::move(isAdded), Criteria::custom("(" + *condition + ")")}));
+        }
+    return unsynced.empty() ? std::nullopt : std::optional(Criteria::or_(std::move(unsynced)));
+}
+
+/// Returns how many rows the page would have without the records that the server has not given: they fill a page, but
+/// not the server's list.
+std::int64_t GetFilterRecordListDM::listedCount(const Call& call, const Page& page) const {
+    auto shown = static_cast<std::int64_t>(page.records.size());
+    if (page.unlisted.isEmpty()) return shown;
+    std::set<std::string_view> ids(page.unlisted.added.begin(), page.unlisted.added.end());
+    ids.insert(page.unlisted.refused.begin(), page.unlisted.refused.end());
+    auto unlisted = std::count_if(page.records.begin(), page.records.end(),
+                                  [&](auto& record) { return ids.contains(record.recordId()); });
+    bool isFull = call.request->limit && shown >= *call.request->limit;
+    if (unlisted == 0 || !isFull) return shown - unlisted;
+    // They may have pushed rows of the list off the page.
+    auto isListed = Criteria::notIn(idColumnOf(call.moduleInfo), ValueList(ids.begin(), ids.end()));
+    return static_cast<std::int64_t>(rowsOf(call, std::nullopt, {std::move(isListed)}).size());
 }
 
 bool GetFilterRecordListDM::hasMore(const GetListFilterRecordsParams& request) const {
@@ -145,25 +197,26 @@ std::optional<std::int64_t> GetFilterRecordListDM::nextPosition(const Call& call
 
 void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int64_t from) {
     platform::log(platform::LogLevel::progress, "list view", call->view.viewName + ", from " + std::to_string(from));
+    Asked asked{.from = from, .lastAdded = from == 0 ? parts.unlistedRecords->lastAddedRecord() : 0};
     parts.networkService->getRecordList({.cv = call->view,
                                          .module = call->moduleInfo.module,
                                          .from = from,
                                          .maxDownloadCount = from == 0 ? initialMaxCount : defaultMaxCount},
-                                        [weak = platform::weakSelf(this), call, from](auto page) {
-                                            if (auto self = weak.lock()) self->networkCompletion(call, from, page);
+                                        [weak = platform::weakSelf(this), call, asked](auto page) {
+                                            if (auto self = weak.lock()) self->networkCompletion(call, asked, page);
                                         });
 }
 
 // Runs on the network queue, so answers are stored one after the other, in the order in which they come.
-void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t from,
+void GetFilterRecordListDM::networkCompletion(const CallPtr& call, Asked asked,
                                               const Result<ListPage, FailureDetails>& page) {
     if (!page) return call->answers.onError(Failure::unknownError(page.error()));
     using Outcome = ListPageStore::Outcome;
     auto outcome = ListPageStore{parts.account, parts.recordPersistance, parts.filterRecordMapPersistance,
                                  parts.filterPersistence, parts.userDefaultsUtil}
-                       .store(*page, call->view, from);
+                       .store(*page, call->view, asked.from, asked.lastAdded);
     if (outcome == Outcome::failed) return call->answers.onError(Failure::unknownError(FailureReason::notStored));
-    auto next = outcome == Outcome::stored ? nextPosition(*call, from) : std::nullopt;
+    auto next = outcome == Outcome::stored ? nextPosition(*call, asked.from) : std::nullopt;
     if (next) return triggerNetworkRequest(call, *next);
     // A long list may take a while to read, and other completions should not wait for it.
     UsecaseQueue::queue()->async([weak = platform::weakSelf(this), call] {
@@ -172,7 +225,7 @@ void GetFilterRecordListDM::networkCompletion(const CallPtr& call, std::int64_t 
 }
 
 void GetFilterRecordListDM::answerFinally(const Call& call) const {
-    auto records = readLocally(call);
+    auto records = readLocally(call).records;
     if (records.empty()) {
         platform::log(platform::LogLevel::progress, "list view",
                       "No record after network call for " + call.view.viewName);
@@ -196,7 +249,7 @@ std::shared_ptr<GetFilterRecordListDM> GetFilterRecordListDM::current() {
               .filterRecordMapPersistance = map,
               .filterRecordDBS = records,
               .recordPersistance = records,
-              .refusedRecords = std::make_shared<RefusedChanges>(stores),
+              .unlistedRecords = std::make_shared<UnlistedRecordsInDatabase>(stores),
               .account = stores.scope.account});
 }
 

@@ -12,7 +12,7 @@
 #include "tarvobase/metadata/GetModuleInfoDataManager.h"
 #include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
-#include "tarvobase/transaction/RefusedRecordsContract.h"
+#include "tarvobase/transaction/UnlistedRecordsContract.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
 #include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
@@ -21,9 +21,14 @@ namespace tarvo {
 
 /// Serves a page of a view: the stored rows first, and then, if they do not fill the page and the server has said that
 /// it has more, the rows that the server adds. The server decides which records belong to a view, and the view's map
-/// keeps its decision. A record whose upload the server refused as a duplicate belongs to the view as well. While the
-/// map is empty and the server has not said that the list is, the rows are the stored records that meet the view's own
-/// condition.
+/// keeps its decision. While the map is empty and the server has not said that the list is, the rows are the stored
+/// records that meet the view's own condition. Two kinds of records are shown besides the map, and never count as held
+/// when the server is asked for more:
+///
+/// - a record whose change the server refused as a duplicate;
+/// - a record that was added here, if it meets the view's own condition. It has its real id once the server has
+///   accepted it. The view's first answer to a request after that decides on it. An answer with a later page does not,
+///   since it cannot hold a record that belongs before it.
 ///
 /// The map always holds the beginning of the server's list, without gaps: a request asks for the records after those of
 /// the map, and for a page that begins further on, requests follow one another until the map reaches it.
@@ -37,6 +42,9 @@ namespace tarvo {
 /// | some | yes | `callback` with them, then `onSuccess` or `onError` |
 /// | none | yes | `onSuccess` or `onError` |
 ///
+/// A page with records besides the map alone counts as "some" for the answers. Under the source `either` the server is
+/// asked all the same.
+///
 /// Every failure is `unknownError` with its reason. No further answer comes if the data manager is released while the
 /// server is asked.
 class GetFilterRecordListDM final : public platform::Object {
@@ -49,7 +57,7 @@ public:
         std::shared_ptr<FilterRecordMapPersistanceDelegate> filterRecordMapPersistance;
         std::shared_ptr<GetFilterRecordsDBSP> filterRecordDBS;
         std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
-        std::shared_ptr<RefusedRecordsContract> refusedRecords;
+        std::shared_ptr<UnlistedRecordsContract> unlistedRecords;
         std::string account;  ///< whose views these are
     };
     explicit GetFilterRecordListDM(Parts parts) : parts(std::move(parts)) {}
@@ -89,15 +97,28 @@ private:
     };
     using CallPtr = std::shared_ptr<const Call>;
 
-    std::vector<Record> readLocally(const Call& call) const;
-    std::optional<Criteria> getUnsyncedCriteria(const std::string& moduleName, const std::string& viewModule,
-                                                const FieldIdentifier& naming) const;
+    /// A page as it is shown.
+    struct Page {
+        std::vector<Record> records;
+        UnlistedRecords unlisted;
+    };
+    /// What a request to the server asked for.
+    struct Asked {
+        std::int64_t from = 0;
+        std::int64_t lastAdded = 0;  ///< the last record that was added here and accepted when the request was made
+    };
+
+    Page readLocally(const Call& call) const;
+    std::vector<Record> rowsOf(const Call& call, std::optional<Criteria> unsynced, std::vector<Criteria> more) const;
+    UnlistedRecords unlistedRecords(const Call& call) const;
+    std::optional<Criteria> getUnsyncedCriteria(const Call& call, const UnlistedRecords& unlisted) const;
+    std::int64_t listedCount(const Call& call, const Page& page) const;
     std::int64_t heldCount(const Call& call) const;
     bool canTriggerNetworkRequest(const Call& call, std::int64_t recordCount) const;
     std::optional<std::int64_t> firstPosition(const Call& call, std::int64_t recordCount) const;
     std::optional<std::int64_t> nextPosition(const Call& call, std::int64_t from) const;
     void triggerNetworkRequest(const CallPtr& call, std::int64_t from);
-    void networkCompletion(const CallPtr& call, std::int64_t from, const Result<ListPage, FailureDetails>& page);
+    void networkCompletion(const CallPtr& call, Asked asked, const Result<ListPage, FailureDetails>& page);
     void answerStored(const Call& call) const;
     void answerFinally(const Call& call) const;
     bool hasMore(const GetListFilterRecordsParams& request) const;

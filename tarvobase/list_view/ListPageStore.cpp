@@ -6,7 +6,8 @@
 
 namespace tarvo {
 
-ListPageStore::Outcome ListPageStore::store(const ListPage& page, const CustomView& view, std::int64_t from) const {
+ListPageStore::Outcome ListPageStore::store(const ListPage& page, const CustomView& view, std::int64_t from,
+                                            std::int64_t lastAdded) const {
     platform::MutexLock lock(ListChanges::shared().mutex);
     // Only an answer that begins the list can stand for all of it.
     bool replaces = from == 0 && OnlineViews::shared().awaitsReplacement(account, view);
@@ -24,6 +25,9 @@ ListPageStore::Outcome ListPageStore::store(const ListPage& page, const CustomVi
     if (!isCurrent) return Outcome::outdated;
     if (replaces) OnlineViews::shared().addAnswer(account, view);
     storePosition(page, view);
+    // A later page cannot hold a record that belongs before it.
+    if (from == 0 && lastAdded > userDefaults->getListFilterLastAddedRecord(view.moduleName, view.viewID))
+        userDefaults->setListFilterLastAddedRecord(lastAdded, view.moduleName, view.viewID);
     return Outcome::stored;
 }
 

@@ -31,8 +31,9 @@ public:
     std::shared_ptr<UserDefaultsUtil> userDefaults;
 
     /// `view` is the view as it was when the request was sent, and `from` is the number of records that the request
-    /// named as held.
-    Outcome store(const ListPage& page, const CustomView& view, std::int64_t from) const;
+    /// named as held. `lastAdded` is the last record that was added here and accepted when the request was made: an
+    /// answer that begins the list decides on all of them.
+    Outcome store(const ListPage& page, const CustomView& view, std::int64_t from, std::int64_t lastAdded) const;
 
 private:
     bool continuesList(const CustomView& view, std::int64_t from) const;

@@ -134,7 +134,7 @@ std::shared_ptr<ChangeRegister> Stores::changeRegister() const {
     return std::make_shared<ChangeRegisterInDatabase>(databaseAdapter(), scope.organisation);
 }
 std::shared_ptr<RecordIdAliases> Stores::recordIdAliases() const {
-    return std::make_shared<RecordIdAliasesInDatabase>(databaseAdapter());
+    return std::make_shared<RecordIdAliasesInDatabase>(databaseAdapter(), scope.organisation);
 }
 
 }  // namespace tarvo

@@ -14,6 +14,7 @@ namespace {
 
 const std::string syncTimeSuffix = "LFRecordSyncTime";
 const std::string hasMoreSuffix = "LFHasMoreRecord";
+const std::string lastAddedSuffix = "LFLastAddedRecord";
 const std::string lastUpdatedSuffix = "LFLastUpdatedTime";
 const std::string lastSelectedModule = "lastSelectedModule";
 const std::string moduleOrder = "moduleOrder";
@@ -72,7 +73,8 @@ void UserDefaultsUtil::forgetContent() {
     userDefaults_->removeValues(
         [](std::string_view key) {
             return key.ends_with(completedSuffix) || key.ends_with(syncTimeSuffix) || key.ends_with(hasMoreSuffix) ||
-                   key.ends_with(lastUpdatedSuffix) || key == progressPercent || key == missingSteps;
+                   key.ends_with(lastUpdatedSuffix) || key.ends_with(lastAddedSuffix) || key == progressPercent ||
+                   key == missingSteps;
         },
         ofAccount());
 }
@@ -99,8 +101,17 @@ void UserDefaultsUtil::setListFilterHasMoreRecord(bool hasMore, const std::strin
                                                   const std::string& criteriaId) {
     userDefaults_->setBool(hasMore, listKey(moduleName, criteriaId, hasMoreSuffix), ofAccount());
 }
+std::int64_t UserDefaultsUtil::getListFilterLastAddedRecord(const std::string& moduleName,
+                                                            const std::string& criteriaId) const {
+    return userDefaults_->int64(listKey(moduleName, criteriaId, lastAddedSuffix), ofAccount()).value_or(0);
+}
+void UserDefaultsUtil::setListFilterLastAddedRecord(std::int64_t number, const std::string& moduleName,
+                                                    const std::string& criteriaId) {
+    userDefaults_->set(number, listKey(moduleName, criteriaId, lastAddedSuffix), ofAccount());
+}
 void UserDefaultsUtil::resetListFilter(const std::string& moduleName, const std::string& criteriaId) {
     userDefaults_->removeValueForKey(listKey(moduleName, criteriaId, syncTimeSuffix), ofAccount());
+    userDefaults_->removeValueForKey(listKey(moduleName, criteriaId, lastAddedSuffix), ofAccount());
     setListFilterHasMoreRecord(true, moduleName, criteriaId);
 }
 

@@ -51,6 +51,11 @@ public:
     void setListFilterRecordSyncTime(std::int64_t time, const std::string& moduleName, const std::string& criteriaId);
     bool getListFilterHasMoreRecord(const std::string& moduleName, const std::string& criteriaId) const;
     void setListFilterHasMoreRecord(bool hasMore, const std::string& moduleName, const std::string& criteriaId);
+    /// The number of the last record added here that the server had accepted when it was asked for the beginning of the
+    /// list that is stored (`RecordIdAliases::lastNumber`); 0 until it is set. That answer decided on all of them.
+    std::int64_t getListFilterLastAddedRecord(const std::string& moduleName, const std::string& criteriaId) const;
+    void setListFilterLastAddedRecord(std::int64_t number, const std::string& moduleName,
+                                      const std::string& criteriaId);
     /// Restores the state before the first download.
     void resetListFilter(const std::string& moduleName, const std::string& criteriaId);
     /// The time in seconds when the views of modules changed last.

@@ -61,7 +61,9 @@ std::vector<std::string> columnsOf(const FilterRecordsQuery& query, const TableA
 /// evaluate it.
 std::optional<std::string> ownCondition(const CustomView& view, const FieldList& fields) {
     auto condition = CustomViewQueryFormation::getWhereCondition(view, fields);
-    return condition ? std::optional(*std::move(condition)) : std::nullopt;
+    if (!condition) return std::nullopt;
+    // Further conditions are joined to it, which may have an OR.
+    return condition->empty() ? "" : "(" + *condition + ")";
 }
 
 std::vector<Criteria> furtherConditions(const FilterRecordsQuery& query) {

@@ -10,9 +10,10 @@ namespace tarvo {
 namespace {
 
 namespace changeColumns {
-constexpr const char *number = "number", *enteredAt = "entered_at", *organisation = "organisation", *key = "key",
-                     *sends = "sends", *refusalCode = "refusal_code", *refusalMessage = "refusal_message",
-                     *refusalDetails = "refusal_details", *queue = "queue", *transactionId = "transaction_id";
+constexpr const char *number = "number", *enteredAt = "entered_at", *organisation = ChangeRegisterTable::organisation,
+                     *key = "key", *sends = "sends", *refusalCode = "refusal_code",
+                     *refusalMessage = ChangeRegisterTable::refusalMessage, *refusalDetails = "refusal_details",
+                     *queue = ChangeRegisterTable::queue, *transactionId = ChangeRegisterTable::transactionId;
 }
 
 // AUTOINCREMENT remembers the highest number after its row is gone. Code, message and details of a refusal have columns
@@ -72,7 +73,7 @@ Criteria areOfQueue(ChangeQueue queue, const std::vector<std::string>& transacti
 
 ChangeRegisterInDatabase::ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                                    std::string organisation)
-    : table_(std::move(databaseAdapter), "TARVO_CHANGES", changeRegisterTable()),
+    : table_(std::move(databaseAdapter), ChangeRegisterTable::name, changeRegisterTable()),
       organisation_(std::move(organisation)) {}
 
 std::optional<ChangeEntry> ChangeRegisterInDatabase::enter(ChangeQueue queue, const std::string& transactionId) {

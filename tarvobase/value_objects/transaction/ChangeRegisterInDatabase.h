@@ -5,6 +5,12 @@
 
 namespace tarvo {
 
+/// The table of the register, with the columns that statements over several tables name.
+struct ChangeRegisterTable {
+    static constexpr const char *name = "TARVO_CHANGES", *queue = "queue", *transactionId = "transaction_id",
+                                *refusalMessage = "refusal_message", *organisation = "organisation";
+};
+
 /// The register of changes in the account's database. All organisations share the table.
 class ChangeRegisterInDatabase final : public ChangeRegister {
 public:

@@ -1,5 +1,6 @@
 #include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
 
+#include "platform/Text.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
 #include "tarvobase/utils/TemporaryIds.h"
 
@@ -8,13 +9,19 @@ namespace tarvo {
 namespace {
 
 namespace aliasColumns {
-constexpr const char *temporaryId = "temporary_id", *moduleName = "module_name", *realId = "real_id";
+constexpr const char *temporaryId = "temporary_id", *moduleName = RecordIdAliasTable::moduleName,
+                     *realId = RecordIdAliasTable::realId, *organisation = RecordIdAliasTable::organisation,
+                     *number = RecordIdAliasTable::number;
 }
 
 EnsuredTable::Declaration aliasTable() {
     using namespace aliasColumns;
-    return {.columns = {{temporaryId, "TEXT"}, {moduleName, "TEXT"}, {realId, "TEXT"}},
-            .keys = std::string("UNIQUE (") + temporaryId + ", " + moduleName + ")"};
+    return {.columns = {{temporaryId, "TEXT"},
+                        {moduleName, "TEXT"},
+                        {realId, "TEXT"},
+                        {organisation, "TEXT"},
+                        {number, "INTEGER"}},
+            .keys = std::string("UNIQUE (") + temporaryId + ", " + moduleName + "), UNIQUE (" + number + ")"};
 }
 
 Criteria isAlias(const std::string& moduleName, const std::string& temporaryId) {
@@ -30,13 +37,26 @@ std::string RecordIdAliases::currentId(const std::string& moduleName, const std:
     return alias && alias.value() ? *alias.value() : recordId;
 }
 
-RecordIdAliasesInDatabase::RecordIdAliasesInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter)
-    : table_(std::move(databaseAdapter), "TARVO_RECORD_IDS", aliasTable()) {}
+RecordIdAliasesInDatabase::RecordIdAliasesInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                                                     std::string organisation)
+    : table_(std::move(databaseAdapter), RecordIdAliasTable::name, aliasTable()),
+      organisation_(std::move(organisation)) {}
 
 bool RecordIdAliasesInDatabase::store(const RecordIdAlias& alias) {
-    return table_.execute(InsertQuery(table_.name(), {{aliasColumns::temporaryId, alias.temporaryId},
-                                                      {aliasColumns::moduleName, alias.moduleName},
-                                                      {aliasColumns::realId, alias.realId}}));
+    using namespace aliasColumns;
+    auto columns =
+        text::join({temporaryId, aliasColumns::moduleName, aliasColumns::realId, organisation, number}, ", ");
+    return table_.execute(RawQuery("INSERT OR REPLACE INTO " + table_.name() + " (" + columns +
+                                       ") VALUES (?,?,?,?,(SELECT COALESCE(MAX(" + number + "), 0) + 1 FROM " +
+                                       table_.name() + "))",
+                                   {alias.temporaryId, alias.moduleName, alias.realId, organisation_}));
+}
+
+std::int64_t RecordIdAliasesInDatabase::lastNumber() {
+    FetchQuery query(table_.name());
+    query.columns = {std::string("MAX(") + aliasColumns::number + ") AS last"};
+    auto rows = table_.fetch(query);
+    return rows && !rows->empty() ? rows->front().valueOf("last").asInteger().value_or(0) : 0;
 }
 
 RecordIdAliases::Found RecordIdAliasesInDatabase::realId(const std::string& moduleName,
@@ -52,7 +72,7 @@ std::optional<std::vector<RecordIdAlias>> RecordIdAliasesInDatabase::aliasesOf(
 }
 
 bool RecordIdAliasesInDatabase::forget(const std::string& moduleName, const std::string& temporaryId) {
-    return table_.remove(isAlias(moduleName, temporaryId));
+    return table_.update({{aliasColumns::temporaryId, Value()}}, isAlias(moduleName, temporaryId));
 }
 
 std::optional<std::vector<RecordIdAlias>> RecordIdAliasesInDatabase::aliasesWhere(Criteria criteria) const {

@@ -4,6 +4,7 @@
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/list_view/GetListFilterRecords.h"
 #include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/CVRecordMapInDatabase.h"
 #include "tarvobase/usecase/Usecase.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
@@ -13,19 +14,6 @@ namespace tarvo {
 namespace {
 
 using Lists = GetListFilterRecords<>;
-
-/// A transaction queue with records that the server refused.
-class RefusedRecords final : public RefusedRecordsContract {
-public:
-    std::optional<RecordIds> getRecordIds(const std::string& moduleName,
-                                          const std::vector<RecordDependency::Kind>& kinds,
-                                          const std::string& errorMessage) override {
-        bool asked = moduleName == "Leads" && kinds == std::vector{RecordDependency::Kind::add} &&
-                     errorMessage == "Duplicate value";
-        return asked ? ids : std::nullopt;
-    }
-    std::optional<RecordIds> ids;
-};
 
 /// Leads in a real database. The view "offline" is kept in step; the view "online" needs the server.
 class RecordListTest : public RecordTableTest {
@@ -61,7 +49,6 @@ protected:
         seenCalls_ = 0;
         auto parts = GetFilterRecordListDM::current()->parts;
         parts.networkService->setNetworkAdapter(network);
-        parts.refusedRecords = refused;
         manager = std::make_shared<GetFilterRecordListDM>(parts);
     }
 
@@ -141,11 +128,32 @@ protected:
             .column = "Company", .filterInputValues = {{company}}, .filterType = StringFilterTypes::isExactly}});
         return page;
     }
+    /// Stores a record and its add in the queue, as a user's add does.
+    void addHere(const std::string& id, const std::string& company, const std::string& status = "Open") {
+        adapter().insertInto("LeadsRecords", ValueMap{{"id", id}, {"Company", company}, {"Status", status}});
+        Stores::current().transactions()->storeTransaction(
+            {.transactionID = id, .recordID = id, .moduleName = "Leads", .transactionTime = 1});
+    }
+    void refuse(const std::string& id, const std::string& message) {
+        auto changes = Stores::current().changeRegister();
+        changes->noteRefusal(changes->enter(ChangeQueue::older, id)->number, {.code = "code", .message = message});
+    }
+    void accept(const std::string& id, const std::string& realId) {
+        auto stores = Stores::current();
+        adapter().update("LeadsRecords", {{"id", realId}}, columnIs("id", id));
+        EXPECT_TRUE(stores.transactions()->removeTransaction(id));
+        EXPECT_TRUE(stores.recordIdAliases()->store({id, "Leads", realId}));
+    }
+    void restrictToOpen(const std::string& view) {
+        adapter().update(
+            "CUSTOM_VIEWS_METADATA",
+            {{"offline_query", "({0} = '{1}')"}, {"offline_query_replace_info", "Status\xE0\xAE\x83\xE0\xAF\x80Open"}},
+            columnIs("view_id", view));
+    }
     std::int64_t mapped(const std::string& view) { return map->count(view, "Leads").value_or(-1); }
     std::int64_t stored() { return adapter().count("LeadsRecords", std::nullopt).value_or(-1); }
 
     std::shared_ptr<ScriptedNetworkAdapter> network;
-    std::shared_ptr<RefusedRecords> refused = std::make_shared<RefusedRecords>();
     std::shared_ptr<GetFilterRecordListDM> manager;
     std::shared_ptr<CVRecordMapInDatabase> map;
     std::shared_ptr<UserDefaultsUtil> settings;
@@ -233,12 +241,14 @@ TEST_F(RecordListTest, TheFirstAnswerOfARunReplacesAnOnlineView) {
 
 TEST_F(RecordListTest, RefusedDuplicatesBelongToTheViewAndFiltersNarrowIt) {
     settings->setListFilterHasMoreRecord(false, "Leads", "offline");
+    restrictToOpen("offline");
     store("offline", 1, 3);
-    adapter().insertInto("LeadsRecords", {{"id", "NEW_000000001"}, {"Company", "mine"}, {"Owner_LOOKUP", "Ann"}});
+    addHere("NEW_000000001", "mine", "Lost");
+    adapter().update("LeadsRecords", {{"Owner_LOOKUP", "Ann"}}, columnIs("id", "NEW_000000001"));
     EXPECT_EQ(ask(page("offline")), "database: 3 2 1");
-    refused->ids.emplace();
+    refuse("NEW_000000001", "No permission");
     EXPECT_EQ(ask(page("offline")), "database: 3 2 1");
-    refused->ids->push_back("NEW_000000001");
+    refuse("NEW_000000001", "Duplicate value");
     EXPECT_EQ(ask(page("offline")), "database: NEW_000000001 3 2 1");
     auto mine = ofCompany("mine", page("offline"));
     mine.columns = {{"Owner", "no such column"}};
@@ -250,6 +260,84 @@ TEST_F(RecordListTest, RefusedDuplicatesBelongToTheViewAndFiltersNarrowIt) {
     ASSERT_TRUE(shown);
     EXPECT_EQ(shown->getString("Owner_LOOKUP"), "Ann");
     EXPECT_FALSE(shown->hasColumn("Company"));
+}
+
+TEST_F(RecordListTest, ARecordAddedHereIsInEachListWhoseOwnConditionAcceptsIt) {
+    storeView("open", true, "Company", "asc");
+    restrictToOpen("open");
+    for (auto view : {"offline", "open", "online"}) {
+        settings->setListFilterHasMoreRecord(false, "Leads", view);
+        store(view, 1, 1);
+    }
+    adapter().update("LeadsRecords", {{"Company", "M"}}, columnIs("id", "1"));
+    addHere("NEW_000000001", "A"), addHere("NEW_000000002", "Z"), addHere("NEW_000000003", "Z", "Lost");
+    auto lists = [&] {
+        std::vector<std::string> all;
+        for (auto view : {"offline", "open", "online"}) all.push_back(ask(page(view, {}, {}, DataSource::database)));
+        return text::join(all, "; ");
+    };
+    EXPECT_EQ(lists(),
+              "database: NEW_000000003 NEW_000000002 NEW_000000001 1; database: NEW_000000001 1 NEW_000000002; "
+              "database: 1");
+    refuse("NEW_000000002", "No permission");
+    adapter().insertInto("LeadsRecords", ValueMap{{"id", "NEW_000000004"}, {"Company", "B"}, {"Status", "Lost"}});
+    EXPECT_TRUE(
+        Stores::current().currentTransactions()->storeTransactions({{.id = 1, .recordId = "NEW_000000004"}}, {}));
+    EXPECT_EQ(ask(page("offline", {}, 1, DataSource::database)), "database: NEW_000000004");
+    EXPECT_TRUE(Stores::current().currentTransactions()->deleteTransactionWithId(1));
+    accept("NEW_000000001", "41"), accept("NEW_000000003", "43");
+    EXPECT_EQ(lists(), "database: NEW_000000002 43 41 1; database: 41 1 NEW_000000002; database: 1");
+    // Another record takes the temporary id, and the view changes its mind about an accepted one.
+    EXPECT_TRUE(Stores::current().recordIdAliases()->forget("Leads", "NEW_000000001"));
+    adapter().update("LeadsRecords", {{"Status", "Open"}}, columnIs("id", "43"));
+    EXPECT_EQ(lists(), "database: NEW_000000002 43 41 1; database: 41 1 NEW_000000002 43; database: 1");
+    adapter().deleteObjects("LeadsRecords", columnIs("id", "43"));
+    configuration().currentOrgID = "another";
+    useNetwork();
+    EXPECT_EQ(lists(), "database: 1; database: 1; database: 1");
+}
+
+TEST_F(RecordListTest, TheFirstAnswerAfterTheAcceptanceDecidesOnARecordAddedHere) {
+    store("offline", 1, 2);
+    addHere("NEW_000000001", "A");
+    answer({"2"}, R"("more_records":true)");
+    network->beforeAnswer = [&] { accept("NEW_000000001", "40"); };
+    auto anew = page("offline", {}, {}, DataSource::network);
+    EXPECT_EQ(ask(anew), "network: 40 2 1+") << "the request was made before the acceptance";
+    network->beforeAnswer = [] {};
+    answer({"0"}, R"("more_records":true)");
+    EXPECT_EQ(ask(page("offline")), "database: 40 2 1+ | network: 40 2 1 0+") << "the rest of the list";
+    answer({"2"}, R"("more_records":true)");
+    EXPECT_EQ(ask(anew), "network: 2 1 0+");
+    addHere("NEW_000000001", "A");
+    accept("NEW_000000001", "50");
+    answer({"50"}, R"("more_records":false)");
+    EXPECT_EQ(ask(anew), "network: 50 2 1 0");
+    EXPECT_EQ(mapped("offline"), 4);
+}
+
+TEST_F(RecordListTest, ARecordAddedHereNeverCountsAsHeld) {
+    using enum DataSource;
+    const std::tuple<int, GetListFilterRecordsParams, const char*, const char*> cases[] = {
+        {3, page("offline", 0, 3), "not asked", "database: NEW_000000001 3 2+"},
+        {2, page("offline", 0, 3), "2/1000", "database: NEW_000000001 2 1+ | network: NEW_000000001 9001 2"},
+        {3, page("offline", 3, 3), "3/1000", "database: 1+ | network: 2 1"},
+        {2, page("offline", 0, 9), "2/1000", "database: NEW_000000001 2 1+ | network: NEW_000000001 9001 2 1"},
+        {1, page("offline", {}, {}, either), "not asked", "database: NEW_000000001 1+"},
+        {0, page("offline", {}, {}, either), "0/200", "database: NEW_000000001+ | network: NEW_000000001 9001"},
+        {3, ofCompany("mine", page("offline", 0, 1)), "3/1000", "database: NEW_000000001+ | network: NEW_000000001"}};
+    addHere("NEW_000000001", "mine");
+    for (auto& [held, page, asked, answers] : cases) {
+        SCOPED_TRACE(std::to_string(held) + " held, " + answers);
+        adapter().deleteObjects("LeadsRecords", Criteria::notEqualTo("id", "NEW_000000001"));
+        map->delete_("offline", "Leads");
+        store("offline", 1, held);
+        settings->setListFilterHasMoreRecord(true, "Leads", "offline");
+        useNetwork();
+        answer({"9001"}, R"("more_records":false)");
+        EXPECT_EQ(ask(page), answers);
+        EXPECT_EQ(takeCounts(), asked);
+    }
 }
 
 TEST_F(RecordListTest, AnUnusableAnswerFailsAndChangesNoRow) {
@@ -405,7 +493,7 @@ TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
     settings->setListFilterHasMoreRecord(false, "Leads", "offline");
     map->store(ids, "offline", "Leads");
     ASSERT_TRUE(map->hasMoreThan(2000, "offline", "Leads"));
-    refused->ids = {{"10000", rows.front().find("id")->asText()->c_str()}};
+    std::vector<std::string> unsynced{"10000", *rows.front().find("id")->asText()};
     auto info = *manager->parts.moduleInfoDatamanager->getModuleInfo("Leads");
     GetCVRecordsDBS orders(configuration().databaseAdapter.get(), map);
     for (std::string column : {"null", "Company", "Status", "Owner", "Amount", "Size", "id"})
@@ -426,7 +514,7 @@ TEST_F(RecordListTest, LongListsHaveTheRowsAndTheOrderOfShortOnes) {
                 return idsOf(Record::fromRows(*adapter().fetchObjects(query), "Leads", info.metadata.naming()));
             };
             auto inMap = map->getFilterMappingCriteria("offline", "Leads");
-            std::vector both{inMap, columnIn("id", *refused->ids)};
+            std::vector both{inMap, columnIn("id", unsynced)};
             // The first round runs without an index in this order, the second one with it.
             for (int round = 0; round < 2; ++round)
                 for (std::int64_t from : {0, 1500, 2690}) {

@@ -88,7 +88,7 @@ TEST_F(ChangeTableTest, WithoutADatabaseNothingCountsAsStoredOrEmpty) {
         EXPECT_FALSE(TransactionRecordInDatabase(database).getTransactionRecord("r1"));
         EXPECT_FALSE(ChangeRegisterInDatabase(database, "").enter(ChangeQueue::older, "t1"));
         EXPECT_FALSE(ChangeRegisterInDatabase(database, "").entries());
-        EXPECT_FALSE(RecordIdAliasesInDatabase(database).realId("Leads", "NEW_1"));
+        EXPECT_FALSE(RecordIdAliasesInDatabase(database, "").realId("Leads", "NEW_1"));
     }
 }
 
@@ -265,7 +265,7 @@ TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
 }
 
 TEST_F(ChangeTableTest, ATemporaryIdLeadsToTheRealOneOfItsModule) {
-    RecordIdAliasesInDatabase aliases(adapter);
+    RecordIdAliasesInDatabase aliases(adapter, "org");
     EXPECT_EQ(*aliases.realId("Leads", "NEW_000000001"), std::nullopt);
     EXPECT_TRUE(aliases.store({"NEW_000000001", "Leads", "1"}));
     EXPECT_TRUE(aliases.store({"NEW_000000001", "Deals", "2"}));
@@ -275,6 +275,9 @@ TEST_F(ChangeTableTest, ATemporaryIdLeadsToTheRealOneOfItsModule) {
     EXPECT_TRUE(aliases.forget("Leads", "NEW_000000001"));
     EXPECT_EQ(*aliases.realId("Leads", "NEW_000000001"), std::nullopt);
     EXPECT_EQ(*aliases.realId("Deals", "NEW_000000001"), "2");
+    EXPECT_EQ(aliases.lastNumber(), 3);
+    EXPECT_TRUE(aliases.store({"NEW_000000001", "Leads", "4"}));
+    EXPECT_EQ(aliases.lastNumber(), 4);
 }
 
 TEST(TransactionMapTest, TheLabelOfTheFieldAloneMayBeAbsent) {
