@@ -5,9 +5,10 @@
 #include <set>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/record_changes/ChangePayload.h"
+#include "tarvobase/record_changes/internal/ChangePayload.h"
 #include "tarvobase/record_changes/internal/ChangeTurns.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
+#include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/records/RecordUtil.h"
 
 namespace tarvo {
@@ -120,33 +121,14 @@ std::optional<QueuedChanges::Numbers> QueuedChanges::retry(const Numbers& number
     return isStored ? std::optional(std::move(ready)) : std::nullopt;
 }
 
-/// A payload that changes gets a new key; a change that is sent as it was keeps its own.
 bool QueuedChanges::retryOne(const Transaction& change, const Change& listed) const {
     auto rows = stores_.transactions();
-    auto changes = stores_.changeRegister();
-    bool isEdit = change.operationType == TransactionType::editRecord;
-    auto payload = isEdit ? ChangePayload::of(change) : std::nullopt;
-    auto reduced = payload;
     auto ofRecord = rows->getTransactions(change.recordID);
     if (!ofRecord) return false;
-    if (reduced)
-        for (auto& later : ofRecord->transactions) {
-            bool isLaterEdit = later.operationType == TransactionType::editRecord &&
-                               later.moduleName == change.moduleName && later.transactionTime > change.transactionTime;
-            auto set = isLaterEdit ? ChangePayload::of(later) : std::nullopt;
-            if (!set) continue;
-            for (auto& entry : *set)
-                if (entry.name != RecordConstants::FieldAPINames::Id) reduced->remove(entry.name);
-        }
-    if (reduced && reduced->size() <= 1 && reduced->size() < payload->size())
-        return rows->removeTransaction(change.transactionID) &&
-               changes->remove(ChangeQueue::older, {change.transactionID});
-    if (reduced && reduced->size() < payload->size()) {
-        auto shorter = change;
-        shorter.dataJSON = ChangePayload::body(*reduced);
-        if (!shorter.dataJSON || !rows->storeTransaction(shorter) || !changes->renewKey(listed.number)) return false;
-    }
-    if (!rows->makeReady({change.transactionID}) || !changes->forgetRefusal(listed.number)) return false;
+    bool isEdit = change.operationType == TransactionType::editRecord;
+    if (isEdit && !SupersededEdits::leaveOut(stores_, change, ofRecord->transactions)) return false;
+    if (!rows->makeReady({change.transactionID}) || !stores_.changeRegister()->forgetRefusal(listed.number))
+        return false;
     return change.operationType != TransactionType::addRecord || freeDependents(stores_, change.recordID);
 }
 

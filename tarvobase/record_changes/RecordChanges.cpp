@@ -6,6 +6,7 @@
 #include "platform/Files.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/transaction/ChangeNotices.h"
@@ -145,11 +146,21 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
         if (row.moduleName != module.moduleName) continue;
         auto isIts = [&](auto& entry) { return entry.transactionId == row.transactionID; };
         auto entry = std::find_if(entries->begin(), entries->end(), isIts);
-        bool wasSent = entry != entries->end() && entry->sends > 0 && !entry->lastRefusal;
-        if (row.operationType != TransactionType::addRecord || !wasSent) dropped.push_back(row.transactionID);
+        bool mayBeApplied = entry != entries->end() && entry->sends > 0 && !entry->isKnownToBeRefused();
+        if (row.operationType != TransactionType::addRecord || !mayBeApplied)
+            dropped.push_back(row.transactionID);
+        else if (entry->lastRefusal && !repeatAdd(*entry, recordId))
+            return false;
     }
     return parts_.stores.transactions()->removeTransactionsWithIds(dropped) &&
            (dropped.empty() || parts_.stores.changeRegister()->remove(ChangeQueue::older, dropped));
+}
+
+/// Sends an add of unknown outcome once more, under its key, to learn the id that the server gave.
+bool DeleteRecordDataManager::repeatAdd(const ChangeEntry& add, const std::string& recordId) const {
+    auto& stores = parts_.stores;
+    return stores.transactions()->makeReady({add.transactionId}) &&
+           stores.changeRegister()->forgetRefusal(add.number) && freeDependents(stores, recordId);
 }
 
 /// Attachments lie in two places: where uploads and downloads put them, in a folder of their own, and in one folder for

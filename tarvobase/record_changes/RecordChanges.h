@@ -60,6 +60,7 @@ public:
 
 private:
     bool dropQueued(const std::string& recordId, const Module& module) const;
+    bool repeatAdd(const ChangeEntry& add, const std::string& recordId) const;
     bool deleteAttachments(const std::string& recordId, const Module& module, std::vector<std::string>& files) const;
 
     const RecordChangeParts parts_;

@@ -6,7 +6,7 @@
 #include "platform/Json.h"
 #include "platform/Random.h"
 #include "tarvobase/database_layer/TransactionEnd.h"
-#include "tarvobase/record_changes/ChangePayload.h"
+#include "tarvobase/record_changes/internal/ChangePayload.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/record_changes/wire/NetworkParamConstant.h"
@@ -25,10 +25,20 @@ ValueMap parametersOf(const Module& module) {
     return parameters;
 }
 
-/// Returns whether the server has not applied the change: it said so, or was never asked. After an answer that could
-/// not be read it may have.
-bool isKnownToBeRefused(const ChangeEntry& entry) {
-    return entry.lastRefusal && entry.lastRefusal->code != ErrorResponse::parsingFailed().code;
+/// Lays an edit over the payload of an add.
+void mergeEdit(ValueMap& add, const ValueMap& edit) {
+    for (auto& entry : edit) {
+        if (entry.value.isNull() || entry.name == RecordConstants::FieldAPINames::Id)
+            add.remove(entry.name);
+        else
+            add.set(entry.name, entry.value);
+    }
+}
+
+bool isRefusedAdd(const Stores& stores, const Transaction& row) {
+    if (row.operationType != TransactionType::addRecord || !QueuedChange(row).hasFailed()) return false;
+    auto entries = stores.changeRegister()->entriesOf(ChangeQueue::older, {row.transactionID});
+    return entries && !entries->empty() && entries->front().isKnownToBeRefused();
 }
 
 }  // namespace
@@ -63,10 +73,7 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::addEdit(const
         if (!isStored) return std::nullopt;
         if (refused) {
             type = TransactionType::addRecord;
-            for (auto& entry : payload)
-                entry.value.isNull() ? static_cast<void>(refused->remove(entry.name))
-                                     : refused->set(entry.name, entry.value);
-            refused->remove(RecordConstants::FieldAPINames::Id);
+            mergeEdit(*refused, payload);
             payload = *std::move(refused);
         }
     }
@@ -82,28 +89,31 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::addEdit(const
                           parametersOf(module));
 }
 
-/// Takes the refused add of a record out of the queue and returns its payload. What failed for its sake is ready again.
+/// Takes the refused add of a record out of the queue and returns its payload. Edits that waited for it go with it:
+/// sent after the new add they would undo what is newer. What else failed for its sake is ready again.
 std::optional<ValueMap> RecordTransactionManager::takeRefusedAdd(const std::string& recordId, const Module& module,
                                                                  bool& isStored) {
     auto changes = stores_.changeRegister();
     auto queued = stores_.transactions()->getTransactions(recordId);
-    if (!queued) {
-        isStored = false;
-        return std::nullopt;
-    }
+    isStored = queued.has_value();
+    if (!queued) return std::nullopt;
+    std::optional<ValueMap> payload;
+    std::vector<std::string> taken;
     for (auto& row : queued->transactions) {
-        bool isAdd = row.operationType == TransactionType::addRecord && row.moduleName == module.moduleName;
-        if (!isAdd || !QueuedChange(row).hasFailed()) continue;
-        auto entries = changes->entriesOf(ChangeQueue::older, {row.transactionID});
-        if (!entries || entries->empty() || !isKnownToBeRefused(entries->front())) continue;
-        auto payload = ChangePayload::of(row);
-        if (!payload) continue;
-        isStored = stores_.transactions()->removeTransaction(row.transactionID) &&
-                   changes->remove(ChangeQueue::older, {row.transactionID}) &&
-                   freeDependents(stores_, recordId).has_value();
-        return payload;
+        if (row.moduleName != module.moduleName) continue;
+        bool isEdit = payload && row.operationType == TransactionType::editRecord;
+        auto own = isEdit || isRefusedAdd(stores_, row) ? ChangePayload::of(row) : std::nullopt;
+        if (!own) continue;
+        taken.push_back(row.transactionID);
+        if (isEdit)
+            mergeEdit(*payload, *own);
+        else
+            payload = std::move(own);
     }
-    return std::nullopt;
+    if (!payload) return std::nullopt;
+    isStored = stores_.transactions()->removeTransactionsWithIds(taken) && changes->remove(ChangeQueue::older, taken) &&
+               freeDependents(stores_, recordId).has_value();
+    return payload;
 }
 
 RecordTransactionManagerProtocol::Queued RecordTransactionManager::deleteRecord(const std::string& recordID,

@@ -396,7 +396,9 @@ bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, c
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction.id)});
     if (!entries) return false;
     auto lastWords = result.silence ? ErrorResponse{.code = noAnswerCode, .message = *result.silence} : error;
-    if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords)) return false;
+    bool mayBeApplied = result.silence || error.code == ErrorResponse::parsingFailed().code;
+    if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords, mayBeApplied))
+        return false;
     logResult(transaction, "transaction failed.", ". error: " + error.code);
     bool isErrorStored = result.silence ? txnPersistence_->setTransactionErrors({{transaction.id, error}})
                                         : updateError(transaction.id, error);

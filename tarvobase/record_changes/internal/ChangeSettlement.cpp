@@ -1,9 +1,13 @@
 #include "tarvobase/record_changes/internal/ChangeSettlement.h"
 
+#include <algorithm>
+
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/record_changes/internal/DeletedRecord.h"
+#include "tarvobase/record_changes/internal/QueuedChange.h"
+#include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 
@@ -19,6 +23,14 @@ ErrorResponse refusalOf(const ChangeAnswer& answer) {
     return isRefusal ? *answer.refusal : ErrorResponse::parsingFailed();
 }
 
+/// Returns whether the answer has the record as it is now. An edit that is sent again is answered as it was at first: a
+/// later edit may have been accepted since, and would seem to be undone. The record of an upload is not an
+/// attachment's.
+bool hasServersRecord(const ChangeEntry& entry, const Transaction& sent, const ChangeAnswer& answer) {
+    bool isRepeatedEdit = sent.operationType == T::editRecord && entry.sends > 1;
+    return answer.record && !isRepeatedEdit && sent.operationType != T::addAttachment;
+}
+
 }  // namespace
 
 ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records,
@@ -27,29 +39,29 @@ ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordP
 
 bool ChangeSettlement::settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
     auto& database = stores_.databaseAdapter();
-    bool isStored =
-        database && database->transaction("answer to a change", [&] { return store(sent, entry.number, answer); });
+    bool isStored = database && database->transaction("answer to a change", [&] { return store(sent, entry, answer); });
     if (!isStored || answer.outcome == Outcome::noAnswer) return false;
     notify(sent, entry, answer);
-    follow(sent, answer);
+    follow(sent, entry, answer);
     return true;
 }
 
-bool ChangeSettlement::store(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const {
+bool ChangeSettlement::store(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
     switch (answer.outcome) {
         case Outcome::noAnswer:
             return stores_.transactions()->makeReady({sent.transactionID});
         case Outcome::accepted:
-            return storeAccepted(sent, answer);
+            return storeAccepted(sent, entry, answer);
         case Outcome::refused:
         case Outcome::unreadable:
-            return storeRefused(sent, number, refusalOf(answer));
+            return storeRefused(sent, entry, answer);
     }
     return false;
 }
 
 /// A delete may have dropped the row of an edit meanwhile. The record has no row here then, and gets none.
-bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeAnswer& answer) const {
+bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeEntry& entry,
+                                     const ChangeAnswer& answer) const {
     if (!stores_.transactions()->removeTransaction(sent.transactionID) ||
         !stores_.changeRegister()->remove(ChangeQueue::older, {sent.transactionID}))
         return false;
@@ -58,9 +70,9 @@ bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeAnswer
     if (sent.operationType == T::deleteRecord)
         return removeDeletedRecord(stores_, *records_, sent.moduleName, sent.recordID);
     auto& recordId = isAdd ? answer.recordId : sent.recordID;
-    bool hasRecord = answer.record.has_value() && sent.operationType != T::addAttachment;
+    bool hasRecord = hasServersRecord(entry, sent, answer);
     return (!hasRecord || storeServerRecord(sent.moduleName, recordId, *answer.record)) &&
-           tidySides(sent.moduleName, recordId, hasRecord);
+           tidyRest(sent, recordId, hasRecord);
 }
 
 /// An answer need not have all fields, so that it goes over the local row instead of in its place. A record without a
@@ -74,26 +86,33 @@ bool ChangeSettlement::storeServerRecord(const std::string& moduleName, const st
     return true;
 }
 
-/// The two sides of a record stay while changes of it are left; their server side is then what the answer made of it.
-bool ChangeSettlement::tidySides(const std::string& moduleName, const std::string& recordId,
-                                 bool hasServerRecord) const {
+/// What failed before must not undo an accepted edit when it is tried again. The two sides of a record stay while
+/// changes of it are left; their server side is then what the answer made of it.
+bool ChangeSettlement::tidyRest(const Transaction& accepted, const std::string& recordId, bool hasServerRecord) const {
     auto sides = stores_.transactionRecords();
     auto left = stores_.transactions()->getTransactions(recordId);
+    if (left && !left->transactions.empty() && accepted.operationType == T::editRecord) {
+        if (!SupersededEdits::leaveOutAccepted(stores_, accepted, left->transactions)) return false;
+        left = stores_.transactions()->getTransactions(recordId);
+    }
     if (!left) return false;
     if (left->transactions.empty()) return sides->removeTransactionRecord(recordId);
     auto found = sides->getTransactionRecord(recordId);
     if (!hasServerRecord || !found || !found.value()) return true;
-    auto current = records_->fetchRecord(moduleName, recordId);
+    auto current = records_->fetchRecord(accepted.moduleName, recordId);
     if (!current) return true;
     auto record = *found.value();
     record.serverData = current->getDictionary();
     return sides->storeTransactionRecordPersistance(record);
 }
 
-bool ChangeSettlement::storeRefused(const Transaction& sent, std::int64_t number, const ErrorResponse& refusal) const {
+bool ChangeSettlement::storeRefused(const Transaction& sent, const ChangeEntry& entry,
+                                    const ChangeAnswer& answer) const {
+    bool isOpen = answer.isOfWholeRequest && entry.sends > 1;
+    bool mayBeApplied = answer.outcome == Outcome::unreadable || isOpen;
     return stores_.transactions()->updateTransaciton(sent.transactionID, std::nullopt, std::nullopt,
                                                      std::string(Transaction::State::error)) &&
-           stores_.changeRegister()->noteRefusal(number, refusal);
+           stores_.changeRegister()->noteRefusal(entry.number, refusalOf(answer), mayBeApplied);
 }
 
 /// A change that a delete has dropped meanwhile is not in the queue any more, and its refusal concerns nobody.
@@ -109,8 +128,16 @@ void ChangeSettlement::notify(const Transaction& sent, const ChangeEntry& entry,
     if (row && row.value()) changeNotices::refused(std::move(change), refusalOf(answer));
 }
 
+/// Returns whether another change of the record is about to be answered. A record that is fetched before its answer and
+/// stored after it would take the change from the screen.
+bool ChangeSettlement::goesOn(const std::string& recordId) const {
+    auto left = stores_.transactions()->getTransactions(recordId);
+    return left && std::any_of(left->transactions.begin(), left->transactions.end(),
+                               [](auto& row) { return !QueuedChange(row).hasFailed(); });
+}
+
 /// What comes after the commit.
-void ChangeSettlement::follow(const Transaction& sent, const ChangeAnswer& answer) const {
+void ChangeSettlement::follow(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
     bool isAccepted = answer.outcome == Outcome::accepted;
     if (isAccepted && sent.operationType == T::addRecord)
         BrenNotificationCenter::shared().notify<RecordChangedObserver>(
@@ -118,9 +145,9 @@ void ChangeSettlement::follow(const Transaction& sent, const ChangeAnswer& answe
                 observer.recordUpdated(module, former, now);
             });
     bool isRecord = sent.operationType == T::addRecord || sent.operationType == T::editRecord;
-    if (isAccepted && isRecord && !answer.record)
-        fetch_(sent.moduleName, sent.operationType == T::addRecord ? answer.recordId : sent.recordID,
-               RecordRefetch::Reason::bareAcceptance);
+    auto& recordId = sent.operationType == T::addRecord ? answer.recordId : sent.recordID;
+    if (isAccepted && isRecord && !hasServersRecord(entry, sent, answer) && !goesOn(recordId))
+        fetch_(sent.moduleName, recordId, RecordRefetch::Reason::bareAcceptance);
     if (!isAccepted && sent.operationType == T::deleteRecord)
         fetch_(sent.moduleName, sent.recordID, RecordRefetch::Reason::refusedDelete);
 }

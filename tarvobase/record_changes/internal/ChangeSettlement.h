@@ -28,13 +28,14 @@ public:
     bool settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
 
 private:
-    bool store(const Transaction& sent, std::int64_t number, const ChangeAnswer& answer) const;
-    bool storeAccepted(const Transaction& sent, const ChangeAnswer& answer) const;
-    bool storeRefused(const Transaction& sent, std::int64_t number, const ErrorResponse& refusal) const;
+    bool store(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
+    bool storeAccepted(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
+    bool storeRefused(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool storeServerRecord(const std::string& moduleName, const std::string& recordId, const ValueMap& record) const;
-    bool tidySides(const std::string& moduleName, const std::string& recordId, bool hasServerRecord) const;
+    bool tidyRest(const Transaction& accepted, const std::string& recordId, bool hasServerRecord) const;
     void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
-    void follow(const Transaction& sent, const ChangeAnswer& answer) const;
+    bool goesOn(const std::string& recordId) const;
+    void follow(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
 
     const Stores stores_;
     const std::shared_ptr<RecordPersistanceDelegate> records_;

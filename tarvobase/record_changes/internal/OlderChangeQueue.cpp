@@ -112,7 +112,7 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
     std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("fail a change", [&] {
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
-        return entry && stores_.changeRegister()->noteRefusal(entry->number, refusal) &&
+        return entry && stores_.changeRegister()->noteRefusal(entry->number, refusal, false) &&
                stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
                                                          std::string(Transaction::State::error));
     });
@@ -122,13 +122,25 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
 }
 
 /// The server never had the record, so that it agrees.
+/// Takes the delete of a record that the server never had out of the queue. An add of it that was refused while the
+/// delete waited goes as well: it must not come back when failed changes are tried again. The delete stays beside an
+/// add that may have been applied: trying that again finds the id.
 OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
     auto& id = change.transaction.transactionID;
+    std::vector<std::string> dropped{id};
+    for (auto& other : queue_)
+        if (other.transaction.operationType == TransactionType::addRecord &&
+            other.transaction.recordID == change.transaction.recordID)
+            dropped.push_back(other.transaction.transactionID);
+    auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::older, dropped);
+    if (!entries) return Step::failed;
+    if (std::any_of(entries->begin(), entries->end(), [](auto& entry) { return entry.mayBeApplied; }))
+        return failForDependency(change);
     std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("drop a delete", [&] {
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
-        return entry && stores_.transactions()->removeTransaction(id) &&
-               stores_.changeRegister()->remove(ChangeQueue::older, {id});
+        return entry && stores_.transactions()->removeTransactionsWithIds(dropped) &&
+               stores_.changeRegister()->remove(ChangeQueue::older, dropped);
     });
     if (!isStored) return Step::failed;
     changeNotices::accepted(Change::of(change.transaction, *entry), std::nullopt);

@@ -38,7 +38,10 @@ struct ChangeAnswer {
     /// have all fields.
     std::optional<ValueMap> record{};
     std::optional<ErrorResponse> refusal{};  ///< present if the change is refused
-    std::optional<Silence> silence{};        ///< present if there is no answer
+    /// Whether the server failed the request as a whole. It has not looked at the change then, and says nothing of an
+    /// earlier send of it.
+    bool isOfWholeRequest = false;
+    std::optional<Silence> silence{};  ///< present if there is no answer
 
     friend bool operator==(const ChangeAnswer&, const ChangeAnswer&) = default;
 };

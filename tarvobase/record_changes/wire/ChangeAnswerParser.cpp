@@ -73,16 +73,22 @@ std::optional<ChangeAnswer> answerOfErrors(const std::optional<ValueList>& error
     return refusal ? ChangeAnswer::refused(*std::move(refusal)) : ChangeAnswer::unreadable();
 }
 
+ChangeAnswer ofWholeRequest(ChangeAnswer answer) {
+    answer.isOfWholeRequest = true;
+    return answer;
+}
+
 ValueMap infoOf(const ValueMap& entry) { return readKey<ValueMap>(entry, "info").value_or(ValueMap()); }
 
 using EntryResult = Result<ValueMap, ChangeAnswer>;
 
 /// Returns the first entry of an answer, or the outcome of an answer that has none or an error in it.
 EntryResult firstEntryIn(const ValueMap& body) {
-    if (auto failed = answerOfErrors(readKey<ValueList>(body, "error"))) return *failed;
+    if (auto failed = answerOfErrors(readKey<ValueList>(body, "error"))) return ofWholeRequest(*std::move(failed));
     auto response = readKey<ValueMap>(body, "response");
     if (!response) return ChangeAnswer::unreadable();
-    if (auto error = readKey<ValueMap>(*response, "error")) return *answerOfErrors(ValueList{Value(*error)});
+    if (auto error = readKey<ValueMap>(*response, "error"))
+        return ofWholeRequest(*answerOfErrors(ValueList{Value(*error)}));
     auto result = readKey<ValueList>(*response, "result");
     auto entry = result ? readIndex<ValueMap>(*result, 0) : std::nullopt;
     if (!entry) return ChangeAnswer::unreadable();

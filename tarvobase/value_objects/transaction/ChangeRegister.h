@@ -30,8 +30,14 @@ struct ChangeEntry {
     std::string key;
     std::int64_t sends = 0;  ///< requests that were started
     std::optional<ErrorResponse> lastRefusal;
+    /// Whether the server may have applied the change all the same: its answer could not be read, or it failed a repeat
+    /// as a whole, after a send without an answer.
+    bool mayBeApplied = false;
     ChangeQueue queue = ChangeQueue::older;
     std::string transactionId;  ///< the row in its queue; the current queue's number in decimal
+
+    /// Returns whether the server has not applied the change: it said so, or was never asked.
+    bool isKnownToBeRefused() const { return lastRefusal && !mayBeApplied; }
 
     friend bool operator==(const ChangeEntry&, const ChangeEntry&) = default;
 };
@@ -53,7 +59,7 @@ public:
     virtual Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
     /// Counts one more send.
     virtual bool noteSend(std::int64_t number) = 0;
-    virtual bool noteRefusal(std::int64_t number, const ErrorResponse& refusal) = 0;
+    virtual bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) = 0;
     /// Forgets the refusal of a change that is to be sent again as it is, under its key.
     virtual bool forgetRefusal(std::int64_t number) = 0;
     /// Gives a change with a new payload a new key, and forgets its refusal. Returns the key, or nullopt if it could

@@ -13,7 +13,8 @@ namespace changeColumns {
 constexpr const char *number = "number", *enteredAt = "entered_at", *organisation = ChangeRegisterTable::organisation,
                      *key = "key", *sends = "sends", *refusalCode = "refusal_code",
                      *refusalMessage = ChangeRegisterTable::refusalMessage, *refusalDetails = "refusal_details",
-                     *queue = ChangeRegisterTable::queue, *transactionId = ChangeRegisterTable::transactionId;
+                     *mayBeApplied = "may_be_applied", *queue = ChangeRegisterTable::queue,
+                     *transactionId = ChangeRegisterTable::transactionId;
 }
 
 // AUTOINCREMENT remembers the highest number after its row is gone. Code, message and details of a refusal have columns
@@ -28,6 +29,7 @@ EnsuredTable::Declaration changeRegisterTable() {
                         {refusalCode, "TEXT"},
                         {refusalMessage, "TEXT"},
                         {refusalDetails, "TEXT"},
+                        {mayBeApplied, "INTEGER DEFAULT 0"},
                         {queue, "TEXT"},
                         {transactionId, "TEXT"}},
             .keys = std::string("UNIQUE (") + queue + ", " + transactionId + ")"};
@@ -52,15 +54,17 @@ ChangeEntry entryOf(const Row& row) {
             .key = text(key),
             .sends = integer(sends),
             .lastRefusal = refusalOf(row),
+            .mayBeApplied = integer(mayBeApplied) != 0,
             .queue = fromRawText<ChangeQueue>(text(queue)).value_or(ChangeQueue::older),
             .transactionId = text(transactionId)};
 }
 
-ValueMap refusalValues(const std::optional<ErrorResponse>& refusal) {
+ValueMap refusalValues(const std::optional<ErrorResponse>& refusal, bool mayBeApplied = false) {
     auto details = refusal && refusal->details ? json::write(Value(*refusal->details)) : std::nullopt;
     return {{changeColumns::refusalCode, refusal ? Value(refusal->code) : Value()},
             {changeColumns::refusalMessage, refusal ? Value(refusal->message) : Value()},
-            {changeColumns::refusalDetails, details ? Value(*details) : Value()}};
+            {changeColumns::refusalDetails, details ? Value(*details) : Value()},
+            {changeColumns::mayBeApplied, mayBeApplied ? 1 : 0}};
 }
 
 Criteria hasNumber(std::int64_t number) { return Criteria::equalTo(changeColumns::number, number); }
@@ -101,8 +105,8 @@ bool ChangeRegisterInDatabase::noteSend(std::int64_t number) {
                                        changeColumns::number + " = ?",
                                    {number}));
 }
-bool ChangeRegisterInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal) {
-    return table_.update(refusalValues(refusal), hasNumber(number));
+bool ChangeRegisterInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) {
+    return table_.update(refusalValues(refusal, mayBeApplied), hasNumber(number));
 }
 bool ChangeRegisterInDatabase::forgetRefusal(std::int64_t number) {
     return table_.update(refusalValues(std::nullopt), hasNumber(number));

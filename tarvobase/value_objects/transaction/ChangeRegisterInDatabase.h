@@ -21,7 +21,7 @@ public:
     Entries entries() override;
     Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
     bool noteSend(std::int64_t number) override;
-    bool noteRefusal(std::int64_t number, const ErrorResponse& refusal) override;
+    bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) override;
     bool forgetRefusal(std::int64_t number) override;
     std::optional<std::string> renewKey(std::int64_t number) override;
     bool remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;

@@ -59,7 +59,8 @@ protected:
         for (auto& row : queued->transactions) {
             auto entry = parts->stores.changeRegister()->enter(ChangeQueue::older, row.transactionID);
             parts->stores.changeRegister()->noteSend(entry->number);
-            parts->stores.changeRegister()->noteRefusal(entry->number, {.code = code, .message = code});
+            parts->stores.changeRegister()->noteRefusal(entry->number, {.code = code, .message = code},
+                                                        code == ErrorResponse::parsingFailed().code);
             parts->stores.transactions()->updateTransaciton(row.transactionID, std::nullopt, std::nullopt,
                                                             std::string(Transaction::State::error));
         }
@@ -133,6 +134,7 @@ TEST_F(RecordChangesTest, FirstEditKeepsTheServersSide) {
 
 TEST_F(RecordChangesTest, EditOfARefusedAddIsTheAddAgain) {
     EXPECT_TRUE(add(lead(newLead, {{"Company", "a"}, {"City", "Bonn"}})));
+    EXPECT_TRUE(edit(lead(newLead, {{"City", "Ulm"}})));
     fail(newLead, "crmMANDATORY_NOT_FOUND");
     EXPECT_TRUE(edit(lead("7", {{"Parent", newLead}})));
     fail("7", "txnDEPENDING_TRANSACTION_FAILED");
@@ -191,6 +193,15 @@ TEST_F(RecordChangesTest, DeleteWaitsForAnAddThatWasSent) {
     ASSERT_EQ(queued.size(), 2u);
     EXPECT_EQ(queued[0].operationType, TransactionType::addRecord);
     EXPECT_EQ(queued[1].operationType, TransactionType::deleteRecord);
+}
+
+TEST_F(RecordChangesTest, DeleteRepeatsAnAddThatMayHaveBeenApplied) {
+    EXPECT_TRUE(add(lead(newLead, {{"Company", "a"}})));
+    fail(newLead, ErrorResponse::parsingFailed().code);
+    EXPECT_TRUE(remove(newLead));
+    auto queued = parts->stores.transactions()->getTransactions()->transactions;
+    ASSERT_EQ(queued.size(), 2u);
+    EXPECT_FALSE(queued[0].extras) << "it is ready";
 }
 
 TEST_F(RecordChangesTest, TemporaryIdsOfAcceptedRecordsStayGood) {

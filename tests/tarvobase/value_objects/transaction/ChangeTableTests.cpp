@@ -253,7 +253,8 @@ TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
     expected.sends = 2;
     expected.lastRefusal = ErrorResponse{"crmINVALID_DATA", "Duplicate value", ValueMap{{"api_name", "Email"}}};
     EXPECT_TRUE(changes.noteSend(entered.number) && changes.noteSend(entered.number));
-    EXPECT_TRUE(changes.noteRefusal(entered.number, *expected.lastRefusal));
+    expected.mayBeApplied = true;
+    EXPECT_TRUE(changes.noteRefusal(entered.number, *expected.lastRefusal, true));
     EXPECT_EQ(*changes.entriesOf(ChangeQueue::older, {"t1"}), std::vector{expected});
 
     auto key = changes.renewKey(entered.number);
@@ -261,6 +262,7 @@ TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
     EXPECT_NE(*key, entered.key);
     expected.key = *key;
     expected.lastRefusal = std::nullopt;
+    expected.mayBeApplied = false;
     EXPECT_EQ(*changes.entries(), (std::vector{expected, other}));
 }
 

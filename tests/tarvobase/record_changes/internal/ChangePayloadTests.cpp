@@ -1,7 +1,7 @@
 #include <limits>
 
 #include "tarvobase/configuration/Scope.h"
-#include "tarvobase/record_changes/ChangePayload.h"
+#include "tarvobase/record_changes/internal/ChangePayload.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 #include "tests/tarvobase/records/RecordFixture.h"
 

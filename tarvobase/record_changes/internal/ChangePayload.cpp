@@ -1,4 +1,4 @@
-#include "tarvobase/record_changes/ChangePayload.h"
+#include "tarvobase/record_changes/internal/ChangePayload.h"
 
 #include "platform/Json.h"
 #include "tarvobase/network_layer/Parser.h"

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vector>
+
+#include "tarvobase/metadata/Stores.h"
+#include "tarvobase/value_objects/transaction/Transaction.h"
+
+namespace tarvo {
+
+/// A refused edit holds nothing up, so later edits of its record may reach the server before it is tried again. It must
+/// not undo them then. Call these inside a transaction of the database. They block their caller, and return false if
+/// something could not be stored.
+struct SupersededEdits {
+    /// Takes out of a failed edit what later edits of its record set; `others` may hold any rows of the record. An edit
+    /// of which nothing is left goes.
+    static bool leaveOut(const Stores& stores, const Transaction& failed, const std::vector<Transaction>& others);
+    /// Takes out of the failed edits among these rows of a record what `accepted` has set. Call it when the server has
+    /// accepted that edit, whose own row is gone then.
+    static bool leaveOutAccepted(const Stores& stores, const Transaction& accepted,
+                                 const std::vector<Transaction>& rows);
+};
+
+}  // namespace tarvo
