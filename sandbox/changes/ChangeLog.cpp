@@ -7,6 +7,7 @@ namespace tarvo::sandbox {
 void ChangeLog::add(AppliedChange change) {
     changes_.push_back(std::move(change));
     ++total_;
+    if (changes_.size() > mostPayloads) changes_[changes_.size() - mostPayloads - 1].payload = Value();
     if (changes_.size() > mostChanges) changes_.pop_front();
 }
 
@@ -21,7 +22,8 @@ ValueList ChangeLog::all() const {
                                 {"account", change.account},
                                 {"module", change.module},
                                 {"id", change.id},
-                                {"kind", change.kind}});
+                                {"kind", change.kind},
+                                {"payload", change.payload}});
     return list;
 }
 

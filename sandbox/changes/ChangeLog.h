@@ -23,6 +23,8 @@ struct AppliedChange {
     std::string_view kind;
     /// Milliseconds of the server's clock.
     std::int64_t time = 0;
+    /// What the client sent for this record; null for a delete and for changes long ago.
+    Value payload = {};
 };
 
 /// Keeps the applied changes in order, and the answers of keys, so that a request that is sent again is answered as
@@ -30,7 +32,7 @@ struct AppliedChange {
 class ChangeLog {
 public:
     void add(AppliedChange change);
-    /// Returns the last 100,000 changes in the order in which they were applied.
+    /// Returns the last 100,000 changes in the order in which they were applied, the last 10,000 with their payloads.
     ValueList all() const;
 
     void keep(const std::string& key, const Value& answer);
@@ -40,6 +42,7 @@ public:
 
 private:
     static constexpr std::size_t mostChanges = 100'000;
+    static constexpr std::size_t mostPayloads = 10'000;
     static constexpr std::size_t mostAnswerBytes = 256u << 20;
 
     std::deque<AppliedChange> changes_;

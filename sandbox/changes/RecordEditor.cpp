@@ -37,7 +37,7 @@ RecordEditor::Changed RecordEditor::store(const RecordShape& shape, const ValueM
     if (auto refusal = refusalOf(RecordData(shape, number, &*read))) return *refusal;
     auto record = draft_.add(shape, *std::move(read));
     listInNote(record, true);
-    applied(record, kind);
+    applied(record, kind, payload);
     return record;
 }
 
@@ -55,7 +55,7 @@ RecordEditor::Changed RecordEditor::edit(const ModuleData& module, const Value& 
     listInNote(*record, false);
     auto changed = draft_.edit(*record, *std::move(read));
     listInNote(changed, true);
-    applied(changed, ChangeKind::edit);
+    applied(changed, ChangeKind::edit, *map);
     return changed;
 }
 
@@ -64,7 +64,7 @@ std::optional<Refusal> RecordEditor::remove(const ModuleData& module, const std:
     auto record = list.find(id);
     if (!record) return unknownRecord();
     if (auto refusal = refusalOf(record->shape(), ChangeKind::remove)) return refusal;
-    applied(*record, ChangeKind::remove);
+    applied(*record, ChangeKind::remove, Value());
     listInNote(*record, false);
     draft_.remove(*record);
     return std::nullopt;
@@ -131,9 +131,9 @@ void RecordEditor::listInNote(const RecordData& attachment, bool isListed) {
     draft_.edit(*note, std::move(changed));
 }
 
-void RecordEditor::applied(const RecordData& record, ChangeKind kind) {
-    applied_.push_back(
-        {origin_.key, origin_.call, origin_.account, record.module(), record.id(), changeKindName(kind), origin_.now});
+void RecordEditor::applied(const RecordData& record, ChangeKind kind, Value payload) {
+    applied_.push_back({origin_.key, origin_.call, origin_.account, record.module(), record.id(), changeKindName(kind),
+                        origin_.now, std::move(payload)});
 }
 
 }  // namespace tarvo::sandbox

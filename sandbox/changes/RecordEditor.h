@@ -54,7 +54,7 @@ private:
     const UserData& user() const { return data_.userOf(origin_.account); }
     /// Notes list their attachments: puts an attachment into the list of its note, or takes it out.
     void listInNote(const RecordData& attachment, bool isListed);
-    void applied(const RecordData& record, ChangeKind kind);
+    void applied(const RecordData& record, ChangeKind kind, Value payload);
 
     DataSet& data_;
     const ChangeOrigin origin_;
