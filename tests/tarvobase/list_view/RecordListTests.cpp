@@ -136,7 +136,8 @@ protected:
     }
     void refuse(const std::string& id, const std::string& message) {
         auto changes = Stores::current().changeRegister();
-        changes->noteRefusal(changes->enter(ChangeQueue::older, id)->number, {.code = "code", .message = message});
+        changes->noteRefusal(changes->enter(ChangeQueue::older, id)->number, {.code = "code", .message = message},
+                             false);
     }
     void accept(const std::string& id, const std::string& realId) {
         auto stores = Stores::current();
