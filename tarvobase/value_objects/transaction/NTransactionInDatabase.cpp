@@ -300,18 +300,22 @@ std::optional<QueuedNTransactions> NTransactionInDatabase::getTransactions() {
     return queued;
 }
 
+// Each of the three reads one entry of an index. New ids ask for it.
 std::optional<std::int64_t> NTransactionInDatabase::highestTransactionId() {
     return highest(
-        "SELECT MAX(id) AS highest FROM (SELECT txn_id AS id FROM TRANSACTIONS_NEW UNION ALL SELECT txn_id FROM "
-        "TRANSACTIONS_DEPENDENCY UNION ALL SELECT dependent_txn FROM TRANSACTIONS_DEPENDENCY) WHERE id < ?");
+        "SELECT MAX(id) AS highest FROM (SELECT MAX(txn_id) AS id FROM TRANSACTIONS_NEW WHERE txn_id < ? UNION ALL "
+        "SELECT MAX(txn_id) FROM TRANSACTIONS_DEPENDENCY WHERE txn_id < ? UNION ALL SELECT MAX(dependent_txn) FROM "
+        "TRANSACTIONS_DEPENDENCY WHERE dependent_txn < ?)",
+        3);
 }
 std::optional<std::int64_t> NTransactionInDatabase::highestNewRecordNumber() {
     return highest(
         "SELECT MAX(number) AS highest FROM (SELECT CAST(SUBSTR(record_id, 5) AS INTEGER) AS number FROM "
-        "TRANSACTIONS_NEW WHERE record_id GLOB 'NEW_[0-9]*') WHERE number < ?");
+        "TRANSACTIONS_NEW WHERE record_id GLOB 'NEW_[0-9]*') WHERE number < ?",
+        1);
 }
-std::optional<std::int64_t> NTransactionInDatabase::highest(const std::string& sql) const {
-    auto rows = fetch(RawQuery(sql, {highestUsableId}));
+std::optional<std::int64_t> NTransactionInDatabase::highest(const std::string& sql, std::size_t limits) const {
+    auto rows = fetch(RawQuery(sql, ValueList(limits, Value(highestUsableId))));
     if (!rows) return std::nullopt;
     return rows->empty() ? 0 : std::max<std::int64_t>(rows->front().valueOf("highest").asInteger().value_or(0), 0);
 }
