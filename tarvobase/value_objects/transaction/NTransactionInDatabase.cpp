@@ -302,20 +302,21 @@ std::optional<QueuedNTransactions> NTransactionInDatabase::getTransactions() {
 
 // Each of the three reads one entry of an index. New ids ask for it.
 std::optional<std::int64_t> NTransactionInDatabase::highestTransactionId() {
-    return highest(
+    return highest(RawQuery(
         "SELECT MAX(id) AS highest FROM (SELECT MAX(txn_id) AS id FROM TRANSACTIONS_NEW WHERE txn_id < ? UNION ALL "
         "SELECT MAX(txn_id) FROM TRANSACTIONS_DEPENDENCY WHERE txn_id < ? UNION ALL SELECT MAX(dependent_txn) FROM "
         "TRANSACTIONS_DEPENDENCY WHERE dependent_txn < ?)",
-        3);
+        ValueList(3, Value(highestUsableId))));
 }
+// A longer number is not a temporary id, and would push all that follow beyond the nine digits by which they are known.
 std::optional<std::int64_t> NTransactionInDatabase::highestNewRecordNumber() {
-    return highest(
-        "SELECT MAX(number) AS highest FROM (SELECT CAST(SUBSTR(record_id, 5) AS INTEGER) AS number FROM "
-        "TRANSACTIONS_NEW WHERE record_id GLOB 'NEW_[0-9]*') WHERE number < ?",
-        1);
+    return highest(RawQuery(
+        "SELECT MAX(CAST(SUBSTR(record_id, 5) AS INTEGER)) AS highest FROM TRANSACTIONS_NEW WHERE record_id GLOB "
+        "'NEW_[0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9]'",
+        {}));
 }
-std::optional<std::int64_t> NTransactionInDatabase::highest(const std::string& sql, std::size_t limits) const {
-    auto rows = fetch(RawQuery(sql, ValueList(limits, Value(highestUsableId))));
+std::optional<std::int64_t> NTransactionInDatabase::highest(const Query& query) const {
+    auto rows = fetch(query);
     if (!rows) return std::nullopt;
     return rows->empty() ? 0 : std::max<std::int64_t>(rows->front().valueOf("highest").asInteger().value_or(0), 0);
 }

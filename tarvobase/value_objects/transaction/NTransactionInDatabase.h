@@ -44,7 +44,7 @@ public:
 private:
     std::optional<Rows> fetch(const Query& query) const;
     std::optional<Rows> lastRows(const std::string& columns, const std::string& recordId, const Kinds& kinds) const;
-    std::optional<std::int64_t> highest(const std::string& sql, std::size_t limits) const;
+    std::optional<std::int64_t> highest(const Query& query) const;
     bool execute(const std::vector<DatabaseAdapter::Statement>& statements) const;
 
     const std::shared_ptr<DatabaseAdapter> adapter_;
