@@ -4,6 +4,7 @@
 
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/Stores.h"
+#include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/RecordConversion.h"
@@ -61,8 +62,8 @@ void RecordsFetchDataManager::getRecord(const Module& module, const std::string&
     if (listener) listener->record(stored, recordID, module, miscData);
     if (!isTemporaryRecordId(recordID))
         return collaborators.recordFetchNetworkService->fetchRecord({module, recordID, miscData});
-    auto currentID =
-        stored ? stored->recordId() : collaborators.recordIdAliases->currentId(module.moduleName, recordID);
+    auto currentID = stored ? stored->recordId()
+                            : SharedActivities::currentId(*collaborators.recordIdAliases, module.moduleName, recordID);
     if (!isTemporaryRecordId(currentID))
         return collaborators.recordFetchNetworkService->fetchRecord({module, currentID, miscData, recordID});
     // Callers wait for two notices.

@@ -5,6 +5,8 @@
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/utils/TemporaryIds.h"
+#include "tarvobase/value_objects/transaction/RecordIdAliases.h"
 
 namespace tarvo {
 
@@ -31,6 +33,14 @@ std::vector<std::string> SharedActivities::modulesIn(const std::string& moduleNa
     if (moduleName == SharedActivities::moduleName)
         modules.insert(modules.end(), activityModules.begin(), activityModules.end());
     return modules;
+}
+
+std::string SharedActivities::currentId(RecordIdAliases& aliases, const std::string& moduleName,
+                                        const std::string& recordId) {
+    if (!isTemporaryRecordId(recordId)) return recordId;
+    for (auto& module : modulesIn(moduleName))
+        if (auto current = aliases.currentId(module, recordId); current != recordId) return current;
+    return recordId;
 }
 
 }  // namespace tarvo

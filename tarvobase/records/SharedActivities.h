@@ -7,6 +7,7 @@
 namespace tarvo {
 
 class DatabaseAdapter;
+class RecordIdAliases;
 
 /// Tasks, events and calls lie in the table of their own module and in one that the three share, that of "Activities",
 /// if the server has made it. Calendars and figures read the shared table, so a change that is made here is written to
@@ -19,6 +20,8 @@ struct SharedActivities {
     static std::vector<std::string> modulesOf(DatabaseAdapter& databaseAdapter, const std::string& moduleName);
     /// Returns the modules whose records lie in the table of this one, itself first.
     static std::vector<std::string> modulesIn(const std::string& moduleName);
+    /// Returns `RecordIdAliases::currentId` of a record in the table of this module, whichever its own module is.
+    static std::string currentId(RecordIdAliases& aliases, const std::string& moduleName, const std::string& recordId);
 };
 
 }  // namespace tarvo

@@ -7,6 +7,7 @@
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/metadata/ModuleInfo.h"
 #include "tarvobase/metadata/Stores.h"
+#include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/records/sql/CustomViewQueryFormation.h"
 #include "tarvobase/records/sql/DependentRecords.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
@@ -137,7 +138,7 @@ std::optional<Record> readByAnyId(RecordIdAliases& aliases, const std::string& m
                                   const Read& read) {
     auto record = read(recordId);
     if (record || !isTemporaryRecordId(recordId)) return record;
-    auto currentId = aliases.currentId(moduleName, recordId);
+    auto currentId = SharedActivities::currentId(aliases, moduleName, recordId);
     return currentId == recordId ? std::nullopt : read(currentId);
 }
 

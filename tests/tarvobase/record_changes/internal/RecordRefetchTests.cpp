@@ -124,6 +124,7 @@ TEST_F(RecordRefetchTest, TheTableOfActivitiesFollowsATask) {
         expectBoth(R"("NEW_000000001","edited")", "edit");
         settle(ChangeAnswer::accepted("42", wire("42", "server")));
         expectBoth(R"("42","edited")", "the answer to the add, beneath the edit that waits");
+        for (auto module : {"Tasks", "Activities"}) EXPECT_TRUE(records->fetchRecord(module, temporaryId)) << module;
         settle(ChangeAnswer::accepted("42", wire("42", "decided")));
         expectBoth(R"("42","decided")", "the answer to the edit");
         remove("42");
