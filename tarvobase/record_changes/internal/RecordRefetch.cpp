@@ -23,40 +23,50 @@ std::shared_ptr<RecordRefetch> RecordRefetch::make(const Stores& stores,
     return refetch;
 }
 
+/// The fetch remembers the row as it is now, for `storeOver`.
 void RecordRefetch::fetch(const std::string& moduleName, const std::string& recordId, Reason reason) const {
     auto module = stores_.modules()->getModule(ModuleIdentifier::fromModuleName(moduleName));
-    if (module) service_->fetchRecord({module.value(), recordId, Value(static_cast<std::int64_t>(reason))});
+    if (!module) return;
+    if (reason == Reason::refusedDelete) return service_->fetchRecord({module.value(), recordId});
+    auto row = records_->fetchRecord(moduleName, recordId);
+    if (row) service_->fetchRecord({module.value(), recordId, row->getDictionary()});
 }
 
 void RecordRefetch::parsedRecords(const std::vector<ValueMap>& records, const RecordFetch& fetch) {
     auto& module = fetch.module.moduleName;
-    auto reason = static_cast<Reason>(fetch.miscData.asInteger().value_or(0));
+    auto former = fetch.miscData.asMap();
     if (!stores_.databaseAdapter()) return;
-    if (records.empty() && reason == Reason::refusedDelete) return dropRefusedDeletes(module, fetch.recordID);
-    for (auto& record : records)
-        if (record.valueOf(RecordConstants::FieldAPINames::Id).textOr("") == fetch.recordID)
-            return store(record, module, fetch.recordID, reason);
+    if (records.empty() && !former) return dropRefusedDeletes(module, fetch.recordID);
+    for (auto& record : records) {
+        if (record.valueOf(RecordConstants::FieldAPINames::Id).textOr("") != fetch.recordID) continue;
+        bool isStored = stores_.databaseAdapter()->transaction("store a fetched record", [&] {
+            return former ? storeOver(*former, record, module, fetch.recordID) : store(record, module);
+        });
+        if (!isStored) platform::log(platform::LogLevel::warning, "changes", "a fetched record could not be stored");
+        return;
+    }
 }
 
-/// The answer may have been on its way while the user deleted the record, and even while the server accepted that. A
-/// record without a row here was deleted, and only the refusal of its delete brings it back.
-void RecordRefetch::store(const ValueMap& record, const std::string& moduleName, const std::string& recordId,
-                          Reason reason) const {
-    bool isStored = stores_.databaseAdapter()->transaction("store a fetched record", [&] {
-        if (reason != Reason::refusedDelete && !records_->fetchRecord(moduleName, recordId)) return true;
-        // Its own module comes last: tags belong to the module with which they were stored.
-        auto modules = SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName);
-        std::reverse(modules.begin(), modules.end());
-        for (auto& module : modules) {
-            auto row = record;
-            bool isShared = module != moduleName;
-            if (isShared) row.set(FieldAPIConstant.Activities.activityType, moduleName);
-            // The shared table is written as far as its fields are known. A write that fails undoes all of it.
-            if (!records_->storeRecord(row, module) && !isShared) return false;
-        }
-        return true;
-    });
-    if (!isStored) platform::log(platform::LogLevel::warning, "changes", "a fetched record could not be stored");
+/// Stores a record in place of a row, unless the row has changed since the fetch began or has gone. The user may have
+/// edited or deleted the record meanwhile, and the server may have accepted that by now; its answer to that is newer.
+bool RecordRefetch::storeOver(const ValueMap& former, const ValueMap& record, const std::string& moduleName,
+                              const std::string& recordId) const {
+    auto row = records_->fetchRecord(moduleName, recordId);
+    return !row || row->getDictionary() != former || store(record, moduleName);
+}
+
+bool RecordRefetch::store(const ValueMap& record, const std::string& moduleName) const {
+    // Its own module comes last: tags belong to the module with which they were stored.
+    auto modules = SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName);
+    std::reverse(modules.begin(), modules.end());
+    for (auto& module : modules) {
+        auto row = record;
+        bool isShared = module != moduleName;
+        if (isShared) row.set(FieldAPIConstant.Activities.activityType, moduleName);
+        // The shared table is written as far as its fields are known. A write that fails undoes all of it.
+        if (!records_->storeRecord(row, module) && !isShared) return false;
+    }
+    return true;
 }
 
 /// The server does not have the record, which is what the user wanted.

@@ -24,7 +24,7 @@ public:
     static std::shared_ptr<RecordRefetch> make(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records,
                                                std::shared_ptr<FetchRecordNetworkServiceProtocol> service);
 
-    /// Asks the server for a record. A module that is not stored makes it do nothing.
+    /// Asks the server for a record. Does nothing for a module that is not stored.
     void fetch(const std::string& moduleName, const std::string& recordId, Reason reason) const;
 
     void parsedRecords(const std::vector<ValueMap>& records, const RecordFetch& fetch) override;
@@ -34,7 +34,9 @@ private:
                   std::shared_ptr<FetchRecordNetworkServiceProtocol> service)
         : stores_(stores), records_(std::move(records)), service_(std::move(service)) {}
 
-    void store(const ValueMap& record, const std::string& moduleName, const std::string& recordId, Reason reason) const;
+    bool storeOver(const ValueMap& former, const ValueMap& record, const std::string& moduleName,
+                   const std::string& recordId) const;
+    bool store(const ValueMap& record, const std::string& moduleName) const;
     void dropRefusedDeletes(const std::string& moduleName, const std::string& recordId) const;
 
     const Stores stores_;

@@ -70,18 +70,25 @@ protected:
 
 }  // namespace
 
-TEST_F(RecordRefetchTest, AnswerOnItsWayDoesNotBringADeletedRecordBack) {
+TEST_F(RecordRefetchTest, AnswerOnItsWayHidesNothingThatTheUserDidMeanwhile) {
     make("Leads");
-    ASSERT_TRUE(records->storeRecord(wire("7", "stored"), "Leads"));
     auto fetchAndAnswer = [&](const std::function<void()>& meanwhile) {
+        EXPECT_TRUE(records->storeRecord(wire("7", "stored"), "Leads"));
         refetch->fetch("Leads", "7", Reason::bareAcceptance);
         meanwhile();
         service->answer({wire("7", "server")});
         return rows("Leads");
     };
     EXPECT_EQ(fetchAndAnswer([] {}), R"("7","server")");
-    EXPECT_EQ(fetchAndAnswer([&] { remove("7"); }), "") << "the delete waits";
-    EXPECT_EQ(fetchAndAnswer([&] { settle(ChangeAnswer::accepted("7")); }), "") << "the delete is accepted";
+    auto edit = [&] { ASSERT_TRUE(EditRecordDataManager(*parts).editRecord(record("7", "edited"), module())); };
+    auto acceptEdit = [&] { settle(ChangeAnswer::accepted("7", wire("7", "decided"))); };
+    EXPECT_EQ(fetchAndAnswer([&] { edit(), acceptEdit(); }), R"("7","decided")");
+    EXPECT_EQ(fetchAndAnswer([&] { edit(); }), R"("7","edited")");
+    acceptEdit();
+    EXPECT_EQ(fetchAndAnswer([&] { remove("7"), settle(ChangeAnswer::accepted("7")); }), "");
+    EXPECT_EQ(fetchAndAnswer([&] { remove("7"); }), "");
+    refetch->fetch("Leads", "7", Reason::bareAcceptance);
+    EXPECT_TRUE(service->fetches.empty()) << "nothing is fetched for a record that is gone";
 }
 
 TEST_F(RecordRefetchTest, RefusedDeleteBringsBackWhatTheServerHasAndElseItIsDone) {
