@@ -18,7 +18,7 @@ namespace {
 
 using kelva::quotedName;
 
-/// One SELECT of the columns record, is_refused and is_added.
+/// One SELECT of the columns record and is_refused.
 struct UnlistedSelect {
     std::string sql;
     ValueList parameters;
@@ -84,30 +84,33 @@ ValueList modulesOf(const UnlistedRecordsQuery& query) {
     return ValueList(modules.begin(), modules.end());
 }
 
-/// Selects the records whose add waits or was refused, and those of other refused changes that the query names.
+/// Selects the records whose add waits or was refused, and those of other refused changes that the query names. The
+/// register is read once and not per change, since a queue may hold thousands.
 UnlistedSelect waitingRecords(const UnlistedRecordsQuery& query, const QueueTable& table,
                               const std::string& organisation, bool hasRegister) {
     using Register = ChangeRegisterTable;
     UnlistedSelect select;
     auto isAdd = table.isOneOf(table.adds);
-    auto isRefused = hasRegister ? "(IFNULL(said." + std::string(Register::refusalMessage) + " = ?, 0) AND " +
-                                       table.isOneOf(table.refused) + ")"
-                                 : "0";
-    auto refusal = hasRegister ? ValueList{query.refusal} : ValueList();
-    select.add("SELECT " + table.column(table.recordId) + " AS record, " + isRefused + " AS is_refused, " + isAdd +
-                   " AS is_added FROM " + quotedName(table.name) + " AS queued",
+    auto number = "CAST(" + table.column(table.transactionId) + " AS TEXT)";
+    auto ofQueue = " FROM " + quotedName(Register::name) + " WHERE " + Register::queue + " = ? AND ";
+    std::string isRefused = "0";
+    ValueList refusal, queue{std::string(rawText(table.queue))};
+    if (hasRegister) {
+        isRefused = "(" + table.isOneOf(table.refused) + " AND " + number + " IN (SELECT " + Register::transactionId +
+                    ofQueue + Register::refusalMessage + " = ?))";
+        refusal = {queue.front(), query.refusal};
+    }
+    select.add("SELECT " + table.column(table.recordId) + " AS record, " + isRefused + " AS is_refused FROM " +
+                   quotedName(table.name) + " AS queued",
                refusal);
-    if (hasRegister)
-        select.add(" LEFT JOIN " + quotedName(Register::name) + " AS said ON said." + Register::queue +
-                       " = ? AND said." + Register::transactionId + " = CAST(" + table.column(table.transactionId) +
-                       " AS TEXT)",
-                   {std::string(rawText(table.queue))});
     auto modules = modulesOf(query);
     select.add(" WHERE " + table.column(table.moduleName) + " IN (" + placeholders(modules.size()) + ")", modules);
     select.add(" AND (" + isAdd + " OR " + isRefused + ")", refusal);
     // All organisations share the table of the current queue.
-    auto owner = std::string("said.") + Register::organisation;
-    if (hasRegister) select.add(" AND (" + owner + " IS NULL OR " + owner + " = ?)", {organisation});
+    if (hasRegister && table.queue == ChangeQueue::current)
+        select.add(" AND NOT EXISTS (SELECT 1" + ofQueue + Register::transactionId + " = " + number + " AND " +
+                       Register::organisation + " <> ?)",
+                   {queue.front(), organisation});
     return select;
 }
 
@@ -117,8 +120,8 @@ UnlistedSelect acceptedRecords(const UnlistedRecordsQuery& query, const std::str
     constexpr CVRecordMapDatabaseConstants map;
     UnlistedSelect select;
     auto modules = modulesOf(query);
-    select.add(std::string("SELECT accepted.") + Aliases::realId + " AS record, 0, 1 FROM " +
-                   quotedName(Aliases::name) + " AS accepted WHERE accepted." + Aliases::number + " > ?",
+    select.add(std::string("SELECT accepted.") + Aliases::realId + " AS record, 0 FROM " + quotedName(Aliases::name) +
+                   " AS accepted WHERE accepted." + Aliases::number + " > ?",
                {query.lastAdded});
     select.add(std::string(" AND accepted.") + Aliases::organisation + " = ?", {organisation});
     select.add(std::string(" AND accepted.") + Aliases::moduleName + " IN (" + placeholders(modules.size()) + ")",
