@@ -34,7 +34,7 @@ struct QueueTable {
     std::string name;
     std::string_view recordId, moduleName, kind, transactionId;
     ChangeQueue queue;
-    std::vector<int> adds, refused;  ///< raw values of kinds: those that add, and those whose refusals count
+    std::vector<int> adds{}, refused{};  ///< raw values of kinds: those that add, and those whose refusals count
 
     std::string column(std::string_view name) const { return "queued." + std::string(name); }
     /// The numbers of the older queue are stored as texts.
