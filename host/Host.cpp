@@ -1,6 +1,7 @@
 #include "host/Host.h"
 
 #include "platform/Files.h"
+#include "tarvobase/change_queues/ChangeQueues.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/Lifecycle.h"
@@ -9,7 +10,6 @@
 #include "tarvobase/database_layer/DatabaseNaming.h"
 #include "tarvobase/download/DatabaseBinding.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
-#include "tarvobase/record_changes/ChangeQueues.h"
 #include "tarvobase/records/NewRecordIds.h"
 #include "tarvobase/utils/Util.h"
 

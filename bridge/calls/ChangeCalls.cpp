@@ -2,8 +2,8 @@
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/JsonForm.h"
 #include "bridge/forms/RecordForms.h"
+#include "tarvobase/change_queues/RecordChangesAssembler.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/record_changes/RecordChangeUseCases.h"
 
 namespace tarvo::bridge {
 

@@ -8,10 +8,10 @@
 #include "host/commands/Console.h"
 #include "platform/Json.h"
 #include "platform/Text.h"
+#include "tarvobase/change_queues/ChangeQueues.h"
+#include "tarvobase/change_queues/QueuedChanges.h"
+#include "tarvobase/change_queues/RecordChangesAssembler.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/record_changes/ChangeQueues.h"
-#include "tarvobase/record_changes/QueuedChanges.h"
-#include "tarvobase/record_changes/RecordChangeUseCases.h"
 #include "tarvobase/records/wire/RecordConversion.h"
 
 namespace tarvo::host {
@@ -24,6 +24,10 @@ constexpr const char* tokenNeededForChange =
     "the fields of the module are not stored, and there is no token to fetch them";
 
 QueuedChanges queuedChanges() { return QueuedChanges(Stores::current()); }
+auto listedChanges() {
+    auto& queues = ChangeQueues::shared();
+    return queuedChanges().list(queues.status(), queues.currentStatus());
+}
 
 void waitForServer(const Arguments& arguments) {
     if (!arguments.wait) return;
@@ -57,7 +61,7 @@ Result<Record, int> recordOf(const Arguments& arguments, const std::string& reco
 /// Says what has become of a change that is saved here.
 int report(const Arguments& arguments, const std::string& recordId, std::int64_t number) {
     waitForServer(arguments);
-    auto changes = queuedChanges().list(ChangeQueues::shared().status());
+    auto changes = listedChanges();
     if (!changes) return fail("the queue of changes cannot be read");
     auto found = std::find_if(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; });
     bool isLeft = found != changes->end();
@@ -106,6 +110,8 @@ std::string whyOf(const Change& change) {
             return "the server did not answer";
         case R::otherProcess:
             return "another program sends";
+        case R::heldBack:
+            return "is held back";
         case R::queueOff:
             return "";
     }
@@ -113,7 +119,7 @@ std::string whyOf(const Change& change) {
 }
 
 int printChanges(const Arguments& arguments) {
-    auto changes = queuedChanges().list(ChangeQueues::shared().status());
+    auto changes = listedChanges();
     if (!changes) return fail("the queue of changes cannot be read");
     if (arguments.json)
         return printForPrograms(json::write(ValueMap{{"changes", bridge::toJson(*changes)}}).value_or("") + "\n");

@@ -4,8 +4,8 @@
 #include <chrono>
 
 #include "bridge/forms/JsonForm.h"
-#include "tarvobase/record_changes/ChangeQueues.h"
-#include "tarvobase/record_changes/QueuedChanges.h"
+#include "tarvobase/change_queues/ChangeQueues.h"
+#include "tarvobase/change_queues/QueuedChanges.h"
 #include "tarvobase/usecase/Usecase.h"
 
 namespace tarvo::host {
@@ -41,9 +41,13 @@ struct IdleRequest {
 constexpr const char* unreadable = "the queue cannot be read";
 
 QueuedChanges queuedChanges() { return QueuedChanges(Stores::current()); }
+auto listedChanges() {
+    auto& queues = ChangeQueues::shared();
+    return queuedChanges().list(queues.status(), queues.currentStatus());
+}
 
 void list(const QueueListRequest& request, const CallPtr& call) {
-    auto changes = queuedChanges().list(ChangeQueues::shared().status());
+    auto changes = listedChanges();
     if (!changes) return call->refuse(unreadable);
     std::erase_if(*changes, [&](auto& change) {
         return (request.moduleName && change.moduleName != *request.moduleName) ||
@@ -69,7 +73,7 @@ void retry(const RetryRequest& request, const CallPtr& call) {
 
 /// A queue that cannot be read is not empty.
 void answerAtRest(const CallPtr& call) {
-    auto changes = queuedChanges().list(ChangeQueues::shared().status());
+    auto changes = listedChanges();
     if (!changes) return call->refuse(unreadable);
     call->done("response", ValueMap{{"isEmpty", changes->empty()}, {"changes", toJson(*changes)}});
 }

@@ -122,7 +122,7 @@ std::shared_ptr<TransactionRecordPersistanceDelegate> Stores::transactionRecords
     return std::make_shared<TransactionRecordInDatabase>(databaseAdapter());
 }
 std::shared_ptr<TransactionPersistence> Stores::currentTransactions() const {
-    return std::make_shared<NTransactionInDatabase>(databaseAdapter());
+    return std::make_shared<NTransactionInDatabase>(databaseAdapter(), scope.organisation);
 }
 std::shared_ptr<TransactionDependencyPersistence> Stores::transactionDependencies() const {
     return std::make_shared<TransactionDependencyInDatabase>(databaseAdapter());

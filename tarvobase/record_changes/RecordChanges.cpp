@@ -10,6 +10,7 @@
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/transaction/ChangeNotices.h"
+#include "tarvobase/transaction/TransactionWaiters.h"
 #include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -147,9 +148,15 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
         auto isIts = [&](auto& entry) { return entry.transactionId == row.transactionID; };
         auto entry = std::find_if(entries->begin(), entries->end(), isIts);
         bool mayBeApplied = entry != entries->end() && entry->sends > 0 && !entry->isKnownToBeRefused();
-        if (row.operationType != TransactionType::addRecord || !mayBeApplied)
-            dropped.push_back(row.transactionID);
-        else if (entry->lastRefusal && !repeatAdd(*entry, recordId))
+        if (row.operationType == TransactionType::addRecord && mayBeApplied) {
+            if (entry->lastRefusal && !repeatAdd(*entry, recordId)) return false;
+            continue;
+        }
+        dropped.push_back(row.transactionID);
+        // What waits for the add would never learn of an id.
+        bool isNumbered = entry != entries->end() && entry->transactionNumber;
+        if (isNumbered && !TransactionWaiters(parts_.stores)
+                               .fail(entry->transactionNumber, ErrorResponse::dependingTransactionFailed()))
             return false;
     }
     return parts_.stores.transactions()->removeTransactionsWithIds(dropped) &&
@@ -160,7 +167,8 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
 bool DeleteRecordDataManager::repeatAdd(const ChangeEntry& add, const std::string& recordId) const {
     auto& stores = parts_.stores;
     return stores.transactions()->makeReady({add.transactionId}) &&
-           stores.changeRegister()->forgetRefusal(add.number) && freeDependents(stores, recordId);
+           stores.changeRegister()->forgetRefusal(add.number) &&
+           freeDependents(stores, recordId, add.transactionNumber);
 }
 
 /// Attachments lie in two places: where uploads and downloads put them, in a folder of their own, and in one folder for

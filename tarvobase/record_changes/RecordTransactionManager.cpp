@@ -46,7 +46,8 @@ bool isRefusedAdd(const Stores& stores, const Transaction& row) {
 RecordTransactionManager::RecordTransactionManager(const Stores& stores, std::function<void()> wake)
     : stores_(stores),
       fieldLists_(FieldListAssembler::getFieldListDM(stores.databaseAdapter())),
-      wake_(std::move(wake)) {}
+      wake_(std::move(wake)),
+      transactionIds_(stores) {}
 
 RecordTransactionManagerProtocol::Queued RecordTransactionManager::addRecord(const Record& record,
                                                                              const Module& module) {
@@ -67,14 +68,16 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::addEdit(const
         return std::nullopt;
     }
     auto payload = ChangePayload::of(record, fields.value(), type);
+    std::int64_t transactionNumber = 0;
     if (type == TransactionType::editRecord) {
         bool isStored = true;
         auto refused = takeRefusedAdd(record.recordId(), module, isStored);
         if (!isStored) return std::nullopt;
         if (refused) {
             type = TransactionType::addRecord;
-            mergeEdit(*refused, payload);
-            payload = *std::move(refused);
+            mergeEdit(refused->payload, payload);
+            payload = std::move(refused->payload);
+            transactionNumber = refused->transactionNumber;
         }
     }
     auto body = ChangePayload::body(payload);
@@ -86,34 +89,38 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::addEdit(const
                            .moduleName = module.moduleName,
                            .operationType = type,
                            .dataJSON = *std::move(body)},
-                          parametersOf(module));
+                          parametersOf(module), transactionNumber);
 }
 
 /// Takes the refused add of a record out of the queue and returns its payload. Edits that waited for it go with it:
 /// sent after the new add they would undo what is newer. What else failed for its sake is ready again.
-std::optional<ValueMap> RecordTransactionManager::takeRefusedAdd(const std::string& recordId, const Module& module,
-                                                                 bool& isStored) {
+std::optional<RecordTransactionManager::RefusedAdd> RecordTransactionManager::takeRefusedAdd(
+    const std::string& recordId, const Module& module, bool& isStored) {
     auto changes = stores_.changeRegister();
     auto queued = stores_.transactions()->getTransactions(recordId);
     isStored = queued.has_value();
     if (!queued) return std::nullopt;
     std::optional<ValueMap> payload;
     std::vector<std::string> taken;
+    std::string add;
     for (auto& row : queued->transactions) {
         if (row.moduleName != module.moduleName) continue;
         bool isEdit = payload && row.operationType == TransactionType::editRecord;
         auto own = isEdit || isRefusedAdd(stores_, row) ? ChangePayload::of(row) : std::nullopt;
         if (!own) continue;
-        taken.push_back(row.transactionID);
         if (isEdit)
             mergeEdit(*payload, *own);
         else
             payload = std::move(own);
+        if (!isEdit) add = row.transactionID;
+        taken.push_back(row.transactionID);
     }
     if (!payload) return std::nullopt;
-    isStored = stores_.transactions()->removeTransactionsWithIds(taken) && changes->remove(ChangeQueue::older, taken) &&
-               freeDependents(stores_, recordId).has_value();
-    return payload;
+    auto entries = changes->entriesOf(ChangeQueue::older, {add});
+    auto place = entries && !entries->empty() ? entries->front().transactionNumber : 0;
+    isStored = entries && stores_.transactions()->removeTransactionsWithIds(taken) &&
+               changes->remove(ChangeQueue::older, taken) && freeDependents(stores_, recordId, place);
+    return RefusedAdd{*std::move(payload), place};
 }
 
 RecordTransactionManagerProtocol::Queued RecordTransactionManager::deleteRecord(const std::string& recordID,
@@ -146,8 +153,10 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::uploadAttachm
 }
 
 /// A time above all stored ones keeps the user's order, even after the clock was set back.
+/// An add has a place among the transactions of the current queue, which can wait for it.
 RecordTransactionManagerProtocol::Queued RecordTransactionManager::addTransaction(Transaction transaction,
-                                                                                  const ValueMap& parameters) {
+                                                                                  const ValueMap& parameters,
+                                                                                  std::int64_t transactionNumber) {
     auto uri = json::write(parameters);
     auto highest = stores_.transactions()->highestTransactionTime();
     if (!uri || !highest) return std::nullopt;
@@ -158,6 +167,9 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::addTransactio
     if (!stores_.transactions()->storeTransaction(transaction)) return std::nullopt;
     auto entry = stores_.changeRegister()->enter(ChangeQueue::older, transaction.transactionID);
     if (!entry) return std::nullopt;
+    bool isAdd = transaction.operationType == TransactionType::addRecord;
+    if (isAdd && !transactionNumber) transactionNumber = transactionIds_.getNewTransactionId();
+    if (isAdd && !stores_.changeRegister()->setTransactionNumber(entry->number, transactionNumber)) return std::nullopt;
     auto change = Change::of(transaction, *entry);
     // The notice comes first: nobody is to learn of the server's decision before it.
     afterCommit([wake = wake_, change] {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -9,6 +10,7 @@
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/Record.h"
 #include "tarvobase/transaction/Change.h"
+#include "tarvobase/transaction/TransactionIds.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/Module.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
@@ -19,8 +21,8 @@ namespace tarvo {
 class RecordTransactionManagerDelegate : public virtual CommonErrorProtocol {};
 
 /// Puts changes into the older queue. Observers are notified and the queue is woken after the commit. Each operation
-/// stores in the transaction of the database around it, blocks its caller, and may be called from any thread. It returns
-/// the change, or nullopt if it is not stored; the transaction around it must then be undone.
+/// stores in the transaction of the database around it, blocks its caller, and may be called from any thread. It
+/// returns the change, or nullopt if it is not stored; the transaction around it must then be undone.
 class RecordTransactionManagerProtocol : public virtual platform::Object {
 public:
     using Queued = std::optional<Change>;
@@ -51,12 +53,18 @@ public:
 
 private:
     Queued addEdit(const Record& record, const Module& module, TransactionType type);
-    std::optional<ValueMap> takeRefusedAdd(const std::string& recordId, const Module& module, bool& isStored);
-    Queued addTransaction(Transaction transaction, const ValueMap& parameters);
+    struct RefusedAdd {
+        ValueMap payload;
+        std::int64_t transactionNumber = 0;
+    };
+    std::optional<RefusedAdd> takeRefusedAdd(const std::string& recordId, const Module& module, bool& isStored);
+    /// `transactionNumber` is that of the add in whose place the change goes, or 0.
+    Queued addTransaction(Transaction transaction, const ValueMap& parameters, std::int64_t transactionNumber = 0);
 
     const Stores stores_;
     const std::shared_ptr<GetFieldListDM> fieldLists_;
     const std::function<void()> wake_;
+    TransactionIds transactionIds_;
 };
 
 }  // namespace tarvo

@@ -27,7 +27,8 @@ struct Change {
         notSendable,    ///< changes of this kind are not sent yet
         server,         ///< the server did not answer; the next try is at `until`
         otherProcess,   ///< another program sends the changes of this database; the next look is at `until`
-        queueOff        ///< the queue was not started, or was stopped
+        queueOff,       ///< the queue was not started, or was stopped
+        heldBack        ///< for a newer change of the record, or a timer
     };
     struct WaitingFor {
         Reason reason = Reason::earlierChange;
@@ -82,9 +83,13 @@ struct EnumCases<Change::State> {
 template <>
 struct EnumCases<Change::Reason> {
     using R = Change::Reason;
-    static constexpr EnumCase<R> cases[] = {{R::earlierChange, "earlierChange"}, {R::newRecord, "newRecord"},
-                                            {R::notSendable, "notSendable"},     {R::server, "server"},
-                                            {R::otherProcess, "otherProcess"},   {R::queueOff, "queueOff"}};
+    static constexpr EnumCase<R> cases[] = {{R::earlierChange, "earlierChange"},
+                                            {R::newRecord, "newRecord"},
+                                            {R::notSendable, "notSendable"},
+                                            {R::server, "server"},
+                                            {R::otherProcess, "otherProcess"},
+                                            {R::queueOff, "queueOff"},
+                                            {R::heldBack, "heldBack"}};
 };
 
 template <>

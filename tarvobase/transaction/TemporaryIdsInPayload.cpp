@@ -44,8 +44,7 @@ std::vector<std::string> temporaryIdsOf(const ValueMap& payload) {
 }
 
 bool namesTemporaryId(const NTransaction& transaction) {
-    bool createsRecord = isCreateState(transaction.kind) || transaction.kind == NTransaction::Kind::addTextNote;
-    if (!createsRecord && isTemporaryRecordId(transaction.recordId)) return true;
+    if (!createsRecord(transaction.kind) && isTemporaryRecordId(transaction.recordId)) return true;
     auto named = temporaryIdsOf(transaction.payload);
     return std::any_of(named.begin(), named.end(), [&](auto& id) { return id != transaction.recordId; });
 }

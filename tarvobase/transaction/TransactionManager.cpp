@@ -66,7 +66,31 @@ std::optional<TransactionManager::Dependencies> TransactionManager::getLookupDep
     Dependencies dependencies;
     for (auto id : *creating)
         if (id != transactionId) dependencies.push_back({transactionId, id, TransactionDependency::Kind::lookupRecord});
+    for (auto& id : temporary) {
+        auto numbers = numbersOfOlderAdds(id);
+        if (!numbers) return std::nullopt;
+        for (auto number : *numbers)
+            dependencies.push_back({transactionId, number, TransactionDependency::Kind::lookupRecord});
+    }
     return dependencies;
+}
+
+/// Returns the places of a record's adds in the older queue.
+std::optional<TransactionManager::Ids> TransactionManager::numbersOfOlderAdds(const std::string& recordId) {
+    auto queued = stores_.transactions()->getTransactions(recordId);
+    if (!queued) return std::nullopt;
+    Ids numbers;
+    for (auto& row : queued->transactions) {
+        if (row.operationType != TransactionType::addRecord) continue;
+        auto entry = stores_.changeRegister()->enter(ChangeQueue::older, row.transactionID);
+        if (!entry) return std::nullopt;
+        // One that an older program has queued gets its place with the first that waits for it.
+        auto number = entry->transactionNumber ? entry->transactionNumber : getNewTransactionId();
+        if (!entry->transactionNumber && !stores_.changeRegister()->setTransactionNumber(entry->number, number))
+            return std::nullopt;
+        numbers.push_back(number);
+    }
+    return numbers;
 }
 
 std::optional<bool> TransactionManager::isCreateAndDestoryTransaction(const std::string& recordId,

@@ -27,12 +27,10 @@ public:
 
 private:
     std::optional<NTransaction> withAliases(const NTransaction& transaction);
+    std::optional<Ids> numbersOfOlderAdds(const std::string& recordId);
     std::optional<Dependencies> getLookupDependenceis(std::int64_t transactionId, const RecordIds& records);
 
-    /// The kinds that create the record which others may name. Text notes do, although their kind does not say so:
-    /// their edits must not leave before them.
-    const Kinds createTransactionKinds_ = kindsWhere(
-        [](NTransaction::Kind kind) { return isCreateState(kind) || kind == NTransaction::Kind::addTextNote; });
+    const Kinds createTransactionKinds_ = kindsWhere(createsRecord);
 };
 
 }  // namespace tarvo

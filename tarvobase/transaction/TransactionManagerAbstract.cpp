@@ -20,10 +20,6 @@ namespace {
 using Status = NTransaction::Status;
 using Ids = TransactionManagerAbstract::Ids;
 
-/// The code of a register's refusal that is none: the server has not decided. It survives the process, whose next start
-/// sends such a change again.
-constexpr const char* noAnswerCode = "noAnswer";
-
 /// How much longer than asked a transaction is held back.
 constexpr std::chrono::seconds extraDelay{10};
 
@@ -31,10 +27,6 @@ std::vector<std::string> textsOf(const Ids& ids) {
     std::vector<std::string> texts;
     for (auto id : ids) texts.push_back(std::to_string(id));
     return texts;
-}
-
-bool isServersRefusal(const std::optional<ErrorResponse>& refusal) {
-    return refusal && refusal->code != noAnswerCode && refusal->code != ErrorResponse::parsingFailed().code;
 }
 
 void logResult(const NTransaction& transaction, std::string_view what, const std::string& end) {
@@ -50,8 +42,9 @@ TransactionManagerAbstract::TransactionManagerAbstract(const Stores& stores,
     : stores_(stores),
       txnPersistence_(stores.currentTransactions()),
       txnDependencyPersistence_(stores.transactionDependencies()),
-      transactionIds_("lastTransactionId", userDefaults),
-      recordIds_("lastRecordId", userDefaults) {}
+      transactionIds_(stores),
+      waiters_(stores),
+      recordIds_("lastRecordId", std::move(userDefaults)) {}
 
 TransactionManagerAbstract::~TransactionManagerAbstract() {
     inactiveTransactionTracker_.removeAll();
@@ -61,10 +54,6 @@ TransactionManagerAbstract::~TransactionManagerAbstract() {
 bool TransactionManagerAbstract::inOneCommit(std::string_view name, platform::FunctionRef<bool()> steps) {
     auto& database = stores_.databaseAdapter();
     return database && database->transaction(name, steps);
-}
-
-std::int64_t TransactionManagerAbstract::getNewTransactionId() {
-    return transactionIds_.next(txnPersistence_->highestTransactionId().value_or(0));
 }
 
 std::string TransactionManagerAbstract::getNewRecordId() {
@@ -108,9 +97,11 @@ bool TransactionManagerAbstract::initialize() {
             auto status = transaction.status.which;
             if (status == Status::Case::syncing || status == Status::Case::inactive)
                 abandoned.push_back(transaction.id);
-            if (entry->lastRefusal && entry->lastRefusal->code == noAnswerCode) unanswered.push_back(transaction.id);
+            if (entry->lastRefusal && entry->lastRefusal->isNoAnswer()) unanswered.push_back(transaction.id);
         }
-        auto freed = txnDependencyPersistence_->removeDanglingDependencies({});
+        auto olderAdds = stores_.changeRegister()->transactionNumbers();
+        if (!olderAdds) return false;
+        auto freed = txnDependencyPersistence_->removeDanglingDependencies(*olderAdds);
         if (!freed) return false;
         for (auto id : *freed)
             platform::log(platform::LogLevel::warning, "transactions",
@@ -185,7 +176,7 @@ bool TransactionManagerAbstract::canBeMerged(const Ids& ids, const NTransaction&
         return each.status.which == Status::Case::syncing || isBeingSent(each.id);
     });
     bool isUnknown = std::any_of(entries->begin(), entries->end(),
-                                 [](auto& entry) { return entry.sends > 0 && !isServersRefusal(entry.lastRefusal); });
+                                 [](auto& entry) { return entry.sends > 0 && !entry.isKnownToBeRefused(); });
     return !isSending && (isAlone || !isUnknown);
 }
 
@@ -238,86 +229,23 @@ bool TransactionManagerAbstract::removeFromRegister(const Ids& ids) {
 
 // Ids, errors, and the way back from them.
 
-/// Payloads that change are those of transactions that were not sent, or that failed: the latter get a new key.
 bool TransactionManagerAbstract::replaceRecordIdentifiers(const Identifiers& identifiers, std::int64_t transactionId) {
-    if (identifiers.empty()) return true;
-    return inOneCommit("replace record ids", [&] {
-        using Kind = TransactionDependency::Kind;
-        auto waiting = txnDependencyPersistence_->getTransactionDependencies({transactionId}, {Kind::lookupRecord});
-        if (!waiting) return false;
-        Ids waiters;
-        for (auto& dependency : *waiting) waiters.push_back(dependency.transactionId);
-        std::vector<std::string> formerIds;
-        for (auto& each : identifiers) formerIds.push_back(each.first);
-        auto payloads = txnPersistence_->getPayload(waiters, formerIds);
-        if (!payloads) return false;
-        std::map<std::int64_t, std::string> rewritten;
-        for (auto& [id, payload] : *payloads) {
-            auto changed = withReplacedIds(payload, identifiers);
-            if (id != transactionId && changed != payload) rewritten.emplace(id, std::move(changed));
-        }
-        return txnPersistence_->update(identifiers, rewritten) && renewKeys(rewritten);
-    });
-}
-
-bool TransactionManagerAbstract::renewKeys(const std::map<std::int64_t, std::string>& rewritten) {
-    Ids ids;
-    for (auto& each : rewritten) ids.push_back(each.first);
-    auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, textsOf(ids));
-    if (!entries) return false;
-    return std::all_of(entries->begin(), entries->end(), [&](auto& entry) {
-        return entry.sends == 0 || stores_.changeRegister()->renewKey(entry.number).has_value();
-    });
+    return inOneCommit("replace record ids",
+                       [&] { return waiters_.replaceRecordIdentifiers(identifiers, transactionId); });
 }
 
 bool TransactionManagerAbstract::updateError(std::int64_t id, const ErrorResponse& error) {
-    return inOneCommit("keep an error", [&] {
-        auto dependencies = txnDependencyPersistence_->getAllTransitivesLookupDependencies(id);
-        if (!dependencies) return false;
-        std::map<std::int64_t, std::set<std::int64_t>> waitsFor;
-        for (auto& dependency : *dependencies)
-            if (dependency.transactionId != id)
-                waitsFor[dependency.transactionId].insert(dependency.dependentTransaction);
-        std::map<std::int64_t, ErrorResponse> errors{{id, error}};
-        for (auto& [waiter, others] : waitsFor) {
-            auto failed = ErrorResponse::dependingTransactionFailed();
-            ValueList list(others.begin(), others.end());
-            failed.details = ValueMap{{"ids", std::move(list)}};
-            errors.emplace(waiter, std::move(failed));
-        }
-        return txnPersistence_->setTransactionErrors(errors) && notifyOfErrors(errors);
-    });
-}
-
-bool TransactionManagerAbstract::notifyOfErrors(const std::map<std::int64_t, ErrorResponse>& errors) {
-    Ids ids;
-    for (auto& each : errors) ids.push_back(each.first);
-    auto stored = txnPersistence_->getTransactionsWithIds(ids);
-    auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, textsOf(ids));
-    if (!stored || !entries) return false;
-    for (auto& entry : *entries)
-        for (auto& transaction : *stored)
-            if (entry.transactionId == std::to_string(transaction.id))
-                afterCommit([change = Change::of(transaction, entry), error = errors.at(transaction.id)] {
-                    changeNotices::refused(change, error);
-                });
-    return true;
+    return inOneCommit("keep an error", [&] { return waiters_.fail(id, error); });
 }
 
 bool TransactionManagerAbstract::resetTransaction(std::int64_t id) {
-    bool isStored = inOneCommit("reset a transaction", [&] { return reset(id, 0); });
-    return isStored;
+    return inOneCommit("reset a transaction", [&] { return reset(id, 0); });
 }
 
 /// What this process is sending stays as it is: made ready, it would be sent twice.
 bool TransactionManagerAbstract::reset(std::int64_t id, std::int64_t syncAttempt) {
-    auto dependencies = txnDependencyPersistence_->getAllTransitivesLookupDependencies(id);
-    if (!dependencies) return false;
-    std::set<std::int64_t> waiters;
-    for (auto& dependency : *dependencies)
-        if (dependency.transactionId != id) waiters.insert(dependency.transactionId);
-    bool isCleared = waiters.empty() || txnPersistence_->clearError(Ids(waiters.begin(), waiters.end()));
-    return isCleared && (isBeingSent(id) || txnPersistence_->setSyncAttempt(syncAttempt, Status::active(), id));
+    return waiters_.recover(id) &&
+           (isBeingSent(id) || txnPersistence_->setSyncAttempt(syncAttempt, Status::active(), id));
 }
 
 // Running, and what comes back.
@@ -337,6 +265,7 @@ void TransactionManagerAbstract::run(const NTransaction& transaction, std::funct
         platform::MutexLock lock(mutex_);
         inFlight_.insert(transaction.id);
     }
+    ++startCount_;
     logResult(transaction, "syncing transaction.", "");
     auto isCompleted = std::make_shared<std::atomic<bool>>(false);
     auto complete = [weak = platform::weakSelf(this), transaction, isCompleted,
@@ -371,6 +300,7 @@ void TransactionManagerAbstract::settle(const NTransaction& transaction, const T
     }
     if (!isStored) logResult(transaction, "the result of a transaction could not be stored.", "");
     if (!isDecided) backOff();
+    if (resultStored) resultStored();
 }
 
 bool TransactionManagerAbstract::storeSuccess(const NTransaction& transaction, const TransactionResult& result) {
@@ -395,7 +325,7 @@ bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, c
     auto& error = result.outcome.error();
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction.id)});
     if (!entries) return false;
-    auto lastWords = result.silence ? ErrorResponse{.code = noAnswerCode, .message = *result.silence} : error;
+    auto lastWords = result.silence ? ErrorResponse::noAnswer(*result.silence) : error;
     bool mayBeApplied = result.silence || error.code == ErrorResponse::parsingFailed().code;
     if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords, mayBeApplied))
         return false;
@@ -412,9 +342,11 @@ bool TransactionManagerAbstract::isRunnable() const {
     return !nextTry_;
 }
 
-std::optional<std::int64_t> TransactionManagerAbstract::nextTry() const {
+ChangeQueueStatus TransactionManagerAbstract::status() const {
+    using State = ChangeQueueStatus::State;
     platform::MutexLock lock(mutex_);
-    return nextTry_;
+    auto state = !inFlight_.empty() ? State::sending : !isOn_ ? State::off : nextTry_ ? State::waiting : State::idle;
+    return {.state = state, .until = nextTry_};
 }
 
 void TransactionManagerAbstract::backOff() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -14,10 +15,13 @@
 #include "platform/ThreadSafety.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/transaction/BackOff.h"
+#include "tarvobase/transaction/ChangeQueueStatus.h"
 #include "tarvobase/transaction/IdCounter.h"
 #include "tarvobase/transaction/InactiveTransaction.h"
 #include "tarvobase/transaction/TransactionExecutor.h"
+#include "tarvobase/transaction/TransactionIds.h"
 #include "tarvobase/transaction/TransactionManagerContract.h"
+#include "tarvobase/transaction/TransactionWaiters.h"
 
 namespace tarvo {
 
@@ -45,8 +49,8 @@ public:
     TransactionManagerAbstract(const Stores& stores, std::shared_ptr<UserDefaultsProtocol> userDefaults);
     ~TransactionManagerAbstract() override;
 
-    std::int64_t getNewTransactionId() override;
-    void resetTransactionId() override { transactionIds_.reset(); }
+    std::int64_t getNewTransactionId() override { return transactionIds_.getNewTransactionId(); }
+    void resetTransactionId() override { transactionIds_.resetTransactionId(); }
     /// Returns "NEW_" and nine digits.
     std::string getNewRecordId() override;
     void resetRecordId() override { recordIds_.reset(); }
@@ -70,14 +74,18 @@ public:
     void run(const NTransaction& transaction, std::function<void()> onCompletion) override;
     bool isRunnable() const override;
     bool noteStart(const NTransaction& transaction) override;
-    /// Returns when the next try is, in milliseconds since 1970, while the server does not answer.
-    std::optional<std::int64_t> nextTry() const;
+    ChangeQueueStatus status() const;
+    /// Returns how many transactions were started so far.
+    std::int64_t startCount() const { return startCount_; }
     /// Lets both schedulers look for something to send, and ends a wait for the server.
     void wake();
     /// Calls back on a background queue once nothing is on its way and nothing can go at the moment.
     void whenResting(std::function<void()> callback);
 
-    /// The parts that the assembler sets before the first use.
+    // The assembler sets these before the first use.
+
+    /// Called after a result was stored, on any thread: it may let changes of the older queue go.
+    std::function<void()> resultStored;
     std::shared_ptr<TransactionExecutorDIContract> transactionExecutorDI;
     std::shared_ptr<TransactionSchedulerContract> attachmentScheduler;
     std::shared_ptr<TransactionSchedulerContract> normalScheduler;
@@ -96,8 +104,6 @@ private:
     bool isBeingSent(std::int64_t id) const;
     bool canBeMerged(const Ids& ids, const NTransaction& survivor);
     bool removeFromRegister(const Ids& ids);
-    bool renewKeys(const std::map<std::int64_t, std::string>& rewritten);
-    bool notifyOfErrors(const std::map<std::int64_t, ErrorResponse>& errors);
     bool reset(std::int64_t id, std::int64_t syncAttempt);
     void settle(const NTransaction& transaction, const TransactionResult& result);
     bool storeSuccess(const NTransaction& transaction, const TransactionResult& result);
@@ -107,9 +113,13 @@ private:
     bool sendAgain(const Ids& ids);
     void runSchedulers();
 
-    IdCounter transactionIds_, recordIds_;
+    TransactionIds transactionIds_;
+    const TransactionWaiters waiters_;
+    IdCounter recordIds_;
     InactiveTransaction inactiveTransactionTracker_;
     const std::shared_ptr<DispatchQueue> timerQueue_ = DispatchQueue::serial("com.tarvo.txn.timer");
+
+    std::atomic<std::int64_t> startCount_ = 0;
 
     mutable platform::Mutex mutex_;
     bool isOn_ TARVO_GUARDED_BY(mutex_) = false;

@@ -137,7 +137,8 @@ const std::vector<std::string> readersOfTheConfiguration{
     "tarvobase/network_layer/NetworkConstants.cpp",
     "tarvobase/network_layer/ServiceRequests.cpp",
     "tarvobase/network_layer/StaticBaseNetworkService.cpp",
-    "tarvobase/record_changes/RecordChangesAssembler.cpp",  // the folders of files that go with a record
+    "tarvobase/change_queues/RecordChangesAssembler.cpp",  // the folders of files that go with a record
+    "tarvobase/change_queues/TransactionAssembler.cpp",    // the limits of the schedulers
 };
 
 TEST(ArchitectureTest, OnlyTheEdgesReadTheConfiguration) {

@@ -87,6 +87,7 @@ void ChangeDrain::claimAndSend() {
         if (next.hasFailed) backOff();
         if (!next.transactionID) return;
         ++inFlight_;
+        ++sendCount_;
         changes_->send(*next.transactionID, [weak = platform::weakSelf(this)](DrainedChanges::Settle settle) {
             auto self = weak.lock();
             if (!self) return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -70,6 +71,8 @@ public:
     void wake();
 
     Status status() const;
+    /// Returns how many changes were sent so far.
+    std::int64_t sendCount() const { return sendCount_; }
     /// Calls back on the drain's queue, once nothing is on its way and nothing can go on at the moment: the queue is
     /// empty, all that is left waits or has failed, or the drain is off.
     void whenResting(std::function<void()> callback);
@@ -94,6 +97,7 @@ private:
     bool isOn_ = false;
     bool hasBegun_ = false;  // holds the lock, and has reclaimed
     int inFlight_ = 0;
+    std::atomic<std::int64_t> sendCount_ = 0;
     BackOff backOff_;
     bool isWaiting_ = false;
     platform::Timer timer_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/record_changes/internal/DeletedRecord.h"
@@ -34,8 +35,13 @@ bool hasServersRecord(const ChangeEntry& entry, const Transaction& sent, const C
 }  // namespace
 
 ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records,
-                                   Fetch fetch)
-    : stores_(stores), records_(std::move(records)), replacement_(stores), fetch_(std::move(fetch)) {}
+                                   Fetch fetch, Wake wakeCurrentQueue)
+    : stores_(stores),
+      records_(std::move(records)),
+      replacement_(stores),
+      fetch_(std::move(fetch)),
+      wakeCurrentQueue_(std::move(wakeCurrentQueue)),
+      waiters_(stores) {}
 
 bool ChangeSettlement::settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
     auto& database = stores_.databaseAdapter();
@@ -66,13 +72,21 @@ bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeEntry&
         !stores_.changeRegister()->remove(ChangeQueue::older, {sent.transactionID}))
         return false;
     bool isAdd = sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
-    if (isAdd && !replacement_.replace(sent.moduleName, sent.recordID, answer.recordId)) return false;
+    if (isAdd && !replaceId(sent, entry, answer.recordId)) return false;
     if (sent.operationType == T::deleteRecord)
         return removeDeletedRecord(stores_, *records_, sent.moduleName, sent.recordID);
     auto& recordId = isAdd ? answer.recordId : sent.recordID;
     bool hasRecord = hasServersRecord(entry, sent, answer);
     return (!hasRecord || storeServerRecord(sent.moduleName, recordId, *answer.record)) &&
            tidyRest(sent, recordId, hasRecord);
+}
+
+/// What waits for the record in the current queue names it by its id, and may go.
+bool ChangeSettlement::replaceId(const Transaction& sent, const ChangeEntry& entry, const std::string& newId) const {
+    if (!replacement_.replace(sent.moduleName, sent.recordID, newId)) return false;
+    if (wakeCurrentQueue_) afterCommit(wakeCurrentQueue_);
+    auto number = entry.transactionNumber;
+    return waiters_.replaceRecordIdentifiers({{sent.recordID, newId}}, number) && (!number || waiters_.release(number));
 }
 
 /// An answer need not have all fields, so that it goes over the local row instead of in its place. A record without a
@@ -110,9 +124,12 @@ bool ChangeSettlement::storeRefused(const Transaction& sent, const ChangeEntry& 
                                     const ChangeAnswer& answer) const {
     bool isOpen = answer.isOfWholeRequest && entry.sends > 1;
     bool mayBeApplied = answer.outcome == Outcome::unreadable || isOpen;
-    return stores_.transactions()->updateTransaciton(sent.transactionID, std::nullopt, std::nullopt,
+    auto refusal = refusalOf(answer);
+    auto number = entry.transactionNumber;
+    return (!number || waiters_.fail(number, refusal)) &&
+           stores_.transactions()->updateTransaciton(sent.transactionID, std::nullopt, std::nullopt,
                                                      std::string(Transaction::State::error)) &&
-           stores_.changeRegister()->noteRefusal(entry.number, refusalOf(answer), mayBeApplied);
+           stores_.changeRegister()->noteRefusal(entry.number, refusal, mayBeApplied);
 }
 
 /// A change that a delete has dropped meanwhile is not in the queue any more, and its refusal concerns nobody.

@@ -9,6 +9,7 @@
 #include "tarvobase/record_changes/internal/RecordRefetch.h"
 #include "tarvobase/record_changes/wire/ChangeAnswer.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/transaction/TransactionWaiters.h"
 #include "tarvobase/value_objects/transaction/ChangeRegister.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
@@ -22,7 +23,11 @@ public:
     using Fetch =
         std::function<void(const std::string& moduleName, const std::string& recordId, RecordRefetch::Reason reason)>;
 
-    ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records, Fetch fetch);
+    /// Wakes the current queue, some of whose transactions may go now.
+    using Wake = std::function<void()>;
+
+    ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records, Fetch fetch,
+                     Wake wakeCurrentQueue = {});
 
     /// Returns whether the server's decision is stored. Otherwise the change is to be sent again under its key.
     bool settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
@@ -31,6 +36,7 @@ private:
     bool store(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool storeAccepted(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool storeRefused(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
+    bool replaceId(const Transaction& sent, const ChangeEntry& entry, const std::string& newId) const;
     bool storeServerRecord(const std::string& moduleName, const std::string& recordId, const ValueMap& record) const;
     bool tidyRest(const Transaction& accepted, const std::string& recordId, bool hasServerRecord) const;
     void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
@@ -41,6 +47,8 @@ private:
     const std::shared_ptr<RecordPersistanceDelegate> records_;
     const RecordIdReplacement replacement_;
     const Fetch fetch_;
+    const Wake wakeCurrentQueue_;
+    const TransactionWaiters waiters_;
 };
 
 }  // namespace tarvo

@@ -4,10 +4,23 @@
 
 namespace tarvo {
 
-ChangeTurns::ChangeTurns(const std::vector<QueuedChange>& queue) {
+ChangeTurns::ChangeTurns(const std::vector<QueuedChange>& queue, const Creations& creations) : creations_(creations) {
     for (auto& change : queue)
         if (change.transaction.operationType == TransactionType::addRecord)
             adds_[change.transaction.recordID] = &change;
+}
+
+std::optional<ChangeTurns::Creations> ChangeTurns::creationsFor(const Stores& stores,
+                                                                const std::vector<QueuedChange>& queue) {
+    std::vector<std::string> named;
+    for (auto& change : queue) named.insert(named.end(), change.temporaryIds.begin(), change.temporaryIds.end());
+    Creations creations;
+    if (named.empty()) return creations;
+    auto creating =
+        stores.currentTransactions()->getTransactionsWithRecordIds(named, kindsWhere(createsRecord), std::nullopt);
+    if (!creating) return std::nullopt;
+    for (auto& each : *creating) creations[each.recordId] = {std::to_string(each.id), each.errorResponse.has_value()};
+    return creations;
 }
 
 bool ChangeTurns::isSendable(TransactionType type) {
@@ -44,6 +57,11 @@ ChangeTurns::Judgement ChangeTurns::judgeReady(const QueuedChange& change) const
         auto add = addOf(id);
         if (add && !add->hasFailed()) {
             waitFor(add->transaction.transactionID);
+            continue;
+        }
+        auto creation = creations_.find(id);
+        if (creation != creations_.end() && !creation->second.hasFailed) {
+            waitFor(creation->second.transactionId);
             continue;
         }
         // Without an add that arrives, the server never has the record: there is nothing to delete, and nothing to

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 
 namespace tarvo {
@@ -27,7 +29,19 @@ public:
         std::vector<std::string> waitsFor;  ///< ids of transactions, for `wait`
     };
 
-    explicit ChangeTurns(const std::vector<QueuedChange>& queue);
+    /// A transaction of the current queue that creates a record.
+    struct Creation {
+        std::string transactionId;
+        bool hasFailed = false;
+    };
+    using Creations = std::map<std::string, Creation, std::less<>>;  // by the record's temporary id
+
+    /// Returns what the current queue still has to create of the records that the rows name, or nullopt if it cannot be
+    /// read.
+    static std::optional<Creations> creationsFor(const Stores& stores, const std::vector<QueuedChange>& queue);
+
+    /// Refers to both, which must outlive it.
+    ChangeTurns(const std::vector<QueuedChange>& queue, const Creations& creations);
 
     /// Judges the next row. Rows are given in the order of the queue, none left out.
     Judgement judge(const QueuedChange& change);
@@ -39,6 +53,7 @@ private:
     const QueuedChange* addOf(const std::string& recordId) const;
     Judgement judgeReady(const QueuedChange& change) const;
 
+    const Creations& creations_;
     std::map<std::string, const QueuedChange*, std::less<>> adds_;
     std::map<std::string, std::string, std::less<>> holders_;  // the last row in the way of a record's later ones
 };

@@ -5,18 +5,22 @@
 #include <set>
 
 #include "tarvobase/record_changes/internal/QueuedChange.h"
+#include "tarvobase/transaction/TransactionWaiters.h"
 
 namespace tarvo {
 
-std::optional<std::vector<std::string>> freeDependents(const Stores& stores, const std::string& recordId) {
+std::optional<std::vector<std::string>> freeDependents(const Stores& stores, const std::string& recordId,
+                                                       std::int64_t transactionNumber) {
     auto queued = stores.transactions()->getTransactions();
     auto entries = stores.changeRegister()->entries();
     if (!queued || !entries) return std::nullopt;
-    std::map<std::string, std::int64_t> failed;  // the numbers of their changes
+    TransactionWaiters waiters(stores);
+    if (transactionNumber && !waiters.recover(transactionNumber)) return std::nullopt;
+    std::map<std::string, const ChangeEntry*> failed;
     std::set<std::string> arriving{recordId};
     for (auto& entry : *entries)
         if (entry.lastRefusal && entry.lastRefusal->code == ErrorResponse::dependingTransactionFailed().code)
-            failed[entry.transactionId] = entry.number;
+            failed[entry.transactionId] = &entry;
     std::vector<std::string> freed;
     for (bool foundMore = true; foundMore;) {
         foundMore = false;
@@ -25,7 +29,9 @@ std::optional<std::vector<std::string>> freeDependents(const Stores& stores, con
             if (entry == failed.end()) continue;
             auto names = QueuedChange(row).temporaryIds;
             if (std::none_of(names.begin(), names.end(), [&](auto& id) { return arriving.contains(id); })) continue;
-            if (!stores.changeRegister()->forgetRefusal(entry->second)) return std::nullopt;
+            auto number = entry->second->transactionNumber;
+            if (!stores.changeRegister()->forgetRefusal(entry->second->number)) return std::nullopt;
+            if (number && !waiters.recover(number)) return std::nullopt;
             failed.erase(entry);
             freed.push_back(row.transactionID);
             if (row.operationType == TransactionType::addRecord) foundMore |= arriving.insert(row.recordID).second;

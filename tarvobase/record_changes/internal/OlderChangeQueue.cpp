@@ -5,6 +5,7 @@
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/transaction/ChangeNotices.h"
+#include "tarvobase/transaction/TransactionWaiters.h"
 
 namespace tarvo {
 
@@ -46,6 +47,9 @@ bool OlderChangeQueue::read() {
     if (!queued) return false;
     queue_.clear();
     for (auto& row : queued->transactions) queue_.emplace_back(std::move(row));
+    auto created = ChangeTurns::creationsFor(stores_, queue_);
+    if (!created) return false;
+    created_ = *std::move(created);
     isKnown_ = true;
     return true;
 }
@@ -53,7 +57,7 @@ bool OlderChangeQueue::read() {
 DrainedChanges::Next OlderChangeQueue::claimNext() {
     for (;;) {
         if (!isKnown_ && !read()) return {.hasFailed = true};
-        ChangeTurns turns(queue_);
+        ChangeTurns turns(queue_, created_);
         bool isStale = false;
         for (auto& change : queue_) {
             auto step = take(change, turns.judge(change));
@@ -112,6 +116,8 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
     std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("fail a change", [&] {
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
+        auto number = entry ? entry->transactionNumber : 0;
+        if (number && !TransactionWaiters(stores_).fail(number, refusal)) return false;
         return entry && stores_.changeRegister()->noteRefusal(entry->number, refusal, false) &&
                stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
                                                          std::string(Transaction::State::error));

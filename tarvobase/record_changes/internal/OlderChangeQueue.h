@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,7 @@ private:
     const std::shared_ptr<ChangeSender> sender_;
     const ChangeSettlement settlement_;
     std::vector<QueuedChange> queue_;  // in order, as of the last read
+    ChangeTurns::Creations created_;
     bool isKnown_ = false;
     std::map<std::string, Claim> claims_;  // by id, from the claim to the answer
 };

@@ -35,6 +35,9 @@ struct ChangeEntry {
     bool mayBeApplied = false;
     ChangeQueue queue = ChangeQueue::older;
     std::string transactionId;  ///< the row in its queue; the current queue's number in decimal
+    /// The place of an add of the older queue among the transactions of the current one, which can wait for it. 0 for
+    /// every other change.
+    std::int64_t transactionNumber = 0;
 
     /// Returns whether the server has not applied the change: it said so, or was never asked.
     bool isKnownToBeRefused() const { return lastRefusal && !mayBeApplied; }
@@ -65,6 +68,13 @@ public:
     /// Gives a change with a new payload a new key, and forgets its refusal. Returns the key, or nullopt if it could
     /// not be stored. The server would answer the former key with the former result.
     virtual std::optional<std::string> renewKey(std::int64_t number) = 0;
+    /// Gives an add of the older queue its place among the transactions of the current one.
+    virtual bool setTransactionNumber(std::int64_t number, std::int64_t transactionNumber) = 0;
+    /// Returns the places of all adds that are left, also of other organisations, or nullopt if the register cannot be
+    /// read.
+    virtual std::optional<std::vector<std::int64_t>> transactionNumbers() = 0;
+    /// Returns the highest place that was given, 0 if there is none, or nullopt if the register cannot be read.
+    virtual std::optional<std::int64_t> highestTransactionNumber() = 0;
     virtual bool remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
 };
 

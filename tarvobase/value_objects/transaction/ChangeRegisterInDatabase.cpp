@@ -14,7 +14,7 @@ constexpr const char *number = "number", *enteredAt = "entered_at", *organisatio
                      *key = "key", *sends = "sends", *refusalCode = "refusal_code",
                      *refusalMessage = ChangeRegisterTable::refusalMessage, *refusalDetails = "refusal_details",
                      *mayBeApplied = "may_be_applied", *queue = ChangeRegisterTable::queue,
-                     *transactionId = ChangeRegisterTable::transactionId;
+                     *transactionId = ChangeRegisterTable::transactionId, *transactionNumber = "transaction_number";
 }
 
 // AUTOINCREMENT remembers the highest number after its row is gone. Code, message and details of a refusal have columns
@@ -31,7 +31,8 @@ EnsuredTable::Declaration changeRegisterTable() {
                         {refusalDetails, "TEXT"},
                         {mayBeApplied, "INTEGER DEFAULT 0"},
                         {queue, "TEXT"},
-                        {transactionId, "TEXT"}},
+                        {transactionId, "TEXT"},
+                        {transactionNumber, "INTEGER"}},
             .keys = std::string("UNIQUE (") + queue + ", " + transactionId + ")"};
 }
 
@@ -56,7 +57,8 @@ ChangeEntry entryOf(const Row& row) {
             .lastRefusal = refusalOf(row),
             .mayBeApplied = integer(mayBeApplied) != 0,
             .queue = fromRawText<ChangeQueue>(text(queue)).value_or(ChangeQueue::older),
-            .transactionId = text(transactionId)};
+            .transactionId = text(transactionId),
+            .transactionNumber = integer(transactionNumber)};
 }
 
 ValueMap refusalValues(const std::optional<ErrorResponse>& refusal, bool mayBeApplied = false) {
@@ -116,6 +118,24 @@ std::optional<std::string> ChangeRegisterInDatabase::renewKey(std::int64_t numbe
     auto values = refusalValues(std::nullopt);
     values.set(changeColumns::key, key);
     return table_.update(std::move(values), hasNumber(number)) ? std::optional(key) : std::nullopt;
+}
+bool ChangeRegisterInDatabase::setTransactionNumber(std::int64_t number, std::int64_t transactionNumber) {
+    return table_.update({{changeColumns::transactionNumber, transactionNumber}}, hasNumber(number));
+}
+std::optional<std::vector<std::int64_t>> ChangeRegisterInDatabase::transactionNumbers() {
+    auto rows = table_.fetch(Criteria::greaterThan(changeColumns::transactionNumber, std::int64_t{0}));
+    if (!rows) return std::nullopt;
+    std::vector<std::int64_t> numbers;
+    for (auto row : *rows) numbers.push_back(row.valueOf(changeColumns::transactionNumber).asInteger().value_or(0));
+    return numbers;
+}
+std::optional<std::int64_t> ChangeRegisterInDatabase::highestTransactionNumber() {
+    FetchQuery query(table_.name());
+    query.sortBy = {SortDescriptor::customOrderBy(std::string(changeColumns::transactionNumber) + " DESC")};
+    query.limit = 1;
+    auto rows = table_.fetch(query);
+    if (!rows) return std::nullopt;
+    return rows->empty() ? 0 : rows->front().valueOf(changeColumns::transactionNumber).asInteger().value_or(0);
 }
 bool ChangeRegisterInDatabase::remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
     return transactionIds.empty() || table_.remove(areOfQueue(queue, transactionIds));

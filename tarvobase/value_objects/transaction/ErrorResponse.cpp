@@ -4,6 +4,8 @@ namespace tarvo {
 
 namespace {
 
+constexpr const char* noAnswerCode = "noAnswer";
+
 const ErrorResponse local(const char* code) { return {code, code, std::nullopt}; }
 
 }  // namespace
@@ -48,5 +50,8 @@ const ErrorResponse& ErrorResponse::dependingTransactionFailed() {
     static const auto error = local("txnDEPENDING_TRANSACTION_FAILED");
     return error;
 }
+
+ErrorResponse ErrorResponse::noAnswer(std::string what) { return {.code = noAnswerCode, .message = std::move(what)}; }
+bool ErrorResponse::isNoAnswer() const { return code == noAnswerCode; }
 
 }  // namespace tarvo

@@ -28,6 +28,9 @@ struct ErrorResponse {
     static const ErrorResponse& parsingFailed();
     static const ErrorResponse& invlaidTransaction();
     static const ErrorResponse& dependingTransactionFailed();
+    /// The last words of a change that the server has not decided on: what happened, without values of records.
+    static ErrorResponse noAnswer(std::string what);
+    bool isNoAnswer() const;
 
     static constexpr auto fields() {
         using E = ErrorResponse;

@@ -60,6 +60,8 @@ struct TransactionStatusCodec {
     }
 };
 
+bool createsRecord(NTransaction::Kind kind) { return isCreateState(kind) || kind == NTransaction::Kind::addTextNote; }
+
 template struct StoredMapper<TransactionMapper, NTransaction>;
 
 }  // namespace tarvo

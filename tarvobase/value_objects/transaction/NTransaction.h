@@ -158,6 +158,9 @@ struct EnumCases<NTransaction::Status::Case> {
 bool isFileUpload(NTransaction::Kind kind);
 /// Returns whether the kind creates the record that its `recordId` names, so that others can depend on it.
 bool isCreateState(NTransaction::Kind kind);
+/// Returns whether others can name the record that the kind creates. Text notes count as well, although their kind is
+/// not a create state: an edit must not leave before them.
+bool createsRecord(NTransaction::Kind kind);
 std::optional<RecordDependency::Kind> depndencyType(NTransaction::Kind kind);
 /// Returns the kinds of which `has` is true, in the order of their raw values.
 std::vector<NTransaction::Kind> kindsWhere(bool (*has)(NTransaction::Kind));

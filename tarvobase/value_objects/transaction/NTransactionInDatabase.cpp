@@ -5,6 +5,7 @@
 #include "platform/Json.h"
 #include "platform/Log.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionDependencyInDatabase.h"
 
 namespace tarvo {
@@ -97,8 +98,10 @@ TransactionPersistence::Transactions allTransactions(const EnsuredTable& table, 
 
 }  // namespace
 
-NTransactionInDatabase::NTransactionInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter)
+NTransactionInDatabase::NTransactionInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                                               std::optional<std::string> organisation)
     : adapter_(std::move(databaseAdapter)),
+      organisation_(std::move(organisation)),
       transactions_(tableOfTransactions(adapter_)),
       dependencies_(TransactionDependencyInDatabase::tableOf(adapter_)) {}
 
@@ -216,11 +219,14 @@ TransactionPersistence::Found NTransactionInDatabase::getNextRunnableTransaction
     auto first = [&](const std::string& limit) {
         auto parameters = rawKinds(kinds);
         parameters.push_back(rawStatus(NTransaction::Status::Case::active));
+        auto ofOthers = isOfAnotherOrganisation();
+        if (!ofOthers.empty()) parameters.push_back(*organisation_);
         return fetch(RawQuery(
             "SELECT txn.* FROM TRANSACTIONS_NEW txn LEFT JOIN TRANSACTIONS_DEPENDENCY txn_dep ON txn.txn_id = "
             "txn_dep.txn_id WHERE txn_dep.txn_id IS NULL AND (txn.error_response IS NULL OR txn.error_response = '') "
             "AND txn.txn_type IN (" +
-                placeholders(kinds.size()) + ") AND txn.status = ? ORDER BY txn.txn_id" + limit,
+                placeholders(kinds.size()) + ") AND txn.status = ?" + (ofOthers.empty() ? "" : " AND NOT " + ofOthers) +
+                " ORDER BY txn.txn_id" + limit,
             std::move(parameters)));
     };
     auto rows = first(" LIMIT 1");
@@ -230,6 +236,16 @@ TransactionPersistence::Found NTransactionInDatabase::getNextRunnableTransaction
     });
     if (!readable) return ParserError::noData();
     return readable->empty() ? std::nullopt : std::optional(std::move(readable->front()));
+}
+
+/// Returns the condition for a transaction that was made in another organisation, which is sent when that one is in
+/// force again. Returns the empty text if nothing is known of organisations.
+std::string NTransactionInDatabase::isOfAnotherOrganisation() const {
+    using Register = ChangeRegisterTable;
+    if (!organisation_ || !adapter_ || adapter_->columnNames(Register::name).empty()) return {};
+    return std::string("EXISTS (SELECT 1 FROM ") + Register::name + " made WHERE made." + Register::queue +
+           " = 'current' AND made." + Register::transactionId + " = CAST(txn.txn_id AS TEXT) AND made." +
+           Register::organisation + " <> ?)";
 }
 
 bool NTransactionInDatabase::addMergedTransaction(const NTransaction& transaction, const Dependencies& dependencies,

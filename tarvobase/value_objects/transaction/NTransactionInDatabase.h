@@ -11,8 +11,9 @@ public:
     using TransactionPersistence::getTransactionsWithRecordIds;
     using TransactionPersistence::setStatus;
 
-    /// The adapter may be null.
-    explicit NTransactionInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter);
+    /// The adapter may be null. With an organisation, what was made in another one is not runnable.
+    explicit NTransactionInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
+                                    std::optional<std::string> organisation = std::nullopt);
 
     bool storeTransactions(const std::vector<NTransaction>& transactions, const Dependencies& dependencies) override;
     Transactions getTransactionsWithIds(const Ids& ids) override;
@@ -43,11 +44,13 @@ public:
 
 private:
     std::optional<Rows> fetch(const Query& query) const;
+    std::string isOfAnotherOrganisation() const;
     std::optional<Rows> lastRows(const std::string& columns, const std::string& recordId, const Kinds& kinds) const;
     std::optional<std::int64_t> highest(const Query& query) const;
     bool execute(const std::vector<DatabaseAdapter::Statement>& statements) const;
 
     const std::shared_ptr<DatabaseAdapter> adapter_;
+    const std::optional<std::string> organisation_;
     const EnsuredTable transactions_, dependencies_;
 };
 

@@ -1,7 +1,7 @@
 #include "platform/Clock.h"
 #include "platform/Files.h"
+#include "tarvobase/change_queues/QueuedChanges.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/record_changes/QueuedChanges.h"
 #include "tarvobase/record_changes/RecordChanges.h"
 #include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"

@@ -200,7 +200,7 @@ TEST_F(TransactionManagerTest, FailureWithoutAnAnswerWaitsAndGoesAgainUnderItsKe
     for (int round = 0; round < 5; ++round) {
         complete(TransactionResult::noAnswer("timeout"));
         EXPECT_EQ(rows(), "1 7 active 1 txnPARSING_FAILED");
-        waits.push_back(*manager->nextTry() - platform::Clock::now().time_since_epoch().count());
+        waits.push_back(*manager->status().until - platform::Clock::now().time_since_epoch().count());
         advance(std::chrono::milliseconds(waits.back()));
     }
     EXPECT_EQ(waits, (std::vector<std::int64_t>{1000, 2000, 4000, 8000, 16000}));

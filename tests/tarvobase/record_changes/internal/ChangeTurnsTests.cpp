@@ -26,9 +26,9 @@ QueuedChange change(const std::string& id, TransactionType type, const std::stri
 }
 
 /// Returns the rows' turns, with what they wait for.
-std::string turnsOf(const std::vector<QueuedChange>& queue) {
+std::string turnsOf(const std::vector<QueuedChange>& queue, const ChangeTurns::Creations& creations = {}) {
     using Turn = ChangeTurns::Turn;
-    ChangeTurns turns(queue);
+    ChangeTurns turns(queue, creations);
     std::vector<std::string> texts;
     for (auto& row : queue) {
         auto judgement = turns.judge(row);

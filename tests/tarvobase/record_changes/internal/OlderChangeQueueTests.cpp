@@ -1,8 +1,9 @@
 #include <deque>
 #include <set>
 
+#include "tarvobase/change_queues/QueuedChanges.h"
+#include "tarvobase/change_queues/TransactionAssembler.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
-#include "tarvobase/record_changes/QueuedChanges.h"
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
 #include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
@@ -311,7 +312,7 @@ TEST_F(OlderChangeQueueTest, EachChangeIsListedWithWhatItWaitsFor) {
     begin();
     auto listed = [&](const ChangeQueueStatus& status) {
         std::vector<std::string> lines;
-        auto changes = QueuedChanges(*stores).list(status);
+        auto changes = QueuedChanges(*stores).list(status, {});
         for (auto& change : *changes) {
             std::string line = change.transactionId + " " + std::string(caseName(change.state));
             if (change.waitingFor) {
@@ -332,6 +333,54 @@ TEST_F(OlderChangeQueueTest, EachChangeIsListedWithWhatItWaitsFor) {
     EXPECT_EQ(listed({State::waiting, 78, true}), "add waiting otherProcess 78" + rest + "waiting otherProcess 78");
     EXPECT_EQ(sendAll(), "add");
     EXPECT_EQ(listed({State::sending}), "add sending" + rest + "failed");
+}
+
+TEST_F(OlderChangeQueueTest, BothQueuesAreOneOrder) {
+    auto noteOn = [](std::int64_t id, const std::string& noteId, const std::string& parent) {
+        return NTransaction{.id = id,
+                            .recordId = noteId,
+                            .module = ModuleIdentifier::Case::notes,
+                            .kind = NTransaction::Kind::addTextNote,
+                            .payload = {{"Parent_Id", parent}}};
+    };
+    auto waiting = [&] {
+        std::string texts;
+        auto queued = stores->currentTransactions()->getTransactions();
+        for (auto& row : queued->transactions)
+            texts += std::to_string(row.id) + " " + row.payload.find("Parent_Id")->textOr("") + " " +
+                     (row.errorResponse ? row.errorResponse->code : "") + ";";
+        auto next = stores->currentTransactions()->getNextRunnableTransaction({NTransaction::Kind::addTextNote});
+        return texts + (next.value() ? " next " + std::to_string(next.value()->id) : "");
+    };
+    auto manager = TransactionAssembler::getTransactionManager(*stores);
+    enqueue("add", T::addRecord, temporaryId);
+    enqueue("refused", T::addRecord, "NEW_000000002");
+    ASSERT_TRUE(queue->reclaim());  // numbers the changes
+    manager->addTransaction(noteOn(100, "NEW_000000010", temporaryId), {temporaryId}, {});
+    manager->addTransaction(noteOn(200, "NEW_000000011", "NEW_000000002"), {"NEW_000000002"}, {});
+    ASSERT_TRUE(manager->initialize());
+    enqueue("on a note", T::editRecord, "7", R"("Parent":"NEW_000000010")");
+    ASSERT_TRUE(queue->reclaim());
+    EXPECT_EQ(waiting(), "100 NEW_000000001 ;200 NEW_000000002 ;");
+    EXPECT_EQ(sendAll(), "add refused");
+    answer(ChangeAnswer::accepted("42"));
+    answer(refusal());
+    EXPECT_EQ(waiting(), "100 42 ;200 NEW_000000002 txnDEPENDING_TRANSACTION_FAILED; next 100");
+    auto changes = QueuedChanges(*stores).list({ChangeQueueStatus::State::idle}, {ChangeQueueStatus::State::idle});
+    std::string listed;
+    for (auto& change : *changes)
+        listed += change.transactionId + " " + std::string(caseName(change.state)) +
+                  (change.waitingFor ? " for " + std::to_string(change.waitingFor->numbers.at(0)) : "") + ";";
+    EXPECT_EQ(listed, "refused failed;100 ready;200 failed;on a note waiting for 4;");
+    // The retry of an add frees what waits for it in both queues.
+    EXPECT_EQ(QueuedChanges(*stores).retry({2}), (QueuedChanges::Numbers{2, 6}));
+    EXPECT_EQ(waiting(), "100 42 ;200 NEW_000000002 ; next 100");
+    // What fails in the current queue fails what waits for it in this one.
+    ASSERT_TRUE(manager->updateError(100, ErrorResponse::invlaidTransaction()));
+    queue->refresh();
+    EXPECT_EQ(sendAll(), "refused");
+    EXPECT_EQ(rows(), R"("refused","NEW_000000002","InProgress";"on a note","7","error")");
+    EXPECT_EQ(QueuedChanges(*stores).retry({4}), (QueuedChanges::Numbers{4, 9}));
 }
 
 }  // namespace tarvo

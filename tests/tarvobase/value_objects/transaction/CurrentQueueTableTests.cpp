@@ -1,6 +1,7 @@
 #include <limits>
 
 #include "platform/Text.h"
+#include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
 #include "tarvobase/value_objects/transaction/NTransactionInDatabase.h"
 #include "tarvobase/value_objects/transaction/NTransactionRecordInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionDependencyInDatabase.h"
@@ -325,4 +326,16 @@ TEST_F(CurrentQueueTableTest, ARecordMovesToItsRealIdWithItsSides) {
 }
 
 }  // namespace
+TEST_F(CurrentQueueTableTest, WhatAnotherOrganisationMadeIsNotRunnable) {
+    ASSERT_TRUE(store({transactionOf(1), transactionOf(2)}));
+    auto next = [&] {
+        auto found = NTransactionInDatabase(adapter, "mine").getNextRunnableTransaction({Kind::editRecord});
+        return found.value() ? found.value()->id : 0;
+    };
+    EXPECT_EQ(next(), 1);  // nobody knows where it was made
+    ASSERT_TRUE(ChangeRegisterInDatabase(adapter, "other").enter(ChangeQueue::current, "1"));
+    ASSERT_TRUE(ChangeRegisterInDatabase(adapter, "mine").enter(ChangeQueue::current, "2"));
+    EXPECT_EQ(next(), 2);
+}
+
 }  // namespace tarvo

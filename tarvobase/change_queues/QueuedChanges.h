@@ -24,9 +24,10 @@ public:
 
     explicit QueuedChanges(const Stores& stores) : stores_(stores) {}
 
-    /// Returns the changes of the organisation in the order of the queue, or nullopt if it cannot be read. Rows that
-    /// cannot be read are left out. A change that nothing in the queue holds up waits for what `queue` says.
-    std::optional<std::vector<Change>> list(const ChangeQueueStatus& queue) const;
+    /// Returns the changes of the organisation in the order in which they were made, or nullopt if a queue cannot be
+    /// read. Rows that cannot be read are left out. A change that nothing in its queue holds up waits for what the
+    /// status of that queue says.
+    std::optional<std::vector<Change>> list(const ChangeQueueStatus& older, const ChangeQueueStatus& current) const;
     /// Returns what a change sends, or nullopt if there is no change of this number.
     std::optional<Content> content(std::int64_t number) const;
     /// Makes failed changes ready again: those of these numbers, or all. Changes that failed for the sake of one of
@@ -36,8 +37,13 @@ public:
     std::optional<Numbers> retry(const Numbers& numbers) const;
 
 private:
-    std::optional<std::vector<Change>> list() const;
-    bool retryOne(const Transaction& change, const Change& listed) const;
+    using Changes = std::optional<std::vector<Change>>;
+    struct Entries;
+    Changes list() const;
+    bool addOlder(const Entries& entries, std::vector<Change>& changes) const;
+    bool addCurrent(const Entries& entries, std::vector<Change>& changes) const;
+    bool retryOlder(const Change& listed) const;
+    bool retryCurrent(const Change& listed) const;
 
     const Stores stores_;
 };

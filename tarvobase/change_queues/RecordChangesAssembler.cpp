@@ -1,6 +1,7 @@
+#include "tarvobase/change_queues/RecordChangesAssembler.h"
+
+#include "tarvobase/change_queues/ChangeQueues.h"
 #include "tarvobase/configuration/CommonConfigration.h"
-#include "tarvobase/record_changes/ChangeQueues.h"
-#include "tarvobase/record_changes/RecordChangeUseCases.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 
 namespace tarvo {
