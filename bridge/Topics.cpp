@@ -1,6 +1,7 @@
 #include "bridge/Topics.h"
 
 #include "bridge/forms/JsonForm.h"
+#include "bridge/forms/TransactionForms.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CVObserver.h"
@@ -10,6 +11,7 @@
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/notification/SearchTokenChangedObserver.h"
 #include "tarvobase/transaction/ChangeQueueObserver.h"
+#include "tarvobase/transaction/TransactionStatusObserver.h"
 #include "tarvobase/value_objects/module/Module.h"
 
 namespace tarvo::bridge {
@@ -109,6 +111,14 @@ private:
     }
 };
 
+class TransactionListener final : public TopicListener, public TransactionStatusObserver {
+public:
+    using TopicListener::TopicListener;
+    void transactionGaveUp(const NTransaction& transaction) override {
+        report("transactionGaveUp", {{"transaction", toJson(transaction)}});
+    }
+};
+
 class ViewListener final : public TopicListener, public CustomViewChangedObserver {
 public:
     using TopicListener::TopicListener;
@@ -153,6 +163,7 @@ constexpr Row rows[] = {
     {"ModuleChangedObserver", listener<ModuleChangedObserver, ModuleListener>},
     {"RecordChangedObserver", listener<RecordChangedObserver, RecordListener>},
     {"SearchTokenChangedObserver", listener<SearchTokenChangedObserver, SearchListener>},
+    {"TransactionStatusObserver", listener<TransactionStatusObserver, TransactionListener>},
     {"UserDefaultsValueObserver", listener<UserDefaultsValueObserver, SettingsListener>},
 };
 

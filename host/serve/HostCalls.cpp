@@ -10,6 +10,7 @@
 #include "host/serve/HostQueueCalls.h"
 #include "host/serve/HostRecordCalls.h"
 #include "host/serve/HostSettingsCalls.h"
+#include "host/serve/HostTransactionCalls.h"
 #include "platform/Clock.h"
 #include "platform/dates/LocalZone.h"
 #include "tarvobase/configuration/CommonConfigration.h"
@@ -170,6 +171,7 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<Secret>& p
     addMetadataCalls(registry, host);
     addRecordCalls(registry, host);
     addQueueCalls(registry);
+    addTransactionCalls(registry);
     registry.addOperation<bridge::Topics::Request>(
         "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
             bool exists = topics->change(request, call->notifier());
