@@ -12,7 +12,7 @@ install(TARGETS ${libraries} EXPORT TarvoBaseTargets
 foreach(folder ${libraries})
   install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvobase/${folder}
     FILES_MATCHING PATTERN "*.h"
-    PATTERN internal EXCLUDE PATTERN wire EXCLUDE PATTERN sql EXCLUDE PATTERN parsers EXCLUDE)
+    PATTERN internal EXCLUDE PATTERN wire EXCLUDE PATTERN execution EXCLUDE PATTERN sql EXCLUDE PATTERN parsers EXCLUDE)
 endforeach()
 if(TARGET tarvo-host)
   install(TARGETS tarvo-host DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -21,8 +21,8 @@ struct TransactionResult {
 
     /// The ids, possibly none, or why the transaction failed.
     Result<Identifiers, ErrorResponse> outcome;
-    /// Stores the executor's rows in the commit that takes the transaction out of the queue. Returns whether they are
-    /// stored; otherwise all of the result is undone, and the transaction is sent again.
+    /// Stores the executor's rows in the commit that takes the transaction out of the queue, or that keeps its failure.
+    /// Returns whether they are stored; otherwise all of the result is undone, and the transaction is sent again.
     std::function<bool()> store{};
     /// Runs after that commit and after the scheduler has gone on, also after a failure.
     std::function<void()> afterwards{};

@@ -324,7 +324,7 @@ bool TransactionManagerAbstract::storeSuccess(const NTransaction& transaction, c
 bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, const TransactionResult& result) {
     auto& error = result.outcome.error();
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction.id)});
-    if (!entries) return false;
+    if (!entries || (result.store && !result.store())) return false;
     auto lastWords = result.silence ? ErrorResponse::noAnswer(*result.silence) : error;
     bool mayBeApplied = result.silence || error.code == ErrorResponse::parsingFailed().code;
     if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords, mayBeApplied))

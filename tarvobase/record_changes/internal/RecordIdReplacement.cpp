@@ -40,7 +40,8 @@ bool RecordIdReplacement::replace(const std::string& moduleName, const std::stri
                                   const std::string& newId) const {
     return stores_.databaseAdapter() && replaceRows(moduleName, formerId, newId) &&
            replaceInDependents(moduleName, formerId, newId) && replaceInQueue(formerId, newId) &&
-           replaceInSides(formerId, formerId, newId) && stores_.recordIdAliases()->store({formerId, moduleName, newId});
+           replaceInCurrentQueue(formerId, newId) && replaceInSides(formerId, formerId, newId) &&
+           stores_.recordIdAliases()->store({formerId, moduleName, newId});
 }
 
 bool RecordIdReplacement::replaceRows(const std::string& moduleName, const std::string& formerId,
@@ -123,6 +124,19 @@ bool RecordIdReplacement::replaceInQueue(const std::string& formerId, const std:
         replaced.push_back(std::move(changed));
     }
     return replaced.empty() || stores_.transactions()->storeTransactions(replaced);
+}
+
+/// The payloads of the current queue are its manager's; the records that they change are rewritten here. A queue with a
+/// row that cannot be read must not hold up the answer.
+bool RecordIdReplacement::replaceInCurrentQueue(const std::string& formerId, const std::string& newId) const {
+    auto naming = stores_.currentTransactions()->getTransactionsNaming(formerId);
+    if (!naming) return true;
+    std::set<std::pair<std::string, std::string>> records;  // module and record, each once
+    for (auto& transaction : *naming) records.insert({transaction.module.rawValue(), transaction.recordId});
+    return std::all_of(records.begin(), records.end(), [&](auto& record) {
+        bool hasTable = !stores_.databaseAdapter()->columnNames(RecordUtil::getTableName(record.first)).empty();
+        return !hasTable || replaceInRow(record.first, record.second, formerId, newId);
+    });
 }
 
 /// The record of a change that waits may look up the added one.

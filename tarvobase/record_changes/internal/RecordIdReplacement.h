@@ -31,6 +31,7 @@ private:
     bool replaceInDependents(const std::string& moduleName, const std::string& formerId,
                              const std::string& newId) const;
     bool replaceInQueue(const std::string& formerId, const std::string& newId) const;
+    bool replaceInCurrentQueue(const std::string& formerId, const std::string& newId) const;
     bool replaceInRecord(const Transaction& change, const std::string& formerId, const std::string& newId) const;
     bool replaceInRow(const std::string& moduleName, const std::string& recordId, const std::string& formerId,
                       const std::string& newId) const;

@@ -5,21 +5,32 @@
 
 namespace tarvo {
 
+namespace {
+
+ChangeAnswer answerTo(const AddEditRecordRequest& request, const NetworkAnswer& answer) {
+    bool isAdd = request.operation == AddRecordNetworkServiceOperation::add;
+    if (request.isNote)
+        return isAdd ? ChangeAnswerParser::ofAddedNote(answer)
+                     : ChangeAnswerParser::ofEditedNote(answer, request.recordID);
+    return isAdd ? ChangeAnswerParser::ofAdd(answer) : ChangeAnswerParser::ofEdit(answer, request.recordID);
+}
+
+}  // namespace
+
 void AddEditRecordNetworkService::addRecord(AddEditRecordRequest request, ChangeCompletion completion) {
     bool isAdd = request.operation == AddRecordNetworkServiceOperation::add;
     bren::Headers headers;
     headers.set(NetworkParamConstant::transactionIdHeader, request.key);
     headers.set("Content-Type", "application/json");
-    sendRequest({.params = std::move(request.params),
+    auto params = std::move(request.params);
+    auto body = std::move(request.jsonData);
+    sendRequest({.params = std::move(params),
                  .url = networkConstants->getURL(isAdd ? CRMAPIs::Case::addRecord : CRMAPIs::Case::updateRecord),
                  .headers = std::move(headers),
-                 .body = std::move(request.jsonData),
+                 .body = std::move(body),
                  .shouldAddOrgId = true,
-                 .completionHandler = [isAdd, recordID = std::move(request.recordID),
-                                       completion = std::move(completion)](NetworkAnswer answer) {
-                     completion(isAdd ? ChangeAnswerParser::ofAdd(answer)
-                                      : ChangeAnswerParser::ofEdit(answer, recordID));
-                 }});
+                 .completionHandler = [request = std::move(request), completion = std::move(completion)](
+                                          NetworkAnswer answer) { completion(answerTo(request, answer)); }});
 }
 
 }  // namespace tarvo

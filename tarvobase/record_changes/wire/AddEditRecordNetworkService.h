@@ -14,6 +14,7 @@ struct AddEditRecordRequest {
     AddRecordNetworkServiceOperation operation = AddRecordNetworkServiceOperation::add;
     std::string recordID;  ///< the edited record, which the answer must name; not read for an add
     std::string key;       ///< the same UUID each time that this payload is sent
+    bool isNote = false;   ///< whether the answer is read as that to a note
 };
 
 class AddEditRecordNetworkServiceProtocol : public virtual platform::Object {

@@ -7,6 +7,8 @@
 #include "tarvobase/network_layer/TypedReads.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/wire/ModuleParser.h"
+#include "tarvobase/utils/Util.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 
@@ -82,18 +84,32 @@ ValueMap infoOf(const ValueMap& entry) { return readKey<ValueMap>(entry, "info")
 
 using EntryResult = Result<ValueMap, ChangeAnswer>;
 
-/// Returns the first entry of an answer, or the outcome of an answer that has none or an error in it.
-EntryResult firstEntryIn(const ValueMap& body) {
+/// Returns the outcome of an entry with errors.
+std::optional<ChangeAnswer> failureOf(const ValueMap& entry) {
+    return answerOfErrors(readKey<ValueList>(entry, "error"), readKey<ValueMap>(infoOf(entry), "details"));
+}
+
+using EntriesResult = Result<ValueList, ChangeAnswer>;
+
+/// Returns the entries of an answer, or the outcome of an answer that has none or an error of its own.
+EntriesResult entriesIn(const ValueMap& body) {
     if (auto failed = answerOfErrors(readKey<ValueList>(body, "error"))) return ofWholeRequest(*std::move(failed));
     auto response = readKey<ValueMap>(body, "response");
     if (!response) return ChangeAnswer::unreadable();
     if (auto error = readKey<ValueMap>(*response, "error"))
         return ofWholeRequest(*answerOfErrors(ValueList{Value(*error)}));
     auto result = readKey<ValueList>(*response, "result");
-    auto entry = result ? readIndex<ValueMap>(*result, 0) : std::nullopt;
+    if (!result) return ChangeAnswer::unreadable();
+    return *std::move(result);
+}
+
+/// Returns the first entry of an answer, or the outcome of an answer that has none or an error in it.
+EntryResult firstEntryIn(const ValueMap& body) {
+    auto entries = entriesIn(body);
+    if (!entries) return entries.error();
+    auto entry = readIndex<ValueMap>(entries.value(), 0);
     if (!entry) return ChangeAnswer::unreadable();
-    if (auto failed = answerOfErrors(readKey<ValueList>(*entry, "error"), readKey<ValueMap>(infoOf(*entry), "details")))
-        return *failed;
+    if (auto failed = failureOf(*entry)) return *failed;
     return *std::move(entry);
 }
 
@@ -154,13 +170,60 @@ std::optional<NamedRecord> namedIn(const ValueMap& entry) {
     return differs ? std::nullopt : std::optional(std::move(named));
 }
 
+/// Returns the outcome of an entry without errors.
+ChangeAnswer acceptedBy(const ValueMap& entry, const std::string* editedId) {
+    auto named = namedIn(entry);
+    if (!named || !isServersId(named->id) || (editedId && named->id != *editedId)) return ChangeAnswer::unreadable();
+    return ChangeAnswer::accepted(std::move(named->id), std::move(named->record));
+}
+
 ChangeAnswer answerWithRecord(const NetworkAnswer& answer, const std::string* editedId) {
     if (auto none = withoutAnswer(answer)) return *none;
     auto entry = firstEntryOf(answer);
+    return entry ? acceptedBy(*entry, editedId) : entry.error();
+}
+
+ChangeAnswer importedBy(const Value& value) {
+    auto entry = value.asMap();
+    if (!entry) return ChangeAnswer::unreadable();
+    if (auto failed = failureOf(*entry)) return *failed;
+    auto record = readKey<ValueList>(*entry, "record").value_or(ValueList());
+    auto id = record.empty() ? std::string() : record.front().textOr("");
+    return isServersId(id) ? ChangeAnswer::accepted(std::move(id)) : acceptedBy(*entry, nullptr);
+}
+
+constexpr std::string_view timesOfNote[] = {FieldAPIConstant.createdTime, FieldAPIConstant.modifiedTime};
+
+ValueMap timesIn(const ValueMap& record) {
+    ValueMap times;
+    for (auto name : timesOfNote)
+        if (auto time = record.find(name)) times.set(name, *time);
+    return times;
+}
+
+/// Returns the times in a list of an id and two times.
+std::optional<ValueMap> timesIn(const ValueList& data) {
+    if (data.size() < 3) return std::nullopt;
+    ValueMap times;
+    times.set(timesOfNote[0], data[1]);
+    times.set(timesOfNote[1], data[2]);
+    for (auto& time : times)
+        if (!Util::DateFormatters::iso8601DateFormatter().date(time.value.textOr(""))) return std::nullopt;
+    return times;
+}
+
+ChangeAnswer answerWithTimes(const NetworkAnswer& answer, const std::string* editedId) {
+    if (auto none = withoutAnswer(answer)) return *none;
+    auto entry = firstEntryOf(answer);
     if (!entry) return entry.error();
-    auto named = namedIn(*entry);
-    if (!named || !isServersId(named->id) || (editedId && named->id != *editedId)) return ChangeAnswer::unreadable();
-    return ChangeAnswer::accepted(std::move(named->id), std::move(named->record));
+    auto accepted = acceptedBy(*entry, editedId);
+    if (accepted.outcome != ChangeAnswer::Outcome::accepted) return accepted;
+    auto data = readKey<ValueList>(*entry, "data").value_or(ValueList());
+    bool isTexts = !data.empty() && data.front().asText();
+    auto times = isTexts ? timesIn(data) : timesIn(accepted.record.value_or(ValueMap()));
+    if (!times) return ChangeAnswer::unreadable();
+    accepted.record = times->empty() ? std::nullopt : std::move(times);
+    return accepted;
 }
 
 }  // namespace
@@ -168,6 +231,23 @@ ChangeAnswer answerWithRecord(const NetworkAnswer& answer, const std::string* ed
 ChangeAnswer ChangeAnswerParser::ofAdd(const NetworkAnswer& answer) { return answerWithRecord(answer, nullptr); }
 ChangeAnswer ChangeAnswerParser::ofEdit(const NetworkAnswer& answer, const std::string& recordId) {
     return answerWithRecord(answer, &recordId);
+}
+
+ChangeAnswer ChangeAnswerParser::ofAddedNote(const NetworkAnswer& answer) { return answerWithTimes(answer, nullptr); }
+ChangeAnswer ChangeAnswerParser::ofEditedNote(const NetworkAnswer& answer, const std::string& recordId) {
+    return answerWithTimes(answer, &recordId);
+}
+
+ImportAnswer ChangeAnswerParser::ofImport(const NetworkAnswer& answer, std::size_t count) {
+    if (auto none = withoutAnswer(answer)) return *none;
+    auto body = AnswerBody::value(answer.body);
+    if (!body || !body->asMap()) return ChangeAnswer::unreadable();
+    auto entries = entriesIn(*body->asMap());
+    if (!entries) return entries.error();
+    if (entries->size() != count) return ChangeAnswer::unreadable();
+    std::vector<ChangeAnswer> answers;
+    for (auto& entry : entries.value()) answers.push_back(importedBy(entry));
+    return answers;
 }
 
 ChangeAnswer ChangeAnswerParser::ofDelete(const NetworkAnswer& answer, const std::string& recordId) {

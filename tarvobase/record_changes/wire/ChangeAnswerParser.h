@@ -1,11 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
+#include "platform/Result.h"
 #include "tarvobase/network_layer/NetworkAnswer.h"
 #include "tarvobase/record_changes/wire/ChangeAnswer.h"
 
 namespace tarvo {
+
+/// What came of each record of an import, in their order, or of the import as a whole if it has no entry per record.
+using ImportAnswer = Result<std::vector<ChangeAnswer>, ChangeAnswer>;
 
 /// Reads answers to changes. It has no state and may be used from any thread.
 ///
@@ -19,6 +25,14 @@ struct ChangeAnswerParser {
     static ChangeAnswer ofAdd(const NetworkAnswer& answer);
     /// Does the same for an edit, whose answer must have the id of the edited record.
     static ChangeAnswer ofEdit(const NetworkAnswer& answer, const std::string& recordId);
+    /// Reads the answer to an add of several records. An entry is accepted with the first text of its list "record", or
+    /// in the way of `ofAdd`.
+    static ImportAnswer ofImport(const NetworkAnswer& answer, std::size_t count);
+    /// Reads the answers to notes, which are three texts: id, time of creation, time of change. The record of the
+    /// outcome has the times alone, by the API names of their fields. Fewer texts, or texts that are not times, are
+    /// unreadable. An answer in the form of `ofAdd` and `ofEdit` is read as well, and need not have the times.
+    static ChangeAnswer ofAddedNote(const NetworkAnswer& answer);
+    static ChangeAnswer ofEditedNote(const NetworkAnswer& answer, const std::string& recordId);
     /// Reads the answer to a delete. Every entry without an error is a success, unless it has another record's id.
     static ChangeAnswer ofDelete(const NetworkAnswer& answer, const std::string& recordId);
     /// Reads the answer to an upload. The id of the attachment is in the data of the first entry, else in the list

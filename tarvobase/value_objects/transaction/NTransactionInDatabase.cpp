@@ -139,6 +139,12 @@ std::optional<TransactionPersistence::Ids> NTransactionInDatabase::getTransactio
     return ids;
 }
 
+TransactionPersistence::Transactions NTransactionInDatabase::getTransactionsNaming(const std::string& recordId) {
+    auto query = inOrderOfIds(transactions_, Criteria::custom("instr(" + txnPayload + ", ?) > 0", ValueList{recordId}));
+    query.filter(Criteria::notEqualTo(txnRecordId, recordId));
+    return allTransactions(transactions_, fetch(query));
+}
+
 std::optional<std::map<std::int64_t, std::string>> NTransactionInDatabase::getPayload(const Ids& ids,
                                                                                       const RecordIds& recordIds) {
     FetchQuery query(transactions_.name(), Criteria::or_({hasIdIn(ids), columnIn(txnRecordId, recordIds)}));

@@ -56,6 +56,9 @@ public:
     /// Returns the ids of transactions of records, of these kinds. It also finds rows that cannot be read otherwise.
     /// Returns nullopt if the queue cannot be read.
     virtual std::optional<Ids> getTransactionIdsWithRecordIds(const RecordIds& recordIds, const Kinds& kinds) = 0;
+    /// Returns the transactions of other records whose payload has this text anywhere, so that their records may name
+    /// the id that it is. Returns nullopt if the queue cannot be read, or one of the rows cannot.
+    virtual Transactions getTransactionsNaming(const std::string& recordId) = 0;
     /// Returns the payloads, as JSON text, of the transactions with these ids or of these records. Rows without a
     /// payload are left out. Returns nullopt if the queue cannot be read.
     virtual std::optional<std::map<std::int64_t, std::string>> getPayload(const Ids& ids,

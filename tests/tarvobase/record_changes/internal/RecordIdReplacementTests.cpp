@@ -25,6 +25,13 @@ protected:
         stores.transactions()->storeTransactions(
             {change("t1", "Leads", temporaryId, R"({"data":[{"id":"NEW_000000001"}]})"),
              change("t2", "Deals", "d1", R"({"data":[{"Lead":{"id":"NEW_000000001"},"Note":"NEW_000000001!"}]})")});
+        run("INSERT INTO DealsRecords (ID, LEAD) VALUES ('d3', 'NEW_000000001')");
+        ASSERT_TRUE(stores.currentTransactions()->storeTransactions({{.id = 5,
+                                                                      .recordId = "d3",
+                                                                      .module = ModuleIdentifier::Case::deals,
+                                                                      .kind = NTransaction::Kind::editRecord,
+                                                                      .payload = {{"Lead", temporaryId}}}},
+                                                                    {}));
         stores.transactionRecords()->storeTransactionRecordPersistance(
             {.recordID = "d1", .deviceData = {{"LEAD", temporaryId}}, .serverData = {{"LEAD", "x"}}});
         stores.transactionRecords()->storeTransactionRecordPersistance({.recordID = temporaryId});
@@ -51,7 +58,7 @@ TEST_F(RecordIdReplacementTest, ServersIdTakesThePlaceEverywhere) {
     ASSERT_TRUE(replace());
     EXPECT_EQ(cells("LeadsRecords", {"ID", "COMPANY"}), R"("42","Local")");
     EXPECT_EQ(cells("DealsRecords", {"ID", "LEAD", "PARTNERS"}),
-              R"("d1","42","7,42,8";"d2","NEW_000000001","NEW_0000000012")");
+              R"("d1","42","7,42,8";"d2","NEW_000000001","NEW_0000000012";"d3","42",null)");
     EXPECT_EQ(cells("Leads_CUSTOM_VIEW_RECORDS ORDER BY cv_id", {"cv_id", "record"}), R"("v1","42";"v2","42")");
     auto queue = stores.transactions()->getTransactions()->transactions;
     ASSERT_EQ(queue.size(), 2u);

@@ -50,6 +50,27 @@ TEST(ChangeAnswerTest, AnAddIsAcceptedInEveryFormThatHasAServersId) {
         EXPECT_EQ(shown(ChangeAnswerParser::ofAdd(answered(entry(one.members)))), one.expected) << one.members;
 }
 
+TEST(ChangeAnswerTest, AnAnswerToANoteHasItsTimes) {
+    const std::string times = R"({"Created_Time":"2026-01-01T00:00:00Z","Modified_Time":"2026-01-02T00:00:00Z"})";
+    struct {
+        std::string members, expected;
+    } cases[] = {
+        {R"("data":["7","2026-01-01T00:00:00Z","2026-01-02T00:00:00Z"])", "accepted 7 " + times},
+        {R"("data":[[["id","7"],["Note_Title","A"],["Created_Time","2026-01-01T00:00:00Z"],)"
+         R"(["Modified_Time","2026-01-02T00:00:00Z"]]])",
+         "accepted 7 " + times},
+        {R"("info":{"recordId":"7"})", "accepted 7"},
+        {R"("data":["7","2026-01-01T00:00:00Z"])", "unreadable"},
+        {R"("info":{"recordId":"7"},"data":["7","2026-01-01T00:00:00Z"])", "unreadable"},
+        {R"("data":["7","2026-01-01T00:00:00Z","soon"])", "unreadable"},
+    };
+    for (auto& one : cases) {
+        EXPECT_EQ(shown(ChangeAnswerParser::ofAddedNote(answered(entry(one.members)))), one.expected) << one.members;
+        EXPECT_EQ(shown(ChangeAnswerParser::ofEditedNote(answered(entry(one.members)), "7")), one.expected);
+        EXPECT_EQ(shown(ChangeAnswerParser::ofEditedNote(answered(entry(one.members)), "8")), "unreadable");
+    }
+}
+
 TEST(ChangeAnswerTest, AnErrorListIsARefusalIfItHasCodeAndMessage) {
     const std::string refused = R"(refused {"code":"C","message":"M"})";
     struct {
