@@ -15,7 +15,8 @@ RecordChangeParts RecordChangesAssembler::parts() {
             .recordPersistance = RecordInDatabase::make(stores.databaseAdapter()),
             .editRecordTransactionManager = std::make_shared<RecordTransactionManager>(stores, std::move(wake)),
             .localDirectory = directory.value_or(""),
-            .voiceFileDirectory = directory ? configuration.voiceFileDirectoryLocation() : std::string()};
+            .voiceFileDirectory = directory ? configuration.voiceFileDirectoryLocation() : std::string(),
+            .transactionManager = ChangeQueues::shared().transactionManager()};
 }
 
 std::shared_ptr<AddRecordUseCase> RecordChangesAssembler::getAddRecordsUseCase() {

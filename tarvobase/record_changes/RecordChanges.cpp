@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "platform/Files.h"
-#include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/internal/AliasedLookups.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
@@ -17,30 +17,6 @@
 namespace tarvo {
 
 namespace {
-
-/// Replaces temporary ids in the columns of a record whose records have real ones by now. The record's own id is not
-/// among them.
-bool replaceAliases(const Stores& stores, Record& record) {
-    std::vector<std::string> temporary;
-    for (std::size_t i = 0; i < record.columnCount(); ++i) {
-        auto text = record.value(i).asText();
-        if (i == record.identifierIndex() || !text) continue;
-        for (auto& id : text::split(*text, ","))
-            if (isTemporaryRecordId(id)) temporary.push_back(id);
-    }
-    if (temporary.empty()) return true;
-    auto aliases = stores.recordIdAliases()->aliasesOf(temporary);
-    if (!aliases) return false;
-    for (std::size_t i = 0; i < record.columnCount(); ++i) {
-        auto text = record.value(i).asText();
-        if (i == record.identifierIndex() || !text) continue;
-        auto ids = text::split(*text, ",");
-        for (auto& alias : *aliases) std::replace(ids.begin(), ids.end(), alias.temporaryId, alias.realId);
-        if (auto replaced = text::join(ids, ","); replaced != *text)
-            record.set(record.columnName(i), Value(std::move(replaced)));
-    }
-    return true;
-}
 
 using Queued = RecordTransactionManagerProtocol::Queued;
 
@@ -121,6 +97,7 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
             if (!parts_.recordPersistance->deleteRecord(recordID, each)) return std::nullopt;
         if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))
             return std::nullopt;
+        if (module.identifier() == ModuleIdentifier::Case::notes && !dropQueuedNote(recordID)) return std::nullopt;
         auto queued = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
         return queued && deleteAttachments(recordID, module, files) ? queued : std::nullopt;
     });
@@ -161,6 +138,27 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
     }
     return parts_.stores.transactions()->removeTransactionsWithIds(dropped) &&
            (dropped.empty() || parts_.stores.changeRegister()->remove(ChangeQueue::older, dropped));
+}
+
+/// Takes the transactions of a deleted note out of the current queue, unless the server may have applied them. What
+/// waits for the note will never get its id: it fails before the transaction goes, which would set it free.
+bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId) const {
+    auto& manager = parts_.transactionManager;
+    if (!manager) return true;
+    auto queued = manager->getTransactions(recordId, std::nullopt, std::nullopt);
+    if (!queued) return false;
+    for (auto transaction = queued->rbegin(); transaction != queued->rend(); ++transaction) {
+        auto entries =
+            parts_.stores.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction->id)});
+        auto waiting = parts_.stores.transactionDependencies()->getTransactionDependencies(
+            {transaction->id}, {TransactionDependency::Kind::lookupRecord});
+        if (!entries || !waiting) return false;
+        if (!entries->empty() && entries->front().sends > 0 && !entries->front().isKnownToBeRefused()) continue;
+        if (!waiting->empty() && !manager->updateError(transaction->id, ErrorResponse::dependingTransactionFailed()))
+            return false;
+        if (!manager->deleteTransactionWithId(transaction->id)) return false;
+    }
+    return true;
 }
 
 /// Sends an add of unknown outcome once more, under its key, to learn the id that the server gave.

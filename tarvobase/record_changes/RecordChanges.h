@@ -12,6 +12,7 @@
 #include "tarvobase/record_changes/RecordTransactionManager.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
 #include "tarvobase/transaction/Change.h"
+#include "tarvobase/transaction/TransactionManagerContract.h"
 
 namespace tarvo {
 
@@ -22,6 +23,8 @@ struct RecordChangeParts {
     std::shared_ptr<RecordTransactionManagerProtocol> editRecordTransactionManager;
     std::string localDirectory{};      ///< `CommonConfigration.localDirectoryLocation`; without one no file is removed
     std::string voiceFileDirectory{};  ///< `CommonConfigration.voiceFileDirectoryLocation()`
+    /// The current queue, which has the changes of notes. Without it they stay when a note is deleted.
+    std::shared_ptr<TransactionManagerContract> transactionManager{};
 };
 
 /// The change in the queue, or why nothing of it is stored. `ChangeQueueObserver` is notified of either.
@@ -60,6 +63,7 @@ public:
 
 private:
     bool dropQueued(const std::string& recordId, const Module& module) const;
+    bool dropQueuedNote(const std::string& recordId) const;
     bool repeatAdd(const ChangeEntry& add, const std::string& recordId) const;
     bool deleteAttachments(const std::string& recordId, const Module& module, std::vector<std::string>& files) const;
 

@@ -70,7 +70,12 @@ struct Change {
 /// Why a change was not saved. Nothing of it is stored then.
 enum class ChangeNotSaved {
     noRecordId,  ///< the record has no id
-    notStored    ///< the database did not take it, or the module has no fields
+    notStored,   ///< the database did not take it, or the module has no fields
+    // These are reasons of notes alone.
+    noModule,        ///< the module is not stored, or has no fields
+    noUser,          ///< the user of the account is not stored
+    noRow,           ///< the edited record is not stored
+    nothingChanged,  ///< the edit changes nothing that is sent
 };
 
 template <>
@@ -94,8 +99,10 @@ struct EnumCases<Change::Reason> {
 
 template <>
 struct EnumCases<ChangeNotSaved> {
-    static constexpr EnumCase<ChangeNotSaved> cases[] = {{ChangeNotSaved::noRecordId, "noRecordId"},
-                                                         {ChangeNotSaved::notStored, "notStored"}};
+    static constexpr EnumCase<ChangeNotSaved> cases[] = {
+        {ChangeNotSaved::noRecordId, "noRecordId"}, {ChangeNotSaved::notStored, "notStored"},
+        {ChangeNotSaved::noModule, "noModule"},     {ChangeNotSaved::noUser, "noUser"},
+        {ChangeNotSaved::noRow, "noRow"},           {ChangeNotSaved::nothingChanged, "nothingChanged"}};
 };
 
 }  // namespace tarvo
