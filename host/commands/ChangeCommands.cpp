@@ -113,7 +113,7 @@ std::string whyOf(const Change& change) {
         case R::heldBack:
             return "is held back";
         case R::queueOff:
-            return "";
+            return "not sent yet";
     }
     return "";
 }
@@ -170,7 +170,11 @@ int listPending(Host& host, const Arguments& arguments) {
 int retryChanges(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
-    if (!queuedChanges().retry(arguments.numbers)) return fail("the changes could not be made ready");
+    auto ready = queuedChanges().retry(arguments.numbers);
+    if (!ready) return fail("the changes could not be made ready");
+    for (auto number : arguments.numbers)
+        if (std::find(ready->begin(), ready->end(), number) == ready->end())
+            return fail("there is no failed change " + std::to_string(number));
     ChangeQueues::shared().start();
     waitForServer(arguments);
     return printChanges(arguments);

@@ -4,9 +4,13 @@
 #include <chrono>
 
 #include "bridge/forms/JsonForm.h"
+#include "platform/Text.h"
 #include "tarvobase/change_queues/ChangeQueues.h"
 #include "tarvobase/change_queues/QueuedChanges.h"
+#include "tarvobase/change_queues/RecordChangesAssembler.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/usecase/Usecase.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo::host {
 
@@ -36,6 +40,14 @@ struct RetryRequest {
 struct IdleRequest {
     std::optional<std::int64_t> seconds;  // the longest time to wait
     static constexpr auto fields() { return describe(field("seconds", &IdleRequest::seconds)); }
+};
+
+struct UploadRequest {
+    std::string recordID, fileURL, moduleName, parentID;
+    static constexpr auto fields() {
+        return describe(field("recordID", &UploadRequest::recordID), field("fileURL", &UploadRequest::fileURL),
+                        field("moduleName", &UploadRequest::moduleName), field("parentID", &UploadRequest::parentID));
+    }
 };
 
 constexpr const char* unreadable = "the queue cannot be read";
@@ -87,6 +99,33 @@ void idle(const IdleRequest& request, const CallPtr& call) {
     if (request.seconds) UsecaseQueue::queue()->asyncAfter(std::chrono::seconds(*request.seconds), answer);
 }
 
+/// Attachments have no operation of their own yet. This does what one does here: the attachment's row and the change,
+/// at once.
+void upload(const UploadRequest& request, const CallPtr& call) {
+    auto parts = RecordChangesAssembler::parts();
+    auto& stores = parts.stores;
+    std::string attachments(rawText(ModuleIdentifier::Case::attachments));
+    auto module = stores.modules()->getModule(ModuleIdentifier::fromModuleName(attachments));
+    auto parents = stores.modules()->getModule(ModuleIdentifier::fromModuleName(request.moduleName));
+    if (!module || !parents) return call->refuse("the module, or that of attachments, is not stored");
+    auto alias = stores.recordIdAliases()->realId(request.moduleName, request.parentID);
+    auto parentId = alias && alias.value() ? *alias.value() : request.parentID;
+    auto& names = *stores.scope.naming.constant;
+    Record row(request.recordID, attachments);
+    row.set(names.recordTitle, text::split(request.fileURL, "/").back());
+    row.set(names.seid, parentId);
+    RecordTransactionManagerProtocol::Queued queued;
+    auto& database = stores.databaseAdapter();
+    bool isStored = database && database->transaction("queue an upload", [&] {
+        if (!parts.recordPersistance->storeRecord(row, attachments)) return false;
+        queued = parts.editRecordTransactionManager->uploadAttachment(request.recordID, parentId, module.value(),
+                                                                      parents.value(), request.fileURL);
+        return queued.has_value();
+    });
+    if (!isStored) return call->refuse("the upload could not be stored");
+    call->done("response", ValueMap{{"number", queued->number}});
+}
+
 }  // namespace
 
 void addQueueCalls(bridge::Registry& registry) {
@@ -101,6 +140,7 @@ void addQueueCalls(bridge::Registry& registry) {
     registry.addOperation<ContentRequest>("host.queue.content", content);
     registry.addOperation<RetryRequest>("host.queue.retry", retry);
     registry.addOperation<IdleRequest>("host.queue.idle", idle);
+    registry.addOperation<UploadRequest>("host.queue.upload", upload);
 }
 
 }  // namespace tarvo::host

@@ -2,7 +2,9 @@
 // commits, so that each run meets it at the same place. The environment says which:
 //
 //     TARVO_FAULT=kill        ends the program right after the commit, without a chance to tidy up
-//     TARVO_FAULT=full        from that commit on the disk takes no more bytes below TARVO_FAULT_UNDER
+//     TARVO_FAULT=killBefore  ends it when the commit is written, before it is synced
+//     TARVO_FAULT=full        from that commit on the disk takes no more bytes below TARVO_FAULT_UNDER; with
+//                             TARVO_FAULT_WRITES=N it refuses N writes and then has room again
 //     TARVO_FAULT=stop        stops the program before it begins that transaction, until it gets SIGCONT
 //     TARVO_FAULT_AT=N        which commit, from 1; for `stop` which transaction; 0 for a disk that is full from the
 //     start TARVO_FAULT_COUNT=FILE  holds "commits transactions" of the program so far TARVO_FAULT_HURRY=N     waits
@@ -35,6 +37,7 @@ struct Fault {
     const std::string under = setting("TARVO_FAULT_UNDER");
     const std::string countFile = setting("TARVO_FAULT_COUNT");
     const long hurry = std::atol(setting("TARVO_FAULT_HURRY").c_str());
+    std::atomic<long> writesToRefuse = std::atol(setting("TARVO_FAULT_WRITES").c_str());
     std::atomic<long> commits = 0, transactions = 0;
     std::atomic<bool> isFull = kind == "full" && at == 0;
 
@@ -63,6 +66,12 @@ void writeCounts(Fault& fault) {
     std::fclose(file);
 }
 
+void noteSyncBegins(int file) {
+    auto& fault = Fault::shared();
+    if (fault.kind != "killBefore" || !pathOf(file).ends_with("-wal")) return;
+    if (fault.commits + 1 == fault.at) ::raise(SIGKILL);
+}
+
 void noteSync(int file) {
     if (!pathOf(file).ends_with("-wal")) return;
     auto& fault = Fault::shared();
@@ -82,6 +91,7 @@ void noteWriterLock() {
 bool refusesWrite(int file) {
     auto& fault = Fault::shared();
     if (!fault.isFull || !pathOf(file).starts_with(fault.under)) return false;
+    if (fault.writesToRefuse > 0 && --fault.writesToRefuse == 0) fault.isFull = false;
     errno = ENOSPC;
     return true;
 }
@@ -92,6 +102,7 @@ extern "C" {
 
 int fdatasync(int file) {
     static auto original = next<int(int)>("fdatasync");
+    noteSyncBegins(file);
     auto result = original(file);
     noteSync(file);
     return result;
@@ -99,6 +110,7 @@ int fdatasync(int file) {
 
 int fsync(int file) {
     static auto original = next<int(int)>("fsync");
+    noteSyncBegins(file);
     auto result = original(file);
     noteSync(file);
     return result;

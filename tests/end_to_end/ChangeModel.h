@@ -1,0 +1,92 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "platform/Value.h"
+
+namespace tarvo::tests {
+
+/// A module whose records are changed: by column here, by API name at the server.
+struct ModelModule {
+    const char *name, *nameColumn, *nameField;
+    const char *noteColumn, *noteField;  ///< a text that may be cleared
+    const char *lookupColumn, *lookupField, *lookupModule;
+};
+
+inline constexpr ModelModule modelModules[] = {
+    {"Accounts", "ACCOUNTNAME", "Account_Name", "WEBSITE", "Website", "PARENTACCOUNT", "Parent_Account", "Accounts"},
+    {"Contacts", "LASTNAME", "Last_Name", "DEPARTMENT", "Department", "ACCOUNTID", "Account_Name", "Accounts"},
+    {"Leads", "LASTNAME", "Last_Name", "CITY", "City", "REFERREDBY", "Referred_By", "Contacts"},
+};
+
+/// A record as the user has left it.
+struct ModelRecord {
+    const ModelModule* module = nullptr;
+    std::string name;         ///< unique, and never changed
+    std::string temporaryId;  ///< a screen keeps it
+    std::string realId = {};  ///< empty until the server was asked for it
+    std::string step = {};    ///< the last change's own text
+    std::string note = {};
+    std::optional<std::size_t> lookup = {};  ///< the number of a record
+    int depth = 0;                           ///< of the lookups
+    bool isReferenced = false;               ///< such a record is not deleted: nothing could name it any more
+    bool isDeleted = false;
+    /// Whether one of its changes may have been refused. Changes that have failed are merged or shortened.
+    bool mayHaveFailed = false;
+    std::vector<std::string> steps = {};  ///< of its add and edits, in order
+};
+
+/// A change that the user makes. It becomes part of the model when it is saved.
+struct ModelChange {
+    enum class Kind { add, edit, delete_ };
+    Kind kind = Kind::add;
+    ModelRecord after;
+    std::size_t record = 0;  ///< of an edit or delete
+    const char* call = "";
+    ValueMap request = {};
+};
+
+/// What a user has made of some records, and what must hold once the server has all of it.
+class ChangeModel {
+public:
+    explicit ChangeModel(std::mt19937_64& random) : random_(random) {}
+
+    /// Forgets all records, for a server that begins anew.
+    void clear();
+    /// Begins a round; what it adds goes by this name.
+    void beginRound(const std::string& name, bool mayBeRefused);
+    /// Returns any change.
+    ModelChange nextChange();
+    ModelChange add();
+    ModelChange edit(std::size_t record);
+    ModelChange delete_(std::size_t record);
+    void apply(ModelChange change);
+    const std::vector<ModelRecord>& records() const { return records_; }
+
+    /// Fails the test unless the server holds exactly the changes made, once each and in order by record, and the local
+    /// tables have the same. The lists are the server's changes and, by module, its and the local records.
+    using Records = std::map<std::string, ValueList>;
+    void expectHeld(const ValueList& changes, const Records& atServer, const Records& here);
+
+private:
+    int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
+    bool isOneIn(int count) { return number(1, count) == 1; }
+    std::optional<std::size_t> anyRecord(bool mayBeReferenced);
+    void setLookup(ModelRecord& record);
+    std::string idOf(const ModelRecord& record);
+    void expectValues(const ModelRecord& record, const Value& server, const Value& here) const;
+    void expectChanges(const ModelRecord& record, const ValueList& changes) const;
+
+    std::mt19937_64& random_;
+    std::vector<ModelRecord> records_;
+    std::string round_;
+    bool mayBeRefused_ = false;
+    std::size_t firstOfRound_ = 0;
+    int steps_ = 0, names_ = 0;
+};
+
+}  // namespace tarvo::tests

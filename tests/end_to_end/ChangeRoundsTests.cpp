@@ -1,0 +1,125 @@
+#include <poll.h>
+
+#include <cstdlib>
+#include <iostream>
+
+#include "tests/end_to_end/ChangeWorld.h"
+
+namespace tarvo::tests {
+
+namespace {
+
+std::uint64_t numberIn(const char* variable, std::uint64_t otherwise) {
+    auto text = std::getenv(variable);
+    return text ? std::strtoull(text, nullptr, 10) : otherwise;
+}
+
+/// Faults that leave a change without an answer, so that nothing but time is lost.
+constexpr const char* silences[] = {
+    R"("fault":"dropBefore")",
+    R"("fault":"dropAfter")",
+    R"("fault":"truncate")",
+    R"("fault":"delay","milliseconds":20)",
+    R"("fault":"delayAfter","milliseconds":20)",
+    R"("fault":"errorEnvelope","status":401)",
+    R"("fault":"errorEnvelope","status":429)",
+    R"("fault":"errorEnvelope","status":503)",
+};
+/// Faults after which a change has failed, though the server may have applied it.
+constexpr const char* failures[] = {
+    R"("fault":"nonJson")",
+    R"("fault":"errorEnvelope","status":500)",
+    R"("fault":"errorEnvelope")",
+    R"("fault":"missingBlocks")",
+    R"("fault":"missingIds")",
+    R"("fault":"wrongTypes","level":1)",
+    R"("fault":"wrongTypes","level":3)",
+    R"("fault":"olderEnvelope")",
+};
+/// Rules for a module: the forms of answers, and what the server refuses.
+constexpr const char* answers[] = {R"("answer":"id")", R"("answer":"recordId")", R"("answer":"texts")",
+                                   R"("answer":"record")"};
+constexpr const char* refusals[] = {
+    R"("refuse":["add"])",      R"("refuse":["edit"])",  R"("refuse":["delete"])",
+    R"("mandatory":["$NOTE"])", R"("unique":["$NOTE"])", R"("errorObjects":true,"refuse":["add","edit"])",
+};
+constexpr const char* changeCalls[] = {"products/addrecord", "products/updaterecord", "products/deleterecord", "*"};
+
+/// Everything breaks while a user works: answers, the network, the program. In the end all that was acknowledged is at
+/// the server, once and in order.
+///
+/// TARVO_RIG_ROUNDS sets the number of rounds of each test, TARVO_RIG_SEED the seed of the first one.
+class ChangeRounds : public ChangeWorld {
+protected:
+    static constexpr int changesPerRound = 200, roundsPerServer = 10;
+
+    int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random); }
+    bool isOneIn(int count) { return number(1, count) == 1; }
+    template <std::size_t count>
+    std::string anyOf(const char* const (&items)[count]) {
+        return items[number(0, static_cast<int>(count) - 1)];
+    }
+
+    void run(bool mayRefuse) {
+        auto rounds = numberIn("TARVO_RIG_ROUNDS", 10);
+        auto seed = numberIn("TARVO_RIG_SEED", std::random_device()());
+        for (std::uint64_t round = 0; round < rounds && !HasFailure(); ++round, ++seed) {
+            auto trace = "round " + std::to_string(round) + " of seed " + std::to_string(seed);
+            SCOPED_TRACE(trace);
+            std::cout << trace << std::endl;
+            random.seed(seed);
+            if (round % roundsPerServer == 0) begin();
+            model.beginRound("r" + std::to_string(round), mayRefuse);
+            for (int i = 0; i < changesPerRound && !HasFailure(); ++i) {
+                disturb(mayRefuse);
+                change();
+            }
+            if (HasFailure()) break;
+            ASSERT_TRUE(start()) << host->errors();
+            drain();
+            check();
+        }
+        std::cout << starts << " starts of the program" << std::endl;
+        EXPECT_EQ(host->finish(), 0);
+    }
+    void disturb(bool mayRefuse) {
+        if (isOneIn(8)) {
+            auto fault = mayRefuse && isOneIn(3) ? anyOf(failures) : anyOf(silences);
+            control("faults", R"({"call":")" + anyOf(changeCalls) + R"(","times":)" + std::to_string(number(1, 3)) +
+                                  "," + fault + "}");
+        }
+        if (isOneIn(25)) {
+            auto& module = modelModules[number(0, 2)];
+            auto rule = mayRefuse && isOneIn(2) ? anyOf(refusals) : anyOf(answers);
+            if (auto at = rule.find("$NOTE"); at != std::string::npos) rule.replace(at, 5, module.noteField);
+            control("rules", R"({"module":")" + std::string(module.name) + "\"," + rule + "}");
+        }
+        if (isOneIn(30)) ask("host.queue.stop");
+        if (isOneIn(15)) ask("host.queue.start");
+        if (mayRefuse && isOneIn(40)) ask("host.queue.retry");
+        if (isOneIn(100)) startDoomed();
+    }
+    /// Starts the program so that it ends at one of its next commits.
+    void startDoomed() {
+        if (!start(faultAt("kill", number(1, 90)))) {
+            ASSERT_TRUE(start()) << host->errors();
+        }
+    }
+    void change() {
+        auto next = model.nextChange();
+        send(next.call, next.request);
+        if (isOneIn(80)) {
+            ::poll(nullptr, 0, number(0, 5));
+            host->kill();
+        }
+        auto line = answer();
+        EXPECT_EQ(take(std::move(next), line), "");
+    }
+};
+
+TEST_F(ChangeRounds, EndWithExactlyTheChangesMade) { run(false); }
+TEST_F(ChangeRounds, EndWithExactlyTheChangesMadeThoughSomeWereRefused) { run(true); }
+
+}  // namespace
+
+}  // namespace tarvo::tests
