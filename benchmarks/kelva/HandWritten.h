@@ -43,6 +43,8 @@ public:
     /// Reads all rows into one block of cells and one of text.
     Result fetch(const char* sql);
 
+    sqlite3* handle() const { return handle_; }
+
 private:
     void insertCurrent(const std::string& table, const std::vector<std::string>& columns);
     sqlite3* handle_ = nullptr;

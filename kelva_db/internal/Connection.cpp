@@ -256,10 +256,15 @@ void Connection::insertBatch(const std::string& sql, const RowSource& rows) {
 }
 
 std::string Connection::schemaVersions() {
-    auto versions = singleText(handle(), "PRAGMA main.schema_version", Stage::run) + "/" +
-                    singleText(handle(), "PRAGMA temp.schema_version", Stage::run);
-    for (auto& [name, format] : attached_)
-        versions += "/" + name + singleText(handle(), "PRAGMA " + quotedColumn(name) + ".schema_version", Stage::run);
+    std::string versions;
+    auto add = [&](const std::string& name) {
+        // Asked with every write, so that the statement is kept.
+        auto version = query("PRAGMA " + name + ".schema_version", {});
+        versions += name + std::to_string(version.empty() ? 0 : version.front().cell(0).asInteger().value_or(0)) + "/";
+    };
+    add("main");
+    add("temp");
+    for (auto& [name, format] : attached_) add(quotedColumn(name));
     return versions;
 }
 

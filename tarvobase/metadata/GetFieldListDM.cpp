@@ -40,7 +40,30 @@ Picklist takePicklist(const std::string& moduleName, PicklistsByModule& picklist
     return joined;
 }
 
+struct KeptFieldList {
+    FieldList list;  // knows its module and its naming
+    bool isWhole;
+};
+
+// What `FieldListMemory` keeps.
+thread_local int fieldListMemories = 0;
+thread_local std::vector<KeptFieldList> keptFieldLists;
+
+const FieldList* keptFieldList(const std::string& moduleName, const std::optional<std::vector<std::string>>& columns,
+                               const FieldIdentifier& naming) {
+    for (auto& [list, isWhole] : keptFieldLists)
+        if (list.moduleName() == moduleName && list.naming() == naming &&
+            (isWhole || (columns && list.hasFields(*columns))))
+            return &list;
+    return nullptr;
+}
+
 }  // namespace
+
+FieldListMemory::FieldListMemory() { ++fieldListMemories; }
+FieldListMemory::~FieldListMemory() {
+    if (--fieldListMemories == 0) keptFieldLists.clear();
+}
 
 GetFieldListDM::FieldListResult GetFieldListDM::getFields(const std::string& moduleName,
                                                           const std::optional<std::vector<std::string>>& columnList,
@@ -50,6 +73,18 @@ GetFieldListDM::FieldListResult GetFieldListDM::getFields(const std::string& mod
     if (!fields) return fields.error();
     auto picklists = readPicklists(*pickListPersistence, std::span(&moduleName, 1));
     return FieldList(moduleName, *std::move(fields), takePicklist(moduleName, picklists), naming);
+}
+
+GetFieldListDM::FieldListResult GetFieldListDM::getFieldsWithoutPicklists(
+    const std::string& moduleName, const std::optional<std::vector<std::string>>& columnList) const {
+    auto naming = namingInForce();
+    if (auto kept = keptFieldList(moduleName, columnList, naming)) return *kept;
+    auto fields = fieldPersistence->getFieldMetadata(moduleName, columnList, {});
+    if (!fields && columnList) return getFieldsWithoutPicklists(moduleName, std::nullopt);
+    if (!fields) return fields.error();
+    FieldList list(moduleName, *std::move(fields), {}, naming);
+    if (fieldListMemories > 0) keptFieldLists.push_back({list, !columnList});
+    return list;
 }
 
 GetFieldListDM::FieldListsByModule GetFieldListDM::getFields(const std::vector<std::string>& moduleNames,

@@ -38,6 +38,10 @@ public:
                               const std::vector<FieldSort>& sortList = {}) const {
         return getFields(module.rawValue(), columnList, sortList);
     }
+    /// Returns the fields of a module without their picklists, which the values of records do not need: those in
+    /// `columnList` and perhaps others, or all if it is absent or names none.
+    FieldListResult getFieldsWithoutPicklists(const std::string& moduleName,
+                                              const std::optional<std::vector<std::string>>& columnList) const;
     FieldListResult getFieldList(const std::string& moduleName, const std::vector<std::string>& crmColumnList) const {
         return getFields(moduleName, crmColumnList);
     }
@@ -45,6 +49,17 @@ public:
     /// picklists.
     FieldListsByModule getFields(const std::vector<std::string>& moduleNames,
                                  const std::vector<FieldSort>& sort = {}) const;
+};
+
+/// While it lives, its thread reads the fields of a module without picklists once, or once for some columns and once
+/// for all. It serves transactions that change records of one database and need the fields several times: nothing else
+/// can store fields meanwhile. An inner one uses what the outermost keeps.
+class FieldListMemory {
+public:
+    FieldListMemory();
+    ~FieldListMemory();
+    FieldListMemory(const FieldListMemory&) = delete;
+    FieldListMemory& operator=(const FieldListMemory&) = delete;
 };
 
 /// Builds a `GetFieldListDM` over the tables of an adapter.

@@ -1,10 +1,12 @@
 #include "tarvobase/record_changes/RecordChanges.h"
 
 #include <algorithm>
+#include <tuple>
 #include <vector>
 
 #include "platform/Files.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/record_changes/internal/AliasedLookups.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/records/RecordUtil.h"
@@ -35,6 +37,7 @@ SavedChange savedAtOnce(const RecordChangeParts& parts, std::string recordId, co
     Queued queued;
     auto& database = parts.stores.databaseAdapter();
     bool isCommitted = database && database->transaction(name, [&] {
+        FieldListMemory memory;
         queued = steps();
         return queued.has_value();
     });
@@ -64,6 +67,9 @@ SavedChange EditRecordDataManager::editRecord(Record record, const Module& modul
     auto& stores = parts_.stores;
     return savedAtOnce(parts_, record.recordId(), module, "edit a record", [&]() -> Queued {
         record.setRecordId(stores.recordIdAliases()->currentId(module.moduleName, record.recordId()));
+        // The first of several reads gets all that the others need.
+        std::ignore = FieldListAssembler::getFieldListDM(stores.databaseAdapter())
+                          ->getFieldsWithoutPicklists(module.moduleName, record.columnNames());
         if (!replaceAliases(stores, record) || !storeInTransactionRecords(record, module)) return std::nullopt;
         for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
             if (!parts_.recordPersistance->modifyRecord(each, record)) return std::nullopt;

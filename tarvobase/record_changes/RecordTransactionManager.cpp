@@ -62,7 +62,7 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::editRecord(co
 RecordTransactionManagerProtocol::Queued RecordTransactionManager::addEdit(const Record& record, const Module& module,
                                                                            TransactionType type) {
     auto errors = delegate.lock();
-    auto fields = fieldLists_->getFields(module.moduleName, std::nullopt);
+    auto fields = fieldLists_->getFieldsWithoutPicklists(module.moduleName, record.columnNames());
     if (!fields) {
         if (errors) errors->unableToGetMetadata(module.moduleName, "");
         return std::nullopt;

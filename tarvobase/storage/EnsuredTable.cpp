@@ -73,6 +73,16 @@ bool EnsuredTable::replace(const std::string& key, std::vector<ValueMap> rows) c
     return execute(statements);
 }
 
+bool EnsuredTable::ensureIndex(const std::string& suffix, const std::string& expression) const {
+    if (!adapter_) return false;
+    auto index = plainName_ + "_" + suffix;
+    auto found =
+        adapter_->fetchObjects("SELECT 1 FROM sqlite_master WHERE type = 'index' AND name = ?", ValueList{index});
+    if (found && !found->empty()) return true;
+    return execute(RawQuery(
+        "CREATE INDEX IF NOT EXISTS " + kelva::quotedName(index) + " ON " + name_ + " (" + expression + ")", {}));
+}
+
 std::optional<Rows> EnsuredTable::fetch(const FetchQuery& query) const {
     if (!adapter_) return std::nullopt;
     // An empty list of columns also stands for a database that is closed, which the second read finds out.

@@ -43,6 +43,10 @@ public:
     }
     bool remove(Criteria criteria) const { return execute(DeleteQuery(name_, criteria)); }
 
+    /// Makes an index over an expression, unless the table has one of this name. `suffix` is appended to the name of
+    /// the table.
+    bool ensureIndex(const std::string& suffix, const std::string& expression) const;
+
     /// Returns no row if there is no such table, and nullopt if the database cannot be read.
     std::optional<Rows> fetch(const FetchQuery& query) const;
     std::optional<Rows> fetch(Criteria criteria) const { return fetch(FetchQuery(name_, criteria)); }

@@ -63,7 +63,8 @@ void ChangeDrain::whenResting(std::function<void()> callback) {
 /// Sends what can go, and settles the state. Everything that may let a change go ends here.
 void ChangeDrain::pass() {
     queue_->assertCurrent();
-    if (isOn_ && !isWaiting_ && canBegin()) claimAndSend();
+    if (isOn_ && !isWaiting_ && canBegin()) claim();
+    if (!isOn_ || isWaiting_) closeLine();
     rest();
     publish();
 }
@@ -81,29 +82,78 @@ bool ChangeDrain::canBegin() {
     return hasBegun_;
 }
 
-void ChangeDrain::claimAndSend() {
-    while (inFlight_ < mostRequests && !isWaiting_) {
-        auto next = changes_->claimNext();
-        if (next.hasFailed) backOff();
-        if (!next.transactionID) return;
-        ++inFlight_;
+void ChangeDrain::claim() {
+    std::size_t present = 0;
+    {
+        platform::MutexLock lock(mutex_);
+        present = claimed_.size() + requests_;
+    }
+    // A few at a time would each have a commit of their own.
+    if (present > mostClaims / 2) return sendClaimed();
+    auto claims = changes_->claim(mostClaims - present);
+    if (claims.hasFailed) backOff();
+    {
+        platform::MutexLock lock(mutex_);
+        claimed_.insert(claimed_.end(), claims.transactionIDs.begin(), claims.transactionIDs.end());
+        isLineOpen_ = !isWaiting_;
+    }
+    sendClaimed();
+}
+
+/// Runs on any thread.
+void ChangeDrain::sendClaimed() {
+    for (;;) {
+        std::string next;
+        {
+            platform::MutexLock lock(mutex_);
+            if (!isLineOpen_ || claimed_.empty() || requests_ == mostRequests) return;
+            next = std::move(claimed_.front());
+            claimed_.pop_front();
+            ++requests_;
+        }
         ++sendCount_;
-        changes_->send(*next.transactionID, [weak = platform::weakSelf(this)](DrainedChanges::Settle settle) {
-            auto self = weak.lock();
-            if (!self) return;
-            self->onQueue([settle = std::move(settle)](ChangeDrain& drain) { drain.answered(settle); });
+        changes_->send(next, [weak = platform::weakSelf(this), next](ChangeAnswer answer) {
+            if (auto self = weak.lock()) self->answered({next, std::move(answer)});
         });
     }
 }
 
-void ChangeDrain::answered(const DrainedChanges::Settle& settle) {
-    auto outcome = settle();
-    --inFlight_;
-    if (outcome == DrainedChanges::Outcome::settled)
-        backOff_.reset();
-    else if (isOn_)
-        backOff();
+/// Runs on any thread. Nothing follows a request without an answer before the drain has waited.
+void ChangeDrain::answered(DrainedChanges::Answer answer) {
+    bool isFirst = false;
+    {
+        platform::MutexLock lock(mutex_);
+        --requests_;
+        if (answer.answer.outcome == ChangeAnswer::Outcome::noAnswer) isLineOpen_ = false;
+        answers_.push_back(std::move(answer));
+        isFirst = !std::exchange(isTakingIn_, true);
+    }
+    sendClaimed();
+    if (isFirst) onQueue([](ChangeDrain& self) { self.takeIn(); });
+}
+
+void ChangeDrain::takeIn() {
+    std::vector<DrainedChanges::Answer> answers;
+    {
+        platform::MutexLock lock(mutex_);
+        answers.swap(answers_);
+        isTakingIn_ = false;
+    }
+    auto settlement = changes_->settle(std::move(answers));
+    if (settlement.hasSettled) backOff_.reset();
+    if (settlement.hasLeft && isOn_) backOff();
     pass();
+}
+
+/// Gives back what was claimed and not sent.
+void ChangeDrain::closeLine() {
+    std::deque<std::string> unsent;
+    {
+        platform::MutexLock lock(mutex_);
+        isLineOpen_ = false;
+        unsent.swap(claimed_);
+    }
+    if (!unsent.empty()) changes_->giveBack({unsent.begin(), unsent.end()});
 }
 
 /// Requests that were on their way together count once.
@@ -131,17 +181,21 @@ void ChangeDrain::endWait() {
     current_.isLockedOut = false;
 }
 
-/// Frees the lock and calls those who wait for the end, unless a request is on its way.
+/// Frees the lock and calls those who wait for the end, unless a request is on its way or its answer is not stored.
 void ChangeDrain::rest() {
-    if (inFlight_ > 0) return;
+    {
+        platform::MutexLock lock(mutex_);
+        if (requests_ > 0 || !answers_.empty() || !claimed_.empty()) return;
+    }
     hasBegun_ = false;
     if (lock_) lock_->unlock();
     for (auto& callback : std::exchange(resting_, {})) callback();
 }
 
 void ChangeDrain::publish() {
-    current_.state = inFlight_ > 0 ? State::sending : !isOn_ ? State::off : isWaiting_ ? State::waiting : State::idle;
     platform::MutexLock lock(mutex_);
+    bool isSending = requests_ > 0 || !answers_.empty();
+    current_.state = isSending ? State::sending : !isOn_ ? State::off : isWaiting_ ? State::waiting : State::idle;
     published_ = current_;
 }
 

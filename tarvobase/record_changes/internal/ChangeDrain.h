@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -13,41 +14,54 @@
 #include "platform/FileLock.h"
 #include "platform/Object.h"
 #include "platform/ThreadSafety.h"
+#include "tarvobase/record_changes/wire/ChangeAnswer.h"
 #include "tarvobase/transaction/BackOff.h"
 #include "tarvobase/transaction/ChangeQueueStatus.h"
 
 namespace tarvo {
 
-/// The changes that a drain sends. The drain calls every operation on its own queue, one at a time; each blocks for the
-/// database.
+/// The changes that a drain sends. The drain calls every operation but `send` on its own queue, one at a time; each
+/// blocks for the database.
 class DrainedChanges : public virtual platform::Object {
 public:
-    /// The change that is to be sent next. Without an id there is none that can go now.
-    struct Next {
-        std::optional<std::string> transactionID{};
+    /// Changes that were marked as being sent, in the order of the queue.
+    struct Claims {
+        std::vector<std::string> transactionIDs{};
         bool hasFailed = false;  ///< the queue could not be read or written
     };
-    enum class Outcome {
-        settled,   ///< the server's decision is stored
-        noAnswer,  ///< the server has not decided, or its decision could not be stored; the change is ready again
+    struct Answer {
+        std::string transactionID;
+        ChangeAnswer answer;
     };
-    /// Stores what came back. The drain runs it on its queue.
-    using Settle = std::function<Outcome()>;
+    /// What became of some answers. A change that is not settled has no decision of the server, or one that could not
+    /// be stored, and is to be sent again.
+    struct Settlement {
+        bool hasSettled = false;  ///< one of them at least
+        bool hasLeft = false;     ///< one of them at least is not settled
+    };
 
     /// Makes the changes ready whose sending nobody waits for any more: a process has ended between claim and answer.
     /// Called when the drain begins, while no other process drains. Returns false if the database refuses.
     virtual bool reclaim() = 0;
     /// Notes that changes were stored, so that what is known of the queue is read again.
     virtual void refresh() = 0;
-    /// Marks the next change that can go as being sent. A change is never claimed twice without being settled between.
-    virtual Next claimNext() = 0;
-    /// Sends a claimed change. Calls back exactly once, on any thread.
-    virtual void send(const std::string& transactionID, std::function<void(Settle)> answered) = 0;
+    /// Marks the next changes that can go as being sent, `most` of them or all. None of them waits for another, and a
+    /// change is never claimed twice without being settled or given back between.
+    virtual Claims claim(std::size_t most) = 0;
+    /// Sends a claimed change. May be called on any thread, and calls back exactly once, on any thread.
+    virtual void send(const std::string& transactionID, ChangeCompletion answered) = 0;
+    /// Stores what came back.
+    virtual Settlement settle(std::vector<Answer> answers) = 0;
+    /// Makes claimed changes ready again that were not sent.
+    virtual void giveBack(const std::vector<std::string>& transactionIDs) = 0;
 };
 
 /// Sends the changes of one open database: on from `start` to `stop`, at most four requests at a time. A lock file lets
 /// one process drain at a time; it is held only while something is being sent, so that the changes of every process on
 /// the same home get their turn.
+///
+/// A commit costs about as much as some requests. So the drain claims changes ahead, sends the next one as soon as an
+/// answer arrives, and stores together what has arrived while it was storing.
 ///
 /// Sends without an answer back off, from one second, doubled up to five minutes. A new change, `start` or a retry ends
 /// the wait. All operations may be called from any thread and return at once.
@@ -56,7 +70,7 @@ public:
     using Status = ChangeQueueStatus;
     using State = Status::State;
 
-    static constexpr int mostRequests = 4;
+    static constexpr std::size_t mostRequests = 4, mostClaims = 32;
     static constexpr std::chrono::milliseconds lockWait{500};
 
     /// Makes a drain that is off. Without a path of a lock file, nobody else can drain, as with a database in memory.
@@ -80,8 +94,11 @@ public:
 private:
     void pass();
     bool canBegin();
-    void claimAndSend();
-    void answered(const DrainedChanges::Settle& settle);
+    void claim();
+    void sendClaimed();
+    void answered(DrainedChanges::Answer answer);
+    void takeIn();
+    void closeLine();
     void waitFor(std::chrono::milliseconds duration, bool isLockedOut);
     void backOff();
     void endWait();
@@ -96,7 +113,6 @@ private:
     std::optional<platform::FileLock> lock_;
     bool isOn_ = false;
     bool hasBegun_ = false;  // holds the lock, and has reclaimed
-    int inFlight_ = 0;
     std::atomic<std::int64_t> sendCount_ = 0;
     BackOff backOff_;
     bool isWaiting_ = false;
@@ -106,6 +122,11 @@ private:
 
     mutable platform::Mutex mutex_;
     Status published_ TARVO_GUARDED_BY(mutex_);
+    bool isLineOpen_ TARVO_GUARDED_BY(mutex_) = false;                      // claimed changes may be sent
+    std::deque<std::string> claimed_ TARVO_GUARDED_BY(mutex_);              // not sent yet
+    std::size_t requests_ TARVO_GUARDED_BY(mutex_) = 0;                     // on their way
+    std::vector<DrainedChanges::Answer> answers_ TARVO_GUARDED_BY(mutex_);  // not stored yet
+    bool isTakingIn_ TARVO_GUARDED_BY(mutex_) = false;                      // what takes them in is on the queue
 };
 
 }  // namespace tarvo

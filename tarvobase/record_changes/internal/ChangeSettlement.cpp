@@ -1,9 +1,11 @@
 #include "tarvobase/record_changes/internal/ChangeSettlement.h"
 
 #include <algorithm>
+#include <map>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/database_layer/TransactionEnd.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/record_changes/internal/DeletedRecord.h"
@@ -19,6 +21,10 @@ namespace {
 using Outcome = ChangeAnswer::Outcome;
 using T = TransactionType;
 
+bool isAdd(const Transaction& sent) {
+    return sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
+}
+
 ErrorResponse refusalOf(const ChangeAnswer& answer) {
     bool isRefusal = answer.outcome == Outcome::refused && answer.refusal;
     return isRefusal ? *answer.refusal : ErrorResponse::parsingFailed();
@@ -27,9 +33,10 @@ ErrorResponse refusalOf(const ChangeAnswer& answer) {
 /// Returns whether the answer has the record as it is now. An edit that is sent again is answered as it was at first: a
 /// later edit may have been accepted since, and would seem to be undone. The record of an upload is not an
 /// attachment's.
-bool hasServersRecord(const ChangeEntry& entry, const Transaction& sent, const ChangeAnswer& answer) {
-    bool isRepeatedEdit = sent.operationType == T::editRecord && entry.sends > 1;
-    return answer.record && !isRepeatedEdit && sent.operationType != T::addAttachment;
+bool hasServersRecord(const AnsweredChange& change) {
+    auto type = change.sent.operationType;
+    bool isRepeatedEdit = type == T::editRecord && change.entry.sends > 1;
+    return change.answer.record && !isRepeatedEdit && type != T::addAttachment && type != T::deleteRecord;
 }
 
 }  // namespace
@@ -43,42 +50,64 @@ ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordP
       wakeCurrentQueue_(std::move(wakeCurrentQueue)),
       waiters_(stores) {}
 
-bool ChangeSettlement::settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
+bool ChangeSettlement::settle(const std::vector<AnsweredChange>& changes) const {
     auto& database = stores_.databaseAdapter();
-    bool isStored = database && database->transaction("answer to a change", [&] { return store(sent, entry, answer); });
-    if (!isStored || answer.outcome == Outcome::noAnswer) return false;
-    notify(sent, entry, answer);
-    follow(sent, entry, answer);
+    bool areStored = database && database->transaction("answers to changes", [&] {
+        FieldListMemory memory;
+        return store(changes);
+    });
+    if (!areStored) return false;
+    for (auto& change : changes) {
+        if (change.answer.outcome == Outcome::noAnswer) continue;
+        notify(change.sent, change.entry, change.answer);
+        follow(change);
+    }
     return true;
 }
 
-bool ChangeSettlement::store(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
-    switch (answer.outcome) {
-        case Outcome::noAnswer:
-            return stores_.transactions()->makeReady({sent.transactionID});
-        case Outcome::accepted:
-            return storeAccepted(sent, entry, answer);
-        case Outcome::refused:
-        case Outcome::unreadable:
-            return storeRefused(sent, entry, answer);
+bool ChangeSettlement::store(const std::vector<AnsweredChange>& changes) const {
+    std::vector<std::string> silent;
+    std::vector<const AnsweredChange*> accepted;
+    for (auto& change : changes) {
+        switch (change.answer.outcome) {
+            case Outcome::noAnswer:
+                silent.push_back(change.sent.transactionID);
+                break;
+            case Outcome::accepted:
+                accepted.push_back(&change);
+                break;
+            case Outcome::refused:
+            case Outcome::unreadable:
+                if (!storeRefused(change.sent, change.entry, change.answer)) return false;
+                break;
+        }
     }
-    return false;
+    return stores_.transactions()->makeReady(silent) && storeAccepted(accepted);
 }
 
 /// A delete may have dropped the row of an edit meanwhile. The record has no row here then, and gets none.
-bool ChangeSettlement::storeAccepted(const Transaction& sent, const ChangeEntry& entry,
-                                     const ChangeAnswer& answer) const {
-    if (!stores_.transactions()->removeTransaction(sent.transactionID) ||
-        !stores_.changeRegister()->remove(ChangeQueue::older, {sent.transactionID}))
+bool ChangeSettlement::storeAccepted(const std::vector<const AnsweredChange*>& changes) const {
+    std::vector<std::string> ids;
+    for (auto change : changes) ids.push_back(change->sent.transactionID);
+    if (!stores_.transactions()->removeTransactionsWithIds(ids) ||
+        !stores_.changeRegister()->remove(ChangeQueue::older, ids))
         return false;
-    bool isAdd = sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
-    if (isAdd && !replaceId(sent, entry, answer.recordId)) return false;
-    if (sent.operationType == T::deleteRecord)
-        return removeDeletedRecord(stores_, *records_, sent.moduleName, sent.recordID);
-    auto& recordId = isAdd ? answer.recordId : sent.recordID;
-    bool hasRecord = hasServersRecord(entry, sent, answer);
-    return (!hasRecord || storeServerRecord(sent.moduleName, recordId, *answer.record)) &&
-           tidyRest(sent, recordId, hasRecord);
+    std::map<std::string, std::vector<ValueMap>> records;  // by module
+    for (auto change : changes) {
+        auto& sent = change->sent;
+        if (isAdd(sent) && !replaceId(sent, change->entry, change->answer.recordId)) return false;
+        if (sent.operationType == T::deleteRecord &&
+            !removeDeletedRecord(stores_, *records_, sent.moduleName, sent.recordID))
+            return false;
+        if (hasServersRecord(*change)) records[sent.moduleName].push_back(*change->answer.record);
+    }
+    for (auto& [moduleName, ofModule] : records)
+        if (!storeServerRecords(moduleName, ofModule)) return false;
+    return std::all_of(changes.begin(), changes.end(), [&](auto change) {
+        auto& sent = change->sent;
+        return sent.operationType == T::deleteRecord ||
+               tidyRest(sent, isAdd(sent) ? change->answer.recordId : sent.recordID, hasServersRecord(*change));
+    });
 }
 
 /// What waits for the record in the current queue names it by its id, and may go.
@@ -90,13 +119,14 @@ bool ChangeSettlement::replaceId(const Transaction& sent, const ChangeEntry& ent
 }
 
 /// An answer need not have all fields, so that it goes over the local row instead of in its place. A record without a
-/// row was deleted here, or never stored.
-bool ChangeSettlement::storeServerRecord(const std::string& moduleName, const std::string& recordId,
-                                         const ValueMap& record) const {
-    if (!records_->fetchRecord(moduleName, recordId)) return true;
+/// row was deleted here, or never stored, and gets none.
+bool ChangeSettlement::storeServerRecords(const std::string& moduleName, const std::vector<ValueMap>& records) const {
+    // Without fields no column is known, and the module has no rows that could change.
+    auto fields = FieldListAssembler::getFieldListDM(stores_.databaseAdapter());
+    if (!fields->getFieldsWithoutPicklists(moduleName, std::nullopt)) return true;
     for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName))
         // The shared table is written as far as its fields are known. A write that fails undoes the whole answer.
-        if (!records_->modifyRecord(module, record) && module == moduleName) return false;
+        if (!records_->modifyRecord(module, records) && module == moduleName) return false;
     return true;
 }
 
@@ -136,9 +166,8 @@ bool ChangeSettlement::storeRefused(const Transaction& sent, const ChangeEntry& 
 void ChangeSettlement::notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
     auto change = Change::of(sent, entry);
     if (answer.outcome == Outcome::accepted) {
-        bool isAdd = sent.operationType == T::addRecord || sent.operationType == T::addAttachment;
-        if (isAdd) change.recordId = answer.recordId;
-        changeNotices::accepted(std::move(change), isAdd ? std::optional(sent.recordID) : std::nullopt);
+        if (isAdd(sent)) change.recordId = answer.recordId;
+        changeNotices::accepted(std::move(change), isAdd(sent) ? std::optional(sent.recordID) : std::nullopt);
         return;
     }
     auto row = stores_.transactions()->getTransaction(sent.transactionID);
@@ -154,7 +183,9 @@ bool ChangeSettlement::goesOn(const std::string& recordId) const {
 }
 
 /// What comes after the commit.
-void ChangeSettlement::follow(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
+void ChangeSettlement::follow(const AnsweredChange& change) const {
+    auto& sent = change.sent;
+    auto& answer = change.answer;
     bool isAccepted = answer.outcome == Outcome::accepted;
     if (isAccepted && sent.operationType == T::addRecord)
         BrenNotificationCenter::shared().notify<RecordChangedObserver>(
@@ -163,7 +194,7 @@ void ChangeSettlement::follow(const Transaction& sent, const ChangeEntry& entry,
             });
     bool isRecord = sent.operationType == T::addRecord || sent.operationType == T::editRecord;
     auto& recordId = sent.operationType == T::addRecord ? answer.recordId : sent.recordID;
-    if (isAccepted && isRecord && !hasServersRecord(entry, sent, answer) && !goesOn(recordId))
+    if (isAccepted && isRecord && !hasServersRecord(change) && !goesOn(recordId))
         fetch_(sent.moduleName, recordId, RecordRefetch::Reason::bareAcceptance);
     if (!isAccepted && sent.operationType == T::deleteRecord)
         fetch_(sent.moduleName, sent.recordID, RecordRefetch::Reason::refusedDelete);

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/record_changes/internal/RecordIdReplacement.h"
@@ -15,7 +16,14 @@
 
 namespace tarvo {
 
-/// Stores what came back for a change of the older queue: ids, values, queue and register in one transaction. Notices
+/// A change that was sent, and what came back.
+struct AnsweredChange {
+    Transaction sent;
+    ChangeEntry entry;
+    ChangeAnswer answer;
+};
+
+/// Stores what came back for changes of the older queue: ids, values, queue and register in one transaction. Notices
 /// and requests that follow from it come after its commit. Each call blocks its caller.
 class ChangeSettlement {
 public:
@@ -29,19 +37,20 @@ public:
     ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records, Fetch fetch,
                      Wake wakeCurrentQueue = {});
 
-    /// Returns whether the server's decision is stored. Otherwise the change is to be sent again under its key.
-    bool settle(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
+    /// Stores all answers in one transaction, or none. Returns whether they are stored. A change without an answer is
+    /// ready again then; otherwise each is to be sent again under its key.
+    bool settle(const std::vector<AnsweredChange>& changes) const;
 
 private:
-    bool store(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
-    bool storeAccepted(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
+    bool store(const std::vector<AnsweredChange>& changes) const;
+    bool storeAccepted(const std::vector<const AnsweredChange*>& changes) const;
     bool storeRefused(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool replaceId(const Transaction& sent, const ChangeEntry& entry, const std::string& newId) const;
-    bool storeServerRecord(const std::string& moduleName, const std::string& recordId, const ValueMap& record) const;
+    bool storeServerRecords(const std::string& moduleName, const std::vector<ValueMap>& records) const;
     bool tidyRest(const Transaction& accepted, const std::string& recordId, bool hasServerRecord) const;
     void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool goesOn(const std::string& recordId) const;
-    void follow(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
+    void follow(const AnsweredChange& change) const;
 
     const Stores stores_;
     const std::shared_ptr<RecordPersistanceDelegate> records_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <tuple>
 
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/transaction/ChangeNotices.h"
@@ -16,7 +17,8 @@ OlderChangeQueue::OlderChangeQueue(const Stores& stores, std::shared_ptr<ChangeS
 /// Rows that cannot be read become failures, which hosts can list. Rows without parameters stay as they are: nothing
 /// would come of sending them again. Rows that an older program has stored get their number.
 bool OlderChangeQueue::reclaim() {
-    auto queued = stores_.databaseAdapter() ? stores_.transactions()->getTransactions() : std::nullopt;
+    if (!stores_.databaseAdapter() || !stores_.transactions()->prepare()) return false;
+    auto queued = stores_.transactions()->getTransactions();
     auto entries = queued ? stores_.changeRegister()->entries() : std::nullopt;
     if (!queued || !entries) return false;
     std::set<std::string> entered;
@@ -27,8 +29,7 @@ bool OlderChangeQueue::reclaim() {
         if (!entered.contains(row.transactionID)) unnumbered.push_back(row.transactionID);
         QueuedChange change(row);
         bool isSendable = ChangeTurns::isSendable(row.operationType) && change.hasParameters;
-        if (change.isSending() && isSendable && !claims_.contains(row.transactionID))
-            abandoned.push_back(row.transactionID);
+        if (change.isSending() && isSendable && !isClaimed(row.transactionID)) abandoned.push_back(row.transactionID);
     }
     std::vector<std::int64_t> unreadable;
     for (auto& row : queued->unreadable)
@@ -54,60 +55,70 @@ bool OlderChangeQueue::read() {
     return true;
 }
 
-DrainedChanges::Next OlderChangeQueue::claimNext() {
+DrainedChanges::Claims OlderChangeQueue::claim(std::size_t most) {
     for (;;) {
         if (!isKnown_ && !read()) return {.hasFailed = true};
-        ChangeTurns turns(queue_, created_);
-        bool isStale = false;
-        for (auto& change : queue_) {
-            auto step = take(change, turns.judge(change));
-            if (step == Step::claimed) return {.transactionID = change.transaction.transactionID};
-            if (step == Step::failed) return {.hasFailed = true};
-            isStale = step == Step::stale;
-            if (isStale) break;
-        }
-        if (!isStale) return {};
-        isKnown_ = false;
+        std::vector<QueuedChange*> found;
+        auto step = findSendable(most, found);
+        if (step == Step::done && !found.empty()) step = claim(found);
+        if (step == Step::failed) return {.hasFailed = true};
+        isKnown_ = step != Step::stale;
+        if (!isKnown_) continue;
+        Claims claims;
+        for (auto change : found) claims.transactionIDs.push_back(change->transaction.transactionID);
+        return claims;
     }
 }
 
-OlderChangeQueue::Step OlderChangeQueue::take(QueuedChange& change, const ChangeTurns::Judgement& judgement) {
+OlderChangeQueue::Step OlderChangeQueue::findSendable(std::size_t most, std::vector<QueuedChange*>& found) {
     using Turn = ChangeTurns::Turn;
-    switch (judgement.turn) {
-        case Turn::send:
-            return claim(change);
-        case Turn::fail:
-            return failForDependency(change);
-        case Turn::drop:
-            return drop(change);
-        default:
-            return Step::next;
+    ChangeTurns turns(queue_, created_);
+    for (auto& change : queue_) {
+        if (found.size() == most) break;
+        auto turn = turns.judge(change).turn;
+        if (turn == Turn::send) found.push_back(&change);
+        if (turn == Turn::fail) return failForDependency(change);
+        if (turn == Turn::drop) return drop(change);
     }
+    return Step::done;
 }
 
-/// Marks a row as being sent, unless it has been changed or dropped since it was read.
-OlderChangeQueue::Step OlderChangeQueue::claim(QueuedChange& change) {
-    auto& id = change.transaction.transactionID;
-    auto step = Step::failed;
-    std::optional<Claim> claimed;
-    bool isStored = stores_.databaseAdapter()->transaction("claim a change", [&] {
-        auto found = stores_.transactions()->getTransaction(id);
-        if (!found || !found.value() || *found.value() != change.transaction) {
-            step = Step::stale;
-            return found || found.error() != ParserError::noData();
+/// Marks rows as being sent, unless one of them has been changed or dropped since it was read.
+OlderChangeQueue::Step OlderChangeQueue::claim(const std::vector<QueuedChange*>& changes) {
+    std::vector<std::string> ids;
+    for (auto change : changes) ids.push_back(change->transaction.transactionID);
+    auto rows = stores_.transactions();
+    auto entered = stores_.changeRegister();
+    bool isStale = false;
+    std::vector<ChangeEntry> entries;
+    bool isStored = stores_.databaseAdapter()->transaction("claim changes", [&] {
+        auto found = rows->getTransactionsWithIds(ids);
+        if (!found) return false;
+        isStale = !std::equal(found->transactions.begin(), found->transactions.end(), changes.begin(), changes.end(),
+                              [](auto& row, auto change) { return row == change->transaction; });
+        if (isStale) return true;
+        auto present = entered->entriesOf(ChangeQueue::older, ids);
+        if (!present) return false;
+        std::vector<std::int64_t> numbers;
+        for (auto& id : ids) {
+            auto isIts = [&](auto& entry) { return entry.transactionId == id; };
+            auto its = std::find_if(present->begin(), present->end(), isIts);
+            auto entry = its == present->end() ? entered->enter(ChangeQueue::older, id) : std::optional(*its);
+            if (!entry) return false;
+            numbers.push_back(entry->number);
+            ++entry->sends;
+            entries.push_back(*std::move(entry));
         }
-        auto entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
-        if (!entry || !stores_.changeRegister()->noteSend(entry->number)) return false;
-        ++entry->sends;
-        claimed = Claim{*found.value(), *entry};
-        return stores_.transactions()->updateTransaciton(id, std::nullopt, std::nullopt,
-                                                         std::string(Transaction::State::inProgress));
+        return entered->noteSends(numbers) && rows->markSending(ids);
     });
     if (!isStored) return Step::failed;
-    if (step == Step::stale) return step;
-    change.transaction.extras = std::string(Transaction::State::inProgress);
-    claims_.insert_or_assign(id, *std::move(claimed));
-    return Step::claimed;
+    if (isStale) return Step::stale;
+    platform::MutexLock lock(mutex_);
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        claims_.insert_or_assign(ids[i], Claim{changes[i]->transaction, std::move(entries[i])});
+        changes[i]->transaction.extras = std::string(Transaction::State::inProgress);
+    }
+    return Step::done;
 }
 
 OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& change) {
@@ -153,30 +164,59 @@ OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
     return Step::stale;
 }
 
-void OlderChangeQueue::send(const std::string& transactionID, std::function<void(Settle)> answered) {
-    auto& claim = claims_.at(transactionID);
-    sender_->send(
-        claim.change, claim.entry.key,
-        [weak = platform::weakSelf(this), transactionID, answered = std::move(answered)](ChangeAnswer answer) {
-            answered([weak, transactionID, answer = std::move(answer)] {
-                auto self = weak.lock();
-                return self ? self->settle(transactionID, answer) : Outcome::noAnswer;
-            });
-        });
+void OlderChangeQueue::send(const std::string& transactionID, ChangeCompletion answered) {
+    std::optional<Claim> claim;
+    {
+        platform::MutexLock lock(mutex_);
+        claim = claims_.at(transactionID);
+    }
+    sender_->send(claim->change, claim->entry.key, std::move(answered));
 }
 
-DrainedChanges::Outcome OlderChangeQueue::settle(const std::string& transactionID, const ChangeAnswer& answer) {
+/// An answer that cannot be stored must not cost the others, so that after a failure each is stored alone.
+DrainedChanges::Settlement OlderChangeQueue::settle(std::vector<Answer> answers) {
+    std::vector<AnsweredChange> changes;
+    for (auto& answer : answers)
+        if (auto claim = takeClaim(answer.transactionID))
+            changes.push_back({std::move(claim->change), std::move(claim->entry), std::move(answer.answer)});
+    bool areStored = settlement_.settle(changes);
+    Settlement settlement;
+    for (auto& change : changes) {
+        bool isStored = areStored || (changes.size() > 1 && settlement_.settle({change}));
+        bool isSettled = isStored && change.answer.outcome != ChangeAnswer::Outcome::noAnswer;
+        (isSettled ? settlement.hasSettled : settlement.hasLeft) = true;
+        bool isPlainEdit = isSettled && change.sent.operationType == TransactionType::editRecord &&
+                           change.answer.outcome == ChangeAnswer::Outcome::accepted;
+        // The answer to an edit changes no other row. Everything else is read again.
+        if (isPlainEdit)
+            std::erase_if(queue_,
+                          [&](auto& row) { return row.transaction.transactionID == change.sent.transactionID; });
+        else
+            isKnown_ = false;
+    }
+    return settlement;
+}
+
+/// Rows that the database does not let go are ready again when the drain begins the next time.
+void OlderChangeQueue::giveBack(const std::vector<std::string>& transactionIDs) {
+    std::vector<std::int64_t> numbers;
+    for (auto& id : transactionIDs)
+        if (auto claim = takeClaim(id)) numbers.push_back(claim->entry.number);
+    isKnown_ = false;
+    std::ignore = stores_.databaseAdapter()->transaction("give changes back", [&] {
+        return stores_.transactions()->makeReady(transactionIDs) && stores_.changeRegister()->takeBackSends(numbers);
+    });
+}
+
+bool OlderChangeQueue::isClaimed(const std::string& transactionID) const {
+    platform::MutexLock lock(mutex_);
+    return claims_.contains(transactionID);
+}
+
+std::optional<OlderChangeQueue::Claim> OlderChangeQueue::takeClaim(const std::string& transactionID) {
+    platform::MutexLock lock(mutex_);
     auto claim = claims_.extract(transactionID);
-    bool isStored = settlement_.settle(claim.mapped().change, claim.mapped().entry, answer);
-    auto& change = claim.mapped().change;
-    bool isPlainEdit = isStored && change.operationType == TransactionType::editRecord &&
-                       answer.outcome == ChangeAnswer::Outcome::accepted;
-    // The answer to an edit changes no other row. Everything else is read again.
-    if (isPlainEdit)
-        std::erase_if(queue_, [&](auto& row) { return row.transaction.transactionID == transactionID; });
-    else
-        isKnown_ = false;
-    return isStored ? Outcome::settled : Outcome::noAnswer;
+    return claim ? std::optional(std::move(claim.mapped())) : std::nullopt;
 }
 
 }  // namespace tarvo

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ThreadSafety.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/record_changes/internal/ChangeDrain.h"
 #include "tarvobase/record_changes/internal/ChangeSender.h"
@@ -22,21 +23,25 @@ public:
 
     bool reclaim() override;
     void refresh() override { isKnown_ = false; }
-    Next claimNext() override;
-    void send(const std::string& transactionID, std::function<void(Settle)> answered) override;
+    Claims claim(std::size_t most) override;
+    void send(const std::string& transactionID, ChangeCompletion answered) override;
+    Settlement settle(std::vector<Answer> answers) override;
+    void giveBack(const std::vector<std::string>& transactionIDs) override;
 
 private:
     struct Claim {
         Transaction change;
         ChangeEntry entry;
     };
-    enum class Step { next, claimed, stale, failed };
+    enum class Step { done, stale, failed };
     bool read();
-    Step take(QueuedChange& change, const ChangeTurns::Judgement& judgement);
-    Step claim(QueuedChange& change);
+    /// Collects what can go, and ends what never can.
+    Step findSendable(std::size_t most, std::vector<QueuedChange*>& found);
+    Step claim(const std::vector<QueuedChange*>& changes);
     Step failForDependency(const QueuedChange& change);
     Step drop(const QueuedChange& change);
-    Outcome settle(const std::string& transactionID, const ChangeAnswer& answer);
+    bool isClaimed(const std::string& transactionID) const;
+    std::optional<Claim> takeClaim(const std::string& transactionID);
 
     const Stores stores_;
     const std::shared_ptr<ChangeSender> sender_;
@@ -44,7 +49,9 @@ private:
     std::vector<QueuedChange> queue_;  // in order, as of the last read
     ChangeTurns::Creations created_;
     bool isKnown_ = false;
-    std::map<std::string, Claim> claims_;  // by id, from the claim to the answer
+
+    mutable platform::Mutex mutex_;
+    std::map<std::string, Claim> claims_ TARVO_GUARDED_BY(mutex_);  // by id, from the claim to the answer
 };
 
 }  // namespace tarvo

@@ -51,6 +51,12 @@ const std::string* usableId(const ValueMap& row, std::string_view identifier) {
     return id && id->asText() && !id->asText()->empty() ? id->asText() : nullptr;
 }
 
+std::optional<FieldList> presentOrLogged(GetFieldListDM::FieldListResult fields, const std::string& moduleName) {
+    if (fields) return std::move(fields).value();
+    platform::log(platform::LogLevel::warning, "records", "no fields of the module " + moduleName);
+    return std::nullopt;
+}
+
 void logLeftOut(std::size_t count, const std::string& moduleName) {
     if (count > 0)
         platform::log(platform::LogLevel::warning, "records",
@@ -177,10 +183,12 @@ TableAccess RecordInDatabase::tableOf(const std::string& moduleName) const {
 }
 
 std::optional<FieldList> RecordInDatabase::fieldsOf(const std::string& moduleName) const {
-    auto fields = fieldLists_->getFields(moduleName, std::nullopt);
-    if (fields) return std::move(fields).value();
-    platform::log(platform::LogLevel::warning, "records", "no fields of the module " + moduleName);
-    return std::nullopt;
+    return presentOrLogged(fieldLists_->getFields(moduleName, std::nullopt), moduleName);
+}
+/// Values are stored and read by the fields alone; picklists give orders and conditions.
+std::optional<FieldList> RecordInDatabase::fieldsForValues(const std::string& moduleName,
+                                                           const std::optional<Names>& columns) const {
+    return presentOrLogged(fieldLists_->getFieldsWithoutPicklists(moduleName, columns), moduleName);
 }
 
 // Storing
@@ -190,7 +198,7 @@ bool RecordInDatabase::storeRecord(const ValueMap& wireRecord, const std::string
 }
 
 bool RecordInDatabase::storeRecord(const std::vector<ValueMap>& wireRecords, const std::string& moduleName) {
-    auto fields = fieldsOf(moduleName);
+    auto fields = fieldsForValues(moduleName);
     if (!fields) return false;
     WireRows records(wireRecords, *fields);
     logLeftOut(wireRecords.size() - records.rows.size(), moduleName);
@@ -202,7 +210,7 @@ bool RecordInDatabase::storeRecord(const std::vector<ValueMap>& wireRecords, con
 
 std::optional<Names> RecordInDatabase::storePage(const WireRecords& wireRecords, const std::string& moduleName,
                                                  PageWork alongside) {
-    auto fields = fieldsOf(moduleName);
+    auto fields = fieldsForValues(moduleName);
     if (!fields) return std::nullopt;
     RecordPage page(wireRecords.document, wireRecords.list, *fields);
     logLeftOut(page.leftOut(), moduleName);
@@ -227,7 +235,7 @@ std::optional<Names> RecordInDatabase::store(const RowSource& rows, const Names&
     };
     bool isCommitted =
         databaseAdapter_ && databaseAdapter_->transaction("store records of " + fields.moduleName(), [&] {
-            return UnsentChanges(databaseAdapter_, *queue_, fields).layOver(storeAll);
+            return UnsentChanges(databaseAdapter_, *queue_, fields).layOver(ids, storeAll);
         });
     return isCommitted ? std::move(stored) : std::nullopt;
 }
@@ -258,7 +266,7 @@ bool RecordInDatabase::storeRecord(const Record& record, const std::string& modu
 std::vector<ValueMap> RecordInDatabase::rowsOf(const std::vector<Record>& records, const std::string& moduleName,
                                                const FieldIdentifier& naming) const {
     bool needFields = fieldLists_ && std::any_of(records.begin(), records.end(), hasEmptyList);
-    auto fields = needFields ? fieldsOf(moduleName) : std::nullopt;
+    auto fields = needFields ? fieldsForValues(moduleName) : std::nullopt;
     std::vector<ValueMap> rows;
     for (auto& record : records) rows.push_back(rowOf(record, naming, fields ? &*fields : nullptr));
     return rows;
@@ -292,20 +300,48 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const ValueMa
 }
 
 bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) {
-    auto fields = fieldsOf(moduleName);
+    auto fields = fieldsForValues(moduleName);
     if (!fields) return false;
     RecordConversion conversion(*fields);
+    auto identifier = idColumn(moduleName, fields->naming());
     std::vector<ValueMap> rows;
-    for (auto& record : wireRecords) rows.push_back(conversion.toRow(record));
-    bool areComplete = true;
+    Names ids;
+    for (auto& record : wireRecords) {
+        rows.push_back(conversion.toRow(record));
+        if (auto id = usableId(rows.back(), identifier)) ids.push_back(*id);
+    }
+    bool haveIds = true;
     auto modifyAll = [&] {
-        areComplete = modify(rows, moduleName, fields->naming());
-        return true;  // a write that failed fails the transaction by itself, and a record without an id does not
+        return leaveOutUnchanged(rows, moduleName, fields->naming()) &&
+               update(rows, moduleName, fields->naming(), haveIds);
     };
     bool isCommitted = databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
-        return UnsentChanges(databaseAdapter_, *queue_, *fields).layOver(modifyAll);
+        return UnsentChanges(databaseAdapter_, *queue_, *fields).layOver(ids, modifyAll);
     });
-    return isCommitted && areComplete;
+    return isCommitted && haveIds;
+}
+
+/// Takes out of rows what the table holds already. The server answers an edit with the whole record, of which little
+/// is new, and a statement over all columns costs several times as much as reading the row. What finds the row stays.
+bool RecordInDatabase::leaveOutUnchanged(std::vector<ValueMap>& rows, const std::string& moduleName,
+                                         const FieldIdentifier& naming) const {
+    auto table = tableOf(moduleName);
+    auto column = idColumn(moduleName, naming), key = std::string(naming.constant->id);
+    for (auto& row : rows) {
+        auto condition = conditionFor(row, moduleName, naming);
+        if (!condition) continue;
+        auto stored = table.fetch(FetchQuery(kelva::quotedName(table.tableName()), *condition));
+        if (!stored) return false;
+        if (stored->size() != 1) continue;
+        ValueMap changed;
+        for (auto& entry : row) {
+            auto present = stored->front().find(entry.name);
+            bool isChanged = !present || present->copy() != entry.value;
+            if (isChanged || entry.name == column || entry.name == key) changed.set(entry.name, entry.value);
+        }
+        row = std::move(changed);
+    }
+    return true;
 }
 
 bool RecordInDatabase::modifyRecord(const std::string& moduleName, const Record& record) {
@@ -324,20 +360,25 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::ve
 
 bool RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,
                               const FieldIdentifier& naming) const {
-    auto table = tableOf(moduleName);
     bool haveIds = true;
-    auto updateAll = [&] {
-        for (auto& row : rows) {
-            if (auto condition = conditionFor(row, moduleName, naming)) {
-                if (!table.update(row, *condition)) return false;
-            } else {
-                platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
-                haveIds = false;
-            }
+    return databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
+        return update(rows, moduleName, naming, haveIds);
+    }) && haveIds;
+}
+
+/// Returns false if the table refuses a row. One without an id does not cost the others.
+bool RecordInDatabase::update(const std::vector<ValueMap>& rows, const std::string& moduleName,
+                              const FieldIdentifier& naming, bool& haveIds) const {
+    auto table = tableOf(moduleName);
+    for (auto& row : rows) {
+        if (auto condition = conditionFor(row, moduleName, naming)) {
+            if (!table.update(row, *condition)) return false;
+        } else {
+            platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
+            haveIds = false;
         }
-        return true;
-    };
-    return databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, updateAll) && haveIds;
+    }
+    return true;
 }
 
 // Reading
@@ -391,7 +432,8 @@ std::optional<Record> RecordInDatabase::fetchRecordsFor(const std::string& modul
 }
 
 std::optional<Record> RecordInDatabase::fetchRecord(const std::string& moduleName, const std::string& recordID) {
-    auto fields = fieldsOf(moduleName);
+    // All columns of the row are read, so that the fields show only that the module has some.
+    auto fields = fieldsForValues(moduleName, Names{idColumn(moduleName, namingInForce())});
     if (!fields) return std::nullopt;
     auto table = tableOf(moduleName);
     return readByAnyId(*aliases_, moduleName, recordID, [&](const std::string& id) -> std::optional<Record> {

@@ -85,12 +85,18 @@ private:
 
     TableAccess tableOf(const std::string& moduleName) const;
     std::optional<FieldList> fieldsOf(const std::string& moduleName) const;
+    std::optional<FieldList> fieldsForValues(const std::string& moduleName,
+                                             const std::optional<Names>& columns = std::nullopt) const;
     std::optional<Names> store(const RowSource& rows, const Names& ids, const DependentRecords& dependents,
                                const FieldList& fields, PageWork alongside) const;
     std::optional<Names> storeRows(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
     std::vector<ValueMap> rowsOf(const std::vector<Record>& records, const std::string& moduleName,
                                  const FieldIdentifier& naming) const;
+    bool leaveOutUnchanged(std::vector<ValueMap>& rows, const std::string& moduleName,
+                           const FieldIdentifier& naming) const;
     bool modify(const std::vector<ValueMap>& rows, const std::string& moduleName, const FieldIdentifier& naming) const;
+    bool update(const std::vector<ValueMap>& rows, const std::string& moduleName, const FieldIdentifier& naming,
+                bool& haveIds) const;
     Records fetch(const FieldList& fields, std::optional<Criteria> criteria, Selection selection) const;
     std::optional<std::int64_t> count(const std::optional<Criteria>& criteria, const std::string& moduleName) const;
 

@@ -18,9 +18,9 @@ UnsentChanges::UnsentChanges(const std::shared_ptr<DatabaseAdapter>& databaseAda
       table_(kelva::quotedName(RecordUtil::getTableName(fields.moduleName()))),
       idColumn_(RecordUtil::getIdentifierFieldName(fields.moduleName(), fields.naming())) {}
 
-bool UnsentChanges::layOver(platform::FunctionRef<bool()> store) const {
+bool UnsentChanges::layOver(const std::vector<std::string>& recordIds, platform::FunctionRef<bool()> store) const {
     Changes changes;
-    if (!readChanges(changes) || !store()) return false;
+    if (!readChanges(recordIds, changes) || !store()) return false;
     for (auto& edit : changes.edits)
         if (!edit.values.empty() && !databaseAdapter_->update(table_, edit.values, columnIs(idColumn_, edit.recordId)))
             return false;
@@ -28,12 +28,12 @@ bool UnsentChanges::layOver(platform::FunctionRef<bool()> store) const {
            databaseAdapter_->deleteObjects(table_, columnIn(idColumn_, changes.deletedIds));
 }
 
-bool UnsentChanges::readChanges(Changes& changes) const {
-    for (auto& module : SharedActivities::modulesIn(fields_.moduleName())) {
-        auto queued = queue_.getTransactionsOfModule(module);
-        if (!queued) return false;
-        for (auto& change : queued->transactions) addChange(change, changes);
-    }
+bool UnsentChanges::readChanges(const std::vector<std::string>& recordIds, Changes& changes) const {
+    auto queued = queue_.getTransactionsOfRecords(recordIds);
+    if (!queued) return false;
+    auto modules = SharedActivities::modulesIn(fields_.moduleName());
+    for (auto& change : queued->transactions)
+        if (std::find(modules.begin(), modules.end(), change.moduleName) != modules.end()) addChange(change, changes);
     return std::all_of(changes.edits.begin(), changes.edits.end(), [&](auto& edit) { return readValues(edit); });
 }
 

@@ -26,10 +26,10 @@ public:
     UnsentChanges(const std::shared_ptr<DatabaseAdapter>& databaseAdapter, TransactionPersistanceDelegate& queue,
                   const FieldList& fields);
 
-    /// Runs `store`, which stores values of the server, and lays the changes over them: edited columns keep their local
-    /// values, and the rows of deleted records go. Call it inside the transaction that stores. Returns false if the
-    /// database failed or `store` returned false.
-    bool layOver(platform::FunctionRef<bool()> store) const;
+    /// Runs `store`, which stores values of the server for these records, and lays their changes over them: edited
+    /// columns keep their local values, and the rows of deleted records go. Call it inside the transaction that stores.
+    /// Returns false if the database failed or `store` returned false.
+    bool layOver(const std::vector<std::string>& recordIds, platform::FunctionRef<bool()> store) const;
     /// Returns the columns of a record that edits in the queue set, or nullopt if the queue cannot be read.
     std::optional<std::set<std::string>> editedColumns(const std::string& recordId) const;
 
@@ -43,7 +43,7 @@ private:
         std::vector<Edit> edits;
         std::vector<std::string> deletedIds;
     };
-    bool readChanges(Changes& changes) const;
+    bool readChanges(const std::vector<std::string>& recordIds, Changes& changes) const;
     void addChange(const Transaction& change, Changes& changes) const;
     bool readValues(Edit& edit) const;
     void addColumns(const Transaction& change, std::set<std::string>& columns) const;

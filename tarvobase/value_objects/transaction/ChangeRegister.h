@@ -60,8 +60,11 @@ public:
     virtual Entries entries() = 0;
     /// Returns the entries that exist of these changes of a queue, in the order of their numbers.
     virtual Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
-    /// Counts one more send.
-    virtual bool noteSend(std::int64_t number) = 0;
+    /// Counts one more send of each of these changes.
+    virtual bool noteSends(const std::vector<std::int64_t>& numbers) = 0;
+    /// Takes back what `noteSends` counted for changes that were not sent after all.
+    virtual bool takeBackSends(const std::vector<std::int64_t>& numbers) = 0;
+    bool noteSend(std::int64_t number) { return noteSends({number}); }
     virtual bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) = 0;
     /// Forgets the refusal of a change that is to be sent again as it is, under its key.
     virtual bool forgetRefusal(std::int64_t number) = 0;

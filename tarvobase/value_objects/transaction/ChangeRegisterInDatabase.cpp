@@ -101,11 +101,13 @@ ChangeRegister::Entries ChangeRegisterInDatabase::entriesOf(ChangeQueue queue,
     return entriesWhere(areOfQueue(queue, transactionIds));
 }
 
-bool ChangeRegisterInDatabase::noteSend(std::int64_t number) {
-    auto counted = std::string(changeColumns::sends);
-    return table_.execute(RawQuery("UPDATE " + table_.name() + " SET " + counted + " = " + counted + " + 1 WHERE " +
-                                       changeColumns::number + " = ?",
-                                   {number}));
+bool ChangeRegisterInDatabase::addToSends(std::int64_t count, const std::vector<std::int64_t>& numbers) const {
+    std::string counted = changeColumns::sends;
+    auto areThese = Criteria::in(changeColumns::number, ValueList(numbers.begin(), numbers.end()));
+    ValueList parameters{count};
+    for (auto& parameter : areThese.parameters()) parameters.push_back(parameter);
+    return table_.execute(RawQuery(
+        "UPDATE " + table_.name() + " SET " + counted + " = " + counted + " + ? WHERE " + areThese.sql(), parameters));
 }
 bool ChangeRegisterInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) {
     return table_.update(refusalValues(refusal, mayBeApplied), hasNumber(number));

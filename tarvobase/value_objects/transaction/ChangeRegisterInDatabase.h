@@ -20,7 +20,8 @@ public:
     std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) override;
     Entries entries() override;
     Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
-    bool noteSend(std::int64_t number) override;
+    bool noteSends(const std::vector<std::int64_t>& numbers) override { return addToSends(1, numbers); }
+    bool takeBackSends(const std::vector<std::int64_t>& numbers) override { return addToSends(-1, numbers); }
     bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) override;
     bool forgetRefusal(std::int64_t number) override;
     std::optional<std::string> renewKey(std::int64_t number) override;
@@ -30,6 +31,7 @@ public:
     bool remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
 
 private:
+    bool addToSends(std::int64_t count, const std::vector<std::int64_t>& numbers) const;
     Entries entriesWhere(Criteria criteria) const;
 
     EnsuredTable table_;

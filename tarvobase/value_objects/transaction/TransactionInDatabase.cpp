@@ -29,6 +29,9 @@ EnsuredTable::Declaration transactionTable() {
             .keys = "UNIQUE (" + std::string(names.TransactionID) + ")"};
 }
 
+/// Returns the time as a number. Tables that other programs made may hold it as text.
+std::string transactionTimeTerm() { return "CAST(" + std::string(transactionColumns.TransactionTime) + " AS INTEGER)"; }
+
 Criteria isTransaction(const std::string& transactionID) {
     return columnIs(transactionColumns.TransactionID, transactionID);
 }
@@ -101,8 +104,20 @@ TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactions() 
 TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactions(const std::string& recordID) {
     return queued(inOrder().filter(columnIs(transactionColumns.RecordID, recordID)));
 }
-TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactionsOfModule(const std::string& moduleName) {
-    return queued(inOrder().filter(columnIs(transactionColumns.ModuleName, moduleName)));
+TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactionsOfRecords(
+    const std::vector<std::string>& recordIDs) {
+    return queued(inOrder().filter(columnIn(transactionColumns.RecordID, recordIDs)));
+}
+
+TransactionPersistanceDelegate::Queued TransactionInDatabase::getTransactionsWithIds(
+    const std::vector<std::string>& transactionIDs) {
+    return queued(inOrder().filter(columnIn(transactionColumns.TransactionID, transactionIDs)));
+}
+
+bool TransactionInDatabase::markSending(const std::vector<std::string>& transactionIDs) {
+    return table_.update(
+        {{transactionColumn(&TransactionDatabaseConstants::Extras), std::string(Transaction::State::inProgress)}},
+        columnIn(transactionColumns.TransactionID, transactionIDs));
 }
 
 bool TransactionInDatabase::makeReady(const std::vector<std::string>& transactionIDs) {
@@ -123,12 +138,18 @@ bool TransactionInDatabase::failUnreadable(const std::vector<std::int64_t>& rows
 std::optional<std::int64_t> TransactionInDatabase::highestTransactionTime() {
     // Some hundred thousand years after 1970: room for all that follow.
     constexpr std::int64_t farAway = std::int64_t(1) << 53;
-    auto time = "CAST(" + std::string(transactionColumns.TransactionTime) + " AS INTEGER)";
-    FetchQuery query(table_.name(), Criteria::custom(time + " < ?", ValueList{farAway}));
-    query.columns = {"MAX(" + time + ") AS highest"};
+    FetchQuery query(table_.name(), Criteria::custom(transactionTimeTerm() + " < ?", ValueList{farAway}));
+    query.columns = {transactionTimeTerm() + " AS highest"};
+    query.sortBy = {SortDescriptor::customOrderBy(transactionTimeTerm() + " DESC")};
+    query.limit = 1;
     auto rows = table_.fetch(query);
     if (!rows) return std::nullopt;
     return rows->empty() ? 0 : std::max<std::int64_t>(rows->front().valueOf("highest").asInteger().value_or(0), 0);
+}
+
+bool TransactionInDatabase::prepare() {
+    return table_.ensureIndex("BY_RECORD", std::string(transactionColumns.RecordID)) &&
+           table_.ensureIndex("BY_TIME", transactionTimeTerm());
 }
 
 FetchQuery TransactionInDatabase::inOrder() const {

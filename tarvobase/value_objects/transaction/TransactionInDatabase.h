@@ -24,10 +24,13 @@ public:
     Found getTransaction(const std::string& transactionID) override;
     Queued getTransactions() override;
     Queued getTransactions(const std::string& recordID) override;
-    Queued getTransactionsOfModule(const std::string& moduleName) override;
+    Queued getTransactionsOfRecords(const std::vector<std::string>& recordIDs) override;
+    Queued getTransactionsWithIds(const std::vector<std::string>& transactionIDs) override;
+    bool markSending(const std::vector<std::string>& transactionIDs) override;
     bool makeReady(const std::vector<std::string>& transactionIDs) override;
     bool failUnreadable(const std::vector<std::int64_t>& rows) override;
     std::optional<std::int64_t> highestTransactionTime() override;
+    bool prepare() override;
 
 private:
     FetchQuery inOrder() const;

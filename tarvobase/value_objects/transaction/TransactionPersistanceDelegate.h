@@ -58,8 +58,11 @@ public:
     /// Returns the whole queue, whatever the state of its rows.
     virtual Queued getTransactions() = 0;
     virtual Queued getTransactions(const std::string& recordID) = 0;
-    /// Returns the changes of records of a module, whatever their state.
-    virtual Queued getTransactionsOfModule(const std::string& moduleName) = 0;
+    /// Returns the changes of these records, whatever their state.
+    virtual Queued getTransactionsOfRecords(const std::vector<std::string>& recordIDs) = 0;
+    virtual Queued getTransactionsWithIds(const std::vector<std::string>& transactionIDs) = 0;
+    /// Sets `extras` to the text of rows that are being sent.
+    virtual bool markSending(const std::vector<std::string>& transactionIDs) = 0;
     /// Clears error message, server response and extras, so that the rows are sent again.
     virtual bool makeReady(const std::vector<std::string>& transactionIDs) = 0;
     /// Marks rows that cannot be read as failed, by their `row`.
@@ -68,6 +71,9 @@ public:
     /// Returns 0 for an empty queue, and nullopt if the queue cannot be read. A time so far away that none could follow
     /// does not count.
     virtual std::optional<std::int64_t> highestTransactionTime() = 0;
+    /// Makes the table and the indexes by which the changes of a record and the highest time are found, if they are
+    /// missing. Call it when the queue begins to be sent.
+    virtual bool prepare() = 0;
 };
 
 }  // namespace tarvo

@@ -9,13 +9,13 @@ namespace tarvo {
 namespace {
 
 using namespace std::chrono_literals;
-using Outcome = DrainedChanges::Outcome;
+using Outcome = ChangeAnswer::Outcome;
 
 /// Changes that are sent when the drain claims them and answered when the test says so.
 class ScriptedChanges final : public DrainedChanges {
 public:
     std::deque<std::string> ready;
-    std::deque<std::pair<std::string, std::function<void(Settle)>>> sent;
+    std::deque<std::pair<std::string, ChangeCompletion>> sent;
     std::vector<std::string> log;
     bool isBroken = false;
 
@@ -24,14 +24,23 @@ public:
         return !isBroken;
     }
     void refresh() override {}
-    Next claimNext() override {
-        if (isBroken) return {.hasFailed = true};
-        if (ready.empty()) return {};
-        auto id = ready.front();
-        ready.pop_front();
-        return {.transactionID = id};
+    Claims claim(std::size_t most) override {
+        Claims claims{.hasFailed = isBroken};
+        for (; !isBroken && !ready.empty() && claims.transactionIDs.size() < most; ready.pop_front())
+            claims.transactionIDs.push_back(ready.front());
+        return claims;
     }
-    void send(const std::string& id, std::function<void(Settle)> answered) override {
+    Settlement settle(std::vector<Answer> answers) override {
+        Settlement settlement;
+        for (auto& answer : answers)
+            (answer.answer.outcome == Outcome::accepted ? settlement.hasSettled : settlement.hasLeft) = true;
+        return settlement;
+    }
+    void giveBack(const std::vector<std::string>& ids) override {
+        log.push_back("back " + text::join(ids, " "));
+        ready.insert(ready.begin(), ids.begin(), ids.end());
+    }
+    void send(const std::string& id, ChangeCompletion answered) override {
         log.push_back("send " + id);
         sent.emplace_back(id, std::move(answered));
     }
@@ -54,7 +63,7 @@ protected:
     void answer(Outcome outcome) {
         auto answered = std::move(changes->sent.front().second);
         changes->sent.pop_front();
-        answered([outcome] { return outcome; });
+        answered({.outcome = outcome});
         settle();
     }
     void advance(std::chrono::milliseconds by) {
@@ -84,14 +93,16 @@ TEST_F(ChangeDrainTest, SendsFourAtATimeAndNothingWhileItIsOff) {
     settle();
     EXPECT_EQ(takeLog(), "reclaim, send 1, send 2, send 3, send 4");
     EXPECT_EQ(state(), ChangeDrain::State::sending);
-    answer(Outcome::settled);
+    answer(Outcome::accepted);
     EXPECT_EQ(takeLog(), "send 5");
     bool isAtRest = false;
+    give({"6", "7"});
     drain->stop([&] { isAtRest = true; });
-    give({"6"});
+    settle();
+    EXPECT_EQ(takeLog(), "back 6 7");
     while (!changes->sent.empty()) {
         EXPECT_FALSE(isAtRest);
-        answer(Outcome::settled);
+        answer(Outcome::accepted);
     }
     EXPECT_TRUE(isAtRest);
     EXPECT_EQ(state(), ChangeDrain::State::off);
@@ -115,7 +126,7 @@ TEST_F(ChangeDrainTest, SendsWithoutAnAnswerBackOffUntilANewChange) {
     EXPECT_EQ(takeLog(), "");
     advance(1s);
     EXPECT_EQ(takeLog(), "reclaim, send 1");
-    answer(Outcome::settled);
+    answer(Outcome::accepted);
     give({"2", "3"});
     answer(Outcome::noAnswer);
     answer(Outcome::noAnswer);
@@ -145,7 +156,7 @@ TEST_F(ChangeDrainTest, OneProcessDrainsAtATime) {
     settle();
     EXPECT_TRUE(otherDrain->status().isLockedOut);
     EXPECT_EQ(otherDrain->status().state, ChangeDrain::State::waiting);
-    answer(Outcome::settled);
+    answer(Outcome::accepted);
     advance(ChangeDrain::lockWait);
     ASSERT_EQ(other->sent.size(), 1u);
     give({"3"});

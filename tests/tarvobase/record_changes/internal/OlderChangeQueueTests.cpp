@@ -61,22 +61,20 @@ protected:
     }
     /// Sends all that can go, and returns their ids.
     std::string sendAll() {
-        std::vector<std::string> ids;
-        for (;;) {
-            auto next = queue->claimNext();
-            if (next.hasFailed) return "failed";
-            if (!next.transactionID) return text::join(ids, " ");
-            ids.push_back(*next.transactionID);
-            queue->send(ids.back(), [this](DrainedChanges::Settle settle) { outcome = settle(); });
-        }
+        auto claims = queue->claim(100);
+        if (claims.hasFailed) return "failed";
+        for (auto& id : claims.transactionIDs)
+            queue->send(id, [this, id](ChangeAnswer answer) { answers.push_back({id, std::move(answer)}); });
+        return text::join(claims.transactionIDs, " ");
     }
-    /// Answers the change that was sent first.
-    DrainedChanges::Outcome answer(const ChangeAnswer& answer) {
+    /// Answers the change that was sent first. Returns whether the server's decision is stored.
+    bool answer(const ChangeAnswer& answer) {
         auto sent = std::move(sender->sent.front());
         sender->sent.pop_front();
         sent.completion(answer);
-        return outcome;
+        return storeAnswers();
     }
+    bool storeAnswers() { return !queue->settle(std::exchange(answers, {})).hasLeft; }
     static ChangeAnswer refusal() { return ChangeAnswer::refused({.code = "crmINVALID_DATA", .message = "no"}); }
     std::string leads() { return cells("LeadsRecords ORDER BY ID", {"ID", "COMPANY", "CITY"}); }
     /// Returns the rows of the queue: id, record and state.
@@ -88,7 +86,7 @@ protected:
     std::shared_ptr<HeldSender> sender;
     std::shared_ptr<OlderChangeQueue> queue;
     std::vector<std::string> fetched;
-    DrainedChanges::Outcome outcome = DrainedChanges::Outcome::settled;
+    std::vector<DrainedChanges::Answer> answers;
     std::int64_t time = 0;
 };
 
@@ -118,7 +116,7 @@ TEST_F(OlderChangeQueueTest, AddGivesItsIdToWhatWaitsForIt) {
     enqueue("edit", T::editRecord, temporaryId, R"("City":"Ulm")");
     enqueue("lookup", T::editRecord, "7", R"("Parent":"NEW_000000001")");
     EXPECT_EQ(sendAll(), "add");
-    EXPECT_EQ(answer(ChangeAnswer::accepted("42")), DrainedChanges::Outcome::settled);
+    EXPECT_TRUE(answer(ChangeAnswer::accepted("42")));
     EXPECT_EQ(leads(), R"("42","mine","Bonn";"7","other","Bonn")");
     // What is fetched now could be stored after the answer to the edit.
     EXPECT_EQ(fetched, std::vector<std::string>());
@@ -154,7 +152,7 @@ TEST_F(OlderChangeQueueTest, RefusedAddFailsWhatNamesItAndStays) {
     enqueue("edit", T::editRecord, temporaryId);
     enqueue("other", T::editRecord, "7");
     EXPECT_EQ(sendAll(), "add other");
-    EXPECT_EQ(answer(refusal()), DrainedChanges::Outcome::settled);
+    EXPECT_TRUE(answer(refusal()));
     answer(ChangeAnswer::unreadable());
     EXPECT_EQ(sendAll(), "");
     EXPECT_EQ(rows(), R"("add","NEW_000000001","error";"edit","NEW_000000001","error";"other","7","error")");
@@ -251,21 +249,49 @@ TEST_F(OlderChangeQueueTest, ChangeOfUnknownOutcomeIsSentAgainUnderItsKey) {
         keys.push_back(sender->sent.front().key);
     };
     sendOnce();
-    EXPECT_EQ(answer(ChangeAnswer::noAnswer(ChangeAnswer::Silence::timeout)), DrainedChanges::Outcome::noAnswer);
+    EXPECT_FALSE(answer(ChangeAnswer::noAnswer(ChangeAnswer::Silence::timeout)));
     sendOnce();
     EXPECT_EQ(sendAll(), "");
     begin();  // the process ended while the request was on its way
     sendOnce();
     auto refuse = "CREATE TRIGGER refuse BEFORE UPDATE ON LeadsRecords BEGIN SELECT RAISE(ABORT, 'full'); END";
     ASSERT_TRUE(adapter().execute(refuse, std::nullopt));
-    EXPECT_EQ(answer(ChangeAnswer::accepted("42")), DrainedChanges::Outcome::noAnswer);
+    EXPECT_FALSE(answer(ChangeAnswer::accepted("42")));
     ASSERT_TRUE(adapter().execute("DROP TRIGGER refuse", std::nullopt));
     ASSERT_TRUE(queue->reclaim());
     sendOnce();
     EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 1u);
     EXPECT_EQ(stores->changeRegister()->entries()->front().sends, 4);
-    EXPECT_EQ(answer(ChangeAnswer::accepted("42")), DrainedChanges::Outcome::settled);
+    EXPECT_TRUE(answer(ChangeAnswer::accepted("42")));
     EXPECT_EQ(leads(), R"("42","mine","Bonn")");
+}
+
+TEST_F(OlderChangeQueueTest, AnswerThatCannotBeStoredCostsNoOther) {
+    storeLead("7", "mine");
+    storeLead("8", "mine");
+    storeLead("9", "mine");
+    for (auto id : {"7", "8", "9"}) enqueue(id, T::editRecord, id);
+    EXPECT_EQ(sendAll(), "7 8 9");
+    auto refuse =
+        "CREATE TRIGGER refuse BEFORE UPDATE ON LeadsRecords WHEN OLD.ID = '8' BEGIN SELECT RAISE(ABORT, "
+        "'full'); END";
+    ASSERT_TRUE(adapter().execute(refuse, std::nullopt));
+    for (auto& sent : sender->sent)
+        sent.completion(ChangeAnswer::accepted(sent.change.recordID,
+                                               ValueMap{{"id", sent.change.recordID}, {"Company", "server"}}));
+    EXPECT_FALSE(storeAnswers());
+    EXPECT_EQ(leads(), R"("7","server","Bonn";"8","mine","Bonn";"9","server","Bonn")");
+    EXPECT_EQ(rows(), R"("8","8","InProgress")");
+}
+
+TEST_F(OlderChangeQueueTest, ChangesThatAreGivenBackWereNotSent) {
+    enqueue("1", T::editRecord, "7");
+    enqueue("2", T::editRecord, "8");
+    EXPECT_EQ(queue->claim(100).transactionIDs.size(), 2u);
+    queue->giveBack({"2"});
+    EXPECT_EQ(rows(), R"("1","7","InProgress";"2","8",null)");
+    EXPECT_EQ(cells("TARVO_CHANGES ORDER BY transaction_id", {"sends"}), "1;0");
+    EXPECT_EQ(sendAll(), "2");
 }
 
 TEST_F(OlderChangeQueueTest, RowsThatCannotBeReadFailAloneAndKindsWithoutARequestStay) {

@@ -51,7 +51,7 @@ protected:
         auto fetch = [this](auto& name, auto& id, auto reason) { refetch->fetch(name, id, reason); };
         auto sent = stores->transactions()->getTransactions()->transactions.front();
         auto entry = stores->changeRegister()->entriesOf(ChangeQueue::older, {sent.transactionID})->front();
-        ASSERT_TRUE(ChangeSettlement(*stores, records, fetch).settle(sent, entry, answer));
+        ASSERT_TRUE(ChangeSettlement(*stores, records, fetch).settle({{sent, entry, answer}}));
     }
     static ChangeAnswer refusal() { return ChangeAnswer::refused({.code = "crmNO_PERMISSION", .message = "no"}); }
     std::string rows(const std::string& module) {
