@@ -155,19 +155,24 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     auto add =
         app.add_subcommand("add", "Add a record: it is stored and queued at once, and sent when that is possible");
     auto edit = app.add_subcommand("edit", "Edit a record in the same way");
+    auto note = app.add_subcommand("note", "Add a note to a record in the same way");
     auto remove = app.add_subcommand("delete", "Delete a record in the same way");
     auto pending = app.add_subcommand("pending", "List the changes that the server does not have yet");
     auto retry = app.add_subcommand("retry", "Send changes again that have failed");
     auto drain = app.add_subcommand("drain", "Send the changes that wait");
-    for (auto command : {add, edit, remove})
+    for (auto command : {add, edit, note, remove})
         command->add_option("MODULE", arguments.module, "Name of the module")->required();
-    for (auto command : {edit, remove})
+    for (auto command : {edit, note, remove})
         command->add_option("ID", arguments.recordId, "Id of the record, also a former temporary one")->required();
     for (auto command : {add, edit})
         command->add_option("VALUES", arguments.values, "FIELD=VALUE by API name or column; FIELD= clears the field")
             ->required();
+    note->add_option("TEXT", arguments.text, "Text of the note")->required();
+    note->add_option("--title", arguments.title, "Title of the note");
+    note->add_option("--voice", arguments.voiceFile, "File of a sound, which makes it a voice note")
+        ->check(CLI::ExistingFile);
     retry->add_option("NUMBERS", arguments.numbers, "Numbers of the changes as pending lists them; all when absent");
-    for (auto command : {add, edit, remove, retry, drain})
+    for (auto command : {add, edit, note, remove, retry, drain})
         command->add_flag("!--no-wait", arguments.wait, "Do not wait for the server's answer");
     app.add_subcommand("serve", "Take calls as lines of JSON from standard input");
     try {
@@ -188,8 +193,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
          {std::pair(modules, Command::modules), std::pair(fields, Command::fields), std::pair(views, Command::views),
           std::pair(filters, Command::filters), std::pair(init, Command::init), std::pair(list, Command::list),
           std::pair(show, Command::show), std::pair(add, Command::add), std::pair(edit, Command::edit),
-          std::pair(remove, Command::delete_), std::pair(pending, Command::pending), std::pair(retry, Command::retry),
-          std::pair(drain, Command::drain)})
+          std::pair(note, Command::note), std::pair(remove, Command::delete_), std::pair(pending, Command::pending),
+          std::pair(retry, Command::retry), std::pair(drain, Command::drain)})
         if (parsed->parsed()) arguments.command = command;
     arguments.home = std::filesystem::absolute(arguments.home).string();
     arguments.servlet = *fromCaseName<ServletPathV4>(servlet);

@@ -21,6 +21,7 @@ enum class Command {
     show,
     add,
     edit,
+    note,
     delete_,
     pending,
     retry,
@@ -48,11 +49,14 @@ struct Arguments {
     std::vector<std::string> columns;  ///< of the list, by name; empty for those of the view
     std::int64_t from = 0;
     std::int64_t limit = 20;
-    std::vector<std::string> filters;   ///< FIELD:TYPE:VALUE[,VALUE]
-    std::optional<std::string> sort;    ///< FIELD[:asc|desc]
-    std::vector<std::string> values;    ///< FIELD=VALUE of a record; an empty value clears the field
-    std::vector<std::int64_t> numbers;  ///< of the changes to retry; empty for all
-    bool wait = true;                   ///< for the server's answer to a change
+    std::vector<std::string> filters;      ///< FIELD:TYPE:VALUE[,VALUE]
+    std::optional<std::string> sort;       ///< FIELD[:asc|desc]
+    std::vector<std::string> values;       ///< FIELD=VALUE of a record; an empty value clears the field
+    std::string text;                      ///< of a note
+    std::optional<std::string> title;      ///< of a note
+    std::optional<std::string> voiceFile;  ///< path of the sound of a note
+    std::vector<std::int64_t> numbers;     ///< of the changes to retry; empty for all
+    bool wait = true;                      ///< for the server's answer to a change
     Identifier identifier = Identifier::column;
     bool json = false;
     bool fetch = false;

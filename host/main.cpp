@@ -12,6 +12,7 @@
 #include "host/commands/InitCommand.h"
 #include "host/commands/ListCommand.h"
 #include "host/commands/ModulesCommand.h"
+#include "host/commands/NoteCommands.h"
 #include "host/commands/ShowCommand.h"
 #include "host/commands/ViewsCommand.h"
 #include "host/serve/Serve.h"
@@ -48,6 +49,8 @@ int run(Arguments& arguments) {
             return addRecord(**host, arguments);
         case Command::edit:
             return editRecord(**host, arguments);
+        case Command::note:
+            return noteRecord(**host, arguments);
         case Command::delete_:
             return deleteRecord(**host, arguments);
         case Command::pending:

@@ -14,6 +14,7 @@ void addCalls(Registry& registry) {
     addViewCalls(registry);
     addRecordCalls(registry);
     addChangeCalls(registry);
+    addNoteCalls(registry);
     addDownloadCalls(registry);
     registry.addUsecase<GetModule>("GetModule");
     registry.addUsecase<GetModuleTagsUC>("GetModuleTagsUC");

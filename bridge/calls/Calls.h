@@ -22,6 +22,9 @@ void addRecordCalls(Registry& registry);
 /// Registers the calls that add, edit and delete records.
 void addChangeCalls(Registry& registry);
 
+/// Registers the calls that add and edit notes.
+void addNoteCalls(Registry& registry);
+
 /// Registers the first download, the download of records alone, and the lists of views.
 void addDownloadCalls(Registry& registry);
 

@@ -6,6 +6,7 @@
 #include "bridge/forms/JsonForm.h"
 #include "host/commands/CommandSteps.h"
 #include "host/commands/Console.h"
+#include "host/commands/NoteCommands.h"
 #include "platform/Json.h"
 #include "platform/Text.h"
 #include "tarvobase/change_queues/ChangeQueues.h"
@@ -58,26 +59,6 @@ Result<Record, int> recordOf(const Arguments& arguments, const std::string& reco
     return *std::move(record);
 }
 
-/// Says what has become of a change that is saved here.
-int report(const Arguments& arguments, const std::string& recordId, std::int64_t number) {
-    waitForServer(arguments);
-    auto changes = listedChanges();
-    if (!changes) return fail("the queue of changes cannot be read");
-    auto found = std::find_if(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; });
-    bool isLeft = found != changes->end();
-    auto alias = Stores::current().recordIdAliases()->realId(arguments.module, recordId);
-    auto id = alias && alias.value() ? *alias.value() : recordId;
-    if (isLeft && found->state == Change::State::failed)
-        return fail("change " + std::to_string(number) +
-                    " was refused: " + (found->error ? found->error->message : "the answer cannot be read"));
-    if (!arguments.json)
-        return printForPeople(arguments.module + " " + id +
-                              (isLeft ? " is saved here as change " + std::to_string(number) + ", which waits\n"
-                                      : " is saved, and the server has it\n"));
-    ValueMap map{{"recordId", id}, {"number", number}, {"isAccepted", !isLeft}};
-    return printForPrograms(json::write(map).value_or("") + "\n");
-}
-
 /// Opens the database, finds the module, and runs `change` with its stored value.
 template <class ChangeRecord>
 int changed(Host& host, const Arguments& arguments, const ChangeRecord& change) {
@@ -91,7 +72,7 @@ int changed(Host& host, const Arguments& arguments, const ChangeRecord& change) 
 
 int reportSaved(const Arguments& arguments, const std::string& recordId, const SavedChange& saved) {
     if (!saved) return fail("the change could not be stored");
-    return report(arguments, recordId, saved.value().number);
+    return reportChange(arguments, recordId, saved.value().number);
 }
 
 std::string whyOf(const Change& change) {
@@ -133,6 +114,25 @@ int printChanges(const Arguments& arguments) {
 
 }  // namespace
 
+int reportChange(const Arguments& arguments, const std::string& recordId, std::int64_t number) {
+    waitForServer(arguments);
+    auto changes = listedChanges();
+    if (!changes) return fail("the queue of changes cannot be read");
+    auto found = std::find_if(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; });
+    bool isLeft = found != changes->end();
+    auto alias = Stores::current().recordIdAliases()->realId(arguments.module, recordId);
+    auto id = alias && alias.value() ? *alias.value() : recordId;
+    if (isLeft && found->state == Change::State::failed)
+        return fail("change " + std::to_string(number) +
+                    " was refused: " + (found->error ? found->error->message : "the answer cannot be read"));
+    if (!arguments.json)
+        return printForPeople(arguments.module + " " + id +
+                              (isLeft ? " is saved here as change " + std::to_string(number) + ", which waits\n"
+                                      : " is saved, and the server has it\n"));
+    ValueMap map{{"recordId", id}, {"number", number}, {"isAccepted", !isLeft}};
+    return printForPrograms(json::write(map).value_or("") + "\n");
+}
+
 int addRecord(Host& host, const Arguments& arguments) {
     return changed(host, arguments, [&](const Module& module) {
         auto fields = neededFields(host, arguments, tokenNeededForChange);
@@ -150,6 +150,10 @@ int editRecord(Host& host, const Arguments& arguments) {
         if (!fields) return fields.error();
         auto record = recordOf(arguments, arguments.recordId, fields.value());
         if (!record) return record.error();
+        if (module.identifier() == ModuleIdentifier::Case::notes) {
+            auto number = editedNote(record.value());
+            return number ? reportChange(arguments, record->recordId(), *number) : number.error();
+        }
         EditRecordDataManager manager(RecordChangesAssembler::parts());
         return reportSaved(arguments, record->recordId(), manager.editRecord(record.value(), module));
     });

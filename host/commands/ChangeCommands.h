@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "host/Arguments.h"
 #include "host/Host.h"
 
@@ -8,6 +10,8 @@
 /// refuses is a failure.
 namespace tarvo::host {
 
+/// Waits for the server if the arguments ask for it, and says what has become of a change that is saved here.
+int reportChange(const Arguments& arguments, const std::string& recordId, std::int64_t number);
 int addRecord(Host& host, const Arguments& arguments);
 int editRecord(Host& host, const Arguments& arguments);
 int deleteRecord(Host& host, const Arguments& arguments);
