@@ -138,7 +138,6 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
     return Step::stale;
 }
 
-/// The server never had the record, so that it agrees.
 /// Takes the delete of a record that the server never had out of the queue. An add of it that was refused while the
 /// delete waited goes as well: it must not come back when failed changes are tried again. The delete stays beside an
 /// add that may have been applied: trying that again finds the id.
