@@ -197,10 +197,14 @@ TEST_F(NotesTest, OnlyWhatAnEditChangesIsSent) {
         auto saved = edit->editNote(
             note("7", {{"TITLE", one.title}, {"NOTECONTENT", one.text}, {"IS_CHECK_IN", one.isCheckIn}}));
         EXPECT_EQ(saved.has_value(), one.payload.empty());
-        if (saved) EXPECT_EQ(*saved, ChangeNotSaved::nothingChanged);
+        if (saved) {
+            EXPECT_EQ(*saved, ChangeNotSaved::nothingChanged);
+        }
         auto queued = manager->getTransactions("7", std::nullopt, std::nullopt);
         ASSERT_EQ(queued->size(), one.payload.empty() ? 0u : 1u);
-        if (!saved) EXPECT_EQ(json::write(queued->front().payload), one.payload);
+        if (!saved) {
+            EXPECT_EQ(json::write(queued->front().payload), one.payload);
+        }
         EXPECT_EQ(notes(),
                   R"("7",")" + std::string(saved ? "text" : one.text) + R"(",null,)" + (saved ? "null" : now()));
         EXPECT_TRUE(manager->deleteTransactionWithRecordId("7"));
