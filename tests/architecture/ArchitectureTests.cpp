@@ -25,6 +25,10 @@ const fs::path& root() {
     return path;
 }
 
+std::string contentOf(const std::string& path) {
+    return files::read((root() / path).string()).value_or(platform::Data()).text();
+}
+
 std::vector<std::string> linesOf(const fs::path& path) {
     std::vector<std::string> lines;
     std::ifstream file(path);
@@ -253,7 +257,7 @@ TEST(ArchitectureTest, HeavyHeadersStayOutOfPublicOnes) {
 }
 
 TEST(ArchitectureTest, TheSourceTreeHasALinePerFolder) {
-    std::string documented = files::read((root() / "docs/source-tree.md").string()).value_or(platform::Data()).text();
+    auto documented = contentOf("docs/source-tree.md");
     std::set<std::string> folders;
     for (auto& source : sources(libraries, {".h", ".cpp"})) folders.insert(fs::path(source).parent_path().string());
     for (auto& folder : folders) EXPECT_NE(documented.find("`" + folder + "/`"), std::string::npos) << folder;
@@ -280,6 +284,25 @@ TEST(ArchitectureTest, QuotedCodeStandsInTheSources) {
         for (auto& line : linesOf(root() / source)) lines.emplace(text::trimmed(line));
     for (auto& quoted : quotedLines("docs/adding.md"))
         EXPECT_TRUE(lines.contains(text::trimmed(quoted))) << "docs/adding.md quotes: " << quoted;
+}
+
+/// "<!-- quoted from FILE -->" before a block of code says that its lines stand in the file.
+TEST(ArchitectureTest, QuotationsStandInTheFilesThatTheyName) {
+    constexpr std::string_view mark = "<!-- quoted from ", fence = "```cpp\n";
+    std::size_t count = 0;
+    for (std::string page : {"README.md", "docs/application.md"}) {
+        auto text = contentOf(page);
+        for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1), ++count) {
+            auto name = at + mark.size();
+            auto file = text.substr(name, text.find(" -->", name) - name);
+            auto begin = text.find(fence, at) + fence.size();
+            auto source = contentOf(file);
+            for (auto& piece : text::split(text.substr(begin, text.find("```", begin) - begin), "\n\n"))
+                EXPECT_NE(source.find(piece), std::string::npos)
+                    << page << " quotes what " << file << " lacks: " << piece;
+        }
+    }
+    EXPECT_EQ(count, 6u) << "the pages quote as many blocks as before";
 }
 
 }  // namespace

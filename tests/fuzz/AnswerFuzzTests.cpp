@@ -54,44 +54,20 @@ public:
     /// Returns whether a statement is of the kinds that may run. The hostile ones of this test differ in their words
     /// from what the library itself runs.
     static bool isAllowed(std::string_view statement) {
-        static const std::vector<std::string> beginnings{"select ",
-                                                         "insert ",
-                                                         "update ",
-                                                         "delete ",
-                                                         "create table ",
-                                                         "create index ",
-                                                         "create unique index ",
-                                                         "create temp",
-                                                         "drop table ",
-                                                         "drop index ",
-                                                         "alter table ",
-                                                         "reindex",
-                                                         "pragma key = ",
-                                                         "pragma cipher_compatibility = ",
-                                                         "pragma cipher_page_size = ",
-                                                         "pragma page_size = ",
-                                                         "pragma cache_size = -",
-                                                         "pragma main.table_info",
-                                                         "pragma table_info"};
-        static const std::set<std::string> whole{"begin",
-                                                 "begin immediate",
-                                                 "commit",
-                                                 "rollback",
-                                                 "savepoint kelva",
-                                                 "rollback to kelva",
-                                                 "release kelva",
-                                                 "pragma cipher_version",
-                                                 "pragma cipher_log_level = none",
-                                                 "pragma foreign_keys = 1",
-                                                 "pragma synchronous = full",
-                                                 "pragma query_only = 1",
-                                                 "pragma journal_mode = wal",
-                                                 "pragma journal_size_limit = 67108864",
-                                                 "pragma main.schema_version",
-                                                 "pragma temp.schema_version"};
+        static const auto beginnings = text::split(
+            "select |insert |update |delete |create table |create index |create unique index |create temp|drop table |"
+            "drop index |alter table |reindex|pragma key = |pragma cipher_compatibility = |pragma cipher_page_size = |"
+            "pragma page_size = |pragma cache_size = -|pragma main.table_info|pragma table_info",
+            "|");
+        static const auto whole = text::split(
+            "begin|begin immediate|commit|rollback|savepoint kelva|rollback to kelva|release kelva|"
+            "pragma cipher_version|pragma cipher_log_level = none|pragma foreign_keys = 1|pragma synchronous = full|"
+            "pragma query_only = 1|pragma journal_mode = wal|pragma journal_size_limit = 67108864|"
+            "pragma main.schema_version|pragma temp.schema_version",
+            "|");
         auto sql = text::asciiLowercase(statement);
-        bool isKnown = whole.contains(sql) || std::any_of(beginnings.begin(), beginnings.end(),
-                                                          [&](auto& one) { return sql.starts_with(one); });
+        bool isKnown = std::ranges::find(whole, sql) != whole.end() ||
+                       std::ranges::any_of(beginnings, [&](auto& one) { return sql.starts_with(one); });
         auto names = [&](std::string_view word) { return sql.find(word) != sql.npos; };
         return isKnown && !names("load_extension") && !names("sqlcipher_export") &&
                (sql.starts_with("select ") || !names("sqlite_master"));
@@ -229,24 +205,22 @@ protected:
     void download(Damage& damage) {
         auto defaults = std::make_shared<BrenUserDefaults>();
         auto nothing = [] {};
+        auto answerWithRow = [&](ValueList row) {
+            ValueMap entry{{"info", ValueMap{{"module", "Leads"}}}, {"data", ValueList{Value(std::move(row))}}};
+            network->answer(damage.bodyOf({std::move(entry)}));
+        };
         std::string statement = "CREATE TABLE IF NOT EXISTS LeadsRecords (ID UNIQUE, COL_F1)";
         if (damage.happensOnceIn(3)) statement = damage.anyStatement();
         network->answer(damage.bodyOf({wire::entryWithTables("Leads", {{"module", "Leads"}, {"query", statement}})}));
         auto metadata = InitMetadataDM::make(database, database, defaults, overNetwork<MetadataNS>());
         metadata->getMetaData({leads}, nothing, nothing);
         settle();
-
-        ValueList view{"1",     "All",   "All",           "s",    "S",   "true",           "true",
-                       nullptr, nullptr, ValueList{"F1"}, "null", "asc", damage.criteria()};
-        network->answer(damage.bodyOf(
-            {ValueMap{{"info", ValueMap{{"module", "Leads"}}}, {"data", ValueList{Value(std::move(view))}}}}));
+        answerWithRow({"1", "All", "All", "s", "S", "true", "true", nullptr, nullptr, ValueList{"F1"}, "null", "asc",
+                       damage.criteria()});
         auto views = InitCustomViewDM::make(database, defaults, overNetwork<InitCustomViewNS>());
         views->getCustomViews({leads}, nothing, nothing);
         settle();
-
-        ValueList record{ValueList{"id", "r1"}, ValueList{"Api_F1", "Doe"}};
-        network->answer(damage.bodyOf(
-            {ValueMap{{"info", ValueMap{{"module", "Leads"}}}, {"data", ValueList{Value(std::move(record))}}}}));
+        answerWithRow({ValueList{"id", "r1"}, ValueList{"Api_F1", "Doe"}});
         auto records = InitCVRecordsDM::make(database, defaults, overNetwork<InitCVRecordsNS>());
         records->getCustomViewRecords(std::vector{leads}, nothing, nothing);
         settle();

@@ -8,11 +8,7 @@
 namespace tarvo::platform::testing {
 
 TEST(Json, Reads) {
-    struct Case {
-        std::string_view text;
-        Value value;
-    };
-    const Case cases[] = {
+    const std::pair<std::string_view, Value> cases[] = {
         {"1.0", 1.0},
         {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
         {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
@@ -27,9 +23,7 @@ TEST(Json, Reads) {
         {R"("\u00e9\ud83d\ude00\n")", "\xC3\xA9\xF0\x9F\x98\x80\n"},
     };
     for (auto& [text, value] : cases) {
-        auto read = json::parse(text);
-        ASSERT_TRUE(read) << text;
-        EXPECT_EQ(*read, value) << text;
+        EXPECT_EQ(json::parse(text), std::optional(value)) << text;
     }
 }
 
@@ -41,9 +35,7 @@ TEST(Json, HalfOfASurrogatePairCostsOnlyItself) {
         {R"({"\uD83D":"\uDE00\uD83D"})", R"({"�":"��"})"},
     };
     for (auto& [text, expected] : cases) {
-        auto read = json::parse(text);
-        ASSERT_TRUE(read) << text;
-        EXPECT_EQ(json::write(*read), expected) << text;
+        EXPECT_EQ(json::write(json::parse(text).value_or("refused")), expected) << text;
     }
     for (auto text : {R"(["\ud83d")", R"("\ud83)", R"("\ud83d\)"})
         EXPECT_FALSE(json::parse(std::string_view(text))) << text;
@@ -51,20 +43,9 @@ TEST(Json, HalfOfASurrogatePairCostsOnlyItself) {
 
 TEST(Json, Refuses) {
     using namespace std::string_literals;
-    const std::string cases[] = {"",
-                                 "{",
-                                 "[1,]",
-                                 "01",
-                                 "1 2",
-                                 "nan",
-                                 "1e999",
-                                 "\"\x01\"",
-                                 "\"\xC0\xAF\"",
-                                 "\"\xED\xA0\x80\"",
-                                 "[18446744073709551616",
-                                 "1\0"s,
-                                 "\"a"};
-    for (auto& text : cases) EXPECT_FALSE(json::parse(text)) << text;
+    for (auto& text : {""s, "{"s, "[1,]"s, "01"s, "1 2"s, "nan"s, "1e999"s, "\"\x01\""s, "\"\xC0\xAF\""s,
+                       "\"\xED\xA0\x80\""s, "[18446744073709551616"s, "1\0"s, "\"a"s})
+        EXPECT_FALSE(json::parse(text)) << text;
 }
 
 TEST(Json, DepthIsLimitedAndTheNextDocumentIsFine) {

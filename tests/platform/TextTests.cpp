@@ -2,32 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace tarvo::platform::testing {
 
 TEST(Text, Numbers) {
-    struct Case {
-        std::string_view text;
-        std::optional<std::int64_t> integer;
-        std::optional<double> real;
-    };
-    const std::optional<std::int64_t> no;
-    for (auto& [digits, integer, real] : {
-             Case{"0", 0, 0.0},
-             Case{"+12", 12, 12.0},
-             Case{"9223372036854775807", INT64_MAX, 9223372036854775807.0},
-             Case{"9223372036854775808", no, 9223372036854775808.0},
-             Case{"1.5", no, 1.5},
-             Case{"", no, std::nullopt},
-             Case{"+-1", no, std::nullopt},
-             Case{" 1", no, std::nullopt},
-             Case{"1x", no, std::nullopt},
-             Case{"0x10", no, std::nullopt},
-             Case{"nan", no, std::nullopt},
-             Case{"1e999", no, std::nullopt},
-         }) {
+    using Integer = std::optional<std::int64_t>;
+    for (auto& [digits, integer, real] : {std::tuple("0", Integer(0), 0.0),
+                                          {"+12", 12, 12.0},
+                                          {"9223372036854775807", INT64_MAX, 9223372036854775807.0},
+                                          {"9223372036854775808", std::nullopt, 9223372036854775808.0},
+                                          {"1.5", std::nullopt, 1.5}}) {
         EXPECT_EQ(text::toInteger(digits), integer) << digits;
         EXPECT_EQ(text::toReal(digits), real) << digits;
     }
+    for (auto refused : {"", "+-1", " 1", "1x", "0x10", "nan", "1e999"})
+        EXPECT_FALSE(text::toInteger(refused) || text::toReal(refused)) << refused;
 }
 
 TEST(Text, Utf8) {

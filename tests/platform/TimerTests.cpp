@@ -114,14 +114,12 @@ TEST_F(ClockTest, SteadyTimeNeverGoesBack) {
 }
 
 TEST_F(ClockTest, ZoneComesFromTheSettingThenTheEnvironment) {
-    struct Case {
-        const char* variable;
-        const char* zone;
-    };
-    std::string before = std::getenv("TZ") ? std::getenv("TZ") : "";
-    bool had = std::getenv("TZ");
-    for (auto [variable, zone] : {Case{"Asia/Kolkata", "Asia/Kolkata"}, Case{":Europe/Berlin", "Europe/Berlin"},
-                                  Case{"/usr/share/zoneinfo/America/New_York", "America/New_York"}, Case{"", "UTC"}}) {
+    auto value = std::getenv("TZ");
+    auto before = value ? std::optional<std::string>(value) : std::nullopt;
+    for (auto [variable, zone] : {std::pair("Asia/Kolkata", "Asia/Kolkata"),
+                                  {":Europe/Berlin", "Europe/Berlin"},
+                                  {"/usr/share/zoneinfo/America/New_York", "America/New_York"},
+                                  {"", "UTC"}}) {
         setenv("TZ", variable, 1);
         EXPECT_EQ(Clock::timeZone(), zone);
     }
@@ -130,7 +128,7 @@ TEST_F(ClockTest, ZoneComesFromTheSettingThenTheEnvironment) {
     Clock::setTimeZone(std::nullopt);
     unsetenv("TZ");
     EXPECT_FALSE(Clock::timeZone().empty());
-    if (had) setenv("TZ", before.c_str(), 1);
+    if (before) setenv("TZ", before->c_str(), 1);
 }
 
 }  // namespace tarvo::platform::testing
