@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "tests/platform/Support.h"
+#include "tests/support/OnThreads.h"
 
 namespace tarvo::platform::testing {
 
@@ -52,10 +53,8 @@ public:
             queues_[i]->async([&, i] {
                 allHold.arrive_and_wait();
                 auto& next = queues_[(i + 1) % queues_.size()];
-                if (barriers)
-                    next->syncBarrier([this] { ++through_; });
-                else
-                    next->sync([this] { ++through_; });
+                auto work = [this] { ++through_; };
+                barriers ? next->syncBarrier(work) : next->sync(work);
             });
         ASSERT_TRUE(WorkerPool::waitUntilIdle(forever));
     }
@@ -95,21 +94,13 @@ TEST(Deadlock, WaitingInAFixedOrderIsNeverTakenForOne) {
     std::vector<std::shared_ptr<DispatchQueue>> queues;
     for (int i = 0; i < 4; ++i) queues.push_back(i % 2 ? DispatchQueue::serial("s") : DispatchQueue::concurrent("c"));
     std::atomic<int> through = 0;
-    {
-        std::vector<std::jthread> threads;
-        for (std::size_t t = 0; t < 6; ++t)
-            threads.emplace_back([&, t] {
-                for (std::size_t i = 0; i < 300; ++i) {
-                    auto& outer = queues[(t + i) % 3];
-                    auto& inner = queues[3];
-                    auto work = [&] { inner->sync([&] { ++through; }); };
-                    if (i % 3)
-                        outer->sync(work);
-                    else
-                        outer->syncBarrier(work);
-                }
-            });
-    }
+    onThreads(6, [&](int t) {
+        for (int i = 0; i < 300; ++i) {
+            auto& outer = queues[static_cast<std::size_t>(t + i) % 3];
+            auto work = [&] { queues[3]->sync([&] { ++through; }); };
+            i % 3 ? outer->sync(work) : outer->syncBarrier(work);
+        }
+    });
     EXPECT_EQ(through, 6 * 300);
     EXPECT_EQ(errors.count(), 0u);
 }

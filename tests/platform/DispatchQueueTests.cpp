@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "tests/platform/Support.h"
+#include "tests/support/OnThreads.h"
 
 namespace tarvo::platform::testing {
 
@@ -16,32 +17,16 @@ TEST(SerialQueue, KeepsTheOrderOfEachSenderAndRunsOneItemAtATime) {
     constexpr int senders = 4, each = 2500;
     auto queue = DispatchQueue::serial("serial");
     std::vector<std::pair<int, int>> ran;  // guarded by the queue alone: the sanitizers watch
-    {
-        std::vector<std::jthread> threads;
-        for (int sender = 0; sender < senders; ++sender)
-            threads.emplace_back([&, sender] {
-                for (int i = 0; i < each; ++i) {
-                    if (i % 100 == 99)
-                        queue->sync([&] { ran.emplace_back(sender, i); });
-                    else
-                        queue->async([&ran, sender, i] { ran.emplace_back(sender, i); });
-                }
-            });
-    }
+    onThreads(senders, [&](int sender) {
+        for (int i = 0; i < each; ++i) {
+            auto note = [&ran, sender, i] { ran.emplace_back(sender, i); };
+            i % 100 == 99 ? queue->sync(note) : queue->async(note);
+        }
+    });
     auto result = queue->sync([&] { return ran; });
     ASSERT_EQ(result.size(), std::size_t(senders * each));
     std::vector<int> next(senders, 0);
     for (auto [sender, i] : result) EXPECT_EQ(i, next[static_cast<std::size_t>(sender)]++);
-}
-
-TEST(SerialQueue, RunsItsItemsWhenNobodyHoldsItAnyMore) {
-    std::latch ran(2);
-    auto queue = DispatchQueue::serial("dropped");
-    queue->async([&] { ran.count_down(); });
-    queue->async([&] { ran.count_down(); });
-    queue.reset();
-    ran.wait();
-    EXPECT_TRUE(WorkerPool::waitUntilIdle(forever));
 }
 
 TEST(Pool, BlockedItemsNeverKeepOthersFromRunning) {
@@ -133,10 +118,7 @@ TEST(ConcurrentQueue, ABarrierRunsAlone) {
             if (reading != 0 || doneBefore != (round + 1) * readers) ++faults;
             ++written;
         };
-        if (round % 2)
-            queue->asyncBarrier(write);
-        else
-            queue->syncBarrier(write);
+        round % 2 ? queue->asyncBarrier(write) : queue->syncBarrier(write);
     }
     EXPECT_EQ(queue->sync([&] { return written; }), rounds);
     EXPECT_EQ(faults, 0);
