@@ -19,20 +19,12 @@ struct Celsius final : tarvo::ValueObject, DatabaseValueConvertible {
 class ContractTest : public testing::TestWithParam<Sort> {
 protected:
     void SetUp() override {
-        switch (GetParam()) {
-            case Sort::pool:
-                database_ = std::make_shared<DatabasePool>(folder_.file("a.db"), rawConfiguration());
-                break;
-            case Sort::memory:
-                database_ = std::make_shared<DatabaseQueue>("file::memory:?cache=shared", rawConfiguration());
-                break;
-            case Sort::fileQueue:
-                database_ = std::make_shared<DatabaseQueue>(folder_.file("a.db"), rawConfiguration());
-                break;
-        }
-        database_->write([](Database& writer) {
-            writer.execute("CREATE TABLE people (id TEXT NOT NULL UNIQUE, age INTEGER, note)");
-        });
+        auto path = GetParam() == Sort::memory ? "file::memory:?cache=shared" : folder_.file("a.db");
+        if (GetParam() == Sort::pool)
+            database_ = std::make_shared<DatabasePool>(path, rawConfiguration());
+        else
+            database_ = std::make_shared<DatabaseQueue>(path, rawConfiguration());
+        execute(*database_, "CREATE TABLE people (id TEXT NOT NULL UNIQUE, age INTEGER, note)");
     }
 
     std::int64_t count() { return integer(*database_, "SELECT count(*) FROM people"); }
@@ -67,10 +59,9 @@ TEST_P(ContractTest, ThrowUndoesEverythingAndIsRethrown) {
 
 TEST_P(ContractTest, CommitThatFailsRollsBack) {
     auto failure = failureOf([&] {
-        database_->write([](Database& writer) {
-            writer.execute("CREATE TABLE pets (owner TEXT REFERENCES people(id) DEFERRABLE INITIALLY DEFERRED)");
-            writer.execute("INSERT INTO pets VALUES ('nobody')");
-        });
+        execute(*database_,
+                "CREATE TABLE pets (owner TEXT REFERENCES people(id) DEFERRABLE INITIALLY DEFERRED); INSERT INTO pets "
+                "VALUES ('nobody')");
     });
     EXPECT_EQ(failure, FailureKind::constraint);
     EXPECT_EQ(integer(*database_, "SELECT count(*) FROM sqlite_master WHERE name = 'pets'"), 0);
@@ -128,15 +119,14 @@ TEST_P(ContractTest, FailuresAreClassified) {
         {"COMMIT", FailureKind::misuse},
         {"SAVEPOINT mine", FailureKind::misuse},
     };
-    for (auto& one : cases) {
-        database_->write([&](Database& writer) {
-            auto& [sql, kind] = one;
+    database_->write([&](Database& writer) {
+        for (auto& [sql, kind] : cases) {
             EXPECT_EQ(failureOf([&, &sql = sql] { writer.execute(sql); }), kind) << sql;
             EXPECT_NO_THROW(addPerson(writer, sql)) << "the transaction goes on after " << sql;
-        });
-    }
+        }
+    });
     try {
-        database_->write([](Database& writer) { writer.execute("SELECT 1 WHERE 'secret' 'word'"); });
+        execute(*database_, "SELECT 1 WHERE 'secret' 'word'");
         ADD_FAILURE();
     } catch (const DatabaseError& error) {
         EXPECT_EQ(std::string(error.what()).find("word"), std::string::npos) << error.what();
@@ -174,17 +164,16 @@ TEST_P(ContractTest, ValuesComeBackAsTheirStoredForm) {
         {ValueMap{{"k", 1}}, tarvo::Bytes{"{\"k\":1}"}},
         {std::shared_ptr<const tarvo::ValueObject>(celsius), 21.5},
     };
-    for (auto& one : cases) {
-        database_->write([&](Database& writer) {
-            auto& [value, stored] = one;
+    database_->write([&](Database& writer) {
+        for (auto& [value, stored] : cases) {
             auto describe = std::string(tarvo::platform::kindName(value.kind()));
             EXPECT_EQ(writer.query("SELECT ? AS x", std::span(&value, 1)).front().valueOf("x"), stored) << describe;
             EXPECT_EQ(writer.query("SELECT " + literal(value) + " AS x").front().valueOf("x"), stored) << describe;
             writer.insert("people", ValueMap{{"id", describe}, {"note", value}});
             auto rows = writer.query("SELECT note FROM people WHERE id = " + literal(describe));
             EXPECT_EQ(rows.front().valueOf("note"), stored) << describe;
-        });
-    }
+        }
+    });
 }
 
 TEST_P(ContractTest, CellsThatABatchLacksTakeTheirDefaults) {
@@ -231,7 +220,7 @@ TEST_P(ContractTest, BatchThatCannotBeStoredLeavesNothing) {
 TEST_P(ContractTest, TablesAreDefinedWithKeysAndOddNames) {
     using Type = TableDefinition::ColumnType;
     database_->write([](Database& writer) {
-        for (int time = 0; time < 2; ++time) {
+        for (int time = 0; time < 2; ++time)
             writer.create("odd \"name", false, true, [](TableDefinition& table) {
                 table.column("order", Type::string);
                 table.column("a.b", Type::integer);
@@ -239,7 +228,6 @@ TEST_P(ContractTest, TablesAreDefinedWithKeysAndOddNames) {
                 table.primaryKey({"key id"});
                 table.uniqueKey({"order", "a.b"});
             });
-        }
         const ValueMap row = {{"key id", "k"}, {"order", "007"}, {"a.b", 1}};
         writer.insert("odd \"name", row);
         writer.execute(
@@ -261,13 +249,13 @@ TEST_P(ContractTest, ColumnNamesFollowTheSchema) {
         return result;
     };
     EXPECT_EQ(names().size(), 3u);
-    database_->write([](Database& writer) { writer.execute("ALTER TABLE people ADD COLUMN city"); });
+    execute(*database_, "ALTER TABLE people ADD COLUMN city");
     EXPECT_EQ(names(), (std::vector<std::string>{"id", "age", "note", "city"}));
     database_->read([](Database& reader) {
         EXPECT_EQ(reader.query("SELECT * FROM people").columns().size(), 4u) << "also without a row";
         EXPECT_TRUE(reader.columnNames("nowhere").empty());
     });
-    database_->write([](Database& writer) { writer.execute("CREATE TABLE nowhere (x)"); });
+    execute(*database_, "CREATE TABLE nowhere (x)");
     database_->read([](Database& reader) {
         EXPECT_EQ(reader.columnNames("nowhere"), std::vector<std::string>{"x"}) << "made by another connection";
     });
@@ -285,7 +273,7 @@ TEST_P(ContractTest, FullDatabaseEndsTheTransactionWhole) {
     });
     // SQLite may have ended the transaction with the failure; then nothing of the block may stay.
     EXPECT_EQ(count(), failure ? 0 : 2);
-    database_->write([](Database& writer) { writer.execute("PRAGMA max_page_count = 1000000"); });
+    execute(*database_, "PRAGMA max_page_count = 1000000");
 }
 
 }  // namespace

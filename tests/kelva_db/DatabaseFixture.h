@@ -55,6 +55,11 @@ inline std::string contentOf(const std::string& path) {
     return data ? data->text() : std::string();
 }
 
+/// Runs statements in a transaction of their own.
+inline void execute(KelvaDatabase& database, std::string_view sql) {
+    database.write([&](Database& writer) { writer.execute(sql); });
+}
+
 /// The first cell of a query as an integer, -1 when there is none.
 inline std::int64_t integer(KelvaDatabase& database, std::string_view sql, std::span<const Value> parameters = {}) {
     std::int64_t result = -1;

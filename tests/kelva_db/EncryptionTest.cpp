@@ -14,10 +14,9 @@ protected:
     /// A closed database of one table with the text "findable" many times.
     void makeFile(const Configuration& configuration) {
         DatabasePool database(path_, configuration);
-        database.write([](Database& writer) {
-            writer.execute("CREATE TABLE t (id TEXT PRIMARY KEY, word)");
-            for (int i = 0; i < 500; ++i) writer.insert("t", ValueMap{{"id", std::to_string(i)}, {"word", "findable"}});
-        });
+        execute(database,
+                "CREATE TABLE t (id TEXT PRIMARY KEY, word); WITH n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE "
+                "i < 500) INSERT INTO t SELECT i, 'findable' FROM n");
     }
     std::optional<FailureKind> opening(const Configuration& configuration) {
         return failureOf([&] {
@@ -25,15 +24,18 @@ protected:
             EXPECT_EQ(integer(database, "SELECT count(*) FROM t"), 500);
         });
     }
-    /// Runs the command line shell of SQLCipher; its first line of output.
-    static std::string shell(const std::string& file, const std::string& sql) {
-        auto command = "sqlcipher '" + file + "' \"" + sql + "\" 2>&1";
+    /// Runs a command; returns its last line of output, and expects it to end well on demand.
+    static std::string lastLineOf(const std::string& command, bool endsWell = false) {
         char line[200] = "";
         auto pipe = popen(command.c_str(), "r");
-        while (pipe && std::fgets(line, sizeof line, pipe)) {
-        }
-        if (pipe) pclose(pipe);
+        while (pipe && std::fgets(line, sizeof line, pipe)) continue;
+        auto status = pipe ? pclose(pipe) : -1;
+        EXPECT_TRUE(status == 0 || !endsWell) << command;
         return line;
+    }
+    /// Runs the command line shell of SQLCipher.
+    static std::string shell(const std::string& file, const std::string& sql) {
+        return lastLineOf("sqlcipher '" + file + "' \"" + sql + "\" 2>&1");
     }
 
     Folder folder_;
@@ -54,7 +56,7 @@ TEST_F(EncryptionTest, OnlyTheRightKeyOpensTheFileAndOthersLeaveItAlone) {
 TEST_F(EncryptionTest, WrongKeyLeavesAlsoTheLogOfACrashAlone) {
     {
         DatabasePool database(path_, passphraseConfiguration(passphrase));
-        database.write([](Database& writer) { writer.execute("CREATE TABLE t (x)"); });
+        execute(database, "CREATE TABLE t (x)");
         // What a crash would leave: the file and its log as they are while the database is in use.
         ASSERT_TRUE(tarvo::files::copy(path_, folder_.file("b.db")));
         ASSERT_TRUE(tarvo::files::copy(path_ + "-wal", folder_.file("b.db-wal")));
@@ -98,11 +100,9 @@ TEST_F(EncryptionTest, DamageIsToldAndNotRepaired) {
     };
     damage(3 * 4096 + 200);
     auto before = contentOf(path_);
-    EXPECT_EQ(failureOf([&] {
-                  DatabasePool database(path_, passphraseConfiguration(passphrase));
-                  database.read([](Database& reader) { reader.query("SELECT * FROM t"); });
-              }),
-              FailureKind::corrupt);
+    DatabasePool database(path_, passphraseConfiguration(passphrase));
+    EXPECT_EQ(failureOf([&] { integer(database, "SELECT * FROM t"); }), FailureKind::corrupt);
+    database.close();
     EXPECT_TRUE(contentOf(path_) == before);
     damage(200);
     before = contentOf(path_);
@@ -138,29 +138,19 @@ TEST_F(EncryptionTest, NewFilesHaveASaltOfTheirOwn) {
 }
 
 TEST_F(EncryptionTest, AttachedFilesAreReadAndWritten) {
-    struct Case {
-        std::string name;
-        Configuration configuration;
-        std::string pragmas;
-    };
-    const std::vector<Case> cases = {
-        {"passphrase", passphraseConfiguration(passphrase), "PRAGMA key='correct horse';"},
-        {"raw", rawConfiguration(), ""},
-        {"plain", Configuration(), ""},
-        {"small pages", passphraseConfiguration(passphrase),
-         "PRAGMA key='correct horse'; PRAGMA cipher_page_size=1024;"},
-    };
-    for (auto& [name, configuration, pragmas] : cases) {
+    const std::pair<std::string, Configuration> cases[] = {{"passphrase", passphraseConfiguration(passphrase)},
+                                                           {"raw", rawConfiguration()},
+                                                           {"plain", Configuration()},
+                                                           {"small pages", passphraseConfiguration(passphrase)}};
+    for (auto& [name, configuration] : cases) {
         SCOPED_TRACE(name);
         auto other = folder_.file(name + "-other.db");
-        if (name == "small pages") shell(other, pragmas + " CREATE TABLE u (x);");
+        if (name == "small pages")
+            shell(other, "PRAGMA key='correct horse'; PRAGMA cipher_page_size=1024; CREATE TABLE u (x);");
         DatabasePool database(folder_.file(name + ".db"), configuration);
         integer(database, "SELECT 1");
         database.attachDatabase(other, "beside");
-        database.write([](Database& writer) {
-            writer.execute("CREATE TABLE IF NOT EXISTS beside.u (x)");
-            writer.insert("beside.u", ValueMap{{"x", "findable"}});
-        });
+        execute(database, "CREATE TABLE IF NOT EXISTS beside.u (x); INSERT INTO beside.u VALUES ('findable')");
         EXPECT_EQ(integer(database, "SELECT count(*) FROM beside.u"), 1);
         database.detachDatabase("beside");
         EXPECT_EQ(failureOf([&] { integer(database, "SELECT count(*) FROM beside.u"); }), FailureKind::schema);
@@ -177,12 +167,7 @@ TEST_F(EncryptionTest, AttachedFilesAreReadAndWritten) {
 TEST_F(EncryptionTest, ProcessWithAnotherSqliteIsRefused) {
     auto folder = std::getenv("TARVO_BIN_DIR");
     if (!folder) GTEST_SKIP() << "TARVO_BIN_DIR tells where the programs are";
-    auto pipe = popen((std::string(folder) + "/kelva_db_plain '" + path_ + "'").c_str(), "r");
-    ASSERT_TRUE(pipe);
-    char line[200] = "";
-    std::fgets(line, sizeof line, pipe);
-    EXPECT_EQ(pclose(pipe), 0);
-    EXPECT_STREQ(line, "notEncrypted\n");
+    EXPECT_EQ(lastLineOf(std::string(folder) + "/kelva_db_plain '" + path_ + "'", true), "notEncrypted\n");
     EXPECT_FALSE(tarvo::files::exists(path_));
 }
 

@@ -30,22 +30,17 @@ TEST_F(LongListTest, FiftyThousandParametersCountAsIfThereWereNoLimit) {
         writer.execute("CREATE TABLE t (id TEXT NOT NULL UNIQUE, n INTEGER)");
         writer.insert("t", rows);
     });
-    auto list = "(" + placeholders(50'000) + ")";
-    EXPECT_EQ(integer(database_, "SELECT count(*) FROM t WHERE id != ? AND id IN " + list + " AND n >= ?", parameters),
-              49'990);
-    EXPECT_EQ(
-        integer(database_, "SELECT count(*) FROM t WHERE id != ? AND id NOT IN " + list + " AND n >= ?", parameters),
-        10'000);
+    auto list = "(" + placeholders(50'000) + ")", counted = std::string("SELECT count(*) FROM t WHERE id != ? AND id ");
+    EXPECT_EQ(integer(database_, counted + "IN " + list + " AND n >= ?", parameters), 49'990);
+    EXPECT_EQ(integer(database_, counted + "NOT IN " + list + " AND n >= ?", parameters), 10'000);
     database_.write([&](Database& writer) {
         writer.execute("DELETE FROM t WHERE id = ? OR id /* x */ in" + list + " AND n >= ?;", parameters);
         EXPECT_EQ(writer.changes(), 49'990);
         // Many different runs leave the kept statements usable.
-        for (std::size_t length : {1'000, 2'000, 50'000})
-            EXPECT_EQ(writer
-                          .query("SELECT id FROM t WHERE id IN (" + placeholders(length) + ")",
-                                 std::span(parameters).subspan(1, length))
-                          .size(),
-                      std::min<std::size_t>(length, 10));
+        for (std::size_t length : {1'000, 2'000, 50'000}) {
+            auto some = std::span(parameters).subspan(1, length);
+            EXPECT_EQ(writer.query("SELECT id FROM t WHERE id IN (" + placeholders(length) + ")", some).size(), 10u);
+        }
     });
 }
 
@@ -61,20 +56,17 @@ TEST_F(LongListTest, LongListsCompareLikeShortOnes) {
             ValueList row(7, value);
             writer.execute("INSERT INTO t VALUES (?,?,?,?,?,?,?)", row);
         }
-        for (auto& left : leftSides) {
-            for (std::size_t i = 0; i < values.size(); ++i) {
-                for (std::string_view in : {"IN", "NOT IN"}) {
+        for (auto& left : leftSides)
+            for (std::size_t i = 0; i < values.size(); ++i)
+                for (std::string in : {" IN (", " NOT IN ("}) {
                     auto rowsFound = [&](std::size_t length) {
                         ValueList list(length, "no such value");
                         list.back() = values[i];
-                        auto sql = "SELECT rowid FROM t WHERE " + left + " " + std::string(in) + " (" +
-                                   placeholders(length) + ")";
-                        return writer.query(sql, list).toMaps();
+                        return writer.query("SELECT rowid FROM t WHERE " + left + in + placeholders(length) + ")", list)
+                            .toMaps();
                     };
-                    EXPECT_EQ(rowsFound(1'500), rowsFound(2)) << left << " " << in << " value " << i;
+                    EXPECT_EQ(rowsFound(1'500), rowsFound(2)) << left << in << "value " << i;
                 }
-            }
-        }
     });
 }
 

@@ -38,13 +38,11 @@ private:
 class ObserverTest : public testing::Test {
 protected:
     ObserverTest() : database_(folder_.file("a.db"), rawConfiguration()) {
-        database_.write([](Database& writer) {
-            writer.execute(
+        execute(database_,
                 "CREATE TABLE People (id INTEGER PRIMARY KEY, name TEXT UNIQUE);"
                 "CREATE TABLE pets (id INTEGER PRIMARY KEY, owner REFERENCES People(id) ON DELETE CASCADE);"
                 "CREATE TABLE unwatched (x)");
-            fill(writer);
-        });
+        database_.write(&fill);
         database_.add(std::shared_ptr<TransactionObserver>(listener_));
     }
     static void fill(Database& writer) {
@@ -119,10 +117,8 @@ TEST_F(ObserverTest, ChangesAreToldAtTheCommitAndOnlyWhenTheyLast) {
         }
         EXPECT_EQ(listener_->take(), heard) << name;
         database_.remove(std::shared_ptr<TransactionObserver>(listener_));
-        database_.write([](Database& writer) {
-            writer.execute("DELETE FROM pets; DELETE FROM People");
-            fill(writer);
-        });
+        execute(database_, "DELETE FROM pets; DELETE FROM People");
+        database_.write(&fill);
         EXPECT_EQ(listener_->take(), "") << "removed, " << name;
         database_.add(std::shared_ptr<TransactionObserver>(listener_));
     }
@@ -137,10 +133,10 @@ TEST_F(ObserverTest, SimpleObserversHearTheTablesOfACommit) {
         writer.execute("DELETE FROM People");
     });
     EXPECT_EQ(listener_->take(), "changed:people changed:pets");
-    database_.write([](Database& writer) { writer.execute("DELETE FROM People"); });
+    execute(database_, "DELETE FROM People");
     EXPECT_EQ(listener_->take(), "");
     database_.remove(std::shared_ptr<SimpleObserver>(listener_));
-    database_.write([](Database& writer) { fill(writer); });
+    database_.write(&fill);
     EXPECT_EQ(listener_->take(), "");
 }
 
@@ -155,7 +151,7 @@ TEST_F(ObserverTest, DidCommitMayUseTheDatabaseAndChangeTheObservers) {
         database_.add(std::shared_ptr<TransactionObserver>(other));
         database_.write([](Database& writer) { writer.execute("INSERT INTO pets (id) VALUES (1)"); });
     };
-    database_.write([](Database& writer) { writer.execute("DELETE FROM pets"); });
+    execute(database_, "DELETE FROM pets");
     EXPECT_EQ(listener_->take(), "delete:pets:7 commit");
     EXPECT_EQ(other->take(), "insert:pets:1 commit");
 }
@@ -175,7 +171,7 @@ TEST_F(ObserverTest, ObserverThatThrowsHarmsNothing) {
 
 TEST_F(ObserverTest, AttachedTablesAreToldUnderTheirDatabase) {
     database_.attachDatabase(folder_.file("b.db"), "beside");
-    database_.write([](Database& writer) { writer.execute("CREATE TABLE beside.u (x); INSERT INTO u VALUES (1)"); });
+    execute(database_, "CREATE TABLE beside.u (x); INSERT INTO u VALUES (1)");
     EXPECT_EQ(listener_->take(), "insert:beside.u:1 commit");
 }
 

@@ -1,5 +1,3 @@
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -19,10 +17,7 @@ protected:
     /// Opens the file, writes to it, and returns the rows that it has then.
     static std::int64_t rowsAfterWrite(const std::string& path, const Configuration& configuration) {
         DatabasePool database(path, configuration);
-        database.write([](Database& writer) {
-            writer.execute("CREATE TABLE IF NOT EXISTS t (x)");
-            writer.insert("t", ValueMap{{"x", "new"}});
-        });
+        execute(database, "CREATE TABLE IF NOT EXISTS t (x); INSERT INTO t VALUES ('new')");
         return integer(database, "SELECT count(*) FROM t");
     }
     static mode_t modeOf(const std::string& path) {
@@ -72,12 +67,12 @@ TEST_F(OpeningTest, AStrayFileInThePlaceOfTheJournalDoesNoHarm) {
 TEST_F(OpeningTest, FilesAreTheOwnersAlone) {
     ::mode_t before = ::umask(0);
     DatabasePool database(path_, rawConfiguration());
-    database.write([](Database& writer) { writer.execute("CREATE TABLE t (x)"); });
+    execute(database, "CREATE TABLE t (x)");
     for (auto suffix : {"", "-wal", "-shm"}) EXPECT_EQ(modeOf(path_ + suffix), 0600u) << suffix;
     database.close();
     ::chmod(path_.c_str(), 0644);
     DatabasePool again(path_, rawConfiguration());
-    again.write([](Database& writer) { writer.execute("DROP TABLE t"); });
+    execute(again, "DROP TABLE t");
     for (auto suffix : {"", "-wal", "-shm"}) EXPECT_EQ(modeOf(path_ + suffix), 0600u) << suffix;
     ::umask(before);
 }
@@ -137,19 +132,10 @@ TEST_F(OpeningTest, DISABLED_DiesWhileItOpens) {
 
 /// Runs the test above; returns whether it was killed.
 bool isKilledAtCall(long number, const std::string& path) {
-    ::setenv("TARVO_DIE_AT", std::to_string(number).c_str(), 1);
-    ::setenv("TARVO_DIE_PATH", path.c_str(), 1);
-    std::string program = "/proc/self/exe", filter = "--gtest_filter=OpeningTest.DISABLED_DiesWhileItOpens",
-                also = "--gtest_also_run_disabled_tests";
-    char* arguments[] = {program.data(), filter.data(), also.data(), nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t child = -1;
-    EXPECT_EQ(::posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
-    int status = 0;
-    ::waitpid(child, &status, 0);
+    auto program = std::filesystem::read_symlink("/proc/self/exe").string();
+    auto command = "exec env TARVO_DIE_AT=" + std::to_string(number) + " TARVO_DIE_PATH='" + path + "' '" + program +
+                   "' --gtest_also_run_disabled_tests --gtest_filter=OpeningTest.DISABLED_DiesWhileItOpens > /dev/null";
+    auto status = std::system(command.c_str());
     EXPECT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0);
     return WIFSIGNALED(status);
 }

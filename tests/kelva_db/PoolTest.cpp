@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "tests/kelva_db/DatabaseFixture.h"
+#include "tests/support/OnThreads.h"
 
 namespace kelva::tests {
 
@@ -16,7 +17,7 @@ class PoolTest : public testing::Test {
 protected:
     void SetUp() override {
         database_.emplace(folder_.file("a.db"), rawConfiguration());
-        database_->write([](Database& writer) { writer.execute("CREATE TABLE t (x INTEGER, y INTEGER)"); });
+        execute(*database_, "CREATE TABLE t (x INTEGER, y INTEGER)");
     }
     Folder folder_;
     std::optional<DatabasePool> database_;
@@ -26,81 +27,63 @@ TEST_F(PoolTest, ReadersSeeEveryCommitAndWholeTransactionsOnly) {
     constexpr int writes = 200, readers = 6;
     std::atomic<int> committed = 0;
     std::atomic<bool> wrong = false;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < readers; ++i) {
-        threads.emplace_back([&] {
-            while (committed < writes) {
-                auto before = committed.load();
-                database_->read([&](Database& reader) {
-                    auto x = reader.query("SELECT count(*), count(y) FROM t WHERE x = 1");
-                    auto y = reader.query("SELECT count(*) FROM t WHERE x = 2");
-                    auto seen = *x.cell(0, 0).asInteger();
-                    if (seen < before || seen != *y.cell(0, 0).asInteger()) wrong = true;
-                });
-            }
-        });
-    }
-    for (int i = 0; i < writes; ++i) {
-        database_->write([](Database& writer) {
-            writer.insert("t", ValueMap{{"x", 1}});
-            writer.insert("t", ValueMap{{"x", 2}});
-        });
-        ++committed;
-    }
-    for (auto& thread : threads) thread.join();
+    // The first thread writes, the others read.
+    tarvo::onThreads(1 + readers, [&](int number) {
+        for (int i = 0; number == 0 && i < writes; ++i, ++committed)
+            execute(*database_, "INSERT INTO t (x) VALUES (1); INSERT INTO t (x) VALUES (2)");
+        while (committed < writes) {
+            auto before = committed.load();
+            database_->read([&](Database& reader) {
+                auto x = reader.query("SELECT count(*) FROM t WHERE x = 1");
+                auto y = reader.query("SELECT count(*) FROM t WHERE x = 2");
+                auto seen = *x.cell(0, 0).asInteger();
+                if (seen < before || seen != *y.cell(0, 0).asInteger()) wrong = true;
+            });
+        }
+    });
     EXPECT_FALSE(wrong);
 }
 
 TEST_F(PoolTest, FourReadsRunBesideAWrite) {
     std::barrier meeting(5);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            database_->read([&](Database& reader) {
+    tarvo::onThreads(5, [&](int number) {
+        if (number > 0)
+            return database_->read([&](Database& reader) {
                 reader.query("SELECT * FROM t");
                 meeting.arrive_and_wait();
                 meeting.arrive_and_wait();
                 EXPECT_EQ(reader.query("SELECT * FROM t").size(), 0u) << "a block reads one state";
             });
-        });
-    }
-    meeting.arrive_and_wait();
-    database_->write([](Database& writer) { writer.insert("t", ValueMap{{"x", 1}}); });
-    meeting.arrive_and_wait();
-    for (auto& thread : threads) thread.join();
+        meeting.arrive_and_wait();
+        execute(*database_, "INSERT INTO t (x) VALUES (1)");
+        meeting.arrive_and_wait();
+    });
     EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t"), 1);
 }
 
+/// Adds the number of rows as a row.
+void addCount(KelvaDatabase& database) {
+    database.write([](Database& writer) {
+        auto count = writer.query("SELECT count(*) FROM t").cell(0, 0).asInteger();
+        writer.insert("t", ValueMap{{"x", *count}});
+    });
+}
+
 TEST_F(PoolTest, WritesOfManyThreadsComeOneAfterTheOther) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int j = 0; j < 50; ++j) {
-                database_->write([](Database& writer) {
-                    auto count = writer.query("SELECT count(*) FROM t").cell(0, 0).asInteger();
-                    writer.insert("t", ValueMap{{"x", *count}});
-                });
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    tarvo::onThreads(4, [&](int) {
+        for (int j = 0; j < 50; ++j) addCount(*database_);
+    });
     EXPECT_EQ(integer(*database_, "SELECT count(DISTINCT x) FROM t"), 200);
 }
 
 TEST_F(PoolTest, WritesOnAConcurrentQueueComeOneAfterTheOther) {
     auto queue = tarvo::DispatchQueue::concurrent("test.concurrent");
     DatabasePool database(folder_.file("b.db"), rawConfiguration(), queue);
-    database.write([](Database& writer) { writer.execute("CREATE TABLE t (x)"); });
-    auto add = [&] {
-        database.write([](Database& writer) {
-            auto count = writer.query("SELECT count(*) FROM t").cell(0, 0).asInteger();
-            writer.insert("t", ValueMap{{"x", *count}});
-        });
-    };
+    execute(database, "CREATE TABLE t (x)");
     constexpr int items = 8, writes = 10;
     std::latch done(items);
     auto addAll = [&] {
-        for (int i = 0; i < writes; ++i) EXPECT_NO_THROW(add());
+        for (int i = 0; i < writes; ++i) EXPECT_NO_THROW(addCount(database));
         done.count_down();
     };
     // Half of them are items of the queue, which hold it already.
@@ -116,19 +99,13 @@ TEST_F(PoolTest, TwoFirstOpeningsAtOnceShareOneFile) {
     for (int round = 0; round < 10; ++round) {
         auto path = folder_.file("fresh" + std::to_string(round));
         std::barrier together(2);
-        auto open = [&] {
+        tarvo::onThreads(2, [&](int) {
             together.arrive_and_wait();
             EXPECT_NO_THROW({
                 DatabasePool database(path, passphraseConfiguration("a passphrase"));
-                database.write([](Database& writer) {
-                    writer.execute("CREATE TABLE IF NOT EXISTS t (x)");
-                    writer.insert("t", ValueMap{{"x", 1}});
-                });
+                execute(database, "CREATE TABLE IF NOT EXISTS t (x); INSERT INTO t VALUES (1)");
             });
-        };
-        std::thread other(open);
-        open();
-        other.join();
+        });
         DatabasePool database(path, passphraseConfiguration("a passphrase"));
         EXPECT_EQ(integer(database, "SELECT count(*) FROM t"), 2);
     }
@@ -137,9 +114,9 @@ TEST_F(PoolTest, TwoFirstOpeningsAtOnceShareOneFile) {
 TEST_F(PoolTest, TheMemoryDatabaseIsAttachedByItsName) {
     const std::string name = "file::memory:?cache=shared";
     DatabaseQueue memory(name, Configuration());
-    memory.write([](Database& writer) { writer.execute("CREATE TABLE m (x); INSERT INTO m VALUES (1)"); });
+    execute(memory, "CREATE TABLE m (x); INSERT INTO m VALUES (1)");
     database_->attachDatabase(name, "memory");
-    database_->write([](Database& writer) { writer.execute("INSERT INTO memory.m SELECT x + 1 FROM memory.m"); });
+    execute(*database_, "INSERT INTO memory.m SELECT x + 1 FROM memory.m");
     EXPECT_EQ(integer(*database_, "SELECT sum(x) FROM memory.m"), 3);
     database_->detachDatabase("memory");
     EXPECT_EQ(integer(memory, "SELECT sum(x) FROM m"), 3);
@@ -195,14 +172,11 @@ TEST_F(PoolTest, ReadersThatCannotOpenWaitForTheOthers) {
     auto tight = before;
     tight.rlim_cur = static_cast<rlim_t>(free) + 1;
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &tight), 0);
-    std::vector<std::thread> threads;
     std::latch meeting(3);
-    for (int i = 0; i < 3; ++i)
-        threads.emplace_back([&] {
-            meeting.arrive_and_wait();
-            for (int j = 0; j < 20; ++j) EXPECT_NO_THROW(EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t"), 0));
-        });
-    for (auto& thread : threads) thread.join();
+    tarvo::onThreads(3, [&](int) {
+        meeting.arrive_and_wait();
+        for (int j = 0; j < 20; ++j) EXPECT_NO_THROW(EXPECT_EQ(integer(*database_, "SELECT count(*) FROM t"), 0));
+    });
     ::setrlimit(RLIMIT_NOFILE, &before);
 }
 #endif

@@ -6,9 +6,7 @@ namespace {
 
 class UntrustedSqlTest : public testing::Test {
 protected:
-    UntrustedSqlTest() {
-        database_.write([](Database& writer) { writer.execute("CREATE TABLE t (x); INSERT INTO t VALUES (1)"); });
-    }
+    UntrustedSqlTest() { execute(database_, "CREATE TABLE t (x); INSERT INTO t VALUES (1)"); }
     std::vector<std::string> run(const std::string& sql, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
         std::vector<std::string> refused;
         database_.write([&](Database& writer) { refused = writer.executeUntrusted(sql, limit); });
@@ -81,7 +79,7 @@ TEST_F(UntrustedSqlTest, WhatTablesNeedIsAllowed) {
     };
     for (auto& sql : texts) EXPECT_TRUE(run(sql).empty()) << sql;
     EXPECT_EQ(integer(database_, "SELECT count(*) FROM copied WHERE id = 'A'"), 1);
-    database_.write([](Database& writer) { writer.execute("PRAGMA cache_size = -65536; CREATE VIEW v AS SELECT 1"); });
+    execute(database_, "PRAGMA cache_size = -65536; CREATE VIEW v AS SELECT 1");
 }
 
 TEST_F(UntrustedSqlTest, AFailureUndoesTheText) {
