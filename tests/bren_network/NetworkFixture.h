@@ -45,6 +45,14 @@ protected:
         return task;
     }
 
+    /// Gives a request to the client, whose completion comes later.
+    void give(const std::string& url, decltype(Task::completion) completion,
+              BrenTaskPriority priority = Task().priority) {
+        auto task = taskFor(url);
+        task.completion = std::move(completion);
+        task.priority = priority;
+        manager.send(std::move(task));
+    }
     /// Gives the request to the client and waits for its completion.
     Answer ask(Task task) { return fetch(std::move(task), {}, false); }
     Answer upload(Task task, std::vector<BrenFileUploadInfo> files) { return fetch(std::move(task), files, true); }

@@ -16,31 +16,24 @@ TEST_F(OutcomeTest, TellsWhyThereIsNoAnswer) {
     expectWarning("failed: connection lost");
     expectWarning("failed: time-out");
     expectWarning("failed: other failure");
-    struct Case {
-        std::string name;
-        RawServer::Script script;
-        std::string kind;
-    };
     auto read = &RawServer::readHeader;
     auto write = &RawServer::write;
-    for (auto& [name, script, kind] : std::vector<Case>{
-             {"answers", [=](int s) { read(s), write(s, ok); }, "none"},
+    for (auto& [name, script, kind] : std::vector<std::tuple<std::string, RawServer::Script, std::string>>{
+             {"answers", RawServer::answering(ok), "none"},
              {"closes at once", [=](int s) { read(s); }, "connection lost"},
              {"resets before the answer", [=](int s) { read(s), RawServer::reset(s); }, "connection lost"},
-             {"truncates the body", [=](int s) { read(s), write(s, tenOfHundred); }, "connection lost"},
+             {"truncates the body", RawServer::answering(tenOfHundred), "connection lost"},
              {"resets in the body", [=](int s) { read(s), write(s, tenOfHundred), RawServer::reset(s); },
               "connection lost"},
              {"truncates a chunk",
-              [=](int s) { read(s), write(s, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n64\r\nabc"); },
+              RawServer::answering("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n64\r\nabc"),
               "connection lost"},
-             {"says nothing", [=](int s) { RawServer::waitForClose(s); }, "time-out"},
+             {"says nothing", &RawServer::waitForClose, "time-out"},
              {"stands still in the body", [=](int s) { read(s), write(s, tenOfHundred), RawServer::waitForClose(s); },
               "time-out"},
-             {"is no web server", [=](int s) { read(s), write(s, "SSH-2.0-x\r\n\r\n"); }, "other failure"},
+             {"is no web server", RawServer::answering("SSH-2.0-x\r\n\r\n"), "other failure"},
              {"lies about its encoding",
-              [=](int s) {
-                  read(s), write(s, "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\nabc");
-              },
+              RawServer::answering("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\nabc"),
               "other failure"},
          }) {
         RawServer server(script);
@@ -50,14 +43,10 @@ TEST_F(OutcomeTest, TellsWhyThereIsNoAnswer) {
         EXPECT_EQ(kindOf(answer), kind) << name;
         EXPECT_EQ(answer.data.text(), kind == "none" ? "ok" : "") << name;
     }
-}
-
-TEST_F(OutcomeTest, EndsAHandshakeThatStandsStill) {
-    expectWarning("failed: time-out");
-    RawServer silent([](int socket) { RawServer::waitForClose(socket); });
-    auto task = taskFor("https://127.0.0.1:" + std::to_string(silent.port()));
-    task.request.timeout = 150ms;
-    EXPECT_EQ(kindOf(ask(std::move(task))), "time-out");
+    RawServer silent(&RawServer::waitForClose);
+    auto handshake = taskFor("https://127.0.0.1:" + std::to_string(silent.port()));
+    handshake.request.timeout = 150ms;
+    EXPECT_EQ(kindOf(ask(std::move(handshake))), "time-out") << "a handshake that stands still";
 }
 
 TEST_F(OutcomeTest, TellsWhatCannotBeSent) {
@@ -126,30 +115,18 @@ TEST_F(OutcomeTest, AnAnswerThatGrowsTooLargeEndsItsRequest) {
     expectWarning("answer too large");
     manager.setMaximumBodyKilobytes(64);
     // 128 KiB of zeros, packed with gzip.
-    const std::string bomb(
-        "\037\213\010\000\000\000\000\000\002\003\355\301\061\001\000\000\000\302\240\365\117\355\141\015\240"
-        "\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000"
-        "\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000"
-        "\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000"
-        "\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000"
-        "\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000"
-        "\000\000\156\315\315\350\176\000\000\002\000",
-        161);
-    auto answerWith = [](std::string header, std::string body) {
-        return [=](int socket) {
-            RawServer::readHeader(socket);
-            RawServer::write(socket, "HTTP/1.1 200 OK\r\n" + header + "Content-Length: " + std::to_string(body.size()) +
-                                         "\r\n\r\n" + body);
-        };
-    };
-    struct Case {
-        std::string header, body, kind;
-    };
-    const Case cases[] = {{"", std::string(64 * 1024, 'a'), "none"},
-                          {"", std::string(64 * 1024 + 1, 'a'), "answer too large"},
-                          {"Content-Encoding: gzip\r\n", bomb, "answer too large"}};
+    const auto bomb =
+        std::string(
+            "\037\213\010\000\000\000\000\000\002\003\355\301\061\001\000\000\000\302\240\365\117\355\141\015\240",
+            25) +
+        std::string(127, '\0') + std::string("\156\315\315\350\176\000\000\002\000", 9);
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {"", std::string(64 * 1024, 'a'), "none"},
+        {"", std::string(64 * 1024 + 1, 'a'), "answer too large"},
+        {"Content-Encoding: gzip\r\n", bomb, "answer too large"}};
     for (auto& [header, body, kind] : cases) {
-        RawServer server(answerWith(header, body));
+        RawServer server(RawServer::answering("HTTP/1.1 200 OK\r\n" + header +
+                                              "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body));
         auto answer = ask(taskFor(server.url("/")));
         EXPECT_EQ(kindOf(answer), kind) << header << body.size();
         EXPECT_EQ(answer.data.size(), kind == "none" ? body.size() : 0) << header << body.size();

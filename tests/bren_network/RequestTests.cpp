@@ -21,11 +21,8 @@ protected:
 };
 
 TEST_F(RequestTest, PlacesParametersByMethodAndBody) {
-    struct Case {
-        std::string method, path;
-        std::optional<std::string> body;
-        std::string target, sentBody, type;
-    };
+    using Case =
+        std::tuple<std::string, std::string, std::optional<std::string>, std::string, std::string, std::string>;
     auto form = "application/x-www-form-urlencoded";
     for (auto& [method, path, body, target, sentBody, type] :
          std::vector<Case>{{"GET", "/a", {}, "/a?p=1%2F2", "", ""},

@@ -3,6 +3,7 @@
 #include "bren_network/internal/Tuning.h"
 #include "platform/ProgrammingError.h"
 #include "tests/bren_network/NetworkFixture.h"
+#include "tests/support/OnThreads.h"
 
 namespace bren::test {
 namespace {
@@ -38,23 +39,21 @@ TEST_F(SchedulingTest, StartsByPriorityThenArrival) {
     // All places but one stay taken until the end, so the others go one after another through the last.
     std::atomic<int> left = 6;
     Gate done;
-    auto give = [&](std::string path, BrenTaskPriority priority, bool counts) {
-        auto task = taskFor(server.url(path));
-        task.priority = priority;
-        if (counts)
-            task.completion = [&](auto...) {
+    using enum BrenTaskPriority;
+    for (std::size_t i = 1; i < tuning::maximumRunningPerHost; ++i) give(server.url("/rest"), {}, high);
+    give(server.url("/slot"), {}, high);
+    for (auto [path, priority] : {std::pair("/low1", low),
+                                  {"/normal1", normal},
+                                  {"/low2", low},
+                                  {"/high1", high},
+                                  {"/high2", high},
+                                  {"/normal2", normal}})
+        give(
+            server.url(path),
+            [&](auto...) {
                 if (--left == 0) done.open();
-            };
-        manager.send(std::move(task));
-    };
-    for (std::size_t i = 1; i < tuning::maximumRunningPerHost; ++i) give("/rest", BrenTaskPriority::high, false);
-    give("/slot", BrenTaskPriority::high, false);
-    give("/low1", BrenTaskPriority::low, true);
-    give("/normal1", BrenTaskPriority::normal, true);
-    give("/low2", BrenTaskPriority::low, true);
-    give("/high1", BrenTaskPriority::high, true);
-    give("/high2", BrenTaskPriority::high, true);
-    give("/normal2", BrenTaskPriority::normal, true);
+            },
+            priority);
     slot.open();
     done.wait();
     rest.open();
@@ -113,16 +112,9 @@ TEST_F(SchedulingTest, AnswersEachOfManyRequestsOnceAndOneAtATime) {
         --inside;
         if (completions.size() == threads * each) done.open();
     };
-    std::vector<std::thread> givers;
-    for (int t = 0; t < threads; ++t)
-        givers.emplace_back([&, t] {
-            for (int i = 0; i < each; ++i) {
-                auto task = taskFor(server.url("/" + std::to_string(t) + "/" + std::to_string(i)));
-                task.completion = completion;
-                manager.send(std::move(task));
-            }
-        });
-    for (auto& giver : givers) giver.join();
+    tarvo::onThreads(threads, [&](int t) {
+        for (int i = 0; i < each; ++i) give(server.url("/" + std::to_string(t) + "/" + std::to_string(i)), completion);
+    });
     done.wait();
     for (auto& [path, count] : completions) EXPECT_EQ(count, 1) << path;
     EXPECT_LE(most, tuning::maximumRunningPerHost);
@@ -134,14 +126,11 @@ TEST_F(SchedulingTest, AnswersEveryRequestWhenShutDown) {
     RawServer server([](int socket) { RawServer::waitForClose(socket); });
     auto held = std::make_shared<int>();
     int answered = 0;
-    for (int i = 0; i < 20; ++i) {
-        auto task = taskFor(server.url("/"));
-        task.completion = [&, held](Data, auto, auto error, int) {
+    for (int i = 0; i < 20; ++i)
+        give(server.url("/"), [&, held](Data, auto, auto error, int) {
             EXPECT_EQ(error->kind, NetworkError::Kind::shutDown);
             ++answered;
-        };
-        manager.send(std::move(task));
-    }
+        });
     manager.shutDown();
     manager.shutDown();
     manager.queue()->sync([] {});
@@ -149,7 +138,7 @@ TEST_F(SchedulingTest, AnswersEveryRequestWhenShutDown) {
     EXPECT_EQ(held.use_count(), 1);
     EXPECT_EQ(kindOf(ask(taskFor(server.url("/")))), "shut down");
 
-    RawServer answering([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, okAndClose); });
+    RawServer answering(RawServer::answering(okAndClose));
     manager.restart();
     EXPECT_EQ(kindOf(ask(taskFor(answering.url("/")))), "none");
 }
@@ -157,30 +146,22 @@ TEST_F(SchedulingTest, AnswersEveryRequestWhenShutDown) {
 TEST_F(SchedulingTest, ShutsDownFromACompletion) {
     expectWarning("shut down");
     RawServer silent([](int socket) { RawServer::waitForClose(socket); });
-    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, okAndClose); });
+    RawServer server(RawServer::answering(okAndClose));
     std::promise<NetworkError::Kind> ended;
-    auto waiting = taskFor(silent.url("/"));
-    waiting.completion = [&](Data, auto, auto error, int) { ended.set_value(error->kind); };
-    manager.send(std::move(waiting));
-    auto task = taskFor(server.url("/"));
-    task.completion = [&](auto...) { manager.shutDown(); };
-    manager.send(std::move(task));
+    give(silent.url("/"), [&](Data, auto, auto error, int) { ended.set_value(error->kind); });
+    give(server.url("/"), [&](auto...) { manager.shutDown(); });
     EXPECT_EQ(ended.get_future().get(), NetworkError::Kind::shutDown);
 }
 
 TEST_F(SchedulingTest, TakesRequestsFromACompletionAndSurvivesItsException) {
     std::atomic<int> reports = 0;
     auto former = tarvo::platform::setProgrammingErrorHandler([&](auto) { ++reports; });
-    RawServer server([](int socket) { RawServer::readHeader(socket), RawServer::write(socket, okAndClose); });
+    RawServer server(RawServer::answering(okAndClose));
     std::promise<std::string> second;
-    auto task = taskFor(server.url("/"));
-    task.completion = [&](auto...) {
-        auto next = taskFor(server.url("/"));
-        next.completion = [&](Data data, auto...) { second.set_value(data.text()); };
-        manager.send(std::move(next));
+    give(server.url("/"), [&](auto...) {
+        give(server.url("/"), [&](Data data, auto...) { second.set_value(data.text()); });
         throw std::runtime_error("of a handler");
-    };
-    manager.send(std::move(task));
+    });
     EXPECT_EQ(second.get_future().get(), "ok");
     EXPECT_EQ(reports, 1);
     tarvo::platform::setProgrammingErrorHandler(former);
@@ -195,16 +176,12 @@ TEST_F(SchedulingTest, BeginsNothingWhileBodiesWaitForTheirCompletion) {
     });
     manager.setMaximumBufferedKilobytes(1);
     Gate done;
-    auto task = taskFor(server.url("/"));
-    task.completion = [&](auto...) {
-        auto next = taskFor(server.url("/"));
-        next.completion = [&](auto...) { done.open(); };
-        manager.send(std::move(next));
+    give(server.url("/"), [&](auto...) {
+        give(server.url("/"), [&](auto...) { done.open(); });
         // Twenty round trips give the next request every chance to begin before this body is let go.
         for (int i = 0; i < 20; ++i) RawServer::askDirectly(server.port());
         EXPECT_EQ(requests, 21);
-    };
-    manager.send(std::move(task));
+    });
     done.wait();
     EXPECT_EQ(requests, 22);
     manager.setMaximumBufferedKilobytes(tuning::bufferedKilobytes);

@@ -61,6 +61,10 @@ public:
     static void write(int socket, const std::string& bytes);
     /// Returns when the other side has closed or the server is ended.
     static void waitForClose(int socket);
+    /// Reads a request and answers it with these bytes.
+    static Script answering(std::string bytes) {
+        return [bytes = std::move(bytes)](int socket) { readHeader(socket), write(socket, bytes); };
+    }
     /// Closes in a way that the other side sees as "connection reset".
     static void reset(int socket);
     /// A whole request of its own, past the client under test. Returns when the answer is there.

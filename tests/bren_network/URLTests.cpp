@@ -7,11 +7,7 @@ namespace bren {
 namespace {
 
 TEST(URLText, EncodesWhatIsNoURL) {
-    struct Case {
-        std::string_view text;
-        bool isValid;
-        std::string_view encoded;
-    };
+    using Case = std::tuple<std::string_view, bool, std::string_view>;
     for (auto& [text, isValid, encoded] :
          std::initializer_list<Case>{{"https://crm.example.com/a?b=c#d", true, "https://crm.example.com/a?b=c#d"},
                                      {"http://[::1]:8080/", true, "http://[::1]:8080/"},
@@ -41,10 +37,7 @@ class Opaque : public tarvo::ValueObject {
 };
 
 TEST(Parameters, TravelAsEscapedText) {
-    struct Case {
-        tarvo::Value value;
-        std::string_view text;
-    };
+    using Case = std::pair<tarvo::Value, std::string_view>;
     for (auto& [value, text] :
          std::initializer_list<Case>{{"a b&c=d", "n=a%20b%26c%3Dd"},
                                      {true, "n=true"},
