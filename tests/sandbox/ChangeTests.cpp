@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <set>
-#include <thread>
 
+#include "platform/Text.h"
 #include "sandbox/changes/RecordDraft.h"
 #include "sandbox/data/DataSet.h"
 #include "sandbox/data/ViewFilter.h"
 #include "tests/sandbox/RunningSandbox.h"
+#include "tests/support/OnThreads.h"
 
 namespace tarvo::sandbox::tests {
 namespace {
@@ -17,22 +18,15 @@ protected:
         if (!key.empty()) headers.emplace("x-transaction-id", key);
         return headers;
     }
-    Value send(Client& sender, const std::string& call, const std::string& payloads, const std::string& key = "",
-               const std::string& module = "Leads") {
+    Value send(const std::string& call, const std::string& payloads, const std::string& key = "",
+               const std::string& module = "Leads", Client* sender = nullptr) {
         auto body = call == "deleterecord" ? "" : R"({"data":[)" + payloads + "]}";
         auto id = call == "deleterecord" ? "&id=" + payloads : "";
-        return json(sender.postJson("/crm/v4/products/" + call + "?module=" + module + id, body, headers(key)));
-    }
-    Value send(const std::string& call, const std::string& payloads, const std::string& key = "",
-               const std::string& module = "Leads") {
-        return send(*client, call, payloads, key, module);
+        return json((sender ? *sender : *client)
+                        .postJson("/crm/v4/products/" + call + "?module=" + module + id, body, headers(key)));
     }
     Value upload(const std::string& parameters, const std::string& key = "") {
         return json(client->upload("/crm/v4/uploadattachment?" + parameters, "offer.pdf", "12345", headers(key)));
-    }
-    static Value entryOf(const Value& answer, std::size_t index = 0) {
-        auto result = at(at(answer, "response"), "result");
-        return result.asList() && index < result.asList()->size() ? result.asList()->at(index) : Value();
     }
     static std::string idIn(const Value& answer, std::size_t index = 0) {
         return at(at(entryOf(answer, index), "info"), "recordId").textOr("");
@@ -139,10 +133,11 @@ TEST_F(ChangeTests, OrdersAndViewsAreThoseOfTheSnapshotUntilValuesChange) {
             }
     for (const auto& view : data.views) {
         ViewFilter filter(data, view, "42", 0);
-        auto holds = [&](const RecordData& record) { return filter.holds(record); };
-        auto before = data.recordOrders.order(snapshot.list(view.module), view.module, view.id, holds, {});
-        auto after = data.recordOrders.order(changed.list(view.module), view.module, view.id, holds, {});
-        EXPECT_EQ(*before, *after) << view.module << " " << view.displayName;
+        auto order = [&](const auto& records) {
+            auto holds = [&](const RecordData& record) { return filter.holds(record); };
+            return data.recordOrders.order(records.list(view.module), view.module, view.id, holds, {});
+        };
+        EXPECT_EQ(*order(snapshot), *order(changed)) << view.module << " " << view.displayName;
     }
 }
 
@@ -204,29 +199,22 @@ TEST_F(ChangeTests, RefusalsNameCodeAndField) {
 }
 
 TEST_F(ChangeTests, AnswersComeInTheChosenForm) {
-    struct {
-        std::string form;
-        bool hasRecordId, isTopLevel;
-        std::size_t data;
-        bool holdsWholeRecord;
-    } rows[] = {{"record", true, false, 1, true},
-                {"id", false, false, 1, false},
-                {"recordId", true, false, 0, false},
-                {"texts", false, false, 3, false},
-                {"topLevel", false, true, 0, false}};
-    for (const auto& row : rows) {
-        setRules(R"({"module":"Contacts","answer":")" + row.form + "\"}");
+    const std::tuple<std::string, bool, bool, std::size_t, bool> rows[] = {{"record", true, false, 1, true},
+                                                                           {"id", false, false, 1, false},
+                                                                           {"recordId", true, false, 0, false},
+                                                                           {"texts", false, false, 3, false},
+                                                                           {"topLevel", false, true, 0, false}};
+    for (const auto& [form, hasRecordId, isTopLevel, count, holdsWholeRecord] : rows) {
+        setRules(R"({"module":"Contacts","answer":")" + form + "\"}");
         auto answer = send("addrecord", R"({"Last_Name":"x"},{"Phone":7})", "", "Contacts");
         EXPECT_EQ(refusalIn(answer, 1), "INVALID_DATA Phone") << "a refusal leaves its siblings alone";
         answer = send("addrecord", R"({"Last_Name":"x"})", "", "Contacts");
-        EXPECT_EQ(at(answer, "data").asList() != nullptr, row.isTopLevel);
-        if (row.isTopLevel) continue;
-        EXPECT_EQ(!idIn(answer).empty(), row.hasRecordId) << row.form;
-        auto rowsOfEntry = at(entryOf(answer), "data");
-        ASSERT_EQ(rowsOfEntry.asList()->size(), row.data) << row.form;
-        if (row.data == 1) {
-            EXPECT_EQ(rowsOfEntry.asList()->at(0).asList()->size() > 1, row.holdsWholeRecord) << row.form;
-        }
+        EXPECT_EQ(at(answer, "data").asList() != nullptr, isTopLevel) << form;
+        if (isTopLevel) continue;
+        EXPECT_EQ(!idIn(answer).empty(), hasRecordId) << form;
+        auto data = at(entryOf(answer), "data");
+        ASSERT_EQ(data.asList()->size(), count) << form;
+        EXPECT_EQ(count == 1 && data.asList()->at(0).asList()->size() > 1, holdsWholeRecord) << form;
     }
     EXPECT_EQ(at(entryOf(send("addrecord", R"({"Note_Content":"x"})", "", "Notes")), "data").asList()->size(), 3u);
     setRules(R"({"module":"Contacts","refuse":["add"],"errorObjects":true})");
@@ -235,46 +223,32 @@ TEST_F(ChangeTests, AnswersComeInTheChosenForm) {
 }
 
 TEST_F(ChangeTests, AKeyIsAppliedOnceWhateverBecomesOfItsAnswer) {
-    struct {
-        const char* fault;
-        bool isApplied;
-    } rows[] = {{R"("delayAfter")", true},
-                {R"("delay")", false},
-                {R"("dropAfter")", true},
-                {R"("dropBefore")", false},
-                {R"("truncate")", true},
-                {R"("nonJson")", true},
-                {R"("missingIds")", true},
-                {R"("foreignIds")", true},
-                {R"("olderEnvelope")", true},
-                {R"("errorEnvelope","status":401)", false},
-                {R"("errorEnvelope","status":429)", false},
-                {R"("errorEnvelope","status":503)", false}};
-    for (const auto& row : rows) {
-        std::string key = row.fault, applied;
-        auto count = control("changes", "changes").size();
-        setFault(std::string(R"({"call":"products/addrecord","times":1,"fault":)") + row.fault + "}");
-        auto faulty = send("addrecord", R"({"Last_Name":"once"})", key);
-        bool isDelay = key.starts_with("\"delay");
-        EXPECT_EQ(control("changes", "changes").size(), count + (row.isApplied || isDelay ? 1 : 0)) << row.fault;
-        auto first = send("addrecord", R"({"Last_Name":"once"})", key);
-        EXPECT_EQ(first, send("addrecord", R"({"Last_Name":"once"})", key)) << row.fault;
-        auto changes = control("changes", "changes");
-        ASSERT_EQ(changes.size(), count + 1) << row.fault;
-        EXPECT_EQ(at(changes.back(), "id"), Value(idIn(first))) << row.fault;
-        EXPECT_EQ(at(changes.back(), "key"), Value(key));
-        EXPECT_EQ(idIn(faulty) == idIn(first), isDelay) << row.fault;
-    }
+    const char *applied = R"("delayAfter" "dropAfter" "truncate" "nonJson" "missingIds" "foreignIds" "olderEnvelope")",
+               *notApplied = R"("delay" "dropBefore" "errorEnvelope","status":401 "errorEnvelope","status":429 )"
+                             R"("errorEnvelope","status":503)";
+    for (bool isApplied : {true, false})
+        for (const auto& key : text::split(isApplied ? applied : notApplied, " ")) {
+            auto count = control("changes", "changes").size();
+            setFault(std::string(R"({"call":"products/addrecord","times":1,"fault":)") + key + "}");
+            auto faulty = send("addrecord", R"({"Last_Name":"once"})", key);
+            bool isDelay = key.starts_with("\"delay");
+            EXPECT_EQ(control("changes", "changes").size(), count + (isApplied || isDelay ? 1 : 0)) << key;
+            auto first = send("addrecord", R"({"Last_Name":"once"})", key);
+            EXPECT_EQ(first, send("addrecord", R"({"Last_Name":"once"})", key)) << key;
+            auto changes = control("changes", "changes");
+            ASSERT_EQ(changes.size(), count + 1) << key;
+            EXPECT_EQ(at(changes.back(), "id"), Value(idIn(first))) << key;
+            EXPECT_EQ(at(changes.back(), "key"), Value(key));
+            EXPECT_EQ(idIn(faulty) == idIn(first), isDelay) << key;
+        }
 }
 
 TEST_F(ChangeTests, KeysOfRefusedChangesAreKeptOnDemand) {
-    for (bool isKept : {false, true}) {
-        auto key = isKept ? "kept" : "open";
-        setRules(std::string(R"({"module":"Leads","mandatory":["Company"],"keepKeys":)") +
-                 (isKept ? "true}" : "false}"));
+    for (std::string key : {"false", "true"}) {
+        setRules(R"({"module":"Leads","mandatory":["Company"],"keepKeys":)" + key + "}");
         EXPECT_NE(refusalIn(send("addrecord", R"({"Last_Name":"x"})", key)), "");
         setRules(R"({"module":"Leads"})");
-        EXPECT_EQ(refusalIn(send("addrecord", R"({"Last_Name":"x"})", key)).empty(), !isKept);
+        EXPECT_EQ(refusalIn(send("addrecord", R"({"Last_Name":"x"})", key)).empty(), key == "false");
     }
 }
 
@@ -367,25 +341,19 @@ TEST_F(ChangeTests, AnEditMayRepeatWhatHasBeenDeleted) {
 TEST_F(ChangeTests, ChangesOfManyThreadsAreAllThereOnce) {
     constexpr int threads = 8, each = 7;
     auto shared = idOf("Accounts", 0);
-    std::vector<std::thread> running;
-    for (int thread = 0; thread < threads; ++thread)
-        running.emplace_back([&, thread] {
-            Client own("localhost", port, certificates.authority);
-            for (int i = 0; i < each; ++i) {
-                auto name = std::to_string(thread) + "-" + std::to_string(i);
-                auto payload = R"({"Last_Name":")" + name + "\"}";
-                auto added = send(own, "addrecord", payload, name);
-                EXPECT_EQ(added, send(own, "addrecord", payload, name));
-                EXPECT_EQ(refusalIn(send(own, "updaterecord",
-                                         R"({"id":")" + shared + R"(","Employees":)" + std::to_string(i) + "}", "",
-                                         "Accounts")),
-                          "");
-                auto page =
-                    json(own.post("/crm/v4/products/getrecords", {{"module", "Leads"}, {"mcount", "60"}}, token));
-                EXPECT_EQ(at(entryOf(page), "data").asList()->size(), 60u);
-            }
-        });
-    for (auto& thread : running) thread.join();
+    onThreads(threads, [&](int thread) {
+        Client own("localhost", port, certificates.authority);
+        for (int i = 0; i < each; ++i) {
+            auto name = std::to_string(thread) + "-" + std::to_string(i);
+            auto payload = R"({"Last_Name":")" + name + "\"}";
+            auto added = send("addrecord", payload, name, "Leads", &own);
+            EXPECT_EQ(added, send("addrecord", payload, name, "Leads", &own));
+            auto edit = R"({"id":")" + shared + R"(","Employees":)" + std::to_string(i) + "}";
+            EXPECT_EQ(refusalIn(send("updaterecord", edit, "", "Accounts", &own)), "");
+            auto page = own.post("/crm/v4/products/getrecords", {{"module", "Leads"}, {"mcount", "60"}}, token);
+            EXPECT_EQ(at(entryOf(json(page)), "data").asList()->size(), 60u);
+        }
+    });
     std::set<std::string> names;
     for (const auto& lead : control("records?module=Leads&changed=true", "records"))
         names.insert(at(lead, "Last_Name").textOr(""));
@@ -396,15 +364,11 @@ TEST_F(ChangeTests, ChangesOfManyThreadsAreAllThereOnce) {
 
 TEST_F(ChangeTests, AControlCallChangesAllOrNothing) {
     auto post = [&](const std::string& body) { return client->postJson("/control/records", body); };
-    auto deal = idOf("Deals", 9);
-    auto answer = post(R"({"module":"Deals","add":[{"Deal_Name":"a","Modified_Time":"2020-01-01T00:00:00Z"},{}],)"
-                       R"("delete":[")" +
-                       deal + "\"]}");
-    EXPECT_EQ(answer->status, 400) << "an empty record";
+    const std::string added = R"({"module":"Deals","add":[{"Deal_Name":"a","Modified_Time":"2020-01-01T00:00:00Z"})",
+                      deleted = R"("delete":[")" + idOf("Deals", 9) + "\"]}";
+    EXPECT_EQ(post(added + ",{}]," + deleted)->status, 400) << "an empty record";
     EXPECT_TRUE(control("records?module=Deals&changed=true", "records").empty());
-    answer = post(R"({"module":"Deals","add":[{"Deal_Name":"a","Modified_Time":"2020-01-01T00:00:00Z"}],)"
-                  R"("delete":[")" +
-                  deal + "\"]}");
+    auto answer = post(added + "]," + deleted);
     auto changed = control("records?module=Deals&changed=true", "records");
     ASSERT_EQ(changed.size(), 1u);
     EXPECT_EQ(at(json(answer), "added"), Value(ValueList{at(changed[0], "id")}));

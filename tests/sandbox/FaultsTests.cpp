@@ -15,28 +15,24 @@ protected:
 
 TEST_F(FaultsTests, EachFaultShowsOnTheWire) {
     auto whole = init()->body.size();
-    struct {
-        const char* fault;
-        bool isAnswered, isJson;
-        int loggedStatus;
-    } rows[] = {
+    const std::tuple<std::string, bool, bool, int> rows[] = {
         {"delay", true, true, 200},        {"dropBefore", false, false, 0},    {"dropAfter", false, false, 0},
         {"truncate", false, false, 200},   {"nonJson", true, false, 200},      {"errorEnvelope", true, true, 200},
         {"wrongTypes", true, true, 200},   {"missingBlocks", true, true, 200}, {"shortRows", true, true, 200},
         {"repeatBlocks", true, true, 200},
     };
-    for (const auto& row : rows) {
-        setFault(std::string(R"({"call":"getappinitdata","times":1,"fault":")") + row.fault + "\"}");
+    for (const auto& [fault, isAnswered, isJson, loggedStatus] : rows) {
+        setFault(R"({"call":"getappinitdata","times":1,"fault":")" + fault + "\"}");
         auto answer = init();
-        EXPECT_EQ(answer.has_value(), row.isAnswered) << row.fault;
-        EXPECT_EQ(answer && json::parse(answer->body), row.isJson) << row.fault;
+        EXPECT_EQ(answer.has_value(), isAnswered) << fault;
+        EXPECT_EQ(answer && json::parse(answer->body), isJson) << fault;
         auto last = log().back();
-        EXPECT_EQ(at(last, "fault"), Value(row.fault));
-        EXPECT_EQ(at(last, "status"), Value(row.loggedStatus)) << row.fault;
+        EXPECT_EQ(at(last, "fault"), Value(fault));
+        EXPECT_EQ(at(last, "status"), Value(loggedStatus)) << fault;
         if (!answer) {
-            EXPECT_EQ(client->received(), std::string_view(row.fault) == "truncate" ? whole / 2 : 0) << row.fault;
+            EXPECT_EQ(client->received(), fault == "truncate" ? whole / 2 : 0) << fault;
         }
-        EXPECT_FALSE(block(json(init()), "tables").empty()) << "used up after " << row.fault;
+        EXPECT_FALSE(block(json(init()), "tables").empty()) << "used up after " << fault;
     }
 }
 

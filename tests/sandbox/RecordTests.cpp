@@ -9,10 +9,6 @@ protected:
     Value ask(const std::string& call, const Client::Form& form) {
         return json(client->post("/crm/v4/products/" + call, form, token));
     }
-    static Value entryOf(const Value& answer, std::size_t index = 0) {
-        auto result = at(at(answer, "response"), "result");
-        return result.asList() && index < result.asList()->size() ? result.asList()->at(index) : Value();
-    }
     static Value info(const Value& answer, std::string_view name) { return at(at(entryOf(answer), "info"), name); }
 
     const Accounts accounts{std::vector<Account>{{"42", token}}};

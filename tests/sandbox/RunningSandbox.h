@@ -54,6 +54,11 @@ protected:
         ASSERT_EQ(client->postJson("/control/faults", fault)->status, 200) << fault;
     }
 
+    /// Returns an entry of an answer's result; null when there is none.
+    static Value entryOf(const Value& answer, std::size_t index = 0) {
+        auto result = at(at(answer, "response"), "result");
+        return result.asList() && index < result.asList()->size() ? result.asList()->at(index) : Value();
+    }
     /// Returns the "data" of the entries of that name, one after another.
     ValueList blocks(const Value& answer, std::string_view name) {
         ValueList found;
