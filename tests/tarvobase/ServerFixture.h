@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tarvobase/download/Downloadable.h"
+#include "tarvobase/value_objects/module/Module.h"
 #include "tests/tarvobase/Fixture.h"
 #include "tests/tarvobase/NoticeListener.h"
 
@@ -22,6 +23,19 @@ public:
 private:
     void noticed(const std::string& notice) override { notices += notice + ";"; }
 };
+
+/// Modules with these names, each with an API name of its own.
+inline std::vector<Module> modulesNamed(const std::vector<std::string>& names, ModuleType type = ModuleType::default_) {
+    std::vector<Module> modules;
+    for (auto& name : names) modules.push_back({.moduleName = name, .apiName = name + "_API", .type = type});
+    return modules;
+}
+/// Returns the names of the modules, with spaces between them.
+inline std::string namesOf(const std::vector<Module>& modules) {
+    std::string names;
+    for (auto& module : modules) names += (names.empty() ? "" : " ") + module.moduleName;
+    return names;
+}
 
 /// A test with the account's database and with services whose answers it scripts.
 class ServerTest : public FoundationTest {

@@ -36,9 +36,8 @@ constexpr const char* blocks = R"({
 /// Returns the blocks of a complete answer by name.
 ValueMap completeAnswer() {
     auto tables = accountTables();
-    ValueMap answer{{"tables", ValueList(tables.begin(), tables.end())}};
-    const auto others = *json::parse(blocks);
-    for (auto& [name, block] : *others.asMap()) answer.set(name, block);
+    auto answer = *json::parse(blocks)->asMap();
+    answer.set("tables", ValueList(tables.begin(), tables.end()));
     return answer;
 }
 
@@ -233,8 +232,7 @@ TEST_F(InitDataTest, AnAnswerThatIsNotStoredEndsTheStep) {
     EXPECT_EQ(storedCounts(), completeCounts);
 }
 
-class OrgsRecorder final : public StoreOrgsUseCaseDelegate {
-public:
+struct OrgsRecorder final : StoreOrgsUseCaseDelegate {
     void orgsStored() override { events += "stored "; }
     void noOrgsFetched() override { events += "none "; }
     std::string events;
@@ -263,8 +261,7 @@ TEST_F(InitDataTest, StoreOrgsStoresNothingElseAndReportsWhatIsNotStored) {
     EXPECT_EQ(UserDetailsInUserDefaults(defaults).getUserDetails(), std::nullopt);
 }
 
-class UsersRecorder final : public GetUsersUseCaseDelegate {
-public:
+struct UsersRecorder final : GetUsersUseCaseDelegate {
     void usersFetched(const std::vector<User>& users) override {
         for (auto& user : users) names.push_back(user.name);
     }

@@ -18,20 +18,10 @@
 namespace tarvo {
 namespace {
 
+using Strings = std::vector<std::string>;
+
 constexpr const char* sectionTables[] = {"MODULE_RELATED_LIST", "MODULE_LAYOUT_INFO", "LAYOUT_SPECIFIC_METADATA",
                                          "PICKLIST_METADATA",   "APP_SETTINGS",       "MODULE_SPECIFIC_METADATA"};
-
-std::vector<Module> modulesNamed(const std::vector<std::string>& names) {
-    std::vector<Module> modules;
-    for (auto& name : names) modules.push_back({.moduleName = name, .apiName = name + "_API"});
-    return modules;
-}
-
-std::string moduleNames(const std::vector<Module>& modules) {
-    std::vector<std::string> names;
-    for (auto& module : modules) names.push_back(module.moduleName);
-    return text::join(names, " ");
-}
 
 /// Counts the notices by the thread on which they arrive.
 class ModuleListener final : public ModuleChangedObserver {
@@ -60,9 +50,9 @@ public:
         auto callback = calls[call].callback;
         callback({.body = Data(wire::body(std::move(entries)))});
     }
-    std::vector<std::string> asked() const {
-        std::vector<std::string> names;
-        for (auto& call : calls) names.push_back(moduleNames(call.params.modules));
+    Strings asked() const {
+        Strings names;
+        for (auto& call : calls) names.push_back(namesOf(call.params.modules));
         return names;
     }
     std::deque<Call> calls;
@@ -81,8 +71,7 @@ protected:
         return InitMetadataDM::make(database, secondary, std::make_shared<BrenUserDefaults>(), service);
     }
     /// Downloads the modules with the scripted answers, and waits for the end.
-    void download(const std::vector<std::string>& modules,
-                  const std::shared_ptr<DatabaseAdapter>& secondary = nullptr) {
+    void download(const Strings& modules, const std::shared_ptr<DatabaseAdapter>& secondary = nullptr) {
         auto download = step(secondary ? secondary : database);
         std::atomic<bool> done = false;
         download->getMetaData(modulesNamed(modules), [&] { done = true; }, {});
@@ -93,9 +82,9 @@ protected:
         network->answer(wire::body(std::move(entries)));
         download({"Leads"});
     }
-    std::vector<std::int64_t> rowCounts() {
-        std::vector<std::int64_t> counts;
-        for (auto table : sectionTables) counts.push_back(database->count(table, std::nullopt).value_or(-1));
+    std::string rowCounts() {
+        std::string counts;
+        for (auto table : sectionTables) counts += std::to_string(database->count(table, std::nullopt).value_or(-1));
         return counts;
     }
     std::shared_ptr<ModuleListener> listener = std::make_shared<ModuleListener>();
@@ -124,13 +113,13 @@ TEST_F(MetadataDownloadTest, StoresTheSameInBothNamings) {
     for (auto& naming : {FieldIdentifier::crmColumnNameIdentifier(), FieldIdentifier::fieldAPINameIdentifier()}) {
         configuration().fieldIdentifier = naming;
         downloadAnswered({wire::entry("Leads")});
-        EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 3, 4}));
+        EXPECT_EQ(rowCounts(), "222234");
         EXPECT_EQ(column("SELECT field_api_name || additional_info FROM MODULE_SPECIFIC_METADATA WHERE module_name = "
                          "'Leads' AND crm_col_name = 'COL_F2'"),
-                  (std::vector<std::string>{R"(Api_F2{"decimal_place":"2"})"}));
+                  (Strings{R"(Api_F2{"decimal_place":"2"})"}));
         EXPECT_EQ(column("SELECT settings_key || custom_settings FROM APP_SETTINGS WHERE is_default = 'true' "
                          "ORDER BY 1 LIMIT 1"),
-                  (std::vector<std::string>{"businessCardLast_Name,Email"}));
+                  (Strings{"businessCardLast_Name,Email"}));
     }
 }
 
@@ -142,7 +131,7 @@ TEST_F(MetadataDownloadTest, RowsThatAreTooShortAreDroppedAndCounted) {
                                                   ValueList(static_cast<std::size_t>(one), "x"));
     sections.resize(wire::relatedSort);
     downloadAnswered({wire::entry(wire::info("Leads"), sections)});
-    EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 2, 4}));
+    EXPECT_EQ(rowCounts(), "222224");
     for (auto section : {"fields of layouts", "picklists", "fields", "fields of dependent modules"})
         EXPECT_TRUE(
             wasLogged("metadata of Leads, " + std::string(section) + ": 2 rows left out, the first: lessNumberOfKeys"));
@@ -156,8 +145,8 @@ TEST_F(MetadataDownloadTest, ABadEntryLeavesTheOthers) {
                      {"error", ValueList{ValueMap{{"code", "NO"}, {"message", "private"}}}},
                      {"data", wire::sections("Calls")}};
     downloadAnswered({refused, wire::entry(empty, {}), ValueMap{{"info", empty}}, ValueMap{}, wire::entry("Leads")});
-    EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{2, 2, 2, 2, 3, 4}));
-    EXPECT_EQ(column("SELECT DISTINCT module_name FROM MODULE_LAYOUT_INFO"), (std::vector<std::string>{"Leads"}));
+    EXPECT_EQ(rowCounts(), "222234");
+    EXPECT_EQ(column("SELECT DISTINCT module_name FROM MODULE_LAYOUT_INFO"), (Strings{"Leads"}));
     EXPECT_TRUE(wasLogged("MetadataInfo of Calls could not be read: responseError"));
     EXPECT_FALSE(wasLogged("private"));
     EXPECT_TRUE(wasLogged("MetadataInfo Parsing completed for Leads"));
@@ -197,10 +186,10 @@ TEST_F(MetadataDownloadTest, CreatesRecordTablesAndKeepsTheirStatements) {
     EXPECT_EQ(modules.getModuleByModuleName("Events")->tableCreationQuery,
               "CREATE TABLE EventsRecords (id TEXT)|" + lookups + "|CREATE TABLE broken|" + views +
                   "|CREATE TABLE Invitees_RL (id TEXT)");
-    EXPECT_EQ(database->columnNames("ActivitiesRecords"), (std::vector<std::string>{"_id", "Tag", "Subject"}));
+    EXPECT_EQ(database->columnNames("ActivitiesRecords"), (Strings{"_id", "Tag", "Subject"}));
     for (auto table : {"EventsRecords", "Events_LOOKUP", "Invitees_CV", "Invitees_RL"})
-        EXPECT_EQ(database->columnNames(table), (std::vector<std::string>{"id"})) << table;
-    EXPECT_EQ(elsewhere->columnNames("EventsRecords"), (std::vector<std::string>{}));
+        EXPECT_EQ(database->columnNames(table), (Strings{"id"})) << table;
+    EXPECT_EQ(elsewhere->columnNames("EventsRecords"), (Strings{}));
     elsewhere->deregisterDB();
 }
 
@@ -231,13 +220,13 @@ TEST_F(MetadataDownloadTest, NoticesComeBeforeAndAfterSuccess) {
     settle();
     EXPECT_EQ(listener->onMain, 1);
     EXPECT_EQ(listener->inBackground, 1);
-    EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>(6, 0)));
+    EXPECT_EQ(rowCounts(), "000000");
 }
 
 TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
     auto service = std::make_shared<HeldMetadataService>();
     auto step = this->step(database, service);
-    std::vector<std::string> ends;
+    Strings ends;
     auto ending = [&](const std::string& name) { return [&ends, name] { ends.push_back(name); }; };
     step->getMetaData(modulesNamed({"A"}),
                       [&] {
@@ -246,10 +235,10 @@ TEST_F(MetadataDownloadTest, DownloadsComeOneAfterAnotherEachWithItsOwnAnswer) {
                       },
                       {});
     step->getMetaData(modulesNamed({"B"}), ending("second"), {});
-    EXPECT_EQ(service->asked(), (std::vector<std::string>{"A"}));
+    EXPECT_EQ(service->asked(), (Strings{"A"}));
     for (std::size_t call = 0; call < 3; ++call) service->answer(call);
-    EXPECT_EQ(service->asked(), (std::vector<std::string>{"A", "B", "C"}));
-    EXPECT_EQ(ends, (std::vector<std::string>{"first", "second", "third"}));
+    EXPECT_EQ(service->asked(), (Strings{"A", "B", "C"}));
+    EXPECT_EQ(ends, (Strings{"first", "second", "third"}));
 
     // Without module names all stored modules are downloaded; if none is stored, the download ends at once.
     step->getMetaData({}, ending("nothing stored"), {});
@@ -285,7 +274,7 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
 
     auto filled = [&] { return column("SELECT lookup_column FROM MODULE_RELATED_LIST ORDER BY list_id"); };
     auto fill = [] { return PopulateRelatedModulesDM::make(Stores::current())->populateLookupColumn(); };
-    const std::pair<FieldIdentifier, std::vector<std::string>> cases[] = {
+    const std::pair<FieldIdentifier, Strings> cases[] = {
         {FieldIdentifier::crmColumnNameIdentifier(), {"COL_Account", "COL_What", "SEID", "", "COL_What", "COL_Who"}},
         {FieldIdentifier::fieldAPINameIdentifier(),
          {"Api_Account", "Api_What", "Parent_Id", "", "Api_What", "Api_Who"}},
@@ -303,7 +292,7 @@ TEST_F(MetadataDownloadTest, FillsLookupColumnsInBothNamings) {
     database->execute("DELETE FROM MODULE_SPECIFIC_METADATA WHERE field_type = 'lookup'", std::nullopt);
     database->execute("UPDATE MODULE_RELATED_LIST SET lookup_column = 'kept'", std::nullopt);
     EXPECT_TRUE(fill());
-    EXPECT_EQ(filled(), std::vector<std::string>(6, "kept"));
+    EXPECT_EQ(filled(), Strings(6, "kept"));
     configuration().databaseAdapter = nullptr;
     EXPECT_FALSE(fill());
 }
