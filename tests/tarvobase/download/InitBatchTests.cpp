@@ -300,15 +300,6 @@ TEST_F(ViewBatchTest, ModulesWithoutContentAreRequestedAgainOnDemand) {
     EXPECT_EQ(step->totalCallsCount(), 0) << "nothing is missing any more";
 }
 
-TEST_F(ViewBatchTest, AnOutdatedStepStoresAndFlagsNothing) {
-    startWith({"Leads"});
-    configuration().currentOrgID = "other";
-    answer(0, {Value(viewsEntry("Leads", {"1"}))});
-    EXPECT_THAT(recorder->take(), UnorderedElementsAre("0/1", "1/1", "failed"));
-    EXPECT_EQ(storedViews("Leads"), 0u);
-    EXPECT_FALSE(isFlagged("customviews", "Leads"));
-}
-
 TEST_F(InitBatchTest, AShutdownLeavesTheBatchUndone) {
     store({"Leads"});
     for (auto kind : {NetworkError::Kind::shutDown, NetworkError::Kind::notSent}) {

@@ -281,21 +281,5 @@ TEST_F(InitProcessTest, AnInitCallThatIsUnusableOrNotStoredStopsTheRun) {
     EXPECT_FALSE(isRecorded());
 }
 
-class InitProcessSwitchTest : public InitProcessTest, public ::testing::WithParamInterface<bool> {};
-
-/// A switch of account, or of organisation, in the middle of a run.
-TEST_P(InitProcessSwitchTest, AnOutdatedRunIsIncompleteAndFlagsNothing) {
-    start();
-    GetParam() ? signIn("2002") : void(configuration().currentOrgID = "other");
-    for (auto& one : list) one->complete(true);
-    settle();
-    EXPECT_EQ(events.back(), "incomplete");
-    EXPECT_EQ(UserAccountsManager(defaults).userWithInitialDownloadComplete(), std::nullopt);
-    EXPECT_THAT(events, ::testing::Not(::testing::Contains("lookups")));
-    EXPECT_EQ(UserDefaultsUtil(defaults).getProgressPercent() == 100, false);
-}
-
-INSTANTIATE_TEST_SUITE_P(AccountAndOrganisation, InitProcessSwitchTest, ::testing::Bool());
-
 }  // namespace
 }  // namespace tarvo
