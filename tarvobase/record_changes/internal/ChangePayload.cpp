@@ -1,9 +1,13 @@
 #include "tarvobase/record_changes/internal/ChangePayload.h"
 
+#include <algorithm>
+
 #include "platform/Json.h"
+#include "platform/Text.h"
 #include "tarvobase/network_layer/Parser.h"
 #include "tarvobase/records/sql/DependentRecords.h"
 #include "tarvobase/records/wire/RecordConversion.h"
+#include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
@@ -14,6 +18,17 @@ bool isSent(const std::string& column, const Record& record, const FieldList& fi
     auto& names = *fields.naming().constant;
     return record.hasColumn(column) && column != record.identifierColumn() && column != names.modifiedTime &&
            column != names.modifiedBy && column != names.tag && column != names.attachments;
+}
+
+/// A column joins the ids of a lookup of several records. They go one by one if a temporary one is among them, so that
+/// it is found like every other and gives way to the real one.
+Value sentByType(FieldDataType type, const ValueView& stored) {
+    auto value = sentValue(type, stored);
+    auto joined = type == FieldDataType::multiselectlookup ? value.asText() : nullptr;
+    if (!joined) return value;
+    auto ids = text::split(*joined, ",");
+    bool namesTemporary = std::any_of(ids.begin(), ids.end(), [](auto& id) { return isTemporaryRecordId(id); });
+    return namesTemporary ? Value(ValueList(ids.begin(), ids.end())) : value;
 }
 
 }  // namespace
@@ -28,7 +43,7 @@ ValueMap ChangePayload::of(const Record& record, const FieldList& fields, Transa
         if (DependentRecords::isListOfRows(record.moduleName(), field)) {
             if (auto rows = stored.copy(); listOfMaps(&rows)) payload.set(field.fieldAPIName, std::move(rows));
         } else if (isEdit || !stored.isNull()) {
-            payload.set(field.fieldAPIName, sentValue(field.fieldType, stored));
+            payload.set(field.fieldAPIName, sentByType(field.fieldType, stored));
         }
     }
     return payload;

@@ -44,6 +44,8 @@ TEST_F(ChangePayloadTest, ValuesGoOutByTheTypeOfTheirField) {
         {T::file, "FREQ=DAILY", R"({"RRULE":"FREQ=DAILY"})"},
         {T::lookup, "NEW_123456789", R"("NEW_123456789")"},
         {T::multiselectlookup, ValueList{"1", "2"}, R"(["1","2"])"},
+        {T::multiselectlookup, "1,2", R"("1,2")"},
+        {T::multiselectlookup, "1,NEW_123456789", R"(["1","NEW_123456789"])"},
         {T::subform, rows, R"([{"id":"1","Qty":2}])"},
         {T::subform, ValueList{}, "[]"},
         {T::subform, 1, ""},
