@@ -93,7 +93,10 @@ void answerAtRest(const CallPtr& call) {
 void idle(const IdleRequest& request, const CallPtr& call) {
     auto isAnswered = std::make_shared<std::atomic<bool>>(false);
     auto answer = [call, isAnswered] {
-        if (!isAnswered->exchange(true)) answerAtRest(call);
+        if (isAnswered->exchange(true)) return;
+        answerAtRest(call);
+        // The timer may hold the call for long.
+        call->finish();
     };
     ChangeQueues::shared().whenResting(answer);
     if (request.seconds) UsecaseQueue::queue()->asyncAfter(std::chrono::seconds(*request.seconds), answer);
