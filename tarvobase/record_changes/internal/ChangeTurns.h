@@ -33,6 +33,7 @@ public:
     struct Creation {
         std::string transactionId;
         bool hasFailed = false;
+        friend bool operator==(const Creation&, const Creation&) = default;
     };
     using Creations = std::map<std::string, Creation, std::less<>>;  // by the record's temporary id
 

@@ -121,11 +121,22 @@ OlderChangeQueue::Step OlderChangeQueue::claim(const std::vector<QueuedChange*>&
     return Step::done;
 }
 
+/// Returns whether the rows are still those that were judged. A verdict over several rows holds only then: the user may
+/// have tried the add again or deleted the record since.
+bool OlderChangeQueue::isAsRead() const {
+    auto queued = stores_.transactions()->getTransactions();
+    auto created = ChangeTurns::creationsFor(stores_, queue_);
+    auto isSame = [](auto& row, auto& judged) { return row == judged.transaction; };
+    return queued && created == created_ &&
+           std::equal(queued->transactions.begin(), queued->transactions.end(), queue_.begin(), queue_.end(), isSame);
+}
+
 OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& change) {
     auto& id = change.transaction.transactionID;
     auto refusal = ErrorResponse::dependingTransactionFailed();
     std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("fail a change", [&] {
+        if (!isAsRead()) return true;
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
         auto number = entry ? entry->transactionNumber : 0;
         if (number && !TransactionWaiters(stores_).fail(number, refusal)) return false;
@@ -134,7 +145,7 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
                                                          std::string(Transaction::State::error));
     });
     if (!isStored) return Step::failed;
-    changeNotices::refused(Change::of(change.transaction, *entry), refusal);
+    if (entry) changeNotices::refused(Change::of(change.transaction, *entry), refusal);
     return Step::stale;
 }
 
@@ -154,12 +165,13 @@ OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
         return failForDependency(change);
     std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("drop a delete", [&] {
+        if (!isAsRead()) return true;
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
         return entry && stores_.transactions()->removeTransactionsWithIds(dropped) &&
                stores_.changeRegister()->remove(ChangeQueue::older, dropped);
     });
     if (!isStored) return Step::failed;
-    changeNotices::accepted(Change::of(change.transaction, *entry), std::nullopt);
+    if (entry) changeNotices::accepted(Change::of(change.transaction, *entry), std::nullopt);
     return Step::stale;
 }
 

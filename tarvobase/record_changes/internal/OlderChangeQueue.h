@@ -16,7 +16,8 @@
 namespace tarvo {
 
 /// The older queue as the drain of its database sees it. It keeps the rows in memory between two reads of the table,
-/// since a queue may hold thousands; what it claims it reads once more, in the transaction that claims it.
+/// since a queue may hold thousands; what it claims, fails or drops it reads once more, in the transaction that does
+/// it.
 class OlderChangeQueue final : public DrainedChanges {
 public:
     OlderChangeQueue(const Stores& stores, std::shared_ptr<ChangeSender> sender, ChangeSettlement settlement);
@@ -35,6 +36,7 @@ private:
     };
     enum class Step { done, stale, failed };
     bool read();
+    bool isAsRead() const;
     /// Collects what can go, and ends what never can.
     Step findSendable(std::size_t most, std::vector<QueuedChange*>& found);
     Step claim(const std::vector<QueuedChange*>& changes);

@@ -240,6 +240,25 @@ TEST_F(OlderChangeQueueTest, RowThatWasDroppedSinceTheLastReadIsNotSent) {
     EXPECT_EQ(sendAll(), "");
 }
 
+TEST_F(OlderChangeQueueTest, NothingFailsOrIsDroppedByRowsThatHaveChangedSince) {
+    auto log = std::make_shared<NoticeLog>();
+    BrenNotificationCenter::shared().add<ChangeQueueObserver>(log);
+    enqueue("1", T::editRecord, "7");
+    enqueue("add", T::addRecord, temporaryId);
+    ASSERT_TRUE(stores->transactions()->updateTransaciton("add", std::nullopt, std::nullopt, "error"));
+    enqueue("gone", T::editRecord, "NEW_000000002");
+    enqueue("waiter", T::editRecord, "8", R"("Parent":"NEW_000000001")");
+    enqueue("delete", T::deleteRecord, temporaryId);
+    EXPECT_EQ(queue->claim(1).transactionIDs, std::vector<std::string>{"1"});
+    ASSERT_TRUE(stores->transactions()->removeTransaction("gone"));
+    ASSERT_TRUE(stores->transactions()->makeReady({"add"}));
+    EXPECT_EQ(sendAll(), "add");
+    EXPECT_EQ(rows(), R"("1","7","InProgress";"add","NEW_000000001","InProgress";"waiter","8",null;)"
+                      R"("delete","NEW_000000001",null)");
+    settle();
+    EXPECT_EQ(log->notices, std::vector<std::string>());
+}
+
 TEST_F(OlderChangeQueueTest, ChangeOfUnknownOutcomeIsSentAgainUnderItsKey) {
     storeLead(temporaryId, "mine");
     enqueue("add", T::addRecord, temporaryId);
