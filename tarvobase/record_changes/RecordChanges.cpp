@@ -66,7 +66,8 @@ SavedChange AddRecordDataManager::addRecord(Record record, const Module& module)
 SavedChange EditRecordDataManager::editRecord(Record record, const Module& module) const {
     auto& stores = parts_.stores;
     return savedAtOnce(parts_, record.recordId(), module, "edit a record", [&]() -> Queued {
-        record.setRecordId(stores.recordIdAliases()->currentId(module.moduleName, record.recordId()));
+        record.setRecordId(
+            SharedActivities::currentId(*stores.recordIdAliases(), module.moduleName, record.recordId()));
         // The first of several reads gets all that the others need.
         std::ignore = FieldListAssembler::getFieldListDM(stores.databaseAdapter())
                           ->getFieldsWithoutPicklists(module.moduleName, record.columnNames());
@@ -98,7 +99,7 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
     auto& stores = parts_.stores;
     std::vector<std::string> files;
     auto saved = savedAtOnce(parts_, recordID, module, "delete a record", [&]() -> Queued {
-        recordID = stores.recordIdAliases()->currentId(module.moduleName, recordID);
+        recordID = SharedActivities::currentId(*stores.recordIdAliases(), module.moduleName, recordID);
         for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
             if (!parts_.recordPersistance->deleteRecord(recordID, each)) return std::nullopt;
         if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))

@@ -9,24 +9,50 @@
 
 namespace tarvo {
 
+namespace {
+
+/// Calls `visit` with the ids in a value, which may be changed: a text is one or several that "," joins, and lists and
+/// maps hold more. Returns the value with what has become of them.
+template <class Visit>
+Value visitIds(const Value& value, const Visit& visit) {
+    if (auto text = value.asText()) {
+        auto ids = text::split(*text, ",");
+        for (auto& id : ids) visit(id);
+        return text::join(ids, ",");
+    }
+    if (auto list = value.asList()) {
+        ValueList visited;
+        for (auto& item : *list) visited.push_back(visitIds(item, visit));
+        return visited;
+    }
+    if (auto map = value.asMap()) {
+        ValueMap visited;
+        for (auto& entry : *map) visited.set(entry.name, visitIds(entry.value, visit));
+        return visited;
+    }
+    return value;
+}
+
+}  // namespace
+
 bool replaceAliases(const Stores& stores, Record& record) {
     std::vector<std::string> temporary;
-    for (std::size_t i = 0; i < record.columnCount(); ++i) {
-        auto text = record.value(i).asText();
-        if (i == record.identifierIndex() || !text) continue;
-        for (auto& id : text::split(*text, ","))
-            if (isTemporaryRecordId(id)) temporary.push_back(id);
-    }
+    for (std::size_t i = 0; i < record.columnCount(); ++i)
+        if (i != record.identifierIndex())
+            visitIds(record.value(i).copy(), [&](auto& id) {
+                if (isTemporaryRecordId(id)) temporary.push_back(id);
+            });
     if (temporary.empty()) return true;
     auto aliases = stores.recordIdAliases()->aliasesOf(temporary);
     if (!aliases) return false;
     for (std::size_t i = 0; i < record.columnCount(); ++i) {
-        auto text = record.value(i).asText();
-        if (i == record.identifierIndex() || !text) continue;
-        auto ids = text::split(*text, ",");
-        for (auto& alias : *aliases) std::replace(ids.begin(), ids.end(), alias.temporaryId, alias.realId);
-        if (auto replaced = text::join(ids, ","); replaced != *text)
-            record.set(record.columnName(i), Value(std::move(replaced)));
+        if (i == record.identifierIndex()) continue;
+        auto value = record.value(i).copy();
+        auto replaced = visitIds(value, [&](auto& id) {
+            for (auto& alias : *aliases)
+                if (id == alias.temporaryId) id = alias.realId;
+        });
+        if (replaced != value) record.set(record.columnName(i), std::move(replaced));
     }
     return true;
 }

@@ -209,11 +209,21 @@ TEST_F(RecordChangesTest, TemporaryIdsOfAcceptedRecordsStayGood) {
     ASSERT_TRUE(parts->stores.recordIdAliases()->store({newLead, "Leads", "42"}));
     EXPECT_TRUE(edit(lead(newLead, {{"Company", "b"}, {"Parent", newLead}})));
     EXPECT_EQ(cells("LeadsRecords", {"ID", "COMPANY", "PARENT"}), R"("42","b","42")");
+    EXPECT_TRUE(edit(lead("42", {{"Parent", ValueList{"1", newLead}}})));
+    EXPECT_EQ(cells("LeadsRecords", {"PARENT"}), R"("1,42")");
+    auto rows = ValueList{Value(ValueMap{{"Product", newLead}})};
+    EXPECT_TRUE(edit(lead("42", {{"Parent", rows}})));
+    EXPECT_EQ(queue().find(newLead), std::string::npos) << queue();
     EXPECT_TRUE(remove(newLead));
     EXPECT_EQ(stored(), "");
     EXPECT_TRUE(add(lead(newLead, {{"Company", "a record of the same temporary id"}})));
     EXPECT_TRUE(edit(lead(newLead, {{"City", "Ulm"}})));
     EXPECT_EQ(parts->stores.transactions()->getTransactions(newLead)->transactions.size(), 2u);
+    // A task is known by its former id among the activities too.
+    adapter().createTable("CREATE TABLE ActivitiesRecords (ID)");
+    ASSERT_TRUE(parts->stores.recordIdAliases()->store({newLead, "Tasks", "43"}));
+    EXPECT_TRUE(DeleteRecordDataManager(*parts).deleteRecord(newLead, leads("Activities")));
+    EXPECT_EQ(parts->stores.transactions()->getTransactions("43")->transactions.size(), 1u);
 }
 
 TEST_F(RecordChangesTest, OrderHoldsWhenTheClockIsSetBack) {
