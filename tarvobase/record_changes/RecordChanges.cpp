@@ -6,6 +6,7 @@
 
 #include "platform/Files.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/record_changes/internal/AliasedLookups.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
@@ -137,6 +138,9 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
             continue;
         }
         dropped.push_back(row.transactionID);
+        // A change that is gone is settled: observers that count what waits would wait for it for ever.
+        if (entry != entries->end() && row.extras != Transaction::State::error)
+            afterCommit([change = Change::of(row, *entry)] { changeNotices::accepted(change, std::nullopt); });
         // What waits for the add would never learn of an id.
         bool isNumbered = entry != entries->end() && entry->transactionNumber;
         if (isNumbered && !TransactionWaiters(parts_.stores)

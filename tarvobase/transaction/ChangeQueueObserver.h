@@ -19,8 +19,9 @@ public:
     virtual void changeNotSaved(const std::string& moduleName, const std::string& recordId, ChangeNotSaved reason) {
         static_cast<void>(moduleName), static_cast<void>(recordId), static_cast<void>(reason);
     }
-    /// The server has the change, which has left the queue. `change.recordId` is the server's id; `formerRecordId` is
-    /// the temporary one of a record that was added.
+    /// The server has the change, or the delete of its record has made it needless; it has left the queue.
+    /// `change.recordId` is the server's id; `formerRecordId` is the temporary one of a record that the server has
+    /// added.
     virtual void changeAccepted(const Change& change, const std::optional<std::string>& formerRecordId) {
         static_cast<void>(change), static_cast<void>(formerRecordId);
     }

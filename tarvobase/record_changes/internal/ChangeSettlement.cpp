@@ -52,16 +52,28 @@ ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordP
 
 bool ChangeSettlement::settle(const std::vector<AnsweredChange>& changes) const {
     auto& database = stores_.databaseAdapter();
+    std::set<std::string> queued;
     bool areStored = database && database->transaction("answers to changes", [&] {
         FieldListMemory memory;
-        return store(changes);
+        return readQueued(changes, queued) && store(changes);
     });
     if (!areStored) return false;
     for (auto& change : changes) {
         if (change.answer.outcome == Outcome::noAnswer) continue;
-        notify(change.sent, change.entry, change.answer);
+        // The delete that has dropped a change meanwhile has notified of it.
+        if (queued.contains(change.sent.transactionID)) notify(change.sent, change.entry, change.answer);
         follow(change);
     }
+    return true;
+}
+
+/// Reads the ids of those changes that are still in the queue.
+bool ChangeSettlement::readQueued(const std::vector<AnsweredChange>& changes, std::set<std::string>& queued) const {
+    std::vector<std::string> ids;
+    for (auto& change : changes) ids.push_back(change.sent.transactionID);
+    auto found = stores_.transactions()->getTransactionsWithIds(ids);
+    if (!found) return false;
+    for (auto& row : found->transactions) queued.insert(row.transactionID);
     return true;
 }
 
@@ -162,7 +174,6 @@ bool ChangeSettlement::storeRefused(const Transaction& sent, const ChangeEntry& 
            stores_.changeRegister()->noteRefusal(entry.number, refusal, mayBeApplied);
 }
 
-/// A change that a delete has dropped meanwhile is not in the queue any more, and its refusal concerns nobody.
 void ChangeSettlement::notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const {
     auto change = Change::of(sent, entry);
     if (answer.outcome == Outcome::accepted) {
@@ -170,8 +181,7 @@ void ChangeSettlement::notify(const Transaction& sent, const ChangeEntry& entry,
         changeNotices::accepted(std::move(change), isAdd(sent) ? std::optional(sent.recordID) : std::nullopt);
         return;
     }
-    auto row = stores_.transactions()->getTransaction(sent.transactionID);
-    if (row && row.value()) changeNotices::refused(std::move(change), refusalOf(answer));
+    changeNotices::refused(std::move(change), refusalOf(answer));
 }
 
 /// Returns whether another change of the record is about to be answered. A record that is fetched before its answer and

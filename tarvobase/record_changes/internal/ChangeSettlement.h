@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,7 @@ public:
     bool settle(const std::vector<AnsweredChange>& changes) const;
 
 private:
+    bool readQueued(const std::vector<AnsweredChange>& changes, std::set<std::string>& queued) const;
     bool store(const std::vector<AnsweredChange>& changes) const;
     bool storeAccepted(const std::vector<const AnsweredChange*>& changes) const;
     bool storeRefused(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;

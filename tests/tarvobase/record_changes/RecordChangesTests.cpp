@@ -98,6 +98,9 @@ public:
     std::string notices;
 
     void changeSaved(const Change& change) override { notices += std::to_string(change.number) + change.kind + " "; }
+    void changeAccepted(const Change& change, const std::optional<std::string>&) override {
+        notices += "accepted " + std::to_string(change.number) + " ";
+    }
     void changeNotSaved(const std::string&, const std::string& recordId, ChangeNotSaved reason) override {
         notices += recordId + std::string(caseName(reason)) + " ";
     }
@@ -184,6 +187,8 @@ TEST_F(RecordChangesTest, RetryOfAnEditLeavesOutWhatLaterEditsSet) {
 }
 
 TEST_F(RecordChangesTest, DeleteWaitsForAnAddThatWasSent) {
+    auto log = std::make_shared<SavedLog>();
+    BrenNotificationCenter::shared().add<ChangeQueueObserver>(log);
     EXPECT_TRUE(add(lead(newLead, {{"Company", "a"}})));
     EXPECT_TRUE(edit(lead(newLead, {{"Company", "b"}})));
     auto entries = parts->stores.changeRegister()->entries();
@@ -193,6 +198,8 @@ TEST_F(RecordChangesTest, DeleteWaitsForAnAddThatWasSent) {
     ASSERT_EQ(queued.size(), 2u);
     EXPECT_EQ(queued[0].operationType, TransactionType::addRecord);
     EXPECT_EQ(queued[1].operationType, TransactionType::deleteRecord);
+    settle();
+    EXPECT_EQ(log->notices, "1addRecord 2editRecord accepted 2 3deleteRecord ");
 }
 
 TEST_F(RecordChangesTest, DeleteRepeatsAnAddThatMayHaveBeenApplied) {

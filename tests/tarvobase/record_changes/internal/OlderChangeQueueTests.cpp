@@ -227,8 +227,12 @@ TEST_F(OlderChangeQueueTest, AnswerToADroppedEditBringsNothingBack) {
     enqueue("1", T::editRecord, "7");
     EXPECT_EQ(sendAll(), "1");
     ASSERT_TRUE(stores->transactions()->removeTransactions("7"));
+    auto log = std::make_shared<NoticeLog>();
+    BrenNotificationCenter::shared().add<ChangeQueueObserver>(log);
     answer(ChangeAnswer::accepted("7", ValueMap{{"id", "7"}, {"Company", "server"}}));
     EXPECT_EQ(leads(), "");
+    settle();
+    EXPECT_EQ(log->notices, std::vector<std::string>());
 }
 
 TEST_F(OlderChangeQueueTest, RowThatWasDroppedSinceTheLastReadIsNotSent) {
