@@ -5,9 +5,23 @@
 #include <set>
 
 #include "tarvobase/record_changes/internal/QueuedChange.h"
+#include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/transaction/TransactionWaiters.h"
 
 namespace tarvo {
+
+namespace {
+
+/// A later edit of the record may be on its way already, since a failed one holds nothing up.
+bool leaveOutLater(const Stores& stores, const Transaction& freed, const std::vector<Transaction>& queue) {
+    if (freed.operationType != TransactionType::editRecord) return true;
+    std::vector<Transaction> ofRecord;
+    for (auto& row : queue)
+        if (row.recordID == freed.recordID) ofRecord.push_back(row);
+    return SupersededEdits::leaveOut(stores, freed, ofRecord);
+}
+
+}  // namespace
 
 std::optional<std::vector<std::string>> freeDependents(const Stores& stores, const std::string& recordId,
                                                        std::int64_t transactionNumber) {
@@ -29,6 +43,7 @@ std::optional<std::vector<std::string>> freeDependents(const Stores& stores, con
             if (entry == failed.end()) continue;
             auto names = QueuedChange(row).temporaryIds;
             if (std::none_of(names.begin(), names.end(), [&](auto& id) { return arriving.contains(id); })) continue;
+            if (!leaveOutLater(stores, row, queued->transactions)) return std::nullopt;
             auto number = entry->second->transactionNumber;
             if (!stores.changeRegister()->forgetRefusal(entry->second->number)) return std::nullopt;
             if (number && !waiters.recover(number)) return std::nullopt;

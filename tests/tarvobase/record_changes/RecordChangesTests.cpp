@@ -154,11 +154,12 @@ TEST_F(RecordChangesTest, EditOfARefusedAddIsTheAddAgain) {
 TEST_F(RecordChangesTest, RetryFreesWhatFailedForTheSakeOfTheAdd) {
     EXPECT_TRUE(add(lead(newLead, {{"Company", "a"}})));
     EXPECT_TRUE(add(lead("NEW_000000002", {{"Parent", newLead}})));
-    EXPECT_TRUE(edit(lead("7", {{"Parent", "NEW_000000002"}})));
+    EXPECT_TRUE(edit(lead("7", {{"Parent", "NEW_000000002"}, {"City", "former"}})));
     EXPECT_TRUE(edit(lead("8", {{"Company", "refused for itself"}})));
     fail(newLead, "crmMANDATORY_NOT_FOUND");
     for (auto id : {"NEW_000000002", "7"}) fail(id, "txnDEPENDING_TRANSACTION_FAILED");
     fail("8", "crmINVALID_DATA");
+    EXPECT_TRUE(edit(lead("7", {{"City", "later, and may be on its way"}})));
     auto before = parts->stores.changeRegister()->entries();
     QueuedChanges changes(parts->stores);
     EXPECT_EQ(changes.retry({99}), QueuedChanges::Numbers());
@@ -166,6 +167,7 @@ TEST_F(RecordChangesTest, RetryFreesWhatFailedForTheSakeOfTheAdd) {
     auto after = parts->stores.changeRegister()->entries();
     EXPECT_EQ(after->at(0).key, before->at(0).key);
     EXPECT_FALSE(after->at(2).lastRefusal);
+    EXPECT_EQ(queue().find("former"), std::string::npos) << queue();
     EXPECT_TRUE(after->at(3).lastRefusal);
     EXPECT_EQ(changes.retry({}), QueuedChanges::Numbers{4});
 }
