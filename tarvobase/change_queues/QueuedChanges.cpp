@@ -181,7 +181,9 @@ std::optional<QueuedChanges::Numbers> QueuedChanges::retry(const Numbers& number
 bool QueuedChanges::retryOlder(const Change& listed) const {
     auto rows = stores_.transactions();
     auto row = rows->getTransaction(listed.transactionId);
-    if (!row || !row.value()) return false;
+    if (!row) return false;
+    // Nothing was left of an edit that an add before it has freed.
+    if (!row.value()) return true;
     auto& change = *row.value();
     auto ofRecord = rows->getTransactions(change.recordID);
     if (!ofRecord) return false;
