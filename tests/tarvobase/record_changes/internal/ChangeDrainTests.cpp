@@ -76,6 +76,7 @@ protected:
         return text;
     }
     void give(std::deque<std::string> ids) {
+        settle();  // the drain may be looking at what was given before
         changes->ready = std::move(ids);
         drain->wake();
         settle();
