@@ -110,8 +110,10 @@ struct ChangeQueues::Entries {
         if (auto present = of(stores.scope)) return present;
         std::vector<ScopeQueues> formers;
         auto made = makeQueues(stores);
-        made.manager->initialize();
-        auto queues = add(std::move(made), formers);
+        auto queues = add(made, formers);
+        // Another thread's manager has been initialized, and may be sending: this one would take that for the work of a
+        // process that has ended.
+        if (queues.manager == made.manager) made.manager->initialize();
         // What they send would not count any more.
         for (auto& former : formers) former.stop([] {});
         return queues;
