@@ -55,12 +55,13 @@ bool TransactionWaiters::notifyOfErrors(const std::map<std::int64_t, ErrorRespon
     auto stored = stores_.currentTransactions()->getTransactionsWithIds(ids);
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, textsOfIds(ids));
     if (!stored || !entries) return false;
-    for (auto& entry : *entries)
-        for (auto& transaction : *stored)
-            if (entry.transactionId == std::to_string(transaction.id))
-                afterCommit([change = Change::of(transaction, entry), error = errors.at(transaction.id)] {
-                    changeNotices::refused(change, error);
-                });
+    std::map<std::string, const ChangeEntry*> entryOf;
+    for (auto& entry : *entries) entryOf[entry.transactionId] = &entry;
+    for (auto& transaction : *stored)
+        if (auto entry = entryOf.find(std::to_string(transaction.id)); entry != entryOf.end())
+            afterCommit([change = Change::of(transaction, *entry->second), error = errors.at(transaction.id)] {
+                changeNotices::refused(change, error);
+            });
     return true;
 }
 
