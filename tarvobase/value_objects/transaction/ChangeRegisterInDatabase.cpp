@@ -82,13 +82,17 @@ ChangeRegisterInDatabase::ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapt
     : table_(std::move(databaseAdapter), ChangeRegisterTable::name, changeRegisterTable()),
       organisation_(std::move(organisation)) {}
 
+/// Each claim enters its change again. An insert that is ignored would use up a number, and leave gaps that users see.
 std::optional<ChangeEntry> ChangeRegisterInDatabase::enter(ChangeQueue queue, const std::string& transactionId) {
     using namespace changeColumns;
     auto columns = std::string(enteredAt) + ", " + organisation + ", " + key + ", " + sends + ", " +
                    changeColumns::queue + ", " + changeColumns::transactionId;
-    RawQuery insert("INSERT OR IGNORE INTO " + table_.name() + " (" + columns + ") VALUES (?,?,?,0,?,?)",
+    auto isPresent = std::string(changeColumns::queue) + " = ? AND " + changeColumns::transactionId + " = ?";
+    RawQuery insert("INSERT INTO " + table_.name() + " (" + columns +
+                        ") SELECT ?,?,?,0,?,? WHERE NOT EXISTS (SELECT 1 FROM " + table_.name() + " WHERE " +
+                        isPresent + ")",
                     {static_cast<std::int64_t>(platform::Clock::now().time_since_epoch().count()), organisation_,
-                     platform::Random::uuid(), rawText(queue), transactionId});
+                     platform::Random::uuid(), rawText(queue), transactionId, rawText(queue), transactionId});
     if (!table_.execute(insert)) return std::nullopt;
     return firstOf(entriesOf(queue, {transactionId}));
 }

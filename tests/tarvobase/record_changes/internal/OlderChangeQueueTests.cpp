@@ -420,16 +420,16 @@ TEST_F(OlderChangeQueueTest, BothQueuesAreOneOrder) {
     for (auto& change : *changes)
         listed += change.transactionId + " " + std::string(caseName(change.state)) +
                   (change.waitingFor ? " for " + std::to_string(change.waitingFor->numbers.at(0)) : "") + ";";
-    EXPECT_EQ(listed, "refused failed;100 ready;200 failed;on a note waiting for 4;");
+    EXPECT_EQ(listed, "refused failed;100 ready;200 failed;on a note waiting for 3;");
     // The retry of an add frees what waits for it in both queues.
-    EXPECT_EQ(QueuedChanges(*stores).retry({2}), (QueuedChanges::Numbers{2, 6}));
+    EXPECT_EQ(QueuedChanges(*stores).retry({2}), (QueuedChanges::Numbers{2, 4}));
     EXPECT_EQ(waiting(), "100 42 ;200 NEW_000000002 ; next 100");
     // What fails in the current queue fails what waits for it in this one.
     ASSERT_TRUE(manager->updateError(100, ErrorResponse::invlaidTransaction()));
     queue->refresh();
     EXPECT_EQ(sendAll(), "refused");
     EXPECT_EQ(rows(), R"("refused","NEW_000000002","InProgress";"on a note","7","error")");
-    EXPECT_EQ(QueuedChanges(*stores).retry({4}), (QueuedChanges::Numbers{4, 9}));
+    EXPECT_EQ(QueuedChanges(*stores).retry({3}), (QueuedChanges::Numbers{3, 5}));
 }
 
 }  // namespace tarvo

@@ -231,13 +231,14 @@ TEST_F(ChangeTableTest, NumbersOfChangesRiseForEver) {
     EXPECT_EQ(numberOf(ChangeQueue::current, "t1"), first + 1);
     EXPECT_EQ(numberOf(ChangeQueue::older, "t2", "2"), first + 2);
     EXPECT_EQ(numberOf(ChangeQueue::older, "t1"), first) << "a change that has an entry keeps it";
-    EXPECT_TRUE(changes().remove(ChangeQueue::older, {"t1", "t2"}));
+    EXPECT_EQ(numberOf(ChangeQueue::older, "t3"), first + 3) << "it uses up no number";
+    EXPECT_TRUE(changes().remove(ChangeQueue::older, {"t1", "t2", "t3"}));
     EXPECT_EQ(changes().entries()->size(), 1u);
     EXPECT_EQ(changes("2").entries()->size(), 0u);
     EXPECT_TRUE(changes().remove(ChangeQueue::current, {"t1"}));
     adapter->deregisterDB();
     ASSERT_TRUE(adapter->registerDB("a passphrase"));
-    EXPECT_GT(numberOf(ChangeQueue::older, "t9"), first + 2);
+    EXPECT_GT(numberOf(ChangeQueue::older, "t9"), first + 3);
 }
 
 TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
