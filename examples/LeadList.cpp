@@ -1,6 +1,7 @@
 // A host application from an empty machine to a list on the screen. docs/application.md quotes it section by section.
 #include "examples/Application.h"
 #include "platform/MainQueue.h"
+#include "tarvobase/change_queues/ChangeQueues.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/configuration/Lifecycle.h"
@@ -15,7 +16,6 @@
 #include "tarvobase/network_layer/NetworkAccess.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CustomViewChangedObserver.h"
-#include "tarvobase/records/NewRecordIds.h"
 #include "tarvobase/storage/InMemoryStorage.h"
 #include "tarvobase/utils/Util.h"
 
@@ -33,9 +33,8 @@ void configure(const std::string& home) {
     configuration.dclBD = variable("CRM_DOMAIN");
     configuration.fieldIdentifier = FieldIdentifier::crmColumnNameIdentifier();  // how fields are named, for good
 
-    auto userDefaults = std::make_shared<BrenUserDefaults>();
-    configuration.recordIDGenerator = std::make_shared<NewRecordIds>(userDefaults);  // ids of records made here
-    Util::performInitialOperations(userDefaults);                                    // the user's formats of dates
+    configuration.recordIDGenerator = ChangeQueues::shared().recordIds();  // ids of records made here
+    Util::performInitialOperations(std::make_shared<BrenUserDefaults>());  // the user's formats of dates
 }
 
 std::shared_ptr<KelvaDatabasePersistance> openDatabase() {

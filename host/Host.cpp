@@ -10,7 +10,6 @@
 #include "tarvobase/database_layer/DatabaseNaming.h"
 #include "tarvobase/download/DatabaseBinding.h"
 #include "tarvobase/network_layer/NetworkAccess.h"
-#include "tarvobase/records/NewRecordIds.h"
 #include "tarvobase/utils/Util.h"
 
 namespace tarvo::host {
@@ -42,7 +41,7 @@ void configure(const Arguments& arguments, const std::shared_ptr<Accounts>& acco
                                         ? FieldIdentifier::crmColumnNameIdentifier()
                                         : FieldIdentifier::fieldAPINameIdentifier();
     setEdition(configuration, arguments.servlet);
-    configuration.recordIDGenerator = std::make_shared<NewRecordIds>(std::make_shared<BrenUserDefaults>());
+    configuration.recordIDGenerator = ChangeQueues::shared().recordIds();
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
 #include "tarvobase/record_changes/internal/RecordRefetch.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/transaction/RecordIds.h"
 
 namespace tarvo {
 
@@ -73,6 +74,20 @@ ScopeQueues makeQueues(const Stores& stores) {
     };
     return {stores.scope, drain, manager};
 }
+
+/// Asks the manager, whose ids are above those that its database knows.
+class RecordIdsOfQueues final : public NewRecordIdGenerator {
+public:
+    std::string getNewRecordId() override { return current()->getNewRecordId(); }
+    void resetRecordId() override { current()->resetRecordId(); }
+
+private:
+    static std::shared_ptr<NewRecordIdGenerator> current() {
+        if (auto manager = ChangeQueues::shared().transactionManager()) return manager;
+        auto stores = Stores::current();
+        return std::make_shared<RecordIds>(stores, stores.userDefaults);
+    }
+};
 
 void callLater(std::function<void()> callback) {
     if (callback) DispatchQueue::serial("tarvo.changes.end")->async(std::move(callback));
@@ -177,6 +192,8 @@ std::shared_ptr<TransactionManager> ChangeQueues::transactionManager() {
     auto queues = entries_->current();
     return queues ? queues->manager : nullptr;
 }
+
+std::shared_ptr<NewRecordIdGenerator> ChangeQueues::recordIds() { return std::make_shared<RecordIdsOfQueues>(); }
 
 void ChangeQueues::whenResting(std::function<void()> callback) {
     auto queues = entries_->of(Scope::current());

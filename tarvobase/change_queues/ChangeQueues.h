@@ -38,6 +38,9 @@ public:
     /// Returns the manager of the current queue of the scope in force, also while nothing is sent. Returns null without
     /// an open database. The first call for a scope blocks for the database.
     std::shared_ptr<TransactionManager> transactionManager();
+    /// Returns the source of temporary ids for `CommonConfigration.recordIDGenerator`: the manager of the scope in
+    /// force at each call, and the settings alone while no database is open.
+    static std::shared_ptr<NewRecordIdGenerator> recordIds();
     /// Calls back on a background queue once nothing of the scope in force is on its way, and nothing can go at the
     /// moment.
     void whenResting(std::function<void()> callback);

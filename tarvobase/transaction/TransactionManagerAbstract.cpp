@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <utility>
 
 #include "platform/Clock.h"
@@ -44,7 +43,7 @@ TransactionManagerAbstract::TransactionManagerAbstract(const Stores& stores,
       txnDependencyPersistence_(stores.transactionDependencies()),
       transactionIds_(stores),
       waiters_(stores),
-      recordIds_("lastRecordId", std::move(userDefaults)) {}
+      recordIds_(stores, std::move(userDefaults)) {}
 
 TransactionManagerAbstract::~TransactionManagerAbstract() {
     inactiveTransactionTracker_.removeAll();
@@ -54,13 +53,6 @@ TransactionManagerAbstract::~TransactionManagerAbstract() {
 bool TransactionManagerAbstract::inOneCommit(std::string_view name, platform::FunctionRef<bool()> steps) {
     auto& database = stores_.databaseAdapter();
     return database && database->transaction(name, steps);
-}
-
-std::string TransactionManagerAbstract::getNewRecordId() {
-    auto number = recordIds_.next(txnPersistence_->highestNewRecordNumber().value_or(0));
-    char text[32];
-    std::snprintf(text, sizeof text, "NEW_%09lld", static_cast<long long>(number));
-    return text;
 }
 
 // Switching on and off.

@@ -16,8 +16,8 @@
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/transaction/BackOff.h"
 #include "tarvobase/transaction/ChangeQueueStatus.h"
-#include "tarvobase/transaction/IdCounter.h"
 #include "tarvobase/transaction/InactiveTransaction.h"
+#include "tarvobase/transaction/RecordIds.h"
 #include "tarvobase/transaction/TransactionExecutor.h"
 #include "tarvobase/transaction/TransactionIds.h"
 #include "tarvobase/transaction/TransactionManagerContract.h"
@@ -52,8 +52,8 @@ public:
     std::int64_t getNewTransactionId() override { return transactionIds_.getNewTransactionId(); }
     void resetTransactionId() override { transactionIds_.resetTransactionId(); }
     /// Returns "NEW_" and nine digits.
-    std::string getNewRecordId() override;
-    void resetRecordId() override { recordIds_.reset(); }
+    std::string getNewRecordId() override { return recordIds_.getNewRecordId(); }
+    void resetRecordId() override { recordIds_.resetRecordId(); }
 
     void startSync() override;
     void stopSync() override;
@@ -115,7 +115,7 @@ private:
 
     TransactionIds transactionIds_;
     const TransactionWaiters waiters_;
-    IdCounter recordIds_;
+    RecordIds recordIds_;
     InactiveTransaction inactiveTransactionTracker_;
     const std::shared_ptr<DispatchQueue> timerQueue_ = DispatchQueue::serial("com.tarvo.txn.timer");
 

@@ -330,13 +330,6 @@ std::optional<std::int64_t> NTransactionInDatabase::highestTransactionId() {
         "TRANSACTIONS_DEPENDENCY WHERE dependent_txn < ?)",
         ValueList(3, Value(highestUsableId))));
 }
-// A longer number is not a temporary id, and would push all that follow beyond the nine digits by which they are known.
-std::optional<std::int64_t> NTransactionInDatabase::highestNewRecordNumber() {
-    return highest(RawQuery(
-        "SELECT MAX(CAST(SUBSTR(record_id, 5) AS INTEGER)) AS highest FROM TRANSACTIONS_NEW WHERE record_id GLOB "
-        "'NEW_[0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9]'",
-        {}));
-}
 std::optional<std::int64_t> NTransactionInDatabase::highest(const Query& query) const {
     auto rows = fetch(query);
     if (!rows) return std::nullopt;

@@ -41,7 +41,6 @@ public:
     bool prepare() override;
     std::optional<QueuedNTransactions> getTransactions() override;
     std::optional<std::int64_t> highestTransactionId() override;
-    std::optional<std::int64_t> highestNewRecordNumber() override;
 
 private:
     std::optional<Rows> fetch(const Query& query) const;

@@ -9,7 +9,7 @@ namespace tarvo {
 namespace {
 
 namespace aliasColumns {
-constexpr const char *temporaryId = "temporary_id", *moduleName = RecordIdAliasTable::moduleName,
+constexpr const char *temporaryId = RecordIdAliasTable::temporaryId, *moduleName = RecordIdAliasTable::moduleName,
                      *realId = RecordIdAliasTable::realId, *organisation = RecordIdAliasTable::organisation,
                      *number = RecordIdAliasTable::number;
 }

@@ -8,7 +8,7 @@ namespace tarvo {
 /// The table of the real ids, with the columns that statements over several tables name.
 struct RecordIdAliasTable {
     static constexpr const char *name = "TARVO_RECORD_IDS", *moduleName = "module_name", *realId = "real_id",
-                                *organisation = "organisation", *number = "number";
+                                *organisation = "organisation", *number = "number", *temporaryId = "temporary_id";
 };
 
 /// The real ids in the account's database. All organisations share the table.

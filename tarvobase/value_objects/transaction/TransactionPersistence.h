@@ -101,9 +101,6 @@ public:
     /// gets a higher one even if the counter was lost. Returns 0 if there is none, and nullopt if the queue cannot be
     /// read. An id so high that none could follow does not count.
     virtual std::optional<std::int64_t> highestTransactionId() = 0;
-    /// Returns the highest number of a temporary id ("NEW_" and nine digits) that is a transaction's record. Returns 0
-    /// if there is none, and nullopt if the queue cannot be read.
-    virtual std::optional<std::int64_t> highestNewRecordNumber() = 0;
 };
 
 }  // namespace tarvo

@@ -1,8 +1,8 @@
 #include "tarvobase/records/Record.h"
 
 #include "tarvobase/configuration/UserDefaults.h"
-#include "tarvobase/records/NewRecordIds.h"
 #include "tarvobase/records/RecordFunctions.h"
+#include "tarvobase/transaction/RecordIds.h"
 #include "tarvobase/value_objects/account/User.h"
 #include "tarvobase/value_objects/layout/LayoutFieldLists.h"
 #include "tarvobase/value_objects/transaction/ErrorResponse.h"
@@ -92,17 +92,17 @@ TEST_F(RecordValueTest, ReadsAndWritesAreTheSameOverAFetch) {
 }
 
 TEST_F(RecordValueTest, NewRecordsNeverShareAnId) {
-    auto settings = std::make_shared<BrenUserDefaults>();
-    configuration().recordIDGenerator = std::make_shared<NewRecordIds>(settings);
+    auto ids = [] { return std::make_shared<RecordIds>(Stores::current(), std::make_shared<BrenUserDefaults>()); };
+    configuration().recordIDGenerator = ids();
     auto first = Record::getNewRecord("Leads");
     EXPECT_EQ(first.recordId(), "NEW_000000001");
     EXPECT_TRUE(first.isTempRecord());
     // As after a crash: another object reads the counter from the disk.
-    NewRecordIds later(std::make_shared<BrenUserDefaults>());
-    EXPECT_EQ(later.getNewRecordId(), "NEW_000000002");
+    auto later = ids();
+    EXPECT_EQ(later->getNewRecordId(), "NEW_000000002");
     EXPECT_EQ(Record::getNewRecord(names({"NAME"}), std::nullopt, "Leads").recordId(), "NEW_000000003");
-    later.resetRecordId();
-    EXPECT_EQ(later.getNewRecordId(), "NEW_000000001");
+    later->resetRecordId();
+    EXPECT_EQ(later->getNewRecordId(), "NEW_000000001");
     configuration().recordIDGenerator = nullptr;
     EXPECT_NE(Record::getNewRecord("Leads").recordId(), Record::getNewRecord("Leads").recordId());
     EXPECT_EQ(takeProgrammingErrors().size(), 2u) << "without a generator";

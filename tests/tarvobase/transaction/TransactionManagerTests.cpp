@@ -338,8 +338,17 @@ TEST_F(TransactionManagerTest, IdsRiseAboveWhatIsStoredAndAcrossALoss) {
     manager->resetTransactionId();
     manager->resetRecordId();
     EXPECT_EQ(manager->getNewTransactionId(), 71);
-    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000501");
     EXPECT_EQ(TransactionManager(*stores, stores->userDefaults).getNewTransactionId(), 72);
+    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000501");
+    ASSERT_TRUE(stores->transactions()->storeTransactions({{.transactionID = "a", .recordID = "NEW_000000600"},
+                                                           {.transactionID = "b", .recordID = "NEW_1234567890"},
+                                                           {.transactionID = "c", .recordID = "NEW_99999999x"},
+                                                           {.transactionID = "d", .recordID = "NEWS999999999"}}));
+    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000601");
+    ASSERT_TRUE(stores->recordIdAliases()->store({"NEW_000000700", "Leads", "42"}));
+    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000701");
+    manager->resetRecordId();
+    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000701");
 }
 
 TEST_F(TransactionManagerTest, APairCancelsOutUnlessAnotherWaitsForIt) {

@@ -277,16 +277,10 @@ TEST_F(CurrentQueueTableTest, DependenciesOnWhatIsInNeitherQueueGo) {
     EXPECT_EQ(textOf(*dependencies().removeDanglingDependencies({70})), "");
 }
 
-TEST_F(CurrentQueueTableTest, TheHighestNumbersAreThoseThatOthersCanFollow) {
+TEST_F(CurrentQueueTableTest, TheHighestIdIsOneThatOthersCanFollow) {
     EXPECT_EQ(queue().highestTransactionId(), 0);
-    EXPECT_EQ(queue().highestNewRecordNumber(), 0);
-    ASSERT_TRUE(
-        store({transactionOf(9, "NEW_000000012"), transactionOf(10, "NEW_1234567890"),
-               transactionOf(11, "NEW_99999999x"), transactionOf(12, "NEWS999999999"),
-               transactionOf(std::numeric_limits<std::int64_t>::max()), transactionOf(13, "NEW_99999999999999999999")},
-              {{9, 40, lookup}}));
+    ASSERT_TRUE(store({transactionOf(9), transactionOf(std::numeric_limits<std::int64_t>::max())}, {{9, 40, lookup}}));
     EXPECT_EQ(queue().highestTransactionId(), 40);
-    EXPECT_EQ(queue().highestNewRecordNumber(), 12);
 }
 
 TEST_F(CurrentQueueTableTest, ChangesTouchOnlyTheirRows) {
