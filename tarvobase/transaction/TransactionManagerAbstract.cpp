@@ -298,9 +298,14 @@ void TransactionManagerAbstract::settle(const NTransaction& transaction, const T
 bool TransactionManagerAbstract::storeSuccess(const NTransaction& transaction, const TransactionResult& result) {
     auto& identifiers = result.outcome.value();
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction.id)});
-    if (!entries || (result.store && !result.store())) return false;
-    if (!replaceRecordIdentifiers(identifiers, transaction.id) || !deleteTransactionWithId(transaction.id))
-        return false;
+    if (!entries) return false;
+    // Values of the server go beneath all that is in the queue, and over what this transaction has changed itself. One
+    // that creates records stays until what waits for it has their ids.
+    auto storeRows = [&] { return !result.store || result.store(); };
+    bool isStored = identifiers.empty() ? deleteTransactionWithId(transaction.id) && storeRows()
+                                        : storeRows() && replaceRecordIdentifiers(identifiers, transaction.id) &&
+                                              deleteTransactionWithId(transaction.id);
+    if (!isStored) return false;
     auto change = Change::of(transaction, entries->empty() ? ChangeEntry() : entries->front());
     std::optional<std::string> formerId;
     if (auto found = identifiers.find(transaction.recordId); found != identifiers.end()) {

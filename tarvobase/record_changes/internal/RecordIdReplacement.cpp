@@ -80,8 +80,8 @@ std::optional<std::set<std::string>> RecordIdReplacement::editedColumns(const st
                                                                         const std::string& recordId) const {
     auto fields = fieldLists_->getFields(moduleName, std::nullopt);
     if (!fields) return std::set<std::string>();
-    auto queue = stores_.transactions();
-    return UnsentChanges(stores_.databaseAdapter(), *queue, fields.value()).editedColumns(recordId);
+    UnsentChanges::Queues queues{stores_.transactions(), stores_.currentTransactions()};
+    return UnsentChanges(stores_.databaseAdapter(), queues, fields.value()).editedColumns(recordId);
 }
 
 /// Rows that would collide with one of the new id give way: the server's are newer.

@@ -171,7 +171,8 @@ RecordInDatabase::RecordInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdap
                                    std::shared_ptr<GetFieldListDM> fieldLists)
     : databaseAdapter_(std::move(databaseAdapter)),
       fieldLists_(std::move(fieldLists)),
-      queue_(Stores::over(databaseAdapter_).transactions()),
+      olderQueue_(Stores::over(databaseAdapter_).transactions()),
+      currentQueue_(Stores::over(databaseAdapter_).currentTransactions()),
       aliases_(Stores::over(databaseAdapter_).recordIdAliases()) {}
 
 std::shared_ptr<RecordInDatabase> RecordInDatabase::make(const std::shared_ptr<DatabaseAdapter>& databaseAdapter) {
@@ -235,7 +236,7 @@ std::optional<Names> RecordInDatabase::store(const RowSource& rows, const Names&
     };
     bool isCommitted =
         databaseAdapter_ && databaseAdapter_->transaction("store records of " + fields.moduleName(), [&] {
-            return UnsentChanges(databaseAdapter_, *queue_, fields).layOver(ids, storeAll);
+            return UnsentChanges(databaseAdapter_, {olderQueue_, currentQueue_}, fields).layOver(ids, storeAll);
         });
     return isCommitted ? std::move(stored) : std::nullopt;
 }
@@ -316,7 +317,7 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::ve
                update(rows, moduleName, fields->naming(), haveIds);
     };
     bool isCommitted = databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
-        return UnsentChanges(databaseAdapter_, *queue_, *fields).layOver(ids, modifyAll);
+        return UnsentChanges(databaseAdapter_, {olderQueue_, currentQueue_}, *fields).layOver(ids, modifyAll);
     });
     return isCommitted && haveIds;
 }

@@ -16,10 +16,11 @@ class GetFieldListDM;
 class RecordIdAliases;
 class TableAccess;
 class TransactionPersistanceDelegate;
+class TransactionPersistence;
 
 /// The record tables. The server defines them: one table per module, with the columns that its fields name. Columns
 /// that a table lacks are left out of writes, have no value in reads, and are logged once. The class keeps no state
-/// between calls. Values of the server go beneath the changes that wait in the older queue, in the same transaction.
+/// between calls. Values of the server go beneath the changes that wait in the queues, in the same transaction.
 /// Operations that are not given the fields of the module read them on each call. A read of one record also finds it by
 /// the temporary id that it had.
 class RecordInDatabase : public RecordPersistanceDelegate {
@@ -102,7 +103,8 @@ private:
 
     const std::shared_ptr<DatabaseAdapter> databaseAdapter_;
     const std::shared_ptr<GetFieldListDM> fieldLists_;
-    const std::shared_ptr<TransactionPersistanceDelegate> queue_;
+    const std::shared_ptr<TransactionPersistanceDelegate> olderQueue_;
+    const std::shared_ptr<TransactionPersistence> currentQueue_;
     const std::shared_ptr<RecordIdAliases> aliases_;
 };
 

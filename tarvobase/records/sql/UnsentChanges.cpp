@@ -1,6 +1,7 @@
 #include "tarvobase/records/sql/UnsentChanges.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "kelva_db/Database.h"
 #include "platform/Json.h"
@@ -10,78 +11,114 @@
 
 namespace tarvo {
 
-UnsentChanges::UnsentChanges(const std::shared_ptr<DatabaseAdapter>& databaseAdapter,
-                             TransactionPersistanceDelegate& queue, const FieldList& fields)
+namespace {
+
+const std::vector<NTransaction::Kind>& editsAndDeletes() {
+    static const auto kinds = kindsWhere([](NTransaction::Kind kind) {
+        return depndencyType(kind) == RecordDependency::Kind::edit ||
+               depndencyType(kind) == RecordDependency::Kind::delete_;
+    });
+    return kinds;
+}
+
+/// Returns the payloads in the body of a change of the older queue.
+std::vector<ValueMap> payloadsOf(const Transaction& change) {
+    auto body = change.dataJSON ? json::parse(*change.dataJSON) : std::nullopt;
+    auto data = body && body->asMap() ? body->asMap()->find("data") : nullptr;
+    std::vector<ValueMap> payloads;
+    if (!data || !data->asList()) return payloads;
+    for (auto& payload : *data->asList())
+        if (payload.asMap()) payloads.push_back(*payload.asMap());
+    return payloads;
+}
+
+}  // namespace
+
+UnsentChanges::UnsentChanges(const std::shared_ptr<DatabaseAdapter>& databaseAdapter, Queues queues,
+                             const FieldList& fields)
     : databaseAdapter_(databaseAdapter),
-      queue_(queue),
+      queues_(std::move(queues)),
       fields_(fields),
       table_(kelva::quotedName(RecordUtil::getTableName(fields.moduleName()))),
       idColumn_(RecordUtil::getIdentifierFieldName(fields.moduleName(), fields.naming())) {}
 
 bool UnsentChanges::layOver(const std::vector<std::string>& recordIds, platform::FunctionRef<bool()> store) const {
-    Changes changes;
-    if (!readChanges(recordIds, changes) || !store()) return false;
-    for (auto& edit : changes.edits)
-        if (!edit.values.empty() && !databaseAdapter_->update(table_, edit.values, columnIs(idColumn_, edit.recordId)))
-            return false;
-    return changes.deletedIds.empty() ||
-           databaseAdapter_->deleteObjects(table_, columnIn(idColumn_, changes.deletedIds));
+    auto changes = readChanges(recordIds);
+    auto edits = changes ? readEdits(*changes) : std::nullopt;
+    if (!edits || !store()) return false;
+    for (auto& edit : *edits)
+        if (!databaseAdapter_->update(table_, edit.values, columnIs(idColumn_, edit.recordId))) return false;
+    std::vector<std::string> deletedIds(changes->deletedIds.begin(), changes->deletedIds.end());
+    return deletedIds.empty() || databaseAdapter_->deleteObjects(table_, columnIn(idColumn_, deletedIds));
 }
 
-bool UnsentChanges::readChanges(const std::vector<std::string>& recordIds, Changes& changes) const {
-    auto queued = queue_.getTransactionsOfRecords(recordIds);
-    if (!queued) return false;
+std::optional<std::set<std::string>> UnsentChanges::editedColumns(const std::string& recordId) const {
+    auto changes = readChanges({recordId});
+    if (!changes) return std::nullopt;
+    return std::move(changes->columns[recordId]);
+}
+
+std::optional<UnsentChanges::Changes> UnsentChanges::readChanges(const std::vector<std::string>& recordIds) const {
+    auto older = queues_.older->getTransactionsOfRecords(recordIds);
+    auto current = queues_.current->getTransactionsOfRecords(recordIds, editsAndDeletes());
+    if (!older || !current) return std::nullopt;
+    Changes changes;
     auto modules = SharedActivities::modulesIn(fields_.moduleName());
-    for (auto& change : queued->transactions)
-        if (std::find(modules.begin(), modules.end(), change.moduleName) != modules.end()) addChange(change, changes);
-    return std::all_of(changes.edits.begin(), changes.edits.end(), [&](auto& edit) { return readValues(edit); });
+    auto isShown = [&](const std::string& module) {
+        return std::find(modules.begin(), modules.end(), module) != modules.end();
+    };
+    for (auto& change : older->transactions)
+        if (isShown(change.moduleName)) addChange(change, changes);
+    for (auto& change : current->transactions)
+        if (isShown(change.module.rawValue())) addChange(change, changes);
+    return changes;
 }
 
 /// A record whose delete the server has refused is shown again, so that only deletes that still wait count.
 void UnsentChanges::addChange(const Transaction& change, Changes& changes) const {
     bool waits = !change.extras || *change.extras == Transaction::State::inProgress;
-    if (change.operationType == TransactionType::deleteRecord && waits) changes.deletedIds.push_back(change.recordID);
+    if (change.operationType == TransactionType::deleteRecord && waits) changes.deletedIds.insert(change.recordID);
     if (change.operationType != TransactionType::editRecord) return;
-    auto isSame = [&](auto& edit) { return edit.recordId == change.recordID; };
-    auto edit = std::find_if(changes.edits.begin(), changes.edits.end(), isSame);
-    if (edit == changes.edits.end()) edit = changes.edits.insert(edit, {change.recordID, {}, {}});
-    addColumns(change, edit->columns);
+    auto& columns = changes.columns[change.recordID];
+    for (auto& payload : payloadsOf(change)) addColumns(payload, columns);
 }
 
-std::optional<std::set<std::string>> UnsentChanges::editedColumns(const std::string& recordId) const {
-    auto queued = queue_.getTransactions(recordId);
-    if (!queued) return std::nullopt;
-    std::set<std::string> columns;
-    for (auto& change : queued->transactions)
-        if (change.operationType == TransactionType::editRecord) addColumns(change, columns);
-    return columns;
+/// A delete without a readable answer still waits: the server may have applied it.
+void UnsentChanges::addChange(const NTransaction& change, Changes& changes) const {
+    bool waits = !change.errorResponse || change.errorResponse->code == ErrorResponse::parsingFailed().code;
+    auto type = depndencyType(change.kind);
+    if (type == RecordDependency::Kind::delete_ && waits) changes.deletedIds.insert(change.recordId);
+    if (type == RecordDependency::Kind::edit) addColumns(change.payload, changes.columns[change.recordId]);
 }
 
 /// Adds the columns that an edit sets, with those that hold the display texts of lookups.
-void UnsentChanges::addColumns(const Transaction& change, std::set<std::string>& columns) const {
-    auto body = change.dataJSON ? json::parse(*change.dataJSON) : std::nullopt;
-    auto data = body && body->asMap() ? body->asMap()->find("data") : nullptr;
-    if (!data || !data->asList()) return;
-    for (auto& payload : *data->asList()) {
-        if (!payload.asMap()) continue;
-        for (auto& entry : *payload.asMap()) {
-            auto field = fields_.getFieldByApiName(std::string(entry.name));
-            auto column = field ? fields_.identifierOf(*field) : std::string();
-            if (column.empty() || column == idColumn_) continue;
-            for (auto suffix : {std::string_view(), lookupSuffix, firstNameSuffix, lastNameSuffix})
-                columns.insert(column + std::string(suffix));
-        }
+void UnsentChanges::addColumns(const ValueMap& payload, std::set<std::string>& columns) const {
+    for (auto& entry : payload) {
+        auto field = fields_.getFieldByApiName(std::string(entry.name));
+        auto column = field ? fields_.identifierOf(*field) : std::string();
+        if (column.empty() || column == idColumn_) continue;
+        for (auto suffix : {std::string_view(), lookupSuffix, firstNameSuffix, lastNameSuffix})
+            columns.insert(column + std::string(suffix));
     }
 }
 
-/// Reads what the columns hold now. A record without a row here has nothing to keep.
-bool UnsentChanges::readValues(Edit& edit) const {
-    auto rows = databaseAdapter_->fetchObjects(FetchQuery(table_, columnIs(idColumn_, edit.recordId)));
-    if (!rows) return false;
-    if (rows->empty()) return true;
-    for (auto& column : edit.columns)
-        if (auto value = rows->front().find(column)) edit.values.set(kelva::quotedName(column), value->copy());
-    return true;
+/// Reads what the edited columns hold now. A record without a row here has nothing to keep.
+std::optional<std::vector<UnsentChanges::Edit>> UnsentChanges::readEdits(const Changes& changes) const {
+    std::vector<Edit> edits;
+    std::vector<std::string> edited;
+    for (auto& each : changes.columns) edited.push_back(each.first);
+    if (edited.empty()) return edits;
+    auto rows = databaseAdapter_->fetchObjects(FetchQuery(table_, columnIn(idColumn_, edited)));
+    if (!rows) return std::nullopt;
+    for (auto row : *rows) {
+        auto columns = changes.columns.find(row.valueOf(idColumn_).toText().value_or(""));
+        if (columns == changes.columns.end()) continue;
+        Edit edit{columns->first, {}};
+        for (auto& column : columns->second)
+            if (auto value = row.find(column)) edit.values.set(kelva::quotedName(column), value->copy());
+        if (!edit.values.empty()) edits.push_back(std::move(edit));
+    }
+    return edits;
 }
 
 }  // namespace tarvo

@@ -91,6 +91,19 @@ UnreadableNTransaction unreadableTransaction(const Row& row, std::string column)
             .hasError = !error.isNull() && error.textOr("error") != ""};
 }
 
+std::optional<QueuedNTransactions> queuedTransactions(const std::optional<Rows>& rows) {
+    if (!rows) return std::nullopt;
+    QueuedNTransactions queued;
+    for (auto row : *rows) {
+        auto transaction = queueMapper.getValue(row);
+        if (transaction)
+            queued.transactions.push_back(std::move(transaction).value());
+        else
+            queued.unreadable.push_back(unreadableTransaction(row, transaction.error().failedPath));
+    }
+    return queued;
+}
+
 /// Returns the transactions of rows, or nullopt if one of them cannot be read.
 TransactionPersistence::Transactions allTransactions(const EnsuredTable& table, const std::optional<Rows>& rows) {
     return TableAccess(nullptr, table.name()).allOrNone(rows, [](const Row& row) { return queueMapper.getValue(row); });
@@ -137,6 +150,14 @@ std::optional<TransactionPersistence::Ids> NTransactionInDatabase::getTransactio
     Ids ids;
     for (auto row : *rows) ids.push_back(row.valueOf(txnId).asInteger().value_or(0));
     return ids;
+}
+
+std::optional<QueuedNTransactions> NTransactionInDatabase::getTransactionsOfRecords(const RecordIds& recordIds,
+                                                                                    const Kinds& kinds) {
+    auto query = inOrderOfIds(transactions_, columnIn(txnRecordId, recordIds));
+    query.filter(Criteria::in(txnType, rawKinds(kinds)));
+    // Values of the server are stored with every page, so that a missing table is not made here.
+    return queuedTransactions(transactions_.fetch(query));
 }
 
 TransactionPersistence::Transactions NTransactionInDatabase::getTransactionsNaming(const std::string& recordId) {
@@ -309,17 +330,7 @@ bool NTransactionInDatabase::prepare() { return transactions_.ensureIndexes() &&
 std::optional<QueuedNTransactions> NTransactionInDatabase::getTransactions() {
     FetchQuery query(transactions_.name());
     query.sortBy = {SortDescriptor::customOrderBy(txnId)};
-    auto rows = fetch(query);
-    if (!rows) return std::nullopt;
-    QueuedNTransactions queued;
-    for (auto row : *rows) {
-        auto transaction = queueMapper.getValue(row);
-        if (transaction)
-            queued.transactions.push_back(std::move(transaction).value());
-        else
-            queued.unreadable.push_back(unreadableTransaction(row, transaction.error().failedPath));
-    }
-    return queued;
+    return queuedTransactions(fetch(query));
 }
 
 // Each of the three reads one entry of an index. New ids ask for it.

@@ -20,6 +20,8 @@ public:
     Transactions getTransactionsWithRecordIds(const RecordIds& recordIds, const std::optional<Kinds>& kinds,
                                               std::optional<std::int64_t> limit) override;
     std::optional<Ids> getTransactionIdsWithRecordIds(const RecordIds& recordIds, const Kinds& kinds) override;
+    std::optional<QueuedNTransactions> getTransactionsOfRecords(const RecordIds& recordIds,
+                                                                const Kinds& kinds) override;
     Transactions getTransactionsNaming(const std::string& recordId) override;
     std::optional<std::map<std::int64_t, std::string>> getPayload(const Ids& ids, const RecordIds& recordIds) override;
     bool deleteTransactionWithIds(const Ids& ids) override;

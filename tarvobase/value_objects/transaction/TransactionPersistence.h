@@ -56,6 +56,10 @@ public:
     /// Returns the ids of transactions of records, of these kinds. It also finds rows that cannot be read otherwise.
     /// Returns nullopt if the queue cannot be read.
     virtual std::optional<Ids> getTransactionIdsWithRecordIds(const RecordIds& recordIds, const Kinds& kinds) = 0;
+    /// Returns the transactions of records, of these kinds, whether all of the rows can be read or not. Returns nullopt
+    /// if the queue cannot be read.
+    virtual std::optional<QueuedNTransactions> getTransactionsOfRecords(const RecordIds& recordIds,
+                                                                        const Kinds& kinds) = 0;
     /// Returns the transactions of other records whose payload has this text anywhere, so that their records may name
     /// the id that it is. Returns nullopt if the queue cannot be read, or one of the rows cannot.
     virtual Transactions getTransactionsNaming(const std::string& recordId) = 0;

@@ -155,12 +155,13 @@ TEST_F(TransactionManagerTest, SuccessGivesTheIdToWhatWaitsAndFreesIt) {
         {{"Parent", newNote}, {"Other", "NEW_000000009x"}, {"rows", ValueList{newNote}}});
     EXPECT_EQ(started(), "1");
     bool isStored = false;
-    complete(TransactionResult::success({{newNote, "4\"2"}}, [&] { return isStored = true; }));
+    // A create is in the queue until its ids are; anything else goes before the server's values are stored.
+    complete(TransactionResult::success({{newNote, "4\"2"}}, [&] { return isStored = rows().starts_with("1 "); }));
     EXPECT_TRUE(isStored);
     EXPECT_EQ(rows(), "2 4\"2 syncing 1, 3 7 active 0");
     EXPECT_EQ(payloadOf(2), R"({"id":"4\"2"})");
     EXPECT_EQ(payloadOf(3), R"({"Parent":"4\"2","Other":"NEW_000000009x","rows":["4\"2"]})");
-    accept();
+    complete(TransactionResult::success({}, [&] { return rows() == "3 7 active 0"; }));
     EXPECT_EQ(started(), "2 3");
     EXPECT_EQ(log->notices, (std::vector<std::string>{"saved 1", "saved 2", "saved 3", "accepted 1 4\"2 NEW_000000001",
                                                       "accepted 2 4\"2 -"}));

@@ -32,6 +32,15 @@ protected:
              .uriData = platform::Data(R"({"module":"Leads"})"),
              .extras = extras}));
     }
+    void queueInCurrent(const std::string& id, NTransaction::Kind kind, ValueMap payload = {},
+                        const std::optional<ErrorResponse>& error = std::nullopt) {
+        EXPECT_TRUE(Stores::current().currentTransactions()->storeTransactions({{.id = ++lastTransaction,
+                                                                                 .recordId = id,
+                                                                                 .kind = kind,
+                                                                                 .payload = std::move(payload),
+                                                                                 .errorResponse = error}},
+                                                                               {}));
+    }
     void setLocally(const std::string& id, const ValueMap& values) {
         EXPECT_TRUE(adapter().update("LeadsRecords", values, columnIs(idColumn(), id)));
     }
@@ -40,6 +49,8 @@ protected:
         return cells("LeadsRecords ORDER BY " + idColumn(),
                      {idColumn(), identifier("Company"), identifier("City"), account, account + "_LOOKUP"});
     }
+
+    std::int64_t lastTransaction = 0;
 };
 
 TEST_F(UnsentChangesTest, ServersValuesGoBeneathWhatWaits) {
@@ -70,6 +81,27 @@ TEST_F(UnsentChangesTest, ServersValuesGoBeneathWhatWaits) {
         EXPECT_EQ(where(identifier("Company"), "kept by the server"), "3");
         for (auto id : {"2", "3", "4"}) EXPECT_TRUE(Stores::current().transactions()->removeTransactions(id));
         adapter().dropTable("LeadsRecords");
+    }
+}
+
+TEST_F(UnsentChangesTest, ChangesOfTheCurrentQueueCountAsWell) {
+    using K = NTransaction::Kind;
+    for (auto naming : {Naming::column, Naming::api}) {
+        SCOPED_TRACE(static_cast<int>(naming));
+        prepare(naming);
+        for (auto id : {"1", "2"}) setLocally(id, {{identifier("Company"), "mine"}, {identifier("City"), "Ulm"}});
+        ErrorResponse refusal{.code = "crmINVALID_DATA"};
+        queue("1", TransactionType::editRecord, R"("City":"Ulm")");
+        queueInCurrent("1", K::editRecord, {{"Company", "mine"}});
+        queueInCurrent("2", K::editNote, {{"Company", "mine"}}, refusal);
+        queueInCurrent("3", K::deleteRecord, {}, ErrorResponse::parsingFailed());
+        queueInCurrent("4", K::deleteRecord, {}, refusal);
+        queueInCurrent("5", K::addRecord, {{"Company", "mine"}});
+        adapter().execute("UPDATE TRANSACTIONS_NEW SET payload = '{' WHERE txn_type = 0", std::nullopt);
+        for (auto id : {"1", "2", "3", "4", "5"}) store(id, "new", "Kiel");
+        EXPECT_EQ(stored(), R"("1","mine","Ulm","9","From the server";"2","mine","Kiel","9","From the server";)"
+                            R"("4","new","Kiel","9","From the server";"5","new","Kiel","9","From the server")");
+        for (auto table : {"TRANSACTIONS", "TRANSACTIONS_NEW", "LeadsRecords"}) adapter().dropTable(table);
     }
 }
 
