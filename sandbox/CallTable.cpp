@@ -17,6 +17,7 @@ constexpr CallRow callRows[] = {
     {"POST", "getpipelines", calls::pipelines},
     {"POST", "products/getcvrecords", calls::viewRecords},
     {"POST", "products/getrecords", calls::moduleRecords},
+    {"POST", "products/getsyncrecords", calls::changedRecords},
     {"POST", "products/getrecord", calls::singleRecord},
     {"POST", "products/addrecord", calls::addRecords},
     {"POST", "products/updaterecord", calls::updateRecords},

@@ -11,6 +11,7 @@
 namespace tarvo::sandbox {
 
 class DataSet;
+class ServerClock;
 
 /// Says how a client names the fields of a module: by column or by API name.
 enum class Naming { column, api };
@@ -20,8 +21,9 @@ struct Call {
     const Request& request;
     const std::string& account;
     DataSet& data;
-    /// The time of the server's clock, in milliseconds since 1970.
+    /// The time of the server's clock, in milliseconds since 1970. No other call has it, and no change.
     std::int64_t now;
+    ServerClock& clock;
     Naming naming;
     int version;
     /// The path after the version: "getappinitdata", "products/addrecord".

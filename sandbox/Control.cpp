@@ -33,6 +33,8 @@ Reply Control::handle(const Request& request) {
         {"POST", "/control/tags", &Control::setTags},
         {"POST", "/control/records", &Control::changeRecords},
         {"GET", "/control/records", &Control::records},
+        {"POST", "/control/random", &Control::changeAtRandom},
+        {"POST", "/control/sync", &Control::setSync},
         {"GET", "/control/changes", &Control::changes},
         {"GET", "/control/files", &Control::files},
         {"GET", "/control/files/", &Control::file},

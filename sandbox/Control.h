@@ -28,6 +28,8 @@ private:
     Reply setTags(const Request& request);
     Reply setClock(const Request& request);
     Reply changeRecords(const Request& request);
+    Reply changeAtRandom(const Request& request);
+    Reply setSync(const Request& request);
     Reply records(const Request& request);
     Reply changes(const Request& request);
     Reply files(const Request& request);

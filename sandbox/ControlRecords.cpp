@@ -3,7 +3,9 @@
 
 #include "platform/Json.h"
 #include "sandbox/Control.h"
+#include "sandbox/JsonText.h"
 #include "sandbox/Sandbox.h"
+#include "sandbox/changes/RandomChanges.h"
 #include "sandbox/changes/RecordEditor.h"
 
 namespace tarvo::sandbox {
@@ -35,6 +37,11 @@ std::string writeRecords(const RecordList& records, bool onlyChanged) {
         if (json.back() != '[') json += ',';
         record->writeMap(json, scratch);
     }
+    json += "],\"deleted\":[";
+    for (auto position : records.deletedPositions()) {
+        if (json.back() != '[') json += ',';
+        appendJsonText(json, records.idAt(position));
+    }
     return json + "]}";
 }
 
@@ -58,8 +65,7 @@ Reply Control::changeRecords(const Request& request) {
     const auto* module = data ? data->module(textIn(map, "module")) : nullptr;
     if (!module || !added || !edited || !deleted)
         return refusedControl(400, "\"module\" names a module, and \"add\", \"edit\" and \"delete\" are lists.");
-    RecordEditor editor(
-        *data, {"", "control/records", textIn(map, "account"), sandbox_.clock_.milliseconds(), Sender::control});
+    RecordEditor editor(*data, {"", "control/records", textIn(map, "account"), sandbox_.clock_, Sender::control});
     ValueList ids;
     for (const auto& payload : *added) {
         auto record = editor.add(*module, payload);
@@ -72,6 +78,51 @@ Reply Control::changeRecords(const Request& request) {
         if (auto refusal = editor.remove(*module, id.textOr(""))) return refusedControl(400, refusal->message);
     editor.publish();
     return Reply::of(ValueMap{{"added", std::move(ids)}});
+}
+
+// {"seed":1,"changes":100,"modules":["Leads",...]} makes random changes, in all modules unless some are named.
+Reply Control::changeAtRandom(const Request& request) {
+    constexpr std::int64_t mostChanges = 100'000;
+    auto body = json::parse(request.body).value_or(Value());
+    const auto map = body.asMap() ? *body.asMap() : ValueMap();
+    auto seed = map.valueOf("seed").asInteger(), count = map.valueOf("changes").asInteger();
+    auto names = listIn(map, "modules");
+    platform::MutexLock lock(sandbox_.dataMutex_);
+    auto* data = dataFor(textIn(map, "account"), textIn(map, "organisation"));
+    if (!data || !seed || !count || *count < 0 || *count > mostChanges || !names)
+        return refusedControl(400, "\"seed\" and \"changes\" are whole numbers, and \"modules\" is a list.");
+    auto takesRecords = [&](const ModuleData* module) {
+        return module && module->hasOwnLists && data->records->shape(module->name);
+    };
+    std::vector<const ModuleData*> modules;
+    for (const auto& name : *names) {
+        modules.push_back(data->module(name.textOr("")));
+        if (!takesRecords(modules.back())) return refusedControl(400, "\"modules\" names modules that take records.");
+    }
+    for (const auto& module : data->modules)
+        if (names->empty() && takesRecords(&module)) modules.push_back(&module);
+    RecordEditor editor(*data, {"", "control/random", textIn(map, "account"), sandbox_.clock_, Sender::control});
+    RandomChanges changes(*data, editor, static_cast<std::uint64_t>(*seed), std::move(modules));
+    for (auto left = *count; left > 0; --left)
+        if (auto refusal = changes.change()) return refusedControl(400, refusal->message);
+    editor.publish();
+    const auto& made = changes.counts();
+    return Reply::of(ValueMap{{"added", made.added}, {"edited", made.edited}, {"deleted", made.deleted}});
+}
+
+// {"responsetime":"round" or "page","stuck":false} says how clients that ask for changes are answered.
+Reply Control::setSync(const Request& request) {
+    auto body = json::parse(request.body).value_or(Value());
+    const auto map = body.asMap() ? *body.asMap() : ValueMap();
+    platform::MutexLock lock(sandbox_.dataMutex_);
+    auto* data = dataFor(textIn(map, "account"), textIn(map, "organisation"));
+    auto time = map.contains("responsetime") ? textIn(map, "responsetime") : "page";
+    auto isStuck = map.contains("stuck") ? map.valueOf("stuck").asBool() : false;
+    if (!data || !body.asMap() || (time != "page" && time != "round") || !isStuck)
+        return refusedControl(400, "\"responsetime\" is \"page\" or \"round\", and \"stuck\" is true or false.");
+    data->sync.hasTimeOfRound = time == "round";
+    data->sync.isStuck = *isStuck;
+    return Reply::of(ValueMap{{"done", true}});
 }
 
 // "changed" leaves out the records that nobody has added or edited.

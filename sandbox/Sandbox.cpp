@@ -46,7 +46,9 @@ Sandbox::Sandbox(SandboxOptions options, std::function<void()> onStop)
       onStop_(std::move(onStop)),
       accounts_(options_.accounts),
       log_(options_.logPath, options_.logValues),
-      data_(options_.seed, accounts_, options_.recordsPerModule) {}
+      data_(options_.seed, accounts_, options_.recordsPerModule) {
+    data_.sync.pageLimit = options_.syncPage;
+}
 
 Answer Sandbox::handle(const Request& request) {
     if (request.path.starts_with("/control/")) return toAnswer(Control(*this).handle(request));
@@ -94,7 +96,7 @@ Answer Sandbox::work(const CallRow& row, const CallPath& path, const Request& re
     Reply reply;
     {
         platform::MutexLock lock(dataMutex_);
-        reply = row.handle({request, account, dataFor(account, request.organisation), clock_.milliseconds(), naming,
+        reply = row.handle({request, account, dataFor(account, request.organisation), clock_.tick(), clock_, naming,
                             path.version, path.name});
     }
     if (fault && touchesContent(fault->kind)) {
@@ -113,9 +115,11 @@ DataSet& Sandbox::dataFor(const std::string& account, const std::string& organis
         dataMutex_.assumeHeld();
         auto& data = ownData_[{account, chosen}];
         auto seed = options_.seed + 1000 * static_cast<std::uint64_t>(place + 1) + chosen;
-        if (!data)
+        if (!data) {
             data = std::make_unique<DataSet>(seed, Accounts({{account, ""}}), options_.recordsPerModule,
                                              account + ".example.com");
+            data->sync.pageLimit = options_.syncPage;
+        }
         return *data;
     };
     auto& own = make(0);

@@ -25,6 +25,8 @@ struct SandboxOptions {
     std::uint64_t seed = 1;
     /// The number of records in each module that has lists of its own.
     std::size_t recordsPerModule = 250;
+    /// A page of changes has at most this many records.
+    std::size_t syncPage = 10'000;
     std::vector<Account> accounts;
     DataSharing dataSharing = DataSharing::everybody;
     /// How fields are named. Nullopt follows the servlet: columns for "crm", API names for "vestra".

@@ -1,27 +1,46 @@
 #pragma once
 
-#include <atomic>
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 
 #include "platform/Clock.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::sandbox {
 
-/// Gives the server's time: the system's, moved by an offset that a control call sets. Safe to use from any thread.
+/// Gives the server's time: the system's, moved by an offset that a control call sets. Each call and each change takes
+/// a tick, so no two of them have the same time, and a client can ask for what was changed after an answer. Safe to
+/// use from any thread.
 class ServerClock {
 public:
-    std::chrono::milliseconds offset() const { return std::chrono::milliseconds(offset_.load()); }
-    void setOffset(std::chrono::milliseconds offset) { offset_ = offset.count(); }
+    /// The clock may go back with this, and only with this.
+    void setOffset(std::chrono::milliseconds offset) TARVO_EXCLUDES(mutex_) {
+        platform::MutexLock lock(mutex_);
+        offset_ = offset;
+        last_ = 0;
+    }
 
     /// Returns milliseconds since 1970, never below zero, since times on the wire are unsigned.
-    std::int64_t milliseconds() const {
-        auto now = (platform::Clock::now().time_since_epoch() + offset()).count();
-        return now < 0 ? 0 : static_cast<std::int64_t>(now);
+    std::int64_t milliseconds() const TARVO_EXCLUDES(mutex_) {
+        platform::MutexLock lock(mutex_);
+        return std::max(last_, system());
+    }
+    /// Moves the clock on by at least a millisecond and returns the new time.
+    std::int64_t tick() TARVO_EXCLUDES(mutex_) {
+        platform::MutexLock lock(mutex_);
+        return last_ = std::max(last_ + 1, system());
     }
 
 private:
-    std::atomic<std::int64_t> offset_ = 0;
+    std::int64_t system() const TARVO_REQUIRES(mutex_) {
+        return std::max<std::int64_t>(0, (platform::Clock::now().time_since_epoch() + offset_).count());
+    }
+
+    mutable platform::Mutex mutex_;
+    std::chrono::milliseconds offset_ TARVO_GUARDED_BY(mutex_){0};
+    /// The last tick.
+    std::int64_t last_ TARVO_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace tarvo::sandbox

@@ -26,6 +26,8 @@ Reply pipelines(const Call& call);
 Reply viewRecords(const Call& call);
 /// Returns a page of all records of a module, the newest first.
 Reply moduleRecords(const Call& call);
+/// Returns a page of what was added, edited and deleted in a module after "lmt".
+Reply changedRecords(const Call& call);
 /// Returns one record by its id.
 Reply singleRecord(const Call& call);
 /// Adds the records of the body and answers one entry per payload.

@@ -24,7 +24,7 @@ std::string textOf(const RecordData& record, std::string_view field) { return re
 class ChangeRun {
 public:
     ChangeRun(const Call& call, const ModuleData& module)
-        : editor(call.data, {call.request.transactionId, call.name, call.account, call.now}),
+        : editor(call.data, {call.request.transactionId, call.name, call.account, call.clock}),
           call_(call),
           module_(module) {
         auto known = call.data.rules.find(module.name);

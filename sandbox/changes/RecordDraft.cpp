@@ -15,6 +15,12 @@ const ModuleChanges* RecordDraft::known(const RecordShape& shape) const {
     return state_->modules[shape.moduleNumber()].get();
 }
 
+void RecordDraft::beginChange(std::int64_t time) { state_->lastChange = std::max(time, state_->lastChange + 1); }
+
+void RecordDraft::note(ModuleChanges& changes, std::size_t number) {
+    changes.history.set(changes.historySize++, {state_->lastChange, static_cast<std::uint32_t>(number)});
+}
+
 // Copies what others may be reading, once per module.
 ModuleChanges& RecordDraft::change(const RecordShape& shape) {
     auto& own = own_[shape.moduleNumber()];
@@ -41,9 +47,11 @@ std::size_t RecordDraft::nextNumber(const RecordShape& shape) const {
 RecordData RecordDraft::add(const RecordShape& shape, StoredRecord record) {
     auto number = nextNumber(shape);
     if (const auto* id = shape.field("id")) record.values[shape.indexOf(*id)].setText(shape.id(number));
+    record.addedAt = state_->lastChange;
     auto stored = std::make_shared<const StoredRecord>(std::move(record));
     auto& changes = change(shape);
     changes.added.set(changes.addedRecords++, stored);
+    note(changes, number);
     return {shape, number, stored.get()};
 }
 
@@ -53,9 +61,11 @@ void RecordDraft::set(const RecordData& record, ModuleChanges::Stored stored) {
         changes.added.set(record.number() - RecordShape::firstAddedNumber, std::move(stored));
     else
         changes.ofSnapshot.set(record.number(), std::move(stored));
+    note(changes, record.number());
 }
 
 RecordData RecordDraft::edit(const RecordData& record, StoredRecord changed) {
+    changed.addedAt = record.addedAt();
     auto stored = std::make_shared<const StoredRecord>(std::move(changed));
     set(record, stored);
     return {record.shape(), record.number(), stored.get()};

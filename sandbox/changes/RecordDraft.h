@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ public:
     /// Shows the records with the changes so far. Valid as long as the draft.
     RecordView view() const { return {store_, state_}; }
 
+    /// Gives what follows this time of the server's clock, or the next free one when it is not later than all before.
+    void beginChange(std::int64_t time);
     /// Returns whether the module has no ids left for new records, or for new rows.
     bool isFull(const RecordShape& shape) const;
     /// Returns the number that the next record of the module will have.
@@ -35,6 +38,7 @@ private:
     const ModuleChanges* known(const RecordShape& shape) const;
     ModuleChanges& change(const RecordShape& shape);
     void set(const RecordData& record, ModuleChanges::Stored stored);
+    void note(ModuleChanges& changes, std::size_t number);
 
     RecordStore& store_;
     std::shared_ptr<RecordChanges> state_;

@@ -30,9 +30,10 @@ RecordEditor::Changed RecordEditor::add(const ModuleData& module, const Value& p
 RecordEditor::Changed RecordEditor::store(const RecordShape& shape, const ValueMap& payload, Sender sender,
                                           ChangeKind kind) {
     if (auto refusal = refusalOf(shape, kind)) return *refusal;
+    begin();
     if (draft_.isFull(shape)) return Refusal{"LIMIT_EXCEEDED", "The module takes no more records."};
     auto number = draft_.nextNumber(shape);
-    auto read = RecordPayload(data_, draft_, user(), origin_.now, sender).ofNew(shape, payload);
+    auto read = RecordPayload(data_, draft_, user(), now_, sender).ofNew(shape, payload);
     if (!read) return read.error();
     if (auto refusal = refusalOf(RecordData(shape, number, &*read))) return *refusal;
     auto record = draft_.add(shape, *std::move(read));
@@ -49,7 +50,8 @@ RecordEditor::Changed RecordEditor::edit(const ModuleData& module, const Value& 
     auto record = list.find(*id);
     if (!record) return unknownRecord();
     if (auto refusal = refusalOf(record->shape(), ChangeKind::edit)) return *refusal;
-    auto read = RecordPayload(data_, draft_, user(), origin_.now, origin_.sender).ofEdit(*record, *map);
+    begin();
+    auto read = RecordPayload(data_, draft_, user(), now_, origin_.sender).ofEdit(*record, *map);
     if (!read) return read.error();
     if (auto refusal = refusalOf(RecordData(record->shape(), record->number(), &*read))) return *refusal;
     listInNote(*record, false);
@@ -64,6 +66,7 @@ std::optional<Refusal> RecordEditor::remove(const ModuleData& module, const std:
     auto record = list.find(id);
     if (!record) return unknownRecord();
     if (auto refusal = refusalOf(record->shape(), ChangeKind::remove)) return refusal;
+    begin();
     applied(*record, ChangeKind::remove, Value());
     listInNote(*record, false);
     draft_.remove(*record);
@@ -93,6 +96,12 @@ RecordEditor::Changed RecordEditor::addVoiceNote(const ModuleData& notes, const 
     set("Attachment_Size", std::to_string(sound.content.size()));
     files_.emplace(note->id(), sound);
     return draft_.edit(*note, std::move(changed));
+}
+
+// A change is later than all times that clients know, even after the clock was set back.
+void RecordEditor::begin() {
+    now_ = origin_.clock.tick();
+    draft_.beginChange(std::max(now_, data_.sync.lastWatermark + 1));
 }
 
 void RecordEditor::publish() {
@@ -133,7 +142,7 @@ void RecordEditor::listInNote(const RecordData& attachment, bool isListed) {
 
 void RecordEditor::applied(const RecordData& record, ChangeKind kind, Value payload) {
     applied_.push_back({origin_.key, origin_.call, origin_.account, record.module(), record.id(), changeKindName(kind),
-                        origin_.now, std::move(payload)});
+                        now_, std::move(payload)});
 }
 
 }  // namespace tarvo::sandbox

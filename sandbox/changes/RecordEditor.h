@@ -7,6 +7,7 @@
 
 #include "platform/Result.h"
 #include "sandbox/Message.h"
+#include "sandbox/ServerClock.h"
 #include "sandbox/changes/ChangeLog.h"
 #include "sandbox/changes/FieldReader.h"
 #include "sandbox/data/DataSet.h"
@@ -18,8 +19,8 @@ struct ChangeOrigin {
     std::string key;
     std::string call;
     std::string account;
-    /// Milliseconds of the server's clock.
-    std::int64_t now = 0;
+    /// Gives each change a time of its own.
+    ServerClock& clock;
     /// The rules of the modules hold for clients alone.
     Sender sender = Sender::client;
 };
@@ -43,6 +44,8 @@ public:
     /// Adds a note that was spoken.
     Changed addVoiceNote(const ModuleData& notes, const Value& payload, const UploadedFile& sound);
 
+    /// Shows the records with the changes so far. Valid as long as the editor.
+    RecordView view() const { return draft_.view(); }
     bool hasChanges() const { return !applied_.empty(); }
     /// Makes the accepted changes visible and logs them. No call may follow.
     void publish();
@@ -55,10 +58,14 @@ private:
     /// Notes list their attachments: puts an attachment into the list of its note, or takes it out.
     void listInNote(const RecordData& attachment, bool isListed);
     void applied(const RecordData& record, ChangeKind kind, Value payload);
+    /// Begins a change: gives it its time.
+    void begin();
 
     DataSet& data_;
     const ChangeOrigin origin_;
     RecordDraft draft_;
+    /// The time of the change that is made.
+    std::int64_t now_ = 0;
     std::vector<AppliedChange> applied_;
     std::map<std::string, UploadedFile> files_;  // by the id of their record
 };

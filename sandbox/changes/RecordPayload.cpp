@@ -9,8 +9,6 @@
 namespace tarvo::sandbox {
 namespace {
 
-constexpr std::int64_t millisecondsOfSecond = 1000;
-
 std::string wireTime(std::int64_t seconds) {
     static const auto zone = platform::LocalZone::named("UTC");
     return platform::wire::writeDateTime(seconds, *zone).value_or("");

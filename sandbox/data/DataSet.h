@@ -18,6 +18,7 @@
 #include "sandbox/data/Pipelines.h"
 #include "sandbox/data/RecordOrders.h"
 #include "sandbox/data/RecordStore.h"
+#include "sandbox/data/SyncState.h"
 #include "sandbox/data/Views.h"
 
 namespace tarvo::sandbox {
@@ -90,6 +91,7 @@ public:
     std::map<std::string, RecordRules, std::less<>> rules;
     ChangeLog changes;
     KeptFiles files;
+    SyncState sync;
     std::vector<ViewData> views;
     std::vector<CurrencyData> currencies;
     std::vector<TaxData> taxes;

@@ -32,6 +32,8 @@ std::uint64_t saltOf(std::string_view name) {
     return mixed(hash);
 }
 
+const std::int64_t RecordShape::endOfSnapshot = firstCreation + creationSpan + longestUnchanged;
+
 RecordShape::RecordShape(const RecordContext& context, const ModuleData& module, std::size_t moduleNumber)
     : context_(context),
       module_(module),

@@ -104,6 +104,8 @@ public:
     /// Returns a separate generator for facts that several fields of a record share.
     Generator random(std::size_t number, std::uint64_t salt) const;
 
+    /// All records of a snapshot were changed before this time.
+    static const std::int64_t endOfSnapshot;
     std::int64_t createdTime(std::size_t number) const;
     std::int64_t modifiedTime(std::size_t number) const;
     /// Reads what stands for the record in a lookup: its name, or for a person last name, first name and both.

@@ -48,19 +48,26 @@ RecordData RecordList::snapshotAt(std::size_t position) const {
     return {*(*parts_)[position % parts_->size()], position / parts_->size()};
 }
 
-std::optional<RecordData> RecordList::at(std::size_t position) const {
-    if (position < snapshotSize()) {
-        auto record = snapshotAt(position);
-        return existing(record.shape(), record.number(), changesOf(record.shape()));
-    }
+RecordList::Place RecordList::placeOf(std::size_t position) const {
+    if (position < snapshotSize()) return {(*parts_)[position % parts_->size()], position / parts_->size()};
     position -= snapshotSize();
     for (const auto* part : *parts_) {
         const auto* changes = changesOf(*part);
         auto added = changes ? changes->addedRecords : 0;
-        if (position < added) return existing(*part, RecordShape::firstAddedNumber + position, changes);
+        if (position < added) return {part, RecordShape::firstAddedNumber + position};
         position -= added;
     }
-    return std::nullopt;
+    return {};
+}
+
+std::optional<RecordData> RecordList::at(std::size_t position) const {
+    auto place = placeOf(position);
+    return place.shape ? existing(*place.shape, place.number, changesOf(*place.shape)) : std::nullopt;
+}
+
+std::string RecordList::idAt(std::size_t position) const {
+    auto place = placeOf(position);
+    return place.shape ? place.shape->id(place.number) : "";
 }
 
 std::optional<RecordData> RecordList::find(std::string_view id) const {
@@ -75,20 +82,61 @@ bool RecordList::isTouched(std::size_t position) const {
     return changes && changes->ofSnapshot.find(record.number());
 }
 
-std::vector<std::size_t> RecordList::changedPositions() const {
-    std::vector<std::size_t> positions;
+template <class Visit>
+void RecordList::forEachChange(Visit&& visit) const {
     auto firstAdded = snapshotSize();
     for (std::size_t part = 0; part < parts_->size(); ++part) {
         const auto* changes = changesOf(*(*parts_)[part]);
         if (!changes) continue;
         changes->ofSnapshot.forEach([&](std::size_t number, const ModuleChanges::Stored& stored) {
-            if (stored) positions.push_back(number * parts_->size() + part);
+            visit(number * parts_->size() + part, stored);
         });
-        changes->added.forEach([&](std::size_t place, const ModuleChanges::Stored& stored) {
-            if (stored) positions.push_back(firstAdded + place);
-        });
+        changes->added.forEach(
+            [&](std::size_t place, const ModuleChanges::Stored& stored) { visit(firstAdded + place, stored); });
         firstAdded += changes->addedRecords;
     }
+}
+
+std::vector<std::size_t> RecordList::changedPositions() const {
+    std::vector<std::size_t> positions;
+    forEachChange([&](std::size_t position, const ModuleChanges::Stored& stored) {
+        if (stored) positions.push_back(position);
+    });
+    return positions;
+}
+
+std::vector<std::size_t> RecordList::deletedPositions() const {
+    std::vector<std::size_t> positions;
+    forEachChange([&](std::size_t position, const ModuleChanges::Stored& stored) {
+        if (!stored) positions.push_back(position);
+    });
+    return positions;
+}
+
+std::vector<std::size_t> RecordList::positionsChangedAfter(std::int64_t time) const {
+    std::vector<std::size_t> positions;
+    if (time < RecordShape::endOfSnapshot * millisecondsOfSecond)
+        for (std::size_t i = 0; i < snapshotSize(); ++i) {
+            auto place = placeOf(i);
+            if (place.shape->modifiedTime(place.number) * millisecondsOfSecond > time) positions.push_back(i);
+        }
+    auto sorted = positions.size();
+    auto firstAdded = snapshotSize();
+    for (std::size_t part = 0; part < parts_->size(); ++part) {
+        const auto* changes = changesOf(*(*parts_)[part]);
+        if (!changes) continue;
+        for (auto i = changes->historySize; i-- > 0 && changes->history.find(i)->time > time;) {
+            std::size_t number = changes->history.find(i)->number;
+            positions.push_back(number < RecordShape::firstAddedNumber
+                                    ? number * parts_->size() + part
+                                    : firstAdded + (number - RecordShape::firstAddedNumber));
+        }
+        firstAdded += changes->addedRecords;
+    }
+    auto middle = positions.begin() + static_cast<std::ptrdiff_t>(sorted);
+    std::sort(middle, positions.end());
+    std::inplace_merge(positions.begin(), middle, positions.end());
+    positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
     return positions;
 }
 

@@ -19,6 +19,13 @@ class DataSet;
 class RecordShape;
 struct RecordContext;
 
+/// Says when a record was added, edited or deleted.
+struct RecordChange {
+    /// Milliseconds of the server's clock; a later change has a later time.
+    std::int64_t time = 0;
+    std::uint32_t number = 0;
+};
+
 /// Holds what clients have changed in the records of one module. A copy costs little, however much was changed.
 struct ModuleChanges {
     using Stored = std::shared_ptr<const StoredRecord>;
@@ -30,12 +37,17 @@ struct ModuleChanges {
     std::size_t addedRecords = 0;
     /// How many rows below other records were added, in a module without lists of its own.
     std::size_t addedRows = 0;
+    /// All changes in their order. A record may occur several times.
+    SharedArray<RecordChange> history;
+    std::size_t historySize = 0;
 };
 
 /// Holds what clients have changed in all records, by the number of the module. Not changed once others can see it.
 struct RecordChanges {
     /// Differs from that of every other state of the same store.
     std::uint64_t version = 0;
+    /// The time of the last change. The next one is later, whatever the clock says.
+    std::int64_t lastChange = 0;
     /// Null for a module without changes.
     std::vector<std::shared_ptr<const ModuleChanges>> modules;
 };
@@ -53,6 +65,8 @@ public:
     std::size_t size() const;
     /// Returns nullopt at the position of a deleted record.
     std::optional<RecordData> at(std::size_t position) const;
+    /// Returns the id of the record at a position, deleted or not.
+    std::string idAt(std::size_t position) const;
     /// Returns nullopt when the list has no such record.
     std::optional<RecordData> find(std::string_view id) const;
 
@@ -63,10 +77,24 @@ public:
     bool isTouched(std::size_t position) const;
     /// Returns the positions of the edited and added records that exist, in no particular order.
     std::vector<std::size_t> changedPositions() const;
+    std::vector<std::size_t> deletedPositions() const;
+    /// Returns the positions of the records that were added, edited or deleted after `time`, in milliseconds of the
+    /// server's clock, in ascending order. A record that is changed later never leaves them, so that a client that
+    /// pages through them by their number meets each, whatever happens meanwhile.
+    std::vector<std::size_t> positionsChangedAfter(std::int64_t time) const;
     bool hasChanges() const;
     std::uint64_t version() const { return changes_->version; }
 
 private:
+    /// Says which record is at a position.
+    struct Place {
+        const RecordShape* shape;
+        std::size_t number;
+    };
+    Place placeOf(std::size_t position) const;
+    /// Calls `visit` with the position and the value of each changed record, which is null for a deleted one.
+    template <class Visit>
+    void forEachChange(Visit&& visit) const;
     const ModuleChanges* changesOf(const RecordShape& shape) const;
 
     const Parts* parts_;

@@ -134,6 +134,10 @@ std::int64_t RecordData::modifiedTime() const {
     return stored_ ? stored_->modifiedTime : shape_->modifiedTime(number_);
 }
 
+std::int64_t RecordData::addedAt() const {
+    return stored_ ? stored_->addedAt : shape_->createdTime(number_) * millisecondsOfSecond;
+}
+
 RecordValue RecordData::value(std::string_view apiName) const {
     RecordValue value;
     read(apiName, value);

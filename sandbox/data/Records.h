@@ -13,6 +13,8 @@ namespace tarvo::sandbox {
 class RecordShape;
 struct RecordRow;
 
+inline constexpr std::int64_t millisecondsOfSecond = 1000;
+
 /// Holds one value of a record: a text, a list of texts, or rows that lie below the record. Numbers, flags and times
 /// are texts, as on the wire: "12.5", "true", "2024-02-29", "2024-02-29T10:00:00+05:30".
 struct RecordValue {
@@ -52,6 +54,8 @@ struct StoredRecord {
     /// Seconds since 1970.
     std::int64_t createdTime = 0;
     std::int64_t modifiedTime = 0;
+    /// When the server took the record in, in milliseconds of its clock.
+    std::int64_t addedAt = 0;
 };
 
 /// Refers to one record. A record that nobody has changed holds no values: each is made when a caller reads it, always
@@ -69,6 +73,8 @@ public:
     /// Returns seconds since 1970.
     std::int64_t createdTime() const;
     std::int64_t modifiedTime() const;
+    /// Returns when the server took the record in, in milliseconds of its clock.
+    std::int64_t addedAt() const;
     /// Returns the value of a field by its API name; absent for a name that the module lacks.
     RecordValue value(std::string_view apiName) const;
     /// Reads the same into a value that the caller fills many times.
