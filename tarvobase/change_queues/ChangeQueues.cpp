@@ -48,17 +48,18 @@ struct ScopeQueues {
     }
 };
 
-/// The lock stands beside the database, which has one drain at a time among all processes. A database in memory belongs
-/// to this process alone.
-std::optional<std::string> lockFileOf(const DatabaseAdapter& database) {
+/// The lock file stands beside the database, whose changes one process sends at a time. A database in memory belongs to
+/// this process alone.
+std::shared_ptr<SendingLock> lockOf(const DatabaseAdapter& database) {
     auto path = database.databaseName();
     bool isOnDisk = path.starts_with("/");
-    return isOnDisk ? std::optional(path + "-changes") : std::nullopt;
+    return std::make_shared<SendingLock>(isOnDisk ? std::optional(path + "-changes") : std::nullopt);
 }
 
 /// Puts the queues of the scope in force together. Each wakes the other when a record gets its id.
 ScopeQueues makeQueues(const Stores& stores) {
-    auto manager = TransactionAssembler::getTransactionManager(stores);
+    auto lock = lockOf(*stores.databaseAdapter());
+    auto manager = TransactionAssembler::getTransactionManager(stores, lock);
     auto records = RecordInDatabase::make(stores.databaseAdapter());
     auto wakeCurrent = [weak = std::weak_ptr<TransactionManager>(manager)] {
         if (auto current = weak.lock()) current->wake();
@@ -68,7 +69,7 @@ ScopeQueues makeQueues(const Stores& stores) {
     ChangeSettlement settlement(stores, records, std::move(fetch), std::move(wakeCurrent));
     auto queue =
         std::make_shared<OlderChangeQueue>(stores, std::make_shared<NetworkChangeSender>(), std::move(settlement));
-    auto drain = std::make_shared<ChangeDrain>(std::move(queue), lockFileOf(*stores.databaseAdapter()));
+    auto drain = std::make_shared<ChangeDrain>(std::move(queue), std::move(lock));
     manager->resultStored = [weak = std::weak_ptr<ChangeDrain>(drain)] {
         if (auto older = weak.lock()) older->wake();
     };

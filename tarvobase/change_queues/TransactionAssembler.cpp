@@ -39,8 +39,10 @@ std::shared_ptr<TransactionExecutorDI> executorsOf(const Stores& stores, const W
 
 }  // namespace
 
-std::shared_ptr<TransactionManager> TransactionAssembler::getTransactionManager(const Stores& stores) {
+std::shared_ptr<TransactionManager> TransactionAssembler::getTransactionManager(
+    const Stores& stores, std::shared_ptr<SendingLock> sendingLock) {
     auto manager = std::make_shared<TransactionManager>(stores, stores.userDefaults);
+    manager->sendingLock = std::move(sendingLock);
     manager->transactionExecutorDI = executorsOf(stores, manager);
     NotesAssembler::moveSoundsLeftBehind(stores);
     manager->attachmentScheduler = makeTransactionSynchronizer(true, stores, manager);

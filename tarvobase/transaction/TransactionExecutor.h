@@ -9,6 +9,7 @@
 
 #include "platform/Object.h"
 #include "platform/Result.h"
+#include "tarvobase/transaction/SendingLock.h"
 #include "tarvobase/value_objects/transaction/ErrorResponse.h"
 #include "tarvobase/value_objects/transaction/NTransaction.h"
 
@@ -68,12 +69,16 @@ public:
 /// Runs what a scheduler picks.
 class TransactionRunner : public virtual platform::Object {
 public:
-    /// Returns at once. Calls `onCompletion` when the result is stored, or cannot be, on any thread.
-    virtual void run(const NTransaction& transaction, std::function<void()> onCompletion) = 0;
+    /// Called before something is picked, outside of a database transaction. Returns the share of the lock that the
+    /// scheduler keeps until it rests, or null if nothing may be sent at present; the schedulers are woken when that
+    /// changes.
+    virtual SendingLock::Share begin() = 0;
     /// Notes one more start, in the commit that marks the transaction as started. Returns whether it is stored.
     virtual bool noteStart(const NTransaction& transaction) = 0;
-    /// Returns whether something may be sent at present. The schedulers are woken when that becomes true.
-    virtual bool isRunnable() const = 0;
+    /// Forgets a start whose commit has failed.
+    virtual void forgetStart(const NTransaction& transaction) = 0;
+    /// Returns at once. Calls `onCompletion` when the result is stored, or cannot be, on any thread.
+    virtual void run(const NTransaction& transaction, std::function<void()> onCompletion) = 0;
 };
 
 /// Drains a part of the current queue. Any thread may use it, and nothing waits.

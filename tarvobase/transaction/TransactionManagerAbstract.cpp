@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <utility>
 
-#include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/ProgrammingError.h"
+#include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/transaction/ChangeNotices.h"
@@ -28,6 +29,12 @@ std::vector<std::string> textsOf(const Ids& ids) {
     return texts;
 }
 
+/// A transaction on its way.
+struct TransactionOnItsWay {
+    SendingLock::Share share;
+    std::atomic<bool> isCompleted = false;
+};
+
 void logResult(const NTransaction& transaction, std::string_view what, const std::string& end) {
     platform::log(platform::LogLevel::progress, "transactions",
                   std::string(what) + " id: " + std::to_string(transaction.id) +
@@ -45,10 +52,7 @@ TransactionManagerAbstract::TransactionManagerAbstract(const Stores& stores,
       waiters_(stores),
       recordIds_(stores, std::move(userDefaults)) {}
 
-TransactionManagerAbstract::~TransactionManagerAbstract() {
-    inactiveTransactionTracker_.removeAll();
-    retryTimer_.cancel();
-}
+TransactionManagerAbstract::~TransactionManagerAbstract() { inactiveTransactionTracker_.removeAll(); }
 
 bool TransactionManagerAbstract::inOneCommit(std::string_view name, platform::FunctionRef<bool()> steps) {
     auto& database = stores_.databaseAdapter();
@@ -62,7 +66,7 @@ void TransactionManagerAbstract::startSync() {
         platform::MutexLock lock(mutex_);
         isOn_ = true;
     }
-    endWait();
+    pause_.end();
     normalScheduler->startSync();
     attachmentScheduler->startSync();
 }
@@ -76,21 +80,15 @@ void TransactionManagerAbstract::stopSync() {
     attachmentScheduler->stopSync();
 }
 
+/// What another process has on its way, or holds back, stays.
 bool TransactionManagerAbstract::initialize() {
     inactiveTransactionTracker_.removeAll();
-    return inOneCommit("initialize transactions", [&] {
+    auto share = sendingLock->tryTake();
+    bool isStored = inOneCommit("initialize transactions", [&] {
         auto queued = txnPersistence_->prepare() ? txnPersistence_->getTransactions() : std::nullopt;
         if (!queued) return false;
-        Ids abandoned, unanswered;
-        for (auto& transaction : queued->transactions) {
-            auto entry = stores_.changeRegister()->enter(ChangeQueue::current, std::to_string(transaction.id));
-            if (!entry) return false;
-            if (isBeingSent(transaction.id)) continue;
-            auto status = transaction.status.which;
-            if (status == Status::Case::syncing || status == Status::Case::inactive)
-                abandoned.push_back(transaction.id);
-            if (entry->lastRefusal && entry->lastRefusal->isNoAnswer()) unanswered.push_back(transaction.id);
-        }
+        for (auto& transaction : queued->transactions)
+            if (!stores_.changeRegister()->enter(ChangeQueue::current, std::to_string(transaction.id))) return false;
         auto olderAdds = stores_.changeRegister()->transactionNumbers();
         if (!olderAdds) return false;
         auto freed = txnDependencyPersistence_->removeDanglingDependencies(*olderAdds);
@@ -98,8 +96,11 @@ bool TransactionManagerAbstract::initialize() {
         for (auto id : *freed)
             platform::log(platform::LogLevel::warning, "transactions",
                           "transaction " + std::to_string(id) + " waited for one that is gone");
-        return txnPersistence_->setStatus(Status::active(), abandoned) && sendAgain(unanswered);
+        return !share || reclaim(true);
     });
+    platform::MutexLock lock(mutex_);
+    if (!share || !isStored) isHeldBackToo_ = true;
+    return isStored;
 }
 
 // Adding.
@@ -234,10 +235,12 @@ bool TransactionManagerAbstract::resetTransaction(std::int64_t id) {
     return inOneCommit("reset a transaction", [&] { return reset(id, 0); });
 }
 
-/// What this process is sending stays as it is: made ready, it would be sent twice.
+/// What is being sent, here or by another process, stays as it is: made ready, it would be sent twice.
 bool TransactionManagerAbstract::reset(std::int64_t id, std::int64_t syncAttempt) {
-    return waiters_.recover(id) &&
-           (isBeingSent(id) || txnPersistence_->setSyncAttempt(syncAttempt, Status::active(), id));
+    auto stored = txnPersistence_->getTransactionsWithIds({id});
+    if (!stored || !waiters_.recover(id)) return false;
+    bool isSending = !stored->empty() && stored->front().status.which == Status::Case::syncing;
+    return isSending || txnPersistence_->setSyncAttempt(syncAttempt, Status::active(), id);
 }
 
 // Running, and what comes back.
@@ -247,27 +250,104 @@ bool TransactionManagerAbstract::isBeingSent(std::int64_t id) const {
     return inFlight_.contains(id);
 }
 
+/// Returns the share that the schedulers have already, or a new one. Another process may have ended since there was
+/// one.
+SendingLock::Share TransactionManagerAbstract::begin() {
+    if (pause_.until()) return nullptr;
+    SendingLock::Share share;
+    bool mustReclaim = false, isHeldBackToo = false;
+    {
+        platform::MutexLock lock(mutex_);
+        share = share_.lock();
+        bool isNew = !share;
+        if (isNew) share_ = share = sendingLock->tryTake();
+        if (share) {
+            mustReclaim = std::exchange(mustReclaim_, false) || isNew;
+            isHeldBackToo = std::exchange(isHeldBackToo_, false);
+        }
+    }
+    if (!share) pause_.waitForOtherProcess(wakeLater());
+    if (!share || !mustReclaim || reclaim(isHeldBackToo)) return share;
+    {
+        platform::MutexLock lock(mutex_);
+        mustReclaim_ = true;
+        isHeldBackToo_ = isHeldBackToo_ || isHeldBackToo;
+    }
+    pause_.waitForServer(wakeLater());
+    return nullptr;
+}
+
+/// Makes ready what nobody sends any more, and what got no answer.
+bool TransactionManagerAbstract::reclaim(bool isHeldBackToo) {
+    // Without a commit, which a queue without such transactions does not need.
+    auto left = abandoned(isHeldBackToo), silent = unanswered();
+    if (!left || !silent) return false;
+    if (left->empty() && silent->empty()) return true;
+    std::set<std::int64_t> unstored;
+    {
+        platform::MutexLock lock(mutex_);
+        unstored.swap(unstored_);
+    }
+    bool isStored = inOneCommit("reclaim transactions", [&] {
+        left = abandoned(isHeldBackToo), silent = unanswered();
+        if (!left || !silent || !txnPersistence_->setStatus(Status::active(), *left)) return false;
+        std::copy_if(left->begin(), left->end(), std::back_inserter(*silent),
+                     [&](auto id) { return unstored.contains(id); });
+        return sendAgain(*silent);
+    });
+    if (isStored) return true;
+    platform::MutexLock lock(mutex_);
+    unstored_.merge(unstored);
+    return false;
+}
+
+std::optional<Ids> TransactionManagerAbstract::abandoned(bool isHeldBackToo) const {
+    std::vector<Status::Case> cases{Status::Case::syncing};
+    if (isHeldBackToo) cases.push_back(Status::Case::inactive);
+    auto ids = txnPersistence_->getTransactionIdsWithStatus(cases);
+    if (ids) std::erase_if(*ids, [&](auto id) { return isBeingSent(id); });
+    return ids;
+}
+
+std::optional<Ids> TransactionManagerAbstract::unanswered() const {
+    auto entries = stores_.changeRegister()->unanswered(ChangeQueue::current);
+    if (!entries) return std::nullopt;
+    Ids ids;
+    for (auto& entry : *entries)
+        if (auto id = text::toInteger(entry.transactionId); id && !isBeingSent(*id)) ids.push_back(*id);
+    return ids;
+}
+
 bool TransactionManagerAbstract::noteStart(const NTransaction& transaction) {
     auto entry = stores_.changeRegister()->enter(ChangeQueue::current, std::to_string(transaction.id));
-    return entry && stores_.changeRegister()->noteSend(entry->number);
+    if (!entry || !stores_.changeRegister()->noteSend(entry->number)) return false;
+    platform::MutexLock lock(mutex_);
+    inFlight_.insert(transaction.id);
+    return true;
+}
+
+void TransactionManagerAbstract::forgetStart(const NTransaction& transaction) {
+    platform::MutexLock lock(mutex_);
+    inFlight_.erase(transaction.id);
 }
 
 void TransactionManagerAbstract::run(const NTransaction& transaction, std::function<void()> onCompletion) {
+    auto one = std::make_shared<TransactionOnItsWay>();
     {
         platform::MutexLock lock(mutex_);
-        inFlight_.insert(transaction.id);
+        one->share = share_.lock();
     }
     ++startCount_;
     logResult(transaction, "syncing transaction.", "");
-    auto isCompleted = std::make_shared<std::atomic<bool>>(false);
-    auto complete = [weak = platform::weakSelf(this), transaction, isCompleted,
+    auto complete = [weak = platform::weakSelf(this), transaction, one,
                      onCompletion = std::move(onCompletion)](const TransactionResult& result) {
-        if (isCompleted->exchange(true)) return logResult(transaction, "a second completion was ignored.", "");
+        if (one->isCompleted.exchange(true)) return logResult(transaction, "a second completion was ignored.", "");
+        auto share = std::move(one->share);
         auto self = weak.lock();
         if (self) self->settle(transaction, result);
         onCompletion();
         if (result.afterwards) result.afterwards();
-        if (self) self->runSchedulers();
+        if (self) self->endRun();
     };
     if (!transactionExecutorDI) {
         platform::reportProgrammingError("a transaction was run before transactionExecutorDI was set");
@@ -284,15 +364,30 @@ void TransactionManagerAbstract::settle(const NTransaction& transaction, const T
         return result.outcome ? storeSuccess(transaction, result) : storeFailure(transaction, result);
     });
     bool isDecided = isStored && !result.silence;
+    // The pause comes first: what is not on its way any more is sent again after it.
+    if (isDecided)
+        pause_.serverHasAnswered();
+    else
+        pause_.waitForServer(wakeLater());
     {
         platform::MutexLock lock(mutex_);
         inFlight_.erase(transaction.id);
-        if (isDecided) backOff_.reset();
-        if (!isDecided) unanswered_.insert(transaction.id);
+        ++endingRuns_;
+        if (!isStored) unstored_.insert(transaction.id);
+        if (!isDecided) mustReclaim_ = true;
     }
     if (!isStored) logResult(transaction, "the result of a transaction could not be stored.", "");
-    if (!isDecided) backOff();
     if (resultStored) resultStored();
+}
+
+void TransactionManagerAbstract::endRun() {
+    runSchedulers();
+    std::vector<std::function<void()>> resting;
+    {
+        platform::MutexLock lock(mutex_);
+        if (--endingRuns_ == 0) resting.swap(resting_);
+    }
+    for (auto& callback : resting) whenResting(std::move(callback));
 }
 
 bool TransactionManagerAbstract::storeSuccess(const NTransaction& transaction, const TransactionResult& result) {
@@ -332,49 +427,25 @@ bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, c
     return isErrorStored && txnPersistence_->setStatus(Status::active(), transaction.id);
 }
 
-// Waiting for the server.
-
-bool TransactionManagerAbstract::isRunnable() const {
-    platform::MutexLock lock(mutex_);
-    return !nextTry_;
-}
+// Waiting for the server, or for another process.
 
 ChangeQueueStatus TransactionManagerAbstract::status() const {
     using State = ChangeQueueStatus::State;
+    auto until = pause_.until();
     platform::MutexLock lock(mutex_);
-    auto state = !inFlight_.empty() ? State::sending : !isOn_ ? State::off : nextTry_ ? State::waiting : State::idle;
-    return {.state = state, .until = nextTry_};
-}
-
-void TransactionManagerAbstract::backOff() {
-    platform::MutexLock lock(mutex_);
-    if (nextTry_) return;
-    auto wait = backOff_.next();
-    nextTry_ = (platform::Clock::now() + wait).time_since_epoch().count();
-    retryTimer_ = timerQueue_->asyncAfter(wait, [weak = platform::weakSelf(this)] {
-        if (auto self = weak.lock()) self->wake();
-    });
+    auto state = !inFlight_.empty() ? State::sending : !isOn_ ? State::off : until ? State::waiting : State::idle;
+    return {.state = state, .until = until, .isLockedOut = until && pause_.isForOtherProcess()};
 }
 
 void TransactionManagerAbstract::wake() {
-    endWait();
+    pause_.end();
     runSchedulers();
 }
 
-/// While sending is off, what got no answer stays as it is.
-void TransactionManagerAbstract::endWait() {
-    std::set<std::int64_t> unanswered;
-    {
-        platform::MutexLock lock(mutex_);
-        nextTry_.reset();
-        retryTimer_.cancel();
-        if (isOn_) unanswered.swap(unanswered_);
-    }
-    if (unanswered.empty()) return;
-    Ids ids(unanswered.begin(), unanswered.end());
-    if (inOneCommit("send transactions again", [&] { return sendAgain(ids); })) return;
-    platform::MutexLock lock(mutex_);
-    unanswered_.merge(unanswered);
+std::function<void()> TransactionManagerAbstract::wakeLater() {
+    return [weak = platform::weakSelf(this)] {
+        if (auto self = weak.lock()) self->wake();
+    };
 }
 
 bool TransactionManagerAbstract::sendAgain(const Ids& ids) {
@@ -392,8 +463,17 @@ void TransactionManagerAbstract::runSchedulers() {
 }
 
 void TransactionManagerAbstract::whenResting(std::function<void()> callback) {
-    normalScheduler->whenResting(
-        [attachments = attachmentScheduler, callback = std::move(callback)] { attachments->whenResting(callback); });
+    auto unlessRunsEnd = [weak = platform::weakSelf(this), callback = std::move(callback)] {
+        if (auto self = weak.lock()) {
+            platform::MutexLock lock(self->mutex_);
+            // What comes after a result may make another transaction ready.
+            if (self->endingRuns_ > 0) return self->resting_.push_back(callback);
+        }
+        callback();
+    };
+    normalScheduler->whenResting([attachments = attachmentScheduler, unlessRunsEnd = std::move(unlessRunsEnd)] {
+        attachments->whenResting(unlessRunsEnd);
+    });
 }
 
 }  // namespace tarvo

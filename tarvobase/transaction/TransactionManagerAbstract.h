@@ -14,10 +14,11 @@
 #include "platform/DispatchQueue.h"
 #include "platform/ThreadSafety.h"
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/transaction/BackOff.h"
 #include "tarvobase/transaction/ChangeQueueStatus.h"
 #include "tarvobase/transaction/InactiveTransaction.h"
 #include "tarvobase/transaction/RecordIds.h"
+#include "tarvobase/transaction/SendingLock.h"
+#include "tarvobase/transaction/SendingPause.h"
 #include "tarvobase/transaction/TransactionExecutor.h"
 #include "tarvobase/transaction/TransactionIds.h"
 #include "tarvobase/transaction/TransactionManagerContract.h"
@@ -37,12 +38,13 @@ namespace tarvo {
 ///     syncing  -- refusal -->  active with the error; what waits for it through lookups gets
 ///                              "txnDEPENDING_TRANSACTION_FAILED"
 ///     syncing  -- no answer -->  the same with "txnPARSING_FAILED", until the back-off ends; then as it was added
-///     syncing  -- its process ended, initialize -->  active
+///     syncing  -- its process ended, and another one begins to send -->  active
 ///     any  -- addMergedTransaction of a later one -->  deleted; the survivor is active and without an error
 ///     any  -- deleteTransaction -->  deleted
 ///
 /// An active transaction with an error stays until it is reset, merged or deleted. Whatever reads the queue and then
-/// writes it is one transaction of the database, which lets one writer in at a time.
+/// writes it is one transaction of the database, which lets one writer in at a time. One process sends at a time: what
+/// is `syncing` while this one has the lock, and not on its way from here, was left by a process that has ended.
 class TransactionManagerAbstract : public virtual TransactionManagerAbstractContract, public TransactionRunner {
 public:
     /// The settings keep the counters.
@@ -71,9 +73,10 @@ public:
     bool resetTransaction(std::int64_t id) override;
     bool updateError(std::int64_t id, const ErrorResponse& error) override;
 
-    void run(const NTransaction& transaction, std::function<void()> onCompletion) override;
-    bool isRunnable() const override;
+    SendingLock::Share begin() override;
     bool noteStart(const NTransaction& transaction) override;
+    void forgetStart(const NTransaction& transaction) override;
+    void run(const NTransaction& transaction, std::function<void()> onCompletion) override;
     ChangeQueueStatus status() const;
     /// Returns how many transactions were started so far.
     std::int64_t startCount() const { return startCount_; }
@@ -89,6 +92,8 @@ public:
     std::shared_ptr<TransactionExecutorDIContract> transactionExecutorDI;
     std::shared_ptr<TransactionSchedulerContract> attachmentScheduler;
     std::shared_ptr<TransactionSchedulerContract> normalScheduler;
+    /// Shared with whatever else sends changes of the database.
+    std::shared_ptr<SendingLock> sendingLock = std::make_shared<SendingLock>();
 
 protected:
     /// Runs `steps` as one transaction of the database.
@@ -108,9 +113,12 @@ private:
     void settle(const NTransaction& transaction, const TransactionResult& result);
     bool storeSuccess(const NTransaction& transaction, const TransactionResult& result);
     bool storeFailure(const NTransaction& transaction, const TransactionResult& result);
-    void backOff();
-    void endWait();
+    void endRun();
+    bool reclaim(bool isHeldBackToo);
+    std::optional<Ids> abandoned(bool isHeldBackToo) const;
+    std::optional<Ids> unanswered() const;
     bool sendAgain(const Ids& ids);
+    std::function<void()> wakeLater();
     void runSchedulers();
 
     TransactionIds transactionIds_;
@@ -119,15 +127,18 @@ private:
     InactiveTransaction inactiveTransactionTracker_;
     const std::shared_ptr<DispatchQueue> timerQueue_ = DispatchQueue::serial("com.tarvo.txn.timer");
 
+    SendingPause pause_;
     std::atomic<std::int64_t> startCount_ = 0;
 
     mutable platform::Mutex mutex_;
     bool isOn_ TARVO_GUARDED_BY(mutex_) = false;
     std::set<std::int64_t> inFlight_ TARVO_GUARDED_BY(mutex_);  // from the start to the stored result
-    std::set<std::int64_t> unanswered_ TARVO_GUARDED_BY(mutex_);
-    BackOff backOff_ TARVO_GUARDED_BY(mutex_);
-    std::optional<std::int64_t> nextTry_ TARVO_GUARDED_BY(mutex_);
-    platform::Timer retryTimer_ TARVO_GUARDED_BY(mutex_);
+    int endingRuns_ TARVO_GUARDED_BY(mutex_) = 0;  // results are stored, and what comes after them is not done
+    std::vector<std::function<void()>> resting_ TARVO_GUARDED_BY(mutex_);
+    std::set<std::int64_t> unstored_ TARVO_GUARDED_BY(mutex_);  // whose result could not be stored
+    std::weak_ptr<const void> share_ TARVO_GUARDED_BY(mutex_);  // what the schedulers have of the lock
+    bool mustReclaim_ TARVO_GUARDED_BY(mutex_) = false;
+    bool isHeldBackToo_ TARVO_GUARDED_BY(mutex_) = false;  // and activate what an ended process held back
 };
 
 }  // namespace tarvo

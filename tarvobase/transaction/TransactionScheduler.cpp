@@ -70,7 +70,8 @@ void TransactionScheduler::sync() {
 
 TransactionScheduler::Picked TransactionScheduler::pickNext() {
     auto runner = parts_.txnRunner.lock();
-    if (!runner || !runner->isRunnable()) return Picked::none;
+    share_ = runner ? runner->begin() : nullptr;
+    if (!share_) return Picked::none;
     std::optional<NTransaction> givenUp;
     auto next = claimNext(*runner, givenUp);
     if (givenUp) {
@@ -105,6 +106,7 @@ std::optional<NTransaction> TransactionScheduler::claimNext(TransactionRunner& r
         return store.setSyncAttempt(++claimed->syncAttempt, claimed->status, claimed->id) && runner.noteStart(*claimed);
     });
     if (isStored) return claimed;
+    if (claimed) runner.forgetStart(*claimed);
     givenUp.reset();
     return std::nullopt;
 }
@@ -134,6 +136,7 @@ void TransactionScheduler::finish(std::int64_t place) {
 }
 
 void TransactionScheduler::rest() {
+    share_.reset();
     for (auto& callback : std::exchange(resting_, {})) callback();
 }
 

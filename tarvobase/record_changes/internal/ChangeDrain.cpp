@@ -8,10 +8,8 @@ namespace tarvo {
 
 using platform::Clock;
 
-ChangeDrain::ChangeDrain(std::shared_ptr<DrainedChanges> changes, std::optional<std::string> lockFile)
-    : changes_(std::move(changes)) {
-    if (lockFile) lock_.emplace(*std::move(lockFile));
-}
+ChangeDrain::ChangeDrain(std::shared_ptr<DrainedChanges> changes, std::shared_ptr<SendingLock> lock)
+    : changes_(std::move(changes)), lock_(std::move(lock)) {}
 
 ChangeDrain::~ChangeDrain() { timer_.cancel(); }
 
@@ -71,8 +69,9 @@ void ChangeDrain::pass() {
 
 bool ChangeDrain::canBegin() {
     if (hasBegun_) return true;
-    if (lock_ && !lock_->tryLock()) {
-        waitFor(lockWait, true);
+    if (!share_) share_ = lock_->tryTake();
+    if (!share_) {
+        waitFor(SendingLock::retryWait, true);
         return false;
     }
     // What another process has stored meanwhile is not known here.
@@ -188,7 +187,7 @@ void ChangeDrain::rest() {
         if (requests_ > 0 || !answers_.empty() || !claimed_.empty()) return;
     }
     hasBegun_ = false;
-    if (lock_) lock_->unlock();
+    share_.reset();
     for (auto& callback : std::exchange(resting_, {})) callback();
 }
 

@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "platform/DispatchQueue.h"
-#include "platform/FileLock.h"
 #include "platform/Object.h"
 #include "platform/ThreadSafety.h"
 #include "tarvobase/record_changes/wire/ChangeAnswer.h"
 #include "tarvobase/transaction/BackOff.h"
 #include "tarvobase/transaction/ChangeQueueStatus.h"
+#include "tarvobase/transaction/SendingLock.h"
 
 namespace tarvo {
 
@@ -56,9 +56,9 @@ public:
     virtual void giveBack(const std::vector<std::string>& transactionIDs) = 0;
 };
 
-/// Sends the changes of one open database: on from `start` to `stop`, at most four requests at a time. A lock file lets
-/// one process drain at a time; it is held only while something is being sent, so that the changes of every process on
-/// the same home get their turn.
+/// Sends the changes of one open database: on from `start` to `stop`, at most four requests at a time. It has a
+/// share of the lock only while something is being sent, so that the changes of every process on the same home get
+/// their turn.
 ///
 /// A commit costs about as much as some requests. So the drain claims changes ahead, sends the next one as soon as an
 /// answer arrives, and stores together what has arrived while it was storing.
@@ -71,10 +71,9 @@ public:
     using State = Status::State;
 
     static constexpr std::size_t mostRequests = 4, mostClaims = 32;
-    static constexpr std::chrono::milliseconds lockWait{500};
 
-    /// Makes a drain that is off. Without a path of a lock file, nobody else can drain, as with a database in memory.
-    ChangeDrain(std::shared_ptr<DrainedChanges> changes, std::optional<std::string> lockFile);
+    /// Makes a drain that is off.
+    ChangeDrain(std::shared_ptr<DrainedChanges> changes, std::shared_ptr<SendingLock> lock);
     ~ChangeDrain() override;
 
     void start();
@@ -107,12 +106,13 @@ private:
     void onQueue(std::function<void(ChangeDrain&)> work);
 
     const std::shared_ptr<DrainedChanges> changes_;
+    const std::shared_ptr<SendingLock> lock_;
     const std::shared_ptr<DispatchQueue> queue_ = DispatchQueue::serial("tarvo.changes");
 
     // These belong to the queue.
-    std::optional<platform::FileLock> lock_;
+    SendingLock::Share share_;
     bool isOn_ = false;
-    bool hasBegun_ = false;  // holds the lock, and has reclaimed
+    bool hasBegun_ = false;  // has a share of the lock, and has reclaimed
     std::atomic<std::int64_t> sendCount_ = 0;
     BackOff backOff_;
     bool isWaiting_ = false;

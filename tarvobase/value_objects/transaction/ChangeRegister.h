@@ -60,6 +60,8 @@ public:
     virtual Entries entries() = 0;
     /// Returns the entries that exist of these changes of a queue, in the order of their numbers.
     virtual Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
+    /// Returns the entries of the register's organisation whose last send got no answer, of one queue.
+    virtual Entries unanswered(ChangeQueue queue) = 0;
     /// Counts one more send of each of these changes.
     virtual bool noteSends(const std::vector<std::int64_t>& numbers) = 0;
     /// Takes back what `noteSends` counted for changes that were not sent after all.

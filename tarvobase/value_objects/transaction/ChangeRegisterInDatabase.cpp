@@ -105,6 +105,12 @@ ChangeRegister::Entries ChangeRegisterInDatabase::entriesOf(ChangeQueue queue,
     return entriesWhere(areOfQueue(queue, transactionIds));
 }
 
+ChangeRegister::Entries ChangeRegisterInDatabase::unanswered(ChangeQueue queue) {
+    return entriesWhere(Criteria::and_({columnIs(changeColumns::queue, std::string(rawText(queue))),
+                                        columnIs(changeColumns::refusalCode, ErrorResponse::noAnswer("").code),
+                                        columnIs(changeColumns::organisation, organisation_)}));
+}
+
 bool ChangeRegisterInDatabase::addToSends(std::int64_t count, const std::vector<std::int64_t>& numbers) const {
     std::string counted = changeColumns::sends;
     auto areThese = Criteria::in(changeColumns::number, ValueList(numbers.begin(), numbers.end()));

@@ -20,6 +20,7 @@ public:
     std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) override;
     Entries entries() override;
     Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
+    Entries unanswered(ChangeQueue queue) override;
     bool noteSends(const std::vector<std::int64_t>& numbers) override { return addToSends(1, numbers); }
     bool takeBackSends(const std::vector<std::int64_t>& numbers) override { return addToSends(-1, numbers); }
     bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) override;

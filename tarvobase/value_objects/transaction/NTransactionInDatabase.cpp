@@ -54,6 +54,12 @@ std::int64_t rawStatus(NTransaction::Status::Case status) { return static_cast<s
 Criteria hasId(std::int64_t id) { return Criteria::equalTo(txnId, id); }
 Criteria hasIdIn(const std::vector<std::int64_t>& ids) { return Criteria::in(txnId, idValues(ids)); }
 
+Criteria hasStatusIn(const std::vector<NTransaction::Status::Case>& cases) {
+    ValueList raw;
+    for (auto one : cases) raw.push_back(rawStatus(one));
+    return Criteria::in(txnStatus, std::move(raw));
+}
+
 FetchQuery inOrderOfIds(const EnsuredTable& table, Criteria criteria) {
     FetchQuery query(table.name(), std::move(criteria));
     query.sortBy = {SortDescriptor::customOrderBy(txnId)};
@@ -142,8 +148,14 @@ TransactionPersistence::Transactions NTransactionInDatabase::getTransactionsWith
 }
 std::optional<TransactionPersistence::Ids> NTransactionInDatabase::getTransactionIdsWithRecordIds(
     const RecordIds& recordIds, const Kinds& kinds) {
-    auto query = inOrderOfIds(transactions_, columnIn(txnRecordId, recordIds));
-    query.filter(Criteria::in(txnType, rawKinds(kinds)));
+    return idsWhere(Criteria::and_({columnIn(txnRecordId, recordIds), Criteria::in(txnType, rawKinds(kinds))}));
+}
+std::optional<TransactionPersistence::Ids> NTransactionInDatabase::getTransactionIdsWithStatus(
+    const std::vector<NTransaction::Status::Case>& cases) {
+    return idsWhere(hasStatusIn(cases));
+}
+std::optional<TransactionPersistence::Ids> NTransactionInDatabase::idsWhere(Criteria criteria) const {
+    auto query = inOrderOfIds(transactions_, std::move(criteria));
     query.columns = {txnId};
     auto rows = fetch(query);
     if (!rows) return std::nullopt;
@@ -224,9 +236,7 @@ bool NTransactionInDatabase::setStatus(NTransaction::Status status, const Ids& i
 }
 bool NTransactionInDatabase::replaceStatus(const std::vector<NTransaction::Status::Case>& former,
                                            NTransaction::Status status) {
-    ValueList raw;
-    for (auto one : former) raw.push_back(rawStatus(one));
-    return transactions_.update({{txnStatus, rawStatus(status.which)}}, Criteria::in(txnStatus, std::move(raw)));
+    return transactions_.update({{txnStatus, rawStatus(status.which)}}, hasStatusIn(former));
 }
 bool NTransactionInDatabase::update(const std::map<std::string, std::string>& recordIds,
                                     const std::map<std::int64_t, std::string>& payloads) {

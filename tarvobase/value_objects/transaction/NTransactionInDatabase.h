@@ -20,6 +20,7 @@ public:
     Transactions getTransactionsWithRecordIds(const RecordIds& recordIds, const std::optional<Kinds>& kinds,
                                               std::optional<std::int64_t> limit) override;
     std::optional<Ids> getTransactionIdsWithRecordIds(const RecordIds& recordIds, const Kinds& kinds) override;
+    std::optional<Ids> getTransactionIdsWithStatus(const std::vector<NTransaction::Status::Case>& cases) override;
     std::optional<QueuedNTransactions> getTransactionsOfRecords(const RecordIds& recordIds,
                                                                 const Kinds& kinds) override;
     Transactions getTransactionsNaming(const std::string& recordId) override;
@@ -46,6 +47,7 @@ public:
 
 private:
     std::optional<Rows> fetch(const Query& query) const;
+    std::optional<Ids> idsWhere(Criteria criteria) const;
     std::string isOfAnotherOrganisation() const;
     std::optional<Rows> lastRows(const std::string& columns, const std::string& recordId, const Kinds& kinds) const;
     std::optional<std::int64_t> highest(const Query& query) const;

@@ -56,6 +56,8 @@ public:
     /// Returns the ids of transactions of records, of these kinds. It also finds rows that cannot be read otherwise.
     /// Returns nullopt if the queue cannot be read.
     virtual std::optional<Ids> getTransactionIdsWithRecordIds(const RecordIds& recordIds, const Kinds& kinds) = 0;
+    /// Returns the ids of transactions that have one of these, or nullopt if the queue cannot be read.
+    virtual std::optional<Ids> getTransactionIdsWithStatus(const std::vector<NTransaction::Status::Case>& cases) = 0;
     /// Returns the transactions of records, of these kinds, whether all of the rows can be read or not. Returns nullopt
     /// if the queue cannot be read.
     virtual std::optional<QueuedNTransactions> getTransactionsOfRecords(const RecordIds& recordIds,

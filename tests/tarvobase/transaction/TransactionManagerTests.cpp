@@ -79,6 +79,7 @@ protected:
         executor = std::make_shared<HeldExecutor>();
         manager = std::make_shared<TransactionManager>(*stores, stores->userDefaults);
         manager->transactionExecutorDI = executor;
+        manager->sendingLock = std::make_shared<SendingLock>(folder() + "/lock");
         manager->normalScheduler = scheduler(false);
         manager->attachmentScheduler = scheduler(true);
     }
@@ -248,6 +249,31 @@ TEST_F(TransactionManagerTest, HeldBackTransactionsWaitForTheirTimerOrANewerOne)
     accept();
     EXPECT_EQ(started(), "3 2");
     EXPECT_EQ(rows(), "");
+}
+
+TEST_F(TransactionManagerTest, OneProcessSendsAtATime) {
+    add(1, Kind::editNote, "7");
+    auto first = std::exchange(manager, nullptr);
+    auto server = executor;
+    begin();
+    ASSERT_TRUE(manager->initialize());
+    manager->startSync();
+    add(2, Kind::editNote, "8");
+    EXPECT_TRUE(manager->status().isLockedOut);
+    advance(SendingLock::retryWait);
+    EXPECT_EQ(rows(), "1 7 syncing 1, 2 8 active 0");
+    first->stopSync();
+    executor.swap(server);
+    accept();
+    executor.swap(server);
+    advance(SendingLock::retryWait);
+    EXPECT_EQ(started(), "2");
+    // The second process ends before the answer.
+    executor = server;
+    manager = first;
+    manager->startSync();
+    settle();
+    EXPECT_EQ(rows(), "2 8 syncing 2");
 }
 
 TEST_F(TransactionManagerTest, TransactionsThatWereStartedTooOftenGiveUp) {

@@ -52,7 +52,7 @@ protected:
         FoundationTest::SetUp();
         platform::Clock::set(platform::Clock::now());
         changes = std::make_shared<ScriptedChanges>();
-        drain = std::make_shared<ChangeDrain>(changes, folder() + "/lock");
+        drain = std::make_shared<ChangeDrain>(changes, std::make_shared<SendingLock>(folder() + "/lock"));
     }
     void TearDown() override {
         drain.reset();
@@ -148,7 +148,7 @@ TEST_F(ChangeDrainTest, DatabaseThatRefusesIsAskedAgain) {
 
 TEST_F(ChangeDrainTest, OneProcessDrainsAtATime) {
     auto other = std::make_shared<ScriptedChanges>();
-    auto otherDrain = std::make_shared<ChangeDrain>(other, folder() + "/lock");
+    auto otherDrain = std::make_shared<ChangeDrain>(other, std::make_shared<SendingLock>(folder() + "/lock"));
     drain->start();
     otherDrain->start();
     give({"1"});
@@ -158,7 +158,7 @@ TEST_F(ChangeDrainTest, OneProcessDrainsAtATime) {
     EXPECT_TRUE(otherDrain->status().isLockedOut);
     EXPECT_EQ(otherDrain->status().state, ChangeDrain::State::waiting);
     answer(Outcome::accepted);
-    advance(ChangeDrain::lockWait);
+    advance(SendingLock::retryWait);
     ASSERT_EQ(other->sent.size(), 1u);
     give({"3"});
     EXPECT_TRUE(changes->sent.empty());
