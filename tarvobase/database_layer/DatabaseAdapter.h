@@ -95,6 +95,12 @@ public:
     /// outermost commit, of what was not undone.
     [[nodiscard]] virtual bool transaction(std::string_view name, platform::FunctionRef<bool()> work) = 0;
 
+    /// Runs `work` as a part of the transaction that this thread is in, without a savepoint: false fails that
+    /// transaction whole. Outside a transaction it is one of its own.
+    [[nodiscard]] virtual bool joinTransaction(std::string_view name, platform::FunctionRef<bool()> work) {
+        return transaction(name, work);
+    }
+
     /// Runs `work` like `transaction`, except that a write which SQLite rejects costs itself only: a table that is
     /// missing or exists already, a column, a rule of the table. For content of the server, whose schema and rows need
     /// not fit. Returns false if the database could not store the content that fits: the disk is full, another process

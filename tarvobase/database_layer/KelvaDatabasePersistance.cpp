@@ -222,6 +222,14 @@ bool KelvaDatabasePersistance::tolerantTransaction(std::string_view name, platfo
     return runTransaction(name, true, work);
 }
 
+/// The writes in a tolerant transaction are savepoints in any case, and a rejected one must not cost it whole.
+bool KelvaDatabasePersistance::joinTransaction(std::string_view name, platform::FunctionRef<bool()> work) {
+    auto running = RunningTransaction::find(*this);
+    if (!running || running->isTolerant()) return transaction(name, work);
+    if (!work()) running->fail(false);
+    return !running->hasFailed();
+}
+
 bool KelvaDatabasePersistance::runTransaction(std::string_view name, bool isTolerant,
                                               platform::FunctionRef<bool()> work) {
     RunningTransaction::Frame frame;

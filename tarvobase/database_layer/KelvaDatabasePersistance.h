@@ -63,6 +63,7 @@ public:
     using DatabaseAdapter::insertInto;
     using DatabaseAdapter::update;
     bool transaction(std::string_view name, platform::FunctionRef<bool()> work) override;
+    bool joinTransaction(std::string_view name, platform::FunctionRef<bool()> work) override;
     bool tolerantTransaction(std::string_view name, platform::FunctionRef<bool()> work) override;
     bool createTable(const std::string& rawQuery) override;
     bool create(const std::string& table, const ColumnDefinitions& columnDefinitions,

@@ -30,6 +30,9 @@ public:
     bool transaction(std::string_view name, platform::FunctionRef<bool()> work) override {
         return next_->transaction(name, work);
     }
+    bool joinTransaction(std::string_view name, platform::FunctionRef<bool()> work) override {
+        return next_->joinTransaction(name, work);
+    }
     bool createTable(const std::string& rawQuery) override { return next_->createTable(rawQuery); }
     bool create(const std::string& table, const ColumnDefinitions& columns, const std::vector<std::string>& primaryKey,
                 const std::vector<std::vector<std::string>>& uniqueKeys) override {

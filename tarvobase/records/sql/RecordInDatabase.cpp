@@ -235,7 +235,7 @@ std::optional<Names> RecordInDatabase::store(const RowSource& rows, const Names&
         return stored && alongside(*stored);
     };
     bool isCommitted =
-        databaseAdapter_ && databaseAdapter_->transaction("store records of " + fields.moduleName(), [&] {
+        databaseAdapter_ && databaseAdapter_->joinTransaction("store records of " + fields.moduleName(), [&] {
             return UnsentChanges(databaseAdapter_, {olderQueue_, currentQueue_}, fields).layOver(ids, storeAll);
         });
     return isCommitted ? std::move(stored) : std::nullopt;
@@ -316,7 +316,7 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::ve
         return leaveOutUnchanged(rows, moduleName, fields->naming()) &&
                update(rows, moduleName, fields->naming(), haveIds);
     };
-    bool isCommitted = databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
+    bool isCommitted = databaseAdapter_ && databaseAdapter_->joinTransaction("modify records of " + moduleName, [&] {
         return UnsentChanges(databaseAdapter_, {olderQueue_, currentQueue_}, *fields).layOver(ids, modifyAll);
     });
     return isCommitted && haveIds;
@@ -362,7 +362,7 @@ bool RecordInDatabase::modifyRecord(const std::string& moduleName, const std::ve
 bool RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::string& moduleName,
                               const FieldIdentifier& naming) const {
     bool haveIds = true;
-    return databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
+    return databaseAdapter_ && databaseAdapter_->joinTransaction("modify records of " + moduleName, [&] {
         return update(rows, moduleName, naming, haveIds);
     }) && haveIds;
 }
