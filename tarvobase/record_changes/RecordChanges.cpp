@@ -99,19 +99,22 @@ bool EditRecordDataManager::storeInTransactionRecords(const Record& record, cons
 SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Module& module) const {
     auto& stores = parts_.stores;
     std::vector<std::string> files;
+    bool isSoundNeeded = false;
     auto saved = savedAtOnce(parts_, recordID, module, "delete a record", [&]() -> Queued {
         recordID = SharedActivities::currentId(*stores.recordIdAliases(), module.moduleName, recordID);
         for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
             if (!parts_.recordPersistance->deleteRecord(recordID, each)) return std::nullopt;
         if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))
             return std::nullopt;
-        if (module.identifier() == ModuleIdentifier::Case::notes && !dropQueuedNote(recordID)) return std::nullopt;
+        if (module.identifier() == ModuleIdentifier::Case::notes && !dropQueuedNote(recordID, isSoundNeeded))
+            return std::nullopt;
         auto queued = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
         return queued && deleteAttachments(recordID, module, files) ? queued : std::nullopt;
     });
     if (!saved) return saved;
     auto voiceFile = files::pathComponent(recordID + ".wav");
-    if (module.identifier() == ModuleIdentifier::Case::notes && voiceFile && !parts_.voiceFileDirectory.empty())
+    bool isNote = module.identifier() == ModuleIdentifier::Case::notes;
+    if (isNote && !isSoundNeeded && voiceFile && !parts_.voiceFileDirectory.empty())
         files.push_back(parts_.voiceFileDirectory + *voiceFile);
     for (auto& path : files) files::remove(path);
     return saved;
@@ -152,8 +155,9 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
 }
 
 /// Takes the transactions of a deleted note out of the current queue, unless the server may have applied them. What
-/// waits for the note will never get its id: it fails before the transaction goes, which would set it free.
-bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId) const {
+/// waits for the note will never get its id: it fails before the transaction goes, which would set it free. Sets
+/// `isSoundNeeded` if an upload stays, which may have to be repeated.
+bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const {
     auto& manager = parts_.transactionManager;
     if (!manager) return true;
     auto queued = manager->getTransactions(recordId, std::nullopt, std::nullopt);
@@ -164,7 +168,10 @@ bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId) const 
         auto waiting = parts_.stores.transactionDependencies()->getTransactionDependencies(
             {transaction->id}, {TransactionDependency::Kind::lookupRecord});
         if (!entries || !waiting) return false;
-        if (!entries->empty() && entries->front().sends > 0 && !entries->front().isKnownToBeRefused()) continue;
+        if (!entries->empty() && entries->front().sends > 0 && !entries->front().isKnownToBeRefused()) {
+            isSoundNeeded |= transaction->kind == NTransaction::Kind::addVoiceNote;
+            continue;
+        }
         if (!waiting->empty() && !manager->updateError(transaction->id, ErrorResponse::dependingTransactionFailed()))
             return false;
         if (!manager->deleteTransactionWithId(transaction->id)) return false;

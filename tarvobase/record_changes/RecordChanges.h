@@ -63,7 +63,7 @@ public:
 
 private:
     bool dropQueued(const std::string& recordId, const Module& module) const;
-    bool dropQueuedNote(const std::string& recordId) const;
+    bool dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const;
     bool repeatAdd(const ChangeEntry& add, const std::string& recordId) const;
     bool deleteAttachments(const std::string& recordId, const Module& module, std::vector<std::string>& files) const;
 

@@ -1,5 +1,7 @@
 #include "tarvobase/notes/internal/AddNoteDM.h"
 
+#include <algorithm>
+
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/notes/internal/NoteContext.h"
@@ -15,6 +17,13 @@ using NoteKind = NTransaction::Kind;
 bool isVoiceNote(const Record& record, const NotesConstants& names) {
     auto flag = record[names.isVoiceNote].asText();
     return flag && *flag == "true";
+}
+
+/// Returns whether the note was deleted while its add was on its way.
+bool isDeletedNote(const Stores& stores, const std::string& recordId) {
+    auto queued = stores.transactions()->getTransactions(recordId);
+    return queued && std::any_of(queued->transactions.begin(), queued->transactions.end(),
+                                 [](auto& row) { return row.operationType == TransactionType::deleteRecord; });
 }
 
 }  // namespace
@@ -68,8 +77,9 @@ TransactionResult AddNoteDM::accepted(const Executed& executed, const ChangeAnsw
             !storeTimesOfNote(self->parts_, answer.recordId, answer.record))
             return false;
         if (executed->transaction.kind == NoteKind::addVoiceNote)
-            afterCommit([files = self->files_, formerId = executed->transaction.recordId, newId = answer.recordId] {
-                files.move(formerId, newId);
+            afterCommit([files = self->files_, formerId = executed->transaction.recordId, newId = answer.recordId,
+                         isDeleted = isDeletedNote(self->parts_.stores, answer.recordId)] {
+                isDeleted ? files.remove(formerId) : files.move(formerId, newId);
             });
         return true;
     };

@@ -41,6 +41,10 @@ void VoiceFiles::move(const std::string& formerId, const std::string& newId) con
     if (from && to && files::exists(*from)) files::move(*from, *to);
 }
 
+void VoiceFiles::remove(const std::string& recordId) const {
+    if (auto path = pathOf(recordId)) files::remove(*path);
+}
+
 void VoiceFiles::moveLeftBehind(const Stores& stores) const {
     auto notes = std::string(rawText(ModuleIdentifier::Case::notes));
     for (auto& id : temporaryIdsOfSounds(directory_)) {

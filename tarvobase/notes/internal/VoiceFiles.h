@@ -31,6 +31,8 @@ public:
     bool take(const std::string& file, const std::string& recordId) const;
     /// Moves a sound to the server's id of its note. A note without a sound is left alone.
     void move(const std::string& formerId, const std::string& newId) const;
+    /// Removes the sound of a note, if there is one.
+    void remove(const std::string& recordId) const;
     /// Moves the sounds of accepted notes that a process left under their temporary ids when it ended. Call it when
     /// work on an account begins.
     void moveLeftBehind(const Stores& stores) const;

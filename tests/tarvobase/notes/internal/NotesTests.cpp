@@ -278,4 +278,26 @@ TEST_F(NotesTest, ADeletedNoteNeverReachesTheServerUnlessItWasSent) {
     EXPECT_EQ(left->front().kind, Kind::addTextNote);
 }
 
+TEST_F(NotesTest, TheSoundOfADeletedNoteStaysUntilItsUploadIsAnswered) {
+    RecordChangeParts parts{.stores = *stores,
+                            .recordPersistance = records,
+                            .editRecordTransactionManager = std::make_shared<RecordTransactionManager>(*stores, [] {}),
+                            .voiceFileDirectory = folder() + "/VoiceNotes/",
+                            .transactionManager = manager};
+    DeleteRecordDataManager deletes(parts);
+    Module module{.moduleName = "Notes", .apiName = "Notes"};
+    for (auto& id : {firstNote, std::string("NEW_000000002")}) {
+        storeSound(id);
+        EXPECT_FALSE(addNote(id, "spoken", "7", "true"));
+        if (id == firstNote) manager->startSync();
+        settle();
+    }
+    EXPECT_TRUE(deletes.deleteRecord(firstNote, module) && deletes.deleteRecord("NEW_000000002", module));
+    EXPECT_TRUE(files::exists(*files().pathOf(firstNote)));
+    EXPECT_FALSE(files::exists(*files().pathOf("NEW_000000002")));
+    network->uploads().front().completionHandler({.body = Data(texts("41"))});
+    settle();
+    EXPECT_FALSE(files::exists(*files().pathOf(firstNote)) || files::exists(*files().pathOf("41")));
+}
+
 }  // namespace tarvo
