@@ -19,7 +19,19 @@ std::optional<ChangeTurns::Creations> ChangeTurns::creationsFor(const Stores& st
     auto creating =
         stores.currentTransactions()->getTransactionsWithRecordIds(named, kindsWhere(createsRecord), std::nullopt);
     if (!creating) return std::nullopt;
-    for (auto& each : *creating) creations[each.recordId] = {std::to_string(each.id), each.errorResponse.has_value()};
+    std::map<std::string, Creation*> failed;
+    for (auto& each : *creating) {
+        auto& creation = creations[each.recordId] = {std::to_string(each.id), each.errorResponse.has_value()};
+        if (creation.hasFailed) failed[creation.transactionId] = &creation;
+    }
+    if (failed.empty()) return creations;
+    std::vector<std::string> ids;
+    for (auto& [id, creation] : failed) ids.push_back(id);
+    auto entries = stores.changeRegister()->entriesOf(ChangeQueue::current, ids);
+    if (!entries) return std::nullopt;
+    // One without an answer is sent again by itself.
+    for (auto& entry : *entries)
+        if (entry.lastRefusal && entry.lastRefusal->isNoAnswer()) failed[entry.transactionId]->hasFailed = false;
     return creations;
 }
 

@@ -4,6 +4,7 @@
 #include <set>
 #include <tuple>
 
+#include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/transaction/TransactionWaiters.h"
@@ -149,9 +150,9 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
     return Step::stale;
 }
 
-/// Takes the delete of a record that the server never had out of the queue. An add of it that was refused while the
-/// delete waited goes as well: it must not come back when failed changes are tried again. The delete stays beside an
-/// add that may have been applied: trying that again finds the id.
+/// Takes the delete of a record that the server never had out of the queue. An add of it in either queue that was
+/// refused while the delete waited goes as well: it must not come back when failed changes are tried again. The delete
+/// stays beside an add that may have been applied: trying that again finds the id.
 OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
     auto& id = change.transaction.transactionID;
     std::vector<std::string> dropped{id};
@@ -159,20 +160,34 @@ OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
         if (other.transaction.operationType == TransactionType::addRecord &&
             other.transaction.recordID == change.transaction.recordID)
             dropped.push_back(other.transaction.transactionID);
+    std::vector<std::string> creating;
+    if (auto found = created_.find(change.transaction.recordID); found != created_.end())
+        creating.push_back(found->second.transactionId);
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::older, dropped);
-    if (!entries) return Step::failed;
-    if (std::any_of(entries->begin(), entries->end(), [](auto& entry) { return entry.mayBeApplied; }))
+    auto creations = stores_.changeRegister()->entriesOf(ChangeQueue::current, creating);
+    if (!entries || !creations) return Step::failed;
+    if (std::any_of(entries->begin(), entries->end(), [](auto& entry) { return entry.mayBeApplied; }) ||
+        std::any_of(creations->begin(), creations->end(),
+                    [](auto& entry) { return entry.sends > 0 && !entry.isKnownToBeRefused(); }))
         return failForDependency(change);
     std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("drop a delete", [&] {
         if (!isAsRead()) return true;
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
         return entry && stores_.transactions()->removeTransactionsWithIds(dropped) &&
-               stores_.changeRegister()->remove(ChangeQueue::older, dropped);
+               stores_.changeRegister()->remove(ChangeQueue::older, dropped) && removeCreating(creating);
     });
     if (!isStored) return Step::failed;
     if (entry) changeNotices::accepted(Change::of(change.transaction, *entry), std::nullopt);
     return Step::stale;
+}
+
+/// What waits for a transaction that goes is free, and fails by itself: it names a record that nobody creates.
+bool OlderChangeQueue::removeCreating(const std::vector<std::string>& transactionIds) const {
+    std::vector<std::int64_t> ids;
+    for (auto& id : transactionIds) ids.push_back(text::toInteger(id).value_or(0));
+    return ids.empty() || (stores_.currentTransactions()->deleteTransactionWithIds(ids) &&
+                           stores_.changeRegister()->remove(ChangeQueue::current, transactionIds));
 }
 
 void OlderChangeQueue::send(const std::string& transactionID, ChangeCompletion answered) {

@@ -42,6 +42,7 @@ private:
     Step claim(const std::vector<QueuedChange*>& changes);
     Step failForDependency(const QueuedChange& change);
     Step drop(const QueuedChange& change);
+    bool removeCreating(const std::vector<std::string>& transactionIds) const;
     bool isClaimed(const std::string& transactionID) const;
     std::optional<Claim> takeClaim(const std::string& transactionID);
 

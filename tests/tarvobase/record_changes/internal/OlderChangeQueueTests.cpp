@@ -223,6 +223,39 @@ TEST_F(OlderChangeQueueTest, AFailedAddGoesWithItsDeleteUnlessTheServerMayHaveTh
     EXPECT_EQ(sender->sent.front().change.recordID, "42");
 }
 
+TEST_F(OlderChangeQueueTest, ADeleteGoesByWhatBecameOfTheAddInTheCurrentQueue) {
+    auto crm = ErrorResponse{.code = "crmINVALID_DATA", .message = "no"};
+    struct {
+        ErrorResponse refusal;
+        bool mayBeApplied;
+        std::string deletes;
+        std::size_t adds;
+    } cases[] = {
+        {crm, false, "", 0},
+        {ErrorResponse::parsingFailed(), true, R"("delete","NEW_000000001","error")", 1},
+        {ErrorResponse::noAnswer("timeout"), true, R"("delete","NEW_000000001",null)", 1},
+    };
+    for (auto& each : cases) {
+        SCOPED_TRACE(each.refusal.code);
+        stores->transactions()->removeTransactions(temporaryId);
+        auto current = stores->currentTransactions();
+        current->deleteTransactionWithRecordId(temporaryId);
+        ASSERT_TRUE(current->storeTransactions({{.id = 5,
+                                                 .recordId = temporaryId,
+                                                 .module = ModuleIdentifier::Case::leads,
+                                                 .kind = NTransaction::Kind::addTextNote}},
+                                               {}));
+        auto entry = stores->changeRegister()->enter(ChangeQueue::current, "5");
+        stores->changeRegister()->noteSend(entry->number);
+        stores->changeRegister()->noteRefusal(entry->number, each.refusal, each.mayBeApplied);
+        current->setTransactionErrors({{5, crm}});
+        enqueue("delete", T::deleteRecord, temporaryId);
+        EXPECT_EQ(sendAll(), "");
+        EXPECT_EQ(rows(), each.deletes);
+        EXPECT_EQ(current->getTransactions()->transactions.size(), each.adds);
+    }
+}
+
 TEST_F(OlderChangeQueueTest, AnswerToADroppedEditBringsNothingBack) {
     enqueue("1", T::editRecord, "7");
     EXPECT_EQ(sendAll(), "1");
