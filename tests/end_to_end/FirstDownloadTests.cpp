@@ -2,6 +2,7 @@
 
 #include "platform/Text.h"
 #include "tests/end_to_end/EndToEnd.h"
+#include "tests/end_to_end/ServerRecords.h"
 #include "tests/end_to_end/TableContents.h"
 
 namespace tarvo::tests {
@@ -51,6 +52,8 @@ TEST_F(FirstDownload, EndsWithTheSameTablesWhereverItWasKilled) {
     const auto modules = modulesAsked();
     ASSERT_GT(modules.size(), 15u);
     ASSERT_GT(expected.size(), 60u);
+    EncryptedFile file(world.databasePath(), passphrase);
+    expectServerRecords(world, file, Held::some);
     const auto lines = static_cast<std::size_t>(std::count(whole.output.begin(), whole.output.end(), '\n'));
 
     std::mt19937 random(20261123);

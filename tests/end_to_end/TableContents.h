@@ -37,6 +37,21 @@ public:
         return tables;
     }
 
+    /// The values of a row by column; empty for null.
+    using Row = std::map<std::string, std::string>;
+    std::vector<Row> select(const std::string& sql) {
+        std::vector<Row> found;
+        forEachRow(sql, [&](sqlite3_stmt* statement) {
+            Row row;
+            for (int i = 0; i < sqlite3_column_count(statement); ++i) {
+                auto text = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
+                row[sqlite3_column_name(statement, i)] = text ? text : "";
+            }
+            found.push_back(std::move(row));
+        });
+        return found;
+    }
+
     /// Runs a statement, such as one that takes the writer's lock. Returns whether it succeeded.
     bool execute(const std::string& sql) {
         return sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
@@ -45,12 +60,16 @@ public:
 private:
     std::vector<std::string> rows(const std::string& sql) {
         std::vector<std::string> rows;
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement, nullptr);
-        while (statement && sqlite3_step(statement) == SQLITE_ROW) rows.push_back(text(statement));
-        sqlite3_finalize(statement);
+        forEachRow(sql, [&](sqlite3_stmt* statement) { rows.push_back(text(statement)); });
         std::sort(rows.begin(), rows.end());
         return rows;
+    }
+
+    void forEachRow(const std::string& sql, auto&& visit) {
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement, nullptr);
+        while (statement && sqlite3_step(statement) == SQLITE_ROW) visit(statement);
+        sqlite3_finalize(statement);
     }
 
     static std::string text(sqlite3_stmt* statement) {
