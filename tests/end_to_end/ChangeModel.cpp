@@ -16,7 +16,6 @@ namespace {
 using Kind = ModelChange::Kind;
 
 constexpr int deepest = 10;
-constexpr const char *stepColumn = "DESCRIPTION", *stepField = "Description";
 
 using Named = std::map<std::string, const Value*>;
 
@@ -25,7 +24,7 @@ std::map<const ModelModule*, Named> byName(const ChangeModel::Records& records, 
     std::map<const ModelModule*, Named> all;
     for (auto& module : modelModules)
         for (auto& record : records.at(module.name)) {
-            auto name = member(record, isServer ? module.nameField : module.nameColumn).textOr("");
+            auto name = member(record, isServer ? module.title.name : module.title.column).textOr("");
             EXPECT_TRUE(all[&module].emplace(name, &record).second) << "two records are named " << name;
         }
     return all;
@@ -35,6 +34,10 @@ const Value& recordOf(const ModelRecord& record, std::map<const ModelModule*, Na
     static const Value none;
     auto found = records[record.module].find(record.name);
     return found == records[record.module].end() ? none : *found->second;
+}
+
+ValueMap requestOf(const ModelRecord& record, const std::string& id, const ValueMap& values) {
+    return {{"record", ValueMap{{"recordId", id}, {"moduleName", record.module->name}, {"values", values}}}};
 }
 
 Value textOrNull(const std::string& text) { return text.empty() ? Value() : Value(text); }
@@ -73,7 +76,11 @@ std::optional<std::size_t> ChangeModel::anyRecord(bool mayBeReferenced) {
 }
 
 ModelChange ChangeModel::add() {
-    auto& module = modelModules[isOneIn(2) ? 0 : number(1, 2)];
+    if (isOneIn(3)) return addNote(isOneIn(3));
+    return isOneIn(12) ? addByTransaction(isOneIn(3) ? "import" : "addRecord") : addRecord();
+}
+
+ModelChange ChangeModel::newRecord(const ModelModule& module) {
     auto count = std::to_string(++names_);
     auto digits = std::string(9 - count.size(), '0') + count;
     // Screens may make ids of either form. The names need quoting in SQL, in JSON and in patterns.
@@ -82,26 +89,67 @@ ModelChange ChangeModel::add() {
                                  .temporaryId = isOneIn(3) ? "TarvoTEMPID#rig-" + count : "NEW_" + digits}};
     auto& record = change.after;
     record.step = "step " + std::to_string(++steps_);
-    if (isOneIn(2)) record.note = isOneIn(3) ? "the same" : "note 'n' " + count;
+    if (module.remark.name && !isOneIn(4)) record.remark = isOneIn(3) ? "the same" : "remark 'r' " + count;
     setLookup(record);
-    ValueMap values{{module.nameColumn, record.name}, {stepColumn, record.step}};
-    if (!record.note.empty()) values.set(module.noteColumn, record.note);
-    if (record.lookup) values.set(module.lookupColumn, idOf(records_[*record.lookup]));
-    change.call = "AddRecordUseCase.addRecord";
-    change.request = {
-        {"record", ValueMap{{"recordId", record.temporaryId}, {"moduleName", module.name}, {"values", values}}}};
     return change;
+}
+
+ModelChange ChangeModel::addRecord() {
+    auto change = newRecord(anyModule());
+    change.call = "AddRecordUseCase.addRecord";
+    change.request = requestOf(change.after, change.after.temporaryId, valuesOf(change.after, &ModelField::column));
+    return change;
+}
+
+ModelChange ChangeModel::addNote(bool hasSound) {
+    auto change = newRecord(notesOfModel);
+    auto& note = change.after;
+    note.hasSound = hasSound;
+    auto values = valuesOf(note, &ModelField::column);
+    if (note.lookup) values.set("SE_MODULE", records_[*note.lookup].module->name);
+    change.call = "AddNotesUsecase";
+    change.request = requestOf(note, note.temporaryId, values);
+    return change;
+}
+
+ModelChange ChangeModel::addByTransaction(const char* kind) {
+    auto change = newRecord(anyModule());
+    auto& record = change.after;
+    // Rules of remarks do not refuse it: it would be sent again until it is given up, which marks nothing.
+    if (record.remark.empty()) record.remark = "always";
+    auto payload = valuesOf(record, &ModelField::name);
+    auto lookup = payload.valueOf(record.module->lookup.name);
+    if (std::string_view(kind) == "import") payload = {{"data", ValueList{payload}}};
+    change.row = valuesOf(record, &ModelField::column);
+    change.call = "host.transaction.add";
+    change.request = {
+        {"transaction",
+         ValueMap{
+             {"recordId", record.temporaryId}, {"module", record.module->name}, {"kind", kind}, {"payload", payload}}},
+        {"lookupRecords", lookup.isNull() ? ValueList() : ValueList{lookup}}};
+    return change;
+}
+
+/// Returns the values of a new record by column or by API name.
+ValueMap ChangeModel::valuesOf(const ModelRecord& record, const char* ModelField::*name) {
+    auto& module = *record.module;
+    ValueMap values{{module.title.*name, record.name}, {module.step.*name, record.step}};
+    if (!record.remark.empty()) values.set(module.remark.*name, record.remark);
+    if (record.lookup) values.set(module.lookup.*name, idOf(records_[*record.lookup]));
+    return values;
 }
 
 /// Makes a record look up the deepest one that takes another, so that chains grow to their full length.
 void ChangeModel::setLookup(ModelRecord& record) {
     record.lookup.reset();
     record.depth = 0;
-    if (isOneIn(4)) return;
+    if (!record.module->isOfNotes() && isOneIn(4)) return;
     for (auto i = firstOfRound_; i < records_.size(); ++i) {
         auto& other = records_[i];
-        bool fits = !other.isDeleted && std::string_view(other.module->name) == record.module->lookupModule &&
-                    other.depth < deepest && other.depth >= record.depth;
+        bool isOfModule = record.module->isOfNotes()
+                              ? !other.module->isOfNotes()
+                              : std::string_view(other.module->name) == record.module->lookupModule;
+        bool fits = isOfModule && !other.isDeleted && other.depth < deepest && other.depth >= record.depth;
         // Another record that looks this one up would make a ring of records that wait for each other.
         if (!fits || (record.isReferenced && record.module == other.module) || isOneIn(10)) continue;
         record.lookup = i;
@@ -119,19 +167,18 @@ ModelChange ChangeModel::edit(std::size_t index) {
     auto& record = change.after;
     auto& module = *record.module;
     record.step = "step " + std::to_string(++steps_);
-    ValueMap values{{stepColumn, record.step}};
-    if (isOneIn(2)) {
-        record.note = isOneIn(3) ? "" : isOneIn(3) ? "the same" : "note " + std::to_string(steps_);
-        values.set(module.noteColumn, textOrNull(record.note));
+    ValueMap values{{module.step.column, record.step}};
+    if (module.remark.name && isOneIn(2)) {
+        record.remark = isOneIn(3) ? "" : isOneIn(3) ? "the same" : "remark " + std::to_string(steps_);
+        values.set(module.remark.column, textOrNull(record.remark));
     }
-    if (isOneIn(4)) {
+    if (!module.isOfNotes() && isOneIn(4)) {
         setLookup(record);
         if (record.lookup == index) record.lookup.reset();
-        values.set(module.lookupColumn, record.lookup ? Value(idOf(records_[*record.lookup])) : Value());
+        values.set(module.lookup.column, record.lookup ? Value(idOf(records_[*record.lookup])) : Value());
     }
-    change.call = "EditRecordUseCase.editRecord";
-    change.request = {
-        {"record", ValueMap{{"recordId", idOf(record)}, {"moduleName", module.name}, {"values", values}}}};
+    change.call = module.isOfNotes() ? "EditNotesUsecase" : "EditRecordUseCase.editRecord";
+    change.request = requestOf(record, idOf(record), values);
     return change;
 }
 
@@ -178,7 +225,7 @@ void ChangeModel::expectHeld(const ValueList& changes, const Records& atServer, 
         changesOf[id].push_back(change);
         for (auto& module : modelModules)
             if (member(change, "module") == Value(module.name) && member(change, "kind") == Value("add"))
-                ids[member(member(change, "payload"), module.nameField).textOr("")] = id;
+                ids[member(member(change, "payload"), module.title.name).textOr("")] = id;
     }
     for (auto& record : records_) {
         SCOPED_TRACE(record.name + " " + record.temporaryId + " " + ids[record.name]);
@@ -189,14 +236,14 @@ void ChangeModel::expectHeld(const ValueList& changes, const Records& atServer, 
 void ChangeModel::expectValues(const ModelRecord& record, const Value& server, const Value& here) const {
     SCOPED_TRACE(record.name + " " + record.temporaryId + " " + record.realId);
     auto& module = *record.module;
-    auto expectValue = [&](const char* field, const char* column, const std::string& value) {
-        EXPECT_EQ(member(server, field).textOr(""), value) << field << " at the server";
-        EXPECT_EQ(member(here, column).textOr(""), value) << column << " here";
+    auto expectValue = [&](const ModelField& field, const std::string& value) {
+        EXPECT_EQ(member(server, field.name).textOr(""), value) << field.name << " at the server";
+        EXPECT_EQ(member(here, field.column).textOr(""), value) << field.column << " here";
     };
-    expectValue("id", "ID", record.realId);
-    expectValue(stepField, stepColumn, record.step);
-    expectValue(module.noteField, module.noteColumn, record.note);
-    expectValue(module.lookupField, module.lookupColumn, record.lookup ? records_[*record.lookup].realId : "");
+    expectValue({"ID", "id"}, record.realId);
+    expectValue(module.step, record.step);
+    if (module.remark.name) expectValue(module.remark, record.remark);
+    expectValue(module.lookup, record.lookup ? records_[*record.lookup].realId : "");
 }
 
 /// The server must have applied one add, the edits in their order, and at most one delete as the last one. A record
@@ -206,7 +253,7 @@ void ChangeModel::expectChanges(const ModelRecord& record, const ValueList& chan
     std::vector<std::string> kinds, applied;
     for (auto& change : changes) {
         kinds.push_back(member(change, "kind").textOr(""));
-        auto step = member(member(change, "payload"), stepField).textOr("");
+        auto step = member(member(change, "payload"), record.module->step.name).textOr("");
         if (!step.empty()) applied.push_back(step);
     }
     EXPECT_EQ(std::count(kinds.begin(), kinds.end(), "add"), 1);

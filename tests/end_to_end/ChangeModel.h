@@ -10,18 +10,41 @@
 
 namespace tarvo::tests {
 
-/// A module whose records are changed: by column here, by API name at the server.
-struct ModelModule {
-    const char *name, *nameColumn, *nameField;
-    const char *noteColumn, *noteField;  ///< a text that may be cleared
-    const char *lookupColumn, *lookupField, *lookupModule;
+/// A name of a field: its column here, and its API name at the server.
+struct ModelField {
+    const char* column = nullptr;
+    const char* name = nullptr;
 };
 
-inline constexpr ModelModule modelModules[] = {
-    {"Accounts", "ACCOUNTNAME", "Account_Name", "WEBSITE", "Website", "PARENTACCOUNT", "Parent_Account", "Accounts"},
-    {"Contacts", "LASTNAME", "Last_Name", "DEPARTMENT", "Department", "ACCOUNTID", "Account_Name", "Accounts"},
-    {"Leads", "LASTNAME", "Last_Name", "CITY", "City", "REFERREDBY", "Referred_By", "Contacts"},
+/// A module whose records are changed.
+struct ModelModule {
+    const char* name;
+    ModelField title;
+    ModelField step;
+    ModelField remark;  ///< a text that may be cleared; notes have none
+    ModelField lookup;
+    const char* lookupModule;  ///< null for a lookup of any module but notes
+    bool isOfNotes() const { return !lookupModule; }
 };
+
+inline constexpr ModelField description{"DESCRIPTION", "Description"};
+inline constexpr ModelModule modelModules[] = {
+    {"Accounts",
+     {"ACCOUNTNAME", "Account_Name"},
+     description,
+     {"WEBSITE", "Website"},
+     {"PARENTACCOUNT", "Parent_Account"},
+     "Accounts"},
+    {"Contacts",
+     {"LASTNAME", "Last_Name"},
+     description,
+     {"DEPARTMENT", "Department"},
+     {"ACCOUNTID", "Account_Name"},
+     "Accounts"},
+    {"Leads", {"LASTNAME", "Last_Name"}, description, {"CITY", "City"}, {"REFERREDBY", "Referred_By"}, "Contacts"},
+    {"Notes", {"TITLE", "Note_Title"}, {"NOTECONTENT", "Note_Content"}, {}, {"SEID", "Parent_Id"}, nullptr},
+};
+inline constexpr const ModelModule& notesOfModel = modelModules[3];
 
 /// A record as the user has left it.
 struct ModelRecord {
@@ -30,7 +53,8 @@ struct ModelRecord {
     std::string temporaryId;  ///< a screen keeps it
     std::string realId = {};  ///< empty until the server was asked for it
     std::string step = {};    ///< the last change's own text
-    std::string note = {};
+    std::string remark = {};
+    bool hasSound = false;                   ///< a voice note, whose sound is its name
     std::optional<std::size_t> lookup = {};  ///< the number of a record
     int depth = 0;                           ///< of the lookups
     bool isReferenced = false;               ///< such a record is not deleted: nothing could name it any more
@@ -48,6 +72,14 @@ struct ModelChange {
     std::size_t record = 0;  ///< of an edit or delete
     const char* call = "";
     ValueMap request = {};
+    ValueMap row = {};  ///< of an add that is queued as a transaction: what the caller stores itself
+    /// Returns the values that the change brings, by column.
+    ValueMap values() const {
+        auto record = request.valueOf("record");
+        auto values = record.asMap() ? record.asMap()->valueOf("values") : Value();
+        return values.asMap() ? *values.asMap() : row;
+    }
+    bool isOfNote() const { return after.module->isOfNotes() && kind != Kind::delete_; }
 };
 
 /// What a user has made of some records, and what must hold once the server has all of it.
@@ -61,7 +93,11 @@ public:
     void beginRound(const std::string& name, bool mayBeRefused);
     /// Returns any change.
     ModelChange nextChange();
-    ModelChange add();
+    /// Adds an account, a contact or a lead.
+    ModelChange addRecord();
+    ModelChange addNote(bool hasSound);
+    /// Adds a record by a transaction of this kind in the current queue.
+    ModelChange addByTransaction(const char* kind);
     ModelChange edit(std::size_t record);
     ModelChange delete_(std::size_t record);
     void apply(ModelChange change);
@@ -75,6 +111,10 @@ public:
 private:
     int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
     bool isOneIn(int count) { return number(1, count) == 1; }
+    ModelChange add();
+    ModelChange newRecord(const ModelModule& module);
+    ValueMap valuesOf(const ModelRecord& record, const char* ModelField::*name);
+    const ModelModule& anyModule() { return modelModules[isOneIn(2) ? 0 : number(1, 2)]; }
     std::optional<std::size_t> anyRecord(bool mayBeReferenced);
     void setLookup(ModelRecord& record);
     std::string idOf(const ModelRecord& record);

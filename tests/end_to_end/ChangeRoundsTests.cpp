@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <set>
 
 #include "tests/end_to_end/ChangeWorld.h"
 
@@ -40,10 +41,11 @@ constexpr const char* failures[] = {
 constexpr const char* answers[] = {R"("answer":"id")", R"("answer":"recordId")", R"("answer":"texts")",
                                    R"("answer":"record")"};
 constexpr const char* refusals[] = {
-    R"("refuse":["add"])",      R"("refuse":["edit"])",  R"("refuse":["delete"])",
-    R"("mandatory":["$NOTE"])", R"("unique":["$NOTE"])", R"("errorObjects":true,"refuse":["add","edit"])",
+    R"("refuse":["add"])",       R"("refuse":["edit"])",   R"("refuse":["delete"])",
+    R"("mandatory":["$FIELD"])", R"("unique":["$FIELD"])", R"("errorObjects":true,"refuse":["add","edit"])",
 };
-constexpr const char* changeCalls[] = {"products/addrecord", "products/updaterecord", "products/deleterecord", "*"};
+constexpr const char* changeCalls[] = {"products/addrecord", "products/updaterecord", "products/deleterecord",
+                                       "uploadvoicenote", "*"};
 
 /// Everything breaks while a user works: answers, the network, the program. In the end all that was acknowledged is at
 /// the server, once and in order.
@@ -51,7 +53,7 @@ constexpr const char* changeCalls[] = {"products/addrecord", "products/updaterec
 /// TARVO_RIG_ROUNDS sets the number of rounds of each test, TARVO_RIG_SEED the seed of the first one.
 class ChangeRounds : public ChangeWorld {
 protected:
-    static constexpr int changesPerRound = 200, roundsPerServer = 10;
+    static constexpr int changesPerRound = 200, heldChanges = 40, roundsPerServer = 10;
 
     int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random); }
     bool isOneIn(int count) { return number(1, count) == 1; }
@@ -70,7 +72,8 @@ protected:
             random.seed(seed);
             if (round % roundsPerServer == 0) begin();
             model.beginRound("r" + std::to_string(round), mayRefuse);
-            for (int i = 0; i < changesPerRound && !HasFailure(); ++i) {
+            if (mayRefuse) refuseSome();
+            for (int i = mayRefuse ? heldChanges : 0; i < changesPerRound && !HasFailure(); ++i) {
                 disturb(mayRefuse);
                 change();
             }
@@ -82,6 +85,49 @@ protected:
         std::cout << starts << " starts of the program" << std::endl;
         EXPECT_EQ(host->finish(), 0);
     }
+    /// Has the server refuse some of the changes that were made while nothing was sent. Exactly those are marked that
+    /// name a refused record, or one that is itself marked.
+    void refuseSome() {
+        ask("host.queue.stop");
+        isHeld = true;
+        auto& refusing = modelModules[number(0, 2)];
+        std::set<std::size_t> neverAdded;
+        std::set<std::string> expected;
+        for (int i = 0; i < heldChanges; ++i) {
+            auto next = model.nextChange();
+            if (next.kind == ModelChange::Kind::delete_) continue;
+            auto& record = next.after;
+            bool isAdd = next.kind == ModelChange::Kind::add,
+                 isNamed = next.values().find(record.module->lookup.column);
+            auto index = isAdd ? model.records().size() : next.record;
+            bool isBehind =
+                neverAdded.contains(index) || (isNamed && record.lookup && neverAdded.contains(*record.lookup));
+            if (isBehind) expected.insert(record.step);
+            bool isRefused = record.module == &refusing && record.remark.empty();
+            if (isAdd && (isBehind || isRefused)) neverAdded.insert(index);
+            auto line = make(next);
+            EXPECT_EQ(take(std::move(next), line), "");
+        }
+        control("rules", ruleFor(refusing, R"("mandatory":["$FIELD"])"));
+        isHeld = false;
+        ask("host.queue.start");
+        auto left = listOf(member(response("host.queue.idle"), "changes"));
+        std::set<std::string> marked;
+        for (auto& change : left) {
+            EXPECT_EQ(member(change, "state"), Value("failed")) << json::write(change).value_or("");
+            if (member(member(change, "error"), "code") != Value("txnDEPENDING_TRANSACTION_FAILED")) continue;
+            auto content = response("host.queue.content", {{"number", member(change, "number")}});
+            auto text = member(content, "body").textOr("");
+            auto at = text.find("step ");
+            marked.insert(at == std::string::npos ? text : text.substr(at, text.find('"', at) - at));
+        }
+        EXPECT_EQ(marked, expected);
+    }
+    static std::string ruleFor(const ModelModule& module, std::string rule) {
+        auto field = module.remark.name ? module.remark.name : module.step.name;
+        if (auto at = rule.find("$FIELD"); at != std::string::npos) rule.replace(at, 6, field);
+        return R"({"module":")" + std::string(module.name) + "\"," + rule + "}";
+    }
     void disturb(bool mayRefuse) {
         if (isOneIn(8)) {
             auto fault = mayRefuse && isOneIn(3) ? anyOf(failures) : anyOf(silences);
@@ -89,10 +135,8 @@ protected:
                                   "," + fault + "}");
         }
         if (isOneIn(25)) {
-            auto& module = modelModules[number(0, 2)];
-            auto rule = mayRefuse && isOneIn(2) ? anyOf(refusals) : anyOf(answers);
-            if (auto at = rule.find("$NOTE"); at != std::string::npos) rule.replace(at, 5, module.noteField);
-            control("rules", R"({"module":")" + std::string(module.name) + "\"," + rule + "}");
+            auto& module = modelModules[number(0, 3)];
+            control("rules", ruleFor(module, mayRefuse && isOneIn(2) ? anyOf(refusals) : anyOf(answers)));
         }
         if (isOneIn(30)) ask("host.queue.stop");
         if (isOneIn(15)) ask("host.queue.start");
@@ -107,12 +151,12 @@ protected:
     }
     void change() {
         auto next = model.nextChange();
-        send(next.call, next.request);
+        send(next);
         if (isOneIn(80)) {
             ::poll(nullptr, 0, number(0, 5));
             host->kill();
         }
-        auto line = answer();
+        auto line = answer(next);
         EXPECT_EQ(take(std::move(next), line), "");
     }
 };

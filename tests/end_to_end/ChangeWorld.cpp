@@ -1,12 +1,12 @@
 #include "tests/end_to_end/ChangeWorld.h"
 
+#include <fstream>
+
 namespace tarvo::tests {
 
 namespace {
 
 constexpr const char* ownPassphrase = "right passphrase";
-
-ValueList listOf(const Value& value) { return value.asList() ? *value.asList() : ValueList(); }
 
 }  // namespace
 
@@ -16,7 +16,7 @@ bool ChangeWorld::start(const Settings& environment) {
     host.reset();
     host = std::make_unique<Process>("tarvo-host", world->arguments({"serve"}), world->folder + "/host.log", all);
     ++starts;
-    return ask("host.openDatabase").has_value();
+    return ask("host.openDatabase") && ask("host.notifications", {{"topic", "ChangeQueueObserver"}});
 }
 
 ChangeWorld::Settings ChangeWorld::faultAt(const std::string& fault, int commit) const {
@@ -39,6 +39,63 @@ void ChangeWorld::begin() {
 
 void ChangeWorld::send(const std::string& call, const ValueMap& request) {
     host->send(json::write(ValueMap{{"id", ++lines_}, {"call", call}, {"request", request}}).value_or(""));
+}
+
+void ChangeWorld::send(const ModelChange& change) {
+    auto request = change.request;
+    if (change.after.hasSound && change.kind == ModelChange::Kind::add) {
+        auto sound = world->folder + "/sound.wav";
+        std::ofstream(sound) << change.after.name;
+        request.set("voiceFile", sound);
+    }
+    // Without its row nothing of the record is stored: this call changes nothing.
+    if (!change.row.empty() && !storeRow(change)) return send("host.queue.list", ValueMap());
+    send(change.call, request);
+}
+
+/// Stores the row of a record whose add is queued apart from it. Nothing is sent until both are stored.
+bool ChangeWorld::storeRow(const ModelChange& change) {
+    if (!ask("host.queue.stop")) return false;
+    auto& record = change.after;
+    auto values = change.row;
+    if (record.lookup) {
+        auto& other = model.records()[*record.lookup];
+        auto found = localRecords(other.module->name, other.module->title.column, {other.name});
+        if (!found.empty()) values.set(record.module->lookup.column, member(found.front(), "ID"));
+    }
+    auto line =
+        ask("host.record.storeRecord",
+            {{"record",
+              ValueMap{{"recordId", record.temporaryId}, {"moduleName", record.module->name}, {"values", values}}}});
+    return line && member(*line, "event") == Value("done");
+}
+
+void ChangeWorld::removeRow(const ModelRecord& record) {
+    ask("host.record.delete", {{"moduleName", record.module->name}, {"recordIds", ValueList{record.temporaryId}}});
+}
+
+std::optional<Value> ChangeWorld::answer(const ModelChange& change) {
+    if (!change.isOfNote()) {
+        auto line = answer();
+        if (line && !change.row.empty() && !isHeld) ask("host.queue.start");
+        return line;
+    }
+    // The calls of notes answer nothing: a notice says what became of them.
+    auto isNotice = [](const Value& line) {
+        auto arguments = member(line, "arguments"), saved = member(arguments, "change");
+        auto& named = saved.isNull() ? arguments : saved;
+        return text::contains({"changeSaved", "changeNotSaved"}, member(line, "name").textOr("")) &&
+               member(named, "moduleName") == Value("Notes") && member(named, "kind") != Value("deleteRecord");
+    };
+    bool isDone = false;
+    std::optional<Value> notice;
+    while (auto line = isDone && notice ? std::nullopt : host->line()) {
+        auto json = json::parse(std::string_view(*line)).value_or(Value());
+        if (isNotice(json)) notice = json;
+        if (member(json, "id") == Value(lines_) && member(json, "event") == Value("refused")) return json;
+        isDone |= member(json, "id") == Value(lines_) && member(json, "event") == Value("done");
+    }
+    return isDone ? notice : std::nullopt;
 }
 
 std::optional<Value> ChangeWorld::answer() {
@@ -68,16 +125,21 @@ std::string ChangeWorld::take(ModelChange change, const std::optional<Value>& li
     if (!line) {
         EXPECT_TRUE(start()) << host->errors();
     }
-    bool isSaved = line ? member(*line, "name") == Value("changeSaved") : isStored(change);
+    bool isTransaction = line && !member(member(*line, "response"), "id").isNull();
+    bool isSaved = line ? member(*line, "name") == Value("changeSaved") || isTransaction : isStored(change);
+    if (!isSaved && line && !change.row.empty()) removeRow(change.after);
     if (isSaved) model.apply(std::move(change));
-    return isSaved || !line ? "" : member(member(*line, "arguments"), "reason").textOr("no reason");
+    if (isSaved || !line) return "";
+    auto refusal = member(*line, "message");
+    return refusal.isNull() ? member(member(*line, "arguments"), "reason").textOr("no reason") : refusal.textOr("");
 }
 
 bool ChangeWorld::isStored(const ModelChange& change) {
     auto& record = change.after;
-    auto found = localRecords(record.module->name, record.module->nameColumn, {record.name});
+    auto found = localRecords(record.module->name, record.module->title.column, {record.name});
+    if (!change.row.empty()) return isStoredTransaction(record, found);
     if (change.kind != ModelChange::Kind::delete_)
-        return !found.empty() && member(found.front(), "DESCRIPTION") == Value(record.step);
+        return !found.empty() && member(found.front(), record.module->step.column) == Value(record.step);
     if (found.empty()) return true;
     // A record comes back when the server has refused to delete it.
     auto queued = listOf(member(response("host.queue.list"), "changes"));
@@ -85,6 +147,17 @@ bool ChangeWorld::isStored(const ModelChange& change) {
         return member(other, "kind") == Value("deleteRecord") &&
                member(other, "recordId") == member(found.front(), "ID");
     });
+}
+
+/// Without its transaction, the row of a record means nothing and goes.
+bool ChangeWorld::isStoredTransaction(const ModelRecord& record, const ValueList& found) {
+    if (found.empty()) return false;
+    if (member(found.front(), "ID") != Value(record.temporaryId)) return true;
+    ValueList ids{record.temporaryId};
+    auto queued = response("host.transaction.get", {{"recordIds", ids}});
+    if (!listOf(member(queued, "transactions")).empty()) return true;
+    removeRow(record);
+    return false;
 }
 
 void ChangeWorld::drain() {
@@ -106,10 +179,25 @@ void ChangeWorld::check() {
         for (auto& record : model.records())
             if (record.module == &module) names.emplace_back(record.name);
         atServer[module.name] = recordsAtServer(module.name);
-        here[module.name] = localRecords(module.name, module.nameColumn, names);
+        here[module.name] = localRecords(module.name, module.title.column, names);
     }
     model.expectHeld(listOf(member(world->controlled("/control/changes"), "changes")), atServer, here);
     expectNoTemporaryId(atServer);
+    expectSounds();
+}
+
+/// The sound of each voice note lies here under its id, as it was given, and at the server.
+void ChangeWorld::expectSounds() const {
+    for (auto& record : model.records()) {
+        if (!record.hasSound) continue;
+        auto pathOf = [&](const std::string& id) { return world->home() + "/VoiceNotes/" + id + ".wav"; };
+        SCOPED_TRACE(record.name + " " + record.temporaryId + " " + record.realId);
+        if (record.isDeleted) continue;
+        EXPECT_EQ(world->content(pathOf(record.realId)), record.name);
+        EXPECT_FALSE(files::exists(pathOf(record.temporaryId)));
+        auto held = world->control->get("/control/files/" + record.realId);
+        EXPECT_EQ(held ? held->body : "", record.name);
+    }
 }
 
 ValueList ChangeWorld::recordsAtServer(const std::string& module) const {

@@ -8,6 +8,8 @@
 
 namespace tarvo::tests {
 
+inline ValueList listOf(const Value& value) { return value.asList() ? *value.asList() : ValueList(); }
+
 /// A user who changes records through a program that may end at any moment, and what must hold in the end.
 class ChangeWorld : public ::testing::Test {
 protected:
@@ -26,6 +28,13 @@ protected:
     }
     void send(const std::string& call, const ValueMap& request);
     std::optional<Value> answer();
+    /// Makes a change. Returns the line that says whether it is saved, or nullopt if the program ended before.
+    std::optional<Value> make(const ModelChange& change) {
+        send(change);
+        return answer(change);
+    }
+    void send(const ModelChange& change);
+    std::optional<Value> answer(const ModelChange& change);
     Value response(const std::string& call, const ValueMap& request = {});
     void control(const std::string& call, const std::string& body);
 
@@ -44,8 +53,13 @@ protected:
     ChangeModel model{random};
     std::unique_ptr<Process> host;
     int starts = 0;
+    bool isHeld = false;  ///< whether nothing is sent for now
 
 private:
+    bool storeRow(const ModelChange& change);
+    void removeRow(const ModelRecord& record);
+    bool isStoredTransaction(const ModelRecord& record, const ValueList& found);
+    void expectSounds() const;
     bool isStored(const ModelChange& change);
     void expectNoTemporaryId(const ChangeModel::Records& atServer) const;
 
