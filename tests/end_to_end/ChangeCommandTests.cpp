@@ -1,3 +1,5 @@
+#include <fstream>
+#include <map>
 #include <utility>
 
 #include "tests/end_to_end/EndToEnd.h"
@@ -42,6 +44,54 @@ TEST(ChangeCommands, ChangeRecordsOfflineAndSendThemLater) {
     EXPECT_EQ(member(held.asList()->front(), "City"), Value(""));
     answerOf(world, {"delete", "Leads", id});
     EXPECT_EQ(member(world.controlled("/control/records?module=Leads&changed=true"), "records"), Value(ValueList()));
+}
+
+TEST(ChangeCommands, TakeNotesOfflineOnARecordThatTheServerDoesNotKnow) {
+    EndToEnd world{{"--records", "5"}};
+    for (auto module : {"Accounts", "Notes"}) answerOf(world, {"fields", module});
+    auto port = std::exchange(world.port, 1);
+    auto idOf = [&](std::vector<std::string> arguments) {
+        arguments.push_back("--no-wait");
+        return member(answerOf(world, arguments), "recordId").textOr("");
+    };
+    auto sound = world.folder + "/sound";
+    std::ofstream(sound) << "a sound";
+    auto first = idOf({"add", "Accounts", "Account_Name=first"});
+    auto written = idOf({"note", "Accounts", first, "a", "--title", "written"});
+    auto spoken = idOf({"note", "Accounts", first, "a", "--title", "spoken", "--voice", sound});
+    idOf({"edit", "Accounts", first, "Website=w"});
+    for (auto& note : {written, spoken}) idOf({"edit", "Notes", note, "Note_Content=b"});
+    idOf({"add", "Accounts", "Account_Name=second", "Parent_Account=" + first});
+    EXPECT_EQ(countOf(answerOf(world, {"pending"})), 7u);
+    world.port = port;
+    EXPECT_EQ(countOf(answerOf(world, {"drain"})), 0u);
+
+    std::map<std::string, Value> held;  // by name or title
+    for (auto module : {"Accounts", "Notes"}) {
+        auto records =
+            member(world.controlled("/control/records?changed=true&module=" + std::string(module)), "records");
+        for (auto& record : *records.asList())
+            held[member(record, "Account_Name").textOr("") + member(record, "Note_Title").textOr("")] = record;
+    }
+    ASSERT_EQ(held.size(), 4u);
+    auto firstId = member(held["first"], "id");
+    EXPECT_EQ(member(held["first"], "Website"), Value("w"));
+    EXPECT_EQ(member(held["second"], "Parent_Account"), firstId);
+    for (auto title : {"written", "spoken"}) {
+        EXPECT_EQ(member(held[title], "Parent_Id"), firstId) << title;
+        EXPECT_EQ(member(held[title], "Note_Content"), Value("b")) << title;
+    }
+    auto spokenId = member(held["spoken"], "id").textOr("");
+    EXPECT_EQ(world.content(world.home() + "/VoiceNotes/" + spokenId + ".wav"), "a sound");
+    auto file = world.control->get("/control/files/" + spokenId);
+    EXPECT_EQ(file ? file->body : "", "a sound");
+    std::map<std::string, std::string> kinds;  // of the changes in their order, by record
+    auto changes = member(world.controlled("/control/changes"), "changes");
+    for (auto& change : *changes.asList())
+        kinds[member(change, "id").textOr("")] += member(change, "kind").textOr("") + " ";
+    EXPECT_EQ(member(changes.asList()->front(), "id"), firstId);
+    for (auto& id : {firstId.textOr(""), spokenId, member(held["written"], "id").textOr("")})
+        EXPECT_EQ(kinds[id], "add edit ");
 }
 
 TEST(ChangeCommands, SayWhyTheyFail) {
