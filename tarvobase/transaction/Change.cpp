@@ -2,6 +2,17 @@
 
 namespace tarvo {
 
+namespace {
+
+/// The error of a change that was given up has no details: what the server said last says why.
+ErrorResponse withLastWords(ErrorResponse error, const std::optional<ErrorResponse>& lastRefusal) {
+    if (!error.details && lastRefusal && *lastRefusal != error)
+        error.details = ValueMap{{"lastRefusal", lastRefusal->toJSON()}};
+    return error;
+}
+
+}  // namespace
+
 Change Change::of(const Transaction& row, const ChangeEntry& entry) {
     return {.number = entry.number,
             .queue = ChangeQueue::older,
@@ -23,7 +34,7 @@ Change Change::of(const NTransaction& row, const ChangeEntry& entry) {
             .recordId = row.recordId,
             .enteredAt = entry.enteredAt,
             .attempts = entry.sends,
-            .error = row.errorResponse ? row.errorResponse : entry.lastRefusal};
+            .error = row.errorResponse ? withLastWords(*row.errorResponse, entry.lastRefusal) : entry.lastRefusal};
 }
 
 }  // namespace tarvo

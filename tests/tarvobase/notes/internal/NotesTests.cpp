@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "tarvobase/change_queues/QueuedChanges.h"
 #include "tarvobase/notes/internal/AddNoteDM.h"
 #include "tarvobase/notes/internal/EditNoteDM.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
@@ -239,6 +240,10 @@ TEST_F(NotesTest, AnEditOfARefusedNoteIsTheNoteAgain) {
     manager->startSync();
     settle();
     EXPECT_TRUE(rows().ends_with("txnMAX_SYNC_ATTEMPT_REACHED"));
+    auto listed = QueuedChanges(*stores).list({}, {});
+    ASSERT_EQ(listed->size(), 1u);
+    EXPECT_EQ(json::write(listed->front().error->details.value_or(ValueMap())),
+              R"({"lastRefusal":{"code":"crmNO","message":"no"}})");
     network->answer(texts("42"));
     EXPECT_FALSE(editText(firstNote, "better"));
     EXPECT_EQ(rows(), "");
