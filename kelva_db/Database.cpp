@@ -3,8 +3,10 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "kelva_db/internal/Connection.h"
+#include "kelva_db/internal/Execution.h"
 #include "kelva_db/internal/Sql.h"
 #include "kelva_db/internal/Sqlite.h"
 #include "platform/Text.h"
@@ -78,7 +80,83 @@ private:
     std::vector<std::string> names_;
 };
 
+/// The updates of a batch. Rows that have the same columns share one prepared statement.
+class BatchUpdate {
+public:
+    BatchUpdate(Connection& connection, std::string_view table, const RowSource& rows,
+                std::span<const std::size_t> keys)
+        : connection_(connection), table_(table), rows_(rows), isKey_(rows.columns().size()) {
+        for (auto key : keys) isKey_[key] = true;
+    }
+
+    /// Returns the places of the rows that break a rule of the table.
+    std::vector<std::size_t> run() {
+        std::vector<std::size_t> refused;
+        for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
+            findColumns(row);
+            if (set_.empty() || where_.empty()) continue;
+            try {
+                update(row);
+            } catch (const DatabaseError& error) {
+                if (error.kind() != FailureKind::constraint) throw;
+                refused.push_back(row);
+                prepared_.clear();
+            }
+        }
+        return refused;
+    }
+
+private:
+    void findColumns(std::size_t row) {
+        set_.clear(), where_.clear();
+        for (std::size_t column = 0; column < isKey_.size(); ++column)
+            if (rows_.hasCell(row, column)) (isKey_[column] ? where_ : set_).push_back(column);
+    }
+
+    void update(std::size_t row) {
+        auto columns = set_;
+        columns.insert(columns.end(), where_.begin(), where_.end());
+        if (columns != prepared_ || !execution_) prepare(columns);
+        values_.clear();
+        for (auto column : columns) {
+            values_.push_back(rows_.cell(row, column));
+            if (values_.back().nested()) throwNotBindable(values_.back());
+        }
+        execution_->reset();
+        execution_->bind(values_);
+        execution_->runToEnd();
+    }
+
+    void prepare(std::vector<std::size_t>& columns) {
+        auto terms = [&](const std::vector<std::size_t>& places, std::string_view separator) {
+            std::string text;
+            for (auto place : places)
+                text.append(text.empty() ? "" : separator).append(quotedColumn(rows_.columns()[place])).append("=?");
+            return text;
+        };
+        std::string_view rest;
+        execution_.reset();
+        execution_.emplace(
+            connection_,
+            "UPDATE " + quotedName(table_) + " SET " + terms(set_, ",") + " WHERE " + terms(where_, " AND "), rest);
+        prepared_ = columns;
+    }
+
+    Connection& connection_;
+    const std::string_view table_;
+    const RowSource& rows_;
+    std::vector<bool> isKey_;
+    std::vector<std::size_t> set_, where_, prepared_;
+    std::vector<tarvo::ValueView> values_;
+    std::optional<Execution> execution_;
+};
+
 }  // namespace
+
+std::vector<std::size_t> Database::update(std::string_view table, const RowSource& rows,
+                                          std::span<const std::size_t> keys) {
+    return BatchUpdate(connection_, table, rows, keys).run();
+}
 
 void Database::execute(std::string_view sql, std::span<const Value> parameters) {
     connection_.execute(sql, parameters);

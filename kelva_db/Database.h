@@ -49,6 +49,12 @@ public:
     void insert(std::string_view intoTable, std::span<const ValueMap> rows,
                 OnConflict onConflict = OnConflict::replace);
 
+    /// Updates by a batch: each of its rows sets the cells that it has in those rows of the table whose key columns are
+    /// equal to its own. Columns for which a row has no cell are left alone. `keys` are places of the batch; a key for
+    /// which a row has no cell does not count, and a row without any key, or with nothing but keys, changes nothing.
+    /// Returns the places of the rows that break a rule of the table, which cost themselves alone. Cells must be flat.
+    std::vector<std::size_t> update(std::string_view table, const RowSource& rows, std::span<const std::size_t> keys);
+
     void create(std::string_view table, bool temporary, bool ifNotExists,
                 tarvo::platform::FunctionRef<void(TableDefinition&)> block);
     void drop(std::string_view table, bool ifExists);

@@ -55,6 +55,12 @@ void Execution::runToEnd() {
     }
 }
 
+void Execution::reset() {
+    sqlite3_reset(loan_.get());
+    if (connection_.tracker_) mark_ = connection_.tracker_->mark();
+    changesBefore_ = sqlite3_total_changes(connection_.handle());
+}
+
 void Execution::addCell(Rows::Builder& builder, int column) const {
     auto statement = loan_.get();
     auto size = [&] { return static_cast<std::size_t>(sqlite3_column_bytes(statement, column)); };

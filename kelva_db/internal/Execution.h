@@ -17,6 +17,8 @@ public:
     /// The values must stay where they are until the run is over.
     void bind(std::span<const ValueView> values);
     void runToEnd();
+    /// Makes the statement ready for another run, with other values.
+    void reset();
     Rows allRows();
 
 private:

@@ -136,6 +136,11 @@ public:
     /// of the table, which fail no transaction; returns nullopt if nothing was stored for another reason.
     virtual std::optional<std::vector<std::size_t>> insertAccepted(const std::string& tableName,
                                                                    const RowSource& rows) = 0;
+    /// Updates rows by a batch, in one transaction. A row sets the cells that it has in the rows whose columns `keys`,
+    /// which are places of the batch, equal its own, and leaves other columns alone. Returns as `insertAccepted` does.
+    /// Cells must be flat.
+    virtual std::optional<std::vector<std::size_t>> updateAccepted(const std::string& tableName, const RowSource& rows,
+                                                                   std::span<const std::size_t> keys) = 0;
     bool insertObject(const InsertQuery& query) { return execute(query); }
     bool insertObjects(const std::vector<InsertQuery>& queries) { return executeAll(queries); }
 

@@ -303,6 +303,15 @@ std::optional<std::vector<std::size_t>> KelvaDatabasePersistance::insertAccepted
     return isDone ? std::optional(std::move(refused)) : std::nullopt;
 }
 
+std::optional<std::vector<std::size_t>> KelvaDatabasePersistance::updateAccepted(const std::string& tableName,
+                                                                                 const RowSource& rows,
+                                                                                 std::span<const std::size_t> keys) {
+    std::vector<std::size_t> refused;
+    bool isDone =
+        write("update " + tableName, [&](kelva::Database& writer) { refused = writer.update(tableName, rows, keys); });
+    return isDone ? std::optional(std::move(refused)) : std::nullopt;
+}
+
 bool KelvaDatabasePersistance::update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) {
     if (!kelva::allConvertible(boundValues(values)))
         return refuseWrite("Could not convert cast values to [String: DatabaseValueConvertible?");

@@ -73,6 +73,8 @@ public:
     bool insertInto(const std::string& tableName, const RowSource& rows) override;
     std::optional<std::vector<std::size_t>> insertAccepted(const std::string& tableName,
                                                            const RowSource& rows) override;
+    std::optional<std::vector<std::size_t>> updateAccepted(const std::string& tableName, const RowSource& rows,
+                                                           std::span<const std::size_t> keys) override;
     bool update(const std::string& tableName, const ValueMap& values, const Criteria& criteria) override;
     bool update(const std::string& tableName, const std::vector<ValueMap>& values,
                 const std::vector<Criteria>& criteria) override;

@@ -100,6 +100,11 @@ public:
     virtual bool modifyRecord(const std::string& moduleName, const Record& record) = 0;
     virtual bool modifyRecord(const std::string& moduleName, const std::vector<Record>& records) = 0;
 
+    /// Does the same with a page of an answer, as one transaction, and stores the dependent rows and tags of those of
+    /// its records that are here. Records that are not here stay away. A record without a usable id, or one that the
+    /// table refuses, is left out. Returns false if nothing was committed.
+    virtual bool modifyPage(const WireRecords& wireRecords, const std::string& moduleName) = 0;
+
     /// Deletes a record and keeps its dependent rows.
     virtual bool deleteRecord(const std::string& recordId, const std::string& moduleName) = 0;
     virtual bool deleteRecords(const Names& recordIds, const std::string& moduleName) = 0;

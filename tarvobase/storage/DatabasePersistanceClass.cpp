@@ -48,6 +48,26 @@ private:
     std::vector<std::string> names_;
 };
 
+/// A batch without some of its columns, whose null cells are absent.
+class PresentCells final : public RowSource {
+public:
+    PresentCells(const RowSource& batch, std::vector<std::size_t> keptColumns)
+        : batch_(batch), columns_(std::move(keptColumns)) {
+        for (auto place : columns_) names_.push_back(batch_.columns()[place]);
+    }
+    std::span<const std::string> columns() const override { return names_; }
+    std::size_t rowCount() const override { return batch_.rowCount(); }
+    ValueView cell(std::size_t row, std::size_t column) const override { return batch_.cell(row, columns_[column]); }
+    bool isUniform() const override { return false; }
+    bool hasCell(std::size_t row, std::size_t column) const override { return !cell(row, column).isNull(); }
+    bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
+
+private:
+    const RowSource& batch_;
+    const std::vector<std::size_t> columns_;
+    std::vector<std::string> names_;
+};
+
 }  // namespace
 
 bool TableAccess::store(std::vector<ValueMap> rows) const {
@@ -64,15 +84,30 @@ bool TableAccess::store(std::vector<ValueMap> rows) const {
 std::optional<std::vector<std::size_t>> TableAccess::storeAccepted(const RowSource& rows) const {
     if (!adapter_) return std::nullopt;
     if (rows.rowCount() == 0) return std::vector<std::size_t>();
-    auto inTable = columns();
-    std::vector<std::size_t> kept;
-    for (std::size_t place = 0; place < rows.columns().size(); ++place)
-        if (has(rows.columns()[place], inTable)) kept.push_back(place);
+    auto kept = placesInTable(rows);
     if (kept.size() == rows.columns().size()) return adapter_->insertAccepted(tableName_, rows);
     BatchSelection selection(rows, std::move(kept));
     if (selection.rowCount() == 0) return selection.placesOf({});
     auto refused = adapter_->insertAccepted(tableName_, selection);
     return refused ? std::optional(selection.placesOf(*refused)) : std::nullopt;
+}
+
+std::optional<std::vector<std::size_t>> TableAccess::updateAccepted(const RowSource& rows,
+                                                                    const std::vector<std::string>& keys) const {
+    if (!adapter_) return std::nullopt;
+    PresentCells cells(rows, placesInTable(rows));
+    std::vector<std::size_t> keyPlaces;
+    for (std::size_t place = 0; place < cells.columns().size(); ++place)
+        if (std::find(keys.begin(), keys.end(), cells.columns()[place]) != keys.end()) keyPlaces.push_back(place);
+    return adapter_->updateAccepted(tableName_, cells, keyPlaces);
+}
+
+std::vector<std::size_t> TableAccess::placesInTable(const RowSource& rows) const {
+    auto inTable = columns();
+    std::vector<std::size_t> places;
+    for (std::size_t place = 0; place < rows.columns().size(); ++place)
+        if (has(rows.columns()[place], inTable)) places.push_back(place);
+    return places;
 }
 
 bool TableAccess::replaceAll(std::vector<ValueMap> rows) const {

@@ -45,6 +45,10 @@ public:
     std::optional<std::vector<std::size_t>> insertAccepted(const std::string& table, const RowSource& rows) override {
         return next_->insertAccepted(table, rows);
     }
+    std::optional<std::vector<std::size_t>> updateAccepted(const std::string& table, const RowSource& rows,
+                                                           std::span<const std::size_t> keys) override {
+        return next_->updateAccepted(table, rows, keys);
+    }
     bool update(const std::string& table, const ValueMap& values, const Criteria& criteria) override {
         return next_->update(table, values, criteria);
     }

@@ -117,6 +117,23 @@ DependentRecords::DependentRecords(std::shared_ptr<DatabaseAdapter> databaseAdap
     tags_ = lists(tagList);
 }
 
+void DependentRecords::keepOnly(const std::unordered_set<std::string>& recordIds) {
+    for (auto& table : tables_) {
+        std::size_t kept = 0;
+        for (std::size_t row = 0; row < table.rows.size(); ++row) {
+            if (!recordIds.contains(table.parentIds[row])) continue;
+            if (kept != row) {
+                table.rows[kept] = std::move(table.rows[row]);
+                table.parentIds[kept] = std::move(table.parentIds[row]);
+            }
+            ++kept;
+        }
+        table.rows.resize(kept);
+        table.parentIds.resize(kept);
+    }
+    std::erase_if(tags_, [&](auto& list) { return !recordIds.contains(list.parentId); });
+}
+
 bool DependentRecords::store() const {
     for (auto& table : tables_)
         if (!TableAccess(databaseAdapter_, table.name).storeAccepted(MapRowSource(table.rows))) return false;
@@ -130,10 +147,11 @@ void DependentRecords::addRows(const GetFieldListDM& fieldLists, const std::vect
     auto fields = fieldLists.getFields(moduleName, std::nullopt);
     if (!fields) return;
     RecordConversion conversion(*fields);
-    Table table{std::move(tableName), {}};
+    Table table{std::move(tableName), {}, {}};
     for (auto& list : lists)
         for (auto& record : list.records) {
             table.rows.push_back(conversion.toRow(record));
+            table.parentIds.push_back(list.parentId);
             if (withParent) setParent(table.rows.back(), list.parentId);
         }
     tables_.push_back(std::move(table));

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/Value.h"
@@ -33,6 +34,10 @@ public:
     DependentRecords(std::shared_ptr<DatabaseAdapter> databaseAdapter, const GetFieldListDM& fieldLists,
                      const FieldList& fields, const Lists& lists);
 
+    /// Returns whether the records have no lists at all.
+    bool isEmpty() const { return tables_.empty() && tags_.empty(); }
+    /// Leaves out the rows of other records than these.
+    void keepOnly(const std::unordered_set<std::string>& recordIds);
     /// Stores the rows, inside the transaction that stores the records. Returns false if the database failed.
     bool store() const;
 
@@ -53,6 +58,7 @@ private:
     struct Table {
         std::string name;
         std::vector<ValueMap> rows;
+        std::vector<std::string> parentIds;  ///< of the rows
     };
     void addRows(const GetFieldListDM& fieldLists, const std::vector<NestedRecords>& lists,
                  const std::string& moduleName, bool withParent);

@@ -1,5 +1,7 @@
 #include "tarvobase/records/sql/RecordInDatabase.h"
 
+#include <unordered_set>
+
 #include "kelva_db/Database.h"
 #include "platform/Log.h"
 #include "platform/Text.h"
@@ -63,6 +65,21 @@ void logLeftOut(std::size_t count, const std::string& moduleName) {
                       "records of " + moduleName + " without an id were left out: " + std::to_string(count));
 }
 
+/// Returns the ids of a batch without those of the rows that the table refuses, which are logged.
+Names withoutRefused(const Names& ids, const std::vector<std::size_t>& refused, const std::string& moduleName) {
+    if (refused.empty()) return ids;
+    Names accepted, left;
+    auto next = refused.begin();
+    for (std::size_t row = 0; row < ids.size(); ++row) {
+        bool isRefused = next != refused.end() && *next == row;
+        (isRefused ? left : accepted).push_back(ids[row]);
+        if (isRefused) ++next;
+    }
+    platform::log(platform::LogLevel::warning, "records",
+                  "the table of " + moduleName + " refuses the records " + text::join(left, ", "));
+    return accepted;
+}
+
 /// The rows of wire dictionaries in the form of the table. Records without an id are left out.
 struct WireRows {
     std::vector<ValueMap> rows;
@@ -102,6 +119,13 @@ std::vector<NestedRecords> nestedRecords(const RecordPage& page, std::string_vie
     for (auto& list : page.nestedRecords(wireName))
         nested.push_back({std::string(page.recordId(list.row)), std::move(list.records)});
     return nested;
+}
+
+Names idsOf(const RecordPage& page) {
+    Names ids;
+    ids.reserve(page.rowCount());
+    for (std::size_t row = 0; row < page.rowCount(); ++row) ids.emplace_back(page.recordId(row));
+    return ids;
 }
 
 /// Returns the condition of a view, or an empty text if the view cannot be evaluated locally.
@@ -217,10 +241,7 @@ std::optional<Names> RecordInDatabase::storePage(const WireRecords& wireRecords,
     logLeftOut(page.leftOut(), moduleName);
     DependentRecords dependents(databaseAdapter_, *fieldLists_, *fields,
                                 [&](std::string_view wireName) { return nestedRecords(page, wireName); });
-    Names ids;
-    ids.reserve(page.rowCount());
-    for (std::size_t row = 0; row < page.rowCount(); ++row) ids.emplace_back(page.recordId(row));
-    return store(page, ids, dependents, *fields, alongside);
+    return store(page, idsOf(page), dependents, *fields, alongside);
 }
 
 /// Stores rows, what depends on them and what the caller adds as one transaction. Everything is converted before it
@@ -246,17 +267,7 @@ std::optional<Names> RecordInDatabase::storeRows(const RowSource& rows, const Na
                                                  const std::string& moduleName) const {
     auto refused = tableOf(moduleName).storeAccepted(rows);
     if (!refused) return std::nullopt;
-    if (refused->empty()) return ids;
-    Names stored, left;
-    auto next = refused->begin();
-    for (std::size_t row = 0; row < ids.size(); ++row) {
-        bool isRefused = next != refused->end() && *next == row;
-        (isRefused ? left : stored).push_back(ids[row]);
-        if (isRefused) ++next;
-    }
-    platform::log(platform::LogLevel::warning, "records",
-                  "the table of " + moduleName + " refuses the records " + text::join(left, ", "));
-    return stored;
+    return withoutRefused(ids, *refused, moduleName);
 }
 
 bool RecordInDatabase::storeRecord(const Record& record, const std::string& moduleName) {
@@ -380,6 +391,48 @@ bool RecordInDatabase::update(const std::vector<ValueMap>& rows, const std::stri
         }
     }
     return true;
+}
+
+/// Rows go in as the page has them: a statement that reads a row first, to leave out what is equal, would cost more for
+/// thousands of rows than it saves.
+bool RecordInDatabase::modifyPage(const WireRecords& wireRecords, const std::string& moduleName) {
+    auto fields = fieldsForValues(moduleName);
+    if (!fields) return false;
+    RecordPage page(wireRecords.document, wireRecords.list, *fields);
+    logLeftOut(page.leftOut(), moduleName);
+    DependentRecords dependents(databaseAdapter_, *fieldLists_, *fields,
+                                [&](std::string_view wireName) { return nestedRecords(page, wireName); });
+    auto ids = idsOf(page);
+    auto modifyAll = [&] {
+        return storeDependentsOfPresent(dependents, ids, *fields) && updateRows(page, ids, *fields);
+    };
+    return databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
+        return UnsentChanges(databaseAdapter_, {olderQueue_, currentQueue_}, *fields).layOver(ids, modifyAll);
+    });
+}
+
+/// A record that the user has deleted here, or that was never here, leaves no rows without a parent.
+bool RecordInDatabase::storeDependentsOfPresent(DependentRecords& dependents, const Names& ids,
+                                                const FieldList& fields) const {
+    if (dependents.isEmpty()) return true;
+    auto table = tableOf(fields.moduleName());
+    auto column = idColumn(fields.moduleName(), fields.naming());
+    FetchQuery query(kelva::quotedName(table.tableName()), columnIn(column, ids));
+    query.columns = {column};
+    auto rows = table.fetch(query);
+    if (!rows) return false;
+    std::unordered_set<std::string> present;
+    for (auto row : *rows) present.emplace(row.cell(0).asText().value_or(""));
+    dependents.keepOnly(present);
+    return dependents.store();
+}
+
+bool RecordInDatabase::updateRows(const RowSource& rows, const Names& ids, const FieldList& fields) const {
+    auto& naming = fields.naming();
+    auto column = idColumn(fields.moduleName(), naming);
+    auto refused = tableOf(fields.moduleName()).updateAccepted(rows, {column, std::string(naming.constant->id)});
+    if (refused) withoutRefused(ids, *refused, fields.moduleName());
+    return refused.has_value();
 }
 
 // Reading

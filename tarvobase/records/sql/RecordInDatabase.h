@@ -53,6 +53,7 @@ public:
     bool modifyRecord(const std::string& moduleName, const std::vector<ValueMap>& wireRecords) override;
     bool modifyRecord(const std::string& moduleName, const Record& record) override;
     bool modifyRecord(const std::string& moduleName, const std::vector<Record>& records) override;
+    bool modifyPage(const WireRecords& wireRecords, const std::string& moduleName) override;
 
     bool deleteRecord(const std::string& recordId, const std::string& moduleName) override;
     bool deleteRecords(const Names& recordIds, const std::string& moduleName) override;
@@ -91,6 +92,8 @@ private:
     std::optional<Names> store(const RowSource& rows, const Names& ids, const DependentRecords& dependents,
                                const FieldList& fields, PageWork alongside) const;
     std::optional<Names> storeRows(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
+    bool updateRows(const RowSource& rows, const Names& ids, const FieldList& fields) const;
+    bool storeDependentsOfPresent(DependentRecords& dependents, const Names& ids, const FieldList& fields) const;
     std::vector<ValueMap> rowsOf(const std::vector<Record>& records, const std::string& moduleName,
                                  const FieldIdentifier& naming) const;
     bool leaveOutUnchanged(std::vector<ValueMap>& rows, const std::string& moduleName,

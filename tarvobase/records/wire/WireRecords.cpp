@@ -1,7 +1,10 @@
 #include "tarvobase/records/wire/WireRecords.h"
 
+#include "tarvobase/configuration/Variant.h"
 #include "tarvobase/network_layer/AnswerBody.h"
+#include "tarvobase/records/wire/RecordConversion.h"
 #include "tarvobase/records/wire/RecordParser.h"
+#include "tarvobase/records/wire/WireEntries.h"
 
 namespace tarvo {
 
@@ -81,6 +84,20 @@ Result<WireRecordsParser::Response, ParserError> WireRecordsParser::parse(const 
     using Parsed = Result<Response, ParserError>;
     return AnswerBody::withinMemory(Parsed(ParserError(ParserError::Case::jsonSerializationFailed)),
                                     [&] { return parsed(data); });
+}
+
+std::optional<std::vector<Record>> recordsOf(const WireRecords& wireRecords, const FieldList& fields) {
+    std::vector<Element> items;
+    wireRecords.list.items(items);
+    bool withPersonNames = variant::metadataVersion() == GetMetadataApiVersion::lumet;
+    RecordConversion conversion(fields);
+    std::vector<Record> records;
+    for (auto& dictionary : wire::dictionaries(items, variant::rewritesSystemProperties(), withPersonNames)) {
+        auto record = conversion.toRecord(dictionary);
+        if (!record) return std::nullopt;
+        records.push_back(*std::move(record));
+    }
+    return records;
 }
 
 }  // namespace tarvo

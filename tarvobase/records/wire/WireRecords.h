@@ -1,9 +1,15 @@
 #pragma once
 
+#include <optional>
+#include <vector>
+
 #include "platform/JsonDocument.h"
 #include "tarvobase/network_layer/ParserProtocol.h"
+#include "tarvobase/records/Record.h"
 
 namespace tarvo {
+
+class FieldList;
 
 /// The records of one entry of an answer, still in the parsed document. Cheap to copy; copies share the document. A
 /// null list stands for an entry without records ("nodata").
@@ -18,5 +24,9 @@ struct WireRecordsParser {
     using Response = ParsedResponse<WireRecords, RecordListInfo>;
     static Result<Response, ParserError> parse(const platform::Data& data);
 };
+
+/// Returns records by the module's fields, as `recordFromNetworkDictionary` makes them. Returns nullopt if there are no
+/// fields.
+std::optional<std::vector<Record>> recordsOf(const WireRecords& wireRecords, const FieldList& fields);
 
 }  // namespace tarvo
