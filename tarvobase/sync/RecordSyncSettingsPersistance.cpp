@@ -1,79 +1,126 @@
 #include "tarvobase/sync/RecordSyncSettingsPersistance.h"
 
-#include "platform/Log.h"
-
 namespace tarvo {
 
 namespace {
-
-ValueMap mapOrEmpty(const Value* value) { return value && value->asMap() ? *value->asMap() : ValueMap(); }
 
 template <class T>
 std::optional<T> copyOf(const T* value) {
     return value ? std::optional(*value) : std::nullopt;
 }
 
+// The module's name is the key of the map around a round.
+constexpr std::string_view roundModule = "moduleName";
+
+struct RoundWriter {
+    ValueMap& map;
+    void put(std::string_view name, const std::string& value) const { map.set(name, value); }
+    void put(std::string_view name, std::int64_t value) const { map.set(name, value); }
+    template <Enumerated E>
+    void put(std::string_view name, E value) const {
+        map.set(name, std::string(caseName(value)));
+    }
+    template <class T>
+    void put(std::string_view name, const std::optional<T>& value) const {
+        if (value) put(name, *value);
+    }
+};
+
+struct RoundReader {
+    const ValueMap& map;
+    void take(std::string_view name, std::string& into) const {
+        if (auto value = map.find(name); value && value->asText()) into = *value->asText();
+    }
+    void take(std::string_view name, std::int64_t& into) const {
+        if (auto value = map.find(name)) into = value->asInteger().value_or(into);
+    }
+    template <Enumerated E>
+    void take(std::string_view name, E& into) const {
+        auto value = map.find(name);
+        auto read = value && value->asText() ? fromCaseName<E>(*value->asText()) : std::nullopt;
+        if (read) into = *read;
+    }
+    template <class T>
+    void take(std::string_view name, std::optional<T>& into) const {
+        if (map.contains(name)) take(name, into.emplace());
+    }
+};
+
 }  // namespace
 
 std::optional<std::string> RecordSyncSettingsPersistance::getLastModifiedTime(const std::string& for_) const {
-    auto map = moduleMap(watermarks(), for_);
+    auto map = watermarks().mapOf(for_);
     auto time = map.find(constants_.LastModifiedTime);
     return time ? copyOf(time->asText()) : std::nullopt;
 }
 
 void RecordSyncSettingsPersistance::storeLastModifiedTime(const std::string& time, const std::string& for_) {
-    merge(watermarks(), for_, {{std::string(constants_.LastModifiedTime), time}});
+    watermarks().merge(for_, {{std::string(constants_.LastModifiedTime), time}});
 }
 
 void RecordSyncSettingsPersistance::storeNumberOfRecordsDownloaded(std::int64_t number, const std::string& moduleName) {
-    merge(counts(), moduleName, {{std::string(constants_.NumberOfRecordsFetched), number}});
+    counts().merge(moduleName, {{std::string(constants_.NumberOfRecordsFetched), number}});
 }
 
 std::optional<std::int64_t> RecordSyncSettingsPersistance::getNumberOfRecordsDownloaded(const std::string& for_) const {
-    auto map = moduleMap(counts(), for_);
+    auto map = counts().mapOf(for_);
     auto number = map.find(constants_.NumberOfRecordsFetched);
     return number ? number->asInteger() : std::nullopt;
 }
 
 void RecordSyncSettingsPersistance::storeRecordsSynced(const std::string& moduleName, std::int64_t numberOfRecords,
                                                        const std::string& lastModifiedTime) {
-    merge(rounds(), moduleName,
-          {{std::string(constants_.NumberOfRecordsSynced), numberOfRecords},
-           {std::string(constants_.LastModifiedTime), lastModifiedTime}});
+    rounds().merge(moduleName, {{std::string(constants_.NumberOfRecordsSynced), numberOfRecords},
+                                {std::string(constants_.LastModifiedTime), lastModifiedTime}});
 }
 
 std::optional<std::int64_t> RecordSyncSettingsPersistance::getNumberOfRcordsSynced(
     const std::string& moduleName, const std::string& lastModifiedTime) const {
-    auto map = moduleMap(rounds(), moduleName);
+    auto map = rounds().mapOf(moduleName);
     auto time = map.find(constants_.LastModifiedTime);
     auto number = map.find(constants_.NumberOfRecordsSynced);
     if (!time || !number || *time != Value(lastModifiedTime)) return std::nullopt;
     return number->asInteger();
 }
 
+void RecordSyncSettingsPersistance::storeRound(const SyncRound& round) {
+    ValueMap map;
+    forEachField(round, [&](auto name, auto& member) {
+        if (name != roundModule) RoundWriter{map}.put(name, member);
+    });
+    ValueMap changes{{std::string(constants_.LastRound), std::move(map)}};
+    if (round.outcome == SyncRound::Outcome::finished && round.watermark)
+        changes.set(constants_.LastModifiedTime, *round.watermark);
+    watermarks().merge(round.moduleName, changes);
+}
+
+std::optional<SyncRound> RecordSyncSettingsPersistance::getRound(const std::string& moduleName) const {
+    auto map = watermarks().mapOf(moduleName);
+    return roundIn(moduleName, map.find(constants_.LastRound));
+}
+
+std::vector<SyncRound> RecordSyncSettingsPersistance::getRounds() const {
+    std::vector<SyncRound> rounds;
+    auto all = watermarks().all();
+    for (auto& [moduleName, map] : all) {
+        auto stored = map.asMap() ? map.asMap()->find(constants_.LastRound) : nullptr;
+        if (auto round = roundIn(std::string(moduleName), stored)) rounds.push_back(*std::move(round));
+    }
+    return rounds;
+}
+
+std::optional<SyncRound> RecordSyncSettingsPersistance::roundIn(const std::string& moduleName, const Value* stored) {
+    if (!stored || !stored->asMap()) return std::nullopt;
+    SyncRound round{.moduleName = moduleName};
+    forEachField(round, [&](auto name, auto& member) {
+        if (name != roundModule) RoundReader{*stored->asMap()}.take(name, member);
+    });
+    return round;
+}
+
 void RecordSyncSettingsPersistance::forgetAll() {
-    for (auto& dictionary : {watermarks(), rounds()})
-        userDefaults_->removeValueForKey(std::string(dictionary.key), dictionary.group);
-}
-
-ValueMap RecordSyncSettingsPersistance::moduleMap(const Dictionary& dictionary, const std::string& moduleName) const {
-    auto all = userDefaults_->dictionaryForKey(std::string(dictionary.key), dictionary.group);
-    return all ? mapOrEmpty(all->find(moduleName)) : ValueMap();
-}
-
-void RecordSyncSettingsPersistance::merge(const Dictionary& dictionary, const std::string& moduleName,
-                                          const ValueMap& changes) {
-    bool isStored =
-        userDefaults_->update(std::string(dictionary.key), dictionary.group, [&](const Value& present) -> Value {
-            auto all = mapOrEmpty(&present);
-            auto map = mapOrEmpty(all.find(moduleName));
-            for (auto& [key, value] : changes) map.set(key, value);
-            all.set(moduleName, std::move(map));
-            return all;
-        });
-    if (!isStored)
-        platform::log(platform::LogLevel::warning, "sync",
-                      "the state of the records of " + moduleName + " could not be stored");
+    watermarks().removeAll();
+    rounds().removeAll();
 }
 
 }  // namespace tarvo

@@ -5,8 +5,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/sync/ModuleMaps.h"
+#include "tarvobase/sync/SyncRound.h"
 
 namespace tarvo {
 
@@ -20,6 +23,8 @@ struct ModuleDetailsConstants {
     /// it began.
     std::string_view TempKeys = "TarvoTempKeys";
     std::string_view NumberOfRecordsSynced = "TarvoNumberOfRecordsSynced";
+    /// In the module's map: how its last round went.
+    std::string_view LastRound = "TarvoLastSyncRound";
 };
 
 /// The sync state of the records of modules. A read returns nullopt if nothing was stored. A write that the store
@@ -39,6 +44,13 @@ public:
                                     const std::string& lastModifiedTime) = 0;
     virtual std::optional<std::int64_t> getNumberOfRcordsSynced(const std::string& moduleName,
                                                                 const std::string& lastModifiedTime) const = 0;
+
+    /// Stores how a round of a module went. That of a finished round stores its watermark with it, as one change, so
+    /// that neither is ever there without the other.
+    virtual void storeRound(const SyncRound& round) = 0;
+    virtual std::optional<SyncRound> getRound(const std::string& moduleName) const = 0;
+    /// Returns the last rounds of all modules, in no particular order.
+    virtual std::vector<SyncRound> getRounds() const = 0;
 };
 
 /// Keeps the sync state in the settings store. Watermarks and rounds belong to the current account, since a sync with
@@ -57,21 +69,18 @@ public:
                             const std::string& lastModifiedTime) override;
     std::optional<std::int64_t> getNumberOfRcordsSynced(const std::string& moduleName,
                                                         const std::string& lastModifiedTime) const override;
+    void storeRound(const SyncRound& round) override;
+    std::optional<SyncRound> getRound(const std::string& moduleName) const override;
+    std::vector<SyncRound> getRounds() const override;
 
     /// Forgets the watermarks and rounds of all modules, for a database without their records.
     void forgetAll();
 
 private:
-    /// A dictionary of the store, from module names to maps.
-    struct Dictionary {
-        std::string_view key;
-        UserDefaultsGroup group;
-    };
-    ValueMap moduleMap(const Dictionary& dictionary, const std::string& moduleName) const;
-    void merge(const Dictionary& dictionary, const std::string& moduleName, const ValueMap& changes);
-    Dictionary watermarks() const { return {constants_.ModuleDetails, UserDefaultsGroup::current()}; }
-    Dictionary counts() const { return {constants_.ModuleDetails, UserDefaultsGroup::none()}; }
-    Dictionary rounds() const { return {constants_.TempKeys, UserDefaultsGroup::current()}; }
+    static std::optional<SyncRound> roundIn(const std::string& moduleName, const Value* stored);
+    ModuleMaps watermarks() const { return {userDefaults_, constants_.ModuleDetails, UserDefaultsGroup::current()}; }
+    ModuleMaps counts() const { return {userDefaults_, constants_.ModuleDetails, UserDefaultsGroup::none()}; }
+    ModuleMaps rounds() const { return {userDefaults_, constants_.TempKeys, UserDefaultsGroup::current()}; }
 
     const std::shared_ptr<UserDefaultsProtocol> userDefaults_;
     const ModuleDetailsConstants constants_;

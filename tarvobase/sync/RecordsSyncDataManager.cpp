@@ -1,0 +1,232 @@
+#include "tarvobase/sync/RecordsSyncDataManager.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/Log.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/SyncObserver.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/sync/wire/RecordsSyncParser.h"
+#include "tarvobase/value_objects/field/FieldList.h"
+
+namespace tarvo {
+
+namespace {
+
+using Outcome = SyncRound::Outcome;
+
+SyncRound::Reason reasonOf(const FailureDetails& failure) {
+    using R = SyncRound::Reason;
+    switch (failure.reason) {
+        case FailureReason::noNetwork:
+            return R::noNetwork;
+        case FailureReason::notSignedIn:
+            return R::notSignedIn;
+        case FailureReason::outdated:
+            return R::outdated;
+        case FailureReason::refused:
+            return R::refused;
+        default:
+            return R::unusableAnswer;
+    }
+}
+
+std::int64_t recordCount(const std::optional<WireRecords>& records) {
+    return records ? static_cast<std::int64_t>(records->list.leadingItems({})) : 0;
+}
+
+bool hasRecords(const std::optional<WireRecords>& records) { return recordCount(records) > 0; }
+
+bool hasMorePages(const SyncRecordsResponse& page) { return page.resultInfo.hasMore.value_or(false); }
+
+/// Returns the number of records after a page, or nullopt if the page does not advance. A count without bounds would
+/// overflow.
+std::optional<std::int64_t> receivedAfter(const SyncRecordsResponse& page, std::int64_t from) {
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    auto count = page.resultInfo.count.value_or(0);
+    return count > 0 && count <= most - from ? std::optional(from + count) : std::nullopt;
+}
+
+std::vector<std::shared_ptr<RecordsSyncDataManagerDelegate>> listenersOf(const SyncRoundUnderWay::Runners& askers) {
+    std::vector<std::shared_ptr<RecordsSyncDataManagerDelegate>> listeners;
+    for (auto& asker : askers)
+        if (auto listener = asker->roundListener()) listeners.push_back(std::move(listener));
+    return listeners;
+}
+
+std::optional<std::vector<Record>> presentRecords(const std::optional<WireRecords>& records, const FieldList& fields) {
+    return records ? recordsOf(*records, fields) : std::nullopt;
+}
+
+}  // namespace
+
+std::shared_ptr<RecordsSyncDataManager> RecordsSyncDataManager::make(Collaborators collaborators) {
+    std::shared_ptr<RecordsSyncDataManager> manager(new RecordsSyncDataManager(std::move(collaborators)));
+    manager->collaborators_.recordsSyncNetworkService->recordsSyncDelegate = manager;
+    return manager;
+}
+
+std::shared_ptr<RecordsSyncDataManager> RecordsSyncDataManager::make(
+    const Stores& stores, std::shared_ptr<RecordsSyncNetworkServiceProtocol> service) {
+    return make({.recordsSyncNetworkService = std::move(service),
+                 .recordSyncSettings = std::make_shared<RecordSyncSettingsPersistance>(stores.userDefaults),
+                 .recordPersistanceDelegate = RecordInDatabase::make(stores.databaseAdapter()),
+                 .metadataPersistance = stores.fields(),
+                 .modulePersistance = stores.modules(),
+                 .scope = stores.scope});
+}
+
+bool RecordsSyncDataManager::syncRecords(const std::string& moduleName) {
+    auto module = collaborators_.modulePersistance->getModuleByModuleName(moduleName);
+    return module && syncRecords(module.value());
+}
+
+bool RecordsSyncDataManager::syncRecords(const Module& module) {
+    return SyncRounds::shared().ask(collaborators_.scope, module, platform::strongSelf<SyncRoundRunner>(this));
+}
+
+void RecordsSyncDataManager::runRound(std::shared_ptr<SyncRoundUnderWay> underWay) {
+    auto& name = underWay->module.moduleName;
+    auto& settings = *collaborators_.recordSyncSettings;
+    auto round = std::make_shared<Round>(
+        Round{underWay, settings.getLastModifiedTime(name).value_or("0"), underWay->progress()});
+    // A round that breaks says when one last finished.
+    if (auto former = settings.getRound(name)) {
+        round->progress.watermark = former->watermark;
+        round->progress.finishedAt = former->finishedAt;
+        underWay->setProgress(round->progress);
+    }
+    {
+        platform::MutexLock lock(mutex_);
+        rounds_[name] = round;
+    }
+    if (underWay->isStopped()) return end(round, Reason::stopped);
+    for (auto& listener : listenersOf(underWay->askers())) listener->syncStarted(name);
+    BrenNotificationCenter::shared().notify<SyncObserver>(
+        false, [name](SyncObserver& observer) { observer.syncStarted(name); });
+    requestPage(*round, 0);
+}
+
+void RecordsSyncDataManager::requestPage(const Round& round, std::int64_t from) const {
+    collaborators_.recordsSyncNetworkService->syncRecordsForModule(round.underWay->module, round.lastModifiedTime, from,
+                                                                   maximumRecords);
+}
+
+void RecordsSyncDataManager::syncCompleted(SyncResults syncResults, std::int64_t from, const Module& module) {
+    std::shared_ptr<Round> round;
+    {
+        platform::MutexLock lock(mutex_);
+        auto found = rounds_.find(module.moduleName);
+        if (found == rounds_.end()) return;
+        round = found->second;
+    }
+    if (!syncResults) return end(round, reasonOf(syncResults.error()));
+    auto page = std::move(syncResults).value();
+    if (auto reason = takePage(*round, page, from)) return end(round, reason);
+    if (!hasMorePages(page)) finish(*round, page);
+    reportPage(*round, page);
+    if (!hasMorePages(page)) return end(round, std::nullopt);
+    auto received = receivedAfter(page, from);
+    if (!received) return end(round, Reason::noProgress);
+    if (round->underWay->isStopped()) return end(round, Reason::stopped);
+    // The memory of this page is free before the next one comes.
+    page = {};
+    requestPage(*round, *received);
+}
+
+/// Stores a page and then the note of how far the round is. Returns why it cannot.
+std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, const SyncRecordsResponse& page,
+                                                                  std::int64_t from) {
+    auto& name = round.underWay->module.moduleName;
+    auto& info = page.resultInfo;
+    if (!collaborators_.scope.isCurrent()) return Reason::outdated;
+    auto fields = collaborators_.metadataPersistance->getFieldMetadata(name);
+    if (!fields || fields->empty()) return Reason::noMetadata;
+    if (!info.responseTime) return Reason::noResponseTime;
+    if (auto reason = storePage(page, name)) return reason;
+
+    if (!round.firstResponseTime) round.firstResponseTime = info.responseTime;
+    auto& progress = round.progress;
+    ++progress.pages;
+    progress.added += recordCount(page.addedRecords);
+    progress.edited += recordCount(page.editedRecords);
+    progress.deleted += page.deletedRecordIDs ? static_cast<std::int64_t>(page.deletedRecordIDs->size()) : 0;
+    round.underWay->setProgress(progress);
+    auto& settings = *collaborators_.recordSyncSettings;
+    settings.storeRecordsSynced(name, receivedAfter(page, from).value_or(from), std::to_string(*info.responseTime));
+    if (hasMorePages(page)) {
+        auto interrupted = progress;
+        interrupted.outcome = Outcome::broken;
+        interrupted.reason = Reason::interrupted;
+        settings.storeRound(interrupted);
+    }
+    return std::nullopt;
+}
+
+/// Each list is a commit. A page that is only stored in part is repeated by the next round.
+std::optional<SyncRound::Reason> RecordsSyncDataManager::storePage(const SyncRecordsResponse& page,
+                                                                   const std::string& moduleName) const {
+    auto& records = *collaborators_.recordPersistanceDelegate;
+    if (hasRecords(page.addedRecords) && !records.storePage(*page.addedRecords, moduleName)) return Reason::notStored;
+    if (hasRecords(page.editedRecords) && !records.modifyPage(*page.editedRecords, moduleName))
+        return Reason::notStored;
+    auto& deletedIds = page.deletedRecordIDs;
+    if (deletedIds && !deletedIds->empty() && !records.deleteRecords(*deletedIds, moduleName)) return Reason::notStored;
+    return std::nullopt;
+}
+
+/// The watermark is the time of the first page: a record that changed after its page was sent would never be asked for
+/// again from a later one.
+void RecordsSyncDataManager::finish(Round& round, const SyncRecordsResponse& page) const {
+    auto& module = round.underWay->module;
+    round.progress.outcome = Outcome::finished;
+    round.progress.watermark = std::to_string(*round.firstResponseTime);
+    round.progress.finishedAt = page.resultInfo.responseTime;
+    collaborators_.recordSyncSettings->storeRound(round.progress);
+    BrenNotificationCenter::shared().notify<SyncObserver>(
+        false,
+        [name = module.moduleName, type = module.type](SyncObserver& observer) { observer.syncFinished(name, type); });
+}
+
+void RecordsSyncDataManager::reportPage(const Round& round, const SyncRecordsResponse& page) const {
+    auto& name = round.underWay->module.moduleName;
+    auto listeners = listenersOf(round.underWay->askers());
+    for (auto& listener : listeners) listener->syncProgressed(round.progress);
+    std::erase_if(listeners, [](auto& listener) { return !listener->wantsSyncResults(); });
+    if (listeners.empty()) return;
+    auto metadata = collaborators_.metadataPersistance->getFieldMetadata(name);
+    FieldList fields(name, metadata ? *std::move(metadata) : FieldMetadataPersistanceDelegate::Fields(), {});
+    auto added = presentRecords(page.addedRecords, fields), edited = presentRecords(page.editedRecords, fields);
+    for (auto& listener : listeners) listener->syncResultsFetched(name, added, edited, page.deletedRecordIDs);
+}
+
+void RecordsSyncDataManager::end(const std::shared_ptr<Round>& round, std::optional<Reason> reason) {
+    auto& name = round->underWay->module.moduleName;
+    {
+        platform::MutexLock lock(mutex_);
+        rounds_.erase(name);
+    }
+    if (reason) {
+        round->progress.outcome = Outcome::broken;
+        round->progress.reason = reason;
+        if (collaborators_.scope.isCurrent()) collaborators_.recordSyncSettings->storeRound(round->progress);
+        platform::log(platform::LogLevel::warning, "sync",
+                      "the round of " + name + " broke off: " + std::string(caseName(*reason)));
+    }
+    round->underWay->setProgress(round->progress);
+    for (auto& listener : listenersOf(round->underWay->askers())) listener->syncEnded(round->progress);
+    auto dismissed = SyncRounds::shared().end(collaborators_.scope, *round->underWay);
+    for (auto& listener : listenersOf(dismissed)) listener->syncEnded(round->progress);
+}
+
+std::vector<SyncRound> RecordsSyncDataManager::rounds(const Stores& stores) {
+    std::map<std::string, SyncRound> rounds;
+    for (auto& round : RecordSyncSettingsPersistance(stores.userDefaults).getRounds()) rounds[round.moduleName] = round;
+    for (auto& round : SyncRounds::shared().underWay(stores.scope)) rounds[round.moduleName] = round;
+    std::vector<SyncRound> list;
+    for (auto& [name, round] : rounds) list.push_back(round);
+    return list;
+}
+
+}  // namespace tarvo

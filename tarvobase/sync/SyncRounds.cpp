@@ -1,0 +1,82 @@
+#include "tarvobase/sync/SyncRounds.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/ProcessState.h"
+#include "tarvobase/utils/CommonUtils.h"
+
+namespace tarvo {
+
+SyncRounds& SyncRounds::shared() { return platform::ProcessState::current().get<SyncRounds>(); }
+
+bool SyncRounds::ask(const Scope& scope, const Module& module, std::shared_ptr<SyncRoundRunner> asker) {
+    platform::MutexLock lock(mutex_);
+    auto& entry = entries_[keyOf(scope, module.moduleName)];
+    if (entry.round) {
+        bool hasBegun = std::find(queued_.begin(), queued_.end(), entry.round) == queued_.end();
+        auto& askers = hasBegun ? entry.waiting : entry.round->askers_;
+        if (std::find(askers.begin(), askers.end(), asker) != askers.end()) return false;
+        askers.push_back(std::move(asker));
+        return true;
+    }
+    entry.round = std::make_shared<SyncRoundUnderWay>(module, SyncRoundUnderWay::Runners{std::move(asker)});
+    queued_.push_back(entry.round);
+    startNext();
+    return true;
+}
+
+void SyncRounds::startNext() {
+    while (running_ < maximumRounds && !queued_.empty()) {
+        ++running_;
+        CommonUtils::performAsyncInBackground(
+            [round = std::move(queued_.front())] { round->askers().front()->runRound(round); });
+        queued_.pop_front();
+    }
+}
+
+SyncRoundUnderWay::Runners SyncRounds::end(const Scope& scope, const SyncRoundUnderWay& round) {
+    SyncRoundUnderWay::Runners dismissed;
+    std::vector<std::function<void()>> whenStopped;
+    {
+        platform::MutexLock lock(mutex_);
+        auto found = entries_.find(keyOf(scope, round.module.moduleName));
+        if (found == entries_.end() || found->second.round.get() != &round) return {};
+        --running_;
+        dismissed = std::move(found->second.dismissed);
+        auto waiting = std::move(found->second.waiting);
+        if (waiting.empty()) {
+            entries_.erase(found);
+        } else {
+            found->second = {std::make_shared<SyncRoundUnderWay>(round.module, std::move(waiting)), {}, {}};
+            queued_.push_back(found->second.round);
+        }
+        startNext();
+        if (entries_.empty()) whenStopped = std::exchange(whenStopped_, {});
+    }
+    for (auto& stopped : whenStopped) stopped();
+    return dismissed;
+}
+
+std::vector<SyncRound> SyncRounds::underWay(const Scope& scope) const {
+    std::vector<SyncRound> rounds;
+    platform::MutexLock lock(mutex_);
+    for (auto& [key, entry] : entries_)
+        if (key == keyOf(scope, entry.round->module.moduleName)) rounds.push_back(entry.round->progress());
+    return rounds;
+}
+
+void SyncRounds::stop(std::function<void()> whenStopped) {
+    {
+        platform::MutexLock lock(mutex_);
+        for (auto& [key, entry] : entries_) {
+            entry.round->isStopped_ = true;
+            entry.dismissed.insert(entry.dismissed.end(), entry.waiting.begin(), entry.waiting.end());
+            entry.waiting.clear();
+        }
+        if (!entries_.empty()) return whenStopped_.push_back(std::move(whenStopped));
+    }
+    whenStopped();
+}
+
+}  // namespace tarvo

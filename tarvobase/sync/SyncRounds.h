@@ -1,0 +1,107 @@
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/ThreadSafety.h"
+#include "tarvobase/configuration/Scope.h"
+#include "tarvobase/sync/SyncRound.h"
+#include "tarvobase/value_objects/module/Module.h"
+
+namespace tarvo {
+
+class RecordsSyncDataManagerDelegate;
+class SyncRoundUnderWay;
+
+/// Asks for rounds, and runs them if it is the first who asked.
+class SyncRoundRunner : public virtual platform::Object {
+public:
+    /// Runs a round, on a background queue, and ends it with `SyncRounds::end`.
+    virtual void runRound(std::shared_ptr<SyncRoundUnderWay> round) = 0;
+    /// Returns who is notified of the rounds that it has asked for, or null.
+    virtual std::shared_ptr<RecordsSyncDataManagerDelegate> roundListener() const = 0;
+};
+
+/// A round from the call that asks for it to its end. Any thread may use it.
+class SyncRoundUnderWay {
+public:
+    using Runners = std::vector<std::shared_ptr<SyncRoundRunner>>;
+
+    SyncRoundUnderWay(Module module, Runners askers) : module(std::move(module)), askers_(std::move(askers)) {
+        progress_.moduleName = this->module.moduleName;
+    }
+
+    const Module module;
+    /// Those who asked for it. The first one runs it. Others may join until it runs.
+    const Runners& askers() const { return askers_; }
+
+    bool isStopped() const { return isStopped_; }
+    SyncRound progress() const {
+        platform::MutexLock lock(mutex_);
+        return progress_;
+    }
+    void setProgress(SyncRound progress) {
+        platform::MutexLock lock(mutex_);
+        progress_ = std::move(progress);
+    }
+
+private:
+    friend class SyncRounds;
+    Runners askers_;
+    std::atomic<bool> isStopped_ = false;
+    mutable platform::Mutex mutex_;
+    SyncRound progress_ TARVO_GUARDED_BY(mutex_);
+};
+
+/// The rounds of this process, of which a module never has two at a time: one that began earlier could store a page
+/// that is older than the other's, and would then move the watermark past it. A call for a module whose round is under
+/// way gets one more round after it, since the page that is coming may be older than what the caller wants to see.
+/// Callers that wait for the same module share that round. Any thread may use it.
+class SyncRounds {
+public:
+    static SyncRounds& shared();
+
+    /// Rounds that run at a time. Each holds a page in memory, which has up to 10,000 records.
+    static constexpr std::size_t maximumRounds = 4;
+
+    /// Asks for a round of a module, which begins now or as soon as it may. Returns false if the caller waits for a
+    /// round of the module already; that round serves this call as well.
+    bool ask(const Scope& scope, const Module& module, std::shared_ptr<SyncRoundRunner> asker);
+    /// Ends a round, and starts those that may begin now. Returns the callers whose round was stopped while it waited
+    /// for this one: for them this round is the end.
+    SyncRoundUnderWay::Runners end(const Scope& scope, const SyncRoundUnderWay& round);
+
+    /// Returns the rounds under way, also those that wait for their turn, by module name.
+    std::vector<SyncRound> underWay(const Scope& scope) const;
+    /// Stops all rounds. Those that wait never ask the server, and one that runs ends after its page. `whenStopped`
+    /// runs once no round is under way, on the thread that ended the last one or on the caller's.
+    void stop(std::function<void()> whenStopped);
+
+private:
+    /// Account, organisation, database and module.
+    using Key = std::tuple<std::string, std::string, const void*, std::string>;
+    struct Entry {
+        std::shared_ptr<SyncRoundUnderWay> round;
+        SyncRoundUnderWay::Runners waiting;
+        SyncRoundUnderWay::Runners dismissed;
+    };
+    static Key keyOf(const Scope& scope, const std::string& moduleName) {
+        return {scope.account, scope.organisation, scope.databaseAdapter.get(), moduleName};
+    }
+    void startNext() TARVO_REQUIRES(mutex_);
+
+    mutable platform::Mutex mutex_;
+    std::map<Key, Entry> entries_ TARVO_GUARDED_BY(mutex_);
+    std::deque<std::shared_ptr<SyncRoundUnderWay>> queued_ TARVO_GUARDED_BY(mutex_);
+    std::size_t running_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::vector<std::function<void()>> whenStopped_ TARVO_GUARDED_BY(mutex_);
+};
+
+}  // namespace tarvo
