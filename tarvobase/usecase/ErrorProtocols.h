@@ -230,6 +230,37 @@ public:
     virtual void unableToFetchMetadataError() {}
 };
 
+enum class DownloadRecordsError { unableToDownloadRecordsError, unableToFetchMetadataError };
+
+template <>
+struct EnumCases<DownloadRecordsError> {
+    static constexpr EnumCase<DownloadRecordsError> cases[] = {
+        {DownloadRecordsError::unableToDownloadRecordsError, "unableToDownloadRecordsError"},
+        {DownloadRecordsError::unableToFetchMetadataError, "unableToFetchMetadataError"}};
+};
+
+class DownloadRecordsErrorRelay : public NoticeRelay<Notice<DownloadRecordsErrorProtocol, DownloadRecordsError>> {
+public:
+    void unableToDownloadRecordsError() override {
+        relayCall(DownloadRecordsError::unableToDownloadRecordsError,
+                  &DownloadRecordsErrorProtocol::unableToDownloadRecordsError);
+    }
+    void unableToFetchMetadataError() override {
+        relayCall(DownloadRecordsError::unableToFetchMetadataError,
+                  &DownloadRecordsErrorProtocol::unableToFetchMetadataError);
+    }
+};
+
+class DownloadRecordsErrorProtocolWithChaining : public DownloadRecordsErrorRelay {
+public:
+    virtual std::shared_ptr<DownloadRecordsErrorProtocol> nextDownloadRecordsErrorProtocolResponder() = 0;
+
+protected:
+    void relay(const Notice& notice) override {
+        if (auto next = nextDownloadRecordsErrorProtocolResponder()) notice.repeatOn(*next);
+    }
+};
+
 class SearchErrorProtocol : public virtual platform::Object {
 public:
     virtual void recordNotFound(const std::string& forKeyword, const std::string& moduleName) {

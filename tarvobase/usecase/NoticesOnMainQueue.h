@@ -19,6 +19,7 @@ protected:
 };
 
 using CommonErrorsOnMainQueue = NoticesOnMainQueue<CommonErrorProtocolWithChaining>;
+using DownloadRecordsErrorsOnMainQueue = NoticesOnMainQueue<DownloadRecordsErrorProtocolWithChaining>;
 using GetRecordsErrorsOnMainQueue = NoticesOnMainQueue<GetRecordsErrorProtocolWithChaining>;
 
 }  // namespace tarvo
