@@ -10,6 +10,7 @@
 #include "tarvobase/notification/ModuleChangedObserver.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/notification/SearchTokenChangedObserver.h"
+#include "tarvobase/notification/SyncObserver.h"
 #include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tarvobase/transaction/TransactionStatusObserver.h"
 #include "tarvobase/value_objects/module/Module.h"
@@ -111,6 +112,15 @@ private:
     }
 };
 
+class SyncListener final : public TopicListener, public SyncObserver {
+public:
+    using TopicListener::TopicListener;
+    void syncStarted(const std::string& moduleName) override { report("syncStarted", {{"moduleName", moduleName}}); }
+    void syncFinished(const std::string& moduleName, ModuleType moduleType) override {
+        report("syncFinished", {{"moduleName", moduleName}, {"moduleType", toJson(moduleType)}});
+    }
+};
+
 class TransactionListener final : public TopicListener, public TransactionStatusObserver {
 public:
     using TopicListener::TopicListener;
@@ -163,6 +173,7 @@ constexpr Row rows[] = {
     {"ModuleChangedObserver", listener<ModuleChangedObserver, ModuleListener>},
     {"RecordChangedObserver", listener<RecordChangedObserver, RecordListener>},
     {"SearchTokenChangedObserver", listener<SearchTokenChangedObserver, SearchListener>},
+    {"SyncObserver", listener<SyncObserver, SyncListener>},
     {"TransactionStatusObserver", listener<TransactionStatusObserver, TransactionListener>},
     {"UserDefaultsValueObserver", listener<UserDefaultsValueObserver, SettingsListener>},
 };

@@ -174,6 +174,15 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     retry->add_option("NUMBERS", arguments.numbers, "Numbers of the changes as pending lists them; all when absent");
     for (auto command : {add, edit, note, remove, retry, drain})
         command->add_flag("!--no-wait", arguments.wait, "Do not wait for the server's answer");
+    auto sync = app.add_subcommand("sync", "Send what waits, and bring the records of modules up to date");
+    sync->add_option("MODULES", arguments.modules, "Names of modules; all when absent");
+    auto changes = app.add_subcommand("changes", "Show what the last sync of a module brought");
+    changes->add_option("MODULE", arguments.module, "Name of the module")->required();
+    auto download = app.add_subcommand("download", "Download records of modules, from where the last download ended");
+    download->add_option("MODULES", arguments.modules, "Names of modules")->required();
+    bool isMore = false, isLimited = false;
+    auto more = download->add_flag("--more", isMore, "One page more, whatever the limit of the module");
+    download->add_flag("--limit", isLimited, "Up to the limit that the user has chosen")->excludes(more);
     app.add_subcommand("serve", "Take calls as lines of JSON from standard input");
     try {
         app.parse(count, values);
@@ -194,8 +203,11 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
           std::pair(filters, Command::filters), std::pair(init, Command::init), std::pair(list, Command::list),
           std::pair(show, Command::show), std::pair(add, Command::add), std::pair(edit, Command::edit),
           std::pair(note, Command::note), std::pair(remove, Command::delete_), std::pair(pending, Command::pending),
-          std::pair(retry, Command::retry), std::pair(drain, Command::drain)})
+          std::pair(retry, Command::retry), std::pair(drain, Command::drain), std::pair(sync, Command::sync),
+          std::pair(changes, Command::changes), std::pair(download, Command::download)})
         if (parsed->parsed()) arguments.command = command;
+    if (isMore) arguments.maxDownloadCount = DownloadRecordsMaxCount::loadMore;
+    if (isLimited) arguments.maxDownloadCount = DownloadRecordsMaxCount::defaultOrUserMaxCount;
     arguments.home = std::filesystem::absolute(arguments.home).string();
     arguments.servlet = *fromCaseName<ServletPathV4>(servlet);
     // The servers of the editions name tables differently.

@@ -8,6 +8,7 @@
 
 #include "platform/Secret.h"
 #include "tarvobase/configuration/ServerTypes.h"
+#include "tarvobase/download/DownloadRecordsMaxCount.h"
 
 namespace tarvo::host {
 
@@ -26,6 +27,9 @@ enum class Command {
     pending,
     retry,
     drain,
+    sync,
+    changes,
+    download,
     serve
 };
 enum class Identifier { column, api };
@@ -55,8 +59,10 @@ struct Arguments {
     std::string text;                      ///< of a note
     std::optional<std::string> title;      ///< of a note
     std::optional<std::string> voiceFile;  ///< path of the sound of a note
-    std::vector<std::int64_t> numbers;     ///< of the changes to retry; empty for all
-    bool wait = true;                      ///< for the server's answer to a change
+    std::vector<std::string> modules;      ///< to sync or to download; empty for all
+    DownloadRecordsMaxCount maxDownloadCount = DownloadRecordsMaxCount::defaultMaxCount;
+    std::vector<std::int64_t> numbers;  ///< of the changes to retry; empty for all
+    bool wait = true;                   ///< for the server's answer to a change
     Identifier identifier = Identifier::column;
     bool json = false;
     bool fetch = false;

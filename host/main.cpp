@@ -14,6 +14,7 @@
 #include "host/commands/ModulesCommand.h"
 #include "host/commands/NoteCommands.h"
 #include "host/commands/ShowCommand.h"
+#include "host/commands/SyncCommands.h"
 #include "host/commands/ViewsCommand.h"
 #include "host/serve/Serve.h"
 #include "platform/Log.h"
@@ -59,6 +60,12 @@ int run(Arguments& arguments) {
             return retryChanges(**host, arguments);
         case Command::drain:
             return drainChanges(**host, arguments);
+        case Command::sync:
+            return syncModules(**host, arguments);
+        case Command::changes:
+            return showLastRound(**host, arguments);
+        case Command::download:
+            return downloadModules(**host, arguments);
         case Command::serve:
             return serve(**host);
     }

@@ -16,6 +16,7 @@ void addCalls(Registry& registry) {
     addChangeCalls(registry);
     addNoteCalls(registry);
     addDownloadCalls(registry);
+    addSyncCalls(registry);
     registry.addUsecase<GetModule>("GetModule");
     registry.addUsecase<GetModuleTagsUC>("GetModuleTagsUC");
     registry.addUsecase<GetModulesUC>("GetModulesUC");

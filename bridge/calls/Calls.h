@@ -28,4 +28,7 @@ void addNoteCalls(Registry& registry);
 /// Registers the first download, the download of records alone, and the lists of views.
 void addDownloadCalls(Registry& registry);
 
+/// Registers the sync of records, and their download module by module.
+void addSyncCalls(Registry& registry);
+
 }  // namespace tarvo::bridge

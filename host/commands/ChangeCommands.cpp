@@ -1,7 +1,6 @@
 #include "host/commands/ChangeCommands.h"
 
 #include <algorithm>
-#include <atomic>
 
 #include "bridge/forms/JsonForm.h"
 #include "host/commands/CommandSteps.h"
@@ -31,10 +30,7 @@ auto listedChanges() {
 }
 
 void waitForServer(const Arguments& arguments) {
-    if (!arguments.wait) return;
-    auto isResting = std::make_shared<std::atomic<bool>>(false);
-    ChangeQueues::shared().whenResting([isResting] { *isResting = true; });
-    MainQueue::shared()->runUntil([&] { return isResting->load(); }, answerPatience);
+    if (arguments.wait) waitForRestingQueues(answerPatience);
 }
 
 /// Makes the record of FIELD=VALUE. Values are read as the server writes them, dates included.

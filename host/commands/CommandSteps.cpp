@@ -1,11 +1,13 @@
 #include "host/commands/CommandSteps.h"
 
+#include <atomic>
 #include <cstdio>
 
 #include "host/InitStep.h"
 #include "host/commands/Console.h"
 #include "host/serve/ModuleDownloads.h"
 #include "platform/Text.h"
+#include "tarvobase/change_queues/ChangeQueues.h"
 #include "tarvobase/get_metadata/GetFieldList.h"
 #include "tarvobase/list_view/GetCustomViewsDataManager.h"
 #include "tarvobase/metadata/PopulateRelatedModulesDM.h"
@@ -172,6 +174,12 @@ std::string explanationOf(const CommonErrorNotice& notice) {
 int printForPrograms(const std::string& json) { return print(harmlessJson(json)); }
 
 int printForPeople(const std::string& lines) { return print(harmlessLines(lines)); }
+
+void waitForRestingQueues(std::chrono::seconds atMost) {
+    auto isResting = std::make_shared<std::atomic<bool>>(false);
+    ChangeQueues::shared().whenResting([isResting] { *isResting = true; });
+    MainQueue::shared()->runUntil([&] { return isResting->load(); }, atMost);
+}
 
 int print(const std::string& text) {
     bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;

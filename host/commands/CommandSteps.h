@@ -61,6 +61,8 @@ std::optional<std::string> fetchViews(Host& host, const std::string& moduleName)
 /// Returns the reason of a failed fetch as part of a line. `cause` says why a request got no answer, if it is known.
 std::string explanationOf(CommonError error, const std::string& cause);
 std::string explanationOf(const CommonErrorNotice& notice);
+/// Waits until nothing of the queues of changes is on its way, and nothing can go at the moment.
+void waitForRestingQueues(std::chrono::seconds atMost);
 /// Writes to standard output and returns the exit status.
 int print(const std::string& text);
 /// Writes JSON for programs, with such characters escaped that could steer a terminal.

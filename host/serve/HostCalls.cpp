@@ -10,6 +10,7 @@
 #include "host/serve/HostQueueCalls.h"
 #include "host/serve/HostRecordCalls.h"
 #include "host/serve/HostSettingsCalls.h"
+#include "host/serve/HostSyncCalls.h"
 #include "host/serve/HostTransactionCalls.h"
 #include "platform/Clock.h"
 #include "platform/dates/LocalZone.h"
@@ -171,6 +172,7 @@ void addHostCalls(Registry& registry, Host& host, const std::optional<Secret>& p
     addMetadataCalls(registry, host);
     addRecordCalls(registry, host);
     addQueueCalls(registry);
+    addSyncStateCalls(registry);
     addTransactionCalls(registry);
     registry.addOperation<bridge::Topics::Request>(
         "host.notifications", [topics](const bridge::Topics::Request& request, const CallPtr& call) {
