@@ -2,6 +2,7 @@
 #include <simdjson.h>
 
 #include <fstream>
+#include <future>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -14,6 +15,9 @@
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/wire/RecordPage.h"
 #include "tarvobase/records/wire/WireRecords.h"
+#include "tarvobase/sync/RecordsSyncDataManager.h"
+#include "tarvobase/sync/wire/RecordsSyncParser.h"
+#include "tarvobase/utils/CommonUtils.h"
 #include "tarvobase/value_objects/field/FieldMetadataInDatabase.h"
 
 // Measures a page of the first download, or of edits of a sync, 10,000 records of 60 fields, from the bytes of the
@@ -35,22 +39,27 @@ FieldDataType typeOf(std::size_t field) {
 std::string apiName(std::size_t field) { return field == 0 ? "id" : "Field_Name_" + std::to_string(field); }
 
 std::string wireValue(std::size_t record, std::size_t field) {
-    if (field == 0) return std::to_string(1'000'000'000'000 + record * 7919 % recordCount);
+    if (field == 0)
+        return std::to_string(1'000'000'000'000 + record / recordCount * recordCount + record * 7919 % recordCount);
     if (typeOf(field) == FieldDataType::dateTime) return "2024-02-29T10:" + std::to_string(10 + record % 50) + ":00Z";
     return "value " + std::to_string(record % 97) + (field % 10 == 0 ? " of a longer text" : "");
 }
 
-std::string makePage() {
-    std::string page = R"({"response":{"result":[{"info":{"module":"Leads"},"data":[)";
-    for (std::size_t record = 0; record < recordCount; ++record) {
-        page += record ? ",[" : "[";
+/// Returns the records from a number on, as the server lists them.
+std::string makeRecords(std::size_t first = 0) {
+    std::string page;
+    for (std::size_t record = first; record < first + recordCount; ++record) {
+        page += record > first ? ",[" : "[";
         for (std::size_t field = 0; field < fieldCount; ++field) {
             page += (field ? ",[\"" : "[\"") + apiName(field) + "\",\"" + wireValue(record, field) + "\"";
             page += typeOf(field) == FieldDataType::lookup ? ",\"What is shown\"]" : "]";
         }
         page += "]";
     }
-    return page + "]}]}}";
+    return page;
+}
+std::string makePage() {
+    return R"({"response":{"result":[{"info":{"module":"Leads"},"data":[)" + makeRecords() + "]}]}}";
 }
 
 std::vector<FieldMetadata> metadata() {
@@ -263,6 +272,61 @@ void pageOfEdits(benchmark::State& state) {
     comparison.finish(recordCount);
 }
 
+/// Serves a first round of sync, and makes each page when it is asked for.
+class FirstRound final : public RecordsSyncNetworkServiceProtocol, public RecordsSyncDataManagerDelegate {
+public:
+    static constexpr std::size_t pageCount = 10;
+
+    void syncRecordsForModule(const Module& module, const std::string&, std::int64_t from, std::int64_t) override {
+        CommonUtils::performAsyncInBackground([delegate = recordsSyncDelegate.lock(), module, from, this] {
+            auto results = RecordsSyncParser::parseResult(bodyFrom(static_cast<std::size_t>(from)));
+            if (!results) std::abort();
+            delegate->syncCompleted(std::move(results).value(), from, module);
+        });
+    }
+    void syncEnded(const SyncRound& round) override { ended.set_value(round); }
+
+    std::promise<SyncRound> ended;
+    std::size_t pageBytes = 0;
+
+private:
+    platform::Data bodyFrom(std::size_t from) {
+        bool hasMore = from + recordCount < pageCount * recordCount;
+        auto info = R"("info":{"module":"Leads","responsetime":1700000000000,"count":)" + std::to_string(recordCount) +
+                    (hasMore ? R"(,"more_records":true})" : "}");
+        auto none = "{" + info + R"(,"data":[]})";
+        auto body = R"({"response":{"result":[{)" + info + R"(,"data":[)" + makeRecords(from) + "]}," + none + "," +
+                    none + "]}}";
+        pageBytes = body.size();
+        return platform::Data(std::move(body));
+    }
+};
+
+/// Measures the first round of sync of a module with 100,000 records: its time, and its memory in bodies of one page.
+void firstRoundOfSync(benchmark::State& state) {
+    auto columns = columnsOf(platform::Data(makePage()), fieldList());
+    Sides sides;
+    CommonConfigration::sharedInstance().localDirectoryLocation = sides.folder.path;
+    for (auto _ : state) {
+        sides.create(columns);
+        auto server = std::make_shared<FirstRound>();
+        auto manager = RecordsSyncDataManager::make(Stores::over(sides.adapter), server);
+        manager->delegate = server;
+        malloc_trim(0);
+        SyncRound round;
+        Stopwatch watch;
+        auto peak = peakBytesOf([&] {
+            manager->syncRecords(Module{.moduleName = "Leads", .apiName = "Leads"});
+            round = server->ended.get_future().get();
+        });
+        state.SetIterationTime(watch.seconds());
+        state.counters["peak_in_pages"] = static_cast<double>(peak) / static_cast<double>(server->pageBytes);
+        if (round.added != FirstRound::pageCount * recordCount) return state.SkipWithError("the round broke off");
+    }
+    state.counters["rows/s"] =
+        benchmark::Counter(FirstRound::pageCount * recordCount, benchmark::Counter::kIsIterationInvariantRate);
+}
+
 /// Measures the work before the database, from bytes to cells.
 void pageRead(benchmark::State& state) {
     platform::Data body(makePage());
@@ -278,6 +342,7 @@ void pageRead(benchmark::State& state) {
 
 BENCHMARK(page)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(pageOfEdits)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(firstRoundOfSync)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(pageRead)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -72,6 +72,13 @@ std::string tableOfRounds(std::vector<SyncRound> rounds) {
     return tableText(rows);
 }
 
+/// Among all modules there are some that never sync: those without fields, such as dashboards, and those whose records
+/// come as rows of others.
+bool countsAsBroken(const SyncRound& round, const Arguments& arguments) {
+    bool neverSyncs = round.reason == SyncRound::Reason::noMetadata || round.reason == SyncRound::Reason::refused;
+    return round.outcome != SyncRound::Outcome::finished && !(neverSyncs && arguments.modules.empty());
+}
+
 int printRounds(const Arguments& arguments, const std::vector<SyncRound>& rounds) {
     if (!arguments.json) return printForPeople(tableOfRounds(rounds));
     return printForPrograms(json::write(ValueMap{{"rounds", bridge::toJson(rounds)}}).value_or("") + "\n");
@@ -179,10 +186,8 @@ int syncModules(Host& host, const Arguments& arguments) {
     all->syncModules(modules.value());
     if (!waitWhileReporting(*progress)) return fail("the server did not answer in time; the next sync repeats it");
     auto status = printRounds(arguments, progress->rounds);
-    // Modules without records, such as dashboards, never have fields.
-    bool isBroken = std::any_of(progress->rounds.begin(), progress->rounds.end(), [](auto& round) {
-        return round.outcome != SyncRound::Outcome::finished && round.reason != SyncRound::Reason::noMetadata;
-    });
+    bool isBroken = std::any_of(progress->rounds.begin(), progress->rounds.end(),
+                                [&](auto& round) { return countsAsBroken(round, arguments); });
     return isBroken ? 1 : status;
 }
 

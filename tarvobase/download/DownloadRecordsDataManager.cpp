@@ -1,6 +1,7 @@
 #include "tarvobase/download/DownloadRecordsDataManager.h"
 
 #include "platform/Log.h"
+#include "tarvobase/download/wire/DownloadedPage.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 

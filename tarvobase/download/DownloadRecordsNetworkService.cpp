@@ -1,6 +1,7 @@
 #include "tarvobase/download/DownloadRecordsNetworkService.h"
 
 #include "platform/Log.h"
+#include "tarvobase/download/wire/DownloadedPage.h"
 #include "tarvobase/network_layer/NetworkFailure.h"
 
 namespace tarvo {

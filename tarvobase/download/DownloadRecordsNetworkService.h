@@ -6,23 +6,18 @@
 
 #include "platform/Result.h"
 #include "tarvobase/network_layer/StaticBaseNetworkService.h"
-#include "tarvobase/records/wire/WireRecords.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/value_objects/module/Module.h"
 
 namespace tarvo {
+
+struct DownloadedPage;
 
 /// Which records of a module to ask for.
 struct DownloadRecordsNetworkParams {
     Module module;
     std::int64_t from = 0;                           ///< how many records of the module were downloaded
     std::optional<std::int64_t> maxDownloadCount{};  ///< the size of the page; the server's own if absent
-};
-
-/// A page of a module's records, in the server's order.
-struct DownloadedPage {
-    WireRecords records;
-    RecordListInfo info;
 };
 
 class DownloadRecordsNetworkServiceProtocol : public virtual platform::Object {

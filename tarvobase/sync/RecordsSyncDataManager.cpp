@@ -6,6 +6,7 @@
 #include "platform/Log.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/SyncObserver.h"
+#include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/sync/wire/RecordsSyncParser.h"
 #include "tarvobase/value_objects/field/FieldList.h"
@@ -141,8 +142,7 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, 
     auto& name = round.underWay->module.moduleName;
     auto& info = page.resultInfo;
     if (!collaborators_.scope.isCurrent()) return Reason::outdated;
-    auto fields = collaborators_.metadataPersistance->getFieldMetadata(name);
-    if (!fields || fields->empty()) return Reason::noMetadata;
+    if (!hasMetadata(name)) return Reason::noMetadata;
     if (!info.responseTime) return Reason::noResponseTime;
     if (auto reason = storePage(page, name)) return reason;
 
@@ -162,6 +162,16 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, 
         settings.storeRound(interrupted);
     }
     return std::nullopt;
+}
+
+/// Most rounds bring nothing, so that the one field that nearly every module has is looked for first.
+bool RecordsSyncDataManager::hasMetadata(const std::string& moduleName) const {
+    auto& metadata = *collaborators_.metadataPersistance;
+    std::string identifier(RecordUtil::getIdentifierFieldName(moduleName, collaborators_.scope.naming));
+    auto identifiers = metadata.getFieldMetadata(moduleName, std::vector{identifier}, {});
+    if (identifiers && !identifiers->empty()) return true;
+    auto fields = metadata.getFieldMetadata(moduleName);
+    return fields && !fields->empty();
 }
 
 /// Each list is a commit. A page that is only stored in part is repeated by the next round.

@@ -97,6 +97,7 @@ private:
     explicit RecordsSyncDataManager(Collaborators collaborators) : collaborators_(std::move(collaborators)) {}
 
     std::optional<Reason> takePage(Round& round, const SyncRecordsResponse& page, std::int64_t from);
+    bool hasMetadata(const std::string& moduleName) const;
     std::optional<Reason> storePage(const SyncRecordsResponse& page, const std::string& moduleName) const;
     void finish(Round& round, const SyncRecordsResponse& page) const;
     void requestPage(const Round& round, std::int64_t from) const;

@@ -58,6 +58,11 @@ SyncRoundUnderWay::Runners SyncRounds::end(const Scope& scope, const SyncRoundUn
     return dismissed;
 }
 
+bool SyncRounds::isUnderWay(const Scope& scope, const std::string& moduleName) const {
+    platform::MutexLock lock(mutex_);
+    return entries_.contains(keyOf(scope, moduleName));
+}
+
 std::vector<SyncRound> SyncRounds::underWay(const Scope& scope) const {
     std::vector<SyncRound> rounds;
     platform::MutexLock lock(mutex_);

@@ -78,6 +78,7 @@ public:
     /// for this one: for them this round is the end.
     SyncRoundUnderWay::Runners end(const Scope& scope, const SyncRoundUnderWay& round);
 
+    bool isUnderWay(const Scope& scope, const std::string& moduleName) const;
     /// Returns the rounds under way, also those that wait for their turn, by module name.
     std::vector<SyncRound> underWay(const Scope& scope) const;
     /// Stops all rounds. Those that wait never ask the server, and one that runs ends after its page. `whenStopped`

@@ -37,13 +37,13 @@ Result<SyncRecordsResponse, ParserError> RecordsSyncParser::parseResult(const pl
     auto parsed = WireRecordsParser::parse(data);
     if (!parsed) return parsed.error();
     auto& entries = parsed->result;
+    // A refusal is a single entry. Nothing but one costs the third list its page, which is only read for its ids.
+    for (auto& entry : entries)
+        if (auto failure = failureOf(entry); failure && failure->which() == ParserError::Case::responseError)
+            return *failure;
     if (entries.size() < 3) return ParserError::noData();
     for (std::size_t i = 0; i < 2; ++i)
         if (auto failure = failureOf(entries[i])) return *failure;
-    auto& deleted = entries[2];
-    // The third list is only read for its ids, so that nothing but a refusal costs the page.
-    auto failure = failureOf(deleted);
-    if (failure && failure->which() == ParserError::Case::responseError) return *failure;
 
     SyncRecordsResponse response;
     response.addedRecords = entries[0]->data.value();

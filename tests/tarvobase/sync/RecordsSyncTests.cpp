@@ -170,6 +170,7 @@ TEST_F(RecordsSyncTest, ABrokenRoundKeepsTheWatermarkAndWhatItStored) {
         {"<html>", "unusableAnswer"},
         {twoEntries, "unusableAnswer"},
         {R"({"response":{"result":[]}})", "unusableAnswer"},
+        {R"({"response":{"result":[{"info":{},"error":["INVALID_MODULE","no such module"]}]}})", "refused"},
         {replaced(three, R"("responsetime":200,)", ""), "noResponseTime"},
         {replaced(three, R"("responsetime":200)", R"("responsetime":"200")"), "unusableAnswer"},
         {replaced(three, R"("data":[])", R"("error":["crmNO_PERMISSION","no"])"), "refused"},
