@@ -154,9 +154,10 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
            (dropped.empty() || parts_.stores.changeRegister()->remove(ChangeQueue::older, dropped));
 }
 
-/// Takes the transactions of a deleted note out of the current queue, unless the server may have applied them. What
-/// waits for the note will never get its id: it fails before the transaction goes, which would set it free. Sets
-/// `isSoundNeeded` if an upload stays, which may have to be repeated.
+/// Takes the transactions of a deleted note out of the current queue, but not an add that the server may have applied.
+/// An edit goes even if it was sent: repeated after the delete, it would be refused for ever. What waits for the note
+/// will never get its id: it fails before the transaction goes, which would set it free. Sets `isSoundNeeded` if an
+/// upload stays, which may have to be repeated.
 bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const {
     auto& manager = parts_.transactionManager;
     if (!manager) return true;
@@ -168,7 +169,8 @@ bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId, bool& 
         auto waiting = parts_.stores.transactionDependencies()->getTransactionDependencies(
             {transaction->id}, {TransactionDependency::Kind::lookupRecord});
         if (!entries || !waiting) return false;
-        if (!entries->empty() && entries->front().sends > 0 && !entries->front().isKnownToBeRefused()) {
+        bool mayBeApplied = !entries->empty() && entries->front().sends > 0 && !entries->front().isKnownToBeRefused();
+        if (createsRecord(transaction->kind) && mayBeApplied) {
             isSoundNeeded |= transaction->kind == NTransaction::Kind::addVoiceNote;
             continue;
         }
