@@ -40,6 +40,23 @@ ValueMap requestOf(const ModelRecord& record, const std::string& id, const Value
     return {{"record", ValueMap{{"recordId", id}, {"moduleName", record.module->name}, {"values", values}}}};
 }
 
+ModelStep stepOf(const ModelChange& change) {
+    auto& record = change.after;
+    auto values = change.values();
+    bool isAdd = change.kind == Kind::add;
+    ModelStep step{.text = record.step};
+    if (isAdd || (record.module->remark.column && values.find(record.module->remark.column)))
+        step.remark = record.remark;
+    if (isAdd || values.find(record.module->lookup.column)) step.lookup = record.lookup;
+    return step;
+}
+
+std::vector<std::string> textsOf(const std::vector<ModelStep>& steps) {
+    std::vector<std::string> texts;
+    for (auto& step : steps) texts.push_back(step.text);
+    return texts;
+}
+
 Value textOrNull(const std::string& text) { return text.empty() ? Value() : Value(text); }
 
 }  // namespace
@@ -192,7 +209,7 @@ ModelChange ChangeModel::delete_(std::size_t index) {
 
 void ChangeModel::apply(ModelChange change) {
     if (mayBeRefused_) change.after.mayHaveFailed = true;
-    if (change.kind != Kind::delete_) change.after.steps.push_back(change.after.step);
+    if (change.kind != Kind::delete_) change.after.steps.push_back(stepOf(change));
     if (change.after.lookup) records_[*change.after.lookup].isReferenced = true;
     if (change.kind == Kind::add)
         records_.push_back(std::move(change.after));
@@ -260,15 +277,16 @@ void ChangeModel::expectChanges(const ModelRecord& record, const ValueList& chan
     EXPECT_EQ(std::count(kinds.begin(), kinds.end(), "delete"), record.isDeleted);
     EXPECT_TRUE(!kinds.empty() && kinds.front() == "add" && (!record.isDeleted || kinds.back() == "delete"));
     if (!record.isDeleted && !record.mayHaveFailed) {
-        EXPECT_EQ(applied, record.steps);
+        EXPECT_EQ(applied, textsOf(record.steps));
         return;
     }
     EXPECT_LE(kinds.size(), record.steps.size() + record.isDeleted) << "a change was applied twice";
     auto inOrder = text::join(applied, ", ");
-    auto place = record.steps.begin();
+    auto steps = textsOf(record.steps);
+    auto place = steps.begin();
     for (auto& step : applied) {
-        place = std::find(place, record.steps.end(), step);
-        ASSERT_NE(place, record.steps.end()) << step << " was applied out of order: " << inOrder;
+        place = std::find(place, steps.end(), step);
+        ASSERT_NE(place, steps.end()) << step << " was applied out of order: " << inOrder;
     }
 }
 

@@ -46,6 +46,13 @@ inline constexpr ModelModule modelModules[] = {
 };
 inline constexpr const ModelModule& notesOfModel = modelModules[3];
 
+/// What an add or edit of a record sets.
+struct ModelStep {
+    std::string text;  ///< its own
+    std::optional<std::string> remark;
+    std::optional<std::optional<std::size_t>> lookup;
+};
+
 /// A record as the user has left it.
 struct ModelRecord {
     const ModelModule* module = nullptr;
@@ -61,7 +68,7 @@ struct ModelRecord {
     bool isDeleted = false;
     /// Whether one of its changes may have been refused. Changes that have failed are merged or shortened.
     bool mayHaveFailed = false;
-    std::vector<std::string> steps = {};  ///< of its add and edits, in order
+    std::vector<ModelStep> steps = {};  ///< of its add and edits, in order
 };
 
 /// A change that the user makes. It becomes part of the model when it is saved.

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <map>
 #include <set>
 
 #include "tests/end_to_end/ChangeWorld.h"
@@ -72,8 +73,8 @@ protected:
             random.seed(seed);
             if (round % roundsPerServer == 0) begin();
             model.beginRound("r" + std::to_string(round), mayRefuse);
-            if (mayRefuse) refuseSome();
-            for (int i = mayRefuse ? heldChanges : 0; i < changesPerRound && !HasFailure(); ++i) {
+            changeHeld(mayRefuse);
+            for (int i = heldChanges; i < changesPerRound && !HasFailure(); ++i) {
                 disturb(mayRefuse);
                 change();
             }
@@ -85,14 +86,15 @@ protected:
         std::cout << starts << " starts of the program" << std::endl;
         EXPECT_EQ(host->finish(), 0);
     }
-    /// Has the server refuse some of the changes that were made while nothing was sent. Exactly those are marked that
-    /// name a refused record, or one that is itself marked.
-    void refuseSome() {
+    using Numbered = std::map<std::int64_t, const ModelChange*>;
+    /// Makes changes while nothing is sent, and has some of them refused.
+    void changeHeld(bool mayRefuse) {
         ask("host.queue.stop");
         isHeld = true;
         auto& refusing = modelModules[number(0, 2)];
         std::set<std::size_t> neverAdded;
         std::set<std::string> expected;
+        std::vector<ModelChange> made;
         for (int i = 0; i < heldChanges; ++i) {
             auto next = model.nextChange();
             if (next.kind == ModelChange::Kind::delete_) continue;
@@ -106,21 +108,37 @@ protected:
             bool isRefused = record.module == &refusing && record.remark.empty();
             if (isAdd && (isBehind || isRefused)) neverAdded.insert(index);
             auto line = make(next);
+            made.push_back(next);
             EXPECT_EQ(take(std::move(next), line), "");
         }
-        control("rules", ruleFor(refusing, R"("mandatory":["$FIELD"])"));
+        Numbered numbered;
+        auto queued = listOf(member(response("host.queue.list"), "changes"));
+        ASSERT_EQ(queued.size(), made.size());
+        for (std::size_t i = 0; i < made.size(); ++i)
+            numbered[member(queued[i], "number").asInteger().value_or(0)] = &made[i];
+        if (mayRefuse) expectMarked(refusing, numbered, expected);
         isHeld = false;
         ask("host.queue.start");
+    }
+    /// Has the server refuse some changes. Exactly those are marked that name a refused record, or one that is itself
+    /// marked; they are the ones with the `expected` texts.
+    void expectMarked(const ModelModule& refusing, const Numbered& numbered, std::set<std::string> expected) {
+        control("rules", ruleFor(refusing, R"("mandatory":["$FIELD"])"));
+        ask("host.queue.start");
         auto left = listOf(member(response("host.queue.idle"), "changes"));
-        std::set<std::string> marked;
+        std::set<std::string> marked, accepted;
+        for (auto& [number, change] : numbered) accepted.insert(change->after.step);
         for (auto& change : left) {
             EXPECT_EQ(member(change, "state"), Value("failed")) << json::write(change).value_or("");
-            if (member(member(change, "error"), "code") != Value("txnDEPENDING_TRANSACTION_FAILED")) continue;
-            auto content = response("host.queue.content", {{"number", member(change, "number")}});
-            auto text = member(content, "body").textOr("");
-            auto at = text.find("step ");
-            marked.insert(at == std::string::npos ? text : text.substr(at, text.find('"', at) - at));
+            auto& step = numbered.at(member(change, "number").asInteger().value_or(0))->after.step;
+            accepted.erase(step);
+            if (member(member(change, "error"), "code") == Value("txnDEPENDING_TRANSACTION_FAILED"))
+                marked.insert(step);
         }
+        // Nothing may be left of an edit after an accepted one of its record.
+        for (auto& [number, change] : numbered)
+            if (change->kind == ModelChange::Kind::edit && accepted.contains(change->after.step))
+                expected.erase(change->after.step);
         EXPECT_EQ(marked, expected);
     }
     static std::string ruleFor(const ModelModule& module, std::string rule) {
