@@ -30,6 +30,9 @@ struct TransactionResult {
     /// Present if the server has not decided: the transaction is sent again when the server may be back. The text says
     /// what happened, without values of records.
     std::optional<std::string> silence{};
+    /// Whether the server may have applied a transaction that was refused: it was sent before, and this time the
+    /// request failed as a whole.
+    bool mayBeApplied = false;
 
     static TransactionResult success(Identifiers identifiers, std::function<bool()> store = {},
                                      std::function<void()> afterwards = {}) {

@@ -418,7 +418,7 @@ bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, c
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction.id)});
     if (!entries || (result.store && !result.store())) return false;
     auto lastWords = result.silence ? ErrorResponse::noAnswer(*result.silence) : error;
-    bool mayBeApplied = result.silence || error.code == ErrorResponse::parsingFailed().code;
+    bool mayBeApplied = result.silence || result.mayBeApplied || error.code == ErrorResponse::parsingFailed().code;
     if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords, mayBeApplied))
         return false;
     logResult(transaction, "transaction failed.", ". error: " + error.code);

@@ -34,7 +34,9 @@ void ChangeWorld::begin() {
     ASSERT_TRUE(ask("host.appInit"));
     ValueList names{"Attachments"};
     for (auto& module : modelModules) names.emplace_back(module.name);
-    EXPECT_EQ(member(response("host.metadata", {{"moduleNames", names}}), "moduleNames"), Value(names));
+    auto line = ask("host.metadata", {{"moduleNames", names}}).value_or(Value());
+    EXPECT_EQ(member(member(line, "response"), "moduleNames"), Value(names))
+        << json::write(line).value_or("") << host->errors();
 }
 
 void ChangeWorld::send(const std::string& call, const ValueMap& request) {

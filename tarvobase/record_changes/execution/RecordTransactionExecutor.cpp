@@ -93,8 +93,11 @@ TransactionResult RecordTransactionExecutor::resultOf(const Executed& executed, 
     switch (answer.outcome) {
         case Outcome::accepted:
             return accepted(executed, answer);
-        case Outcome::refused:
-            return afterRefusal(executed, answer.refusal.value_or(ErrorResponse::parsingFailed()));
+        case Outcome::refused: {
+            auto result = afterRefusal(executed, answer.refusal.value_or(ErrorResponse::parsingFailed()));
+            result.mayBeApplied = answer.isOfWholeRequest && executed->isRepeated;
+            return result;
+        }
         case Outcome::unreadable:
             return failedParsing();
         case Outcome::noAnswer:

@@ -254,6 +254,19 @@ TEST_F(NotesTest, AnEditOfARefusedNoteIsTheNoteAgain) {
     EXPECT_TRUE(notes().starts_with(R"("42","better")"));
 }
 
+TEST_F(NotesTest, AnEditIsNotMergedIntoANoteThatTheServerMayHave) {
+    EXPECT_FALSE(addNote(firstNote));
+    network->fail(NetworkError::Kind::timeout);
+    manager->startSync();
+    settle();
+    for (int i = 0; i < 3; ++i) network->answer(R"({"error":["crmBUSY","the request failed as a whole"]})");
+    manager->wake();
+    settle();
+    EXPECT_TRUE(rows().ends_with("txnMAX_SYNC_ATTEMPT_REACHED")) << rows();
+    EXPECT_FALSE(editText(firstNote, "better"));
+    EXPECT_EQ(manager->getTransactions(firstNote, std::nullopt, std::nullopt)->size(), 2u) << rows();
+}
+
 TEST_F(NotesTest, ADeletedNoteNeverReachesTheServerUnlessItWasSent) {
     auto log = std::make_shared<NoteNotices>();
     RecordChangeParts parts{.stores = *stores,
