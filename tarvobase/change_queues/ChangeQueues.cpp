@@ -13,6 +13,7 @@
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
 #include "tarvobase/record_changes/internal/RecordRefetch.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/sync/RecordsSyncDataManager.h"
 #include "tarvobase/transaction/RecordIds.h"
 
 namespace tarvo {
@@ -64,8 +65,11 @@ ScopeQueues makeQueues(const Stores& stores) {
     auto wakeCurrent = [weak = std::weak_ptr<TransactionManager>(manager)] {
         if (auto current = weak.lock()) current->wake();
     };
-    auto fetch = [refetch = RecordRefetch::make(stores, records, std::make_shared<FetchRecordNetworkService>())](
-                     auto& moduleName, auto& recordId, auto reason) { refetch->fetch(moduleName, recordId, reason); };
+    auto refetch = RecordRefetch::make(stores, records, RecordsSyncDataManager::make(stores),
+                                       std::make_shared<FetchRecordNetworkService>());
+    auto fetch = [refetch = std::move(refetch)](auto& moduleName, auto& recordId, auto reason) {
+        refetch->fetch(moduleName, recordId, reason);
+    };
     ChangeSettlement settlement(stores, records, std::move(fetch), std::move(wakeCurrent));
     auto queue =
         std::make_shared<OlderChangeQueue>(stores, std::make_shared<NetworkChangeSender>(), std::move(settlement));

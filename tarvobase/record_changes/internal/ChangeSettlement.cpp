@@ -204,8 +204,11 @@ void ChangeSettlement::follow(const AnsweredChange& change) const {
             });
     bool isRecord = sent.operationType == T::addRecord || sent.operationType == T::editRecord;
     auto& recordId = sent.operationType == T::addRecord ? answer.recordId : sent.recordID;
-    if (isAccepted && isRecord && !hasServersRecord(change) && !goesOn(recordId))
-        fetch_(sent.moduleName, recordId, RecordRefetch::Reason::bareAcceptance);
+    if (isAccepted && isRecord && !goesOn(recordId))
+        fetch_(sent.moduleName, recordId,
+               hasServersRecord(change) ? RecordRefetch::Reason::acceptance : RecordRefetch::Reason::bareAcceptance);
+    if (isAccepted && sent.operationType == T::deleteRecord)
+        fetch_(sent.moduleName, sent.recordID, RecordRefetch::Reason::acceptance);
     if (!isAccepted && sent.operationType == T::deleteRecord)
         fetch_(sent.moduleName, sent.recordID, RecordRefetch::Reason::refusedDelete);
 }

@@ -17,42 +17,37 @@ namespace tarvo {
 
 std::shared_ptr<RecordRefetch> RecordRefetch::make(const Stores& stores,
                                                    std::shared_ptr<RecordPersistanceDelegate> records,
+                                                   std::shared_ptr<RecordsSyncDataManagerProtocol> sync,
                                                    std::shared_ptr<FetchRecordNetworkServiceProtocol> service) {
-    std::shared_ptr<RecordRefetch> refetch(new RecordRefetch(stores, std::move(records), std::move(service)));
+    std::shared_ptr<RecordRefetch> refetch(
+        new RecordRefetch(stores, std::move(records), std::move(sync), std::move(service)));
     refetch->service_->recordDelegate = refetch;
     return refetch;
 }
 
-/// The fetch remembers the row as it is now, for `storeOver`.
 void RecordRefetch::fetch(const std::string& moduleName, const std::string& recordId, Reason reason) const {
+    if (reason != Reason::refusedDelete) return sync(moduleName, reason);
     auto module = stores_.modules()->getModule(ModuleIdentifier::fromModuleName(moduleName));
-    if (!module) return;
-    if (reason == Reason::refusedDelete) return service_->fetchRecord({module.value(), recordId});
-    auto row = records_->fetchRecord(moduleName, recordId);
-    if (row) service_->fetchRecord({module.value(), recordId, row->getDictionary()});
+    if (module) service_->fetchRecord({module.value(), recordId});
+}
+
+void RecordRefetch::sync(const std::string& moduleName, Reason reason) const {
+    for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName))
+        if (reason == Reason::bareAcceptance || SyncRounds::shared().isUnderWay(stores_.scope, module))
+            sync_->syncRecords(module);
 }
 
 void RecordRefetch::parsedRecords(const std::vector<ValueMap>& records, const RecordFetch& fetch) {
     auto& module = fetch.module.moduleName;
-    auto former = fetch.miscData.asMap();
     if (!stores_.databaseAdapter()) return;
-    if (records.empty() && !former) return dropRefusedDeletes(module, fetch.recordID);
+    if (records.empty()) return dropRefusedDeletes(module, fetch.recordID);
     for (auto& record : records) {
         if (record.valueOf(RecordConstants::FieldAPINames::Id).textOr("") != fetch.recordID) continue;
-        bool isStored = stores_.databaseAdapter()->transaction("store a fetched record", [&] {
-            return former ? storeOver(*former, record, module, fetch.recordID) : store(record, module);
-        });
+        bool isStored =
+            stores_.databaseAdapter()->transaction("store a fetched record", [&] { return store(record, module); });
         if (!isStored) platform::log(platform::LogLevel::warning, "changes", "a fetched record could not be stored");
         return;
     }
-}
-
-/// Stores a record in place of a row, unless the row has changed since the fetch began or has gone. The user may have
-/// edited or deleted the record meanwhile, and the server may have accepted that by now; its answer to that is newer.
-bool RecordRefetch::storeOver(const ValueMap& former, const ValueMap& record, const std::string& moduleName,
-                              const std::string& recordId) const {
-    auto row = records_->fetchRecord(moduleName, recordId);
-    return !row || row->getDictionary() != former || store(record, moduleName);
 }
 
 bool RecordRefetch::store(const ValueMap& record, const std::string& moduleName) const {

@@ -40,7 +40,9 @@ protected:
     void begin() {
         stores = Stores::current();
         sender = std::make_shared<HeldSender>();
-        auto fetch = [this](auto&, auto& recordId, auto) { fetched.push_back(recordId); };
+        auto fetch = [this](auto&, auto& recordId, auto reason) {
+            if (reason != RecordRefetch::Reason::acceptance) fetched.push_back(recordId);
+        };
         queue = std::make_shared<OlderChangeQueue>(*stores, sender, ChangeSettlement(*stores, records, fetch));
         ASSERT_TRUE(queue->reclaim());
     }

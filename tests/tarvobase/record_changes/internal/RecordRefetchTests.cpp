@@ -19,6 +19,24 @@ public:
     std::vector<RecordFetch> fetches;
 };
 
+/// A server that does not answer.
+class UnansweredPages final : public RecordsSyncNetworkServiceProtocol {
+public:
+    void syncRecordsForModule(const Module&, const std::string&, std::int64_t, std::int64_t) override {}
+};
+
+/// Keeps the names of the modules that are to be synced.
+class AskedSyncs final : public RecordsSyncDataManagerProtocol {
+public:
+    bool syncRecords(const std::string& moduleName) override {
+        modules.push_back(moduleName);
+        return true;
+    }
+    bool syncRecords(const Module& module) override { return syncRecords(module.moduleName); }
+    std::string take() { return text::join(std::exchange(modules, {}), " "); }
+    std::vector<std::string> modules;
+};
+
 using Reason = RecordRefetch::Reason;
 
 /// Records that are fetched after the server's decision, over real tables.
@@ -30,7 +48,7 @@ protected:
         if (SharedActivities::isActivity(module))
             makeModule("Activities", {field("Activities", "Subject"), field("Activities", "Activity_Type")});
         stores = Stores::current();
-        refetch = RecordRefetch::make(*stores, records, service);
+        refetch = RecordRefetch::make(*stores, records, syncs, service);
         parts.emplace(RecordChangeParts{
             .stores = *stores,
             .recordPersistance = records,
@@ -65,30 +83,28 @@ protected:
     std::optional<Stores> stores;
     std::optional<RecordChangeParts> parts;
     std::shared_ptr<HeldFetches> service = std::make_shared<HeldFetches>();
+    std::shared_ptr<AskedSyncs> syncs = std::make_shared<AskedSyncs>();
     std::shared_ptr<RecordRefetch> refetch;
 };
 
 }  // namespace
 
-TEST_F(RecordRefetchTest, AnswerOnItsWayHidesNothingThatTheUserDidMeanwhile) {
-    make("Leads");
-    auto fetchAndAnswer = [&](const std::function<void()>& meanwhile) {
-        EXPECT_TRUE(records->storeRecord(wire("7", "stored"), "Leads"));
-        refetch->fetch("Leads", "7", Reason::bareAcceptance);
-        meanwhile();
-        service->answer({wire("7", "server")});
-        return rows("Leads");
-    };
-    EXPECT_EQ(fetchAndAnswer([] {}), R"("7","server")");
+TEST_F(RecordRefetchTest, ARoundBringsWhatAnAnswerLacksOrAnOlderPageUndoes) {
+    make("Tasks");
     auto edit = [&] { ASSERT_TRUE(EditRecordDataManager(*parts).editRecord(record("7", "edited"), module())); };
-    auto acceptEdit = [&] { settle(ChangeAnswer::accepted("7", wire("7", "decided"))); };
-    EXPECT_EQ(fetchAndAnswer([&] { edit(), acceptEdit(); }), R"("7","decided")");
-    EXPECT_EQ(fetchAndAnswer([&] { edit(); }), R"("7","edited")");
-    acceptEdit();
-    EXPECT_EQ(fetchAndAnswer([&] { remove("7"), settle(ChangeAnswer::accepted("7")); }), "");
-    EXPECT_EQ(fetchAndAnswer([&] { remove("7"); }), "");
-    refetch->fetch("Leads", "7", Reason::bareAcceptance);
-    EXPECT_TRUE(service->fetches.empty()) << "nothing is fetched for a record that is gone";
+    auto full = ChangeAnswer::accepted("7", wire("7", "decided"));
+    ASSERT_TRUE(records->storeRecord(wire("7", "stored"), "Tasks"));
+    edit(), settle(ChangeAnswer::accepted("7"));
+    EXPECT_EQ(syncs->take(), "Tasks Activities") << "the answer has the id alone";
+    edit(), settle(full);
+    EXPECT_EQ(syncs->take(), "");
+    auto runner = RecordsSyncDataManager::make(*stores, std::make_shared<UnansweredPages>());
+    runner->syncRecords(module());
+    edit(), settle(full);
+    EXPECT_EQ(syncs->take(), "Tasks") << "a page of a round is on its way";
+    remove("7"), settle(ChangeAnswer::accepted("7"));
+    EXPECT_EQ(syncs->take(), "Tasks");
+    EXPECT_TRUE(service->fetches.empty());
 }
 
 TEST_F(RecordRefetchTest, RefusedDeleteBringsBackWhatTheServerHasAndElseItIsDone) {
