@@ -12,6 +12,7 @@
 #include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/transaction/TemporaryIdsInPayload.h"
+#include "tarvobase/transaction/TransactionRepair.h"
 
 namespace tarvo {
 
@@ -89,14 +90,7 @@ bool TransactionManagerAbstract::initialize() {
         if (!queued) return false;
         for (auto& transaction : queued->transactions)
             if (!stores_.changeRegister()->enter(ChangeQueue::current, std::to_string(transaction.id))) return false;
-        auto olderAdds = stores_.changeRegister()->transactionNumbers();
-        if (!olderAdds) return false;
-        auto freed = txnDependencyPersistence_->removeDanglingDependencies(*olderAdds);
-        if (!freed) return false;
-        for (auto id : *freed)
-            platform::log(platform::LogLevel::warning, "transactions",
-                          "transaction " + std::to_string(id) + " waited for one that is gone");
-        return !share || reclaim(true);
+        return TransactionRepair(stores_).repair(*queued) && (!share || reclaim(true));
     });
     platform::MutexLock lock(mutex_);
     if (!share || !isStored) isHeldBackToo_ = true;
@@ -232,7 +226,10 @@ bool TransactionManagerAbstract::updateError(std::int64_t id, const ErrorRespons
 }
 
 bool TransactionManagerAbstract::resetTransaction(std::int64_t id) {
-    return inOneCommit("reset a transaction", [&] { return reset(id, 0); });
+    return inOneCommit("reset a transaction", [&] {
+        afterCommit([this] { wake(); });
+        return reset(id, 0);
+    });
 }
 
 /// What is being sent, here or by another process, stays as it is: made ready, it would be sent twice.
@@ -291,6 +288,8 @@ bool TransactionManagerAbstract::reclaim(bool isHeldBackToo) {
     bool isStored = inOneCommit("reclaim transactions", [&] {
         left = abandoned(isHeldBackToo), silent = unanswered();
         if (!left || !silent || !txnPersistence_->setStatus(Status::active(), *left)) return false;
+        // The other scheduler may have looked already.
+        afterCommit([this] { runSchedulers(); });
         std::copy_if(left->begin(), left->end(), std::back_inserter(*silent),
                      [&](auto id) { return unstored.contains(id); });
         return sendAgain(*silent);
@@ -418,7 +417,11 @@ bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, c
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction.id)});
     if (!entries || (result.store && !result.store())) return false;
     auto lastWords = result.silence ? ErrorResponse::noAnswer(*result.silence) : error;
-    bool mayBeApplied = result.silence || result.mayBeApplied || error.code == ErrorResponse::parsingFailed().code;
+    // Without its file the transaction was not sent this time. An earlier send may have been applied.
+    bool isUnsentRepeat =
+        error.code == ErrorResponse::fileNotReadable().code && !entries->empty() && entries->front().sends > 1;
+    bool mayBeApplied =
+        result.silence || result.mayBeApplied || isUnsentRepeat || error.code == ErrorResponse::parsingFailed().code;
     if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords, mayBeApplied))
         return false;
     logResult(transaction, "transaction failed.", ". error: " + error.code);

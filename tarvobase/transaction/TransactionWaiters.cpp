@@ -52,7 +52,7 @@ bool TransactionWaiters::fail(std::int64_t id, const ErrorResponse& error) const
 
 bool TransactionWaiters::notifyOfErrors(const std::map<std::int64_t, ErrorResponse>& errors) const {
     auto ids = keysOf(errors);
-    auto stored = stores_.currentTransactions()->getTransactionsWithIds(ids);
+    auto stored = readableAmong(ids);
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, textsOfIds(ids));
     if (!stored || !entries) return false;
     std::map<std::string, const ChangeEntry*> entryOf;
@@ -63,6 +63,15 @@ bool TransactionWaiters::notifyOfErrors(const std::map<std::int64_t, ErrorRespon
                 changeNotices::refused(change, error);
             });
     return true;
+}
+
+std::optional<std::vector<NTransaction>> TransactionWaiters::readableAmong(const Ids& ids) const {
+    if (auto all = stores_.currentTransactions()->getTransactionsWithIds(ids)) return all;
+    auto queued = stores_.currentTransactions()->getTransactions();
+    if (!queued) return std::nullopt;
+    std::erase_if(queued->transactions,
+                  [&](auto& each) { return std::find(ids.begin(), ids.end(), each.id) == ids.end(); });
+    return std::move(queued->transactions);
 }
 
 bool TransactionWaiters::recover(std::int64_t id) const {

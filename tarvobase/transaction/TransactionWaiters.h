@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,7 @@ public:
 
 private:
     using Ids = std::vector<std::int64_t>;
+    std::optional<std::vector<NTransaction>> readableAmong(const Ids& ids) const;
     bool notifyOfErrors(const std::map<std::int64_t, ErrorResponse>& errors) const;
     bool renewKeys(const std::map<std::int64_t, std::string>& rewritten) const;
 

@@ -50,6 +50,10 @@ const ErrorResponse& ErrorResponse::dependingTransactionFailed() {
     static const auto error = local("txnDEPENDING_TRANSACTION_FAILED");
     return error;
 }
+const ErrorResponse& ErrorResponse::fileNotReadable() {
+    static const auto error = local("txnFILE_NOT_READABLE");
+    return error;
+}
 
 ErrorResponse ErrorResponse::noAnswer(std::string what) { return {.code = noAnswerCode, .message = std::move(what)}; }
 bool ErrorResponse::isNoAnswer() const { return code == noAnswerCode; }

@@ -28,6 +28,8 @@ struct ErrorResponse {
     static const ErrorResponse& parsingFailed();
     static const ErrorResponse& invlaidTransaction();
     static const ErrorResponse& dependingTransactionFailed();
+    /// The file of an upload cannot be read. The server was not asked.
+    static const ErrorResponse& fileNotReadable();
     /// The last words of a change that the server has not decided on: what happened, without values of records.
     static ErrorResponse noAnswer(std::string what);
     bool isNoAnswer() const;

@@ -58,6 +58,19 @@ TransactionDependencyPersistence::Dependencies TransactionDependencyInDatabase::
         ValueList{transactionId, static_cast<std::int64_t>(TransactionDependency::Kind::lookupRecord)}));
 }
 
+bool TransactionDependencyInDatabase::removeTransactionDependencies(
+    const std::vector<TransactionDependency>& dependencies) {
+    std::vector<DatabaseAdapter::Statement> statements;
+    for (auto& dependency : dependencies) {
+        std::vector<Criteria> isIt;
+        for (auto& entry : dependencyMapper.getDictionary(dependency))
+            isIt.push_back(Criteria::equalTo(std::string(entry.name), entry.value));
+        DeleteQuery query(table_.name(), Criteria::and_(std::move(isIt)));
+        statements.push_back({query.sql(), query.parameters()});
+    }
+    return statements.empty() || table_.execute(statements);
+}
+
 std::optional<TransactionDependencyPersistence::Ids> TransactionDependencyInDatabase::removeDanglingDependencies(
     const Ids& alsoPresent) {
     std::string waiting(dependencyMapper.transactionId), awaited(dependencyMapper.dependentTransaction);

@@ -16,6 +16,7 @@ public:
     Dependencies getTransactionDependencies(const Ids& dependentOn, const Kinds& kinds) override;
     Dependencies getAllTransitivesLookupDependencies(std::int64_t transactionId) override;
     Dependencies getTransactionDependencies() override;
+    bool removeTransactionDependencies(const std::vector<TransactionDependency>& dependencies) override;
     std::optional<Ids> removeDanglingDependencies(const Ids& alsoPresent) override;
 
     /// Returns the table, for statements that use it beside that of the transactions.

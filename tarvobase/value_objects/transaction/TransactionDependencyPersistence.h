@@ -34,6 +34,7 @@ public:
 
     /// Returns all dependencies.
     virtual Dependencies getTransactionDependencies() = 0;
+    virtual bool removeTransactionDependencies(const std::vector<TransactionDependency>& dependencies) = 0;
     /// Removes dependencies of or on transactions that neither the current queue nor this list has, whatever their
     /// kind: nobody would ever free who waits there. Returns the ids that waited, each once, or nullopt if nothing
     /// could be stored.

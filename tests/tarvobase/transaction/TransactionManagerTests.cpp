@@ -357,6 +357,35 @@ TEST_F(TransactionManagerTest, WhoNamesARecordThatNobodyCreatesFails) {
     EXPECT_EQ(started(), "3");
 }
 
+TEST_F(TransactionManagerTest, BrokenRowsHoldUpNothing) {
+    manager->stopSync();
+    add(1, Kind::addTextNote, newNote);
+    add(2, Kind::editNote, "7", {newNote});
+    add(3, Kind::editNote, "8");
+    add(4, Kind::editNote, "9");
+    add(5, Kind::editNote, "10", {}, {{"Parent", "NEW_000000005"}});
+    add(6, Kind::editNote, "11");
+    add(7, Kind::editNote, "12");
+    for (auto statement : {"UPDATE TRANSACTIONS_NEW SET payload = '{' WHERE txn_id = 1",
+                           "UPDATE TRANSACTIONS_NEW SET txn_type = 99 WHERE txn_id = 3",
+                           "UPDATE TRANSACTIONS_NEW SET error_response = 'no' WHERE txn_id = 7",
+                           // 4, 5 and 6 wait for each other, and 8, which is gone, for itself.
+                           "INSERT INTO TRANSACTIONS_DEPENDENCY VALUES (4, 5, 1), (5, 6, 0), (6, 4, 1), (8, 8, 1)"})
+        ASSERT_TRUE(stores->databaseAdapter()->execute(statement, std::nullopt));
+    begin();
+    ASSERT_TRUE(manager->initialize());
+    EXPECT_EQ(rows(),
+              "2 7 active 0 txnDEPENDING_TRANSACTION_FAILED, 4 9 active 0, 5 10 active 0, 6 11 active 0, "
+              "7 12 active 0 txnPARSING_FAILED");
+    manager->startSync();
+    settle();
+    for (int i = 0; i < 2; ++i) accept();
+    EXPECT_EQ(started(), "4 6");
+    EXPECT_EQ(rows(),
+              "2 7 active 0 txnDEPENDING_TRANSACTION_FAILED, 5 10 active 1 txnDEPENDING_TRANSACTION_FAILED, "
+              "7 12 active 0 txnPARSING_FAILED");
+}
+
 TEST_F(TransactionManagerTest, IdsRiseAboveWhatIsStoredAndAcrossALoss) {
     EXPECT_EQ(manager->getNewTransactionId(), 1);
     EXPECT_EQ(manager->getNewRecordId(), "NEW_000000001");
