@@ -244,7 +244,6 @@ void addTransactionCalls(bridge::Registry& registry) {
     on("delete", remove);
     on.operator()<IdRequest>("reset", [](Manager& manager, auto& request, auto& call) {
         bool isStored = manager.resetTransaction(request.id);
-        manager.wake();
         finishStored(call, isStored);
     });
     on.operator()<IdRequest>("merge", [](Manager& manager, auto& request, auto& call) {

@@ -99,21 +99,19 @@ bool EditRecordDataManager::storeInTransactionRecords(const Record& record, cons
 SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Module& module) const {
     auto& stores = parts_.stores;
     std::vector<std::string> files;
-    bool isSoundNeeded = false;
+    bool isNote = module.identifier() == ModuleIdentifier::Case::notes, isSoundNeeded = false;
     auto saved = savedAtOnce(parts_, recordID, module, "delete a record", [&]() -> Queued {
         recordID = SharedActivities::currentId(*stores.recordIdAliases(), module.moduleName, recordID);
         for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
             if (!parts_.recordPersistance->deleteRecord(recordID, each)) return std::nullopt;
         if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))
             return std::nullopt;
-        if (module.identifier() == ModuleIdentifier::Case::notes && !dropQueuedNote(recordID, isSoundNeeded))
-            return std::nullopt;
+        if (isNote && !dropQueuedNote(recordID, isSoundNeeded)) return std::nullopt;
         auto queued = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
         return queued && deleteAttachments(recordID, module, files) ? queued : std::nullopt;
     });
     if (!saved) return saved;
     auto voiceFile = files::pathComponent(recordID + ".wav");
-    bool isNote = module.identifier() == ModuleIdentifier::Case::notes;
     if (isNote && !isSoundNeeded && voiceFile && !parts_.voiceFileDirectory.empty())
         files.push_back(parts_.voiceFileDirectory + *voiceFile);
     for (auto& path : files) files::remove(path);
@@ -154,10 +152,10 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Modu
            (dropped.empty() || parts_.stores.changeRegister()->remove(ChangeQueue::older, dropped));
 }
 
-/// Takes the transactions of a deleted note out of the current queue, but not an add that the server may have applied.
-/// An edit goes even if it was sent: repeated after the delete, it would be refused for ever. What waits for the note
-/// will never get its id: it fails before the transaction goes, which would set it free. Sets `isSoundNeeded` if an
-/// upload stays, which may have to be repeated.
+/// Takes the transactions of a deleted note out of the current queue, but not an add that the server may have applied:
+/// one that has failed goes once more, since the delete waits for the id. An edit goes even if it was sent: repeated
+/// after the delete, it would be refused for ever. What waits for the note will never get its id: it fails before the
+/// transaction goes, which would set it free. Sets `isSoundNeeded` if an upload stays, which may have to be repeated.
 bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const {
     auto& manager = parts_.transactionManager;
     if (!manager) return true;
@@ -169,14 +167,18 @@ bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId, bool& 
         auto waiting = parts_.stores.transactionDependencies()->getTransactionDependencies(
             {transaction->id}, {TransactionDependency::Kind::lookupRecord});
         if (!entries || !waiting) return false;
-        bool mayBeApplied = !entries->empty() && entries->front().sends > 0 && !entries->front().isKnownToBeRefused();
+        auto entry = entries->empty() ? ChangeEntry() : entries->front();
+        bool mayBeApplied = entry.sends > 0 && !entry.isKnownToBeRefused();
         if (createsRecord(transaction->kind) && mayBeApplied) {
             isSoundNeeded |= transaction->kind == NTransaction::Kind::addVoiceNote;
+            if (transaction->errorResponse && !repeatAdd(*transaction, entry)) return false;
             continue;
         }
         if (!waiting->empty() && !manager->updateError(transaction->id, ErrorResponse::dependingTransactionFailed()))
             return false;
         if (!manager->deleteTransactionWithId(transaction->id)) return false;
+        if (!transaction->errorResponse)
+            afterCommit([change = Change::of(*transaction, entry)] { changeNotices::accepted(change, std::nullopt); });
     }
     return true;
 }
@@ -187,6 +189,12 @@ bool DeleteRecordDataManager::repeatAdd(const ChangeEntry& add, const std::strin
     return stores.transactions()->makeReady({add.transactionId}) &&
            stores.changeRegister()->forgetRefusal(add.number) &&
            freeDependents(stores, recordId, add.transactionNumber);
+}
+
+bool DeleteRecordDataManager::repeatAdd(const NTransaction& add, const ChangeEntry& entry) const {
+    auto& stores = parts_.stores;
+    return stores.currentTransactions()->clearError({add.id}) && stores.changeRegister()->forgetRefusal(entry.number) &&
+           parts_.transactionManager->resetTransaction(add.id) && freeDependents(stores, add.recordId, 0);
 }
 
 /// Attachments lie in two places: where uploads and downloads put them, in a folder of their own, and in one folder for

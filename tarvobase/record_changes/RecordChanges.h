@@ -65,6 +65,7 @@ private:
     bool dropQueued(const std::string& recordId, const Module& module) const;
     bool dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const;
     bool repeatAdd(const ChangeEntry& add, const std::string& recordId) const;
+    bool repeatAdd(const NTransaction& add, const ChangeEntry& entry) const;
     bool deleteAttachments(const std::string& recordId, const Module& module, std::vector<std::string>& files) const;
 
     const RecordChangeParts parts_;

@@ -406,7 +406,8 @@ bool TransactionManagerAbstract::storeSuccess(const NTransaction& transaction, c
         formerId = transaction.recordId;
         change.recordId = found->second;
     }
-    afterCommit([change, formerId] { changeNotices::accepted(change, formerId); });
+    // One that was taken out while it was on its way is settled already.
+    if (!entries->empty()) afterCommit([change, formerId] { changeNotices::accepted(change, formerId); });
     logResult(transaction, "transaction successful.", "");
     return true;
 }
@@ -417,11 +418,7 @@ bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, c
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction.id)});
     if (!entries || (result.store && !result.store())) return false;
     auto lastWords = result.silence ? ErrorResponse::noAnswer(*result.silence) : error;
-    // Without its file the transaction was not sent this time. An earlier send may have been applied.
-    bool isUnsentRepeat =
-        error.code == ErrorResponse::fileNotReadable().code && !entries->empty() && entries->front().sends > 1;
-    bool mayBeApplied =
-        result.silence || result.mayBeApplied || isUnsentRepeat || error.code == ErrorResponse::parsingFailed().code;
+    bool mayBeApplied = result.silence || result.mayBeApplied || error.code == ErrorResponse::parsingFailed().code;
     if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords, mayBeApplied))
         return false;
     logResult(transaction, "transaction failed.", ". error: " + error.code);

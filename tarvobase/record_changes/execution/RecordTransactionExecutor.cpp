@@ -112,7 +112,9 @@ TransactionResult RecordTransactionExecutor::accepted(const Executed&, const Cha
 }
 
 TransactionResult RecordTransactionExecutor::afterRefusal(const Executed& executed, const ErrorResponse& refusal) {
-    if (!isMergedAfterRefusal()) return TransactionResult::failure(refusal);
+    // Trying again brings no file back.
+    bool isFinal = !isMergedAfterRefusal() || refusal.code == ErrorResponse::fileNotReadable().code;
+    if (isFinal) return TransactionResult::failure(refusal);
     return TransactionResult::failure(refusal, [parts = parts_, executed, refusal] {
         auto manager = parts.transactionManager.lock();
         if (!manager) return;

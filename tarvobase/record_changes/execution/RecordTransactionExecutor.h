@@ -44,7 +44,7 @@ struct ExecutedTransaction {
 /// - A payload that JSON cannot express, an answer that cannot be read, and an executor or service that is released
 ///   before the answer are `parsingFailed`.
 /// - A refusal is the server's error. `AddEditRecordTransactionHandler::handleError` decides afterwards what becomes of
-///   the transaction.
+///   the transaction. A file that cannot be read is a refusal that stays.
 /// - A request that got no answer is `TransactionResult::noAnswer`.
 class RecordTransactionExecutor : public TransactionExecutor {
 public:

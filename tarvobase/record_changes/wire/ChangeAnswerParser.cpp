@@ -16,15 +16,17 @@ namespace {
 
 using Silence = ChangeAnswer::Silence;
 
-// The server did not refuse, but the file of an upload cannot be read. If that counted as no answer, the upload would
-// hold up all other changes for ever.
-ErrorResponse unreadableFile() { return {"txnFILE_NOT_READABLE", "txnFILE_NOT_READABLE", std::nullopt}; }
+ChangeAnswer ofWholeRequest(ChangeAnswer answer) {
+    answer.isOfWholeRequest = true;
+    return answer;
+}
 
 ChangeAnswer answerOfFailure(const NetworkError& error) {
     using Kind = NetworkError::Kind;
     switch (error.kind) {
         case Kind::file:
-            return ChangeAnswer::refused(unreadableFile());
+            // As no answer, the upload would hold up all other changes for ever.
+            return ofWholeRequest(ChangeAnswer::refused(ErrorResponse::fileNotReadable()));
         case Kind::tooLarge:
             return ChangeAnswer::unreadable();
         case Kind::notSent:
@@ -73,11 +75,6 @@ std::optional<ChangeAnswer> answerOfErrors(const std::optional<ValueList>& error
     if (!errors || errors->empty()) return std::nullopt;
     auto refusal = refusalIn(*errors, details);
     return refusal ? ChangeAnswer::refused(*std::move(refusal)) : ChangeAnswer::unreadable();
-}
-
-ChangeAnswer ofWholeRequest(ChangeAnswer answer) {
-    answer.isOfWholeRequest = true;
-    return answer;
 }
 
 ValueMap infoOf(const ValueMap& entry) { return readKey<ValueMap>(entry, "info").value_or(ValueMap()); }

@@ -267,7 +267,7 @@ TEST_F(NotesTest, AnEditIsNotMergedIntoANoteThatTheServerMayHave) {
     EXPECT_EQ(manager->getTransactions(firstNote, std::nullopt, std::nullopt)->size(), 2u) << rows();
 }
 
-TEST_F(NotesTest, ADeletedNoteNeverReachesTheServerUnlessItWasSent) {
+TEST_F(NotesTest, ADeletedNoteNeverStaysAtTheServer) {
     auto log = std::make_shared<NoteNotices>();
     RecordChangeParts parts{.stores = *stores,
                             .recordPersistance = records,
@@ -285,17 +285,34 @@ TEST_F(NotesTest, ADeletedNoteNeverReachesTheServerUnlessItWasSent) {
     EXPECT_TRUE(stores->transactionDependencies()->getTransactionDependencies()->empty());
     EXPECT_THAT(log->notices, testing::Contains("refused 3 txnDEPENDING_TRANSACTION_FAILED"));
 
-    EXPECT_FALSE(addNote("NEW_000000003"));
+    // An add that may have been applied goes once more, under its key, for the id that the delete needs.
+    EXPECT_FALSE(addNote("NEW_000000003", "text", "7", "true"));
     EXPECT_FALSE(editText("NEW_000000003", "edited"));
-    network->fail(NetworkError::Kind::timeout);
     manager->startSync();
+    settle();
+    network->uploads().back().completionHandler({.body = Data("<html>")});
     settle();
     auto sent = stores->changeRegister()->entries();
     for (auto& entry : *sent) stores->changeRegister()->noteSend(entry.number);
     EXPECT_TRUE(DeleteRecordDataManager(parts).deleteRecord("NEW_000000003", module));
-    auto left = manager->getTransactions("NEW_000000003", std::nullopt, std::nullopt);
-    ASSERT_EQ(left->size(), 1u);
-    EXPECT_EQ(left->front().kind, Kind::addTextNote);
+    settle();
+    auto uploads = network->uploads();
+    ASSERT_EQ(uploads.size(), 2u);
+    EXPECT_EQ(uploads[0].headers.find("x-transaction-id"), uploads[1].headers.find("x-transaction-id"));
+    uploads[1].completionHandler({.body = Data(texts("43"))});
+    settle();
+    EXPECT_EQ(stores->transactions()->getTransactions("43")->transactions.size(), 1u);
+    EXPECT_TRUE(manager->getTransactions("43", std::nullopt, std::nullopt)->empty());
+}
+
+TEST_F(NotesTest, ANoteWhoseSoundIsGoneFailsAtOnce) {
+    EXPECT_FALSE(addNote(firstNote, "spoken", "7", "true"));
+    manager->startSync();
+    settle();
+    network->uploads().back().completionHandler({.error = NetworkError{.kind = NetworkError::Kind::file}});
+    settle();
+    EXPECT_EQ(network->uploads().size(), 1u);
+    EXPECT_TRUE(rows().ends_with("txnFILE_NOT_READABLE"));
 }
 
 TEST_F(NotesTest, TheSoundOfADeletedNoteStaysUntilItsUploadIsAnswered) {
