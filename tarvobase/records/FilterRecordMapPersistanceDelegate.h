@@ -35,8 +35,8 @@ public:
                          const std::string& moduleName) = 0;
     /// Removes all records of a view from the map.
     virtual bool delete_(const std::string& cvId, const std::string& moduleName) = 0;
-    /// Removes a record from all views of its module. A module without a map has nothing to remove.
-    virtual bool deleteFromAllViews(const std::string& recordId, const std::string& moduleName) = 0;
+    /// Removes records from all views of their module. A module without a map has nothing to remove.
+    virtual bool deleteFromAllViews(const std::vector<std::string>& recordIds, const std::string& moduleName) = 0;
     /// Returns the condition on a record table that a record belongs to the view. SQLite reads the view's records from
     /// the map and looks each one up in the record table, which is quick for few records.
     virtual Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) = 0;

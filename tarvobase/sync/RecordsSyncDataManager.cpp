@@ -4,9 +4,11 @@
 #include <limits>
 
 #include "platform/Log.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/SyncObserver.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/sql/DeletedRecords.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/sync/wire/RecordsSyncParser.h"
 #include "tarvobase/value_objects/field/FieldList.h"
@@ -181,9 +183,13 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::storePage(const SyncRec
     if (hasRecords(page.addedRecords) && !records.storePage(*page.addedRecords, moduleName)) return Reason::notStored;
     if (hasRecords(page.editedRecords) && !records.modifyPage(*page.editedRecords, moduleName))
         return Reason::notStored;
+    auto& database = collaborators_.scope.databaseAdapter;
     auto& deletedIds = page.deletedRecordIDs;
-    if (deletedIds && !deletedIds->empty() && !records.deleteRecords(*deletedIds, moduleName)) return Reason::notStored;
-    return std::nullopt;
+    if (!deletedIds || deletedIds->empty()) return std::nullopt;
+    bool areRemoved = database && database->transaction("delete records of " + moduleName, [&] {
+        return removeDeletedRecords(database, records, moduleName, *deletedIds);
+    });
+    return areRemoved ? std::nullopt : std::optional(Reason::notStored);
 }
 
 /// The watermark is the time of the first page: a record that changed after its page was sent would never be asked for

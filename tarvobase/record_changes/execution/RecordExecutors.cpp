@@ -5,9 +5,9 @@
 #include "platform/Json.h"
 #include "platform/Log.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/record_changes/internal/DeletedRecord.h"
 #include "tarvobase/record_changes/wire/NetworkParamConstant.h"
 #include "tarvobase/records/SharedActivities.h"
+#include "tarvobase/records/sql/DeletedRecords.h"
 #include "tarvobase/utils/TemporaryIds.h"
 
 namespace tarvo {
@@ -69,8 +69,8 @@ void DeleteRecordExecutor::send(Executed executed, Completion finish) {
 
 TransactionResult DeleteRecordExecutor::accepted(const Executed& executed, const ChangeAnswer&) {
     return TransactionResult::success({}, [parts = parts_, executed] {
-        return removeDeletedRecord(parts.stores, *parts.recordPersistance, executed->moduleInfo.moduleName(),
-                                   executed->transaction.recordId);
+        return removeDeletedRecords(parts.stores.databaseAdapter(), *parts.recordPersistance,
+                                    executed->moduleInfo.moduleName(), {executed->transaction.recordId});
     });
 }
 

@@ -8,10 +8,10 @@
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
-#include "tarvobase/record_changes/internal/DeletedRecord.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/records/SharedActivities.h"
+#include "tarvobase/records/sql/DeletedRecords.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 
 namespace tarvo {
@@ -109,7 +109,7 @@ bool ChangeSettlement::storeAccepted(const std::vector<const AnsweredChange*>& c
         auto& sent = change->sent;
         if (isAdd(sent) && !replaceId(sent, change->entry, change->answer.recordId)) return false;
         if (sent.operationType == T::deleteRecord &&
-            !removeDeletedRecord(stores_, *records_, sent.moduleName, sent.recordID))
+            !removeDeletedRecords(stores_.databaseAdapter(), *records_, sent.moduleName, {sent.recordID}))
             return false;
         if (hasServersRecord(*change)) records[sent.moduleName].push_back(*change->answer.record);
     }

@@ -6,10 +6,10 @@
 
 #include "platform/Log.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
-#include "tarvobase/record_changes/internal/DeletedRecord.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
+#include "tarvobase/records/sql/DeletedRecords.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -79,7 +79,7 @@ void RecordRefetch::dropRefusedDeletes(const std::string& moduleName, const std:
                 return false;
             dropped.push_back(Change::of(row, *entry));
         }
-        return removeDeletedRecord(stores_, *records_, moduleName, recordId);
+        return removeDeletedRecords(stores_.databaseAdapter(), *records_, moduleName, {recordId});
     });
     if (!isStored) return;
     for (auto& change : dropped) changeNotices::accepted(std::move(change), std::nullopt);

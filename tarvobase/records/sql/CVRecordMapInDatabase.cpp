@@ -75,9 +75,10 @@ bool CVRecordMapInDatabase::delete_(const std::string& cvId, const std::string& 
     return table(moduleName).deleteObjects(belongsToView(cvId));
 }
 
-bool CVRecordMapInDatabase::deleteFromAllViews(const std::string& recordId, const std::string& moduleName) {
+bool CVRecordMapInDatabase::deleteFromAllViews(const std::vector<std::string>& recordIds,
+                                               const std::string& moduleName) {
     auto map = table(moduleName);
-    return databaseAdapter_ && (map.columns().empty() || map.deleteObjects(columnIs(mapNames.recordId, recordId)));
+    return databaseAdapter_ && (map.columns().empty() || map.deleteObjects(columnIn(mapNames.recordId, recordIds)));
 }
 
 Criteria CVRecordMapInDatabase::getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) {

@@ -20,7 +20,7 @@ public:
     bool delete_(const std::string& cvId, const std::vector<std::string>& recordIds,
                  const std::string& moduleName) override;
     bool delete_(const std::string& cvId, const std::string& moduleName) override;
-    bool deleteFromAllViews(const std::string& recordId, const std::string& moduleName) override;
+    bool deleteFromAllViews(const std::vector<std::string>& recordIds, const std::string& moduleName) override;
     Criteria getFilterMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
     Criteria getRowMappingCriteria(const std::string& cvId, const std::string& moduleName) override;
     bool hasMoreThan(std::int64_t count, const std::string& cvId, const std::string& moduleName) override;

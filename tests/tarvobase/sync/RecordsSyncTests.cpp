@@ -129,6 +129,9 @@ TEST_F(RecordsSyncTest, AddedEditedAndDeletedRecordsReachTheTable) {
     fillLeads({{{"id", "1"}, {"Company", "a"}, {"City", "Bonn"}},
                {{"id", "2"}, {"Company", "b"}, {"City", "Ulm"}},
                {{"id", "3"}, {"Company", "c"}, {"City", "Kiel"}}});
+    adapter().createTable("CREATE TABLE Leads_CUSTOM_VIEW_RECORDS (cv_id, record, module_name)");
+    adapter().execute("INSERT INTO Leads_CUSTOM_VIEW_RECORDS VALUES ('all', '1', 'Leads'), ('all', '3', 'Leads')",
+                      std::nullopt);
     log->wantsResults = true;
     auto outcome = sync({{.added = listOf({lead("1", "A"), lead("4", "D")}),
                           .edited = listOf({lead("2", "B"), lead("9", "not here")}),
@@ -136,6 +139,7 @@ TEST_F(RecordsSyncTest, AddedEditedAndDeletedRecordsReachTheTable) {
                           .info = R"("responsetime":100,"count":6,"more_records":false)"}});
     EXPECT_EQ(outcome, "started Leads, fetched Leads [1 4] [2 9] [3 8], Leads finished 1 2/2/2 100, ended");
     EXPECT_EQ(leads(), R"("1","A",null;"2","B","Ulm";"4","D",null)") << "only an added record is replaced as a whole";
+    EXPECT_EQ(cells("Leads_CUSTOM_VIEW_RECORDS", {"record"}), R"("1")") << "a deleted record leaves no place in lists";
     EXPECT_EQ(watermark(), "100");
     EXPECT_EQ(settings().getNumberOfRcordsSynced("Leads", "100"), 6);
     auto call = network->calls().front();
