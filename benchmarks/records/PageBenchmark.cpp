@@ -284,6 +284,7 @@ public:
             delegate->syncCompleted(std::move(results).value(), from, module);
         });
     }
+    bool wantsSyncResults() const override { return false; }
     void syncEnded(const SyncRound& round) override { ended.set_value(round); }
 
     std::promise<SyncRound> ended;

@@ -18,6 +18,7 @@ public:
         done_ = {};
     }
     void wait() { done_.get_future().wait(); }
+    bool wantsSyncResults() const override { return false; }
     void syncEnded(const SyncRound& round) override {
         if (round.outcome == SyncRound::Outcome::finished) ++finished;
         if (--left_ == 0) done_.set_value();

@@ -31,8 +31,9 @@ public:
         static_cast<void>(moduleName), static_cast<void>(addedRecords), static_cast<void>(editedRecords),
             static_cast<void>(deletedRecordIDs);
     }
-    /// Returns whether `syncResultsFetched` is wanted. Making thousands of records takes time and memory.
-    virtual bool wantsSyncResults() const { return false; }
+    /// Returns whether `syncResultsFetched` is wanted, on the queue of the work. Making thousands of records takes time
+    /// and memory, so that none are made if nobody wants them.
+    virtual bool wantsSyncResults() const { return true; }
     /// A page of the round is stored.
     virtual void syncProgressed(const SyncRound& round) { static_cast<void>(round); }
     /// The round has ended, finished or broken. Each accepted call of `syncRecords` gets this callback once.

@@ -10,14 +10,12 @@
 
 namespace tarvo {
 
-/// The delegate of both use cases, called on the main queue.
+/// The delegate of both use cases, called on the main queue, except for `wantsSyncResults`.
 class RecordsSyncUseCaseDelegate : public RecordsSyncDataManagerDelegate {
 public:
     /// All rounds that the use case has asked for have ended; it brings their outcomes in the order of their ends. An
     /// empty list means that there was nothing to ask for: no module is stored, or not the named one.
     virtual void syncsEnded(const std::vector<SyncRound>& rounds) { static_cast<void>(rounds); }
-    /// Called on the queue of the work.
-    bool wantsSyncResults() const override { return true; }
 };
 
 /// What the use cases share: they pass the notices of their data manager on to the main queue, and count the rounds

@@ -17,6 +17,7 @@
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/metadata/wire/MetadataNS.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/sync/RecordsSyncDataManager.h"
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 #include "tests/tarvobase/MetadataTables.h"
 #include "tests/tarvobase/MetadataWire.h"
@@ -224,7 +225,22 @@ protected:
         auto records = InitCVRecordsDM::make(database, defaults, overNetwork<InitCVRecordsNS>());
         records->getCustomViewRecords(std::vector{leads}, nothing, nothing);
         settle();
+        sync(damage);
         readViews();
+    }
+    /// A page of changes ends its round, whatever its damage.
+    void sync(Damage& damage) {
+        auto entryOf = [](ValueList data) {
+            ValueMap info{{"module", "Leads"}, {"responsetime", 1}, {"count", 1}};
+            return Value(ValueMap{{"info", std::move(info)}, {"data", std::move(data)}});
+        };
+        ValueList record{ValueList{"id", "r1"}, ValueList{"Api_F1", "Doe"}};
+        network->answer(
+            damage.bodyOf({entryOf({Value(record)}), entryOf({Value(record)}), entryOf({Value(ValueList{"r1,r2"})})}));
+        auto stores = Stores::over(database);
+        RecordsSyncDataManager::make(stores, overNetwork<RecordsSyncNetworkService>())->syncRecords(leads);
+        settle();
+        EXPECT_TRUE(SyncRounds::shared().underWay(stores.scope).empty());
     }
     /// A condition that does not compile is logged by the adapter as a syntax error.
     void readViews() {
