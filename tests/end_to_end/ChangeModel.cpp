@@ -217,6 +217,11 @@ void ChangeModel::apply(ModelChange change) {
         records_[change.record] = std::move(change.after);
 }
 
+void ChangeModel::noteFailed(const std::string& recordId) {
+    for (auto& record : records_)
+        record.mayHaveFailed |= record.temporaryId == recordId || record.realId == recordId;
+}
+
 void ChangeModel::expectHeld(const ValueList& changes, const Records& atServer, const Records& here) {
     auto serverRecords = byName(atServer, true), localRecords = byName(here, false);
     std::size_t held = 0, expected = 0;

@@ -108,6 +108,8 @@ public:
     ModelChange edit(std::size_t record);
     ModelChange delete_(std::size_t record);
     void apply(ModelChange change);
+    /// Notes that a change has failed, such as one that names a record whose add was given up.
+    void noteFailed(const std::string& recordId);
     const std::vector<ModelRecord>& records() const { return records_; }
 
     /// Fails the test unless the server holds exactly the changes made, once each and in order by record, and the local

@@ -165,7 +165,9 @@ bool ChangeWorld::isStoredTransaction(const ModelRecord& record, const ValueList
 void ChangeWorld::drain() {
     world->control->remove("/control/faults");
     for (auto& module : modelModules) control("rules", R"({"module":")" + std::string(module.name) + "\"}");
-    Value left;
+    auto left = response("host.queue.idle");
+    for (auto& change : listOf(member(left, "changes")))
+        if (member(change, "state") == Value("failed")) model.noteFailed(member(change, "recordId").textOr(""));
     for (int tries = 0; tries < 20; ++tries) {
         ask("host.queue.retry");
         left = response("host.queue.idle");
