@@ -57,6 +57,7 @@ public:
         if (formerRecordId) arguments.set("formerRecordId", *formerRecordId);
         report("changeAccepted", std::move(arguments));
     }
+    void changeCancelled(const Change& change) override { report("changeCancelled", {{"change", toJson(change)}}); }
     void changeRefused(const Change& change) override { report("changeRefused", {{"change", toJson(change)}}); }
 };
 

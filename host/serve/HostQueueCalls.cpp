@@ -33,6 +33,10 @@ struct ContentRequest {
     std::int64_t number = 0;
     static constexpr auto fields() { return describe(field("number", &ContentRequest::number)); }
 };
+struct OutcomesRequest {
+    std::vector<std::int64_t> numbers;
+    static constexpr auto fields() { return describe(field("numbers", &OutcomesRequest::numbers)); }
+};
 struct RetryRequest {
     std::optional<std::vector<std::int64_t>> numbers;  // all that have failed if absent
     static constexpr auto fields() { return describe(field("numbers", &RetryRequest::numbers)); }
@@ -74,6 +78,12 @@ void content(const ContentRequest& request, const CallPtr& call) {
     ValueMap response{{"uriData", content->uriData.text()}};
     if (content->body) response.set("body", content->body->text());
     call->done("response", std::move(response));
+}
+
+void outcomes(const OutcomesRequest& request, const CallPtr& call) {
+    auto outcomes = queuedChanges().outcomes(request.numbers);
+    if (!outcomes) return call->refuse(unreadable);
+    call->done("response", ValueMap{{"outcomes", toJson(*outcomes)}});
 }
 
 void retry(const RetryRequest& request, const CallPtr& call) {
@@ -141,6 +151,7 @@ void addQueueCalls(bridge::Registry& registry) {
     });
     registry.addOperation<QueueListRequest>("host.queue.list", list);
     registry.addOperation<ContentRequest>("host.queue.content", content);
+    registry.addOperation<OutcomesRequest>("host.queue.outcomes", outcomes);
     registry.addOperation<RetryRequest>("host.queue.retry", retry);
     registry.addOperation<IdleRequest>("host.queue.idle", idle);
     registry.addOperation<UploadRequest>("host.queue.upload", upload);

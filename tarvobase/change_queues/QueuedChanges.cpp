@@ -11,6 +11,7 @@
 #include "tarvobase/record_changes/internal/DependentFailures.h"
 #include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/records/RecordUtil.h"
+#include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/transaction/TransactionWaiters.h"
 
 namespace tarvo {
@@ -137,19 +138,57 @@ bool QueuedChanges::addCurrent(const Entries& entries, std::vector<Change>& chan
 }
 
 std::optional<QueuedChanges::Content> QueuedChanges::content(std::int64_t number) const {
-    auto changes = list();
-    if (!changes) return std::nullopt;
-    auto found = std::find_if(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; });
-    if (found == changes->end()) return std::nullopt;
-    if (found->queue == ChangeQueue::current) {
-        auto id = text::toInteger(found->transactionId).value_or(0);
+    auto entries = stores_.changeRegister()->entriesWithNumbers({number});
+    if (!entries || entries->empty()) return std::nullopt;
+    auto& entry = entries->front();
+    if (entry.queue == ChangeQueue::current) {
+        auto id = text::toInteger(entry.transactionId).value_or(0);
         auto payloads = stores_.currentTransactions()->getPayload({id}, {});
         if (!payloads || payloads->empty()) return std::nullopt;
         return Content{platform::Data("{}"), platform::Data(payloads->begin()->second)};
     }
-    auto row = stores_.transactions()->getTransaction(found->transactionId);
+    auto row = stores_.transactions()->getTransaction(entry.transactionId);
     if (!row || !row.value()) return std::nullopt;
     return Content{row.value()->uriData, row.value()->dataJSON};
+}
+
+std::optional<std::vector<QueuedChanges::Outcome>> QueuedChanges::outcomes(const Numbers& numbers) const {
+    auto ends = endsOf(numbers);
+    if (!ends) return std::nullopt;
+    auto aliases = stores_.recordIdAliases();
+    std::vector<Outcome> outcomes;
+    for (auto number : numbers) {
+        auto isIts = [&](auto& end) { return end.number == number; };
+        auto end = std::find_if(ends->begin(), ends->end(), isIts);
+        outcomes.push_back({.number = number});
+        if (end == ends->end()) continue;
+        outcomes.back().outcome = end->outcome;
+        if (!end->recordId.empty())
+            outcomes.back().recordId = SharedActivities::currentId(*aliases, end->moduleName, end->recordId);
+    }
+    return outcomes;
+}
+
+/// Returns what is known of changes that have ended, and of those that are queued.
+std::optional<std::vector<ChangeEnd>> QueuedChanges::endsOf(const Numbers& numbers) const {
+    auto ends = stores_.changeRegister()->endsOf(numbers);
+    auto entries = stores_.changeRegister()->entriesWithNumbers(numbers);
+    if (!ends || !entries) return std::nullopt;
+    for (auto& entry : *entries) {
+        ChangeEnd queued{.number = entry.number, .outcome = ChangeOutcome::queued};
+        if (entry.queue == ChangeQueue::older) {
+            auto row = stores_.transactions()->getTransaction(entry.transactionId);
+            if (row && row.value())
+                queued.moduleName = row.value()->moduleName, queued.recordId = row.value()->recordID;
+        } else {
+            auto rows = stores_.currentTransactions()->getTransactionsWithIds(
+                {text::toInteger(entry.transactionId).value_or(0)});
+            if (rows && !rows->empty())
+                queued.moduleName = rows->front().module.rawValue(), queued.recordId = rows->front().recordId;
+        }
+        ends->push_back(std::move(queued));
+    }
+    return ends;
 }
 
 std::optional<QueuedChanges::Numbers> QueuedChanges::retry(const Numbers& numbers) const {

@@ -21,6 +21,17 @@ public:
         std::optional<platform::Data> body;  ///< its body
     };
     using Numbers = std::vector<std::int64_t>;
+    /// What has become of a change.
+    struct Outcome {
+        std::int64_t number = 0;
+        ChangeOutcome outcome = ChangeOutcome::unknown;
+        /// The server's id once it is known. Absent if nothing is known of the change.
+        std::optional<std::string> recordId;
+        static constexpr auto fields() {
+            return describe(field("number", &Outcome::number), field("outcome", &Outcome::outcome),
+                            field("recordId", &Outcome::recordId));
+        }
+    };
 
     explicit QueuedChanges(const Stores& stores) : stores_(stores) {}
 
@@ -30,6 +41,9 @@ public:
     std::optional<std::vector<Change>> list(const ChangeQueueStatus& older, const ChangeQueueStatus& current) const;
     /// Returns what a change sends, or nullopt if there is no change of this number.
     std::optional<Content> content(std::int64_t number) const;
+    /// Returns what has become of the changes with these numbers, in the order of the numbers, or nullopt if that
+    /// cannot be read. The 1,000 changes that ended last are remembered.
+    std::optional<std::vector<Outcome>> outcomes(const Numbers& numbers) const;
     /// Makes failed changes ready again: those of these numbers, or all. Changes that failed for the sake of one of
     /// them become ready with it. An edit leaves out what later edits of its record set; if nothing is left of it, it
     /// goes. Returns the numbers of the changes that are ready now, or nullopt if nothing could be stored. Wake the
@@ -42,6 +56,7 @@ private:
     Changes list() const;
     bool addOlder(const Entries& entries, std::vector<Change>& changes) const;
     bool addCurrent(const Entries& entries, std::vector<Change>& changes) const;
+    std::optional<std::vector<ChangeEnd>> endsOf(const Numbers& numbers) const;
     bool retryOlder(const Change& listed) const;
     bool retryCurrent(const Change& listed) const;
 

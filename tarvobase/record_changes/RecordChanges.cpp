@@ -10,6 +10,7 @@
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/record_changes/internal/AliasedLookups.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
+#include "tarvobase/record_changes/internal/EndedChanges.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/transaction/ChangeNotices.h"
@@ -104,7 +105,7 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
         recordID = SharedActivities::currentId(*stores.recordIdAliases(), module.moduleName, recordID);
         for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
             if (!parts_.recordPersistance->deleteRecord(recordID, each)) return std::nullopt;
-        if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module))
+        if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module.moduleName))
             return std::nullopt;
         if (isNote && !dropQueuedNote(recordID, isSoundNeeded)) return std::nullopt;
         auto queued = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
@@ -120,36 +121,36 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
 
 /// Drops the changes of a record that is deleted. An add that was sent may have made the record at the server: the
 /// delete waits for its answer.
-bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const Module& module) const {
+bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const std::string& moduleName) const {
     auto queued = parts_.stores.transactions()->getTransactions(recordId);
     if (!queued) return false;
-    std::vector<std::string> all;
-    for (auto& row : queued->transactions)
-        if (row.moduleName == module.moduleName) all.push_back(row.transactionID);
-    auto entries = parts_.stores.changeRegister()->entriesOf(ChangeQueue::older, all);
-    if (!entries) return false;
-    std::vector<std::string> dropped;
     for (auto& row : queued->transactions) {
-        if (row.moduleName != module.moduleName) continue;
-        auto isIts = [&](auto& entry) { return entry.transactionId == row.transactionID; };
-        auto entry = std::find_if(entries->begin(), entries->end(), isIts);
-        bool mayBeApplied = entry != entries->end() && entry->sends > 0 && !entry->isKnownToBeRefused();
+        if (row.moduleName != moduleName) continue;
+        auto entries = parts_.stores.changeRegister()->entriesOf(ChangeQueue::older, {row.transactionID});
+        if (!entries) return false;
+        bool isEntered = !entries->empty();
+        bool mayBeApplied = isEntered && entries->front().sends > 0 && !entries->front().isKnownToBeRefused();
         if (row.operationType == TransactionType::addRecord && mayBeApplied) {
-            if (entry->lastRefusal && !repeatAdd(*entry, recordId)) return false;
+            if (entries->front().lastRefusal && !repeatAdd(entries->front(), recordId)) return false;
             continue;
         }
-        dropped.push_back(row.transactionID);
-        // A change that is gone is settled: observers that count what waits would wait for it for ever.
-        if (entry != entries->end() && row.extras != Transaction::State::error)
-            afterCommit([change = Change::of(row, *entry)] { changeNotices::accepted(change, std::nullopt); });
-        // What waits for the add would never learn of an id.
-        bool isNumbered = entry != entries->end() && entry->transactionNumber;
-        if (isNumbered && !TransactionWaiters(parts_.stores)
-                               .fail(entry->transactionNumber, ErrorResponse::dependingTransactionFailed()))
-            return false;
+        if (!drop(row, isEntered ? entries->front() : ChangeEntry())) return false;
     }
-    return parts_.stores.transactions()->removeTransactionsWithIds(dropped) &&
-           (dropped.empty() || parts_.stores.changeRegister()->remove(ChangeQueue::older, dropped));
+    return true;
+}
+
+/// A change that is gone is settled: observers that count what waits would wait for it for ever. What waits for an add
+/// would never learn of an id.
+bool DeleteRecordDataManager::drop(const Transaction& row, const ChangeEntry& entry) const {
+    bool hasFailed = row.extras == Transaction::State::error;
+    if (entry.number)
+        afterCommit([change = Change::of(row, entry), hasFailed] {
+            hasFailed ? changeNotices::cancelled(change) : changeNotices::accepted(change, std::nullopt);
+        });
+    if (entry.transactionNumber &&
+        !TransactionWaiters(parts_.stores).fail(entry.transactionNumber, ErrorResponse::dependingTransactionFailed()))
+        return false;
+    return endOlderChanges(parts_.stores, {row}, hasFailed ? ChangeOutcome::cancelled : ChangeOutcome::accepted);
 }
 
 /// Takes the transactions of a deleted note out of the current queue, but not an add that the server may have applied:
@@ -215,7 +216,7 @@ bool DeleteRecordDataManager::deleteAttachments(const std::string& recordId, con
         auto name = attachment[names.recordTitle].asText();
         if (id.empty() || !name) continue;
         if (!parts_.recordPersistance->deleteRecord(id, attachments) ||
-            !stores.transactionRecords()->removeTransactionRecord(id) || !stores.transactions()->removeTransactions(id))
+            !stores.transactionRecords()->removeTransactionRecord(id) || !dropQueued(id, attachments))
             return false;
         if (parts_.localDirectory.empty()) continue;
         if (auto file = files::pathComponent(id + "_" + std::string(*name)))

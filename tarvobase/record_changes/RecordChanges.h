@@ -62,7 +62,8 @@ public:
     SavedChange deleteRecord(std::string recordID, const Module& module) const;
 
 private:
-    bool dropQueued(const std::string& recordId, const Module& module) const;
+    bool dropQueued(const std::string& recordId, const std::string& moduleName) const;
+    bool drop(const Transaction& row, const ChangeEntry& entry) const;
     bool dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const;
     bool repeatAdd(const ChangeEntry& add, const std::string& recordId) const;
     bool repeatAdd(const NTransaction& add, const ChangeEntry& entry) const;

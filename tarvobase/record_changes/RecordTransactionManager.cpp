@@ -8,6 +8,7 @@
 #include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/record_changes/internal/ChangePayload.h"
 #include "tarvobase/record_changes/internal/DependentFailures.h"
+#include "tarvobase/record_changes/internal/EndedChanges.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/record_changes/wire/NetworkParamConstant.h"
 #include "tarvobase/transaction/ChangeNotices.h"
@@ -101,7 +102,7 @@ std::optional<RecordTransactionManager::RefusedAdd> RecordTransactionManager::ta
     isStored = queued.has_value();
     if (!queued) return std::nullopt;
     std::optional<ValueMap> payload;
-    std::vector<std::string> taken;
+    std::vector<Transaction> taken;
     std::string add;
     for (auto& row : queued->transactions) {
         if (row.moduleName != module.moduleName) continue;
@@ -113,13 +114,13 @@ std::optional<RecordTransactionManager::RefusedAdd> RecordTransactionManager::ta
         else
             payload = std::move(own);
         if (!isEdit) add = row.transactionID;
-        taken.push_back(row.transactionID);
+        taken.push_back(row);
     }
     if (!payload) return std::nullopt;
     auto entries = changes->entriesOf(ChangeQueue::older, {add});
     auto place = entries && !entries->empty() ? entries->front().transactionNumber : 0;
-    isStored = entries && stores_.transactions()->removeTransactionsWithIds(taken) &&
-               changes->remove(ChangeQueue::older, taken) && freeDependents(stores_, recordId, place);
+    isStored =
+        entries && endOlderChanges(stores_, taken, ChangeOutcome::merged) && freeDependents(stores_, recordId, place);
     return RefusedAdd{*std::move(payload), place};
 }
 

@@ -51,6 +51,7 @@ public:
     std::optional<Rows> fetch(const FetchQuery& query) const;
     std::optional<Rows> fetch(Criteria criteria) const { return fetch(FetchQuery(name_, criteria)); }
 
+    const std::shared_ptr<DatabaseAdapter>& adapter() const { return adapter_; }
     /// The name as statements take it.
     const std::string& name() const { return name_; }
 

@@ -30,6 +30,10 @@ void accepted(Change change, const std::optional<std::string>& formerRecordId) {
     });
 }
 
+void cancelled(Change change) {
+    notifyChangeObservers([change = std::move(change)](auto& observer) { observer.changeCancelled(change); });
+}
+
 void refused(Change change, const ErrorResponse& error) {
     change.state = Change::State::failed;
     change.error = error;

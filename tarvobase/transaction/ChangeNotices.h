@@ -12,6 +12,7 @@ namespace tarvo::changeNotices {
 void saved(Change change);
 void notSaved(const std::string& moduleName, const std::string& recordId, ChangeNotSaved reason);
 void accepted(Change change, const std::optional<std::string>& formerRecordId);
+void cancelled(Change change);
 void refused(Change change, const ErrorResponse& error);
 
 }  // namespace tarvo::changeNotices

@@ -25,6 +25,8 @@ public:
     virtual void changeAccepted(const Change& change, const std::optional<std::string>& formerRecordId) {
         static_cast<void>(change), static_cast<void>(formerRecordId);
     }
+    /// The change was taken out of its queue. The server does not have it.
+    virtual void changeCancelled(const Change& change) { static_cast<void>(change); }
     /// The change stays in the queue as failed, with the reason in its `error`.
     virtual void changeRefused(const Change& change) { static_cast<void>(change); }
 };

@@ -141,10 +141,12 @@ bool TransactionManagerAbstract::addMergedTransaction(const NTransaction& transa
             return std::find(folded.begin(), folded.end(), each.dependentTransaction) != folded.end();
         });
         auto former = txnPersistence_->getTransactionsWithIds({transaction.id});
-        if (!former || !txnPersistence_->addMergedTransaction(transaction, left, mergedTransactions)) return false;
+        auto merged = txnPersistence_->getTransactionsWithIds(others);
+        if (!former || !merged || !txnPersistence_->addMergedTransaction(transaction, left, mergedTransactions))
+            return false;
         bool isSamePayload = !former->empty() && former->front().payload == transaction.payload;
         auto entry = stores_.changeRegister()->enter(ChangeQueue::current, std::to_string(transaction.id));
-        if (!entry || !removeFromRegister(others)) return false;
+        if (!entry || !endInRegister(*merged, ChangeOutcome::merged)) return false;
         if (!isSamePayload && !stores_.changeRegister()->renewKey(entry->number)) return false;
         for (auto id : others) afterCommit([this, id] { inactiveTransactionTracker_.removeTransactionInfo(id); });
         afterCommit([this] { wake(); });
@@ -193,14 +195,32 @@ bool TransactionManagerAbstract::activateAllInactiveTransactions() {
     return isStored;
 }
 
+/// A row that cannot be read goes without a word: nobody was notified that it is there.
 bool TransactionManagerAbstract::deleteTransactionWithIds(const Ids& ids) {
     return inOneCommit("delete transactions", [&] {
-        afterCommit([this, ids] {
-            for (auto id : ids) inactiveTransactionTracker_.removeTransactionInfo(id);
-            runSchedulers();
-        });
-        return txnPersistence_->deleteTransactionWithIds(ids) && removeFromRegister(ids);
+        std::vector<NTransaction> cancelled;
+        for (auto id : ids) {
+            auto found = txnPersistence_->getTransactionsWithIds({id});
+            auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, textsOf({id}));
+            if (!entries) return false;
+            cancelled.push_back(found && !found->empty() ? found->front() : NTransaction{.id = id});
+            if (found && !found->empty() && !entries->empty())
+                afterCommit(
+                    [change = Change::of(found->front(), entries->front())] { changeNotices::cancelled(change); });
+        }
+        return takeOut(cancelled) && endInRegister(cancelled, ChangeOutcome::cancelled);
     });
+}
+
+/// Takes transactions out of the queue, which frees what waits for them.
+bool TransactionManagerAbstract::takeOut(const std::vector<NTransaction>& transactions) {
+    Ids ids;
+    for (auto& transaction : transactions) ids.push_back(transaction.id);
+    afterCommit([this, ids] {
+        for (auto id : ids) inactiveTransactionTracker_.removeTransactionInfo(id);
+        runSchedulers();
+    });
+    return txnPersistence_->deleteTransactionWithIds(ids);
 }
 
 bool TransactionManagerAbstract::deleteTransactionWithRecordId(const std::string& recordId) {
@@ -210,8 +230,10 @@ bool TransactionManagerAbstract::deleteTransactionWithRecordId(const std::string
     });
 }
 
-bool TransactionManagerAbstract::removeFromRegister(const Ids& ids) {
-    return ids.empty() || stores_.changeRegister()->remove(ChangeQueue::current, textsOf(ids));
+bool TransactionManagerAbstract::endInRegister(const std::vector<NTransaction>& transactions, ChangeOutcome outcome) {
+    std::vector<EndedChange> ended;
+    for (auto& each : transactions) ended.push_back({std::to_string(each.id), each.module.rawValue(), each.recordId});
+    return stores_.changeRegister()->end(ChangeQueue::current, ended, outcome);
 }
 
 // Ids, errors, and the way back from them.
@@ -396,18 +418,20 @@ bool TransactionManagerAbstract::storeSuccess(const NTransaction& transaction, c
     // Values of the server go beneath all that is in the queue, and over what this transaction has changed itself. One
     // that creates records stays until what waits for it has their ids.
     auto storeRows = [&] { return !result.store || result.store(); };
-    bool isStored = identifiers.empty() ? deleteTransactionWithId(transaction.id) && storeRows()
-                                        : storeRows() && replaceRecordIdentifiers(identifiers, transaction.id) &&
-                                              deleteTransactionWithId(transaction.id);
-    if (!isStored) return false;
-    auto change = Change::of(transaction, entries->empty() ? ChangeEntry() : entries->front());
+    auto ended = transaction;
     std::optional<std::string> formerId;
     if (auto found = identifiers.find(transaction.recordId); found != identifiers.end()) {
         formerId = transaction.recordId;
-        change.recordId = found->second;
+        ended.recordId = found->second;
     }
+    bool isStored = identifiers.empty() ? takeOut({transaction}) && storeRows()
+                                        : storeRows() && replaceRecordIdentifiers(identifiers, transaction.id) &&
+                                              takeOut({transaction});
+    if (!isStored || !endInRegister({ended}, ChangeOutcome::accepted)) return false;
     // One that was taken out while it was on its way is settled already.
-    if (!entries->empty()) afterCommit([change, formerId] { changeNotices::accepted(change, formerId); });
+    if (!entries->empty())
+        afterCommit(
+            [change = Change::of(ended, entries->front()), formerId] { changeNotices::accepted(change, formerId); });
     logResult(transaction, "transaction successful.", "");
     return true;
 }

@@ -108,7 +108,8 @@ private:
     bool activate(const Ids& ids);
     bool isBeingSent(std::int64_t id) const;
     bool canBeMerged(const Ids& ids, const NTransaction& survivor);
-    bool removeFromRegister(const Ids& ids);
+    bool takeOut(const std::vector<NTransaction>& transactions);
+    bool endInRegister(const std::vector<NTransaction>& transactions, ChangeOutcome outcome);
     bool reset(std::int64_t id, std::int64_t syncAttempt);
     void settle(const NTransaction& transaction, const TransactionResult& result);
     bool storeSuccess(const NTransaction& transaction, const TransactionResult& result);

@@ -100,9 +100,14 @@ bool ChangeSettlement::store(const std::vector<AnsweredChange>& changes) const {
 /// A delete may have dropped the row of an edit meanwhile. The record has no row here then, and gets none.
 bool ChangeSettlement::storeAccepted(const std::vector<const AnsweredChange*>& changes) const {
     std::vector<std::string> ids;
-    for (auto change : changes) ids.push_back(change->sent.transactionID);
+    std::vector<EndedChange> ended;
+    for (auto change : changes) {
+        auto& sent = change->sent;
+        ids.push_back(sent.transactionID);
+        ended.push_back({sent.transactionID, sent.moduleName, isAdd(sent) ? change->answer.recordId : sent.recordID});
+    }
     if (!stores_.transactions()->removeTransactionsWithIds(ids) ||
-        !stores_.changeRegister()->remove(ChangeQueue::older, ids))
+        !stores_.changeRegister()->end(ChangeQueue::older, ended, ChangeOutcome::accepted))
         return false;
     std::map<std::string, std::vector<ValueMap>> records;  // by module
     for (auto change : changes) {

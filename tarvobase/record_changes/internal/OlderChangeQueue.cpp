@@ -6,6 +6,7 @@
 
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/internal/EndedChanges.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/transaction/TransactionWaiters.h"
 
@@ -155,11 +156,15 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
 /// stays beside an add that may have been applied: trying that again finds the id.
 OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
     auto& id = change.transaction.transactionID;
+    std::vector<Transaction> adds;
     std::vector<std::string> dropped{id};
-    for (auto& other : queue_)
-        if (other.transaction.operationType == TransactionType::addRecord &&
-            other.transaction.recordID == change.transaction.recordID)
-            dropped.push_back(other.transaction.transactionID);
+    for (auto& other : queue_) {
+        if (other.transaction.operationType != TransactionType::addRecord ||
+            other.transaction.recordID != change.transaction.recordID)
+            continue;
+        adds.push_back(other.transaction);
+        dropped.push_back(other.transaction.transactionID);
+    }
     std::vector<std::string> creating;
     if (auto found = created_.find(change.transaction.recordID); found != created_.end())
         creating.push_back(found->second.transactionId);
@@ -174,8 +179,8 @@ OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
     bool isStored = stores_.databaseAdapter()->transaction("drop a delete", [&] {
         if (!isAsRead()) return true;
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
-        return entry && stores_.transactions()->removeTransactionsWithIds(dropped) &&
-               stores_.changeRegister()->remove(ChangeQueue::older, dropped) && removeCreating(creating);
+        return entry && endOlderChanges(stores_, {change.transaction}, ChangeOutcome::accepted) &&
+               endOlderChanges(stores_, adds, ChangeOutcome::cancelled) && removeCreating(creating, change.transaction);
     });
     if (!isStored) return Step::failed;
     if (entry) changeNotices::accepted(Change::of(change.transaction, *entry), std::nullopt);
@@ -183,11 +188,16 @@ OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
 }
 
 /// What waits for a transaction that goes is free, and fails by itself: it names a record that nobody creates.
-bool OlderChangeQueue::removeCreating(const std::vector<std::string>& transactionIds) const {
+bool OlderChangeQueue::removeCreating(const std::vector<std::string>& transactionIds,
+                                      const Transaction& deletion) const {
     std::vector<std::int64_t> ids;
-    for (auto& id : transactionIds) ids.push_back(text::toInteger(id).value_or(0));
+    std::vector<EndedChange> ended;
+    for (auto& id : transactionIds) {
+        ids.push_back(text::toInteger(id).value_or(0));
+        ended.push_back({id, deletion.moduleName, deletion.recordID});
+    }
     return ids.empty() || (stores_.currentTransactions()->deleteTransactionWithIds(ids) &&
-                           stores_.changeRegister()->remove(ChangeQueue::current, transactionIds));
+                           stores_.changeRegister()->end(ChangeQueue::current, ended, ChangeOutcome::cancelled));
 }
 
 void OlderChangeQueue::send(const std::string& transactionID, ChangeCompletion answered) {

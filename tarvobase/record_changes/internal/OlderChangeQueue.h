@@ -42,7 +42,7 @@ private:
     Step claim(const std::vector<QueuedChange*>& changes);
     Step failForDependency(const QueuedChange& change);
     Step drop(const QueuedChange& change);
-    bool removeCreating(const std::vector<std::string>& transactionIds) const;
+    bool removeCreating(const std::vector<std::string>& transactionIds, const Transaction& deletion) const;
     bool isClaimed(const std::string& transactionID) const;
     std::optional<Claim> takeClaim(const std::string& transactionID);
 

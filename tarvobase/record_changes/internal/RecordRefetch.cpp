@@ -6,6 +6,7 @@
 
 #include "platform/Log.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/record_changes/internal/EndedChanges.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
@@ -74,9 +75,7 @@ void RecordRefetch::dropRefusedDeletes(const std::string& moduleName, const std:
             bool isDelete = row.operationType == TransactionType::deleteRecord && row.moduleName == moduleName;
             if (!isDelete || !QueuedChange(row).hasFailed()) continue;
             auto entry = stores_.changeRegister()->enter(ChangeQueue::older, row.transactionID);
-            if (!entry || !stores_.transactions()->removeTransaction(row.transactionID) ||
-                !stores_.changeRegister()->remove(ChangeQueue::older, {row.transactionID}))
-                return false;
+            if (!entry || !endOlderChanges(stores_, {row}, ChangeOutcome::accepted)) return false;
             dropped.push_back(Change::of(row, *entry));
         }
         return removeDeletedRecords(stores_.databaseAdapter(), *records_, moduleName, {recordId});

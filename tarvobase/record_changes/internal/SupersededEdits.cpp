@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tarvobase/record_changes/internal/ChangePayload.h"
+#include "tarvobase/record_changes/internal/EndedChanges.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/value_objects/transaction/ChangeRegister.h"
@@ -43,8 +44,7 @@ bool SupersededEdits::leaveOut(const Stores& stores, const Transaction& failed,
     if (rest.size() == payload->size()) return true;
     // The id of the record is always left.
     if (rest.size() > 1) return storeShorter(stores, failed, rest);
-    return stores.transactions()->removeTransaction(failed.transactionID) &&
-           stores.changeRegister()->remove(ChangeQueue::older, {failed.transactionID});
+    return endOlderChanges(stores, {failed}, ChangeOutcome::merged);
 }
 
 bool SupersededEdits::leaveOutAccepted(const Stores& stores, const Transaction& accepted,

@@ -8,6 +8,7 @@
 
 #include "platform/Describe.h"
 #include "platform/Object.h"
+#include "tarvobase/value_objects/transaction/ChangeOutcome.h"
 #include "tarvobase/value_objects/transaction/ErrorResponse.h"
 
 namespace tarvo {
@@ -80,7 +81,14 @@ public:
     virtual std::optional<std::vector<std::int64_t>> transactionNumbers() = 0;
     /// Returns the highest place that was given, 0 if there is none, or nullopt if the register cannot be read.
     virtual std::optional<std::int64_t> highestTransactionNumber() = 0;
-    virtual bool remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
+    /// Takes changes of a queue out of the register and remembers what became of them, for the 1,000 changes that ended
+    /// last.
+    virtual bool end(ChangeQueue queue, const std::vector<EndedChange>& changes, ChangeOutcome outcome) = 0;
+    /// Returns the entries with these numbers, in their order, whatever their organisation.
+    virtual Entries entriesWithNumbers(const std::vector<std::int64_t>& numbers) = 0;
+    /// Returns what is remembered of changes with these numbers, in their order, or nullopt if it cannot be
+    /// read.
+    virtual std::optional<std::vector<ChangeEnd>> endsOf(const std::vector<std::int64_t>& numbers) = 0;
 };
 
 }  // namespace tarvo

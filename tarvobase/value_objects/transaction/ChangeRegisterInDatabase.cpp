@@ -36,6 +36,25 @@ EnsuredTable::Declaration changeRegisterTable() {
             .keys = std::string("UNIQUE (") + queue + ", " + transactionId + ")"};
 }
 
+namespace endColumns {
+constexpr const char *table = "TARVO_CHANGE_OUTCOMES", *place = "place", *number = "number", *outcome = "outcome",
+                     *moduleName = "module_name", *recordId = "record_id";
+}
+
+/// How many changes that have ended are remembered.
+constexpr std::int64_t mostEnds = 1000;
+
+// The place is the order in which changes ended, so that one that waited for long is remembered as long as any other.
+EnsuredTable::Declaration changeEndTable() {
+    using namespace endColumns;
+    return {.columns = {{place, "INTEGER PRIMARY KEY"},
+                        {number, "INTEGER"},
+                        {outcome, "TEXT"},
+                        {moduleName, "TEXT"},
+                        {recordId, "TEXT"}},
+            .keys = std::string("UNIQUE (") + number + ")"};
+}
+
 std::optional<ErrorResponse> refusalOf(const Row& row) {
     auto code = row.valueOf(changeColumns::refusalCode);
     if (!code.asText()) return std::nullopt;
@@ -80,6 +99,7 @@ Criteria areOfQueue(ChangeQueue queue, const std::vector<std::string>& transacti
 ChangeRegisterInDatabase::ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                                    std::string organisation)
     : table_(std::move(databaseAdapter), ChangeRegisterTable::name, changeRegisterTable()),
+      ends_(table_.adapter(), endColumns::table, changeEndTable()),
       organisation_(std::move(organisation)) {}
 
 /// Each claim enters its change again. An insert that is ignored would use up a number, and leave gaps that users see.
@@ -149,8 +169,46 @@ std::optional<std::int64_t> ChangeRegisterInDatabase::highestTransactionNumber()
     if (!rows) return std::nullopt;
     return rows->empty() ? 0 : rows->front().valueOf(changeColumns::transactionNumber).asInteger().value_or(0);
 }
-bool ChangeRegisterInDatabase::remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) {
-    return transactionIds.empty() || table_.remove(areOfQueue(queue, transactionIds));
+bool ChangeRegisterInDatabase::end(ChangeQueue queue, const std::vector<EndedChange>& changes, ChangeOutcome outcome) {
+    if (changes.empty()) return true;
+    auto insert = std::string("INSERT OR REPLACE INTO ") + ends_.name() + " (" + endColumns::number + ", " +
+                  endColumns::outcome + ", " + endColumns::moduleName + ", " + endColumns::recordId + ") SELECT " +
+                  changeColumns::number + ", ?, ?, ? FROM " + table_.name() + " WHERE " + changeColumns::queue +
+                  " = ? AND " + changeColumns::transactionId + " = ?";
+    std::vector<DatabaseAdapter::Statement> statements;
+    std::vector<std::string> ids;
+    for (auto& change : changes) {
+        statements.push_back({insert, ValueList{rawText(outcome), change.moduleName, change.recordId, rawText(queue),
+                                                change.transactionId}});
+        ids.push_back(change.transactionId);
+    }
+    DeleteQuery remove(table_.name(), areOfQueue(queue, ids));
+    statements.push_back({remove.sql(), remove.parameters()});
+    statements.push_back({"DELETE FROM " + ends_.name() + " WHERE " + endColumns::place + " <= (SELECT MAX(" +
+                              endColumns::place + ") FROM " + ends_.name() + ") - ?",
+                          ValueList{mostEnds}});
+    return ends_.ensure() && table_.execute(statements);
+}
+
+ChangeRegister::Entries ChangeRegisterInDatabase::entriesWithNumbers(const std::vector<std::int64_t>& numbers) {
+    return entriesWhere(Criteria::in(changeColumns::number, ValueList(numbers.begin(), numbers.end())));
+}
+
+std::optional<std::vector<ChangeEnd>> ChangeRegisterInDatabase::endsOf(const std::vector<std::int64_t>& numbers) {
+    FetchQuery query(ends_.name(), Criteria::in(endColumns::number, ValueList(numbers.begin(), numbers.end())));
+    query.sortBy = {SortDescriptor::customOrderBy(endColumns::number)};
+    auto rows = ends_.fetch(query);
+    if (!rows) return std::nullopt;
+    std::vector<ChangeEnd> ends;
+    for (auto row : *rows) {
+        auto text = [&](const char* column) { return row.valueOf(column).textOr(""); };
+        ends.push_back(
+            {.number = row.valueOf(endColumns::number).asInteger().value_or(0),
+             .outcome = fromRawText<ChangeOutcome>(text(endColumns::outcome)).value_or(ChangeOutcome::unknown),
+             .moduleName = text(endColumns::moduleName),
+             .recordId = text(endColumns::recordId)});
+    }
+    return ends;
 }
 
 ChangeRegister::Entries ChangeRegisterInDatabase::entriesWhere(Criteria criteria) const {

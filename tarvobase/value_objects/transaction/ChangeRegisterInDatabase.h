@@ -11,7 +11,8 @@ struct ChangeRegisterTable {
                                 *refusalMessage = "refusal_message", *organisation = "organisation";
 };
 
-/// The register of changes in the account's database. All organisations share the table.
+/// The register of changes in the account's database, and the table of what became of those that ended last. All
+/// organisations share both.
 class ChangeRegisterInDatabase final : public ChangeRegister {
 public:
     /// The adapter may be null.
@@ -29,13 +30,15 @@ public:
     bool setTransactionNumber(std::int64_t number, std::int64_t transactionNumber) override;
     std::optional<std::vector<std::int64_t>> transactionNumbers() override;
     std::optional<std::int64_t> highestTransactionNumber() override;
-    bool remove(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
+    bool end(ChangeQueue queue, const std::vector<EndedChange>& changes, ChangeOutcome outcome) override;
+    Entries entriesWithNumbers(const std::vector<std::int64_t>& numbers) override;
+    std::optional<std::vector<ChangeEnd>> endsOf(const std::vector<std::int64_t>& numbers) override;
 
 private:
     bool addToSends(std::int64_t count, const std::vector<std::int64_t>& numbers) const;
     Entries entriesWhere(Criteria criteria) const;
 
-    EnsuredTable table_;
+    EnsuredTable table_, ends_;
     const std::string organisation_;
 };
 

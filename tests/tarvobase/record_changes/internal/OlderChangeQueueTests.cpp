@@ -206,6 +206,25 @@ TEST_F(OlderChangeQueueTest, FailedEditsDoNotUndoWhatWasAcceptedAfterThem) {
     EXPECT_EQ(fetched, std::vector<std::string>{"7"});
 }
 
+TEST_F(OlderChangeQueueTest, ARetryPassesOverAnEditOfWhichNothingIsLeft) {
+    enqueue("lost", T::editRecord, temporaryId, R"("id":"NEW_000000001","City":"Ulm")");
+    EXPECT_EQ(sendAll(), "");  // its add is gone
+    enqueue("add", T::addRecord, temporaryId);
+    EXPECT_EQ(sendAll(), "add");
+    answer(refusal());
+    enqueue("later", T::editRecord, temporaryId, R"("id":"NEW_000000001","City":"Bonn")");
+    EXPECT_EQ(sendAll(), "");
+    EXPECT_EQ(QueuedChanges(*stores).retry({}), (QueuedChanges::Numbers{2, 3}));
+    EXPECT_EQ(rows(), R"("add","NEW_000000001",null;"later","NEW_000000001",null)");
+    queue->refresh();
+    EXPECT_EQ(sendAll(), "add");
+    answer(ChangeAnswer::accepted("42"));
+    std::string outcomes;
+    auto found = QueuedChanges(*stores).outcomes({1, 2, 3, 4});
+    for (auto& each : *found) outcomes += std::string(caseName(each.outcome)) + " " + each.recordId.value_or("-") + ";";
+    EXPECT_EQ(outcomes, "merged 42;accepted 42;queued 42;unknown -;");
+}
+
 TEST_F(OlderChangeQueueTest, AFailedAddGoesWithItsDeleteUnlessTheServerMayHaveTheRecord) {
     for (auto& [failure, left] : std::vector<std::pair<ChangeAnswer, std::string>>{
              {refusal(), ""},

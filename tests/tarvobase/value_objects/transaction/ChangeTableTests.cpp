@@ -232,13 +232,32 @@ TEST_F(ChangeTableTest, NumbersOfChangesRiseForEver) {
     EXPECT_EQ(numberOf(ChangeQueue::older, "t2", "2"), first + 2);
     EXPECT_EQ(numberOf(ChangeQueue::older, "t1"), first) << "a change that has an entry keeps it";
     EXPECT_EQ(numberOf(ChangeQueue::older, "t3"), first + 3) << "it uses up no number";
-    EXPECT_TRUE(changes().remove(ChangeQueue::older, {"t1", "t2", "t3"}));
+    EXPECT_TRUE(changes().end(ChangeQueue::older, {{"t1"}, {"t2"}, {"t3"}}, ChangeOutcome::accepted));
     EXPECT_EQ(changes().entries()->size(), 1u);
     EXPECT_EQ(changes("2").entries()->size(), 0u);
-    EXPECT_TRUE(changes().remove(ChangeQueue::current, {"t1"}));
+    EXPECT_TRUE(changes().end(ChangeQueue::current, {{"t1"}}, ChangeOutcome::accepted));
     adapter->deregisterDB();
     ASSERT_TRUE(adapter->registerDB("a passphrase"));
     EXPECT_GT(numberOf(ChangeQueue::older, "t9"), first + 3);
+}
+
+TEST_F(ChangeTableTest, WhatBecameOfTheChangesThatEndedLastIsRemembered) {
+    ChangeRegisterInDatabase changes(adapter, "1");
+    auto first = changes.enter(ChangeQueue::older, "waits for long")->number;
+    std::vector<EndedChange> ended;
+    ASSERT_TRUE(adapter->transaction("enter", [&] {
+        for (int i = 1; i <= 1001; ++i) {
+            ended.push_back({std::to_string(i), "Leads", "7"});
+            changes.enter(ChangeQueue::older, std::to_string(i));
+        }
+        return changes.end(ChangeQueue::older, ended, ChangeOutcome::accepted);
+    }));
+    EXPECT_TRUE(changes.end(ChangeQueue::older, {{"waits for long", "Notes", "8"}, {"9", "", ""}, {"never entered"}},
+                            ChangeOutcome::cancelled));
+    EXPECT_EQ(*changes.endsOf({first, first + 1, first + 2, first + 3, first + 9, first + 5000}),
+              (std::vector<ChangeEnd>{{first, ChangeOutcome::cancelled, "Notes", "8"},
+                                      {first + 3, ChangeOutcome::accepted, "Leads", "7"},
+                                      {first + 9, ChangeOutcome::accepted, "Leads", "7"}}));
 }
 
 TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
