@@ -3,11 +3,11 @@
 #include "platform/Clock.h"
 #include "platform/Json.h"
 #include "platform/Text.h"
+#include "tarvobase/change_queues/TransactionAssembler.h"
 #include "tarvobase/configuration/UserDefaults.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tarvobase/transaction/TransactionManager.h"
-#include "tarvobase/transaction/TransactionScheduler.h"
 #include "tarvobase/transaction/TransactionStatusObserver.h"
 #include "tests/tarvobase/Fixture.h"
 
@@ -77,18 +77,9 @@ protected:
     void begin() {
         stores.emplace(Stores::current());
         executor = std::make_shared<HeldExecutor>();
-        manager = std::make_shared<TransactionManager>(*stores, stores->userDefaults);
+        manager =
+            TransactionAssembler::getTransactionManager(*stores, std::make_shared<SendingLock>(folder() + "/lock"));
         manager->transactionExecutorDI = executor;
-        manager->sendingLock = std::make_shared<SendingLock>(folder() + "/lock");
-        manager->normalScheduler = scheduler(false);
-        manager->attachmentScheduler = scheduler(true);
-    }
-    std::shared_ptr<TransactionScheduler> scheduler(bool isAttachmentSync) {
-        return std::make_shared<TransactionScheduler>(
-            TransactionScheduler::Parts{.isAttachmentSync = isAttachmentSync,
-                                        .databaseAdapter = stores->databaseAdapter(),
-                                        .txnPersistence = stores->currentTransactions(),
-                                        .txnRunner = std::weak_ptr<TransactionRunner>(manager)});
     }
     static NTransaction transaction(std::int64_t id, Kind kind, const std::string& recordId, ValueMap payload = {}) {
         return {.id = id,

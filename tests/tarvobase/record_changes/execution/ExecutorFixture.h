@@ -3,9 +3,8 @@
 #include <map>
 
 #include "platform/Clock.h"
+#include "tarvobase/change_queues/TransactionAssembler.h"
 #include "tarvobase/record_changes/execution/RecordExecutors.h"
-#include "tarvobase/transaction/TransactionManager.h"
-#include "tarvobase/transaction/TransactionScheduler.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {
@@ -35,18 +34,9 @@ protected:
     /// Makes the queue, over the modules that are stored by now. Nothing is sent before `startSync`.
     void begin() {
         stores.emplace(Stores::current());
-        manager = std::make_shared<TransactionManager>(*stores, stores->userDefaults);
+        manager = TransactionAssembler::getTransactionManager(*stores);
         manager->transactionExecutorDI = executors;
-        manager->normalScheduler = scheduler(false);
-        manager->attachmentScheduler = scheduler(true);
         ASSERT_TRUE(manager->initialize());
-    }
-    std::shared_ptr<TransactionScheduler> scheduler(bool isAttachmentSync) {
-        return std::make_shared<TransactionScheduler>(
-            TransactionScheduler::Parts{.isAttachmentSync = isAttachmentSync,
-                                        .databaseAdapter = stores->databaseAdapter(),
-                                        .txnPersistence = stores->currentTransactions(),
-                                        .txnRunner = std::weak_ptr<TransactionRunner>(manager)});
     }
     template <class Service>
     std::shared_ptr<Service> scripted() {
