@@ -17,6 +17,12 @@ void Call::event(std::string_view name, std::string_view member, Value value) co
     if (auto session = session_.lock()) session->writeFor(number_, line, isLast);
 }
 
+void Call::refuse(std::string_view message, const ValueMap& members) const {
+    ValueMap line{{"id", id_}, {"event", "refused"}, {"message", message}};
+    for (auto& member : members) line.set(member.name, member.value);
+    if (auto session = session_.lock()) session->writeFor(number_, line, true);
+}
+
 void Call::delegate(std::string_view name, ValueMap arguments) const {
     if (auto session = session_.lock())
         session->writeFor(

@@ -33,6 +33,8 @@ public:
     void done(std::string_view member = {}, Value value = {}) const { event("done", member, std::move(value)); }
     /// Writes as its last line that the request cannot be carried out and that nothing was changed. Any thread.
     void refuse(std::string_view message) const { event("refused", "message", message); }
+    /// The same with further members. Any thread.
+    void refuse(std::string_view message, const ValueMap& members) const;
 
     /// Returns a function that writes notices that belong to no call, as long as the session lasts. It does not hold
     /// the call. Any thread.

@@ -159,6 +159,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     auto remove = app.add_subcommand("delete", "Delete a record in the same way");
     auto pending = app.add_subcommand("pending", "List the changes that the server does not have yet");
     auto retry = app.add_subcommand("retry", "Send changes again that have failed");
+    auto cancel = app.add_subcommand("cancel", "Take changes back that the server does not have");
+    auto why = app.add_subcommand("why", "Say why changes wait");
     auto drain = app.add_subcommand("drain", "Send the changes that wait");
     for (auto command : {add, edit, note, remove})
         command->add_option("MODULE", arguments.module, "Name of the module")->required();
@@ -172,6 +174,10 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
     note->add_option("--voice", arguments.voiceFile, "File of a sound, which makes it a voice note")
         ->check(CLI::ExistingFile);
     retry->add_option("NUMBERS", arguments.numbers, "Numbers of the changes as pending lists them; all when absent");
+    cancel->add_option("NUMBERS", arguments.numbers, "Numbers of the changes as pending lists them")->required();
+    cancel->add_flag("--revert", arguments.revert, "Give the records the values that they had before");
+    cancel->add_flag("--with-waiters", arguments.withWaiters, "Cancel what hangs on a cancelled add as well");
+    why->add_option("NUMBERS", arguments.numbers, "Numbers of the changes as pending lists them; all when absent");
     for (auto command : {add, edit, note, remove, retry, drain})
         command->add_flag("!--no-wait", arguments.wait, "Do not wait for the server's answer");
     auto sync = app.add_subcommand("sync", "Send what waits, and bring the records of modules up to date");
@@ -203,8 +209,9 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, char** values) {
           std::pair(filters, Command::filters), std::pair(init, Command::init), std::pair(list, Command::list),
           std::pair(show, Command::show), std::pair(add, Command::add), std::pair(edit, Command::edit),
           std::pair(note, Command::note), std::pair(remove, Command::delete_), std::pair(pending, Command::pending),
-          std::pair(retry, Command::retry), std::pair(drain, Command::drain), std::pair(sync, Command::sync),
-          std::pair(changes, Command::changes), std::pair(download, Command::download)})
+          std::pair(retry, Command::retry), std::pair(cancel, Command::cancel), std::pair(why, Command::why),
+          std::pair(drain, Command::drain), std::pair(sync, Command::sync), std::pair(changes, Command::changes),
+          std::pair(download, Command::download)})
         if (parsed->parsed()) arguments.command = command;
     if (isMore) arguments.maxDownloadCount = DownloadRecordsMaxCount::loadMore;
     if (isLimited) arguments.maxDownloadCount = DownloadRecordsMaxCount::defaultOrUserMaxCount;

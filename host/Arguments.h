@@ -26,6 +26,8 @@ enum class Command {
     delete_,
     pending,
     retry,
+    cancel,
+    why,
     drain,
     sync,
     changes,
@@ -61,7 +63,9 @@ struct Arguments {
     std::optional<std::string> voiceFile;  ///< path of the sound of a note
     std::vector<std::string> modules;      ///< to sync or to download; empty for all
     DownloadRecordsMaxCount maxDownloadCount = DownloadRecordsMaxCount::defaultMaxCount;
-    std::vector<std::int64_t> numbers;  ///< of the changes to retry; empty for all
+    std::vector<std::int64_t> numbers;  ///< of the changes to retry, cancel or explain; empty for all
+    bool revert = false;                ///< whether cancelled changes are taken back from their records
+    bool withWaiters = false;           ///< whether what hangs on cancelled changes goes with them
     bool wait = true;                   ///< for the server's answer to a change
     Identifier identifier = Identifier::column;
     bool json = false;

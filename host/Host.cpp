@@ -64,7 +64,7 @@ Host::~Host() {
     CommonConfigration::sharedInstance().authentication = nullptr;
 }
 
-Result<std::string, Host::OpeningFailure> Host::openDatabase(const platform::Secret& passphrase) {
+Result<std::string, Host::OpeningFailure> Host::openDatabase(const platform::Secret& passphrase, bool sends) {
     auto path = DatabaseConstants().databaseName();
     auto database = std::make_shared<KelvaDatabasePersistance>(StorageLocation::onDisk(path));
     std::optional<std::string> text = passphrase.text();
@@ -81,7 +81,7 @@ Result<std::string, Host::OpeningFailure> Host::openDatabase(const platform::Sec
     Util::performInitialOperations(std::make_shared<BrenUserDefaults>());
     CommonConfigration::sharedInstance().databaseAdapter = database;
     DatabaseBinding::bind(Scope::current(), BrenUserDefaults::ofCurrentAccount());
-    ChangeQueues::shared().start();
+    if (sends) ChangeQueues::shared().start();
     return path;
 }
 

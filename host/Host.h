@@ -25,7 +25,7 @@ public:
 
     using OpeningFailure = KelvaDatabasePersistance::OpeningFailure;
     /// Opens the database file of the selected account, hands it to the library and returns its path.
-    Result<std::string, OpeningFailure> openDatabase(const platform::Secret& passphrase);
+    Result<std::string, OpeningFailure> openDatabase(const platform::Secret& passphrase, bool sends = true);
     /// Returns false if none is open.
     bool closeDatabase();
     /// Returns the open database, or null.

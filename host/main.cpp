@@ -58,6 +58,10 @@ int run(Arguments& arguments) {
             return listPending(**host, arguments);
         case Command::retry:
             return retryChanges(**host, arguments);
+        case Command::cancel:
+            return cancelChanges(**host, arguments);
+        case Command::why:
+            return explainChanges(**host, arguments);
         case Command::drain:
             return drainChanges(**host, arguments);
         case Command::sync:

@@ -11,6 +11,7 @@
 #include "tarvobase/change_queues/ChangeQueues.h"
 #include "tarvobase/change_queues/QueuedChanges.h"
 #include "tarvobase/change_queues/RecordChangesAssembler.h"
+#include "tarvobase/change_queues/WhyItWaits.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/wire/RecordConversion.h"
 
@@ -71,28 +72,8 @@ int reportSaved(const Arguments& arguments, const std::string& recordId, const S
     return reportChange(arguments, recordId, saved.value().number);
 }
 
-std::string whyOf(const Change& change) {
-    using R = Change::Reason;
-    if (change.error) return change.error->message;
-    if (!change.waitingFor) return "";
-    std::vector<std::string> numbers;
-    for (auto number : change.waitingFor->numbers) numbers.push_back(std::to_string(number));
-    switch (change.waitingFor->reason) {
-        case R::earlierChange:
-        case R::newRecord:
-            return "waits for " + text::join(numbers, ", ");
-        case R::notSendable:
-            return "waits for a later version";
-        case R::server:
-            return "the server did not answer";
-        case R::otherProcess:
-            return "another program sends";
-        case R::heldBack:
-            return "is held back";
-        case R::queueOff:
-            return "not sent yet";
-    }
-    return "";
+bool hasReason(const Change& change) {
+    return change.state == Change::State::waiting || change.state == Change::State::failed;
 }
 
 int printChanges(const Arguments& arguments) {
@@ -104,7 +85,8 @@ int printChanges(const Arguments& arguments) {
     std::vector<std::vector<std::string>> rows{{"No.", "Change", "Module", "Record", "State", "Attempts", "Why"}};
     for (auto& change : *changes)
         rows.push_back({std::to_string(change.number), change.kind, change.moduleName, change.recordId,
-                        std::string(caseName(change.state)), std::to_string(change.attempts), whyOf(change)});
+                        std::string(caseName(change.state)), std::to_string(change.attempts),
+                        hasReason(change) ? whyItWaits(change) : ""});
     return printForPeople(tableText(rows));
 }
 
@@ -178,6 +160,39 @@ int retryChanges(Host& host, const Arguments& arguments) {
     ChangeQueues::shared().start();
     waitForServer(arguments);
     return printChanges(arguments);
+}
+
+int cancelChanges(Host& host, const Arguments& arguments) {
+    auto path = openDatabase(host, arguments);
+    if (!path) return path.error();
+    auto cancelled = ChangeQueues::shared().cancel({arguments.numbers, arguments.revert, arguments.withWaiters});
+    return cancelled ? printChanges(arguments) : fail(cancelled.error().message());
+}
+
+/// Prints one sentence per change. A number that is not that of a change is a failure.
+int explainChanges(Host& host, const Arguments& arguments) {
+    auto path = openDatabase(host, arguments);
+    if (!path) return path.error();
+    waitForServer(arguments);
+    auto changes = listedChanges();
+    if (!changes) return fail("the queue of changes cannot be read");
+    auto& numbers = arguments.numbers;
+    for (auto number : numbers)
+        if (std::none_of(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; }))
+            return fail("there is no change " + std::to_string(number));
+    std::erase_if(*changes, [&](auto& change) {
+        return !numbers.empty() && std::find(numbers.begin(), numbers.end(), change.number) == numbers.end();
+    });
+    std::string lines;
+    ValueList reasons;
+    for (auto& change : *changes) {
+        auto sentence = whyItWaits(change);
+        lines += "Change " + std::to_string(change.number) + " " + sentence + ".\n";
+        reasons.push_back(ValueMap{{"number", change.number}, {"why", sentence}});
+    }
+    if (arguments.json)
+        return printForPrograms(json::write(ValueMap{{"changes", std::move(reasons)}}).value_or("") + "\n");
+    return printForPeople(changes->empty() ? "The server has all changes.\n" : lines);
 }
 
 int drainChanges(Host& host, const Arguments& arguments) {

@@ -17,6 +17,8 @@ int editRecord(Host& host, const Arguments& arguments);
 int deleteRecord(Host& host, const Arguments& arguments);
 int listPending(Host& host, const Arguments& arguments);
 int retryChanges(Host& host, const Arguments& arguments);
+int cancelChanges(Host& host, const Arguments& arguments);
+int explainChanges(Host& host, const Arguments& arguments);
 int drainChanges(Host& host, const Arguments& arguments);
 
 }  // namespace tarvo::host

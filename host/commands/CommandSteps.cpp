@@ -47,7 +47,8 @@ Result<std::string, int> openDatabase(Host& host, const Arguments& arguments) {
     // No command opens a database twice.
     auto passphrase = host.takePassphrase();
     if (!passphrase) return fail("a passphrase is needed", 2);
-    auto path = host.openDatabase(*passphrase);
+    // What is to be cancelled must not leave before.
+    auto path = host.openDatabase(*passphrase, arguments.command != Command::cancel);
     if (path) return *path;
     auto account = "the database of account " + *arguments.account;
     if (path.error().kind == Host::OpeningFailure::Kind::wrongPassphrase)

@@ -93,6 +93,15 @@ void retry(const RetryRequest& request, const CallPtr& call) {
     call->done("response", ValueMap{{"numbers", toJson(*numbers)}});
 }
 
+void cancel(const CancelRequest& request, const CallPtr& call) {
+    auto cancelled = ChangeQueues::shared().cancel(request);
+    if (!cancelled) {
+        auto& refusal = cancelled.error();
+        return call->refuse(refusal.message(), ValueMap{{"numbers", toJson(refusal.numbers)}});
+    }
+    call->done("response", ValueMap{{"numbers", toJson(cancelled.value())}});
+}
+
 /// A queue that cannot be read is not empty.
 void answerAtRest(const CallPtr& call) {
     auto changes = listedChanges();
@@ -153,6 +162,7 @@ void addQueueCalls(bridge::Registry& registry) {
     registry.addOperation<ContentRequest>("host.queue.content", content);
     registry.addOperation<OutcomesRequest>("host.queue.outcomes", outcomes);
     registry.addOperation<RetryRequest>("host.queue.retry", retry);
+    registry.addOperation<CancelRequest>("host.queue.cancel", cancel);
     registry.addOperation<IdleRequest>("host.queue.idle", idle);
     registry.addOperation<UploadRequest>("host.queue.upload", upload);
 }

@@ -9,6 +9,7 @@
 #include "platform/ThreadSafety.h"
 #include "tarvobase/change_queues/TransactionAssembler.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/notes/NotesUseCases.h"
 #include "tarvobase/record_changes/internal/ChangeDrain.h"
 #include "tarvobase/record_changes/internal/OlderChangeQueue.h"
 #include "tarvobase/record_changes/internal/RecordRefetch.h"
@@ -25,6 +26,7 @@ struct ScopeQueues {
     Scope scope;
     std::shared_ptr<ChangeDrain> drain;
     std::shared_ptr<TransactionManager> manager;
+    std::shared_ptr<const ChangeCancellation> cancellation;
 
     void start() const {
         drain->start();
@@ -67,7 +69,7 @@ ScopeQueues makeQueues(const Stores& stores) {
     };
     auto refetch = RecordRefetch::make(stores, records, RecordsSyncDataManager::make(stores),
                                        std::make_shared<FetchRecordNetworkService>());
-    auto fetch = [refetch = std::move(refetch)](auto& moduleName, auto& recordId, auto reason) {
+    auto fetch = [refetch](auto& moduleName, auto& recordId, auto reason) {
         refetch->fetch(moduleName, recordId, reason);
     };
     ChangeSettlement settlement(stores, records, std::move(fetch), std::move(wakeCurrent));
@@ -77,7 +79,19 @@ ScopeQueues makeQueues(const Stores& stores) {
     manager->resultStored = [weak = std::weak_ptr<ChangeDrain>(drain)] {
         if (auto older = weak.lock()) older->wake();
     };
-    return {stores.scope, drain, manager};
+    auto fetchFormer = [refetch, records](auto& moduleName, auto& recordId) {
+        using Reason = RecordRefetch::Reason;
+        bool isHere = records->fetchRecord(moduleName, recordId).has_value();
+        refetch->fetch(moduleName, recordId, isHere ? Reason::bareAcceptance : Reason::refusedDelete);
+    };
+    auto cancellation =
+        std::make_shared<ChangeCancellation>(ChangeCancellation::Parts{.stores = stores,
+                                                                       .records = records,
+                                                                       .manager = manager,
+                                                                       .fetch = std::move(fetchFormer),
+                                                                       .removeSound = NotesAssembler::removeSound,
+                                                                       .wake = [drain] { drain->wake(); }});
+    return {stores.scope, drain, manager, cancellation};
 }
 
 /// Asks the manager, whose ids are above those that its database knows.
@@ -199,6 +213,12 @@ std::shared_ptr<TransactionManager> ChangeQueues::transactionManager() {
 }
 
 std::shared_ptr<NewRecordIdGenerator> ChangeQueues::recordIds() { return std::make_shared<RecordIdsOfQueues>(); }
+
+Result<std::vector<std::int64_t>, CancelRefusal> ChangeQueues::cancel(const CancelRequest& request) {
+    auto queues = entries_->current();
+    if (!queues) return CancelRefusal();
+    return queues->cancellation->cancel(request);
+}
 
 void ChangeQueues::whenResting(std::function<void()> callback) {
     auto queues = entries_->of(Scope::current());

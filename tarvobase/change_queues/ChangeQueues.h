@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "tarvobase/change_queues/ChangeCancellation.h"
 #include "tarvobase/configuration/Scope.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/transaction/ChangeQueueStatus.h"
@@ -41,6 +42,9 @@ public:
     /// Returns the source of temporary ids for `CommonConfigration.recordIDGenerator`: the manager of the scope in
     /// force at each call, and the settings alone while no database is open.
     static std::shared_ptr<NewRecordIdGenerator> recordIds();
+    /// Takes changes of either queue of the scope in force out of it; see `ChangeCancellation::cancel`. Without an open
+    /// database nothing is cancelled.
+    Result<std::vector<std::int64_t>, CancelRefusal> cancel(const CancelRequest& request);
     /// Calls back on a background queue once nothing of the scope in force is on its way, and nothing can go at the
     /// moment.
     void whenResting(std::function<void()> callback);

@@ -41,7 +41,9 @@ State stateOf(const NTransaction& row, const ChangeEntry& entry, bool isWaiting)
 std::optional<WaitingFor> whatQueueWaitsFor(const ChangeQueueStatus& queue) {
     if (queue.state == ChangeQueueStatus::State::off) return WaitingFor{.reason = Reason::queueOff};
     if (!queue.until) return std::nullopt;
-    return WaitingFor{.reason = queue.isLockedOut ? Reason::otherProcess : Reason::server, .until = queue.until};
+    if (queue.isLockedOut) return WaitingFor{.reason = Reason::otherProcess, .until = queue.until};
+    return WaitingFor{
+        .reason = queue.isSignedOut ? Reason::noToken : Reason::server, .until = queue.until, .since = queue.since};
 }
 
 }  // namespace
@@ -67,7 +69,9 @@ QueuedChanges::Changes QueuedChanges::list(const ChangeQueueStatus& older, const
     auto changes = list();
     if (!changes) return std::nullopt;
     for (auto& change : *changes) {
-        auto waitingFor = whatQueueWaitsFor(change.queue == ChangeQueue::older ? older : current);
+        auto waitingFor = stores_.scope.isCurrent()
+                              ? whatQueueWaitsFor(change.queue == ChangeQueue::older ? older : current)
+                              : WaitingFor{.reason = Reason::otherScope};
         if (change.state != State::ready || !waitingFor) continue;
         change.state = State::waiting;
         change.waitingFor = waitingFor;
@@ -119,12 +123,24 @@ bool QueuedChanges::addCurrent(const Entries& entries, std::vector<Change>& chan
     if (!queued || !dependencies) return false;
     std::multimap<std::int64_t, TransactionDependency> waitsFor;
     for (auto& dependency : *dependencies) waitsFor.emplace(dependency.transactionId, dependency);
+    // All organisations share the table.
+    std::vector<std::string> ids;
+    for (auto& row : queued->transactions) ids.push_back(std::to_string(row.id));
+    auto all = stores_.changeRegister()->entriesOf(ChangeQueue::current, ids);
+    if (!all) return false;
+    Entries own(*all);
     for (auto& row : queued->transactions) {
-        auto entry = entries.find(std::to_string(row.id));
+        auto entry = own.find(std::to_string(row.id));
         auto [first, last] = waitsFor.equal_range(row.id);
         auto change = Change::of(row, entry);
         change.state = stateOf(row, entry, first != last);
         if (change.state == State::ready || change.state == State::waiting) change.error.reset();
+        if (change.state == State::ready && entry.number && entry.organisation != stores_.scope.organisation) {
+            change.state = State::waiting;
+            change.waitingFor = WaitingFor{.reason = Reason::otherScope};
+            changes.push_back(std::move(change));
+            continue;
+        }
         if (change.state == State::waiting) change.waitingFor = WaitingFor{.reason = Reason::heldBack};
         for (; change.state == State::waiting && first != last; ++first) {
             bool isLookup = first->second.kind == TransactionDependency::Kind::lookupRecord;

@@ -23,6 +23,7 @@ VoiceFiles voiceFiles() {
 bool NotesAssembler::takeSound(const std::string& file, const std::string& recordId) {
     return voiceFiles().take(file, recordId);
 }
+void NotesAssembler::removeSound(const std::string& recordId) { voiceFiles().remove(recordId); }
 void NotesAssembler::moveSoundsLeftBehind(const Stores& stores) { voiceFiles().moveLeftBehind(stores); }
 
 std::shared_ptr<AddNoteDM> NotesAssembler::getAddNoteDM(const Stores& stores,

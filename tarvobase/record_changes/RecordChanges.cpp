@@ -103,10 +103,10 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
     bool isNote = module.identifier() == ModuleIdentifier::Case::notes, isSoundNeeded = false;
     auto saved = savedAtOnce(parts_, recordID, module, "delete a record", [&]() -> Queued {
         recordID = SharedActivities::currentId(*stores.recordIdAliases(), module.moduleName, recordID);
+        if (!keepInTransactionRecords(recordID, module)) return std::nullopt;
         for (auto& each : SharedActivities::modulesOf(*stores.databaseAdapter(), module.moduleName))
             if (!parts_.recordPersistance->deleteRecord(recordID, each)) return std::nullopt;
-        if (!stores.transactionRecords()->removeTransactionRecord(recordID) || !dropQueued(recordID, module.moduleName))
-            return std::nullopt;
+        if (!dropQueued(recordID, module.moduleName)) return std::nullopt;
         if (isNote && !dropQueuedNote(recordID, isSoundNeeded)) return std::nullopt;
         auto queued = parts_.editRecordTransactionManager->deleteRecord(recordID, module);
         return queued && deleteAttachments(recordID, module, files) ? queued : std::nullopt;
@@ -119,6 +119,17 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
     return saved;
 }
 
+/// Keeps the values that the server has of a deleted record, for a delete that is cancelled. They go with the delete.
+bool DeleteRecordDataManager::keepInTransactionRecords(const std::string& recordId, const Module& module) const {
+    auto sides = parts_.stores.transactionRecords();
+    auto found = sides->getTransactionRecord(recordId);
+    if (found && found.value()) return true;
+    auto stored = parts_.recordPersistance->fetchRecord(module.moduleName, recordId);
+    if (!stored) return sides->removeTransactionRecord(recordId);
+    auto values = stored->getDictionary();
+    return sides->storeTransactionRecordPersistance({.recordID = recordId, .deviceData = values, .serverData = values});
+}
+
 /// Drops the changes of a record that is deleted. An add that was sent may have made the record at the server: the
 /// delete waits for its answer.
 bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const std::string& moduleName) const {
@@ -129,7 +140,7 @@ bool DeleteRecordDataManager::dropQueued(const std::string& recordId, const std:
         auto entries = parts_.stores.changeRegister()->entriesOf(ChangeQueue::older, {row.transactionID});
         if (!entries) return false;
         bool isEntered = !entries->empty();
-        bool mayBeApplied = isEntered && entries->front().sends > 0 && !entries->front().isKnownToBeRefused();
+        bool mayBeApplied = isEntered && entries->front().mayHaveArrived();
         if (row.operationType == TransactionType::addRecord && mayBeApplied) {
             if (entries->front().lastRefusal && !repeatAdd(entries->front(), recordId)) return false;
             continue;
@@ -169,8 +180,7 @@ bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId, bool& 
             {transaction->id}, {TransactionDependency::Kind::lookupRecord});
         if (!entries || !waiting) return false;
         auto entry = entries->empty() ? ChangeEntry() : entries->front();
-        bool mayBeApplied = entry.sends > 0 && !entry.isKnownToBeRefused();
-        if (createsRecord(transaction->kind) && mayBeApplied) {
+        if (createsRecord(transaction->kind) && entry.mayHaveArrived()) {
             isSoundNeeded |= transaction->kind == NTransaction::Kind::addVoiceNote;
             if (transaction->errorResponse && !repeatAdd(*transaction, entry)) return false;
             continue;

@@ -62,6 +62,7 @@ public:
     SavedChange deleteRecord(std::string recordID, const Module& module) const;
 
 private:
+    bool keepInTransactionRecords(const std::string& recordId, const Module& module) const;
     bool dropQueued(const std::string& recordId, const std::string& moduleName) const;
     bool drop(const Transaction& row, const ChangeEntry& entry) const;
     bool dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const;

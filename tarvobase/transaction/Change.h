@@ -25,18 +25,20 @@ struct Change {
         earlierChange,  ///< of the same record
         newRecord,      ///< it names a record whose add is not accepted yet
         notSendable,    ///< changes of this kind are not sent yet
-        server,         ///< the server did not answer; the next try is at `until`
+        noToken,        ///< nobody is signed in; the next try is at `until`
+        server,         ///< the server has not answered since `since`; the next try is at `until`
         otherProcess,   ///< another program sends the changes of this database; the next look is at `until`
         queueOff,       ///< the queue was not started, or was stopped
+        otherScope,     ///< it belongs to an account or organisation that is not in force
         heldBack        ///< for a newer change of the record, or a timer
     };
     struct WaitingFor {
         Reason reason = Reason::earlierChange;
-        std::optional<std::int64_t> until;  ///< milliseconds since 1970
-        std::vector<std::int64_t> numbers;  ///< the changes that must go first
+        std::optional<std::int64_t> until, since;  ///< milliseconds since 1970
+        std::vector<std::int64_t> numbers;         ///< the changes that must go first
         static constexpr auto fields() {
             return describe(field("reason", &WaitingFor::reason), field("until", &WaitingFor::until),
-                            field("numbers", &WaitingFor::numbers));
+                            field("since", &WaitingFor::since), field("numbers", &WaitingFor::numbers));
         }
     };
 
@@ -91,9 +93,11 @@ struct EnumCases<Change::Reason> {
     static constexpr EnumCase<R> cases[] = {{R::earlierChange, "earlierChange"},
                                             {R::newRecord, "newRecord"},
                                             {R::notSendable, "notSendable"},
+                                            {R::noToken, "noToken"},
                                             {R::server, "server"},
                                             {R::otherProcess, "otherProcess"},
                                             {R::queueOff, "queueOff"},
+                                            {R::otherScope, "otherScope"},
                                             {R::heldBack, "heldBack"}};
 };
 

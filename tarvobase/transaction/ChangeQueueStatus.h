@@ -18,6 +18,9 @@ struct ChangeQueueStatus {
     /// While waiting: milliseconds since 1970 of the next try.
     std::optional<std::int64_t> until{};
     bool isLockedOut = false;  ///< another process sends
+    /// While waiting for the server: milliseconds since 1970 of the first send without an answer.
+    std::optional<std::int64_t> since{};
+    bool isSignedOut = false;  ///< there was no token for the last send
 };
 
 }  // namespace tarvo

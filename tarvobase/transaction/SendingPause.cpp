@@ -7,9 +7,10 @@
 
 namespace tarvo {
 
-void SendingPause::waitForServer(Ended ended) {
+void SendingPause::waitForServer(Ended ended, bool isSignedOut) {
     platform::MutexLock lock(mutex_);
     if (until_) return;
+    isSignedOut_ = isSignedOut;
     begin(backOff_.next(), std::move(ended));
 }
 
@@ -40,6 +41,16 @@ void SendingPause::end() {
 std::optional<std::int64_t> SendingPause::until() const {
     platform::MutexLock lock(mutex_);
     return until_;
+}
+
+std::optional<std::int64_t> SendingPause::since() const {
+    platform::MutexLock lock(mutex_);
+    return backOff_.since();
+}
+
+bool SendingPause::isSignedOut() const {
+    platform::MutexLock lock(mutex_);
+    return isSignedOut_;
 }
 
 bool SendingPause::isForOtherProcess() const {

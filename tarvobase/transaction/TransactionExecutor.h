@@ -33,6 +33,10 @@ struct TransactionResult {
     /// Whether the server may have applied a transaction that was refused: it was sent before, and this time the
     /// request failed as a whole.
     bool mayBeApplied = false;
+    /// Whether the server cannot have the transaction from this send, which got no answer.
+    bool isUnsent = false;
+    /// The text of `silence` when there was no token.
+    static constexpr const char* notSignedIn = "notSignedIn";
 
     static TransactionResult success(Identifiers identifiers, std::function<bool()> store = {},
                                      std::function<void()> afterwards = {}) {
@@ -41,8 +45,8 @@ struct TransactionResult {
     static TransactionResult failure(ErrorResponse error, std::function<void()> afterwards = {}) {
         return {.outcome = std::move(error), .afterwards = std::move(afterwards)};
     }
-    static TransactionResult noAnswer(std::string what) {
-        return {.outcome = ErrorResponse::parsingFailed(), .silence = std::move(what)};
+    static TransactionResult noAnswer(std::string what, bool isUnsent = false) {
+        return {.outcome = ErrorResponse::parsingFailed(), .silence = std::move(what), .isUnsent = isUnsent};
     }
 };
 

@@ -164,8 +164,7 @@ bool TransactionManagerAbstract::canBeMerged(const Ids& ids, const NTransaction&
     bool isSending = std::any_of(stored->begin(), stored->end(), [&](auto& each) {
         return each.status.which == Status::Case::syncing || isBeingSent(each.id);
     });
-    bool isUnknown = std::any_of(entries->begin(), entries->end(),
-                                 [](auto& entry) { return entry.sends > 0 && !entry.isKnownToBeRefused(); });
+    bool isUnknown = std::any_of(entries->begin(), entries->end(), [](auto& entry) { return entry.mayHaveArrived(); });
     return !isSending && (isAlone || !isUnknown);
 }
 
@@ -389,7 +388,7 @@ void TransactionManagerAbstract::settle(const NTransaction& transaction, const T
     if (isDecided)
         pause_.serverHasAnswered();
     else
-        pause_.waitForServer(wakeLater());
+        pause_.waitForServer(wakeLater(), result.silence == TransactionResult::notSignedIn);
     {
         platform::MutexLock lock(mutex_);
         inFlight_.erase(transaction.id);
@@ -445,6 +444,8 @@ bool TransactionManagerAbstract::storeFailure(const NTransaction& transaction, c
     bool mayBeApplied = result.silence || result.mayBeApplied || error.code == ErrorResponse::parsingFailed().code;
     if (!entries->empty() && !stores_.changeRegister()->noteRefusal(entries->front().number, lastWords, mayBeApplied))
         return false;
+    if (!entries->empty() && result.isUnsent && !stores_.changeRegister()->noteUnsent({entries->front().number}))
+        return false;
     logResult(transaction, "transaction failed.", ". error: " + error.code);
     bool isErrorStored = result.silence ? txnPersistence_->setTransactionErrors({{transaction.id, error}})
                                         : updateError(transaction.id, error);
@@ -458,7 +459,11 @@ ChangeQueueStatus TransactionManagerAbstract::status() const {
     auto until = pause_.until();
     platform::MutexLock lock(mutex_);
     auto state = !inFlight_.empty() ? State::sending : !isOn_ ? State::off : until ? State::waiting : State::idle;
-    return {.state = state, .until = until, .isLockedOut = until && pause_.isForOtherProcess()};
+    return {.state = state,
+            .until = until,
+            .isLockedOut = until && pause_.isForOtherProcess(),
+            .since = pause_.since(),
+            .isSignedOut = pause_.isSignedOut()};
 }
 
 void TransactionManagerAbstract::wake() {

@@ -98,7 +98,7 @@ std::optional<NTransaction> TransactionScheduler::claimNext(TransactionRunner& r
         auto& next = *found.value();
         if (next.syncAttempt >= parts_.maxSyncAttempt) {
             givenUp = next;
-            givenUp->errorResponse = ErrorResponse{.code = "txnMAX_SYNC_ATTEMPT_REACHED"};
+            givenUp->errorResponse = ErrorResponse::maxSyncAttemptReached();
             return store.setTransactionErrors({{next.id, *givenUp->errorResponse}});
         }
         claimed = next;

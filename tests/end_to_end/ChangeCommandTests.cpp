@@ -94,6 +94,26 @@ TEST(ChangeCommands, TakeNotesOfflineOnARecordThatTheServerDoesNotKnow) {
         EXPECT_EQ(kinds[id], "add edit ");
 }
 
+TEST(ChangeCommands, CancelAndExplainWhatWaits) {
+    EndToEnd world{{"--records", "5"}};
+    answerOf(world, {"fields", "Leads"});
+    world.port = 1;  // nobody listens there
+    auto id = member(answerOf(world, {"add", "Leads", "Last_Name=x"}), "recordId").textOr("");
+    answerOf(world, {"edit", "Leads", id, "City=Cork"});
+    auto answer = answerOf(world, {"why"});
+    auto reasons = member(answer, "changes");
+    ASSERT_TRUE(reasons.asList() && reasons.asList()->size() == 2);
+    auto first = member(reasons.asList()->front(), "why").textOr("");
+    EXPECT_TRUE(first.starts_with("has had no answer of the server since ")) << first;
+    EXPECT_EQ(member(reasons.asList()->back(), "why"), Value("waits for change 1, which adds a record that it names"));
+    expectRefusals(world, {
+                              {{"cancel", "1"}, 1, "the record is named by change 2, which must be cancelled with it"},
+                              {{"cancel", "77"}, 1, "there is no change 77"},
+                              {{"why", "77"}, 1, "there is no change 77"},
+                          });
+    EXPECT_EQ(countOf(answerOf(world, {"cancel", "1", "--with-waiters"})), 0u);
+}
+
 TEST(ChangeCommands, SayWhyTheyFail) {
     EndToEnd world{{"--records", "5"}};
     answerOf(world, {"fields", "Leads"});

@@ -73,7 +73,7 @@ void AddNoteDM::send(Executed executed, Completion finish) {
 TransactionResult AddNoteDM::accepted(const Executed& executed, const ChangeAnswer& answer) {
     auto& formerId = executed->transaction.recordId;
     auto store = [self = platform::strongSelf(this), executed, answer] {
-        if (!self->replaceId(executed, answer.recordId) ||
+        if (!self->replaceId(executed, answer.recordId) || !tidyFormerNote(self->parts_, *executed, answer.recordId) ||
             !storeTimesOfNote(self->parts_, answer.recordId, answer.record))
             return false;
         if (executed->transaction.kind == NoteKind::addVoiceNote)

@@ -64,7 +64,8 @@ std::optional<ChangeNotSaved> EditNoteDM::storeEdit(NoteContext& context, Record
         dependencies.push_back({transaction.id, edit.id, TransactionDependency::Kind::sameRecord});
     record.populateUserLookup({std::string(names.Notes.modifiedBy)}, context.user);
     record.set(names.modifiedTime, presentSeconds());
-    bool isStored = replaceAliases(stores, record) && parts_.recordPersistance->modifyRecord(module, record) &&
+    bool isStored = keepFormerNote(parts_, *stored, modified) && replaceAliases(stores, record) &&
+                    parts_.recordPersistance->modifyRecord(module, record) &&
                     context.transactionManager->addTransaction(
                         transaction, context.handler.getLookupRecords(transaction.payload, context.moduleInfo.metadata),
                         dependencies);
@@ -106,7 +107,8 @@ void EditNoteDM::send(Executed executed, Completion finish) {
 
 TransactionResult EditNoteDM::accepted(const Executed& executed, const ChangeAnswer& answer) {
     return TransactionResult::success({}, [parts = parts_, executed, times = answer.record] {
-        return storeTimesOfNote(parts, executed->transaction.recordId, times);
+        auto& recordId = executed->transaction.recordId;
+        return tidyFormerNote(parts, *executed, recordId) && storeTimesOfNote(parts, recordId, times);
     });
 }
 

@@ -4,7 +4,9 @@
 #include <chrono>
 
 #include "platform/Clock.h"
+#include "tarvobase/record_changes/internal/RecordSides.h"
 #include "tarvobase/transaction/ChangeNotices.h"
+#include "tarvobase/utils/ReplacedTexts.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
@@ -51,6 +53,31 @@ Value presentSeconds() {
 ChangeNotSaved noteNotSaved(const std::string& recordId, ChangeNotSaved reason) {
     changeNotices::notSaved(moduleOfNotes(), recordId, reason);
     return reason;
+}
+
+bool keepFormerNote(const ExecutionParts& parts, const Record& stored, const Record& edit) {
+    auto sides = parts.stores.currentTransactionRecords();
+    auto found = sides->getTransactionRecord(stored.recordId());
+    bool isKept = found && found.value();
+    return sides->storeTransactionRecord({.recordId = stored.recordId(),
+                                          .module = ModuleIdentifier::Case::notes,
+                                          .deviceData = edit.getDictionary(),
+                                          .serverData = isKept ? found.value()->serverData : stored.getDictionary()});
+}
+
+bool tidyFormerNote(const ExecutionParts& parts, const ExecutedTransaction& executed, const std::string& recordId) {
+    auto& transaction = executed.transaction;
+    auto sides = parts.stores.currentTransactionRecords();
+    if (transaction.recordId != recordId && !sides->replaceRecordId(recordId, transaction.recordId)) return false;
+    auto queued = parts.stores.currentTransactions()->getTransactionsWithRecordIds({recordId, transaction.recordId});
+    auto found = sides->getTransactionRecord(recordId);
+    if (!queued || !found || !found.value()) return queued.has_value();
+    bool isLast = std::all_of(queued->begin(), queued->end(), [&](auto& other) { return other.id == transaction.id; });
+    if (isLast) return sides->removeTransactionRecord(recordId);
+    auto record = *found.value();
+    replaceTexts(record.serverData, transaction.recordId, recordId);
+    RecordSides::layOver(record.serverData, transaction.payload, executed.moduleInfo.metadata);
+    return sides->storeTransactionRecord(record);
 }
 
 bool storeTimesOfNote(const ExecutionParts& parts, const std::string& recordId, const std::optional<ValueMap>& times) {

@@ -36,6 +36,12 @@ Value presentSeconds();
 /// Notifies that nothing of a note is stored. Returns the reason.
 ChangeNotSaved noteNotSaved(const std::string& recordId, ChangeNotSaved reason);
 
+/// Keeps a note as it is stored before its first edit that waits. Call it inside the transaction that queues the edit.
+bool keepFormerNote(const ExecutionParts& parts, const Record& stored, const Record& edit);
+/// Lays what the server has accepted of a note over its former values, or forgets them if no other change of it waits.
+/// `recordId` is the server's id. Call it inside the transaction that stores the answer.
+bool tidyFormerNote(const ExecutionParts& parts, const ExecutedTransaction& executed, const std::string& recordId);
+
 /// Stores the times that the server gave a note. A note without a row was deleted here, and gets none. Call it inside
 /// the transaction that stores the answer.
 bool storeTimesOfNote(const ExecutionParts& parts, const std::string& recordId, const std::optional<ValueMap>& times);

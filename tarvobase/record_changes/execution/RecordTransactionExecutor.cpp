@@ -101,8 +101,8 @@ TransactionResult RecordTransactionExecutor::resultOf(const Executed& executed, 
         case Outcome::unreadable:
             return failedParsing();
         case Outcome::noAnswer:
-            return TransactionResult::noAnswer(answer.silence ? std::string(caseName(*answer.silence))
-                                                              : std::string("no answer"));
+            return TransactionResult::noAnswer(
+                answer.silence ? std::string(caseName(*answer.silence)) : std::string("no answer"), answer.isUnsent);
     }
     return failedParsing();
 }

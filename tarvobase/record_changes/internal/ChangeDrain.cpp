@@ -138,6 +138,8 @@ void ChangeDrain::takeIn() {
         answers.swap(answers_);
         isTakingIn_ = false;
     }
+    for (auto& each : answers)
+        if (auto silence = each.answer.silence) current_.isSignedOut = silence == ChangeAnswer::Silence::notSignedIn;
     auto settlement = changes_->settle(std::move(answers));
     if (settlement.hasSettled) backOff_.reset();
     if (settlement.hasLeft && isOn_) backOff();
@@ -164,6 +166,7 @@ void ChangeDrain::backOff() {
 void ChangeDrain::waitFor(std::chrono::milliseconds duration, bool isLockedOut) {
     isWaiting_ = true;
     current_.isLockedOut = isLockedOut;
+    current_.since = isLockedOut ? std::nullopt : backOff_.since();
     current_.until = (Clock::now() + duration).time_since_epoch().count();
     timer_ = queue_->asyncAfter(duration, [weak = platform::weakSelf(this)] {
         auto self = weak.lock();

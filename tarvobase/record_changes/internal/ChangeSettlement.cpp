@@ -8,7 +8,9 @@
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
+#include "tarvobase/record_changes/internal/ChangePayload.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
+#include "tarvobase/record_changes/internal/RecordSides.h"
 #include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/records/sql/DeletedRecords.h"
@@ -79,11 +81,13 @@ bool ChangeSettlement::readQueued(const std::vector<AnsweredChange>& changes, st
 
 bool ChangeSettlement::store(const std::vector<AnsweredChange>& changes) const {
     std::vector<std::string> silent;
+    std::vector<std::int64_t> unsent;
     std::vector<const AnsweredChange*> accepted;
     for (auto& change : changes) {
         switch (change.answer.outcome) {
             case Outcome::noAnswer:
                 silent.push_back(change.sent.transactionID);
+                if (change.answer.isUnsent) unsent.push_back(change.entry.number);
                 break;
             case Outcome::accepted:
                 accepted.push_back(&change);
@@ -94,7 +98,8 @@ bool ChangeSettlement::store(const std::vector<AnsweredChange>& changes) const {
                 break;
         }
     }
-    return stores_.transactions()->makeReady(silent) && storeAccepted(accepted);
+    return stores_.transactions()->makeReady(silent) &&
+           (unsent.empty() || stores_.changeRegister()->noteUnsent(unsent)) && storeAccepted(accepted);
 }
 
 /// A delete may have dropped the row of an edit meanwhile. The record has no row here then, and gets none.
@@ -114,7 +119,8 @@ bool ChangeSettlement::storeAccepted(const std::vector<const AnsweredChange*>& c
         auto& sent = change->sent;
         if (isAdd(sent) && !replaceId(sent, change->entry, change->answer.recordId)) return false;
         if (sent.operationType == T::deleteRecord &&
-            !removeDeletedRecords(stores_.databaseAdapter(), *records_, sent.moduleName, {sent.recordID}))
+            !(removeDeletedRecords(stores_.databaseAdapter(), *records_, sent.moduleName, {sent.recordID}) &&
+              RecordSides::remove(stores_, sent.recordID)))
             return false;
         if (hasServersRecord(*change)) records[sent.moduleName].push_back(*change->answer.record);
     }
@@ -123,7 +129,7 @@ bool ChangeSettlement::storeAccepted(const std::vector<const AnsweredChange*>& c
     return std::all_of(changes.begin(), changes.end(), [&](auto change) {
         auto& sent = change->sent;
         return sent.operationType == T::deleteRecord ||
-               tidyRest(sent, isAdd(sent) ? change->answer.recordId : sent.recordID, hasServersRecord(*change));
+               tidyRest(*change, isAdd(sent) ? change->answer.recordId : sent.recordID);
     });
 }
 
@@ -149,7 +155,8 @@ bool ChangeSettlement::storeServerRecords(const std::string& moduleName, const s
 
 /// What failed before must not undo an accepted edit when it is tried again. The two sides of a record stay while
 /// changes of it are left; their server side is then what the answer made of it.
-bool ChangeSettlement::tidyRest(const Transaction& accepted, const std::string& recordId, bool hasServerRecord) const {
+bool ChangeSettlement::tidyRest(const AnsweredChange& change, const std::string& recordId) const {
+    auto& accepted = change.sent;
     auto sides = stores_.transactionRecords();
     auto left = stores_.transactions()->getTransactions(recordId);
     if (left && !left->transactions.empty() && accepted.operationType == T::editRecord) {
@@ -159,11 +166,13 @@ bool ChangeSettlement::tidyRest(const Transaction& accepted, const std::string& 
     if (!left) return false;
     if (left->transactions.empty()) return sides->removeTransactionRecord(recordId);
     auto found = sides->getTransactionRecord(recordId);
-    if (!hasServerRecord || !found || !found.value()) return true;
-    auto current = records_->fetchRecord(accepted.moduleName, recordId);
-    if (!current) return true;
+    if (!found || !found.value()) return true;
+    auto wire = hasServersRecord(change) ? change.answer.record : ChangePayload::of(accepted);
+    auto fields = FieldListAssembler::getFieldListDM(stores_.databaseAdapter())
+                      ->getFieldsWithoutPicklists(accepted.moduleName, std::nullopt);
+    if (!wire || !fields) return true;
     auto record = *found.value();
-    record.serverData = current->getDictionary();
+    RecordSides::layOver(record.serverData, *wire, fields.value());
     return sides->storeTransactionRecordPersistance(record);
 }
 

@@ -49,7 +49,7 @@ private:
     bool storeRefused(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool replaceId(const Transaction& sent, const ChangeEntry& entry, const std::string& newId) const;
     bool storeServerRecords(const std::string& moduleName, const std::vector<ValueMap>& records) const;
-    bool tidyRest(const Transaction& accepted, const std::string& recordId, bool hasServerRecord) const;
+    bool tidyRest(const AnsweredChange& change, const std::string& recordId) const;
     void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool goesOn(const std::string& recordId) const;
     void follow(const AnsweredChange& change) const;

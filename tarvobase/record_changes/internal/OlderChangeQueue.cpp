@@ -7,6 +7,7 @@
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/record_changes/internal/EndedChanges.h"
+#include "tarvobase/record_changes/internal/RecordSides.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/transaction/TransactionWaiters.h"
 
@@ -172,14 +173,15 @@ OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
     auto creations = stores_.changeRegister()->entriesOf(ChangeQueue::current, creating);
     if (!entries || !creations) return Step::failed;
     if (std::any_of(entries->begin(), entries->end(), [](auto& entry) { return entry.mayBeApplied; }) ||
-        std::any_of(creations->begin(), creations->end(),
-                    [](auto& entry) { return entry.sends > 0 && !entry.isKnownToBeRefused(); }))
+        std::any_of(creations->begin(), creations->end(), [](auto& entry) { return entry.mayHaveArrived(); }))
         return failForDependency(change);
     std::optional<ChangeEntry> entry;
     bool isStored = stores_.databaseAdapter()->transaction("drop a delete", [&] {
         if (!isAsRead()) return true;
         entry = stores_.changeRegister()->enter(ChangeQueue::older, id);
-        return entry && endOlderChanges(stores_, {change.transaction}, ChangeOutcome::accepted) &&
+        auto& recordId = change.transaction.recordID;
+        return entry && RecordSides::remove(stores_, recordId) &&
+               endOlderChanges(stores_, {change.transaction}, ChangeOutcome::accepted) &&
                endOlderChanges(stores_, adds, ChangeOutcome::cancelled) && removeCreating(creating, change.transaction);
     });
     if (!isStored) return Step::failed;

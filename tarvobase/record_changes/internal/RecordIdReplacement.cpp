@@ -135,8 +135,20 @@ bool RecordIdReplacement::replaceInCurrentQueue(const std::string& formerId, con
     for (auto& transaction : *naming) records.insert({transaction.module.rawValue(), transaction.recordId});
     return std::all_of(records.begin(), records.end(), [&](auto& record) {
         bool hasTable = !stores_.databaseAdapter()->columnNames(RecordUtil::getTableName(record.first)).empty();
-        return !hasTable || replaceInRow(record.first, record.second, formerId, newId);
+        return (!hasTable || replaceInRow(record.first, record.second, formerId, newId)) &&
+               replaceInCurrentSides(record.second, formerId, newId);
     });
+}
+
+bool RecordIdReplacement::replaceInCurrentSides(const std::string& recordId, const std::string& formerId,
+                                                const std::string& newId) const {
+    auto store = stores_.currentTransactionRecords();
+    auto found = store->getTransactionRecord(recordId);
+    if (!found || !found.value()) return true;
+    auto sides = *found.value();
+    bool isNamed = replaceTexts(sides.deviceData, formerId, newId);
+    isNamed = replaceTexts(sides.serverData, formerId, newId) || isNamed;
+    return !isNamed || store->storeTransactionRecord(sides);
 }
 
 /// The record of a change that waits may look up the added one.

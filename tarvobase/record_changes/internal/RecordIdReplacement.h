@@ -37,6 +37,8 @@ private:
                       const std::string& newId) const;
     std::optional<std::set<std::string>> editedColumns(const std::string& moduleName,
                                                        const std::string& recordId) const;
+    bool replaceInCurrentSides(const std::string& recordId, const std::string& formerId,
+                               const std::string& newId) const;
     bool replaceInSides(const std::string& recordId, const std::string& formerId, const std::string& newId) const;
     bool moveColumn(const std::string& table, std::string_view column, const std::string& formerId,
                     const std::string& newId) const;

@@ -8,6 +8,7 @@
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/record_changes/internal/EndedChanges.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
+#include "tarvobase/record_changes/internal/RecordSides.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/records/sql/DeletedRecords.h"
@@ -78,7 +79,8 @@ void RecordRefetch::dropRefusedDeletes(const std::string& moduleName, const std:
             if (!entry || !endOlderChanges(stores_, {row}, ChangeOutcome::accepted)) return false;
             dropped.push_back(Change::of(row, *entry));
         }
-        return removeDeletedRecords(stores_.databaseAdapter(), *records_, moduleName, {recordId});
+        return removeDeletedRecords(stores_.databaseAdapter(), *records_, moduleName, {recordId}) &&
+               RecordSides::remove(stores_, recordId);
     });
     if (!isStored) return;
     for (auto& change : dropped) changeNotices::accepted(std::move(change), std::nullopt);

@@ -30,6 +30,10 @@ struct ChangeAnswer {
     }
     static ChangeAnswer unreadable() { return {.outcome = Outcome::unreadable}; }
     static ChangeAnswer noAnswer(Silence silence) { return {.outcome = Outcome::noAnswer, .silence = silence}; }
+    /// There is no answer, and the server cannot have the change from this request.
+    static ChangeAnswer unsent(Silence silence) {
+        return {.outcome = Outcome::noAnswer, .silence = silence, .isUnsent = true};
+    }
 
     Outcome outcome = Outcome::unreadable;
     /// The server's id of the record, if the change is accepted: that of a new record, or the one that was sent.
@@ -42,6 +46,7 @@ struct ChangeAnswer {
     /// earlier send of it.
     bool isOfWholeRequest = false;
     std::optional<Silence> silence{};  ///< present if there is no answer
+    bool isUnsent = false;             ///< whether the request without an answer has not reached the server
 
     friend bool operator==(const ChangeAnswer&, const ChangeAnswer&) = default;
 };

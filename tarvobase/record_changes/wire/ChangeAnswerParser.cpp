@@ -30,7 +30,11 @@ ChangeAnswer answerOfFailure(const NetworkError& error) {
         case Kind::tooLarge:
             return ChangeAnswer::unreadable();
         case Kind::notSent:
-            return ChangeAnswer::noAnswer(Silence::notSignedIn);
+            return ChangeAnswer::unsent(Silence::notSignedIn);
+        case Kind::cannotConnect:
+        case Kind::certificate:
+        case Kind::invalidURL:
+            return ChangeAnswer::unsent(Silence::noConnection);
         case Kind::timeout:
             return ChangeAnswer::noAnswer(Silence::timeout);
         case Kind::shutDown:
@@ -47,8 +51,9 @@ std::optional<ChangeAnswer> withoutAnswer(const NetworkAnswer& answer) {
     if (answer.error) return answerOfFailure(*answer.error);
     switch (answer.response ? answer.response->statusCode : 200) {
         case 401:
-            return ChangeAnswer::noAnswer(Silence::notSignedIn);
+            return ChangeAnswer::unsent(Silence::notSignedIn);
         case 429:
+            return ChangeAnswer::unsent(Silence::busy);
         case 503:
             return ChangeAnswer::noAnswer(Silence::busy);
         default:

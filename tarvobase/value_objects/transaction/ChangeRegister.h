@@ -30,6 +30,8 @@ struct ChangeEntry {
     /// A UUID of the payload, which each send carries. The server applies a payload once, however often it arrives.
     std::string key;
     std::int64_t sends = 0;  ///< requests that were started
+    /// How many of them the server is known not to have applied: it refused them, or they never reached it.
+    std::int64_t refusedSends = 0;
     std::optional<ErrorResponse> lastRefusal;
     /// Whether the server may have applied the change all the same: its answer could not be read, or it failed a repeat
     /// as a whole, after a send without an answer.
@@ -42,6 +44,9 @@ struct ChangeEntry {
 
     /// Returns whether the server has not applied the change: it said so, or was never asked.
     bool isKnownToBeRefused() const { return lastRefusal && !mayBeApplied; }
+
+    /// Returns whether the server may have the change: a request is on its way, or had no answer that can be relied on.
+    bool mayHaveArrived() const { return sends > refusedSends; }
 
     friend bool operator==(const ChangeEntry&, const ChangeEntry&) = default;
 };
@@ -68,6 +73,8 @@ public:
     /// Takes back what `noteSends` counted for changes that were not sent after all.
     virtual bool takeBackSends(const std::vector<std::int64_t>& numbers) = 0;
     bool noteSend(std::int64_t number) { return noteSends({number}); }
+    /// Notes that the last send of each of these changes has not reached the server.
+    virtual bool noteUnsent(const std::vector<std::int64_t>& numbers) = 0;
     virtual bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) = 0;
     /// Forgets the refusal of a change that is to be sent again as it is, under its key.
     virtual bool forgetRefusal(std::int64_t number) = 0;

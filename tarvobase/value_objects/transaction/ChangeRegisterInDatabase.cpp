@@ -11,7 +11,7 @@ namespace {
 
 namespace changeColumns {
 constexpr const char *number = "number", *enteredAt = "entered_at", *organisation = ChangeRegisterTable::organisation,
-                     *key = "key", *sends = "sends", *refusalCode = "refusal_code",
+                     *key = "key", *sends = "sends", *refusedSends = "refused_sends", *refusalCode = "refusal_code",
                      *refusalMessage = ChangeRegisterTable::refusalMessage, *refusalDetails = "refusal_details",
                      *mayBeApplied = "may_be_applied", *queue = ChangeRegisterTable::queue,
                      *transactionId = ChangeRegisterTable::transactionId, *transactionNumber = "transaction_number";
@@ -26,6 +26,7 @@ EnsuredTable::Declaration changeRegisterTable() {
                         {organisation, "TEXT"},
                         {key, "TEXT"},
                         {sends, "INTEGER DEFAULT 0"},
+                        {refusedSends, "INTEGER DEFAULT 0"},
                         {refusalCode, "TEXT"},
                         {refusalMessage, "TEXT"},
                         {refusalDetails, "TEXT"},
@@ -73,6 +74,7 @@ ChangeEntry entryOf(const Row& row) {
             .organisation = text(organisation),
             .key = text(key),
             .sends = integer(sends),
+            .refusedSends = integer(refusedSends),
             .lastRefusal = refusalOf(row),
             .mayBeApplied = integer(mayBeApplied) != 0,
             .queue = fromRawText<ChangeQueue>(text(queue)).value_or(ChangeQueue::older),
@@ -131,8 +133,8 @@ ChangeRegister::Entries ChangeRegisterInDatabase::unanswered(ChangeQueue queue) 
                                         columnIs(changeColumns::organisation, organisation_)}));
 }
 
-bool ChangeRegisterInDatabase::addToSends(std::int64_t count, const std::vector<std::int64_t>& numbers) const {
-    std::string counted = changeColumns::sends;
+bool ChangeRegisterInDatabase::addTo(const std::string& counted, std::int64_t count,
+                                     const std::vector<std::int64_t>& numbers) const {
     auto areThese = Criteria::in(changeColumns::number, ValueList(numbers.begin(), numbers.end()));
     ValueList parameters{count};
     for (auto& parameter : areThese.parameters()) parameters.push_back(parameter);
@@ -140,7 +142,11 @@ bool ChangeRegisterInDatabase::addToSends(std::int64_t count, const std::vector<
         "UPDATE " + table_.name() + " SET " + counted + " = " + counted + " + ? WHERE " + areThese.sql(), parameters));
 }
 bool ChangeRegisterInDatabase::noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) {
-    return table_.update(refusalValues(refusal, mayBeApplied), hasNumber(number));
+    if (!table_.update(refusalValues(refusal, mayBeApplied), hasNumber(number))) return false;
+    return mayBeApplied ||
+           table_.execute(RawQuery("UPDATE " + table_.name() + " SET " + changeColumns::refusedSends + " = " +
+                                       changeColumns::sends + " WHERE " + changeColumns::number + " = ?",
+                                   {number}));
 }
 bool ChangeRegisterInDatabase::forgetRefusal(std::int64_t number) {
     return table_.update(refusalValues(std::nullopt), hasNumber(number));

@@ -22,8 +22,9 @@ public:
     Entries entries() override;
     Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
     Entries unanswered(ChangeQueue queue) override;
-    bool noteSends(const std::vector<std::int64_t>& numbers) override { return addToSends(1, numbers); }
-    bool takeBackSends(const std::vector<std::int64_t>& numbers) override { return addToSends(-1, numbers); }
+    bool noteSends(const std::vector<std::int64_t>& numbers) override { return addTo("sends", 1, numbers); }
+    bool takeBackSends(const std::vector<std::int64_t>& numbers) override { return addTo("sends", -1, numbers); }
+    bool noteUnsent(const std::vector<std::int64_t>& numbers) override { return addTo("refused_sends", 1, numbers); }
     bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) override;
     bool forgetRefusal(std::int64_t number) override;
     std::optional<std::string> renewKey(std::int64_t number) override;
@@ -35,7 +36,7 @@ public:
     std::optional<std::vector<ChangeEnd>> endsOf(const std::vector<std::int64_t>& numbers) override;
 
 private:
-    bool addToSends(std::int64_t count, const std::vector<std::int64_t>& numbers) const;
+    bool addTo(const std::string& column, std::int64_t count, const std::vector<std::int64_t>& numbers) const;
     Entries entriesWhere(Criteria criteria) const;
 
     EnsuredTable table_, ends_;

@@ -54,6 +54,10 @@ const ErrorResponse& ErrorResponse::fileNotReadable() {
     static const auto error = local("txnFILE_NOT_READABLE");
     return error;
 }
+const ErrorResponse& ErrorResponse::maxSyncAttemptReached() {
+    static const ErrorResponse error{.code = "txnMAX_SYNC_ATTEMPT_REACHED", .message = {}, .details = std::nullopt};
+    return error;
+}
 
 ErrorResponse ErrorResponse::noAnswer(std::string what) { return {.code = noAnswerCode, .message = std::move(what)}; }
 bool ErrorResponse::isNoAnswer() const { return code == noAnswerCode; }

@@ -30,6 +30,8 @@ struct ErrorResponse {
     static const ErrorResponse& dependingTransactionFailed();
     /// The file of an upload cannot be read. The server was not asked.
     static const ErrorResponse& fileNotReadable();
+    /// Says that a transaction was started as often as is allowed. It has no message.
+    static const ErrorResponse& maxSyncAttemptReached();
     /// The last words of a change that the server has not decided on: what happened, without values of records.
     static ErrorResponse noAnswer(std::string what);
     bool isNoAnswer() const;

@@ -37,6 +37,10 @@ TransactionRecordPersistanceContract::Found NTransactionRecordInDatabase::getTra
     return std::optional(std::move(record).value());
 }
 
+bool NTransactionRecordInDatabase::removeTransactionRecord(const std::string& recordId) {
+    return table_.remove(columnIs(recordSidesMapper.recordId, recordId));
+}
+
 /// A record that cannot be read moves all the same. Texts are replaced where they are the id, so that a longer id that
 /// begins like it stays.
 bool NTransactionRecordInDatabase::replaceRecordId(const std::string& newId, const std::string& formerId) {

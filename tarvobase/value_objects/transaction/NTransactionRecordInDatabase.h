@@ -13,6 +13,7 @@ public:
 
     bool storeTransactionRecord(const NTransactionRecord& record) override;
     Found getTransactionRecord(const std::string& recordId) override;
+    bool removeTransactionRecord(const std::string& recordId) override;
     bool replaceRecordId(const std::string& newId, const std::string& formerId) override;
 
 private:

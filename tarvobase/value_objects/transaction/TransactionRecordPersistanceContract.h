@@ -21,6 +21,7 @@ public:
     /// Stores both sides of a record, in place of those stored before.
     virtual bool storeTransactionRecord(const NTransactionRecord& record) = 0;
     virtual Found getTransactionRecord(const std::string& recordId) = 0;
+    virtual bool removeTransactionRecord(const std::string& recordId) = 0;
     /// Moves a record to another id, also where its device side names the former one.
     virtual bool replaceRecordId(const std::string& newId, const std::string& formerId) = 0;
 };

@@ -132,7 +132,8 @@ TEST_F(RecordChangesTest, FirstEditKeepsTheServersSide) {
     EXPECT_EQ(sides->serverData.find("COMPANY")->textOr(""), "server");
     EXPECT_EQ(sides->deviceData.find("COMPANY")->textOr(""), "second");
     EXPECT_TRUE(remove("7"));
-    EXPECT_FALSE(parts->stores.transactionRecords()->getTransactionRecord("7").value());
+    sides = parts->stores.transactionRecords()->getTransactionRecord("7").value();
+    EXPECT_EQ(sides->serverData.find("COMPANY")->textOr(""), "server") << "a cancelled delete brings it back";
 }
 
 TEST_F(RecordChangesTest, EditOfARefusedAddIsTheAddAgain) {

@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "tarvobase/change_queues/ChangeCancellation.h"
 #include "tarvobase/change_queues/QueuedChanges.h"
 #include "tarvobase/notes/internal/AddNoteDM.h"
 #include "tarvobase/notes/internal/EditNoteDM.h"
@@ -335,6 +336,42 @@ TEST_F(NotesTest, TheSoundOfADeletedNoteStaysUntilItsUploadIsAnswered) {
     network->uploads().front().completionHandler({.body = Data(texts("41"))});
     settle();
     EXPECT_FALSE(files::exists(*files().pathOf(firstNote)) || files::exists(*files().pathOf("41")));
+}
+
+TEST_F(NotesTest, AnEditThatIsCancelledGivesTheFormerTextBack) {
+    ChangeCancellation cancellation({.stores = *stores,
+                                     .records = records,
+                                     .manager = manager,
+                                     .fetch = [](auto&, auto& recordId) { ADD_FAILURE() << "fetch of " << recordId; },
+                                     .removeSound = [](auto&) {},
+                                     .wake = [] {}});
+    auto lastNumber = [&] { return stores->changeRegister()->entries()->back().number; };
+    auto textNow = [&] { return cells("NotesRecords", {"NOTECONTENT"}); };
+    EXPECT_FALSE(addNote(firstNote, "one"));
+    EXPECT_FALSE(editText(firstNote, "two"));
+    EXPECT_FALSE(editText(firstNote, "three"));
+    EXPECT_TRUE(cancellation.cancel({{lastNumber()}, true}));
+    EXPECT_EQ(textNow(), R"("two")");
+    EXPECT_TRUE(cancellation.cancel({{lastNumber()}, true}));
+    EXPECT_EQ(textNow(), R"("one")");
+
+    EXPECT_FALSE(editText(firstNote, "four"));
+    EXPECT_FALSE(editText(firstNote, "five"));
+    network->answer(texts("42"));
+    network->answer(texts("42"));
+    network->fail(NetworkError::Kind::timeout);
+    manager->startSync();
+    settle();
+    EXPECT_EQ(rows().find("addTextNote"), std::string::npos) << rows();
+    EXPECT_FALSE(cancellation.cancel({{lastNumber()}, true})) << "the server may have it";
+    auto sides = stores->currentTransactionRecords()->getTransactionRecord("42");
+    ASSERT_TRUE(sides.value());
+    EXPECT_EQ(sides.value()->serverData.valueOf("NOTECONTENT"), Value("four")) << "which the server has accepted";
+    network->answer(texts("42"));
+    manager->wake();
+    settle();
+    EXPECT_EQ(rows(), "");
+    EXPECT_FALSE(stores->currentTransactionRecords()->getTransactionRecord("42").value());
 }
 
 }  // namespace tarvo

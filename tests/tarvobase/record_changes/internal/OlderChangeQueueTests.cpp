@@ -175,8 +175,10 @@ TEST_F(OlderChangeQueueTest, DeletesEndAtTheServersWord) {
     enqueue("2", T::deleteRecord, "8");
     enqueue("3", T::deleteRecord, temporaryId);
     EXPECT_EQ(sendAll(), "1 2");
+    ASSERT_TRUE(stores->transactionRecords()->storeTransactionRecordPersistance({.recordID = "8"}));
     answer(refusal());
     answer(ChangeAnswer::accepted("8"));
+    EXPECT_FALSE(stores->transactionRecords()->getTransactionRecord("8").value());
     EXPECT_EQ(fetched, std::vector<std::string>{"7"});
     EXPECT_EQ(rows(), R"("1","7","error")");
     EXPECT_EQ(cells("Leads_CUSTOM_VIEW_RECORDS", {"cv_id", "record"}), R"("v1","7")");

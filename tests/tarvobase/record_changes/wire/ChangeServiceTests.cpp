@@ -16,7 +16,7 @@ NetworkAnswer answered(const std::string& body, int status = 200) {
 
 /// An answer in one line: its outcome, the id, the record's fields or the refusal, and the reason of silence.
 std::string shown(const ChangeAnswer& answer) {
-    std::string line(caseName(answer.outcome));
+    std::string line = answer.isUnsent ? "unsent" : std::string(caseName(answer.outcome));
     if (!answer.recordId.empty()) line += " " + answer.recordId;
     if (answer.record) line += " " + *json::write(Value(*answer.record));
     if (answer.refusal) line += " " + *json::write(Value(answer.refusal->toJSON()));
@@ -137,10 +137,10 @@ TEST(ChangeAnswerTest, BeingOfflineIsNoAnswer) {
     struct {
         Kind kind;
         std::string expected;
-    } failures[] = {{Kind::notSent, "noAnswer notSignedIn"},
-                    {Kind::cannotConnect, "noAnswer noConnection"},
+    } failures[] = {{Kind::notSent, "unsent notSignedIn"},
+                    {Kind::cannotConnect, "unsent noConnection"},
                     {Kind::connectionLost, "noAnswer noConnection"},
-                    {Kind::certificate, "noAnswer noConnection"},
+                    {Kind::certificate, "unsent noConnection"},
                     {Kind::timeout, "noAnswer timeout"},
                     {Kind::shutDown, "noAnswer shutDown"},
                     {Kind::outdated, "noAnswer outdated"},
@@ -152,8 +152,8 @@ TEST(ChangeAnswerTest, BeingOfflineIsNoAnswer) {
         EXPECT_EQ(shown(ChangeAnswerParser::ofUpload(answer)), one.expected);
     }
     auto body = entry(R"("info":{"recordId":"7"},"error":["C","M"])");
-    EXPECT_EQ(shown(ChangeAnswerParser::ofAdd(answered(body, 401))), "noAnswer notSignedIn");
-    EXPECT_EQ(shown(ChangeAnswerParser::ofDelete(answered(body, 429), "7")), "noAnswer busy");
+    EXPECT_EQ(shown(ChangeAnswerParser::ofAdd(answered(body, 401))), "unsent notSignedIn");
+    EXPECT_EQ(shown(ChangeAnswerParser::ofDelete(answered(body, 429), "7")), "unsent busy");
     EXPECT_EQ(shown(ChangeAnswerParser::ofUpload(answered(body, 503))), "noAnswer busy");
     EXPECT_EQ(shown(ChangeAnswerParser::ofAdd(answered(body, 400))), R"(refused {"code":"C","message":"M"})");
 }
@@ -238,7 +238,7 @@ TEST_F(ChangeServiceTest, WithoutATokenOrAfterASwitchThereIsNoAnswer) {
     };
     signIn("1001", std::nullopt);
     sendBoth();
-    EXPECT_EQ(answers, "noAnswer notSignedIn;noAnswer notSignedIn;");
+    EXPECT_EQ(answers, "unsent notSignedIn;unsent notSignedIn;");
     answers.clear();
     signIn("1001");
     configuration().currentOrgID = "78";

@@ -1,0 +1,160 @@
+#include "tarvobase/change_queues/RecordReversion.h"
+
+#include <algorithm>
+
+#include "platform/Json.h"
+#include "tarvobase/database_layer/DatabaseAdapter.h"
+#include "tarvobase/database_layer/TransactionEnd.h"
+#include "tarvobase/metadata/GetFieldListDM.h"
+#include "tarvobase/notification/BrenNotificationCenter.h"
+#include "tarvobase/notification/RecordChangedObserver.h"
+#include "tarvobase/record_changes/internal/ChangePayload.h"
+#include "tarvobase/record_changes/internal/RecordSides.h"
+#include "tarvobase/records/SharedActivities.h"
+#include "tarvobase/records/sql/DeletedRecords.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
+
+namespace tarvo {
+
+namespace {
+
+void notifyOfRecord(std::function<void(RecordChangedObserver&)> callback) {
+    afterCommit([callback = std::move(callback)] {
+        BrenNotificationCenter::shared().notify<RecordChangedObserver>(true, callback);
+    });
+}
+
+bool namesAny(const Value& value, const std::set<std::string>& ids) {
+    auto text = json::write(value).value_or("");
+    return std::any_of(ids.begin(), ids.end(), [&](auto& id) { return text.find(id) != std::string::npos; });
+}
+
+std::int64_t modifiedTimeOf(const Record& record, const Stores& stores) {
+    return record[stores.scope.naming.constant->modifiedTime].asInteger().value_or(0);
+}
+
+}  // namespace
+
+bool RecordReversion::removeAdded(const SelectedChange& add) const {
+    // Some kinds have no record on the screen.
+    if (stores_.databaseAdapter()->columnNames(RecordUtil::getTableName(add.moduleName())).empty()) return true;
+    if (!removeDeletedRecords(stores_.databaseAdapter(), *records_, add.moduleName(), {add.recordId()}) ||
+        !RecordSides::remove(stores_, add.recordId()))
+        return false;
+    notifyOfRecord(
+        [module = add.moduleName(), id = add.recordId()](auto& observer) { observer.recordDeleted(module, {id}); });
+    return true;
+}
+
+bool RecordReversion::revertEdits(const std::string& moduleName, const std::string& recordId,
+                                  const std::vector<const SelectedChange*>& edits, bool revert,
+                                  const std::set<std::string>& goneIds) {
+    auto row = records_->fetchRecord(moduleName, recordId);
+    auto fields = FieldListAssembler::getFieldListDM(stores_.databaseAdapter())
+                      ->getFieldsWithoutPicklists(moduleName, std::nullopt);
+    // Nothing of it is on the screen.
+    if (!row || !fields) return true;
+    std::set<std::string> names;
+    for (auto edit : edits)
+        if (auto payload = edit->payload())
+            for (auto& entry : *payload)
+                if (revert || namesAny(entry.value, goneIds)) names.insert(std::string(entry.name));
+    if (names.empty()) return true;
+    bool isRead = false;
+    auto former = formerValues(moduleName, recordId, fields.value(), isRead);
+    if (!isRead) return false;
+    if (!former) {
+        unknown_.insert({moduleName, recordId});
+        return true;
+    }
+    ValueMap changed;
+    for (auto& name : names) {
+        auto columns = RecordSides::columnsOf(name, fields.value());
+        // The texts that are shown for a value stay as long as it does.
+        if (columns.empty() || !row->hasColumn(columns.front()) ||
+            row->valueOf(columns.front()) == former->valueOf(columns.front()))
+            continue;
+        for (auto& column : columns)
+            if (row->hasColumn(column)) changed.set(column, former->valueOf(column));
+    }
+    return changed.empty() || write(moduleName, *row, std::move(changed));
+}
+
+/// Returns what the server has of a record, or the values of its add, with the edits over it that are still queued.
+/// Returns nullopt if neither is known. `isRead` says whether the queues could be read.
+std::optional<ValueMap> RecordReversion::formerValues(const std::string& moduleName, const std::string& recordId,
+                                                      const FieldList& fields, bool& isRead) const {
+    auto older = stores_.transactions()->getTransactions(recordId);
+    auto current = stores_.currentTransactions()->getTransactionsWithRecordIds({recordId});
+    isRead = older && current;
+    if (!isRead) return std::nullopt;
+    std::optional<ValueMap> former;
+    auto sides = stores_.transactionRecords()->getTransactionRecord(recordId);
+    auto currentSides = stores_.currentTransactionRecords()->getTransactionRecord(recordId);
+    if (sides && sides.value())
+        former = sides.value()->serverData;
+    else if (currentSides && currentSides.value())
+        former = currentSides.value()->serverData;
+    auto layOver = [&](const ValueMap& payload, bool isAdd) {
+        if (isAdd && !former)
+            former.emplace();
+        else if (isAdd)
+            return;
+        if (former) RecordSides::layOver(*former, payload, fields);
+    };
+    for (auto& row : older->transactions) {
+        bool isAdd = row.operationType == TransactionType::addRecord;
+        bool isTheirs = row.moduleName == moduleName && (isAdd || row.operationType == TransactionType::editRecord);
+        auto payload = isTheirs ? ChangePayload::of(row) : std::nullopt;
+        if (payload) layOver(*payload, isAdd);
+    }
+    for (auto& row : *current)
+        if (createsRecord(row.kind) || depndencyType(row.kind) == RecordDependency::Kind::edit)
+            layOver(row.payload, createsRecord(row.kind));
+    return former;
+}
+
+bool RecordReversion::write(const std::string& moduleName, const Record& record, ValueMap changed) const {
+    auto modified = modifiedTimeOf(record, stores_);
+    Record values(std::move(changed), record.recordId(), moduleName, stores_.scope.naming);
+    for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName))
+        // The shared table is written as far as its fields are known.
+        if (!records_->modifyRecord(module, values) && module == moduleName) return false;
+    notifyOfRecord([moduleName, id = record.recordId(), modified](auto& observer) {
+        observer.recordUpdated(moduleName, RecordChangedObserver::RecordIds{{id, modified}});
+    });
+    return true;
+}
+
+bool RecordReversion::restore(const SelectedChange& deletion) {
+    auto& moduleName = deletion.moduleName();
+    auto& recordId = deletion.recordId();
+    auto sides = stores_.transactionRecords()->getTransactionRecord(recordId);
+    // The server has refused the delete, and the record is back.
+    if (records_->fetchRecord(moduleName, recordId)) return true;
+    if (!sides || !sides.value() || sides.value()->serverData.empty()) {
+        unknown_.insert({moduleName, recordId});
+        return true;
+    }
+    Record record(sides.value()->serverData, recordId, moduleName, stores_.scope.naming);
+    for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName)) {
+        auto row = record;
+        bool isShared = module != moduleName;
+        if (isShared) row.set(stores_.scope.naming.constant->Activities.activityType, moduleName);
+        if (!records_->storeRecord(row, module) && !isShared) return false;
+    }
+    notifyOfRecord([moduleName, recordId, modified = modifiedTimeOf(record, stores_)](auto& observer) {
+        observer.recordAdded(moduleName, {{recordId, modified}});
+    });
+    return true;
+}
+
+bool RecordReversion::tidy(const std::string& recordId) const {
+    auto older = stores_.transactions()->getTransactions(recordId);
+    auto current = stores_.currentTransactions()->getTransactionsWithRecordIds({recordId});
+    if (!older || !current) return false;
+    return (!older->transactions.empty() || stores_.transactionRecords()->removeTransactionRecord(recordId)) &&
+           (!current->empty() || stores_.currentTransactionRecords()->removeTransactionRecord(recordId));
+}
+
+}  // namespace tarvo
