@@ -11,6 +11,7 @@
 #include "tarvobase/record_changes/internal/QueuedChange.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/transaction/TransactionWaiters.h"
+#include "tarvobase/utils/TemporaryIds.h"
 
 namespace tarvo {
 
@@ -23,6 +24,10 @@ Numbers numbersOf(const std::vector<SelectedChange>& changes) {
     for (auto& change : changes) numbers.push_back(change.entry().number);
     std::sort(numbers.begin(), numbers.end());
     return numbers;
+}
+
+bool createsRow(TransactionType type) {
+    return type == TransactionType::addRecord || type == TransactionType::addAttachment;
 }
 
 bool contains(const Numbers& numbers, std::int64_t number) {
@@ -42,6 +47,8 @@ std::string CancelRefusal::message() const {
             return "the server may have change " + list + " already, so that only its answer can end it";
         case Reason::hasWaiters:
             return "the record is named by change " + list + ", which must be cancelled with it";
+        case Reason::neverSent:
+            return "the record of change " + list + " was never sent, and cannot be brought back";
         case Reason::notStored:
             break;
     }
@@ -66,6 +73,9 @@ Result<Numbers, CancelRefusal> ChangeCancellation::cancel(const CancelRequest& r
         if (!waiters.empty() && !request.withWaiters)
             refusal = CancelRefusal{CancelRefusal::Reason::hasWaiters, std::move(waiters)};
         if (!sent.empty()) refusal = CancelRefusal{CancelRefusal::Reason::sent, std::move(sent)};
+        auto gone = request.revert ? deletesOfUnsentAdds(selected) : Numbers();
+        if (!gone) return false;
+        if (!gone->empty()) refusal = CancelRefusal{CancelRefusal::Reason::neverSent, *std::move(gone)};
         return !refusal && take(selected) && revert(selected, request.revert);
     });
     if (isStored) return numbersOf(selected);
@@ -83,6 +93,24 @@ ChangeCancellation::Refusal ChangeCancellation::select(const Numbers& numbers, C
         if (!contains(found, number)) missing.push_back(number);
     if (missing.empty() && !numbers.empty()) return std::nullopt;
     return CancelRefusal{CancelRefusal::Reason::notQueued, std::move(missing)};
+}
+
+/// Returns the deletes whose record has no add any more. Brought back, it would stay here alone: nothing would ever
+/// create it at the server. Returns nullopt if the queues cannot be read.
+std::optional<Numbers> ChangeCancellation::deletesOfUnsentAdds(const Changes& selected) const {
+    Numbers deletes;
+    for (auto& change : selected) {
+        if (!change.isDelete() || !isTemporaryRecordId(change.recordId())) continue;
+        auto older = parts_.stores.transactions()->getTransactions(change.recordId());
+        auto current = parts_.stores.currentTransactions()->getTransactionIdsWithRecordIds({change.recordId()},
+                                                                                           kindsWhere(createsRecord));
+        if (!older || !current) return std::nullopt;
+        bool hasAdd = !current->empty() || std::any_of(older->transactions.begin(), older->transactions.end(),
+                                                       [](auto& row) { return createsRow(row.operationType); });
+        if (!hasAdd) deletes.push_back(change.entry().number);
+    }
+    std::sort(deletes.begin(), deletes.end());
+    return deletes;
 }
 
 /// What hangs on an add may be an add itself, so the list grows while it is walked.

@@ -37,6 +37,7 @@ struct CancelRefusal {
         notQueued,   ///< there are no such changes in the queues
         sent,        ///< they are on their way, or the server may have them: only its answer can end them
         hasWaiters,  ///< they hang on the changes that were to be cancelled
+        neverSent,   ///< deletes that took unsent adds with them: the records cannot be brought back
         notStored    ///< the database refuses
     };
     Reason reason = Reason::notStored;
@@ -74,6 +75,7 @@ private:
 
     Refusal select(const Numbers& numbers, Changes& selected) const;
     bool addWaiters(Changes& selected) const;
+    std::optional<Numbers> deletesOfUnsentAdds(const Changes& selected) const;
     bool addWaitersOf(const SelectedChange& creation, Changes& selected) const;
     bool add(ChangeQueue queue, const std::string& transactionId, Changes& selected) const;
     bool take(const Changes& changes) const;

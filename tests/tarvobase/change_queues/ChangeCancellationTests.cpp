@@ -201,6 +201,13 @@ TEST_F(ChangeCancellationTest, ARecordWhoseDeleteIsCancelledComesBackAsTheServer
     remove("8");
     EXPECT_TRUE(cancel({4}, true));
     EXPECT_EQ(log, "wake wake wake fetch 8 ");
+    add(lead(firstLead, {}));
+    remove(firstLead);
+    auto refused = cancel({6}, true);
+    ASSERT_FALSE(refused) << "nothing would create the record at the server any more";
+    EXPECT_EQ(refused.error().reason, Reason::neverSent);
+    EXPECT_TRUE(cancel({6}));
+    EXPECT_EQ(stored() + numbersLeft(), "");
 }
 
 }  // namespace tarvo
