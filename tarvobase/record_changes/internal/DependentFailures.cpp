@@ -21,6 +21,18 @@ bool leaveOutLater(const Stores& stores, const Transaction& freed, const std::ve
     return SupersededEdits::leaveOut(stores, freed, ofRecord);
 }
 
+/// Adds the records that are created by what waits in the current queue for a place.
+void addArriving(const Stores& stores, std::int64_t place, std::set<std::string>& arriving) {
+    auto dependencies = stores.transactionDependencies()->getAllTransitivesLookupDependencies(place);
+    if (!dependencies) return;
+    std::vector<std::int64_t> ids;
+    for (auto& each : *dependencies) ids.push_back(each.transactionId);
+    auto waiting = stores.currentTransactions()->getTransactionsWithIds(ids);
+    if (!waiting) return;
+    for (auto& each : *waiting)
+        if (createsRecord(each.kind)) arriving.insert(each.recordId);
+}
+
 }  // namespace
 
 std::optional<std::vector<std::string>> freeDependents(const Stores& stores, const std::string& recordId,
@@ -32,6 +44,7 @@ std::optional<std::vector<std::string>> freeDependents(const Stores& stores, con
     if (transactionNumber && !waiters.recover(transactionNumber)) return std::nullopt;
     std::map<std::string, const ChangeEntry*> failed;
     std::set<std::string> arriving{recordId};
+    if (transactionNumber) addArriving(stores, transactionNumber, arriving);
     for (auto& entry : *entries)
         if (entry.lastRefusal && entry.lastRefusal->code == ErrorResponse::dependingTransactionFailed().code)
             failed[entry.transactionId] = &entry;
@@ -47,6 +60,7 @@ std::optional<std::vector<std::string>> freeDependents(const Stores& stores, con
             auto number = entry->second->transactionNumber;
             if (!stores.changeRegister()->forgetRefusal(entry->second->number)) return std::nullopt;
             if (number && !waiters.recover(number)) return std::nullopt;
+            if (number) addArriving(stores, number, arriving);
             failed.erase(entry);
             freed.push_back(row.transactionID);
             if (row.operationType == TransactionType::addRecord) foundMore |= arriving.insert(row.recordID).second;

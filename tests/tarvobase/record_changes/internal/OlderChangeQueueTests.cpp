@@ -486,6 +486,12 @@ TEST_F(OlderChangeQueueTest, BothQueuesAreOneOrder) {
     EXPECT_EQ(sendAll(), "refused");
     EXPECT_EQ(rows(), R"("refused","NEW_000000002","InProgress";"on a note","7","error")");
     EXPECT_EQ(QueuedChanges(*stores).retry({3}), (QueuedChanges::Numbers{3, 5}));
+    // The retry of an add frees what names the note that waits for it.
+    answer(refusal());
+    enqueue("on a refused note", T::editRecord, "8", R"("Parent":"NEW_000000011")");
+    ASSERT_TRUE(queue->reclaim());
+    EXPECT_EQ(sendAll(), "");
+    EXPECT_EQ(QueuedChanges(*stores).retry({2}), (QueuedChanges::Numbers{2, 4, 6}));
 }
 
 }  // namespace tarvo
