@@ -5,6 +5,7 @@
 
 #include "platform/Json.h"
 #include "tarvobase/utils/TemporaryIds.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 
@@ -19,6 +20,11 @@ void collectTemporaryIds(const Value& value, std::vector<std::string>& found) {
     } else if (auto map = value.asMap()) {
         for (auto& entry : *map) collectTemporaryIds(entry.value, found);
     }
+}
+
+/// What a user writes in a note names no record, though it may look like an id.
+bool isFreeText(std::string_view key) {
+    return key == FieldAPIConstant.Notes.noteTitle || key == FieldAPIConstant.Notes.noteContent;
 }
 
 /// Returns whether a character goes on with the id before it. Ids end with digits or with a UUID.
@@ -39,7 +45,8 @@ std::string replacedInText(std::string text, const std::string& formerId, const 
 
 std::vector<std::string> temporaryIdsOf(const ValueMap& payload) {
     std::vector<std::string> found;
-    for (auto& entry : payload) collectTemporaryIds(entry.value, found);
+    for (auto& entry : payload)
+        if (!isFreeText(entry.name)) collectTemporaryIds(entry.value, found);
     return found;
 }
 

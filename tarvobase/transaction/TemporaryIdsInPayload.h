@@ -9,7 +9,7 @@
 namespace tarvo {
 
 /// Returns the texts of a payload that are a temporary id, in either form, each once. Free text that contains one does
-/// not count.
+/// not count, and neither do the title and the text of a note.
 std::vector<std::string> temporaryIdsOf(const ValueMap& payload);
 
 /// Returns whether a request for the transaction would name a record that the server does not know. A transaction that

@@ -346,6 +346,9 @@ TEST_F(TransactionManagerTest, WhoNamesARecordThatNobodyCreatesFails) {
     manager->wake();
     settle();
     EXPECT_EQ(started(), "3");
+    accept();
+    add(4, Kind::editNote, "9", {}, {{"Note_Title", "NEW_000000777"}});
+    EXPECT_EQ(started(), "4") << "a title names nobody";
 }
 
 TEST_F(TransactionManagerTest, BrokenRowsHoldUpNothing) {
