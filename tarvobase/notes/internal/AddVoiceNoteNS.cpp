@@ -11,7 +11,8 @@ namespace tarvo {
 
 namespace {
 
-/// Returns the name under which the server keeps the sound: the title of the note, or a general one.
+/// Returns the name under which the server keeps the sound: the title of the note, or a general one. A name cannot have
+/// zero bytes: the request would never be sent, and hold up what comes after it.
 std::string uploadedNameOf(const platform::Data& data) {
     std::string extension(rawText(VoiceNoteConstants::fileExtension));
     auto body = json::parse(data);
@@ -19,6 +20,7 @@ std::string uploadedNameOf(const platform::Data& data) {
     auto notes = map ? readKey<ValueList>(*map, "data") : std::nullopt;
     auto note = notes ? readIndex<ValueMap>(*notes, 0) : std::nullopt;
     auto title = note ? note->valueOf(FieldAPIConstant.Notes.noteTitle).textOr("") : std::string();
+    std::erase(title, '\0');
     return (title.empty() ? std::string(rawText(VoiceNoteConstants::fileName)) : title) + extension;
 }
 

@@ -82,8 +82,9 @@ protected:
         return record;
     }
     std::optional<ChangeNotSaved> addNote(const std::string& id, const std::string& text = "text",
-                                          const std::string& parent = "7", const Value& isVoiceNote = {}) {
-        auto saved = add->addNote(note(id, {{names().noteTitle, "title"},
+                                          const std::string& parent = "7", const Value& isVoiceNote = {},
+                                          const std::string& title = "title") {
+        auto saved = add->addNote(note(id, {{names().noteTitle, title},
                                             {names().noteContent, text},
                                             {names().seid, parent},
                                             {names().isCheckIn, "false"},
@@ -141,7 +142,7 @@ TEST_F(NotesTest, AnUnsentNoteAndItsEditWaitInOrder) {
 
 TEST_F(NotesTest, AcceptedNotesHaveTheServersIdsTimesAndSounds) {
     storeSound(firstNote);
-    EXPECT_FALSE(addNote(firstNote, "spoken", "7", "true"));
+    EXPECT_FALSE(addNote(firstNote, "spoken", "7", "true", std::string("ti\0tle", 6)));
     EXPECT_FALSE(addNote("NEW_000000002", "not spoken", "7", "True"));
     EXPECT_FALSE(editText("NEW_000000002", "edited"));
     network->answer(texts("42"));
@@ -153,7 +154,7 @@ TEST_F(NotesTest, AcceptedNotesHaveTheServersIdsTimesAndSounds) {
     EXPECT_EQ(std::get<std::string>(upload.source), *files().pathOf(firstNote));
     EXPECT_EQ(upload.fileParamName + " " + upload.fileName, "file title.wav");
     EXPECT_EQ(upload.params.valueOf("module"), Value("Notes"));
-    EXPECT_TRUE(upload.params.valueOf("dataJSON").textOr("").starts_with(R"({"data":[{"Note_Title":"title")"));
+    EXPECT_TRUE(upload.params.valueOf("dataJSON").textOr("").starts_with(R"({"data":[{"Note_Title":"ti\u0000tle")"));
     EXPECT_TRUE(upload.headers.find("x-transaction-id"));
     upload.completionHandler({.body = Data(texts("41"))});
     settle();
