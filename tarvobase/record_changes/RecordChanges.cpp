@@ -120,13 +120,15 @@ SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Mo
 }
 
 /// Keeps the values that the server has of a deleted record, for a delete that is cancelled. They go with the delete.
+/// Edits of a note, whose own sides have those values, go with it as well.
 bool DeleteRecordDataManager::keepInTransactionRecords(const std::string& recordId, const Module& module) const {
     auto sides = parts_.stores.transactionRecords();
     auto found = sides->getTransactionRecord(recordId);
     if (found && found.value()) return true;
     auto stored = parts_.recordPersistance->fetchRecord(module.moduleName, recordId);
     if (!stored) return sides->removeTransactionRecord(recordId);
-    auto values = stored->getDictionary();
+    auto ofNote = parts_.stores.currentTransactionRecords()->getTransactionRecord(recordId);
+    auto values = ofNote && ofNote.value() ? ofNote.value()->serverData : stored->getDictionary();
     return sides->storeTransactionRecordPersistance({.recordID = recordId, .deviceData = values, .serverData = values});
 }
 

@@ -97,6 +97,15 @@ protected:
         settle();
         return saved;
     }
+    bool deleteNote(const std::string& id) {
+        RecordChangeParts parts{
+            .stores = *stores,
+            .recordPersistance = records,
+            .editRecordTransactionManager = std::make_shared<RecordTransactionManager>(*stores, [] {}),
+            .voiceFileDirectory = folder() + "/VoiceNotes/",
+            .transactionManager = manager};
+        return DeleteRecordDataManager(parts).deleteRecord(id, {.moduleName = "Notes", .apiName = "Notes"}).ok();
+    }
     std::string notes() {
         auto& all = *stores->scope.naming.constant;
         return cells("NotesRecords ORDER BY 1", {idColumn(), std::string(names().noteContent),
@@ -318,20 +327,13 @@ TEST_F(NotesTest, ANoteWhoseSoundIsGoneFailsAtOnce) {
 }
 
 TEST_F(NotesTest, TheSoundOfADeletedNoteStaysUntilItsUploadIsAnswered) {
-    RecordChangeParts parts{.stores = *stores,
-                            .recordPersistance = records,
-                            .editRecordTransactionManager = std::make_shared<RecordTransactionManager>(*stores, [] {}),
-                            .voiceFileDirectory = folder() + "/VoiceNotes/",
-                            .transactionManager = manager};
-    DeleteRecordDataManager deletes(parts);
-    Module module{.moduleName = "Notes", .apiName = "Notes"};
     for (auto& id : {firstNote, std::string("NEW_000000002")}) {
         storeSound(id);
         EXPECT_FALSE(addNote(id, "spoken", "7", "true"));
         if (id == firstNote) manager->startSync();
         settle();
     }
-    EXPECT_TRUE(deletes.deleteRecord(firstNote, module) && deletes.deleteRecord("NEW_000000002", module));
+    EXPECT_TRUE(deleteNote(firstNote) && deleteNote("NEW_000000002"));
     EXPECT_TRUE(files::exists(*files().pathOf(firstNote)));
     EXPECT_FALSE(files::exists(*files().pathOf("NEW_000000002")));
     network->uploads().front().completionHandler({.body = Data(texts("41"))});
@@ -373,6 +375,12 @@ TEST_F(NotesTest, AnEditThatIsCancelledGivesTheFormerTextBack) {
     settle();
     EXPECT_EQ(rows(), "");
     EXPECT_FALSE(stores->currentTransactionRecords()->getTransactionRecord("42").value());
+
+    manager->stopSync();
+    EXPECT_FALSE(editText("42", "six"));
+    EXPECT_TRUE(deleteNote("42"));
+    EXPECT_TRUE(cancellation.cancel({{lastNumber()}, true}));
+    EXPECT_EQ(textNow(), R"("five")") << "the edit went with the delete";
 }
 
 }  // namespace tarvo
