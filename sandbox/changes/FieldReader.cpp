@@ -308,7 +308,9 @@ RecordValue emptyValue(const FieldData& field) {
     RecordValue value;
     value.kind = Kind::text;
     if (field.type == "multiselectpicklist" || field.type == "multiselectlookup") value.kind = Kind::texts;
-    if (field.type == "subform" || field.type == "event_participant") value.kind = Kind::rows;
+    // Without a list of tags, clients keep those that they know.
+    if (field.type == "subform" || field.type == "event_participant" || field.apiName == "Tag")
+        value.kind = Kind::rows;
     return value;
 }
 

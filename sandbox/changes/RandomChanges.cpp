@@ -1,5 +1,6 @@
 #include "sandbox/changes/RandomChanges.h"
 
+#include <set>
 #include <utility>
 
 #include "sandbox/data/RecordShape.h"
@@ -10,6 +11,7 @@ namespace {
 // Values are those that records of these numbers have in a snapshot.
 constexpr std::uint64_t sourceNumbers = 1000;
 constexpr std::size_t mostRows = 4;
+constexpr std::string_view personField = "participant";
 
 bool isSettable(const RecordShape::Field& field) { return !field.data->isReadOnly && !field.data->isKey; }
 
@@ -38,9 +40,9 @@ Value payloadForm(const RecordValue& value) {
     return rows;
 }
 
-std::string idOfRow(const RecordRow& row) {
+std::string textOfRow(const RecordRow& row, std::string_view name) {
     for (const auto& entry : row.entries)
-        if (entry.name == "id") return entry.value.text;
+        if (entry.name == name) return entry.value.text;
     return "";
 }
 
@@ -119,7 +121,6 @@ Value RandomChanges::valueFor(const RecordShape& shape, const RecordShape::Field
     static constexpr std::string_view parents[] = {"Accounts", "Deals", "Leads", "Contacts", "Notes"};
     const auto& type = field.data->type;
     if (mayBeEmpty(field) && isOneIn(6)) return Value();
-    if (field.name == "participant") return anyPerson();
     if (field.data->target == "se_module")
         // Only attachments lie below notes.
         return anyId(parents[random_.below(shape.module().name == "Attachments" ? 5 : 4)]);
@@ -133,18 +134,27 @@ Value RandomChanges::valueFor(const RecordShape& shape, const RecordShape::Field
     return ids;
 }
 
-// Some rows go, some stay, some are changed, and some are new.
+// Some rows go, some stay, some are changed, and some are new. A person takes part in a meeting once.
 Value RandomChanges::rowsFor(const RecordShape& rows, const RecordValue* before) {
     ValueList list;
+    std::set<std::string> people;
     auto addRow = [&](ValueMap row, std::uint64_t chance) {
         for (const auto& field : rows.fields())
-            if (isSettable(field) && isOneIn(chance)) row.set(field.name, valueFor(rows, field, nullptr));
+            if (isSettable(field) && field.name != personField && isOneIn(chance))
+                row.set(field.name, valueFor(rows, field, nullptr));
         list.emplace_back(std::move(row));
     };
     if (before)
         for (const auto& row : before->rows)
-            if (list.size() < mostRows && !isOneIn(4)) addRow({{"id", idOfRow(row)}}, 4);
-    for (auto left = random_.below(3); left > 0 && list.size() < mostRows; --left) addRow({}, 2);
+            if (list.size() < mostRows && !isOneIn(4)) {
+                people.insert(textOfRow(row, personField));
+                addRow({{"id", textOfRow(row, "id")}}, 4);
+            }
+    for (auto left = random_.below(3); left > 0 && list.size() < mostRows; --left) {
+        ValueMap row;
+        if (rows.field(personField)) row.set(personField, anyPerson());
+        if (row.empty() || people.insert(row.valueOf(personField).textOr("")).second) addRow(std::move(row), 2);
+    }
     return list;
 }
 
