@@ -2,6 +2,8 @@
 
 #include <fstream>
 
+#include "tests/end_to_end/ServerRecords.h"
+
 namespace tarvo::tests {
 
 namespace {
@@ -39,8 +41,36 @@ void ChangeWorld::begin() {
     EXPECT_EQ(listOf(member(member(line, "response"), "moduleNames")).size(), names.size()) << host->errors();
 }
 
+void ChangeWorld::beginWhole(const std::vector<std::string>& serverArguments) {
+    host.reset();
+    world.emplace(serverArguments);
+    model.clear();
+    auto init = endOf(world->host({"init"}, ownPassphrase));
+    ASSERT_EQ(init.status, 0) << init.errors;
+    ASSERT_TRUE(start()) << host->errors();
+}
+
+void ChangeWorld::expectServer() {
+    EncryptedFile file(world->databasePath(), ownPassphrase);
+    expectServerRecords(*world, file, Held::all);
+}
+
 void ChangeWorld::send(const std::string& call, const ValueMap& request) {
     host->send(json::write(ValueMap{{"id", ++lines_}, {"call", call}, {"request", request}}).value_or(""));
+    isAnswered_ = false;
+}
+
+std::optional<Value> ChangeWorld::nextLine() {
+    while (!isAnswered_) {
+        auto line = host->line();
+        if (!line) break;
+        auto json = json::parse(std::string_view(*line)).value_or(Value());
+        if (member(json, "id") != Value(lines_)) continue;
+        auto event = member(json, "event").textOr("");
+        isAnswered_ = event == "done" || event == "refused";
+        return json;
+    }
+    return std::nullopt;
 }
 
 void ChangeWorld::send(const ModelChange& change) {
@@ -102,14 +132,9 @@ std::optional<Value> ChangeWorld::answer(const ModelChange& change) {
 
 std::optional<Value> ChangeWorld::answer() {
     std::optional<Value> first;
-    while (auto line = host->line()) {
-        auto json = json::parse(std::string_view(*line)).value_or(Value());
-        if (member(json, "id") != Value(lines_)) continue;
-        if (!first) first = json;
-        auto event = member(json, "event").textOr("");
-        if (event == "done" || event == "refused") return first;
-    }
-    return std::nullopt;
+    while (auto line = nextLine())
+        if (!first) first = line;
+    return isAnswered_ ? first : std::nullopt;
 }
 
 Value ChangeWorld::response(const std::string& call, const ValueMap& request) {

@@ -21,6 +21,10 @@ protected:
     Settings faultAt(const std::string& fault, int commit) const;
     /// Begins with a new server, and a program that has what it needs to change records.
     void begin();
+    /// Begins with a new server, started with these arguments, and a program that has downloaded all that it needs.
+    void beginWhole(const std::vector<std::string>& serverArguments);
+    /// Expects that the local tables are those of the server.
+    void expectServer();
     /// Makes a call and returns its first line, or nullopt if the program ended before its end.
     std::optional<Value> ask(const std::string& call, const ValueMap& request = {}) {
         send(call, request);
@@ -35,6 +39,8 @@ protected:
     }
     void send(const ModelChange& change);
     std::optional<Value> answer(const ModelChange& change);
+    /// Returns the next line of the last call; nullopt after its last line, and if the program ended.
+    std::optional<Value> nextLine();
     Value response(const std::string& call, const ValueMap& request = {});
     void control(const std::string& call, const std::string& body);
 
@@ -64,6 +70,7 @@ private:
     void expectNoTemporaryId(const ChangeModel::Records& atServer) const;
 
     int lines_ = 0;
+    bool isAnswered_ = true;
 };
 
 }  // namespace tarvo::tests
