@@ -217,9 +217,24 @@ void ChangeModel::apply(ModelChange change) {
         records_[change.record] = std::move(change.after);
 }
 
+void ChangeModel::cancel(const ModelChange& change) {
+    auto record =
+        std::find_if(records_.begin(), records_.end(), [&](auto& each) { return each.name == change.after.name; });
+    if (change.kind == Kind::add) {
+        record->steps.clear();
+        record->isDeleted = true;
+        return;
+    }
+    std::erase_if(record->steps, [&](auto& step) { return step.text == change.after.step; });
+    for (auto& step : record->steps) {
+        record->step = step.text;
+        if (step.remark) record->remark = *step.remark;
+        if (step.lookup) record->lookup = *step.lookup;
+    }
+}
+
 void ChangeModel::noteFailed(const std::string& recordId) {
-    for (auto& record : records_)
-        record.mayHaveFailed |= record.temporaryId == recordId || record.realId == recordId;
+    for (auto& record : records_) record.mayHaveFailed |= record.temporaryId == recordId || record.realId == recordId;
 }
 
 void ChangeModel::expectHeld(const ValueList& changes, const Records& atServer, const Records& here) {

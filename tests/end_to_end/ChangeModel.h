@@ -110,6 +110,8 @@ public:
     void apply(ModelChange change);
     /// Notes that a change has failed, such as one that names a record whose add was given up.
     void noteFailed(const std::string& recordId);
+    /// Takes back an add or edit that never reached the server.
+    void cancel(const ModelChange& change);
     const std::vector<ModelRecord>& records() const { return records_; }
 
     /// Fails the test unless the server holds exactly the changes made, once each and in order by record, and the local

@@ -87,7 +87,7 @@ protected:
         EXPECT_EQ(host->finish(), 0);
     }
     using Numbered = std::map<std::int64_t, const ModelChange*>;
-    /// Makes changes while nothing is sent, and has some of them refused.
+    /// Makes changes while nothing is sent, has some of them refused, and cancels some of those that are left.
     void changeHeld(bool mayRefuse) {
         ask("host.queue.stop");
         isHeld = true;
@@ -117,6 +117,7 @@ protected:
         for (std::size_t i = 0; i < made.size(); ++i)
             numbered[member(queued[i], "number").asInteger().value_or(0)] = &made[i];
         if (mayRefuse) expectMarked(refusing, numbered, expected);
+        cancelSome(numbered);
         isHeld = false;
         ask("host.queue.start");
     }
@@ -140,6 +141,25 @@ protected:
             if (change->kind == ModelChange::Kind::edit && accepted.contains(change->after.step))
                 expected.erase(change->after.step);
         EXPECT_EQ(marked, expected);
+    }
+    /// Cancels some of the changes that wait or have failed, with what hangs on them if there is something.
+    void cancelSome(const Numbered& numbered) {
+        for (int i = number(0, 3); i > 0; --i) {
+            auto left = listOf(member(response("host.queue.list"), "changes"));
+            if (left.empty()) return;
+            auto chosen =
+                member(left[static_cast<std::size_t>(number(0, static_cast<int>(left.size()) - 1))], "number");
+            auto cancel = [&](bool withWaiters) {
+                ValueMap request{{"numbers", ValueList{chosen}}, {"revert", true}, {"withWaiters", withWaiters}};
+                return ask("host.queue.cancel", request);
+            };
+            auto line = cancel(false);
+            if (line && member(*line, "event") == Value("refused")) line = cancel(true);
+            ASSERT_TRUE(line);
+            auto cancelled = listOf(member(member(*line, "response"), "numbers"));
+            EXPECT_FALSE(cancelled.empty()) << json::write(*line).value_or("");
+            for (auto& each : cancelled) model.cancel(*numbered.at(each.asInteger().value_or(0)));
+        }
     }
     static std::string ruleFor(const ModelModule& module, std::string rule) {
         auto field = module.remark.name ? module.remark.name : module.step.name;
