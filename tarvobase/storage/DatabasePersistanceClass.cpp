@@ -48,18 +48,18 @@ private:
     std::vector<std::string> names_;
 };
 
-/// A batch without some of its columns, whose null cells are absent.
-class PresentCells final : public RowSource {
+/// A batch without some of its columns.
+class ColumnSelection final : public RowSource {
 public:
-    PresentCells(const RowSource& batch, std::vector<std::size_t> keptColumns)
+    ColumnSelection(const RowSource& batch, std::vector<std::size_t> keptColumns)
         : batch_(batch), columns_(std::move(keptColumns)) {
         for (auto place : columns_) names_.push_back(batch_.columns()[place]);
     }
     std::span<const std::string> columns() const override { return names_; }
     std::size_t rowCount() const override { return batch_.rowCount(); }
     ValueView cell(std::size_t row, std::size_t column) const override { return batch_.cell(row, columns_[column]); }
-    bool isUniform() const override { return false; }
-    bool hasCell(std::size_t row, std::size_t column) const override { return !cell(row, column).isNull(); }
+    bool isUniform() const override { return batch_.isUniform(); }
+    bool hasCell(std::size_t row, std::size_t column) const override { return batch_.hasCell(row, columns_[column]); }
     bool mayHoldObjects() const override { return batch_.mayHoldObjects(); }
 
 private:
@@ -95,7 +95,7 @@ std::optional<std::vector<std::size_t>> TableAccess::storeAccepted(const RowSour
 std::optional<std::vector<std::size_t>> TableAccess::updateAccepted(const RowSource& rows,
                                                                     const std::vector<std::string>& keys) const {
     if (!adapter_) return std::nullopt;
-    PresentCells cells(rows, placesInTable(rows));
+    ColumnSelection cells(rows, placesInTable(rows));
     std::vector<std::size_t> keyPlaces;
     for (std::size_t place = 0; place < cells.columns().size(); ++place)
         if (std::find(keys.begin(), keys.end(), cells.columns()[place]) != keys.end()) keyPlaces.push_back(place);

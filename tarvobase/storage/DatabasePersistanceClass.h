@@ -38,8 +38,8 @@ public:
     /// not stored, because the table refuses them or has none of their columns. Returns nullopt if none could be
     /// stored.
     std::optional<std::vector<std::size_t>> storeAccepted(const RowSource& rows) const;
-    /// Updates rows by a batch. A row sets its cells that are not null, in the rows with its values in the columns
-    /// `keys`. Leaves columns out as `store` does, and returns as `storeAccepted` does.
+    /// Updates rows by a batch. A row sets the cells that it has, in the rows with its values in the columns `keys`.
+    /// Leaves columns out as `store` does, and returns as `storeAccepted` does.
     std::optional<std::vector<std::size_t>> updateAccepted(const RowSource& rows,
                                                            const std::vector<std::string>& keys) const;
     /// Replaces all rows of the table in one transaction; after a failure the table is as it was. Leaves columns out as

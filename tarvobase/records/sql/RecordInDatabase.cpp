@@ -128,6 +128,21 @@ Names idsOf(const RecordPage& page) {
     return ids;
 }
 
+/// The records of a page as edits: columns that a record does not name are left alone.
+class EditedRecords final : public RowSource {
+public:
+    explicit EditedRecords(const RecordPage& page) : page_(page) {}
+    std::span<const std::string> columns() const override { return page_.columns(); }
+    std::size_t rowCount() const override { return page_.rowCount(); }
+    ValueView cell(std::size_t row, std::size_t column) const override { return page_.cell(row, column); }
+    bool isUniform() const override { return false; }
+    bool hasCell(std::size_t row, std::size_t column) const override { return page_.names(row, column); }
+    bool mayHoldObjects() const override { return page_.mayHoldObjects(); }
+
+private:
+    const RecordPage& page_;
+};
+
 /// Returns the condition of a view, or an empty text if the view cannot be evaluated locally.
 std::string conditionOf(const CustomView& customView, const FieldList& fields) {
     auto condition = CustomViewQueryFormation::getWhereCondition(customView, fields);
@@ -404,7 +419,7 @@ bool RecordInDatabase::modifyPage(const WireRecords& wireRecords, const std::str
                                 [&](std::string_view wireName) { return nestedRecords(page, wireName); });
     auto ids = idsOf(page);
     auto modifyAll = [&] {
-        return storeDependentsOfPresent(dependents, ids, *fields) && updateRows(page, ids, *fields);
+        return storeDependentsOfPresent(dependents, ids, *fields) && updateRows(EditedRecords(page), ids, *fields);
     };
     return databaseAdapter_ && databaseAdapter_->transaction("modify records of " + moduleName, [&] {
         return UnsentChanges(databaseAdapter_, {olderQueue_, currentQueue_}, *fields).layOver(ids, modifyAll);

@@ -221,12 +221,17 @@ struct RecordPage::Content {
         Element list;
     };
 
-    Content(json::Document document, const FieldList& metadata) : document(std::move(document)), plan(metadata) {}
+    Content(json::Document document, const FieldList& metadata)
+        : document(std::move(document)), plan(metadata), lookupColumns(plan.columns().size(), RecordPlan::none) {
+        for (auto& field : plan.fields())
+            if (field.lookupColumn != RecordPlan::none) lookupColumns[field.lookupColumn] = field.column;
+    }
     void read(const Element& data);
     void keepNested(const WireRecord& record);
 
     json::Document document;
     RecordPlan plan;
+    std::vector<std::size_t> lookupColumns;  // by the columns of display texts; `none` for other columns
     Texts texts;
     std::vector<Cell> cells;
     std::vector<NestedList> nested;  // row by row
@@ -275,6 +280,11 @@ std::size_t RecordPage::leftOut() const { return content_->leftOut; }
 
 ValueView RecordPage::cell(std::size_t row, std::size_t column) const {
     return viewOf(content_->cells[row * content_->plan.columns().size() + column]);
+}
+
+bool RecordPage::names(std::size_t row, std::size_t column) const {
+    auto lookup = content_->lookupColumns[column];
+    return !cell(row, column).isNull() || (lookup != RecordPlan::none && !cell(row, lookup).isNull());
 }
 
 std::string_view RecordPage::recordId(std::size_t row) const {

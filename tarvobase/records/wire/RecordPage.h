@@ -33,6 +33,9 @@ public:
     ValueView cell(std::size_t row, std::size_t column) const override;
     bool mayHoldObjects() const override { return false; }
 
+    /// Returns whether the record of a row names a column: it has a value for it. One that names a lookup also names
+    /// the column of its display text, with or without a text: that of the former lookup must not stay.
+    bool names(std::size_t row, std::size_t column) const;
     /// Returns the text in the identifier column of a row.
     std::string_view recordId(std::size_t row) const;
     /// Returns the number of records of the answer that were left out.

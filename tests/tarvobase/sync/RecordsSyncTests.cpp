@@ -64,7 +64,7 @@ protected:
     void SetUp() override {
         RecordTableTest::SetUp();
         use(Naming::api);
-        makeLeads({{"Company", T::text}, {"City", T::text}, {"Due", T::date}});
+        makeLeads({{"Company", T::text}, {"City", T::text}, {"Due", T::date}, {"Parent", T::lookup}});
         useServer();
     }
     void useServer() {
@@ -146,6 +146,15 @@ TEST_F(RecordsSyncTest, AddedEditedAndDeletedRecordsReachTheTable) {
     EXPECT_TRUE(call.request.url.ends_with("/products/getsyncrecords")) << call.request.url;
     ValueMap expected{{"module", "Leads"}, {"moduleAPI", "Leads_Api"}, {"lmt", "0"}, {"count", 0}, {"mcount", 10000}};
     EXPECT_EQ(call.params, expected);
+}
+
+TEST_F(RecordsSyncTest, AClearedLookupLosesItsTextAndOneThatIsNotNamedKeepsIt) {
+    fillLeads({{{"id", "1"}, {"Parent", "7"}, {"Parent_LOOKUP", "Acme"}},
+               {{"id", "2"}, {"Parent", "7"}, {"Parent_LOOKUP", "Acme"}},
+               {{"id", "3"}, {"Parent", "7"}, {"Parent_LOOKUP", "Acme"}}});
+    sync({{.edited =
+               R"([[["id","1"],["Parent",""]],[["id","2"],["City","Ulm"]],[["id","3"],["Parent","8","Zylker"]]])"}});
+    EXPECT_EQ(cells("LeadsRecords", {"Parent", "Parent_LOOKUP"}), R"("",null;"7","Acme";"8","Zylker")");
 }
 
 TEST_F(RecordsSyncTest, ARoundOfSeveralPagesKeepsTheTimeOfItsFirstOne) {
