@@ -1,6 +1,7 @@
 #include <deque>
 
 #include "platform/Clock.h"
+#include "platform/Files.h"
 #include "platform/Json.h"
 #include "platform/Text.h"
 #include "tarvobase/change_queues/TransactionAssembler.h"
@@ -398,7 +399,9 @@ TEST_F(TransactionManagerTest, IdsRiseAboveWhatIsStoredAndAcrossALoss) {
     ASSERT_TRUE(stores->recordIdAliases()->store({"NEW_000000700", "Leads", "42"}));
     EXPECT_EQ(manager->getNewRecordId(), "NEW_000000701");
     manager->resetRecordId();
-    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000701");
+    ASSERT_TRUE(files::createDirectories(folder() + "/VoiceNotes") &&
+                files::writeAtomically(folder() + "/VoiceNotes/NEW_000000701.wav", "of another account"));
+    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000702");
 }
 
 TEST_F(TransactionManagerTest, APairCancelsOutUnlessAnotherWaitsForIt) {
