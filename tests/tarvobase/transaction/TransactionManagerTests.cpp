@@ -288,6 +288,43 @@ TEST_F(TransactionManagerTest, TransactionsThatWereStartedTooOftenGiveUp) {
     EXPECT_EQ(log->notices, std::vector<std::string>{"gave up 1"});
 }
 
+TEST_F(TransactionManagerTest, ASlowUploadHoldsUpOnlyWhatWaitsForIt) {
+    add(1, Kind::addVoiceNote, newNote);
+    add(2, Kind::editNote, newNote, {}, {{"id", newNote}});
+    add(3, Kind::editNote, "7");
+    add(4, Kind::editNote, "8");
+    auto acceptQuickOne = [&] {
+        std::swap(executor->runs[0], executor->runs[1]);
+        accept();
+    };
+    acceptQuickOne();
+    acceptQuickOne();
+    EXPECT_EQ(started(), "1 3 4");
+    EXPECT_EQ(rows(), "1 NEW_000000001 syncing 1, 2 NEW_000000001 active 0");
+    accept({{newNote, "42"}});
+    EXPECT_EQ(started(), "2");
+    accept();
+    // An upload does not go with the others.
+    manager->attachmentScheduler->stopSync();
+    add(5, Kind::addVoiceNote, newNote);
+    EXPECT_EQ(started(), "");
+}
+
+TEST_F(TransactionManagerTest, TheEndOfSendingIsAfterWhatFollowsAResult) {
+    add(1, Kind::editNote, "7");
+    bool isAtRest = false;
+    manager->whenResting([&] { isAtRest = true; });
+    complete(TransactionResult::failure({.code = "crmINVALID_DATA"}, [&] {
+        settle();  // the schedulers have nothing to do by now
+        stores->currentTransactions()->clearError({1});
+        manager->resetTransaction(1);
+    }));
+    EXPECT_FALSE(isAtRest);
+    EXPECT_EQ(started(), "1 1");
+    accept();
+    EXPECT_TRUE(isAtRest);
+}
+
 TEST_F(TransactionManagerTest, TheTimeLimitLeavesOneBehind) {
     add(1, Kind::editNote, "7");
     add(2, Kind::editNote, "8");
