@@ -209,7 +209,7 @@ bool ChangeCancellation::revert(const Changes& changes, bool revert) const {
             return false;
         if (!reversion.tidy(change.recordId())) return false;
     }
-    for (auto& [moduleName, recordId] : reversion.unknown())
+    for (auto& [moduleName, recordId] : reversion.outdated())
         afterCommit(
             [fetch = parts_.fetch, moduleName = moduleName, recordId = recordId] { fetch(moduleName, recordId); });
     return true;

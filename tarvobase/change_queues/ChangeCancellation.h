@@ -55,7 +55,7 @@ public:
         Stores stores;
         std::shared_ptr<RecordPersistanceDelegate> records;
         std::shared_ptr<TransactionManagerContract> manager;
-        /// Fetches a record whose former values are not known here. Called after the commit.
+        /// Fetches a record as the server has it. Called after the commit.
         std::function<void(const std::string& moduleName, const std::string& recordId)> fetch;
         /// Removes the sound of a note. Called after the commit.
         std::function<void(const std::string& recordId)> removeSound;

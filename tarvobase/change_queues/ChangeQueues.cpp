@@ -79,10 +79,9 @@ ScopeQueues makeQueues(const Stores& stores) {
     manager->resultStored = [weak = std::weak_ptr<ChangeDrain>(drain)] {
         if (auto older = weak.lock()) older->wake();
     };
-    auto fetchFormer = [refetch, records](auto& moduleName, auto& recordId) {
-        using Reason = RecordRefetch::Reason;
-        bool isHere = records->fetchRecord(moduleName, recordId).has_value();
-        refetch->fetch(moduleName, recordId, isHere ? Reason::bareAcceptance : Reason::refusedDelete);
+    // A round of sync would not bring what an earlier one has stored beneath the changes.
+    auto fetchFormer = [refetch](auto& moduleName, auto& recordId) {
+        refetch->fetch(moduleName, recordId, RecordRefetch::Reason::cancelled);
     };
     auto cancellation =
         std::make_shared<ChangeCancellation>(ChangeCancellation::Parts{.stores = stores,

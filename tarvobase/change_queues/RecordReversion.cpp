@@ -12,6 +12,7 @@
 #include "tarvobase/record_changes/internal/RecordSides.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/records/sql/DeletedRecords.h"
+#include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
@@ -63,10 +64,8 @@ bool RecordReversion::revertEdits(const std::string& moduleName, const std::stri
     bool isRead = false;
     auto former = formerValues(moduleName, recordId, fields.value(), isRead);
     if (!isRead) return false;
-    if (!former) {
-        unknown_.insert({moduleName, recordId});
-        return true;
-    }
+    fetchLater(moduleName, recordId);
+    if (!former) return true;
     ValueMap changed;
     for (auto& name : names) {
         auto columns = RecordSides::columnsOf(name, fields.value());
@@ -126,16 +125,19 @@ bool RecordReversion::write(const std::string& moduleName, const Record& record,
     return true;
 }
 
+/// The server knows no record by a temporary id.
+void RecordReversion::fetchLater(const std::string& moduleName, const std::string& recordId) {
+    if (!isTemporaryRecordId(recordId)) outdated_.insert({moduleName, recordId});
+}
+
 bool RecordReversion::restore(const SelectedChange& deletion) {
     auto& moduleName = deletion.moduleName();
     auto& recordId = deletion.recordId();
     auto sides = stores_.transactionRecords()->getTransactionRecord(recordId);
     // The server has refused the delete, and the record is back.
     if (records_->fetchRecord(moduleName, recordId)) return true;
-    if (!sides || !sides.value() || sides.value()->serverData.empty()) {
-        unknown_.insert({moduleName, recordId});
-        return true;
-    }
+    fetchLater(moduleName, recordId);
+    if (!sides || !sides.value() || sides.value()->serverData.empty()) return true;
     Record record(sides.value()->serverData, recordId, moduleName, stores_.scope.naming);
     for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName)) {
         auto row = record;

@@ -37,17 +37,19 @@ public:
     /// Forgets the former values of a record of which no change is left.
     bool tidy(const std::string& recordId) const;
 
-    /// The records whose former values are not known here. Their rows are as the changes have left them.
-    const std::set<RecordOf>& unknown() const { return unknown_; }
+    /// The records to be fetched from the server: their former values are not known here, or the server may have newer
+    /// ones, which went beneath the changes unseen.
+    const std::set<RecordOf>& outdated() const { return outdated_; }
 
 private:
     std::optional<ValueMap> formerValues(const std::string& moduleName, const std::string& recordId,
                                          const FieldList& fields, bool& isRead) const;
     bool write(const std::string& moduleName, const Record& record, ValueMap changed) const;
+    void fetchLater(const std::string& moduleName, const std::string& recordId);
 
     const Stores stores_;
     const std::shared_ptr<RecordPersistanceDelegate> records_;
-    std::set<RecordOf> unknown_;
+    std::set<RecordOf> outdated_;
 };
 
 }  // namespace tarvo

@@ -28,7 +28,7 @@ std::shared_ptr<RecordRefetch> RecordRefetch::make(const Stores& stores,
 }
 
 void RecordRefetch::fetch(const std::string& moduleName, const std::string& recordId, Reason reason) const {
-    if (reason != Reason::refusedDelete) return sync(moduleName, reason);
+    if (reason == Reason::acceptance || reason == Reason::bareAcceptance) return sync(moduleName, reason);
     auto module = stores_.modules()->getModule(ModuleIdentifier::fromModuleName(moduleName));
     if (module) service_->fetchRecord({module.value(), recordId});
 }

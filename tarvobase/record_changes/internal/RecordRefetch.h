@@ -24,7 +24,8 @@ public:
         /// The change is stored as the server has it, but a page of a round that is on its way may be older. One more
         /// round corrects what that page does.
         acceptance,
-        refusedDelete  ///< a record that the server keeps comes back
+        refusedDelete,  ///< a record that the server keeps comes back
+        cancelled       ///< the record is wanted as the server has it now
     };
 
     /// Becomes the delegate of the service.

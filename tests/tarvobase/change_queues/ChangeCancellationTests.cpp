@@ -197,10 +197,10 @@ TEST_F(ChangeCancellationTest, ARecordWhoseDeleteIsCancelledComesBackAsTheServer
     EXPECT_EQ(stored(), R"("7","server","Bonn")");
     remove("7");
     EXPECT_TRUE(cancel({3}));
-    EXPECT_EQ(stored() + log, "wake wake ");
+    EXPECT_EQ(stored() + log, "wake fetch 7 wake ");
     remove("8");
     EXPECT_TRUE(cancel({4}, true));
-    EXPECT_EQ(log, "wake wake wake fetch 8 ");
+    EXPECT_EQ(log, "wake fetch 7 wake wake fetch 8 ");
     add(lead(firstLead, {}));
     remove(firstLead);
     auto refused = cancel({6}, true);

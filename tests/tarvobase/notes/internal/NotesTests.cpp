@@ -345,7 +345,7 @@ TEST_F(NotesTest, AnEditThatIsCancelledGivesTheFormerTextBack) {
     ChangeCancellation cancellation({.stores = *stores,
                                      .records = records,
                                      .manager = manager,
-                                     .fetch = [](auto&, auto& recordId) { ADD_FAILURE() << "fetch of " << recordId; },
+                                     .fetch = [](auto&, auto& recordId) { EXPECT_EQ(recordId, "42"); },
                                      .removeSound = [](auto&) {},
                                      .wake = [] {}});
     auto lastNumber = [&] { return stores->changeRegister()->entries()->back().number; };
