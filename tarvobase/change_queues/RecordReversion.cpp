@@ -125,6 +125,24 @@ bool RecordReversion::write(const std::string& moduleName, const Record& record,
     return true;
 }
 
+/// The record of an add that still waits for its answer has the values of the add. Edits went with the delete.
+bool RecordReversion::layAddOver(ValueMap& values, const std::string& moduleName, const std::string& recordId) const {
+    if (!isTemporaryRecordId(recordId)) return true;
+    auto older = stores_.transactions()->getTransactions(recordId);
+    auto current = stores_.currentTransactions()->getTransactionsWithRecordIds({recordId});
+    auto fields = FieldListAssembler::getFieldListDM(stores_.databaseAdapter())
+                      ->getFieldsWithoutPicklists(moduleName, std::nullopt);
+    if (!older || !current || !fields) return false;
+    for (auto& row : older->transactions) {
+        bool isAdd = row.moduleName == moduleName && row.operationType == TransactionType::addRecord;
+        if (auto payload = isAdd ? ChangePayload::of(row) : std::nullopt)
+            RecordSides::layOver(values, *payload, fields.value());
+    }
+    for (auto& row : *current)
+        if (createsRecord(row.kind)) RecordSides::layOver(values, row.payload, fields.value());
+    return true;
+}
+
 /// The server knows no record by a temporary id.
 void RecordReversion::fetchLater(const std::string& moduleName, const std::string& recordId) {
     if (!isTemporaryRecordId(recordId)) outdated_.insert({moduleName, recordId});
@@ -138,7 +156,9 @@ bool RecordReversion::restore(const SelectedChange& deletion) {
     if (records_->fetchRecord(moduleName, recordId)) return true;
     fetchLater(moduleName, recordId);
     if (!sides || !sides.value() || sides.value()->serverData.empty()) return true;
-    Record record(sides.value()->serverData, recordId, moduleName, stores_.scope.naming);
+    auto values = sides.value()->serverData;
+    if (!layAddOver(values, moduleName, recordId)) return false;
+    Record record(std::move(values), recordId, moduleName, stores_.scope.naming);
     for (auto& module : SharedActivities::modulesOf(*stores_.databaseAdapter(), moduleName)) {
         auto row = record;
         bool isShared = module != moduleName;

@@ -45,6 +45,7 @@ private:
     std::optional<ValueMap> formerValues(const std::string& moduleName, const std::string& recordId,
                                          const FieldList& fields, bool& isRead) const;
     bool write(const std::string& moduleName, const Record& record, ValueMap changed) const;
+    bool layAddOver(ValueMap& values, const std::string& moduleName, const std::string& recordId) const;
     void fetchLater(const std::string& moduleName, const std::string& recordId);
 
     const Stores stores_;

@@ -208,6 +208,17 @@ TEST_F(ChangeCancellationTest, ARecordWhoseDeleteIsCancelledComesBackAsTheServer
     EXPECT_EQ(refused.error().reason, Reason::neverSent);
     EXPECT_TRUE(cancel({6}));
     EXPECT_EQ(stored() + numbersLeft(), "");
+    // A refused add that an edit has changed is on its way again. The record comes back as the add has it.
+    add(lead(secondLead, {{"Company", "a"}}));
+    auto row = stores->transactions()->getTransactions(secondLead)->transactions.front().transactionID;
+    ASSERT_TRUE(stores->transactions()->updateTransaciton(row, std::nullopt, std::nullopt,
+                                                          std::string(Transaction::State::error)) &&
+                stores->changeRegister()->noteRefusal(7, ErrorResponse{.code = "code", .message = "no"}, false));
+    edit(lead(secondLead, {{"Company", "b"}}));
+    ASSERT_TRUE(stores->changeRegister()->noteSends({8}));
+    remove(secondLead);
+    EXPECT_TRUE(cancel({9}, true));
+    EXPECT_EQ(cells("LeadsRecords", {identifier("Company")}) + " " + numbersLeft(), R"("b" 8 )");
 }
 
 }  // namespace tarvo
