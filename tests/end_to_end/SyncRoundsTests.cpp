@@ -2,6 +2,7 @@
 #include <set>
 
 #include "tests/end_to_end/ChangeWorld.h"
+#include "tests/end_to_end/ServerRecords.h"
 
 namespace tarvo::tests {
 
@@ -159,6 +160,154 @@ TEST_F(SyncRounds, AKillAtACommitOfARoundCostsNothingButItsRepetition) {
     EXPECT_GT(interrupted, 1);
     EXPECT_GE(finished, 1);
     syncAndExpectServer();
+}
+
+/// A user and other people who change the same records, while answers, the network and the program break.
+///
+/// TARVO_RIG_ROUNDS sets the number of rounds, TARVO_RIG_SEED the seed of the first one.
+class BothSides : public SyncRounds {
+protected:
+    static constexpr int stepsPerRound = 30;
+    struct Shared {
+        const char *module, *nameColumn;
+    };
+    static constexpr Shared shared[] = {{"Leads", "LASTNAME"}, {"Contacts", "LASTNAME"}, {"Accounts", "ACCOUNTNAME"}};
+    static inline const ValueList sharedModules{"Leads", "Contacts", "Accounts"};
+
+    int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random); }
+    bool isOneIn(int count) { return number(1, count) == 1; }
+
+    /// Returns the rows of a module's table by id.
+    std::map<std::string, std::string> descriptions(const std::string& module) {
+        std::map<std::string, std::string> found;
+        for (auto& row : file->select("SELECT ID, DESCRIPTION FROM " + module + "Records"))
+            found[row["ID"]] = row["DESCRIPTION"];
+        return found;
+    }
+    std::string anyId(const std::string& module) {
+        auto rows = descriptions(module);
+        auto row = rows.begin();
+        std::advance(row, rows.empty() ? 0 : number(0, static_cast<int>(rows.size()) - 1));
+        return rows.empty() ? "" : row->first;
+    }
+
+    void step() {
+        auto& [module, nameColumn] = shared[number(0, 2)];
+        auto text = "text " + std::to_string(++texts);
+        auto kind = number(1, 10);
+        if (kind <= 4) {
+            change("EditRecordUseCase.editRecord", module, anyId(module), {{"DESCRIPTION", text}}, text);
+        } else if (kind == 5) {
+            auto digits = std::to_string(texts);
+            change("AddRecordUseCase.addRecord", module, "NEW_" + std::string(9 - digits.size(), '0') + digits,
+                   {{nameColumn, "Rig " + digits}, {"DESCRIPTION", text}}, text);
+        } else if (kind == 6) {
+            auto id = anyId(module);
+            latest.erase({module, id});
+            ask("DeleteRecordUseCase.deleteRecord", {{"moduleName", module}, {"recordID", id}});
+        } else if (kind <= 8) {
+            changeAtRandom(4, sharedModules);
+        } else if (kind == 9) {
+            editAtServer(module, text);
+        } else {
+            sync(isOneIn(2) ? module : "");
+        }
+    }
+    void change(const std::string& call, const std::string& module, const std::string& id, const ValueMap& values,
+                const std::string& text) {
+        ValueMap record{{"recordId", id}, {"moduleName", module}, {"values", values}};
+        send(call, {{"record", record}});
+        if (isOneIn(20)) host->kill();
+        auto line = answer();
+        if (!line) {
+            EXPECT_TRUE(start()) << host->errors();
+            latest.erase({module, id});  // nobody knows whether it was saved
+        } else if (member(*line, "name") == Value("changeSaved")) {
+            latest[{module, id}] = text;
+        }
+    }
+    /// Has another person change the field that the user has changed last, if the record is still there.
+    void editAtServer(const std::string& module, const std::string& text) {
+        for (auto& [key, mine] : latest)
+            if (key.first == module && isOneIn(3)) {
+                auto body = json::write(ValueMap{
+                    {"module", module}, {"edit", ValueList{ValueMap{{"id", key.second}, {"Description", text}}}}});
+                world->control->postJson("/control/records", body.value_or(""));
+            }
+    }
+    void disturb() {
+        if (isOneIn(6)) setFault(silences[number(0, std::size(silences) - 1)], number(1, 2), "*");
+        if (isOneIn(10)) ask("host.queue.stop");
+        if (isOneIn(6)) ask("host.queue.start");
+        if (isOneIn(25)) {
+            EXPECT_TRUE(start()) << host->errors();
+        }
+    }
+    /// Expects that the tables show each edit that is still queued. What is queued after the tables were read was
+    /// queued before.
+    void expectQueuedChangesShown() {
+        std::map<std::string, std::map<std::string, std::string>> rows;
+        for (auto& each : shared) rows[each.module] = descriptions(each.module);
+        for (auto& change : elements(member(response("host.queue.list"), "changes"))) {
+            std::pair key(member(change, "moduleName").textOr(""), member(change, "recordId").textOr(""));
+            auto mine = latest.find(key);
+            auto row = rows[key.first].find(key.second);
+            // A record that is gone at the server takes its row with it.
+            if (mine == latest.end() || row == rows[key.first].end()) continue;
+            EXPECT_EQ(row->second, mine->second) << key.first << " " << key.second << " lacks a queued change";
+            ++shown;
+        }
+    }
+    /// Sends what can be sent. Changes of records that are gone at the server stay as failed ones.
+    void sendAll() {
+        clearFaults();
+        ask("host.queue.start");
+        bool isDrained = false;
+        for (int tries = 0; tries < 20 && !isDrained; ++tries) {
+            ask("host.queue.retry");
+            auto left = elements(member(response("host.queue.idle"), "changes"));
+            isDrained = std::all_of(left.begin(), left.end(),
+                                    [](auto& change) { return member(change, "state") == Value("failed"); });
+        }
+        EXPECT_TRUE(isDrained);
+    }
+
+    static constexpr const char* silences[] = {R"("fault":"dropBefore")", R"("fault":"dropAfter")",
+                                               R"("fault":"truncate")", R"("fault":"delayAfter","milliseconds":20)",
+                                               R"("fault":"errorEnvelope","status":503)"};
+    std::optional<EncryptedFile> file;
+    /// What the user has last written into the description of a record.
+    std::map<std::pair<std::string, std::string>, std::string> latest;
+    int texts = 0;
+    /// How often a queued change was looked for.
+    int shown = 0;
+};
+
+TEST_F(BothSides, AreEqualOnceAllIsSentAndSynced) {
+    auto numberIn = [](const char* variable, std::uint64_t otherwise) {
+        auto text = std::getenv(variable);
+        return text ? std::strtoull(text, nullptr, 10) : otherwise;
+    };
+    auto rounds = numberIn("TARVO_RIG_ROUNDS", 20), first = numberIn("TARVO_RIG_SEED", std::random_device()());
+    beginWhole({"--records", "40", "--sync-page", "30"});
+    syncAllFinished();
+    file.emplace(world->databasePath(), "right passphrase");
+    for (std::uint64_t round = 0; round < rounds && !HasFailure(); ++round) {
+        auto trace = "round " + std::to_string(round) + " of seed " + std::to_string(first);
+        SCOPED_TRACE(trace);
+        random.seed(first + round);
+        seed = static_cast<int>((first + round) % 1'000'000) * 100;
+        for (int i = 0; i < stepsPerRound && !HasFailure(); ++i) {
+            disturb();
+            step();
+            expectQueuedChangesShown();
+        }
+        sendAll();
+        syncAllFinished();
+        // A user who deletes a record deletes its attachments here, which the server keeps.
+        expectServerRecords(*world, *file, Held::all, {"Leads", "Contacts", "Accounts"});
+    }
+    EXPECT_GT(shown, static_cast<int>(rounds));
 }
 
 }  // namespace
