@@ -254,17 +254,18 @@ bool NTransactionInDatabase::update(const std::map<std::string, std::string>& re
 // answers whether a row waits.
 TransactionPersistence::Found NTransactionInDatabase::getNextRunnableTransaction(const Kinds& kinds) {
     auto first = [&](const std::string& limit) {
-        auto parameters = rawKinds(kinds);
+        auto others = joinOfOtherOrganisations();
+        ValueList parameters;
+        if (!others.empty()) parameters.push_back(*organisation_);
+        for (auto& kind : rawKinds(kinds)) parameters.push_back(kind);
         parameters.push_back(rawStatus(NTransaction::Status::Case::active));
-        auto ofOthers = isOfAnotherOrganisation();
-        if (!ofOthers.empty()) parameters.push_back(*organisation_);
-        return fetch(RawQuery(
-            "SELECT txn.* FROM TRANSACTIONS_NEW txn LEFT JOIN TRANSACTIONS_DEPENDENCY txn_dep ON txn.txn_id = "
-            "txn_dep.txn_id WHERE txn_dep.txn_id IS NULL AND (txn.error_response IS NULL OR txn.error_response = '') "
-            "AND txn.txn_type IN (" +
-                placeholders(kinds.size()) + ") AND txn.status = ?" + (ofOthers.empty() ? "" : " AND NOT " + ofOthers) +
-                " ORDER BY txn.txn_id" + limit,
-            std::move(parameters)));
+        return fetch(
+            RawQuery("SELECT txn.* FROM TRANSACTIONS_NEW txn LEFT JOIN TRANSACTIONS_DEPENDENCY txn_dep ON txn.txn_id = "
+                     "txn_dep.txn_id" +
+                         others + " WHERE txn_dep.txn_id IS NULL" + (others.empty() ? "" : " AND made.number IS NULL") +
+                         " AND (txn.error_response IS NULL OR txn.error_response = '') AND txn.txn_type IN (" +
+                         placeholders(kinds.size()) + ") AND txn.status = ? ORDER BY txn.txn_id" + limit,
+                     std::move(parameters)));
     };
     auto rows = first(" LIMIT 1");
     if (rows && !rows->empty() && !queueMapper.getValue(rows->front())) rows = first("");
@@ -275,14 +276,14 @@ TransactionPersistence::Found NTransactionInDatabase::getNextRunnableTransaction
     return readable->empty() ? std::nullopt : std::optional(std::move(readable->front()));
 }
 
-/// Returns the condition for a transaction that was made in another organisation, which is sent when that one is in
-/// force again. Returns the empty text if nothing is known of organisations.
-std::string NTransactionInDatabase::isOfAnotherOrganisation() const {
+/// Returns the join with the entry of a transaction that was made in another organisation, which is sent when that one
+/// is in force again. It comes after the join with the dependencies, so that SQLite looks for no entry of a transaction
+/// that waits. Returns the empty text if nothing is known of organisations.
+std::string NTransactionInDatabase::joinOfOtherOrganisations() const {
     using Register = ChangeRegisterTable;
     if (!organisation_ || !adapter_ || adapter_->columnNames(Register::name).empty()) return {};
-    return std::string("EXISTS (SELECT 1 FROM ") + Register::name + " made WHERE made." + Register::queue +
-           " = 'current' AND made." + Register::transactionId + " = CAST(txn.txn_id AS TEXT) AND made." +
-           Register::organisation + " <> ?)";
+    return std::string(" LEFT JOIN ") + Register::name + " made ON made." + Register::queue + " = 'current' AND made." +
+           Register::transactionId + " = CAST(txn.txn_id AS TEXT) AND made." + Register::organisation + " <> ?";
 }
 
 bool NTransactionInDatabase::addMergedTransaction(const NTransaction& transaction, const Dependencies& dependencies,

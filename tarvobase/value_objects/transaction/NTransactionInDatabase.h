@@ -48,7 +48,7 @@ public:
 private:
     std::optional<Rows> fetch(const Query& query) const;
     std::optional<Ids> idsWhere(Criteria criteria) const;
-    std::string isOfAnotherOrganisation() const;
+    std::string joinOfOtherOrganisations() const;
     std::optional<Rows> lastRows(const std::string& columns, const std::string& recordId, const Kinds& kinds) const;
     std::optional<std::int64_t> highest(const Query& query) const;
     bool execute(const std::vector<DatabaseAdapter::Statement>& statements) const;
