@@ -309,8 +309,7 @@ RecordValue emptyValue(const FieldData& field) {
     value.kind = Kind::text;
     if (field.type == "multiselectpicklist" || field.type == "multiselectlookup") value.kind = Kind::texts;
     // Without a list of tags, clients keep those that they know.
-    if (field.type == "subform" || field.type == "event_participant" || field.apiName == "Tag")
-        value.kind = Kind::rows;
+    if (field.type == "subform" || field.type == "event_participant" || field.apiName == "Tag") value.kind = Kind::rows;
     return value;
 }
 
