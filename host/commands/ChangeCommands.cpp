@@ -1,6 +1,7 @@
 #include "host/commands/ChangeCommands.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "bridge/forms/JsonForm.h"
 #include "host/commands/CommandSteps.h"
@@ -90,6 +91,33 @@ int printChanges(const Arguments& arguments) {
     return printForPeople(tableText(rows));
 }
 
+std::string whatBecameOf(const QueuedChanges::Outcome& outcome) {
+    switch (outcome.outcome) {
+        case ChangeOutcome::accepted:
+            return "was accepted by the server";
+        case ChangeOutcome::merged:
+            return "is part of a later change of its record";
+        case ChangeOutcome::cancelled:
+            return "was cancelled";
+        case ChangeOutcome::queued:
+        case ChangeOutcome::unknown:
+            break;
+    }
+    return "is not known";
+}
+
+int printSentences(const Arguments& arguments, const std::vector<std::pair<std::int64_t, std::string>>& sentences) {
+    std::string lines;
+    ValueList reasons;
+    for (auto& [number, sentence] : sentences) {
+        lines += "Change " + std::to_string(number) + " " + sentence + ".\n";
+        reasons.push_back(ValueMap{{"number", number}, {"why", sentence}});
+    }
+    if (arguments.json)
+        return printForPrograms(json::write(ValueMap{{"changes", std::move(reasons)}}).value_or("") + "\n");
+    return printForPeople(lines.empty() ? "The server has all changes.\n" : lines);
+}
+
 }  // namespace
 
 int reportChange(const Arguments& arguments, const std::string& recordId, std::int64_t number) {
@@ -101,8 +129,7 @@ int reportChange(const Arguments& arguments, const std::string& recordId, std::i
     auto alias = Stores::current().recordIdAliases()->realId(arguments.module, recordId);
     auto id = alias && alias.value() ? *alias.value() : recordId;
     if (isLeft && found->state == Change::State::failed)
-        return fail("change " + std::to_string(number) +
-                    " was refused: " + (found->error ? found->error->message : "the answer cannot be read"));
+        return fail("change " + std::to_string(number) + " " + whyItWaits(*found));
     if (!arguments.json)
         return printForPeople(arguments.module + " " + id +
                               (isLeft ? " is saved here as change " + std::to_string(number) + ", which waits\n"
@@ -169,30 +196,27 @@ int cancelChanges(Host& host, const Arguments& arguments) {
     return cancelled ? printChanges(arguments) : fail(cancelled.error().message());
 }
 
-/// Prints one sentence per change. A number that is not that of a change is a failure.
+/// Prints one sentence per change, in the order of the queue: of all that wait, or of those with the numbers.
 int explainChanges(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
     waitForServer(arguments);
     auto changes = listedChanges();
-    if (!changes) return fail("the queue of changes cannot be read");
-    auto& numbers = arguments.numbers;
-    for (auto number : numbers)
-        if (std::none_of(changes->begin(), changes->end(), [&](auto& change) { return change.number == number; }))
-            return fail("there is no change " + std::to_string(number));
-    std::erase_if(*changes, [&](auto& change) {
-        return !numbers.empty() && std::find(numbers.begin(), numbers.end(), change.number) == numbers.end();
-    });
-    std::string lines;
-    ValueList reasons;
-    for (auto& change : *changes) {
-        auto sentence = whyItWaits(change);
-        lines += "Change " + std::to_string(change.number) + " " + sentence + ".\n";
-        reasons.push_back(ValueMap{{"number", change.number}, {"why", sentence}});
+    auto outcomes = queuedChanges().outcomes(arguments.numbers);
+    if (!changes || !outcomes) return fail("the queue of changes cannot be read");
+    std::vector<std::pair<std::int64_t, std::string>> sentences;
+    for (auto& outcome : *outcomes) {
+        if (outcome.outcome == ChangeOutcome::unknown)
+            return fail("there is no change " + std::to_string(outcome.number));
+        if (outcome.outcome != ChangeOutcome::queued) sentences.emplace_back(outcome.number, whatBecameOf(outcome));
     }
-    if (arguments.json)
-        return printForPrograms(json::write(ValueMap{{"changes", std::move(reasons)}}).value_or("") + "\n");
-    return printForPeople(changes->empty() ? "The server has all changes.\n" : lines);
+    auto isAskedFor = [&](std::int64_t number) {
+        return outcomes->empty() ||
+               std::any_of(outcomes->begin(), outcomes->end(), [&](auto& outcome) { return outcome.number == number; });
+    };
+    for (auto& change : *changes)
+        if (isAskedFor(change.number)) sentences.emplace_back(change.number, whyItWaits(change));
+    return printSentences(arguments, sentences);
 }
 
 int drainChanges(Host& host, const Arguments& arguments) {

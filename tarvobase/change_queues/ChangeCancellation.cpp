@@ -39,16 +39,16 @@ bool contains(const Numbers& numbers, std::int64_t number) {
 std::string CancelRefusal::message() const {
     std::vector<std::string> texts;
     for (auto number : numbers) texts.push_back(std::to_string(number));
-    auto list = text::join(texts, ", ");
+    auto list = (texts.size() == 1 ? "change " : "changes ") + text::join(texts, ", ");
     switch (reason) {
         case Reason::notQueued:
-            return "there is no change " + list;
+            return "there is no " + list;
         case Reason::sent:
-            return "the server may have change " + list + " already, so that only its answer can end it";
+            return "the server may have " + list + " already, so that only an answer can end this";
         case Reason::hasWaiters:
-            return "the record is named by change " + list + ", which must be cancelled with it";
+            return "the record is named by " + list + ", which must be cancelled with it";
         case Reason::neverSent:
-            return "the record of change " + list + " was never sent, and cannot be brought back";
+            return "the record of " + list + " was never sent, and cannot be brought back";
         case Reason::notStored:
             break;
     }

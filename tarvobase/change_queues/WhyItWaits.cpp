@@ -27,11 +27,17 @@ std::string namesOf(const WaitingFor& waitingFor) {
     return (texts.size() == 1 ? "change " : "changes ") + text::join(texts, ", ");
 }
 
+/// Returns a text that may stand in the middle of a sentence.
+std::string withoutFullStop(std::string text) {
+    while (!text.empty() && text.back() == '.') text.pop_back();
+    return text;
+}
+
 /// Returns what the server said last to a change that was given up.
 std::string lastWordsOf(const ErrorResponse& error) {
     auto last = error.details ? error.details->find("lastRefusal") : nullptr;
     auto message = last && last->asMap() ? last->asMap()->valueOf("message").textOr("") : "";
-    return message.empty() ? "" : "; the last time: " + message;
+    return message.empty() ? "" : "; the last time: " + withoutFullStop(std::move(message));
 }
 
 std::string whyItFailed(const Change& change) {
@@ -44,7 +50,7 @@ std::string whyItFailed(const Change& change) {
         return "names a record whose change has failed or is gone";
     if (error.code == ErrorResponse::parsingFailed().code)
         return "may have reached the server, whose answer could not be read";
-    return "was refused: " + error.message;
+    return "was refused: " + withoutFullStop(error.message);
 }
 
 std::string whatItWaitsFor(const WaitingFor& waitingFor) {
