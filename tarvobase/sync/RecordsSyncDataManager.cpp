@@ -10,6 +10,7 @@
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/sql/DeletedRecords.h"
 #include "tarvobase/records/sql/RecordInDatabase.h"
+#include "tarvobase/records/sql/UnsentChanges.h"
 #include "tarvobase/sync/wire/RecordsSyncParser.h"
 #include "tarvobase/value_objects/field/FieldList.h"
 
@@ -40,6 +41,11 @@ std::int64_t recordCount(const std::optional<WireRecords>& records) {
 }
 
 bool hasRecords(const std::optional<WireRecords>& records) { return recordCount(records) > 0; }
+
+bool namesOneOf(const std::optional<WireRecords>& records, const std::set<std::string>& recordIds) {
+    auto ids = records ? idsOf(*records) : std::vector<std::string>();
+    return std::any_of(ids.begin(), ids.end(), [&](auto& id) { return recordIds.contains(id); });
+}
 
 bool hasMorePages(const SyncRecordsResponse& page) { return page.resultInfo.hasMore.value_or(false); }
 
@@ -77,7 +83,8 @@ std::shared_ptr<RecordsSyncDataManager> RecordsSyncDataManager::make(
                  .recordPersistanceDelegate = RecordInDatabase::make(stores.databaseAdapter()),
                  .metadataPersistance = stores.fields(),
                  .modulePersistance = stores.modules(),
-                 .scope = stores.scope});
+                 .scope = stores.scope,
+                 .recordsWithSentEdits = [stores] { return UnsentChanges::recordsWithSentEdits(stores); }});
 }
 
 bool RecordsSyncDataManager::syncRecords(const std::string& moduleName) {
@@ -146,6 +153,8 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, 
     if (!collaborators_.scope.isCurrent()) return Reason::outdated;
     if (!hasMetadata(name)) return Reason::noMetadata;
     if (!info.responseTime) return Reason::noResponseTime;
+    // An edit that is answered after this is still found, and one that is sent after it is newer than the page.
+    round.mustBeRepeated = round.mustBeRepeated || mayBeHidden(page);
     if (auto reason = storePage(page, name)) return reason;
 
     if (!round.firstResponseTime) round.firstResponseTime = info.responseTime;
@@ -176,6 +185,14 @@ bool RecordsSyncDataManager::hasMetadata(const std::string& moduleName) const {
     return fields && !fields->empty();
 }
 
+/// Returns whether the values of a record of the page may go beneath an edit that the server had before them.
+bool RecordsSyncDataManager::mayBeHidden(const SyncRecordsResponse& page) const {
+    auto sent = collaborators_.recordsWithSentEdits();
+    if (!sent) return true;
+    if (sent->empty()) return false;
+    return namesOneOf(page.addedRecords, *sent) || namesOneOf(page.editedRecords, *sent);
+}
+
 /// Each list is a commit. A page that is only stored in part is repeated by the next round.
 std::optional<SyncRound::Reason> RecordsSyncDataManager::storePage(const SyncRecordsResponse& page,
                                                                    const std::string& moduleName) const {
@@ -197,7 +214,7 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::storePage(const SyncRec
 void RecordsSyncDataManager::finish(Round& round, const SyncRecordsResponse& page) const {
     auto& module = round.underWay->module;
     round.progress.outcome = Outcome::finished;
-    round.progress.watermark = std::to_string(*round.firstResponseTime);
+    if (!round.mustBeRepeated) round.progress.watermark = std::to_string(*round.firstResponseTime);
     round.progress.finishedAt = page.resultInfo.responseTime;
     collaborators_.recordSyncSettings->storeRound(round.progress);
     BrenNotificationCenter::shared().notify<SyncObserver>(

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -55,6 +57,9 @@ public:
 /// watermark, page by page, and stores it. A module has one round at a time in the whole process (`SyncRounds`). Each
 /// step is stored before the next one: the rows of a page, the note of how far the round is, and at the end the
 /// watermark with the outcome. A round that breaks off keeps the old watermark, so that the next one repeats it.
+///
+/// So does a round with a record of which the server may have an edit that waits here for its answer. Somebody else may
+/// have changed the same field since: the queue laid the edit over that, and its answer will be older than the page.
 class RecordsSyncDataManager final : public RecordsSyncDataManagerProtocol,
                                      public RecordsSyncDelegate,
                                      public SyncRoundRunner {
@@ -66,6 +71,8 @@ public:
         std::shared_ptr<FieldMetadataPersistanceDelegate> metadataPersistance;
         std::shared_ptr<ModulesPersistanceDelegate> modulePersistance;
         Scope scope;
+        /// `UnsentChanges::recordsWithSentEdits`.
+        std::function<std::optional<std::set<std::string>>()> recordsWithSentEdits;
     };
     static constexpr std::int64_t maximumRecords = 10'000;
 
@@ -93,12 +100,14 @@ private:
         std::string lastModifiedTime;
         SyncRound progress;
         std::optional<std::int64_t> firstResponseTime{};
+        bool mustBeRepeated = false;
     };
 
     explicit RecordsSyncDataManager(Collaborators collaborators) : collaborators_(std::move(collaborators)) {}
 
     std::optional<Reason> takePage(Round& round, const SyncRecordsResponse& page, std::int64_t from);
     bool hasMetadata(const std::string& moduleName) const;
+    bool mayBeHidden(const SyncRecordsResponse& page) const;
     std::optional<Reason> storePage(const SyncRecordsResponse& page, const std::string& moduleName) const;
     void finish(Round& round, const SyncRecordsResponse& page) const;
     void requestPage(const Round& round, std::int64_t from) const;

@@ -5,6 +5,8 @@
 
 #include "kelva_db/Database.h"
 #include "platform/Json.h"
+#include "platform/Text.h"
+#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
@@ -56,6 +58,34 @@ std::optional<std::set<std::string>> UnsentChanges::editedColumns(const std::str
     auto changes = readChanges({recordId});
     if (!changes) return std::nullopt;
     return std::move(changes->columns[recordId]);
+}
+
+std::optional<std::set<std::string>> UnsentChanges::recordsWithSentEdits(const Stores& stores) {
+    auto entries = stores.changeRegister()->entries();
+    if (!entries) return std::nullopt;
+    std::vector<std::string> olderIds;
+    std::vector<std::int64_t> currentIds;
+    for (auto& entry : *entries) {
+        if (!entry.mayHaveArrived()) continue;
+        if (entry.queue == ChangeQueue::older)
+            olderIds.push_back(entry.transactionId);
+        else if (auto id = text::toInteger(entry.transactionId))
+            currentIds.push_back(*id);
+    }
+    std::set<std::string> recordIds;
+    if (!olderIds.empty()) {
+        auto older = stores.transactions()->getTransactionsWithIds(olderIds);
+        if (!older) return std::nullopt;
+        for (auto& change : older->transactions)
+            if (change.operationType == TransactionType::editRecord) recordIds.insert(change.recordID);
+    }
+    if (!currentIds.empty()) {
+        auto current = stores.currentTransactions()->getTransactionsWithIds(currentIds);
+        if (!current) return std::nullopt;
+        for (auto& change : *current)
+            if (depndencyType(change.kind) == RecordDependency::Kind::edit) recordIds.insert(change.recordId);
+    }
+    return recordIds;
 }
 
 std::optional<UnsentChanges::Changes> UnsentChanges::readChanges(const std::vector<std::string>& recordIds) const {

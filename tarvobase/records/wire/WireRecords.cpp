@@ -1,7 +1,10 @@
 #include "tarvobase/records/wire/WireRecords.h"
 
+#include <array>
+
 #include "tarvobase/configuration/Variant.h"
 #include "tarvobase/network_layer/AnswerBody.h"
+#include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/wire/RecordConversion.h"
 #include "tarvobase/records/wire/RecordParser.h"
 #include "tarvobase/records/wire/WireEntries.h"
@@ -98,6 +101,22 @@ std::optional<std::vector<Record>> recordsOf(const WireRecords& wireRecords, con
         records.push_back(*std::move(record));
     }
     return records;
+}
+
+std::vector<std::string> idsOf(const WireRecords& wireRecords) {
+    std::vector<Element> items, entries;
+    wireRecords.list.items(items);
+    std::vector<std::string> ids;
+    for (auto& item : items) {
+        item.items(entries);
+        for (auto& entry : entries) {
+            std::array<Element, 2> pair;
+            if (entry.leadingItems(pair) < 2 || pair[0].asText() != RecordConstants::FieldAPINames::Id) continue;
+            if (auto id = pair[1].asText()) ids.emplace_back(*id);
+            break;
+        }
+    }
+    return ids;
 }
 
 }  // namespace tarvo

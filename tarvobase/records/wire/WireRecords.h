@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/JsonDocument.h"
@@ -28,5 +29,8 @@ struct WireRecordsParser {
 /// Returns records by the module's fields, as `recordFromNetworkDictionary` makes them. Returns nullopt if there are no
 /// fields.
 std::optional<std::vector<Record>> recordsOf(const WireRecords& wireRecords, const FieldList& fields);
+
+/// Returns the ids that records bring, in their order. Records without one are left out.
+std::vector<std::string> idsOf(const WireRecords& wireRecords);
 
 }  // namespace tarvo

@@ -326,6 +326,25 @@ TEST_F(RecordsSyncTest, WhatTheUserChangedStaysOnTheScreenUntilItIsSent) {
     EXPECT_EQ(leads(), R"("1","mine","new";"2","B",null)");
 }
 
+TEST_F(RecordsSyncTest, WhatWentBeneathAnEditWithoutAnAnswerIsAskedForAgain) {
+    fillLeads({{{"id", "1"}, {"Company", "mine"}}, {{"id", "2"}, {"Company", "b"}}});
+    auto stores = Stores::current();
+    Record edit("1", "Leads");
+    edit.set("Company", "mine");
+    auto queued = RecordTransactionManager(stores, [] {}).editRecord(edit, {.moduleName = "Leads", .apiName = "L"});
+    ASSERT_TRUE(queued);
+    const Page others{.edited = R"([[["id","2"],["Company","B"]]])"};
+    const Page theirs{.edited = R"([[["id","1"],["Company","theirs"]]])", .info = R"("responsetime":60,"count":1)"};
+    sync({theirs});
+    EXPECT_EQ(watermark(), "60") << "the edit will reach the server after theirs";
+    ASSERT_TRUE(stores.changeRegister()->noteSend(stores.changeRegister()->entries()->front().number));
+    sync({others});
+    EXPECT_EQ(watermark(), "100") << "a page without the record hides nothing";
+    sync({{.edited = theirs.edited, .info = R"("responsetime":200,"count":1)"}});
+    EXPECT_EQ(watermark(), "100");
+    EXPECT_EQ(asked().substr(asked().rfind(' ') - 3), "100 0");
+}
+
 TEST_F(RecordsSyncTest, DependentRowsAndTagsComeWithRecordsThatAreHere) {
     makeModule("InventoryProducts", {field("InventoryProducts", "record_id"), field("InventoryProducts", "Quantity")});
     makeModule("Quotes",
