@@ -45,6 +45,7 @@ std::shared_ptr<TransactionManager> TransactionAssembler::getTransactionManager(
     manager->sendingLock = std::move(sendingLock);
     manager->transactionExecutorDI = executorsOf(stores, manager);
     NotesAssembler::moveSoundsLeftBehind(stores);
+    manager->isRecordIdTaken = NotesAssembler::hasSound;
     manager->attachmentScheduler = makeTransactionSynchronizer(true, stores, manager);
     manager->normalScheduler = makeTransactionSynchronizer(false, stores, manager);
     return manager;

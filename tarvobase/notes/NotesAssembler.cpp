@@ -1,3 +1,4 @@
+#include "platform/Files.h"
 #include "tarvobase/configuration/CommonConfigration.h"
 #include "tarvobase/notes/NotesUseCases.h"
 #include "tarvobase/notes/internal/AddNoteDM.h"
@@ -22,6 +23,10 @@ VoiceFiles voiceFiles() {
 
 bool NotesAssembler::takeSound(const std::string& file, const std::string& recordId) {
     return voiceFiles().take(file, recordId);
+}
+bool NotesAssembler::hasSound(const std::string& recordId) {
+    auto path = voiceFiles().pathOf(recordId);
+    return path && files::exists(*path);
 }
 void NotesAssembler::removeSound(const std::string& recordId) { voiceFiles().remove(recordId); }
 void NotesAssembler::moveSoundsLeftBehind(const Stores& stores) { voiceFiles().moveLeftBehind(stores); }

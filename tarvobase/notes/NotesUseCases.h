@@ -77,6 +77,9 @@ struct NotesAssembler {
     /// Copies a sound to where that of a voice note is looked for. Returns whether it is there. Call it before the note
     /// is added.
     static bool takeSound(const std::string& file, const std::string& recordId);
+    /// Returns whether a sound is kept under the id. All accounts keep theirs in one folder, so it may belong to a note
+    /// of another account, whose database this one does not know.
+    static bool hasSound(const std::string& recordId);
     /// Removes the sound of a note, if it has one.
     static void removeSound(const std::string& recordId);
     /// Moves the sounds of accepted notes that a process left under their temporary ids when it ended. Call it when

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "kelva_db/Database.h"
-#include "platform/Files.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/value_objects/transaction/NTransaction.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
@@ -31,24 +30,14 @@ std::int64_t highestNumberIn(DatabaseAdapter& database, const std::string& table
     return rows && !rows->empty() ? std::atoll(rows->front().valueOf("id").textOr("NEW_0").c_str() + 4) : 0;
 }
 
-/// All accounts keep their sounds in one folder. One that waits for its upload there may be of a note of another
-/// account, whose database this one does not know.
-bool hasSound(const std::string& recordId) {
-    auto& configuration = CommonConfigration::sharedInstance();
-    if (!configuration.localDirectoryLocation.get()) return false;
-    return files::exists(configuration.voiceFileDirectoryLocation() + recordId + ".wav");
-}
-
 }  // namespace
 
 RecordIds::RecordIds(const Stores& stores, std::shared_ptr<UserDefaultsProtocol> userDefaults)
     : stores_(stores), counter_("lastRecordId", std::move(userDefaults)) {}
 
 std::string RecordIds::getNewRecordId() {
-    auto highest = highestStored();
     char text[32];
-    do std::snprintf(text, sizeof text, "NEW_%09lld", static_cast<long long>(counter_.next(highest)));
-    while (hasSound(text));
+    std::snprintf(text, sizeof text, "NEW_%09lld", static_cast<long long>(counter_.next(highestStored())));
     return text;
 }
 

@@ -12,7 +12,7 @@ namespace tarvo {
 
 /// The ids of records that the server does not know yet: "NEW_" and a counter of nine digits. An id is above the
 /// counter and above every id that a queue or the table of former ids has, so that no record takes the changes of
-/// another one, and no sound waits under it. Any thread may use it; each call blocks its caller.
+/// another one. Any thread may use it; each call blocks its caller.
 class RecordIds final : public NewRecordIdGenerator {
 public:
     /// The settings keep the counter. Without a database it alone counts.

@@ -60,6 +60,12 @@ bool TransactionManagerAbstract::inOneCommit(std::string_view name, platform::Fu
     return database && database->transaction(name, steps);
 }
 
+std::string TransactionManagerAbstract::getNewRecordId() {
+    auto id = recordIds_.getNewRecordId();
+    while (isRecordIdTaken && isRecordIdTaken(id)) id = recordIds_.getNewRecordId();
+    return id;
+}
+
 // Switching on and off.
 
 void TransactionManagerAbstract::startSync() {
@@ -380,6 +386,7 @@ void TransactionManagerAbstract::run(const NTransaction& transaction, std::funct
 }
 
 void TransactionManagerAbstract::settle(const NTransaction& transaction, const TransactionResult& result) {
+    if (result.outcome && resultAccepted) resultAccepted(transaction);
     bool isStored = inOneCommit("result of a transaction", [&] {
         return result.outcome ? storeSuccess(transaction, result) : storeFailure(transaction, result);
     });

@@ -54,7 +54,7 @@ public:
     std::int64_t getNewTransactionId() override { return transactionIds_.getNewTransactionId(); }
     void resetTransactionId() override { transactionIds_.resetTransactionId(); }
     /// Returns "NEW_" and nine digits.
-    std::string getNewRecordId() override { return recordIds_.getNewRecordId(); }
+    std::string getNewRecordId() override;
     void resetRecordId() override { recordIds_.resetRecordId(); }
 
     void startSync() override;
@@ -87,8 +87,12 @@ public:
 
     // The assembler sets these before the first use.
 
+    /// Called before a success is stored, on any thread.
+    std::function<void(const NTransaction& transaction)> resultAccepted;
     /// Called after a result was stored, on any thread: it may let changes of the older queue go.
     std::function<void()> resultStored;
+    /// Tells whether something outside the database is kept under a new id, which then must not be used.
+    std::function<bool(const std::string& recordId)> isRecordIdTaken;
     std::shared_ptr<TransactionExecutorDIContract> transactionExecutorDI;
     std::shared_ptr<TransactionSchedulerContract> attachmentScheduler;
     std::shared_ptr<TransactionSchedulerContract> normalScheduler;
