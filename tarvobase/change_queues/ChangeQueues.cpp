@@ -79,6 +79,9 @@ ScopeQueues makeQueues(const Stores& stores) {
     manager->resultStored = [weak = std::weak_ptr<ChangeDrain>(drain)] {
         if (auto older = weak.lock()) older->wake();
     };
+    manager->resultAccepted = [refetch](auto& transaction) {
+        refetch->fetch(transaction.module.rawValue(), transaction.recordId, RecordRefetch::Reason::acceptance);
+    };
     // A round of sync would not bring what an earlier one has stored beneath the changes.
     auto fetchFormer = [refetch](auto& moduleName, auto& recordId) {
         refetch->fetch(moduleName, recordId, RecordRefetch::Reason::cancelled);

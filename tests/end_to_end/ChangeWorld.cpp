@@ -10,6 +10,12 @@ namespace {
 
 constexpr const char* ownPassphrase = "right passphrase";
 
+ValueList recordsOf(const Value& response) {
+    ValueList records;
+    for (auto& record : listOf(member(response, "records"))) records.push_back(member(record, "values"));
+    return records;
+}
+
 }  // namespace
 
 bool ChangeWorld::start(const Settings& environment) {
@@ -92,7 +98,9 @@ bool ChangeWorld::storeRow(const ModelChange& change) {
     auto values = change.row;
     if (record.lookup) {
         auto& other = model.records()[*record.lookup];
-        auto found = localRecords(other.module->name, other.module->title.column, {other.name});
+        auto line = askForRecords(other.module->name, other.module->title.column, {other.name});
+        if (!line) return false;
+        auto found = recordsOf(member(*line, "response"));
         if (!found.empty()) values.set(record.module->lookup.column, member(found.front(), "ID"));
     }
     auto line =
@@ -234,11 +242,14 @@ ValueList ChangeWorld::recordsAtServer(const std::string& module) const {
 }
 
 ValueList ChangeWorld::localRecords(const std::string& module, const std::string& column, const ValueList& values) {
-    auto found = response("host.record.fetchSome",
-                          {{"moduleName", module}, {"columnNamesAndValues", ValueMap{{column, values}}}});
-    ValueList records;
-    for (auto& record : listOf(member(found, "records"))) records.push_back(member(record, "values"));
-    return records;
+    auto line = askForRecords(module, column, values);
+    EXPECT_TRUE(line) << host->errors();
+    return line ? recordsOf(member(*line, "response")) : ValueList();
+}
+
+std::optional<Value> ChangeWorld::askForRecords(const std::string& module, const std::string& column,
+                                                const ValueList& values) {
+    return ask("host.record.fetchSome", {{"moduleName", module}, {"columnNamesAndValues", ValueMap{{column, values}}}});
 }
 
 void ChangeWorld::expectNoTemporaryId(const ChangeModel::Records& atServer) const {

@@ -52,6 +52,7 @@ protected:
     /// Expects that the server and the local tables hold exactly what the model says.
     void check();
     ValueList localRecords(const std::string& module, const std::string& column, const ValueList& values);
+    std::optional<Value> askForRecords(const std::string& module, const std::string& column, const ValueList& values);
     ValueList recordsAtServer(const std::string& module) const;
 
     std::optional<EndToEnd> world;

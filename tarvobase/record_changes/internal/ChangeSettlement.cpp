@@ -54,6 +54,10 @@ ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordP
 
 bool ChangeSettlement::settle(const std::vector<AnsweredChange>& changes) const {
     auto& database = stores_.databaseAdapter();
+    // A round that is under way now may end between the commit and a later look.
+    for (auto& change : changes)
+        if (change.answer.outcome == Outcome::accepted)
+            fetch_(change.sent.moduleName, change.sent.recordID, RecordRefetch::Reason::acceptance);
     std::set<std::string> queued;
     bool areStored = database && database->transaction("answers to changes", [&] {
         FieldListMemory memory;
@@ -198,8 +202,7 @@ void ChangeSettlement::notify(const Transaction& sent, const ChangeEntry& entry,
     changeNotices::refused(std::move(change), refusalOf(answer));
 }
 
-/// Returns whether another change of the record is about to be answered. A record that is fetched before its answer and
-/// stored after it would take the change from the screen.
+/// Returns whether another change of the record is about to be answered. What follows that answer serves this one.
 bool ChangeSettlement::goesOn(const std::string& recordId) const {
     auto left = stores_.transactions()->getTransactions(recordId);
     return left && std::any_of(left->transactions.begin(), left->transactions.end(),
@@ -218,11 +221,8 @@ void ChangeSettlement::follow(const AnsweredChange& change) const {
             });
     bool isRecord = sent.operationType == T::addRecord || sent.operationType == T::editRecord;
     auto& recordId = sent.operationType == T::addRecord ? answer.recordId : sent.recordID;
-    if (isAccepted && isRecord && !goesOn(recordId))
-        fetch_(sent.moduleName, recordId,
-               hasServersRecord(change) ? RecordRefetch::Reason::acceptance : RecordRefetch::Reason::bareAcceptance);
-    if (isAccepted && sent.operationType == T::deleteRecord)
-        fetch_(sent.moduleName, sent.recordID, RecordRefetch::Reason::acceptance);
+    if (isAccepted && isRecord && !hasServersRecord(change) && !goesOn(recordId))
+        fetch_(sent.moduleName, recordId, RecordRefetch::Reason::bareAcceptance);
     if (!isAccepted && sent.operationType == T::deleteRecord)
         fetch_(sent.moduleName, sent.recordID, RecordRefetch::Reason::refusedDelete);
 }

@@ -28,7 +28,8 @@ struct AnsweredChange {
 /// and requests that follow from it come after its commit. Each call blocks its caller.
 class ChangeSettlement {
 public:
-    /// Fetches the server's full record and stores it. Called after the commit.
+    /// Asks the server for what an answer did not bring. Called before the commit for the reason `acceptance`, and
+    /// after it for the others.
     using Fetch =
         std::function<void(const std::string& moduleName, const std::string& recordId, RecordRefetch::Reason reason)>;
 

@@ -17,13 +17,12 @@ namespace tarvo {
 class RecordRefetch final : public RecordDelegate {
 public:
     enum class Reason {
-        /// The answer to an add or edit had the id alone. A round of sync brings the record, and whatever else the
-        /// server
-        /// changed by it.
-        bareAcceptance,
-        /// The change is stored as the server has it, but a page of a round that is on its way may be older. One more
-        /// round corrects what that page does.
+        /// The server has accepted a change, which is not stored yet. A page of a round that is on its way may be older
+        /// than the change and come after it. One more round corrects what that page does.
         acceptance,
+        /// The answer to an add or edit had the id alone. A round of sync brings the record, and whatever else the
+        /// server changed by it.
+        bareAcceptance,
         refusedDelete,  ///< a record that the server keeps comes back
         cancelled       ///< the record is wanted as the server has it now
     };

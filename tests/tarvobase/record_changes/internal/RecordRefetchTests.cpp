@@ -66,7 +66,11 @@ protected:
     void remove(const std::string& id) { ASSERT_TRUE(DeleteRecordDataManager(*parts).deleteRecord(id, module())); }
     /// Settles the oldest change in the queue as the drain does after an answer.
     void settle(const ChangeAnswer& answer) {
-        auto fetch = [this](auto& name, auto& id, auto reason) { refetch->fetch(name, id, reason); };
+        auto fetch = [this](auto& name, auto& id, auto reason) {
+            // A round may end between the commit and a later look at it.
+            if (reason == Reason::acceptance) EXPECT_GT(queued(), 0u);
+            refetch->fetch(name, id, reason);
+        };
         auto sent = stores->transactions()->getTransactions()->transactions.front();
         auto entry = stores->changeRegister()->entriesOf(ChangeQueue::older, {sent.transactionID})->front();
         ASSERT_TRUE(ChangeSettlement(*stores, records, fetch).settle({{sent, entry, answer}}));
