@@ -61,7 +61,7 @@ void AddNoteDM::send(Executed executed, Completion finish) {
     auto completion = whenAnswered(executed, std::move(finish));
     if (executed->transaction.kind == NoteKind::addTextNote)
         return addRecordNS->addRecord(*std::move(request), std::move(completion));
-    auto& module = executed->moduleInfo.module;
+    auto& module = executed->module;
     addVoiceNoteNS->sendRequest({.data = request->jsonData,
                                  .moduleName = module.moduleName,
                                  .moduleAPI = module.apiName,

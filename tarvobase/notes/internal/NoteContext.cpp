@@ -76,7 +76,7 @@ bool tidyFormerNote(const ExecutionParts& parts, const ExecutedTransaction& exec
     if (isLast) return sides->removeTransactionRecord(recordId);
     auto record = *found.value();
     replaceTexts(record.serverData, transaction.recordId, recordId);
-    RecordSides::layOver(record.serverData, transaction.payload, executed.moduleInfo.metadata);
+    RecordSides::layOver(record.serverData, transaction.payload, parts.metadataOf(executed.module));
     return sides->storeTransactionRecord(record);
 }
 

@@ -49,7 +49,7 @@ void EditRecordExecutor::send(Executed executed, Completion finish) {
 TransactionResult EditRecordExecutor::accepted(const Executed& executed, const ChangeAnswer& answer) {
     if (!answer.record || executed->isRepeated) return TransactionResult::success({});
     auto store = [parts = parts_, executed, record = *answer.record] {
-        auto& module = executed->moduleInfo.moduleName();
+        auto& module = executed->module.moduleName;
         if (!parts.recordPersistance->fetchRecord(module, executed->transaction.recordId)) return true;
         for (auto& each : SharedActivities::modulesOf(*parts.stores.databaseAdapter(), module))
             if (!parts.recordPersistance->modifyRecord(each, record) && each == module) return false;
@@ -61,7 +61,7 @@ TransactionResult EditRecordExecutor::accepted(const Executed& executed, const C
 void DeleteRecordExecutor::send(Executed executed, Completion finish) {
     using Keys = NetworkParamConstant::DeleteRecord;
     auto& recordId = executed->transaction.recordId;
-    auto params = parametersOf(executed->moduleInfo.module);
+    auto params = parametersOf(executed->module);
     params.set(Keys::id, recordId);
     DeleteRecordRequest request{.params = std::move(params), .recordID = recordId, .key = executed->key};
     deleteRecordNS->deleteRecord(std::move(request), whenAnswered(std::move(executed), std::move(finish)));
@@ -70,7 +70,7 @@ void DeleteRecordExecutor::send(Executed executed, Completion finish) {
 TransactionResult DeleteRecordExecutor::accepted(const Executed& executed, const ChangeAnswer&) {
     return TransactionResult::success({}, [parts = parts_, executed] {
         return removeDeletedRecords(parts.stores.databaseAdapter(), *parts.recordPersistance,
-                                    executed->moduleInfo.moduleName(), {executed->transaction.recordId});
+                                    executed->module.moduleName, {executed->transaction.recordId});
     });
 }
 
@@ -82,7 +82,7 @@ void ImportRecordExecutor::send(Executed executed, Completion finish) {
         return finish(cannotSerialize());
     }
     ImportRecordRequest request{.data = platform::Data(*std::move(body)),
-                                .params = parametersOf(executed->moduleInfo.module),
+                                .params = parametersOf(executed->module),
                                 .count = records->size(),
                                 .key = executed->key};
     importRecordNS->addRecords(std::move(request), [weak = platform::weakSelf(this), queue = answerQueue_, executed,

@@ -61,6 +61,11 @@ ExecutionParts ExecutionParts::of(const Stores& stores, const std::shared_ptr<Tr
             .maxSingleMerge = maxSingleMerge};
 }
 
+FieldList ExecutionParts::metadataOf(const Module& module) const {
+    auto info = moduleDM->getModuleInfo(module.moduleName);
+    return info ? std::move(info).value().metadata : FieldList(module.moduleName, {}, {});
+}
+
 RecordTransactionExecutor::RecordTransactionExecutor(ExecutionParts parts, Kinds kinds)
     : parts_(std::move(parts)), replacement_(parts_.stores), kinds_(std::move(kinds)) {}
 
@@ -69,12 +74,12 @@ void RecordTransactionExecutor::execute(const NTransaction& transaction, Complet
     auto finish = [one](TransactionResult result) { one->complete(std::move(result)); };
     if (std::find(kinds_.begin(), kinds_.end(), transaction.kind) == kinds_.end())
         return finish(TransactionResult::failure(ErrorResponse::invlaidTransaction()));
-    auto info = parts_.moduleDM->getModuleInfo(transaction.module.rawValue());
-    if (!info) return finish(TransactionResult::failure(ErrorResponse::moduleNotFound()));
+    auto module = parts_.stores.modules()->getModuleByModuleName(transaction.module.rawValue());
+    if (!module) return finish(TransactionResult::failure(ErrorResponse::moduleNotFound()));
     auto entry = registeredEntryOf(parts_.stores, transaction);
     if (!entry) return finish(TransactionResult::noAnswer("the register of changes cannot be read"));
     send(std::make_shared<const ExecutedTransaction>(
-             ExecutedTransaction{transaction, std::move(info).value(), entry->key, entry->sends > 1}),
+             ExecutedTransaction{transaction, std::move(module).value(), entry->key, entry->sends > 1}),
          std::move(finish));
 }
 
@@ -119,14 +124,14 @@ TransactionResult RecordTransactionExecutor::afterRefusal(const Executed& execut
         auto manager = parts.transactionManager.lock();
         if (!manager) return;
         AddEditRecordTransactionHandler handler(*manager, parts.stores, parts.maxSingleMerge);
-        if (!handler.handleError(refusal, executed->transaction, executed->moduleInfo.metadata))
+        if (!handler.handleError(refusal, executed->transaction, parts.metadataOf(executed->module)))
             platform::log(platform::LogLevel::warning, "transactions",
                           "transaction " + std::to_string(executed->transaction.id) + " stays refused");
     });
 }
 
 bool RecordTransactionExecutor::replaceId(const Executed& executed, const std::string& newId) const {
-    auto& module = executed->moduleInfo.moduleName();
+    auto& module = executed->module.moduleName;
     auto& formerId = executed->transaction.recordId;
     if (!replacement_.replace(module, formerId, newId)) return false;
     afterCommit([module, formerId, newId] {
@@ -148,7 +153,7 @@ std::optional<AddEditRecordRequest> RecordTransactionExecutor::requestOf(const E
         return std::nullopt;
     }
     return AddEditRecordRequest{.jsonData = *std::move(body),
-                                .params = parametersOf(executed.moduleInfo.module),
+                                .params = parametersOf(executed.module),
                                 .operation = operation,
                                 .recordID = executed.transaction.recordId,
                                 .key = executed.key};

@@ -25,6 +25,8 @@ struct ExecutionParts {
     std::weak_ptr<TransactionManagerContract> transactionManager;  ///< owns its executors
     int maxSingleMerge = 3;                                        ///< `CommonConfigration.maxSingleMerge`
 
+    /// Returns the fields of a module; without any if they cannot be read.
+    FieldList metadataOf(const Module& module) const;
     static ExecutionParts of(const Stores& stores, const std::shared_ptr<TransactionManagerContract>& manager,
                              int maxSingleMerge);
 };
@@ -32,7 +34,7 @@ struct ExecutionParts {
 /// A transaction of the current queue that can be sent.
 struct ExecutedTransaction {
     NTransaction transaction;
-    ModuleInfo moduleInfo;
+    Module module;
     std::string key;  ///< the same UUID each time that the transaction is sent
     bool isRepeated;  ///< whether it was sent before
 };
