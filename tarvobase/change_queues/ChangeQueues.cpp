@@ -72,7 +72,7 @@ ScopeQueues makeQueues(const Stores& stores) {
     auto fetch = [refetch](auto& moduleName, auto& recordId, auto reason) {
         refetch->fetch(moduleName, recordId, reason);
     };
-    ChangeSettlement settlement(stores, records, std::move(fetch), std::move(wakeCurrent));
+    ChangeSettlement settlement(stores, records, std::move(fetch), wakeCurrent);
     auto queue =
         std::make_shared<OlderChangeQueue>(stores, std::make_shared<NetworkChangeSender>(), std::move(settlement));
     auto drain = std::make_shared<ChangeDrain>(std::move(queue), std::move(lock));
@@ -92,7 +92,10 @@ ScopeQueues makeQueues(const Stores& stores) {
                                                                        .manager = manager,
                                                                        .fetch = std::move(fetchFormer),
                                                                        .removeSound = NotesAssembler::removeSound,
-                                                                       .wake = [drain] { drain->wake(); }});
+                                                                       .wake = [drain, wakeCurrent] {
+                                                                           drain->wake();
+                                                                           wakeCurrent();
+                                                                       }});
     return {stores.scope, drain, manager, cancellation};
 }
 

@@ -93,13 +93,13 @@ bool QueuedChanges::addOlder(const Entries& entries, std::vector<Change>& change
     auto queued = stores_.transactions()->getTransactions();
     if (!queued) return false;
     std::vector<QueuedChange> rows(queued->transactions.begin(), queued->transactions.end());
-    auto creations = ChangeTurns::creationsFor(stores_, rows);
-    if (!creations) return false;
+    auto current = ChangeTurns::currentQueueFor(stores_, rows);
+    if (!current) return false;
     std::set<std::string> adds;
-    for (auto& each : *creations) adds.insert(each.second.transactionId);
+    for (auto& each : current->creations) adds.insert(each.second.transactionId);
     for (auto& row : rows)
         if (row.transaction.operationType == TransactionType::addRecord) adds.insert(row.transaction.transactionID);
-    ChangeTurns turns(rows, *creations);
+    ChangeTurns turns(rows, *current);
     for (auto& row : rows) {
         auto judgement = turns.judge(row);
         auto change = Change::of(row.transaction, entries.find(row.transaction.transactionID));
@@ -120,7 +120,11 @@ bool QueuedChanges::addOlder(const Entries& entries, std::vector<Change>& change
 bool QueuedChanges::addCurrent(const Entries& entries, std::vector<Change>& changes) const {
     auto queued = stores_.currentTransactions()->getTransactions();
     auto dependencies = stores_.transactionDependencies()->getTransactionDependencies();
-    if (!queued || !dependencies) return false;
+    auto pairs = stores_.recordOrder().pairs();
+    if (!queued || !dependencies || !pairs) return false;
+    std::multimap<std::int64_t, std::string> earlier;
+    for (auto& pair : *pairs)
+        if (pair.isOlderFirst) earlier.emplace(pair.currentId, pair.olderId);
     std::multimap<std::int64_t, TransactionDependency> waitsFor;
     for (auto& dependency : *dependencies) waitsFor.emplace(dependency.transactionId, dependency);
     // All organisations share the table.
@@ -133,7 +137,8 @@ bool QueuedChanges::addCurrent(const Entries& entries, std::vector<Change>& chan
         auto entry = own.find(std::to_string(row.id));
         auto [first, last] = waitsFor.equal_range(row.id);
         auto change = Change::of(row, entry);
-        change.state = stateOf(row, entry, first != last);
+        auto [older, lastOlder] = earlier.equal_range(row.id);
+        change.state = stateOf(row, entry, first != last || older != lastOlder);
         if (change.state == State::ready || change.state == State::waiting) change.error.reset();
         if (change.state == State::ready && entry.number && entry.organisation != stores_.scope.organisation) {
             change.state = State::waiting;
@@ -147,6 +152,10 @@ bool QueuedChanges::addCurrent(const Entries& entries, std::vector<Change>& chan
             change.waitingFor->reason = isLookup ? Reason::newRecord : Reason::earlierChange;
             if (auto number = entries.find(std::to_string(first->second.dependentTransaction)).number)
                 change.waitingFor->numbers.push_back(number);
+        }
+        for (; change.state == State::waiting && older != lastOlder; ++older) {
+            if (change.waitingFor->reason == Reason::heldBack) change.waitingFor->reason = Reason::earlierChange;
+            change.waitingFor->numbers.push_back(entries.find(older->second).number);
         }
         changes.push_back(std::move(change));
     }

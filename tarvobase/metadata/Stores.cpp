@@ -122,7 +122,11 @@ std::shared_ptr<TransactionRecordPersistanceDelegate> Stores::transactionRecords
     return std::make_shared<TransactionRecordInDatabase>(databaseAdapter());
 }
 std::shared_ptr<TransactionPersistence> Stores::currentTransactions() const {
-    return std::make_shared<NTransactionInDatabase>(databaseAdapter(), scope.organisation);
+    return std::make_shared<NTransactionInDatabase>(databaseAdapter(), scope.organisation,
+                                                    scope.tableName(TransactionDatabaseConstants().TableName));
+}
+RecordOrder Stores::recordOrder() const {
+    return RecordOrder(databaseAdapter(), scope.tableName(TransactionDatabaseConstants().TableName));
 }
 std::shared_ptr<TransactionDependencyPersistence> Stores::transactionDependencies() const {
     return std::make_shared<TransactionDependencyInDatabase>(databaseAdapter());

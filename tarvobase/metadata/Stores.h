@@ -19,6 +19,7 @@
 #include "tarvobase/value_objects/tag/TagPersistanceDelegate.h"
 #include "tarvobase/value_objects/transaction/ChangeRegister.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliases.h"
+#include "tarvobase/value_objects/transaction/RecordOrder.h"
 #include "tarvobase/value_objects/transaction/TransactionDependencyPersistence.h"
 #include "tarvobase/value_objects/transaction/TransactionPersistanceDelegate.h"
 #include "tarvobase/value_objects/transaction/TransactionPersistence.h"
@@ -83,6 +84,8 @@ public:
     std::shared_ptr<TransactionPersistanceDelegate> transactions() const;
     std::shared_ptr<TransactionRecordPersistanceDelegate> transactionRecords() const;
     std::shared_ptr<TransactionPersistence> currentTransactions() const;
+    /// Returns the order between the two queues.
+    RecordOrder recordOrder() const;
     std::shared_ptr<TransactionDependencyPersistence> transactionDependencies() const;
     std::shared_ptr<TransactionRecordPersistanceContract> currentTransactionRecords() const;
     std::shared_ptr<ChangeRegister> changeRegister() const;

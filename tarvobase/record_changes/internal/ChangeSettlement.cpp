@@ -44,12 +44,12 @@ bool hasServersRecord(const AnsweredChange& change) {
 }  // namespace
 
 ChangeSettlement::ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records,
-                                   Fetch fetch, Wake wakeCurrentQueue)
+                                   Fetch fetch, Wake wake)
     : stores_(stores),
       records_(std::move(records)),
       replacement_(stores),
       fetch_(std::move(fetch)),
-      wakeCurrentQueue_(std::move(wakeCurrentQueue)),
+      wake_(std::move(wake)),
       waiters_(stores) {}
 
 bool ChangeSettlement::settle(const std::vector<AnsweredChange>& changes) const {
@@ -64,6 +64,7 @@ bool ChangeSettlement::settle(const std::vector<AnsweredChange>& changes) const 
         return readQueued(changes, queued) && store(changes);
     });
     if (!areStored) return false;
+    if (isAwaited(changes)) wakeCurrentQueue();
     for (auto& change : changes) {
         if (change.answer.outcome == Outcome::noAnswer) continue;
         // The delete that has dropped a change meanwhile has notified of it.
@@ -140,7 +141,7 @@ bool ChangeSettlement::storeAccepted(const std::vector<const AnsweredChange*>& c
 /// What waits for the record in the current queue names it by its id, and may go.
 bool ChangeSettlement::replaceId(const Transaction& sent, const ChangeEntry& entry, const std::string& newId) const {
     if (!replacement_.replace(sent.moduleName, sent.recordID, newId)) return false;
-    if (wakeCurrentQueue_) afterCommit(wakeCurrentQueue_);
+    if (wake_) afterCommit(wake_);
     auto number = entry.transactionNumber;
     return waiters_.replaceRecordIdentifiers({{sent.recordID, newId}}, number) && (!number || waiters_.release(number));
 }
@@ -207,6 +208,16 @@ bool ChangeSettlement::goesOn(const std::string& recordId) const {
     auto left = stores_.transactions()->getTransactions(recordId);
     return left && std::any_of(left->transactions.begin(), left->transactions.end(),
                                [](auto& row) { return !QueuedChange(row).hasFailed(); });
+}
+
+/// Returns whether the current queue has changes of the same records, which the older queue may have held up.
+bool ChangeSettlement::isAwaited(const std::vector<AnsweredChange>& changes) const {
+    std::vector<std::string> recordIds;
+    for (auto& change : changes)
+        if (change.answer.outcome != Outcome::noAnswer) recordIds.push_back(change.sent.recordID);
+    auto others =
+        stores_.currentTransactions()->getTransactionIdsWithRecordIds(recordIds, kindsWhere([](auto) { return true; }));
+    return !others || !others->empty();
 }
 
 /// What comes after the commit.

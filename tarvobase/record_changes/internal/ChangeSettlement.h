@@ -37,11 +37,15 @@ public:
     using Wake = std::function<void()>;
 
     ChangeSettlement(const Stores& stores, std::shared_ptr<RecordPersistanceDelegate> records, Fetch fetch,
-                     Wake wakeCurrentQueue = {});
+                     Wake wake = {});
 
     /// Stores all answers in one transaction, or none. Returns whether they are stored. A change without an answer is
     /// ready again then; otherwise each is to be sent again under its key.
     bool settle(const std::vector<AnsweredChange>& changes) const;
+    /// Call it after another end of a change, for which transactions of the current queue may wait.
+    void wakeCurrentQueue() const {
+        if (wake_) wake_();
+    }
 
 private:
     bool readQueued(const std::vector<AnsweredChange>& changes, std::set<std::string>& queued) const;
@@ -53,13 +57,14 @@ private:
     bool tidyRest(const AnsweredChange& change, const std::string& recordId) const;
     void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool goesOn(const std::string& recordId) const;
+    bool isAwaited(const std::vector<AnsweredChange>& changes) const;
     void follow(const AnsweredChange& change) const;
 
     const Stores stores_;
     const std::shared_ptr<RecordPersistanceDelegate> records_;
     const RecordIdReplacement replacement_;
     const Fetch fetch_;
-    const Wake wakeCurrentQueue_;
+    const Wake wake_;
     const TransactionWaiters waiters_;
 };
 

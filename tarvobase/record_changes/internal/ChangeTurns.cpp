@@ -4,27 +4,31 @@
 
 namespace tarvo {
 
-ChangeTurns::ChangeTurns(const std::vector<QueuedChange>& queue, const Creations& creations) : creations_(creations) {
+ChangeTurns::ChangeTurns(const std::vector<QueuedChange>& queue, const CurrentQueue& current) : current_(current) {
     for (auto& change : queue)
         if (change.transaction.operationType == TransactionType::addRecord)
             adds_[change.transaction.recordID] = &change;
 }
 
-std::optional<ChangeTurns::Creations> ChangeTurns::creationsFor(const Stores& stores,
-                                                                const std::vector<QueuedChange>& queue) {
+std::optional<ChangeTurns::CurrentQueue> ChangeTurns::currentQueueFor(const Stores& stores,
+                                                                      const std::vector<QueuedChange>& queue) {
+    CurrentQueue current;
+    auto pairs = stores.recordOrder().pairs();
+    if (!pairs) return std::nullopt;
+    for (auto& pair : *pairs)
+        if (!pair.isOlderFirst) current.earlier.emplace(pair.olderId, std::to_string(pair.currentId));
     std::vector<std::string> named;
     for (auto& change : queue) named.insert(named.end(), change.temporaryIds.begin(), change.temporaryIds.end());
-    Creations creations;
-    if (named.empty()) return creations;
+    if (named.empty()) return current;
     auto creating =
         stores.currentTransactions()->getTransactionsWithRecordIds(named, kindsWhere(createsRecord), std::nullopt);
     if (!creating) return std::nullopt;
     std::map<std::string, Creation*> failed;
     for (auto& each : *creating) {
-        auto& creation = creations[each.recordId] = {std::to_string(each.id), each.errorResponse.has_value()};
+        auto& creation = current.creations[each.recordId] = {std::to_string(each.id), each.errorResponse.has_value()};
         if (creation.hasFailed) failed[creation.transactionId] = &creation;
     }
-    if (failed.empty()) return creations;
+    if (failed.empty()) return current;
     std::vector<std::string> ids;
     for (auto& [id, creation] : failed) ids.push_back(id);
     auto entries = stores.changeRegister()->entriesOf(ChangeQueue::current, ids);
@@ -32,7 +36,7 @@ std::optional<ChangeTurns::Creations> ChangeTurns::creationsFor(const Stores& st
     // One without an answer is sent again by itself.
     for (auto& entry : *entries)
         if (entry.lastRefusal && entry.lastRefusal->isNoAnswer()) failed[entry.transactionId]->hasFailed = false;
-    return creations;
+    return current;
 }
 
 bool ChangeTurns::isSendable(TransactionType type) {
@@ -65,14 +69,16 @@ ChangeTurns::Judgement ChangeTurns::judgeReady(const QueuedChange& change) const
             judgement.waitsFor.push_back(transactionId);
     };
     if (auto holder = holders_.find(row.recordID); holder != holders_.end()) waitFor(holder->second);
+    auto [earlier, end] = current_.earlier.equal_range(row.transactionID);
+    for (; earlier != end; ++earlier) waitFor(earlier->second);
     for (auto& id : change.temporaryIds) {
         auto add = addOf(id);
         if (add && !add->hasFailed()) {
             waitFor(add->transaction.transactionID);
             continue;
         }
-        auto creation = creations_.find(id);
-        if (creation != creations_.end() && !creation->second.hasFailed) {
+        auto creation = current_.creations.find(id);
+        if (creation != current_.creations.end() && !creation->second.hasFailed) {
             waitFor(creation->second.transactionId);
             continue;
         }

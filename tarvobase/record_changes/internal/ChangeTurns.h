@@ -35,14 +35,19 @@ public:
         bool hasFailed = false;
         friend bool operator==(const Creation&, const Creation&) = default;
     };
-    using Creations = std::map<std::string, Creation, std::less<>>;  // by the record's temporary id
+    /// What rows of the older queue may have to wait for in the current one.
+    struct CurrentQueue {
+        std::map<std::string, Creation, std::less<>> creations;  ///< by the record's temporary id
+        /// By row, the transactions that change its record and come before it.
+        std::multimap<std::string, std::string, std::less<>> earlier;
+        friend bool operator==(const CurrentQueue&, const CurrentQueue&) = default;
+    };
 
-    /// Returns what the current queue still has to create of the records that the rows name, or nullopt if it cannot be
-    /// read.
-    static std::optional<Creations> creationsFor(const Stores& stores, const std::vector<QueuedChange>& queue);
+    /// Returns what concerns the rows, or nullopt if the queue cannot be read.
+    static std::optional<CurrentQueue> currentQueueFor(const Stores& stores, const std::vector<QueuedChange>& queue);
 
     /// Refers to both, which must outlive it.
-    ChangeTurns(const std::vector<QueuedChange>& queue, const Creations& creations);
+    ChangeTurns(const std::vector<QueuedChange>& queue, const CurrentQueue& current);
 
     /// Judges the next row. Rows are given in the order of the queue, none left out.
     Judgement judge(const QueuedChange& change);
@@ -54,7 +59,7 @@ private:
     const QueuedChange* addOf(const std::string& recordId) const;
     Judgement judgeReady(const QueuedChange& change) const;
 
-    const Creations& creations_;
+    const CurrentQueue& current_;
     std::map<std::string, const QueuedChange*, std::less<>> adds_;
     std::map<std::string, std::string, std::less<>> holders_;  // the last row in the way of a record's later ones
 };

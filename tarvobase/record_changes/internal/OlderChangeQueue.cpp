@@ -51,9 +51,9 @@ bool OlderChangeQueue::read() {
     if (!queued) return false;
     queue_.clear();
     for (auto& row : queued->transactions) queue_.emplace_back(std::move(row));
-    auto created = ChangeTurns::creationsFor(stores_, queue_);
-    if (!created) return false;
-    created_ = *std::move(created);
+    auto current = ChangeTurns::currentQueueFor(stores_, queue_);
+    if (!current) return false;
+    current_ = *std::move(current);
     isKnown_ = true;
     return true;
 }
@@ -75,7 +75,7 @@ DrainedChanges::Claims OlderChangeQueue::claim(std::size_t most) {
 
 OlderChangeQueue::Step OlderChangeQueue::findSendable(std::size_t most, std::vector<QueuedChange*>& found) {
     using Turn = ChangeTurns::Turn;
-    ChangeTurns turns(queue_, created_);
+    ChangeTurns turns(queue_, current_);
     for (auto& change : queue_) {
         if (found.size() == most) break;
         auto turn = turns.judge(change).turn;
@@ -128,9 +128,9 @@ OlderChangeQueue::Step OlderChangeQueue::claim(const std::vector<QueuedChange*>&
 /// have tried the add again or deleted the record since.
 bool OlderChangeQueue::isAsRead() const {
     auto queued = stores_.transactions()->getTransactions();
-    auto created = ChangeTurns::creationsFor(stores_, queue_);
+    auto current = ChangeTurns::currentQueueFor(stores_, queue_);
     auto isSame = [](auto& row, auto& judged) { return row == judged.transaction; };
-    return queued && created == created_ &&
+    return queued && current == current_ &&
            std::equal(queued->transactions.begin(), queued->transactions.end(), queue_.begin(), queue_.end(), isSame);
 }
 
@@ -149,6 +149,7 @@ OlderChangeQueue::Step OlderChangeQueue::failForDependency(const QueuedChange& c
     });
     if (!isStored) return Step::failed;
     if (entry) changeNotices::refused(Change::of(change.transaction, *entry), refusal);
+    settlement_.wakeCurrentQueue();
     return Step::stale;
 }
 
@@ -167,7 +168,7 @@ OlderChangeQueue::Step OlderChangeQueue::drop(const QueuedChange& change) {
         dropped.push_back(other.transaction.transactionID);
     }
     std::vector<std::string> creating;
-    if (auto found = created_.find(change.transaction.recordID); found != created_.end())
+    if (auto found = current_.creations.find(change.transaction.recordID); found != current_.creations.end())
         creating.push_back(found->second.transactionId);
     auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::older, dropped);
     auto creations = stores_.changeRegister()->entriesOf(ChangeQueue::current, creating);

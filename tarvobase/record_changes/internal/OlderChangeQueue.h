@@ -50,7 +50,7 @@ private:
     const std::shared_ptr<ChangeSender> sender_;
     const ChangeSettlement settlement_;
     std::vector<QueuedChange> queue_;  // in order, as of the last read
-    ChangeTurns::Creations created_;
+    ChangeTurns::CurrentQueue current_;
     bool isKnown_ = false;
 
     mutable platform::Mutex mutex_;

@@ -118,9 +118,10 @@ TransactionPersistence::Transactions allTransactions(const EnsuredTable& table, 
 }  // namespace
 
 NTransactionInDatabase::NTransactionInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
-                                               std::optional<std::string> organisation)
+                                               std::optional<std::string> organisation, const std::string& olderTable)
     : adapter_(std::move(databaseAdapter)),
       organisation_(std::move(organisation)),
+      order_(adapter_, olderTable),
       transactions_(tableOfTransactions(adapter_)),
       dependencies_(TransactionDependencyInDatabase::tableOf(adapter_)) {}
 
@@ -254,7 +255,7 @@ bool NTransactionInDatabase::update(const std::map<std::string, std::string>& re
 // answers whether a row waits.
 TransactionPersistence::Found NTransactionInDatabase::getNextRunnableTransaction(const Kinds& kinds) {
     auto first = [&](const std::string& limit) {
-        auto others = joinOfOtherOrganisations();
+        auto others = joinOfOtherOrganisations(), isFirst = order_.isFirst();
         ValueList parameters;
         if (!others.empty()) parameters.push_back(*organisation_);
         for (auto& kind : rawKinds(kinds)) parameters.push_back(kind);
@@ -264,7 +265,8 @@ TransactionPersistence::Found NTransactionInDatabase::getNextRunnableTransaction
                      "txn_dep.txn_id" +
                          others + " WHERE txn_dep.txn_id IS NULL" + (others.empty() ? "" : " AND made.number IS NULL") +
                          " AND (txn.error_response IS NULL OR txn.error_response = '') AND txn.txn_type IN (" +
-                         placeholders(kinds.size()) + ") AND txn.status = ? ORDER BY txn.txn_id" + limit,
+                         placeholders(kinds.size()) + ") AND txn.status = ?" +
+                         (isFirst.empty() ? "" : " AND " + isFirst) + " ORDER BY txn.txn_id" + limit,
                      std::move(parameters)));
     };
     auto rows = first(" LIMIT 1");

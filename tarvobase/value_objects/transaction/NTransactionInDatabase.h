@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tarvobase/storage/EnsuredTable.h"
+#include "tarvobase/value_objects/transaction/RecordOrder.h"
 #include "tarvobase/value_objects/transaction/TransactionPersistence.h"
 
 namespace tarvo {
@@ -11,9 +12,11 @@ public:
     using TransactionPersistence::getTransactionsWithRecordIds;
     using TransactionPersistence::setStatus;
 
-    /// The adapter may be null. With an organisation, what was made in another one is not runnable.
+    /// The adapter may be null. With an organisation, what was made in another one is not runnable. With the table of
+    /// its older queue, neither is what comes after a change in there; see `RecordOrder`.
     explicit NTransactionInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter,
-                                    std::optional<std::string> organisation = std::nullopt);
+                                    std::optional<std::string> organisation = std::nullopt,
+                                    const std::string& olderTable = {});
 
     bool storeTransactions(const std::vector<NTransaction>& transactions, const Dependencies& dependencies) override;
     Transactions getTransactionsWithIds(const Ids& ids) override;
@@ -55,6 +58,7 @@ private:
 
     const std::shared_ptr<DatabaseAdapter> adapter_;
     const std::optional<std::string> organisation_;
+    const RecordOrder order_;
     const EnsuredTable transactions_, dependencies_;
 };
 

@@ -221,4 +221,39 @@ TEST_F(ChangeCancellationTest, ARecordWhoseDeleteIsCancelledComesBackAsTheServer
     EXPECT_EQ(cells("LeadsRecords", {identifier("Company")}) + " " + numbersLeft(), R"("b" 8 )");
 }
 
+TEST_F(ChangeCancellationTest, ChangesOfOneRecordWaitForEarlierOnesInTheOtherQueue) {
+    edit(lead("7", {{"Company", "a"}}));                                // 1
+    addToCurrent(Kind::editRecord, "7", {{"Company", "b"}}, "");        // 2
+    edit(lead("7", {{"Company", "c"}}));                                // 3
+    addToCurrent(Kind::editRecord, "7", {{"Company", "d"}}, "");        // 4
+    addToCurrent(Kind::editRecord, "8", {{"Company", "other"}}, "");    // 5
+    addToCurrent(Kind::addTextNote, firstLead, {{"City", "new"}}, "");  // 6
+    edit(lead(firstLead, {{"City", "newer"}}));                         // 7
+    auto waiting = [&] {
+        std::string texts;
+        auto changes = QueuedChanges(*stores).list(ChangeQueueStatus{.state = ChangeQueueStatus::State::idle},
+                                                   ChangeQueueStatus{.state = ChangeQueueStatus::State::idle});
+        for (auto& each : *changes) {
+            texts += std::to_string(each.number) + ":";
+            if (each.waitingFor)
+                for (auto number : each.waitingFor->numbers) texts += " " + std::to_string(number);
+            texts += each.state == Change::State::failed ? " failed, " : ", ";
+        }
+        return texts;
+    };
+    auto next = [&] {
+        auto found = stores->currentTransactions()->getNextRunnableTransaction({Kind::editRecord});
+        return found.value() ? found.value()->payload.valueOf("Company").textOr("") : "none";
+    };
+    EXPECT_EQ(waiting(), "1:, 2: 1, 3: 1 2, 4: 1 3, 5:, 6:, 7: 6, ");
+    EXPECT_EQ(next(), "other");
+    auto first = stores->changeRegister()->entriesWithNumbers({1})->front().transactionId;
+    ASSERT_TRUE(stores->transactions()->updateTransaciton(first, std::nullopt, std::nullopt, "error"));
+    EXPECT_EQ(waiting(), "1: failed, 2:, 3: 2, 4: 3, 5:, 6:, 7: 6, ") << "a failed change holds nothing up";
+    EXPECT_EQ(next(), "b");
+    ASSERT_TRUE(manager->updateError(1, ErrorResponse{.code = "crmINVALID_DATA"}));
+    EXPECT_EQ(waiting(), "1: failed, 2: failed, 3:, 4: 3, 5:, 6:, 7: 6, ");
+    EXPECT_EQ(next(), "other");
+}
+
 }  // namespace tarvo

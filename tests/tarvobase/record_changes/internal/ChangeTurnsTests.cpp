@@ -26,9 +26,10 @@ QueuedChange change(const std::string& id, TransactionType type, const std::stri
 }
 
 /// Returns the rows' turns, with what they wait for.
-std::string turnsOf(const std::vector<QueuedChange>& queue, const ChangeTurns::Creations& creations = {}) {
+std::string turnsOf(const std::vector<QueuedChange>& queue) {
     using Turn = ChangeTurns::Turn;
-    ChangeTurns turns(queue, creations);
+    ChangeTurns::CurrentQueue none;
+    ChangeTurns turns(queue, none);
     std::vector<std::string> texts;
     for (auto& row : queue) {
         auto judgement = turns.judge(row);
