@@ -82,6 +82,9 @@ ScopeQueues makeQueues(const Stores& stores) {
     manager->resultAccepted = [refetch](auto& transaction) {
         refetch->fetch(transaction.module.rawValue(), transaction.recordId, RecordRefetch::Reason::acceptance);
     };
+    manager->lateEditAccepted = [refetch](auto& transaction) {
+        refetch->fetch(transaction.module.rawValue(), transaction.recordId, RecordRefetch::Reason::cancelled);
+    };
     // A round of sync would not bring what an earlier one has stored beneath the changes.
     auto fetchFormer = [refetch](auto& moduleName, auto& recordId) {
         refetch->fetch(moduleName, recordId, RecordRefetch::Reason::cancelled);

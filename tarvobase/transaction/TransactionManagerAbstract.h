@@ -89,6 +89,9 @@ public:
 
     /// Called before a success is stored, on any thread.
     std::function<void(const NTransaction& transaction)> resultAccepted;
+    /// Called after a success was stored of an edit that had been taken out while it was on its way: what was brought
+    /// back of its record meanwhile need not be what the server has. On any thread.
+    std::function<void(const NTransaction& transaction)> lateEditAccepted;
     /// Called after a result was stored, on any thread: it may let changes of the older queue go.
     std::function<void()> resultStored;
     /// Tells whether something outside the database is kept under a new id, which then must not be used.
