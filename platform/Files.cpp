@@ -128,6 +128,19 @@ mode_t modeFor(const std::string& path, bool ownerOnly) {
     return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0666;
 }
 
+/// Lets `write` make a file beside `path`, and puts that in its place.
+template <class Write>
+bool replaceAtomically(const std::string& path, const Write& write) {
+    auto temporary = path + "." + Random::uuid().substr(0, randomPart) + std::string(temporarySuffix);
+    if (!write(temporary) || ::rename(temporary.c_str(), path.c_str()) != 0) {
+        logLastError("write", path);
+        ::unlink(temporary.c_str());
+        return false;
+    }
+    removeLeftovers(path);
+    return flushFolder(folderOf(path)) || logLastError("flush the folder of", path);
+}
+
 }  // namespace
 
 std::optional<Data> read(const std::string& path) {
@@ -141,15 +154,21 @@ std::optional<Data> read(const std::string& path) {
 }
 
 bool writeAtomically(const std::string& path, std::string_view content, bool ownerOnly) {
-    auto temporary = path + "." + Random::uuid().substr(0, randomPart) + std::string(temporarySuffix);
-    if (!writeAndFlush(temporary, content, modeFor(path, ownerOnly)) ||
-        ::rename(temporary.c_str(), path.c_str()) != 0) {
-        logLastError("write", path);
-        ::unlink(temporary.c_str());
-        return false;
-    }
-    removeLeftovers(path);
-    return flushFolder(folderOf(path)) || logLastError("flush the folder of", path);
+    return replaceAtomically(path, [&](const std::string& temporary) {
+        return writeAndFlush(temporary, content, modeFor(path, ownerOnly));
+    });
+}
+
+bool copyAtomically(const std::string& from, const std::string& to) {
+    return replaceAtomically(to, [&](const std::string& temporary) {
+        std::error_code error;
+        if (!fs::copy_file(from, temporary, error)) {
+            errno = error.value();
+            return false;
+        }
+        Descriptor copied(temporary, O_WRONLY);
+        return copied.isOpen() && copied.flush() && copied.close();
+    });
 }
 
 bool exists(const std::string& path) {

@@ -24,6 +24,8 @@ bool createDirectories(const std::string& path);
 bool remove(const std::string& path);
 bool move(const std::string& from, const std::string& to);
 bool copy(const std::string& from, const std::string& to);
+/// Copies one file so that the copy is whole and on the disk, or `to` stays as it was.
+bool copyAtomically(const std::string& from, const std::string& to);
 /// An empty folder of its own below the system's temporary folder.
 std::string makeTemporaryDirectory(std::string_view prefix);
 

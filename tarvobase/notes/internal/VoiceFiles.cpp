@@ -4,7 +4,9 @@
 #include <vector>
 
 #include "platform/Files.h"
+#include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/utils/TemporaryIds.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 #include "tarvobase/value_objects/naming/ModuleIdentifier.h"
 
 namespace tarvo {
@@ -33,7 +35,7 @@ std::optional<std::string> VoiceFiles::pathOf(const std::string& recordId) const
 
 bool VoiceFiles::take(const std::string& file, const std::string& recordId) const {
     auto path = pathOf(recordId);
-    return path && files::createDirectories(directory_) && files::copy(file, *path);
+    return path && files::createDirectories(directory_) && files::copyAtomically(file, *path);
 }
 
 void VoiceFiles::move(const std::string& formerId, const std::string& newId) const {
@@ -47,9 +49,16 @@ void VoiceFiles::remove(const std::string& recordId) const {
 
 void VoiceFiles::moveLeftBehind(const Stores& stores) const {
     auto notes = std::string(rawText(ModuleIdentifier::Case::notes));
+    auto records = RecordInDatabase::make(stores.databaseAdapter());
     for (auto& id : temporaryIdsOfSounds(directory_)) {
         auto accepted = stores.recordIdAliases()->realId(notes, id);
-        if (accepted && accepted.value()) move(id, *accepted.value());
+        if (!accepted || !accepted.value()) continue;
+        auto& newId = *accepted.value();
+        auto note = records->fetchRecord(notes, newId);
+        auto isVoiceNote =
+            note ? note->valueOf(stores.scope.naming.constant->Notes.isVoiceNote).toText() : std::nullopt;
+        auto path = pathOf(newId);
+        if (isVoiceNote == "true" && path && !files::exists(*path)) move(id, newId);
     }
 }
 

@@ -27,14 +27,15 @@ public:
 
     /// Returns the path of a note's sound, whether it exists or not; nullopt for an id that cannot be in a path.
     std::optional<std::string> pathOf(const std::string& recordId) const;
-    /// Copies a sound to the place of a note's. Returns whether it is there. Call it before the note is added.
+    /// Copies a sound to the place of a note's. Returns whether it is there, whole. Call it before the note is added.
     bool take(const std::string& file, const std::string& recordId) const;
     /// Moves a sound to the server's id of its note. A note without a sound is left alone.
     void move(const std::string& formerId, const std::string& newId) const;
     /// Removes the sound of a note, if there is one.
     void remove(const std::string& recordId) const;
     /// Moves the sounds of accepted notes that a process left under their temporary ids when it ended. Call it when
-    /// work on an account begins.
+    /// work on an account begins. Accounts share the folder, and after a loss of the settings one of them may have
+    /// given the temporary id to a note of its own: only a voice note that lacks its sound gets one.
     void moveLeftBehind(const Stores& stores) const;
 
 private:

@@ -178,6 +178,12 @@ TEST_F(NotesTest, AcceptedNotesHaveTheServersIdsTimesAndSounds) {
     storeSound("NEW_000000009");
     files().moveLeftBehind(*stores);
     EXPECT_TRUE(files::exists(*files().pathOf("41")) && files::exists(*files().pathOf("NEW_000000009")));
+    // After a loss of the settings another account gave both ids to voice notes of its own.
+    for (auto id : {firstNote, std::string("NEW_000000002")}) {
+        storeSound(id);
+        files().moveLeftBehind(*stores);
+        EXPECT_TRUE(files::exists(*files().pathOf(id))) << id;
+    }
 }
 
 TEST_F(NotesTest, AnAnswerWithoutTimesIsAFailureThatChangesNothing) {
