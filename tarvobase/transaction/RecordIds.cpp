@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "kelva_db/Database.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
@@ -30,6 +31,26 @@ std::int64_t highestNumberIn(DatabaseAdapter& database, const std::string& table
     return rows && !rows->empty() ? std::atoll(rows->front().valueOf("id").textOr("NEW_0").c_str() + 4) : 0;
 }
 
+/// Returns the tables of the older queue: each organisation has its own, and the temporary ids of all of them stand in
+/// one folder of sounds and one table of aliases.
+std::vector<std::string> olderQueuesIn(DatabaseAdapter& database) {
+    constexpr TransactionDatabaseConstants older;
+    std::vector<std::string> tables;
+    auto found = database.fetchObjects(
+        "SELECT name FROM sqlite_master WHERE type = 'table' AND name GLOB '" + std::string(older.TableName) + "*'",
+        std::nullopt);
+    if (!found) return tables;
+    for (auto row : *found) {
+        auto name = row.valueOf("name").textOr("");
+        auto columns = database.columnNames(name);
+        auto has = [&](std::string_view column) {
+            return std::find(columns.begin(), columns.end(), column) != columns.end();
+        };
+        if (has(older.RecordID) && has(older.OperationType)) tables.push_back(std::move(name));
+    }
+    return tables;
+}
+
 }  // namespace
 
 RecordIds::RecordIds(const Stores& stores, std::shared_ptr<UserDefaultsProtocol> userDefaults)
@@ -46,9 +67,11 @@ std::int64_t RecordIds::highestStored() const {
     if (!database) return 0;
     constexpr TransactionDatabaseConstants older;
     constexpr TransactionDBMapper current;
-    return std::max({highestNumberIn(*database, stores_.scope.tableName(older.TableName), older.RecordID),
-                     highestNumberIn(*database, std::string(current.tableName), current.recordId),
-                     highestNumberIn(*database, RecordIdAliasTable::name, RecordIdAliasTable::temporaryId)});
+    auto highest = std::max(highestNumberIn(*database, std::string(current.tableName), current.recordId),
+                            highestNumberIn(*database, RecordIdAliasTable::name, RecordIdAliasTable::temporaryId));
+    for (auto& table : olderQueuesIn(*database))
+        highest = std::max(highest, highestNumberIn(*database, table, older.RecordID));
+    return highest;
 }
 
 }  // namespace tarvo

@@ -10,6 +10,7 @@
 #include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tarvobase/transaction/TransactionManager.h"
 #include "tarvobase/transaction/TransactionStatusObserver.h"
+#include "tarvobase/value_objects/transaction/TransactionInDatabase.h"
 #include "tests/tarvobase/Fixture.h"
 
 namespace tarvo {
@@ -439,6 +440,9 @@ TEST_F(TransactionManagerTest, IdsRiseAboveWhatIsStoredAndAcrossALoss) {
     ASSERT_TRUE(files::createDirectories(folder() + "/VoiceNotes") &&
                 files::writeAtomically(folder() + "/VoiceNotes/NEW_000000701.wav", "of another account"));
     EXPECT_EQ(manager->getNewRecordId(), "NEW_000000702");
+    TransactionInDatabase other("TRANSACTIONS_other", stores->databaseAdapter());
+    ASSERT_TRUE(other.storeTransactions({{.transactionID = "a", .recordID = "NEW_000000800"}}));
+    EXPECT_EQ(manager->getNewRecordId(), "NEW_000000801");
 }
 
 TEST_F(TransactionManagerTest, APairCancelsOutUnlessAnotherWaitsForIt) {
