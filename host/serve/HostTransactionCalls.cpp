@@ -119,6 +119,8 @@ struct ExecuteRequest {
     static constexpr auto fields() { return describe(field("transaction", &ExecuteRequest::transaction)); }
 };
 
+// Far above what the queue gives, and small enough that JSON programs read it exactly.
+constexpr std::int64_t highestId = std::int64_t(1) << 53;
 constexpr const char* notStored = "the queue could not be written";
 constexpr const char* notRead = "the queue cannot be read";
 
@@ -149,7 +151,15 @@ AddEditRecordTransactionHandler handlerFor(Manager& manager) {
     return {manager, Stores::current(), CommonConfigration::sharedInstance().maxSingleMerge.get()};
 }
 
+/// Returns what is wrong with a transaction that a caller has made, or null. The queue gives ids from 1.
+const char* faultOf(const JsonTransaction& transaction) {
+    if (transaction.recordId.empty()) return "`recordId` is empty";
+    if (transaction.id && (*transaction.id < 1 || *transaction.id >= highestId)) return "`id` is out of range";
+    return nullptr;
+}
+
 void add(Manager& manager, const AddRequest& request, const CallPtr& call) {
+    if (auto fault = faultOf(request.transaction)) return call->refuse(fault);
     auto transaction = request.transaction.transaction(request.transaction.id ? 0 : manager.getNewTransactionId());
     Manager::Dependencies dependencies;
     for (auto& each : request.dependencies.value_or(std::vector<bridge::JsonDependency>()))
@@ -159,6 +169,7 @@ void add(Manager& manager, const AddRequest& request, const CallPtr& call) {
 }
 
 void addMerged(Manager& manager, const AddMergedRequest& request, const CallPtr& call) {
+    if (auto fault = faultOf(request.transaction)) return call->refuse(fault);
     auto transaction = request.transaction.transaction(request.transaction.id ? 0 : manager.getNewTransactionId());
     bool isStored = manager.addMergedTransaction(transaction, request.lookupRecords.value_or(Texts()), request.merged,
                                                  Manager::Attempts::beginAgain);
