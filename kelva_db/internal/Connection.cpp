@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <chrono>
 
 #include "kelva_db/internal/AttachSettings.h"
@@ -277,13 +278,29 @@ void Connection::noticeSchema() {
         singleText(handle(), "SELECT count(*) FROM " + quotedColumn(name) + ".sqlite_master WHERE 0", Stage::run);
 }
 
-const Connection::Shape& Connection::shapeOf(std::string_view table) {
-    checkUsable();
+/// Inside a transaction nobody else changes the schema that it sees, and statements of its own that may are noted.
+void Connection::checkShapes() {
+    if (inTransaction_ && isSchemaChecked_) return;
     if (auto versions = schemaVersions(); versions != shapesVersion_) {
         shapes_.clear();
         shapesVersion_ = std::move(versions);
         noticeSchema();
     }
+    isSchemaChecked_ = true;
+}
+
+void Connection::noteStatement(std::string_view sql) {
+    constexpr std::string_view harmless[] = {"SELECT ", "INSERT ", "UPDATE ", "DELETE ", "PRAGMA "};
+    if (!isSchemaChecked_) return;
+    auto startsWith = [&](auto& word) {
+        return tarvo::text::equalsIgnoringAsciiCase(sql.substr(0, word.size()), word);
+    };
+    isSchemaChecked_ = std::any_of(std::begin(harmless), std::end(harmless), startsWith);
+}
+
+const Connection::Shape& Connection::shapeOf(std::string_view table) {
+    checkUsable();
+    checkShapes();
     if (auto known = shapes_.find(table); known != shapes_.end()) return known->second;
     auto dot = table.find('.');
     auto prefix = dot == std::string_view::npos ? "" : quotedColumn(table.substr(0, dot)) + ".";
@@ -301,6 +318,7 @@ const Connection::Shape& Connection::shapeOf(std::string_view table) {
 void Connection::forgetShapes() noexcept {
     shapes_.clear();
     shapesVersion_.clear();
+    isSchemaChecked_ = false;
 }
 
 void Connection::runInternal(const char* sql) {
@@ -333,6 +351,7 @@ void Connection::begin(bool immediate) {
     }
     runInternal(immediate ? "BEGIN IMMEDIATE" : "BEGIN");
     inTransaction_ = true;
+    isSchemaChecked_ = false;
 }
 
 void Connection::commit() {

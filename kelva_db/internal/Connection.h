@@ -98,6 +98,8 @@ private:
     std::string_view runUntrusted(std::string_view sql, UntrustedSql& bounds);
     const Shape& shapeOf(std::string_view table);
     std::string schemaVersions();
+    void checkShapes();
+    void noteStatement(std::string_view sql);
     void noticeSchema();
     void forgetShapes() noexcept;
     void noteFailure();
@@ -119,7 +121,8 @@ private:
     std::string dropped_;                // table whose removal is being prepared
     int pagesInLog_ = 0;
 
-    std::string shapesVersion_;  // schema for which the shapes were read
+    std::string shapesVersion_;     // schema for which the shapes were read
+    bool isSchemaChecked_ = false;  // the shapes are those of the transaction under way
     std::map<std::string, Shape, std::less<>> shapes_;
 };
 

@@ -13,6 +13,7 @@ Execution::Execution(Connection& connection, std::string_view sql, std::string_v
       changesBefore_(sqlite3_total_changes(connection.handle())) {
     if (connection.readOnly_ && loan_.get() && !sqlite3_stmt_readonly(loan_.get()))
         throwError(FailureKind::readOnly, "a statement that writes was run inside a read");
+    connection.noteStatement(sql);
 }
 
 std::size_t Execution::parameterCount() const {

@@ -259,6 +259,20 @@ TEST_P(ContractTest, ColumnNamesFollowTheSchema) {
     database_->read([](Database& reader) {
         EXPECT_EQ(reader.columnNames("nowhere"), std::vector<std::string>{"x"}) << "made by another connection";
     });
+    database_->write([](Database& writer) {
+        EXPECT_EQ(writer.columnNames("nowhere").size(), 1u);
+        for (auto change : {"ALTER TABLE nowhere ADD COLUMN y", "/**/ ALTER TABLE nowhere ADD COLUMN z"}) {
+            auto before = writer.columnNames("nowhere").size();
+            writer.execute(change);
+            EXPECT_EQ(writer.columnNames("nowhere").size(), before + 1) << "by this transaction";
+        }
+        EXPECT_ANY_THROW(writer.inSavepoint([&] {
+            writer.execute("DROP TABLE nowhere");
+            EXPECT_TRUE(writer.columnNames("nowhere").empty());
+            throw 1;
+        }));
+        EXPECT_EQ(writer.columnNames("nowhere").size(), 3u) << "undone";
+    });
 }
 
 TEST_P(ContractTest, FullDatabaseEndsTheTransactionWhole) {
