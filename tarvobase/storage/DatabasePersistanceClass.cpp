@@ -122,10 +122,12 @@ bool TableAccess::replaceAll(std::vector<ValueMap> rows) const {
     return adapter_->execute(statements);
 }
 
-bool TableAccess::update(ValueMap values, const Criteria& criteria) const {
+bool TableAccess::update(ValueMap values, const Criteria& criteria, const std::vector<std::string>& keys) const {
     if (!adapter_) return false;
     if (values.empty()) return true;
     leaveOutMissingColumns({&values, 1});
+    for (auto& key : keys)
+        if (values.size() > 1) values.remove(key);
     return !values.empty() && adapter_->update(tableName_, values, criteria);
 }
 

@@ -53,8 +53,9 @@ public:
         return adapter_ && adapter_->deleteObjects(tableName_, criteria);
     }
     bool deleteAll() const { return adapter_ && adapter_->deleteAllObjects(tableName_); }
-    /// Updates rows. Leaves columns out as `store` does.
-    bool update(ValueMap values, const Criteria& criteria) const;
+    /// Updates rows. Leaves columns out as `store` does, and those of `keys`, which the criteria fix, as long as others
+    /// are left: SQLite keeps a copy of each page that a write to a unique column touches.
+    bool update(ValueMap values, const Criteria& criteria, const std::vector<std::string>& keys = {}) const;
 
     /// Returns `read(row)` for each row, in the order of the rows, or nullopt if there is no answer.
     template <class Read>

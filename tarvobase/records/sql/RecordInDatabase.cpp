@@ -397,9 +397,10 @@ bool RecordInDatabase::modify(const std::vector<ValueMap>& rows, const std::stri
 bool RecordInDatabase::update(const std::vector<ValueMap>& rows, const std::string& moduleName,
                               const FieldIdentifier& naming, bool& haveIds) const {
     auto table = tableOf(moduleName);
+    Names keys{idColumn(moduleName, naming), std::string(naming.constant->id)};
     for (auto& row : rows) {
         if (auto condition = conditionFor(row, moduleName, naming)) {
-            if (!table.update(row, *condition)) return false;
+            if (!table.update(row, *condition, keys)) return false;
         } else {
             platform::log(platform::LogLevel::warning, "records", "INVALID RECORD. NO ID");
             haveIds = false;

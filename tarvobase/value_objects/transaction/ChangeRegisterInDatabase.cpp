@@ -104,17 +104,16 @@ ChangeRegisterInDatabase::ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapt
       ends_(table_.adapter(), endColumns::table, changeEndTable()),
       organisation_(std::move(organisation)) {}
 
-/// Each claim enters its change again. An insert that is ignored would use up a number, and leave gaps that users see.
+/// Each claim enters its change again. An insert that is ignored would use up a number, and leave gaps that users see;
+/// one that looks for the row by itself keeps a copy of the pages that it writes.
 std::optional<ChangeEntry> ChangeRegisterInDatabase::enter(ChangeQueue queue, const std::string& transactionId) {
     using namespace changeColumns;
-    auto columns = std::string(enteredAt) + ", " + organisation + ", " + key + ", " + sends + ", " +
-                   changeColumns::queue + ", " + changeColumns::transactionId;
-    auto isPresent = std::string(changeColumns::queue) + " = ? AND " + changeColumns::transactionId + " = ?";
-    RawQuery insert("INSERT INTO " + table_.name() + " (" + columns +
-                        ") SELECT ?,?,?,0,?,? WHERE NOT EXISTS (SELECT 1 FROM " + table_.name() + " WHERE " +
-                        isPresent + ")",
-                    {static_cast<std::int64_t>(platform::Clock::now().time_since_epoch().count()), organisation_,
-                     platform::Random::uuid(), rawText(queue), transactionId, rawText(queue), transactionId});
+    auto present = entriesOf(queue, {transactionId});
+    if (!present || !present->empty()) return firstOf(std::move(present));
+    auto now = static_cast<std::int64_t>(platform::Clock::now().time_since_epoch().count());
+    RawQuery insert("INSERT INTO " + table_.name() + " (" + enteredAt + ", " + organisation + ", " + key + ", " +
+                        changeColumns::queue + ", " + changeColumns::transactionId + ") VALUES (?,?,?,?,?)",
+                    {now, organisation_, platform::Random::uuid(), rawText(queue), transactionId});
     if (!table_.execute(insert)) return std::nullopt;
     return firstOf(entriesOf(queue, {transactionId}));
 }
