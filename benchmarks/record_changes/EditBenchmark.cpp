@@ -23,12 +23,11 @@ public:
     void edit(const std::string& id, std::size_t number) {
         auto numberText = std::to_string(number), transactionId = "transaction-" + numberText;
         begin_.run();
+        fields_.run();
         sidesOf_.run({id});
         if (sidesOf_.read().empty()) record_.run({id});
         storeSides_.run({id, sides_, sides_});
         update_.run({"by hand " + numberText, "Bonn", "+49 228 " + numberText, id});
-        fields_.run();
-        picklists_.run();
         queued_.run({id});
         highestTime_.run();
         store_.run({transactionId, id, body_, highestTime_.read()});
@@ -46,8 +45,9 @@ private:
     Prepared record_ = prepared("SELECT * FROM LeadsRecords WHERE ID = ?");
     Prepared storeSides_ = prepared("INSERT OR REPLACE INTO TRANSACTIONS_RECORDS VALUES (?, ?, ?)");
     Prepared update_ = prepared("UPDATE LeadsRecords SET COMPANY = ?, CITY = ?, PHONE = ? WHERE ID = ?");
-    Prepared fields_ = prepared("SELECT * FROM MODULE_SPECIFIC_METADATA WHERE module_name = 'Leads' ORDER BY _id");
-    Prepared picklists_ = prepared("SELECT * FROM PICKLIST_METADATA WHERE module_name = 'Leads'");
+    Prepared fields_ = prepared(
+        "SELECT * FROM MODULE_SPECIFIC_METADATA WHERE module_name = 'Leads' AND crm_col_name IN ('ID', 'COMPANY', "
+        "'CITY', 'PHONE')");
     Prepared queued_ = prepared("SELECT * FROM TRANSACTIONS WHERE record_id = ?");
     Prepared highestTime_ = prepared(
         "SELECT CAST(transaction_time AS INTEGER) FROM TRANSACTIONS ORDER BY CAST(transaction_time AS INTEGER) DESC "
