@@ -82,18 +82,18 @@ void DownloadRecordsDataManager::downloadRecords(const std::string& moduleName) 
     if (!module) return onQueue([](DownloadRecordsDataManager& self) { self.moduleEnded(); });
     params.module = std::move(module).value();
     collaborators_.networkService->downloadRecords(
-        params, [weak = platform::weakSelf(this), moduleName](auto downloaded) {
+        params, [weak = platform::weakSelf(this), moduleName, from = params.from](auto downloaded) {
             auto self = weak.lock();
             if (!self) return;
-            self->onQueue([moduleName, downloaded = std::move(downloaded)](DownloadRecordsDataManager& manager) {
-                manager.recordsDownloaded(moduleName, downloaded);
+            self->onQueue([moduleName, from, downloaded = std::move(downloaded)](DownloadRecordsDataManager& manager) {
+                manager.recordsDownloaded(moduleName, from, downloaded);
             });
         });
 }
 
-void DownloadRecordsDataManager::recordsDownloaded(const std::string& moduleName,
+void DownloadRecordsDataManager::recordsDownloaded(const std::string& moduleName, std::int64_t from,
                                                    const Result<DownloadedPage, FailureDetails>& downloaded) {
-    if (!downloaded || !insertRecords(*downloaded, moduleName)) {
+    if (!downloaded || !insertRecords(*downloaded, from, moduleName)) {
         unableToDownloadRecordsError();
         return moduleEnded();
     }
@@ -102,14 +102,16 @@ void DownloadRecordsDataManager::recordsDownloaded(const std::string& moduleName
     moduleEnded();
 }
 
-/// Returns false if the page could not be stored.
-bool DownloadRecordsDataManager::insertRecords(const DownloadedPage& downloaded, const std::string& moduleName) {
+/// Returns false if the page could not be stored. Another download may have counted the same records meanwhile. Counted
+/// twice, they would let the next download leave records out.
+bool DownloadRecordsDataManager::insertRecords(const DownloadedPage& downloaded, std::int64_t before,
+                                               const std::string& moduleName) {
     auto& settings = *collaborators_.downloadRecordSettingsPersistance;
-    auto before = settings.numberOfRecordsDownloaded(moduleName).value_or(0);
     auto after = before + downloadedCount(downloaded);
     if (after > before) {
         if (!collaborators_.recordPersistance->storePage(downloaded.records, moduleName)) return false;
-        settings.storeNumberOfRecordsDownloaded(after, moduleName);
+        auto counted = settings.numberOfRecordsDownloaded(moduleName).value_or(0);
+        if (counted >= before && counted < after) settings.storeNumberOfRecordsDownloaded(after, moduleName);
     }
     bool hasMore = hasMoreOnServer(downloaded);
     platform::log(platform::LogLevel::progress, "record download",

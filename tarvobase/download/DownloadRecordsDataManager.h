@@ -88,8 +88,9 @@ private:
     void startRun();
     void startModules();
     void downloadRecords(const std::string& moduleName);
-    void recordsDownloaded(const std::string& moduleName, const Result<DownloadedPage, FailureDetails>& downloaded);
-    bool insertRecords(const DownloadedPage& downloaded, const std::string& moduleName);
+    void recordsDownloaded(const std::string& moduleName, std::int64_t from,
+                           const Result<DownloadedPage, FailureDetails>& downloaded);
+    bool insertRecords(const DownloadedPage& downloaded, std::int64_t before, const std::string& moduleName);
     bool isDownloadCompleted(const DownloadedPage& downloaded, const std::string& moduleName) const;
     void moduleEnded();
     void endRun();

@@ -133,6 +133,13 @@ TEST_F(DownloadRecordsTest, AFailureEndsItsModuleAndKeepsItsProgress) {
     EXPECT_EQ(log->take(), "unableToFetchMetadataError");
 }
 
+TEST_F(DownloadRecordsTest, RecordsThatTwoDownloadsFetchAtOnceCountOnce) {
+    EXPECT_EQ(download(Limit::loadMore, modulesNamed({"Leads", "Leads", "Leads"})),
+              "Leads 0-2+, Leads complete, Leads 0-2+, Leads complete, Leads 0-2+, Leads complete, all 3");
+    EXPECT_EQ(requests, "0/2 0/2 0/2 ");
+    EXPECT_EQ(download(Limit::loadMore), "Leads 2-4+, Leads complete, all 1");
+}
+
 TEST_F(DownloadRecordsTest, FourModulesAtATimeAndOneRunAfterAnother) {
     std::vector<std::string> names;
     for (int i = 0; i < 6; ++i) {
