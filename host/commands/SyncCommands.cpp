@@ -73,10 +73,20 @@ std::string tableOfRounds(std::vector<SyncRound> rounds) {
 }
 
 /// Among all modules there are some that never sync: those without fields, such as dashboards, and those whose records
-/// come as rows of others.
-bool countsAsBroken(const SyncRound& round, const Arguments& arguments) {
-    bool neverSyncs = round.reason == SyncRound::Reason::noMetadata || round.reason == SyncRound::Reason::refused;
-    return round.outcome != SyncRound::Outcome::finished && !(neverSyncs && arguments.modules.empty());
+/// come as rows of others. A module that has synced before is not one of them.
+bool neverSyncs(const SyncRound& round) {
+    bool isRefused = round.reason == SyncRound::Reason::noMetadata || round.reason == SyncRound::Reason::refused;
+    return isRefused && !round.finishedAt;
+}
+
+/// Returns whether a round broke off that should have finished. If no module syncs at all, something is wrong with the
+/// server or the account.
+bool hasBroken(const std::vector<SyncRound>& rounds, const Arguments& arguments) {
+    auto isFinished = [](auto& round) { return round.outcome == SyncRound::Outcome::finished; };
+    if (std::none_of(rounds.begin(), rounds.end(), isFinished)) return true;
+    return std::any_of(rounds.begin(), rounds.end(), [&](auto& round) {
+        return !isFinished(round) && !(arguments.modules.empty() && neverSyncs(round));
+    });
 }
 
 int printRounds(const Arguments& arguments, const std::vector<SyncRound>& rounds) {
@@ -186,14 +196,13 @@ int syncModules(Host& host, const Arguments& arguments) {
     all->syncModules(modules.value());
     if (!waitWhileReporting(*progress)) return fail("the server did not answer in time; the next sync repeats it");
     auto status = printRounds(arguments, progress->rounds);
-    bool isBroken = std::any_of(progress->rounds.begin(), progress->rounds.end(),
-                                [&](auto& round) { return countsAsBroken(round, arguments); });
-    return isBroken ? 1 : status;
+    return hasBroken(progress->rounds, arguments) ? 1 : status;
 }
 
 int showLastRound(Host& host, const Arguments& arguments) {
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
+    if (auto status = findModule(host, arguments, tokenNeededForSync)) return *status;
     auto rounds = RecordsSyncDataManager::rounds(Stores::current());
     std::erase_if(rounds, [&](auto& round) { return round.moduleName != arguments.module; });
     if (rounds.empty() && !arguments.json) return printForPeople(arguments.module + " was never synced.\n");
