@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "platform/Log.h"
+#include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/SyncObserver.h"
@@ -12,6 +13,7 @@
 #include "tarvobase/records/sql/RecordInDatabase.h"
 #include "tarvobase/records/sql/UnsentChanges.h"
 #include "tarvobase/sync/wire/RecordsSyncParser.h"
+#include "tarvobase/utils/TemporaryIds.h"
 #include "tarvobase/value_objects/field/FieldList.h"
 
 namespace tarvo {
@@ -84,7 +86,7 @@ std::shared_ptr<RecordsSyncDataManager> RecordsSyncDataManager::make(
                  .metadataPersistance = stores.fields(),
                  .modulePersistance = stores.modules(),
                  .scope = stores.scope,
-                 .recordsWithSentEdits = [stores] { return UnsentChanges::recordsWithSentEdits(stores); }});
+                 .recordsWithSentChanges = [stores] { return UnsentChanges::recordsWithSentChanges(stores); }});
 }
 
 bool RecordsSyncDataManager::syncRecords(const std::string& moduleName) {
@@ -154,10 +156,12 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, 
     if (!hasMetadata(name)) return Reason::noMetadata;
     if (!info.responseTime) return Reason::noResponseTime;
     // An edit that is answered after this is still found, and one that is sent after it is newer than the page.
-    round.mustBeRepeated = round.mustBeRepeated || mayBeHidden(page);
-    if (auto reason = storePage(page, name)) return reason;
-
+    round.mustBeRepeated = round.mustBeRepeated || mayBeOvertaken(page);
     if (!round.firstResponseTime) round.firstResponseTime = info.responseTime;
+    if (auto reason = storePage(page, name)) return reason;
+    // The settings of a database that took the place of this one meanwhile know nothing of these rows.
+    if (!collaborators_.scope.isCurrent()) return Reason::outdated;
+
     auto& progress = round.progress;
     ++progress.pages;
     progress.added += recordCount(page.addedRecords);
@@ -185,11 +189,14 @@ bool RecordsSyncDataManager::hasMetadata(const std::string& moduleName) const {
     return fields && !fields->empty();
 }
 
-/// Returns whether the values of a record of the page may go beneath an edit that the server had before them.
-bool RecordsSyncDataManager::mayBeHidden(const SyncRecordsResponse& page) const {
-    auto sent = collaborators_.recordsWithSentEdits();
+/// Returns whether an answer that waits may be older than the page: values of a record go beneath an edit that the
+/// server had before them, or a deleted record is one that was added here.
+bool RecordsSyncDataManager::mayBeOvertaken(const SyncRecordsResponse& page) const {
+    auto sent = collaborators_.recordsWithSentChanges();
     if (!sent) return true;
     if (sent->empty()) return false;
+    bool hasDeletes = page.deletedRecordIDs && !page.deletedRecordIDs->empty();
+    if (hasDeletes && std::any_of(sent->begin(), sent->end(), isTemporaryRecordId)) return true;
     return namesOneOf(page.addedRecords, *sent) || namesOneOf(page.editedRecords, *sent);
 }
 
@@ -209,12 +216,26 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::storePage(const SyncRec
     return areRemoved ? std::nullopt : std::optional(Reason::notStored);
 }
 
+/// Another program on the same settings may have finished a round of the module during this one. The pages of both came
+/// in an unknown order, so the next round must go on from the earlier of their times. Returns that time, or nullopt if
+/// no other round has finished.
+std::optional<std::string> RecordsSyncDataManager::watermarkBesideOther(const Round& round) const {
+    auto& settings = *collaborators_.recordSyncSettings;
+    auto stored = settings.getLastModifiedTime(round.underWay->module.moduleName).value_or("0");
+    if (stored == round.lastModifiedTime) return std::nullopt;
+    return std::to_string(std::min(text::toInteger(stored).value_or(0), *round.firstResponseTime));
+}
+
 /// The watermark is the time of the first page: a record that changed after its page was sent would never be asked for
 /// again from a later one.
 void RecordsSyncDataManager::finish(Round& round, const SyncRecordsResponse& page) const {
     auto& module = round.underWay->module;
     round.progress.outcome = Outcome::finished;
-    if (!round.mustBeRepeated) round.progress.watermark = std::to_string(*round.firstResponseTime);
+    auto besideOther = watermarkBesideOther(round);
+    if (!round.mustBeRepeated)
+        round.progress.watermark = besideOther.value_or(std::to_string(*round.firstResponseTime));
+    else if (besideOther)
+        round.progress.watermark = round.lastModifiedTime;
     round.progress.finishedAt = page.resultInfo.responseTime;
     collaborators_.recordSyncSettings->storeRound(round.progress);
     BrenNotificationCenter::shared().notify<SyncObserver>(
@@ -234,6 +255,15 @@ void RecordsSyncDataManager::reportPage(const Round& round, const SyncRecordsRes
     for (auto& listener : listeners) listener->syncResultsFetched(name, added, edited, page.deletedRecordIDs);
 }
 
+void RecordsSyncDataManager::storeBroken(Round& round) const {
+    auto& settings = *collaborators_.recordSyncSettings;
+    if (auto watermark = round.firstResponseTime ? watermarkBesideOther(round) : std::nullopt) {
+        round.progress.watermark = watermark;
+        settings.storeLastModifiedTime(*watermark, round.progress.moduleName);
+    }
+    settings.storeRound(round.progress);
+}
+
 void RecordsSyncDataManager::end(const std::shared_ptr<Round>& round, std::optional<Reason> reason) {
     auto& name = round->underWay->module.moduleName;
     {
@@ -243,7 +273,7 @@ void RecordsSyncDataManager::end(const std::shared_ptr<Round>& round, std::optio
     if (reason) {
         round->progress.outcome = Outcome::broken;
         round->progress.reason = reason;
-        if (collaborators_.scope.isCurrent()) collaborators_.recordSyncSettings->storeRound(round->progress);
+        if (collaborators_.scope.isCurrent()) storeBroken(*round);
         platform::log(platform::LogLevel::warning, "sync",
                       "the round of " + name + " broke off: " + std::string(caseName(*reason)));
     }

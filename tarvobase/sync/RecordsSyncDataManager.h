@@ -60,6 +60,8 @@ public:
 ///
 /// So does a round with a record of which the server may have an edit that waits here for its answer. Somebody else may
 /// have changed the same field since: the queue laid the edit over that, and its answer will be older than the page.
+/// The same goes for deletes while an add waits for its answer, which would bring back a record that is deleted
+/// already.
 class RecordsSyncDataManager final : public RecordsSyncDataManagerProtocol,
                                      public RecordsSyncDelegate,
                                      public SyncRoundRunner {
@@ -71,8 +73,8 @@ public:
         std::shared_ptr<FieldMetadataPersistanceDelegate> metadataPersistance;
         std::shared_ptr<ModulesPersistanceDelegate> modulePersistance;
         Scope scope;
-        /// `UnsentChanges::recordsWithSentEdits`.
-        std::function<std::optional<std::set<std::string>>()> recordsWithSentEdits;
+        /// `UnsentChanges::recordsWithSentChanges`.
+        std::function<std::optional<std::set<std::string>>()> recordsWithSentChanges;
     };
     static constexpr std::int64_t maximumRecords = 10'000;
 
@@ -107,9 +109,11 @@ private:
 
     std::optional<Reason> takePage(Round& round, const SyncRecordsResponse& page, std::int64_t from);
     bool hasMetadata(const std::string& moduleName) const;
-    bool mayBeHidden(const SyncRecordsResponse& page) const;
+    bool mayBeOvertaken(const SyncRecordsResponse& page) const;
     std::optional<Reason> storePage(const SyncRecordsResponse& page, const std::string& moduleName) const;
+    std::optional<std::string> watermarkBesideOther(const Round& round) const;
     void finish(Round& round, const SyncRecordsResponse& page) const;
+    void storeBroken(Round& round) const;
     void requestPage(const Round& round, std::int64_t from) const;
     void end(const std::shared_ptr<Round>& round, std::optional<Reason> reason);
     void reportPage(const Round& round, const SyncRecordsResponse& page) const;

@@ -60,7 +60,7 @@ std::optional<std::set<std::string>> UnsentChanges::editedColumns(const std::str
     return std::move(changes->columns[recordId]);
 }
 
-std::optional<std::set<std::string>> UnsentChanges::recordsWithSentEdits(const Stores& stores) {
+std::optional<std::set<std::string>> UnsentChanges::recordsWithSentChanges(const Stores& stores) {
     auto entries = stores.changeRegister()->entries();
     if (!entries) return std::nullopt;
     std::vector<std::string> olderIds;
@@ -77,13 +77,13 @@ std::optional<std::set<std::string>> UnsentChanges::recordsWithSentEdits(const S
         auto older = stores.transactions()->getTransactionsWithIds(olderIds);
         if (!older) return std::nullopt;
         for (auto& change : older->transactions)
-            if (change.operationType == TransactionType::editRecord) recordIds.insert(change.recordID);
+            if (change.operationType != TransactionType::deleteRecord) recordIds.insert(change.recordID);
     }
     if (!currentIds.empty()) {
         auto current = stores.currentTransactions()->getTransactionsWithIds(currentIds);
         if (!current) return std::nullopt;
         for (auto& change : *current)
-            if (depndencyType(change.kind) == RecordDependency::Kind::edit) recordIds.insert(change.recordId);
+            if (depndencyType(change.kind) != RecordDependency::Kind::delete_) recordIds.insert(change.recordId);
     }
     return recordIds;
 }

@@ -37,9 +37,9 @@ public:
     /// columns keep their local values, and the rows of deleted records go. Call it inside the transaction that stores.
     /// Returns false if the database failed or `store` returned false.
     bool layOver(const std::vector<std::string>& recordIds, platform::FunctionRef<bool()> store) const;
-    /// Returns the records of which the server may have an edit that is still in a queue, its answer being on its way
-    /// or lost. Returns nullopt if that cannot be read.
-    static std::optional<std::set<std::string>> recordsWithSentEdits(const Stores& stores);
+    /// Returns the records of which the server may have a change that is still in a queue, its answer being on its way
+    /// or lost: edits, and adds under their temporary ids. Returns nullopt if that cannot be read.
+    static std::optional<std::set<std::string>> recordsWithSentChanges(const Stores& stores);
     /// Returns the columns of a record that edits in a queue set, or nullopt if a queue cannot be read.
     std::optional<std::set<std::string>> editedColumns(const std::string& recordId) const;
 

@@ -216,6 +216,23 @@ TEST_F(RecordsSyncTest, ABrokenRoundKeepsTheWatermarkAndWhatItStored) {
     EXPECT_EQ(bus->all(), "started Leads, finished Leads none");
 }
 
+TEST_F(RecordsSyncTest, TheEarlierTimeCountsIfAnotherProgramFinishesARoundMeanwhile) {
+    struct {
+        const char *other, *info, *expected;
+    } cases[] = {{"150", R"("responsetime":100,"count":1)", "100"},
+                 {"70", R"("responsetime":100,"count":1)", "70"},
+                 {"150", R"("responsetime":100,"more_records":true)", "100"},
+                 {"70", R"("responsetime":100,"more_records":true)", "70"},
+                 {"150", R"("count":1)", "150"}};
+    for (auto& [other, info, expected] : cases) {
+        SCOPED_TRACE(std::string(other) + " " + info);
+        settings().storeLastModifiedTime("50", "Leads");
+        network->beforeAnswer = [this, other = other] { settings().storeLastModifiedTime(other, "Leads"); };
+        sync({{.added = listOf({lead("1", "x")}), .info = info}});
+        EXPECT_EQ(watermark(), expected);
+    }
+}
+
 TEST_F(RecordsSyncTest, OddPagesCostNothingElse) {
     fillLeads({{{"id", "1"}, {"Company", "a"}}, {{"id", "2"}, {"Company", "b"}}});
     struct {
@@ -312,6 +329,26 @@ TEST_F(RecordsSyncTest, AnAnswerAfterASwitchIsNotStored) {
     EXPECT_EQ(watermark(), "none");
 }
 
+TEST_F(RecordsSyncTest, ADatabaseThatIsReplacedWhileAPageIsStoredGetsNoWatermark) {
+    auto stores = Stores::current();
+    auto service = std::make_shared<RecordsSyncNetworkService>();
+    service->setNetworkAdapter(network);
+    usecase = ModuleyncUseCase::make(RecordsSyncDataManager::make(
+        {.recordsSyncNetworkService = service,
+         .recordSyncSettings = std::make_shared<RecordSyncSettingsPersistance>(stores.userDefaults),
+         .recordPersistanceDelegate = RecordInDatabase::make(stores.databaseAdapter()),
+         .metadataPersistance = stores.fields(),
+         .modulePersistance = stores.modules(),
+         .scope = stores.scope,
+         .recordsWithSentChanges = [this] {
+             configuration().databaseAdapter = nullptr;
+             return std::optional(std::set<std::string>());
+         }}));
+    usecase->delegate = log;
+    EXPECT_THAT(sync({{.added = listOf({lead("1", "x")})}}), ::testing::HasSubstr("broken outdated"));
+    EXPECT_EQ(watermark(), "none");
+}
+
 TEST_F(RecordsSyncTest, WhatTheUserChangedStaysOnTheScreenUntilItIsSent) {
     fillLeads({{{"id", "1"}, {"Company", "mine"}, {"City", "old"}}, {{"id", "2"}, {"Company", "b"}}});
     auto stores = Stores::current();
@@ -343,6 +380,19 @@ TEST_F(RecordsSyncTest, WhatWentBeneathAnEditWithoutAnAnswerIsAskedForAgain) {
     sync({{.edited = theirs.edited, .info = R"("responsetime":200,"count":1)"}});
     EXPECT_EQ(watermark(), "100");
     EXPECT_EQ(asked().substr(asked().rfind(' ') - 3), "100 0");
+}
+
+TEST_F(RecordsSyncTest, ADeleteIsAskedForAgainWhileAnAddWaitsForItsAnswer) {
+    auto stores = Stores::current();
+    auto lead = Record("NEW_000000001", "Leads");
+    auto queued = RecordTransactionManager(stores, [] {}).addRecord(lead, {.moduleName = "Leads", .apiName = "L"});
+    ASSERT_TRUE(queued);
+    const Page deleted{.deleted = R"([["7"]])"};
+    sync({deleted});
+    EXPECT_EQ(watermark(), "100") << "the server cannot have the add";
+    ASSERT_TRUE(stores.changeRegister()->noteSend(stores.changeRegister()->entries()->front().number));
+    sync({{.deleted = deleted.deleted, .info = R"("responsetime":200,"count":1)"}});
+    EXPECT_EQ(watermark(), "100") << "the deleted record may be the added one";
 }
 
 TEST_F(RecordsSyncTest, DependentRowsAndTagsComeWithRecordsThatAreHere) {
