@@ -92,7 +92,9 @@ QueuedChanges::Changes QueuedChanges::list() const {
 bool QueuedChanges::addOlder(const Entries& entries, std::vector<Change>& changes) const {
     auto queued = stores_.transactions()->getTransactions();
     if (!queued) return false;
-    std::vector<QueuedChange> rows(queued->transactions.begin(), queued->transactions.end());
+    FreeText freeText(stores_);
+    std::vector<QueuedChange> rows;
+    for (auto& row : queued->transactions) rows.emplace_back(std::move(row), freeText);
     auto current = ChangeTurns::currentQueueFor(stores_, rows);
     if (!current) return false;
     std::set<std::string> adds;

@@ -1,20 +1,20 @@
 #include "tarvobase/transaction/TemporaryIdsInPayload.h"
 
 #include <algorithm>
-#include <cctype>
 
-#include "platform/Json.h"
+#include "platform/Text.h"
 #include "tarvobase/utils/TemporaryIds.h"
-#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 
 namespace {
 
 void collectTemporaryIds(const Value& value, std::vector<std::string>& found) {
-    if (auto text = value.asText()) {
-        bool isKnown = std::find(found.begin(), found.end(), *text) != found.end();
-        if (isTemporaryRecordId(*text) && !isKnown) found.emplace_back(*text);
+    if (auto joined = value.asText()) {
+        for (auto& id : text::split(*joined, ",")) {
+            bool isKnown = std::find(found.begin(), found.end(), id) != found.end();
+            if (isTemporaryRecordId(id) && !isKnown) found.push_back(id);
+        }
     } else if (auto list = value.asList()) {
         for (auto& item : *list) collectTemporaryIds(item, found);
     } else if (auto map = value.asMap()) {
@@ -22,47 +22,56 @@ void collectTemporaryIds(const Value& value, std::vector<std::string>& found) {
     }
 }
 
-/// What a user writes in a note names no record, though it may look like an id.
-bool isFreeText(std::string_view key) {
-    return key == FieldAPIConstant.Notes.noteTitle || key == FieldAPIConstant.Notes.noteContent;
-}
-
-/// Returns whether a character goes on with the id before it. Ids end with digits or with a UUID.
-bool continuesId(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '-'; }
-
-std::string replacedInText(std::string text, const std::string& formerId, const std::string& newId) {
-    std::size_t at = 0;
-    while ((at = text.find(formerId, at)) != std::string::npos) {
-        auto end = at + formerId.size();
-        bool isWhole = end == text.size() || !continuesId(text[end]);
-        if (isWhole) text.replace(at, formerId.size(), newId);
-        at = isWhole ? at + newId.size() : end;
+Value withReplacedIds(const Value& value, const std::map<std::string, std::string>& identifiers) {
+    if (auto joined = value.asText()) {
+        auto ids = text::split(*joined, ",");
+        for (auto& id : ids)
+            if (auto found = identifiers.find(id); found != identifiers.end()) id = found->second;
+        return text::join(ids, ",");
     }
-    return text;
+    if (auto list = value.asList()) {
+        ValueList replaced;
+        for (auto& item : *list) replaced.push_back(withReplacedIds(item, identifiers));
+        return replaced;
+    }
+    if (auto map = value.asMap()) {
+        ValueMap replaced;
+        for (auto& entry : *map) replaced.set(entry.name, withReplacedIds(entry.value, identifiers));
+        return replaced;
+    }
+    return value;
 }
 
 }  // namespace
 
-std::vector<std::string> temporaryIdsOf(const ValueMap& payload) {
+std::vector<std::string> temporaryIdsOf(const NTransaction& transaction, const FreeText& freeText) {
     std::vector<std::string> found;
-    for (auto& entry : payload)
-        if (!isFreeText(entry.name)) collectTemporaryIds(entry.value, found);
+    for (auto& entry : transaction.payload) {
+        auto known = found;
+        collectTemporaryIds(entry.value, found);
+        if (found.size() > known.size() && freeText.holds(transaction.module.rawValue(), entry.name))
+            found = std::move(known);
+    }
     return found;
 }
 
-bool namesTemporaryId(const NTransaction& transaction) {
+bool namesTemporaryId(const NTransaction& transaction, const FreeText& freeText) {
     if (!createsRecord(transaction.kind) && isTemporaryRecordId(transaction.recordId)) return true;
-    auto named = temporaryIdsOf(transaction.payload);
+    auto named = temporaryIdsOf(transaction, freeText);
     return std::any_of(named.begin(), named.end(), [&](auto& id) { return id != transaction.recordId; });
 }
 
-std::string withReplacedIds(const std::string& payload, const std::map<std::string, std::string>& identifiers) {
-    auto text = payload;
-    for (auto& [formerId, newId] : identifiers) {
-        auto quoted = json::write(Value(newId)).value_or("");
-        if (quoted.size() >= 2) text = replacedInText(std::move(text), formerId, quoted.substr(1, quoted.size() - 2));
+bool replaceIds(NTransaction& transaction, const std::map<std::string, std::string>& identifiers,
+                const FreeText& freeText) {
+    auto payload = transaction.payload;
+    for (auto& entry : transaction.payload) {
+        auto replaced = withReplacedIds(entry.value, identifiers);
+        if (replaced != entry.value && !freeText.holds(transaction.module.rawValue(), entry.name))
+            payload.set(entry.name, std::move(replaced));
     }
-    return text;
+    bool hasChanged = payload != transaction.payload;
+    transaction.payload = std::move(payload);
+    return hasChanged;
 }
 
 }  // namespace tarvo

@@ -4,19 +4,22 @@
 #include <string>
 #include <vector>
 
+#include "tarvobase/transaction/FreeText.h"
 #include "tarvobase/value_objects/transaction/NTransaction.h"
 
 namespace tarvo {
 
-/// Returns the texts of a payload that are a temporary id, in either form, each once. Free text that contains one does
-/// not count, and neither do the title and the text of a note.
-std::vector<std::string> temporaryIdsOf(const ValueMap& payload);
+/// Returns the temporary ids, in either form, that a transaction's payload names, each once. Free text names none, even
+/// if it is such an id.
+std::vector<std::string> temporaryIdsOf(const NTransaction& transaction, const FreeText& freeText);
 
 /// Returns whether a request for the transaction would name a record that the server does not know. A transaction that
 /// creates its record leaves out its own id.
-bool namesTemporaryId(const NTransaction& transaction);
+bool namesTemporaryId(const NTransaction& transaction, const FreeText& freeText);
 
-/// Replaces ids wherever they stand in the JSON text of a payload. An id that goes on as a longer one is another id.
-std::string withReplacedIds(const std::string& payload, const std::map<std::string, std::string>& identifiers);
+/// Replaces the ids that a transaction's payload names, as a text of their own or among several that "," joins. Free
+/// text stays as it was written, like that of the record. Returns whether there was one.
+bool replaceIds(NTransaction& transaction, const std::map<std::string, std::string>& identifiers,
+                const FreeText& freeText);
 
 }  // namespace tarvo

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/Json.h"
 #include "tarvobase/transaction/TemporaryIdsInPayload.h"
 #include "tarvobase/utils/TemporaryIds.h"
 
@@ -37,7 +36,8 @@ bool TransactionManager::addMergedTransaction(const NTransaction& transaction, c
 /// A screen may name a record by its temporary id long after the server gave it another one. Returns nullopt if the
 /// ids cannot be read.
 std::optional<NTransaction> TransactionManager::withAliases(const NTransaction& transaction) {
-    auto named = temporaryIdsOf(transaction.payload);
+    FreeText freeText(stores_);
+    auto named = temporaryIdsOf(transaction, freeText);
     if (isTemporaryRecordId(transaction.recordId)) named.push_back(transaction.recordId);
     if (named.empty()) return transaction;
     auto aliases = stores_.recordIdAliases()->aliasesOf(named);
@@ -47,10 +47,7 @@ std::optional<NTransaction> TransactionManager::withAliases(const NTransaction& 
     for (auto& alias : *aliases) identifiers[alias.temporaryId] = alias.realId;
     auto current = transaction;
     if (auto found = identifiers.find(current.recordId); found != identifiers.end()) current.recordId = found->second;
-    auto payload = json::write(current.payload);
-    auto replaced = payload ? json::parse(withReplacedIds(*payload, identifiers)) : std::nullopt;
-    if (!replaced || !replaced->asMap()) return std::nullopt;
-    current.payload = *replaced->asMap();
+    replaceIds(current, identifiers, freeText);
     return current;
 }
 

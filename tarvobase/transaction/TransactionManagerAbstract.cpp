@@ -380,7 +380,7 @@ void TransactionManagerAbstract::run(const NTransaction& transaction, std::funct
         return complete(TransactionResult::failure(ErrorResponse::invlaidTransaction()));
     }
     // Nobody will ever give the record an id: what would create it is gone.
-    if (namesTemporaryId(transaction))
+    if (namesTemporaryId(transaction, FreeText(stores_)))
         return complete(TransactionResult::failure(ErrorResponse::dependingTransactionFailed()));
     transactionExecutorDI->getExecutor(transaction)->execute(transaction, complete);
 }

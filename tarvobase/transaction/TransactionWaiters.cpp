@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "platform/Json.h"
 #include "tarvobase/database_layer/TransactionEnd.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/transaction/TemporaryIdsInPayload.h"
@@ -32,6 +33,11 @@ std::map<std::int64_t, std::set<std::int64_t>> waitersOf(std::int64_t id,
     for (auto& dependency : dependencies)
         if (dependency.transactionId != id) waiters[dependency.transactionId].insert(dependency.dependentTransaction);
     return waiters;
+}
+
+bool containsAny(const std::string& text, const TransactionWaiters::Identifiers& identifiers) {
+    return std::any_of(identifiers.begin(), identifiers.end(),
+                       [&](auto& each) { return text.find(each.first) != std::string::npos; });
 }
 
 }  // namespace
@@ -90,10 +96,18 @@ bool TransactionWaiters::replaceRecordIdentifiers(const Identifiers& identifiers
     for (auto& dependency : *waiting) waiters.push_back(dependency.transactionId);
     auto payloads = stores_.currentTransactions()->getPayload(waiters, keysOf(identifiers));
     if (!payloads) return false;
+    Ids candidates;
+    for (auto& [candidate, payload] : *payloads)
+        if (candidate != id && containsAny(payload, identifiers)) candidates.push_back(candidate);
+    auto naming = readableAmong(candidates);
+    if (!naming) return false;
+    FreeText freeText(stores_);
     std::map<std::int64_t, std::string> rewritten;
-    for (auto& [candidate, payload] : *payloads) {
-        auto changed = withReplacedIds(payload, identifiers);
-        if (candidate != id && changed != payload) rewritten.emplace(candidate, std::move(changed));
+    for (auto& transaction : *naming) {
+        if (!replaceIds(transaction, identifiers, freeText)) continue;
+        auto payload = json::write(transaction.payload);
+        if (!payload) return false;
+        rewritten.emplace(transaction.id, *std::move(payload));
     }
     return stores_.currentTransactions()->update(identifiers, rewritten) && renewKeys(rewritten);
 }

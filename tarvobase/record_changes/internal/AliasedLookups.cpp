@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/Text.h"
+#include "tarvobase/transaction/FreeText.h"
 #include "tarvobase/utils/TemporaryIds.h"
 
 namespace tarvo {
@@ -45,6 +46,7 @@ bool replaceAliases(const Stores& stores, Record& record) {
     if (temporary.empty()) return true;
     auto aliases = stores.recordIdAliases()->aliasesOf(temporary);
     if (!aliases) return false;
+    FreeText freeText(stores);
     for (std::size_t i = 0; i < record.columnCount(); ++i) {
         if (i == record.identifierIndex()) continue;
         auto value = record.value(i).copy();
@@ -52,7 +54,8 @@ bool replaceAliases(const Stores& stores, Record& record) {
             for (auto& alias : *aliases)
                 if (id == alias.temporaryId) id = alias.realId;
         });
-        if (replaced != value) record.set(record.columnName(i), std::move(replaced));
+        if (replaced != value && !freeText.holdsColumn(record.moduleName(), record.columnName(i)))
+            record.set(record.columnName(i), std::move(replaced));
     }
     return true;
 }

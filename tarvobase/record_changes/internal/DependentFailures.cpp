@@ -41,6 +41,7 @@ std::optional<std::vector<std::string>> freeDependents(const Stores& stores, con
     auto entries = stores.changeRegister()->entries();
     if (!queued || !entries) return std::nullopt;
     TransactionWaiters waiters(stores);
+    FreeText freeText(stores);
     if (transactionNumber && !waiters.recover(transactionNumber)) return std::nullopt;
     std::map<std::string, const ChangeEntry*> failed;
     std::set<std::string> arriving{recordId};
@@ -54,7 +55,7 @@ std::optional<std::vector<std::string>> freeDependents(const Stores& stores, con
         for (auto& row : queued->transactions) {
             auto entry = failed.find(row.transactionID);
             if (entry == failed.end()) continue;
-            auto names = QueuedChange(row).temporaryIds;
+            auto names = QueuedChange(row, freeText).temporaryIds;
             if (std::none_of(names.begin(), names.end(), [&](auto& id) { return arriving.contains(id); })) continue;
             if (!leaveOutLater(stores, row, queued->transactions)) return std::nullopt;
             auto number = entry->second->transactionNumber;

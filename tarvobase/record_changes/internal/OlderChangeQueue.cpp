@@ -50,7 +50,8 @@ bool OlderChangeQueue::read() {
     auto queued = stores_.transactions()->getTransactions();
     if (!queued) return false;
     queue_.clear();
-    for (auto& row : queued->transactions) queue_.emplace_back(std::move(row));
+    FreeText freeText(stores_);
+    for (auto& row : queued->transactions) queue_.emplace_back(std::move(row), freeText);
     auto current = ChangeTurns::currentQueueFor(stores_, queue_);
     if (!current) return false;
     current_ = *std::move(current);

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "platform/Json.h"
+#include "tarvobase/record_changes/internal/ChangePayload.h"
+#include "tarvobase/utils/ReplacedTexts.h"
 #include "tarvobase/utils/TemporaryIds.h"
 
 namespace tarvo {
@@ -28,9 +30,35 @@ platform::Data withReplacedText(const platform::Data& data, const std::string& f
     return platform::Data(std::move(text));
 }
 
+/// Returns the payload of a body, which is the first of its list, or null.
+const ValueMap* payloadIn(const Value& body) {
+    auto data = body.asMap() ? body.asMap()->find("data") : nullptr;
+    auto list = data ? data->asList() : nullptr;
+    return list && !list->empty() ? list->front().asMap() : nullptr;
+}
+
+/// Returns the body with an id replaced where it is no free text. Bodies without such text keep their form.
+platform::Data bodyWithReplacedId(const Transaction& transaction, const std::string& formerId, const std::string& newId,
+                                  const FreeText& freeText) {
+    auto& body = *transaction.dataJSON;
+    auto former = quotedJson(formerId);
+    auto parsed = body.view().find(former) == std::string_view::npos ? std::nullopt : json::parse(body);
+    auto found = parsed ? payloadIn(*parsed) : nullptr;
+    if (!found) return withReplacedText(body, former, quotedJson(newId));
+    ValueMap written;
+    auto payload = *found;
+    for (auto& entry : *found)
+        if (entry.value == Value(formerId) && freeText.holds(transaction.moduleName, entry.name))
+            written.set(entry.name, entry.value);
+    if (written.empty()) return withReplacedText(body, former, quotedJson(newId));
+    replaceTexts(payload, formerId, newId);
+    payload.merge(written);
+    return ChangePayload::body(payload).value_or(body);
+}
+
 }  // namespace
 
-QueuedChange::QueuedChange(Transaction row) : transaction(std::move(row)) {
+QueuedChange::QueuedChange(Transaction row, const FreeText& freeText) : transaction(std::move(row)) {
     auto note = [&](const std::string& id) {
         bool isOwnAdd = transaction.operationType == TransactionType::addRecord && id == transaction.recordID;
         if (isOwnAdd || !isTemporaryRecordId(id)) return;
@@ -43,15 +71,21 @@ QueuedChange::QueuedChange(Transaction row) : transaction(std::move(row)) {
     auto body = transaction.dataJSON ? json::parse(*transaction.dataJSON) : std::nullopt;
     hasParameters = parameters && parameters->asMap();
     if (parameters) visitTexts(*parameters, note);
-    if (body) visitTexts(*body, note);
+    auto payload = body ? payloadIn(*body) : nullptr;
+    if (body && !payload) visitTexts(*body, note);
+    if (!payload) return;
+    for (auto& entry : *payload)
+        visitTexts(entry.value, [&](const std::string& id) {
+            if (isTemporaryRecordId(id) && !freeText.holds(transaction.moduleName, entry.name)) note(id);
+        });
 }
 
-Transaction withReplacedId(Transaction transaction, const std::string& formerId, const std::string& newId) {
+Transaction withReplacedId(Transaction transaction, const std::string& formerId, const std::string& newId,
+                           const FreeText& freeText) {
     if (transaction.recordID == formerId) transaction.recordID = newId;
     if (transaction.parentRecordID == formerId) transaction.parentRecordID = newId;
-    auto former = quotedJson(formerId), replacement = quotedJson(newId);
-    transaction.uriData = withReplacedText(transaction.uriData, former, replacement);
-    if (transaction.dataJSON) transaction.dataJSON = withReplacedText(*transaction.dataJSON, former, replacement);
+    transaction.uriData = withReplacedText(transaction.uriData, quotedJson(formerId), quotedJson(newId));
+    if (transaction.dataJSON) transaction.dataJSON = bodyWithReplacedId(transaction, formerId, newId, freeText);
     return transaction;
 }
 

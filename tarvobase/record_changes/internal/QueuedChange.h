@@ -3,13 +3,15 @@
 #include <string>
 #include <vector>
 
+#include "tarvobase/transaction/FreeText.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
 namespace tarvo {
 
 /// A row of the older queue with what decides when it is sent.
 struct QueuedChange {
-    explicit QueuedChange(Transaction row);
+    /// Without `freeText`, whatever looks like a temporary id may be one.
+    explicit QueuedChange(Transaction row, const FreeText& freeText = {});
 
     Transaction transaction;
     /// The temporary ids that its request would name. An add leaves out its own, and free text may name any.
@@ -23,7 +25,9 @@ struct QueuedChange {
     bool hasFailed() const { return !isReady() && !(isSending() && hasParameters); }
 };
 
-/// Replaces an id in the ids, the parameters and the body of a row. In JSON only whole texts are replaced.
-Transaction withReplacedId(Transaction transaction, const std::string& formerId, const std::string& newId);
+/// Replaces an id in the ids, the parameters and the body of a row. In JSON only whole texts are replaced, and free
+/// text stays as it was written.
+Transaction withReplacedId(Transaction transaction, const std::string& formerId, const std::string& newId,
+                           const FreeText& freeText = {});
 
 }  // namespace tarvo

@@ -116,8 +116,9 @@ bool RecordIdReplacement::replaceInQueue(const std::string& formerId, const std:
     if (!queue) return false;
     std::set<std::pair<std::string, std::string>> records;  // module and record, each once
     std::vector<Transaction> replaced;
+    FreeText freeText(stores_);
     for (auto& row : queue->transactions) {
-        auto changed = withReplacedId(row, formerId, newId);
+        auto changed = withReplacedId(row, formerId, newId, freeText);
         if (changed == row) continue;
         if (records.insert({changed.moduleName, changed.recordID}).second && !replaceInRecord(changed, formerId, newId))
             return false;
@@ -168,9 +169,11 @@ bool RecordIdReplacement::replaceInRow(const std::string& moduleName, const std:
     auto rows = database.fetchObjects(FetchQuery(table, isRecord));
     if (!rows) return false;
     ValueMap lookups;
+    FreeText freeText(stores_);
     if (!rows->empty())
         for (auto& entry : rows->front().toMap())
-            if (auto replaced = withReplacedId(entry.value, formerId, newId))
+            if (auto replaced = withReplacedId(entry.value, formerId, newId);
+                replaced && !freeText.holdsColumn(moduleName, entry.name))
                 lookups.set(kelva::quotedName(entry.name), *std::move(replaced));
     return lookups.empty() || database.update(table, lookups, isRecord);
 }

@@ -146,7 +146,7 @@ TEST_F(TransactionManagerTest, SuccessGivesTheIdToWhatWaitsAndFreesIt) {
     add(1, Kind::addTextNote, newNote, {}, {{"Note_Content", "NEW_0000000012 NEW_000000001"}});
     add(2, Kind::editNote, newNote, {}, {{"id", newNote}});
     add(3, Kind::editNote, "7", {newNote},
-        {{"Parent", newNote}, {"Other", "NEW_000000009x"}, {"rows", ValueList{newNote}}});
+        {{"Parent", newNote}, {"Note_Title", newNote}, {"Other", "NEW_000000009x"}, {"rows", ValueList{newNote}}});
     EXPECT_EQ(started(), "1");
     bool isStored = false;
     // A create is in the queue until its ids are; anything else goes before the server's values are stored.
@@ -154,7 +154,8 @@ TEST_F(TransactionManagerTest, SuccessGivesTheIdToWhatWaitsAndFreesIt) {
     EXPECT_TRUE(isStored);
     EXPECT_EQ(rows(), "2 4\"2 syncing 1, 3 7 active 0");
     EXPECT_EQ(payloadOf(2), R"({"id":"4\"2"})");
-    EXPECT_EQ(payloadOf(3), R"({"Parent":"4\"2","Other":"NEW_000000009x","rows":["4\"2"]})");
+    EXPECT_EQ(payloadOf(3),
+              R"({"Parent":"4\"2","Note_Title":"NEW_000000001","Other":"NEW_000000009x","rows":["4\"2"]})");
     complete(TransactionResult::success({}, [&] { return rows() == "3 7 active 0"; }));
     EXPECT_EQ(started(), "2 3");
     EXPECT_EQ(log->notices, (std::vector<std::string>{"saved 1", "saved 2", "saved 3", "accepted 1 4\"2 NEW_000000001",
@@ -376,7 +377,7 @@ TEST_F(TransactionManagerTest, WhoNamesARecordThatNobodyCreatesFails) {
     ASSERT_TRUE(stores->recordIdAliases()->store({newNote, "Notes", "42"}));
     add(2, Kind::editNote, newNote, {newNote}, {{"Parent", newNote}, {"text", "about NEW_000000001"}});
     EXPECT_EQ(rows(), "1 7 active 1 txnDEPENDING_TRANSACTION_FAILED, 2 42 syncing 1");
-    EXPECT_EQ(payloadOf(2), R"({"Parent":"42","text":"about 42"})");
+    EXPECT_EQ(payloadOf(2), R"({"Parent":"42","text":"about NEW_000000001"})");
     accept();
     ASSERT_TRUE(stores->transactionDependencies()->storeTransactionDependency({3, 99}));
     add(3, Kind::editNote, "9");

@@ -130,6 +130,18 @@ TEST_F(OlderChangeQueueTest, AddGivesItsIdToWhatWaitsForIt) {
     EXPECT_EQ(stores->recordIdAliases()->realId("Leads", temporaryId).value(), "42");
 }
 
+TEST_F(OlderChangeQueueTest, FreeTextThatLooksLikeAnIdIsSentAsItWasWritten) {
+    storeLead("7", temporaryId);
+    enqueue("add", T::addRecord, temporaryId, R"("Company":"NEW_000000999")");
+    enqueue("edit", T::editRecord, "7", R"("Company":"NEW_000000001")");
+    enqueue("lookup", T::editRecord, "8", R"("City":"NEW_000000001","Parent":"NEW_000000001")");
+    EXPECT_EQ(sendAll(), "add edit");
+    EXPECT_TRUE(answer(ChangeAnswer::accepted("42")));
+    EXPECT_EQ(leads(), R"("7","NEW_000000001","Bonn")");
+    EXPECT_EQ(sendAll(), "lookup");
+    EXPECT_EQ(sender->sent.back().change.dataJSON->text(), R"({"data":[{"City":"NEW_000000001","Parent":"42"}]})");
+}
+
 TEST_F(OlderChangeQueueTest, AnswerToAnEditLeavesLaterEditsOnTheScreen) {
     storeLead("7", "second edit", "local");
     ASSERT_TRUE(stores->transactionRecords()->storeTransactionRecordPersistance({.recordID = "7"}));

@@ -13,7 +13,7 @@ protected:
         stores = Stores::current();
         using T = FieldDataType;
         makeLeads({{"Company", T::text}, {"City", T::text}, {"Street", T::text}});
-        makeModule("Deals", {field("Deals", "Lead", T::lookup), field("Deals", "Partners", T::text)});
+        makeModule("Deals", {field("Deals", "Lead", T::lookup), field("Deals", "Partners", T::multiselectlookup)});
         adapter().createTable(
             "CREATE TABLE Leads_CUSTOM_VIEW_RECORDS (cv_id, record, module_name, "
             "UNIQUE (cv_id, record))");
