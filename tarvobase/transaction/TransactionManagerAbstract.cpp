@@ -150,6 +150,7 @@ bool TransactionManagerAbstract::addMergedTransaction(const NTransaction& transa
         auto merged = txnPersistence_->getTransactionsWithIds(others);
         if (!former || !merged || !txnPersistence_->addMergedTransaction(transaction, left, mergedTransactions))
             return false;
+        if (!keepNumberOfAdd(transaction, *merged)) return false;
         bool isSamePayload = !former->empty() && former->front().payload == transaction.payload;
         auto entry = stores_.changeRegister()->enter(ChangeQueue::current, std::to_string(transaction.id));
         if (!entry || !endInRegister(*merged, ChangeOutcome::merged)) return false;
@@ -158,6 +159,16 @@ bool TransactionManagerAbstract::addMergedTransaction(const NTransaction& transa
         afterCommit([this] { wake(); });
         return reset(transaction.id, attempts == Attempts::keep ? transaction.syncAttempt : 0);
     });
+}
+
+/// An edit that is merged with the add of its record is the add from then on, and has its number: who takes back the
+/// number of the edit must not lose the record. The survivor may be another row of the queue than the add.
+bool TransactionManagerAbstract::keepNumberOfAdd(const NTransaction& survivor,
+                                                 const std::vector<NTransaction>& merged) {
+    auto add = std::find_if(merged.begin(), merged.end(), [](auto& each) { return createsRecord(each.kind); });
+    if (add == merged.end() || !createsRecord(survivor.kind)) return true;
+    return endInRegister({survivor}, ChangeOutcome::merged) &&
+           stores_.changeRegister()->passOn(ChangeQueue::current, std::to_string(add->id), std::to_string(survivor.id));
 }
 
 /// A transaction that is on its way, or whose fate at the server is not known, is only ever repeated as it is: as a

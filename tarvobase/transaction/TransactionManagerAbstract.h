@@ -115,6 +115,7 @@ private:
     bool activate(const Ids& ids);
     bool isBeingSent(std::int64_t id) const;
     bool canBeMerged(const Ids& ids, const NTransaction& survivor);
+    bool keepNumberOfAdd(const NTransaction& survivor, const std::vector<NTransaction>& merged);
     bool takeOut(const std::vector<NTransaction>& transactions);
     bool endInRegister(const std::vector<NTransaction>& transactions, ChangeOutcome outcome);
     bool reset(std::int64_t id, std::int64_t syncAttempt);

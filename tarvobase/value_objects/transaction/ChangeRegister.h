@@ -81,6 +81,8 @@ public:
     /// Gives a change with a new payload a new key, and forgets its refusal. Returns the key, or nullopt if it could
     /// not be stored. The server would answer the former key with the former result.
     virtual std::optional<std::string> renewKey(std::int64_t number) = 0;
+    /// Gives the entry of a change to another one of its queue, which must not have an entry.
+    virtual bool passOn(ChangeQueue queue, const std::string& transactionId, const std::string& newTransactionId) = 0;
     /// Gives an add of the older queue its place among the transactions of the current one.
     virtual bool setTransactionNumber(std::int64_t number, std::int64_t transactionNumber) = 0;
     /// Returns the places of all adds that are left, also of other organisations, or nullopt if the register cannot be

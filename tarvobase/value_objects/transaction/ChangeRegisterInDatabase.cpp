@@ -156,6 +156,10 @@ std::optional<std::string> ChangeRegisterInDatabase::renewKey(std::int64_t numbe
     values.set(changeColumns::key, key);
     return table_.update(std::move(values), hasNumber(number)) ? std::optional(key) : std::nullopt;
 }
+bool ChangeRegisterInDatabase::passOn(ChangeQueue queue, const std::string& transactionId,
+                                      const std::string& newTransactionId) {
+    return table_.update({{changeColumns::transactionId, newTransactionId}}, areOfQueue(queue, {transactionId}));
+}
 bool ChangeRegisterInDatabase::setTransactionNumber(std::int64_t number, std::int64_t transactionNumber) {
     return table_.update({{changeColumns::transactionNumber, transactionNumber}}, hasNumber(number));
 }

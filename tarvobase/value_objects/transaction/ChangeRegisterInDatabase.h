@@ -28,6 +28,7 @@ public:
     bool noteRefusal(std::int64_t number, const ErrorResponse& refusal, bool mayBeApplied) override;
     bool forgetRefusal(std::int64_t number) override;
     std::optional<std::string> renewKey(std::int64_t number) override;
+    bool passOn(ChangeQueue queue, const std::string& transactionId, const std::string& newTransactionId) override;
     bool setTransactionNumber(std::int64_t number, std::int64_t transactionNumber) override;
     std::optional<std::vector<std::int64_t>> transactionNumbers() override;
     std::optional<std::int64_t> highestTransactionNumber() override;

@@ -371,6 +371,26 @@ TEST_F(TransactionManagerTest, WhatIsOnItsWayIsNeitherMergedNorStartedAgain) {
     EXPECT_EQ(stores->changeRegister()->entries()->size(), 1u);
 }
 
+TEST_F(TransactionManagerTest, AnEditThatIsMergedWithTheAddHasItsNumber) {
+    manager->stopSync();
+    add(1, Kind::addTextNote, newNote);
+    add(2, Kind::editNote, newNote);
+    add(3, Kind::editNote, newNote);
+    auto numberOf = [&](std::int64_t id) {
+        auto entries = stores->changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(id)});
+        return entries->empty() ? 0 : entries->front().number;
+    };
+    ASSERT_TRUE(manager->addMergedTransaction(transaction(2, Kind::addTextNote, newNote),
+                                              TransactionManager::RecordIds(), {1, 2}, Attempts::keep));
+    EXPECT_EQ(rows(), "2 NEW_000000001 active 0, 3 NEW_000000001 active 0");
+    EXPECT_EQ(numberOf(2), 1);
+    EXPECT_EQ(numberOf(3), 3);
+    auto ends = stores->changeRegister()->endsOf({1, 2});
+    ASSERT_EQ(ends->size(), 1u);
+    EXPECT_EQ(ends->front().number, 2);
+    EXPECT_EQ(ends->front().outcome, ChangeOutcome::merged);
+}
+
 TEST_F(TransactionManagerTest, WhoNamesARecordThatNobodyCreatesFails) {
     add(1, Kind::editNote, "7", {}, {{"Parent", newNote}});
     EXPECT_EQ(rows(), "1 7 active 1 txnDEPENDING_TRANSACTION_FAILED");
