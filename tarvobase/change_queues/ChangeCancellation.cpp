@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
+#include <utility>
 
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
@@ -28,10 +30,6 @@ Numbers numbersOf(const std::vector<SelectedChange>& changes) {
 
 bool createsRow(TransactionType type) {
     return type == TransactionType::addRecord || type == TransactionType::addAttachment;
-}
-
-bool contains(const Numbers& numbers, std::int64_t number) {
-    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
 }  // namespace
@@ -65,9 +63,10 @@ Result<Numbers, CancelRefusal> ChangeCancellation::cancel(const CancelRequest& r
         if (refusal) return false;
         if (!addWaiters(selected)) return false;
         Numbers sent, waiters;
+        std::set<std::int64_t> wanted(request.numbers.begin(), request.numbers.end());
         for (auto& change : selected) {
             if (change.mayHaveArrived()) sent.push_back(change.entry().number);
-            if (!contains(request.numbers, change.entry().number)) waiters.push_back(change.entry().number);
+            if (!wanted.contains(change.entry().number)) waiters.push_back(change.entry().number);
         }
         std::sort(waiters.begin(), waiters.end());
         if (!waiters.empty() && !request.withWaiters)
@@ -90,7 +89,7 @@ ChangeCancellation::Refusal ChangeCancellation::select(const Numbers& numbers, C
     Numbers missing;
     auto found = numbersOf(selected);
     for (auto number : numbers)
-        if (!contains(found, number)) missing.push_back(number);
+        if (!std::binary_search(found.begin(), found.end(), number)) missing.push_back(number);
     if (missing.empty() && !numbers.empty()) return std::nullopt;
     return CancelRefusal{CancelRefusal::Reason::notQueued, std::move(missing)};
 }
@@ -113,39 +112,55 @@ std::optional<Numbers> ChangeCancellation::deletesOfUnsentAdds(const Changes& se
     return deletes;
 }
 
+/// The changes that go, and those of both queues that name records by their temporary ids.
+struct ChangeCancellation::Waiters {
+    using Key = std::pair<ChangeQueue, std::string>;
+    std::set<Key> taken;
+    std::optional<std::multimap<std::string, std::string>> older;  // row by temporary id; read when it is asked for
+};
+
 /// What hangs on an add may be an add itself, so the list grows while it is walked.
 bool ChangeCancellation::addWaiters(Changes& selected) const {
+    Waiters waiters;
+    for (auto& change : selected) waiters.taken.insert({change.entry().queue, change.entry().transactionId});
     for (std::size_t i = 0; i < selected.size(); ++i) {
         auto change = selected[i];
-        if (change.createsRecord() && !addWaitersOf(change, selected)) return false;
+        if (change.createsRecord() && !addWaitersOf(change, waiters, selected)) return false;
     }
     return true;
 }
 
-bool ChangeCancellation::addWaitersOf(const SelectedChange& creation, Changes& selected) const {
+bool ChangeCancellation::addWaitersOf(const SelectedChange& creation, Waiters& waiters, Changes& selected) const {
     auto& stores = parts_.stores;
     auto& id = creation.recordId();
-    auto queued = stores.transactions()->getTransactions();
     auto current =
         stores.currentTransactions()->getTransactionIdsWithRecordIds({id}, kindsWhere([](auto) { return true; }));
     auto waiting = stores.transactionDependencies()->getTransactionDependencies(
         {creation.place()}, {TransactionDependency::Kind::lookupRecord});
-    if (!queued || !current || !waiting) return false;
-    for (auto& row : queued->transactions) {
-        auto names = QueuedChange(row).temporaryIds;
-        if (std::find(names.begin(), names.end(), id) == names.end()) continue;
-        if (!add(ChangeQueue::older, row.transactionID, selected)) return false;
-    }
+    if (!current || !waiting || !readOlder(waiters)) return false;
+    auto [row, end] = waiters.older->equal_range(id);
+    for (; row != end; ++row)
+        if (!add(ChangeQueue::older, row->second, waiters, selected)) return false;
     for (auto& dependency : *waiting) current->push_back(dependency.transactionId);
-    return std::all_of(current->begin(), current->end(),
-                       [&](auto waiter) { return add(ChangeQueue::current, std::to_string(waiter), selected); });
+    return std::all_of(current->begin(), current->end(), [&](auto waiter) {
+        return add(ChangeQueue::current, std::to_string(waiter), waiters, selected);
+    });
 }
 
-bool ChangeCancellation::add(ChangeQueue queue, const std::string& transactionId, Changes& selected) const {
-    auto isSame = [&](auto& change) {
-        return change.entry().queue == queue && change.entry().transactionId == transactionId;
-    };
-    if (std::any_of(selected.begin(), selected.end(), isSame)) return true;
+bool ChangeCancellation::readOlder(Waiters& waiters) const {
+    if (waiters.older) return true;
+    auto queued = parts_.stores.transactions()->getTransactions();
+    if (!queued) return false;
+    FreeText freeText(parts_.stores);
+    waiters.older.emplace();
+    for (auto& row : queued->transactions)
+        for (auto& name : QueuedChange(row, freeText).temporaryIds) waiters.older->emplace(name, row.transactionID);
+    return true;
+}
+
+bool ChangeCancellation::add(ChangeQueue queue, const std::string& transactionId, Waiters& waiters,
+                             Changes& selected) const {
+    if (!waiters.taken.insert({queue, transactionId}).second) return true;
     auto entry = parts_.stores.changeRegister()->enter(queue, transactionId);
     if (!entry) return false;
     auto change = SelectedChange::of(parts_.stores, *entry);
@@ -155,34 +170,36 @@ bool ChangeCancellation::add(ChangeQueue queue, const std::string& transactionId
 }
 
 bool ChangeCancellation::take(const Changes& changes) const {
-    auto& stores = parts_.stores;
     if (!failOtherWaiters(changes)) return false;
+    TransactionManagerContract::Ids current;
+    std::vector<Transaction> older;
     for (auto& change : changes) {
         if (change.current()) {
-            if (!parts_.manager->deleteTransactionWithId(change.current()->id)) return false;
+            current.push_back(change.current()->id);
             continue;
         }
-        if (!endOlderChanges(stores, {*change.older()}, ChangeOutcome::cancelled)) return false;
+        older.push_back(*change.older());
         afterCommit([cancelled = change.change()] { changeNotices::cancelled(cancelled); });
     }
     afterCommit(parts_.wake);
-    return true;
+    return (current.empty() || parts_.manager->deleteTransactionWithIds(current)) &&
+           (older.empty() || endOlderChanges(parts_.stores, older, ChangeOutcome::cancelled));
 }
 
 /// What waits for an add and does not go with it fails first: without the add it would be free, and leave under a
 /// temporary id.
 bool ChangeCancellation::failOtherWaiters(const Changes& changes) const {
     TransactionWaiters waiters(parts_.stores);
+    std::set<std::int64_t> going;
+    for (auto& change : changes)
+        if (change.current()) going.insert(change.current()->id);
     for (auto& creation : changes) {
         if (!creation.place()) continue;
         auto left = parts_.stores.transactionDependencies()->getTransactionDependencies(
             {creation.place()}, {TransactionDependency::Kind::lookupRecord});
         if (!left) return false;
-        bool isLeft = std::any_of(left->begin(), left->end(), [&](auto& dependency) {
-            return std::none_of(changes.begin(), changes.end(), [&](auto& change) {
-                return change.current() && change.current()->id == dependency.transactionId;
-            });
-        });
+        bool isLeft = std::any_of(left->begin(), left->end(),
+                                  [&](auto& dependency) { return !going.contains(dependency.transactionId); });
         if (isLeft && !waiters.fail(creation.place(), ErrorResponse::dependingTransactionFailed())) return false;
     }
     return true;
@@ -191,7 +208,7 @@ bool ChangeCancellation::failOtherWaiters(const Changes& changes) const {
 bool ChangeCancellation::revert(const Changes& changes, bool revert) const {
     RecordReversion reversion(parts_.stores, parts_.records);
     std::map<RecordReversion::RecordOf, std::vector<const SelectedChange*>> edits;
-    std::set<std::string> goneIds;
+    std::set<std::string> goneIds, recordIds;
     for (auto& change : changes) {
         if (change.createsRecord()) goneIds.insert(change.recordId());
         if (change.isEdit()) edits[{change.moduleName(), change.recordId()}].push_back(&change);
@@ -207,8 +224,9 @@ bool ChangeCancellation::revert(const Changes& changes, bool revert) const {
         }
         if (change.isDelete() && revert && !goneIds.contains(change.recordId()) && !reversion.restore(change))
             return false;
-        if (!reversion.tidy(change.recordId())) return false;
+        recordIds.insert(change.recordId());
     }
+    if (!std::all_of(recordIds.begin(), recordIds.end(), [&](auto& id) { return reversion.tidy(id); })) return false;
     for (auto& [moduleName, recordId] : reversion.outdated())
         afterCommit(
             [fetch = parts_.fetch, moduleName = moduleName, recordId = recordId] { fetch(moduleName, recordId); });

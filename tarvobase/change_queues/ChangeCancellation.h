@@ -72,12 +72,14 @@ public:
 private:
     using Changes = std::vector<SelectedChange>;
     using Refusal = std::optional<CancelRefusal>;
+    struct Waiters;
 
     Refusal select(const Numbers& numbers, Changes& selected) const;
     bool addWaiters(Changes& selected) const;
     std::optional<Numbers> deletesOfUnsentAdds(const Changes& selected) const;
-    bool addWaitersOf(const SelectedChange& creation, Changes& selected) const;
-    bool add(ChangeQueue queue, const std::string& transactionId, Changes& selected) const;
+    bool addWaitersOf(const SelectedChange& creation, Waiters& waiters, Changes& selected) const;
+    bool readOlder(Waiters& waiters) const;
+    bool add(ChangeQueue queue, const std::string& transactionId, Waiters& waiters, Changes& selected) const;
     bool take(const Changes& changes) const;
     bool failOtherWaiters(const Changes& changes) const;
     bool revert(const Changes& changes, bool revert) const;

@@ -84,7 +84,7 @@ bool RecordReversion::revertEdits(const std::string& moduleName, const std::stri
 std::optional<ValueMap> RecordReversion::formerValues(const std::string& moduleName, const std::string& recordId,
                                                       const FieldList& fields, bool& isRead) const {
     auto older = stores_.transactions()->getTransactions(recordId);
-    auto current = stores_.currentTransactions()->getTransactionsWithRecordIds({recordId});
+    auto current = currentOf(recordId);
     isRead = older && current;
     if (!isRead) return std::nullopt;
     std::optional<ValueMap> former;
@@ -107,10 +107,15 @@ std::optional<ValueMap> RecordReversion::formerValues(const std::string& moduleN
         auto payload = isTheirs ? ChangePayload::of(row) : std::nullopt;
         if (payload) layOver(*payload, isAdd);
     }
-    for (auto& row : *current)
+    for (auto& row : current->transactions)
         if (createsRecord(row.kind) || depndencyType(row.kind) == RecordDependency::Kind::edit)
             layOver(row.payload, createsRecord(row.kind));
     return former;
+}
+
+/// A row that cannot be read is never sent, and hinders nothing.
+std::optional<QueuedNTransactions> RecordReversion::currentOf(const std::string& recordId) const {
+    return stores_.currentTransactions()->getTransactionsOfRecords({recordId}, kindsWhere([](auto) { return true; }));
 }
 
 bool RecordReversion::write(const std::string& moduleName, const Record& record, ValueMap changed) const {
@@ -129,7 +134,7 @@ bool RecordReversion::write(const std::string& moduleName, const Record& record,
 bool RecordReversion::layAddOver(ValueMap& values, const std::string& moduleName, const std::string& recordId) const {
     if (!isTemporaryRecordId(recordId)) return true;
     auto older = stores_.transactions()->getTransactions(recordId);
-    auto current = stores_.currentTransactions()->getTransactionsWithRecordIds({recordId});
+    auto current = currentOf(recordId);
     auto fields = FieldListAssembler::getFieldListDM(stores_.databaseAdapter())
                       ->getFieldsWithoutPicklists(moduleName, std::nullopt);
     if (!older || !current || !fields) return false;
@@ -138,7 +143,7 @@ bool RecordReversion::layAddOver(ValueMap& values, const std::string& moduleName
         if (auto payload = isAdd ? ChangePayload::of(row) : std::nullopt)
             RecordSides::layOver(values, *payload, fields.value());
     }
-    for (auto& row : *current)
+    for (auto& row : current->transactions)
         if (createsRecord(row.kind)) RecordSides::layOver(values, row.payload, fields.value());
     return true;
 }
@@ -173,10 +178,10 @@ bool RecordReversion::restore(const SelectedChange& deletion) {
 
 bool RecordReversion::tidy(const std::string& recordId) const {
     auto older = stores_.transactions()->getTransactions(recordId);
-    auto current = stores_.currentTransactions()->getTransactionsWithRecordIds({recordId});
+    auto current = currentOf(recordId);
     if (!older || !current) return false;
     return (!older->transactions.empty() || stores_.transactionRecords()->removeTransactionRecord(recordId)) &&
-           (!current->empty() || stores_.currentTransactionRecords()->removeTransactionRecord(recordId));
+           (!current->transactions.empty() || stores_.currentTransactionRecords()->removeTransactionRecord(recordId));
 }
 
 }  // namespace tarvo

@@ -44,6 +44,7 @@ public:
 private:
     std::optional<ValueMap> formerValues(const std::string& moduleName, const std::string& recordId,
                                          const FieldList& fields, bool& isRead) const;
+    std::optional<QueuedNTransactions> currentOf(const std::string& recordId) const;
     bool write(const std::string& moduleName, const Record& record, ValueMap changed) const;
     bool layAddOver(ValueMap& values, const std::string& moduleName, const std::string& recordId) const;
     void fetchLater(const std::string& moduleName, const std::string& recordId);

@@ -173,9 +173,14 @@ bool DeleteRecordDataManager::drop(const Transaction& row, const ChangeEntry& en
 bool DeleteRecordDataManager::dropQueuedNote(const std::string& recordId, bool& isSoundNeeded) const {
     auto& manager = parts_.transactionManager;
     if (!manager) return true;
-    auto queued = manager->getTransactions(recordId, std::nullopt, std::nullopt);
+    auto queued = parts_.stores.currentTransactions()->getTransactionsOfRecords({recordId},
+                                                                                kindsWhere([](auto) { return true; }));
     if (!queued) return false;
-    for (auto transaction = queued->rbegin(); transaction != queued->rend(); ++transaction) {
+    // What cannot be read is never sent.
+    for (auto& row : queued->unreadable)
+        if (!manager->deleteTransactionWithId(row.id)) return false;
+    auto& transactions = queued->transactions;
+    for (auto transaction = transactions.rbegin(); transaction != transactions.rend(); ++transaction) {
         auto entries =
             parts_.stores.changeRegister()->entriesOf(ChangeQueue::current, {std::to_string(transaction->id)});
         auto waiting = parts_.stores.transactionDependencies()->getTransactionDependencies(

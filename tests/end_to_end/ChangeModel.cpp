@@ -194,7 +194,8 @@ ModelChange ChangeModel::edit(std::size_t index) {
         if (record.lookup == index) record.lookup.reset();
         values.set(module.lookup.column, record.lookup ? Value(idOf(records_[*record.lookup])) : Value());
     }
-    change.call = module.isOfNotes() ? "EditNotesUsecase" : "EditRecordUseCase.editRecord";
+    // Notes are edited through either queue.
+    change.call = module.isOfNotes() && !isOneIn(3) ? "EditNotesUsecase" : "EditRecordUseCase.editRecord";
     change.request = requestOf(record, idOf(record), values);
     return change;
 }

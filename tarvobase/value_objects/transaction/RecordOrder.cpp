@@ -1,5 +1,7 @@
 #include "tarvobase/value_objects/transaction/RecordOrder.h"
 
+#include <map>
+
 #include "kelva_db/Database.h"
 #include "platform/Text.h"
 #include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
@@ -20,21 +22,22 @@ std::string creatingKinds() {
 
 std::string rawType(TransactionType type) { return std::to_string(static_cast<int>(type)); }
 
-/// Returns the joins with the entries of both changes. SQLite keeps the order of cross joins, in which each step finds
-/// its rows by a key.
-std::string entriesOfBoth() {
-    return std::string(" CROSS JOIN ") + Register::name + " old CROSS JOIN " + Register::name +
-           " cur ON cur.queue = 'current' AND cur.transaction_id = CAST(txn.txn_id AS TEXT) AND cur.organisation = "
-           "old.organisation";
+/// Returns the join with the entry of a row. SQLite keeps the order of cross joins, in which each step finds its rows
+/// by a key.
+std::string withEntryOfOlder() {
+    return std::string(" CROSS JOIN ") + Register::name +
+           " old ON old.queue = 'older' AND old.transaction_id = older.transaction_id";
+}
+std::string withEntryOfCurrent() {
+    return std::string(" CROSS JOIN ") + Register::name +
+           " cur ON cur.queue = 'current' AND cur.transaction_id = CAST(txn.txn_id AS TEXT)";
 }
 
 /// Returns what is so of an edit or delete of the older queue that is ready or on its way. A row that is marked as sent
 /// without parameters is left over for ever.
 std::string isUnsentOlder() {
-    return "old.queue = 'older' AND old.transaction_id = older.transaction_id AND CAST(older.operation_type AS "
-           "INTEGER) "
-           "IN (" +
-           rawType(TransactionType::editRecord) + "," + rawType(TransactionType::deleteRecord) +
+    return "CAST(older.operation_type AS INTEGER) IN (" + rawType(TransactionType::editRecord) + "," +
+           rawType(TransactionType::deleteRecord) +
            ") AND older.error_message IS NULL AND older.server_response IS NULL AND (older.extras IS NULL OR "
            "(older.extras = '" +
            std::string(Transaction::State::inProgress) + "' AND CAST(older.uri_data AS TEXT) LIKE '{%'))";
@@ -57,29 +60,39 @@ bool RecordOrder::hasTables() const {
 std::string RecordOrder::isFirst() const {
     if (!hasTables()) return {};
     return "(txn.txn_type IN (" + creatingKinds() + ") OR NOT EXISTS (SELECT 1 FROM " + kelva::quotedName(olderTable_) +
-           " older" + entriesOfBoth() + " WHERE older.record_id = txn.record_id AND " + isUnsentOlder() +
-           " AND old.number < cur.number))";
+           " older" + withEntryOfOlder() + withEntryOfCurrent() + " WHERE older.record_id = txn.record_id AND " +
+           isUnsentOlder() + " AND old.organisation = cur.organisation AND old.number < cur.number))";
 }
 
-// The rows of the older queue come first, since its record ids need not have an index yet.
+/// Reads the changes of records that both queues have, each once, and pairs them by the way.
 std::optional<std::vector<RecordOrder::Pair>> RecordOrder::pairs() const {
-    if (!hasTables()) return std::vector<Pair>();
+    std::vector<Pair> pairs;
+    if (!hasTables()) return pairs;
+    auto older = kelva::quotedName(olderTable_);
     auto rows = adapter_->fetchObjects(
-        "SELECT older.transaction_id AS older_id, txn.txn_id AS current_id, old.number < cur.number AS is_older_first "
-        "FROM " +
-            kelva::quotedName(olderTable_) +
-            " older CROSS JOIN TRANSACTIONS_NEW txn ON txn.record_id = older.record_id" + entriesOfBoth() + " WHERE " +
-            isUnsentOlder() + " AND " + isUnsentCurrent() + " AND (cur.number < old.number OR txn.txn_type NOT IN (" +
-            creatingKinds() +
-            ")) ORDER BY old.number, "
-            "cur.number",
+        "SELECT old.number AS number, old.organisation || ' ' || older.record_id AS record, older.transaction_id AS "
+        "older_id, 0 AS current_id, 0 AS creates FROM " +
+            older + " older" + withEntryOfOlder() +
+            " WHERE older.record_id IN (SELECT record_id FROM TRANSACTIONS_NEW) AND " + isUnsentOlder() +
+            " UNION ALL SELECT cur.number, cur.organisation || ' ' || txn.record_id, '', txn.txn_id, txn.txn_type IN "
+            "(" +
+            creatingKinds() + ") FROM TRANSACTIONS_NEW txn" + withEntryOfCurrent() +
+            " WHERE txn.record_id IN (SELECT record_id FROM " + older + ") AND " + isUnsentCurrent() +
+            " ORDER BY number",
         std::nullopt);
     if (!rows) return std::nullopt;
-    std::vector<Pair> pairs;
-    for (auto row : *rows)
-        pairs.push_back({.olderId = row.valueOf("older_id").textOr(""),
-                         .currentId = row.valueOf("current_id").asInteger().value_or(0),
-                         .isOlderFirst = row.valueOf("is_older_first").asInteger().value_or(0) != 0});
+    std::map<std::string, Pair> lastOf;  // of each queue, by record
+    for (auto row : *rows) {
+        auto& last = lastOf[row.valueOf("record").textOr("")];
+        auto olderId = row.valueOf("older_id").textOr("");
+        bool isOlder = !olderId.empty(), creates = row.valueOf("creates").asInteger() != 0;
+        last.isOlderFirst = !isOlder;
+        if (isOlder)
+            last.olderId = std::move(olderId);
+        else
+            last.currentId = row.valueOf("current_id").asInteger().value_or(0);
+        if (!last.olderId.empty() && last.currentId != 0 && !creates) pairs.push_back(last);
+    }
     return pairs;
 }
 

@@ -16,7 +16,8 @@ namespace tarvo {
 /// Nothing is stored of who waits, so that nobody has to be freed.
 class RecordOrder {
 public:
-    /// Two changes of one record that are still to be sent.
+    /// A change that waits, and the last one of its record that comes before it in the other queue. Both are still to
+    /// be sent.
     struct Pair {
         std::string olderId;  ///< the row of the older queue
         std::int64_t currentId = 0;
@@ -30,7 +31,7 @@ public:
     /// Returns the condition under which no earlier change of the older queue stands in the way of `txn`, a row of the
     /// current queue. Returns the empty text if none can.
     std::string isFirst() const;
-    /// Returns the pairs of which the later change waits, or nullopt if a queue cannot be read.
+    /// Returns a pair for each change that waits, or nullopt if a queue cannot be read.
     std::optional<std::vector<Pair>> pairs() const;
 
 private:
