@@ -15,7 +15,7 @@ bool SyncRounds::ask(const Scope& scope, const Module& module, std::shared_ptr<S
     auto& entry = entries_[keyOf(scope, module.moduleName)];
     if (entry.round) {
         bool hasBegun = std::find(queued_.begin(), queued_.end(), entry.round) == queued_.end();
-        auto& askers = hasBegun ? entry.waiting : entry.round->askers_;
+        auto& askers = hasBegun || entry.round->isStopped() ? entry.waiting : entry.round->askers_;
         if (std::find(askers.begin(), askers.end(), asker) != askers.end()) return false;
         askers.push_back(std::move(asker));
         return true;

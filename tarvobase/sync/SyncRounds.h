@@ -81,8 +81,9 @@ public:
     bool isUnderWay(const Scope& scope, const std::string& moduleName) const;
     /// Returns the rounds under way, also those that wait for their turn, by module name.
     std::vector<SyncRound> underWay(const Scope& scope) const;
-    /// Stops all rounds. Those that wait never ask the server, and one that runs ends after its page. `whenStopped`
-    /// runs once no round is under way, on the thread that ended the last one or on the caller's.
+    /// Stops all rounds. Those that wait never ask the server, and one that runs ends after its page. A later call gets
+    /// a round of its own. `whenStopped` runs once no round is under way, on the thread that ended the last one or on
+    /// the caller's.
     void stop(std::function<void()> whenStopped);
 
 private:
