@@ -119,6 +119,7 @@ private:
 
 /// Opens the database and returns the stored modules that the arguments name, or all of them.
 Result<std::vector<Module>, int> namedModules(Host& host, const Arguments& arguments) {
+    if (!arguments.token) return fail("there is no token", 2);
     auto path = openDatabase(host, arguments);
     if (!path) return path.error();
     auto first = arguments;
