@@ -2,6 +2,7 @@
 
 #include "bren_network/BrenNetworkManager.h"
 #include "bren_network/internal/URLText.h"
+#include "tests/support/OpaqueValue.h"
 
 namespace bren {
 namespace {
@@ -32,20 +33,15 @@ TEST(URLText, LeavesSecretsOutOfWhatIsLogged) {
     EXPECT_EQ(withoutQuery("no url ?token=1"), "no url ");
 }
 
-class Opaque : public tarvo::ValueObject {
-    std::string_view typeName() const override { return "Opaque"; }
-};
-
 TEST(Parameters, TravelAsEscapedText) {
     using Case = std::pair<tarvo::Value, std::string_view>;
-    for (auto& [value, text] :
-         std::initializer_list<Case>{{"a b&c=d", "n=a%20b%26c%3Dd"},
-                                     {true, "n=true"},
-                                     {nullptr, "n="},
-                                     {tarvo::Bytes{"\x01\x02"}, "n=AQI%3D"},
-                                     {tarvo::ValueList{1, "x"}, "n=%5B1%2C%22x%22%5D"},
-                                     {tarvo::ValueMap{{"k", nullptr}}, "n=%7B%22k%22%3Anull%7D"},
-                                     {std::shared_ptr<const tarvo::ValueObject>(std::make_shared<Opaque>()), ""}})
+    for (auto& [value, text] : std::initializer_list<Case>{{"a b&c=d", "n=a%20b%26c%3Dd"},
+                                                           {true, "n=true"},
+                                                           {nullptr, "n="},
+                                                           {tarvo::Bytes{"\x01\x02"}, "n=AQI%3D"},
+                                                           {tarvo::ValueList{1, "x"}, "n=%5B1%2C%22x%22%5D"},
+                                                           {tarvo::ValueMap{{"k", nullptr}}, "n=%7B%22k%22%3Anull%7D"},
+                                                           {tarvo::opaqueValue(), ""}})
         EXPECT_EQ(BrenNetworkManager::formattedParamString({{"n", value}}), text);
     EXPECT_EQ(BrenNetworkManager::formattedParamString({{"b&", 1}, {"a", 2}}), "b%26=1&a=2");
 }

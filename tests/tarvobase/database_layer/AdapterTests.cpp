@@ -5,15 +5,11 @@
 #include "platform/Files.h"
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/database_layer/TransactionEnd.h"
+#include "tests/support/OpaqueValue.h"
 #include "tests/tarvobase/Fixture.h"
 
 namespace tarvo {
 namespace {
-
-/// Something that no statement can bind.
-struct Opaque final : ValueObject {
-    std::string_view typeName() const override { return "Opaque"; }
-};
 
 class AdapterTest : public FoundationTest {
 protected:
@@ -34,7 +30,7 @@ protected:
     }
 
     std::shared_ptr<KelvaDatabasePersistance> adapter;
-    const Value opaque = std::shared_ptr<const ValueObject>(std::make_shared<Opaque>());
+    const Value opaque = opaqueValue();
 };
 
 TEST_F(AdapterTest, AnEmptyAnswerIsPresentAndAFailedOneIsAbsent) {

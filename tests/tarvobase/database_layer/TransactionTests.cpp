@@ -3,15 +3,11 @@
 #include <future>
 #include <thread>
 
+#include "tests/support/OpaqueValue.h"
 #include "tests/tarvobase/Fixture.h"
 
 namespace tarvo {
 namespace {
-
-/// Something that no statement can bind.
-struct Unbindable final : ValueObject {
-    std::string_view typeName() const override { return "Unbindable"; }
-};
 
 class TransactionTest : public FoundationTest {
 protected:
@@ -50,7 +46,7 @@ TEST_F(TransactionTest, CommitsAllTablesOrNone) {
 }
 
 TEST_F(TransactionTest, AFailedWriteFailsItWhateverTheWorkReturns) {
-    Value unbindable(std::shared_ptr<const ValueObject>(std::make_shared<Unbindable>()));
+    auto unbindable = opaqueValue();
     const std::vector<ValueMap> rows = {{{"id", "x"}}, {{"id", "y"}}};
     auto isX = Criteria::equalTo("id", "x");
     const std::vector<std::pair<std::string, std::function<bool()>>> writes = {
