@@ -47,7 +47,7 @@ protected:
     void createTables(const std::vector<std::string>& statements) {
         for (auto& statement : statements) database->createTable(statement);
     }
-    void runStatement(const std::string& sql) { database->execute(sql, std::nullopt); }
+    void runStatement(const std::string& sql) { EXPECT_TRUE(database->execute(sql, std::nullopt)) << sql; }
     /// Returns the first column of a query's rows.
     std::vector<std::string> column(const std::string& query) {
         std::vector<std::string> values;

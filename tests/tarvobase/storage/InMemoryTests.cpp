@@ -53,13 +53,6 @@ TEST_F(InMemoryStorageTest, FiltersByTypeAndValue) {
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T", 1)), "A B C ") << "the whole table, whatever the limit";
 }
 
-TEST_F(InMemoryStorageTest, AMissingTableIsAbsentAndStaysSo) {
-    storage.update("T", object(module("Z")), {});
-    storage.deleteObjects("T", {});
-    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "absent");
-    EXPECT_EQ(namesOf(storage.fetchObjects("T", {}, 9)), "absent");
-}
-
 TEST_F(InMemoryStorageTest, UpdatesAndDeletesEachObjectThatMatches) {
     for (auto name : {"A", "A", "B"}) storage.insertInto("T", object(module(name)));
     storage.update("T", object(module("Z")), {{"moduleName", "A"}});
@@ -188,13 +181,6 @@ TEST_F(ModulesInMemoryTest, ReadsAllModulesAgainIfMemoryHasOnlySome) {
     EXPECT_EQ(primary->asked, 2);
     EXPECT_EQ(modules.getModulesByApiNames({"Leads_API"})->front().moduleName, "Leads");
     EXPECT_EQ(primary->asked, 2);
-}
-
-TEST_F(ModulesInMemoryTest, WhatMemoryLacksIsAskedFor) {
-    primary->stored = {module("Deals")};
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(modules.getModulesByModuleNames({"Deals", "Deals"})->size(), 1u) << i;
-    EXPECT_EQ(modules.getModuleByModuleName("Nobody").error(), noData);
-    EXPECT_EQ(primary->asked, 3);
 }
 
 TEST_F(ModulesInMemoryTest, WritesThroughAndReplaces) {

@@ -1,5 +1,4 @@
 #include "tarvobase/storage/InMemoryStorage.h"
-#include "tarvobase/value_objects/account/CompanyInfoInDatabase.h"
 #include "tarvobase/value_objects/account/OrganisationInDatabase.h"
 #include "tarvobase/value_objects/account/UserInDatabase.h"
 #include "tarvobase/value_objects/account/UserInMemory.h"
@@ -7,7 +6,7 @@
 #include "tarvobase/value_objects/module/SettingsInMemeory.h"
 #include "tarvobase/value_objects/tag/TagInDatabase.h"
 #include "tests/tarvobase/AccountTables.h"
-#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -15,14 +14,12 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::UnorderedElementsAre;
 
-class TableClassTest : public FoundationTest {
+class TableClassTest : public ServerTest {
 protected:
     void SetUp() override {
-        FoundationTest::SetUp();
-        adapter = openDatabase();
-        for (auto& statement : accountTables()) adapter->createTable(statement);
+        ServerTest::SetUp();
+        createTables(accountTables());
     }
-    std::shared_ptr<KelvaDatabasePersistance> adapter;
     const User bob{.id = "u2", .BrenUID = "2002"};
     const Settings shown{"Leads", SettingName::display, "a,b", "b", true};
     const Settings sorted{"Leads", SettingName::sort, "", "x", false};
@@ -45,7 +42,7 @@ const User ada{.id = "u1",
 
 /// Every store of users and settings does the same, whether it stands on a table or on memory alone.
 TEST_F(TableClassTest, BothStoresOfUsersFindReplaceAndUpdateThem) {
-    UserInDatabase table("ACTIVE_USERS", adapter);
+    UserInDatabase table("ACTIVE_USERS", database);
     UserInMemory memory(std::make_shared<InMemoryStorage>());
     EXPECT_FALSE(memory.getActiveUsers().ok());
     for (UserPersistanceDelegate* users : std::initializer_list<UserPersistanceDelegate*>{&table, &memory}) {
@@ -67,17 +64,8 @@ TEST_F(TableClassTest, BothStoresOfUsersFindReplaceAndUpdateThem) {
     }
 }
 
-TEST_F(TableClassTest, StoresUsersAsTexts) {
-    UserInDatabase("ACTIVE_USERS", adapter).storeUser(ada);
-    auto row = adapter->fetchAllObjects("ACTIVE_USERS")->front();
-    EXPECT_EQ(row.valueOf("user_name"), Value("Ada Byron"));
-    EXPECT_EQ(row.valueOf("user_confirm"), Value("true"));
-    EXPECT_EQ(row.valueOf("is_logged_in_user"), Value("false"));
-    EXPECT_TRUE(row.valueOf("time_format").isNull());
-}
-
 TEST_F(TableClassTest, BothStoresOfSettingsFindThemByModuleAndName) {
-    SettingsInDatabase table("APP_SETTINGS", adapter);
+    SettingsInDatabase table("APP_SETTINGS", database);
     SettingsInMemeory memory(std::make_shared<InMemoryStorage>());
     const Settings deals{"Deals", SettingName::display, "c", "c", true};
     for (SettingsPersistanceDelegate* settings : std::initializer_list<SettingsPersistanceDelegate*>{&table, &memory}) {
@@ -92,34 +80,25 @@ TEST_F(TableClassTest, BothStoresOfSettingsFindThemByModuleAndName) {
         EXPECT_EQ(byModule["Deals"], std::vector{deals});
         EXPECT_TRUE(byModule["Nobody"].empty());
     }
-    adapter->execute("UPDATE APP_SETTINGS SET settings_key = 'of a later version' WHERE settings_key = 'sort'",
-                     std::nullopt);
+    database->execute("UPDATE APP_SETTINGS SET settings_key = 'of a later version' WHERE settings_key = 'sort'",
+                      std::nullopt);
     EXPECT_EQ(table.getSettings("Leads")->back().settingsKey, SettingName::unknown);
 }
 
 TEST_F(TableClassTest, MemoryReadsSettingsAgainOnRequest) {
-    auto table = std::make_shared<SettingsInDatabase>("APP_SETTINGS", adapter);
+    auto table = std::make_shared<SettingsInDatabase>("APP_SETTINGS", database);
     table->storeSettings({shown, sorted});
     SettingsInMemeory memory(std::make_shared<InMemoryStorage>(), table);
     EXPECT_EQ(memory.getSettings("Leads")->size(), 2u);
-    adapter->execute("UPDATE APP_SETTINGS SET custom_settings = 'a' WHERE settings_key = 'display'", std::nullopt);
+    database->execute("UPDATE APP_SETTINGS SET custom_settings = 'a' WHERE settings_key = 'display'", std::nullopt);
     EXPECT_EQ(memory.getSettingsForModule("Leads", SettingName::display)->customSettings, "b");
     EXPECT_EQ(memory.updateDisplayColumns("Leads")->size(), 2u);
     EXPECT_EQ(memory.getSettingsForModule("Leads", SettingName::display)->customSettings, "a");
 }
 
-TEST_F(TableClassTest, TheLastValueOfACompanyKeyCounts) {
-    CompanyInfoInDatabase table("COMPANY_DETAILS", adapter);
-    table.storeCompanyInfo({{"name", "Acme"}, {"city", "Rome"}, {"city", "Ur"}});
-    EXPECT_THAT(table.getCompanyInfo().value(),
-                UnorderedElementsAre(tarvo::CompanyInfo{"name", "Acme"}, tarvo::CompanyInfo{"city", "Ur"}));
-    EXPECT_EQ(table.getCompanyInfo("city")->value, "Ur");
-    EXPECT_EQ(table.getCompanyInfo("moon").error(), ParserError(ParserError::Case::noData));
-}
-
 TEST_F(TableClassTest, BothStoresOfOrganisationsReplaceTheList) {
     auto settings = std::make_shared<BrenUserDefaults>();
-    OrganisationInDatabase table("ORGANISATIONS", adapter, settings);
+    OrganisationInDatabase table("ORGANISATIONS", database, settings);
     OrganisationInUserDefaults defaults(settings);
     EXPECT_EQ(defaults.getOrganisations(), std::nullopt);
     const Organisation acme{"1", "Acme", true, false}, bolt{"2", "Bolt", false, true};
@@ -151,7 +130,7 @@ TEST_F(TableClassTest, MappersReadStrictlyAndListsLeaveOutWhatTheyCannotRead) {
 
 TEST_F(TableClassTest, StoresAndChangesTags) {
     EXPECT_EQ(TagInDatabase(nullptr).getTags("Leads"), std::nullopt);
-    TagInDatabase tags(adapter);
+    TagInDatabase tags(database);
     configuration().databaseAdapter = nullptr;  // A table stays with the database for which it was made.
     tags.storeTags({{"1", "hot", "Leads"}, {"2", "cold", "Leads"}, {"3", "big", "Deals"}});
     tags.storeTags({{"1", "warm", "Leads"}});
@@ -160,12 +139,12 @@ TEST_F(TableClassTest, StoresAndChangesTags) {
     tags.updateTag("3", "30");
     tags.removeTags("2");
     EXPECT_EQ(tags.getTagsByTagIds({"2", "3"})->size(), 0u);
-    adapter->execute("INSERT INTO Tags_Info (tag_id, module_name) VALUES ('5', 'Leads')", std::nullopt);
+    database->execute("INSERT INTO Tags_Info (tag_id, module_name) VALUES ('5', 'Leads')", std::nullopt);
     EXPECT_EQ(tags.getTags("Leads"), std::nullopt) << "an unreadable tag fails the whole read";
 }
 
 TEST_F(TableClassTest, StoresAndChangesTheTagsOfRecords) {
-    TagRecordInDatabase links(adapter);
+    TagRecordInDatabase links(database);
     links.storeTagRecords({{"1", "warm", "Leads"}, {"30", "big", "Leads"}}, "r1");
     links.storeTagRecords({{"1", "warm", "Leads"}}, "r2");
     links.updateTagRecord("1", "10", "r1");

@@ -3,30 +3,21 @@
 
 #include <atomic>
 #include <latch>
-#include <thread>
 
 #include "platform/ProgrammingError.h"
 #include "tarvobase/utils/AsynchronousOperation.h"
 #include "tarvobase/utils/ConcurrentCallsTracker.h"
 #include "tarvobase/utils/OrderedDictionary.h"
 #include "tarvobase/utils/ReadWriteBox.h"
-#include "tarvobase/utils/Stack.h"
 #include "tarvobase/utils/SynchronizedArray.h"
 #include "tarvobase/utils/SynchronizedDictionary.h"
+#include "tests/support/OnThreads.h"
 
 namespace tarvo {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-/// Runs a function on several threads at once and waits for all.
-template <class F>
-void onThreads(int count, F function) {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < count; ++t) threads.emplace_back([&function, t] { function(t); });
-    for (auto& thread : threads) thread.join();
-}
 
 TEST(ReadWriteBoxTests, ReadsRunSideBySideAndWritesAlone) {
     ReadWriteBox<int> box(1);

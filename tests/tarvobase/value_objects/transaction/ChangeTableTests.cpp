@@ -5,9 +5,8 @@
 #include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
 #include "tarvobase/value_objects/transaction/RecordIdAliasesInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionInDatabase.h"
-#include "tarvobase/value_objects/transaction/TransactionMap.h"
 #include "tarvobase/value_objects/transaction/TransactionRecordInDatabase.h"
-#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -30,23 +29,13 @@ std::string idsOf(const std::optional<QueuedTransactions>& queued) {
     return ids;
 }
 
-class ChangeTableTest : public FoundationTest {
+class ChangeTableTest : public ServerTest {
 protected:
-    void SetUp() override {
-        FoundationTest::SetUp();
-        adapter = openDatabase();
-    }
-    TransactionInDatabase queue() { return {"TRANSACTIONS", adapter}; }
+    TransactionInDatabase queue() { return {"TRANSACTIONS", database}; }
     std::string next() {
         auto found = queue().getNextRunnableTransaction();
         return !found ? found.error().logText() : found->has_value() ? (*found)->transactionID : "none";
     }
-    std::string valueIn(const std::string& sql) {
-        auto rows = adapter->fetchObjects(sql, std::nullopt);
-        return rows && !rows->empty() ? rows->front().cell(0).copy().toText().value_or("null") : "no row";
-    }
-
-    std::shared_ptr<KelvaDatabasePersistance> adapter;
 };
 
 TEST_F(ChangeTableTest, TheQueueMakesWhatTheServerForgot) {
@@ -60,7 +49,7 @@ TEST_F(ChangeTableTest, TheQueueMakesWhatTheServerForgot) {
     };
     for (auto& one : cases) {
         SCOPED_TRACE(one.name);
-        if (!one.serverSql.empty()) adapter->createTable(one.serverSql);
+        if (!one.serverSql.empty()) database->createTable(one.serverSql);
         configuration().currentOrgID = one.organisation;
         auto transactions = Stores::current().transactions();
         if (one.serverSql.empty()) {
@@ -70,49 +59,49 @@ TEST_F(ChangeTableTest, TheQueueMakesWhatTheServerForgot) {
         change.extras = "InProgress";
         EXPECT_TRUE(transactions->storeTransaction(change));
         EXPECT_EQ(transactions->getTransactions()->transactions, std::vector{change});
-        EXPECT_EQ(valueIn("SELECT COUNT(*) FROM \"" + one.name + "\""), "1");
+        EXPECT_EQ(column("SELECT COUNT(*) FROM \"" + one.name + "\"").at(0), "1");
     }
 }
 
 TEST_F(ChangeTableTest, WithoutADatabaseNothingCountsAsStoredOrEmpty) {
     EXPECT_TRUE(queue().storeTransaction(changeNamed("t1")));
     auto record = TransactionRecord{.recordID = "r1"};
-    adapter->deregisterDB();
-    for (auto& database : {std::shared_ptr<DatabaseAdapter>(adapter), std::shared_ptr<DatabaseAdapter>()}) {
-        TransactionInDatabase transactions("TRANSACTIONS", database);
+    database->deregisterDB();
+    for (auto& closed : {std::shared_ptr<DatabaseAdapter>(database), std::shared_ptr<DatabaseAdapter>()}) {
+        TransactionInDatabase transactions("TRANSACTIONS", closed);
         EXPECT_FALSE(transactions.storeTransaction(changeNamed("t2")));
         EXPECT_EQ(idsOf(transactions.getTransactions()), "absent");
         EXPECT_EQ(transactions.highestTransactionTime(), std::nullopt);
         EXPECT_FALSE(transactions.getNextRunnableTransaction());
-        EXPECT_FALSE(TransactionRecordInDatabase(database).storeTransactionRecordPersistance(record));
-        EXPECT_FALSE(TransactionRecordInDatabase(database).getTransactionRecord("r1"));
-        EXPECT_FALSE(ChangeRegisterInDatabase(database, "").enter(ChangeQueue::older, "t1"));
-        EXPECT_FALSE(ChangeRegisterInDatabase(database, "").entries());
-        EXPECT_FALSE(RecordIdAliasesInDatabase(database, "").realId("Leads", "NEW_1"));
+        EXPECT_FALSE(TransactionRecordInDatabase(closed).storeTransactionRecordPersistance(record));
+        EXPECT_FALSE(TransactionRecordInDatabase(closed).getTransactionRecord("r1"));
+        EXPECT_FALSE(ChangeRegisterInDatabase(closed, "").enter(ChangeQueue::older, "t1"));
+        EXPECT_FALSE(ChangeRegisterInDatabase(closed, "").entries());
+        EXPECT_FALSE(RecordIdAliasesInDatabase(closed, "").realId("Leads", "NEW_1"));
     }
 }
 
 TEST_F(ChangeTableTest, AChangeIsStoredWithTheCommitAroundItOrNotAtAll) {
     auto store = [&] {
         return queue().storeTransaction(changeNamed("t1")) &&
-               ChangeRegisterInDatabase(adapter, "").enter(ChangeQueue::older, "t1").has_value();
+               ChangeRegisterInDatabase(database, "").enter(ChangeQueue::older, "t1").has_value();
     };
-    EXPECT_FALSE(adapter->transaction("undone", [&] { return store() && false; }));
+    EXPECT_FALSE(database->transaction("undone", [&] { return store() && false; }));
     EXPECT_EQ(idsOf(queue().getTransactions()), "");
-    EXPECT_TRUE(adapter->transaction("kept", store));
+    EXPECT_TRUE(database->transaction("kept", store));
     EXPECT_EQ(idsOf(queue().getTransactions()), "t1 ");
-    EXPECT_EQ(ChangeRegisterInDatabase(adapter, "").entries()->size(), 1u);
+    EXPECT_EQ(ChangeRegisterInDatabase(database, "").entries()->size(), 1u);
 
     auto large = changeNamed("t2");
     large.dataJSON = platform::Data(longText());
-    setFull(*adapter, true);
+    setFull(*database, true);
     EXPECT_FALSE(queue().storeTransaction(large));
-    setFull(*adapter, false);
+    setFull(*database, false);
     EXPECT_EQ(idsOf(queue().getTransactions()), "t1 ");
 }
 
 TEST_F(ChangeTableTest, TheOrderIsThatOfTheTimesAsNumbers) {
-    adapter->createTable(
+    database->createTable(
         "CREATE TABLE TRANSACTIONS (transaction_id TEXT, record_id TEXT, module_name TEXT, operation_type TEXT, "
         "data_json, uri_data, error_message, parent_record_id, parent_record_module, transaction_time TEXT, "
         "server_response, extras)");
@@ -133,8 +122,9 @@ TEST_F(ChangeTableTest, TheOrderIsThatOfTheTimesAsNumbers) {
 
 TEST_F(ChangeTableTest, NumbersAreBoundAsIntegersAndBodiesAsBytes) {
     EXPECT_TRUE(queue().storeTransaction(changeNamed("t1")));
-    EXPECT_EQ(valueIn("SELECT typeof(operation_type) || typeof(transaction_time) || typeof(data_json) || "
-                      "typeof(uri_data) || typeof(extras) FROM TRANSACTIONS"),
+    EXPECT_EQ(column("SELECT typeof(operation_type) || typeof(transaction_time) || typeof(data_json) || "
+                     "typeof(uri_data) || typeof(extras) FROM TRANSACTIONS")
+                  .at(0),
               "integerintegerblobblobnull");
     EXPECT_EQ(**queue().getTransaction("t1"), changeNamed("t1"));
 }
@@ -171,12 +161,12 @@ TEST_F(ChangeTableTest, RowsThatCannotBeReadAreListedAndBlockNobody) {
                 {"'c'", "'r'", "9", "3", "operation_type"},        {"'d'", "'r'", "'edit'", "4", "operation_type"},
                 {"'e'", "'r'", "1", "'soon'", "transaction_time"}, {"'f'", "'r'", "1.5", "5", "operation_type"}};
     for (auto& row : rows)
-        adapter->execute(
+        database->execute(
             "INSERT INTO TRANSACTIONS (transaction_id, record_id, module_name, operation_type, "
             "transaction_time) VALUES (" +
                 row.id + "," + row.record + ",'Leads'," + row.type + "," + row.time + ")",
             std::nullopt);
-    adapter->execute(
+    database->execute(
         "INSERT INTO TRANSACTIONS (transaction_id, record_id, module_name, operation_type, "
         "transaction_time) VALUES (7, 8, 'Leads', '2', '99999999999999999999')",
         std::nullopt);
@@ -193,11 +183,11 @@ TEST_F(ChangeTableTest, RowsThatCannotBeReadAreListedAndBlockNobody) {
     EXPECT_TRUE(queue().failUnreadable(numbers));
     queued = *queue().getTransactions();
     for (auto& row : queued.unreadable) EXPECT_EQ(row.extras, "error") << row.column;
-    EXPECT_EQ(valueIn("SELECT COUNT(*) FROM TRANSACTIONS WHERE extras IS NULL"), "1");
+    EXPECT_EQ(column("SELECT COUNT(*) FROM TRANSACTIONS WHERE extras IS NULL").at(0), "1");
 }
 
 TEST_F(ChangeTableTest, BothSidesOfARecordAreKeptAsJson) {
-    TransactionRecordInDatabase records(adapter);
+    TransactionRecordInDatabase records(database);
     EXPECT_EQ(*records.getTransactionRecord("r1"), std::nullopt);
     TransactionRecord record{.recordID = "r1",
                              .deviceData = {{"name", "Ångström"}, {"rate", 1.5}, {"rows", ValueList{ValueMap{}}}},
@@ -209,10 +199,10 @@ TEST_F(ChangeTableTest, BothSidesOfARecordAreKeptAsJson) {
     partly.deviceData.set("photo", std::numeric_limits<double>::infinity());
     EXPECT_TRUE(records.storeTransactionRecordPersistance(partly));
     EXPECT_EQ(**records.getTransactionRecord("r1"), record);
-    EXPECT_EQ(valueIn("SELECT COUNT(*) FROM TRANSACTIONS_RECORDS"), "1");
+    EXPECT_EQ(column("SELECT COUNT(*) FROM TRANSACTIONS_RECORDS").at(0), "1");
 
     for (auto text : {"NULL", "'[1]'", "'{'", "7"}) {
-        adapter->execute("UPDATE TRANSACTIONS_RECORDS SET server_data = " + std::string(text), std::nullopt);
+        database->execute("UPDATE TRANSACTIONS_RECORDS SET server_data = " + std::string(text), std::nullopt);
         auto found = records.getTransactionRecord("r1");
         EXPECT_TRUE(!found && found.error() == ParserError::typeConversionFailedForKey("server_data")) << text;
     }
@@ -222,7 +212,7 @@ TEST_F(ChangeTableTest, BothSidesOfARecordAreKeptAsJson) {
 
 TEST_F(ChangeTableTest, NumbersOfChangesRiseForEver) {
     auto changes = [&](std::string organisation = "1") {
-        return ChangeRegisterInDatabase(adapter, std::move(organisation));
+        return ChangeRegisterInDatabase(database, std::move(organisation));
     };
     auto numberOf = [&](ChangeQueue queue, const std::string& id, std::string organisation = "1") {
         return changes(std::move(organisation)).enter(queue, id)->number;
@@ -236,16 +226,16 @@ TEST_F(ChangeTableTest, NumbersOfChangesRiseForEver) {
     EXPECT_EQ(changes().entries()->size(), 1u);
     EXPECT_EQ(changes("2").entries()->size(), 0u);
     EXPECT_TRUE(changes().end(ChangeQueue::current, {{"t1"}}, ChangeOutcome::accepted));
-    adapter->deregisterDB();
-    ASSERT_TRUE(adapter->registerDB("a passphrase"));
+    database->deregisterDB();
+    ASSERT_TRUE(database->registerDB("a passphrase"));
     EXPECT_GT(numberOf(ChangeQueue::older, "t9"), first + 3);
 }
 
 TEST_F(ChangeTableTest, WhatBecameOfTheChangesThatEndedLastIsRemembered) {
-    ChangeRegisterInDatabase changes(adapter, "1");
+    ChangeRegisterInDatabase changes(database, "1");
     auto first = changes.enter(ChangeQueue::older, "waits for long")->number;
     std::vector<EndedChange> ended;
-    ASSERT_TRUE(adapter->transaction("enter", [&] {
+    ASSERT_TRUE(database->transaction("enter", [&] {
         for (int i = 1; i <= 1001; ++i) {
             ended.push_back({std::to_string(i), "Leads", "7"});
             changes.enter(ChangeQueue::older, std::to_string(i));
@@ -261,7 +251,7 @@ TEST_F(ChangeTableTest, WhatBecameOfTheChangesThatEndedLastIsRemembered) {
 }
 
 TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
-    ChangeRegisterInDatabase changes(adapter, "1");
+    ChangeRegisterInDatabase changes(database, "1");
     platform::Clock::set(platform::Clock::WallTime(std::chrono::milliseconds(1'700'000'000'123)));
     auto entered = *changes.enter(ChangeQueue::older, "t1");
     auto other = *changes.enter(ChangeQueue::older, "t2");
@@ -287,7 +277,7 @@ TEST_F(ChangeTableTest, AnEntryKeepsKeySendsAndRefusal) {
 }
 
 TEST_F(ChangeTableTest, ATemporaryIdLeadsToTheRealOneOfItsModule) {
-    RecordIdAliasesInDatabase aliases(adapter, "org");
+    RecordIdAliasesInDatabase aliases(database, "org");
     EXPECT_EQ(*aliases.realId("Leads", "NEW_000000001"), std::nullopt);
     EXPECT_TRUE(aliases.store({"NEW_000000001", "Leads", "1"}));
     EXPECT_TRUE(aliases.store({"NEW_000000001", "Deals", "2"}));
@@ -300,15 +290,6 @@ TEST_F(ChangeTableTest, ATemporaryIdLeadsToTheRealOneOfItsModule) {
     EXPECT_EQ(aliases.lastNumber(), 3);
     EXPECT_TRUE(aliases.store({"NEW_000000001", "Leads", "4"}));
     EXPECT_EQ(aliases.lastNumber(), 4);
-}
-
-TEST(TransactionMapTest, TheLabelOfTheFieldAloneMayBeAbsent) {
-    TransactionMap map{.transactionID = "t", .recordID = "r", .lookUpID = "NEW_1", .lookUpColumn = "WHO"};
-    auto row = TransactionMapConstants().getDictionary(map);
-    EXPECT_EQ(row.valueOf("lookup_column"), Value("WHO"));
-    EXPECT_EQ(*TransactionMapConstants().getValue(row), map);
-    row.remove("lookup_id");
-    EXPECT_EQ(TransactionMapConstants().getValue(row).error(), "lookup_id");
 }
 
 }  // namespace

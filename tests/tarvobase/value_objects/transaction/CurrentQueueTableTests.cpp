@@ -5,7 +5,7 @@
 #include "tarvobase/value_objects/transaction/NTransactionInDatabase.h"
 #include "tarvobase/value_objects/transaction/NTransactionRecordInDatabase.h"
 #include "tarvobase/value_objects/transaction/TransactionDependencyInDatabase.h"
-#include "tests/tarvobase/Fixture.h"
+#include "tests/tarvobase/ServerFixture.h"
 
 namespace tarvo {
 namespace {
@@ -43,14 +43,10 @@ std::string textOf(const TransactionDependencyPersistence::Dependencies& depende
     return text::join(texts, " ");
 }
 
-class CurrentQueueTableTest : public FoundationTest {
+class CurrentQueueTableTest : public ServerTest {
 protected:
-    void SetUp() override {
-        FoundationTest::SetUp();
-        adapter = openDatabase();
-    }
-    NTransactionInDatabase queue() { return NTransactionInDatabase(adapter); }
-    TransactionDependencyInDatabase dependencies() { return TransactionDependencyInDatabase(adapter); }
+    NTransactionInDatabase queue() { return NTransactionInDatabase(database); }
+    TransactionDependencyInDatabase dependencies() { return TransactionDependencyInDatabase(database); }
     bool store(const std::vector<NTransaction>& transactions, const std::vector<TransactionDependency>& waiting = {}) {
         return queue().storeTransactions(transactions, waiting);
     }
@@ -59,13 +55,6 @@ protected:
         return !found ? found.error().logText() : found->has_value() ? std::to_string((*found)->id) : "none";
     }
     std::string all() { return idsOf(queue().getTransactions()->transactions); }
-    void run(const std::string& sql) { EXPECT_TRUE(adapter->execute(sql, std::nullopt)) << sql; }
-    std::string valueIn(const std::string& sql) {
-        auto rows = adapter->fetchObjects(sql, std::nullopt);
-        return rows && !rows->empty() ? rows->front().cell(0).copy().toText().value_or("null") : "no row";
-    }
-
-    std::shared_ptr<KelvaDatabasePersistance> adapter;
 };
 
 TEST_F(CurrentQueueTableTest, ATransactionComesBackAsItWasStored) {
@@ -79,8 +68,9 @@ TEST_F(CurrentQueueTableTest, ATransactionComesBackAsItWasStored) {
     transaction.syncAttempt = 3;
     ASSERT_TRUE(store({transaction}));
     EXPECT_EQ(queue().getTransactionsWithRecordIds({"NEW_'1\""}), std::vector{transaction});
-    EXPECT_EQ(valueIn("SELECT typeof(txn_id) || typeof(txn_type) || typeof(status) || typeof(merge_count) || "
-                      "typeof(sync_attempt) FROM TRANSACTIONS_NEW"),
+    EXPECT_EQ(column("SELECT typeof(txn_id) || typeof(txn_type) || typeof(status) || typeof(merge_count) || "
+                     "typeof(sync_attempt) FROM TRANSACTIONS_NEW")
+                  .at(0),
               "integerintegerintegerintegerinteger");
     auto heldBack = transactionOf(8);
     heldBack.status = Status::inactive(30);
@@ -111,7 +101,7 @@ TEST_F(CurrentQueueTableTest, AllIsStoredOrNothing) {
         EXPECT_EQ(all(), "1 ");
     }
     EXPECT_FALSE(queue().addMergedTransaction(notInJson, {}, {1, 3}));
-    EXPECT_EQ(valueIn("SELECT record_id FROM TRANSACTIONS_NEW"), "r1");
+    EXPECT_EQ(column("SELECT record_id FROM TRANSACTIONS_NEW").at(0), "r1");
     EXPECT_EQ(textOf(dependencies().getTransactionDependencies()), "");
 
     ErrorResponse notInJsonEither{"c", "m", notInJson.payload};
@@ -121,10 +111,10 @@ TEST_F(CurrentQueueTableTest, AllIsStoredOrNothing) {
 
 TEST_F(CurrentQueueTableTest, WithoutADatabaseNothingIsStoredAndNothingCountsAsEmpty) {
     ASSERT_TRUE(store({transactionOf(1)}));
-    adapter->deregisterDB();
-    for (auto& database : {std::shared_ptr<DatabaseAdapter>(adapter), std::shared_ptr<DatabaseAdapter>()}) {
-        NTransactionInDatabase transactions(database);
-        TransactionDependencyInDatabase waiting(database);
+    database->deregisterDB();
+    for (auto& closed : {std::shared_ptr<DatabaseAdapter>(database), std::shared_ptr<DatabaseAdapter>()}) {
+        NTransactionInDatabase transactions(closed);
+        TransactionDependencyInDatabase waiting(closed);
         EXPECT_FALSE(transactions.storeTransactions({transactionOf(2)}, {}));
         EXPECT_FALSE(transactions.getTransactions());
         EXPECT_FALSE(transactions.getNextRunnableTransaction({Kind::editRecord}));
@@ -151,7 +141,7 @@ TEST_F(CurrentQueueTableTest, TheFirstThatIsFreeCleanAndActiveRuns) {
     for (auto& one : cases) {
         SCOPED_TRACE(one.name);
         ASSERT_TRUE(store({transactionOf(10), transactionOf(2), transactionOf(1, "r", Kind::addVoiceNote)}));
-        if (!one.change.empty()) run(one.change);
+        if (!one.change.empty()) runStatement(one.change);
         EXPECT_EQ(next(), one.next);
         EXPECT_EQ(next({}), "none");
         EXPECT_TRUE(queue().deleteTransactionWithIds({1, 2, 10}));
@@ -170,7 +160,8 @@ TEST_F(CurrentQueueTableTest, RowsThatCannotBeReadBlockNobody) {
     std::int64_t id = 0;
     for (auto& one : broken) {
         ASSERT_TRUE(store({transactionOf(++id)}));
-        run("UPDATE TRANSACTIONS_NEW SET " + one.column + " = " + one.value + " WHERE txn_id = " + std::to_string(id));
+        runStatement("UPDATE TRANSACTIONS_NEW SET " + one.column + " = " + one.value +
+                     " WHERE txn_id = " + std::to_string(id));
     }
     ASSERT_TRUE(store({transactionOf(50)}));
     auto queued = *queue().getTransactions();
@@ -185,11 +176,12 @@ TEST_F(CurrentQueueTableTest, RowsThatCannotBeReadBlockNobody) {
     // What waits for a create whose payload is broken must still find it.
     EXPECT_EQ(textOf(*queue().getTransactionIdsWithRecordIds({"r1"}, {Kind::editRecord})), "2 5 6 7 8 9 10 11 12 50 ");
     // Integers that another program stored as text are read.
-    run("CREATE TABLE copy AS SELECT * FROM TRANSACTIONS_NEW WHERE txn_id = 50");
-    run("DROP TABLE TRANSACTIONS_NEW");
-    run("CREATE TABLE TRANSACTIONS_NEW (txn_id TEXT, record_id TEXT, module_name TEXT, txn_type TEXT, payload TEXT, "
+    runStatement("CREATE TABLE copy AS SELECT * FROM TRANSACTIONS_NEW WHERE txn_id = 50");
+    runStatement("DROP TABLE TRANSACTIONS_NEW");
+    runStatement(
+        "CREATE TABLE TRANSACTIONS_NEW (txn_id TEXT, record_id TEXT, module_name TEXT, txn_type TEXT, payload TEXT, "
         "error_response TEXT, status TEXT, merge_count TEXT, sync_attempt TEXT)");
-    run("INSERT INTO TRANSACTIONS_NEW SELECT * FROM copy");
+    runStatement("INSERT INTO TRANSACTIONS_NEW SELECT * FROM copy");
     EXPECT_EQ(next(), "50");
 }
 
@@ -258,7 +250,7 @@ TEST_F(CurrentQueueTableTest, AllThatHangsOnATransactionIsFoundOnce) {
         SCOPED_TRACE(one.name);
         EXPECT_TRUE(dependencies().storeTransactionDependencies(one.rows));
         EXPECT_EQ(textOf(dependencies().getAllTransitivesLookupDependencies(1)), one.found);
-        run("DELETE FROM TRANSACTIONS_DEPENDENCY WHERE 1");
+        runStatement("DELETE FROM TRANSACTIONS_DEPENDENCY WHERE 1");
     }
     // Each of forty levels has two ways to the next one: by ways there would be more than 10^12 rows.
     std::vector<TransactionDependency> ladder;
@@ -299,13 +291,13 @@ TEST_F(CurrentQueueTableTest, ChangesTouchOnlyTheirRows) {
     three.status = Status::inactive(0);
     EXPECT_EQ(queue().getTransactions()->transactions, (std::vector{one, two, three}));
     EXPECT_TRUE(queue().replaceStatus({Status::Case::syncing, Status::Case::inactive}, Status::active()));
-    EXPECT_EQ(valueIn("SELECT COUNT(*) FROM TRANSACTIONS_NEW WHERE status = 1"), "3");
+    EXPECT_EQ(column("SELECT COUNT(*) FROM TRANSACTIONS_NEW WHERE status = 1").at(0), "3");
     auto payloads = *queue().getPayload({2}, {"77"});
     EXPECT_EQ(payloads, (std::map<std::int64_t, std::string>{{2, R"({"a":2})"}, {3, R"({"a":3})"}}));
 }
 
 TEST_F(CurrentQueueTableTest, ARecordMovesToItsRealIdWithItsSides) {
-    NTransactionRecordInDatabase records(adapter);
+    NTransactionRecordInDatabase records(database);
     EXPECT_TRUE(records.replaceRecordId("5", "NEW_000000001"));
     NTransactionRecord record{.recordId = "NEW_000000001",
                               .deviceData = {{"id", "NEW_000000001"}, {"longer", "NEW_0000000012"}},
@@ -323,12 +315,12 @@ TEST_F(CurrentQueueTableTest, ARecordMovesToItsRealIdWithItsSides) {
 TEST_F(CurrentQueueTableTest, WhatAnotherOrganisationMadeIsNotRunnable) {
     ASSERT_TRUE(store({transactionOf(1), transactionOf(2)}));
     auto next = [&] {
-        auto found = NTransactionInDatabase(adapter, "mine").getNextRunnableTransaction({Kind::editRecord});
+        auto found = NTransactionInDatabase(database, "mine").getNextRunnableTransaction({Kind::editRecord});
         return found.value() ? found.value()->id : 0;
     };
     EXPECT_EQ(next(), 1);  // nobody knows where it was made
-    ASSERT_TRUE(ChangeRegisterInDatabase(adapter, "other").enter(ChangeQueue::current, "1"));
-    ASSERT_TRUE(ChangeRegisterInDatabase(adapter, "mine").enter(ChangeQueue::current, "2"));
+    ASSERT_TRUE(ChangeRegisterInDatabase(database, "other").enter(ChangeQueue::current, "1"));
+    ASSERT_TRUE(ChangeRegisterInDatabase(database, "mine").enter(ChangeQueue::current, "2"));
     EXPECT_EQ(next(), 2);
 }
 
