@@ -47,27 +47,6 @@ TEST_F(FaultsTests, ADelayEndsWhenItIsReleased) {
     EXPECT_FALSE(block(json(answer), "tables").empty());
 }
 
-TEST_F(FaultsTests, DamageTouchesTheNamedBlocksAlone) {
-    setFault(R"({"fault":"missingBlocks","blocks":["settings","activeUsers"],"times":1})");
-    auto answer = json(init());
-    EXPECT_TRUE(blocks(answer, "settings").empty());
-    EXPECT_TRUE(blocks(answer, "activeUsers").empty());
-    EXPECT_FALSE(block(answer, "activeModules").empty());
-
-    setFault(R"({"fault":"wrongTypes","blocks":["activeModules"],"times":1})");
-    answer = json(init());
-    EXPECT_TRUE(blocks(answer, "activeModules").at(0).asText());
-    EXPECT_FALSE(block(answer, "tables").empty());
-
-    setFault(R"({"fault":"shortRows","blocks":["activeModules"],"times":1})");
-    EXPECT_EQ(block(json(init()), "activeModules").at(0).asList()->size(), 3u);
-
-    setFault(R"({"fault":"repeatBlocks","blocks":["tables"],"times":1})");
-    answer = json(init());
-    EXPECT_EQ(blocks(answer, "tables").size(), 2u);
-    EXPECT_EQ(blocks(answer, "settings").size(), 1u);
-}
-
 TEST_F(FaultsTests, FaultsLieInARowAndEndByTheirTimes) {
     setFault(R"({"call":"getappinitdata","fault":"nonJson","times":2})");
     setFault(R"({"call":"*","fault":"errorEnvelope","code":"LIMIT","message":"later"})");
