@@ -124,18 +124,6 @@ TEST_F(FirstDownload, ReportsEveryFaultAndTheNextRunCompletes) {
     }
 }
 
-TEST_F(FirstDownload, StopsWhereTheInitCallFailsAndStartsAgain) {
-    world.setFault(R"({"call":"getappinitdata","times":1,"fault":"nonJson"})");
-    auto first = init();
-    EXPECT_EQ(first.status, 1);
-    EXPECT_TRUE(isOneLine(first.errors)) << first.errors;
-    auto second = init();
-    EXPECT_EQ(second.status, 0) << second.errors;
-    EXPECT_EQ(member(lastLineOf(second.output), "downloaded"), Value(true));
-    EXPECT_EQ(member(lastLineOf(init().output), "downloaded"), Value(false))
-        << "a completed account makes no more requests";
-}
-
 }  // namespace
 
 }  // namespace tarvo::tests

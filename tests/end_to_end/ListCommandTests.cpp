@@ -131,11 +131,6 @@ TEST_F(ListCommand, SortsTheStoredRecords) {
     EXPECT_LT(nameOf(records.asList()->back()), nameOf(records.asList()->front()));
 }
 
-TEST_F(ListCommand, FiltersByAlternativesOfAPicklist) {
-    auto filtered = idsIn(list(*world, {"--filter", "Lead_Source:isExactly:Web Form,Phone", "--sort", "Company"}));
-    EXPECT_TRUE(!filtered.empty() && filtered.size() <= 20u) << filtered.size();
-}
-
 TEST_F(ListCommand, PrintsTextsAsPeopleReadThem) {
     auto readable = list(*world, {"--columns", "Owner,Created_Time"});
     auto texts = member(json::parse(readable.output).value_or(Value()), "texts");

@@ -181,15 +181,6 @@ TEST_F(PoolTest, ReadersThatCannotOpenWaitForTheOthers) {
 }
 #endif
 
-TEST_F(PoolTest, LockOfAnotherProgramIsBusy) {
-    auto configuration = rawConfiguration();
-    configuration.busyTimeout = 1;
-    DatabasePool other(folder_.file("a.db"), configuration);
-    database_->write(
-        [&](Database&) { EXPECT_EQ(failureOf([&] { other.write([](Database&) {}); }), FailureKind::busy); });
-    EXPECT_NO_THROW(other.write([](Database&) {}));
-}
-
 TEST_F(PoolTest, HoldingTheQueueIsNoObstacle) {
     auto queue = tarvo::DispatchQueue::serial("test.db");
     DatabasePool database(folder_.file("b.db"), rawConfiguration(), queue);

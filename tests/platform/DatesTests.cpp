@@ -63,18 +63,6 @@ protected:
     DateFormatter dateOnly_ = DateFormatter::pattern(std::string(DateFormatter::dateOnlyPattern));
 };
 
-TEST_F(DatesTests, ReadsDateTimes) {
-    const std::pair<const char*, std::int64_t> cases[] = {
-        {"2024-02-29T10:00:00-00:30", 1709202600},
-        {"2024-02-29T10:00:00+0530", 1709181000},
-        {"9999-12-31T23:59:59Z", 253402300799},
-    };
-    for (auto& [text, moment] : cases) EXPECT_EQ(dateTime_.date(text), moment) << text;
-    for (auto text : {"2023-02-29T10:00:00Z", "2024-01-01T24:00:00Z", "2024-01-01T10:00:60Z", "2024-01-01T10:00:00",
-                      "2024-01-01T10:00:00.500Z", "2024-01-01T10:00:00+05:60", "", "\xFF\xFE"})
-        EXPECT_EQ(dateTime_.date(text), std::nullopt) << text;
-}
-
 TEST_F(DatesTests, DateOnlyIsMidnightInTheZoneInForce) {
     const std::tuple<const char*, const char*, std::optional<std::int64_t>> cases[] = {
         {"Europe/Berlin", "2024-02-29", 1709161200},

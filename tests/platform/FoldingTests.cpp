@@ -101,15 +101,5 @@ TEST(FoldingTests, BrokenBytesFoldAsIcuReadsThem) {
     }
 }
 
-TEST(FoldingTests, AppendsBehindWhatIsThere) {
-    std::string out = "KEPT ";
-    for (int length = 0; length < 100; ++length) {
-        std::string text = std::string(static_cast<std::size_t>(length), 'A') + "É";
-        appendFolded(out, text);
-        ASSERT_TRUE(out.ends_with(std::string(static_cast<std::size_t>(length), 'a') + "e"));
-    }
-    EXPECT_TRUE(out.starts_with("KEPT eae"));
-}
-
 }  // namespace
 }  // namespace tarvo::platform::text

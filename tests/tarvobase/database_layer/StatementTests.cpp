@@ -4,8 +4,6 @@
 
 #include "tarvobase/configuration/DatabaseConstants.h"
 #include "tarvobase/database_layer/Statements.h"
-#include "tarvobase/value_objects/field/FieldMetadata.h"
-#include "tarvobase/value_objects/field/SortField.h"
 
 namespace tarvo {
 namespace {
@@ -44,21 +42,6 @@ TEST(CriteriaTest, RendersTextAndParameters) {
         EXPECT_EQ(criteria.sql(), sql);
         EXPECT_EQ(criteria.parameters(), parameters) << sql;
     }
-}
-
-TEST(SortDescriptorTest, RendersItsTerm) {
-    FieldMetadata amount, count;
-    amount.fieldType = FieldDataType::currency, count.fieldType = FieldDataType::bigInt;
-    const std::pair<SortDescriptor, std::string> cases[] = {
-        {SortDescriptor({.colName = "n", .numeric = true}), "CAST(n AS INTEGER) ASC"},
-        {SortDescriptor({.colName = "n", .nullValuesAtEnd = true}),
-         " n COLLATE NOCASE ASC, case when n is null then '~' when trim(n)='' then '~' end"},
-        {SortDescriptor({.colName = "s", .ascending = false, .pickListField = true, .pickListValues = {"A", "B"}}),
-         "CASE \nWHEN s LIKE \"A\" THEN 0\nWHEN s LIKE \"B\" THEN 1\nEND \n"},
-        {sortDescriptor(SortField{"amount", false}, &amount), "CAST(amount AS INTEGER) DESC"},
-        {sortDescriptor(SortField{"count", true}, &count), " count COLLATE NOCASE ASC"},
-    };
-    for (auto& [descriptor, sql] : cases) EXPECT_EQ(descriptor.sql(), sql);
 }
 
 /// Returns a query after a change to its members.

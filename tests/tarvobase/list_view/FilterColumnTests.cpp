@@ -81,28 +81,6 @@ TEST_F(FilterColumnTest, ListsSkipFiltersWithoutInput) {
               "1");
 }
 
-TEST_F(FilterColumnTest, FieldsOfferTheirFilters) {
-    auto namesFor = [](FieldDataType type) {
-        FieldMetadata field;
-        field.fieldType = type;
-        std::vector<std::string> names;
-        for (auto& filter : GetFilters::getFilters(field)) names.push_back(filter.filerName);
-        return text::join(names, "|");
-    };
-    using T = FieldDataType;
-    EXPECT_EQ(namesFor(T::currency), "=|!=|>|>=|<=>|<=|is empty|is not empty");
-    EXPECT_EQ(namesFor(T::boolean), "is");
-    EXPECT_EQ(
-        namesFor(T::dateTime),
-        "in the last|due in|on|before|after|between|today|yesterday|this week|this month|this year|last week|last "
-        "month|is empty|is not empty");
-    EXPECT_EQ(namesFor(T::email), "is|isn't|contains|doesn't contain|starts with|ends with|is empty|is not empty");
-    EXPECT_EQ(namesFor(T::picklist), "is|isn't|is empty|is not empty");
-    EXPECT_EQ(namesFor(T::ownerlookup), "is|isn't");
-    EXPECT_EQ(namesFor(T::subform), "");
-    EXPECT_EQ(GetColumnFilter::getFilter(DateTimeFilterTypes::between, "Created_Time").filterInputTypes().size(), 2u);
-}
-
 TEST_F(FilterColumnTest, InputsOfAFormFindTheirRows) {
     auto offered = GetFilters::getFilters("Status", fields);
     ASSERT_EQ(offered.size(), 4u);

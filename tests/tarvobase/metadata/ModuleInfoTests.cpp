@@ -20,29 +20,6 @@ Settings setting(const std::string& module, SettingName key, const std::string& 
     return {module, key, byDefault, value, true};
 }
 
-SettingsList listOf(std::vector<Settings> settings) { return {std::move(settings)}; }
-
-TEST(SettingsListTest, ColumnsAndOrdersAreReadFromTheirTexts) {
-    using S = SettingName;
-    auto list = listOf({setting("Leads", S::display, "A,,B,", "C,D"), setting("Leads", S::display, "Z"),
-                        setting("Leads", S::primarySort, "Name,desc"), setting("Leads", S::secondarySort, "Time,asc"),
-                        setting("Leads", S::groupBy, "")});
-    EXPECT_THAT(list.getDisplayCrmColumns(), ElementsAre("A", "B"));
-    EXPECT_THAT(list.getDefaultDisplayCrmColumns(), ElementsAre("C", "D"));
-    EXPECT_THAT(list.getSearchCrmColumns(), IsEmpty());
-    EXPECT_EQ(list.getPrimarySortField(), (SortField{"Name", false}));
-    EXPECT_THAT(list.getSortColumns(), ElementsAre(SortField{"Name", false}, SortField{"Time", true}));
-    EXPECT_THAT(listOf({list.settingsList[2]}).getSortColumns(), ElementsAre(SortField{"Name", false}));
-    EXPECT_EQ(listOf({}).getPrimarySortField(), std::nullopt);
-
-    for (auto [value, isFirst] :
-         {std::pair("First Name,Last Name", true), {"Last Name,First Name", false}, {"", false}}) {
-        EXPECT_EQ(listOf({setting("Settings", S::sortOrderPreference, value)}).isSortByFirstNameLastName(), isFirst);
-        EXPECT_EQ(listOf({setting("Settings", S::displayNameOrder, value)}).isDisplayFirstNameLastName(), isFirst);
-    }
-    EXPECT_FALSE(listOf({}).isDisplayFirstNameLastName());
-}
-
 /// Every test runs in both namings.
 class ModuleInfoTest : public MetadataTest, public ::testing::WithParamInterface<Naming> {
 protected:

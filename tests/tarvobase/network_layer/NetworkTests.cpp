@@ -45,13 +45,6 @@ TEST_F(NetworkConstantsTest, URLsFollowTheVariantOfTheConfiguration) {
     EXPECT_NE(constants.getURL(Case::relatedEmailSharedDetails), webRoot);
 }
 
-TEST_F(NetworkConstantsTest, EachServerTypeHasItsOwnBase) {
-    std::set<std::string> endpoints;
-    for (auto& one : EnumCases<MProxyServerType>::cases)
-        endpoints.insert(constants.getBaseUrl(one.value, "d", std::nullopt));
-    EXPECT_EQ(endpoints.size(), 12u);
-}
-
 /// A request that was sent to https://h.test, in one line: method, path, authorization, parameters and body.
 std::string sent(const NetworkCall& call) {
     auto text = call.request.method + " " + call.request.url.substr(std::string("https://h.test").size());

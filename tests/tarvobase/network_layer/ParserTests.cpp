@@ -37,11 +37,6 @@ TEST(ParserTest, ReadsThePlainEnvelope) {
     }
 }
 
-TEST(ParserTest, TheOldFormHasNoTimes) {
-    auto parsed = Parser::getOldJSONData(body(R"({"response":{"result":[],"responseInfo":{"responsetime":7}}})"));
-    EXPECT_EQ(parsed->responseTime, 0u);
-}
-
 /// Returns the number of rows. Refuses a list that begins with "refuse", and has no memory for one with "huge".
 class CountingParser final : public ParserProtocol<std::size_t, RecordListInfo> {
 public:
@@ -136,20 +131,6 @@ TEST(OldResponseTest, ReadsPartsApart) {
     EXPECT_EQ(parseOldResponse(body("{\"response\":{}}")).error(), Error::typeConversionFailedForKey("response"));
 }
 
-TEST(PositionalRowTest, TheModeDecidesWhatAnotherTypeCosts) {
-    Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
-    for (auto mode : {PositionalRow::Mode::lenient, PositionalRow::Mode::strict}) {
-        PositionalRow row = PositionalRow::open(entry, 6, mode).value();
-        EXPECT_EQ(row.text(0) + row.text(1) + row.text(6), "Leads");
-        EXPECT_EQ(row.number(3), 12);
-        EXPECT_EQ(row.number(0), 0);
-        EXPECT_FALSE(row.error()) << "neither a null nor a column beyond the end fails a row";
-        EXPECT_EQ(row.text(2), "");
-        EXPECT_FALSE(row.flag(4));
-        EXPECT_EQ(row.error().has_value(), mode == PositionalRow::Mode::strict);
-    }
-}
-
 TEST(PositionalRowTest, AStrictRowKeepsItsLeftmostFailureAndReadsNumbersAlsoFromTexts) {
     Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
     PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::strict).value();
@@ -161,13 +142,6 @@ TEST(PositionalRowTest, AStrictRowKeepsItsLeftmostFailureAndReadsNumbersAlsoFrom
     EXPECT_EQ(row.integer(5), std::nullopt);
     row.text(4), row.text(2);
     EXPECT_EQ(row.error(), Error::typeConversionFailedForIndex(2));
-}
-
-TEST(PositionalRowTest, OpensOnlyListsWithEnoughColumns) {
-    Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
-    EXPECT_EQ(PositionalRow::open(entry, 7, PositionalRow::Mode::lenient).error(), Error(ErrorCase::lessNumberOfKeys));
-    EXPECT_EQ(PositionalRow::open("Leads", 0, PositionalRow::Mode::lenient).error(),
-              Error(ErrorCase::typeConversionFailed));
 }
 
 TEST(AnswerBodyTest, BytesThatAreNotUtf8CostThemselves) {

@@ -5,7 +5,6 @@
 #include "tarvobase/transaction/RecordIds.h"
 #include "tarvobase/value_objects/account/User.h"
 #include "tarvobase/value_objects/layout/LayoutFieldLists.h"
-#include "tarvobase/value_objects/transaction/ErrorResponse.h"
 #include "tests/tarvobase/records/RecordFixture.h"
 
 namespace tarvo {
@@ -156,12 +155,6 @@ TEST_F(RecordValueTest, LayoutsShowOnlyFieldsWithSomethingToShow) {
                                                          Line::header(1, "kept"), Line::item(entry(owner))});
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0].header()->name, "kept");
-}
-
-TEST_F(RecordValueTest, RefusalsAsJson) {
-    for (auto& whole : {ErrorResponse{"C", "m", std::nullopt}, ErrorResponse{"C", "m", ValueMap{{"a", 1}}}})
-        EXPECT_EQ(ErrorResponse::fromJSON(whole.toJSON()).value(), whole);
-    EXPECT_EQ(ErrorResponse::fromJSON({{"code", "C"}, {"message", 1}}).error().failedPath, "message");
 }
 
 }  // namespace tarvo

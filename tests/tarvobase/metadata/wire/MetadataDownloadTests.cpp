@@ -123,21 +123,6 @@ TEST_F(MetadataDownloadTest, StoresTheSameInBothNamings) {
     }
 }
 
-TEST_F(MetadataDownloadTest, RowsThatAreTooShortAreDroppedAndCounted) {
-    auto sections = wire::sections("Leads");
-    for (auto place : {wire::layoutFields, wire::picklists, wire::fields, wire::dependentFields})
-        for (auto one : {1, 2})
-            sections[place].mutableList()->insert(sections[place].mutableList()->begin(),
-                                                  ValueList(static_cast<std::size_t>(one), "x"));
-    sections.resize(wire::relatedSort);
-    downloadAnswered({wire::entry(wire::info("Leads"), sections)});
-    EXPECT_EQ(rowCounts(), "222224");
-    for (auto section : {"fields of layouts", "picklists", "fields", "fields of dependent modules"})
-        EXPECT_TRUE(
-            wasLogged("metadata of Leads, " + std::string(section) + ": 2 rows left out, the first: lessNumberOfKeys"));
-    EXPECT_FALSE(wasLogged("order of related lists"));
-}
-
 TEST_F(MetadataDownloadTest, ABadEntryLeavesTheOthers) {
     auto empty = wire::info("Tasks");
     empty.set("nodata", true);

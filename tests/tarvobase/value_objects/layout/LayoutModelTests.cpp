@@ -93,27 +93,6 @@ TEST_F(LayoutModelTest, RowsAreGroupedByModuleAndByLayout) {
     EXPECT_EQ(layouts->getModuleName("9"), std::nullopt);
 }
 
-TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
-    ModuleLayoutInfoInDatabase infos("MODULE_LAYOUT_INFO", database);
-    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, false};
-    infos.storeModuleLayoutInfo({standard, closed});
-    EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->at("Leads"), (std::vector{standard, closed}));
-    EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Leads", "Internal"), closed);
-    EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Deals", "Internal"), std::nullopt);
-    EXPECT_EQ(infos.getModuleLayoutInfoByLayoutId("1"), standard);
-}
-
-TEST_F(MetadataModelTest, ASubformFieldNamesItsLayoutAndModule) {
-    FieldMetadata field{.fieldType = FieldDataType::subform,
-                        .displayPrefs = {{"subform", ValueList{"77", "Lines_Api"}}}};
-    LayoutFieldData place{.additionalInfo =
-                              ValueMap{{"subform_layout_id", 55}, {"maximum_rows", "40"}, {"reorder_rows", true}}};
-    EXPECT_EQ(SubformLayoutMetadata::of({place, field}), (SubformLayoutMetadata{"55", "Lines_Api", "77", 40, true}));
-    EXPECT_EQ(SubformLayoutMetadata::of({LayoutFieldData(), field}), (SubformLayoutMetadata{"", "Lines_Api", "77"}));
-    field.fieldType = FieldDataType::text;
-    EXPECT_EQ(SubformLayoutMetadata::of({place, field}), std::nullopt);
-}
-
 TEST_F(MetadataModelTest, OnlyLayoutsThatTheProfileMayUseAreOffered) {
     OrderedLayoutFieldList fields("Lines", "55", {}, {}, columnNaming());
     SubformLayoutInfo layouts;

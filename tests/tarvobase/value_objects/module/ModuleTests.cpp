@@ -33,21 +33,12 @@ TEST_F(ModuleTest, IdentifiesModulesByName) {
     EXPECT_EQ(M(M::Case::owners).rawValue(), "Owners");
 }
 
-TEST_F(ModuleTest, ConvertsInBothFormsWithAndWithoutIds) {
+TEST_F(ModuleTest, AnIdIsKeptIfTheHostSupportsItAndOddMembersAreLeftOut) {
     ModuleConstants plain;
-    auto map = plain.getDictionary(leads);
-    EXPECT_FALSE(map.contains("tableCreationQuery"));
-    EXPECT_EQ(plain.getValue(map).id, "Leads");
-    auto row = ModuleDatabaseConstants().getDictionary(leads);
-    EXPECT_EQ(row.valueOf("table_creation_query"), Value("CREATE TABLE x"));
-    EXPECT_FALSE(row.contains("id"));
-
+    EXPECT_EQ(plain.getValue(plain.getDictionary(leads)).id, "Leads");
     configuration().isModuleIDSupported = true;
     EXPECT_EQ(plain.getValue(plain.getDictionary(leads)).id, "77");
 
-    Module without = leads;
-    without.type = ModuleType::none;
-    EXPECT_FALSE(plain.getDictionary(without).contains("type"));
     auto odd = plain.getValue(ValueMap{{"moduleName", 5}, {"position", "4"}, {"type", "unknown"}});
     EXPECT_EQ(odd, Module());
 }

@@ -20,11 +20,5 @@ TEST_F(MetadataModelTest, AnUnknownPermissionIsFalse) {
     EXPECT_FALSE(permissions.getModulePermissionsByModuleNames({"Leads"}).ok());
 }
 
-TEST_F(MetadataModelTest, OfTwoPermissionsTheFirstCounts) {
-    PermissionList list{{{"Leads", "", "Edit", true}, {"Leads", "", "Edit", false}}};
-    EXPECT_TRUE(list.hasPermission(PermissionKeys::edit));
-    EXPECT_FALSE(list.hasPermission(PermissionKeys::view));
-}
-
 }  // namespace
 }  // namespace tarvo

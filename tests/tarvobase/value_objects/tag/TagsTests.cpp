@@ -122,12 +122,5 @@ TEST_F(TagsTest, AnUnusableAnswerLeavesTheTagsAsTheyAre) {
     EXPECT_EQ(observer->changed, "");
 }
 
-TEST_F(TagsTest, WithoutADatabaseTheServerIsAsked) {
-    configuration().databaseAdapter = nullptr;
-    makeUseCase();
-    network->answer(tagsBody(ValueList{Value(ValueList{"1", "hot"})}));
-    EXPECT_EQ(ask(DataSource::either), "network 1=hot ; ");
-}
-
 }  // namespace
 }  // namespace tarvo
