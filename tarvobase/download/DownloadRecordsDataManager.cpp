@@ -25,7 +25,8 @@ std::shared_ptr<DownloadRecordsDataManager> DownloadRecordsDataManager::make(
                           std::make_shared<DownloadRecordSettingsPersistance>(stores.settings(), stores.userDefaults),
                       .recordPersistance = RecordInDatabase::make(stores.databaseAdapter()),
                       .metadataPersistance = stores.fields(),
-                      .modulePersistance = stores.modules()});
+                      .modulePersistance = stores.modules(),
+                      .answersBesideSync = AnswersBesideSync(stores.scope, stores.userDefaults)});
 }
 
 template <class Work>
@@ -110,6 +111,7 @@ bool DownloadRecordsDataManager::insertRecords(const DownloadedPage& downloaded,
     auto after = before + downloadedCount(downloaded);
     if (after > before) {
         if (!collaborators_.recordPersistance->storePage(downloaded.records, moduleName)) return false;
+        if (auto& beside = collaborators_.answersBesideSync) beside->stored(moduleName, downloaded.info.responseTime);
         auto counted = settings.numberOfRecordsDownloaded(moduleName).value_or(0);
         if (counted >= before && counted < after) settings.storeNumberOfRecordsDownloaded(after, moduleName);
     }

@@ -12,6 +12,7 @@
 #include "tarvobase/download/DownloadRecordsMaxCount.h"
 #include "tarvobase/download/DownloadRecordsNetworkService.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/sync/AnswersBesideSync.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/field/FieldMetadataPersistanceDelegate.h"
 #include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
@@ -62,6 +63,7 @@ public:
         std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
         std::shared_ptr<FieldMetadataPersistanceDelegate> metadataPersistance;
         std::shared_ptr<ModulesPersistanceDelegate> modulePersistance;
+        std::optional<AnswersBesideSync> answersBesideSync{};
     };
     static constexpr std::size_t maximumParallelDownloads = 4;
 

@@ -10,11 +10,16 @@ namespace {
 /// An empty list means that the server has no such record, so that rows which hold no record are not one.
 class OneRecordParser final : public RecordParser<GetRecordInfo> {
 public:
+    explicit OneRecordParser(std::optional<std::int64_t>& responseTime) : responseTime_(responseTime) {}
     Result<std::vector<ValueMap>, ParserError> parseResult(const ValueList& rows, const GetRecordInfo& info) override {
         auto records = RecordParser::parseResult(rows, info);
         if (records && records->empty() && !rows.empty()) return ParserError(ParserError::Case::typeConversionFailed);
+        responseTime_ = info.responseTime;
         return records;
     }
+
+private:
+    std::optional<std::int64_t>& responseTime_;
 };
 
 }  // namespace
@@ -28,8 +33,9 @@ void FetchRecordNetworkService::fetchRecord(RecordFetch fetch) {
 
 void FetchRecordNetworkService::answered(const NetworkAnswer& answer, const RecordFetch& fetch) {
     if (answer.error) return reportFailure(*answer.error);
-    if (auto records = firstEntry(OneRecordParser(), answer.body)) {
-        if (auto listener = recordDelegate.lock()) listener->parsedRecords(*records, fetch);
+    auto answered = fetch;
+    if (auto records = firstEntry(OneRecordParser(answered.responseTime), answer.body)) {
+        if (auto listener = recordDelegate.lock()) listener->parsedRecords(*records, answered);
     } else if (auto handler = errorHandler.lock()) {
         handler->parsingError();
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@ struct RecordFetch {
     std::string recordID;
     Value miscData{};
     std::optional<std::string> formerRecordID{};  ///< the temporary id by which the caller knows the record
+    std::optional<std::int64_t> responseTime{};   ///< of the answer, in milliseconds since 1970
 };
 
 /// Receives the answers of `FetchRecordNetworkService`, on the network queue.

@@ -216,6 +216,7 @@ void GetFilterRecordListDM::networkCompletion(const CallPtr& call, Asked asked,
                                  parts.filterPersistence, parts.userDefaultsUtil}
                        .store(*page, call->view, asked.from, asked.lastAdded);
     if (outcome == Outcome::failed) return call->answers.onError(Failure::unknownError(FailureReason::notStored));
+    if (auto& beside = parts.answersBesideSync) beside->stored(call->view.moduleName, page->info.responseTime);
     auto next = outcome == Outcome::stored ? nextPosition(*call, asked.from) : std::nullopt;
     if (next) return triggerNetworkRequest(call, *next);
     // A long list may take a while to read, and other completions should not wait for it.
@@ -250,7 +251,8 @@ std::shared_ptr<GetFilterRecordListDM> GetFilterRecordListDM::current() {
               .filterRecordDBS = records,
               .recordPersistance = records,
               .unlistedRecords = std::make_shared<UnlistedRecordsInDatabase>(stores),
-              .account = stores.scope.account});
+              .account = stores.scope.account,
+              .answersBesideSync = AnswersBesideSync(stores.scope, stores.userDefaults)});
 }
 
 }  // namespace tarvo

@@ -12,6 +12,7 @@
 #include "tarvobase/metadata/GetModuleInfoDataManager.h"
 #include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/sync/AnswersBesideSync.h"
 #include "tarvobase/transaction/UnlistedRecordsContract.h"
 #include "tarvobase/usecase/AppError.h"
 #include "tarvobase/utils/UserDefaultsUtil.h"
@@ -59,6 +60,7 @@ public:
         std::shared_ptr<RecordPersistanceDelegate> recordPersistance;
         std::shared_ptr<UnlistedRecordsContract> unlistedRecords;
         std::string account;  ///< whose views these are
+        std::optional<AnswersBesideSync> answersBesideSync{};
     };
     explicit GetFilterRecordListDM(Parts parts) : parts(std::move(parts)) {}
     /// Uses the database that is open at this moment and the settings of the account.

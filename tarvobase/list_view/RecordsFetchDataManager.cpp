@@ -45,7 +45,8 @@ std::shared_ptr<RecordsFetchDataManager> RecordsFetchDataManager::current() {
                          .modulePersistance = stores.modules(),
                          .fieldLists = FieldListAssembler::getFieldListDM(adapter),
                          .recordFetchNetworkService = service,
-                         .recordIdAliases = stores.recordIdAliases()});
+                         .recordIdAliases = stores.recordIdAliases(),
+                         .answersBesideSync = AnswersBesideSync(stores.scope, stores.userDefaults)});
     service->errorHandler = manager;
     return manager;
 }
@@ -74,6 +75,7 @@ void RecordsFetchDataManager::getRecord(const Module& module, const std::string&
 void RecordsFetchDataManager::parsedRecords(const std::vector<ValueMap>& records, const RecordFetch& fetch) {
     auto& module = fetch.module.moduleName;
     collaborators.recordPersistance->storeRecord(records, module);
+    if (auto& beside = collaborators.answersBesideSync) beside->stored(module, fetch.responseTime);
     auto listener = delegate.lock();
     if (!listener) return;
     auto fields = collaborators.fieldLists->getFields(module, std::nullopt);

@@ -10,6 +10,7 @@
 #include "tarvobase/list_view/FetchRecordNetworkService.h"
 #include "tarvobase/list_view/GetFilters.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/sync/AnswersBesideSync.h"
 #include "tarvobase/usecase/ErrorProtocols.h"
 #include "tarvobase/value_objects/module/ModulesPersistanceDelegate.h"
 
@@ -61,6 +62,7 @@ public:
         std::shared_ptr<GetFieldListDM> fieldLists;
         std::shared_ptr<FetchRecordNetworkServiceProtocol> recordFetchNetworkService;
         std::shared_ptr<RecordIdAliases> recordIdAliases;
+        std::optional<AnswersBesideSync> answersBesideSync{};
     };
     /// The data manager becomes the service's delegate.
     static std::shared_ptr<RecordsFetchDataManager> make(Collaborators collaborators);

@@ -95,26 +95,30 @@ void RecordSyncSettingsPersistance::storeRound(const SyncRound& round) {
 }
 
 std::optional<SyncRound> RecordSyncSettingsPersistance::getRound(const std::string& moduleName) const {
-    auto map = watermarks().mapOf(moduleName);
-    return roundIn(moduleName, map.find(constants_.LastRound));
+    return roundIn(moduleName, watermarks().mapOf(moduleName));
 }
 
 std::vector<SyncRound> RecordSyncSettingsPersistance::getRounds() const {
     std::vector<SyncRound> rounds;
     auto all = watermarks().all();
-    for (auto& [moduleName, map] : all) {
-        auto stored = map.asMap() ? map.asMap()->find(constants_.LastRound) : nullptr;
-        if (auto round = roundIn(std::string(moduleName), stored)) rounds.push_back(*std::move(round));
+    for (auto& [moduleName, value] : all) {
+        auto map = value.asMap();
+        auto round = map ? roundIn(std::string(moduleName), *map) : std::nullopt;
+        if (round) rounds.push_back(*std::move(round));
     }
     return rounds;
 }
 
-std::optional<SyncRound> RecordSyncSettingsPersistance::roundIn(const std::string& moduleName, const Value* stored) {
+/// The watermark may have gone back since the round.
+std::optional<SyncRound> RecordSyncSettingsPersistance::roundIn(const std::string& moduleName,
+                                                                const ValueMap& map) const {
+    auto stored = map.find(constants_.LastRound);
     if (!stored || !stored->asMap()) return std::nullopt;
     SyncRound round{.moduleName = moduleName};
     forEachField(round, [&](auto name, auto& member) {
         if (name != roundModule) RoundReader{*stored->asMap()}.take(name, member);
     });
+    if (auto time = map.find(constants_.LastModifiedTime)) round.watermark = copyOf(time->asText());
     return round;
 }
 

@@ -77,7 +77,7 @@ public:
     void forgetAll();
 
 private:
-    static std::optional<SyncRound> roundIn(const std::string& moduleName, const Value* stored);
+    std::optional<SyncRound> roundIn(const std::string& moduleName, const ValueMap& map) const;
     ModuleMaps watermarks() const { return {userDefaults_, constants_.ModuleDetails, UserDefaultsGroup::current()}; }
     ModuleMaps counts() const { return {userDefaults_, constants_.ModuleDetails, UserDefaultsGroup::none()}; }
     ModuleMaps rounds() const { return {userDefaults_, constants_.TempKeys, UserDefaultsGroup::current()}; }

@@ -38,6 +38,8 @@ SyncRound::Reason reasonOf(const FailureDetails& failure) {
     }
 }
 
+std::int64_t numberOf(const std::string& watermark) { return text::toInteger(watermark).value_or(0); }
+
 std::int64_t recordCount(const std::optional<WireRecords>& records) {
     return records ? static_cast<std::int64_t>(records->list.leadingItems({})) : 0;
 }
@@ -218,12 +220,12 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::storePage(const SyncRec
 
 /// Another program on the same settings may have finished a round of the module during this one. The pages of both came
 /// in an unknown order, so the next round must go on from the earlier of their times. Returns that time, or nullopt if
-/// no other round has finished.
-std::optional<std::string> RecordsSyncDataManager::watermarkBesideOther(const Round& round) const {
+/// the watermark is still the one with which the round began.
+std::optional<std::int64_t> RecordsSyncDataManager::timeBesideOther(const Round& round) const {
     auto& settings = *collaborators_.recordSyncSettings;
     auto stored = settings.getLastModifiedTime(round.underWay->module.moduleName).value_or("0");
     if (stored == round.lastModifiedTime) return std::nullopt;
-    return std::to_string(std::min(text::toInteger(stored).value_or(0), *round.firstResponseTime));
+    return std::min(numberOf(stored), *round.firstResponseTime);
 }
 
 /// The watermark is the time of the first page: a record that changed after its page was sent would never be asked for
@@ -231,11 +233,12 @@ std::optional<std::string> RecordsSyncDataManager::watermarkBesideOther(const Ro
 void RecordsSyncDataManager::finish(Round& round, const SyncRecordsResponse& page) const {
     auto& module = round.underWay->module;
     round.progress.outcome = Outcome::finished;
-    auto besideOther = watermarkBesideOther(round);
-    if (!round.mustBeRepeated)
-        round.progress.watermark = besideOther.value_or(std::to_string(*round.firstResponseTime));
-    else if (besideOther)
-        round.progress.watermark = round.lastModifiedTime;
+    auto first = *round.firstResponseTime;
+    auto time = round.mustBeRepeated ? numberOf(round.lastModifiedTime)
+                                     : std::min(first, round.underWay->oldestAnswer().value_or(first));
+    auto besideOther = timeBesideOther(round);
+    if (besideOther || !round.mustBeRepeated)
+        round.progress.watermark = std::to_string(std::min(time, besideOther.value_or(time)));
     round.progress.finishedAt = page.resultInfo.responseTime;
     collaborators_.recordSyncSettings->storeRound(round.progress);
     BrenNotificationCenter::shared().notify<SyncObserver>(
@@ -257,9 +260,9 @@ void RecordsSyncDataManager::reportPage(const Round& round, const SyncRecordsRes
 
 void RecordsSyncDataManager::storeBroken(Round& round) const {
     auto& settings = *collaborators_.recordSyncSettings;
-    if (auto watermark = round.firstResponseTime ? watermarkBesideOther(round) : std::nullopt) {
-        round.progress.watermark = watermark;
-        settings.storeLastModifiedTime(*watermark, round.progress.moduleName);
+    if (auto time = round.firstResponseTime ? timeBesideOther(round) : std::nullopt) {
+        round.progress.watermark = std::to_string(*time);
+        settings.storeLastModifiedTime(*round.progress.watermark, round.progress.moduleName);
     }
     settings.storeRound(round.progress);
 }

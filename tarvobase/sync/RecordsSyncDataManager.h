@@ -111,7 +111,7 @@ private:
     bool hasMetadata(const std::string& moduleName) const;
     bool mayBeOvertaken(const SyncRecordsResponse& page) const;
     std::optional<Reason> storePage(const SyncRecordsResponse& page, const std::string& moduleName) const;
-    std::optional<std::string> watermarkBesideOther(const Round& round) const;
+    std::optional<std::int64_t> timeBesideOther(const Round& round) const;
     void finish(Round& round, const SyncRecordsResponse& page) const;
     void storeBroken(Round& round) const;
     void requestPage(const Round& round, std::int64_t from) const;

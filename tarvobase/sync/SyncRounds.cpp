@@ -58,6 +58,15 @@ SyncRoundUnderWay::Runners SyncRounds::end(const Scope& scope, const SyncRoundUn
     return dismissed;
 }
 
+void SyncRounds::noteAnswer(const Scope& scope, const std::string& moduleName, std::int64_t time) {
+    platform::MutexLock lock(mutex_);
+    auto found = entries_.find(keyOf(scope, moduleName));
+    if (found == entries_.end()) return;
+    auto& round = *found->second.round;
+    platform::MutexLock roundLock(round.mutex_);
+    round.oldestAnswer_ = std::min(round.oldestAnswer_.value_or(time), time);
+}
+
 bool SyncRounds::isUnderWay(const Scope& scope, const std::string& moduleName) const {
     platform::MutexLock lock(mutex_);
     return entries_.contains(keyOf(scope, moduleName));

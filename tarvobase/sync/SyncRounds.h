@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -47,6 +48,11 @@ public:
         platform::MutexLock lock(mutex_);
         return progress_;
     }
+    /// Returns the time of the oldest answer beside the round that was stored during it.
+    std::optional<std::int64_t> oldestAnswer() const {
+        platform::MutexLock lock(mutex_);
+        return oldestAnswer_;
+    }
     void setProgress(SyncRound progress) {
         platform::MutexLock lock(mutex_);
         progress_ = std::move(progress);
@@ -58,6 +64,7 @@ private:
     std::atomic<bool> isStopped_ = false;
     mutable platform::Mutex mutex_;
     SyncRound progress_ TARVO_GUARDED_BY(mutex_);
+    std::optional<std::int64_t> oldestAnswer_ TARVO_GUARDED_BY(mutex_);
 };
 
 /// The rounds of this process, of which a module never has two at a time: one that began earlier could store a page
@@ -77,6 +84,9 @@ public:
     /// Ends a round, and starts those that may begin now. Returns the callers whose round was stopped while it waited
     /// for this one: for them this round is the end.
     SyncRoundUnderWay::Runners end(const Scope& scope, const SyncRoundUnderWay& round);
+
+    /// Notes that records of a module were stored which the server sent at this time, outside a round.
+    void noteAnswer(const Scope& scope, const std::string& moduleName, std::int64_t time);
 
     bool isUnderWay(const Scope& scope, const std::string& moduleName) const;
     /// Returns the rounds under way, also those that wait for their turn, by module name.

@@ -51,7 +51,7 @@ protected:
             rows.push_back(R"([["id",")" + std::to_string(id) + R"("],["Company","x"]])");
         bool hasMore = isStuck || from + size < onServer;
         return {R"({"response":{"result":[{"info":{"module":")" + module + R"(","more_records":)" +
-                (hasMore ? "true" : "false") + R"(},"data":[)" + text::join(rows, ",") + "]}]}}"};
+                (hasMore ? "true" : "false") + R"(,"responsetime":50},"data":[)" + text::join(rows, ",") + "]}]}}"};
     }
     std::string download(Limit limit, std::optional<std::vector<Module>> modules = modulesNamed({"Leads"})) {
         requests.clear();
@@ -131,6 +131,13 @@ TEST_F(DownloadRecordsTest, AFailureEndsItsModuleAndKeepsItsProgress) {
     withoutModules->initiateDownload(std::nullopt, Limit::loadMore);
     settle();
     EXPECT_EQ(log->take(), "unableToFetchMetadataError");
+}
+
+TEST_F(DownloadRecordsTest, APageThatIsOlderThanTheLastSyncIsSyncedAgain) {
+    RecordSyncSettingsPersistance sync(Stores::current().userDefaults);
+    sync.storeLastModifiedTime("70", "Leads");
+    download(Limit::loadMore);
+    EXPECT_EQ(sync.getLastModifiedTime("Leads"), "50");
 }
 
 TEST_F(DownloadRecordsTest, RecordsThatTwoDownloadsFetchAtOnceCountOnce) {

@@ -1,6 +1,7 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/SyncObserver.h"
 #include "tarvobase/record_changes/RecordTransactionManager.h"
+#include "tarvobase/sync/AnswersBesideSync.h"
 #include "tarvobase/sync/RecordsSyncUseCases.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
@@ -249,6 +250,24 @@ TEST_F(RecordsSyncTest, TheEarlierTimeCountsIfAnotherProgramFinishesARoundMeanwh
         sync({{.added = listOf({lead("1", "x")}), .info = info}});
         EXPECT_EQ(watermark(), expected);
     }
+}
+
+TEST_F(RecordsSyncTest, TheWatermarkNeverLiesAfterAnAnswerThatCameBesideTheSync) {
+    AnswersBesideSync beside(Stores::current().scope, Stores::current().userDefaults);
+    network->beforeAnswer = [&] { beside.stored("Leads", 80); };
+    sync({{.added = listOf({lead("1", "x")})}});
+    EXPECT_EQ(watermark(), "80") << "an answer during the round";
+    network->beforeAnswer = [] {};
+    sync({{.added = listOf({lead("1", "x")})}});
+    EXPECT_EQ(watermark(), "100");
+    for (auto [time, expected] : {std::pair(120, "100"), {90, "90"}, {95, "90"}}) {
+        beside.stored("Leads", time);
+        EXPECT_EQ(watermark(), expected);
+    }
+    beside.stored("Leads", std::nullopt);
+    beside.stored("Accounts", 10);
+    EXPECT_EQ(watermark(), "90");
+    EXPECT_EQ(settings().getRound("Leads")->watermark, "90");
 }
 
 TEST_F(RecordsSyncTest, OddPagesCostNothingElse) {
