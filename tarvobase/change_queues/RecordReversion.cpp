@@ -1,6 +1,7 @@
 #include "tarvobase/change_queues/RecordReversion.h"
 
 #include <algorithm>
+#include <map>
 
 #include "platform/Json.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
@@ -79,6 +80,34 @@ bool RecordReversion::revertEdits(const std::string& moduleName, const std::stri
     return changed.empty() || write(moduleName, *row, std::move(changed));
 }
 
+/// Returns the payloads that both queues have of a record, in the order in which the changes were made, the add first.
+std::optional<std::vector<RecordReversion::Layer>> RecordReversion::layersOf(
+    const std::string& moduleName, const std::vector<Transaction>& older,
+    const std::vector<NTransaction>& current) const {
+    std::vector<std::string> olderIds, currentIds;
+    for (auto& row : older) olderIds.push_back(row.transactionID);
+    for (auto& row : current) currentIds.push_back(std::to_string(row.id));
+    auto olderEntries = stores_.changeRegister()->entriesOf(ChangeQueue::older, olderIds);
+    auto currentEntries = stores_.changeRegister()->entriesOf(ChangeQueue::current, currentIds);
+    if (!olderEntries || !currentEntries) return std::nullopt;
+    std::map<std::string, std::int64_t> numbers;
+    for (auto entries : {&*olderEntries, &*currentEntries})
+        for (auto& entry : *entries) numbers[entry.transactionId] = entry.number;
+    std::vector<Layer> layers;
+    for (auto& row : older) {
+        bool isAdd = row.operationType == TransactionType::addRecord;
+        bool isTheirs = row.moduleName == moduleName && (isAdd || row.operationType == TransactionType::editRecord);
+        if (auto payload = isTheirs ? ChangePayload::of(row) : std::nullopt)
+            layers.push_back({isAdd, numbers[row.transactionID], *std::move(payload)});
+    }
+    for (auto& row : current)
+        if (createsRecord(row.kind) || depndencyType(row.kind) == RecordDependency::Kind::edit)
+            layers.push_back({createsRecord(row.kind), numbers[std::to_string(row.id)], row.payload});
+    std::stable_sort(layers.begin(), layers.end(),
+                     [](auto& a, auto& b) { return std::pair(!a.isAdd, a.number) < std::pair(!b.isAdd, b.number); });
+    return layers;
+}
+
 /// Returns what the server has of a record, or the values of its add, with the edits over it that are still queued.
 /// Returns nullopt if neither is known. `isRead` says whether the queues could be read.
 std::optional<ValueMap> RecordReversion::formerValues(const std::string& moduleName, const std::string& recordId,
@@ -94,22 +123,16 @@ std::optional<ValueMap> RecordReversion::formerValues(const std::string& moduleN
         former = sides.value()->serverData;
     else if (currentSides && currentSides.value())
         former = currentSides.value()->serverData;
-    auto layOver = [&](const ValueMap& payload, bool isAdd) {
-        if (isAdd && !former)
-            former.emplace();
-        else if (isAdd)
-            return;
-        if (former) RecordSides::layOver(*former, payload, fields);
-    };
-    for (auto& row : older->transactions) {
-        bool isAdd = row.operationType == TransactionType::addRecord;
-        bool isTheirs = row.moduleName == moduleName && (isAdd || row.operationType == TransactionType::editRecord);
-        auto payload = isTheirs ? ChangePayload::of(row) : std::nullopt;
-        if (payload) layOver(*payload, isAdd);
+    auto layers = layersOf(moduleName, older->transactions, current->transactions);
+    if (!layers) {
+        isRead = false;
+        return std::nullopt;
     }
-    for (auto& row : current->transactions)
-        if (createsRecord(row.kind) || depndencyType(row.kind) == RecordDependency::Kind::edit)
-            layOver(row.payload, createsRecord(row.kind));
+    for (auto& layer : *layers) {
+        if (layer.isAdd && former) continue;
+        if (layer.isAdd) former.emplace();
+        if (former) RecordSides::layOver(*former, layer.payload, fields);
+    }
     return former;
 }
 

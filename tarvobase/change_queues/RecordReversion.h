@@ -42,6 +42,14 @@ public:
     const std::set<RecordOf>& outdated() const { return outdated_; }
 
 private:
+    /// What a queued change sets.
+    struct Layer {
+        bool isAdd = false;
+        std::int64_t number = 0;
+        ValueMap payload;
+    };
+    std::optional<std::vector<Layer>> layersOf(const std::string& moduleName, const std::vector<Transaction>& older,
+                                               const std::vector<NTransaction>& current) const;
     std::optional<ValueMap> formerValues(const std::string& moduleName, const std::string& recordId,
                                          const FieldList& fields, bool& isRead) const;
     std::optional<QueuedNTransactions> currentOf(const std::string& recordId) const;

@@ -64,12 +64,13 @@ protected:
     void edit(const Record& record) { ASSERT_TRUE(EditRecordDataManager(*parts).editRecord(record, leads)); }
     void remove(const std::string& id) { ASSERT_TRUE(DeleteRecordDataManager(*parts).deleteRecord(id, leads)); }
     void addToCurrent(Kind kind, const std::string& record, ValueMap payload, const std::string& named) {
-        ASSERT_TRUE(manager->addTransaction({.id = manager->getNewTransactionId(),
-                                             .recordId = record,
-                                             .module = ModuleIdentifier::Case::notes,
-                                             .kind = kind,
-                                             .payload = std::move(payload)},
-                                            {named}, {}));
+        ASSERT_TRUE(manager->addTransaction(
+            {.id = manager->getNewTransactionId(),
+             .recordId = record,
+             .module = kind == Kind::editRecord ? ModuleIdentifier::Case::leads : ModuleIdentifier::Case::notes,
+             .kind = kind,
+             .payload = std::move(payload)},
+            {named}, {}));
     }
     ChangeCancellation cancellation() {
         return ChangeCancellation({.stores = *stores,
@@ -254,6 +255,8 @@ TEST_F(ChangeCancellationTest, ChangesOfOneRecordWaitForEarlierOnesInTheOtherQue
     ASSERT_TRUE(manager->updateError(1, ErrorResponse{.code = "crmINVALID_DATA"}));
     EXPECT_EQ(waiting(), "1: failed, 2: failed, 3:, 4: 3, 5:, 6:, 7: 6, ");
     EXPECT_EQ(next(), "other");
+    EXPECT_EQ(cancel({4}, true).value(), (Numbers{4}));
+    EXPECT_EQ(stored(), R"("7","c","Bonn")") << "what comes last in the order of both is on the screen";
 }
 
 TEST_F(ChangeCancellationTest, ARowThatCannotBeReadHoldsUpNoOther) {
