@@ -3,30 +3,21 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
-#include <string>
-#include <string_view>
 #include <vector>
 
-#include "platform/DispatchQueue.h"
 #include "platform/ThreadSafety.h"
-#include "tarvobase/metadata/Stores.h"
 #include "tarvobase/transaction/ChangeQueueStatus.h"
-#include "tarvobase/transaction/InactiveTransaction.h"
-#include "tarvobase/transaction/RecordIds.h"
 #include "tarvobase/transaction/SendingLock.h"
 #include "tarvobase/transaction/SendingPause.h"
 #include "tarvobase/transaction/TransactionExecutor.h"
-#include "tarvobase/transaction/TransactionIds.h"
-#include "tarvobase/transaction/TransactionManagerContract.h"
-#include "tarvobase/transaction/TransactionWaiters.h"
+#include "tarvobase/transaction/TransactionQueue.h"
 
 namespace tarvo {
 
-/// The current queue of changes: it is filled here, and the schedulers run what it holds through here.
+/// The current queue of changes, with what sends them: the schedulers run what the queue holds through here.
 ///
 /// The life of a transaction:
 ///
@@ -45,33 +36,13 @@ namespace tarvo {
 /// An active transaction with an error stays until it is reset, merged or deleted. Whatever reads the queue and then
 /// writes it is one transaction of the database, which lets one writer in at a time. One process sends at a time: what
 /// is `syncing` while this one has the lock, and not on its way from here, was left by a process that has ended.
-class TransactionManagerAbstract : public virtual TransactionManagerAbstractContract, public TransactionRunner {
+class TransactionManagerAbstract : public TransactionQueue, public TransactionRunner {
 public:
-    /// The settings keep the counters.
-    TransactionManagerAbstract(const Stores& stores, std::shared_ptr<UserDefaultsProtocol> userDefaults);
-    ~TransactionManagerAbstract() override;
-
-    std::int64_t getNewTransactionId() override { return transactionIds_.getNewTransactionId(); }
-    void resetTransactionId() override { transactionIds_.resetTransactionId(); }
-    /// Returns "NEW_" and nine digits.
-    std::string getNewRecordId() override;
-    void resetRecordId() override { recordIds_.resetRecordId(); }
+    using TransactionQueue::TransactionQueue;
 
     void startSync() override;
     void stopSync() override;
     bool initialize() override;
-
-    using TransactionManagerAbstractContract::addMergedTransaction;
-    bool addTransactions(const std::vector<NTransaction>& transactions, const Dependencies& dependencies) override;
-    bool addMergedTransaction(const NTransaction& transaction, const Dependencies& dependencies,
-                              const Ids& mergedTransactions, Attempts attempts) override;
-    bool activateAllInactiveTransactions() override;
-    bool activateTransactionWithId(std::int64_t id) override;
-    bool deleteTransactionWithIds(const Ids& ids) override;
-    bool deleteTransactionWithRecordId(const std::string& recordId) override;
-    bool replaceRecordIdentifiers(const Identifiers& identifiers, std::int64_t transactionId) override;
-    bool resetTransaction(std::int64_t id) override;
-    bool updateError(std::int64_t id, const ErrorResponse& error) override;
 
     SendingLock::Share begin() override;
     bool noteStart(const NTransaction& transaction) override;
@@ -81,7 +52,7 @@ public:
     /// Returns how many transactions were started so far.
     std::int64_t startCount() const { return startCount_; }
     /// Lets both schedulers look for something to send, and ends a wait for the server.
-    void wake();
+    void wake() override;
     /// Calls back on a background queue once nothing is on its way and nothing can go at the moment.
     void whenResting(std::function<void()> callback);
 
@@ -94,31 +65,14 @@ public:
     std::function<void(const NTransaction& transaction)> lateEditAccepted;
     /// Called after a result was stored, on any thread: it may let changes of the older queue go.
     std::function<void()> resultStored;
-    /// Tells whether something outside the database is kept under a new id, which then must not be used.
-    std::function<bool(const std::string& recordId)> isRecordIdTaken;
     std::shared_ptr<TransactionExecutorDIContract> transactionExecutorDI;
     std::shared_ptr<TransactionSchedulerContract> attachmentScheduler;
     std::shared_ptr<TransactionSchedulerContract> normalScheduler;
     /// Shared with whatever else sends changes of the database.
     std::shared_ptr<SendingLock> sendingLock = std::make_shared<SendingLock>();
 
-protected:
-    /// Runs `steps` as one transaction of the database.
-    bool inOneCommit(std::string_view name, platform::FunctionRef<bool()> steps);
-
-    const Stores stores_;
-    const std::shared_ptr<TransactionPersistence> txnPersistence_;
-    const std::shared_ptr<TransactionDependencyPersistence> txnDependencyPersistence_;
-
 private:
-    void hold(const NTransaction& transaction);
-    bool activate(const Ids& ids);
-    bool isBeingSent(std::int64_t id) const;
-    bool canBeMerged(const Ids& ids, const NTransaction& survivor);
-    bool keepNumberOfAdd(const NTransaction& survivor, const std::vector<NTransaction>& merged);
-    bool takeOut(const std::vector<NTransaction>& transactions);
-    bool endInRegister(const std::vector<NTransaction>& transactions, ChangeOutcome outcome);
-    bool reset(std::int64_t id, std::int64_t syncAttempt);
+    bool isBeingSent(std::int64_t id) const override;
     void settle(const NTransaction& transaction, const TransactionResult& result);
     bool storeSuccess(const NTransaction& transaction, const TransactionResult& result);
     bool storeFailure(const NTransaction& transaction, const TransactionResult& result);
@@ -128,13 +82,7 @@ private:
     std::optional<Ids> unanswered() const;
     bool sendAgain(const Ids& ids);
     std::function<void()> wakeLater();
-    void runSchedulers();
-
-    TransactionIds transactionIds_;
-    const TransactionWaiters waiters_;
-    RecordIds recordIds_;
-    InactiveTransaction inactiveTransactionTracker_;
-    const std::shared_ptr<DispatchQueue> timerQueue_ = DispatchQueue::serial("com.tarvo.txn.timer");
+    void runSchedulers() override;
 
     SendingPause pause_;
     std::atomic<std::int64_t> startCount_ = 0;
