@@ -6,6 +6,7 @@
 #include "tarvobase/notes/internal/AddNoteDM.h"
 #include "tarvobase/notes/internal/EditNoteDM.h"
 #include "tarvobase/record_changes/execution/RecordExecutors.h"
+#include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/transaction/TransactionScheduler.h"
 
 namespace tarvo {
@@ -45,6 +46,9 @@ std::shared_ptr<TransactionManager> TransactionAssembler::getTransactionManager(
     manager->sendingLock = std::move(sendingLock);
     manager->transactionExecutorDI = executorsOf(stores, manager);
     NotesAssembler::moveSoundsLeftBehind(stores);
+    manager->editSettled = [stores](auto& edit, auto number) {
+        return SupersededEdits::leaveOutAccepted(stores, edit, number);
+    };
     manager->isRecordIdTaken = NotesAssembler::hasSound;
     manager->attachmentScheduler = makeTransactionSynchronizer(true, stores, manager);
     manager->normalScheduler = makeTransactionSynchronizer(false, stores, manager);

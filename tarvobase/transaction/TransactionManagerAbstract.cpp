@@ -240,8 +240,9 @@ bool TransactionManagerAbstract::storeSuccess(const NTransaction& transaction, c
                                               takeOut({transaction});
     if (!isStored || !endInRegister({ended}, ChangeOutcome::accepted)) return false;
     // One that was taken out while it was on its way is settled already.
-    bool isLateEdit = entries->empty() && depndencyType(transaction.kind) == RecordDependency::Kind::edit;
-    if (isLateEdit && lateEditAccepted) afterCommit([notify = lateEditAccepted, ended] { notify(ended); });
+    bool isEdit = depndencyType(transaction.kind) == RecordDependency::Kind::edit, isLate = entries->empty();
+    if (isEdit && !isLate && editSettled && !editSettled(transaction, entries->front().number)) return false;
+    if (isEdit && isLate && lateEditAccepted) afterCommit([notify = lateEditAccepted, ended] { notify(ended); });
     if (!entries->empty())
         afterCommit(
             [change = Change::of(ended, entries->front()), formerId] { changeNotices::accepted(change, formerId); });

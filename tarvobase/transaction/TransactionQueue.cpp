@@ -93,7 +93,9 @@ bool TransactionQueue::addMergedTransaction(const NTransaction& transaction, con
         auto merged = txnPersistence_->getTransactionsWithIds(others);
         if (!former || !merged || !txnPersistence_->addMergedTransaction(transaction, left, mergedTransactions))
             return false;
-        if (!keepNumberOfAdd(transaction, *merged)) return false;
+        if (!settleEdits(transaction, *former) || !settleEdits(transaction, *merged) ||
+            !keepNumberOfAdd(transaction, *merged))
+            return false;
         bool isSamePayload = !former->empty() && former->front().payload == transaction.payload;
         auto entry = stores_.changeRegister()->enter(ChangeQueue::current, std::to_string(transaction.id));
         if (!entry || !endInRegister(*merged, ChangeOutcome::merged)) return false;
@@ -101,6 +103,16 @@ bool TransactionQueue::addMergedTransaction(const NTransaction& transaction, con
         for (auto id : others) afterCommit([this, id] { inactiveTransactionTracker_.removeTransactionInfo(id); });
         afterCommit([this] { wake(); });
         return reset(transaction.id, attempts == Attempts::keep ? transaction.syncAttempt : 0);
+    });
+}
+
+/// An add goes before all other changes of its record, also before those that were made between it and the edit.
+bool TransactionQueue::settleEdits(const NTransaction& survivor, const std::vector<NTransaction>& folded) {
+    if (!editSettled || !createsRecord(survivor.kind)) return true;
+    return std::all_of(folded.begin(), folded.end(), [&](auto& each) {
+        if (depndencyType(each.kind) != RecordDependency::Kind::edit) return true;
+        auto entries = stores_.changeRegister()->entriesOf(ChangeQueue::current, textsOf({each.id}));
+        return entries && (entries->empty() || editSettled(each, entries->front().number));
     });
 }
 

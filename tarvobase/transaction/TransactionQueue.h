@@ -43,8 +43,11 @@ public:
     bool resetTransaction(std::int64_t id) override;
     bool updateError(std::int64_t id, const ErrorResponse& error) override;
 
-    // The assembler sets this before the first use.
+    // The assembler sets these before the first use.
 
+    /// Called in the commit in which an edit is accepted or becomes a part of an add: edits of the older queue that
+    /// were made before it must not undo it. Returns false if the database refuses.
+    std::function<bool(const NTransaction& edit, std::int64_t number)> editSettled;
     /// Tells whether something outside the database is kept under a new id, which then must not be used.
     std::function<bool(const std::string& recordId)> isRecordIdTaken;
 
@@ -73,6 +76,7 @@ private:
     void hold(const NTransaction& transaction);
     bool activate(const Ids& ids);
     bool canBeMerged(const Ids& ids, const NTransaction& survivor);
+    bool settleEdits(const NTransaction& survivor, const std::vector<NTransaction>& folded);
     bool keepNumberOfAdd(const NTransaction& survivor, const std::vector<NTransaction>& merged);
 
     TransactionIds transactionIds_;

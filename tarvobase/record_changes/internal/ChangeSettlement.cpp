@@ -59,12 +59,14 @@ bool ChangeSettlement::settle(const std::vector<AnsweredChange>& changes) const 
         if (change.answer.outcome == Outcome::accepted)
             fetch_(change.sent.moduleName, change.sent.recordID, RecordRefetch::Reason::acceptance);
     std::set<std::string> queued;
+    bool areAwaited = false;
     bool areStored = database && database->transaction("answers to changes", [&] {
         FieldListMemory memory;
-        return readQueued(changes, queued) && store(changes);
+        areAwaited = areOfCurrentQueue(changes);
+        return readQueued(changes, queued) && store(changes) && (!areAwaited || leaveOutOfCurrent(changes));
     });
     if (!areStored) return false;
-    if (isAwaited(changes)) wakeCurrentQueue();
+    if (areAwaited) wakeCurrentQueue();
     for (auto& change : changes) {
         if (change.answer.outcome == Outcome::noAnswer) continue;
         // The delete that has dropped a change meanwhile has notified of it.
@@ -211,13 +213,20 @@ bool ChangeSettlement::goesOn(const std::string& recordId) const {
 }
 
 /// Returns whether the current queue has changes of the same records, which the older queue may have held up.
-bool ChangeSettlement::isAwaited(const std::vector<AnsweredChange>& changes) const {
+bool ChangeSettlement::areOfCurrentQueue(const std::vector<AnsweredChange>& changes) const {
     std::vector<std::string> recordIds;
     for (auto& change : changes)
         if (change.answer.outcome != Outcome::noAnswer) recordIds.push_back(change.sent.recordID);
     auto others =
         stores_.currentTransactions()->getTransactionIdsWithRecordIds(recordIds, kindsWhere([](auto) { return true; }));
     return !others || !others->empty();
+}
+
+bool ChangeSettlement::leaveOutOfCurrent(const std::vector<AnsweredChange>& changes) const {
+    return std::all_of(changes.begin(), changes.end(), [&](auto& change) {
+        bool isAccepted = change.answer.outcome == Outcome::accepted && change.sent.operationType == T::editRecord;
+        return !isAccepted || SupersededEdits::leaveOutOfCurrent(stores_, change.sent, change.entry.number);
+    });
 }
 
 /// What comes after the commit.

@@ -57,7 +57,8 @@ private:
     bool tidyRest(const AnsweredChange& change, const std::string& recordId) const;
     void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool goesOn(const std::string& recordId) const;
-    bool isAwaited(const std::vector<AnsweredChange>& changes) const;
+    bool areOfCurrentQueue(const std::vector<AnsweredChange>& changes) const;
+    bool leaveOutOfCurrent(const std::vector<AnsweredChange>& changes) const;
     void follow(const AnsweredChange& change) const;
 
     const Stores stores_;

@@ -1,7 +1,9 @@
 #include "tarvobase/record_changes/internal/SupersededEdits.h"
 
 #include <algorithm>
+#include <limits>
 
+#include "platform/Json.h"
 #include "tarvobase/record_changes/internal/ChangePayload.h"
 #include "tarvobase/record_changes/internal/EndedChanges.h"
 #include "tarvobase/record_changes/internal/QueuedChange.h"
@@ -23,9 +25,24 @@ bool storeShorter(const Stores& stores, Transaction failed, const ValueMap& payl
     auto entries = changes->entriesOf(ChangeQueue::older, {failed.transactionID});
     failed.dataJSON = ChangePayload::body(payload);
     if (!entries || !failed.dataJSON || !stores.transactions()->storeTransaction(failed)) return false;
-    if (entries->empty() || !entries->front().isKnownToBeRefused()) return true;
+    if (entries->empty()) return true;
     auto& entry = entries->front();
+    bool isReadyAgain = !entry.lastRefusal && entry.sends > 0 && !entry.mayHaveArrived();
+    if (isReadyAgain) return changes->renewKey(entry.number).has_value();
+    if (!entry.isKnownToBeRefused()) return true;
     return changes->renewKey(entry.number) && changes->noteRefusal(entry.number, *entry.lastRefusal, false);
+}
+
+/// Returns what is left of a payload after those columns have gone that another one sets. The id stays.
+ValueMap withoutThoseOf(ValueMap payload, const ValueMap& other) {
+    for (auto& entry : other)
+        if (entry.name != RecordConstants::FieldAPINames::Id) payload.remove(entry.name);
+    return payload;
+}
+
+bool isOnlyId(const ValueMap& payload) {
+    return std::all_of(payload.begin(), payload.end(),
+                       [](auto& entry) { return entry.name == RecordConstants::FieldAPINames::Id; });
 }
 
 }  // namespace
@@ -37,9 +54,7 @@ bool SupersededEdits::leaveOut(const Stores& stores, const Transaction& failed,
     auto rest = *payload;
     for (auto& other : others) {
         auto set = isLaterEdit(other, failed) ? ChangePayload::of(other) : std::nullopt;
-        if (!set) continue;
-        for (auto& entry : *set)
-            if (entry.name != RecordConstants::FieldAPINames::Id) rest.remove(entry.name);
+        if (set) rest = withoutThoseOf(std::move(rest), *set);
     }
     if (rest.size() == payload->size()) return true;
     // The id of the record is always left.
@@ -52,6 +67,51 @@ bool SupersededEdits::leaveOutAccepted(const Stores& stores, const Transaction& 
     return std::all_of(rows.begin(), rows.end(), [&](auto& row) {
         bool isFailedEdit = row.operationType == TransactionType::editRecord && QueuedChange(row).hasFailed();
         return !isFailedEdit || leaveOut(stores, row, {accepted});
+    });
+}
+
+bool SupersededEdits::leaveOutAccepted(const Stores& stores, const NTransaction& accepted, std::int64_t number) {
+    auto queued = stores.transactions()->getTransactions(accepted.recordId);
+    if (!queued) return false;
+    Transaction later{.recordID = accepted.recordId,
+                      .moduleName = accepted.module.rawValue(),
+                      .operationType = TransactionType::editRecord,
+                      .dataJSON = ChangePayload::body(accepted.payload),
+                      .transactionTime = std::numeric_limits<std::int64_t>::max()};
+    return std::all_of(queued->transactions.begin(), queued->transactions.end(), [&](auto& row) {
+        if (row.operationType != TransactionType::editRecord) return true;
+        auto entries = stores.changeRegister()->entriesOf(ChangeQueue::older, {row.transactionID});
+        if (!entries) return false;
+        if (entries->empty() || entries->front().number > number) return true;
+        QueuedChange change(row);
+        bool isUnsent = change.hasFailed() || (change.isReady() && !entries->front().mayHaveArrived());
+        return !isUnsent || leaveOut(stores, row, {later});
+    });
+}
+
+/// What the server may have applied stays as it is: it can only be repeated.
+bool SupersededEdits::leaveOutOfCurrent(const Stores& stores, const Transaction& accepted, std::int64_t number) {
+    auto payload = ChangePayload::of(accepted);
+    auto changes = stores.changeRegister();
+    auto rows = stores.currentTransactions();
+    auto queued = rows->getTransactionsOfRecords(
+        {accepted.recordID}, kindsWhere([](auto kind) { return depndencyType(kind) == RecordDependency::Kind::edit; }));
+    if (!queued || !payload) return queued.has_value();
+    return std::all_of(queued->transactions.begin(), queued->transactions.end(), [&](auto& row) {
+        auto id = std::to_string(row.id);
+        auto entries = changes->entriesOf(ChangeQueue::current, {id});
+        if (!entries) return false;
+        bool isEarlier = !entries->empty() && entries->front().number < number;
+        auto rest = withoutThoseOf(row.payload, *payload);
+        if (!isEarlier || !row.errorResponse || entries->front().mayHaveArrived() || rest == row.payload) return true;
+        if (isOnlyId(rest))
+            return rows->deleteTransactionWithIds({row.id}) &&
+                   changes->end(ChangeQueue::current, {{id, row.module.rawValue(), row.recordId}},
+                                ChangeOutcome::merged);
+        auto& entry = entries->front();
+        auto text = json::write(rest);
+        return text && rows->update({}, {{row.id, *text}}) && (entry.sends == 0 || changes->renewKey(entry.number)) &&
+               (!entry.lastRefusal || changes->noteRefusal(entry.number, *entry.lastRefusal, false));
     });
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "tarvobase/metadata/Stores.h"
+#include "tarvobase/value_objects/transaction/NTransaction.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
 namespace tarvo {
@@ -18,6 +20,12 @@ struct SupersededEdits {
     /// accepted that edit, whose own row is gone then.
     static bool leaveOutAccepted(const Stores& stores, const Transaction& accepted,
                                  const std::vector<Transaction>& rows);
+    /// Does the same to the edits of the record in the older queue that were made before an edit of the current one and
+    /// are not at the server. Call it when the server has accepted that edit, or when it has become a part of the add.
+    static bool leaveOutAccepted(const Stores& stores, const NTransaction& accepted, std::int64_t number);
+    /// Does the same to the failed edits of the record in the current queue that were made before an edit of the older
+    /// one.
+    static bool leaveOutOfCurrent(const Stores& stores, const Transaction& accepted, std::int64_t number);
 };
 
 }  // namespace tarvo

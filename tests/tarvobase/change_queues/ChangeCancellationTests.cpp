@@ -5,6 +5,7 @@
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/RecordChangedObserver.h"
 #include "tarvobase/record_changes/RecordChanges.h"
+#include "tarvobase/record_changes/internal/SupersededEdits.h"
 #include "tarvobase/transaction/ChangeQueueObserver.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
@@ -267,6 +268,28 @@ TEST_F(ChangeCancellationTest, ARowThatCannotBeReadHoldsUpNoOther) {
     EXPECT_EQ(stored(), R"("7","server","Bonn")");
     remove("7");
     EXPECT_EQ(numbersLeft(), "2 3 ");
+}
+
+TEST_F(ChangeCancellationTest, AnAcceptedEditIsNotUndoneByAnEarlierOneOfTheOtherQueue) {
+    edit(lead("7", {{"Company", "a"}, {"City", "x"}}));                        // 1
+    addToCurrent(Kind::editRecord, "7", {{"id", "7"}, {"Company", "b"}}, "");  // 2
+    edit(lead("7", {{"Company", "c"}}));                                       // 3
+    auto older = [&] { return stores->transactions()->getTransactions("7")->transactions; };
+    auto current = [&] { return *stores->currentTransactions()->getTransactionsWithRecordIds({"7"}); };
+    auto second = current().front();
+    auto third = older().back();
+    ASSERT_TRUE(
+        stores->transactions()->updateTransaciton(older().front().transactionID, std::nullopt, std::nullopt, "error"));
+    ASSERT_TRUE(manager->updateError(second.id, ErrorResponse{.code = "crmINVALID_DATA"}));
+    ASSERT_TRUE(manager->editSettled(second, 2));
+    EXPECT_EQ(older().front().dataJSON->text(), R"({"data":[{"id":"7","City":"x"}]})");
+    EXPECT_EQ(older().back(), third) << "what was made after it stays";
+    ASSERT_TRUE(SupersededEdits::leaveOutOfCurrent(*stores, older().front(), 1));
+    EXPECT_EQ(current().front().payload, second.payload);
+    ASSERT_TRUE(SupersededEdits::leaveOutOfCurrent(*stores, third, 3));
+    EXPECT_TRUE(current().empty()) << "nothing is left of it";
+    EXPECT_EQ(numbersLeft(), "1 3 ");
+    EXPECT_EQ(outcomes({2}), "merged ");
 }
 
 }  // namespace tarvo
