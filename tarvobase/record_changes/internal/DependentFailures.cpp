@@ -37,18 +37,18 @@ void addArriving(const Stores& stores, std::int64_t place, std::set<std::string>
 
 std::optional<std::vector<std::string>> freeDependents(const Stores& stores, const std::string& recordId,
                                                        std::int64_t transactionNumber) {
-    auto queued = stores.transactions()->getTransactions();
-    auto entries = stores.changeRegister()->entries();
-    if (!queued || !entries) return std::nullopt;
     TransactionWaiters waiters(stores);
-    FreeText freeText(stores);
     if (transactionNumber && !waiters.recover(transactionNumber)) return std::nullopt;
+    auto entries = stores.changeRegister()->refusedWith(ErrorResponse::dependingTransactionFailed().code);
+    if (!entries) return std::nullopt;
+    if (entries->empty()) return std::vector<std::string>();
+    auto queued = stores.transactions()->getTransactions();
+    if (!queued) return std::nullopt;
+    FreeText freeText(stores);
     std::map<std::string, const ChangeEntry*> failed;
     std::set<std::string> arriving{recordId};
     if (transactionNumber) addArriving(stores, transactionNumber, arriving);
-    for (auto& entry : *entries)
-        if (entry.lastRefusal && entry.lastRefusal->code == ErrorResponse::dependingTransactionFailed().code)
-            failed[entry.transactionId] = &entry;
+    for (auto& entry : *entries) failed[entry.transactionId] = &entry;
     std::vector<std::string> freed;
     for (bool foundMore = true; foundMore;) {
         foundMore = false;

@@ -66,6 +66,8 @@ public:
     virtual Entries entries() = 0;
     /// Returns the entries that exist of these changes of a queue, in the order of their numbers.
     virtual Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) = 0;
+    /// Returns the entries of the register's organisation whose last refusal has this code.
+    virtual Entries refusedWith(const std::string& code) = 0;
     /// Returns the entries of the register's organisation whose last send got no answer, of one queue.
     virtual Entries unanswered(ChangeQueue queue) = 0;
     /// Counts one more send of each of these changes.

@@ -126,6 +126,11 @@ ChangeRegister::Entries ChangeRegisterInDatabase::entriesOf(ChangeQueue queue,
     return entriesWhere(areOfQueue(queue, transactionIds));
 }
 
+ChangeRegister::Entries ChangeRegisterInDatabase::refusedWith(const std::string& code) {
+    return entriesWhere(Criteria::and_(
+        {columnIs(changeColumns::refusalCode, code), columnIs(changeColumns::organisation, organisation_)}));
+}
+
 ChangeRegister::Entries ChangeRegisterInDatabase::unanswered(ChangeQueue queue) {
     return entriesWhere(Criteria::and_({columnIs(changeColumns::queue, std::string(rawText(queue))),
                                         columnIs(changeColumns::refusalCode, ErrorResponse::noAnswer("").code),

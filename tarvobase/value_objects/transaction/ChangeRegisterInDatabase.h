@@ -21,6 +21,7 @@ public:
     std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) override;
     Entries entries() override;
     Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
+    Entries refusedWith(const std::string& code) override;
     Entries unanswered(ChangeQueue queue) override;
     bool noteSends(const std::vector<std::int64_t>& numbers) override { return addTo("sends", 1, numbers); }
     bool takeBackSends(const std::vector<std::int64_t>& numbers) override { return addTo("sends", -1, numbers); }
