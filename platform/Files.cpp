@@ -166,7 +166,7 @@ bool copyAtomically(const std::string& from, const std::string& to) {
             errno = error.value();
             return false;
         }
-        Descriptor copied(temporary, O_WRONLY);
+        Descriptor copied(temporary, O_RDONLY);  // it has the mode of the original
         return copied.isOpen() && copied.flush() && copied.close();
     });
 }

@@ -72,6 +72,19 @@ TEST_F(FilesTest, AFailedWriteLeavesTheOldStateAndIsLoggedWithoutContent) {
     for (auto& line : log.lines()) EXPECT_THAT(line, Not(HasSubstr("confidential")));
 }
 
+TEST_F(FilesTest, ACopyIsWholeOrLeavesTheOldState) {
+    auto from = folder.file("from"), to = folder.file("to");
+    ASSERT_TRUE(files::writeAtomically(from, std::string(300'000, 'x')));
+    ASSERT_EQ(::chmod(from.c_str(), 0400), 0);
+    EXPECT_TRUE(files::copyAtomically(from, to));
+    EXPECT_EQ(files::size(to), 300'000u);
+    ASSERT_TRUE(files::createDirectories(folder.file("folder")));
+    for (auto& other : {folder.file("missing"), folder.file("folder")}) EXPECT_FALSE(files::copyAtomically(other, to));
+    EXPECT_EQ(files::size(to), 300'000u);
+    EXPECT_EQ(entries(), 3u);
+    log.expectWarning("Cannot write ");
+}
+
 TEST_F(FilesTest, FoldersAreTheOwnersAloneAndNeverReplaceAFile) {
     log.expectWarning("Cannot create ");
     EXPECT_TRUE(files::createDirectories(folder.file("a/b")));
