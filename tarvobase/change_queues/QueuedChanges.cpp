@@ -246,6 +246,7 @@ std::optional<QueuedChanges::Numbers> QueuedChanges::retry(const Numbers& number
 
 bool QueuedChanges::retryOlder(const Change& listed) const {
     auto rows = stores_.transactions();
+    if (!SupersededEdits::leaveOutBetweenQueues(stores_, listed.recordId)) return false;
     auto row = rows->getTransaction(listed.transactionId);
     if (!row) return false;
     // Nothing was left of an edit that an add before it has freed.
@@ -267,8 +268,11 @@ bool QueuedChanges::retryOlder(const Change& listed) const {
 bool QueuedChanges::retryCurrent(const Change& listed) const {
     auto rows = stores_.currentTransactions();
     auto id = text::toInteger(listed.transactionId).value_or(0);
+    if (!SupersededEdits::leaveOutBetweenQueues(stores_, listed.recordId)) return false;
     auto stored = rows->getTransactionsWithIds({id});
-    if (!stored || stored->empty()) return false;
+    if (!stored) return false;
+    // Nothing was left of it.
+    if (stored->empty()) return true;
     return rows->clearError({id}) && stores_.changeRegister()->forgetRefusal(listed.number) &&
            rows->setSyncAttempt(0, NTransaction::Status::active(), id) && TransactionWaiters(stores_).recover(id) &&
            (!createsRecord(stored->front().kind) || freeDependents(stores_, listed.recordId, 0));

@@ -45,6 +45,26 @@ bool isOnlyId(const ValueMap& payload) {
                        [](auto& entry) { return entry.name == RecordConstants::FieldAPINames::Id; });
 }
 
+/// `alsoReady` counts those as well that wait to be sent.
+bool leaveOutOfOlder(const Stores& stores, const NTransaction& accepted, std::int64_t number, bool alsoReady) {
+    auto queued = stores.transactions()->getTransactions(accepted.recordId);
+    if (!queued) return false;
+    Transaction later{.recordID = accepted.recordId,
+                      .moduleName = accepted.module.rawValue(),
+                      .operationType = TransactionType::editRecord,
+                      .dataJSON = ChangePayload::body(accepted.payload),
+                      .transactionTime = std::numeric_limits<std::int64_t>::max()};
+    return std::all_of(queued->transactions.begin(), queued->transactions.end(), [&](auto& row) {
+        if (row.operationType != TransactionType::editRecord) return true;
+        auto entries = stores.changeRegister()->entriesOf(ChangeQueue::older, {row.transactionID});
+        if (!entries) return false;
+        if (entries->empty() || entries->front().number > number) return true;
+        QueuedChange change(row);
+        bool isUnsent = change.hasFailed() || (alsoReady && change.isReady() && !entries->front().mayHaveArrived());
+        return !isUnsent || SupersededEdits::leaveOut(stores, row, {later});
+    });
+}
+
 }  // namespace
 
 bool SupersededEdits::leaveOut(const Stores& stores, const Transaction& failed,
@@ -71,25 +91,10 @@ bool SupersededEdits::leaveOutAccepted(const Stores& stores, const Transaction& 
 }
 
 bool SupersededEdits::leaveOutAccepted(const Stores& stores, const NTransaction& accepted, std::int64_t number) {
-    auto queued = stores.transactions()->getTransactions(accepted.recordId);
-    if (!queued) return false;
-    Transaction later{.recordID = accepted.recordId,
-                      .moduleName = accepted.module.rawValue(),
-                      .operationType = TransactionType::editRecord,
-                      .dataJSON = ChangePayload::body(accepted.payload),
-                      .transactionTime = std::numeric_limits<std::int64_t>::max()};
-    return std::all_of(queued->transactions.begin(), queued->transactions.end(), [&](auto& row) {
-        if (row.operationType != TransactionType::editRecord) return true;
-        auto entries = stores.changeRegister()->entriesOf(ChangeQueue::older, {row.transactionID});
-        if (!entries) return false;
-        if (entries->empty() || entries->front().number > number) return true;
-        QueuedChange change(row);
-        bool isUnsent = change.hasFailed() || (change.isReady() && !entries->front().mayHaveArrived());
-        return !isUnsent || leaveOut(stores, row, {later});
-    });
+    return leaveOutOfOlder(stores, accepted, number, true);
 }
 
-/// What the server may have applied stays as it is: it can only be repeated.
+/// What the server may have applied keeps its key, as in the older queue.
 bool SupersededEdits::leaveOutOfCurrent(const Stores& stores, const Transaction& accepted, std::int64_t number) {
     auto payload = ChangePayload::of(accepted);
     auto changes = stores.changeRegister();
@@ -101,18 +106,38 @@ bool SupersededEdits::leaveOutOfCurrent(const Stores& stores, const Transaction&
         auto id = std::to_string(row.id);
         auto entries = changes->entriesOf(ChangeQueue::current, {id});
         if (!entries) return false;
-        bool isEarlier = !entries->empty() && entries->front().number < number;
+        if (entries->empty() || entries->front().number > number || !row.errorResponse) return true;
+        auto& entry = entries->front();
         auto rest = withoutThoseOf(row.payload, *payload);
-        if (!isEarlier || !row.errorResponse || entries->front().mayHaveArrived() || rest == row.payload) return true;
+        // One without an answer is sent again by itself, and what comes after it waits.
+        if (rest == row.payload || (entry.lastRefusal && entry.lastRefusal->isNoAnswer())) return true;
         if (isOnlyId(rest))
             return rows->deleteTransactionWithIds({row.id}) &&
                    changes->end(ChangeQueue::current, {{id, row.module.rawValue(), row.recordId}},
                                 ChangeOutcome::merged);
-        auto& entry = entries->front();
         auto text = json::write(rest);
-        return text && rows->update({}, {{row.id, *text}}) && (entry.sends == 0 || changes->renewKey(entry.number)) &&
+        if (!text || !rows->update({}, {{row.id, *text}})) return false;
+        if (entry.sends == 0 || entry.mayHaveArrived()) return true;
+        return changes->renewKey(entry.number) &&
                (!entry.lastRefusal || changes->noteRefusal(entry.number, *entry.lastRefusal, false));
     });
+}
+
+bool SupersededEdits::leaveOutBetweenQueues(const Stores& stores, const std::string& recordId) {
+    auto older = stores.transactions()->getTransactions(recordId);
+    auto current = stores.currentTransactions()->getTransactionsOfRecords(
+        {recordId}, kindsWhere([](auto kind) { return depndencyType(kind) == RecordDependency::Kind::edit; }));
+    if (!older || !current) return false;
+    auto register_ = stores.changeRegister();
+    bool areLeftOut = std::all_of(current->transactions.begin(), current->transactions.end(), [&](auto& edit) {
+        auto entries = register_->entriesOf(ChangeQueue::current, {std::to_string(edit.id)});
+        return entries && (entries->empty() || leaveOutOfOlder(stores, edit, entries->front().number, false));
+    });
+    return areLeftOut && std::all_of(older->transactions.begin(), older->transactions.end(), [&](auto& row) {
+               if (row.operationType != TransactionType::editRecord) return true;
+               auto entries = register_->entriesOf(ChangeQueue::older, {row.transactionID});
+               return entries && (entries->empty() || leaveOutOfCurrent(stores, row, entries->front().number));
+           });
 }
 
 }  // namespace tarvo

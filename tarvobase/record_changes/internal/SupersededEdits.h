@@ -26,6 +26,9 @@ struct SupersededEdits {
     /// Does the same to the failed edits of the record in the current queue that were made before an edit of the older
     /// one.
     static bool leaveOutOfCurrent(const Stores& stores, const Transaction& accepted, std::int64_t number);
+    /// Does the same to all failed edits of a record that are to be tried again: a later one of the other queue may be
+    /// on its way already.
+    static bool leaveOutBetweenQueues(const Stores& stores, const std::string& recordId);
 };
 
 }  // namespace tarvo
