@@ -12,6 +12,7 @@
 #include "tarvobase/records/RecordUtil.h"
 #include "tarvobase/records/SharedActivities.h"
 #include "tarvobase/records/sql/DeletedRecords.h"
+#include "tarvobase/sync/AnswersBesideSync.h"
 #include "tarvobase/transaction/ChangeNotices.h"
 #include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
@@ -48,6 +49,9 @@ void RecordRefetch::parsedRecords(const std::vector<ValueMap>& records, const Re
         bool isStored =
             stores_.databaseAdapter()->transaction("store a fetched record", [&] { return store(record, module); });
         if (!isStored) platform::log(platform::LogLevel::warning, "changes", "a fetched record could not be stored");
+        AnswersBesideSync answers(stores_.scope, stores_.userDefaults);
+        for (auto& each : SharedActivities::modulesOf(*stores_.databaseAdapter(), module))
+            answers.stored(each, fetch.responseTime);
         return;
     }
 }
