@@ -80,11 +80,12 @@ TEST_P(ModuleInfoTest, TheOrderOfNamesIsASettingOfTheApplicationUnlessTheModuleH
 
 TEST_P(ModuleInfoTest, SettingsNameFieldsByEitherNaming) {
     storeModule("Leads", {field("Leads", "Last_Name"), field("Leads", "City")});
-    store(std::vector{setting("Leads", SettingName::display, "City," + identifier("Last_Name")),
+    store(std::vector{setting("Leads", SettingName::display, "City," + identifier("Last_Name"), "City"),
                       setting("Leads", SettingName::primarySort, "Last_Name,desc")});
     auto leads = leadsInfo();
     EXPECT_THAT(leads.settings.getDisplayFieldLabels(leads.metadata, false),
                 ElementsAre("Label of City", "Label of Last_Name"));
+    EXPECT_THAT(leads.settings.getDisplayFieldLabels(leads.metadata, true), ElementsAre("Label of City"));
     SortField sort{identifier("Last_Name"), false};
     EXPECT_THAT(leads.settings.getSortColumns(leads.metadata), ElementsAre(sort));
 }

@@ -131,6 +131,20 @@ TEST(OldResponseTest, ReadsPartsApart) {
     EXPECT_EQ(parseOldResponse(body("{\"response\":{}}")).error(), Error::typeConversionFailedForKey("response"));
 }
 
+TEST(PositionalRowTest, TheModeDecidesWhatAnotherTypeCosts) {
+    Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
+    for (auto mode : {PositionalRow::Mode::lenient, PositionalRow::Mode::strict}) {
+        PositionalRow row = PositionalRow::open(entry, 6, mode).value();
+        EXPECT_EQ(row.text(0) + row.text(1) + row.text(6), "Leads");
+        EXPECT_EQ(row.number(3), 12);
+        EXPECT_EQ(row.number(0), 0);
+        EXPECT_FALSE(row.error()) << "neither a null nor a column beyond the end fails a row";
+        EXPECT_EQ(row.text(2), "");
+        EXPECT_FALSE(row.flag(4));
+        EXPECT_EQ(row.error().has_value(), mode == PositionalRow::Mode::strict);
+    }
+}
+
 TEST(PositionalRowTest, AStrictRowKeepsItsLeftmostFailureAndReadsNumbersAlsoFromTexts) {
     Value entry = ValueList{"Leads", nullptr, 7, "12", true, "1.5"};
     PositionalRow row = PositionalRow::open(entry, 0, PositionalRow::Mode::strict).value();

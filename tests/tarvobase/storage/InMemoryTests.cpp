@@ -53,6 +53,13 @@ TEST_F(InMemoryStorageTest, FiltersByTypeAndValue) {
     EXPECT_EQ(namesOf(storage.fetchAllObjects("T", 1)), "A B C ") << "the whole table, whatever the limit";
 }
 
+TEST_F(InMemoryStorageTest, AMissingTableIsAbsentAndStaysSo) {
+    storage.update("T", object(module("Z")), {});
+    storage.deleteObjects("T", {});
+    EXPECT_EQ(namesOf(storage.fetchAllObjects("T")), "absent");
+    EXPECT_EQ(namesOf(storage.fetchObjects("T", {}, 9)), "absent");
+}
+
 TEST_F(InMemoryStorageTest, UpdatesAndDeletesEachObjectThatMatches) {
     for (auto name : {"A", "A", "B"}) storage.insertInto("T", object(module(name)));
     storage.update("T", object(module("Z")), {{"moduleName", "A"}});

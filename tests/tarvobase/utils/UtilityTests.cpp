@@ -105,6 +105,20 @@ TEST_F(UtilityTest, TheTwoFormsOfTemporaryIdsAreDistinguished) {
     EXPECT_TRUE(isTempId(Util::getNewRecordId()));
 }
 
+TEST_F(UtilityTest, StateOfListsIsKeptPerModuleAndView) {
+    UserDefaultsUtil util(defaults);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), std::nullopt);
+        EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "7"));
+        util.setListFilterRecordSyncTime(1'700'000'000'000, "Leads", "7");
+        util.setListFilterHasMoreRecord(false, "Leads", "7");
+        EXPECT_EQ(util.getListFilterRecordSyncTime("Leads", "7"), 1'700'000'000'000);
+        EXPECT_FALSE(util.getListFilterHasMoreRecord("Leads", "7"));
+        EXPECT_TRUE(util.getListFilterHasMoreRecord("Leads", "8"));
+        util.resetListFilter("Leads", "7");
+    }
+}
+
 TEST_F(UtilityTest, ProgressAndChoicesBelongToTheirAccount) {
     UserDefaultsUtil util(defaults);
     util.setCurrencyCompleted();

@@ -106,6 +106,16 @@ TEST_P(RoundTripTest, FiltersFindBooleansOfScreens) {
     EXPECT_EQ(database->count("LeadsRecords", Criteria::custom(*where)), 1);
 }
 
+TEST_P(RoundTripTest, EmptyListsOfRecordsAreStoredAsTheirNumber) {
+    for (auto type : {T::subform, T::eventParticipant}) {
+        useType(type);
+        table->saveRecord(screenRecord(ValueList()), M::leads, fields);
+        EXPECT_EQ(stored().valueOf(key), Value("0"));
+        table->saveRecord(screenRecord(ValueList{ValueMap(), ValueMap()}), M::leads, fields);
+        EXPECT_EQ(stored().valueOf(key), Value("2"));
+    }
+}
+
 TEST_P(RoundTripTest, NetworkRecordsAreStoredUnderTheirColumns) {
     useType(T::lookup);
     auto lookup = parsed(R"([["id","7"],["Api_F","11","shown"],["stranger","x"]])");

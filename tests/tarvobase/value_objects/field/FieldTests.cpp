@@ -7,6 +7,13 @@
 namespace tarvo {
 namespace {
 
+TEST_F(MetadataModelTest, AModeIsASetOfBitsAndDefaultsToDisplay) {
+    const std::pair<std::string, int> cases[] = {{"5", 5}, {"", 1}, {"x", 1}, {"0", 0}, {"99999999999", 1}};
+    for (auto& [mode, bits] : cases) EXPECT_EQ(FieldMetadata{.mode = mode}.displayMode(), DisplayMode{bits}) << mode;
+    EXPECT_TRUE(DisplayMode{5}.contains(DisplayMode::create));
+    EXPECT_FALSE(DisplayMode{5}.contains(DisplayMode::create | DisplayMode::edit));
+}
+
 TEST_F(MetadataModelTest, PeopleAreRecognisedByTypeTargetOrParent) {
     auto lookup = named("Tasks", "X", "x", FieldDataType::lookup);
     for (std::string target : {"Leads", "Accounts"}) {
@@ -158,6 +165,16 @@ TEST_F(MetadataModelTest, PicklistsComeInTheOrderOfTheirPositions) {
     EXPECT_EQ(actual(std::optional(byModule->at("Deals"))), "CBA");
     database->execute("UPDATE PICKLIST_METADATA SET field_actual_value = NULL WHERE layout_id = '1'", {});
     EXPECT_EQ(actual(picklists.getPicklistMetadataForModuleWith("Deals")), "C");
+}
+
+TEST_F(MetadataModelTest, InMemoryFiltersUseTheNamesOfMembers) {
+    InMemoryObject<FieldMetadata> field(named("Leads", "LANE", "Street", FieldDataType::email));
+    EXPECT_TRUE(field["fieldAPIName"].isEqual("Street"));
+    EXPECT_TRUE(field["fieldType"].isEqual(FieldDataType::email));
+    EXPECT_FALSE(field["fieldType"].isEqual("email"));
+    EXPECT_TRUE(field["FieldAPIName"].isEqual(""));
+    InMemoryObject<LayoutMetadata> place{LayoutMetadata({.layoutID = "1", .fieldPosition = 4}, field.value)};
+    EXPECT_TRUE(place["columnCRMName"].isEqual("LANE"));
 }
 
 }  // namespace

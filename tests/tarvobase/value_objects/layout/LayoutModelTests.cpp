@@ -93,6 +93,16 @@ TEST_F(LayoutModelTest, RowsAreGroupedByModuleAndByLayout) {
     EXPECT_EQ(layouts->getModuleName("9"), std::nullopt);
 }
 
+TEST_F(MetadataModelTest, LayoutInfosAreFoundByModuleNameAndId) {
+    ModuleLayoutInfoInDatabase infos("MODULE_LAYOUT_INFO", database);
+    ModuleLayoutInfo standard{"Leads", "1", "Standard", true, true}, closed{"Leads", "2", "Internal", false, false};
+    infos.storeModuleLayoutInfo({standard, closed});
+    EXPECT_EQ(infos.getModuleLayoutInfoByModuleNames({"Leads", "Deals"})->at("Leads"), (std::vector{standard, closed}));
+    EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Leads", "Internal"), closed);
+    EXPECT_EQ(infos.getModuleLayoutInfoForModuleName("Deals", "Internal"), std::nullopt);
+    EXPECT_EQ(infos.getModuleLayoutInfoByLayoutId("1"), standard);
+}
+
 TEST_F(MetadataModelTest, OnlyLayoutsThatTheProfileMayUseAreOffered) {
     OrderedLayoutFieldList fields("Lines", "55", {}, {}, columnNaming());
     SubformLayoutInfo layouts;
