@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/transaction/FreeText.h"
+#include "tarvobase/records/FreeText.h"
 #include "tarvobase/value_objects/transaction/NTransaction.h"
 
 namespace tarvo {

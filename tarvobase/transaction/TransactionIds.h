@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include "tarvobase/metadata/Stores.h"
@@ -15,7 +17,11 @@ public:
     /// The settings keep the counter.
     explicit TransactionIds(const Stores& stores)
         : stores_(stores), counter_("lastTransactionId", stores.userDefaults) {}
-    std::int64_t getNewTransactionId() override;
+    std::int64_t getNewTransactionId() override {
+        auto stored = stores_.currentTransactions()->highestTransactionId().value_or(0);
+        auto given = stores_.changeRegister()->highestTransactionNumber().value_or(0);
+        return counter_.next(std::max(stored, given));
+    }
     void resetTransactionId() override { counter_.reset(); }
 
 private:

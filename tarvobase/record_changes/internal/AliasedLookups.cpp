@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/Text.h"
-#include "tarvobase/transaction/FreeText.h"
+#include "tarvobase/records/FreeText.h"
 #include "tarvobase/utils/TemporaryIds.h"
 
 namespace tarvo {

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "tarvobase/metadata/Stores.h"
-#include "tarvobase/value_objects/transaction/ChangeOutcome.h"
+#include "tarvobase/value_objects/transaction/ChangeRegister.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
 namespace tarvo {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tarvobase/transaction/FreeText.h"
+#include "tarvobase/records/FreeText.h"
 #include "tarvobase/value_objects/transaction/Transaction.h"
 
 namespace tarvo {

@@ -1,4 +1,4 @@
-#include "tarvobase/transaction/FreeText.h"
+#include "tarvobase/records/FreeText.h"
 
 #include "tarvobase/metadata/GetFieldListDM.h"
 #include "tarvobase/records/RecordUtil.h"
