@@ -79,7 +79,10 @@ bool SupersededEdits::leaveOut(const Stores& stores, const Transaction& failed,
     if (rest.size() == payload->size()) return true;
     // The id of the record is always left.
     if (rest.size() > 1) return storeShorter(stores, failed, rest);
-    return endOlderChanges(stores, {failed}, ChangeOutcome::merged);
+    if (!endOlderChanges(stores, {failed}, ChangeOutcome::merged)) return false;
+    auto left = stores.transactions()->getTransactions(failed.recordID);
+    return left &&
+           (!left->transactions.empty() || stores.transactionRecords()->removeTransactionRecord(failed.recordID));
 }
 
 bool SupersededEdits::leaveOutAccepted(const Stores& stores, const Transaction& accepted,
@@ -114,7 +117,9 @@ bool SupersededEdits::leaveOutOfCurrent(const Stores& stores, const Transaction&
         if (isOnlyId(rest))
             return rows->deleteTransactionWithIds({row.id}) &&
                    changes->end(ChangeQueue::current, {{id, row.module.rawValue(), row.recordId}},
-                                ChangeOutcome::merged);
+                                ChangeOutcome::merged) &&
+                   (queued->transactions.size() > 1 ||
+                    stores.currentTransactionRecords()->removeTransactionRecord(row.recordId));
         auto text = json::write(rest);
         if (!text || !rows->update({}, {{row.id, *text}})) return false;
         if (entry.sends == 0 || entry.mayHaveArrived()) return true;
