@@ -178,17 +178,17 @@ bool TransactionQueue::deleteTransactionWithIds(const Ids& ids) {
                 afterCommit(
                     [change = Change::of(found->front(), entries->front())] { changeNotices::cancelled(change); });
         }
+        afterCommit([this] { runSchedulers(); });
         return takeOut(cancelled) && endInRegister(cancelled, ChangeOutcome::cancelled);
     });
 }
 
-/// Takes transactions out of the queue, which frees what waits for them.
+/// Takes transactions out of the queue, which frees what waits for them: the schedulers are to run after it.
 bool TransactionQueue::takeOut(const std::vector<NTransaction>& transactions) {
     Ids ids;
     for (auto& transaction : transactions) ids.push_back(transaction.id);
     afterCommit([this, ids] {
         for (auto id : ids) inactiveTransactionTracker_.removeTransactionInfo(id);
-        runSchedulers();
     });
     return txnPersistence_->deleteTransactionWithIds(ids);
 }

@@ -89,8 +89,9 @@ TransactionScheduler::Picked TransactionScheduler::pickNext() {
 std::optional<NTransaction> TransactionScheduler::claimNext(TransactionRunner& runner,
                                                             std::optional<NTransaction>& givenUp) {
     auto& store = *parts_.txnPersistence;
-    // Without a commit, which an empty queue does not need.
-    if (auto found = store.getNextRunnableTransaction(kinds_); !found || !found.value()) return std::nullopt;
+    // Without a transaction, which would hold up whoever writes. After one that was sent another one is likely.
+    if (!std::exchange(isMoreLikely_, false))
+        if (auto found = store.getNextRunnableTransaction(kinds_); !found || !found.value()) return std::nullopt;
     std::optional<NTransaction> claimed;
     bool isStored = parts_.databaseAdapter->transaction("start a transaction", [&] {
         auto found = store.getNextRunnableTransaction(kinds_);
@@ -122,6 +123,7 @@ void TransactionScheduler::start(const NTransaction& transaction) {
     });
     auto runner = parts_.txnRunner.lock();
     if (!runner) return finish(place);
+    isMoreLikely_ = true;
     runner->run(transaction, [weak = platform::weakSelf(this), place] {
         if (auto self = weak.lock()) self->onQueue([place](TransactionScheduler& each) { each.finish(place); });
     });

@@ -68,7 +68,8 @@ private:
     // These belong to the queue.
     std::optional<std::int64_t> running_;  // the place of the running transaction; no place is given twice
     std::int64_t lastPlace_ = 0;
-    SendingLock::Share share_;  // from the first pick until it rests
+    bool isMoreLikely_ = false;  // a transaction was started since the last look
+    SendingLock::Share share_;   // from the first pick until it rests
     platform::Timer limit_;
     std::vector<std::function<void()>> resting_;
 

@@ -13,6 +13,7 @@ ChangeTurns::ChangeTurns(const std::vector<QueuedChange>& queue, const CurrentQu
 std::optional<ChangeTurns::CurrentQueue> ChangeTurns::currentQueueFor(const Stores& stores,
                                                                       const std::vector<QueuedChange>& queue) {
     CurrentQueue current;
+    if (queue.empty()) return current;
     auto pairs = stores.recordOrder().pairs();
     if (!pairs) return std::nullopt;
     for (auto& pair : *pairs)

@@ -20,10 +20,18 @@ OlderChangeQueue::OlderChangeQueue(const Stores& stores, std::shared_ptr<ChangeS
 /// Rows that cannot be read become failures, which hosts can list. Rows without parameters stay as they are: nothing
 /// would come of sending them again. Rows that an older program has stored get their number.
 bool OlderChangeQueue::reclaim() {
-    if (!stores_.databaseAdapter() || !stores_.transactions()->prepare()) return false;
+    if (!stores_.databaseAdapter()) return false;
+    if (!isPrepared_) isPrepared_ = stores_.transactions()->prepare();
+    if (!isPrepared_) return false;
     auto queued = stores_.transactions()->getTransactions();
-    auto entries = queued ? stores_.changeRegister()->entries() : std::nullopt;
-    if (!queued || !entries) return false;
+    if (!queued) return false;
+    // Every result of the current queue asks for a look here.
+    if (queued->transactions.empty() && queued->unreadable.empty()) {
+        isKnown_ = false;
+        return true;
+    }
+    auto entries = stores_.changeRegister()->entries();
+    if (!entries) return false;
     std::set<std::string> entered;
     for (auto& entry : *entries)
         if (entry.queue == ChangeQueue::older) entered.insert(entry.transactionId);

@@ -51,6 +51,7 @@ private:
     const ChangeSettlement settlement_;
     std::vector<QueuedChange> queue_;  // in order, as of the last read
     ChangeTurns::CurrentQueue current_;
+    bool isPrepared_ = false;
     bool isKnown_ = false;
 
     mutable platform::Mutex mutex_;
