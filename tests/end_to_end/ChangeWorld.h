@@ -49,6 +49,7 @@ protected:
     std::string take(ModelChange change, const std::optional<Value>& line);
     /// Lets everything go, and expects that nothing is left. The program must be free of faults.
     void drain();
+    void waitForRounds();
     /// Expects that the server and the local tables hold exactly what the model says.
     void check();
     ValueList localRecords(const std::string& module, const std::string& column, const ValueList& values);
