@@ -50,7 +50,7 @@ TransactionResult EditRecordExecutor::accepted(const Executed& executed, const C
     if (!answer.record || executed->isRepeated) return TransactionResult::success({});
     auto store = [parts = parts_, executed, record = *answer.record] {
         auto& module = executed->module.moduleName;
-        if (!parts.recordPersistance->fetchRecord(module, executed->transaction.recordId)) return true;
+        // A record that is not here any more stays away.
         for (auto& each : SharedActivities::modulesOf(*parts.stores.databaseAdapter(), module))
             if (!parts.recordPersistance->modifyRecord(each, record) && each == module) return false;
         return true;

@@ -133,11 +133,27 @@ bool ChangeSettlement::storeAccepted(const std::vector<const AnsweredChange*>& c
     }
     for (auto& [moduleName, ofModule] : records)
         if (!storeServerRecords(moduleName, ofModule)) return false;
-    return std::all_of(changes.begin(), changes.end(), [&](auto change) {
+    return tidyRest(changes);
+}
+
+/// Most records have no other change that waits, and their two sides go with one statement.
+bool ChangeSettlement::tidyRest(const std::vector<const AnsweredChange*>& changes) const {
+    std::map<std::string, const AnsweredChange*> byRecord;
+    std::vector<std::string> recordIds;
+    for (auto change : changes) {
         auto& sent = change->sent;
-        return sent.operationType == T::deleteRecord ||
-               tidyRest(*change, isAdd(sent) ? change->answer.recordId : sent.recordID);
-    });
+        if (sent.operationType == T::deleteRecord) continue;
+        recordIds.push_back(isAdd(sent) ? change->answer.recordId : sent.recordID);
+        byRecord[recordIds.back()] = change;
+    }
+    if (recordIds.empty()) return true;
+    auto left = stores_.transactions()->getTransactionsOfRecords(recordIds);
+    if (!left) return false;
+    std::set<std::string> unsettled;
+    for (auto& row : left->transactions) unsettled.insert(row.recordID);
+    std::erase_if(recordIds, [&](auto& id) { return unsettled.contains(id); });
+    return stores_.transactionRecords()->removeTransactionRecords(recordIds) &&
+           std::all_of(unsettled.begin(), unsettled.end(), [&](auto& id) { return tidyRest(*byRecord[id], id); });
 }
 
 /// What waits for the record in the current queue names it by its id, and may go.

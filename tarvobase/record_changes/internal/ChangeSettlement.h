@@ -54,6 +54,7 @@ private:
     bool storeRefused(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool replaceId(const Transaction& sent, const ChangeEntry& entry, const std::string& newId) const;
     bool storeServerRecords(const std::string& moduleName, const std::vector<ValueMap>& records) const;
+    bool tidyRest(const std::vector<const AnsweredChange*>& changes) const;
     bool tidyRest(const AnsweredChange& change, const std::string& recordId) const;
     void notify(const Transaction& sent, const ChangeEntry& entry, const ChangeAnswer& answer) const;
     bool goesOn(const std::string& recordId) const;

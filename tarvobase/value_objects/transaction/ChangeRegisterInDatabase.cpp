@@ -1,5 +1,7 @@
 #include "tarvobase/value_objects/transaction/ChangeRegisterInDatabase.h"
 
+#include <map>
+
 #include "platform/Clock.h"
 #include "platform/Json.h"
 #include "platform/Random.h"
@@ -185,17 +187,20 @@ std::optional<std::int64_t> ChangeRegisterInDatabase::highestTransactionNumber()
 }
 bool ChangeRegisterInDatabase::end(ChangeQueue queue, const std::vector<EndedChange>& changes, ChangeOutcome outcome) {
     if (changes.empty()) return true;
-    auto insert = std::string("INSERT OR REPLACE INTO ") + ends_.name() + " (" + endColumns::number + ", " +
-                  endColumns::outcome + ", " + endColumns::moduleName + ", " + endColumns::recordId + ") SELECT " +
-                  changeColumns::number + ", ?, ?, ? FROM " + table_.name() + " WHERE " + changeColumns::queue +
-                  " = ? AND " + changeColumns::transactionId + " = ?";
-    std::vector<DatabaseAdapter::Statement> statements;
     std::vector<std::string> ids;
-    for (auto& change : changes) {
-        statements.push_back({insert, ValueList{rawText(outcome), change.moduleName, change.recordId, rawText(queue),
-                                                change.transactionId}});
-        ids.push_back(change.transactionId);
-    }
+    for (auto& change : changes) ids.push_back(change.transactionId);
+    auto present = entriesOf(queue, ids);
+    if (!present) return false;
+    std::map<std::string, std::int64_t> numbers;
+    for (auto& entry : *present) numbers[entry.transactionId] = entry.number;
+    auto insert = std::string("INSERT OR REPLACE INTO ") + ends_.name() + " (" + endColumns::number + ", " +
+                  endColumns::outcome + ", " + endColumns::moduleName + ", " + endColumns::recordId +
+                  ") VALUES (?,?,?,?)";
+    std::vector<DatabaseAdapter::Statement> statements;
+    for (auto& change : changes)
+        if (auto number = numbers.find(change.transactionId); number != numbers.end())
+            statements.push_back(
+                {insert, ValueList{number->second, rawText(outcome), change.moduleName, change.recordId}});
     DeleteQuery remove(table_.name(), areOfQueue(queue, ids));
     statements.push_back({remove.sql(), remove.parameters()});
     statements.push_back({"DELETE FROM " + ends_.name() + " WHERE " + endColumns::place + " <= (SELECT MAX(" +

@@ -28,6 +28,9 @@ bool TransactionRecordInDatabase::storeTransactionRecordPersistance(const Transa
 bool TransactionRecordInDatabase::removeTransactionRecord(const std::string& recordID) {
     return table_.remove(columnIs(transactionRecordColumns.RecordID, recordID));
 }
+bool TransactionRecordInDatabase::removeTransactionRecords(const std::vector<std::string>& recordIDs) {
+    return recordIDs.empty() || table_.remove(columnIn(transactionRecordColumns.RecordID, recordIDs));
+}
 TransactionRecordPersistanceDelegate::Found TransactionRecordInDatabase::getTransactionRecord(
     const std::string& recordID) {
     auto rows = table_.fetch(columnIs(transactionRecordColumns.RecordID, recordID));

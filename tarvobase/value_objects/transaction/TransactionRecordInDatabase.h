@@ -13,6 +13,7 @@ public:
 
     bool storeTransactionRecordPersistance(const TransactionRecord& record) override;
     bool removeTransactionRecord(const std::string& recordID) override;
+    bool removeTransactionRecords(const std::vector<std::string>& recordIDs) override;
     Found getTransactionRecord(const std::string& recordID) override;
 
 private:

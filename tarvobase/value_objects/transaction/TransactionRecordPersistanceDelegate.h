@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Object.h"
 #include "tarvobase/network_layer/ParserError.h"
@@ -21,6 +22,8 @@ public:
     /// Stores both sides of a record, in place of those stored before.
     virtual bool storeTransactionRecordPersistance(const TransactionRecord& record) = 0;
     virtual bool removeTransactionRecord(const std::string& recordID) = 0;
+    /// Does the same for many records with one statement.
+    virtual bool removeTransactionRecords(const std::vector<std::string>& recordIDs) = 0;
     virtual Found getTransactionRecord(const std::string& recordID) = 0;
 };
 
