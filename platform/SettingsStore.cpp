@@ -86,7 +86,7 @@ auto SettingsStore::read(F&& reader) const {
 }
 
 template <class F>
-bool SettingsStore::write(F&& makeChange) {
+bool SettingsStore::write(F&& makeChange, SettingsFlush flush) {
     if (updating_ == std::this_thread::get_id()) {
         reportProgrammingError("Settings: changed from inside an update of the same suite");
         return false;
@@ -101,7 +101,7 @@ bool SettingsStore::write(F&& makeChange) {
     for (auto& [key, value] : makeChange(state))
         if (state.valueOf(key) != value) change.set(key, value);
     if (change.empty()) return true;
-    if (!journal_->append(change)) return false;
+    if (!journal_->append(change, flush == SettingsFlush::now)) return false;
     {
         MutexLock stateLock(stateMutex_);
         apply(state_, change);
@@ -174,13 +174,15 @@ bool SettingsStore::removeKeys(FunctionRef<bool(std::string_view)> chosen) {
     });
 }
 
-std::optional<Value> SettingsStore::update(std::string_view key, FunctionRef<Value(const Value&)> next) {
+std::optional<Value> SettingsStore::update(std::string_view key, FunctionRef<Value(const Value&)> next,
+                                           SettingsFlush flush) {
     std::optional<Value> stored;
-    bool done = write([&](const ValueMap& state) {
+    auto makeChange = [&](const ValueMap& state) {
         Marked updating(updating_, std::this_thread::get_id());
         stored = next(state.valueOf(key));
         return ValueMap{{std::string(key), *stored}};
-    });
+    };
+    bool done = write(makeChange, flush);
     return done ? stored : std::nullopt;
 }
 

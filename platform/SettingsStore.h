@@ -18,6 +18,10 @@ namespace tarvo::platform {
 
 class SettingsJournal;
 
+/// What a change of the settings withstands: the loss of power, or only the end of the process, which costs no wait for
+/// the disk. A later change that is flushed takes those before it along.
+enum class SettingsFlush { now, later };
+
 /// A durable key-value store: one suite, one file. A change is on the disk when the operation that makes it answers
 /// true, and seen by every read that begins later, in any process. A change that answers false changed nothing.
 ///
@@ -59,8 +63,10 @@ public:
 
     /// Reads, changes and writes under one lock, against other processes too. `next` gets the present value, null
     /// for an absent key, and gives the new one; it must not change the store. The answer is the new value once it is
-    /// on the disk (null after a removal), nullopt if it could not be stored.
-    std::optional<Value> update(std::string_view key, FunctionRef<Value(const Value& present)> next);
+    /// on the disk (null after a removal), nullopt if it could not be stored. With `SettingsFlush::later` it is only
+    /// written by then.
+    std::optional<Value> update(std::string_view key, FunctionRef<Value(const Value& present)> next,
+                                SettingsFlush flush = SettingsFlush::now);
 
     /// Reads what other processes have written and flushes the file. Needed by nobody: reads look for changes
     /// themselves and every change is flushed. False when the file cannot be read or flushed.
@@ -72,7 +78,7 @@ private:
     template <class F>
     auto read(F&& reader) const;
     template <class F>
-    bool write(F&& makeChange);
+    bool write(F&& makeChange, SettingsFlush flush = SettingsFlush::now);
     bool takeOver() const TARVO_REQUIRES(fileMutex_);
     bool look() const;
     /// The state for a change: `fileMutex_` alone keeps it from changing, which the check cannot express.
@@ -112,6 +118,7 @@ private:
 }  // namespace tarvo::platform
 
 namespace tarvo {
+using platform::SettingsFlush;
 using platform::SettingsStore;
 using platform::SettingsStores;
 }  // namespace tarvo

@@ -232,7 +232,7 @@ bool SettingsJournal::writeAll(std::string_view bytes) {
     return true;
 }
 
-bool SettingsJournal::append(const ValueMap& change) {
+bool SettingsJournal::append(const ValueMap& change, bool mustLast) {
     auto line = change.contains(formatKey) ? std::nullopt : settingsLine(change);
     if (!line) {
         log(LogLevel::warning, "settings", "Settings: a value without a JSON form was not stored in " + path_);
@@ -244,7 +244,7 @@ bool SettingsJournal::append(const ValueMap& change) {
     }
     bool first = read_ == 0;
     auto bytes = (first ? header() : std::string(lastLineOpen_ ? "\n" : "")) + *line;
-    if (!writeAll(bytes) || !flush()) {
+    if (!writeAll(bytes) || (mustLast && !flush())) {
         log(LogLevel::warning, "settings", "Settings: a change was not stored in " + path_ + ": " + systemWords());
         // What is left of the line would read as damage.
         if (::ftruncate(file_, read_) != 0) close();

@@ -54,8 +54,9 @@ public:
     /// Nothing when the file cannot be read, or its damage not be set aside, or a newer program wrote it.
     std::optional<Changes> readChanges();
 
-    /// Adds a change; true once it is on the disk. With the lock held, after `readChanges`.
-    bool append(const ValueMap& change);
+    /// Adds a change; true once it is on the disk, or written if `mustLast` is not set. With the lock held, after
+    /// `readChanges`.
+    bool append(const ValueMap& change, bool mustLast);
     /// Rewrites a journal that has grown too long as just the state. The lock protects nothing afterwards.
     void compactWhenLong(const ValueMap& state);
     bool flush();

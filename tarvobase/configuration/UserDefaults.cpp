@@ -158,8 +158,8 @@ void BrenUserDefaults::addObserver(const std::shared_ptr<UserDefaultsValueObserv
 
 // The new value is known only under the store's lock. Observers are notified as soon as the lock is released.
 bool BrenUserDefaults::update(const std::string& key, const Group& inGroup,
-                              platform::FunctionRef<Value(const Value&)> next) {
-    auto stored = userDefaults_->update(keyOf(key, inGroup), next);
+                              platform::FunctionRef<Value(const Value&)> next, SettingsFlush flush) {
+    auto stored = userDefaults_->update(keyOf(key, inGroup), next, flush);
     if (stored) notify(*stored, key, own(inGroup));
     return stored.has_value();
 }

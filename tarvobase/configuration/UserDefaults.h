@@ -8,13 +8,10 @@
 
 #include "platform/FunctionRef.h"
 #include "platform/Object.h"
+#include "platform/SettingsStore.h"
 #include "platform/Value.h"
 
 namespace tarvo {
-
-namespace platform {
-class SettingsStore;
-}
 
 /// The owner of a setting: a named owner, the current account, the installation (`base`), or nobody (`none`).
 class UserDefaultsGroup {
@@ -90,8 +87,11 @@ public:
 
     /// Replaces a value by `next(value)` under one lock, so that no change in between is lost. `next` gets null for an
     /// absent key; if it returns null, the key is removed. Returns false if the new value could not be stored.
-    virtual bool update(const std::string& key, const Group& inGroup,
-                        platform::FunctionRef<Value(const Value&)> next) = 0;
+    virtual bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next,
+                        SettingsFlush flush) = 0;
+    bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) {
+        return update(key, inGroup, next, SettingsFlush::now);
+    }
 };
 
 /// The settings of the suite that `CommonConfigration.userDefaultsGroup` names when the object is made. Its file lies
@@ -134,7 +134,9 @@ public:
     void removeAllStoredValues() override;
     void removeValues(platform::FunctionRef<bool(std::string_view key)> chosen, const Group& inGroup) override;
     void addObserver(const std::shared_ptr<UserDefaultsValueObserver>& observer) override;
-    bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next) override;
+    using UserDefaultsProtocol::update;
+    bool update(const std::string& key, const Group& inGroup, platform::FunctionRef<Value(const Value&)> next,
+                SettingsFlush flush) override;
 
 private:
     void store(Value value, const std::string& key, const Group& group);

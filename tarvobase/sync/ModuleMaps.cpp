@@ -14,15 +14,15 @@ ValueMap ModuleMaps::mapOf(const std::string& moduleName) const { return mapOrEm
 
 ValueMap ModuleMaps::all() const { return userDefaults_->dictionaryForKey(key_, group_).value_or(ValueMap()); }
 
-void ModuleMaps::merge(const std::string& moduleName, const ValueMap& changes) const {
-    bool isStored = userDefaults_->update(key_, group_, [&](const Value& present) -> Value {
+void ModuleMaps::merge(const std::string& moduleName, const ValueMap& changes, SettingsFlush flush) const {
+    auto merged = [&](const Value& present) -> Value {
         auto all = mapOrEmpty(&present);
         auto map = mapOrEmpty(all.find(moduleName));
         for (auto& [key, value] : changes) map.set(key, value);
         all.set(moduleName, std::move(map));
         return all;
-    });
-    if (!isStored)
+    };
+    if (!userDefaults_->update(key_, group_, merged, flush))
         platform::log(platform::LogLevel::warning, "sync",
                       "the state of the records of " + moduleName + " could not be stored");
 }

@@ -22,7 +22,7 @@ public:
     ValueMap all() const;
     /// Sets the keys of `changes` in the map of a module. A write that the settings refuse is logged and changes
     /// nothing.
-    void merge(const std::string& moduleName, const ValueMap& changes) const;
+    void merge(const std::string& moduleName, const ValueMap& changes, SettingsFlush flush = SettingsFlush::now) const;
     void removeAll() const { userDefaults_->removeValueForKey(key_, group_); }
 
 private:

@@ -9,6 +9,10 @@ std::optional<T> copyOf(const T* value) {
     return value ? std::optional(*value) : std::nullopt;
 }
 
+// A note of a round that a loss of power takes costs a repetition of the round: its rows were on the disk before. Most
+// rounds bring nothing, and would wait for the disk twice each.
+constexpr auto roundFlush = SettingsFlush::later;
+
 // The module's name is the key of the map around a round.
 constexpr std::string_view roundModule = "moduleName";
 
@@ -70,8 +74,10 @@ std::optional<std::int64_t> RecordSyncSettingsPersistance::getNumberOfRecordsDow
 
 void RecordSyncSettingsPersistance::storeRecordsSynced(const std::string& moduleName, std::int64_t numberOfRecords,
                                                        const std::string& lastModifiedTime) {
-    rounds().merge(moduleName, {{std::string(constants_.NumberOfRecordsSynced), numberOfRecords},
-                                {std::string(constants_.LastModifiedTime), lastModifiedTime}});
+    rounds().merge(moduleName,
+                   {{std::string(constants_.NumberOfRecordsSynced), numberOfRecords},
+                    {std::string(constants_.LastModifiedTime), lastModifiedTime}},
+                   roundFlush);
 }
 
 std::optional<std::int64_t> RecordSyncSettingsPersistance::getNumberOfRcordsSynced(
@@ -91,7 +97,7 @@ void RecordSyncSettingsPersistance::storeRound(const SyncRound& round) {
     ValueMap changes{{std::string(constants_.LastRound), std::move(map)}};
     if (round.outcome == SyncRound::Outcome::finished && round.watermark)
         changes.set(constants_.LastModifiedTime, *round.watermark);
-    watermarks().merge(round.moduleName, changes);
+    watermarks().merge(round.moduleName, changes, roundFlush);
 }
 
 std::optional<SyncRound> RecordSyncSettingsPersistance::getRound(const std::string& moduleName) const {
