@@ -84,17 +84,13 @@ SavedChange EditRecordDataManager::editRecord(Record record, const Module& modul
 bool EditRecordDataManager::storeInTransactionRecords(const Record& record, const Module& module) const {
     if (isTempId(record.recordId())) return true;
     auto sides = parts_.stores.transactionRecords();
-    auto found = sides->getTransactionRecord(record.recordId());
-    if (!found && found.error() == ParserError::noData()) return false;
-    TransactionRecord both{.recordID = record.recordId(), .deviceData = record.getDictionary()};
-    if (found && found.value()) {
-        both.serverData = found.value()->serverData;
-    } else {
-        auto stored = parts_.recordPersistance->fetchRecord(module.moduleName, record.recordId());
-        if (!stored) return true;
-        both.serverData = stored->getDictionary();
-    }
-    return sides->storeTransactionRecordPersistance(both);
+    auto isKept = sides->hasTransactionRecord(record.recordId());
+    if (!isKept) return false;
+    if (*isKept) return sides->updateDeviceData(record.recordId(), record.getDictionary());
+    auto stored = parts_.recordPersistance->fetchRecord(module.moduleName, record.recordId());
+    return !stored || sides->storeTransactionRecordPersistance({.recordID = record.recordId(),
+                                                                .deviceData = record.getDictionary(),
+                                                                .serverData = stored->getDictionary()});
 }
 
 SavedChange DeleteRecordDataManager::deleteRecord(std::string recordID, const Module& module) const {

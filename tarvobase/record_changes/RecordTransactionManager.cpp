@@ -166,7 +166,7 @@ RecordTransactionManagerProtocol::Queued RecordTransactionManager::addTransactio
     transaction.transactionTime =
         std::max<std::int64_t>(platform::Clock::now().time_since_epoch().count(), *highest + 1);
     if (!stores_.transactions()->storeTransaction(transaction)) return std::nullopt;
-    auto entry = stores_.changeRegister()->enter(ChangeQueue::older, transaction.transactionID);
+    auto entry = stores_.changeRegister()->enterNew(ChangeQueue::older, transaction.transactionID);
     if (!entry) return std::nullopt;
     bool isAdd = transaction.operationType == TransactionType::addRecord;
     if (isAdd && !transactionNumber) transactionNumber = transactionIds_.getNewTransactionId();

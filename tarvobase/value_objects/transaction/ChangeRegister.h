@@ -96,6 +96,8 @@ public:
     /// Enters a change of the register's organisation with a new number and a new key. Returns the present entry if the
     /// change has one already, and nullopt if none could be stored.
     virtual std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) = 0;
+    /// Does the same for a change whose id is new, without looking for its entry.
+    virtual std::optional<ChangeEntry> enterNew(ChangeQueue queue, const std::string& transactionId) = 0;
     /// Returns the entries of the register's organisation, in the order of their numbers.
     virtual Entries entries() = 0;
     /// Returns the entries that exist of these changes of a queue, in the order of their numbers.

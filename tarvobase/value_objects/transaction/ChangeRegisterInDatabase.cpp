@@ -109,9 +109,13 @@ ChangeRegisterInDatabase::ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapt
 /// Each claim enters its change again. An insert that is ignored would use up a number, and leave gaps that users see;
 /// one that looks for the row by itself keeps a copy of the pages that it writes.
 std::optional<ChangeEntry> ChangeRegisterInDatabase::enter(ChangeQueue queue, const std::string& transactionId) {
-    using namespace changeColumns;
     auto present = entriesOf(queue, {transactionId});
     if (!present || !present->empty()) return firstOf(std::move(present));
+    return enterNew(queue, transactionId);
+}
+
+std::optional<ChangeEntry> ChangeRegisterInDatabase::enterNew(ChangeQueue queue, const std::string& transactionId) {
+    using namespace changeColumns;
     auto now = static_cast<std::int64_t>(platform::Clock::now().time_since_epoch().count());
     RawQuery insert("INSERT INTO " + table_.name() + " (" + enteredAt + ", " + organisation + ", " + key + ", " +
                         changeColumns::queue + ", " + changeColumns::transactionId + ") VALUES (?,?,?,?,?)",

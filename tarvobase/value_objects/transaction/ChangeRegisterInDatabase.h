@@ -19,6 +19,7 @@ public:
     ChangeRegisterInDatabase(std::shared_ptr<DatabaseAdapter> databaseAdapter, std::string organisation);
 
     std::optional<ChangeEntry> enter(ChangeQueue queue, const std::string& transactionId) override;
+    std::optional<ChangeEntry> enterNew(ChangeQueue queue, const std::string& transactionId) override;
     Entries entries() override;
     Entries entriesOf(ChangeQueue queue, const std::vector<std::string>& transactionIds) override;
     Entries refusedWith(const std::string& code) override;

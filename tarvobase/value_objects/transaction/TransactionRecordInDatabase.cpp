@@ -41,4 +41,16 @@ TransactionRecordPersistanceDelegate::Found TransactionRecordInDatabase::getTran
     return std::optional(std::move(record).value());
 }
 
+std::optional<bool> TransactionRecordInDatabase::hasTransactionRecord(const std::string& recordID) {
+    FetchQuery query(table_.name(), columnIs(transactionRecordColumns.RecordID, recordID));
+    query.columns = {"1"};
+    auto rows = table_.fetch(query);
+    return rows ? std::optional(!rows->empty()) : std::nullopt;
+}
+bool TransactionRecordInDatabase::updateDeviceData(const std::string& recordID, const ValueMap& deviceData) {
+    auto row = transactionRecordColumns.getDictionary({.recordID = recordID, .deviceData = deviceData});
+    std::string column(transactionRecordColumns.DeviceData);
+    return table_.update({{column, row.valueOf(column)}}, columnIs(transactionRecordColumns.RecordID, recordID));
+}
+
 }  // namespace tarvo

@@ -15,6 +15,8 @@ public:
     bool removeTransactionRecord(const std::string& recordID) override;
     bool removeTransactionRecords(const std::vector<std::string>& recordIDs) override;
     Found getTransactionRecord(const std::string& recordID) override;
+    std::optional<bool> hasTransactionRecord(const std::string& recordID) override;
+    bool updateDeviceData(const std::string& recordID, const ValueMap& deviceData) override;
 
 private:
     EnsuredTable table_;

@@ -25,6 +25,10 @@ public:
     /// Does the same for many records with one statement.
     virtual bool removeTransactionRecords(const std::vector<std::string>& recordIDs) = 0;
     virtual Found getTransactionRecord(const std::string& recordID) = 0;
+    /// Returns whether the sides of a record are stored, or nullopt if the table cannot be read.
+    virtual std::optional<bool> hasTransactionRecord(const std::string& recordID) = 0;
+    /// Stores the device's side of a record whose sides are stored. The server's side stays as it is.
+    virtual bool updateDeviceData(const std::string& recordID, const ValueMap& deviceData) = 0;
 };
 
 }  // namespace tarvo
