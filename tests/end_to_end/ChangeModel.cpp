@@ -238,7 +238,23 @@ void ChangeModel::noteFailed(const std::string& recordId) {
     for (auto& record : records_) record.mayHaveFailed |= record.temporaryId == recordId || record.realId == recordId;
 }
 
+/// What names the record of an add that was given up fails for its sake. A later edit may be merged with it and mend
+/// it.
+void ChangeModel::noteFailedForOthers() {
+    auto namesFailed = [this](const ModelStep& step) {
+        return step.lookup && *step.lookup && records_[**step.lookup].mayHaveFailed;
+    };
+    for (bool isChanged = true; isChanged;) {
+        isChanged = false;
+        for (auto& record : records_) {
+            if (record.mayHaveFailed || std::none_of(record.steps.begin(), record.steps.end(), namesFailed)) continue;
+            isChanged = record.mayHaveFailed = true;
+        }
+    }
+}
+
 void ChangeModel::expectHeld(const ValueList& changes, const Records& atServer, const Records& here) {
+    noteFailedForOthers();
     auto serverRecords = byName(atServer, true), localRecords = byName(here, false);
     std::size_t held = 0, expected = 0;
     for (auto& module : modelModules) held += serverRecords[&module].size();

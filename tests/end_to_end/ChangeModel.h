@@ -120,6 +120,7 @@ public:
     void expectHeld(const ValueList& changes, const Records& atServer, const Records& here);
 
 private:
+    void noteFailedForOthers();
     int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
     bool isOneIn(int count) { return number(1, count) == 1; }
     ModelChange add();
