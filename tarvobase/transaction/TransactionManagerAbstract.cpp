@@ -82,6 +82,8 @@ bool TransactionManagerAbstract::isBeingSent(std::int64_t id) const {
 /// Returns the share that the schedulers have already, or a new one. Another process may have ended since there was
 /// one.
 SendingLock::Share TransactionManagerAbstract::begin() {
+    // What is made ready again goes before what came later, whichever scheduler sends that.
+    platform::MutexLock reclaiming(reclaiming_);
     if (pause_.until()) return nullptr;
     SendingLock::Share share;
     bool mustReclaim = false, isHeldBackToo = false;

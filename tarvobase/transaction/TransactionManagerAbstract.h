@@ -87,6 +87,7 @@ private:
     SendingPause pause_;
     std::atomic<std::int64_t> startCount_ = 0;
 
+    platform::Mutex reclaiming_;  // taken before `mutex_`
     mutable platform::Mutex mutex_;
     bool isOn_ TARVO_GUARDED_BY(mutex_) = false;
     std::set<std::int64_t> inFlight_ TARVO_GUARDED_BY(mutex_);  // from the start to the stored result

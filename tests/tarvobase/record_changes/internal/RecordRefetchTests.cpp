@@ -2,6 +2,7 @@
 #include "tarvobase/record_changes/internal/ChangeSettlement.h"
 #include "tarvobase/record_changes/internal/RecordRefetch.h"
 #include "tarvobase/records/SharedActivities.h"
+#include "tarvobase/sync/wire/RecordsSyncParser.h"
 #include "tests/tarvobase/records/sql/RecordTableFixture.h"
 
 namespace tarvo {
@@ -109,6 +110,8 @@ TEST_F(RecordRefetchTest, ARoundBringsWhatAnAnswerLacksOrAnOlderPageUndoes) {
     remove("7"), settle(ChangeAnswer::accepted("7"));
     EXPECT_EQ(syncs->take(), "Tasks");
     EXPECT_TRUE(service->fetches.empty());
+    FoundationTest::settle();
+    runner->syncCompleted(FailureDetails(), 0, module());
 }
 
 TEST_F(RecordRefetchTest, RefusedDeleteBringsBackWhatTheServerHasAndElseItIsDone) {
