@@ -69,7 +69,9 @@ protected:
     void settle(const ChangeAnswer& answer) {
         auto fetch = [this](auto& name, auto& id, auto reason) {
             // A round may end between the commit and a later look at it.
-            if (reason == Reason::acceptance) EXPECT_GT(queued(), 0u);
+            if (reason == Reason::acceptance) {
+                EXPECT_GT(queued(), 0u);
+            }
             refetch->fetch(name, id, reason);
         };
         auto sent = stores->transactions()->getTransactions()->transactions.front();
