@@ -76,6 +76,8 @@ private:
         {
             std::lock_guard lock(mutex_);
             calls_.push_back(call);
+            // What a completion holds may hold this adapter.
+            calls_.back().completionHandler = {};
             if (respond) {
                 answer = respond(call);
             } else if (!answers_.empty()) {
