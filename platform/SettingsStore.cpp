@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "platform/DispatchQueue.h"
+#include "platform/Log.h"
 #include "platform/ProgrammingError.h"
 #include "platform/Text.h"
 #include "platform/internal/SettingsJournal.h"
@@ -29,15 +30,6 @@ std::string defaultFolder() {
     auto configuration = std::getenv("XDG_CONFIG_HOME");
     auto base = configuration && *configuration == '/' ? std::string(configuration) : homeFolder() + "/.config";
     return base + "/TarvoBase/settings";
-}
-
-void apply(ValueMap& state, const ValueMap& changes) {
-    for (auto& [key, value] : changes) {
-        if (value.isNull())
-            state.remove(key);
-        else
-            state.set(key, value);
-    }
 }
 
 // Sets an atomic for the length of a scope.
@@ -67,7 +59,7 @@ bool SettingsStore::takeOver() const {
     if (!changes) return false;
     MutexLock lock(stateMutex_);
     if (changes->fromStart) state_.clear();
-    apply(state_, changes->values);
+    for (auto& line : changes->lines) applySettingsLine(state_, line);
     return true;
 }
 
@@ -91,20 +83,24 @@ bool SettingsStore::write(F&& makeChange, SettingsFlush flush) {
         reportProgrammingError("Settings: changed from inside an update of the same suite");
         return false;
     }
-    BlockingScope blocking;
+    // Only the wait for the disk is long enough for another thread to stand in.
+    std::optional<BlockingScope> blocking;
+    if (flush == SettingsFlush::now) blocking.emplace();
     MutexLock lock(fileMutex_);
     SettingsJournal::Lock file(*journal_, true);
     if (!file || !takeOver()) return false;
     Marked owned(ownsFile_, true);
     auto& state = stateToChange();
-    ValueMap change;
-    for (auto& [key, value] : makeChange(state))
-        if (state.valueOf(key) != value) change.set(key, value);
-    if (change.empty()) return true;
-    if (!journal_->append(change, flush == SettingsFlush::now)) return false;
+    auto change = settingsChange(state, makeChange(state));
+    if (!change) {
+        log(LogLevel::warning, "settings", "Settings: a key of the file's own was not stored in " + path_);
+        return false;
+    }
+    if (change->empty()) return true;
+    if (!journal_->append(*change, flush == SettingsFlush::now)) return false;
     {
         MutexLock stateLock(stateMutex_);
-        apply(state_, change);
+        applySettingsLine(state_, *change);
     }
     owned.clear();
     journal_->compactWhenLong(state);

@@ -125,9 +125,9 @@ bool operator==(const Value& a, const Value& b) {
         case ValueKind::bytes:
             return *a.asBytes() == *b.asBytes();
         case ValueKind::list:
-            return *a.asList() == *b.asList();
+            return a.asList() == b.asList() || *a.asList() == *b.asList();
         case ValueKind::map:
-            return *a.asMap() == *b.asMap();
+            return a.asMap() == b.asMap() || *a.asMap() == *b.asMap();
         case ValueKind::object:
             return a.asObject() == b.asObject() || a.asObject()->equals(*b.asObject());
         default:

@@ -23,14 +23,47 @@ namespace {
 constexpr std::string_view formatKey = "tarvo.settings.format";
 constexpr std::int64_t formatNumber = 1;
 
+/// The entry of a line whose maps are merged into those of the state, level by level. Null removes there too.
+constexpr std::string_view mergeKey = "tarvo.settings.merge";
+
 /// A journal is rewritten at this size, or at four times its size after the last rewriting when that is more. Lower
 /// values rewrite more often, higher ones make opening slower.
 constexpr off_t smallestCompaction = 64 * 1024;
 
 std::string header() { return *settingsLine(ValueMap{{std::string(formatKey), formatNumber}}); }
 
-void applyLine(ValueMap& changes, const ValueMap& line) {
-    for (auto& [key, value] : line) changes.set(key, value);
+void mergeInto(ValueMap& map, const ValueMap& patch) {
+    for (auto& [name, value] : patch) {
+        auto present = value.asMap() ? map.find(name) : nullptr;
+        auto inner = present ? present->mutableMap() : nullptr;
+        if (inner)
+            mergeInto(*inner, *value.asMap());
+        else if (value.isNull())
+            map.remove(name);
+        else
+            map.set(name, value);
+    }
+}
+
+/// Returns what must be merged into `from` for it to become `to`, or nullopt if merging cannot express that: a null
+/// that is to be stored would remove.
+std::optional<ValueMap> patchBetween(const ValueMap& from, const ValueMap& to) {
+    ValueMap patch;
+    for (auto& [name, value] : to) {
+        auto former = from.find(name);
+        if (former && *former == value) continue;
+        if (value.isNull()) return std::nullopt;
+        if (former && former->asMap() && value.asMap()) {
+            auto inner = patchBetween(*former->asMap(), *value.asMap());
+            if (!inner) return std::nullopt;
+            patch.set(name, *std::move(inner));
+        } else {
+            patch.set(name, value);
+        }
+    }
+    for (auto& [name, value] : from)
+        if (!to.contains(name)) patch.set(name, Value());
+    return patch;
 }
 
 bool sameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
@@ -43,6 +76,33 @@ bool sameState(const struct stat& a, const struct stat& b) {
 std::string systemWords() { return std::strerror(errno); }  // NOLINT: glibc's is safe from any thread
 
 }  // namespace
+
+std::optional<ValueMap> settingsChange(const ValueMap& state, const ValueMap& values) {
+    ValueMap line, merged;
+    for (auto& [key, value] : values) {
+        if (key == formatKey || key == mergeKey) return std::nullopt;
+        auto former = state.find(key);
+        if (former ? *former == value : value.isNull()) continue;
+        bool areMaps = former && former->asMap() && value.asMap();
+        if (auto patch = areMaps ? patchBetween(*former->asMap(), *value.asMap()) : std::nullopt)
+            merged.set(key, *std::move(patch));
+        else
+            line.set(key, value);
+    }
+    if (!merged.empty()) line.set(mergeKey, std::move(merged));
+    return line;
+}
+
+void applySettingsLine(ValueMap& state, const ValueMap& line) {
+    for (auto& [key, value] : line) {
+        if (key == mergeKey)
+            mergeInto(state, value.asMap() ? *value.asMap() : ValueMap());
+        else if (value.isNull())
+            state.remove(key);
+        else
+            state.set(key, value);
+    }
+}
 
 std::optional<std::string> settingsLine(const ValueMap& change) {
     auto line = json::write(change);
@@ -155,7 +215,7 @@ std::optional<std::string> SettingsJournal::readFrom(off_t offset) const {
 }
 
 struct SettingsJournal::Parsed {
-    ValueMap values;
+    std::vector<ValueMap> lines;
     bool damaged = false;
     bool newerFormat = false;
     bool lastLineOpen = false;
@@ -179,7 +239,7 @@ SettingsJournal::Parsed SettingsJournal::parse(std::string_view content) const {
             parsed.newerFormat |= format->asInteger().value_or(0) > formatNumber;
             change->remove(formatKey);
         }
-        applyLine(parsed.values, *change);
+        parsed.lines.push_back(std::move(*change));
     }
     return parsed;
 }
@@ -212,14 +272,16 @@ std::optional<SettingsJournal::Changes> SettingsJournal::readChanges() {
         return std::nullopt;
     }
     if (parsed.damaged) {
-        if (readOnly_ || !setAside() || !rewrite(parsed.values)) return std::nullopt;
+        ValueMap state;
+        for (auto& line : parsed.lines) applySettingsLine(state, line);
+        if (readOnly_ || !setAside() || !rewrite(state)) return std::nullopt;
         if (!openAndLock(false) || file_ < 0) return std::nullopt;
         return readChanges();
     }
     read_ = (grown ? read_ : 0) + static_cast<off_t>(content->size());
     lastLineOpen_ = parsed.lastLineOpen;
     noteCurrent();
-    return Changes{!grown, std::move(parsed.values)};
+    return Changes{!grown, std::move(parsed.lines)};
 }
 
 bool SettingsJournal::writeAll(std::string_view bytes) {
@@ -233,7 +295,7 @@ bool SettingsJournal::writeAll(std::string_view bytes) {
 }
 
 bool SettingsJournal::append(const ValueMap& change, bool mustLast) {
-    auto line = change.contains(formatKey) ? std::nullopt : settingsLine(change);
+    auto line = settingsLine(change);
     if (!line) {
         log(LogLevel::warning, "settings", "Settings: a value without a JSON form was not stored in " + path_);
         return false;

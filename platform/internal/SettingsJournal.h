@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/Value.h"
 
@@ -47,7 +48,7 @@ public:
 
     struct Changes {
         bool fromStart = false;  // they replace the state instead of adding to it
-        ValueMap values;         // null removes
+        std::vector<ValueMap> lines;
     };
     /// What was added to the file since the last read. The caller holds the lock. Damage is repaired on the way: the
     /// damaged file stays beside the new one under the name "PATH.damaged-N", and what reads of it is carried over.
@@ -90,7 +91,13 @@ private:
     std::string lastLogged_;
 };
 
-/// The line of a change, checked to read back equal; nullopt if it would not.
+/// Returns the line that makes `values` of the state's values of these keys, or nullopt if a key is one of the
+/// journal's own. The line is empty if they are equal already. It names only the entries of a map that differ: the maps
+/// of modules grow long, and most changes concern one module.
+std::optional<ValueMap> settingsChange(const ValueMap& state, const ValueMap& values);
+/// Changes a state as a line of the journal says.
+void applySettingsLine(ValueMap& state, const ValueMap& line);
+/// The text of a line, checked to read back equal; nullopt if it would not.
 std::optional<std::string> settingsLine(const ValueMap& change);
 
 }  // namespace tarvo::platform

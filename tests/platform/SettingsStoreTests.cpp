@@ -64,6 +64,39 @@ TEST_F(SettingsStoreTests, KeepsEveryKindOverReopening) {
     EXPECT_EQ(reopened.keys().size(), values.size());
 }
 
+TEST_F(SettingsStoreTests, ChangesInsideMapsAreKeptAsTheyAre) {
+    ValueMap modules;
+    for (int i = 0; i < 50; ++i) modules.set("Module" + std::to_string(i), ValueMap{{"time", "0"}, {"more", true}});
+    const auto changed = [&](std::string_view module, Value value) {
+        auto maps = modules;
+        maps.set(module, std::move(value));
+        return maps;
+    };
+    auto without = modules;
+    without.remove("Module7");
+    const Value steps[] = {modules,
+                           changed("Module7", ValueMap{{"time", "1"}, {"list", ValueList{1, Value()}}}),
+                           changed("Module7", ValueMap{{"time", Value()}}),
+                           changed("Module7", ValueMap{{"time", ValueMap{{"inner", Value()}}}}),
+                           changed("Module7", ValueMap()),
+                           changed("Module7", 7),
+                           without,
+                           changed("Module51", ValueMap{{"", ValueMap()}}),
+                           ValueMap(),
+                           "no map"};
+    SettingsStore watching(folder_, "app");
+    for (auto& step : steps) {
+        ASSERT_TRUE(store_.set("modules", step));
+        EXPECT_EQ(store_.value("modules"), step);
+        EXPECT_EQ(watching.value("modules"), step);
+        EXPECT_EQ(SettingsStore(folder_, "app").value("modules"), step);
+    }
+    ASSERT_TRUE(store_.set("modules", modules));
+    auto size = files::size(path()).value();
+    ASSERT_TRUE(store_.set("modules", changed("Module9", ValueMap{{"time", "1"}, {"more", true}})));
+    EXPECT_LT(files::size(path()).value() - size, 100u) << "one entry of one map has changed";
+}
+
 TEST_F(SettingsStoreTests, RemovesOneKeyOrThoseChosen) {
     ASSERT_TRUE(store_.change(ValueMap{{"a#CRM#1", 1}, {"b#CRM#2", 2}, {"plain", 3}, {"gone", 4}}));
     EXPECT_TRUE(store_.remove("gone"));
@@ -75,11 +108,13 @@ TEST_F(SettingsStoreTests, RemovesOneKeyOrThoseChosen) {
 
 TEST_F(SettingsStoreTests, RefusesValuesThatWouldNotReadBack) {
     log_.expectWarning("a value without a JSON form");
+    log_.expectWarning("a key of the file's own");
     const Value refused[] = {Bytes{"ab"}, opaqueValue(), std::numeric_limits<double>::infinity(), "\xFF\xFE",
                              ValueList{ValueMap{{"\xC3", 1}}}};
     ASSERT_TRUE(store_.set("key", "kept"));
     for (auto& value : refused) EXPECT_FALSE(store_.set("key", value)) << kindName(value.kind());
     EXPECT_FALSE(store_.set("tarvo.settings.format", 7));
+    EXPECT_FALSE(store_.set("tarvo.settings.merge", ValueMap{{"key", 1}}));
     EXPECT_EQ(store_.update("key", [](const Value&) { return Value(Bytes{"x"}); }), std::nullopt);
     EXPECT_EQ(store_.string("key"), "kept");
     EXPECT_EQ(SettingsStore(folder_, "app").string("key"), "kept");
