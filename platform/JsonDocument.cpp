@@ -5,7 +5,9 @@
 #include <bit>
 #include <charconv>
 
+#include "platform/DispatchQueue.h"
 #include "platform/Text.h"
+#include "platform/ThreadSafety.h"
 
 namespace tarvo::platform::json {
 
@@ -112,7 +114,75 @@ private:
 
 }  // namespace
 
+namespace {
+
+/// Objects with large buffers that wait for the next use: a page of a download needs 40 MB to be read, and taking them
+/// from the system again for each page costs half as much as reading it. They are freed when the pages end.
+template <class T>
+class Spares {
+public:
+    static Spares& shared() {
+        // Documents may end after statics are destroyed.
+        static auto& spares = *new Spares;
+        return spares;
+    }
+
+    T take() {
+        MutexLock lock(mutex_);
+        if (spares_.empty()) return T();
+        auto spare = std::move(spares_.back());
+        spares_.pop_back();
+        return spare;
+    }
+    void put(T spare) {
+        MutexLock lock(mutex_);
+        if (spares_.size() < mostKept) spares_.push_back(std::move(spare));
+        if (!release_.isPending()) release_ = queue_->asyncAfter(std::chrono::seconds(1), [this] { release(); });
+    }
+
+private:
+    static constexpr std::size_t mostKept = 2;
+
+    void release() {
+        std::vector<T> released;
+        MutexLock lock(mutex_);
+        spares_.swap(released);
+    }
+
+    const std::shared_ptr<DispatchQueue> queue_ = DispatchQueue::serial("json", DispatchQueue::Quality::background);
+    Mutex mutex_;
+    std::vector<T> spares_ TARVO_GUARDED_BY(mutex_);
+    Timer release_ TARVO_GUARDED_BY(mutex_);
+};
+
+constexpr std::size_t largeSize = 1024 * 1024;
+
+using Parser = std::unique_ptr<simdjson::dom::parser>;
+
+simdjson::error_code parseWith(Parser& parser, simdjson::dom::document& document, std::string_view text) {
+    if (!parser) parser = std::make_unique<simdjson::dom::parser>();
+    if (parser->max_depth() != maximumDepth) {
+        auto error = parser->allocate(std::max<std::size_t>(text.size(), 1024), maximumDepth);
+        if (error != simdjson::SUCCESS) return error;
+    }
+    auto error = parser->parse_into_document(document, text.data(), text.size(), false).error();
+    if (error == simdjson::SUCCESS) return error;
+    // The parser's errors do not say precisely what it refused, and they differ between its versions.
+    auto repaired = JsonRepair(text).repaired();
+    return repaired ? parser->parse_into_document(document, *repaired).error() : error;
+}
+
+}  // namespace
+
 struct Document::Content {
+    explicit Content(std::size_t size) {
+        if (size >= largeSize) document = Spares<simdjson::dom::document>::shared().take();
+    }
+    ~Content() {
+        if (document.capacity() >= largeSize) Spares<simdjson::dom::document>::shared().put(std::move(document));
+    }
+    Content(const Content&) = delete;
+    Content& operator=(const Content&) = delete;
     simdjson::dom::document document;
 };
 
@@ -133,23 +203,19 @@ std::array<std::uintptr_t, 2> plain(simdjson::dom::element element) {
 
 std::optional<Document> Document::parse(const Data& data) {
     if (data.empty()) return std::nullopt;
-    // A parser keeps its buffers between documents. One that grew for a huge body is let go again.
-    constexpr std::size_t keptCapacity = 32 * 1024 * 1024;
-    thread_local auto parser = std::make_unique<simdjson::dom::parser>();
     auto text = data.view();
-    if (parser->max_depth() != maximumDepth &&
-        parser->allocate(std::max<std::size_t>(text.size(), 1024), maximumDepth) != simdjson::SUCCESS)
-        return std::nullopt;
-    auto content = std::make_shared<Content>();
-    auto error = parser->parse_into_document(content->document, text.data(), text.size(), false).error();
-    // The parser's errors do not say precisely what it refused, and they differ between its versions.
-    if (error != simdjson::SUCCESS) {
-        auto repaired = JsonRepair(text).repaired();
-        if (repaired) error = parser->parse_into_document(content->document, *repaired).error();
+    auto content = std::make_shared<Content>(text.size());
+    simdjson::error_code error = simdjson::SUCCESS;
+    if (text.size() >= largeSize) {
+        auto parser = Spares<Parser>::shared().take();
+        error = parseWith(parser, content->document, text);
+        Spares<Parser>::shared().put(std::move(parser));
+    } else {
+        // The parser keeps its buffers between documents.
+        thread_local Parser parser;
+        error = parseWith(parser, content->document, text);
     }
-    if (parser->capacity() > keptCapacity) parser = std::make_unique<simdjson::dom::parser>();
-    if (error != simdjson::SUCCESS) return std::nullopt;
-    return Document(std::move(content));
+    return error == simdjson::SUCCESS ? std::optional(Document(std::move(content))) : std::nullopt;
 }
 
 Element Document::root() const { return Element(plain(content_->document.root())); }
