@@ -93,60 +93,72 @@ public:
     std::vector<std::size_t> run() {
         std::vector<std::size_t> refused;
         for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
-            findColumns(row);
-            if (set_.empty() || where_.empty()) continue;
+            if (!hasPlannedColumns(row)) plan(row);
+            if (!canUpdate_) continue;
             try {
                 update(row);
             } catch (const DatabaseError& error) {
                 if (error.kind() != FailureKind::constraint) throw;
                 refused.push_back(row);
-                prepared_.clear();
+                execution_.reset();
             }
         }
         return refused;
     }
 
 private:
-    void findColumns(std::size_t row) {
-        set_.clear(), where_.clear();
-        for (std::size_t column = 0; column < isKey_.size(); ++column)
-            if (rows_.hasCell(row, column)) (isKey_[column] ? where_ : set_).push_back(column);
+    bool hasPlannedColumns(std::size_t row) const {
+        for (std::size_t column = 0; column < hasColumn_.size(); ++column)
+            if (rows_.hasCell(row, column) != hasColumn_[column]) return false;
+        return !hasColumn_.empty();
+    }
+
+    void plan(std::size_t row) {
+        std::vector<std::size_t> set, where;
+        hasColumn_.assign(isKey_.size(), false);
+        for (std::size_t column = 0; column < isKey_.size(); ++column) {
+            if (!rows_.hasCell(row, column)) continue;
+            hasColumn_[column] = true;
+            (isKey_[column] ? where : set).push_back(column);
+        }
+        canUpdate_ = !set.empty() && !where.empty();
+        sql_ = "UPDATE " + quotedName(table_) + " SET " + terms(set, ",") + " WHERE " + terms(where, " AND ");
+        execution_.reset();
+        bound_ = std::move(set);
+        bound_.insert(bound_.end(), where.begin(), where.end());
+    }
+
+    std::string terms(const std::vector<std::size_t>& places, std::string_view separator) const {
+        std::string text;
+        for (auto place : places)
+            text.append(text.empty() ? "" : separator).append(quotedColumn(rows_.columns()[place])).append("=?");
+        return text;
     }
 
     void update(std::size_t row) {
-        auto columns = set_;
-        columns.insert(columns.end(), where_.begin(), where_.end());
-        if (columns != prepared_ || !execution_) prepare(columns);
         values_.clear();
-        for (auto column : columns) {
+        for (auto column : bound_) {
             values_.push_back(rows_.cell(row, column));
             if (values_.back().nested()) throwNotBindable(values_.back());
         }
-        execution_->reset();
+        std::string_view rest;
+        if (execution_)
+            execution_->reset();
+        else
+            execution_.emplace(connection_, sql_, rest);
         execution_->bind(values_);
         execution_->runToEnd();
-    }
-
-    void prepare(std::vector<std::size_t>& columns) {
-        auto terms = [&](const std::vector<std::size_t>& places, std::string_view separator) {
-            std::string text;
-            for (auto place : places)
-                text.append(text.empty() ? "" : separator).append(quotedColumn(rows_.columns()[place])).append("=?");
-            return text;
-        };
-        std::string_view rest;
-        execution_.reset();
-        execution_.emplace(
-            connection_,
-            "UPDATE " + quotedName(table_) + " SET " + terms(set_, ",") + " WHERE " + terms(where_, " AND "), rest);
-        prepared_ = columns;
     }
 
     Connection& connection_;
     const std::string_view table_;
     const RowSource& rows_;
     std::vector<bool> isKey_;
-    std::vector<std::size_t> set_, where_, prepared_;
+    // The plan, which lasts as long as rows have the same columns.
+    std::vector<bool> hasColumn_;
+    std::vector<std::size_t> bound_;
+    bool canUpdate_ = false;
+    std::string sql_;
     std::vector<tarvo::ValueView> values_;
     std::optional<Execution> execution_;
 };

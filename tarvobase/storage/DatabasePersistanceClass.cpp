@@ -95,11 +95,14 @@ std::optional<std::vector<std::size_t>> TableAccess::storeAccepted(const RowSour
 std::optional<std::vector<std::size_t>> TableAccess::updateAccepted(const RowSource& rows,
                                                                     const std::vector<std::string>& keys) const {
     if (!adapter_) return std::nullopt;
-    ColumnSelection cells(rows, placesInTable(rows));
-    std::vector<std::size_t> keyPlaces;
-    for (std::size_t place = 0; place < cells.columns().size(); ++place)
-        if (std::find(keys.begin(), keys.end(), cells.columns()[place]) != keys.end()) keyPlaces.push_back(place);
-    return adapter_->updateAccepted(tableName_, cells, keyPlaces);
+    auto update = [&](const RowSource& cells) {
+        std::vector<std::size_t> keyPlaces;
+        for (std::size_t place = 0; place < cells.columns().size(); ++place)
+            if (std::find(keys.begin(), keys.end(), cells.columns()[place]) != keys.end()) keyPlaces.push_back(place);
+        return adapter_->updateAccepted(tableName_, cells, keyPlaces);
+    };
+    auto kept = placesInTable(rows);
+    return kept.size() == rows.columns().size() ? update(rows) : update(ColumnSelection(rows, std::move(kept)));
 }
 
 std::vector<std::size_t> TableAccess::placesInTable(const RowSource& rows) const {

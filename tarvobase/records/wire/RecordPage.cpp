@@ -283,8 +283,11 @@ ValueView RecordPage::cell(std::size_t row, std::size_t column) const {
 }
 
 bool RecordPage::names(std::size_t row, std::size_t column) const {
+    auto isSet = [cells = &content_->cells[row * content_->plan.columns().size()]](std::size_t place) {
+        return cells[place].kind != ValueKind::null;
+    };
     auto lookup = content_->lookupColumns[column];
-    return !cell(row, column).isNull() || (lookup != RecordPlan::none && !cell(row, lookup).isNull());
+    return isSet(column) || (lookup != RecordPlan::none && isSet(lookup));
 }
 
 std::string_view RecordPage::recordId(std::size_t row) const {
