@@ -67,8 +67,9 @@ void Timers::add(std::shared_ptr<Timer::State> timer) {
         auto due = timer->due;
         waiting_.emplace(due, std::move(timer));
         if (!serving_) startServing();
+        // Most timers are limits that are cancelled long before they are due, and each would wake the thread.
+        if (due < sleepsUntil_) changed_.notifyOne();
     }
-    changed_.notifyOne();
     // Nobody moves a clock that stands still; what is due already must not wait for that.
     if (Clock::isSet()) fireDue();
 }
@@ -133,10 +134,12 @@ void Timers::serve() {
     MutexLock lock(mutex_);
     for (;;) {
         if (waiting_.empty() || Clock::isSet()) {
+            sleepsUntil_ = Clock::SteadyTime::max();
             changed_.wait(lock);
             continue;
         }
-        auto left = waiting_.begin()->first - Clock::steadyNow();
+        sleepsUntil_ = waiting_.begin()->first;
+        auto left = sleepsUntil_ - Clock::steadyNow();
         if (left > left.zero()) {
             changed_.waitFor(lock, left);
             continue;

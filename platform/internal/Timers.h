@@ -49,6 +49,8 @@ private:
     Condition changed_;
     std::multimap<Clock::SteadyTime, std::shared_ptr<Timer::State>> waiting_ TARVO_GUARDED_BY(mutex_);
     bool serving_ TARVO_GUARDED_BY(mutex_) = false;
+    /// The time at which the thread looks for due timers without being woken.
+    Clock::SteadyTime sleepsUntil_ TARVO_GUARDED_BY(mutex_) = Clock::SteadyTime::max();
 };
 
 }  // namespace tarvo::platform

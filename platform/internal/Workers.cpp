@@ -88,19 +88,22 @@ AdmittedItem Workers::take() {
 
 bool Workers::awaitItem(MutexLock& lock) {
     ++idle_;
-    bool spare = isSpare();
-    if (spare)
+    bool spare = isSpareBeyond(leaving_);
+    if (spare) {
+        ++leaving_;
         itemReady_.waitFor(lock, spareThreadLifetime, [this] {
             mutex_.assumeHeld();
             return waiting() > 0;
         });
-    else
+        --leaving_;
+    } else {
         itemReady_.wait(lock, [this] {
             mutex_.assumeHeld();
-            return waiting() > 0 || isSpare();
+            return waiting() > 0 || isSpareBeyond(leaving_);
         });
+    }
     --idle_;
-    return waiting() > 0 || !spare || !isSpare();
+    return waiting() > 0 || !spare || !isSpareBeyond(0);
 }
 
 void Workers::work() {
@@ -129,8 +132,9 @@ void Workers::willBlock() {
 void Workers::didUnblock() {
     MutexLock lock(mutex_);
     --blocked_;
-    // The thread that stood in for this one may go now; idle threads look anew whether they are spare.
-    if (isSpare() && idle_ > 0) itemReady_.notifyAll();
+    // The thread that stood in for this one may go now. Idle threads look anew whether they are spare, unless enough of
+    // them do so already: waking them costs more than most of the waits that end here.
+    if (isSpareBeyond(leaving_) && idle_ > leaving_) itemReady_.notifyAll();
 }
 
 bool Workers::isStuck(MutexLock& lock) {

@@ -45,7 +45,8 @@ private:
     bool awaitItem(MutexLock& lock) TARVO_REQUIRES(mutex_);
     AdmittedItem take() TARVO_REQUIRES(mutex_);
     std::size_t waiting() const TARVO_REQUIRES(mutex_) { return ready_[0].size() + ready_[1].size(); }
-    bool isSpare() const TARVO_REQUIRES(mutex_) { return threads_ > blocked_ + target_; }
+    /// Whether there are more threads than are needed, beyond a number of them.
+    bool isSpareBeyond(std::size_t count) const TARVO_REQUIRES(mutex_) { return threads_ > blocked_ + target_ + count; }
     void addThreadIfUseful() TARVO_REQUIRES(mutex_);
     void addThread() TARVO_REQUIRES(mutex_);
     void supervise();
@@ -59,6 +60,7 @@ private:
     std::array<std::deque<AdmittedItem>, 2> ready_ TARVO_GUARDED_BY(mutex_);  // standard, background
     std::size_t threads_ TARVO_GUARDED_BY(mutex_) = 0;
     std::size_t idle_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::size_t leaving_ TARVO_GUARDED_BY(mutex_) = 0;  // idle threads that end unless an item comes soon
     std::size_t blocked_ TARVO_GUARDED_BY(mutex_) = 0;
     std::uint64_t taken_ TARVO_GUARDED_BY(mutex_) = 0;
     bool supervised_ TARVO_GUARDED_BY(mutex_) = false;
