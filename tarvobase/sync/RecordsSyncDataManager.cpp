@@ -46,6 +46,12 @@ std::int64_t recordCount(const std::optional<WireRecords>& records) {
 
 bool hasRecords(const std::optional<WireRecords>& records) { return recordCount(records) > 0; }
 
+bool hasDeletes(const SyncRecordsResponse& page) { return page.deletedRecordIDs && !page.deletedRecordIDs->empty(); }
+
+bool isEmpty(const SyncRecordsResponse& page) {
+    return !hasRecords(page.addedRecords) && !hasRecords(page.editedRecords) && !hasDeletes(page);
+}
+
 bool namesOneOf(const std::optional<WireRecords>& records, const std::set<std::string>& recordIds) {
     auto ids = records ? idsOf(*records) : std::vector<std::string>();
     return std::any_of(ids.begin(), ids.end(), [&](auto& id) { return recordIds.contains(id); });
@@ -155,7 +161,7 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, 
     auto& name = round.underWay->module.moduleName;
     auto& info = page.resultInfo;
     if (!collaborators_.scope.isCurrent()) return Reason::outdated;
-    if (!hasMetadata(name)) return Reason::noMetadata;
+    if (!hasMetadata(name, page)) return Reason::noMetadata;
     if (!info.responseTime) return Reason::noResponseTime;
     // An edit that is answered after this is still found, and one that is sent after it is newer than the page.
     round.mustBeRepeated = round.mustBeRepeated || mayBeOvertaken(page);
@@ -181,24 +187,33 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, 
     return std::nullopt;
 }
 
-/// Most rounds bring nothing, so that the one field that nearly every module has is looked for first.
-bool RecordsSyncDataManager::hasMetadata(const std::string& moduleName) const {
+/// Most rounds bring nothing, and need no fields. A module that had some is not asked about them again for such a
+/// round, and the one field that nearly every module has is looked for first.
+bool RecordsSyncDataManager::hasMetadata(const std::string& moduleName, const SyncRecordsResponse& page) {
+    if (isEmpty(page)) {
+        platform::MutexLock lock(mutex_);
+        if (modulesWithFields_.contains(moduleName)) return true;
+    }
     auto& metadata = *collaborators_.metadataPersistance;
     std::string identifier(RecordUtil::getIdentifierFieldName(moduleName, collaborators_.scope.naming));
     auto identifiers = metadata.getFieldMetadata(moduleName, std::vector{identifier}, {});
-    if (identifiers && !identifiers->empty()) return true;
-    auto fields = metadata.getFieldMetadata(moduleName);
-    return fields && !fields->empty();
+    if (!identifiers || identifiers->empty()) {
+        auto fields = metadata.getFieldMetadata(moduleName);
+        if (!fields || fields->empty()) return false;
+    }
+    platform::MutexLock lock(mutex_);
+    modulesWithFields_.insert(moduleName);
+    return true;
 }
 
 /// Returns whether an answer that waits may be older than the page: values of a record go beneath an edit that the
 /// server had before them, or a deleted record is one that was added here.
 bool RecordsSyncDataManager::mayBeOvertaken(const SyncRecordsResponse& page) const {
+    if (isEmpty(page)) return false;
     auto sent = collaborators_.recordsWithSentChanges();
     if (!sent) return true;
     if (sent->empty()) return false;
-    bool hasDeletes = page.deletedRecordIDs && !page.deletedRecordIDs->empty();
-    if (hasDeletes && std::any_of(sent->begin(), sent->end(), isTemporaryRecordId)) return true;
+    if (hasDeletes(page) && std::any_of(sent->begin(), sent->end(), isTemporaryRecordId)) return true;
     return namesOneOf(page.addedRecords, *sent) || namesOneOf(page.editedRecords, *sent);
 }
 
@@ -210,10 +225,9 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::storePage(const SyncRec
     if (hasRecords(page.editedRecords) && !records.modifyPage(*page.editedRecords, moduleName))
         return Reason::notStored;
     auto& database = collaborators_.scope.databaseAdapter;
-    auto& deletedIds = page.deletedRecordIDs;
-    if (!deletedIds || deletedIds->empty()) return std::nullopt;
+    if (!hasDeletes(page)) return std::nullopt;
     bool areRemoved = database && database->transaction("delete records of " + moduleName, [&] {
-        return removeDeletedRecords(database, records, moduleName, *deletedIds);
+        return removeDeletedRecords(database, records, moduleName, *page.deletedRecordIDs);
     });
     return areRemoved ? std::nullopt : std::optional(Reason::notStored);
 }

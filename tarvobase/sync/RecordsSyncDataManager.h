@@ -108,7 +108,7 @@ private:
     explicit RecordsSyncDataManager(Collaborators collaborators) : collaborators_(std::move(collaborators)) {}
 
     std::optional<Reason> takePage(Round& round, const SyncRecordsResponse& page, std::int64_t from);
-    bool hasMetadata(const std::string& moduleName) const;
+    bool hasMetadata(const std::string& moduleName, const SyncRecordsResponse& page);
     bool mayBeOvertaken(const SyncRecordsResponse& page) const;
     std::optional<Reason> storePage(const SyncRecordsResponse& page, const std::string& moduleName) const;
     std::optional<std::int64_t> timeBesideOther(const Round& round) const;
@@ -121,6 +121,7 @@ private:
     const Collaborators collaborators_;
     platform::Mutex mutex_;
     std::map<std::string, std::shared_ptr<Round>> rounds_ TARVO_GUARDED_BY(mutex_);
+    std::set<std::string> modulesWithFields_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo
