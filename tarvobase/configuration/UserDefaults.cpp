@@ -17,10 +17,15 @@ constexpr std::string_view baseGroupMark = "#BaseGroup";
 constexpr std::string_view baseGroup = "BaseGroup";
 
 void notify(const Value& newValue, const std::string& key, const UserDefaultsGroup& group) {
-    BrenNotificationCenter::shared().notify<UserDefaultsValueObserver>(
-        false, [newValue, key, group = group.text()](UserDefaultsValueObserver& observer) {
-            if (text::contains(observer.observingKeys(), key) && text::contains(observer.observingGroups(), group))
-                observer.newValue(newValue, key, group);
+    auto groupText = group.text();
+    BrenNotificationCenter::shared().notifyThose<UserDefaultsValueObserver>(
+        [&](UserDefaultsValueObserver& observer) {
+            return text::contains(observer.observingKeys(), key) &&
+                   text::contains(observer.observingGroups(), groupText);
+        },
+        false,
+        [newValue, key, groupText](UserDefaultsValueObserver& observer) {
+            observer.newValue(newValue, key, groupText);
         });
 }
 

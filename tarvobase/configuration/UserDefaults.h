@@ -36,8 +36,9 @@ private:
     std::string text_;
 };
 
-/// Is notified of each new value whose key is in `observingKeys` and whose group's text is in `observingGroups`. The
-/// callback runs on the bus's background queue. The notice is posted before the value is written.
+/// Is notified of each new value whose key is in `observingKeys` and whose group's text is in `observingGroups`. Both
+/// are asked on the thread that sets a value, and must answer at once. `newValue` runs on the bus's background queue.
+/// The notice is posted before the value is written.
 class UserDefaultsValueObserver : public virtual platform::Object {
 public:
     virtual std::vector<std::string> observingKeys() const = 0;

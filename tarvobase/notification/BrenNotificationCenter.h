@@ -43,8 +43,13 @@ public:
     /// Calls `callback` once for each live observer of the topic.
     template <class Topic>
     void notify(bool onMainThread, std::function<void(Topic&)> callback) {
-        notifyEach(typeid(Topic), onMainThread,
-                   [callback = std::move(callback)](void* observer) { callback(*static_cast<Topic*>(observer)); });
+        notifyEach(typeid(Topic), onMainThread, untyped<Topic, void>(std::move(callback)), {});
+    }
+    /// Does so for the observers that `wants` chooses. It is asked at once, on the caller's thread.
+    template <class Topic>
+    void notifyThose(std::function<bool(Topic&)> wants, bool onMainThread, std::function<void(Topic&)> callback) {
+        notifyEach(typeid(Topic), onMainThread, untyped<Topic, void>(std::move(callback)),
+                   untyped<Topic, bool>(std::move(wants)));
     }
 
     /// Returns how many observers are registered under a topic, dead ones included until the next `notify`.
@@ -61,10 +66,15 @@ private:
     };
     using Observers = std::map<Identity, BrenObserver>;
 
+    template <class Topic, class Result>
+    static std::function<Result(void*)> untyped(std::function<Result(Topic&)> function) {
+        return [function = std::move(function)](void* observer) { return function(*static_cast<Topic*>(observer)); };
+    }
     static Identity identity(const platform::Object* object) { return object; }
     void addEntry(std::type_index topic, BrenObserver observer);
     void removeEntry(std::type_index topic, Identity identity);
-    void notifyEach(std::type_index topic, bool onMainThread, std::function<void(void*)> callback);
+    void notifyEach(std::type_index topic, bool onMainThread, std::function<void(void*)> callback,
+                    const std::function<bool(void*)>& wants);
     std::size_t countEntries(std::type_index topic) const;
 
     // A pending notice may outlive the center, so the registrations are shared with it.
