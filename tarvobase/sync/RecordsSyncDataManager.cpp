@@ -1,8 +1,11 @@
 #include "tarvobase/sync/RecordsSyncDataManager.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
 #include <limits>
 
+#include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/Text.h"
 #include "tarvobase/database_layer/DatabaseAdapter.h"
@@ -103,16 +106,27 @@ bool RecordsSyncDataManager::syncRecords(const std::string& moduleName) {
 }
 
 bool RecordsSyncDataManager::syncRecords(const Module& module) {
-    return SyncRounds::shared().ask(collaborators_.scope, module, platform::strongSelf<SyncRoundRunner>(this));
+    return SyncRounds::shared().ask(collaborators_.scope, module, expectedSize(module.moduleName),
+                                    platform::strongSelf<SyncRoundRunner>(this));
+}
+
+SyncRoundSize RecordsSyncDataManager::expectedSize(const std::string& moduleName) const {
+    constexpr std::chrono::milliseconds shortTime = std::chrono::hours(1);
+    auto round = collaborators_.recordSyncSettings->getRound(moduleName);
+    if (!round || round->outcome != Outcome::finished || !round->finishedAt) return SyncRoundSize::any;
+    auto now = platform::Clock::now().time_since_epoch();
+    auto age = std::chrono::duration_cast<std::chrono::milliseconds>(now).count() - *round->finishedAt;
+    return std::abs(age) <= shortTime.count() ? SyncRoundSize::small : SyncRoundSize::any;
 }
 
 void RecordsSyncDataManager::runRound(std::shared_ptr<SyncRoundUnderWay> underWay) {
     auto& name = underWay->module.moduleName;
     auto& settings = *collaborators_.recordSyncSettings;
-    auto round = std::make_shared<Round>(
-        Round{underWay, settings.getLastModifiedTime(name).value_or("0"), underWay->progress()});
-    // A round that breaks says when one last finished.
-    if (auto former = settings.getRound(name)) {
+    // A round that breaks says when one last finished. A module may have a watermark without a round.
+    auto former = settings.getRound(name);
+    auto watermark = former ? former->watermark : settings.getLastModifiedTime(name);
+    auto round = std::make_shared<Round>(Round{underWay, watermark.value_or("0"), underWay->progress()});
+    if (former) {
         round->progress.watermark = former->watermark;
         round->progress.finishedAt = former->finishedAt;
         underWay->setProgress(round->progress);

@@ -107,6 +107,7 @@ private:
 
     explicit RecordsSyncDataManager(Collaborators collaborators) : collaborators_(std::move(collaborators)) {}
 
+    SyncRoundSize expectedSize(const std::string& moduleName) const;
     std::optional<Reason> takePage(Round& round, const SyncRecordsResponse& page, std::int64_t from);
     bool hasMetadata(const std::string& moduleName, const SyncRecordsResponse& page);
     bool mayBeOvertaken(const SyncRecordsResponse& page) const;

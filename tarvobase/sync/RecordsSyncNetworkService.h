@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/DispatchQueue.h"
 #include "platform/Result.h"
 #include "tarvobase/network_layer/StaticBaseNetworkService.h"
 #include "tarvobase/usecase/AppError.h"
@@ -39,6 +40,10 @@ public:
     std::string baseURL() const override { return networkConstants->getURL(CRMAPIs::Case::recordsSync); }
     void syncRecordsForModule(const Module& module, const std::string& lastModifiedTime, std::int64_t from,
                               std::int64_t maximumRecords) override;
+
+private:
+    const std::shared_ptr<DispatchQueue> shortAnswers_ =
+        DispatchQueue::serial("sync.answers", DispatchQueue::Quality::background);
 };
 
 }  // namespace tarvo

@@ -10,7 +10,8 @@ namespace tarvo {
 
 SyncRounds& SyncRounds::shared() { return platform::ProcessState::current().get<SyncRounds>(); }
 
-bool SyncRounds::ask(const Scope& scope, const Module& module, std::shared_ptr<SyncRoundRunner> asker) {
+bool SyncRounds::ask(const Scope& scope, const Module& module, SyncRoundSize size,
+                     std::shared_ptr<SyncRoundRunner> asker) {
     platform::MutexLock lock(mutex_);
     auto& entry = entries_[keyOf(scope, module.moduleName)];
     if (entry.round) {
@@ -20,15 +21,15 @@ bool SyncRounds::ask(const Scope& scope, const Module& module, std::shared_ptr<S
         askers.push_back(std::move(asker));
         return true;
     }
-    entry.round = std::make_shared<SyncRoundUnderWay>(module, SyncRoundUnderWay::Runners{std::move(asker)});
+    entry.round = std::make_shared<SyncRoundUnderWay>(module, size, SyncRoundUnderWay::Runners{std::move(asker)});
     queued_.push_back(entry.round);
     startNext();
     return true;
 }
 
 void SyncRounds::startNext() {
-    while (running_ < maximumRounds && !queued_.empty()) {
-        ++running_;
+    while (!queued_.empty() && running_ + shareOf(*queued_.front()) <= maximumRounds * smallRoundsPerRound) {
+        running_ += shareOf(*queued_.front());
         CommonUtils::performAsyncInBackground(
             [round = std::move(queued_.front())] { round->askers().front()->runRound(round); });
         queued_.pop_front();
@@ -42,13 +43,13 @@ SyncRoundUnderWay::Runners SyncRounds::end(const Scope& scope, const SyncRoundUn
         platform::MutexLock lock(mutex_);
         auto found = entries_.find(keyOf(scope, round.module.moduleName));
         if (found == entries_.end() || found->second.round.get() != &round) return {};
-        --running_;
+        running_ -= shareOf(round);
         dismissed = std::move(found->second.dismissed);
         auto waiting = std::move(found->second.waiting);
         if (waiting.empty()) {
             entries_.erase(found);
         } else {
-            found->second = {std::make_shared<SyncRoundUnderWay>(round.module, std::move(waiting)), {}, {}};
+            found->second = {std::make_shared<SyncRoundUnderWay>(round.module, round.size, std::move(waiting)), {}, {}};
             queued_.push_back(found->second.round);
         }
         startNext();

@@ -21,6 +21,12 @@ namespace tarvo {
 class RecordsSyncDataManagerDelegate;
 class SyncRoundUnderWay;
 
+/// What a round is expected to bring.
+enum class SyncRoundSize {
+    any,    ///< perhaps pages full of records
+    small,  ///< little or nothing, since the module was in step a short time ago
+};
+
 /// Asks for rounds, and runs them if it is the first who asked.
 class SyncRoundRunner : public virtual platform::Object {
 public:
@@ -35,11 +41,13 @@ class SyncRoundUnderWay {
 public:
     using Runners = std::vector<std::shared_ptr<SyncRoundRunner>>;
 
-    SyncRoundUnderWay(Module module, Runners askers) : module(std::move(module)), askers_(std::move(askers)) {
+    SyncRoundUnderWay(Module module, SyncRoundSize size, Runners askers)
+        : module(std::move(module)), size(size), askers_(std::move(askers)) {
         progress_.moduleName = this->module.moduleName;
     }
 
     const Module module;
+    const SyncRoundSize size;
     /// Those who asked for it. The first one runs it. Others may join until it runs.
     const Runners& askers() const { return askers_; }
 
@@ -75,12 +83,13 @@ class SyncRounds {
 public:
     static SyncRounds& shared();
 
-    /// Rounds that run at a time. Each holds a page in memory, which has up to 10,000 records.
-    static constexpr std::size_t maximumRounds = 4;
+    /// Rounds that run at a time. Each holds a page in memory, which has up to 10,000 records. Small ones hold next to
+    /// nothing, so that several of them count as one.
+    static constexpr std::size_t maximumRounds = 4, smallRoundsPerRound = 8;
 
     /// Asks for a round of a module, which begins now or as soon as it may. Returns false if the caller waits for a
     /// round of the module already; that round serves this call as well.
-    bool ask(const Scope& scope, const Module& module, std::shared_ptr<SyncRoundRunner> asker);
+    bool ask(const Scope& scope, const Module& module, SyncRoundSize size, std::shared_ptr<SyncRoundRunner> asker);
     /// Ends a round, and starts those that may begin now. Returns the callers whose round was stopped while it waited
     /// for this one: for them this round is the end.
     SyncRoundUnderWay::Runners end(const Scope& scope, const SyncRoundUnderWay& round);
@@ -107,12 +116,15 @@ private:
     static Key keyOf(const Scope& scope, const std::string& moduleName) {
         return {scope.account, scope.organisation, scope.databaseAdapter.get(), moduleName};
     }
+    static std::size_t shareOf(const SyncRoundUnderWay& round) {
+        return round.size == SyncRoundSize::small ? 1 : smallRoundsPerRound;
+    }
     void startNext() TARVO_REQUIRES(mutex_);
 
     mutable platform::Mutex mutex_;
     std::map<Key, Entry> entries_ TARVO_GUARDED_BY(mutex_);
     std::deque<std::shared_ptr<SyncRoundUnderWay>> queued_ TARVO_GUARDED_BY(mutex_);
-    std::size_t running_ TARVO_GUARDED_BY(mutex_) = 0;
+    std::size_t running_ TARVO_GUARDED_BY(mutex_) = 0;  // as small rounds
     std::vector<std::function<void()>> whenStopped_ TARVO_GUARDED_BY(mutex_);
 };
 

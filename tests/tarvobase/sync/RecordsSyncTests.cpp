@@ -351,16 +351,36 @@ TEST_F(RecordsSyncTest, ACallAfterAStopGetsARoundOfItsOwn) {
         }
         return ended;
     };
-    for (auto name : {"A", "B", "C", "D", "E"}) rounds.ask(scope, {.moduleName = name}, held);
+    for (auto name : {"A", "B", "C", "D", "E"}) rounds.ask(scope, {.moduleName = name}, SyncRoundSize::any, held);
     settle();
     bool isStopped = false;
     rounds.stop([&] { isStopped = true; });
-    rounds.ask(scope, {.moduleName = "E"}, later);
+    rounds.ask(scope, {.moduleName = "E"}, SyncRoundSize::any, later);
     EXPECT_EQ(endAll(*held).size(), std::string("A stopped ").size() * 4) << "one module has to wait";
     EXPECT_EQ(endAll(*held), "E stopped ");
     EXPECT_FALSE(isStopped);
     EXPECT_EQ(endAll(*later), "E ");
     EXPECT_TRUE(isStopped);
+}
+
+TEST_F(RecordsSyncTest, SeveralSmallRoundsTakeThePlaceOfOne) {
+    auto scope = Stores::current().scope;
+    auto& rounds = SyncRounds::shared();
+    auto held = std::make_shared<HeldRunner>();
+    auto ask = [&](const std::string& name, SyncRoundSize size) {
+        rounds.ask(scope, {.moduleName = name}, size, held);
+    };
+    for (std::size_t i = 1; i < SyncRounds::maximumRounds; ++i) ask("Large" + std::to_string(i), SyncRoundSize::any);
+    for (std::size_t i = 0; i <= SyncRounds::smallRoundsPerRound; ++i)
+        ask("Small" + std::to_string(i), SyncRoundSize::small);
+    auto endAll = [&] {
+        settle();
+        auto running = held->take();
+        for (auto& round : running) rounds.end(scope, *round);
+        return running.size();
+    };
+    EXPECT_EQ(endAll(), SyncRounds::maximumRounds - 1 + SyncRounds::smallRoundsPerRound);
+    EXPECT_EQ(endAll(), 1u);
 }
 
 TEST_F(RecordsSyncTest, AllModulesAreSyncedAndOneThatFailsCostsNoOther) {
