@@ -77,23 +77,28 @@ std::shared_ptr<AllModulesSyncUseCase> AllModulesSyncUseCase::make(
 }
 
 void AllModulesSyncUseCase::syncAllModules() {
-    inBackground([weak = platform::weakSelf(this)] {
+    inBackground([weak = platform::weakSelf(this), call = SyncRounds::shared().announce()] {
         auto self = weak.lock();
         if (!self) return;
         auto allModules = self->modulePersistance->getAllModules();
-        self->startRounds(allModules ? std::move(allModules).value() : std::vector<Module>());
+        self->startRounds(allModules ? std::move(allModules).value() : std::vector<Module>(), *call);
     });
 }
 
 void AllModulesSyncUseCase::syncModules(std::vector<Module> modules) {
-    inBackground([weak = platform::weakSelf(this), modules = std::move(modules)] {
-        if (auto self = weak.lock()) self->startRounds(modules);
-    });
+    inBackground(
+        [weak = platform::weakSelf(this), modules = std::move(modules), call = SyncRounds::shared().announce()] {
+            if (auto self = weak.lock()) self->startRounds(modules, *call);
+        });
 }
 
-void AllModulesSyncUseCase::startRounds(const std::vector<Module>& modules) {
+void AllModulesSyncUseCase::startRounds(const std::vector<Module>& modules, const SyncRounds::Call& call) {
     expectEnds(modules.size());
     for (auto& module : modules) {
+        if (call.isStopped) {
+            expectOneLess();
+            continue;
+        }
         platform::log(platform::LogLevel::progress, "sync", "Syncing for: " + module.moduleName);
         if (!recordsSyncDataManager->syncRecords(module)) expectOneLess();
     }
@@ -111,11 +116,11 @@ std::shared_ptr<ModuleyncUseCase> ModuleyncUseCase::make(std::shared_ptr<Records
 
 template <class Which>
 void ModuleyncUseCase::ask(Which which) {
-    inBackground([weak = platform::weakSelf(this), which = std::move(which)] {
+    inBackground([weak = platform::weakSelf(this), which = std::move(which), call = SyncRounds::shared().announce()] {
         auto self = weak.lock();
         if (!self) return;
         self->expectEnds(1);
-        if (!self->recordsSyncDataManager->syncRecords(which)) self->expectOneLess();
+        if (call->isStopped || !self->recordsSyncDataManager->syncRecords(which)) self->expectOneLess();
     });
 }
 

@@ -6,6 +6,7 @@
 
 #include "platform/ThreadSafety.h"
 #include "tarvobase/sync/RecordsSyncDataManager.h"
+#include "tarvobase/sync/SyncRounds.h"
 #include "tarvobase/usecase/DelegateUseCase.h"
 
 namespace tarvo {
@@ -74,7 +75,7 @@ private:
     AllModulesSyncUseCase(std::shared_ptr<RecordsSyncDataManagerProtocol> dataManager,
                           std::shared_ptr<ModulesPersistanceDelegate> modulePersistance)
         : RecordsSyncUseCaseBase(std::move(dataManager)), modulePersistance(std::move(modulePersistance)) {}
-    void startRounds(const std::vector<Module>& modules);
+    void startRounds(const std::vector<Module>& modules, const SyncRounds::Call& call);
 };
 
 class ModuleyncUseCaseProtocol : public virtual platform::Object {

@@ -53,7 +53,7 @@ SyncRoundUnderWay::Runners SyncRounds::end(const Scope& scope, const SyncRoundUn
             queued_.push_back(found->second.round);
         }
         startNext();
-        if (entries_.empty()) whenStopped = std::exchange(whenStopped_, {});
+        if (isIdle()) whenStopped = std::exchange(whenStopped_, {});
     }
     for (auto& stopped : whenStopped) stopped();
     return dismissed;
@@ -81,7 +81,33 @@ std::vector<SyncRound> SyncRounds::underWay(const Scope& scope) const {
     return rounds;
 }
 
+std::shared_ptr<const SyncRounds::Call> SyncRounds::announce() {
+    std::shared_ptr<Call> call(new Call, [](Call* ended) {
+        delete ended;
+        shared().callEnded();
+    });
+    platform::MutexLock lock(mutex_);
+    calls_.push_back(call);
+    return call;
+}
+
+bool SyncRounds::isIdle() {
+    std::erase_if(calls_, [](auto& call) { return call.expired(); });
+    return entries_.empty() && calls_.empty();
+}
+
+void SyncRounds::callEnded() {
+    std::vector<std::function<void()>> whenStopped;
+    {
+        platform::MutexLock lock(mutex_);
+        if (isIdle()) whenStopped = std::exchange(whenStopped_, {});
+    }
+    for (auto& stopped : whenStopped) stopped();
+}
+
 void SyncRounds::stop(std::function<void()> whenStopped) {
+    // Released after the lock, since the last pointer ends its call.
+    std::vector<std::shared_ptr<Call>> stopped;
     {
         platform::MutexLock lock(mutex_);
         for (auto& [key, entry] : entries_) {
@@ -89,7 +115,12 @@ void SyncRounds::stop(std::function<void()> whenStopped) {
             entry.dismissed.insert(entry.dismissed.end(), entry.waiting.begin(), entry.waiting.end());
             entry.waiting.clear();
         }
-        if (!entries_.empty()) return whenStopped_.push_back(std::move(whenStopped));
+        for (auto& each : calls_)
+            if (auto call = each.lock()) {
+                call->isStopped = true;
+                stopped.push_back(std::move(call));
+            }
+        if (!isIdle()) return whenStopped_.push_back(std::move(whenStopped));
     }
     whenStopped();
 }

@@ -100,9 +100,16 @@ public:
     bool isUnderWay(const Scope& scope, const std::string& moduleName) const;
     /// Returns the rounds under way, also those that wait for their turn, by module name.
     std::vector<SyncRound> underWay(const Scope& scope) const;
-    /// Stops all rounds. Those that wait never ask the server, and one that runs ends after its page. A later call gets
-    /// a round of its own. `whenStopped` runs once no round is under way, on the thread that ended the last one or on
-    /// the caller's.
+    /// A call that asks for rounds soon, on another thread.
+    struct Call {
+        std::atomic<bool> isStopped = false;
+    };
+    /// Announces a call, which lasts as long as the pointer.
+    std::shared_ptr<const Call> announce();
+
+    /// Stops all rounds and announced calls. Rounds that wait never ask the server, and one that runs ends after its
+    /// page. A later call gets a round of its own. `whenStopped` runs once no round and no such call is left, on the
+    /// thread that ended the last one or on the caller's.
     void stop(std::function<void()> whenStopped);
 
 private:
@@ -120,11 +127,14 @@ private:
         return round.size == SyncRoundSize::small ? 1 : smallRoundsPerRound;
     }
     void startNext() TARVO_REQUIRES(mutex_);
+    bool isIdle() TARVO_REQUIRES(mutex_);
+    void callEnded();
 
     mutable platform::Mutex mutex_;
     std::map<Key, Entry> entries_ TARVO_GUARDED_BY(mutex_);
     std::deque<std::shared_ptr<SyncRoundUnderWay>> queued_ TARVO_GUARDED_BY(mutex_);
     std::size_t running_ TARVO_GUARDED_BY(mutex_) = 0;  // as small rounds
+    std::vector<std::weak_ptr<Call>> calls_ TARVO_GUARDED_BY(mutex_);
     std::vector<std::function<void()>> whenStopped_ TARVO_GUARDED_BY(mutex_);
 };
 

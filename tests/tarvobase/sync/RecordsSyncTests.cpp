@@ -59,24 +59,6 @@ private:
     std::vector<std::string> lines_ TARVO_GUARDED_BY(mutex_);
 };
 
-/// Holds its rounds until the test ends them.
-class HeldRunner final : public SyncRoundRunner {
-public:
-    void runRound(std::shared_ptr<SyncRoundUnderWay> round) override {
-        platform::MutexLock lock(mutex_);
-        rounds_.push_back(std::move(round));
-    }
-    std::shared_ptr<RecordsSyncDataManagerDelegate> roundListener() const override { return nullptr; }
-    std::vector<std::shared_ptr<SyncRoundUnderWay>> take() {
-        platform::MutexLock lock(mutex_);
-        return std::exchange(rounds_, {});
-    }
-
-private:
-    platform::Mutex mutex_;
-    std::vector<std::shared_ptr<SyncRoundUnderWay>> rounds_ TARVO_GUARDED_BY(mutex_);
-};
-
 /// Leads in a real table, and a server that follows a script.
 class RecordsSyncTest : public RecordTableTest {
 protected:
@@ -336,51 +318,6 @@ TEST_F(RecordsSyncTest, AStoppedRoundEndsAfterItsPage) {
     EXPECT_EQ(asked(), "0 0") << "neither the next page nor the round that waited";
     EXPECT_EQ(leads(), R"("1","x",null)");
     EXPECT_TRUE(SyncRounds::shared().underWay(Stores::current().scope).empty());
-}
-
-TEST_F(RecordsSyncTest, ACallAfterAStopGetsARoundOfItsOwn) {
-    auto scope = Stores::current().scope;
-    auto& rounds = SyncRounds::shared();
-    auto held = std::make_shared<HeldRunner>(), later = std::make_shared<HeldRunner>();
-    auto endAll = [&](HeldRunner& runner) {
-        settle();
-        std::string ended;
-        for (auto& round : runner.take()) {
-            ended += round->module.moduleName + (round->isStopped() ? " stopped " : " ");
-            rounds.end(scope, *round);
-        }
-        return ended;
-    };
-    for (auto name : {"A", "B", "C", "D", "E"}) rounds.ask(scope, {.moduleName = name}, SyncRoundSize::any, held);
-    settle();
-    bool isStopped = false;
-    rounds.stop([&] { isStopped = true; });
-    rounds.ask(scope, {.moduleName = "E"}, SyncRoundSize::any, later);
-    EXPECT_EQ(endAll(*held).size(), std::string("A stopped ").size() * 4) << "one module has to wait";
-    EXPECT_EQ(endAll(*held), "E stopped ");
-    EXPECT_FALSE(isStopped);
-    EXPECT_EQ(endAll(*later), "E ");
-    EXPECT_TRUE(isStopped);
-}
-
-TEST_F(RecordsSyncTest, SeveralSmallRoundsTakeThePlaceOfOne) {
-    auto scope = Stores::current().scope;
-    auto& rounds = SyncRounds::shared();
-    auto held = std::make_shared<HeldRunner>();
-    auto ask = [&](const std::string& name, SyncRoundSize size) {
-        rounds.ask(scope, {.moduleName = name}, size, held);
-    };
-    for (std::size_t i = 1; i < SyncRounds::maximumRounds; ++i) ask("Large" + std::to_string(i), SyncRoundSize::any);
-    for (std::size_t i = 0; i <= SyncRounds::smallRoundsPerRound; ++i)
-        ask("Small" + std::to_string(i), SyncRoundSize::small);
-    auto endAll = [&] {
-        settle();
-        auto running = held->take();
-        for (auto& round : running) rounds.end(scope, *round);
-        return running.size();
-    };
-    EXPECT_EQ(endAll(), SyncRounds::maximumRounds - 1 + SyncRounds::smallRoundsPerRound);
-    EXPECT_EQ(endAll(), 1u);
 }
 
 TEST_F(RecordsSyncTest, AllModulesAreSyncedAndOneThatFailsCostsNoOther) {
