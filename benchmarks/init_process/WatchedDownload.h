@@ -120,7 +120,8 @@ inline bool download(const std::shared_ptr<DatabaseAdapter>& database, const std
         .cvDAO = std::make_shared<CustomViewInDatabase>(database),
         .recordDAO = std::make_shared<WatchedRecords>(database, split),
         .scope = stores.scope,
-        .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(defaults)};
+        .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(defaults),
+        .answersBesideSync = AnswersBesideSync(stores.scope, defaults)};
     for (auto& step : parts.downloadableList)
         if (step->processName() == Process::initialRecords)
             step = std::make_shared<InitCVRecordsDM>(persistance, std::make_shared<WatchedService>(split));

@@ -29,7 +29,8 @@ std::shared_ptr<InitCVRecordsDM> InitCVRecordsDM::make(const std::shared_ptr<Dat
                     .cvDAO = stores.customViews(),
                     .recordDAO = RecordInDatabase::make(databaseAdapter),
                     .scope = stores.scope,
-                    .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(stores.userDefaults)},
+                    .recordSettingsPersistance = std::make_shared<RecordSyncSettingsPersistance>(stores.userDefaults),
+                    .answersBesideSync = AnswersBesideSync(stores.scope, stores.userDefaults)},
         std::move(networkService));
 }
 
@@ -61,7 +62,7 @@ void InitCVRecordsDM::request(const std::vector<Module>& modules) {
         if (!self) return;
         self->batchAnswered(
             asked, std::move(answer), [](auto body) { return WireRecordsParser::parse(body); },
-            [&self](auto& records, auto& info) { return self->store(records, info.moduleName); });
+            [&self](auto& records, auto& info) { return self->store(records, info); });
     });
 }
 
@@ -75,19 +76,20 @@ std::vector<CVRecordsParams> InitCVRecordsDM::paramsOf(const std::vector<Module>
     return params;
 }
 
-InitCVRecordsDM::Outcome InitCVRecordsDM::store(const WireRecords& records,
-                                                const std::optional<std::string>& moduleName) {
+InitCVRecordsDM::Outcome InitCVRecordsDM::store(const WireRecords& records, const RecordListInfo& info) {
     // The table of the records is unknown.
-    if (!moduleName) {
+    if (!info.moduleName) {
         platform::log(platform::LogLevel::warning, "first download",
                       "InitCVRecords of a module left out: the answer does not name it");
         return Outcome::rejected;
     }
-    auto outcome = storePage(records, *moduleName);
+    auto& moduleName = *info.moduleName;
+    auto outcome = storePage(records, moduleName);
     if (outcome != Outcome::stored) return outcome;
+    persistance_.answersBesideSync.stored(moduleName, info.responseTime);
     auto& settings = *persistance_.recordSettingsPersistance;
-    auto number = settings.getNumberOfRecordsDownloaded(*moduleName).value_or(0);
-    settings.storeNumberOfRecordsDownloaded(number + 1, *moduleName);
+    auto number = settings.getNumberOfRecordsDownloaded(moduleName).value_or(0);
+    settings.storeNumberOfRecordsDownloaded(number + 1, moduleName);
     return outcome;
 }
 

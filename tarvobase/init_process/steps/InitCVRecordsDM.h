@@ -9,6 +9,7 @@
 #include "tarvobase/download/BatchedDownloadable.h"
 #include "tarvobase/init_process/steps/InitCVRecordsNS.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
+#include "tarvobase/sync/AnswersBesideSync.h"
 #include "tarvobase/sync/RecordSyncSettingsPersistance.h"
 
 namespace tarvo {
@@ -40,6 +41,7 @@ public:
         std::shared_ptr<RecordPersistanceDelegate> recordDAO;
         Scope scope;
         std::shared_ptr<RecordSettingsPersistanceProtocol> recordSettingsPersistance;
+        AnswersBesideSync answersBesideSync;
     };
     InitCVRecordsDM(Persistance persistance, std::shared_ptr<InitCVRecordsNSP> networkService);
 
@@ -65,7 +67,7 @@ protected:
 private:
     void getRecords(const std::optional<std::vector<Module>>& modules, std::optional<Callbacks> callbacks);
     std::vector<CVRecordsParams> paramsOf(const std::vector<Module>& modules) const;
-    Outcome store(const WireRecords& records, const std::optional<std::string>& moduleName);
+    Outcome store(const WireRecords& records, const RecordListInfo& info);
     Outcome storePage(const WireRecords& records, const std::string& moduleName) const;
     bool hasMetadata(const std::string& moduleName) const;
 
