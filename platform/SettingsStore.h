@@ -28,8 +28,8 @@ enum class SettingsFlush { now, later };
 /// Values are null, bool, integer, real, text, lists and maps of these; null is the same as absent. Any operation may
 /// be called from any thread. Changes block for the disk (about 0.2 ms on a solid-state disk); reads do not.
 ///
-/// The file `SUITE.jsonl` has mode 0600 and one JSON map per line; each is a change: later lines win, null removes. Under
-/// "tarvo.settings.merge" stand changes inside maps. docs/database.md has a command that shows the state.
+/// The file `SUITE.jsonl` has mode 0600 and one JSON map per line; each is a change: later lines win, null removes.
+/// Under "tarvo.settings.merge" stand changes inside maps. docs/database.md has a command that shows the state.
 class SettingsStore {
 public:
     /// Opens nothing yet: the file is read at the first operation and made, with its folder, at the first change.
