@@ -1,5 +1,7 @@
 #include "tarvobase/value_objects/view/CustomViewInDatabase.h"
 
+#include <set>
+
 #include "tarvobase/configuration/Variant.h"
 
 namespace tarvo {
@@ -47,10 +49,40 @@ CustomViewInDatabase::CustomViewInDatabase(std::shared_ptr<DatabaseAdapter> data
 
 CustomViewInDatabase::CustomViewInDatabase(std::string tableName, std::shared_ptr<DatabaseAdapter> databaseAdapter,
                                            const CustomViewDatabaseConstants& databaseConstants)
-    : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)), names_(databaseConstants) {}
+    : DatabasePersistanceClass(std::move(tableName), std::move(databaseAdapter)),
+      names_(databaseConstants),
+      choices_(this->databaseAdapter) {}
 
 bool CustomViewInDatabase::storeCustomView(const CustomViews& customViews) {
-    return table().store(rowsOf(customViews, names_));
+    return databaseAdapter && databaseAdapter->joinTransaction("store views", [&] {
+        return table().store(rowsOf(customViews, names_)) && layChoicesOver(customViews);
+    });
+}
+
+/// A choice for a view that is not here waits for it.
+bool CustomViewInDatabase::layChoicesOver(const CustomViews& customViews) {
+    std::set<std::string> modules;
+    for (auto& view : customViews) modules.insert(view.moduleName);
+    auto choices = choices_.of({modules.begin(), modules.end()});
+    if (!choices) return false;
+    for (auto& choice : *choices) {
+        if (!getCustomView(choice.viewID, choice.moduleName)) continue;
+        if (choice.isDefault && !markAsDefault(choice.viewID, choice.moduleName)) return false;
+        if (choice.sortBy && choice.sortOrder &&
+            !table().update(
+                {{std::string(names_.SortBy), *choice.sortBy}, {std::string(names_.SortOrder), *choice.sortOrder}},
+                oneView(choice.viewID, choice.moduleName)))
+            return false;
+    }
+    return true;
+}
+
+/// Takes the mark from all other views of the module: the server may have marked several.
+bool CustomViewInDatabase::markAsDefault(const std::string& cvId, const std::string& moduleName) const {
+    auto setMark = [&](std::string_view mark, const Criteria& where) {
+        return table().update({{std::string(names_.IsDefault), mark}}, where);
+    };
+    return setMark(no, columnIs(names_.ModuleName, moduleName)) && setMark(yes, oneView(cvId, moduleName));
 }
 
 std::optional<CustomViewInDatabase::CustomViews> CustomViewInDatabase::getCustomViews(const std::string& moduleName) {
@@ -81,13 +113,9 @@ std::optional<CustomView> CustomViewInDatabase::getAllViewCustomView(const std::
 }
 
 bool CustomViewInDatabase::setAsDefaultCustomView(const std::string& cvId, const std::string& moduleName) {
-    auto setMark = [&](const std::string& viewID, std::string_view mark) {
-        return table().update({{std::string(names_.IsDefault), mark}}, oneView(viewID, moduleName));
-    };
     return databaseAdapter && databaseAdapter->transaction("set the default view", [&] {
-        if (!getCustomView(cvId, moduleName)) return false;
-        auto former = getDefaultCustomView(moduleName);
-        return (!former || setMark(former->viewID, no)) && setMark(cvId, yes);
+        return getCustomView(cvId, moduleName) && markAsDefault(cvId, moduleName) &&
+               choices_.setDefault(cvId, moduleName);
     });
 }
 
@@ -98,9 +126,12 @@ bool CustomViewInDatabase::removeCustomViews(const std::vector<std::string>& mod
 bool CustomViewInDatabase::updateSortfield(const SortField& sortField, const std::string& cvId,
                                            const std::string& moduleName) {
     auto order = sortField.isAscending ? SortOrder::ascending : SortOrder::descending;
-    return table().update(
-        {{std::string(names_.SortBy), sortField.column}, {std::string(names_.SortOrder), rawText(order)}},
-        oneView(cvId, moduleName));
+    return databaseAdapter && databaseAdapter->joinTransaction("set the order of a view", [&] {
+        return table().update(
+                   {{std::string(names_.SortBy), sortField.column}, {std::string(names_.SortOrder), rawText(order)}},
+                   oneView(cvId, moduleName)) &&
+               choices_.setOrder(sortField, cvId, moduleName);
+    });
 }
 
 std::optional<CustomViewInDatabase::CustomViews> CustomViewInDatabase::viewsWhere(

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/view/CustomViewChoices.h"
 #include "tarvobase/value_objects/view/CustomViewPersistanceDelegate.h"
 
 namespace tarvo {
 
-/// The table of custom views.
+/// The table of custom views. What the user chose for a view lies over each row of the server's.
 class CustomViewInDatabase final : public DatabasePersistanceClass, public CustomViewPersistanceDelegate {
 public:
     /// Uses the columns that the configuration currently names.
@@ -32,8 +33,11 @@ private:
                                           const std::vector<CustomViewColumnName>& sortBy = {}) const;
     std::optional<CustomView> firstWhere(std::vector<Criteria> criterias) const;
     Criteria oneView(const std::string& cvId, const std::string& moduleName) const;
+    bool layChoicesOver(const CustomViews& customViews);
+    bool markAsDefault(const std::string& cvId, const std::string& moduleName) const;
 
     CustomViewDatabaseConstants names_;
+    CustomViewChoices choices_;
 };
 
 }  // namespace tarvo
