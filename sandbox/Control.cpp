@@ -33,6 +33,7 @@ Reply Control::handle(const Request& request) {
         {"POST", "/control/tags", &Control::setTags},
         {"POST", "/control/records", &Control::changeRecords},
         {"GET", "/control/records", &Control::records},
+        {"POST", "/control/views", &Control::changeViews},
         {"POST", "/control/random", &Control::changeAtRandom},
         {"POST", "/control/sync", &Control::setSync},
         {"GET", "/control/changes", &Control::changes},

@@ -28,6 +28,7 @@ private:
     Reply setTags(const Request& request);
     Reply setClock(const Request& request);
     Reply changeRecords(const Request& request);
+    Reply changeViews(const Request& request);
     Reply changeAtRandom(const Request& request);
     Reply setSync(const Request& request);
     Reply records(const Request& request);
