@@ -4,6 +4,7 @@
 #include "tarvobase/download/DownloadRecordsUseCase.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/sync/RecordsSyncUseCases.h"
+#include "tarvobase/view_sync/CVSync.h"
 
 namespace tarvo {
 
@@ -112,6 +113,20 @@ public:
     }
 };
 
+struct ViewSyncRequest {
+    std::string moduleName;
+    static constexpr auto fields() { return describe(field("moduleName", &ViewSyncRequest::moduleName)); }
+};
+class ViewSyncLines final : public virtual DelegateLines, public CVSyncDelegate {
+public:
+    void CVSyncDidComplete(const ModuleIdentifier& module) override {
+        report("CVSyncDidComplete", {{"moduleName", module.rawValue()}});
+    }
+    void CVSyncFailed(const ModuleIdentifier& module) override {
+        report("CVSyncFailed", {{"moduleName", module.rawValue()}});
+    }
+};
+
 void initiateDownload(const RecordsDownloadRequest& request, const CallPtr& call) {
     auto stores = Stores::current();
     std::optional<std::vector<Module>> modules;
@@ -142,6 +157,10 @@ void addSyncCalls(Registry& registry) {
         "ModuleyncUseCase.syncRecords", [](const ModuleSyncRequest& request, const CallPtr& call) {
             syncFor(ModuleyncUseCase::make(Stores::current()), request.tell, call)->syncRecords(request.moduleName);
         });
+    registry.addOperation<ViewSyncRequest>("CVSync.sync", [](const ViewSyncRequest& request, const CallPtr& call) {
+        answeringOnce<ViewSyncLines>(CVSync::make(Stores::current()), call)
+            ->sync(ModuleIdentifier::fromModuleName(request.moduleName));
+    });
     registry.addOperation<RecordsDownloadRequest>("DownloadRecordsUseCase.initiateDownload", initiateDownload);
 }
 

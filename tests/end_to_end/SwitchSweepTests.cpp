@@ -63,6 +63,7 @@ constexpr SweptCall sweptCalls[] = {
      R"("record":{)"},
     {"sync", "ModuleyncUseCase.syncRecords", R"({"moduleName":"Leads"})", "products/getsyncrecords",
      R"("outcome":"finished")"},
+    {"viewSync", "CVSync.sync", R"({"moduleName":"Leads"})", "getcustomviewsinfo", "CVSyncDidComplete"},
     {"recordDownload", "DownloadRecordsUseCase.initiateDownload",
      R"({"moduleNames":["Leads"],"maxDownloadCount":"loadMore"})", "products/getrecords", "recordsDownloaded"},
     // Changes are saved at once. What is held back is their request to the server, and what follows from its answer.
