@@ -17,6 +17,8 @@ constexpr std::pair<std::string_view, FaultKind> names[] = {
     {"shortRows", FaultKind::shortRows},   {"repeatBlocks", FaultKind::repeatBlocks},
     {"delayAfter", FaultKind::delayAfter}, {"missingIds", FaultKind::missingIds},
     {"foreignIds", FaultKind::foreignIds}, {"olderEnvelope", FaultKind::olderEnvelope},
+    {"entries", FaultKind::entries},       {"noResponseTime", FaultKind::noResponseTime},
+    {"noNodata", FaultKind::noNodata},
 };
 
 constexpr std::int64_t longestDelay = 10 * 60 * 1000;
@@ -151,6 +153,24 @@ void useOlderEnvelope(Value& answer) {
     answer = envelope::olderAnswer({envelope::olderPart(std::move(entries), 0)});
 }
 
+/// Removes members of each "info" and of the "responseInfo".
+void removeInfo(Value& answer, std::initializer_list<std::string_view> members) {
+    auto remove = [&](Value* info) {
+        auto* map = info ? info->mutableMap() : nullptr;
+        if (!map) return;
+        for (auto member : members) map->remove(member);
+    };
+    auto* map = answer.mutableMap();
+    auto* response = map ? map->find("response") : nullptr;
+    auto* parts = response ? response->mutableMap() : nullptr;
+    if (!parts) return;
+    remove(parts->find("responseInfo"));
+    auto* result = parts->find("result");
+    if (auto* entries = result ? result->mutableList() : nullptr)
+        for (auto& entry : *entries)
+            if (auto* members = entry.mutableMap()) remove(members->find("info"));
+}
+
 }  // namespace
 
 std::string_view faultName(FaultKind kind) {
@@ -186,6 +206,9 @@ Result<Fault, std::string> parseFault(const Value& json) {
     auto status = map->valueOf("status").asInteger().value_or(fault.status);
     if (status < 200 || status > 599) return Parsed::failure("\"status\" is 200 to 599.");
     fault.status = static_cast<int>(status);
+    auto entries = map->valueOf("entries").asInteger().value_or(0);
+    if (entries < 0 || entries > 1000) return Parsed::failure("\"entries\" is 0 to 1000.");
+    fault.entries = static_cast<std::size_t>(entries);
     fault.id = map->valueOf("id").textOr(fault.id);
     fault.code = map->valueOf("code").textOr(fault.code);
     fault.message = map->valueOf("message").textOr(fault.message);
@@ -234,7 +257,8 @@ std::int64_t FaultSwitch::hits() const {
 bool touchesContent(FaultKind kind) {
     return kind == FaultKind::wrongTypes || kind == FaultKind::missingBlocks || kind == FaultKind::shortRows ||
            kind == FaultKind::repeatBlocks || kind == FaultKind::missingIds || kind == FaultKind::foreignIds ||
-           kind == FaultKind::olderEnvelope;
+           kind == FaultKind::olderEnvelope || kind == FaultKind::entries || kind == FaultKind::noResponseTime ||
+           kind == FaultKind::noNodata;
 }
 
 void damage(Value& answer, const Fault& fault) {
@@ -243,6 +267,8 @@ void damage(Value& answer, const Fault& fault) {
     if (fault.kind == FaultKind::missingIds) return replaceIds(answer, std::nullopt);
     if (fault.kind == FaultKind::foreignIds) return replaceIds(answer, fault.id);
     if (fault.kind == FaultKind::olderEnvelope) return useOlderEnvelope(answer);
+    if (fault.kind == FaultKind::noResponseTime) return removeInfo(answer, {"responsetime", "servertime"});
+    if (fault.kind == FaultKind::noNodata) return removeInfo(answer, {"nodata"});
     auto* result = resultOf(answer);
     if (!result) return;
     switch (fault.kind) {
@@ -254,6 +280,8 @@ void damage(Value& answer, const Fault& fault) {
             return repeat(*result, fault, 0);
         case FaultKind::repeatBlocks:
             return repeat(*result, fault, 2);
+        case FaultKind::entries:
+            return result->resize(fault.entries, result->empty() ? Value() : result->back());
         default:
             return;
     }

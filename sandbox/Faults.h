@@ -42,6 +42,12 @@ enum class FaultKind {
     foreignIds,
     /// Answers in the envelope of the older calls.
     olderEnvelope,
+    /// Answers this number of entries: the first ones, and copies of the last one where there are too few.
+    entries,
+    /// Names no time in the answer.
+    noResponseTime,
+    /// Leaves "nodata" out of the entries.
+    noNodata,
 };
 
 /// Says what goes wrong with a call, and how often.
@@ -60,6 +66,8 @@ struct Fault {
     int level = 0;
     /// The id that `foreignIds` answers.
     std::string id = "1000000000000000001";
+    /// The number of entries of `entries`.
+    std::size_t entries = 0;
     /// The HTTP status, code and message of `errorEnvelope`.
     int status = 200;
     std::string code = "INTERNAL_ERROR";

@@ -48,6 +48,7 @@ Sandbox::Sandbox(SandboxOptions options, std::function<void()> onStop)
       log_(options_.logPath, options_.logValues),
       data_(options_.seed, accounts_, options_.recordsPerModule) {
     data_.sync.pageLimit = options_.syncPage;
+    data_.sync.listReset = options_.listReset;
 }
 
 Answer Sandbox::handle(const Request& request) {
@@ -119,6 +120,7 @@ DataSet& Sandbox::dataFor(const std::string& account, const std::string& organis
             data = std::make_unique<DataSet>(seed, Accounts({{account, ""}}), options_.recordsPerModule,
                                              account + ".example.com");
             data->sync.pageLimit = options_.syncPage;
+            data->sync.listReset = options_.listReset;
         }
         return *data;
     };

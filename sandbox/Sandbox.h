@@ -27,6 +27,8 @@ struct SandboxOptions {
     std::size_t recordsPerModule = 250;
     /// A page of changes has at most this many records.
     std::size_t syncPage = 10'000;
+    /// A list with more changes than this is answered as too much for the changes alone.
+    std::size_t listReset = 1'000;
     std::vector<Account> accounts;
     DataSharing dataSharing = DataSharing::everybody;
     /// How fields are named. Nullopt follows the servlet: columns for "crm", API names for "vestra".

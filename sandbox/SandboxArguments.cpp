@@ -55,6 +55,8 @@ std::variant<Arguments, EarlyEnd> parseArguments(int count, const char* const* v
         ->check(CLI::Range(0, 100000));
     app.add_option("--sync-page", arguments.sandbox.syncPage, "Records in a page of changes at most")
         ->check(CLI::Range(1, 10000));
+    app.add_option("--list-reset", arguments.sandbox.listReset, "Changes of a list at most; more of them reset it")
+        ->check(CLI::Range(0, 100000));
     app.add_option("--data-per", sharing, "Who has a data set of their own")
         ->check(CLI::IsMember({"everybody", "account", "organisation"}));
     app.add_option("--identifier", naming, "How fields are named")->check(CLI::IsMember({"servlet", "column", "api"}));

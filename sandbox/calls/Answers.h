@@ -28,6 +28,9 @@ Reply viewRecords(const Call& call);
 Reply moduleRecords(const Call& call);
 /// Returns a page of what was added, edited and deleted in a module after "lmt".
 Reply changedRecords(const Call& call);
+/// Returns what entered, changed, was deleted from and left the list of the view "cvid" after "lmt". It answers
+/// `changedRecords` calls that name a view.
+Reply changesOfList(const Call& call);
 /// Returns one record by its id.
 Reply singleRecord(const Call& call);
 /// Adds the records of the body and answers one entry per payload.

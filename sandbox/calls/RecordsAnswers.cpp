@@ -105,9 +105,8 @@ RecordSort sortBy(const Call& call, const ModuleData& module, const std::string&
 Entry pageOfView(const Call& call, const std::string& moduleName, const std::string& viewId) {
     const auto* module = call.data.module(moduleName);
     if (!module || !module->hasOwnLists) return unknownModule(call, moduleName);
-    for (const auto& view : call.data.views)
-        if (view.id == viewId && isViewOf(view, module->name))
-            return Page{module, view, sortBy(call, *module, view.sortBy, view.isAscending)};
+    if (const auto* view = viewOf(call, *module, viewId))
+        return Page{module, *view, sortBy(call, *module, view->sortBy, view->isAscending)};
     return failed(call, module->name, "INVALID_CUSTOM_VIEW", "The module has no such view.");
 }
 
@@ -142,6 +141,8 @@ Entry pageOfList(const Call& call) {
 }  // namespace
 
 Reply viewRecords(const Call& call) {
+    // A client asks for later changes from the time of its page.
+    call.data.sync.nameTime(call.now);
     auto modules = listIn(parameter(call, "module"));
     if (!modules) return written(call, {pageOfList(call)});
     auto views = listIn(parameter(call, "cvid")).value_or(std::vector<std::string>());

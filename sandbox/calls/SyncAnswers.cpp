@@ -3,9 +3,9 @@
 
 #include "platform/Text.h"
 #include "sandbox/Envelope.h"
-#include "sandbox/JsonText.h"
 #include "sandbox/calls/Answers.h"
 #include "sandbox/calls/CallParameters.h"
+#include "sandbox/calls/ChangeLists.h"
 #include "sandbox/data/DataSet.h"
 
 namespace tarvo::sandbox::calls {
@@ -19,14 +19,6 @@ struct PageOfChanges {
     std::size_t from = 0;
     std::size_t limit = 0;
 };
-
-/// Returns a whole number that is not negative, and 0 for an absent parameter; nullopt for any other text.
-std::optional<std::int64_t> countIn(const Call& call, std::string_view name) {
-    auto given = parameter(call, name);
-    if (given.empty()) return 0;
-    auto number = text::toInteger(given);
-    return number && *number >= 0 ? number : std::nullopt;
-}
 
 /// Writes a page without the server's lock, from the records of one moment.
 class PageOfChangesWriter {
@@ -45,7 +37,8 @@ public:
         ValueMap about{{"count", until - from}, {"more_records", isStuck_ || until < changed.size()}};
         envelope::Writer writer(now_);
         for (const auto* list : {&added_, &edited_})
-            writer.add(page_.module->name, list->empty(), about, [&](std::string& json) { writeRecords(*list, json); });
+            writer.add(page_.module->name, list->empty(), about,
+                       [&](std::string& json) { appendRecords(*list, json); });
         writer.add(page_.module->name, deleted_.empty(), about, [&](std::string& json) { writeDeleted(json); });
         return writer.finish();
     }
@@ -58,25 +51,7 @@ private:
         else
             (record->addedAt() > page_.after ? added_ : edited_).push_back(*record);
     }
-    static void writeRecords(const std::vector<RecordData>& records, std::string& json) {
-        RecordValue scratch;
-        json += '[';
-        for (const auto& record : records) {
-            if (json.back() != '[') json += ',';
-            record.write(json, scratch);
-        }
-        json += ']';
-    }
-    // All ids are one text, the only value of the only row.
-    void writeDeleted(std::string& json) const {
-        json += '[';
-        if (!deleted_.empty()) {
-            json += '[';
-            appendJsonText(json, text::join(deleted_, ","));
-            json += ']';
-        }
-        json += ']';
-    }
+    void writeDeleted(std::string& json) const { appendIds(deleted_, json); }
 
     const PageOfChanges page_;
     const RecordList records_;
@@ -93,7 +68,7 @@ std::int64_t timeOfPage(const Call& call, const PageOfChanges& page) {
     if (page.from == 0) sync.roundTimes[round] = call.now;
     auto first = sync.roundTimes.find(round);
     auto time = sync.hasTimeOfRound && first != sync.roundTimes.end() ? first->second : call.now;
-    sync.lastWatermark = std::max(sync.lastWatermark, time);
+    sync.nameTime(time);
     return time;
 }
 
@@ -105,6 +80,7 @@ Reply refusedPage(const Call& call, std::string_view code, std::string_view mess
 }  // namespace
 
 Reply changedRecords(const Call& call) {
+    if (call.request.parameter("cvid")) return changesOfList(call);
     const auto* module = moduleOf(call);
     if (!module) return refusedPage(call, "INVALID_MODULE", "There is no such module.");
     auto after = countIn(call, "lmt"), from = countIn(call, "count"), limit = countIn(call, "mcount");

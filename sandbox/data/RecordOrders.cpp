@@ -1,7 +1,9 @@
 #include "sandbox/data/RecordOrders.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
+#include <limits>
 
 #include "platform/Text.h"
 #include "platform/dates/Dates.h"
@@ -13,7 +15,7 @@ namespace {
 // This many positions take about sixteen megabytes.
 constexpr std::size_t maxCachedPositions = 4'000'000;
 
-/// Holds what a record is sorted by.
+/// Holds what a record is sorted by. A record without a value is the smallest.
 struct SortKey {
     std::uint32_t position;
     bool isEmpty = false;
@@ -22,8 +24,9 @@ struct SortKey {
     std::string id;
 };
 
-/// Says how the values of a field compare: numbers and times by size, picklist values by their place in the list, all
-/// else as people read it, ASCII letters without regard to case.
+/// Says how the values of a field compare, which is how clients compare them: a client could not keep the beginning of
+/// a list that it orders in another way. Amounts compare in the base currency, other numbers by their whole part, times
+/// by size, people by last name and first name, and all else as people read it, ASCII letters without regard to case.
 class SortKeys {
 public:
     explicit SortKeys(const FieldData* field)
@@ -33,11 +36,15 @@ public:
     SortKey of(const RecordData& record, std::uint32_t position) {
         SortKey key{position, false, 0, "", record.id()};
         if (!field_) return key;
+        if (field_->apiName == "Full_Name") {
+            key.text = textOf(record, "Last_Name") + '\0' + textOf(record, "First_Name");
+            return key;
+        }
         record.read(field_->apiName, value_);
-        auto shown = value_.display();
-        key.isEmpty = shown.empty();
+        key.isEmpty = value_.kind == RecordValue::Kind::absent;
         if (key.isEmpty) return key;
-        if (auto number = asNumber(shown))
+        auto shown = value_.display();
+        if (auto number = asNumber(record, shown))
             key.number = *number;
         else
             key.text = text::asciiLowercase(shown);
@@ -45,20 +52,29 @@ public:
     }
 
 private:
-    std::optional<double> asNumber(const std::string& shown) const {
+    std::string textOf(const RecordData& record, std::string_view apiName) {
+        record.read(apiName, value_);
+        bool isAbsent = value_.kind == RecordValue::Kind::absent;
+        return isAbsent ? std::string(1, '\0') : '\1' + text::asciiLowercase(value_.display());
+    }
+    std::optional<double> asNumber(const RecordData& record, const std::string& shown) {
         const auto& type = field_->type;
+        // Clients keep times as numbers, and an empty text sorts after all numbers.
+        if (shown.empty() && (type == "datetime" || type == "date")) return std::numeric_limits<double>::infinity();
         if (type == "datetime") {
             auto seconds = dateTimes_.date(shown);
             return seconds ? std::optional(static_cast<double>(*seconds)) : std::nullopt;
         }
-        if (type == "picklist") {
-            auto found = std::find_if(field_->picklist.begin(), field_->picklist.end(),
-                                      [&](const PicklistValue& value) { return value.label == shown; });
-            return static_cast<double>(found - field_->picklist.begin());
+        auto number = shown.empty() ? 0 : text::toReal(shown);
+        if (!number) return std::nullopt;
+        if (type == "currency") {
+            record.read("Exchange_Rate", value_);
+            auto rate = text::toReal(value_.display()).value_or(0);
+            return rate == 0 ? number : *number / rate;
         }
-        for (auto numeric : {"integer", "bigint", "double", "decimal", "currency", "formula"})
-            if (type == numeric) return text::toReal(shown);
-        return std::nullopt;
+        for (auto numeric : {"integer", "double", "decimal"})
+            if (type == numeric) return std::trunc(*number);
+        return type == "bigint" ? number : std::nullopt;
     }
 
     const FieldData* field_;
@@ -66,20 +82,21 @@ private:
     RecordValue value_;
 };
 
-bool isBefore(const SortKey& a, const SortKey& b, bool isAscending) {
-    if (a.isEmpty != b.isEmpty) return b.isEmpty;
-    const auto& first = isAscending ? a : b;
-    const auto& second = isAscending ? b : a;
+/// Records with equal values come with the newest first, in either direction.
+bool isBefore(const SortKey& a, const SortKey& b, const RecordSort& sort) {
+    const auto& first = sort.isAscending ? a : b;
+    const auto& second = sort.isAscending ? b : a;
+    if (first.isEmpty != second.isEmpty) return first.isEmpty;
     if (first.number != second.number) return first.number < second.number;
     if (auto order = first.text.compare(second.text)) return order < 0;
-    return first.id < second.id;
+    return sort.field ? a.id > b.id : first.id < second.id;
 }
 
 /// Makes the orders of one list by one filter and one sort.
 class OrderMaker {
 public:
     OrderMaker(const RecordList& records, const RecordOrders::Filter& filter, const RecordSort& sort)
-        : records_(records), filter_(filter), isAscending_(sort.isAscending), keys_(sort.field) {}
+        : records_(records), filter_(filter), sort_(sort), keys_(sort.field) {}
 
     RecordOrders::Positions ofSnapshot() {
         std::vector<SortKey> sorted;
@@ -105,7 +122,7 @@ public:
         auto next = kept.begin();
         for (const auto& key : changed) {
             auto place = std::upper_bound(next, kept.end(), key, [&](const SortKey& one, std::uint32_t other) {
-                return isBefore(one, keys_.of(records_.snapshotAt(other), other), isAscending_);
+                return isBefore(one, keys_.of(records_.snapshotAt(other), other), sort_);
             });
             merged.insert(merged.end(), next, place);
             merged.push_back(key.position);
@@ -120,13 +137,12 @@ private:
         if (!filter_ || filter_(record)) into.push_back(keys_.of(record, static_cast<std::uint32_t>(position)));
     }
     void sort(std::vector<SortKey>& keys) const {
-        std::sort(keys.begin(), keys.end(),
-                  [&](const SortKey& a, const SortKey& b) { return isBefore(a, b, isAscending_); });
+        std::sort(keys.begin(), keys.end(), [&](const SortKey& a, const SortKey& b) { return isBefore(a, b, sort_); });
     }
 
     const RecordList& records_;
     const RecordOrders::Filter& filter_;
-    const bool isAscending_;
+    const RecordSort sort_;
     SortKeys keys_;
 };
 

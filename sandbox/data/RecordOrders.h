@@ -28,10 +28,10 @@ public:
     using Positions = std::shared_ptr<const std::vector<std::uint32_t>>;
     using Filter = std::function<bool(const RecordData&)>;
 
-    /// Returns the positions of the records of a module's list that pass the filter. Records without a value come last,
-    /// and records with equal values are ordered by id in the same direction. `filterId` identifies the filter: equal
-    /// ids mean equal results. The order of the snapshot is cached by itself, so that after a change only the changed
-    /// records are judged and sorted.
+    /// Returns the positions of the records of a module's list that pass the filter. A record without a value counts as
+    /// the smallest, and records with equal values are ordered by id, the highest first. `filterId` identifies the
+    /// filter: equal ids mean equal results. The order of the snapshot is cached by itself, so that after a change only
+    /// the changed records are judged and sorted.
     Positions order(const RecordList& records, const std::string& module, const std::string& filterId,
                     const Filter& filter, const RecordSort& sort);
 

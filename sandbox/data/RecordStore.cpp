@@ -1,6 +1,7 @@
 #include "sandbox/data/RecordStore.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "sandbox/data/RecordShape.h"
 
@@ -188,8 +189,23 @@ RecordView RecordStore::now() const {
 }
 
 void RecordStore::publish(std::shared_ptr<const RecordChanges> changes) {
+    constexpr std::size_t mostFormerStates = 10'000;
     platform::MutexLock lock(mutex_);
-    changes_ = std::move(changes);
+    formerChanges_.push_back(std::exchange(changes_, std::move(changes)));
+    if (formerChanges_.size() > mostFormerStates) formerChanges_.pop_front();
+}
+
+std::vector<RecordView> RecordStore::since(std::int64_t time) const {
+    platform::MutexLock lock(mutex_);
+    std::vector<RecordView> states{{*this, changes_}};
+    if (changes_->lastChange <= time) return states;
+    for (auto state = formerChanges_.rbegin(); state != formerChanges_.rend(); ++state) {
+        states.emplace_back(*this, *state);
+        if ((*state)->lastChange > time) continue;
+        std::reverse(states.begin(), states.end());
+        return states;
+    }
+    return {};
 }
 
 }  // namespace tarvo::sandbox

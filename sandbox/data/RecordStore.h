@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -132,6 +133,9 @@ public:
     ~RecordStore();
 
     RecordView now() const TARVO_EXCLUDES(mutex_);
+    /// Returns the records as they were at `time`, in milliseconds of the server's clock, and after each change since
+    /// then, the present ones last. Returns an empty list if the state of that time is forgotten.
+    std::vector<RecordView> since(std::int64_t time) const TARVO_EXCLUDES(mutex_);
     /// Makes the changes visible. They were made from the latest view: one caller at a time changes records.
     void publish(std::shared_ptr<const RecordChanges> changes) TARVO_EXCLUDES(mutex_);
 
@@ -146,6 +150,8 @@ private:
     std::map<std::string, RecordList::Parts, std::less<>> lists_;
     mutable platform::Mutex mutex_;
     std::shared_ptr<const RecordChanges> changes_ TARVO_GUARDED_BY(mutex_);
+    /// The states before `changes_`, the oldest first. They share nearly all of their memory.
+    std::deque<std::shared_ptr<const RecordChanges>> formerChanges_ TARVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace tarvo::sandbox

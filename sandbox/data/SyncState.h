@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -20,6 +21,9 @@ struct SyncState {
     std::map<std::string, std::int64_t> roundTimes = {};
     /// The latest time that a page has named. Later changes get later times.
     std::int64_t lastWatermark = 0;
+    void nameTime(std::int64_t time) { lastWatermark = std::max(lastWatermark, time); }
+    /// A list of which more records have changed is answered as too much for the changes alone.
+    std::size_t listReset = 1'000;
 };
 
 }  // namespace tarvo::sandbox
