@@ -6,7 +6,6 @@
 
 #include "kelva_db/Database.h"
 #include "platform/Log.h"
-#include "tarvobase/list_view/ListPageStore.h"
 #include "tarvobase/list_view/OnlineViews.h"
 #include "tarvobase/list_view/sql/GetCVRecordsDBS.h"
 #include "tarvobase/list_view/wire/ListPage.h"
@@ -197,7 +196,11 @@ std::optional<std::int64_t> GetFilterRecordListDM::nextPosition(const Call& call
 
 void GetFilterRecordListDM::triggerNetworkRequest(const CallPtr& call, std::int64_t from) {
     platform::log(platform::LogLevel::progress, "list view", call->view.viewName + ", from " + std::to_string(from));
-    Asked asked{.from = from, .lastAdded = from == 0 ? parts.unlistedRecords->lastAddedRecord() : 0};
+    auto& request = *call->request;
+    Asked asked{
+        .from = from,
+        .lastAdded = from == 0 ? parts.unlistedRecords->lastAddedRecord() : 0,
+        .syncTime = parts.userDefaultsUtil->getListFilterRecordSyncTime(request.moduleName, request.criteriaId)};
     parts.networkService->getRecordList({.cv = call->view,
                                          .module = call->moduleInfo.module,
                                          .from = from,
@@ -214,7 +217,7 @@ void GetFilterRecordListDM::networkCompletion(const CallPtr& call, Asked asked,
     using Outcome = ListPageStore::Outcome;
     auto outcome = ListPageStore{parts.account, parts.recordPersistance, parts.filterRecordMapPersistance,
                                  parts.filterPersistence, parts.userDefaultsUtil}
-                       .store(*page, call->view, asked.from, asked.lastAdded);
+                       .store(*page, call->view, asked);
     if (outcome == Outcome::failed) return call->answers.onError(Failure::unknownError(FailureReason::notStored));
     if (auto& beside = parts.answersBesideSync) beside->stored(call->view.moduleName, page->info.responseTime);
     auto next = outcome == Outcome::stored ? nextPosition(*call, asked.from) : std::nullopt;

@@ -9,6 +9,7 @@
 #include "tarvobase/list_view/GetCVRecordsNetworkService.h"
 #include "tarvobase/list_view/GetFilterRecordsDBSP.h"
 #include "tarvobase/list_view/GetListFilterRecordsParams.h"
+#include "tarvobase/list_view/ListPageStore.h"
 #include "tarvobase/metadata/GetModuleInfoDataManager.h"
 #include "tarvobase/records/FilterRecordMapPersistanceDelegate.h"
 #include "tarvobase/records/RecordPersistanceDelegate.h"
@@ -104,11 +105,7 @@ private:
         std::vector<Record> records;
         UnlistedRecords unlisted;
     };
-    /// What a request to the server asked for.
-    struct Asked {
-        std::int64_t from = 0;
-        std::int64_t lastAdded = 0;  ///< the last record that was added here and accepted when the request was made
-    };
+    using Asked = ListPageStore::Asked;
 
     Page readLocally(const Call& call) const;
     std::vector<Record> rowsOf(const Call& call, std::optional<Criteria> unsynced, std::vector<Criteria> more) const;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "tarvobase/list_view/OnlineViews.h"
@@ -20,8 +21,15 @@ class ListPageStore {
 public:
     enum class Outcome {
         stored,    ///< the page continues the list
-        outdated,  ///< the list was emptied or reordered since the request, so only the records were stored
+        outdated,  ///< the list is another one than at the request, so only the records were stored
         failed     ///< nothing was stored
+    };
+    /// What a request asked for, and the state of the list when it was made.
+    struct Asked {
+        std::int64_t from = 0;  ///< the number of records that the request named as held
+        /// The last record that was added here and accepted. An answer that begins the list decides on all of them.
+        std::int64_t lastAdded = 0;
+        std::optional<std::int64_t> syncTime{};  ///< the time of the list
     };
 
     std::string account;  ///< whose views these are
@@ -30,14 +38,14 @@ public:
     std::shared_ptr<CustomViewPersistanceDelegate> views;
     std::shared_ptr<UserDefaultsUtil> userDefaults;
 
-    /// `view` is the view as it was when the request was sent, and `from` is the number of records that the request
-    /// named as held. `lastAdded` is the last record that was added here and accepted when the request was made: an
-    /// answer that begins the list decides on all of them.
-    Outcome store(const ListPage& page, const CustomView& view, std::int64_t from, std::int64_t lastAdded) const;
+    /// `view` is the view as it was when the request was sent. An answer that begins the list takes the place of what
+    /// is stored of it.
+    Outcome store(const ListPage& page, const CustomView& view, const Asked& asked) const;
 
 private:
-    bool continuesList(const CustomView& view, std::int64_t from) const;
-    void storePosition(const ListPage& page, const CustomView& view) const;
+    bool continuesList(const CustomView& view, const Asked& asked) const;
+    void storePosition(const ListPage& page, const CustomView& view, const Asked& asked) const;
+    void storeTime(const ListPage& page, const CustomView& view, const Asked& asked) const;
 };
 
 }  // namespace tarvo

@@ -15,6 +15,7 @@ namespace {
 const std::string syncTimeSuffix = "LFRecordSyncTime";
 const std::string hasMoreSuffix = "LFHasMoreRecord";
 const std::string lastAddedSuffix = "LFLastAddedRecord";
+const std::string laterPagesSuffix = "LFHasLaterPages";
 const std::string lastUpdatedSuffix = "LFLastUpdatedTime";
 const std::string lastSelectedModule = "lastSelectedModule";
 const std::string moduleOrder = "moduleOrder";
@@ -73,8 +74,8 @@ void UserDefaultsUtil::forgetContent() {
     userDefaults_->removeValues(
         [](std::string_view key) {
             return key.ends_with(completedSuffix) || key.ends_with(syncTimeSuffix) || key.ends_with(hasMoreSuffix) ||
-                   key.ends_with(lastUpdatedSuffix) || key.ends_with(lastAddedSuffix) || key == progressPercent ||
-                   key == missingSteps;
+                   key.ends_with(lastUpdatedSuffix) || key.ends_with(lastAddedSuffix) ||
+                   key.ends_with(laterPagesSuffix) || key == progressPercent || key == missingSteps;
         },
         ofAccount());
 }
@@ -109,9 +110,18 @@ void UserDefaultsUtil::setListFilterLastAddedRecord(std::int64_t number, const s
                                                     const std::string& criteriaId) {
     userDefaults_->set(number, listKey(moduleName, criteriaId, lastAddedSuffix), ofAccount());
 }
+bool UserDefaultsUtil::getListFilterHasLaterPages(const std::string& moduleName, const std::string& criteriaId) const {
+    return userDefaults_->boolForKey(listKey(moduleName, criteriaId, laterPagesSuffix), ofAccount()).value_or(false);
+}
+void UserDefaultsUtil::setListFilterHasLaterPages(bool hasLaterPages, const std::string& moduleName,
+                                                  const std::string& criteriaId) {
+    if (hasLaterPages == getListFilterHasLaterPages(moduleName, criteriaId)) return;
+    userDefaults_->setBool(hasLaterPages, listKey(moduleName, criteriaId, laterPagesSuffix), ofAccount());
+}
 void UserDefaultsUtil::resetListFilter(const std::string& moduleName, const std::string& criteriaId) {
     userDefaults_->removeValueForKey(listKey(moduleName, criteriaId, syncTimeSuffix), ofAccount());
     userDefaults_->removeValueForKey(listKey(moduleName, criteriaId, lastAddedSuffix), ofAccount());
+    userDefaults_->removeValueForKey(listKey(moduleName, criteriaId, laterPagesSuffix), ofAccount());
     setListFilterHasMoreRecord(true, moduleName, criteriaId);
 }
 

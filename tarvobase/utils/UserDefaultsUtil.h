@@ -56,6 +56,10 @@ public:
     std::int64_t getListFilterLastAddedRecord(const std::string& moduleName, const std::string& criteriaId) const;
     void setListFilterLastAddedRecord(std::int64_t number, const std::string& moduleName,
                                       const std::string& criteriaId);
+    /// Returns whether pages after the first one have been stored since the time of the list: what changed before their
+    /// time may have shifted them.
+    bool getListFilterHasLaterPages(const std::string& moduleName, const std::string& criteriaId) const;
+    void setListFilterHasLaterPages(bool hasLaterPages, const std::string& moduleName, const std::string& criteriaId);
     /// Restores the state before the first download.
     void resetListFilter(const std::string& moduleName, const std::string& criteriaId);
     /// The time in seconds when the views of modules changed last.

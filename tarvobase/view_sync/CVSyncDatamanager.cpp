@@ -39,12 +39,6 @@ std::vector<std::string> replacedModules(const std::vector<CustomView>& views, c
     return {modules.begin(), modules.end()};
 }
 
-/// Returns whether the stored part of a list still begins the list of the view.
-bool isSameList(const CustomView& a, const CustomView& b) {
-    return a.offlineQuery == b.offlineQuery && a.offlineQueryReplaceInfo == b.offlineQueryReplaceInfo &&
-           a.sortBy == b.sortBy && a.sortOrder == b.sortOrder;
-}
-
 }  // namespace
 
 std::shared_ptr<CVSyncDatamanager> CVSyncDatamanager::make(const Stores& stores,
@@ -137,7 +131,7 @@ bool CVSyncDatamanager::emptyChangedLists(const CustomViews& former, CustomViews
     auto& map = *collaborators_.cvRecordMapPersistance;
     for (auto& view : former) {
         auto present = collaborators_.cvPersistance->getCustomView(view.viewID, view.moduleName);
-        if (present && isSameList(*present, view)) continue;
+        if (present && present->hasSameList(view)) continue;
         if (!present) gone.push_back(view);
         // The flag comes first: a process that ends in between must not leave an empty list that says "no more".
         collaborators_.userDefaultsUtil.setListFilterHasMoreRecord(true, view.moduleName, view.viewID);

@@ -34,6 +34,12 @@ struct CustomView final : FilterProtocol {
     const std::string& filterName() const override { return viewName; }
     void setFilterName(std::string name) override { viewName = std::move(name); }
 
+    /// Returns whether both views list the same records in the same order, as far as the client can see.
+    bool hasSameList(const CustomView& other) const {
+        return offlineQuery == other.offlineQuery && offlineQueryReplaceInfo == other.offlineQueryReplaceInfo &&
+               sortBy == other.sortBy && sortOrder == other.sortOrder;
+    }
+
     static constexpr auto fields() {
         using V = CustomView;
         using Names = CustomViewConstants;
