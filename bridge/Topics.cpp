@@ -1,8 +1,10 @@
 #include "bridge/Topics.h"
 
 #include "bridge/forms/JsonForm.h"
+#include "bridge/forms/SyncForms.h"
 #include "bridge/forms/TransactionForms.h"
 #include "tarvobase/configuration/UserDefaults.h"
+#include "tarvobase/list_sync/SyncLFRecordNotificationDelegate.h"
 #include "tarvobase/notification/BrenNotificationCenter.h"
 #include "tarvobase/notification/CVObserver.h"
 #include "tarvobase/notification/CustomViewChangedObserver.h"
@@ -146,6 +148,15 @@ public:
     }
 };
 
+class ListSyncListener final : public TopicListener, public SyncLFRecordNotificationDelegate {
+public:
+    using TopicListener::TopicListener;
+    void listSynced(const std::string& moduleName, const std::string& criteriaId,
+                    const SyncLFRecordCompletionStatus& status) override {
+        report("listSynced", {{"moduleName", moduleName}, {"criteriaId", criteriaId}, {"status", toJson(status)}});
+    }
+};
+
 class SearchListener final : public TopicListener, public SearchTokenChangedObserver {
 public:
     using TopicListener::TopicListener;
@@ -174,6 +185,7 @@ constexpr Row rows[] = {
     {"ModuleChangedObserver", listener<ModuleChangedObserver, ModuleListener>},
     {"RecordChangedObserver", listener<RecordChangedObserver, RecordListener>},
     {"SearchTokenChangedObserver", listener<SearchTokenChangedObserver, SearchListener>},
+    {"SyncLFRecordNotificationDelegate", listener<SyncLFRecordNotificationDelegate, ListSyncListener>},
     {"SyncObserver", listener<SyncObserver, SyncListener>},
     {"TransactionStatusObserver", listener<TransactionStatusObserver, TransactionListener>},
     {"UserDefaultsValueObserver", listener<UserDefaultsValueObserver, SettingsListener>},

@@ -1,7 +1,9 @@
 #include "bridge/DelegateLines.h"
 #include "bridge/calls/Calls.h"
 #include "bridge/forms/RecordForms.h"
+#include "bridge/forms/SyncForms.h"
 #include "tarvobase/download/DownloadRecordsUseCase.h"
+#include "tarvobase/list_sync/SyncListFilterRecords.h"
 #include "tarvobase/metadata/Stores.h"
 #include "tarvobase/sync/RecordsSyncUseCases.h"
 #include "tarvobase/view_sync/CVSync.h"
@@ -157,6 +159,7 @@ void addSyncCalls(Registry& registry) {
         "ModuleyncUseCase.syncRecords", [](const ModuleSyncRequest& request, const CallPtr& call) {
             syncFor(ModuleyncUseCase::make(Stores::current()), request.tell, call)->syncRecords(request.moduleName);
         });
+    registry.addUsecase<SyncListFilterRecords>("SyncListFilterRecords");
     registry.addOperation<ViewSyncRequest>("CVSync.sync", [](const ViewSyncRequest& request, const CallPtr& call) {
         answeringOnce<ViewSyncLines>(CVSync::make(Stores::current()), call)
             ->sync(ModuleIdentifier::fromModuleName(request.moduleName));

@@ -6,9 +6,7 @@
 
 namespace tarvo {
 
-namespace {
-
-ValueMap paramsOf(const GetCVRecordsNetworkRequest& request) {
+ValueMap viewParamsOf(const GetCVRecordsNetworkRequest& request) {
     auto sort = request.cv.sortField().value_or(FilterProtocol::defaultSortField());
     ValueMap params{
         {"cvid", request.cv.filterId()},
@@ -21,6 +19,8 @@ ValueMap paramsOf(const GetCVRecordsNetworkRequest& request) {
     if (request.maxDownloadCount) params.set("mcount", *request.maxDownloadCount);
     return params;
 }
+
+namespace {
 
 FailureDetails failedPage(FailureReason reason, const std::string& why) {
     platform::log(platform::LogLevel::warning, "list view", "no records of a view from the server: " + why);
@@ -50,7 +50,8 @@ Result<ListPage, FailureDetails> pageOf(const NetworkAnswer& answer) {
 }  // namespace
 
 void GetCVRecordsNetworkService::getRecordList(const GetCVRecordsNetworkRequest& request, Completion completion) {
-    post(paramsOf(request), [completion = std::move(completion)](NetworkAnswer answer) { completion(pageOf(answer)); });
+    post(viewParamsOf(request),
+         [completion = std::move(completion)](NetworkAnswer answer) { completion(pageOf(answer)); });
 }
 
 }  // namespace tarvo

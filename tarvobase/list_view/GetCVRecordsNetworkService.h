@@ -22,6 +22,9 @@ struct GetCVRecordsNetworkRequest {
     std::optional<std::int64_t> maxDownloadCount{};
 };
 
+/// Returns the parameters of a request about a view's records.
+ValueMap viewParamsOf(const GetCVRecordsNetworkRequest& request);
+
 /// Asks the server for the next records of a view, in the view's order.
 class GetCVRecordsNetworkService final : public StaticBaseNetworkService {
 public:

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "platform/Object.h"
@@ -33,6 +35,12 @@ public:
     virtual std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) = 0;
     /// Returns the last of the view's stored records with all its columns, or nullopt if there is none.
     virtual std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) = 0;
+    /// Returns those of the candidates that come after every other record of the view's map, or nullopt if the database
+    /// cannot be read. Records with edits that wait to be sent do not count as others: they stand where the user has
+    /// put them, which the server does not know.
+    virtual std::optional<std::vector<std::string>> getIdsAtEnd(const FilterProtocol& filter,
+                                                                const ModuleInfo& moduleInfo,
+                                                                const std::set<std::string>& candidates) = 0;
 };
 
 }  // namespace tarvo

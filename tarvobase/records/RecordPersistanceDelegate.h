@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/FunctionRef.h"
@@ -104,6 +105,10 @@ public:
     /// its records that are here. Records that are not here stay away. A record without a usable id, or one that the
     /// table refuses, is left out. Returns false if nothing was committed.
     virtual bool modifyPage(const WireRecords& wireRecords, const std::string& moduleName) = 0;
+
+    /// Returns those of the ids that have a row here, or nullopt if the database cannot be read.
+    virtual std::optional<std::unordered_set<std::string>> presentIds(const Names& recordIds,
+                                                                      const std::string& moduleName) = 0;
 
     /// Deletes a record and keeps its dependent rows.
     virtual bool deleteRecord(const std::string& recordId, const std::string& moduleName) = 0;

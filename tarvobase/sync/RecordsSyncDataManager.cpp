@@ -43,10 +43,6 @@ SyncRound::Reason reasonOf(const FailureDetails& failure) {
 
 std::int64_t numberOf(const std::string& watermark) { return text::toInteger(watermark).value_or(0); }
 
-std::int64_t recordCount(const std::optional<WireRecords>& records) {
-    return records ? static_cast<std::int64_t>(records->list.leadingItems({})) : 0;
-}
-
 bool hasRecords(const std::optional<WireRecords>& records) { return recordCount(records) > 0; }
 
 bool hasDeletes(const SyncRecordsResponse& page) { return page.deletedRecordIDs && !page.deletedRecordIDs->empty(); }
@@ -186,8 +182,8 @@ std::optional<SyncRound::Reason> RecordsSyncDataManager::takePage(Round& round, 
 
     auto& progress = round.progress;
     ++progress.pages;
-    progress.added += recordCount(page.addedRecords);
-    progress.edited += recordCount(page.editedRecords);
+    progress.added += static_cast<std::int64_t>(recordCount(page.addedRecords));
+    progress.edited += static_cast<std::int64_t>(recordCount(page.editedRecords));
     progress.deleted += page.deletedRecordIDs ? static_cast<std::int64_t>(page.deletedRecordIDs->size()) : 0;
     round.underWay->setProgress(progress);
     auto& settings = *collaborators_.recordSyncSettings;

@@ -64,6 +64,13 @@ constexpr SweptCall sweptCalls[] = {
     {"sync", "ModuleyncUseCase.syncRecords", R"({"moduleName":"Leads"})", "products/getsyncrecords",
      R"("outcome":"finished")"},
     {"viewSync", "CVSync.sync", R"({"moduleName":"Leads"})", "getcustomviewsinfo", "CVSyncDidComplete"},
+    {.name = "listSync",
+     .call = "SyncListFilterRecords",
+     .request = R"({"moduleName":"Contacts","criteriaId":"$VIEW"})",
+     .serverCalls = "products/getsyncrecords",
+     .success = "syncUptoDate",
+     .earlierCall = "GetListFilterRecords",
+     .earlierRequest = R"({"moduleName":"Contacts","criteriaId":"$VIEW","from":0,"limit":20,"source":"network"})"},
     {"recordDownload", "DownloadRecordsUseCase.initiateDownload",
      R"({"moduleNames":["Leads"],"maxDownloadCount":"loadMore"})", "products/getrecords", "recordsDownloaded"},
     // Changes are saved at once. What is held back is their request to the server, and what follows from its answer.

@@ -13,6 +13,7 @@
 #include "tarvobase/records/sql/CustomViewQueryFormation.h"
 #include "tarvobase/records/sql/FilterToWhereConverter.h"
 #include "tarvobase/storage/DatabasePersistanceClass.h"
+#include "tarvobase/value_objects/naming/IdentifierConstants.h"
 
 namespace tarvo {
 
@@ -116,17 +117,51 @@ std::optional<std::vector<Record>> GetCVRecordsDBS::getRecords(const FilterRecor
 }
 
 std::optional<Record> GetCVRecordsDBS::getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) {
-    // Every term of an order is reversed with its field, so the last row is the first row of the reversed order.
-    auto sortFields = sortFieldsOf(filter, moduleInfo);
-    for (auto& sortField : sortFields) sortField.isAscending = !sortField.isAscending;
     GetListFilterRecordsParams request;
     request.moduleName = moduleInfo.moduleName();
     request.criteriaId = filter.filterId();
     request.limit = 1;
     auto found =
-        fetch({.filter = filter, .moduleInfo = moduleInfo, .request = request}, sortOf(sortFields, moduleInfo));
+        fetch({.filter = filter, .moduleInfo = moduleInfo, .request = request}, reversedSortOf(filter, moduleInfo));
     if (!found.records || found.records->empty()) return std::nullopt;
     return std::move(found.records->front());
+}
+
+/// Every term of an order is reversed with its field, so the last row is the first row of the reversed order.
+CVSort GetCVRecordsDBS::reversedSortOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const {
+    auto sortFields = sortFieldsOf(filter, moduleInfo);
+    for (auto& sortField : sortFields) sortField.isAscending = !sortField.isAscending;
+    return sortOf(sortFields, moduleInfo);
+}
+
+/// Walks the list from its end until it meets another record. Few records are at the end, so the first steps are short.
+std::optional<std::vector<std::string>> GetCVRecordsDBS::getIdsAtEnd(const FilterProtocol& filter,
+                                                                     const ModuleInfo& moduleInfo,
+                                                                     const std::set<std::string>& candidates) {
+    constexpr std::int64_t firstStep = 32, growth = 8;
+    if (!databaseAdapter_) return std::nullopt;
+    GetListFilterRecordsParams request;
+    FilterRecordsQuery query{.filter = filter, .moduleInfo = moduleInfo, .request = request};
+    FetchQuery walk(kelva::quotedName(RecordUtil::getTableName(moduleInfo.moduleName())));
+    walk.filter(*criteriaOf(query, isLong(query)));
+    walk.columns = {kelva::quotedName(moduleInfo.metadata.naming().constant->id)};
+    walk.sortBy = {SortDescriptor::customOrderBy(termsOf(reversedSortOf(filter, moduleInfo)))};
+    walk.offset = 0;
+    std::vector<std::string> atEnd;
+    for (std::int64_t step = firstStep;; step *= growth) {
+        walk.limit = step;
+        auto rows = databaseAdapter_->fetchObjects(walk);
+        if (!rows) return std::nullopt;
+        for (auto row : *rows) {
+            std::string id(row.cell(0).asText().value_or(""));
+            if (candidates.contains(id))
+                atEnd.push_back(std::move(id));
+            else if (!hasUnsentEdits(id, moduleInfo.metadata))
+                return atEnd;
+        }
+        if (static_cast<std::int64_t>(rows->size()) < step) return atEnd;
+        walk.offset = *walk.offset + step;
+    }
 }
 
 /// Returns the sort fields of a view. A view may be sorted by a field that the table has no column for; the default
@@ -155,10 +190,14 @@ std::optional<Criteria> GetCVRecordsDBS::criteriaOf(const FilterRecordsQuery& qu
     return Criteria::or_({std::move(ofView), *query.unsyncedCriteria});
 }
 
+bool GetCVRecordsDBS::isLong(const FilterRecordsQuery& query) const {
+    return filterRecordMapPersistance_->hasMoreThan(fewRecords, query.filter.filterId(), query.moduleInfo.moduleName());
+}
+
 GetCVRecordsDBS::Found GetCVRecordsDBS::fetch(const FilterRecordsQuery& query, const CVSort& sort) const {
     if (!databaseAdapter_) return {};
     auto& moduleName = query.moduleInfo.moduleName();
-    bool isLong = filterRecordMapPersistance_->hasMoreThan(fewRecords, query.filter.filterId(), moduleName);
+    bool isLong = this->isLong(query);
     auto terms = termsOf(sort);
     auto table = RecordUtil::getTableName(moduleName);
     FetchQuery fetch(kelva::quotedName(table));

@@ -19,6 +19,8 @@ public:
     using RecordInDatabase::getRecords;
     std::optional<std::vector<Record>> getRecords(const FilterRecordsQuery& query) override;
     std::optional<Record> getLastRecord(const FilterProtocol& filter, const ModuleInfo& moduleInfo) override;
+    std::optional<std::vector<std::string>> getIdsAtEnd(const FilterProtocol& filter, const ModuleInfo& moduleInfo,
+                                                        const std::set<std::string>& candidates) override;
 
     /// Returns the order of a view, and the columns that have to be selected for it.
     using CVSort = SortDescriptorUtil::SortList;
@@ -29,9 +31,11 @@ private:
         std::optional<std::vector<Record>> records;
         bool isLong = false;  // read by walking the table in the order
     };
+    CVSort reversedSortOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const;
     CVSort sortOf(const std::vector<SortField>& sortFields, const ModuleInfo& moduleInfo) const;
     std::vector<SortField> sortFieldsOf(const FilterProtocol& filter, const ModuleInfo& moduleInfo) const;
     Found fetch(const FilterRecordsQuery& query, const CVSort& sort) const;
+    bool isLong(const FilterRecordsQuery& query) const;
     std::optional<Criteria> criteriaOf(const FilterRecordsQuery& query, bool isLong) const;
 
     const std::shared_ptr<DatabaseAdapter> databaseAdapter_;

@@ -431,16 +431,29 @@ bool RecordInDatabase::modifyPage(const WireRecords& wireRecords, const std::str
 bool RecordInDatabase::storeDependentsOfPresent(DependentRecords& dependents, const Names& ids,
                                                 const FieldList& fields) const {
     if (dependents.isEmpty()) return true;
-    auto table = tableOf(fields.moduleName());
-    auto column = idColumn(fields.moduleName(), fields.naming());
-    FetchQuery query(kelva::quotedName(table.tableName()), columnIn(column, ids));
+    auto present = idsPresent(ids, fields.moduleName(), fields.naming());
+    if (!present) return false;
+    dependents.keepOnly(*present);
+    return dependents.store();
+}
+
+std::optional<std::unordered_set<std::string>> RecordInDatabase::presentIds(const Names& recordIds,
+                                                                            const std::string& moduleName) {
+    return idsPresent(recordIds, moduleName, namingInForce());
+}
+
+std::optional<std::unordered_set<std::string>> RecordInDatabase::idsPresent(const Names& recordIds,
+                                                                            const std::string& moduleName,
+                                                                            const FieldIdentifier& naming) const {
+    auto table = tableOf(moduleName);
+    auto column = idColumn(moduleName, naming);
+    FetchQuery query(kelva::quotedName(table.tableName()), columnIn(column, recordIds));
     query.columns = {column};
     auto rows = table.fetch(query);
-    if (!rows) return false;
+    if (!rows) return std::nullopt;
     std::unordered_set<std::string> present;
     for (auto row : *rows) present.emplace(row.cell(0).asText().value_or(""));
-    dependents.keepOnly(present);
-    return dependents.store();
+    return present;
 }
 
 bool RecordInDatabase::updateRows(const RowSource& rows, const Names& ids, const FieldList& fields) const {
@@ -449,6 +462,11 @@ bool RecordInDatabase::updateRows(const RowSource& rows, const Names& ids, const
     auto refused = tableOf(fields.moduleName()).updateAccepted(rows, {column, std::string(naming.constant->id)});
     if (refused) withoutRefused(ids, *refused, fields.moduleName());
     return refused.has_value();
+}
+
+bool RecordInDatabase::hasUnsentEdits(const std::string& recordId, const FieldList& fields) const {
+    auto columns = UnsentChanges(databaseAdapter_, {olderQueue_, currentQueue_}, fields).editedColumns(recordId);
+    return !columns || !columns->empty();
 }
 
 // Reading

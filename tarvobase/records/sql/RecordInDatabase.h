@@ -55,6 +55,8 @@ public:
     bool modifyRecord(const std::string& moduleName, const std::vector<Record>& records) override;
     bool modifyPage(const WireRecords& wireRecords, const std::string& moduleName) override;
 
+    std::optional<std::unordered_set<std::string>> presentIds(const Names& recordIds,
+                                                              const std::string& moduleName) override;
     bool deleteRecord(const std::string& recordId, const std::string& moduleName) override;
     bool deleteRecords(const Names& recordIds, const std::string& moduleName) override;
     bool deleteRecords(const std::string& moduleName, const Criteria& criteria) override;
@@ -82,6 +84,10 @@ public:
     /// attachments become a list of texts.
     static std::vector<Record> recordsOf(const Rows& rows, const FieldList& fields);
 
+protected:
+    /// Returns whether edits of the record wait to be sent, or might: the queues may be unreadable.
+    bool hasUnsentEdits(const std::string& recordId, const FieldList& fields) const;
+
 private:
     struct Selection;
 
@@ -94,6 +100,8 @@ private:
     std::optional<Names> storeRows(const RowSource& rows, const Names& ids, const std::string& moduleName) const;
     bool updateRows(const RowSource& rows, const Names& ids, const FieldList& fields) const;
     bool storeDependentsOfPresent(DependentRecords& dependents, const Names& ids, const FieldList& fields) const;
+    std::optional<std::unordered_set<std::string>> idsPresent(const Names& recordIds, const std::string& moduleName,
+                                                              const FieldIdentifier& naming) const;
     std::vector<ValueMap> rowsOf(const std::vector<Record>& records, const std::string& moduleName,
                                  const FieldIdentifier& naming) const;
     bool leaveOutUnchanged(std::vector<ValueMap>& rows, const std::string& moduleName,

@@ -103,6 +103,10 @@ std::optional<std::vector<Record>> recordsOf(const WireRecords& wireRecords, con
     return records;
 }
 
+std::size_t recordCount(const std::optional<WireRecords>& wireRecords) {
+    return wireRecords ? wireRecords->list.leadingItems({}) : 0;
+}
+
 std::vector<std::string> idsOf(const WireRecords& wireRecords) {
     std::vector<Element> items, entries;
     wireRecords.list.items(items);

@@ -30,6 +30,9 @@ struct WireRecordsParser {
 /// fields.
 std::optional<std::vector<Record>> recordsOf(const WireRecords& wireRecords, const FieldList& fields);
 
+/// Returns how many records there are; 0 for an absent list.
+std::size_t recordCount(const std::optional<WireRecords>& wireRecords);
+
 /// Returns the ids that records bring, in their order. Records without one are left out.
 std::vector<std::string> idsOf(const WireRecords& wireRecords);
 
